@@ -1,0 +1,40 @@
+# Compiler settings, and one function that makes a room of the house.
+
+# What every own target gets: warnings as errors.
+add_library(kora4_warnings INTERFACE)
+target_compile_options(kora4_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion
+  $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>)
+
+# What every own target is told about the platform.
+add_library(kora4_platform_settings INTERFACE)
+if(WIN32)
+  target_compile_definitions(kora4_platform_settings INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX COBJMACROS
+    WINVER=0x0A00 _WIN32_WINNT=0x0A00)
+elseif(KORA4_SANITIZE)
+  target_compile_options(kora4_platform_settings INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kora4_platform_settings INTERFACE -fsanitize=address,undefined)
+endif()
+
+# The library runs inside other people's processes: no exceptions, no run-time type
+# information, no guarded statics (each costs the host a TLS index per load).
+add_library(kora4_library_settings INTERFACE)
+target_compile_options(kora4_library_settings INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
+  -ffunction-sections -fdata-sections
+  $<$<CONFIG:Release>:-O2>
+  $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
+target_link_options(kora4_library_settings INTERFACE $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
+
+# kora4_add_room(NAME SOURCES ... [LINK ...]): one room under src/, a static library
+# that sees src/ and sdk/include/ as include roots.
+function(kora4_add_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINK" ${ARGN})
+  add_library(${name} STATIC ${ROOM_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src
+                                            ${PROJECT_SOURCE_DIR}/sdk/include)
+  target_link_libraries(${name} PUBLIC kora4_platform_settings ${ROOM_LINK}
+                                PRIVATE kora4_warnings kora4_library_settings)
+endfunction()

@@ -1,0 +1,21 @@
+// What the registry monitor knows of its owner.
+#ifndef KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H
+#define KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H
+
+#include <windows.h>
+
+namespace kora4 {
+
+class RegKeyMonitorClient {
+  public:
+    // A value under the watched key was written. Called in the owner's apartment. A
+    // failure ends the monitoring.
+    virtual HRESULT OnKeyChangeNotify() = 0;
+
+  protected:
+    ~RegKeyMonitorClient() = default;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H

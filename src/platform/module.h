@@ -1,0 +1,36 @@
+// The module: its instance handle and its lock count (objects alive plus server locks).
+#ifndef KORA4_PLATFORM_MODULE_H
+#define KORA4_PLATFORM_MODULE_H
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace kora4 {
+
+class Module {
+  public:
+    static void SetInstance(HINSTANCE instance) { sm_instance = instance; }
+    static HINSTANCE Instance() { return sm_instance; }
+
+    static void Lock() { sm_locks.fetch_add(1); }
+    static void Unlock() { sm_locks.fetch_sub(1); }
+    static bool IsLocked() { return sm_locks.load() != 0; }
+
+  private:
+    inline static HINSTANCE sm_instance = nullptr;
+    inline static std::atomic<LONG> sm_locks{0};
+};
+
+// Keeps the module from being unloaded by COM while it lives.
+class ModuleLock {
+  public:
+    ModuleLock() { Module::Lock(); }
+    ~ModuleLock() { Module::Unlock(); }
+    ModuleLock(const ModuleLock&) = delete;
+    ModuleLock& operator=(const ModuleLock&) = delete;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_PLATFORM_MODULE_H

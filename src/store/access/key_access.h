@@ -1,0 +1,48 @@
+// The seam between the store and the platform: seven operations on (key set, property
+// key) pairs. KORA4RegPropKeysAccess implements it on the registry and a property store.
+#ifndef KORA4_STORE_ACCESS_KEY_ACCESS_H
+#define KORA4_STORE_ACCESS_KEY_ACCESS_H
+
+#include <cstdint>
+
+#include "store/model/property_key.h"
+#include "store/model/result.h"
+
+namespace kora4 {
+
+// Every operation returns S_OK, S_FALSE when the value is absent (reads and Delete),
+// APOERR_NOT_INITIALIZED before the access is open, or a failure. On anything but S_OK
+// the outputs are untouched. Implementations are called with the store's named mutex
+// held, by one thread at a time, and call nothing back.
+class KORA4KeyAccess {
+  public:
+    virtual HRESULT ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
+                             std::uint32_t* pValue) = 0;
+
+    // The caller frees the zero-terminated text with FreeTaskMemory.
+    virtual HRESULT ReadText(KORA4KeySet keySet, const PropertyKey& key,
+                             char16_t** ppText) = 0;
+
+    // The caller frees the data with FreeTaskMemory. `pSize` is in bytes.
+    virtual HRESULT ReadBlob(KORA4KeySet keySet, const PropertyKey& key,
+                             std::uint32_t* pSize, std::uint8_t** ppData) = 0;
+
+    virtual HRESULT WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
+                              std::uint32_t value) = 0;
+
+    // A null text is written as the empty one.
+    virtual HRESULT WriteText(KORA4KeySet keySet, const PropertyKey& key,
+                              const char16_t* pwText) = 0;
+
+    virtual HRESULT WriteBlob(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t size,
+                              const std::uint8_t* pData) = 0;
+
+    virtual HRESULT Delete(KORA4KeySet keySet, const PropertyKey& key) = 0;
+
+  protected:
+    ~KORA4KeyAccess() = default;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_STORE_ACCESS_KEY_ACCESS_H

@@ -1,0 +1,51 @@
+// The machine-wide mutex that serialises all readers and writers of the store.
+#ifndef KORA4_STORE_ACCESS_NAMED_MUTEX_H
+#define KORA4_STORE_ACCESS_NAMED_MUTEX_H
+
+#include "store/model/result.h"
+
+namespace kora4 {
+
+inline constexpr char16_t cStoreMutexName[] = u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}";
+
+class NamedMutex {
+  public:
+    NamedMutex() = default;
+    ~NamedMutex();
+    NamedMutex(const NamedMutex&) = delete;
+    NamedMutex& operator=(const NamedMutex&) = delete;
+
+    // E_FAIL when a handle is already held or the mutex cannot be created.
+    HRESULT Create(const char16_t* pwName);
+    bool IsCreated() const { return m_hMutex != nullptr; }
+
+    // Waits without time-out. Whatever the wait says, the caller goes on: a mutex that
+    // its dead owner left behind counts as owned, and a failed wait must not strand a
+    // client that could still read and repair the store.
+    void Acquire();
+    bool IsAcquired() const { return m_acquired; }
+
+    // E_FAIL when the platform refuses the release.
+    HRESULT Release();
+    void FreeMutex();
+
+  private:
+    void* m_hMutex = nullptr;
+    bool m_acquired = false;  // meaningful to the owner of the mutex only
+};
+
+// Holds the mutex for the length of a scope.
+class MutexHold {
+  public:
+    explicit MutexHold(NamedMutex& mutex) : m_mutex(mutex) { m_mutex.Acquire(); }
+    ~MutexHold() { m_mutex.Release(); }
+    MutexHold(const MutexHold&) = delete;
+    MutexHold& operator=(const MutexHold&) = delete;
+
+  private:
+    NamedMutex& m_mutex;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_STORE_ACCESS_NAMED_MUTEX_H

@@ -1,0 +1,45 @@
+// Profile numbers and the predicates over them.
+#ifndef KORA4_STORE_MODEL_PROFILES_H
+#define KORA4_STORE_MODEL_PROFILES_H
+
+#include <cstdint>
+
+namespace kora4 {
+
+inline constexpr std::uint32_t cMovieProfile = 0;
+inline constexpr std::uint32_t cMusicProfile = 1;
+inline constexpr std::uint32_t cGamesProfile = 2;
+inline constexpr std::uint32_t cFirstCustomProfile = 3;  // P1
+inline constexpr std::uint32_t cSelectableProfileBound = 9;
+inline constexpr std::uint32_t cDemoMovieProfile = 0xF0;
+inline constexpr std::uint32_t cDemoMusicProfile = 0xF1;
+inline constexpr std::uint32_t cDemoGamesProfile = 0xF2;
+inline constexpr std::uint32_t cNoProfile = 0xFFFFFFFF;
+
+// Only the preset profiles have a row of their own in the tables of defaults.
+inline constexpr std::uint32_t cDefaultedProfileBound = 3;
+
+constexpr bool IsPresetProfile(std::uint32_t profile) {
+    return profile < cDefaultedProfileBound;
+}
+constexpr bool IsCustomProfile(std::uint32_t profile) {
+    return profile >= cFirstCustomProfile && profile < cSelectableProfileBound;
+}
+constexpr bool IsSelectableProfile(std::uint32_t profile) {
+    return profile < cSelectableProfileBound;
+}
+constexpr bool IsDemoProfile(std::uint32_t profile) {
+    return profile >= cDemoMovieProfile && profile <= cDemoGamesProfile;
+}
+constexpr bool IsAllowableProfile(std::uint32_t profile) {
+    return IsSelectableProfile(profile) || IsDemoProfile(profile);
+}
+
+// The demo profile that holds the factory values of a preset profile.
+constexpr std::uint32_t DemoProfileOf(std::uint32_t presetProfile) {
+    return cDemoMovieProfile + presetProfile;
+}
+
+}  // namespace kora4
+
+#endif  // KORA4_STORE_MODEL_PROFILES_H

@@ -1,0 +1,107 @@
+// The working copy of all technology records for one profile, with the on/off flags and
+// the trigger words, and their way to and from the store.
+#ifndef KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
+#define KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
+
+#include <cstdint>
+
+#include "store/access/key_access.h"
+#include "store/model/patch_records.h"
+#include "store/model/result.h"
+#include "store/model/technologies.h"
+
+namespace kora4 {
+
+struct KORA4FieldDef;
+
+// What a write of a patch did to the two words that other clients watch. A client needs
+// it to tell its own changes from foreign ones.
+struct PatchWriteReport {
+    bool flagWritten = false;
+    bool triggerWritten = false;
+    std::uint32_t triggerBefore = 0;  // as read just before the bump; 0 when unreadable
+    std::uint32_t triggerAfter = 0;
+};
+
+// The record of one technology inside a patch set, and the table that describes it.
+struct TechnologyFields {
+    void* pRecord = nullptr;
+    const KORA4FieldDef* pFields = nullptr;
+    std::uint32_t numberFields = 0;
+};
+
+// Not thread-safe: its owner holds the store's named mutex around every call that takes
+// a key access.
+class KORA4ManagedPatchSet {
+  public:
+    KORA4ManagedPatchSet();
+
+    // Clears records, flags and trigger words.
+    void Reset();
+
+    // Loads the on/off flag and the record of one technology of a profile. With
+    // `defaultsOnly` the store is not asked and the built-in defaults are taken.
+    HRESULT LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile, bool defaultsOnly,
+                            KORA4PresetTechnology technology);
+    HRESULT LoadPresetPatchEnable(KORA4KeyAccess& access, std::uint32_t profile,
+                                  bool defaultsOnly, KORA4PresetTechnology technology);
+    HRESULT LoadPresetPatchData(KORA4KeyAccess& access, std::uint32_t profile,
+                                bool defaultsOnly, KORA4PresetTechnology technology);
+    // Every preset technology, 1 to 7; the results are not combined.
+    void LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile, bool defaultsOnly);
+
+    HRESULT LoadGlobalPatch(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
+    HRESULT LoadGlobalPatchEnable(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
+    HRESULT LoadGlobalPatchData(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
+    void LoadGlobalPatches(KORA4KeyAccess& access);
+
+    // Writes flag, fields and, with `bumpTrigger` and after everything else succeeded,
+    // the technology's trigger word. A profile that is not selectable is never written:
+    // S_OK, and the report stays clear.
+    HRESULT WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
+                             KORA4PresetTechnology technology, bool bumpTrigger,
+                             PatchWriteReport* pReport = nullptr);
+    HRESULT WritePresetPatchEnable(KORA4KeyAccess& access, std::uint32_t profile,
+                                   KORA4PresetTechnology technology,
+                                   PatchWriteReport* pReport = nullptr);
+
+    // The stored on/off flag of a technology in a profile, or its default.
+    static bool ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile,
+                                    KORA4PresetTechnology technology);
+    static bool ReadGlobalOnElseOff(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
+
+    // Reads all trigger words (preset 0 to 7, global 0 to 3) into m_dwPresetTriggers and
+    // m_dwGlobalTriggers; a word that cannot be read is 0.
+    void LoadTriggers(KORA4KeyAccess& access);
+    // Reads the on/off flags of preset technologies 1 to 7 and the global enables 1 to 3.
+    void LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile);
+    void LoadGlobalOnElseOff(KORA4KeyAccess& access);
+
+    // Takes the three refresh switches and derives the effective flags: a technology is
+    // effective when its own flag and the master enable are set. The two further switches
+    // are kept; they have no named meaning yet.
+    void Refresh(bool masterEnable, bool firstSwitch, bool secondSwitch);
+
+    // E_INVALIDARG (and an assertion) for anything that is no technology. The
+    // next-generation surround has a record and no fields.
+    HRESULT GetTechnologyFields(KORA4PresetTechnology technology, TechnologyFields* pOut);
+    HRESULT GetTechnologyFields(KORA4GlobalTechnology technology, TechnologyFields* pOut);
+
+    PatchRecords m_records;
+    std::uint32_t m_dwPresetOnElseOff[eNumberKORA4PresetTechnologies];
+    std::uint32_t m_dwGlobalOnElseOff[eNumberKORA4GlobalTechnologies];
+    std::uint32_t m_dwPresetEffective[eNumberKORA4PresetTechnologies];
+    std::uint32_t m_dwGlobalEffective[eNumberKORA4GlobalTechnologies];
+    // The last trigger values seen, as loaded or as written.
+    std::uint32_t m_dwPresetTriggers[eNumberKORA4PresetTechnologies];
+    std::uint32_t m_dwGlobalTriggers[eNumberKORA4GlobalTechnologies];
+    bool m_refreshSwitches[2];
+
+  private:
+    void BumpPresetTrigger(KORA4KeyAccess& access, KORA4PresetTechnology technology,
+                           PatchWriteReport* pReport);
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H

@@ -1,0 +1,152 @@
+// The trace statement, the process-wide flag word and KALASSERT.
+//
+// A trace line goes to the debugger's output and, when the flag word says so, is
+// appended to the module's log file and to the shared one. The facility keeps
+// nothing open, takes no lock and allocates nothing. It may be called from any
+// thread at any time, also while the store's named mutex is held.
+//
+// This header includes no platform header: the platform-free store files trace too.
+#ifndef KORA4_TRACE_TRACE_H
+#define KORA4_TRACE_TRACE_H
+
+#include <atomic>
+#include <cstdint>
+
+namespace kora4::trace {
+
+// Bits of the flag word. A statement's mask is the union of the bits that enable it.
+enum Flag : std::uint32_t {
+    eResults = 0x00000001,         // exit lines that print an HRESULT
+    eSecurity = 0x00000004,        // key security, monitor thread, visualization reader
+    eApiEntryExit = 0x00000010,    // entry and exit of API object, keys clients, key security
+    eAssertions = 0x00000020,      // failed KALASSERTs
+    eModuleEvents = 0x00000100,    // DLL_PROCESS_ATTACH and the like
+    eProcessTracking = 0x00000200, // process id, handle count, desktop, per-call thread ids
+    eMessages = 0x00000400,        // what the API object reports; on by default
+    eAllEntryExit = 0x00000800,    // entry and exit lines of every module
+    eVisualizationDump = 0x00008000,
+    eNotificationThreads = 0x00010000, // thread ids of notification delivery
+    eLogFiles = 0x01000000,            // also append each produced line to the log files
+    eMasterSwitch = 0x06000000,        // two-bit field ...
+    eMasterSwitchOff = 0x04000000,     // ... with this value nothing is produced at all
+};
+
+// The masks in use, by what they are used for.
+enum Mask : std::uint32_t {
+    eEntry = eAllEntryExit | eApiEntryExit,                         // 0x810
+    eExitResult = eAllEntryExit | eApiEntryExit | eResults,         // 0x811
+    eStoreEntry = eAllEntryExit,                                    // 0x800
+    eStoreExitResult = eAllEntryExit | eResults,                    // 0x801
+    eMonitorEntry = eAllEntryExit | eSecurity,                      // 0x804
+    eMonitorExitResult = eAllEntryExit | eSecurity | eResults,      // 0x805
+    eModuleEntry = eAllEntryExit | eModuleEvents,                   // 0x900
+    eModuleExitResult = eAllEntryExit | eModuleEvents | eResults,   // 0x901
+    eTrackerEntry = eAllEntryExit | eProcessTracking | eApiEntryExit, // 0xA10
+    eTrackerStartUp = eProcessTracking | eApiEntryExit,             // 0x210
+};
+
+// Where a statement stands: the module tag (it names the log file) and the
+// function's qualified name. Both are string literals.
+struct Site {
+    const char* tag;
+    const char* function;
+};
+
+inline constexpr std::uint32_t cDefaultFlags = eMessages;
+
+// Read unsynchronised by every statement; replaced only by CKORA4ASL::Initialize.
+inline std::atomic<std::uint32_t> g_flags{cDefaultFlags};
+
+inline std::uint32_t Flags() {
+    return g_flags.load(std::memory_order_relaxed);
+}
+
+inline void SetFlags(std::uint32_t flags) {
+    g_flags.store(flags, std::memory_order_relaxed);
+}
+
+constexpr bool IsEnabled(std::uint32_t flags, std::uint32_t mask) {
+    return (flags & eMasterSwitch) != eMasterSwitchOff && (flags & mask) != 0;
+}
+
+// Formats and emits one line. `flags` is the caller's copy of the flag word; `format`
+// begins with "%s: %4d %s:". A line longer than 1023 characters is cut.
+void Write(std::uint32_t flags, const Site& site, int line, const char* format, ...);
+
+// True when a debugger is attached to this process.
+bool IsDebuggerAttached();
+
+// Entry and exit lines of one function: ">>" now, "<<" (or "<< hr: 0x%08x" when a
+// result is bound) at the end of the scope. The result is read when the scope ends.
+class Scope {
+  public:
+    Scope(const Site& site, int line, std::uint32_t entryMask, std::uint32_t exitMask)
+        : m_site(site), m_line(line), m_exitMask(exitMask), m_pResult(nullptr) {
+        Enter(entryMask);
+    }
+
+    template <typename Result>
+    Scope(const Site& site, int line, std::uint32_t entryMask, std::uint32_t exitMask,
+          const Result* pResult)
+        : m_site(site), m_line(line), m_exitMask(exitMask), m_pResult(pResult) {
+        static_assert(sizeof(Result) == sizeof(std::int32_t), "an HRESULT has 32 bits");
+        Enter(entryMask);
+    }
+
+    ~Scope() {
+        const std::uint32_t flags = Flags();
+        if (IsEnabled(flags, m_exitMask))
+            WriteExit(flags);
+    }
+
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+  private:
+    void Enter(std::uint32_t mask) {
+        const std::uint32_t flags = Flags();
+        if (IsEnabled(flags, mask))
+            Write(flags, m_site, m_line, "%s: %4d %s:>>\n");
+    }
+    void WriteExit(std::uint32_t flags) const;
+
+    const Site& m_site;
+    int m_line;
+    std::uint32_t m_exitMask;
+    const void* m_pResult;
+};
+
+}  // namespace kora4::trace
+
+// One trace line. `text` is a string literal, the part of the format after the three
+// leading fields, newline included. A suppressed statement evaluates no argument.
+#define KALTRACE(mask, site, text, ...)                                                  \
+    do {                                                                                 \
+        const std::uint32_t kalFlags_ = ::kora4::trace::Flags();                         \
+        if (::kora4::trace::IsEnabled(kalFlags_, (mask)))                                \
+            ::kora4::trace::Write(kalFlags_, (site), __LINE__,                           \
+                                  "%s: %4d %s:" text __VA_OPT__(, ) __VA_ARGS__);        \
+    } while (false)
+
+// Stops in place when a debugger is attached.
+#if defined(_MSC_VER)
+#define KALBREAK() __debugbreak()
+#else
+#define KALBREAK() __asm__ __volatile__("int $3")
+#endif
+
+// Reports a failed invariant, stops in an attached debugger, and goes on: the code
+// after an assertion copes with the failed condition. `text` is what the line shows.
+#define KALASSERT_TEXT(site, condition, text)                                            \
+    do {                                                                                 \
+        if (!(condition)) [[unlikely]] {                                                 \
+            KALTRACE(::kora4::trace::eAssertions, site, "KALASSERT failed: %s\n", text); \
+            if (::kora4::trace::IsDebuggerAttached())                                    \
+                KALBREAK();                                                              \
+        }                                                                                \
+    } while (false)
+
+// The same with the expression's own source text.
+#define KALASSERT(site, condition) KALASSERT_TEXT(site, condition, #condition)
+
+#endif  // KORA4_TRACE_TRACE_H
