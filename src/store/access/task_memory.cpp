@@ -1,0 +1,1 @@
+#include "store/access/task_memory.h"

@@ -1,0 +1,1 @@
+#include "store/model/property_key.h"
