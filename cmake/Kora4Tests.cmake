@@ -1,29 +1,55 @@
 # GoogleTest from Debian's sources, and one function that makes a test program.
 set(KORA4_GOOGLETEST /usr/src/googletest CACHE PATH "Where the sources of GoogleTest are")
+cmake_host_system_information(RESULT prefixes QUERY NUMBER_OF_LOGICAL_CORES)
+if(prefixes LESS 2)
+  set(prefixes 2)
+elseif(prefixes GREATER 4)
+  set(prefixes 4)
+endif()
+set(KORA4_TEST_PREFIXES ${prefixes} CACHE STRING "Wine prefixes that the tests share")
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
 add_subdirectory(${KORA4_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 
-# kora4_add_test(NAME SOURCES ... [LINK ...] [TIMEOUT s] [LABELS ...]): a program that
-# CTest runs, under Wine for Windows builds. Test programs share the machine-wide store of
-# their Wine prefix, so they take turns.
+# Test code is compiled often and run once: little optimisation, no symbols in a release.
+add_library(kora4_test_settings INTERFACE)
+target_compile_options(kora4_test_settings INTERFACE $<$<CONFIG:Release>:-O1>)
+
+if(WIN32)
+  set(KORA4_POOL ${PROJECT_SOURCE_DIR}/scripts/wine-pool.sh)
+  set(KORA4_POOL_FOLDER ${CMAKE_BINARY_DIR}/wine-pool)
+  add_test(NAME wine-prefixes.start
+    COMMAND ${KORA4_POOL} start ${KORA4_POOL_FOLDER} ${KORA4_TEST_PREFIXES})
+  add_test(NAME wine-prefixes.end COMMAND ${KORA4_POOL} end ${KORA4_POOL_FOLDER})
+  set_tests_properties(wine-prefixes.start PROPERTIES
+    FIXTURES_SETUP wine-prefixes TIMEOUT 300)
+  set_tests_properties(wine-prefixes.end PROPERTIES
+    FIXTURES_CLEANUP wine-prefixes TIMEOUT 60)
+endif()
+
+# kora4_add_test(NAME SOURCES ... [LINK ...] [TIMEOUT s] [LABELS ...] [ARGS ...]): a program
+# that CTest runs as native.NAME or, for Windows builds, as wine.NAME in a Wine prefix that
+# no other test uses at that time. Under Wine the working directory is a folder of its own.
 function(kora4_add_test name)
   cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS;ARGS" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE kora4_platform_settings kora4_warnings
-                                        ${TEST_LINK} GTest::gtest_main GTest::gmock)
+    kora4_test_settings ${TEST_LINK} GTest::gtest_main GTest::gmock)
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 300)
   endif()
   if(WIN32)
     target_link_options(${name} PRIVATE -static)
-    add_test(NAME ${name}
-      COMMAND ${PROJECT_SOURCE_DIR}/scripts/wine-run.sh ${CMAKE_BINARY_DIR}/wine
-              $<TARGET_FILE:${name}> ${TEST_ARGS})
-    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK wine-prefix)
+    set(test wine.${name})
+    set(folder ${CMAKE_BINARY_DIR}/test-work/${name})
+    file(MAKE_DIRECTORY ${folder})
+    add_test(NAME ${test} WORKING_DIRECTORY ${folder}
+      COMMAND ${KORA4_POOL} run ${KORA4_POOL_FOLDER} $<TARGET_FILE:${name}> ${TEST_ARGS})
+    set_tests_properties(${test} PROPERTIES FIXTURES_REQUIRED wine-prefixes)
   else()
-    add_test(NAME ${name} COMMAND ${name} ${TEST_ARGS})
+    set(test native.${name})
+    add_test(NAME ${test} COMMAND ${name} ${TEST_ARGS})
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
+  set_tests_properties(${test} PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
 endfunction()

@@ -2,16 +2,9 @@
 # wine-run.sh PREFIX PROGRAM [ARGUMENT...]: runs a Windows program in a Wine prefix of its
 # own, which is made on first use. Touches no other prefix.
 set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 prefix=$(realpath -m "$1")
 shift
-export WINEPREFIX=$prefix WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml="
-wine=/usr/lib/wine/wine64
-mkdir -p "$(dirname "$prefix")"
-(
-  flock 9
-  if [ ! -f "$prefix/.ready" ]; then
-    "$wine" wineboot -i >/dev/null 2>&1
-    touch "$prefix/.ready"
-  fi
-) 9>"$prefix.lock"
-exec "$wine" "$@"
+make_prefix "$prefix"
+export WINEPREFIX=$prefix
+exec "$wine64" "$@"

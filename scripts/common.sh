@@ -1,0 +1,118 @@
+# Sourced by the other scripts: messages, packages, and Wine prefixes.
+# shellcheck shell=bash
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# Windows programs must not find another prefix by accident.
+unset WINEPREFIX
+
+say() { printf '== %s\n' "$*"; }
+
+# die SENTENCE: what is wrong and what to do about it.
+die() {
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+# What is needed, as "what to look for|package". What begins with a slash is a file,
+# everything else a program.
+build_needs=(
+  "cmake|cmake"
+  "ninja|ninja-build"
+  "g++|g++"
+  "x86_64-w64-mingw32-g++-posix|g++-mingw-w64-x86-64-posix"
+  "x86_64-w64-mingw32-widl|mingw-w64-tools"
+  "/usr/include/wine/wine/windows/oaidl.idl|libwine-dev"
+  "/usr/lib/x86_64-linux-gnu/wine/x86_64-windows/stdole2.tlb|libwine"
+)
+wine_needs=("/usr/lib/wine/wine64|wine64")
+test_needs=(
+  "/usr/src/googletest/CMakeLists.txt|googletest"
+  "clang-format-14|clang-format-14"
+  "git|git"
+)
+
+# missing_packages NEED...: the packages of the needs that are not met, one a line.
+missing_packages() {
+  local need
+  for need in "$@"; do
+    case $need in
+      /*) [ -e "${need%|*}" ] || printf '%s\n' "${need#*|}" ;;
+      *) command -v "${need%|*}" >/dev/null || printf '%s\n' "${need#*|}" ;;
+    esac
+  done | sort -u
+}
+
+# require NEED...: installs what is missing, or says in one sentence what to do.
+require() {
+  local packages log
+  packages=$(missing_packages "$@" | tr '\n' ' ')
+  packages=${packages% }
+  [ -n "$packages" ] || return 0
+  local install="apt-get install --no-install-recommends $packages"
+  command -v apt-get >/dev/null ||
+    die "these packages of Debian 12 are missing, and this system has no apt-get to install them with: $packages."
+  [ "$(id -u)" = 0 ] ||
+    die "packages are missing; run this as root, or have root run: $install"
+  say "installing missing packages: $packages"
+  log=$(mktemp)
+  if ! {
+    apt-get update &&
+      DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
+        --option Dpkg::Use-Pty=0 -- $packages
+  } >"$log" 2>&1; then
+    sed 's/^/   /' "$log" | grep -E '^   (E|Err|W):?' | tail -n 3 >&2 || true
+    rm -f "$log"
+    die "packages could not be installed; check the network and the package sources, then run: apt-get update && $install"
+  fi
+  rm -f "$log"
+  packages=$(missing_packages "$@" | tr '\n' ' ')
+  [ -z "$packages" ] ||
+    die "after the installation these packages are still incomplete; install them again by hand: $packages"
+}
+
+# build PRESET TARGET...: configures and builds; the folder is build/PRESET.
+build() {
+  local preset=$1
+  shift
+  say "configuring '$preset'"
+  (cd "$root" && cmake --preset "$preset" -Wno-dev >"$root/build-$preset.log" 2>&1) || {
+    cat "$root/build-$preset.log" >&2
+    rm -f "$root/build-$preset.log"
+    die "'$preset' cannot be configured; the messages above say why (after a change of compilers remove build/$preset and try again)."
+  }
+  rm -f "$root/build-$preset.log"
+  say "building '$preset' in build/$preset"
+  cmake --build "$root/build/$preset" --target "$@" ||
+    die "'$preset' does not build; the compiler's messages are above."
+}
+
+wine64=/usr/lib/wine/wine64
+wineserver=/usr/lib/wine/wineserver64
+
+# The settings under which every Windows program of this project runs: no messages of
+# Wine's own, no 32-bit or browser parts, nothing in the user's desktop menus.
+wine_settings() {
+  export WINEDEBUG=${WINEDEBUG:--all}
+  export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+}
+
+# make_prefix FOLDER: makes a Wine prefix once.
+make_prefix() {
+  wine_settings
+  mkdir -p "$(dirname "$1")"
+  (
+    flock 9
+    [ -f "$1/.ready" ] && exit 0
+    rm -rf "$1"
+    WINEPREFIX=$1 "$wine64" wineboot -i >/dev/null 2>&1 9>&- || exit 1
+    touch "$1/.ready"
+  ) 9>"$1.lock" || die "no Wine prefix can be made in $1; is there enough room on the disk?"
+}
+
+# end_prefix FOLDER: ends every process of that prefix, and its server.
+end_prefix() {
+  [ -d "$1" ] || return 0
+  WINEPREFIX=$1 "$wineserver" -k >/dev/null 2>&1 || true
+  WINEPREFIX=$1 timeout 20 "$wineserver" -w >/dev/null 2>&1 || true
+}

@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# test.sh [CTEST-OPTION...]: installs what is missing, builds the library and all tests,
+# and runs them, native and under Wine. CTest's summary comes last; the exit code is its.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+require "${build_needs[@]}" "${wine_needs[@]}" "${test_needs[@]}"
+build native all tests/all
+build release all tests/all
+
+# One run over both trees, so that there is one summary.
+all=$root/build/all-tests
+mkdir -p "$all"
+printf 'subdirs("%s" "%s")\n' "$root/build/native" "$root/build/release" \
+  >"$all/CTestTestfile.cmake"
+
+trap '"$root/scripts/wine-pool.sh" end "$root/build/release/wine-pool" >/dev/null 2>&1' EXIT
+# No more at a time than there are prefixes, or tests would wait while their clocks run.
+jobs=$(nproc)
+[ "$jobs" -le 4 ] || jobs=4
+say "running the tests, $jobs at a time"
+cd "$all"
+ctest --test-dir "$all" --output-on-failure --no-tests=error -j "$jobs" "$@"

@@ -1,0 +1,75 @@
+#!/usr/bin/env bash
+# A few equal Wine prefixes, so that tests that each want the machine-wide store for
+# themselves can run side by side.
+#
+#   wine-pool.sh start FOLDER COUNT          makes the prefixes, starts their servers
+#   wine-pool.sh run FOLDER PROGRAM [ARG...] runs a program in a prefix that is free
+#   wine-pool.sh end FOLDER                  ends every process of the prefixes
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+verb=$1
+pool=$(realpath -m "$2")
+shift 2
+
+# A server that is not ended by hand goes by itself after this many seconds.
+linger=300
+
+start() {
+  local number
+  make_prefix "$pool/1"
+  if [ "$1" -gt 1 ] && [ ! -f "$pool/$1/.ready" ]; then
+    # Copying is faster than making, but the registry is written when the server ends.
+    end_prefix "$pool/1"
+  fi
+  for number in $(seq 1 "$1"); do
+    [ -f "$pool/$number/.ready" ] || cp -a --reflink=auto "$pool/1" "$pool/$number"
+    WINEPREFIX=$pool/$number "$wineserver" "-p$linger" 2>/dev/null || true
+    # The first program of a prefix starts its services.
+    WINEPREFIX=$pool/$number "$wine64" cmd /c exit </dev/null >/dev/null 2>&1
+  done
+}
+
+end() {
+  local prefix
+  for prefix in "$pool"/*/; do
+    end_prefix "${prefix%/}"
+  done
+}
+
+# run_in PREFIX PROGRAM...: a test that was cut off leaves its mark, and the next one
+# begins with a clean set of processes.
+run_in() {
+  local prefix=$1 result=0
+  shift
+  if [ -f "$prefix/.busy" ]; then
+    end_prefix "$prefix" 9>&-
+    WINEPREFIX=$prefix "$wineserver" "-p$linger" 2>/dev/null 9>&- || true
+  fi
+  touch "$prefix/.busy"
+  WINEPREFIX=$prefix "$wine64" "$@" 9>&- || result=$?
+  rm -f "$prefix/.busy"
+  exit "$result"
+}
+
+run() {
+  local prefix
+  [ -f "$pool/1/.ready" ] || start 1
+  while true; do
+    for prefix in "$pool"/*/; do
+      exec 9>"${prefix%/}.lock"
+      if flock -n 9; then
+        run_in "${prefix%/}" "$@"
+      fi
+    done
+    # All are taken: wait for the last one that was looked at.
+    flock -w 5 9 && run_in "${prefix%/}" "$@"
+  done
+}
+
+wine_settings
+case $verb in
+  start) start "$1" ;;
+  run) run "$@" ;;
+  end) end ;;
+  *) die "there is no '$verb'; use start, run or end." ;;
+esac
