@@ -21,8 +21,7 @@ enum class ApiTechnology : std::uint32_t {
 };
 
 constexpr bool IsValidASLTechnology(std::uint32_t technology) {
-    return technology <
-           static_cast<std::uint32_t>(ApiTechnology::eNumberKORA4APITechnologies);
+    return technology < static_cast<std::uint32_t>(ApiTechnology::eNumberKORA4APITechnologies);
 }
 
 // One slider-type value.

@@ -3,6 +3,7 @@
 #ifndef KORA4_STORE_CLIENTS_KEYS_CLIENT_H
 #define KORA4_STORE_CLIENTS_KEYS_CLIENT_H
 
+#include <array>
 #include <cstdint>
 
 #include "store/access/key_access.h"
@@ -42,8 +43,8 @@ struct StoreSettings {
     std::uint32_t activePreset;
     bool masterEnable;
     std::uint32_t tableCounter;
-    bool dynamicSwitch;      // pid 6
-    bool refreshSwitch[2];   // pids 50, 52: ordinary profiles
+    bool dynamicSwitch;         // pid 6
+    bool refreshSwitch[2];      // pids 50, 52: ordinary profiles
     bool demoRefreshSwitch[2];  // pids 51, 53: demo profiles
     bool staticSwitch54;
     bool staticSwitch55;
@@ -97,6 +98,14 @@ class KORA4KeysClient {
     // Hands the refresh switches to the patch set, which derives its effective flags.
     void Refresh();
 
+    // An own write moves its item of the baseline only when what was read just before the
+    // write was what the baseline knew: otherwise a foreign change is still to be told.
+    template <typename T>
+    static void MoveOwn(T& item, T before, T after) {
+        if (item == before)
+            item = after;
+    }
+
     KORA4PropKeyStoreAccess Values() { return KORA4PropKeyStoreAccess(*m_pKeyAccess); }
     std::uint32_t ReadActivePreset();
     bool ReadMasterEnable();
@@ -108,13 +117,18 @@ class KORA4KeysClient {
     NamedMutex m_regKeysMutex;
     StoreSettings m_settings{};
     Baseline m_baseline;
-    TaskPtr<char16_t> m_commands[3];  // profile editor, profile selector, demo application
+    // Profile editor, profile selector, demo application; null when none is stored.
+    std::array<TaskPtr<char16_t>, 3> m_commands;
 
   private:
     void LoadMasterEnables();
     void LoadStaticSettings();
     void LoadDynamicSettings();
-    void TakeBaseline();
+    // The records of the active profile; in a demo profile the built-in ones.
+    void ReloadPresetData();
+    HRESULT ReloadPresetData(KORA4PresetTechnology technology);
+    // Profile, enable and counter as just read; flags and trigger words from the patch set.
+    void MoveBaselineToStore();
     HRESULT DynamicPatchUpdates(bool forced, DynamicChanges* pChanges);
 };
 

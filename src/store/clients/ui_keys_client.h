@@ -5,24 +5,25 @@
 
 #include <cstdint>
 
+#include "store/clients/api_conversion.h"
 #include "store/clients/api_records.h"
 #include "store/clients/change_set.h"
 #include "store/clients/keys_client.h"
 
 namespace kora4 {
 
-// Between the two vocabularies of technologies. No mutex, no store.
-KORA4PresetTechnology PresetTechOf(ApiTechnology technology);  // ePresetNoTech when none
-ApiTechnology APITechOf(KORA4PresetTechnology technology);     // the count when none
-std::uint32_t ASLPatchSizeOf(ApiTechnology technology);        // in bytes; 0 when none
-// Size and place of a slider-type value inside its record. E_INVALIDARG, both outputs
-// cleared, for the graphic EQ and for anything that is no technology.
-HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
-                              std::uint32_t* pSize, void** ppField);
+namespace trace {
+struct Site;
+}
 
+// The applications whose command lines the store carries, in the order of their keys.
 enum class CompanionCommand { eProfileEditor, eProfileSelector, eDemoApp };
 
+inline constexpr std::uint32_t cSamplingPeriodDefault = 50;  // milliseconds
+
 // Success codes 0x00040200 to 0x00040203 (kora4api_codes.h) mean that nothing changed.
+// May be called from any thread once InitialKeysLoad has succeeded; the named mutex keeps
+// the threads apart.
 class KORA4UIKeysClient : public KORA4KeysClient {
   public:
     using KORA4KeysClient::KORA4KeysClient;
@@ -35,8 +36,9 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     HRESULT RevertFromDemoMode();
     HRESULT ForceRevertFromDemoMode();
 
-    // Nine texts, of which 3 to 8 may be set; the caller frees them as task memory.
-    HRESULT GetProfileTable(char16_t** ppNames);
+    // Nine texts, of which 3 to 8 may be set; the caller frees them as task memory. On a
+    // failure all nine are null.
+    HRESULT GetProfileTable(char16_t** ppwNames);
     HRESULT CreateCustomProfile(std::uint32_t customProfile, const char16_t* pwName);
     HRESULT SetCustomProfileName(std::uint32_t customProfile, const char16_t* pwName);
     HRESULT DeleteCustomProfile(std::uint32_t customProfile);
@@ -44,6 +46,7 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     // Switches.
     HRESULT GetVeltoEnable(bool* pEnable);
     HRESULT SetVeltoEnable(bool enable);
+    // Hands out the new value even when writing it failed.
     HRESULT ToggleVeltoEnable(bool* pEnable);
     HRESULT GetTechnologyOnElseOff(KORA4PresetTechnology technology, bool* pOnElseOff);
     HRESULT SetTechnologyOnElseOff(KORA4PresetTechnology technology, bool onElseOff);
@@ -57,28 +60,39 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     HRESULT SetSamplingPeriod(std::uint32_t milliseconds);
     // The caller frees the data as task memory.
     HRESULT GetVisualizationBlob(std::uint32_t* pSize, std::uint8_t** ppData);
-    // A copy for the caller to free as task memory; null when no command is stored.
+    // A copy for the caller to free as task memory; null when no command is stored. Takes
+    // no mutex: the texts do not change after the initial load.
     HRESULT GetCommand(CompanionCommand command, char16_t** ppwCommand);
 
     // What changed since the last pass, or since the initial load.
     HRESULT OnKeyChangeNotify(ChangeSet* pChanges);
 
   private:
-    // Reads the items that an operation is about to write; tells own from foreign.
-    class OwnWrite;
+    // The master enable as read just before it is written, and what is written.
+    struct EnableWrite {
+        bool before;
+        bool after;
+    };
 
-    HRESULT ToASLPatch(ApiTechnology technology, std::uint32_t size, void* pValue);
-    HRESULT FromASLPatch(ApiTechnology technology, std::uint32_t size, const void* pValue);
-    void* WorkingField(ApiTechnology technology);
-    HRESULT WriteOwnPatch(std::uint32_t profile, std::uint32_t storedProfile,
-                          KORA4PresetTechnology technology, bool bumpTrigger);
-    HRESULT ProfileStateChange(std::uint32_t newProfile, bool setEnable, bool enable);
-    HRESULT RestoreFromDemo();
+    // The frame of a store operation: entry line, E_INVALIDARG for bad arguments, the
+    // body under the mutex, exit line.
+    template <typename Body>
+    HRESULT Operate(const trace::Site& site, int line, bool argumentsGood, Body&& body);
+
+    HRESULT WriteEnable(const EnableWrite& write);
+    HRESULT WritePatch(std::uint32_t profile, KORA4PresetTechnology technology, bool flagBefore,
+                       bool bumpTrigger);
+    HRESULT ProfileStateChange(std::uint32_t oldProfile, std::uint32_t newProfile,
+                               const EnableWrite* pEnable);
+    void SaveStateBeforeDemo(std::uint32_t profile, bool enable);
+    HRESULT RestoreStateBeforeDemo(std::uint32_t demoProfile);
     HRESULT ActivePresetCopy(std::uint32_t customProfile);
     HRESULT ReadProfileName(std::uint32_t customProfile, TaskPtr<char16_t>* pName);
+    HRESULT WriteProfileName(std::uint32_t customProfile, const char16_t* pwName);
     HRESULT AnnounceTableChange();
+    HRESULT DescribePatchChange(KORA4PresetTechnology technology, ChangeSet* pChanges);
 
-    bool m_demoMode = false;
+    bool m_demoMode = false;  // this client entered a demo; guarded by the mutex
 };
 
 }  // namespace kora4

@@ -1,0 +1,130 @@
+#include "store/clients/api_conversion.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "trace/trace.h"
+
+namespace kora4 {
+namespace {
+
+constexpr char cTag[] = "KORA4UIKeysClient";
+
+struct ApiTechnologyRow {
+    KORA4PresetTechnology presetTech;
+    std::uint32_t size;   // of the API value, bytes
+    std::size_t working;  // where PatchRecords has it
+};
+
+// Indexed by API technology.
+constexpr ApiTechnologyRow cApiTechnologies[] = {
+    {eVolumeTech, 4, offsetof(PatchRecords, volume.amount)},
+    {eStandardEQTech, sizeof(ApiGraphicEQ), offsetof(PatchRecords, standardEQ)},
+    {eDynamicEQTech, 4, offsetof(PatchRecords, dynamicEQ.curveIndex)},
+    {eEnhancementTech, 4, offsetof(PatchRecords, enhancement.amount)},
+    {eHeadphoneTech, 4, offsetof(PatchRecords, headphone.surroundBoost)},
+    {eVirtualSurroundTech, 4, offsetof(PatchRecords, virtualSurround.surroundBoost)},
+};
+constexpr std::size_t cApiTechnologyCount = std::size(cApiTechnologies);
+static_assert(cApiTechnologyCount ==
+              static_cast<std::size_t>(ApiTechnology::eNumberKORA4APITechnologies));
+static_assert(std::size(StandardEQPatch{}.stdEqFreq) == std::size(StandardEQPatch{}.stdEqGain));
+static_assert(std::size(ApiGraphicEQ{}.m_freq) == std::size(StandardEQPatch{}.stdEqFreq));
+
+const ApiTechnologyRow* RowOf(ApiTechnology technology) {
+    return IsValidASLTechnology(static_cast<std::uint32_t>(technology))
+               ? &cApiTechnologies[static_cast<std::size_t>(technology)]
+               : nullptr;
+}
+
+void StandardEQToApi(const StandardEQPatch& eq, ApiGraphicEQ* pOut) {
+    const std::uint32_t bands = std::min(eq.freqCount, cMaxArrayElements);
+    *pOut = {};
+    pOut->m_bands = bands;
+    std::copy_n(eq.stdEqFreq, bands, pOut->m_freq);
+    std::copy_n(eq.stdEqGain, bands, pOut->m_gain);
+}
+
+// Entries beyond the caller's bands keep what they had.
+void StandardEQFromApi(StandardEQPatch& eq, const ApiGraphicEQ& in) {
+    const std::uint32_t bands = std::min(in.m_bands, cMaxArrayElements);
+    eq.freqCount = bands;
+    eq.gainCount = bands;
+    std::copy_n(in.m_freq, bands, eq.stdEqFreq);
+    std::copy_n(in.m_gain, bands, eq.stdEqGain);
+}
+
+}  // namespace
+
+KORA4PresetTechnology PresetTechOf(ApiTechnology technology) {
+    const ApiTechnologyRow* pRow = RowOf(technology);
+    return pRow ? pRow->presetTech : ePresetNoTech;
+}
+
+ApiTechnology APITechOf(KORA4PresetTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::APITechOf"};
+    const auto* pRow =
+        std::find_if(std::begin(cApiTechnologies), std::end(cApiTechnologies),
+                     [=](const ApiTechnologyRow& row) { return row.presetTech == technology; });
+    KALASSERT_TEXT(cSite, pRow != std::end(cApiTechnologies) || technology == eNGSurroundTech,
+                   "!\"Unexpected technology for API tech conversion\"");
+    return static_cast<ApiTechnology>(pRow - cApiTechnologies);
+}
+
+std::uint32_t ASLPatchSizeOf(ApiTechnology technology) {
+    const ApiTechnologyRow* pRow = RowOf(technology);
+    return pRow ? pRow->size : 0;
+}
+
+HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
+                              std::uint32_t* pSize, void** ppField) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::GetASLPatchUnionField"};
+    *pSize = 0;
+    *ppField = nullptr;
+    const ApiTechnologyRow* pRow = RowOf(technology);
+    if (!pRow || pRow->size != sizeof pValue->m_values) {
+        KALTRACE(trace::eMessages, cSite, "Invalid API technology: %d\n",
+                 static_cast<int>(technology));
+        return result::cInvalidArg;
+    }
+    *pSize = pRow->size;
+    *ppField = &pValue->m_values;
+    return result::cOk;
+}
+
+HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::uint32_t size,
+                   void* pValue) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ToASLPatch"};
+    if (size < ASLPatchSizeOf(technology))
+        return result::cInvalidArg;
+    const ApiTechnologyRow* pRow = RowOf(technology);
+    KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL technology\"");
+    if (technology == ApiTechnology::eGraphicEQ) {
+        ApiGraphicEQ eq;
+        StandardEQToApi(records.standardEQ, &eq);
+        std::memcpy(pValue, &eq, sizeof eq);
+    } else if (pRow) {
+        std::memcpy(pValue, reinterpret_cast<const char*>(&records) + pRow->working,
+                    pRow->size);
+    }
+    return result::cOk;
+}
+
+HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint32_t size,
+                     const void* pValue) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::FromASLPatch"};
+    if (size < ASLPatchSizeOf(technology))
+        return result::cInvalidArg;
+    const ApiTechnologyRow* pRow = RowOf(technology);
+    KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL patch field.\"");
+    if (technology == ApiTechnology::eGraphicEQ) {
+        ApiGraphicEQ eq;
+        std::memcpy(&eq, pValue, sizeof eq);
+        StandardEQFromApi(records.standardEQ, eq);
+    } else if (pRow) {
+        std::memcpy(reinterpret_cast<char*>(&records) + pRow->working, pValue, pRow->size);
+    }
+    return result::cOk;
+}
+
+}  // namespace kora4

@@ -1,0 +1,42 @@
+// Between the two vocabularies of technologies: the API's and the store's. One table
+// holds the mapping. No mutex, no store.
+#ifndef KORA4_STORE_CLIENTS_API_CONVERSION_H
+#define KORA4_STORE_CLIENTS_API_CONVERSION_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "store/clients/api_records.h"
+#include "store/model/patch_records.h"
+#include "store/model/result.h"
+#include "store/model/technologies.h"
+
+namespace kora4 {
+
+// ePresetNoTech when the number is no API technology.
+KORA4PresetTechnology PresetTechOf(ApiTechnology technology);
+
+// eNumberKORA4APITechnologies when there is none: for eNGSurroundTech silently, for
+// anything that is no preset technology with an assertion.
+ApiTechnology APITechOf(KORA4PresetTechnology technology);
+
+// Bytes that the API value of a technology takes; 0 when the number is none.
+std::uint32_t ASLPatchSizeOf(ApiTechnology technology);
+
+// Size and place of a slider-type value inside its record. For the graphic EQ, which has
+// operations of its own, and for a number that is no technology: E_INVALIDARG, both
+// outputs cleared.
+HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
+                              std::uint32_t* pSize, void** ppField);
+
+// Copy one technology's value out of and into the working records. E_INVALIDARG when
+// `size` is less than ASLPatchSizeOf. A number that is no technology fails an assertion
+// and copies nothing: S_OK.
+HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::uint32_t size,
+                   void* pValue);
+HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint32_t size,
+                     const void* pValue);
+
+}  // namespace kora4
+
+#endif  // KORA4_STORE_CLIENTS_API_CONVERSION_H

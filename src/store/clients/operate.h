@@ -1,0 +1,26 @@
+// The frame that the operations of KORA4UIKeysClient share; included by their files only.
+#ifndef KORA4_STORE_CLIENTS_OPERATE_H
+#define KORA4_STORE_CLIENTS_OPERATE_H
+
+#include "store/clients/ui_keys_client.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+
+inline constexpr char cUIKeysClientTag[] = "KORA4UIKeysClient";
+
+template <typename Body>
+HRESULT KORA4UIKeysClient::Operate(const trace::Site& site, int line, bool argumentsGood,
+                                   Body&& body) {
+    HRESULT hr = result::cInvalidArg;
+    const trace::Scope scope(site, line, trace::eEntry, trace::eExitResult, &hr);
+    if (argumentsGood) {
+        const MutexHold hold(m_regKeysMutex);
+        hr = body();
+    }
+    return hr;
+}
+
+}  // namespace kora4
+
+#endif  // KORA4_STORE_CLIENTS_OPERATE_H

@@ -1,0 +1,253 @@
+// Profiles, demo mode and the table of custom profiles.
+#include <algorithm>
+#include <array>
+
+#include "store/clients/operate.h"
+
+namespace kora4 {
+
+namespace {
+
+// The preset technologies that have settings, in order.
+constexpr std::array cSettableTechnologies = {
+    eVolumeTech,    eEnhancementTech,     eDynamicEQTech, eStandardEQTech,
+    eHeadphoneTech, eVirtualSurroundTech, eNGSurroundTech};
+static_assert(cSettableTechnologies.size() == eNumberKORA4PresetTechnologies - 1);
+
+}  // namespace
+
+HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetActiveProfile"};
+    return Operate(cSite, __LINE__, true, [&] {
+        *pProfile = ReadActivePreset();
+        return result::cOk;
+    });
+}
+
+HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetActiveProfile"};
+    return Operate(cSite, __LINE__, IsSelectableProfile(profile), [&] {
+        const std::uint32_t current = ReadActivePreset();
+        if (IsDemoProfile(current))
+            return KORA4_S_DEMO_MODE_ACTIVE;
+        TaskPtr<char16_t> name;
+        if (IsCustomProfile(profile) && ReadProfileName(profile, &name) != result::cOk)
+            return KORA4_S_NO_SUCH_CUSTOM_PROFILE;
+        return ProfileStateChange(current, profile, nullptr);
+    });
+}
+
+HRESULT KORA4UIKeysClient::RevertActiveProfile() {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::RevertActiveProfile"};
+    return Operate(cSite, __LINE__, true, [&] {
+        const std::uint32_t profile = ReadActivePreset();
+        if (!IsPresetProfile(profile))
+            return KORA4_S_NOT_A_PRESET_PROFILE;
+
+        // What is stored under the paired demo profile are the factory values.
+        const std::uint32_t demoProfile = DemoProfileOf(profile);
+        m_settings.activePreset = profile;
+        m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
+        Refresh();
+        HRESULT hr = result::cOk;
+        for (const KORA4PresetTechnology technology : cSettableTechnologies) {
+            const bool flagBefore =
+                KORA4ManagedPatchSet::ReadPresetOnElseOff(*m_pKeyAccess, profile, technology);
+            hr = WritePatch(profile, technology, flagBefore, true);
+            if (result::Failed(hr))
+                break;
+        }
+        return hr;
+    });
+}
+
+HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bool enable) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::SetDemoProfileAndEnable"};
+    return Operate(cSite, __LINE__, IsDemoProfile(demoProfile), [&] {
+        const std::uint32_t current = ReadActivePreset();
+        const EnableWrite enableWrite{ReadMasterEnable(), enable};
+        if (IsDemoProfile(current) && !m_demoMode)
+            return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
+        const HRESULT hr = ProfileStateChange(current, demoProfile, &enableWrite);
+        if (result::Succeeded(hr)) {
+            // From one demo to another the first saved state is kept.
+            if (!IsDemoProfile(current))
+                SaveStateBeforeDemo(current, enableWrite.before);
+            m_demoMode = true;
+        }
+        return hr;
+    });
+}
+
+HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::RevertFromDemoMode"};
+    return Operate(cSite, __LINE__, true, [&] {
+        if (!m_demoMode)
+            return KORA4_S_DEMO_MODE_ACTIVE;
+        const std::uint32_t current = ReadActivePreset();
+        if (!IsDemoProfile(current))
+            return KORA4_S_NOT_IN_DEMO_PROFILE;
+        return RestoreStateBeforeDemo(current);
+    });
+}
+
+HRESULT KORA4UIKeysClient::ForceRevertFromDemoMode() {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::ForceRevertFromDemoMode"};
+    return Operate(cSite, __LINE__, true, [&] {
+        const std::uint32_t current = ReadActivePreset();
+        return IsDemoProfile(current) ? RestoreStateBeforeDemo(current) : result::cOk;
+    });
+}
+
+HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetProfileTable"};
+    std::array<TaskPtr<char16_t>, cSelectableProfileBound> names;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        ppwNames[i] = nullptr;
+    return Operate(cSite, __LINE__, true, [&] {
+        for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
+            const HRESULT hr = ReadProfileName(p, &names[p]);
+            if (result::Failed(hr))
+                return hr;
+        }
+        for (std::size_t i = 0; i < names.size(); ++i)
+            ppwNames[i] = names[i].Detach();
+        return result::cOk;
+    });
+}
+
+HRESULT KORA4UIKeysClient::CreateCustomProfile(std::uint32_t customProfile,
+                                               const char16_t* pwName) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::CreateCustomProfile"};
+    return Operate(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
+        TaskPtr<char16_t> name;
+        const HRESULT hr = ReadProfileName(customProfile, &name);
+        if (hr == result::cOk)
+            return result::cFail;  // exists
+        if (hr != result::cFalse)
+            return hr;
+        // The name makes the profile exist, so it comes last. A profile whose values could
+        // not all be copied is still a profile: its missing values have defaults.
+        ActivePresetCopy(customProfile);
+        return WriteProfileName(customProfile, pwName);
+    });
+}
+
+HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
+                                                const char16_t* pwName) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::SetCustomProfileName"};
+    return Operate(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
+        TaskPtr<char16_t> name;
+        if (ReadProfileName(customProfile, &name) != result::cOk)
+            return result::cFail;
+        return WriteProfileName(customProfile, pwName);
+    });
+}
+
+HRESULT KORA4UIKeysClient::DeleteCustomProfile(std::uint32_t customProfile) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::DeleteCustomProfile"};
+    return Operate(cSite, __LINE__, IsCustomProfile(customProfile), [&] {
+        if (ReadActivePreset() == customProfile)
+            return result::cFail;
+        const HRESULT hr = m_pKeyAccess->Delete(eKeySetStatic, ProfileNameKey(customProfile));
+        return hr == result::cOk ? AnnounceTableChange() : hr;
+    });
+}
+
+HRESULT KORA4UIKeysClient::ReadProfileName(std::uint32_t customProfile,
+                                           TaskPtr<char16_t>* pName) {
+    return m_pKeyAccess->ReadText(eKeySetStatic, ProfileNameKey(customProfile), pName->Put());
+}
+
+HRESULT KORA4UIKeysClient::WriteProfileName(std::uint32_t customProfile,
+                                            const char16_t* pwName) {
+    const HRESULT hr =
+        m_pKeyAccess->WriteText(eKeySetStatic, ProfileNameKey(customProfile), pwName);
+    return result::Succeeded(hr) ? AnnounceTableChange() : hr;
+}
+
+HRESULT KORA4UIKeysClient::AnnounceTableChange() {
+    const std::uint32_t before = ReadTableCounter();
+    const std::uint32_t after = before + 1;
+    const HRESULT hr =
+        Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), after);
+    if (result::Succeeded(hr)) {
+        m_settings.tableCounter = after;
+        MoveOwn(m_baseline.tableCounter, before, after);
+    }
+    return hr;
+}
+
+HRESULT KORA4UIKeysClient::ProfileStateChange(std::uint32_t oldProfile,
+                                              std::uint32_t newProfile,
+                                              const EnableWrite* pEnable) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::ProfileStateChange"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALASSERT_TEXT(cSite, IsAllowableProfile(newProfile), "IsAllowableProfile( newProfile )");
+
+    hr = UpdateActivePreset(newProfile);
+    if (result::Failed(hr))
+        return hr;
+    const std::uint32_t baselineProfile = m_baseline.profile;
+    MoveOwn(m_baseline.profile, oldProfile, newProfile);
+    if (pEnable)
+        hr = WriteEnable(*pEnable);
+    if (result::Succeeded(hr)) {
+        m_patches.LoadPresetPatches(*m_pKeyAccess, newProfile, false);
+        Refresh();
+    } else {
+        m_patches.LoadPresetOnElseOff(*m_pKeyAccess, newProfile);
+    }
+    // The flags of the baseline are those of its profile.
+    if (m_baseline.profile != baselineProfile)
+        std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.presetOnElseOff);
+    return hr;
+}
+
+void KORA4UIKeysClient::SaveStateBeforeDemo(std::uint32_t profile, bool enable) {
+    // A demo whose return way cannot be saved is entered all the same.
+    Values().WriteUINT(eKeySetStatic, pkey::Setting(pkey::cSavedProfilePid), profile);
+    Values().WriteBool(eKeySetStatic, pkey::Setting(pkey::cSavedEnablePid), enable);
+}
+
+HRESULT KORA4UIKeysClient::RestoreStateBeforeDemo(std::uint32_t demoProfile) {
+    std::uint32_t profile =
+        Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSavedProfilePid), cMovieProfile);
+    // A demo is left for a profile that a user can be in; a saved demo profile would keep
+    // the user in the demo for good.
+    if (!IsSelectableProfile(profile))
+        profile = cMovieProfile;
+    const bool enable =
+        Values().BoolOr(eKeySetStatic, pkey::Setting(pkey::cSavedEnablePid), true);
+    const EnableWrite enableWrite{ReadMasterEnable(), enable};
+    const HRESULT hr = ProfileStateChange(demoProfile, profile, &enableWrite);
+    m_demoMode = false;
+    return hr;
+}
+
+HRESULT KORA4UIKeysClient::ActivePresetCopy(std::uint32_t customProfile) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::ActivePresetCopy"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALASSERT_TEXT(cSite, IsCustomProfile(customProfile), "IsCustomProfile( customProfileID )");
+
+    const std::uint32_t activeProfile = ReadActivePreset();
+    m_patches.LoadPresetPatches(*m_pKeyAccess, activeProfile, false);
+    for (const KORA4PresetTechnology technology : cSettableTechnologies) {
+        hr = m_patches.WritePresetPatch(*m_pKeyAccess, customProfile, technology, false);
+        if (result::Failed(hr))
+            break;
+    }
+    return hr;
+}
+
+}  // namespace kora4

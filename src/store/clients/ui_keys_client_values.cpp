@@ -1,0 +1,219 @@
+// Switches, values, visualization, companion commands and the change analysis.
+#include "store/clients/operate.h"
+
+namespace kora4 {
+
+HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetVeltoEnable"};
+    return Operate(cSite, __LINE__, true, [&] {
+        m_settings.masterEnable = ReadMasterEnable();
+        *pEnable = m_settings.masterEnable;
+        return result::cOk;
+    });
+}
+
+HRESULT KORA4UIKeysClient::SetVeltoEnable(bool enable) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetVeltoEnable"};
+    return Operate(cSite, __LINE__, true, [&] {
+        return WriteEnable({ReadMasterEnable(), enable});
+    });
+}
+
+HRESULT KORA4UIKeysClient::ToggleVeltoEnable(bool* pEnable) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::ToggleVeltoEnable"};
+    return Operate(cSite, __LINE__, true, [&] {
+        const bool before = ReadMasterEnable();
+        *pEnable = !before;
+        return WriteEnable({before, !before});
+    });
+}
+
+HRESULT KORA4UIKeysClient::WriteEnable(const EnableWrite& write) {
+    const HRESULT hr =
+        Values().WriteBool(eKeySetDynamic, pkey::Setting(pkey::cMasterEnablePid), write.after);
+    if (result::Succeeded(hr)) {
+        m_settings.masterEnable = write.after;
+        MoveOwn(m_baseline.enable, write.before, write.after);
+    }
+    return hr;
+}
+
+HRESULT KORA4UIKeysClient::GetTechnologyOnElseOff(KORA4PresetTechnology technology,
+                                                  bool* pOnElseOff) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::GetTechnologyOnElseOff"};
+    return Operate(cSite, __LINE__, IsValidTechnology(technology), [&] {
+        // On/off flags are the stored ones in a demo profile too.
+        const HRESULT hr = m_patches.LoadPresetPatchEnable(*m_pKeyAccess, ReadActivePreset(),
+                                                           false, technology);
+        if (result::Succeeded(hr))
+            *pOnElseOff = m_patches.m_dwPresetOnElseOff[technology] != 0;
+        return hr;
+    });
+}
+
+HRESULT KORA4UIKeysClient::SetTechnologyOnElseOff(KORA4PresetTechnology technology,
+                                                  bool onElseOff) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::SetTechnologyOnElseOff"};
+    return Operate(cSite, __LINE__, IsValidTechnology(technology), [&] {
+        const std::uint32_t profile = ReadActivePreset();
+        const std::uint32_t before =
+            KORA4ManagedPatchSet::ReadPresetOnElseOff(*m_pKeyAccess, profile, technology);
+        const std::uint32_t after = onElseOff;
+        m_patches.m_dwPresetOnElseOff[technology] = after;
+        PatchWriteReport report;
+        const HRESULT hr =
+            m_patches.WritePresetPatchEnable(*m_pKeyAccess, profile, technology, &report);
+        if (report.flagWritten && profile == m_baseline.profile)
+            MoveOwn(m_baseline.presetOnElseOff[technology], before, after);
+        return hr;
+    });
+}
+
+HRESULT KORA4UIKeysClient::GetPatchValue(ApiTechnology technology, std::uint32_t size,
+                                         void* pValue) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetPatchValue"};
+    const KORA4PresetTechnology presetTech = PresetTechOf(technology);
+    return Operate(cSite, __LINE__, presetTech != ePresetNoTech && pValue && size != 0, [&] {
+        const std::uint32_t profile = ReadActivePreset();
+        const HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile,
+                                                     IsDemoProfile(profile), presetTech);
+        return result::Succeeded(hr) ? ToASLPatch(m_patches.m_records, technology, size, pValue)
+                                     : hr;
+    });
+}
+
+HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t size,
+                                         const void* pValue) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetPatchValue"};
+    const KORA4PresetTechnology presetTech = PresetTechOf(technology);
+    const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0 &&
+                               size >= ASLPatchSizeOf(technology);
+    return Operate(cSite, __LINE__, argumentsGood, [&] {
+        // The flag and the fields that the caller does not set are those of the store.
+        const std::uint32_t profile = ReadActivePreset();
+        HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile, IsDemoProfile(profile),
+                                               presetTech);
+        if (result::Succeeded(hr))
+            hr = FromASLPatch(m_patches.m_records, technology, size, pValue);
+        if (result::Succeeded(hr))
+            hr = WritePatch(profile, presetTech, m_patches.m_dwPresetOnElseOff[presetTech] != 0,
+                            true);
+        return hr;
+    });
+}
+
+// Writes the working record of a technology to the stored active profile. `flagBefore` is
+// the on/off flag as read just before.
+HRESULT KORA4UIKeysClient::WritePatch(std::uint32_t profile, KORA4PresetTechnology technology,
+                                      bool flagBefore, bool bumpTrigger) {
+    PatchWriteReport report;
+    const HRESULT hr =
+        m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, bumpTrigger, &report);
+    if (report.flagWritten && profile == m_baseline.profile)
+        MoveOwn<std::uint32_t>(m_baseline.presetOnElseOff[technology], flagBefore,
+                               m_patches.m_dwPresetOnElseOff[technology]);
+    if (report.triggerWritten)
+        MoveOwn(m_baseline.presetTriggers[technology], report.triggerBefore,
+                report.triggerAfter);
+    return hr;
+}
+
+HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::GetSamplingPeriod"};
+    return Operate(cSite, __LINE__, true, [&] {
+        *pMilliseconds = Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
+                                         cSamplingPeriodDefault);
+        return result::cOk;
+    });
+}
+
+HRESULT KORA4UIKeysClient::SetSamplingPeriod(std::uint32_t milliseconds) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::SetSamplingPeriod"};
+    return Operate(cSite, __LINE__, true, [&] {
+        return Values().WriteUINT(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
+                                  milliseconds);
+    });
+}
+
+HRESULT KORA4UIKeysClient::GetVisualizationBlob(std::uint32_t* pSize, std::uint8_t** ppData) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::GetVisualizationBlob"};
+    return Operate(cSite, __LINE__, true, [&] {
+        return m_pKeyAccess->ReadBlob(eKeySetStatic, pkey::Setting(pkey::cVisualizationDataPid),
+                                      pSize, ppData);
+    });
+}
+
+HRESULT KORA4UIKeysClient::GetCommand(CompanionCommand command, char16_t** ppwCommand) {
+    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetCommand"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    *ppwCommand = nullptr;
+    if (const char16_t* pwHeld = m_commands[static_cast<std::size_t>(command)].Get()) {
+        *ppwCommand = DuplicateTaskText(pwHeld);
+        hr = *ppwCommand ? result::cOk : result::cOutOfMemory;
+    }
+    return hr;
+}
+
+HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::OnKeyChangeNotify"};
+    return Operate(cSite, __LINE__, true, [&] {
+        *pChanges = {};
+        DynamicChanges found;
+        HRESULT hr = DynamicKeyUpdate(&found);
+        pChanges->profileChanged = found.activePresetChanged;
+        pChanges->newProfile = found.newActivePreset;
+        pChanges->enableChanged = found.enableChanged;
+        pChanges->enable = found.newEnable;
+        pChanges->tableChanged = found.tableChanged;
+
+        // The user left the demo by other means.
+        if (found.activePresetChanged && !IsDemoProfile(found.newActivePreset))
+            m_demoMode = false;
+
+        for (std::uint32_t t = eVolumeTech;
+             t < eNumberKORA4PresetTechnologies && result::Succeeded(hr); ++t) {
+            const auto technology = static_cast<KORA4PresetTechnology>(t);
+            if (found.onElseOffChanged[t]) {
+                pChanges->onElseOffChanged[t] = true;
+                pChanges->onElseOff[t] = m_patches.m_dwPresetOnElseOff[t] != 0;
+            }
+            if (found.patchChanged[t])
+                hr = DescribePatchChange(technology, pChanges);
+        }
+        return hr;
+    });
+}
+
+// Enters the new value of a technology in the change set.
+HRESULT KORA4UIKeysClient::DescribePatchChange(KORA4PresetTechnology technology,
+                                               ChangeSet* pChanges) {
+    static constexpr trace::Site cSite{cUIKeysClientTag,
+                                       "KORA4UIKeysClient::DescribePatchChange"};
+    pChanges->patchChanged[technology] = true;
+    const ApiTechnology apiTech = APITechOf(technology);
+    if (apiTech == ApiTechnology::eNumberKORA4APITechnologies)
+        return result::cOk;
+    if (technology == eStandardEQTech) {
+        KALASSERT_TEXT(cSite, apiTech == ApiTechnology::eGraphicEQ, "eGraphicEQ == APITech");
+        return ToASLPatch(m_patches.m_records, apiTech, sizeof pChanges->graphicEQ,
+                          &pChanges->graphicEQ);
+    }
+    ApiPatchValue& value = pChanges->presetPatchValues[technology];
+    std::uint32_t size = 0;
+    void* pField = nullptr;
+    const HRESULT hr = GetASLPatchUnionField(apiTech, &value, &size, &pField);
+    if (result::Failed(hr))
+        return hr;
+    value.m_technology = apiTech;
+    return ToASLPatch(m_patches.m_records, apiTech, size, pField);
+}
+
+}  // namespace kora4
