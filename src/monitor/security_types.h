@@ -1,0 +1,59 @@
+// Owning types for security descriptors and for a privilege that is on for a while.
+#ifndef KORA4_MONITOR_SECURITY_TYPES_H
+#define KORA4_MONITOR_SECURITY_TYPES_H
+
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace kora4 {
+
+// A self-relative security descriptor; empty when its factory failed, and the reason is
+// then GetLastError.
+class SecurityDescriptor {
+  public:
+    static SecurityDescriptor FromSddl(const wchar_t* pwSddl);
+    // `parts` are the SECURITY_INFORMATION bits to read.
+    static SecurityDescriptor OfRegKey(HKEY hKey, SECURITY_INFORMATION parts);
+
+    explicit operator bool() const { return static_cast<bool>(m_descriptor); }
+
+    // Null when the descriptor has no access list. Lives as long as the descriptor.
+    PACL Dacl() const;
+
+    // The text of the given parts; empty, with GetLastError set, when there is none.
+    class Text {
+      public:
+        explicit Text(wchar_t* pwText) : m_memory(pwText) {}
+        explicit operator bool() const { return static_cast<bool>(m_memory); }
+        const wchar_t* Get() const { return static_cast<const wchar_t*>(m_memory.Get()); }
+
+      private:
+        UniqueLocalMemory m_memory;
+    };
+    Text ToSddl(SECURITY_INFORMATION parts) const;
+
+  private:
+    explicit SecurityDescriptor(PSECURITY_DESCRIPTOR descriptor) : m_descriptor(descriptor) {}
+
+    UniqueLocalMemory m_descriptor;
+};
+
+// Turns a privilege of the calling thread (of the process, when the thread does not
+// impersonate) on for the length of a scope and puts its former state back. Without the
+// privilege it does nothing: what needs it then fails by itself.
+class PrivilegeHold {
+  public:
+    explicit PrivilegeHold(const wchar_t* pwPrivilege);
+    ~PrivilegeHold();
+    PrivilegeHold(const PrivilegeHold&) = delete;
+    PrivilegeHold& operator=(const PrivilegeHold&) = delete;
+
+  private:
+    UniqueHandle m_hToken;
+    TOKEN_PRIVILEGES m_former{};
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_MONITOR_SECURITY_TYPES_H
