@@ -1,0 +1,16 @@
+/* Included in front of the generated proxy code: what it uses and the platform's headers
+ * declare for C++ only. */
+#ifndef KORA4_PROXY_PROXY_PRELUDE_H
+#define KORA4_PROXY_PROXY_PRELUDE_H
+
+#include <objbase.h>
+#include <windows.h>
+
+#include <rpcproxy.h>
+
+HRESULT STDMETHODCALLTYPE IUnknown_QueryInterface_Proxy(IUnknown* This, REFIID riid,
+                                                        void** ppvObject);
+ULONG STDMETHODCALLTYPE IUnknown_AddRef_Proxy(IUnknown* This);
+ULONG STDMETHODCALLTYPE IUnknown_Release_Proxy(IUnknown* This);
+
+#endif /* KORA4_PROXY_PROXY_PRELUDE_H */
