@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# dll.sh LIBRARY EXPORTS MAX_BYTES: what the built library shows to the loader. EXPORTS is a
+# file with one name a line. MAX_BYTES 0 means that the size does not matter.
+set -euo pipefail
+library=$1 exports=$2 max=$3
+objdump=x86_64-w64-mingw32-objdump
+findings=0
+complain() {
+  echo "$(basename "$library"): $*"
+  findings=$((findings + 1))
+}
+
+[ -f "$library" ] || { echo "there is no $library"; exit 1; }
+table=$($objdump -p "$library")
+
+found=$(awk '/^\[Ordinal\/Name Pointer\] Table/ { on = 1; next }
+             on && /^$/ { exit }
+             on { print $NF }' <<<"$table" | sort)
+wanted=$(sort "$exports")
+[ "$found" = "$wanted" ] ||
+  complain "exports" $found "instead of" $wanted
+
+# What every 64-bit Windows has.
+system=" advapi32.dll kernel32.dll msvcrt.dll ole32.dll oleaut32.dll propsys.dll rpcrt4.dll user32.dll "
+imports=$(sed -n 's/^.*DLL Name: *//p' <<<"$table" | tr 'A-Z' 'a-z')
+[ -n "$imports" ] || complain "has no import table"
+for import in $imports; do
+  [[ $system == *" $import "* ]] || complain "imports $import, which is no part of the system"
+done
+
+bytes=$(stat -c %s "$library")
+[ "$max" = 0 ] || [ "$bytes" -le "$max" ] || complain "has $bytes bytes; $max are allowed"
+if [ "$max" != 0 ] && $objdump -h "$library" | grep -q '\.debug_'; then
+  complain "carries debug information"
+fi
+
+echo "dll: $bytes bytes, imports: $(echo $imports), $findings findings"
+[ "$findings" = 0 ]
