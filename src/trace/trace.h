@@ -12,37 +12,40 @@
 #include <atomic>
 #include <cstdint>
 
+// What every format begins with: the tag's base, the source line, the function.
+#define KALTRACE_HEAD "%s: %4d %s:"
+
 namespace kora4::trace {
 
 // Bits of the flag word. A statement's mask is the union of the bits that enable it.
 enum Flag : std::uint32_t {
-    eResults = 0x00000001,         // exit lines that print an HRESULT
-    eSecurity = 0x00000004,        // key security, monitor thread, visualization reader
-    eApiEntryExit = 0x00000010,    // entry and exit of API object, keys clients, key security
-    eAssertions = 0x00000020,      // failed KALASSERTs
-    eModuleEvents = 0x00000100,    // DLL_PROCESS_ATTACH and the like
-    eProcessTracking = 0x00000200, // process id, handle count, desktop, per-call thread ids
-    eMessages = 0x00000400,        // what the API object reports; on by default
-    eAllEntryExit = 0x00000800,    // entry and exit lines of every module
+    eResults = 0x00000001,          // exit lines that print an HRESULT
+    eSecurity = 0x00000004,         // key security, monitor thread, visualization reader
+    eApiEntryExit = 0x00000010,     // entry and exit of API object, keys clients, key security
+    eAssertions = 0x00000020,       // failed KALASSERTs
+    eModuleEvents = 0x00000100,     // DLL_PROCESS_ATTACH and the like
+    eProcessTracking = 0x00000200,  // process id, handle count, desktop, per-call thread ids
+    eMessages = 0x00000400,         // what the API object reports; on by default
+    eAllEntryExit = 0x00000800,     // entry and exit lines of every module
     eVisualizationDump = 0x00008000,
-    eNotificationThreads = 0x00010000, // thread ids of notification delivery
-    eLogFiles = 0x01000000,            // also append each produced line to the log files
-    eMasterSwitch = 0x06000000,        // two-bit field ...
-    eMasterSwitchOff = 0x04000000,     // ... with this value nothing is produced at all
+    eNotificationThreads = 0x00010000,  // thread ids of notification delivery
+    eLogFiles = 0x01000000,             // also append each produced line to the log files
+    eMasterSwitch = 0x06000000,         // two-bit field ...
+    eMasterSwitchOff = 0x04000000,      // ... with this value nothing is produced at all
 };
 
 // The masks in use, by what they are used for.
 enum Mask : std::uint32_t {
-    eEntry = eAllEntryExit | eApiEntryExit,                         // 0x810
-    eExitResult = eAllEntryExit | eApiEntryExit | eResults,         // 0x811
-    eStoreEntry = eAllEntryExit,                                    // 0x800
-    eStoreExitResult = eAllEntryExit | eResults,                    // 0x801
-    eMonitorEntry = eAllEntryExit | eSecurity,                      // 0x804
-    eMonitorExitResult = eAllEntryExit | eSecurity | eResults,      // 0x805
-    eModuleEntry = eAllEntryExit | eModuleEvents,                   // 0x900
-    eModuleExitResult = eAllEntryExit | eModuleEvents | eResults,   // 0x901
-    eTrackerEntry = eAllEntryExit | eProcessTracking | eApiEntryExit, // 0xA10
-    eTrackerStartUp = eProcessTracking | eApiEntryExit,             // 0x210
+    eEntry = eAllEntryExit | eApiEntryExit,                            // 0x810
+    eExitResult = eAllEntryExit | eApiEntryExit | eResults,            // 0x811
+    eStoreEntry = eAllEntryExit,                                       // 0x800
+    eStoreExitResult = eAllEntryExit | eResults,                       // 0x801
+    eMonitorEntry = eAllEntryExit | eSecurity,                         // 0x804
+    eMonitorExitResult = eAllEntryExit | eSecurity | eResults,         // 0x805
+    eModuleEntry = eAllEntryExit | eModuleEvents,                      // 0x900
+    eModuleExitResult = eAllEntryExit | eModuleEvents | eResults,      // 0x901
+    eTrackerEntry = eAllEntryExit | eProcessTracking | eApiEntryExit,  // 0xA10
+    eTrackerStartUp = eProcessTracking | eApiEntryExit,                // 0x210
 };
 
 // Where a statement stands: the module tag (it names the log file) and the
@@ -70,7 +73,10 @@ constexpr bool IsEnabled(std::uint32_t flags, std::uint32_t mask) {
 }
 
 // Formats and emits one line. `flags` is the caller's copy of the flag word; `format`
-// begins with "%s: %4d %s:". A line longer than 1023 characters is cut.
+// begins with KALTRACE_HEAD, for which the arguments are taken from the site and `line`.
+// A tag may hold a path: what follows its last backslash counts. A line of more than 1023
+// characters is cut, and whatever it holds it ends with a newline. The thread's last error
+// stays as it is.
 void Write(std::uint32_t flags, const Site& site, int line, const char* format, ...);
 
 // True when a debugger is attached to this process.
@@ -106,7 +112,7 @@ class Scope {
     void Enter(std::uint32_t mask) {
         const std::uint32_t flags = Flags();
         if (IsEnabled(flags, mask))
-            Write(flags, m_site, m_line, "%s: %4d %s:>>\n");
+            Write(flags, m_site, m_line, KALTRACE_HEAD ">>\n");
     }
     void WriteExit(std::uint32_t flags) const;
 
@@ -120,12 +126,12 @@ class Scope {
 
 // One trace line. `text` is a string literal, the part of the format after the three
 // leading fields, newline included. A suppressed statement evaluates no argument.
-#define KALTRACE(mask, site, text, ...)                                                  \
-    do {                                                                                 \
-        const std::uint32_t kalFlags_ = ::kora4::trace::Flags();                         \
-        if (::kora4::trace::IsEnabled(kalFlags_, (mask)))                                \
-            ::kora4::trace::Write(kalFlags_, (site), __LINE__,                           \
-                                  "%s: %4d %s:" text __VA_OPT__(, ) __VA_ARGS__);        \
+#define KALTRACE(mask, site, text, ...)                                           \
+    do {                                                                          \
+        const std::uint32_t kalFlags_ = ::kora4::trace::Flags();                  \
+        if (::kora4::trace::IsEnabled(kalFlags_, (mask)))                         \
+            ::kora4::trace::Write(kalFlags_, (site), __LINE__,                    \
+                                  KALTRACE_HEAD text __VA_OPT__(, ) __VA_ARGS__); \
     } while (false)
 
 // Stops in place when a debugger is attached.

@@ -46,7 +46,7 @@ HRESULT DecodeNumericArray(const char16_t* pText, std::uint32_t* pCount, float* 
 HRESULT DecodeFlagArray(const char16_t* pText, std::uint32_t* pCount, std::uint32_t* pFlags);
 
 // Builds the zero-terminated text. pElements and pFlags hold `count` entries and may be
-// null when it is 0. E_OUTOFMEMORY when the text does not fit (from 198 elements or 493
+// null when it is 0. E_OUTOFMEMORY when the text does not fit (from 198 elements or 495
 // flags on), E_INVALIDARG for a scale of 0 or of cScaleLimit and above; the text is then
 // empty. An element is multiplied by the scale, truncated toward zero to 64 bits and cut to
 // the low 16; NaN and products of a magnitude of 2^63 and above store 0000. A flag is
