@@ -22,8 +22,8 @@ class KORA4PropKeyStoreAccess {
 
     // The arrays have 40 places; all are cleared first and the count is 0 unless the
     // result is S_OK. A null count gives E_INVALIDARG.
-    HRESULT ReadNumericArray(KORA4KeySet keySet, const PropertyKey& key,
-                             std::uint32_t* pCount, float* pElements);
+    HRESULT ReadNumericArray(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t* pCount,
+                             float* pElements);
     HRESULT ReadFlagArray(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t* pCount,
                           std::uint32_t* pFlags);
 

@@ -65,6 +65,13 @@ class KORA4ManagedPatchSet {
                                    KORA4PresetTechnology technology,
                                    PatchWriteReport* pReport = nullptr);
 
+    // The defaults row of a profile: its own for a preset profile, that of its preset
+    // profile for a demo profile, Movie's for every other one.
+    static std::uint32_t DefaultsIndexForProfile(std::uint32_t profile);
+    // Unlike the rows of fields, a custom profile has every technology on.
+    static bool GetDefaultOnElseOff(KORA4PresetTechnology technology, std::uint32_t profile);
+    static bool GetDefaultOnElseOff(KORA4GlobalTechnology technology);
+
     // The stored on/off flag of a technology in a profile, or its default.
     static bool ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile,
                                     KORA4PresetTechnology technology);
@@ -98,6 +105,8 @@ class KORA4ManagedPatchSet {
     bool m_refreshSwitches[2];
 
   private:
+    HRESULT WritePresetTechPatchData(KORA4KeyAccess& access, std::uint32_t profile,
+                                     KORA4PresetTechnology technology);
     void BumpPresetTrigger(KORA4KeyAccess& access, KORA4PresetTechnology technology,
                            PatchWriteReport* pReport);
 };

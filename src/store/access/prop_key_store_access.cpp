@@ -1,0 +1,153 @@
+#include "store/access/prop_key_store_access.h"
+
+#include <algorithm>
+
+#include "store/access/task_memory.h"
+#include "store/codec/array_text.h"
+#include "store/codec/float_text.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+
+namespace {
+
+constexpr char cTag[] = "KORA4UIKeysClient";
+constexpr char cArrayWriterTag[] = "KORA4PropKey";
+
+template <typename Element>
+using Decoder = HRESULT (*)(const char16_t*, std::uint32_t*, Element*);
+
+// An array that could not be read leaves nothing of an earlier one behind.
+template <typename Element>
+HRESULT ReadArray(KORA4KeyAccess& access, KORA4KeySet keySet, const PropertyKey& key,
+                  Decoder<Element> decode, std::uint32_t* pCount, Element* pElements) {
+    if (!pCount || !pElements)
+        return result::cInvalidArg;
+    TaskPtr<char16_t> text;
+    const HRESULT hr = access.ReadText(keySet, key, text.Put());
+    if (hr == result::cOk)
+        return decode(text.Get(), pCount, pElements);
+    *pCount = 0;
+    std::fill_n(pElements, codec::cArrayCapacity, Element{});
+    return hr;
+}
+
+}  // namespace
+
+HRESULT KORA4PropKeyStoreAccess::ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
+                                          std::uint32_t* pValue) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadUINT"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    return hr = m_access.ReadUINT(keySet, key, pValue);
+}
+
+HRESULT KORA4PropKeyStoreAccess::ReadBool(KORA4KeySet keySet, const PropertyKey& key,
+                                          bool* pValue) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadBool"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    std::uint32_t number = 0;
+    hr = m_access.ReadUINT(keySet, key, &number);
+    if (hr == result::cOk)
+        *pValue = number != 0;
+    return hr;
+}
+
+HRESULT KORA4PropKeyStoreAccess::ReadFloat(KORA4KeySet keySet, const PropertyKey& key,
+                                           float* pValue) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadFloat"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    TaskPtr<char16_t> text;
+    hr = m_access.ReadText(keySet, key, text.Put());
+    if (hr == result::cOk && !codec::ParseFloat(text.Get(), pValue))
+        hr = result::cFail;
+    return hr;
+}
+
+HRESULT KORA4PropKeyStoreAccess::ReadNumericArray(KORA4KeySet keySet, const PropertyKey& key,
+                                                  std::uint32_t* pCount, float* pElements) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadNumericArray"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    return hr = ReadArray(m_access, keySet, key, &codec::DecodeNumericArray, pCount, pElements);
+}
+
+HRESULT KORA4PropKeyStoreAccess::ReadFlagArray(KORA4KeySet keySet, const PropertyKey& key,
+                                               std::uint32_t* pCount, std::uint32_t* pFlags) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadFlagArray"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    return hr = ReadArray(m_access, keySet, key, &codec::DecodeFlagArray, pCount, pFlags);
+}
+
+std::uint32_t KORA4PropKeyStoreAccess::UINTOr(KORA4KeySet keySet, const PropertyKey& key,
+                                              std::uint32_t fallback) {
+    std::uint32_t value = 0;
+    return ReadUINT(keySet, key, &value) == result::cOk ? value : fallback;
+}
+
+bool KORA4PropKeyStoreAccess::BoolOr(KORA4KeySet keySet, const PropertyKey& key,
+                                     bool fallback) {
+    bool value = false;
+    return ReadBool(keySet, key, &value) == result::cOk ? value : fallback;
+}
+
+HRESULT KORA4PropKeyStoreAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
+                                           std::uint64_t value) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::WriteUINT"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    const auto dwValue = static_cast<std::uint32_t>(value);
+    KALASSERT(cSite, dwValue == value);
+    return hr = m_access.WriteUINT(keySet, key, dwValue);
+}
+
+HRESULT KORA4PropKeyStoreAccess::WriteBool(KORA4KeySet keySet, const PropertyKey& key,
+                                           bool value) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::WriteBool"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    return hr = m_access.WriteUINT(keySet, key, value ? 1 : 0);
+}
+
+HRESULT KORA4PropKeyStoreAccess::WriteFloat(KORA4KeySet keySet, const PropertyKey& key,
+                                            float value) {
+    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::WriteFloat"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    char16_t text[codec::cFloatTextChars];
+    codec::FormatFloat(value, text);
+    return hr = m_access.WriteText(keySet, key, text);
+}
+
+HRESULT KORA4PropKeyStoreAccess::WriteNumericArray(KORA4KeySet keySet, const PropertyKey& key,
+                                                   std::uint32_t scale, std::uint32_t count,
+                                                   const float* pElements) {
+    static constexpr trace::Site cSite{cArrayWriterTag,
+                                       "KORA4PropKeyStoreAccess::WriteNumericArray"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    char16_t text[codec::cArrayTextChars];
+    hr = codec::EncodeNumericArray(scale, count, pElements, text);
+    if (hr == result::cOk)
+        hr = m_access.WriteText(keySet, key, text);
+    return hr;
+}
+
+HRESULT KORA4PropKeyStoreAccess::WriteFlagArray(KORA4KeySet keySet, const PropertyKey& key,
+                                                std::uint32_t count,
+                                                const std::uint32_t* pFlags) {
+    static constexpr trace::Site cSite{cArrayWriterTag,
+                                       "KORA4PropKeyStoreAccess::WriteFlagArray"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    char16_t text[codec::cArrayTextChars];
+    hr = codec::EncodeFlagArray(count, pFlags, text);
+    if (hr == result::cOk)
+        hr = m_access.WriteText(keySet, key, text);
+    return hr;
+}
+
+}  // namespace kora4

@@ -1,0 +1,315 @@
+#include "store/patches/managed_patch_set.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "store/access/prop_key_store_access.h"
+#include "store/model/profiles.h"
+#include "store/model/property_key.h"
+#include "store/patches/field_def.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+
+namespace {
+
+constexpr char cTag[] = "KORA4PropKey";
+
+constexpr KORA4PresetTechnology PresetTech(std::uint32_t number) {
+    return static_cast<KORA4PresetTechnology>(number);
+}
+constexpr KORA4GlobalTechnology GlobalTech(std::uint32_t number) {
+    return static_cast<KORA4GlobalTechnology>(number);
+}
+
+// Loads a record field by field; the first field that fails ends it.
+HRESULT LoadFields(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t defaultsIndex,
+                   bool defaultsOnly, const TechnologyFields& fields) {
+    HRESULT hr = result::cOk;
+    for (std::uint32_t i = 0; i < fields.numberFields && result::Succeeded(hr); ++i)
+        hr = fields.pFields[i].Load(access, key, defaultsIndex, defaultsOnly, fields.pRecord);
+    return hr;
+}
+
+}  // namespace
+
+// Shows the condition as it reads in every log of this check: with the index cast.
+#define KAL_ASSERT_OFFSET(site, offset, table, technology) \
+    KALASSERT_TEXT(site, (offset) == table[technology],    \
+                   #offset " == " #table "[ (UINT) " #technology " ]")
+
+KORA4ManagedPatchSet::KORA4ManagedPatchSet() {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::KORA4ManagedPatchSet"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KAL_ASSERT_OFFSET(cSite, 0, sm_presetTechGUIDOffset, ePresetNoTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_VOLUME_GUID_OFFSET, sm_presetTechGUIDOffset,
+                      eVolumeTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_ENHANCEMENT_GUID_OFFSET, sm_presetTechGUIDOffset,
+                      eEnhancementTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_DYN_EQ_GUID_OFFSET, sm_presetTechGUIDOffset,
+                      eDynamicEQTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_STD_EQ_GUID_OFFSET, sm_presetTechGUIDOffset,
+                      eStandardEQTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_HEADPHONE_GUID_OFFSET, sm_presetTechGUIDOffset,
+                      eHeadphoneTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET, sm_presetTechGUIDOffset,
+                      eVirtualSurroundTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET, sm_presetTechGUIDOffset,
+                      eNGSurroundTech);
+    KAL_ASSERT_OFFSET(cSite, 0, sm_globalTechGUIDOffset, eGlobalNoTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET, sm_globalTechGUIDOffset,
+                      ePeakLimiterTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET, sm_globalTechGUIDOffset,
+                      eAudioRegulatorTech);
+    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET, sm_globalTechGUIDOffset,
+                      eAudioOptimizerTech);
+    Reset();
+}
+
+#undef KAL_ASSERT_OFFSET
+
+void KORA4ManagedPatchSet::Reset() {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Reset"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    m_records = {};
+    std::fill(std::begin(m_dwPresetOnElseOff), std::end(m_dwPresetOnElseOff), 0u);
+    std::fill(std::begin(m_dwGlobalOnElseOff), std::end(m_dwGlobalOnElseOff), 0u);
+    std::fill(std::begin(m_dwPresetEffective), std::end(m_dwPresetEffective), 0u);
+    std::fill(std::begin(m_dwGlobalEffective), std::end(m_dwGlobalEffective), 0u);
+    std::fill(std::begin(m_dwPresetTriggers), std::end(m_dwPresetTriggers), 0u);
+    std::fill(std::begin(m_dwGlobalTriggers), std::end(m_dwGlobalTriggers), 0u);
+    std::fill(std::begin(m_refreshSwitches), std::end(m_refreshSwitches), false);
+}
+
+HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
+                                              bool defaultsOnly,
+                                              KORA4PresetTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatch"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
+                   "KORA4KeysClient::IsAllowableProfile( profile )");
+    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( technology )");
+    hr = LoadPresetPatchEnable(access, profile, defaultsOnly, technology);
+    if (result::Succeeded(hr))
+        hr = LoadPresetPatchData(access, profile, defaultsOnly, technology);
+    return hr;
+}
+
+HRESULT KORA4ManagedPatchSet::LoadPresetPatchEnable(KORA4KeyAccess& access,
+                                                    std::uint32_t profile, bool defaultsOnly,
+                                                    KORA4PresetTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatchEnable"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    if (technology >= eNumberKORA4PresetTechnologies)
+        return hr = result::cInvalidArg;
+    m_dwPresetOnElseOff[technology] = defaultsOnly
+                                          ? GetDefaultOnElseOff(technology, profile)
+                                          : ReadPresetOnElseOff(access, profile, technology);
+    return hr;
+}
+
+HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::uint32_t profile,
+                                                  bool defaultsOnly,
+                                                  KORA4PresetTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatchData"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    TechnologyFields fields;
+    hr = GetTechnologyFields(technology, &fields);
+    if (result::Succeeded(hr))
+        hr = LoadFields(access, PresetPatchKey(technology, profile, pkey::cSwitchPid),
+                        DefaultsIndexForProfile(profile), defaultsOnly, fields);
+    return hr;
+}
+
+void KORA4ManagedPatchSet::LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile,
+                                             bool defaultsOnly) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatches"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
+        LoadPresetPatch(access, profile, defaultsOnly, PresetTech(i));
+}
+
+HRESULT KORA4ManagedPatchSet::LoadGlobalPatch(KORA4KeyAccess& access,
+                                              KORA4GlobalTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatch"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( globalTech )");
+    hr = LoadGlobalPatchEnable(access, technology);
+    if (result::Succeeded(hr))
+        hr = LoadGlobalPatchData(access, technology);
+    return hr;
+}
+
+HRESULT KORA4ManagedPatchSet::LoadGlobalPatchEnable(KORA4KeyAccess& access,
+                                                    KORA4GlobalTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatchEnable"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    if (technology >= eNumberKORA4GlobalTechnologies)
+        return hr = result::cInvalidArg;
+    m_dwGlobalOnElseOff[technology] = ReadGlobalOnElseOff(access, technology);
+    return hr;
+}
+
+HRESULT KORA4ManagedPatchSet::LoadGlobalPatchData(KORA4KeyAccess& access,
+                                                  KORA4GlobalTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatchData"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    TechnologyFields fields;
+    hr = GetTechnologyFields(technology, &fields);
+    // The version word is the first member of every record.
+    const void* pStructVersion = fields.pRecord;
+    KALASSERT_TEXT(cSite, fields.numberFields == 0 || (fields.pRecord && fields.pFields),
+                   "(0 == numberFields) || ((pStruct != NULL) && (pFields != NULL))");
+    KALASSERT_TEXT(cSite, pStructVersion, "pStructVersion != NULL");
+    constexpr std::uint32_t cGlobalDefaultsIndex = 0;
+    if (result::Succeeded(hr))
+        hr = LoadFields(access, GlobalPatchKey(technology, pkey::cSwitchPid),
+                        cGlobalDefaultsIndex, false, fields);
+    return hr;
+}
+
+void KORA4ManagedPatchSet::LoadGlobalPatches(KORA4KeyAccess& access) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatches"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
+        LoadGlobalPatch(access, GlobalTech(i));
+}
+
+HRESULT KORA4ManagedPatchSet::WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
+                                               KORA4PresetTechnology technology,
+                                               bool bumpTrigger, PatchWriteReport* pReport) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatch"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( presetTech )");
+    KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
+                   "KORA4KeysClient::IsAllowableProfile( profile )");
+    if (pReport)
+        *pReport = {};
+    if (!IsSelectableProfile(profile))
+        return hr;
+    hr = WritePresetPatchEnable(access, profile, technology, pReport);
+    if (result::Succeeded(hr))
+        hr = WritePresetTechPatchData(access, profile, technology);
+    if (result::Succeeded(hr) && bumpTrigger)
+        BumpPresetTrigger(access, technology, pReport);
+    return hr;
+}
+
+HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
+                                                     std::uint32_t profile,
+                                                     KORA4PresetTechnology technology,
+                                                     PatchWriteReport* pReport) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatchEnable"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    if (pReport)
+        *pReport = {};
+    // No technology has the GUID offset of the volume: it would write that one's flag.
+    if (!IsValidTechnology(technology))
+        return hr = result::cInvalidArg;
+    if (!IsSelectableProfile(profile))
+        return hr;
+    hr = KORA4PropKeyStoreAccess(access).WriteBool(
+        eKeySetDynamic, PresetPatchKey(technology, profile, pkey::cSwitchPid),
+        m_dwPresetOnElseOff[technology] != 0);
+    if (pReport)
+        pReport->flagWritten = result::Succeeded(hr);
+    return hr;
+}
+
+HRESULT KORA4ManagedPatchSet::WritePresetTechPatchData(KORA4KeyAccess& access,
+                                                       std::uint32_t profile,
+                                                       KORA4PresetTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetTechPatchData"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    TechnologyFields fields;
+    hr = GetTechnologyFields(technology, &fields);
+    const PropertyKey key = PresetPatchKey(technology, profile, pkey::cSwitchPid);
+    for (std::uint32_t i = 0; i < fields.numberFields && result::Succeeded(hr); ++i)
+        hr = fields.pFields[i].Write(access, key, fields.pRecord);
+    return hr;
+}
+
+void KORA4ManagedPatchSet::BumpPresetTrigger(KORA4KeyAccess& access,
+                                             KORA4PresetTechnology technology,
+                                             PatchWriteReport* pReport) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::BumpPresetTrigger"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    const PropertyKey key = PresetTriggerKey(technology);
+    KORA4PropKeyStoreAccess values(access);
+    const std::uint32_t before = values.UINTOr(eKeySetDynamic, key, 0);
+    const std::uint32_t after = before + 1;  // wraps: readers compare for equality only
+    // The patch is stored already; a trigger that is not only delays its readers.
+    const HRESULT hr = values.WriteUINT(eKeySetDynamic, key, after);
+    m_dwPresetTriggers[technology] = after;
+    if (pReport) {
+        pReport->triggerWritten = result::Succeeded(hr);
+        pReport->triggerBefore = before;
+        pReport->triggerAfter = after;
+    }
+}
+
+bool KORA4ManagedPatchSet::ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile,
+                                               KORA4PresetTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::ReadPresetOnElseOff"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    return KORA4PropKeyStoreAccess(access).BoolOr(
+        eKeySetDynamic, PresetPatchKey(technology, profile, pkey::cSwitchPid),
+        GetDefaultOnElseOff(technology, profile));
+}
+
+bool KORA4ManagedPatchSet::ReadGlobalOnElseOff(KORA4KeyAccess& access,
+                                               KORA4GlobalTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::ReadGlobalOnElseOff"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    return KORA4PropKeyStoreAccess(access).BoolOr(eKeySetDynamic,
+                                                  GlobalPatchKey(technology, pkey::cSwitchPid),
+                                                  GetDefaultOnElseOff(technology));
+}
+
+void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadTriggers"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KORA4PropKeyStoreAccess values(access);
+    for (std::uint32_t i = 0; i < eNumberKORA4PresetTechnologies; ++i)
+        m_dwPresetTriggers[i] =
+            values.UINTOr(eKeySetDynamic, PresetTriggerKey(PresetTech(i)), 0);
+    for (std::uint32_t i = 0; i < eNumberKORA4GlobalTechnologies; ++i)
+        m_dwGlobalTriggers[i] =
+            values.UINTOr(eKeySetDynamic, GlobalTriggerKey(GlobalTech(i)), 0);
+}
+
+void KORA4ManagedPatchSet::LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetOnElseOff"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
+        m_dwPresetOnElseOff[i] = ReadPresetOnElseOff(access, profile, PresetTech(i));
+}
+
+void KORA4ManagedPatchSet::LoadGlobalOnElseOff(KORA4KeyAccess& access) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalOnElseOff"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
+        m_dwGlobalOnElseOff[i] = ReadGlobalOnElseOff(access, GlobalTech(i));
+}
+
+void KORA4ManagedPatchSet::Refresh(bool masterEnable, bool firstSwitch, bool secondSwitch) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Refresh"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    m_refreshSwitches[0] = firstSwitch;
+    m_refreshSwitches[1] = secondSwitch;
+    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
+        m_dwPresetEffective[i] = masterEnable && m_dwPresetOnElseOff[i] != 0;
+    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
+        m_dwGlobalEffective[i] = masterEnable && m_dwGlobalOnElseOff[i] != 0;
+}
+
+}  // namespace kora4

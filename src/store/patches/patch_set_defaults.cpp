@@ -1,0 +1,83 @@
+// What the patch set knows about every technology: its field table and its defaults.
+#include "store/model/defaults.h"
+#include "store/model/profiles.h"
+#include "store/patches/field_tables.h"
+#include "store/patches/managed_patch_set.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+
+namespace {
+
+constexpr char cTag[] = "KORA4PropKeyFields";
+
+// The profile whose row applies; a profile that is no demo stays itself.
+constexpr std::uint32_t WithoutDemo(std::uint32_t profile) {
+    return IsDemoProfile(profile) ? profile - cDemoMovieProfile : profile;
+}
+
+// E_INVALIDARG, and `fields` stays clear, when there is no such technology.
+HRESULT FieldsOf(const fields::RecordDef* pRecords, std::uint32_t technology, bool isValid,
+                 PatchRecords& records, TechnologyFields* pOut) {
+    *pOut = {};
+    if (!isValid)
+        return result::cInvalidArg;
+    const fields::RecordDef& record = pRecords[technology];
+    pOut->pRecord = reinterpret_cast<std::byte*>(&records) + record.position;
+    pOut->pFields = record.pFields;
+    pOut->numberFields = record.numberFields;
+    return result::cOk;
+}
+
+}  // namespace
+
+std::uint32_t KORA4ManagedPatchSet::DefaultsIndexForProfile(std::uint32_t profile) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::DefaultsIndexForProfile"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    const std::uint32_t row = WithoutDemo(profile);
+    const std::uint32_t defaultsIndex = IsPresetProfile(row) ? row : cMovieProfile;
+    KALASSERT(cSite, defaultsIndex < 3);
+    return defaultsIndex;
+}
+
+bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4PresetTechnology technology,
+                                               std::uint32_t profileNumber) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetDefaultOnElseOff"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    const auto profile = static_cast<std::int32_t>(WithoutDemo(profileNumber));
+    KALASSERT(cSite, !(profile < 0));
+    if (technology >= eNumberKORA4PresetTechnologies ||
+        !IsPresetProfile(static_cast<std::uint32_t>(profile)))
+        return true;
+    const std::uint32_t* pRow = defaults::sm_presetOnElseOffDefaults[technology];
+    return !pRow || pRow[profile] != 0;
+}
+
+bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4GlobalTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetDefaultOnElseOff"};
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "!\"Invalid global tech\"");
+    return true;
+}
+
+HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4PresetTechnology technology,
+                                                  TechnologyFields* pOut) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetTechnologyFields"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    const bool isValid = IsValidTechnology(technology);
+    KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
+    return hr = FieldsOf(fields::cPresetRecords, technology, isValid, m_records, pOut);
+}
+
+HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4GlobalTechnology technology,
+                                                  TechnologyFields* pOut) {
+    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetTechnologyFields"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    const bool isValid = IsValidTechnology(technology);
+    KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
+    return hr = FieldsOf(fields::cGlobalRecords, technology, isValid, m_records, pOut);
+}
+
+}  // namespace kora4
