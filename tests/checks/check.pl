@@ -47,9 +47,10 @@ my %below = (
     'store/access'  => ['trace', 'platform', @pure],
     'store/patches' => ['trace', @patches],
     'store/clients' => ['trace', @clients],
-    'monitor'       => ['trace', 'platform'],
+    'proxy'         => [],
+    'monitor'       => ['trace', 'platform', 'proxy'],
     'api'           => ['trace', 'platform', 'monitor', @pure, 'store/access', 'store/clients'],
-    'server'        => ['trace', 'platform', 'monitor', @clients, 'api'],
+    'server'        => ['trace', 'platform', 'proxy', 'monitor', @clients, 'api'],
 );
 
 sub room_of {
@@ -180,7 +181,7 @@ my %unwanted = (
     'a skipped test'                 => 'GTEST_SK[I]P',
     'a path of somebody\'s machine'  => '(?<![A-Za-z0-9_.$}])/(wor[k]|hom[e]|tm[p]|roo[t])/',
     'a reference to no known document' =>
-        '\b[Ss]pe[c](ification)?s?\b|\b[Pp]art[s]? \d\.\d|\bas spec[i]fied\b|\b[Ii]ssu[e] #?\d|\.\./sha[r]ed',
+        '\b[Ss]pe[c](ification)?s?\b|\b[Pp]art[s]? \d\.\d|\bas spe[c]ified\b|\b[Ii]ssu[e] #?\d|\.\./sha[r]ed',
 );
 
 sub words {
