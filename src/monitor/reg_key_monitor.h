@@ -5,7 +5,7 @@
 #include <windows.h>
 
 #include "comcallbackgate.h"
-#include "monitor/gate_stream_holder.h"
+#include "monitor/gate_factory.h"
 #include "monitor/monitor_session.h"
 #include "monitor/reg_key_monitor_client.h"
 
@@ -24,6 +24,9 @@ namespace kora4 {
 // works on is the MonitorSession, which it shares with the owner and which outlives
 // whichever of the two goes first.
 //
+// An apartment that ends with its monitor still running disconnects the gate: the thread
+// ends at its next callback, and only what the abandoned owner holds stays.
+//
 // Lock. m_guard guards the client, the session and the list of callbacks in progress. It
 // is a leaf: nothing is called and nothing is waited for while it is held.
 class RegKeyMonitor : public ICOMCallbackGate {
@@ -34,25 +37,74 @@ class RegKeyMonitor : public ICOMCallbackGate {
     RegKeyMonitor& operator=(const RegKeyMonitor&) = delete;
 
     // Starts watching `subkey` and everything below it. Returns when the watch is armed.
-    // E_INVALIDARG: a null argument. E_FAIL: a thread is already set (see IsMonitoring),
-    // or the key cannot be watched. `subkey` is not copied: it must live until
-    // TerminateRegMonitor; so must `client`, which is not reference-counted.
+    // E_INVALIDARG: a null argument. E_FAIL: a thread is already set, running or not (see
+    // IsMonitoring), or the key cannot be watched. `subkey` is not copied: it must live
+    // until TerminateRegMonitor; so must `client`, which is not reference-counted.
     HRESULT SpawnRegMonitor(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client);
 
     // Ends the monitoring: after the return the client is not called any more and the
-    // thread has ended. Called from within the client's OnKeyChangeNotify it does not
-    // wait: the thread ends, and gives back all it holds, after that call has returned.
+    // thread has ended. Harmless when nothing runs.
+    //
+    // Called from within the client's OnKeyChangeNotify it does not wait: the thread
+    // ends, and gives back all that it holds, after that call has returned (and the
+    // owner's single-threaded apartment has let one more COM call in).
+    //
+    // A thread that does not end within cGraceMilliseconds is ended by force, unless it
+    // could still end by itself: it is then left to do so.
     void TerminateRegMonitor();
 
-    // True while the thread is set and runs. A thread that ended by itself (a failing
-    // callback, a deleted key) leaves its handle behind until TerminateRegMonitor.
+    // True while the thread is set and watches. A thread that ended by itself (a failing
+    // callback, a deleted key) leaves its handle behind until TerminateRegMonitor; call
+    // that before the next SpawnRegMonitor.
     bool IsMonitoring();
 
-    // ICOMCallbackGate
-    STDMETHODIMP Callback(ULONG argument) override;
+    // ICOMCallbackGate. The argument means nothing. S_OK without a client, else what the
+    // client's OnKeyChangeNotify returned; the client may drop its last reference to the
+    // monitor in that call.
+    STDMETHODIMP Callback(ULONG value) override;
+
+    // For the start-up and, separately, for the end of the thread.
+    static constexpr DWORD cGraceMilliseconds = 5000;
 
   protected:
     void* FindInterface(REFIID iid);
+
+    // The inner steps. Those of the thread are static: they have nothing of this object.
+    HRESULT MakeControls(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client);
+    HRESULT MarshalInterface();
+    HRESULT AwaitReady(MonitorSession& session);
+    void HaltMonitorThread(MonitorSession& session);
+    void CloseAndReset(const MonitorSession* pSession);
+
+    static DWORD WINAPI RegMonitorEntry(void* pParameter);
+    static HRESULT RunRegMonitor(MonitorSession* pSession);
+    static HRESULT WatchKey(MonitorSession& session, ICOMCallbackGate* pICOMCallbackGate);
+    static HRESULT RegMonitorLoop(const MonitorSession& session, HKEY key, HANDLE changeEvent,
+                                  ICOMCallbackGate* pICOMCallbackGate);
+    static HRESULT ArmNotification(HKEY key, HANDLE changeEvent);
+
+  private:
+    // A Callback in progress; lives on the stack of the thread that runs it.
+    struct CallbackFrame {
+        DWORD threadId;
+        const MonitorSession* pSession;
+        CallbackFrame* pNext;
+    };
+
+    RegKeyMonitorClient* EnterCallback(CallbackFrame& frame);
+    void LeaveCallback(const CallbackFrame& frame);
+    // On the calling thread, or on any.
+    bool IsInCallback(const MonitorSession* pSession, bool onAnyThread);
+    bool CanThreadEndByItself(const MonitorSession& session);
+    MonitorSessionPtr Session();
+    // Takes the session away from the object and the client from the gate.
+    MonitorSessionPtr DetachSession();
+
+    SRWLOCK m_guard = SRWLOCK_INIT;
+    RegKeyMonitorClient* m_pClient = nullptr;
+    MonitorSessionPtr m_spSession;
+    CallbackFrame* m_pCallbacks = nullptr;
+    GateFactoryRegistration m_gateRegistration;
 };
 
 }  // namespace kora4

@@ -1,0 +1,47 @@
+// Which apartment a thread is in, a wait that suits it, and a hold on the multithreaded one.
+#ifndef KORA4_MONITOR_APARTMENT_H
+#define KORA4_MONITOR_APARTMENT_H
+
+#include <objbase.h>
+#include <windows.h>
+
+#include <utility>
+
+namespace kora4 {
+
+// Identifies an apartment within the process: a single-threaded one by its thread's id,
+// the others by numbers that are no thread ids.
+using ApartmentId = DWORD;
+
+inline constexpr ApartmentId cMultithreadedApartment = 0;
+inline constexpr ApartmentId cNeutralApartment = 1;
+
+// The apartment of the calling thread. A thread without one counts as part of the
+// multithreaded apartment, as COM itself sees it while that apartment exists.
+ApartmentId CurrentApartment();
+
+// Waits until one of the handles is signalled, and lets COM calls into a single-threaded
+// apartment meanwhile. WAIT_OBJECT_0 plus the index, WAIT_TIMEOUT or WAIT_FAILED.
+DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds);
+
+// Keeps the multithreaded apartment in being, whatever threads come and go.
+class MtaUsage {
+  public:
+    MtaUsage() = default;
+    ~MtaUsage() { Release(); }
+    MtaUsage(const MtaUsage&) = delete;
+    MtaUsage& operator=(const MtaUsage&) = delete;
+
+    HRESULT Acquire() { return m_cookie ? S_OK : CoIncrementMTAUsage(&m_cookie); }
+    void Release() {
+        if (const CO_MTA_USAGE_COOKIE cookie = std::exchange(m_cookie, nullptr))
+            CoDecrementMTAUsage(cookie);
+    }
+
+  private:
+    CO_MTA_USAGE_COOKIE m_cookie = nullptr;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_MONITOR_APARTMENT_H

@@ -1,0 +1,114 @@
+#include "monitor/gate_factory.h"
+
+#include <objbase.h>
+#include <wrl/client.h>
+
+#include <new>
+#include <utility>
+
+#include "comcallbackgate.h"
+#include "platform/srw_hold.h"
+#include "proxy/proxy_factory.h"
+
+namespace kora4 {
+namespace {
+
+// The registration in one apartment. `generation` tells the shares in this registration
+// from those in an earlier one that ended unrevoked with its apartment, whose thread id
+// may be in use again.
+struct ApartmentEntry {
+    ApartmentId apartment;
+    DWORD generation;
+    ULONG shares;
+    DWORD cookie;
+    ApartmentEntry* next;
+};
+
+SRWLOCK s_lock = SRWLOCK_INIT;
+ApartmentEntry* s_entries = nullptr;
+DWORD s_lastGeneration = 0;
+
+ApartmentEntry** Find(ApartmentId apartment) {
+    ApartmentEntry** ppEntry = &s_entries;
+    while (*ppEntry && (*ppEntry)->apartment != apartment)
+        ppEntry = &(*ppEntry)->next;
+    return ppEntry;
+}
+
+ApartmentEntry* FindOrAdd(ApartmentId apartment) {
+    if (ApartmentEntry* pEntry = *Find(apartment))
+        return pEntry;
+    auto* pEntry =
+        new (std::nothrow) ApartmentEntry{apartment, ++s_lastGeneration, 0, 0, s_entries};
+    if (pEntry)
+        s_entries = pEntry;
+    return pEntry;
+}
+
+void Remove(ApartmentEntry** ppEntry) {
+    ApartmentEntry* const pEntry = *ppEntry;
+    *ppEntry = pEntry->next;
+    if (pEntry->cookie)
+        CoRevokeClassObject(pEntry->cookie);
+    delete pEntry;
+}
+
+// A platform that keeps several registrations of one class hands out a cookie each time:
+// the newest then serves all shares. One that keeps a single registration hands out
+// cookie 0 while it has one, so that a cookie means that the old one is no more.
+void TakeNewCookie(ApartmentEntry& entry, DWORD cookie) {
+    if (!cookie)
+        return;
+    const DWORD old = std::exchange(entry.cookie, cookie);
+    if (!old || SUCCEEDED(CoRevokeClassObject(old)))
+        return;
+    entry.generation = ++s_lastGeneration;
+    entry.shares = 0;
+}
+
+}  // namespace
+
+HRESULT GateFactoryRegistration::Register() {
+    Revoke();
+    const IID& iid = __uuidof(ICOMCallbackGate);
+    Microsoft::WRL::ComPtr<IUnknown> spFactory;
+    HRESULT hr = PrxDllGetClassObject(
+        iid, __uuidof(IUnknown), reinterpret_cast<void**>(spFactory.ReleaseAndGetAddressOf()));
+    if (FAILED(hr))
+        return hr;
+
+    SrwHold hold(s_lock);
+    ApartmentEntry* const pEntry = FindOrAdd(CurrentApartment());
+    if (!pEntry)
+        return E_OUTOFMEMORY;
+    DWORD cookie = 0;
+    hr = CoRegisterClassObject(iid, spFactory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
+                               &cookie);
+    if (SUCCEEDED(hr)) {
+        TakeNewCookie(*pEntry, cookie);
+        hr = CoRegisterPSClsid(iid, iid);
+    }
+    if (SUCCEEDED(hr)) {
+        ++pEntry->shares;
+        m_registered = true;
+        m_apartment = pEntry->apartment;
+        m_generation = pEntry->generation;
+    } else if (pEntry->shares == 0) {
+        Remove(Find(pEntry->apartment));
+    }
+    return hr;
+}
+
+void GateFactoryRegistration::Revoke() {
+    if (!std::exchange(m_registered, false))
+        return;
+    SrwHold hold(s_lock);
+    ApartmentEntry** const ppEntry = Find(m_apartment);
+    ApartmentEntry* const pEntry = *ppEntry;
+    if (!pEntry || pEntry->generation != m_generation || --pEntry->shares != 0)
+        return;
+    if (CurrentApartment() == m_apartment)
+        Remove(ppEntry);
+}
+
+}  // namespace kora4

@@ -1,0 +1,45 @@
+// The registration of the gate's proxy/stub factory in an apartment.
+#ifndef KORA4_MONITOR_GATE_FACTORY_H
+#define KORA4_MONITOR_GATE_FACTORY_H
+
+#include <windows.h>
+
+#include "monitor/apartment.h"
+
+namespace kora4 {
+
+// One monitor's share in the registration of the factory of ICOMCallbackGate in one
+// apartment. The interface is not in the system's interface table, so every apartment
+// that marshals or unmarshals the gate needs the factory registered there.
+//
+// All monitors of the process share one registration per apartment, counted in a table
+// of the module: a platform may keep only one class object per class and apartment, and
+// one monitor that ends must not take the factory from one that starts. The table's lock
+// is a leaf.
+//
+// Register and Revoke belong on a thread of the apartment. Revoked elsewhere, the share
+// is given up, but the registration stays for the apartment's next monitor.
+class GateFactoryRegistration {
+  public:
+    GateFactoryRegistration() = default;
+    ~GateFactoryRegistration() { Revoke(); }
+    GateFactoryRegistration(const GateFactoryRegistration&) = delete;
+    GateFactoryRegistration& operator=(const GateFactoryRegistration&) = delete;
+
+    // Gives up what was registered before, then registers in the calling thread's apartment.
+    HRESULT Register();
+    void Revoke();
+
+    bool IsRegistered() const { return m_registered; }
+    // Meaningful only while registered.
+    ApartmentId Apartment() const { return m_apartment; }
+
+  private:
+    bool m_registered = false;
+    ApartmentId m_apartment = cMultithreadedApartment;
+    DWORD m_generation = 0;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_MONITOR_GATE_FACTORY_H

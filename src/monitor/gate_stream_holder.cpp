@@ -1,0 +1,99 @@
+#include "monitor/gate_stream_holder.h"
+
+#include <objbase.h>
+#include <wrl/client.h>
+
+#include <utility>
+
+#include "trace/trace.h"
+
+namespace kora4 {
+namespace {
+
+std::atomic<GateStreamHolder::CancelObjectSource> s_cancelObjectSource{nullptr};
+
+// Not every platform's ole32 exports it, so it is not imported.
+GateStreamHolder::CancelObjectSource FindCancelObjectSource() {
+    if (const auto source = s_cancelObjectSource.load())
+        return source;
+    const HMODULE ole32 = GetModuleHandleW(L"ole32.dll");
+    const FARPROC proc = ole32 ? GetProcAddress(ole32, "CoGetCancelObject") : nullptr;
+    return reinterpret_cast<GateStreamHolder::CancelObjectSource>(
+        reinterpret_cast<void*>(proc));
+}
+
+}  // namespace
+
+HRESULT GateStreamHolder::Marshal(REFIID iid, IUnknown* pObject,
+                                  GateFactoryRegistration& registration) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "GateStreamHolder::Marshal"};
+    HRESULT hr = E_INVALIDARG;
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    if (!pObject)
+        return hr;
+    ReleaseStream();
+    hr = registration.Register();
+    if (SUCCEEDED(hr))
+        hr = CoMarshalInterThreadInterfaceInStream(iid, pObject, &m_pStream);
+    return hr;
+}
+
+HRESULT GateStreamHolder::Unmarshal(REFIID iid, void** ppv,
+                                    GateFactoryRegistration& registration) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "GateStreamHolder::Unmarshal"};
+    HRESULT hr = E_INVALIDARG;
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    if (!ppv)
+        return hr;
+    hr = E_FAIL;
+    if (!m_pStream)
+        return hr;
+    hr = CoEnableCallCancellation(nullptr);
+    if (FAILED(hr))
+        return hr;
+    m_threadId.store(GetCurrentThreadId());
+    hr = registration.Register();
+    // One reference, given back in full by the caller: the owner lets calls in while it
+    // waits, so that the proxy's release reaches it and leaves nothing behind.
+    if (SUCCEEDED(hr))
+        hr = CoGetInterfaceAndReleaseStream(std::exchange(m_pStream, nullptr), iid, ppv);
+    return hr;
+}
+
+void GateStreamHolder::Revoke(GateFactoryRegistration& registration) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "GateStreamHolder::Revoke"};
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    if (!registration.IsRegistered())
+        return;
+    registration.Revoke();
+    m_threadId.store(0);
+}
+
+void GateStreamHolder::CancelOutstandingCall() {
+    static constexpr trace::Site cSite{"RegKeyMonitor",
+                                       "GateStreamHolder::CancelOutstandingCall"};
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    const DWORD threadId = m_threadId.load();
+    const CancelObjectSource source = threadId ? FindCancelObjectSource() : nullptr;
+    if (!source)
+        return;
+    Microsoft::WRL::ComPtr<ICancelMethodCalls> spCancel;
+    const HRESULT hr = source(threadId, __uuidof(ICancelMethodCalls),
+                              reinterpret_cast<void**>(spCancel.ReleaseAndGetAddressOf()));
+    if (SUCCEEDED(hr) && spCancel)
+        spCancel->Cancel(0);
+}
+
+void GateStreamHolder::SetCancelObjectSource(CancelObjectSource source) {
+    s_cancelObjectSource.store(source);
+}
+
+// A stream that nobody unmarshalled still holds references to the object.
+void GateStreamHolder::ReleaseStream() {
+    if (IStream* const pStream = std::exchange(m_pStream, nullptr)) {
+        CoReleaseMarshalData(pStream);
+        pStream->Release();
+    }
+}
+
+}  // namespace kora4

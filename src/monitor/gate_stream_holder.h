@@ -1,0 +1,59 @@
+// Carries the marshalled gate from the owner's apartment to the monitor thread.
+#ifndef KORA4_MONITOR_GATE_STREAM_HOLDER_H
+#define KORA4_MONITOR_GATE_STREAM_HOLDER_H
+
+#include <objidl.h>
+#include <windows.h>
+
+#include <atomic>
+
+#include "monitor/gate_factory.h"
+
+namespace kora4 {
+
+// Holds the stream between Marshal (owner's apartment) and Unmarshal (monitor thread),
+// and from then on the id of the monitor thread, so that the owner can cancel the call
+// that the thread has outstanding. No lock: the owner marshals before the thread is
+// created, the thread alone unmarshals, and the thread id is atomic.
+class GateStreamHolder {
+  public:
+    using CancelObjectSource = HRESULT(WINAPI*)(DWORD threadId, REFIID iid, void** ppv);
+
+    GateStreamHolder() = default;
+    ~GateStreamHolder() { ReleaseStream(); }
+    GateStreamHolder(const GateStreamHolder&) = delete;
+    GateStreamHolder& operator=(const GateStreamHolder&) = delete;
+
+    // Registers the gate's factory in the calling thread's apartment and marshals
+    // `pObject`, once, for any other apartment. A null object: E_INVALIDARG.
+    HRESULT Marshal(REFIID iid, IUnknown* pObject, GateFactoryRegistration& registration);
+
+    // The other side: consumes the stream whatever the result. In the apartment that
+    // marshalled, `*ppv` is the object itself. A null `ppv`: E_INVALIDARG; no stream: E_FAIL.
+    HRESULT Unmarshal(REFIID iid, void** ppv, GateFactoryRegistration& registration);
+
+    // Undoes what Unmarshal or Marshal registered; there is no thread to cancel any more.
+    void Revoke(GateFactoryRegistration& registration);
+
+    // Asks COM to end the call that the unmarshalling thread has outstanding. Where the
+    // platform has no call cancellation nothing happens; the caller's wait then has to
+    // let the call in.
+    void CancelOutstandingCall();
+
+    bool HasStream() const { return m_pStream != nullptr; }
+    // 0 when no thread has unmarshalled.
+    DWORD ThreadId() const { return m_threadId.load(); }
+
+    // Where cancel objects come from, for tests; null restores the platform's own.
+    static void SetCancelObjectSource(CancelObjectSource source);
+
+  private:
+    void ReleaseStream();
+
+    IStream* m_pStream = nullptr;
+    std::atomic<DWORD> m_threadId{0};
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_MONITOR_GATE_STREAM_HOLDER_H

@@ -1,0 +1,95 @@
+// What the owner of a monitor and its thread share from one start to the end of the thread.
+#ifndef KORA4_MONITOR_MONITOR_SESSION_H
+#define KORA4_MONITOR_MONITOR_SESSION_H
+
+#include <windows.h>
+#include <wrl/client.h>
+
+#include <atomic>
+
+#include "monitor/apartment.h"
+#include "monitor/gate_stream_holder.h"
+#include "platform/handles.h"
+#include "platform/module.h"
+
+namespace kora4 {
+
+// One run of the monitor. Reference-counted: the owner and the thread each hold it, and
+// either may be the last. Everything but the counters is set before the thread is created
+// and not changed after; no lock.
+//
+// It locks the module while it lives, and carries the thread's own reference to the
+// module, without which the code could be unmapped below a thread that is ending.
+//
+// It also holds the multithreaded apartment. The thread never leaves that of its own
+// accord: were it the last one there, its end would tear the apartment down inside the
+// loader's lock. So the apartment is held until the thread has ended, by the owner if it
+// waits for that; a thread that was let go does it itself.
+class MonitorSession {
+  public:
+    MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
+    MonitorSession(const MonitorSession&) = delete;
+    MonitorSession& operator=(const MonitorSession&) = delete;
+
+    ULONG AddRef() { return static_cast<ULONG>(m_references.fetch_add(1) + 1); }
+    ULONG Release();
+
+    // The three events, the module reference and the apartment. E_FAIL without an event.
+    HRESULT MakeControls();
+
+    // Creates the thread on `procedure`; it gets this session with a reference of its own.
+    bool CreateMonitorThread(LPTHREAD_START_ROUTINE procedure);
+
+    // The owner's side: the thread is to end, and nobody will wait for it. False when the
+    // thread is past everything but its own end; it is to be waited for, and that is short.
+    bool LetGo();
+
+    // The thread's side, its very last act: gives back what is left and ends the thread.
+    // `isInApartment`: the thread has entered the multithreaded apartment itself.
+    [[noreturn]] void EndThread(DWORD exitCode, bool isInApartment);
+
+    // Ends the thread by force and gives back what it held.
+    void TerminateMonitorThread(DWORD exitCode);
+
+    bool IsThreadRunning() const;
+
+    HKEY RootKey() const { return m_rootKey; }
+    const wchar_t* Subkey() const { return m_pwSubkey; }
+    HANDLE StopEvent() const { return m_stopEvent.Get(); }
+    HANDLE ExitedEvent() const { return m_exitedEvent.Get(); }
+    HANDLE ReadyEvent() const { return m_readyEvent.Get(); }
+    HANDLE Thread() const { return m_thread.Get(); }
+    GateStreamHolder& Holder() { return m_gateHolder; }
+
+    // Set by the thread when it has stopped watching for good.
+    void SetWatchEnded() { m_watchEnded.store(true); }
+    bool HasWatchEnded() const { return m_watchEnded.load(); }
+
+  private:
+    // Who went first: the owner, or the thread.
+    enum Parting : int { eTogether, eLetGo, eThreadDone };
+
+    ~MonitorSession() = default;
+
+    // Destroyed from the last to the first: the apartment is given up after the stream
+    // in the holder, the module is unlocked last.
+    ModuleLock m_moduleLock;
+    MtaUsage m_mtaUsage;
+    const HKEY m_rootKey;
+    const wchar_t* const m_pwSubkey;
+    UniqueHandle m_stopEvent;
+    UniqueHandle m_exitedEvent;
+    UniqueHandle m_readyEvent;
+    UniqueHandle m_thread;
+    GateStreamHolder m_gateHolder;
+    HMODULE m_threadModule = nullptr;
+    std::atomic<int> m_parting{eTogether};
+    std::atomic<bool> m_watchEnded{false};
+    std::atomic<LONG> m_references{1};
+};
+
+using MonitorSessionPtr = Microsoft::WRL::ComPtr<MonitorSession>;
+
+}  // namespace kora4
+
+#endif  // KORA4_MONITOR_MONITOR_SESSION_H

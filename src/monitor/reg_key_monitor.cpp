@@ -1,0 +1,216 @@
+#include "monitor/reg_key_monitor.h"
+
+#include <cstdint>
+#include <new>
+#include <utility>
+
+#include "platform/srw_hold.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+namespace {
+
+// Handles are printed in 32 bits; they have no more.
+std::uint32_t Printable(HANDLE handle) {
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle));
+}
+
+}  // namespace
+
+RegKeyMonitor::~RegKeyMonitor() {
+    TerminateRegMonitor();
+}
+
+void* RegKeyMonitor::FindInterface(REFIID iid) {
+    if (iid == __uuidof(IUnknown) || iid == __uuidof(ICOMCallbackGate))
+        return static_cast<ICOMCallbackGate*>(this);
+    return nullptr;
+}
+
+HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
+                                       RegKeyMonitorClient* client) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::SpawnRegMonitor"};
+    HRESULT hr = E_INVALIDARG;
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    if (!root || !subkey || !client)
+        return hr;
+    hr = E_FAIL;
+    if (Session())
+        return hr;
+
+    // A call that comes in during the wait may release the object.
+    const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
+    hr = MakeControls(root, subkey, client);
+    const MonitorSessionPtr spSession = Session();
+    if (SUCCEEDED(hr))
+        hr = MarshalInterface();
+    if (SUCCEEDED(hr)) {
+        const bool created = spSession->CreateMonitorThread(&RegMonitorEntry);
+        KALTRACE(trace::eResults, cSite, "CreateThread : 0x%08x\n",
+                 Printable(spSession->Thread()));
+        hr = created ? AwaitReady(*spSession.Get()) : E_FAIL;
+    }
+    if (FAILED(hr))
+        CloseAndReset(spSession.Get());
+    return hr;
+}
+
+HRESULT RegKeyMonitor::MakeControls(HKEY root, const wchar_t* subkey,
+                                    RegKeyMonitorClient* client) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::MakeControls"};
+    HRESULT hr = E_OUTOFMEMORY;
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    MonitorSessionPtr spSession;
+    spSession.Attach(new (std::nothrow) MonitorSession(root, subkey));
+    if (!spSession)
+        return hr;
+    hr = spSession->MakeControls();
+    SrwHold hold(m_guard);
+    m_spSession = spSession;
+    m_pClient = client;
+    return hr;
+}
+
+HRESULT RegKeyMonitor::MarshalInterface() {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::MarshalInterface"};
+    HRESULT hr = E_FAIL;
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    if (const MonitorSessionPtr spSession = Session())
+        hr = spSession->Holder().Marshal(__uuidof(ICOMCallbackGate), this, m_gateRegistration);
+    return hr;
+}
+
+// A start-up that takes longer than the grace period is a slow one, no failed one.
+HRESULT RegKeyMonitor::AwaitReady(MonitorSession& session) {
+    const HANDLE handles[] = {session.ReadyEvent(), session.Thread()};
+    switch (WaitLettingCallsIn(handles, ARRAYSIZE(handles), cGraceMilliseconds)) {
+        case WAIT_OBJECT_0:
+        case WAIT_TIMEOUT:
+            return S_OK;
+        case WAIT_OBJECT_0 + 1:
+            return E_FAIL;
+        default:
+            HaltMonitorThread(session);
+            return E_FAIL;
+    }
+}
+
+void RegKeyMonitor::TerminateRegMonitor() {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::TerminateRegMonitor"};
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    // The client goes first: a call that is on its way finds none and returns at once.
+    // Whoever calls again while this waits finds no session.
+    const MonitorSessionPtr spSession = DetachSession();
+    if (spSession) {
+        HaltMonitorThread(*spSession.Get());
+        spSession->Holder().Revoke(m_gateRegistration);
+    }
+    // A start that failed has left its registration, but no session.
+    m_gateRegistration.Revoke();
+}
+
+void RegKeyMonitor::HaltMonitorThread(MonitorSession& session) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::HaltMonitorThread"};
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    const HANDLE thread = session.Thread();
+    if (!thread || !session.StopEvent() || !session.ExitedEvent())
+        return;
+    // The thread is waiting for the very call that this runs in.
+    if (IsInCallback(&session, false) && session.LetGo())
+        return;
+    SetEvent(session.StopEvent());
+    session.Holder().CancelOutstandingCall();
+    // For the thread, not its event: none of the module's code runs on it any more then.
+    if (WaitLettingCallsIn(&thread, 1, cGraceMilliseconds) != WAIT_TIMEOUT)
+        return;
+    KALTRACE(trace::eSecurity, cSite, "Zombie thread 0x%08x 0x%08x 0x%08x\n",
+             GetThreadId(thread), Printable(thread), Printable(session.ExitedEvent()));
+    if (!CanThreadEndByItself(session)) {
+        session.TerminateMonitorThread(WAIT_TIMEOUT);
+        // The thread cannot give back its reference to the gate any more.
+        CoDisconnectObject(this, 0);
+    } else if (!session.LetGo()) {
+        WaitForSingleObject(thread, INFINITE);
+    }
+}
+
+// It may still end when its owner's client returns, or when the owner's apartment lets
+// calls in, which a wait on a thread outside that apartment does not do.
+bool RegKeyMonitor::CanThreadEndByItself(const MonitorSession& session) {
+    return IsInCallback(&session, true) || !m_gateRegistration.IsRegistered() ||
+           m_gateRegistration.Apartment() != CurrentApartment();
+}
+
+// `pSession`: what failed to start. Another call may have taken it away, or replaced it,
+// while the start was waiting.
+void RegKeyMonitor::CloseAndReset(const MonitorSession* pSession) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::CloseAndReset"};
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    MonitorSessionPtr spClosed;
+    SrwHold hold(m_guard);
+    if (m_spSession.Get() != pSession)
+        return;
+    spClosed.Swap(m_spSession);
+    m_pClient = nullptr;
+}
+
+bool RegKeyMonitor::IsMonitoring() {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::IsMonitoring"};
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    const MonitorSessionPtr spSession = Session();
+    return spSession && !spSession->HasWatchEnded() && spSession->IsThreadRunning();
+}
+
+STDMETHODIMP RegKeyMonitor::Callback(ULONG) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::Callback"};
+    KALTRACE(trace::eNotificationThreads, cSite, ">> TID: 0x%08x\n", GetCurrentThreadId());
+    // The client may drop the owner's reference in the call.
+    const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
+    CallbackFrame frame{};
+    RegKeyMonitorClient* const pClient = EnterCallback(frame);
+    const HRESULT hr = pClient ? pClient->OnKeyChangeNotify() : S_OK;
+    LeaveCallback(frame);
+    KALTRACE(trace::eNotificationThreads, cSite, "<< pClient: %p hr: 0x%08x\n",
+             static_cast<void*>(pClient), static_cast<std::uint32_t>(hr));
+    return hr;
+}
+
+RegKeyMonitorClient* RegKeyMonitor::EnterCallback(CallbackFrame& frame) {
+    frame.threadId = GetCurrentThreadId();
+    SrwHold hold(m_guard);
+    frame.pSession = m_spSession.Get();
+    frame.pNext = m_pCallbacks;
+    m_pCallbacks = &frame;
+    return m_pClient;
+}
+
+void RegKeyMonitor::LeaveCallback(const CallbackFrame& frame) {
+    SrwHold hold(m_guard);
+    CallbackFrame** ppFrame = &m_pCallbacks;
+    while (*ppFrame != &frame)
+        ppFrame = &(*ppFrame)->pNext;
+    *ppFrame = frame.pNext;
+}
+
+bool RegKeyMonitor::IsInCallback(const MonitorSession* pSession, bool onAnyThread) {
+    const DWORD threadId = GetCurrentThreadId();
+    SrwHold hold(m_guard);
+    for (const CallbackFrame* pFrame = m_pCallbacks; pFrame; pFrame = pFrame->pNext) {
+        if (pFrame->pSession == pSession && (onAnyThread || pFrame->threadId == threadId))
+            return true;
+    }
+    return false;
+}
+
+MonitorSessionPtr RegKeyMonitor::Session() {
+    SrwHold hold(m_guard);
+    return m_spSession;
+}
+
+MonitorSessionPtr RegKeyMonitor::DetachSession() {
+    SrwHold hold(m_guard);
+    m_pClient = nullptr;
+    return std::exchange(m_spSession, nullptr);
+}
+
+}  // namespace kora4
