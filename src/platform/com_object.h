@@ -16,7 +16,9 @@ namespace kora4 {
 // `T` derives from the interfaces it implements, leaves AddRef and Release to the wrapper
 // and has `void* FindInterface(REFIID)`: the pointer for an interface (no reference
 // taken), IUnknown included, or null. The wrapper holds a module lock from before the
-// construction of `T` until after its destruction.
+// construction of `T` until after its destruction. A `T` with a `FinalRelease` has it called
+// when the last reference has gone, before the destruction: references can still be taken
+// and dropped in there, by calls that are on their way.
 template <typename T>
 class ComObject final : private ModuleLock, public T {
   public:
@@ -45,6 +47,8 @@ class ComObject final : private ModuleLock, public T {
         if (left == 0) {
             // A reference that the destruction takes and drops must not destroy again.
             m_references.store(LONG_MIN / 2);
+            if constexpr (requires(T& object) { object.FinalRelease(); })
+                T::FinalRelease();
             delete this;
         }
         return static_cast<ULONG>(left);

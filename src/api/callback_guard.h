@@ -1,0 +1,52 @@
+// The callback lock of an API object.
+#ifndef KORA4_API_CALLBACK_GUARD_H
+#define KORA4_API_CALLBACK_GUARD_H
+
+#include <windows.h>
+
+#include "api/process_track.h"
+
+namespace kora4 {
+
+// Serialises every use of the registered client callback: registration, unregistration
+// and the whole of a notification pass, the client's methods included. It is recursive
+// and must stay so: a callback may register or unregister on the thread that calls it.
+class CallbackGuard {
+  public:
+    CallbackGuard() {
+        InitializeCriticalSectionEx(&m_section, 0, CRITICAL_SECTION_NO_DEBUG_INFO);
+    }
+    ~CallbackGuard() { DeleteCriticalSection(&m_section); }
+    CallbackGuard(const CallbackGuard&) = delete;
+    CallbackGuard& operator=(const CallbackGuard&) = delete;
+
+    void Enter() {
+        EnterCriticalSection(&m_section);
+        m_track.Enter();
+    }
+    void Leave() {
+        m_track.Leave();
+        LeaveCriticalSection(&m_section);
+    }
+
+  private:
+    // Before the tracker: its construction belongs to that of the lock.
+    CRITICAL_SECTION m_section;
+    ProcessTrack m_track;
+};
+
+// Holds the callback lock for the length of a scope.
+class CallbackHold {
+  public:
+    explicit CallbackHold(CallbackGuard& guard) : m_guard(guard) { m_guard.Enter(); }
+    ~CallbackHold() { m_guard.Leave(); }
+    CallbackHold(const CallbackHold&) = delete;
+    CallbackHold& operator=(const CallbackHold&) = delete;
+
+  private:
+    CallbackGuard& m_guard;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_API_CALLBACK_GUARD_H

@@ -1,0 +1,15 @@
+// How the module makes an API object without seeing its class.
+#ifndef KORA4_API_CREATE_API_OBJECT_H
+#define KORA4_API_CREATE_API_OBJECT_H
+
+#include <windows.h>
+
+namespace kora4 {
+
+// Creates a CKORA4ASL in the calling apartment and queries it for `iid`. E_POINTER for a
+// null `ppv`, which is otherwise null on failure; E_NOINTERFACE, E_OUTOFMEMORY.
+HRESULT CreateApiObject(REFIID iid, void** ppv);
+
+}  // namespace kora4
+
+#endif  // KORA4_API_CREATE_API_OBJECT_H

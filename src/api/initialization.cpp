@@ -1,0 +1,121 @@
+// Bringing the object up, and the registration of the client's callback.
+#include "api/kora4asl.h"
+#include "platform/com_object.h"
+#include "platform/srw_hold.h"
+#include "store/access/registry_paths.h"
+
+namespace kora4 {
+
+using Microsoft::WRL::ComPtr;
+
+STDMETHODIMP CKORA4ASL::Initialize() {
+    static constexpr Method cMethod{"CKORA4ASL::Initialize",
+                                    {.initialization = InitializationCheck::eNone}};
+    // COM calls that are let in while it waits may release the object.
+    const ComPtr<CKORA4ASL> spSelf(this);
+    return Call(cMethod, cNothingToCheck,
+                [&] { return m_initializeGuard.Run([&] { return BringUp(); }); });
+}
+
+// Each step keeps what an earlier, failed call has reached. The monitor comes first: when
+// the key to watch is missing, nothing has been created yet.
+HRESULT CKORA4ASL::BringUp() {
+    if (m_initialized)
+        return S_OK;
+    HRESULT hr = StartMonitor();
+    if (SUCCEEDED(hr))
+        hr = m_uiKeysClient.ObjInitialize();
+    if (SUCCEEDED(hr))
+        hr = m_regPropKeysAccess.Open(true);
+    if (SUCCEEDED(hr)) {
+        LoadTraceFlags();
+        hr = m_uiKeysClient.InitialKeysLoad();
+    }
+    if (SUCCEEDED(hr)) {
+        const HRESULT hrReady = BecomeReady();
+        if (FAILED(hrReady))
+            hr = hrReady;
+    }
+    return hr;
+}
+
+HRESULT CKORA4ASL::StartMonitor() {
+    if (!m_pRegKeyMonitor) {
+        ComObject<RegKeyMonitor>* pMonitor = nullptr;
+        const HRESULT hr = ComObject<RegKeyMonitor>::Create(&pMonitor);
+        if (FAILED(hr))
+            return hr;
+        m_pRegKeyMonitor.Attach(pMonitor);
+    }
+    if (m_pRegKeyMonitor->IsMonitoring())
+        return S_OK;
+    // A thread that ended by itself since the last try has left its handle behind.
+    m_pRegKeyMonitor->TerminateRegMonitor();
+    return m_pRegKeyMonitor->SpawnRegMonitor(HKEY_LOCAL_MACHINE, cDynamicKeysPath, this);
+}
+
+void CKORA4ASL::LoadTraceFlags() {
+    std::uint32_t flags = 0;
+    if (m_regPropKeysAccess.ReadUINT(eKeySetStatic, pkey::Setting(pkey::cTraceFlagsPid),
+                                     &flags) == S_OK)
+        trace::SetFlags(flags);
+}
+
+// Notifications that came in since the load are made up for before the object counts as
+// initialised. Nobody can be registered yet, so there is nobody to tell.
+HRESULT CKORA4ASL::BecomeReady() {
+    for (;;) {
+        {
+            const SrwHold hold(m_readinessLock);
+            if (!m_notificationMissed) {
+                m_initialized = true;
+                return S_OK;
+            }
+            m_notificationMissed = false;
+        }
+        ChangeSet changes;
+        const HRESULT hr = m_uiKeysClient.OnKeyChangeNotify(&changes);
+        if (FAILED(hr))
+            return hr;
+    }
+}
+
+STDMETHODIMP CKORA4ASL::RegisterChangeNotifications(IVeltoKORA4APICallback* pIAPICallback) {
+    static constexpr Method cMethod{
+        "CKORA4ASL::RegisterChangeNotifications",
+        {.badArgument = "NULL == pICallback", .entry = "%s: %4d %s:>> pICallback: %p\n"}};
+    return Call(
+        cMethod, pIAPICallback != nullptr,
+        [&] {
+            const CallbackHold hold(m_callbackGuard);
+            SetCallback(pIAPICallback);
+            KALTRACE(trace::eMessages, cMethod.site, "(0x%x)success\n",
+                     static_cast<unsigned>(reinterpret_cast<UINT_PTR>(pIAPICallback)));
+            return S_OK;
+        },
+        static_cast<void*>(pIAPICallback));
+}
+
+STDMETHODIMP CKORA4ASL::UnregisterChangeNotifications() {
+    static constexpr Method cMethod{"CKORA4ASL::UnregisterChangeNotifications"};
+    return Call(cMethod, cNothingToCheck, [&] {
+        const CallbackHold hold(m_callbackGuard);
+        if (m_spIASLCallback) {
+            SetCallback(nullptr);
+            KALTRACE(trace::eMessages, cMethod.site,
+                     " Successfully unregistered callback and set m_spIASLCallback = Null\n");
+        }
+        return S_OK;
+    });
+}
+
+// The callback lock is held. The count moves before the old callback is released: that may
+// call back in.
+void CKORA4ASL::SetCallback(IVeltoKORA4APICallback* pICallback) {
+    if (m_spIASLCallback.Get() == pICallback)
+        return;
+    ++m_registration;
+    m_spIASLCallback = pICallback;
+}
+
+}  // namespace kora4

@@ -1,0 +1,49 @@
+// One bring-up of an object at a time.
+#ifndef KORA4_API_INITIALIZE_GUARD_H
+#define KORA4_API_INITIALIZE_GUARD_H
+
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace kora4 {
+
+// A call that finds another thread at it waits, lets COM calls in meanwhile, and returns
+// that thread's result. A call that re-enters on the thread that is at it (COM let it in)
+// can neither wait nor go on: E_FAIL. No lock is held while `bringUp` runs.
+class InitializeGuard {
+  public:
+    InitializeGuard() = default;
+    InitializeGuard(const InitializeGuard&) = delete;
+    InitializeGuard& operator=(const InitializeGuard&) = delete;
+
+    template <typename BringUp>
+    HRESULT Run(BringUp&& bringUp) {
+        HRESULT hr = E_FAIL;
+        if (!Enter(&hr))
+            return hr;
+        hr = bringUp();
+        Leave(hr);
+        return hr;
+    }
+
+  private:
+    // Lives on the waiting thread's stack, in the list until Leave has set its event.
+    struct Waiter {
+        UniqueHandle event;
+        HRESULT hr = E_FAIL;
+        Waiter* pNext = nullptr;
+    };
+
+    // False when there is nothing left to do but to return `*phr`.
+    bool Enter(HRESULT* phr);
+    void Leave(HRESULT hr);
+
+    SRWLOCK m_lock = SRWLOCK_INIT;
+    DWORD m_runningThread = 0;     // guarded by m_lock; 0: none
+    Waiter* m_pWaiters = nullptr;  // guarded by m_lock
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_API_INITIALIZE_GUARD_H

@@ -1,0 +1,61 @@
+#include "api/kora4asl.h"
+
+#include "api/create_api_object.h"
+#include "platform/com_object.h"
+#include "platform/version.h"
+
+namespace kora4 {
+
+CKORA4ASL::CKORA4ASL() {
+    static constexpr trace::Site cSite{cApiTag, "CKORA4ASL::CKORA4ASL"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+}
+
+void CKORA4ASL::FinalRelease() {
+    static constexpr trace::Site cSite{cApiTag, "CKORA4ASL::~CKORA4ASL"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    UnregisterChangeNotifications();
+    if (m_pRegKeyMonitor) {
+        m_pRegKeyMonitor->TerminateRegMonitor();
+        m_pRegKeyMonitor.Reset();
+    }
+    m_initialized = false;
+}
+
+void* CKORA4ASL::FindInterface(REFIID iid) {
+    if (iid == __uuidof(IUnknown) || iid == __uuidof(IVeltoKORA4API))
+        return static_cast<IVeltoKORA4API*>(this);
+    return nullptr;
+}
+
+STDMETHODIMP CKORA4ASL::GetVeltoKORA4Version(ULONG* kora4Version_3, ULONG* kora4Version_2,
+                                             ULONG* kora4Version_1, ULONG* kora4Version_0) {
+    static constexpr Method cMethod{"CKORA4ASL::GetVeltoKORA4Version",
+                                    {.badArgument = "called with a null pointer",
+                                     .initialization = InitializationCheck::eNone}};
+    const bool good = kora4Version_3 && kora4Version_2 && kora4Version_1 && kora4Version_0;
+    return Call(cMethod, good, [&] {
+        *kora4Version_3 = KORA4_VERSION_3;
+        *kora4Version_2 = KORA4_VERSION_2;
+        *kora4Version_1 = KORA4_VERSION_1;
+        *kora4Version_0 = KORA4_VERSION_0;
+        KALTRACE(trace::eMessages, cMethod.site, "%u.%u.%u.%u\n", KORA4_VERSION_3,
+                 KORA4_VERSION_2, KORA4_VERSION_1, KORA4_VERSION_0);
+        return S_OK;
+    });
+}
+
+HRESULT CreateApiObject(REFIID iid, void** ppv) {
+    if (!ppv)
+        return E_POINTER;
+    *ppv = nullptr;
+    ComObject<CKORA4ASL>* pObject = nullptr;
+    const HRESULT hr = ComObject<CKORA4ASL>::Create(&pObject);
+    if (FAILED(hr))
+        return hr;
+    Microsoft::WRL::ComPtr<IVeltoKORA4API> spObject;
+    spObject.Attach(pObject);
+    return spObject.CopyTo(iid, ppv);
+}
+
+}  // namespace kora4

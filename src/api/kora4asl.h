@@ -1,0 +1,129 @@
+// The API object.
+#ifndef KORA4_API_KORA4ASL_H
+#define KORA4_API_KORA4ASL_H
+
+#include <windows.h>
+#include <wrl/client.h>
+
+#include <atomic>
+#include <cstdint>
+
+#include "api/callback_guard.h"
+#include "api/initialize_guard.h"
+#include "api/method_frame.h"
+#include "monitor/reg_key_monitor.h"
+#include "monitor/reg_key_monitor_client.h"
+#include "store/access/reg_prop_keys_access.h"
+#include "store/clients/ui_keys_client.h"
+#include "veltokora4api.h"
+
+namespace kora4 {
+
+// What a client creates: a thin front on the settings store, and the source of the client's
+// change notifications. Create it as ComObject<CKORA4ASL>. Created, initialised, destroyed:
+// there is no way back from initialised.
+//
+// Threads. It lives in the apartment that creates it. In a single-threaded apartment all
+// calls come in on one thread; in the multithreaded one any number may come in at a time,
+// notifications on the monitor's thread among them. Methods on the store need no lock of
+// this object: the store's named mutex keeps them apart.
+//
+// Locks, in the order of taking; none is taken while the named mutex is held.
+//   m_initializeGuard  one Initialize at a time. No lock: the others wait for its end.
+//   m_callbackGuard    the registered callback. Recursive. Held while the client's callback
+//                      methods run, which may call any method of this object.
+//   m_readinessLock    the step from not initialised to initialised, and the notifications
+//                      that arrive before it. A leaf.
+class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
+  public:
+    CKORA4ASL();
+    virtual ~CKORA4ASL() = default;
+    CKORA4ASL(const CKORA4ASL&) = delete;
+    CKORA4ASL& operator=(const CKORA4ASL&) = delete;
+
+    // The destructor's first part, run while the reference counting of the wrapper still
+    // works: a notification that is on its way takes and drops a reference. Releases the
+    // callback and stops the monitor.
+    void FinalRelease();
+
+    // IVeltoKORA4API
+    STDMETHODIMP GetVeltoKORA4Version(ULONG* kora4Version_3, ULONG* kora4Version_2,
+                                      ULONG* kora4Version_1, ULONG* kora4Version_0) override;
+    STDMETHODIMP Initialize() override;
+    STDMETHODIMP RegisterChangeNotifications(IVeltoKORA4APICallback* pIAPICallback) override;
+    STDMETHODIMP UnregisterChangeNotifications() override;
+    STDMETHODIMP GetActiveProfile(LONG* pProfileID) override;
+    STDMETHODIMP SetActiveProfile(LONG profileID) override;
+    STDMETHODIMP RevertActiveProfile() override;
+    STDMETHODIMP SetDemoProfileAndEnable(LONG demoProfileID, BOOL demoVeltoEnable) override;
+    STDMETHODIMP RevertFromDemoMode() override;
+    STDMETHODIMP ForceRevertFromDemoMode() override;
+    STDMETHODIMP GetVisualizationSamplingPeriod(ULONG* pSamplingPeriod) override;
+    STDMETHODIMP SetVisualizationSamplingPeriod(ULONG samplingPeriod) override;
+    STDMETHODIMP GetVisualizationData(float* pGain, float* pExcitation) override;
+    STDMETHODIMP GetVeltoProfileEditorCommand(LPWSTR* ppwVeltoProfileEditorCommand) override;
+    STDMETHODIMP GetVeltoProfileSelectorCommand(
+        LPWSTR* ppwVeltoProfileSelectorCommand) override;
+    STDMETHODIMP GetVeltoDemoAppCommand(LPWSTR* ppwVeltoDemoAppCommand) override;
+    STDMETHODIMP GetVeltoEnable(BOOL* pVeltoEnable) override;
+    STDMETHODIMP SetVeltoEnable(BOOL VeltoEnable) override;
+    STDMETHODIMP ToggleVeltoEnable(BOOL* pVeltoEnable) override;
+    STDMETHODIMP GetProfileTable(LPWSTR* pwProfileNames) override;
+    STDMETHODIMP SetCustomProfileName(LONG customProfileID,
+                                      LPCWSTR pwCustomProfileName) override;
+    STDMETHODIMP CreateCustomProfile(LONG customProfileID, LPCWSTR pwName) override;
+    STDMETHODIMP DeleteCustomProfile(LONG customProfileID) override;
+    STDMETHODIMP GetTechnologyMasterEnables(ULONG* pdwMasterEnables) override;
+    STDMETHODIMP GetTechnologyOnElseOff(KORA4APITechnology technology,
+                                        BOOL* pOnElseOff) override;
+    STDMETHODIMP SetTechnologyOnElseOff(KORA4APITechnology technology, BOOL onElseOff) override;
+    STDMETHODIMP GetSimplePatchValue(KORA4PatchValueUnion* pGetPatchValue) override;
+    STDMETHODIMP SetSimplePatchValue(KORA4PatchValueUnion* pSetPatchValue) override;
+    STDMETHODIMP SetGraphicEQData(GraphicEQData* pGraphicEQData) override;
+    STDMETHODIMP GetGraphicEQData(GraphicEQData* pGraphicEQData) override;
+
+    // RegKeyMonitorClient. Holds a reference to the object for its length: when a callback
+    // drops the last one, the object goes at the end of this call, on this thread.
+    HRESULT OnKeyChangeNotify() override;
+
+  protected:
+    void* FindInterface(REFIID iid);
+
+  private:
+    // A method of the interface, see method_frame.h.
+    template <typename Body, typename... EntryArguments>
+    HRESULT Call(const Method& method, bool argumentsAreGood, Body&& body,
+                 EntryArguments... entryArguments) {
+        return RunMethod(method, m_initialized.load(), argumentsAreGood, body,
+                         entryArguments...);
+    }
+
+    HRESULT BringUp();
+    HRESULT StartMonitor();
+    void LoadTraceFlags();
+    HRESULT BecomeReady();
+    bool IsReadyForNotification();
+    HRESULT Notify(ChangeSet* pChanges, HRESULT hrAnalysis);
+
+    void SetCallback(IVeltoKORA4APICallback* pICallback);
+    HRESULT GetCommand(const Method& method, CompanionCommand command, LPWSTR* ppwCommand);
+
+    // In the order that destruction needs: the monitor goes first, the keys client before
+    // the key access that it points to.
+    std::atomic<bool> m_initialized{false};
+    CallbackGuard m_callbackGuard;
+    Microsoft::WRL::ComPtr<IVeltoKORA4APICallback> m_spIASLCallback;
+    Microsoft::WRL::ComPtr<RegKeyMonitor> m_pRegKeyMonitor;
+    KORA4RegPropKeysAccess m_regPropKeysAccess;
+    KORA4UIKeysClient m_uiKeysClient{&m_regPropKeysAccess};
+
+    // Counts the changes of m_spIASLCallback; guarded like it.
+    std::uint32_t m_registration = 0;
+    InitializeGuard m_initializeGuard;
+    SRWLOCK m_readinessLock = SRWLOCK_INIT;
+    bool m_notificationMissed = false;  // guarded by m_readinessLock
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_API_KORA4ASL_H

@@ -1,0 +1,88 @@
+// The frame that all methods of the API object share: entry line, argument checks,
+// initialisation check, the method's own work, exit line. A method states what is its
+// own in a `Method` table and a body.
+#ifndef KORA4_API_METHOD_FRAME_H
+#define KORA4_API_METHOD_FRAME_H
+
+#include <windows.h>
+
+#include <cstdint>
+#include <source_location>
+
+#include "kora4api_codes.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+
+inline constexpr char cApiTag[] = "KORA4ASL";
+
+// Where the initialisation check stands. Clients rely on each method's own order.
+enum class InitializationCheck { eAfterArguments, eBeforeArguments, eNone };
+
+struct MethodRules {
+    // What the line of a refused argument says after "**** Error: "; null: no line.
+    const char* badArgument = nullptr;
+    InitializationCheck initialization = InitializationCheck::eAfterArguments;
+    bool tellsNotInitialized = true;
+    // The whole format of the entry line; its own arguments go to RunMethod.
+    const char* entry = "%s: %4d %s:>>\n";
+};
+
+struct Method {
+    constexpr explicit Method(
+        const char* function, const MethodRules& methodRules = {},
+        const std::source_location& location = std::source_location::current())
+        : site{cApiTag, function},
+          rules(methodRules),
+          line(static_cast<int>(location.line())) {}
+
+    trace::Site site;
+    MethodRules rules;
+    int line;  // what the lines of the frame show
+};
+
+// For methods without an argument to check.
+inline constexpr bool cNothingToCheck = true;
+
+inline HRESULT RefuseUninitialized(const Method& method) {
+    if (method.rules.tellsNotInitialized)
+        KALTRACE(trace::eMessages, method.site, "**** Error: APOERR_NOT_INITIALIZED\n");
+    return APOERR_NOT_INITIALIZED;
+}
+
+inline HRESULT RefuseArgument(const Method& method) {
+    if (method.rules.badArgument)
+        KALTRACE(trace::eMessages, method.site, "**** Error: %s\n", method.rules.badArgument);
+    return E_INVALIDARG;
+}
+
+template <typename Body>
+HRESULT CheckAndRun(const Method& method, bool initialized, bool argumentsAreGood,
+                    Body&& body) {
+    const InitializationCheck check = method.rules.initialization;
+    if (check == InitializationCheck::eBeforeArguments && !initialized)
+        return RefuseUninitialized(method);
+    if (!argumentsAreGood)
+        return RefuseArgument(method);
+    if (check == InitializationCheck::eAfterArguments && !initialized)
+        return RefuseUninitialized(method);
+    return body();
+}
+
+// `body` makes the call, writes the method's message lines and returns the result, which
+// travels up unchanged, success codes included.
+template <typename Body, typename... EntryArguments>
+HRESULT RunMethod(const Method& method, bool initialized, bool argumentsAreGood, Body&& body,
+                  EntryArguments... entryArguments) {
+    const std::uint32_t flags = trace::Flags();
+    if (trace::IsEnabled(flags, trace::eEntry))
+        trace::Write(flags, method.site, method.line, method.rules.entry, entryArguments...);
+    HRESULT hr = S_OK;
+    const trace::Scope exitLine(method.site, method.line, 0, trace::eExitResult, &hr);
+    hr = CheckAndRun(method, initialized, argumentsAreGood, body);
+    return hr;
+}
+
+}  // namespace kora4
+
+#endif  // KORA4_API_METHOD_FRAME_H

@@ -1,0 +1,64 @@
+// The monitor's signal becomes the client's notifications.
+#include "api/kora4asl.h"
+#include "api/notification_pass.h"
+#include "platform/srw_hold.h"
+
+namespace kora4 {
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr trace::Site cSite{cApiTag, "CKORA4ASL::OnKeyChangeNotify"};
+
+unsigned ThreadId() {
+    return static_cast<unsigned>(GetCurrentThreadId());
+}
+
+}  // namespace
+
+HRESULT CKORA4ASL::OnKeyChangeNotify() {
+    const ComPtr<CKORA4ASL> spSelf(this);
+    HRESULT hr = S_OK;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    if (!IsReadyForNotification())
+        return hr;
+    ChangeSet changes;
+    KALTRACE(trace::eNotificationThreads, cSite, "Into  OnKeyChangeNotify TID: 0x%08x\n",
+             ThreadId());
+    hr = m_uiKeysClient.OnKeyChangeNotify(&changes);
+    KALTRACE(trace::eNotificationThreads, cSite, "Done  OnKeyChangeNotify TID: 0x%08x\n",
+             ThreadId());
+    if (SUCCEEDED(hr))
+        hr = Notify(&changes, hr);
+    return hr;
+}
+
+// Before the object is initialised a notification must not fail, which would end the
+// monitoring: it is remembered for Initialize.
+bool CKORA4ASL::IsReadyForNotification() {
+    const SrwHold hold(m_readinessLock);
+    if (!m_initialized)
+        m_notificationMissed = true;
+    return m_initialized;
+}
+
+// `hrAnalysis` is the result when nobody is registered.
+HRESULT CKORA4ASL::Notify(ChangeSet* pChanges, HRESULT hrAnalysis) {
+    const CallbackHold hold(m_callbackGuard);
+    // A callback may unregister itself; the pass keeps it alive.
+    const ComPtr<IVeltoKORA4APICallback> spCallback = m_spIASLCallback;
+    KALTRACE(trace::eNotificationThreads, cSite, "pICallback: %p TID: 0x%08x\n",
+             static_cast<void*>(spCallback.Get()), ThreadId());
+    if (!spCallback)
+        return hrAnalysis;
+    KALTRACE(trace::eNotificationThreads, cSite, "CallbackNotifications TID: 0x%08x\n",
+             ThreadId());
+    const HRESULT hr = CallbackNotifications(spCallback.Get(), *pChanges, m_registration);
+    KALTRACE(trace::eNotificationThreads, cSite,
+             "CallbackNotifications hr: 0x%08x TID: 0x%08x\n", static_cast<unsigned>(hr),
+             ThreadId());
+    return hr;
+}
+
+}  // namespace kora4

@@ -1,0 +1,84 @@
+#include "api/notification_pass.h"
+
+#include "api/method_frame.h"
+#include "api/public_records.h"
+#include "store/clients/api_conversion.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+namespace {
+
+constexpr trace::Site cSite{cApiTag, "CKORA4ASL::CallbackNotifications"};
+
+class NotificationPass {
+  public:
+    NotificationPass(IVeltoKORA4APICallback* pICallback, const std::uint32_t& registration)
+        : m_pICallback(pICallback), m_registration(registration), m_started(registration) {}
+
+    template <typename... Parameters, typename... Arguments>
+    void Tell(HRESULT (STDMETHODCALLTYPE IVeltoKORA4APICallback::*method)(Parameters...),
+              Arguments... arguments) {
+        if (SUCCEEDED(m_hr) && m_registration == m_started)
+            m_hr = (m_pICallback->*method)(arguments...);
+    }
+
+    HRESULT Result() const { return m_hr; }
+
+  private:
+    IVeltoKORA4APICallback* m_pICallback;
+    const std::uint32_t& m_registration;
+    const std::uint32_t m_started;
+    HRESULT m_hr = S_OK;
+};
+
+void TellValue(NotificationPass& pass, ChangeSet& changes, KORA4PresetTechnology technology,
+               ApiTechnology apiTechnology) {
+    if (technology == eStandardEQTech) {
+        pass.Tell(&IVeltoKORA4APICallback::OnGraphicEQChange, ToPublic(&changes.graphicEQ));
+        return;
+    }
+    ApiPatchValue& value = changes.presetPatchValues[technology];
+    KALASSERT_TEXT(
+        cSite, IsValidASLTechnology(static_cast<std::uint32_t>(value.m_technology)),
+        "IsValidASLTechnology( presetPatchValues[ (UINT) presetTech ].m_technology )");
+    KALASSERT_TEXT(cSite, apiTechnology == value.m_technology,
+                   "APITech == presetPatchValues[ (UINT) presetTech ].m_technology");
+    pass.Tell(&IVeltoKORA4APICallback::OnSimplePatchValueChange, ToPublic(&value));
+}
+
+void TellTechnology(NotificationPass& pass, ChangeSet& changes,
+                    KORA4PresetTechnology technology) {
+    const ApiTechnology apiTechnology = APITechOf(technology);
+    if (apiTechnology == ApiTechnology::eNumberKORA4APITechnologies)
+        return;
+    if (changes.onElseOffChanged[technology])
+        pass.Tell(&IVeltoKORA4APICallback::OnTechnologyOnElseOffChange, ToPublic(apiTechnology),
+                  changes.onElseOff[technology] ? TRUE : FALSE);
+    if (changes.patchChanged[technology])
+        TellValue(pass, changes, technology, apiTechnology);
+}
+
+}  // namespace
+
+HRESULT CallbackNotifications(IVeltoKORA4APICallback* pICallback, ChangeSet& changes,
+                              const std::uint32_t& registration) {
+    KALASSERT(cSite, pICallback != NULL);
+    if (!pICallback)
+        return S_OK;
+    NotificationPass pass(pICallback, registration);
+    if (changes.enableChanged)
+        pass.Tell(&IVeltoKORA4APICallback::OnEnableStateChange, changes.enable ? TRUE : FALSE);
+    if (changes.profileChanged) {
+        // A switch replaces every value: the client reads what it shows again.
+        pass.Tell(&IVeltoKORA4APICallback::OnActiveProfileChange,
+                  static_cast<LONG>(changes.newProfile));
+    } else {
+        for (std::uint32_t tech = eVolumeTech; tech < eNumberKORA4PresetTechnologies; ++tech)
+            TellTechnology(pass, changes, static_cast<KORA4PresetTechnology>(tech));
+    }
+    if (changes.tableChanged)
+        pass.Tell(&IVeltoKORA4APICallback::OnCustomProfileTableChange);
+    return pass.Result();
+}
+
+}  // namespace kora4

@@ -1,0 +1,26 @@
+// Telling the client what one notification pass found.
+#ifndef KORA4_API_NOTIFICATION_PASS_H
+#define KORA4_API_NOTIFICATION_PASS_H
+
+#include <windows.h>
+
+#include <cstdint>
+
+#include "store/clients/change_set.h"
+#include "veltokora4api.h"
+
+namespace kora4 {
+
+// Makes the calls for `changes`, in this order: the enable; then the active profile, or
+// else for each technology the on/off flag before the value; then the profile table. Ends
+// with the first call that fails, and as soon as `registration`, a count that moves with
+// each change of the registered callback, is no longer what it was at the start. Returns
+// the last result; S_OK when there was no call to make.
+//
+// The caller holds the callback lock and a reference to the callback.
+HRESULT CallbackNotifications(IVeltoKORA4APICallback* pICallback, ChangeSet& changes,
+                              const std::uint32_t& registration);
+
+}  // namespace kora4
+
+#endif  // KORA4_API_NOTIFICATION_PASS_H

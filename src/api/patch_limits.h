@@ -1,0 +1,31 @@
+// The limits of what clients may set.
+#ifndef KORA4_API_PATCH_LIMITS_H
+#define KORA4_API_PATCH_LIMITS_H
+
+#include <windows.h>
+
+#include <cstdint>
+
+#include "store/clients/api_records.h"
+
+namespace kora4 {
+
+inline constexpr std::uint32_t cVeltoVolumeLevelerAmountMax = 10;
+inline constexpr float cDialogEnhancerAmountMin = 0.0f;
+inline constexpr float cDialogEnhancerAmountMax = 1.0f;
+inline constexpr float cSurroundCompBoostMin = 0.0f;
+inline constexpr float cSurroundCompBoostMax = 6.0f;
+inline constexpr float cGraphicEQGainMin = -12.0f;  // dB
+inline constexpr float cGraphicEQGainMax = 12.0f;   // dB
+
+// E_INVALIDARG for a value outside its limits, for a `size` in bytes that is too small for
+// the technology's value, and for what is no technology. A line tells what was accepted or
+// refused. The graphic EQ passes: its values are limited instead.
+HRESULT ValidatePatchField(ApiTechnology technology, std::uint32_t size, const void* pField);
+
+// Moves the gains of the first m_bands bands (of 40 at most) into their limits. S_OK.
+HRESULT ValidateAndLimitGraphicEQ(ApiGraphicEQ* pGraphicEQ);
+
+}  // namespace kora4
+
+#endif  // KORA4_API_PATCH_LIMITS_H
