@@ -1,0 +1,56 @@
+#include "server/class_factory.h"
+
+#include <wrl/client.h>
+
+#include "platform/com_object.h"
+#include "platform/module.h"
+#include "trace/trace.h"
+
+namespace kora4 {
+
+namespace {
+
+constexpr const char* cTag = "KORA4ASLDLL";
+
+}  // namespace
+
+HRESULT ClassFactory::Create(const ServedClass& served, REFIID iid, void** ppv) {
+    ComObject<ClassFactory>* pFactory = nullptr;
+    const HRESULT hr = ComObject<ClassFactory>::Create(&pFactory);
+    if (FAILED(hr))
+        return hr;
+    Microsoft::WRL::ComPtr<IClassFactory> spFactory;
+    spFactory.Attach(pFactory);
+    pFactory->m_served = &served;
+    return spFactory->QueryInterface(iid, ppv);
+}
+
+HRESULT ClassFactory::CreateInstance(IUnknown* pOuter, REFIID iid, void** ppv) {
+    static constexpr trace::Site cSite{cTag, "ClassFactory::CreateInstance"};
+    HRESULT hr = E_POINTER;
+    trace::Scope scope(cSite, __LINE__, trace::eModuleEntry, trace::eModuleExitResult, &hr);
+    if (!ppv)
+        return hr;
+    *ppv = nullptr;
+    hr = pOuter ? CLASS_E_NOAGGREGATION : m_served->create(iid, ppv);
+    return hr;
+}
+
+HRESULT ClassFactory::LockServer(BOOL lock) {
+    static constexpr trace::Site cSite{cTag, "ClassFactory::LockServer"};
+    HRESULT hr = S_OK;
+    trace::Scope scope(cSite, __LINE__, trace::eModuleEntry, trace::eModuleExitResult, &hr);
+    if (lock)
+        Module::Lock();
+    else
+        Module::Unlock();
+    return hr;
+}
+
+void* ClassFactory::FindInterface(REFIID iid) {
+    if (IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IClassFactory))
+        return static_cast<IClassFactory*>(this);
+    return nullptr;
+}
+
+}  // namespace kora4

@@ -1,0 +1,34 @@
+// The class object of a served class.
+#ifndef KORA4_SERVER_CLASS_FACTORY_H
+#define KORA4_SERVER_CLASS_FACTORY_H
+
+#include <unknwn.h>
+#include <windows.h>
+
+#include "server/class_table.h"
+
+namespace kora4 {
+
+// Owned by the client that asked for it. Has no state that changes: any thread may use it.
+class ClassFactory : public IClassFactory {
+  public:
+    // A new factory of `served`, queried for `iid`.
+    static HRESULT Create(const ServedClass& served, REFIID iid, void** ppv);
+
+    // IClassFactory
+    STDMETHODIMP CreateInstance(IUnknown* pOuter, REFIID iid, void** ppv) override;
+    STDMETHODIMP LockServer(BOOL lock) override;
+
+  protected:
+    ClassFactory() = default;
+    ~ClassFactory() = default;
+
+    void* FindInterface(REFIID iid);
+
+  private:
+    const ServedClass* m_served = nullptr;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_SERVER_CLASS_FACTORY_H

@@ -1,0 +1,24 @@
+// The classes that the library serves.
+#ifndef KORA4_SERVER_CLASS_TABLE_H
+#define KORA4_SERVER_CLASS_TABLE_H
+
+#include <windows.h>
+
+#include <span>
+
+namespace kora4 {
+
+struct ServedClass {
+    const CLSID* clsid;
+    HRESULT (*create)(REFIID iid, void** ppv);
+    int script;  // the resource with its registrar script
+};
+
+std::span<const ServedClass> ClassTable();
+
+// Null for a class that is not served.
+const ServedClass* FindServedClass(REFCLSID clsid);
+
+}  // namespace kora4
+
+#endif  // KORA4_SERVER_CLASS_TABLE_H

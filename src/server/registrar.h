@@ -1,0 +1,27 @@
+// Runs registrar scripts on the registry.
+#ifndef KORA4_SERVER_REGISTRAR_H
+#define KORA4_SERVER_REGISTRAR_H
+
+#include <windows.h>
+
+#include <span>
+#include <string_view>
+
+#include "server/registrar_script.h"
+
+namespace kora4 {
+
+// Both check the whole script before they touch the registry. A registry error is E_FAIL
+// and ends the work where it stands.
+
+// Creates the keys and values of the script. A ForceRemove key is removed first, so that
+// nothing of an older registration is left in it.
+HRESULT RegisterScript(std::string_view script, std::span<const ScriptParameter> parameters);
+
+// Removes what RegisterScript made: ForceRemove keys with their subtree, NoRemove keys not
+// at all, other keys when no subkey is left in them. What is not there is no error.
+HRESULT UnregisterScript(std::string_view script, std::span<const ScriptParameter> parameters);
+
+}  // namespace kora4
+
+#endif  // KORA4_SERVER_REGISTRAR_H

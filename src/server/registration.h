@@ -1,0 +1,20 @@
+// Self-registration: what COM and the applications need to find in the registry.
+#ifndef KORA4_SERVER_REGISTRATION_H
+#define KORA4_SERVER_REGISTRATION_H
+
+#include <windows.h>
+
+namespace kora4 {
+
+// The AppID, the served classes and the type library. The first failure ends the work and
+// is the result. The thread's locale is the system's meanwhile.
+HRESULT RegisterModule();
+HRESULT UnregisterModule();
+
+// The library's own step after a successful registration: creates the keys of the store
+// and opens them to every user. Unregistration leaves them alone.
+HRESULT OnRegisterServer();
+
+}  // namespace kora4
+
+#endif  // KORA4_SERVER_REGISTRATION_H
