@@ -28,7 +28,7 @@ say "registering QXA64T.dll"
 talk() {
   rm -f "$demo/$1.in" "$demo/$1.out"
   mkfifo "$demo/$1.in" "$demo/$1.out"
-  "$wine64" "$bin/kora4_$1.exe" <"$demo/$1.in" >"$demo/$1.out" &
+  timeout 300 "$wine64" "$bin/kora4_$1.exe" <"$demo/$1.in" >"$demo/$1.out" &
 }
 
 # Columns: time of day, who, what.
@@ -115,10 +115,11 @@ change 'delete P1'
 
 # Without input the programs end by themselves.
 exec 3>&- 5>&-
-wait
+wait -n || missing=$((missing + 1))
+wait -n || missing=$((missing + 1))
 echo
 if [ "$missing" = 0 ]; then
   say "$changes changes made in one process, $changes told in the other, the slowest after $(milliseconds "$slowest")"
 else
-  die "$missing of the changes did not arrive; the lines above say which."
+  die "$missing things went wrong: a change that did not arrive, or a program that failed; the lines above say which."
 fi
