@@ -1,12 +1,11 @@
 /* Included in front of the generated proxy code: what it uses and the platform's headers
- * declare for C++ only. */
+ * declare for C++ only. It must not include rpcproxy.h, whose layouts depend on settings
+ * that the generated code makes first. */
 #ifndef KORA4_PROXY_PROXY_PRELUDE_H
 #define KORA4_PROXY_PROXY_PRELUDE_H
 
 #include <objbase.h>
 #include <windows.h>
-
-#include <rpcproxy.h>
 
 HRESULT STDMETHODCALLTYPE IUnknown_QueryInterface_Proxy(IUnknown* This, REFIID riid,
                                                         void** ppvObject);
