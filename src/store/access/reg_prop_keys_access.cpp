@@ -139,6 +139,10 @@ const UniqueRegKey* KORA4RegPropKeysAccess::RegistryKey(KORA4KeySet keySet) cons
     }
 }
 
+HKEY KORA4RegPropKeysAccess::HandleToWrite(const UniqueRegKey& key) const {
+    return &key == &m_hAppKeys ? nullptr : key.Get();
+}
+
 // ---- The seven operations -------------------------------------------------------------
 
 HRESULT KORA4RegPropKeysAccess::ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
@@ -191,7 +195,7 @@ HRESULT KORA4RegPropKeysAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey&
     else if (keySet == eKeySetPropertyStore)
         hr = WritePropStoreDWORD(key, value);
     else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = SetRegistryValue(pKey->Get(), key, REG_DWORD, &value, sizeof(value));
+        hr = SetRegistryValue(HandleToWrite(*pKey), key, REG_DWORD, &value, sizeof(value));
     return hr;
 }
 
@@ -206,7 +210,7 @@ HRESULT KORA4RegPropKeysAccess::WriteText(KORA4KeySet keySet, const PropertyKey&
         hr = WritePropStoreText(key, TextOrEmpty(pwText));
     } else if (const UniqueRegKey* const pKey = RegistryKey(keySet)) {
         const auto* const pwWide = reinterpret_cast<const wchar_t*>(TextOrEmpty(pwText));
-        hr = SetRegistryValue(pKey->Get(), key, REG_SZ, pwWide,
+        hr = SetRegistryValue(HandleToWrite(*pKey), key, REG_SZ, pwWide,
                               static_cast<DWORD>((std::wcslen(pwWide) + 1) * sizeof(wchar_t)));
     }
     return hr;
@@ -220,7 +224,7 @@ HRESULT KORA4RegPropKeysAccess::WriteBlob(KORA4KeySet keySet, const PropertyKey&
     if (!m_opened)
         hr = APOERR_NOT_INITIALIZED;
     else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = SetRegistryValue(pKey->Get(), key, REG_BINARY, pData, size);
+        hr = SetRegistryValue(HandleToWrite(*pKey), key, REG_BINARY, pData, size);
     return hr;
 }
 

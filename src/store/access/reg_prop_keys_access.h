@@ -55,6 +55,10 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     // The registry key of a key set; null for a set that is not in the registry.
     const UniqueRegKey* RegistryKey(KORA4KeySet keySet) const;
 
+    // The app keys belong to the installer of the companion applications: what is written
+    // to them goes nowhere, whether they exist or not.
+    HKEY HandleToWrite(const UniqueRegKey& key) const;
+
     static HRESULT OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key, bool writable);
 
     // `*pSize` is the room at `pData` in bytes, and afterwards the size of the value.
