@@ -61,7 +61,8 @@ HRESULT RegKeyMonitor::MakeControls(HKEY root, const wchar_t* subkey,
     HRESULT hr = E_OUTOFMEMORY;
     trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
     MonitorSessionPtr spSession;
-    spSession.Attach(new (std::nothrow) MonitorSession(root, subkey));
+    // Not Attach: the one of mingw-w64 takes a reference.
+    *spSession.GetAddressOf() = new (std::nothrow) MonitorSession(root, subkey);
     if (!spSession)
         return hr;
     hr = spSession->MakeControls();

@@ -69,6 +69,9 @@ class RegKeyMonitor : public ICOMCallbackGate {
   protected:
     void* FindInterface(REFIID iid);
 
+    // The run in progress, or the last one until TerminateRegMonitor; null when idle.
+    MonitorSessionPtr Session();
+
     // The inner steps. Those of the thread are static: they have nothing of this object.
     HRESULT MakeControls(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client);
     HRESULT MarshalInterface();
@@ -96,7 +99,6 @@ class RegKeyMonitor : public ICOMCallbackGate {
     // On the calling thread, or on any.
     bool IsInCallback(const MonitorSession* pSession, bool onAnyThread);
     bool CanThreadEndByItself(const MonitorSession& session);
-    MonitorSessionPtr Session();
     // Takes the session away from the object and the client from the gate.
     MonitorSessionPtr DetachSession();
 

@@ -1,0 +1,186 @@
+#include "unit/monitor/monitor_fixture.h"
+
+#include <objbase.h>
+
+#include <utility>
+
+namespace kora4::test {
+
+std::string NameOf(Apartment kind) {
+    switch (kind) {
+        case Apartment::eSingle:
+            return "SingleThreaded";
+        case Apartment::eMulti:
+            return "Multithreaded";
+        default:
+            return "None";
+    }
+}
+
+namespace {
+
+struct ThreadBody {
+    Apartment kind;
+    const std::function<void()>& body;
+};
+
+DWORD WINAPI RunBody(void* pParameter) {
+    const auto& thread = *static_cast<const ThreadBody*>(pParameter);
+    if (thread.kind == Apartment::eNone) {
+        thread.body();
+        return 0;
+    }
+    const HRESULT hr =
+        CoInitializeEx(nullptr, thread.kind == Apartment::eSingle ? COINIT_APARTMENTTHREADED
+                                                                  : COINIT_MULTITHREADED);
+    EXPECT_EQ(hr, S_OK);
+    thread.body();
+    CoUninitialize();
+    return 0;
+}
+
+}  // namespace
+
+void RunIn(Apartment kind, const std::function<void()>& body) {
+    ThreadBody thread{kind, body};
+    const UniqueHandle handle(CreateThread(nullptr, 0, &RunBody, &thread, 0, nullptr));
+    ASSERT_TRUE(handle);
+    WaitForSingleObject(handle.Get(), INFINITE);
+}
+
+UniqueHandle MakeManualEvent() {
+    return UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+}
+
+bool PumpUntilSignalled(HANDLE handle, DWORD milliseconds) {
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    for (;;) {
+        const ULONGLONG now = GetTickCount64();
+        const DWORD left = now < end ? static_cast<DWORD>(end - now) : 0;
+        const DWORD result = MsgWaitForMultipleObjects(1, &handle, FALSE, left, QS_ALLINPUT);
+        if (result != WAIT_OBJECT_0 + 1)
+            return result == WAIT_OBJECT_0;
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageW(&message);
+    }
+}
+
+bool IsSignalledWithin(HANDLE handle, DWORD milliseconds) {
+    return WaitForSingleObject(handle, milliseconds) == WAIT_OBJECT_0;
+}
+
+bool AwaitPendingCall() {
+    return MsgWaitForMultipleObjectsEx(0, nullptr, cPatience, QS_POSTMESSAGE,
+                                       MWMO_INPUTAVAILABLE) == WAIT_OBJECT_0;
+}
+
+double Measure(const std::function<void()>& body) {
+    LARGE_INTEGER frequency;
+    LARGE_INTEGER begin;
+    LARGE_INTEGER end;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&begin);
+    body();
+    QueryPerformanceCounter(&end);
+    return 1000.0 * static_cast<double>(end.QuadPart - begin.QuadPart) /
+           static_cast<double>(frequency.QuadPart);
+}
+
+ULONG_PTR NextHandleValue() {
+    return reinterpret_cast<ULONG_PTR>(MakeManualEvent().Get());
+}
+
+TestKey::TestKey() {
+    static std::atomic<int> s_number{0};
+    m_path = L"SOFTWARE\\Velto\\MonitorTest\\" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+             std::to_wstring(++s_number);
+    Write();
+}
+
+TestKey::~TestKey() {
+    RegDeleteTreeW(HKEY_CURRENT_USER, m_path.c_str());
+}
+
+DWORD TestKey::WriteTo(const std::wstring& path) {
+    const DWORD value = ++m_last;
+    UniqueRegKey key;
+    EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE,
+                              nullptr, key.Put(), nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(RegSetValueExW(key.Get(), L"value", 0, REG_DWORD,
+                             reinterpret_cast<const BYTE*>(&value), sizeof value),
+              ERROR_SUCCESS);
+    return value;
+}
+
+DWORD TestKey::Write() {
+    return WriteTo(m_path);
+}
+
+DWORD TestKey::WriteBelow(const wchar_t* subkey) {
+    return WriteTo(m_path + L"\\" + subkey);
+}
+
+void TestKey::CreateBelow(const wchar_t* subkey) {
+    UniqueRegKey key;
+    EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, (m_path + L"\\" + subkey).c_str(), 0, nullptr,
+                              0, KEY_READ, nullptr, key.Put(), nullptr),
+              ERROR_SUCCESS);
+}
+
+DWORD TestKey::Read() const {
+    DWORD value = 0;
+    DWORD size = sizeof value;
+    EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, m_path.c_str(), L"value", RRF_RT_REG_DWORD,
+                           nullptr, &value, &size),
+              ERROR_SUCCESS);
+    return value;
+}
+
+RecordingClient::RecordingClient() : m_called(CreateSemaphoreW(nullptr, 0, MAXLONG, nullptr)) {}
+
+HRESULT RecordingClient::OnKeyChangeNotify() {
+    threadId = GetCurrentThreadId();
+    inMultithreadedApartment = CurrentApartment() == cMultithreadedApartment;
+    ++calls;
+    // Whatever the hook destroys, this object and what it signals stay.
+    if (hook)
+        hook();
+    ReleaseSemaphore(m_called.Get(), 1, nullptr);
+    return result;
+}
+
+bool RecordingClient::AwaitCall(bool pump) {
+    return pump ? PumpUntilSignalled(m_called.Get()) : IsSignalledWithin(m_called.Get());
+}
+
+UniqueHandle OpenMonitor::DuplicateThread() {
+    UniqueHandle copy;
+    if (const MonitorSessionPtr spSession = Session())
+        DuplicateHandle(GetCurrentProcess(), spSession->Thread(), GetCurrentProcess(),
+                        copy.Put(), 0, FALSE, DUPLICATE_SAME_ACCESS);
+    return copy;
+}
+
+MonitorOwner::MonitorOwner() {
+    EXPECT_EQ(ComObject<OpenMonitor>::Create(&m_pMonitor), S_OK);
+}
+
+MonitorOwner::~MonitorOwner() {
+    TearDown();
+}
+
+void MonitorOwner::TearDown() {
+    if (auto* const pMonitor = std::exchange(m_pMonitor, nullptr)) {
+        pMonitor->TerminateRegMonitor();
+        pMonitor->Release();
+    }
+}
+
+ULONG MonitorOwner::References() const {
+    m_pMonitor->AddRef();
+    return m_pMonitor->Release();
+}
+
+}  // namespace kora4::test
