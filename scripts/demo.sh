@@ -38,8 +38,9 @@ milliseconds() { printf '%d.%d ms' "$(($1 / 1000))" "$(($1 / 100 % 10))"; }
 
 # hear FD: takes one line of a program into when, kind, first, second, third.
 hear() {
-  IFS='|' read -r -t "$patience" -u "$1" when kind first second third || return 1
-  third=${third:-}
+  local text
+  IFS= read -r -t "$patience" -u "$1" text || return 1
+  IFS='|' read -r when kind first second third <<<"${text%$'\r'}"
 }
 ready() {
   hear "$1" && [ "$kind" = ready ] ||
@@ -104,6 +105,12 @@ change() {
 }
 
 change 'profile Music'
+change 'switch dialog enhancer: on'
+change 'value volume leveler: 7'
+change 'value headphone virtualizer: 2.5'
+change 'eq 3 2 1 0 -1 -2'
+change 'enable off'
+change 'enable on'
 change 'demo Movie off'
 change 'demo Games on'
 change 'leave-demo'
@@ -121,5 +128,5 @@ echo
 if [ "$missing" = 0 ]; then
   say "$changes changes made in one process, $changes told in the other, the slowest after $(milliseconds "$slowest")"
 else
-  die "$missing things went wrong: a change that did not arrive, or a program that failed; the lines above say which."
+  die "not every change arrived, or a program failed ($missing in all); the lines above say which."
 fi
