@@ -41,11 +41,9 @@ HRESULT CKORA4ASL::BringUp() {
 
 HRESULT CKORA4ASL::StartMonitor() {
     if (!m_pRegKeyMonitor) {
-        ComObject<RegKeyMonitor>* pMonitor = nullptr;
-        const HRESULT hr = ComObject<RegKeyMonitor>::Create(&pMonitor);
+        const HRESULT hr = ComObject<RegKeyMonitor>::Create(m_pRegKeyMonitor.GetAddressOf());
         if (FAILED(hr))
             return hr;
-        m_pRegKeyMonitor.Attach(pMonitor);
     }
     if (m_pRegKeyMonitor->IsMonitoring())
         return S_OK;
@@ -109,13 +107,12 @@ STDMETHODIMP CKORA4ASL::UnregisterChangeNotifications() {
     });
 }
 
-// The callback lock is held. The count moves before the old callback is released: that may
-// call back in.
+// The callback lock is held. The old callback is released last: that may call back in.
 void CKORA4ASL::SetCallback(IVeltoKORA4APICallback* pICallback) {
     if (m_spIASLCallback.Get() == pICallback)
         return;
     ++m_registration;
-    m_spIASLCallback = pICallback;
+    ComPtr<IVeltoKORA4APICallback>(pICallback).Swap(m_spIASLCallback);
 }
 
 }  // namespace kora4

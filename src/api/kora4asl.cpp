@@ -49,12 +49,10 @@ HRESULT CreateApiObject(REFIID iid, void** ppv) {
     if (!ppv)
         return E_POINTER;
     *ppv = nullptr;
-    ComObject<CKORA4ASL>* pObject = nullptr;
-    const HRESULT hr = ComObject<CKORA4ASL>::Create(&pObject);
+    Microsoft::WRL::ComPtr<ComObject<CKORA4ASL>> spObject;
+    const HRESULT hr = ComObject<CKORA4ASL>::Create(spObject.GetAddressOf());
     if (FAILED(hr))
         return hr;
-    Microsoft::WRL::ComPtr<IVeltoKORA4API> spObject;
-    spObject.Attach(pObject);
     return spObject.CopyTo(iid, ppv);
 }
 

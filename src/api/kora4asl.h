@@ -13,6 +13,7 @@
 #include "api/method_frame.h"
 #include "monitor/reg_key_monitor.h"
 #include "monitor/reg_key_monitor_client.h"
+#include "platform/com_object.h"
 #include "store/access/reg_prop_keys_access.h"
 #include "store/clients/ui_keys_client.h"
 #include "veltokora4api.h"
@@ -113,7 +114,7 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
     std::atomic<bool> m_initialized{false};
     CallbackGuard m_callbackGuard;
     Microsoft::WRL::ComPtr<IVeltoKORA4APICallback> m_spIASLCallback;
-    Microsoft::WRL::ComPtr<RegKeyMonitor> m_pRegKeyMonitor;
+    Microsoft::WRL::ComPtr<ComObject<RegKeyMonitor>> m_pRegKeyMonitor;
     KORA4RegPropKeysAccess m_regPropKeysAccess;
     KORA4UIKeysClient m_uiKeysClient{&m_regPropKeysAccess};
 

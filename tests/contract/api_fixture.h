@@ -1,0 +1,75 @@
+// What the contract tests of the API object share: a store of their own, an apartment, the
+// library, and the trace files.
+#ifndef KORA4_TESTS_CONTRACT_API_FIXTURE_H
+#define KORA4_TESTS_CONTRACT_API_FIXTURE_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kora4api_codes.h"
+#include "support/com_client.h"
+#include "support/raw_store.h"
+#include "support/trace_capture.h"
+
+namespace kora4::test {
+
+using Lines = std::vector<std::string>;
+using Microsoft::WRL::ComPtr;
+
+// Every listed category, and the log files.
+inline constexpr DWORD cTraceAll = 0x01018F35;
+
+class ApiTest : public testing::Test {
+  protected:
+    explicit ApiTest(DWORD model = COINIT_APARTMENTTHREADED) : m_apartment(model) {}
+
+    void SetUp() override { ASSERT_TRUE(m_library.IsLoaded()) << "QXA64T.dll"; }
+
+    ComPtr<IVeltoKORA4API> Created() {
+        ComPtr<IVeltoKORA4API> spApi = m_library.Create();
+        EXPECT_TRUE(spApi);
+        return spApi;
+    }
+
+    ComPtr<IVeltoKORA4API> Initialized() {
+        ComPtr<IVeltoKORA4API> spApi = Created();
+        EXPECT_EQ(S_OK, spApi->Initialize());
+        return spApi;
+    }
+
+    RawStore m_store;
+    Apartment m_apartment;
+    ApiLibrary m_library;
+};
+
+// A client in the multithreaded apartment.
+class ApiMtaTest : public ApiTest {
+  protected:
+    ApiMtaTest() : ApiTest(COINIT_MULTITHREADED) {}
+};
+
+// All lines are on: the word is loaded by an object that is gone again before the test.
+class ApiTraceTest : public ApiTest {
+  protected:
+    void SetUp() override {
+        ApiTest::SetUp();
+        RawStore::SetNumber(cStatic, SettingName(cTraceWordPid), cTraceAll);
+        Initialized();
+        m_log.Clear();
+    }
+
+    // The messages of one method of the object.
+    Lines LinesOf(const std::string& method) {
+        return MessagesOf(m_log.Read("KORA4ASL"), "CKORA4ASL::" + method);
+    }
+
+    TraceLog m_log;
+};
+
+}  // namespace kora4::test
+
+#endif  // KORA4_TESTS_CONTRACT_API_FIXTURE_H
