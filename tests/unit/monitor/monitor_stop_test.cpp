@@ -1,0 +1,281 @@
+// Stopping a monitor: in time, in whatever state, with nothing left behind.
+#include <objbase.h>
+
+#include <algorithm>
+
+#include "unit/monitor/monitor_fixture.h"
+
+namespace kora4::test {
+namespace {
+
+class MonitorStop : public InApartment {};
+
+TEST_P(MonitorStop, EndsTheThreadBeforeItReturns) {
+    Run([] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        const UniqueHandle thread = monitor->DuplicateThread();
+        EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
+        EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
+        EXPECT_EQ(monitor.References(), 1u);
+        key.Write();
+        EXPECT_EQ(client.calls, 0);
+    });
+    EXPECT_FALSE(Module::IsLocked());
+}
+
+TEST_P(MonitorStop, IsInTimeWhileWritesGoOn) {
+    Run([] {
+        TestKey key;
+        std::atomic<bool> stop{false};
+        const auto write = [&] {
+            while (!stop)
+                key.Write();
+        };
+        RecordingClient client;
+        for (int i = 0; i < 20; ++i) {
+            MonitorOwner monitor;
+            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            stop = false;
+            std::function<void()> writer = write;
+            const UniqueHandle thread(CreateThread(
+                nullptr, 0,
+                [](void* pBody) -> DWORD {
+                    (*static_cast<std::function<void()>*>(pBody))();
+                    return 0;
+                },
+                &writer, 0, nullptr));
+            EXPECT_TRUE(client.AwaitCall(GetParam()));
+            const double time = Measure([&] { monitor->TerminateRegMonitor(); });
+            const int calls = client.calls;
+            stop = true;
+            EXPECT_TRUE(IsSignalledWithin(thread.Get()));
+            EXPECT_EQ(client.calls, calls);
+            EXPECT_EQ(monitor.References(), 1u);
+            EXPECT_LT(time, cStopLimit);
+        }
+    });
+}
+
+// The owner's last use of the monitor is in the callback itself.
+TEST_P(MonitorStop, WithinTheCallbackDoesNotWaitForTheThread) {
+    Run([] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        double time = 2 * cStopLimit;
+        client.hook = [&] { time = Measure([&] { monitor.TearDown(); }); };
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        const UniqueHandle thread = monitor->DuplicateThread();
+        key.Write();
+        ASSERT_TRUE(client.AwaitCall(GetParam()));
+        EXPECT_LT(time, cStopLimit);
+        EXPECT_TRUE(PumpUntilSignalled(thread.Get(), 1000));
+        key.Write();
+        EXPECT_EQ(client.calls, 1);
+        EXPECT_FALSE(Module::IsLocked());
+    });
+}
+
+TEST_P(MonitorStop, WithinTheCallbackAllowsANewStartThere) {
+    Run([] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        HRESULT hr = E_PENDING;
+        client.hook = [&] {
+            if (client.calls > 1)
+                return;
+            monitor->TerminateRegMonitor();
+            hr = monitor.Spawn(key, client);
+        };
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        const UniqueHandle thread = monitor->DuplicateThread();
+        key.Write();
+        ASSERT_TRUE(client.AwaitCall(GetParam()));
+        EXPECT_EQ(hr, S_OK);
+        EXPECT_TRUE(PumpUntilSignalled(thread.Get()));
+        EXPECT_TRUE(monitor->IsMonitoring());
+        key.Write();
+        EXPECT_TRUE(client.AwaitCall(GetParam()));
+        monitor->TerminateRegMonitor();
+        EXPECT_EQ(monitor.References(), 1u);
+    });
+    EXPECT_FALSE(Module::IsLocked());
+}
+
+TEST_P(MonitorStop, WithinTheCallbackOfAnotherMonitorIsInTime) {
+    Run([] {
+        TestKey key;
+        RecordingClient client;
+        RecordingClient other;
+        MonitorOwner monitor;
+        MonitorOwner stopped;
+        ASSERT_EQ(stopped.Spawn(key, other), S_OK);
+        double time = 2 * cStopLimit;
+        client.hook = [&] { time = Measure([&] { stopped.TearDown(); }); };
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        key.Write();
+        ASSERT_TRUE(client.AwaitCall(GetParam()));
+        EXPECT_LT(time, cStopLimit);
+    });
+}
+
+TEST_P(MonitorStop, LeavesNothingBehindIn500Cycles) {
+    Run([] {
+        TestKey key;
+        RecordingClient client;
+        double slowest = 0;
+        const auto cycle = [&](bool pending) {
+            MonitorOwner monitor;
+            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            if (pending)
+                key.Write();
+            slowest = std::max(slowest, Measure([&] { monitor->TerminateRegMonitor(); }));
+            ASSERT_EQ(monitor.References(), 1u);
+        };
+        for (int i = 0; i < 20; ++i)
+            cycle(i % 2 != 0);
+        const ULONG_PTR before = NextHandleValue();
+        for (int i = 0; i < 500; ++i)
+            cycle(i % 2 != 0);
+        EXPECT_LE(NextHandleValue(), before + 16 * cHandleStep);
+        EXPECT_LT(slowest, cStopLimit);
+        EXPECT_FALSE(Module::IsLocked());
+    });
+}
+
+TEST_P(MonitorStop, WithinTheCallbackLeavesNothingBehind) {
+    Run([] {
+        TestKey key;
+        const auto cycle = [&] {
+            RecordingClient client;
+            MonitorOwner monitor;
+            client.hook = [&] { monitor.TearDown(); };
+            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            const UniqueHandle thread = monitor->DuplicateThread();
+            key.Write();
+            ASSERT_TRUE(client.AwaitCall(GetParam()));
+            ASSERT_TRUE(PumpUntilSignalled(thread.Get()));
+        };
+        for (int i = 0; i < 20; ++i)
+            cycle();
+        const ULONG_PTR before = NextHandleValue();
+        for (int i = 0; i < 500; ++i)
+            cycle();
+        EXPECT_LE(NextHandleValue(), before + 16 * cHandleStep);
+        EXPECT_FALSE(Module::IsLocked());
+    });
+}
+
+KORA4_IN_APARTMENTS(MonitorStop, Apartment::eSingle, Apartment::eMulti);
+
+TEST(MonitorStopInSingleThreadedApartment, LetsThePendingCallInButNotToTheClient) {
+    RunIn(Apartment::eSingle, [] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        const UniqueHandle thread = monitor->DuplicateThread();
+        key.Write();
+        ASSERT_TRUE(AwaitPendingCall());
+        EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
+        EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
+        EXPECT_EQ(client.calls, 0);
+        EXPECT_EQ(monitor.References(), 1u);
+        DWORD exitCode = 0;
+        GetExitCodeThread(thread.Get(), &exitCode);
+        EXPECT_EQ(exitCode, static_cast<DWORD>(S_OK));
+    });
+}
+
+// The apartment of an owner that forgot its monitor.
+TEST(MonitorStopInSingleThreadedApartment, ThreadEndsByItselfAfterTheApartmentHasEnded) {
+    TestKey key;
+    RecordingClient client;
+    UniqueHandle thread;
+    ComObject<OpenMonitor>* pAbandoned = nullptr;
+    RunIn(Apartment::eSingle, [&] {
+        ASSERT_EQ(ComObject<OpenMonitor>::Create(&pAbandoned), S_OK);
+        ASSERT_EQ(pAbandoned->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client), S_OK);
+        thread = pAbandoned->DuplicateThread();
+    });
+    EXPECT_FALSE(IsSignalledWithin(thread.Get(), 0));
+    key.Write();
+    EXPECT_TRUE(IsSignalledWithin(thread.Get()));
+    EXPECT_EQ(client.calls, 0);
+    EXPECT_LT(Measure([&] { pAbandoned->TerminateRegMonitor(); }), cStopLimit);
+    EXPECT_EQ(pAbandoned->Release(), 0u);
+    EXPECT_FALSE(Module::IsLocked());
+}
+
+// A call of the client is in progress on the monitor thread, the stop comes from another
+// thread of the apartment.
+class MonitorStopBesideACallback : public testing::Test {
+  protected:
+    void Run(DWORD callbackLasts, double atLeast, double atMost) {
+        RunIn(Apartment::eMulti, [&] {
+            TestKey key;
+            RecordingClient client;
+            MonitorOwner monitor;
+            const UniqueHandle entered = MakeManualEvent();
+            const UniqueHandle leave = MakeManualEvent();
+            client.hook = [&] {
+                SetEvent(entered.Get());
+                WaitForSingleObject(leave.Get(), callbackLasts);
+            };
+            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            const UniqueHandle thread = monitor->DuplicateThread();
+            key.Write();
+            ASSERT_TRUE(IsSignalledWithin(entered.Get()));
+            const double time = Measure([&] { monitor->TerminateRegMonitor(); });
+            EXPECT_GE(time, atLeast);
+            EXPECT_LT(time, atMost);
+            SetEvent(leave.Get());
+            // Not by force: the client's call has come back.
+            EXPECT_TRUE(client.AwaitCall(false));
+            EXPECT_TRUE(IsSignalledWithin(thread.Get()));
+            DWORD exitCode = WAIT_TIMEOUT;
+            GetExitCodeThread(thread.Get(), &exitCode);
+            EXPECT_EQ(exitCode, static_cast<DWORD>(S_OK));
+            EXPECT_EQ(monitor.References(), 1u);
+        });
+        EXPECT_FALSE(Module::IsLocked());
+    }
+};
+
+TEST_F(MonitorStopBesideACallback, WaitsForTheClient) {
+    Run(200, 100, cStopLimit);
+}
+
+TEST_F(MonitorStopBesideACallback, LeavesAClientThatDoesNotReturnToItself) {
+    constexpr double cGrace = RegKeyMonitor::cGraceMilliseconds;
+    Run(cPatience, cGrace - 500, cGrace + 1000);
+}
+
+// Nothing but force ends a thread that is suspended.
+TEST(MonitorStopByForce, EndsAThreadThatCannotEndByItself) {
+    RunIn(Apartment::eMulti, [] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        const UniqueHandle thread = monitor->DuplicateThread();
+        ASSERT_NE(SuspendThread(thread.Get()), static_cast<DWORD>(-1));
+        const double time = Measure([&] { monitor->TerminateRegMonitor(); });
+        EXPECT_LT(time, RegKeyMonitor::cGraceMilliseconds + 1000.0);
+        DWORD exitCode = 0;
+        GetExitCodeThread(thread.Get(), &exitCode);
+        EXPECT_EQ(exitCode, static_cast<DWORD>(WAIT_TIMEOUT));
+        EXPECT_FALSE(monitor->IsMonitoring());
+        // The terminated thread held one reference to the gate and cannot give it back.
+        EXPECT_EQ(monitor.References(), 2u);
+        monitor->Release();
+    });
+    EXPECT_FALSE(Module::IsLocked());
+}
+
+}  // namespace
+}  // namespace kora4::test
