@@ -15,13 +15,11 @@ constexpr const char* cTag = "KORA4ASLDLL";
 }  // namespace
 
 HRESULT ClassFactory::Create(const ServedClass& served, REFIID iid, void** ppv) {
-    ComObject<ClassFactory>* pFactory = nullptr;
-    const HRESULT hr = ComObject<ClassFactory>::Create(&pFactory);
+    Microsoft::WRL::ComPtr<ComObject<ClassFactory>> spFactory;
+    const HRESULT hr = ComObject<ClassFactory>::Create(spFactory.GetAddressOf());
     if (FAILED(hr))
         return hr;
-    Microsoft::WRL::ComPtr<IClassFactory> spFactory;
-    spFactory.Attach(pFactory);
-    pFactory->m_served = &served;
+    spFactory->m_served = &served;
     return spFactory->QueryInterface(iid, ppv);
 }
 
