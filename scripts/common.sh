@@ -75,13 +75,13 @@ require() {
 build() {
   local preset=$1
   shift
+  local log=$root/build/$preset.log
   say "configuring '$preset'"
-  (cd "$root" && cmake --preset "$preset" -Wno-dev >"$root/build-$preset.log" 2>&1) || {
-    cat "$root/build-$preset.log" >&2
-    rm -f "$root/build-$preset.log"
+  mkdir -p "$root/build"
+  (cd "$root" && cmake --preset "$preset" -Wno-dev) >"$log" 2>&1 || {
+    cat "$log" >&2
     die "'$preset' cannot be configured; the messages above say why (after a change of compilers remove build/$preset and try again)."
   }
-  rm -f "$root/build-$preset.log"
   say "building '$preset' in build/$preset"
   cmake --build "$root/build/$preset" --target "$@" ||
     die "'$preset' does not build; the compiler's messages are above."
