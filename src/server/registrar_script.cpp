@@ -159,6 +159,14 @@ class ScriptExpander {
 
 namespace {
 
+bool IsPunctuation(const Token& token) {
+    return token.Is("{") || token.Is("}") || token.Is("=");
+}
+
+bool IsKeyword(const Token& token) {
+    return token.Is("val") || token.Is("NoRemove") || token.Is("ForceRemove");
+}
+
 class Walker {
   public:
     Walker(std::string_view script, std::span<const ScriptParameter> parameters,
@@ -239,7 +247,7 @@ class Walker {
 
     HRESULT Name(ScriptText& name) {
         const Token token = m_tokens.Take();
-        if (!token.IsName() || token.Is("{") || token.Is("}") || token.Is("="))
+        if (!token.IsName() || IsPunctuation(token) || IsKeyword(token))
             return result::cFail;
         const HRESULT hr = m_expander.Expand(token, name);
         return result::Succeeded(hr) && name.Length() == 0 ? result::cFail : hr;
@@ -250,7 +258,7 @@ class Walker {
         if (!m_tokens.Accept("s"))
             return result::cFail;
         const Token token = m_tokens.Take();
-        if (!token.IsName() || token.Is("{") || token.Is("}") || token.Is("="))
+        if (!token.IsName() || IsPunctuation(token))
             return result::cFail;
         return m_expander.Expand(token, text);
     }

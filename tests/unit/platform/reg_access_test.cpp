@@ -1,0 +1,509 @@
+// The key access on the real registry: key sets 2 to 4.
+#include "store/access/reg_prop_keys_access.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <thread>
+
+#include "store/access/registry_paths.h"
+#include "store/access/task_memory.h"
+#include "support/registry_fixture.h"
+#include "support/trace_capture.h"
+#include "support/trace_flags.h"
+
+namespace kora4::test {
+namespace {
+
+constexpr PropertyKey cKey = pkey::Setting(5);
+constexpr std::uint32_t cUntouched = 0xABABABAB;
+constexpr std::array cRegistrySets{eKeySetStatic, eKeySetDynamic, eKeySetApp};
+
+class RegAccess : public ::testing::Test {
+  protected:
+    void SetUp() override { ResetStore(); }
+    void TearDown() override { ResetStore(); }
+
+    void OpenWritable() { ASSERT_HRESULT_SUCCEEDED(m_access.Open(true)); }
+
+    void StoreBytes(DWORD type, const std::vector<std::uint8_t>& data) {
+        WriteRaw(eKeySetStatic, cKey, type, data.data(), data.size());
+    }
+    void StoreText(const std::u16string& text, std::size_t bytes) {
+        WriteRaw(eKeySetStatic, cKey, REG_SZ, text.data(), bytes);
+    }
+
+    HRESULT ReadUINT(KORA4KeySet keySet = eKeySetStatic) {
+        m_value = cUntouched;
+        return m_access.ReadUINT(keySet, cKey, &m_value);
+    }
+    HRESULT ReadText(KORA4KeySet keySet = eKeySetStatic) {
+        m_text.Reset();
+        return m_access.ReadText(keySet, cKey, m_text.Put());
+    }
+    HRESULT ReadBlob(KORA4KeySet keySet = eKeySetStatic) {
+        m_size = cUntouched;
+        m_data.Reset();
+        return m_access.ReadBlob(keySet, cKey, &m_size, m_data.Put());
+    }
+    std::u16string Text() const { return m_text ? m_text.Get() : u"(null)"; }
+
+    KORA4RegPropKeysAccess m_access;
+    std::uint32_t m_value = cUntouched;
+    TaskPtr<char16_t> m_text;
+    std::uint32_t m_size = cUntouched;
+    TaskPtr<std::uint8_t> m_data;
+};
+
+// ---- Opening ------------------------------------------------------------------------------
+
+void ExpectNotOpen(KORA4RegPropKeysAccess& access) {
+    std::uint32_t value = 0;
+    char16_t* text = nullptr;
+    std::uint8_t* data = nullptr;
+    for (const KORA4KeySet keySet : {eKeySetPropertyStore, eKeySetStatic, eKeySetDynamic,
+                                     eKeySetApp, static_cast<KORA4KeySet>(5)}) {
+        EXPECT_EQ(access.ReadUINT(keySet, cKey, &value), APOERR_NOT_INITIALIZED);
+        EXPECT_EQ(access.ReadText(keySet, cKey, &text), APOERR_NOT_INITIALIZED);
+        EXPECT_EQ(access.ReadBlob(keySet, cKey, &value, &data), APOERR_NOT_INITIALIZED);
+        EXPECT_EQ(access.WriteUINT(keySet, cKey, 1), APOERR_NOT_INITIALIZED);
+        EXPECT_EQ(access.WriteText(keySet, cKey, u"x"), APOERR_NOT_INITIALIZED);
+        EXPECT_EQ(access.WriteBlob(keySet, cKey, 0, nullptr), APOERR_NOT_INITIALIZED);
+        EXPECT_EQ(access.Delete(keySet, cKey), APOERR_NOT_INITIALIZED);
+    }
+}
+
+TEST_F(RegAccess, EveryOperationIsRefusedBeforeItIsOpen) {
+    ExpectNotOpen(m_access);
+}
+
+TEST_F(RegAccess, EveryOperationIsRefusedAfterItIsClosed) {
+    OpenWritable();
+    m_access.Close();
+    ExpectNotOpen(m_access);
+}
+
+TEST_F(RegAccess, WritableOpenCreatesTheStaticAndDynamicKeysOnly) {
+    RemoveStore();
+    EXPECT_EQ(m_access.Open(true), S_FALSE);
+    EXPECT_EQ(StoreSnapshot(), "[]\n[DynamicKeys]\n[StaticKeys]\n");
+}
+
+TEST_F(RegAccess, OpenIsSOkWhenEveryKeyExists) {
+    CreateKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    EXPECT_EQ(m_access.Open(true), S_OK);
+    m_access.Close();
+    EXPECT_EQ(m_access.Open(false), S_OK);
+}
+
+TEST_F(RegAccess, OpeningTwiceIsHarmless) {
+    OpenWritable();
+    EXPECT_EQ(m_access.Open(true), S_OK);
+    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 3), S_OK);
+}
+
+TEST_F(RegAccess, ItCanBeOpenedAgainAfterItWasClosed) {
+    OpenWritable();
+    m_access.Close();
+    m_access.Close();
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 3), S_OK);
+}
+
+TEST_F(RegAccess, ReadOnlyOpenOfAnAbsentStoreSucceedsAndCreatesNothing) {
+    RemoveStore();
+    EXPECT_EQ(m_access.Open(false), S_FALSE);
+    EXPECT_TRUE(m_access.IsOpen());
+    EXPECT_EQ(StoreSnapshot(), "");
+}
+
+TEST_F(RegAccess, KeysThatWereAbsentAtOpeningReadAsAbsentValues) {
+    RemoveStore();
+    ASSERT_HRESULT_SUCCEEDED(m_access.Open(false));
+    for (const KORA4KeySet keySet : cRegistrySets) {
+        EXPECT_EQ(ReadUINT(keySet), S_FALSE);
+        EXPECT_EQ(m_value, cUntouched);
+        EXPECT_EQ(ReadText(keySet), S_FALSE);
+        EXPECT_EQ(ReadBlob(keySet), S_FALSE);
+    }
+}
+
+TEST_F(RegAccess, WritesAndDeletesOfKeysThatWereAbsentAtOpeningSucceedAndDoNothing) {
+    RemoveStore();
+    ASSERT_HRESULT_SUCCEEDED(m_access.Open(false));
+    const std::uint8_t byte = 1;
+    for (const KORA4KeySet keySet : cRegistrySets) {
+        EXPECT_EQ(m_access.WriteUINT(keySet, cKey, 1), S_OK);
+        EXPECT_EQ(m_access.WriteText(keySet, cKey, u"x"), S_OK);
+        EXPECT_EQ(m_access.WriteBlob(keySet, cKey, 1, &byte), S_OK);
+        EXPECT_EQ(m_access.Delete(keySet, cKey), S_OK);
+    }
+    EXPECT_EQ(StoreSnapshot(), "");
+}
+
+TEST_F(RegAccess, OneAbsentKeyDoesNotHideTheOthers) {
+    RemoveKey(HKEY_LOCAL_MACHINE, cDynamicKeysPath);
+    WriteStoredUINT(eKeySetStatic, cKey, 7);
+    EXPECT_EQ(m_access.Open(false), S_FALSE);
+    EXPECT_EQ(ReadUINT(eKeySetStatic), S_OK);
+    EXPECT_EQ(m_value, 7u);
+    EXPECT_EQ(ReadUINT(eKeySetDynamic), S_FALSE);
+}
+
+TEST_F(RegAccess, ReadOnlyOpenOfExistingKeysRefusesWrites) {
+    ASSERT_HRESULT_SUCCEEDED(m_access.Open(false));
+    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 1), E_FAIL);
+    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), E_FAIL);
+    EXPECT_EQ(StoreSnapshot(), "[]\n[DynamicKeys]\n[StaticKeys]\n");
+}
+
+TEST_F(RegAccess, AFailedOpenLeavesItClosed) {
+    RemoveStore();
+    UniqueRegKey base;  // under a volatile key only volatile ones can be created
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, cBaseKeyPath, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_WRITE, nullptr, base.Put(), nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(m_access.Open(true), E_FAIL);
+    EXPECT_FALSE(m_access.IsOpen());
+    ExpectNotOpen(m_access);
+}
+
+// ---- The app keys ---------------------------------------------------------------------------
+
+TEST_F(RegAccess, AppKeysAreRead) {
+    WriteStoredText(eKeySetApp, cKey, L"editor.exe");
+    OpenWritable();
+    EXPECT_EQ(ReadText(eKeySetApp), S_OK);
+    EXPECT_EQ(Text(), u"editor.exe");
+}
+
+TEST_F(RegAccess, WritesToExistingAppKeysGoNowhereAndSucceed) {
+    WriteStoredText(eKeySetApp, cKey, L"editor.exe");
+    OpenWritable();
+    const std::string before = StoreSnapshot();
+    const std::uint8_t byte = 1;
+    EXPECT_EQ(m_access.WriteUINT(eKeySetApp, cKey, 1), S_OK);
+    EXPECT_EQ(m_access.WriteText(eKeySetApp, cKey, u"other.exe"), S_OK);
+    EXPECT_EQ(m_access.WriteBlob(eKeySetApp, cKey, 1, &byte), S_OK);
+    EXPECT_EQ(StoreSnapshot(), before);
+}
+
+// ---- Numbers
+// ----------------------------------------------------------------------------------
+
+TEST_F(RegAccess, ValueNamesAreTheBracedGuidACommaAndThePid) {
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteUINT(eKeySetDynamic, cKey, 42), S_OK);
+    EXPECT_EQ(DumpKey(HKEY_LOCAL_MACHINE, cDynamicKeysPath),
+              "[]\n{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},5 REG_DWORD 0000002a\n");
+}
+
+TEST_F(RegAccess, NumbersReadBack) {
+    OpenWritable();
+    for (const std::uint32_t number : {0u, 1u, 0x80000000u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(m_access.WriteUINT(eKeySetDynamic, cKey, number), S_OK);
+        EXPECT_EQ(ReadUINT(eKeySetDynamic), S_OK);
+        EXPECT_EQ(m_value, number);
+    }
+}
+
+TEST_F(RegAccess, AbsentValuesAreSFalse) {
+    OpenWritable();
+    EXPECT_EQ(ReadUINT(), S_FALSE);
+    EXPECT_EQ(m_value, cUntouched);
+    EXPECT_EQ(ReadText(), S_FALSE);
+    EXPECT_FALSE(m_text);
+    EXPECT_EQ(ReadBlob(), S_FALSE);
+    EXPECT_EQ(m_size, cUntouched);
+    EXPECT_FALSE(m_data);
+}
+
+TEST_F(RegAccess, ATextIsNoNumber) {
+    WriteStoredText(eKeySetStatic, cKey, L"7");
+    OpenWritable();
+    EXPECT_EQ(ReadUINT(), E_FAIL);
+    EXPECT_EQ(m_value, cUntouched);
+}
+
+TEST_F(RegAccess, FourBytesOfAnotherTypeAreNoNumber) {
+    StoreBytes(REG_BINARY, {1, 2, 3, 4});
+    OpenWritable();
+    EXPECT_EQ(ReadUINT(), E_FAIL);
+    EXPECT_EQ(m_value, cUntouched);
+}
+
+class RegAccessNumberSize : public RegAccess, public ::testing::WithParamInterface<size_t> {};
+
+TEST_P(RegAccessNumberSize, ANumberThatIsNotFourBytesLongIsUnreadable) {
+    StoreBytes(REG_DWORD, std::vector<std::uint8_t>(GetParam(), 1));
+    OpenWritable();
+    EXPECT_EQ(ReadUINT(), E_FAIL);
+    EXPECT_EQ(m_value, cUntouched);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, RegAccessNumberSize, ::testing::Values(0, 1, 3, 5, 8, 100));
+
+// ---- Texts
+// ------------------------------------------------------------------------------------
+
+TEST_F(RegAccess, TextsReadBack) {
+    OpenWritable();
+    for (const std::u16string text : {u"", u"a", u"0001,0014", u"M\u00fcsik \u4e2d"}) {
+        EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, text.c_str()), S_OK);
+        EXPECT_EQ(ReadText(), S_OK);
+        EXPECT_EQ(Text(), text);
+    }
+}
+
+TEST_F(RegAccess, TextsAreStoredWithTheirTerminator) {
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, u"ab"), S_OK);
+    EXPECT_EQ(ReadRaw(eKeySetStatic, cKey), (RawValue{REG_SZ, {'a', 0, 'b', 0, 0, 0}}));
+}
+
+TEST_F(RegAccess, ANullTextIsStoredAsTheEmptyOne) {
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, nullptr), S_OK);
+    EXPECT_EQ(ReadRaw(eKeySetStatic, cKey), (RawValue{REG_SZ, {0, 0}}));
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), u"");
+}
+
+TEST_F(RegAccess, ATextWithoutTerminatorIsReadToItsEnd) {
+    StoreText(u"abcdef", 3 * sizeof(char16_t));
+    OpenWritable();
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), u"abc");
+}
+
+TEST_F(RegAccess, ATextEndsAtItsFirstTerminator) {
+    StoreText(std::u16string(u"ab\0cd", 5), 5 * sizeof(char16_t));
+    OpenWritable();
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), u"ab");
+}
+
+TEST_F(RegAccess, AnOddLastByteIsDropped) {
+    StoreBytes(REG_SZ, {'a', 0, 'b', 0, 'c'});
+    OpenWritable();
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), u"ab");
+    StoreBytes(REG_SZ, {'a'});
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), u"");
+}
+
+TEST_F(RegAccess, ATextOfNoBytesIsEmpty) {
+    StoreBytes(REG_SZ, {});
+    OpenWritable();
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), u"");
+}
+
+TEST_F(RegAccess, ATextOf4096BytesIsRead) {
+    const std::u16string text(2047, u'x');
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, text.c_str()), S_OK);
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), text);
+}
+
+TEST_F(RegAccess, ATextOf4096BytesWithoutTerminatorIsRead) {
+    // Stored from a longer text: the platform adds a terminator that it finds behind one.
+    StoreText(std::u16string(2049, u'x'), 4096);
+    OpenWritable();
+    EXPECT_EQ(ReadText(), S_OK);
+    EXPECT_EQ(Text(), std::u16string(2048, u'x'));
+}
+
+TEST_F(RegAccess, ALongerTextCanBeWrittenButNotRead) {
+    const std::u16string text(2048, u'x');
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, text.c_str()), S_OK);
+    EXPECT_EQ(ReadStoredText(eKeySetStatic, cKey)->size(), 2048u);
+    EXPECT_EQ(ReadText(), E_FAIL);
+    EXPECT_FALSE(m_text);
+}
+
+TEST_F(RegAccess, OtherTypesAreNoTexts) {
+    OpenWritable();
+    for (const auto type : {REG_DWORD, REG_BINARY, REG_EXPAND_SZ, REG_MULTI_SZ}) {
+        StoreBytes(static_cast<DWORD>(type), {'a', 0, 0, 0});
+        EXPECT_EQ(ReadText(), E_FAIL) << type;
+        EXPECT_FALSE(m_text);
+    }
+}
+
+// ---- Blobs
+// ------------------------------------------------------------------------------------
+
+TEST_F(RegAccess, BlobsReadBack) {
+    const std::vector<std::uint8_t> blob{0, 1, 2, 0xFF, 0, 5};
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteBlob(eKeySetStatic, cKey, 6, blob.data()), S_OK);
+    EXPECT_EQ(ReadRaw(eKeySetStatic, cKey), (RawValue{REG_BINARY, blob}));
+    EXPECT_EQ(ReadBlob(), S_OK);
+    ASSERT_EQ(m_size, 6u);
+    EXPECT_EQ(std::vector<std::uint8_t>(m_data.Get(), m_data.Get() + 6), blob);
+}
+
+TEST_F(RegAccess, ABlobMayBeLongerThanAText) {
+    const std::vector<std::uint8_t> blob(20000, 7);
+    WriteStoredBlob(eKeySetStatic, cKey, blob);
+    OpenWritable();
+    EXPECT_EQ(ReadBlob(), S_OK);
+    ASSERT_EQ(m_size, 20000u);
+    EXPECT_EQ(std::vector<std::uint8_t>(m_data.Get(), m_data.Get() + m_size), blob);
+}
+
+TEST_F(RegAccess, AnEmptyBlobIsAValue) {
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteBlob(eKeySetStatic, cKey, 0, nullptr), S_OK);
+    EXPECT_EQ(ReadBlob(), S_OK);
+    EXPECT_EQ(m_size, 0u);
+    EXPECT_TRUE(m_data);
+}
+
+TEST_F(RegAccess, OtherTypesAreNoBlobs) {
+    OpenWritable();
+    for (const auto type : {REG_DWORD, REG_SZ, REG_NONE}) {
+        StoreBytes(static_cast<DWORD>(type), {1, 2, 3, 4});
+        EXPECT_EQ(ReadBlob(), E_FAIL) << type;
+        EXPECT_EQ(m_size, cUntouched);
+        EXPECT_FALSE(m_data);
+    }
+}
+
+TEST_F(RegAccess, ABlobThatChangesItsSizeMeanwhileIsNeverTorn) {
+    const std::vector<std::uint8_t> small(8, 0x11);
+    const std::vector<std::uint8_t> large(4000, 0x22);
+    WriteStoredBlob(eKeySetStatic, cKey, small);
+    OpenWritable();
+    std::atomic<bool> stop{false};
+    std::thread writer([&] {
+        while (!stop) {
+            WriteStoredBlob(eKeySetStatic, cKey, large);
+            WriteStoredBlob(eKeySetStatic, cKey, small);
+        }
+    });
+    int whole = 0;
+    for (int i = 0; i < 500; ++i) {
+        if (ReadBlob() != S_OK)
+            continue;
+        ++whole;
+        const std::vector<std::uint8_t> read(m_data.Get(), m_data.Get() + m_size);
+        EXPECT_TRUE(read == small || read == large) << read.size();
+    }
+    stop = true;
+    writer.join();
+    EXPECT_GT(whole, 250);
+}
+
+// ---- Deletion, key sets, deleted keys
+// -----------------------------------------------------------
+
+TEST_F(RegAccess, DeleteRemovesTheValueAndSaysWhenThereWasNone) {
+    WriteStoredUINT(eKeySetDynamic, cKey, 1);
+    OpenWritable();
+    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), S_OK);
+    EXPECT_FALSE(ReadRaw(eKeySetDynamic, cKey));
+    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), S_FALSE);
+}
+
+TEST_F(RegAccess, TheKeySetsDoNotMix) {
+    OpenWritable();
+    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 1), S_OK);
+    EXPECT_EQ(ReadUINT(eKeySetDynamic), S_FALSE);
+    EXPECT_EQ(ReadUINT(eKeySetApp), S_FALSE);
+}
+
+TEST_F(RegAccess, UnknownKeySetsFail) {
+    OpenWritable();
+    const std::uint8_t byte = 1;
+    for (const auto keySet : {static_cast<KORA4KeySet>(0), static_cast<KORA4KeySet>(5),
+                              static_cast<KORA4KeySet>(0xFFFFFFFF)}) {
+        EXPECT_EQ(ReadUINT(keySet), E_FAIL);
+        EXPECT_EQ(ReadText(keySet), E_FAIL);
+        EXPECT_EQ(ReadBlob(keySet), E_FAIL);
+        EXPECT_EQ(m_access.WriteUINT(keySet, cKey, 1), E_FAIL);
+        EXPECT_EQ(m_access.WriteText(keySet, cKey, u"x"), E_FAIL);
+        EXPECT_EQ(m_access.WriteBlob(keySet, cKey, 1, &byte), E_FAIL);
+        EXPECT_EQ(m_access.Delete(keySet, cKey), E_INVALIDARG);
+    }
+}
+
+TEST_F(RegAccess, AKeyThatIsDeletedWhileOpenFailsAlsoAfterItIsCreatedAgain) {
+    WriteStoredUINT(eKeySetDynamic, cKey, 1);
+    OpenWritable();
+    ResetStore();
+    WriteStoredUINT(eKeySetDynamic, cKey, 1);
+    EXPECT_EQ(ReadUINT(eKeySetDynamic), E_FAIL);
+    EXPECT_EQ(m_access.WriteUINT(eKeySetDynamic, cKey, 2), E_FAIL);
+    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), E_FAIL);
+}
+
+// ---- Trace
+// --------------------------------------------------------------------------------------
+
+class RegAccessTrace : public RegAccess {
+  protected:
+    static constexpr const char* cTag = "KOLFXPropKeysAccess";
+    static constexpr std::uint32_t cLog = trace::eLogFiles | trace::eAllEntryExit;
+
+    TraceLog m_log;
+};
+
+TEST_F(RegAccessTrace, OpeningTellsTheStatusOfEachKey) {
+    RemoveStore();
+    const TraceFlags flags(cLog);
+    m_access.Open(true);
+    const auto lines = m_log.Read(cTag);
+    EXPECT_EQ(MessagesOf(lines, "KORA4RegPropKeysAccess::Open"),
+              (std::vector<std::string>{">>", "<< hr: 0x00000001"}));
+    EXPECT_EQ(MessagesOf(lines, "KORA4RegPropKeysAccess::OpenGlobalKey"),
+              (std::vector<std::string>{">> pwRegPath: SOFTWARE\\Velto\\KORA4\\StaticKeys",
+                                        "reg open retStatus: 0", "<< hr: 0x00000000",
+                                        ">> pwRegPath: SOFTWARE\\Velto\\KORA4\\DynamicKeys",
+                                        "reg open retStatus: 0", "<< hr: 0x00000000",
+                                        ">> pwRegPath: SOFTWARE\\Velto\\KORA4\\AppKeys",
+                                        "reg open retStatus: 2", "<< hr: 0x00000001"}));
+}
+
+TEST_F(RegAccessTrace, AReadTellsTheValueNameAndItsResult) {
+    OpenWritable();
+    const TraceFlags flags(cLog);
+    ReadUINT();
+    EXPECT_EQ(MessagesOf(m_log.Read(cTag), "KORA4RegPropKeysAccess::QueryRegistryValue"),
+              (std::vector<std::string>{
+                  ">>", "to RegQueryValueEx of: {5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},5",
+                  "<< hr: 0x00000001"}));
+}
+
+TEST_F(RegAccessTrace, WritesAndDeletesTellTheStatus) {
+    OpenWritable();
+    const TraceFlags flags(cLog);
+    m_access.WriteUINT(eKeySetStatic, cKey, 1);
+    m_access.Delete(eKeySetStatic, cKey);
+    m_access.Delete(eKeySetStatic, cKey);
+    const auto lines = m_log.Read(cTag);
+    EXPECT_EQ(
+        MessagesOf(lines, "KORA4RegPropKeysAccess::SetRegistryValue"),
+        (std::vector<std::string>{">>", "RegSetValue retStatus: 0", "<< hr: 0x00000000"}));
+    const std::string name = "to RegDeleteValue of: {5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},5";
+    EXPECT_EQ(MessagesOf(lines, "KORA4RegPropKeysAccess::DeleteRegistryKey"),
+              (std::vector<std::string>{">>", name, "RegDeleteValue retStatus: 0",
+                                        "<< hr: 0x00000000", ">>", name,
+                                        "RegDeleteValue retStatus: 2", "<< hr: 0x00000001"}));
+}
+
+TEST_F(RegAccessTrace, NothingIsTracedByDefault) {
+    const TraceFlags flags(trace::cDefaultFlags | trace::eLogFiles);
+    m_access.Open(true);
+    ReadUINT();
+    m_access.WriteUINT(eKeySetStatic, cKey, 1);
+    EXPECT_TRUE(m_log.ReadShared().empty());
+}
+
+}  // namespace
+}  // namespace kora4::test
