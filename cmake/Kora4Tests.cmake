@@ -15,6 +15,17 @@ add_subdirectory(${KORA4_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM
 add_library(kora4_test_settings INTERFACE)
 target_compile_options(kora4_test_settings INTERFACE $<$<CONFIG:Release>:-O1>)
 
+# The test framework's headers are compiled once for all programs. A compiler cache does
+# better without.
+if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  file(WRITE ${CMAKE_BINARY_DIR}/test-headers/none.cpp "")
+  add_library(kora4_test_headers OBJECT EXCLUDE_FROM_ALL
+    ${CMAKE_BINARY_DIR}/test-headers/none.cpp)
+  target_link_libraries(kora4_test_headers PRIVATE kora4_platform_settings kora4_warnings
+    kora4_test_settings GTest::gtest_main GTest::gmock)
+  target_precompile_headers(kora4_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+endif()
+
 if(WIN32)
   set(KORA4_POOL ${PROJECT_SOURCE_DIR}/scripts/wine-pool.sh)
   set(KORA4_POOL_FOLDER ${CMAKE_BINARY_DIR}/wine-pool)
@@ -36,6 +47,11 @@ function(kora4_add_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE kora4_platform_settings kora4_warnings
     kora4_test_settings ${TEST_LINK} GTest::gtest_main GTest::gmock)
+  if(TARGET kora4_test_headers)
+    target_precompile_headers(${name} REUSE_FROM kora4_test_headers)
+    # A program with settings of its own does without.
+    target_compile_options(${name} PRIVATE -Wno-error=invalid-pch)
+  endif()
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 300)
   endif()
