@@ -42,15 +42,15 @@ struct KORA4FieldDef::Source {
 
     // The scalar of the row when the store is not to be asked or does not answer S_OK.
     template <typename T, typename Read>
-    T Scalar(const void* pDefaults, Read read) const {
+    T Scalar(const void* pRows, Read read) const {
         T value{};
         if (!defaultsOnly && read(&value) == result::cOk)
             return value;
-        return static_cast<const T*>(pDefaults)[defaultsIndex];
+        return static_cast<const T*>(pRows)[defaultsIndex];
     }
 
-    const char16_t* const* Texts(const void* pDefaults) const {
-        return static_cast<const char16_t* const* const*>(pDefaults)[defaultsIndex];
+    const char16_t* const* Texts(const void* pRows) const {
+        return static_cast<const char16_t* const* const*>(pRows)[defaultsIndex];
     }
 };
 
