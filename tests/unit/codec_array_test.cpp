@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "store/codec/array_text.h"
+#include "support/trace_capture.h"
+#include "support/trace_flags.h"
 
 namespace kora4::codec {
 namespace {
@@ -366,6 +368,25 @@ TEST(ArrayFieldWriter, NeedsRoomFor32Characters) {
     EXPECT_EQ(WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eFirst, 1),
               result::cOk);
     EXPECT_EQ(charsAvail, 28u);
+}
+
+TEST(ArrayFieldWriter, LeavesEntryAndExitLinesOfEveryPiece) {
+    test::TraceLog log;
+    char16_t text[cArrayTextChars];
+    const std::vector<std::uint32_t> flags(495, 1);
+    {
+        const test::TraceFlags scoped(trace::eAllEntryExit | trace::eLogFiles);
+        EncodeFlagArray(1, flags.data(), text);
+    }
+    const auto lines = log.Read("KORA4PropKey");
+    EXPECT_EQ(test::MessagesOf(lines, "KORA4PropKeyStoreAccess::WriteArrayNumericField"),
+              (std::vector<std::string>{">>", "<< hr: 0x00000000", ">>", "<< hr: 0x00000000"}));
+    log.Clear();
+    {
+        const test::TraceFlags scoped(trace::eResults | trace::eLogFiles);
+        EncodeFlagArray(495, flags.data(), text);
+    }
+    EXPECT_EQ(test::Messages(log.Read("KORA4PropKey")).back(), "<< hr: 0x8007000e");
 }
 
 TEST(ArrayFieldWriter, RefusesAnUnknownFormat) {

@@ -38,104 +38,144 @@ constexpr std::uint32_t DigitValue(char16_t c) {
     return c < cDigitValues.size() ? cDigitValues[c] : cNoDigit;
 }
 
+constexpr std::uint32_t LowDigit(char16_t c) {
+    return cDigitValues[c & 0x7F];
+}
+
 constexpr bool EndsToken(char16_t c) {
     return c == u',' || c == u'\0' || IsWhiteSpace(c);
 }
 
-// Walks over the tokens of a text.
-class TokenReader {
-  public:
-    explicit TokenReader(const char16_t* pText) : m_p(pText) {}
-
-    // Reads one token, the white space around it and the comma after it.
-    bool Next(std::uint32_t* pValue) {
-        const char16_t* const pToken = m_p = SkipWhiteSpace(m_p);
-        if (m_p[0] == u'0' && (m_p[1] == u'x' || m_p[1] == u'X'))
-            m_p += 2;
-        const char16_t* const pDigits = m_p;
-
-        std::uint64_t value = 0;
-        bool fits = true;
-        for (std::uint32_t digit; (digit = DigitValue(*m_p)) != cNoDigit; ++m_p) {
-            value = value << 4 | digit;
-            fits = fits && value <= UINT32_MAX;
-        }
-        if (m_p == pDigits || !EndsToken(*m_p) || !fits)
-            return false;
-        if (static_cast<std::size_t>(m_p - pToken) >= cTokenLimit)
-            return false;
-        if (*m_p != u',')
-            m_p = SkipWhiteSpace(m_p);
-        if (*m_p == u',')
-            ++m_p;
-        *pValue = static_cast<std::uint32_t>(value);
-        return true;
-    }
-
-    bool AtEnd() { return *SkipWhiteSpace(m_p) == u'\0'; }
-
-  private:
-    const char16_t* m_p;
+// A number that was read, and where the next token's white space begins; null after a
+// token that is no number.
+struct Token {
+    const char16_t* pNext;
+    std::uint32_t value;
 };
 
-// Reads the count and that many elements, which `convert` turns from numbers into what
-// is stored; it gives false for a number that is no element.
-template <typename Element, typename Convert>
-bool ReadElements(TokenReader reader, std::uint32_t* pCount, Element* pElements,
-                  Convert convert) {
-    std::uint32_t count = 0;
-    if (!reader.Next(&count) || count > cArrayCapacity)
-        return false;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        std::uint32_t number = 0;
-        if (!reader.Next(&number) || !convert(number, &pElements[i]))
-            return false;
+constexpr Token cBadToken{nullptr, 0};
+
+// Reads one token, the white space around it and the comma after it.
+Token ReadToken(const char16_t* p) {
+    const char16_t* const pToken = p = SkipWhiteSpace(p);
+    if (p[0] == u'0' && (p[1] == u'x' || p[1] == u'X'))
+        p += 2;
+    const char16_t* const pDigits = p;
+
+    std::uint32_t value = 0;
+    bool fits = true;
+    for (std::uint32_t digit; (digit = DigitValue(*p)) != cNoDigit; ++p) {
+        fits = fits && value >> 28 == 0;
+        value = value << 4 | digit;
     }
-    *pCount = count;
-    return reader.AtEnd();
+    if (p == pDigits || !EndsToken(*p) || !fits)
+        return cBadToken;
+    if (static_cast<std::size_t>(p - pToken) >= cTokenLimit)
+        return cBadToken;
+    if (*p != u',')
+        p = SkipWhiteSpace(p);
+    if (*p == u',')
+        ++p;
+    return {p, value};
 }
 
-template <typename Element>
-void Clear(std::uint32_t* pCount, Element* pElements) {
-    *pCount = 0;
-    std::fill_n(pElements, cArrayCapacity, Element{});
+// The same, quicker for the form that the writer gives to all numbers but the last: four
+// digits and a comma. A digit is looked up by its low seven bits, the high ones of all
+// four are checked at the end.
+inline Token NextToken(const char16_t* p) {
+    // In turn, for what follows a terminator is not there to be read.
+    const std::uint32_t d0 = LowDigit(p[0]);
+    if (d0 == cNoDigit)
+        return ReadToken(p);
+    const std::uint32_t d1 = LowDigit(p[1]);
+    if (d1 == cNoDigit)
+        return ReadToken(p);
+    const std::uint32_t d2 = LowDigit(p[2]);
+    if (d2 == cNoDigit)
+        return ReadToken(p);
+    const std::uint32_t d3 = LowDigit(p[3]);
+    if (d3 == cNoDigit || (p[0] | p[1] | p[2] | p[3]) > 0x7F || p[4] != u',')
+        return ReadToken(p);
+    return {p + 5, d0 << 12 | d1 << 8 | d2 << 4 | d3};
+}
+
+// Reads the count and that many elements, which `convert` turns from numbers into what is
+// stored; it gives false for a number that is no element. Clears the places behind them.
+template <typename Element, typename Convert>
+bool ReadElements(const char16_t* p, std::uint32_t* pCount, Element* pElements,
+                  Convert convert) {
+    Token token = ReadToken(p);
+    const std::uint32_t count = token.value;
+    if (token.pNext == nullptr || count > cArrayCapacity)
+        return false;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        token = NextToken(token.pNext);
+        if (token.pNext == nullptr || !convert(token.value, &pElements[i]))
+            return false;
+    }
+    if (*SkipWhiteSpace(token.pNext) != u'\0')
+        return false;
+    std::fill(pElements + count, pElements + cArrayCapacity, Element{});
+    *pCount = count;
+    return true;
+}
+
+// `valueOf` turns the signed number into the element.
+template <typename ValueOf>
+bool ReadSignedElements(const char16_t* p, std::uint32_t* pCount, float* pElements,
+                        ValueOf valueOf) {
+    return ReadElements(p, pCount, pElements, [valueOf](std::uint32_t number, float* pElement) {
+        *pElement = valueOf(static_cast<std::int16_t>(number));
+        return number < 0x10000;
+    });
 }
 
 bool ReadNumericArray(const char16_t* pText, std::uint32_t* pCount, float* pElements) {
-    TokenReader reader(pText);
-    std::uint32_t scale = 0;
-    if (!reader.Next(&scale) || scale == 0)
+    const Token token = ReadToken(pText);
+    const std::uint32_t scale = token.value;
+    if (token.pNext == nullptr || scale == 0)
         return false;
     const double divisor = scale;
-    return ReadElements(reader, pCount, pElements,
-                        [divisor](std::uint32_t number, float* pElement) {
-                            if (number >= 0x10000)
-                                return false;
-                            const auto word = static_cast<std::int16_t>(number);
-                            *pElement = static_cast<float>(word / divisor);
-                            return true;
-                        });
+    const double factor = 1.0 / divisor;
+    // The reciprocal of a power of two is exact, and a product cheaper than a quotient.
+    if ((scale & (scale - 1)) == 0) {
+        return ReadSignedElements(
+            token.pNext, pCount, pElements,
+            [factor](std::int16_t number) { return static_cast<float>(number * factor); });
+    }
+    return ReadSignedElements(token.pNext, pCount, pElements, [divisor](std::int16_t number) {
+        return static_cast<float>(number / divisor);
+    });
 }
 
 bool ReadFlagArray(const char16_t* pText, std::uint32_t* pCount, std::uint32_t* pFlags) {
-    return ReadElements(TokenReader(pText), pCount, pFlags,
-                        [](std::uint32_t number, std::uint32_t* pFlag) {
-                            *pFlag = number != 0 ? 1 : 0;
-                            return true;
-                        });
+    return ReadElements(pText, pCount, pFlags, [](std::uint32_t number, std::uint32_t* pFlag) {
+        *pFlag = number != 0 ? 1 : 0;
+        return true;
+    });
 }
 
-// Four digits side by side: each nibble of the word gets a lane of 16 bits, the highest
-// nibble the lowest lane, which is the first character in memory.
+template <typename Element>
+HRESULT Refuse(std::uint32_t* pCount, Element* pElements) {
+    *pCount = 0;
+    std::fill_n(pElements, cArrayCapacity, Element{});
+    return result::cFail;
+}
+
+// The two digits of every byte.
+constexpr std::array<std::array<char16_t, 2>, 256> MakeBytePairs() {
+    std::array<std::array<char16_t, 2>, 256> pairs{};
+    for (std::size_t byte = 0; byte < pairs.size(); ++byte)
+        pairs[byte] = {u"0123456789abcdef"[byte >> 4], u"0123456789abcdef"[byte & 0xF]};
+    return pairs;
+}
+
+constexpr std::array<std::array<char16_t, 2>, 256> cBytePairs = MakeBytePairs();
+static_assert(cBytePairs[0x0A][0] == u'0' && cBytePairs[0xF9][1] == u'9');
+
 inline void PutWord(char16_t* p, std::uint32_t word) {
-    static_assert(std::endian::native == std::endian::little);
-    constexpr std::uint64_t cOnes = 0x0001000100010001;
-    const std::uint64_t w = word;
-    const std::uint64_t nibbles =
-        (w >> 12 & 0xF) | (w >> 8 & 0xF) << 16 | (w >> 4 & 0xF) << 32 | (w & 0xF) << 48;
-    const std::uint64_t letters = (nibbles + 6 * cOnes) >> 4 & cOnes;
-    const std::uint64_t digits = nibbles + u'0' * cOnes + letters * (u'a' - u'0' - 10);
-    std::memcpy(p, &digits, sizeof digits);
+    std::memcpy(p, cBytePairs[word >> 8].data(), sizeof cBytePairs[0]);
+    std::memcpy(p + 2, cBytePairs[word & 0xFF].data(), sizeof cBytePairs[0]);
 }
 
 // Hexadecimal digits of the number, at least `width` of them.
@@ -151,15 +191,14 @@ inline char16_t* PutHex(char16_t* p, std::uint32_t value, int width) {
     return p;
 }
 
+constexpr trace::Site cFieldSite{"KORA4PropKey",
+                                 "KORA4PropKeyStoreAccess::WriteArrayNumericField"};
+
+// WriteArrayNumericField without its entry and exit lines.
 inline HRESULT PutField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
                         std::uint32_t value) {
-    static constexpr trace::Site cSite{"KORA4PropKey",
-                                       "KORA4PropKeyStoreAccess::WriteArrayNumericField"};
-    HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
     if (*pCharsAvail < cArrayFieldRoom)
-        return hr = result::cOutOfMemory;
-
+        return result::cOutOfMemory;
     char16_t* p = *ppCursor;
     switch (field) {
         case ArrayField::eFirst:
@@ -174,13 +213,13 @@ inline HRESULT PutField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayFiel
             p = PutHex(p, value, 1);
             break;
         default:
-            return hr = result::cFail;
+            return result::cFail;
     }
     const auto written = static_cast<std::size_t>(p - *ppCursor);
-    KALASSERT_TEXT(cSite, written <= *pCharsAvail, "(UINT) written <= charsAvail");
+    KALASSERT_TEXT(cFieldSite, written <= *pCharsAvail, "(UINT) written <= charsAvail");
     *ppCursor = p;
     *pCharsAvail -= written;
-    return hr;
+    return result::cOk;
 }
 
 // The text under construction, one character kept for the terminator.
@@ -189,8 +228,10 @@ class TextBuilder {
     explicit TextBuilder(char16_t* pText) : m_pText(pText), m_pCursor(pText) {}
 
     void Append(ArrayField field, std::uint32_t value) {
-        if (m_hr == result::cOk)
-            m_hr = PutField(&m_pCursor, &m_charsAvail, field, value);
+        if (m_hr != result::cOk)
+            return;
+        m_hr = m_traced ? WriteArrayNumericField(&m_pCursor, &m_charsAvail, field, value)
+                        : PutField(&m_pCursor, &m_charsAvail, field, value);
     }
 
     bool Failed() const { return m_hr != result::cOk; }
@@ -201,6 +242,8 @@ class TextBuilder {
     }
 
   private:
+    // Asked once a text: the pieces outnumber everything else that is traced.
+    const bool m_traced = trace::IsEnabled(trace::Flags(), trace::eStoreExitResult);
     char16_t* m_pText;
     char16_t* m_pCursor;
     std::size_t m_charsAvail = cArrayTextChars - 1;
@@ -220,26 +263,25 @@ inline std::uint32_t NumericElement(float element, double scale) {
 HRESULT DecodeNumericArray(const char16_t* pText, std::uint32_t* pCount, float* pElements) {
     if (pCount == nullptr || pElements == nullptr)
         return result::cInvalidArg;
-    Clear(pCount, pElements);
     if (pText != nullptr && ReadNumericArray(pText, pCount, pElements))
         return result::cOk;
-    Clear(pCount, pElements);
-    return result::cFail;
+    return Refuse(pCount, pElements);
 }
 
 HRESULT DecodeFlagArray(const char16_t* pText, std::uint32_t* pCount, std::uint32_t* pFlags) {
     if (pCount == nullptr || pFlags == nullptr)
         return result::cInvalidArg;
-    Clear(pCount, pFlags);
     if (pText != nullptr && ReadFlagArray(pText, pCount, pFlags))
         return result::cOk;
-    Clear(pCount, pFlags);
-    return result::cFail;
+    return Refuse(pCount, pFlags);
 }
 
 HRESULT WriteArrayNumericField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
                                std::uint32_t value) {
-    return PutField(ppCursor, pCharsAvail, field, value);
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cFieldSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult,
+                             &hr);
+    return hr = PutField(ppCursor, pCharsAvail, field, value);
 }
 
 HRESULT EncodeNumericArray(std::uint32_t scale, std::uint32_t count, const float* pElements,

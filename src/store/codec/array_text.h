@@ -30,9 +30,9 @@ inline constexpr std::size_t cArrayFieldRoom = 32;
 // A token of this many characters or more is refused.
 inline constexpr std::size_t cTokenLimit = 255;
 
-// Reads a zero-terminated text into 40 places. All places are cleared first; *pCount is
-// the number of elements read, and stays 0 (with the places cleared) unless the result is
-// S_OK. E_INVALIDARG for a null pCount or array; E_FAIL for a null or malformed text:
+// Reads a zero-terminated text into 40 places. *pCount is the number of elements read, and
+// the places behind them are cleared; after a failure it is 0 and all are cleared. E_INVALIDARG
+// for a null pCount or array; E_FAIL for a null or malformed text:
 //  - a token is a run of characters other than white space (blank, \t \n \v \f \r) and
 //    comma: hexadecimal digits of either case with an optional 0x or 0X before them, at
 //    most 254 characters, of a value that fits 32 bits;
