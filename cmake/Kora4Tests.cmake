@@ -11,9 +11,9 @@ set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
 add_subdirectory(${KORA4_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 
-# Test code is compiled often and run once: little optimisation, no symbols in a release.
+# Test code is compiled often and run once: no optimisation, and no symbols in a release.
 add_library(kora4_test_settings INTERFACE)
-target_compile_options(kora4_test_settings INTERFACE $<$<CONFIG:Release>:-O1>)
+target_compile_options(kora4_test_settings INTERFACE $<$<CONFIG:Release>:-O0>)
 
 # The test framework's headers are compiled once for all programs. A compiler cache does
 # better without.
