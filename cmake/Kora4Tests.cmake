@@ -47,7 +47,7 @@ function(kora4_add_test name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE kora4_platform_settings kora4_warnings
     kora4_test_settings ${TEST_LINK} GTest::gtest_main GTest::gmock)
-  if(TARGET kora4_test_headers)
+  if(TARGET kora4_test_headers AND NOT TEST_SOURCES MATCHES "\\.c(;|$)")
     target_precompile_headers(${name} REUSE_FROM kora4_test_headers)
     # A program with settings of its own does without.
     target_compile_options(${name} PRIVATE -Wno-error=invalid-pch)
