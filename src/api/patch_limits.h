@@ -2,11 +2,10 @@
 #ifndef KORA4_API_PATCH_LIMITS_H
 #define KORA4_API_PATCH_LIMITS_H
 
-#include <windows.h>
-
 #include <cstdint>
 
 #include "store/clients/api_records.h"
+#include "store/model/result.h"
 
 namespace kora4 {
 

@@ -1,16 +1,13 @@
 // The engine's levels for a display, and how often to read them.
 #include <algorithm>
 
+#include "api/display_levels.h"
 #include "api/kora4asl.h"
 #include "store/access/task_memory.h"
 #include "store/visdata/vis_key_data.h"
 
 namespace kora4 {
 namespace {
-
-constexpr std::uint32_t cDisplayBands = 20;
-constexpr float cLevelFloor = -144.0f;      // dB
-constexpr float cExcitationOffset = 36.0f;  // dB; the gains get none
 
 struct Levels {
     float gain = cLevelFloor;
