@@ -162,11 +162,13 @@ HRESULT Refuse(std::uint32_t* pCount, Element* pElements) {
     return result::cFail;
 }
 
+constexpr char16_t cHexDigits[] = u"0123456789abcdef";
+
 // The two digits of every byte.
 constexpr std::array<std::array<char16_t, 2>, 256> MakeBytePairs() {
     std::array<std::array<char16_t, 2>, 256> pairs{};
     for (std::size_t byte = 0; byte < pairs.size(); ++byte)
-        pairs[byte] = {u"0123456789abcdef"[byte >> 4], u"0123456789abcdef"[byte & 0xF]};
+        pairs[byte] = {cHexDigits[byte >> 4], cHexDigits[byte & 0xF]};
     return pairs;
 }
 
@@ -187,7 +189,7 @@ inline char16_t* PutHex(char16_t* p, std::uint32_t value, int width) {
     int digits = (static_cast<int>(std::bit_width(value)) + 3) / 4;
     digits = std::max(digits, width);
     for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-        *p++ = u"0123456789abcdef"[value >> shift & 0xF];
+        *p++ = cHexDigits[value >> shift & 0xF];
     return p;
 }
 
