@@ -1,0 +1,329 @@
+// Registration of the built library: what it writes, what it removes, what it leaves.
+#include <gtest/gtest.h>
+#include <objbase.h>
+#include <oleauto.h>
+#include <veltokora4api.h>
+#include <windows.h>
+#include <wrl/client.h>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "support/com_client.h"
+#include "support/registry_fixture.h"
+#include "support/trace_capture.h"
+
+namespace kora4::test {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+constexpr wchar_t cClass[] = L"CLSID\\{16CC6CDB-872A-4099-95B1-25BEBF71B0D9}";
+constexpr wchar_t cClassServer[] =
+    L"CLSID\\{16CC6CDB-872A-4099-95B1-25BEBF71B0D9}\\InprocServer32";
+constexpr wchar_t cAppId[] = L"AppID\\{D4086C01-F20F-480F-A293-938122C6452B}";
+constexpr wchar_t cAppIdOfLibrary[] = L"AppID\\QXA64T.DLL";
+constexpr wchar_t cTypeLib[] = L"TypeLib\\{4D455D10-5B43-48E6-AE4E-308A29CFE9D1}";
+constexpr wchar_t cTypeLibPath[] =
+    L"TypeLib\\{4D455D10-5B43-48E6-AE4E-308A29CFE9D1}\\1.0\\409\\win64";
+constexpr wchar_t cBase[] = L"SOFTWARE\\Velto\\KORA4";
+constexpr char cEmptyStore[] = "[]\n[DynamicKeys]\n[StaticKeys]\n";
+constexpr PropertyKey cSomeSetting = pkey::Setting(pkey::cActivePresetPid);
+
+std::string Classes() {
+    return DumpKey(HKEY_CLASSES_ROOT, L"");
+}
+
+// The keys ("[...]" lines) that `after` has and `before` has not, in upper case: the case
+// of the parents is the system's own affair. Keys that both views of the registry share show
+// up in the 32-bit view too.
+std::vector<std::string> NewKeys(const std::string& before, const std::string& after) {
+    const auto keys = [](const std::string& dump) {
+        std::vector<std::string> lines;
+        std::istringstream stream(dump);
+        for (std::string line; std::getline(stream, line);)
+            if (line.starts_with("[")) {
+                std::transform(line.begin(), line.end(), line.begin(), [](char c) {
+                    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+                });
+                if (!line.starts_with("[WOW6432NODE\\APPID\\") &&
+                    !line.starts_with("[WOW6432NODE\\TYPELIB\\"))
+                    lines.push_back(line);
+            }
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    };
+    const auto old = keys(before);
+    const auto now = keys(after);
+    std::vector<std::string> added;
+    std::set_difference(now.begin(), now.end(), old.begin(), old.end(),
+                        std::back_inserter(added));
+    return added;
+}
+
+// Runs a program to its end; its exit code, or ~0.
+DWORD RunProgram(std::wstring command) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &process))
+        return ~DWORD{0};
+    const UniqueHandle thread(process.hThread);
+    const UniqueHandle handle(process.hProcess);
+    DWORD code = ~DWORD{0};
+    if (WaitForSingleObject(handle.Get(), 60000) != WAIT_OBJECT_0)
+        TerminateProcess(handle.Get(), 1);
+    else
+        GetExitCodeProcess(handle.Get(), &code);
+    return code;
+}
+
+class Registration : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        Clean();
+        ASSERT_TRUE(m_library.IsLoaded());
+    }
+    void TearDown() override { Clean(); }
+
+    static void Clean() {
+        for (const wchar_t* const path : {cClass, cAppId, cAppIdOfLibrary, cTypeLib})
+            RemoveKey(HKEY_CLASSES_ROOT, path);
+        RemoveStore();
+    }
+
+    Apartment m_apartment{COINIT_MULTITHREADED};
+    LoadedLibrary m_library;
+};
+
+std::string Narrow(const std::wstring& ascii) {
+    std::string narrow;
+    for (const wchar_t c : ascii)
+        narrow += static_cast<char>(c);
+    return narrow;
+}
+
+TEST_F(Registration, WritesTheClassWithItsServerAndThreadingModel) {
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, cClass),
+              "[]\n REG_SZ KORA4 ASL Test COM Class\n[InprocServer32]\n REG_SZ " +
+                  Narrow(LibraryPath()) + "\nThreadingModel REG_SZ Both\n");
+}
+
+TEST_F(Registration, WritesTheAppId) {
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, cAppId), "[]\n REG_SZ QXA64T\n");
+    EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, cAppIdOfLibrary),
+              "[]\nAppID REG_SZ {D4086C01-F20F-480F-A293-938122C6452B}\n");
+}
+
+TEST_F(Registration, RegistersTheTypeLibraryOfTheLibraryItself) {
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cTypeLibPath, L""), LibraryPath());
+    ComPtr<ITypeLib> typeLib;
+    EXPECT_EQ(LoadRegTypeLib(LIBID_KORA4ASLLib, 1, 0, 0x409, typeLib.GetAddressOf()), S_OK);
+}
+
+TEST_F(Registration, CreatesTheSettingKeysAndNoneForTheApplications) {
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
+}
+
+TEST_F(Registration, AddsNothingElseToTheClasses) {
+    const std::string before = Classes();
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    const std::string typeLib = "[TYPELIB\\{4D455D10-5B43-48E6-AE4E-308A29CFE9D1}";
+    EXPECT_EQ(NewKeys(before, Classes()),
+              (std::vector<std::string>{
+                  "[APPID\\QXA64T.DLL]",
+                  "[APPID\\{D4086C01-F20F-480F-A293-938122C6452B}]",
+                  "[CLSID\\{16CC6CDB-872A-4099-95B1-25BEBF71B0D9}\\INPROCSERVER32]",
+                  "[CLSID\\{16CC6CDB-872A-4099-95B1-25BEBF71B0D9}]",
+                  typeLib + "\\1.0\\409\\WIN64]",
+                  typeLib + "\\1.0\\409]",
+                  typeLib + "\\1.0\\FLAGS]",
+                  typeLib + "\\1.0\\HELPDIR]",
+                  typeLib + "\\1.0]",
+                  typeLib + "]",
+              }));
+    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    EXPECT_EQ(NewKeys(before, Classes()), std::vector<std::string>{});
+}
+
+TEST_F(Registration, DoesNotRegisterTheClassesThatAreNotServed) {
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_FALSE(
+        KeyExists(HKEY_CLASSES_ROOT, L"CLSID\\{B612768B-F11E-43EA-976C-1B226F8741FE}"));
+    EXPECT_FALSE(
+        KeyExists(HKEY_CLASSES_ROOT, L"CLSID\\{FBD78353-8513-46F2-A5DA-7982B07320BF}"));
+}
+
+TEST_F(Registration, TwiceIsOnce) {
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    const std::string classes = Classes();
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(Classes(), classes);
+    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
+}
+
+TEST_F(Registration, ReplacesAnOldClassKeyWhole) {
+    CreateKey(HKEY_CLASSES_ROOT, std::wstring(cClass) + L"\\LocalServer32");
+    WriteValue(HKEY_CLASSES_ROOT, cClassServer, L"old", REG_SZ, L"1", 4);
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, std::wstring(cClass) + L"\\LocalServer32"));
+    EXPECT_FALSE(ReadValue(HKEY_CLASSES_ROOT, cClassServer, L"old"));
+}
+
+TEST_F(Registration, KeepsTheSettingsThatAreStoredAlready) {
+    WriteStoredUINT(eKeySetDynamic, cSomeSetting, 2);
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(ReadStoredUINT(eKeySetDynamic, cSomeSetting), 2u);
+}
+
+TEST_F(Registration, UnregistrationRemovesTheClassTheAppIdAndTheTypeLibrary) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    for (const wchar_t* const path : {cClass, cAppId, cAppIdOfLibrary, cTypeLib})
+        EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, path)) << Narrow(path);
+}
+
+TEST_F(Registration, UnregistrationKeepsTheParentsOfItsKeys) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, L"CLSID"));
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, L"AppID"));
+}
+
+TEST_F(Registration, UnregistrationKeepsTheSettings) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    WriteStoredUINT(eKeySetDynamic, cSomeSetting, 2);
+    const std::string before = StoreSnapshot();
+    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    EXPECT_EQ(StoreSnapshot(), before);
+}
+
+TEST_F(Registration, UnregistrationRemovesAClassKeyWithWhatOthersPutThere) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    CreateKey(HKEY_CLASSES_ROOT, std::wstring(cClass) + L"\\Foreign\\Deep");
+    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
+}
+
+TEST_F(Registration, AFailureOfUnregistrationIsTheResultAndSkipsTheRest) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    RemoveKey(HKEY_CLASSES_ROOT, cTypeLib);
+    EXPECT_HRESULT_FAILED(m_library.UnregisterServer());
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, cAppId));
+}
+
+TEST_F(Registration, AFailureToMakeTheSettingKeysIsTheResultButTheClassIsRegistered) {
+    UniqueRegKey base;  // under a volatile key only volatile ones can be created
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, cBase, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_WRITE, nullptr, base.Put(), nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(m_library.RegisterServer(), E_FAIL);
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, cClassServer));
+    EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, cTypeLib));
+}
+
+TEST_F(Registration, TheThreadsLocaleIsAsBeforeInEveryCase) {
+    const LCID former = GetThreadLocale();
+    ASSERT_TRUE(SetThreadLocale(0x0407));
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(GetThreadLocale(), 0x0407u);
+    RemoveKey(HKEY_CLASSES_ROOT, cTypeLib);
+    EXPECT_HRESULT_FAILED(m_library.UnregisterServer());
+    EXPECT_EQ(GetThreadLocale(), 0x0407u);
+    SetThreadLocale(former);
+}
+
+TEST_F(Registration, TheRegisteredClassIsCreatedInEachKindOfApartment) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    for (const DWORD model : {DWORD{COINIT_MULTITHREADED}, DWORD{COINIT_APARTMENTTHREADED}}) {
+        std::thread([model] {
+            const Apartment apartment(model);
+            ComPtr<IVeltoKORA4API> api;
+            EXPECT_EQ(CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr,
+                                       CLSCTX_INPROC_SERVER, IID_IVeltoKORA4API,
+                                       reinterpret_cast<void**>(api.GetAddressOf())),
+                      S_OK);
+            // Without a proxy: a class for both models lives where it is created.
+            ComPtr<IUnknown> proxy;
+            EXPECT_EQ(api.Get()->QueryInterface(IID_IClientSecurity,
+                                                reinterpret_cast<void**>(proxy.GetAddressOf())),
+                      E_NOINTERFACE);
+        }).join();
+    }
+}
+
+TEST_F(Registration, TheSystemsRegistrationProgramWorks) {
+    EXPECT_EQ(RunProgram(L"regsvr32.exe /s \"" + LibraryPath() + L"\""), 0u);
+    EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cClassServer, L""), LibraryPath());
+    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
+    EXPECT_EQ(RunProgram(L"regsvr32.exe /u /s \"" + LibraryPath() + L"\""), 0u);
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
+    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
+}
+
+class RegistrationFromFolder : public Registration,
+                               public ::testing::WithParamInterface<const wchar_t*> {};
+
+TEST_P(RegistrationFromFolder, AnyPathWorks) {
+    wchar_t temp[MAX_PATH];
+    ASSERT_NE(GetTempPathW(MAX_PATH, temp), 0u);
+    const std::wstring folder = std::wstring(temp) + GetParam();
+    const std::wstring path = folder + L"\\QXA64T.dll";
+    CreateDirectoryW(folder.c_str(), nullptr);
+    ASSERT_TRUE(CopyFileW(LibraryPath().c_str(), path.c_str(), FALSE));
+    {
+        const RegisteredLibrary registered(path);
+        EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cClassServer, L""), path);
+        EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cTypeLibPath, L""), path);
+        ComPtr<ITypeLib> typeLib;
+        EXPECT_EQ(LoadRegTypeLib(LIBID_KORA4ASLLib, 1, 0, 0x409, typeLib.GetAddressOf()), S_OK);
+        ComPtr<IUnknown> object;
+        EXPECT_EQ(
+            CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr, CLSCTX_INPROC_SERVER,
+                             IID_IUnknown, reinterpret_cast<void**>(object.GetAddressOf())),
+            S_OK);
+    }
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
+    CoFreeUnusedLibrariesEx(0, 0);
+    DeleteFileW(path.c_str());
+    RemoveDirectoryW(folder.c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(Folders, RegistrationFromFolder,
+                         ::testing::Values(L"KORA4 with blanks", L"KORA4 it's", L"KORA4 100%",
+                                           L"KORA4 %MODULE% %APPID%", L"KORA4 {a} { b }",
+                                           L"KORA4 \u00fc\u0142\u4e2d",
+                                           L"KORA4 ''all'' 5% {\u00e4} %"));
+
+TEST_F(Registration, IsTracedUnderTheModuleAndTheHookUnderTheApi) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    WriteStoredUINT(eKeySetStatic, pkey::Setting(pkey::cTraceFlagsPid), 0x01000801);
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory,
+                                       reinterpret_cast<void**>(factory.GetAddressOf())),
+              S_OK);
+    ComPtr<IVeltoKORA4API> api;
+    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IVeltoKORA4API,
+                                      reinterpret_cast<void**>(api.GetAddressOf())),
+              S_OK);
+    ASSERT_EQ(api->Initialize(), S_OK);
+    TraceLog log;
+    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    const auto module = log.Read("KORA4ASLDLL");
+    const std::vector<std::string> success{">>", "<< hr: 0x00000000"};
+    EXPECT_EQ(MessagesOf(module, "DllRegisterServer"), success);
+    EXPECT_EQ(MessagesOf(module, "DllUnregisterServer"), success);
+    EXPECT_EQ(MessagesOf(log.Read("KORA4ASL"), "OnRegisterServer"), success);
+}
+
+}  // namespace
+}  // namespace kora4::test
