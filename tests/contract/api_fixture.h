@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -22,6 +22,14 @@ using Microsoft::WRL::ComPtr;
 
 // Every listed category, and the log files.
 inline constexpr DWORD cTraceAll = 0x01018F35;
+
+// As the lines of the library print a pointer.
+inline std::string PointerText(const void* pointer) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%016llX",
+                  static_cast<unsigned long long>(reinterpret_cast<UINT_PTR>(pointer)));
+    return text;
+}
 
 class ApiTest : public testing::Test {
   protected:

@@ -192,11 +192,8 @@ TEST_F(ApiInitializeTrace, RegistrationIsTold) {
     spApi->UnregisterChangeNotifications();
     spApi->RegisterChangeNotifications(nullptr);
     IVeltoKORA4APICallback* const pCallback = spRecorder.Get();
-    char entry[64];
-    std::snprintf(entry, sizeof entry, ">> pICallback: %p", static_cast<void*>(pCallback));
-    char nullEntry[64];
-    std::snprintf(nullEntry, sizeof nullEntry, ">> pICallback: %p",
-                  static_cast<void*>(nullptr));
+    const std::string entry = ">> pICallback: " + PointerText(pCallback);
+    const std::string nullEntry = ">> pICallback: " + PointerText(nullptr);
     char success[64];
     std::snprintf(success, sizeof success, "(0x%x)success",
                   static_cast<unsigned>(reinterpret_cast<UINT_PTR>(pCallback)));

@@ -213,10 +213,8 @@ TEST_F(ApiNotifications, AReplacementHearsLaterPassesOnly) {
 }
 
 // Also the library can be unloaded within a second of the callback's return.
-template <typename Test>
-void ReleaseInACallback(Test& test, ComPtr<IVeltoKORA4API>& spApi, CallbackRecorder& recorder,
+void ReleaseInACallback(ComPtr<IVeltoKORA4API>& spApi, CallbackRecorder& recorder,
                         const ApiLibrary& library) {
-    (void)test;
     recorder.React("OnEnableStateChange", [&] {
         spApi.Reset();
         return S_OK;
@@ -233,11 +231,11 @@ void ReleaseInACallback(Test& test, ComPtr<IVeltoKORA4API>& spApi, CallbackRecor
 }
 
 TEST_F(ApiNotifications, ALastReleaseInACallbackDestroysTheObjectAfterThePass) {
-    ReleaseInACallback(*this, m_spApi, *m_spRecorder.Get(), m_library);
+    ReleaseInACallback(m_spApi, *m_spRecorder.Get(), m_library);
 }
 
 TEST_F(ApiMtaNotifications, ALastReleaseInACallbackDestroysTheObjectAfterThePass) {
-    ReleaseInACallback(*this, m_spApi, *m_spRecorder.Get(), m_library);
+    ReleaseInACallback(m_spApi, *m_spRecorder.Get(), m_library);
 }
 
 TEST_F(ApiNotifications, ACallbackMayUseTheObject) {
@@ -288,13 +286,11 @@ TEST_F(ApiNotificationsTrace, APassTellsItsThreadAndItsResult) {
     ASSERT_TRUE(m_spRecorder->WaitForLines(1));
     char tid[32];
     std::snprintf(tid, sizeof tid, "TID: 0x%08x", static_cast<unsigned>(GetCurrentThreadId()));
-    char pointer[32];
-    std::snprintf(pointer, sizeof pointer, "%p",
-                  static_cast<void*>(static_cast<IVeltoKORA4APICallback*>(m_spRecorder.Get())));
     const std::string thread = tid;
+    const IVeltoKORA4APICallback* const pCallback = m_spRecorder.Get();
     EXPECT_EQ(
         (Lines{">>", "Into  OnKeyChangeNotify " + thread, "Done  OnKeyChangeNotify " + thread,
-               "pICallback: " + std::string(pointer) + " " + thread,
+               "pICallback: " + PointerText(pCallback) + " " + thread,
                "CallbackNotifications " + thread,
                "CallbackNotifications hr: 0x00000001 " + thread, "<< hr: 0x00000001"}),
         LinesOf("OnKeyChangeNotify"));
