@@ -1,0 +1,111 @@
+#include "api/initialize_guard.h"
+
+#include <gtest/gtest.h>
+#include <objbase.h>
+
+#include <thread>
+
+#include "support/com_client.h"
+
+namespace kora4::test {
+namespace {
+
+TEST(InitializeGuard, ReturnsTheResultOfTheBringUp) {
+    InitializeGuard guard;
+    EXPECT_EQ(S_FALSE, guard.Run([] { return S_FALSE; }));
+    EXPECT_EQ(E_OUTOFMEMORY, guard.Run([] { return E_OUTOFMEMORY; }));
+    EXPECT_EQ(S_OK, guard.Run([] { return S_OK; }));
+}
+
+TEST(InitializeGuard, ReEntryOnTheSameThreadFails) {
+    InitializeGuard guard;
+    HRESULT inner = S_OK;
+    int runs = 0;
+    EXPECT_EQ(S_OK, guard.Run([&] {
+        inner = guard.Run([&] {
+            ++runs;
+            return S_OK;
+        });
+        return S_OK;
+    }));
+    EXPECT_EQ(E_FAIL, inner);
+    EXPECT_EQ(0, runs);
+}
+
+// A caller in an apartment of its own. Its thread takes messages nowhere but in the guard's
+// wait: when a message that was sent to it has been answered, it waits.
+class WaitingCaller {
+  public:
+    explicit WaitingCaller(InitializeGuard& guard)
+        : m_ready(CreateEventW(nullptr, TRUE, FALSE, nullptr)), m_thread([this, &guard] {
+              const Apartment apartment(COINIT_APARTMENTTHREADED);
+              m_window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE,
+                                         nullptr, nullptr, nullptr);
+              SetEvent(m_ready.Get());
+              m_hr = guard.Run([] {
+                  ADD_FAILURE() << "a second bring-up";
+                  return S_OK;
+              });
+              DestroyWindow(m_window);
+          }) {}
+
+    bool Waits() {
+        DWORD_PTR answer = 0;
+        return WaitForSingleObject(m_ready.Get(), cBoundedWait) == WAIT_OBJECT_0 &&
+               SendMessageTimeoutW(m_window, WM_NULL, 0, 0, SMTO_NORMAL, cBoundedWait,
+                                   &answer) != 0;
+    }
+    HRESULT Result() {
+        m_thread.join();
+        return m_hr;
+    }
+
+  private:
+    UniqueHandle m_ready;
+    HWND m_window = nullptr;
+    HRESULT m_hr = S_OK;
+    std::jthread m_thread;
+};
+
+TEST(InitializeGuard, OtherThreadsWaitLetCallsInAndReturnTheFirstOnesResult) {
+    InitializeGuard guard;
+    const UniqueHandle inside(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    std::jthread first([&] {
+        guard.Run([&] {
+            SetEvent(inside.Get());
+            WaitForSingleObject(goOn.Get(), cBoundedWait);
+            return E_UNEXPECTED;
+        });
+    });
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(inside.Get(), cBoundedWait));
+    WaitingCaller second(guard);
+    WaitingCaller third(guard);
+    EXPECT_TRUE(second.Waits());
+    EXPECT_TRUE(third.Waits());
+    SetEvent(goOn.Get());
+    EXPECT_EQ(E_UNEXPECTED, second.Result());
+    EXPECT_EQ(E_UNEXPECTED, third.Result());
+}
+
+TEST(InitializeGuard, AThreadWithoutAnApartmentWaitsToo) {
+    InitializeGuard guard;
+    const UniqueHandle inside(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    std::jthread first([&] {
+        guard.Run([&] {
+            SetEvent(inside.Get());
+            WaitForSingleObject(goOn.Get(), cBoundedWait);
+            return S_FALSE;
+        });
+    });
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(inside.Get(), cBoundedWait));
+    HRESULT hr = E_UNEXPECTED;
+    std::jthread second([&] { hr = guard.Run([] { return S_FALSE; }); });
+    SetEvent(goOn.Get());
+    second.join();
+    EXPECT_EQ(S_FALSE, hr);
+}
+
+}  // namespace
+}  // namespace kora4::test
