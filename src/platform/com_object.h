@@ -47,7 +47,7 @@ class ComObject final : private ModuleLock, public T {
         if (left == 0) {
             // A reference that the destruction takes and drops must not destroy again.
             m_references.store(LONG_MIN / 2);
-            if constexpr (requires(T& object) { object.FinalRelease(); })
+            if constexpr (requires(T & object) { object.FinalRelease(); })
                 T::FinalRelease();
             delete this;
         }

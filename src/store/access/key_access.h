@@ -20,12 +20,11 @@ class KORA4KeyAccess {
                              std::uint32_t* pValue) = 0;
 
     // The caller frees the zero-terminated text with FreeTaskMemory.
-    virtual HRESULT ReadText(KORA4KeySet keySet, const PropertyKey& key,
-                             char16_t** ppText) = 0;
+    virtual HRESULT ReadText(KORA4KeySet keySet, const PropertyKey& key, char16_t** ppText) = 0;
 
     // The caller frees the data with FreeTaskMemory. `pSize` is in bytes.
-    virtual HRESULT ReadBlob(KORA4KeySet keySet, const PropertyKey& key,
-                             std::uint32_t* pSize, std::uint8_t** ppData) = 0;
+    virtual HRESULT ReadBlob(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t* pSize,
+                             std::uint8_t** ppData) = 0;
 
     virtual HRESULT WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
                               std::uint32_t value) = 0;

@@ -135,19 +135,25 @@ TEST(NamedMutexTest, AWaiterGetsItWhenTheOwnerReleasesIt) {
 
 // ---- A killed owner -------------------------------------------------------------------------
 
-// Run by OwnerInAnotherProcess in a process of its own: takes the mutex, says so, and
-// never gives it back.
-TEST(NamedMutexHolder, TakesTheMutexAndStays) {
-    wchar_t value[8];
-    if (GetEnvironmentVariableW(cHolderSwitch, value, 8) == 0)
-        GTEST_SKIP() << "only the child process of another test runs this";
-    NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
-    mutex.Acquire();
-    const UniqueHandle owned(OpenEventW(EVENT_MODIFY_STATE, FALSE, cOwnedEvent));
-    SetEvent(owned.Get());
-    WaitForSingleObject(GetCurrentProcess(), INFINITE);
-}
+// In the process that OwnerInAnotherProcess starts no test runs: it takes the mutex, says
+// so, and never gives it back.
+class HolderMode : public ::testing::Environment {
+  public:
+    void SetUp() override {
+        wchar_t value[8];
+        if (GetEnvironmentVariableW(cHolderSwitch, value, 8) == 0)
+            return;
+        NamedMutex mutex;
+        mutex.Create(cName);
+        mutex.Acquire();
+        const UniqueHandle owned(OpenEventW(EVENT_MODIFY_STATE, FALSE, cOwnedEvent));
+        SetEvent(owned.Get());
+        WaitForSingleObject(GetCurrentProcess(), INFINITE);
+    }
+};
+
+[[maybe_unused]] const auto* const g_holderMode =
+    ::testing::AddGlobalTestEnvironment(new HolderMode);
 
 class OwnerInAnotherProcess {
   public:
@@ -155,8 +161,7 @@ class OwnerInAnotherProcess {
         m_owned.Reset(CreateEventW(nullptr, TRUE, FALSE, cOwnedEvent));
         wchar_t program[1024];
         GetModuleFileNameW(nullptr, program, 1024);
-        std::wstring command =
-            L"\"" + std::wstring(program) + L"\" --gtest_filter=NamedMutexHolder.*";
+        std::wstring command = L"\"" + std::wstring(program) + L"\" --gtest_brief=1";
         SetEnvironmentVariableW(cHolderSwitch, L"1");
         STARTUPINFOW startup{};
         startup.cb = sizeof(startup);
