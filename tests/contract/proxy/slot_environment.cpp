@@ -66,9 +66,4 @@ SharedApartments& Apartments() {
     return *g_apartments;
 }
 
-std::map<std::string, std::map<int, std::string>>& ReachedSlots() {
-    static std::map<std::string, std::map<int, std::string>> slots;
-    return slots;
-}
-
 }  // namespace kora4::test
