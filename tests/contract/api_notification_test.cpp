@@ -238,6 +238,71 @@ TEST_F(ApiMtaNotifications, ALastReleaseInACallbackDestroysTheObjectAfterThePass
     ReleaseInACallback(m_spApi, *m_spRecorder.Get(), m_library);
 }
 
+TEST_F(ApiMtaNotifications, AReleaseByAnotherThreadDuringAPassDoesNotWaitForIt) {
+    const UniqueHandle inside(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    m_spRecorder->React("OnEnableStateChange", [&] {
+        SetEvent(inside.Get());
+        WaitForSingleObject(goOn.Get(), cBoundedWait);
+        return S_OK;
+    });
+    ChangeEnableAndProfile();
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(inside.Get(), cBoundedWait));
+    const ULONGLONG start = GetTickCount64();
+    m_spApi.Reset();
+    EXPECT_LT(GetTickCount64() - start, 1000u);
+    EXPECT_EQ(S_FALSE, m_library.CanUnloadNow());
+    SetEvent(goOn.Get());
+    EXPECT_TRUE(PumpUntil([&] { return m_library.CanUnloadNow() == S_OK; }, nullptr, 1000));
+    EXPECT_EQ((Lines{"OnEnableStateChange(0)", "OnActiveProfileChange(1)"}),
+              m_spRecorder->Log());
+}
+
+TEST_F(ApiMtaNotifications, UnregisteringFromAnotherThreadWaitsForThePass) {
+    std::atomic<bool> returned = false;
+    bool returnedDuringThePass = true;
+    std::jthread other;
+    m_spRecorder->React("OnEnableStateChange", [&] {
+        const UniqueHandle started(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        other = std::jthread([&, event = started.Get()] {
+            const Apartment apartment(COINIT_MULTITHREADED);
+            SetEvent(event);
+            m_spApi->UnregisterChangeNotifications();
+            returned = true;
+        });
+        WaitForSingleObject(started.Get(), cBoundedWait);
+        returnedDuringThePass = PumpUntil([&] { return returned.load(); }, nullptr, 200);
+        return S_OK;
+    });
+    ChangeEnableAndProfile();
+    EXPECT_TRUE(PumpUntil([&] { return returned.load(); }));
+    other.join();
+    EXPECT_FALSE(returnedDuringThePass);
+    EXPECT_EQ((Lines{"OnEnableStateChange(0)", "OnActiveProfileChange(1)"}),
+              m_spRecorder->Log());
+    EXPECT_EQ(1, m_spRecorder->References());
+}
+
+TEST_F(ApiMtaNotifications, ManyObjectsComeAndGoWhileAnotherProgramWrites) {
+    std::atomic<bool> stop = false;
+    std::jthread writer([&] {
+        for (DWORD i = 0; !stop; ++i)
+            RawStore::SetNumber(cDynamic, SettingName(cProfilePid), i % 3);
+    });
+    for (int round = 0; round < 30; ++round) {
+        ComPtr<IVeltoKORA4API> spApi = Initialized();
+        ComPtr<CallbackRecorder> spRecorder = CallbackRecorder::Create();
+        EXPECT_EQ(S_OK, spApi->RegisterChangeNotifications(spRecorder.Get()));
+        EXPECT_TRUE(spRecorder->WaitForLines(1));
+        spApi.Reset();
+        EXPECT_TRUE(PumpUntil([&] { return spRecorder->References() == 1; }, nullptr, 1000));
+    }
+    stop = true;
+    writer.join();
+    m_spApi.Reset();
+    EXPECT_TRUE(PumpUntil([&] { return m_library.CanUnloadNow() == S_OK; }, nullptr, 1000));
+}
+
 TEST_F(ApiNotifications, ACallbackMayUseTheObject) {
     LONG profile = -1;
     HRESULT hr = E_UNEXPECTED;
