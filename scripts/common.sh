@@ -24,10 +24,10 @@ build_needs=(
   "x86_64-w64-mingw32-widl|mingw-w64-tools"
   "/usr/include/wine/wine/windows/oaidl.idl|libwine-dev"
   "/usr/lib/x86_64-linux-gnu/wine/x86_64-windows/stdole2.tlb|libwine"
+  "/usr/src/googletest/CMakeLists.txt|googletest"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
 test_needs=(
-  "/usr/src/googletest/CMakeLists.txt|googletest"
   "clang-format-14|clang-format-14"
   "git|git"
 )
