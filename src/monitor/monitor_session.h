@@ -60,6 +60,9 @@ class MonitorSession {
     HANDLE ReadyEvent() const { return m_readyEvent.Get(); }
     HANDLE Thread() const { return m_thread.Get(); }
     GateStreamHolder& Holder() { return m_gateHolder; }
+    // Of the thread's apartment. The thread registers and revokes; it is kept here so that
+    // a thread ended by force leaves no share behind.
+    GateFactoryRegistration& ThreadRegistration() { return m_threadRegistration; }
 
     // Set by the thread when it has stopped watching for good.
     void SetWatchEnded() { m_watchEnded.store(true); }
@@ -82,6 +85,7 @@ class MonitorSession {
     UniqueHandle m_readyEvent;
     UniqueHandle m_thread;
     GateStreamHolder m_gateHolder;
+    GateFactoryRegistration m_threadRegistration;
     HMODULE m_threadModule = nullptr;
     std::atomic<int> m_parting{eTogether};
     std::atomic<bool> m_watchEnded{false};

@@ -43,6 +43,8 @@ HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
     hr = MakeControls(root, subkey, client);
     const MonitorSessionPtr spSession = Session();
     if (SUCCEEDED(hr))
+        hr = m_apartmentEnd.Watch(this);
+    if (SUCCEEDED(hr))
         hr = MarshalInterface();
     if (SUCCEEDED(hr)) {
         const bool created = spSession->CreateMonitorThread(&RegMonitorEntry);
@@ -117,8 +119,11 @@ void RegKeyMonitor::HaltMonitorThread(MonitorSession& session) {
     if (!thread || !session.StopEvent() || !session.ExitedEvent())
         return;
     // The thread is waiting for the very call that this runs in.
-    if (IsInCallback(&session, false) && session.LetGo())
+    if (IsInCallback(&session, false) && session.LetGo()) {
+        DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), m_letGoThread.Put(),
+                        SYNCHRONIZE, FALSE, 0);
         return;
+    }
     SetEvent(session.StopEvent());
     session.Holder().CancelOutstandingCall();
     // For the thread, not its event: none of the module's code runs on it any more then.
@@ -140,6 +145,17 @@ void RegKeyMonitor::HaltMonitorThread(MonitorSession& session) {
 bool RegKeyMonitor::CanThreadEndByItself(const MonitorSession& session) {
     return IsInCallback(&session, true) || !m_gateRegistration.IsRegistered() ||
            m_gateRegistration.Apartment() != CurrentApartment();
+}
+
+void RegKeyMonitor::OnApartmentEnd() {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::OnApartmentEnd"};
+    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    // The thread may give back the last reference while this waits for it.
+    const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
+    TerminateRegMonitor();
+    if (const HANDLE thread = m_letGoThread.Get())
+        WaitLettingCallsIn(&thread, 1, cGraceMilliseconds);
+    m_apartmentEnd.Unwatch();
 }
 
 // `pSession`: what failed to start. Another call may have taken it away, or replaced it,

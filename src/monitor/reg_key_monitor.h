@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "comcallbackgate.h"
+#include "monitor/apartment_end.h"
 #include "monitor/gate_factory.h"
 #include "monitor/monitor_session.h"
 #include "monitor/reg_key_monitor_client.h"
@@ -24,12 +25,13 @@ namespace kora4 {
 // works on is the MonitorSession, which it shares with the owner and which outlives
 // whichever of the two goes first.
 //
-// An apartment that ends with its monitor still running disconnects the gate: the thread
-// ends at its next callback, and only what the abandoned owner holds stays.
+// A single-threaded apartment that ends with its monitor still running, or with a thread
+// that was let go and has not ended yet, ends the thread first. If it ends unasked, with
+// its thread, the gate is disconnected: the monitor thread ends at its next callback.
 //
 // Lock. m_guard guards the client, the session and the list of callbacks in progress. It
 // is a leaf: nothing is called and nothing is waited for while it is held.
-class RegKeyMonitor : public ICOMCallbackGate {
+class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
   public:
     RegKeyMonitor() = default;
     virtual ~RegKeyMonitor();
@@ -94,6 +96,8 @@ class RegKeyMonitor : public ICOMCallbackGate {
         CallbackFrame* pNext;
     };
 
+    void OnApartmentEnd() override;
+
     RegKeyMonitorClient* EnterCallback(CallbackFrame& frame);
     void LeaveCallback(const CallbackFrame& frame);
     // On the calling thread, or on any.
@@ -107,6 +111,9 @@ class RegKeyMonitor : public ICOMCallbackGate {
     MonitorSessionPtr m_spSession;
     CallbackFrame* m_pCallbacks = nullptr;
     GateFactoryRegistration m_gateRegistration;
+    ApartmentEnd m_apartmentEnd;
+    // The last thread that was let go; only the owner's thread uses it.
+    UniqueHandle m_letGoThread;
 };
 
 }  // namespace kora4

@@ -33,17 +33,16 @@ HRESULT RegKeyMonitor::RunRegMonitor(MonitorSession* pSession) {
     trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, cThreadExit, &hr);
     if (!pSession)
         return hr;
-    GateFactoryRegistration registration;
     Microsoft::WRL::ComPtr<ICOMCallbackGate> spGate;
     hr = pSession->Holder().Unmarshal(__uuidof(ICOMCallbackGate),
                                       reinterpret_cast<void**>(spGate.ReleaseAndGetAddressOf()),
-                                      registration);
+                                      pSession->ThreadRegistration());
     if (SUCCEEDED(hr))
         hr = WatchKey(*pSession, spGate.Get());
     pSession->SetWatchEnded();
     // Needs the owner's apartment: it lets the call in while it waits for this thread.
     spGate.Reset();
-    pSession->Holder().Revoke(registration);
+    pSession->Holder().Revoke(pSession->ThreadRegistration());
     SetEvent(pSession->ExitedEvent());
     return hr;
 }

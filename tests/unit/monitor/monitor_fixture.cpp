@@ -2,6 +2,7 @@
 
 #include <objbase.h>
 
+#include <memory>
 #include <utility>
 
 namespace kora4::test {
@@ -41,7 +42,7 @@ DWORD WINAPI RunBody(void* pParameter) {
 
 }  // namespace
 
-void RunIn(Apartment kind, const std::function<void()>& body) {
+void RunInNewThread(Apartment kind, const std::function<void()>& body) {
     ThreadBody thread{kind, body};
     const UniqueHandle handle(CreateThread(nullptr, 0, &RunBody, &thread, 0, nullptr));
     ASSERT_TRUE(handle);
@@ -52,11 +53,76 @@ UniqueHandle MakeManualEvent() {
     return UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 }
 
+namespace {
+
+UniqueHandle MakeAutomaticEvent() {
+    return UniqueHandle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+}
+
+}  // namespace
+
+ApartmentThread::ApartmentThread(Apartment kind)
+    : m_begin(MakeAutomaticEvent()), m_done(MakeAutomaticEvent()), m_kind(kind) {
+    m_thread.Reset(CreateThread(
+        nullptr, 0,
+        [](void* pThis) -> DWORD {
+            static_cast<ApartmentThread*>(pThis)->Serve();
+            return 0;
+        },
+        this, 0, nullptr));
+}
+
+ApartmentThread::~ApartmentThread() {
+    Begin(nullptr);
+    WaitForSingleObject(m_thread.Get(), INFINITE);
+}
+
+void ApartmentThread::Run(std::function<void()> body) {
+    Begin(std::move(body));
+    Await();
+}
+
+void ApartmentThread::Begin(std::function<void()> body) {
+    m_body = std::move(body);
+    SetEvent(m_begin.Get());
+}
+
+void ApartmentThread::Await() {
+    WaitForSingleObject(m_done.Get(), INFINITE);
+}
+
+void ApartmentThread::Serve() {
+    EXPECT_EQ(CoInitializeEx(nullptr, m_kind == Apartment::eSingle ? COINIT_APARTMENTTHREADED
+                                                                   : COINIT_MULTITHREADED),
+              S_OK);
+    while (PumpUntilSignalled(m_begin.Get(), INFINITE) && m_body) {
+        m_body();
+        SetEvent(m_done.Get());
+    }
+    CoUninitialize();
+}
+
+void RunIn(Apartment kind, const std::function<void()>& body) {
+    static std::unique_ptr<ApartmentThread> s_single;
+    static std::unique_ptr<ApartmentThread> s_multi;
+    if (kind == Apartment::eNone) {
+        s_multi.reset();
+        RunInNewThread(kind, body);
+        return;
+    }
+    auto& thread = kind == Apartment::eSingle ? s_single : s_multi;
+    if (!thread)
+        thread = std::make_unique<ApartmentThread>(kind);
+    thread->Run(body);
+}
+
 bool PumpUntilSignalled(HANDLE handle, DWORD milliseconds) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
     for (;;) {
         const ULONGLONG now = GetTickCount64();
-        const DWORD left = now < end ? static_cast<DWORD>(end - now) : 0;
+        const DWORD left = milliseconds == INFINITE ? INFINITE
+                           : now < end              ? static_cast<DWORD>(end - now)
+                                                    : 0;
         const DWORD result = MsgWaitForMultipleObjects(1, &handle, FALSE, left, QS_ALLINPUT);
         if (result != WAIT_OBJECT_0 + 1)
             return result == WAIT_OBJECT_0;

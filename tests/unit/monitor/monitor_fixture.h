@@ -27,9 +27,38 @@ std::string NameOf(Apartment kind);
 
 // Runs the body on a new thread in that kind of apartment, to its end. The thread of a
 // single-threaded apartment does not pump unless the body does.
-void RunIn(Apartment kind, const std::function<void()>& body);
+void RunInNewThread(Apartment kind, const std::function<void()>& body);
 
 UniqueHandle MakeManualEvent();
+
+// A thread in an apartment that lasts, for one body after the other. The RPC server of
+// Wine 8 waits for one handle per apartment that has ever marshalled anything, and stops
+// for good at the 64th: tests have to be sparing with apartments.
+class ApartmentThread {
+  public:
+    explicit ApartmentThread(Apartment kind);
+    ~ApartmentThread();
+    ApartmentThread(const ApartmentThread&) = delete;
+    ApartmentThread& operator=(const ApartmentThread&) = delete;
+
+    // Run is Begin and Await in one.
+    void Run(std::function<void()> body);
+    void Begin(std::function<void()> body);
+    void Await();
+
+  private:
+    void Serve();
+
+    std::function<void()> m_body;
+    UniqueHandle m_begin;
+    UniqueHandle m_done;
+    UniqueHandle m_thread;
+    const Apartment m_kind;
+};
+
+// Runs the body on the program's thread for that kind of apartment. eNone: on a new
+// thread, with no multithreaded apartment in the process that it would be part of.
+void RunIn(Apartment kind, const std::function<void()>& body);
 
 // Waits for the handle and dispatches messages, COM calls among them, meanwhile.
 bool PumpUntilSignalled(HANDLE handle, DWORD milliseconds = cPatience);

@@ -86,7 +86,7 @@ TEST_P(MonitorNotification, ComesAfterTheLastOfManyWrites) {
             MonitorOwner monitor;
             ASSERT_EQ(monitor.Spawn(key, client), S_OK);
             DWORD last = 0;
-            RunIn(Apartment::eNone, [&] {
+            RunInNewThread(Apartment::eNone, [&] {
                 for (int i = 0; i < writes; ++i)
                     last = key.Write();
             });

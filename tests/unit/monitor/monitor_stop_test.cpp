@@ -192,21 +192,65 @@ TEST(MonitorStopInSingleThreadedApartment, LetsThePendingCallInButNotToTheClient
 }
 
 // The apartment of an owner that forgot its monitor.
-TEST(MonitorStopInSingleThreadedApartment, ThreadEndsByItselfAfterTheApartmentHasEnded) {
+TEST(MonitorStopInSingleThreadedApartment, ThreadEndsWithTheApartment) {
     TestKey key;
     RecordingClient client;
     UniqueHandle thread;
     ComObject<OpenMonitor>* pAbandoned = nullptr;
-    RunIn(Apartment::eSingle, [&] {
+    RunInNewThread(Apartment::eSingle, [&] {
         ASSERT_EQ(ComObject<OpenMonitor>::Create(&pAbandoned), S_OK);
         ASSERT_EQ(pAbandoned->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client), S_OK);
         thread = pAbandoned->DuplicateThread();
     });
-    EXPECT_FALSE(IsSignalledWithin(thread.Get(), 0));
+    EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
     key.Write();
-    EXPECT_TRUE(IsSignalledWithin(thread.Get()));
     EXPECT_EQ(client.calls, 0);
     EXPECT_LT(Measure([&] { pAbandoned->TerminateRegMonitor(); }), cStopLimit);
+    EXPECT_EQ(pAbandoned->Release(), 0u);
+    EXPECT_FALSE(Module::IsLocked());
+}
+
+// An owner that stops in the callback and then leaves its apartment at once: the thread's
+// last call to that apartment is never let in.
+TEST(MonitorStopInSingleThreadedApartment, ThreadLetGoEndsWithTheApartment) {
+    TestKey key;
+    RecordingClient client;
+    UniqueHandle thread;
+    RunInNewThread(Apartment::eSingle, [&] {
+        MonitorOwner monitor;
+        const UniqueHandle leave = MakeManualEvent();
+        client.hook = [&] {
+            monitor.TearDown();
+            SetEvent(leave.Get());
+        };
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        thread = monitor->DuplicateThread();
+        key.Write();
+        MSG message;
+        while (WaitForSingleObject(leave.Get(), 0) != WAIT_OBJECT_0 &&
+               GetMessageW(&message, nullptr, 0, 0) > 0)
+            DispatchMessageW(&message);
+        AwaitPendingCall();
+    });
+    EXPECT_TRUE(IsSignalledWithin(thread.Get()));
+    EXPECT_FALSE(Module::IsLocked());
+}
+
+// The same with a notification that stands at the door of the apartment.
+TEST(MonitorStopInSingleThreadedApartment, ThreadWithAPendingCallEndsWithTheApartment) {
+    TestKey key;
+    RecordingClient client;
+    UniqueHandle thread;
+    ComObject<OpenMonitor>* pAbandoned = nullptr;
+    RunInNewThread(Apartment::eSingle, [&] {
+        ASSERT_EQ(ComObject<OpenMonitor>::Create(&pAbandoned), S_OK);
+        ASSERT_EQ(pAbandoned->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client), S_OK);
+        thread = pAbandoned->DuplicateThread();
+        key.Write();
+        ASSERT_TRUE(AwaitPendingCall());
+    });
+    EXPECT_TRUE(IsSignalledWithin(thread.Get()));
+    pAbandoned->TerminateRegMonitor();
     EXPECT_EQ(pAbandoned->Release(), 0u);
     EXPECT_FALSE(Module::IsLocked());
 }
@@ -253,28 +297,6 @@ TEST_F(MonitorStopBesideACallback, WaitsForTheClient) {
 TEST_F(MonitorStopBesideACallback, LeavesAClientThatDoesNotReturnToItself) {
     constexpr double cGrace = RegKeyMonitor::cGraceMilliseconds;
     Run(cPatience, cGrace - 500, cGrace + 1000);
-}
-
-// Nothing but force ends a thread that is suspended.
-TEST(MonitorStopByForce, EndsAThreadThatCannotEndByItself) {
-    RunIn(Apartment::eMulti, [] {
-        TestKey key;
-        RecordingClient client;
-        MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
-        const UniqueHandle thread = monitor->DuplicateThread();
-        ASSERT_NE(SuspendThread(thread.Get()), static_cast<DWORD>(-1));
-        const double time = Measure([&] { monitor->TerminateRegMonitor(); });
-        EXPECT_LT(time, RegKeyMonitor::cGraceMilliseconds + 1000.0);
-        DWORD exitCode = 0;
-        GetExitCodeThread(thread.Get(), &exitCode);
-        EXPECT_EQ(exitCode, static_cast<DWORD>(WAIT_TIMEOUT));
-        EXPECT_FALSE(monitor->IsMonitoring());
-        // The terminated thread held one reference to the gate and cannot give it back.
-        EXPECT_EQ(monitor.References(), 2u);
-        monitor->Release();
-    });
-    EXPECT_FALSE(Module::IsLocked());
 }
 
 }  // namespace

@@ -1,0 +1,44 @@
+// Tells when the calling thread is about to leave its single-threaded apartment for good.
+#ifndef KORA4_MONITOR_APARTMENT_END_H
+#define KORA4_MONITOR_APARTMENT_END_H
+
+#include <objidl.h>
+#include <windows.h>
+#include <wrl/client.h>
+
+namespace kora4 {
+
+class ApartmentEndListener {
+  public:
+    // On the apartment's thread, which can still let calls in.
+    virtual void OnApartmentEnd() = 0;
+
+  protected:
+    ~ApartmentEndListener() = default;
+};
+
+// A platform may lose the calls that stand at the door of an apartment when it ends, and
+// their callers wait for ever. So whoever has callers there is told in time.
+//
+// Used on the apartment's thread. Does nothing in other kinds of apartment.
+class ApartmentEnd {
+  public:
+    ApartmentEnd();
+    ~ApartmentEnd();
+    ApartmentEnd(const ApartmentEnd&) = delete;
+    ApartmentEnd& operator=(const ApartmentEnd&) = delete;
+
+    // E_OUTOFMEMORY, or what the platform says. Harmless when watching already.
+    HRESULT Watch(ApartmentEndListener* pListener);
+    void Unwatch();
+
+  private:
+    class Spy;
+
+    Microsoft::WRL::ComPtr<Spy> m_spSpy;
+    ULARGE_INTEGER m_cookie{};
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_MONITOR_APARTMENT_END_H

@@ -1,0 +1,286 @@
+// The gate's way from one apartment to another, and the registration that it needs.
+#include <objbase.h>
+
+#include <functional>
+
+#include "proxy/proxy_factory.h"
+#include "unit/monitor/monitor_fixture.h"
+
+namespace kora4::test {
+namespace {
+
+using Gate = Microsoft::WRL::ComPtr<ICOMCallbackGate>;
+const IID& cGateIid = __uuidof(ICOMCallbackGate);
+
+HRESULT TakeFrom(GateStreamHolder& holder, GateFactoryRegistration& registration,
+                 Gate& spGate) {
+    return holder.Unmarshal(cGateIid, reinterpret_cast<void**>(spGate.ReleaseAndGetAddressOf()),
+                            registration);
+}
+
+bool IsFactoryFound() {
+    Microsoft::WRL::ComPtr<IUnknown> spFactory;
+    return SUCCEEDED(
+        CoGetClassObject(cGateIid, CLSCTX_INPROC_SERVER, nullptr, __uuidof(IUnknown),
+                         reinterpret_cast<void**>(spFactory.ReleaseAndGetAddressOf())));
+}
+
+class GateInApartment : public InApartment {};
+
+TEST_P(GateInApartment, MarshallingNothingRegistersNothing) {
+    Run([] {
+        GateStreamHolder holder;
+        GateFactoryRegistration registration;
+        EXPECT_EQ(holder.Marshal(cGateIid, nullptr, registration), E_INVALIDARG);
+        EXPECT_FALSE(registration.IsRegistered());
+        EXPECT_FALSE(holder.HasStream());
+        EXPECT_FALSE(IsFactoryFound());
+    });
+}
+
+TEST_P(GateInApartment, UnmarshallingTwiceFindsNoStream) {
+    Run([] {
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration marshalled;
+        GateFactoryRegistration registration;
+        Gate spGate;
+        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
+        EXPECT_EQ(holder.Unmarshal(cGateIid, nullptr, registration), E_INVALIDARG);
+        EXPECT_TRUE(holder.HasStream());
+        EXPECT_EQ(TakeFrom(holder, registration, spGate), S_OK);
+        EXPECT_EQ(TakeFrom(holder, registration, spGate), E_FAIL);
+        spGate.Reset();
+        EXPECT_EQ(object.References(), 1u);
+    });
+}
+
+TEST_P(GateInApartment, TheSameApartmentGetsTheObjectItselfAndOneReference) {
+    Run([] {
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration marshalled;
+        GateFactoryRegistration registration;
+        Gate spGate;
+        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
+        ASSERT_EQ(TakeFrom(holder, registration, spGate), S_OK);
+        EXPECT_EQ(spGate.Get(), static_cast<ICOMCallbackGate*>(object.Get()));
+        EXPECT_EQ(object.References(), 2u);
+    });
+}
+
+TEST_P(GateInApartment, AStreamThatNobodyTookGivesItsReferencesBack) {
+    Run([] {
+        MonitorOwner object;
+        GateFactoryRegistration registration;
+        {
+            GateStreamHolder holder;
+            ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), registration), S_OK);
+            EXPECT_GT(object.References(), 1u);
+            // Marshalled again, the first stream goes.
+            ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), registration), S_OK);
+        }
+        EXPECT_EQ(object.References(), 1u);
+    });
+}
+
+TEST_P(GateInApartment, RevokingForgetsTheThreadAndTheRegistration) {
+    Run([] {
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration marshalled;
+        GateFactoryRegistration registration;
+        Gate spGate;
+        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
+        EXPECT_EQ(holder.ThreadId(), 0u);
+        ASSERT_EQ(TakeFrom(holder, registration, spGate), S_OK);
+        EXPECT_EQ(holder.ThreadId(), GetCurrentThreadId());
+        holder.Revoke(registration);
+        EXPECT_EQ(holder.ThreadId(), 0u);
+        EXPECT_FALSE(registration.IsRegistered());
+        EXPECT_TRUE(IsFactoryFound());
+        holder.Revoke(marshalled);
+        EXPECT_FALSE(IsFactoryFound());
+    });
+}
+
+TEST_P(GateInApartment, TheRegistrationLastsAsLongAsItsLastShare) {
+    Run([] {
+        GateFactoryRegistration first;
+        GateFactoryRegistration second;
+        GateFactoryRegistration third;
+        ASSERT_EQ(first.Register(), S_OK);
+        ASSERT_EQ(second.Register(), S_OK);
+        first.Revoke();
+        EXPECT_TRUE(IsFactoryFound());
+        ASSERT_EQ(third.Register(), S_OK);
+        ASSERT_EQ(third.Register(), S_OK);
+        second.Revoke();
+        second.Revoke();
+        EXPECT_TRUE(IsFactoryFound());
+        third.Revoke();
+        EXPECT_FALSE(IsFactoryFound());
+    });
+}
+
+// The host may have made the same class known here, and may take it away at any time.
+TEST_P(GateInApartment, WorksBesideTheHostsOwnRegistration) {
+    Run([] {
+        Microsoft::WRL::ComPtr<IUnknown> spFactory;
+        ASSERT_EQ(
+            PrxDllGetClassObject(cGateIid, __uuidof(IUnknown),
+                                 reinterpret_cast<void**>(spFactory.ReleaseAndGetAddressOf())),
+            S_OK);
+        DWORD cookie = 0;
+        ASSERT_EQ(CoRegisterClassObject(cGateIid, spFactory.Get(), CLSCTX_INPROC_SERVER,
+                                        REGCLS_MULTIPLEUSE, &cookie),
+                  S_OK);
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(CoRevokeClassObject(cookie), S_OK);
+        key.Write();
+        EXPECT_TRUE(client.AwaitCall(GetParam()));
+        RecordingClient other;
+        MonitorOwner second;
+        ASSERT_EQ(second.Spawn(key, other), S_OK);
+        monitor.TearDown();
+        key.Write();
+        EXPECT_TRUE(other.AwaitCall(GetParam()));
+    });
+}
+
+KORA4_IN_APARTMENTS(GateInApartment, Apartment::eSingle, Apartment::eMulti);
+
+TEST(Gate, CarriesResultsBetweenApartments) {
+    RunIn(Apartment::eSingle, [] {
+        TestKey key;
+        RecordingClient client;
+        client.result = E_ACCESSDENIED;
+        MonitorOwner object;
+        ASSERT_EQ(object.Spawn(key, client), S_OK);
+        GateStreamHolder holder;
+        GateFactoryRegistration registration;
+        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), registration), S_OK);
+        std::function<void()> call = [&holder] {
+            RunIn(Apartment::eMulti, [&holder] {
+                GateFactoryRegistration other;
+                Gate spGate;
+                ASSERT_EQ(TakeFrom(holder, other, spGate), S_OK);
+                EXPECT_EQ(spGate->Callback(0), E_ACCESSDENIED);
+            });
+        };
+        const UniqueHandle thread(CreateThread(
+            nullptr, 0,
+            [](void* pBody) -> DWORD {
+                (*static_cast<std::function<void()>*>(pBody))();
+                return 0;
+            },
+            &call, 0, nullptr));
+        EXPECT_TRUE(PumpUntilSignalled(thread.Get()));
+        EXPECT_EQ(client.threadId, GetCurrentThreadId());
+        object->TerminateRegMonitor();
+        EXPECT_EQ(object.References(), 1u);
+    });
+}
+
+TEST(Gate, NeedsAnApartmentToBeMarshalledIn) {
+    RunIn(Apartment::eNone, [] {
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration registration;
+        EXPECT_EQ(holder.Marshal(cGateIid, object.Get(), registration), CO_E_NOTINITIALIZED);
+        EXPECT_FALSE(registration.IsRegistered());
+        Gate spGate;
+        EXPECT_EQ(TakeFrom(holder, registration, spGate), E_FAIL);
+    });
+}
+
+// Call cancellation, as a platform that has it would be asked.
+class Cancellation final : public ICancelMethodCalls {
+  public:
+    Cancellation() {
+        s_pInstance = this;
+        GateStreamHolder::SetCancelObjectSource(&Source);
+    }
+    ~Cancellation() { GateStreamHolder::SetCancelObjectSource(nullptr); }
+
+    static HRESULT WINAPI Source(DWORD id, REFIID iid, void** ppv) {
+        s_pInstance->threadId = id;
+        ++s_pInstance->asked;
+        if (FAILED(s_pInstance->result))
+            return s_pInstance->result;
+        EXPECT_TRUE(iid == __uuidof(ICancelMethodCalls));
+        s_pInstance->AddRef();
+        *ppv = static_cast<ICancelMethodCalls*>(s_pInstance);
+        return S_OK;
+    }
+
+    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(++references); }
+    STDMETHODIMP_(ULONG) Release() override { return static_cast<ULONG>(--references); }
+    STDMETHODIMP Cancel(ULONG seconds) override {
+        ++cancelled;
+        timeout = seconds;
+        return E_FAIL;
+    }
+    STDMETHODIMP TestCancel() override { return S_OK; }
+
+    HRESULT result = S_OK;
+    DWORD threadId = 0;
+    int asked = 0;
+    int cancelled = 0;
+    ULONG timeout = 17;
+    int references = 0;
+
+  private:
+    static inline Cancellation* s_pInstance = nullptr;
+};
+
+TEST(CallCancellation, IsAskedForTheMonitorThreadWithoutDelay) {
+    for (const HRESULT result : {S_OK, E_NOINTERFACE}) {
+        RunIn(Apartment::eSingle, [result] {
+            Cancellation cancellation;
+            cancellation.result = result;
+            TestKey key;
+            RecordingClient client;
+            MonitorOwner monitor;
+            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            const UniqueHandle thread = monitor->DuplicateThread();
+            key.Write();
+            ASSERT_TRUE(AwaitPendingCall());
+            EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
+            EXPECT_EQ(cancellation.asked, 1);
+            EXPECT_EQ(cancellation.threadId, GetThreadId(thread.Get()));
+            EXPECT_EQ(cancellation.cancelled, SUCCEEDED(result) ? 1 : 0);
+            EXPECT_EQ(cancellation.timeout, SUCCEEDED(result) ? 0u : 17u);
+            EXPECT_EQ(cancellation.references, 0);
+            EXPECT_EQ(client.calls, 0);
+        });
+    }
+}
+
+TEST(CallCancellation, IsNotAskedForWithoutAThread) {
+    Cancellation cancellation;
+    GateStreamHolder holder;
+    holder.CancelOutstandingCall();
+    EXPECT_EQ(cancellation.asked, 0);
+}
+
+TEST(CallCancellation, IsDoneWithoutWhereThePlatformHasNone) {
+    RunIn(Apartment::eMulti, [] {
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration marshalled;
+        GateFactoryRegistration registration;
+        Gate spGate;
+        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
+        ASSERT_EQ(TakeFrom(holder, registration, spGate), S_OK);
+        holder.CancelOutstandingCall();
+        EXPECT_EQ(holder.ThreadId(), GetCurrentThreadId());
+    });
+}
+
+}  // namespace
+}  // namespace kora4::test

@@ -1,0 +1,119 @@
+// What the monitor writes to its log, and under which categories.
+#include <gmock/gmock.h>
+
+#include "support/trace_capture.h"
+#include "support/trace_flags.h"
+#include "unit/monitor/monitor_fixture.h"
+
+namespace kora4::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+constexpr char cTag[] = "RegKeyMonitor";
+
+class MonitorTrace : public testing::Test {
+  protected:
+    // One start, one notification, one stop, with that flag word.
+    std::vector<TraceLine> Trace(std::uint32_t flags) {
+        m_log.Clear();
+        RunIn(Apartment::eMulti, [flags] {
+            const TraceFlags traced(flags | trace::eLogFiles);
+            TestKey key;
+            RecordingClient client;
+            MonitorOwner monitor;
+            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            key.Write();
+            ASSERT_TRUE(client.AwaitCall(false));
+            monitor->TerminateRegMonitor();
+            monitor.TearDown();
+        });
+        return m_log.Read(cTag);
+    }
+
+    TraceLog m_log;
+};
+
+TEST_F(MonitorTrace, IsSilentByDefault) {
+    EXPECT_THAT(Messages(Trace(trace::cDefaultFlags)), IsEmpty());
+}
+
+TEST_F(MonitorTrace, ShowsTheThreadHandleAndResults) {
+    const auto lines = Trace(trace::eResults);
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::SpawnRegMonitor"),
+                ElementsAre(MatchesRegex("CreateThread : 0x........"), "<< hr: 0x00000000"));
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::RunRegMonitor"),
+                ElementsAre("<< hr: 0x00000000"));
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::RegMonitorLoop"),
+                ElementsAre("<< hr: 0x00000000"));
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::RegMonitorEntry"),
+                ElementsAre("<< hr: 0x00000000"));
+}
+
+TEST_F(MonitorTrace, ShowsTheThreadsOfANotification) {
+    const auto lines = Trace(trace::eNotificationThreads);
+    EXPECT_THAT(
+        Messages(lines),
+        ElementsAre(MatchesRegex("Calling through Callback gate: pICOMCallbackGate: .* TID: "
+                                 "0x........"),
+                    MatchesRegex(">> TID: 0x........"),
+                    MatchesRegex("<< pClient: .* hr: 0x00000000"),
+                    "Post callback: hr: 0x00000000"));
+    EXPECT_EQ(lines[0].function, "RegKeyMonitor::RegMonitorLoop");
+    EXPECT_EQ(lines[1].function, "RegKeyMonitor::Callback");
+}
+
+TEST_F(MonitorTrace, ShowsEntryAndExitOfEachStep) {
+    const auto lines = Trace(trace::eAllEntryExit);
+    for (const char* step : {"SpawnRegMonitor", "MakeControls", "MarshalInterface"})
+        EXPECT_THAT(MessagesOf(lines, std::string("RegKeyMonitor::") + step),
+                    ElementsAre(">>", "<< hr: 0x00000000"))
+            << step;
+    EXPECT_THAT(
+        MessagesOf(lines, "RegKeyMonitor::RegMonitorEntry"),
+        ElementsAre(MatchesRegex(">> CurrentThreadId: 0x........"), "<< hr: 0x00000000"));
+    for (const char* step : {"RunRegMonitor", "RegMonitorLoop"})
+        EXPECT_THAT(MessagesOf(lines, std::string("RegKeyMonitor::") + step),
+                    ElementsAre(">>", "<< hr: 0x00000000"))
+            << step;
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::HaltMonitorThread"), ElementsAre(">>", "<<"));
+    // Once for each TerminateRegMonitor: the test's, the tear-down's, the destructor's.
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::TerminateRegMonitor"),
+                ElementsAre(">>", "<<", ">>", "<<", ">>", "<<"));
+    EXPECT_THAT(MessagesOf(lines, "GateStreamHolder::Marshal"),
+                ElementsAre(">>", "<< hr: 0x00000000"));
+}
+
+TEST_F(MonitorTrace, ShowsAFailedWait) {
+    TestKey key;
+    MonitorSessionPtr spSession;
+    *spSession.GetAddressOf() = new MonitorSession(HKEY_CURRENT_USER, key.Path());
+    ASSERT_EQ(spSession->MakeControls(), S_OK);
+    MonitorOwner gate;
+    m_log.Clear();
+    {
+        const TraceFlags traced(trace::eSecurity | trace::eLogFiles);
+        OpenMonitor::RegMonitorLoop(*spSession.Get(), nullptr, nullptr, gate.Get());
+    }
+    EXPECT_THAT(MessagesOf(m_log.Read(cTag), "RegKeyMonitor::RegMonitorLoop"),
+                ElementsAre(">>", MatchesRegex("WAIT_FAILED, TID: 0x........ lastError: 6 "
+                                               ".0x00000006.")));
+}
+
+TEST_F(MonitorTrace, ShowsAMissingGateAsAFailedAssertion) {
+    TestKey key;
+    MonitorSessionPtr spSession;
+    *spSession.GetAddressOf() = new MonitorSession(HKEY_CURRENT_USER, key.Path());
+    m_log.Clear();
+    {
+        const TraceFlags traced(trace::eAssertions | trace::eLogFiles);
+        OpenMonitor::RegMonitorLoop(*spSession.Get(), nullptr, nullptr, nullptr);
+    }
+    EXPECT_THAT(Messages(m_log.Read(cTag)),
+                ElementsAre("KALASSERT failed: pICOMCallbackGate != NULL"));
+}
+
+}  // namespace
+}  // namespace kora4::test
