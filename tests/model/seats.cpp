@@ -1,0 +1,165 @@
+#include "model/seats.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+
+namespace kora4::test {
+
+namespace {
+
+constexpr DWORD cAnswerWait = 60000;  // milliseconds
+constexpr char cSeatArgument[] = "--seat=";
+constexpr LONG cQuit = -1;  // as the number of an eClose
+
+UniqueHandle NamedEvent(const std::wstring& name) {
+    return UniqueHandle(CreateEventW(nullptr, FALSE, FALSE, name.c_str()));
+}
+
+DWORD WaitAndPump(HANDLE event, HANDLE end, bool pump) {
+    const HANDLE handles[] = {event, end};
+    for (;;) {
+        const DWORD woken = pump ? MsgWaitForMultipleObjectsEx(2, handles, INFINITE,
+                                                               QS_ALLINPUT, MWMO_INPUTAVAILABLE)
+                                 : WaitForMultipleObjects(2, handles, FALSE, INFINITE);
+        if (woken != WAIT_OBJECT_0 + 2)
+            return woken;
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageW(&message);
+    }
+}
+
+// Does what is asked at one seat until it is to quit, or `end` is signalled.
+void Serve(Meeting& meeting, std::size_t seat, DWORD apartment, HANDLE end) {
+    const Apartment inApartment(apartment);
+    const ApiLibrary library;
+    Occupant occupant(meeting, seat, library);
+    Channel& channel = meeting.State().channels[seat];
+    for (bool quit = false; !quit;) {
+        if (WaitAndPump(meeting.Asked(seat), end, apartment == COINIT_APARTMENTTHREADED) !=
+            WAIT_OBJECT_0)
+            return;
+        const Command command = channel.command;
+        quit = command.action == Action::eClose && command.number == cQuit;
+        channel.reply = occupant.Act(command);
+        SetEvent(meeting.Answered(seat));
+    }
+}
+
+UniqueHandle StartChild(const std::wstring& argument) {
+    wchar_t path[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring line = L"\"" + std::wstring(path) + L"\" " + argument;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                        &startup, &process))
+        Die("a child process cannot be started");
+    CloseHandle(process.hThread);
+    return UniqueHandle(process.hProcess);
+}
+
+}  // namespace
+
+void Die(const std::string& what) {
+    std::printf("%s\n", what.c_str());
+    std::fflush(stdout);
+    TerminateProcess(GetCurrentProcess(), 1);
+    std::abort();
+}
+
+Meeting::Meeting(const std::wstring& name)
+    : m_name(name),
+      m_section(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                                   sizeof(SharedState), name.c_str())),
+      m_told(NamedEvent(name + L"-told")) {
+    if (m_section)
+        m_pState = static_cast<SharedState*>(
+            MapViewOfFile(m_section.Get(), FILE_MAP_ALL_ACCESS, 0, 0, sizeof(SharedState)));
+    if (!m_pState)
+        Die("no shared memory for the processes of the test");
+    for (std::size_t i = 0; i < cSeats; ++i) {
+        m_asked[i] = NamedEvent(name + L"-asked-" + std::to_wstring(i));
+        m_answered[i] = NamedEvent(name + L"-answered-" + std::to_wstring(i));
+    }
+}
+
+Meeting::~Meeting() {
+    UnmapViewOfFile(m_pState);
+}
+
+Seat::Seat(Meeting& meeting, std::size_t seat, const ApiLibrary& library)
+    : m_meeting(meeting),
+      m_seat(seat),
+      m_pOccupant(std::make_unique<Occupant>(meeting, seat, library)) {}
+
+std::unique_ptr<Seat> Seat::InThread(Meeting& meeting, std::size_t seat) {
+    std::unique_ptr<Seat> pSeat(new Seat(meeting, seat));
+    pSeat->m_thread = std::thread([&meeting, seat] {
+        const UniqueHandle never(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        Serve(meeting, seat, COINIT_MULTITHREADED, never.Get());
+    });
+    return pSeat;
+}
+
+std::unique_ptr<Seat> Seat::InProcess(Meeting& meeting, std::size_t seat) {
+    std::unique_ptr<Seat> pSeat(new Seat(meeting, seat));
+    pSeat->m_process =
+        StartChild(L"--seat=" + std::to_wstring(seat) + L"," +
+                   std::to_wstring(GetCurrentProcessId()) + L"," + meeting.Name());
+    return pSeat;
+}
+
+Seat::~Seat() {
+    Command quit{};
+    quit.action = Action::eClose;
+    quit.number = cQuit;
+    Ask(quit);
+    if (m_thread.joinable())
+        m_thread.join();
+    if (m_process && WaitForSingleObject(m_process.Get(), cAnswerWait) != WAIT_OBJECT_0)
+        Die("a child process does not end");
+}
+
+Reply Seat::Ask(const Command& command) {
+    if (m_pOccupant)
+        return m_pOccupant->Act(command);
+    Channel& channel = m_meeting.State().channels[m_seat];
+    channel.command = command;
+    SetEvent(m_meeting.Asked(m_seat));
+    const HANDLE handles[] = {m_meeting.Answered(m_seat), m_process.Get()};
+    if (WaitForMultipleObjects(m_process ? 2 : 1, handles, FALSE, cAnswerWait) != WAIT_OBJECT_0)
+        Die("seat " + std::to_string(m_seat) + " does not answer to " + Text(command));
+    return channel.reply;
+}
+
+LONG Seat::ToldCount() const {
+    return m_meeting.State().channels[m_seat].toldCount.load();
+}
+
+const Told& Seat::ToldAt(LONG i) const {
+    return m_meeting.State().channels[m_seat].told[i];
+}
+
+void Seat::Forget() {
+    m_meeting.State().channels[m_seat].toldCount = 0;
+}
+
+int ServeSeatIfAsked(int argc, char** argv) {
+    const std::size_t length = std::strlen(cSeatArgument);
+    if (argc < 2 || std::strncmp(argv[1], cSeatArgument, length) != 0)
+        return -1;
+    char* rest = nullptr;
+    const std::size_t seat = std::strtoul(argv[1] + length, &rest, 10);
+    const DWORD driver = std::strtoul(rest + 1, &rest, 10);
+    const std::string name = rest + 1;
+    const UniqueHandle driverProcess(OpenProcess(SYNCHRONIZE, FALSE, driver));
+    Meeting meeting(std::wstring(name.begin(), name.end()));
+    Serve(meeting, seat, COINIT_APARTMENTTHREADED, driverProcess.Get());
+    return 0;
+}
+
+}  // namespace kora4::test

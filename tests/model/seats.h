@@ -1,0 +1,209 @@
+// API objects in several threads and processes, led by one driver: each sits in a thread
+// of its own apartment, does what the driver asks, one call at a time, and writes what its
+// callback is told into memory that the driver sees.
+#ifndef KORA4_TESTS_MODEL_SEATS_H
+#define KORA4_TESTS_MODEL_SEATS_H
+
+#include <windows.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/handles.h"
+#include "support/com_client.h"
+#include "veltokora4api.h"
+
+namespace kora4::test {
+
+enum class Action : std::uint32_t {
+    eOpen,   // makes, initialises and registers an object, in place of one that is there
+    eClose,  // releases it
+    eRegister,
+    eUnregister,
+    eGetActiveProfile,
+    eSetActiveProfile,
+    eRevertActiveProfile,
+    eSetDemoProfileAndEnable,
+    eRevertFromDemoMode,
+    eForceRevertFromDemoMode,
+    eGetSamplingPeriod,
+    eSetSamplingPeriod,
+    eGetVeltoEnable,
+    eSetVeltoEnable,
+    eToggleVeltoEnable,
+    eGetProfileTable,
+    eSetCustomProfileName,
+    eCreateCustomProfile,
+    eDeleteCustomProfile,
+    eGetTechnologyMasterEnables,
+    eGetTechnologyOnElseOff,
+    eSetTechnologyOnElseOff,
+    eGetSimplePatchValue,
+    eSetSimplePatchValue,
+    eSetGraphicEQData,
+    eGetGraphicEQData,
+};
+
+inline constexpr std::size_t cNameCapacity = 32;
+inline constexpr std::size_t cProfiles = 9;
+
+// `number` is a profile, a technology or a period; `flag` an enable or a switch.
+struct Command {
+    Action action;
+    LONG number;
+    BOOL flag;
+    KORA4PatchValueUnion value;
+    GraphicEQData eq;
+    wchar_t name[cNameCapacity];
+};
+
+// What a call leaves in its out arguments; what it does not touch is as Reply::Untouched.
+struct Reply {
+    HRESULT hr;
+    LONG number;
+    KORA4PatchValueUnion value;
+    GraphicEQData eq;
+    bool named[cProfiles];
+    wchar_t names[cProfiles][cNameCapacity];
+
+    static Reply Untouched();
+};
+
+enum class ToldKind : std::uint32_t { eProfile, eEnable, eTable, eOnElseOff, eValue, eEQ };
+
+// One call of the callback. `number` is the profile, the enable or the technology.
+struct Told {
+    ToldKind kind;
+    LONG number;
+    BOOL flag;
+    ULONG value;  // the union's bits
+    GraphicEQData eq;
+    LONG clock;  // the shared clock when the call came
+
+    static Told Profile(LONG profile) { return {ToldKind::eProfile, profile, 0, 0, {}, 0}; }
+    static Told Enable(bool enable) { return {ToldKind::eEnable, enable, 0, 0, {}, 0}; }
+    static Told Table() { return {ToldKind::eTable, 0, 0, 0, {}, 0}; }
+    static Told OnElseOff(LONG technology, bool on) {
+        return {ToldKind::eOnElseOff, technology, on, 0, {}, 0};
+    }
+    static Told Value(LONG technology, ULONG bits) {
+        return {ToldKind::eValue, technology, 0, bits, {}, 0};
+    }
+    static Told EQ(const GraphicEQData& eq) { return {ToldKind::eEQ, 0, 0, 0, eq, 0}; }
+
+    bool Says(const Told& other) const;  // the clock apart
+    std::string Text() const;
+};
+
+std::string Text(const Command& command);
+
+inline constexpr std::size_t cSeats = 3;
+inline constexpr LONG cToldCapacity = 4096;
+
+struct Channel {
+    Command command;
+    Reply reply;
+    std::atomic<LONG> toldCount;
+    Told told[cToldCapacity];
+};
+
+struct SharedState {
+    std::atomic<LONG> clock;  // the driver's, see Told
+    Channel channels[cSeats];
+};
+
+// The memory and the events that driver and seats share, by a name that the driver chooses.
+class Meeting {
+  public:
+    // `name` distinguishes the meeting; the driver makes it before a seat enters.
+    explicit Meeting(const std::wstring& name);
+    Meeting(const Meeting&) = delete;
+    Meeting& operator=(const Meeting&) = delete;
+    ~Meeting();
+
+    const std::wstring& Name() const { return m_name; }
+    SharedState& State() { return *m_pState; }
+    HANDLE Asked(std::size_t seat) const { return m_asked[seat].Get(); }
+    HANDLE Answered(std::size_t seat) const { return m_answered[seat].Get(); }
+    // Set whenever a callback has been told something.
+    HANDLE ToldEvent() const { return m_told.Get(); }
+
+  private:
+    std::wstring m_name;
+    UniqueHandle m_section;
+    SharedState* m_pState = nullptr;
+    UniqueHandle m_asked[cSeats];
+    UniqueHandle m_answered[cSeats];
+    UniqueHandle m_told;
+};
+
+// The object of one seat. Used on the thread of its apartment only.
+class Occupant {
+  public:
+    Occupant(Meeting& meeting, std::size_t seat, const ApiLibrary& library);
+    ~Occupant();
+    Occupant(const Occupant&) = delete;
+    Occupant& operator=(const Occupant&) = delete;
+
+    Reply Act(const Command& command);
+
+  private:
+    class Recorder;
+
+    HRESULT Open();
+    void Close();
+    HRESULT Call(const Command& command, Reply* pReply);
+    HRESULT CallProfiles(const Command& command, Reply* pReply);
+    HRESULT CallValues(const Command& command, Reply* pReply);
+    HRESULT ReadProfileTable(Reply* pReply);
+
+    Meeting& m_meeting;
+    const std::size_t m_seat;
+    const ApiLibrary& m_library;
+    Microsoft::WRL::ComPtr<IVeltoKORA4API> m_spApi;
+    Microsoft::WRL::ComPtr<Recorder> m_spRecorder;
+};
+
+// The driver's side of a seat.
+class Seat {
+  public:
+    // In the calling thread, which is the driver's: its calls come while it pumps.
+    Seat(Meeting& meeting, std::size_t seat, const ApiLibrary& library);
+    // In a thread of the multithreaded apartment.
+    static std::unique_ptr<Seat> InThread(Meeting& meeting, std::size_t seat);
+    // In a child process, in a single-threaded apartment that is always pumped.
+    static std::unique_ptr<Seat> InProcess(Meeting& meeting, std::size_t seat);
+    ~Seat();
+    Seat(const Seat&) = delete;
+    Seat& operator=(const Seat&) = delete;
+
+    // Ends the program when no answer comes.
+    Reply Ask(const Command& command);
+
+    // What has been told since the last Forget.
+    LONG ToldCount() const;
+    const Told& ToldAt(LONG i) const;
+    void Forget();
+
+  private:
+    Seat(Meeting& meeting, std::size_t seat) : m_meeting(meeting), m_seat(seat) {}
+
+    Meeting& m_meeting;
+    const std::size_t m_seat;
+    std::unique_ptr<Occupant> m_pOccupant;
+    std::thread m_thread;
+    UniqueHandle m_process;
+};
+
+// When the program was started as a child: serves its seat and gives the exit code; else -1.
+int ServeSeatIfAsked(int argc, char** argv);
+
+// Says what is wrong and ends the program with 1.
+[[noreturn]] void Die(const std::string& what);
+
+}  // namespace kora4::test
+
+#endif  // KORA4_TESTS_MODEL_SEATS_H

@@ -1,0 +1,74 @@
+// What an object must have been told. An object compares the store with what it knows at
+// moments that only it chooses; whatever it finds it must tell completely, and nothing
+// else. The model follows every choice of moments that agrees with what was told so far:
+// when none is left, the object has told something wrong, or has not told something.
+#ifndef KORA4_TESTS_MODEL_TOLD_MODEL_H
+#define KORA4_TESTS_MODEL_TOLD_MODEL_H
+
+#include <array>
+#include <optional>
+#include <vector>
+
+#include "model/seats.h"
+#include "model/store_model.h"
+
+namespace kora4::test {
+
+// What an object takes for the state of the store, because it has told it or done it.
+struct Known {
+    std::uint32_t profile = 0;
+    bool enable = true;
+    std::uint32_t table = 0;
+    std::array<std::uint32_t, cToldTechnologies.size()> triggers{};
+    std::array<bool, cToldTechnologies.size()> switches{};  // those of `profile`
+
+    static Known Of(const View& view);
+    // What a comparison with the store tells, in its order.
+    std::vector<Told> Compare(const View& view) const;
+    // The object itself has changed the store: an item that it knew before it knows now.
+    void MoveWithOwn(const View& before, const View& after);
+
+    friend bool operator==(const Known&, const Known&) = default;
+};
+
+struct Hypothesis {
+    Known known;
+    bool inDemo = false;        // the object has entered a demo and not left it
+    std::size_t explained = 0;  // of what it was told
+
+    friend bool operator==(const Hypothesis&, const Hypothesis&) = default;
+};
+using Hypotheses = std::vector<Hypothesis>;
+
+// A call that changed, or could have changed, the store or an object.
+struct Step {
+    std::optional<std::size_t> seat;  // none: somebody who is no client of the API
+    Command command;
+    HRESULT hr;
+    HRESULT answers[2];  // the right ones of an object that is not, and that is, in a demo
+};
+
+// What one object was told, and what the moments of its comparisons are bound to.
+struct Evidence {
+    const std::vector<Told>* pTold = nullptr;  // null: not looked at
+    LONG clockBase = 0;                        // the shared clock before the first step
+    bool onDriverThread = false;               // compares only while the driver lets calls in
+};
+
+// The object may have compared, any number of times, while the store was as `view`.
+void Compared(Hypotheses& hypotheses, const View& view, bool registered,
+              const Evidence& evidence, LONG clock);
+
+// Some client has made a call. Drops the hypotheses under which the object could not have
+// answered so; `own`: it was this object.
+void Stepped(Hypotheses& hypotheses, const Step& step, bool own, const View& before,
+             const View& after);
+
+// All of it: views[i] is the store before steps[i], the last one that of now.
+Hypotheses Explain(Hypotheses hypotheses, std::size_t seat, bool registered,
+                   const std::vector<Step>& steps, const std::vector<View>& views,
+                   const Evidence& evidence);
+
+}  // namespace kora4::test
+
+#endif  // KORA4_TESTS_MODEL_TOLD_MODEL_H
