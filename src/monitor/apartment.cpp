@@ -19,6 +19,10 @@ ApartmentId CurrentApartment() {
 }
 
 DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds) {
+    // A call that came in before, while the host's own loop took another message, does not
+    // wake the wait on every platform; a message that is new does.
+    if (CurrentApartment() == GetCurrentThreadId())
+        PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
     DWORD index = 0;
     const HRESULT hr = CoWaitForMultipleHandles(COWAIT_DEFAULT, milliseconds, count,
                                                 const_cast<HANDLE*>(handles), &index);

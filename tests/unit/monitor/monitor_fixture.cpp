@@ -137,6 +137,11 @@ bool IsSignalledWithin(HANDLE handle, DWORD milliseconds) {
 }
 
 bool AwaitPendingCall() {
+    // Messages for the thread itself are no calls.
+    MSG message;
+    while (PeekMessageW(&message, reinterpret_cast<HWND>(static_cast<INT_PTR>(-1)), 0, 0,
+                        PM_REMOVE)) {
+    }
     return MsgWaitForMultipleObjectsEx(0, nullptr, cPatience, QS_POSTMESSAGE,
                                        MWMO_INPUTAVAILABLE) == WAIT_OBJECT_0;
 }
