@@ -46,9 +46,12 @@ void ForEach(const std::string& text, const std::regex& pattern, Visit&& visit) 
 }  // namespace
 
 std::vector<NamedNumber> EnumeratorsOf(const std::string& path, const std::string& enumName) {
+    static std::map<std::string, std::vector<NamedNumber>> known;
+    std::vector<NamedNumber>& found = known[path + " " + enumName];
+    if (!found.empty())
+        return found;
     const std::string text = WithoutComments(ReadProjectFile(path));
     static const std::regex enumerator(R"((\w+)(\s*=\s*(\w+))?\s*(,|$))");
-    std::vector<NamedNumber> found;
     std::uint32_t next = 0;
     ForEach(BodyOf(text, "enum " + enumName), enumerator, [&](const std::smatch& match) {
         const std::uint32_t number = match[3].matched ? Number(match[3]) : next;
