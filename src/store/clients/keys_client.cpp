@@ -89,10 +89,10 @@ void KORA4KeysClient::LoadDynamicSettings() {
     m_settings.masterEnable = ReadMasterEnable();
     m_settings.dynamicSwitch =
         Values().BoolOr(eKeySetDynamic, pkey::Setting(pkey::cDynamicSwitchPid), true);
+    m_patches.LoadPresetOnElseOff(*m_pKeyAccess, m_settings.activePreset);
     m_settings.tableCounter = ReadTableCounter();
     // Trigger words before the data they announce: a writer changes them last.
     m_patches.LoadTriggers(*m_pKeyAccess);
-    m_patches.LoadPresetOnElseOff(*m_pKeyAccess, m_settings.activePreset);
     ReloadPresetData();
     Refresh();
 }
