@@ -44,6 +44,14 @@ std::wstring TriggerName(RawTechnology technology) {
                 L"7A1C-4F08-9B64-C2E8510FA93D", 0);
 }
 
+std::wstring GlobalPatchName(std::uint32_t offset, std::uint32_t pid) {
+    return Name(0x8F3B6A00 | offset, L"D24C-4E71-9C05-B7E2164A3D98", pid);
+}
+
+std::wstring GlobalTriggerName(std::uint32_t offset) {
+    return Name(0xC6417F00 | offset, L"0B5E-4A2D-8E93-6F21D4B7A058", 0);
+}
+
 std::wstring ProfileNameName(std::uint32_t profile) {
     return Name(0x71C40000 | profile << 8, L"3FA8-4D12-B65B-0E927DA4C813", 0);
 }

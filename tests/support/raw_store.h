@@ -31,6 +31,10 @@ std::wstring SettingName(std::uint32_t pid);
 std::wstring MasterEnablesName();
 std::wstring PatchName(RawTechnology technology, std::uint32_t profile, std::uint32_t pid);
 std::wstring TriggerName(RawTechnology technology);
+// `offset`: the last part of a global technology's property keys (0 optimizer, 1 regulator,
+// 2 peak limiter).
+std::wstring GlobalPatchName(std::uint32_t offset, std::uint32_t pid);
+std::wstring GlobalTriggerName(std::uint32_t offset);
 std::wstring ProfileNameName(std::uint32_t profile);
 
 // Property ids of SettingName.

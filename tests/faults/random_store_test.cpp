@@ -1,0 +1,78 @@
+// Thousands of damaged stores under the built library.
+//
+// KORA4_SEED and KORA4_STORES in the environment repeat a run or make a longer one.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+
+#include "faults/damage.h"
+#include "faults/store_trial.h"
+#include "support/com_client.h"
+#include "support/raw_store.h"
+
+namespace kora4::test {
+namespace {
+
+constexpr std::uint32_t cStores = 2000;
+constexpr std::uint32_t cNotifiedEvery = 8;
+// A store forgets its damage after so many rounds: values that are absent come back.
+constexpr std::uint32_t cFreshEvery = 100;
+
+std::uint32_t FromEnvironment(const char* name, std::uint32_t fallback) {
+    const char* const text = std::getenv(name);
+    return text && *text ? static_cast<std::uint32_t>(std::strtoul(text, nullptr, 0))
+                         : fallback;
+}
+
+// No line leaves the library, except now and then through every category. The word itself
+// may be damaged, but never asks for files.
+void SetTraceWord(StoreKeys& keys, Damage& damage) {
+    constexpr std::uint32_t cFiles = 0x01000000;
+    constexpr std::uint32_t cEveryEntryAndExit = 0x00000800;
+    const std::wstring name = SettingName(cTraceWordPid);
+    if (damage.OneIn(20))
+        keys.Write(StoreKeys::eStatic, name, REG_DWORD, {1, 2, 3});
+    else if (damage.OneIn(50))
+        keys.WriteNumber(StoreKeys::eStatic, name,
+                         damage.Number() & ~(cFiles | cEveryEntryAndExit));
+    else
+        keys.WriteNumber(StoreKeys::eStatic, name, 0);
+}
+
+TEST(RandomStore, EveryMethodCopesWithAnyStore) {
+    const std::uint32_t seed = FromEnvironment("KORA4_SEED", std::random_device{}());
+    const std::uint32_t stores = FromEnvironment("KORA4_STORES", cStores);
+    std::printf("KORA4_SEED=%u KORA4_STORES=%u\n", static_cast<unsigned>(seed),
+                static_cast<unsigned>(stores));
+    std::fflush(stdout);
+
+    const Apartment apartment(COINIT_APARTMENTTHREADED);
+    const ApiLibrary library;
+    ASSERT_TRUE(library.IsLoaded());
+    RawStore store;
+    StoreKeys keys;
+    Damage damage(seed);
+    const std::vector<SchemaValue> schema = WholeSchema();
+    for (std::uint32_t i = 0; i < stores && !HasFailure(); ++i) {
+        SCOPED_TRACE("seed " + std::to_string(seed) + ", store " + std::to_string(i));
+        if (i % cFreshEvery == 0) {
+            for (const SchemaValue& value : schema) {
+                keys.Delete(value.key, value.name);
+                if (damage.OneIn(3))
+                    damage.Apply(keys, value);
+            }
+        }
+        SetTraceWord(keys, damage);
+        StoreTrial trial(keys, damage);
+        trial.Run(library.Create());
+        if (i % cNotifiedEvery == 0 && !HasFailure())
+            trial.RunNotification();
+    }
+    for (const auto& [outcome, times] : StoreTrial::Outcomes())
+        std::printf("%s  %u times\n", outcome.c_str(), times);
+}
+
+}  // namespace
+}  // namespace kora4::test
