@@ -77,7 +77,7 @@ class Callback final : public IVeltoKORA4APICallback {
 
     IVeltoKORA4API& m_api;
     sample::Settings m_table;
-    ULONG m_references = 1;
+    ULONG m_references = 0;
 };
 
 // Waits for the end of the input and then ends the message loop of the main thread.
@@ -115,8 +115,7 @@ int main() {
     if (FAILED(hr)) {
         return Fail("the library cannot be used (is it registered?)", hr);
     }
-    Microsoft::WRL::ComPtr<IVeltoKORA4APICallback> callback;
-    callback.Attach(new Callback(*api.Get()));
+    const Microsoft::WRL::ComPtr<IVeltoKORA4APICallback> callback(new Callback(*api.Get()));
     hr = api->RegisterChangeNotifications(callback.Get());
     if (FAILED(hr)) {
         return Fail("RegisterChangeNotifications", hr);

@@ -51,7 +51,9 @@ IUnknown* CarryUnknown(Apartment& owner, Apartment& user, REFIID iid, IUnknown* 
 template <typename I>
 Microsoft::WRL::ComPtr<I> Carry(Apartment& owner, Apartment& user, I* pObject) {
     Microsoft::WRL::ComPtr<I> carried;
-    carried.Attach(reinterpret_cast<I*>(CarryUnknown(owner, user, __uuidof(I), pObject)));
+    // Not Attach: the one of mingw-w64 takes a reference.
+    *carried.GetAddressOf() =
+        reinterpret_cast<I*>(CarryUnknown(owner, user, __uuidof(I), pObject));
     return carried;
 }
 
