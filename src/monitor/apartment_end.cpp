@@ -6,6 +6,7 @@
 #include <new>
 
 #include "monitor/apartment.h"
+#include "platform/module.h"
 
 namespace kora4 {
 
@@ -48,6 +49,9 @@ class ApartmentEnd::Spy final : public IInitializeSpy {
   private:
     ~Spy() = default;
 
+    // The platform may keep it longer than the monitor does, which dropped it on a thread
+    // that is not the apartment's.
+    ModuleLock m_moduleLock;
     ApartmentEndListener* m_pListener;
     std::atomic<LONG> m_references{1};
 };

@@ -49,9 +49,11 @@ bool MonitorSession::CreateMonitorThread(LPTHREAD_START_ROUTINE procedure) {
 }
 
 bool MonitorSession::LetGo() {
-    const bool letGo = m_parting.exchange(eLetGo) != eThreadDone;
+    // Not an exchange: that the thread has gone stays true, however often this is asked.
+    int parting = eTogether;
+    m_parting.compare_exchange_strong(parting, eLetGo);
     SetEvent(m_stopEvent.Get());
-    return letGo;
+    return parting != eThreadDone;
 }
 
 void MonitorSession::EndThread(DWORD exitCode, bool isInApartment) {

@@ -38,6 +38,7 @@ HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
     if (Session())
         return hr;
 
+    CloseAndReset(nullptr);
     // A call that comes in during the wait may release the object.
     const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
     hr = MakeControls(root, subkey, client);
@@ -93,7 +94,7 @@ HRESULT RegKeyMonitor::AwaitReady(MonitorSession& session) {
         case WAIT_OBJECT_0 + 1:
             return E_FAIL;
         default:
-            HaltMonitorThread(session);
+            HaltMonitorThread(&session);
             return E_FAIL;
     }
 }
@@ -104,20 +105,22 @@ void RegKeyMonitor::TerminateRegMonitor() {
     // The client goes first: a call that is on its way finds none and returns at once.
     // Whoever calls again while this waits finds no session.
     const MonitorSessionPtr spSession = DetachSession();
-    if (spSession) {
-        HaltMonitorThread(*spSession.Get());
+    HaltMonitorThread(spSession.Get());
+    CloseAndReset(nullptr);
+    // Also without a session: a start that failed has left its registration. With one it
+    // goes before the session, which holds the apartment that it is in.
+    if (spSession)
         spSession->Holder().Revoke(m_gateRegistration);
-    }
-    // A start that failed has left its registration, but no session.
     m_gateRegistration.Revoke();
 }
 
-void RegKeyMonitor::HaltMonitorThread(MonitorSession& session) {
+void RegKeyMonitor::HaltMonitorThread(MonitorSession* pSession) {
     static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::HaltMonitorThread"};
     trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
-    const HANDLE thread = session.Thread();
-    if (!thread || !session.StopEvent() || !session.ExitedEvent())
+    if (!pSession || !pSession->Thread() || !pSession->StopEvent() || !pSession->ExitedEvent())
         return;
+    MonitorSession& session = *pSession;
+    const HANDLE thread = session.Thread();
     // The thread is waiting for the very call that this runs in.
     if (IsInCallback(&session, false) && session.LetGo()) {
         DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), m_letGoThread.Put(),
@@ -158,8 +161,8 @@ void RegKeyMonitor::OnApartmentEnd() {
     m_apartmentEnd.Unwatch();
 }
 
-// `pSession`: what failed to start. Another call may have taken it away, or replaced it,
-// while the start was waiting.
+// `pSession`: what failed to start; null when there is no session any more, or none yet.
+// Another call may have taken it away, or replaced it, while the caller was waiting.
 void RegKeyMonitor::CloseAndReset(const MonitorSession* pSession) {
     static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::CloseAndReset"};
     trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);

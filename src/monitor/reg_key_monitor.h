@@ -78,7 +78,8 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
     HRESULT MakeControls(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client);
     HRESULT MarshalInterface();
     HRESULT AwaitReady(MonitorSession& session);
-    void HaltMonitorThread(MonitorSession& session);
+    // Null: there is nothing to halt.
+    void HaltMonitorThread(MonitorSession* pSession);
     void CloseAndReset(const MonitorSession* pSession);
 
     static DWORD WINAPI RegMonitorEntry(void* pParameter);

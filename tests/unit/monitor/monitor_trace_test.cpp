@@ -78,10 +78,14 @@ TEST_F(MonitorTrace, ShowsEntryAndExitOfEachStep) {
         EXPECT_THAT(MessagesOf(lines, std::string("RegKeyMonitor::") + step),
                     ElementsAre(">>", "<< hr: 0x00000000"))
             << step;
-    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::HaltMonitorThread"), ElementsAre(">>", "<<"));
     // Once for each TerminateRegMonitor: the test's, the tear-down's, the destructor's.
-    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::TerminateRegMonitor"),
-                ElementsAre(">>", "<<", ">>", "<<", ">>", "<<"));
+    for (const char* step : {"TerminateRegMonitor", "HaltMonitorThread"})
+        EXPECT_THAT(MessagesOf(lines, std::string("RegKeyMonitor::") + step),
+                    ElementsAre(">>", "<<", ">>", "<<", ">>", "<<"))
+            << step;
+    // And once more before the start.
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::CloseAndReset"),
+                ElementsAre(">>", "<<", ">>", "<<", ">>", "<<", ">>", "<<"));
     EXPECT_THAT(MessagesOf(lines, "GateStreamHolder::Marshal"),
                 ElementsAre(">>", "<< hr: 0x00000000"));
 }
