@@ -14,11 +14,12 @@ struct Levels {
     float excitation = cLevelFloor;
 };
 
-// The loudest of all records that have the band.
-Levels LoudestOf(const KORA4VisKeyData& data, std::uint32_t band) {
+// The loudest of the first `records` records that have the band. What follows the stated
+// number of records may look like one and is none.
+Levels LoudestOf(const KORA4VisKeyData& data, std::uint32_t records, std::uint32_t band) {
     Levels loudest;
     const std::uint8_t* pAPOData = data.FirstAPOData();
-    for (; pAPOData; pAPOData = data.NextAPOData(pAPOData)) {
+    for (std::uint32_t i = 0; i < records; ++i, pAPOData = data.NextAPOData(pAPOData)) {
         std::uint32_t bands = 0;
         const float* pGains = nullptr;
         const float* pExcitation = nullptr;
@@ -78,8 +79,9 @@ STDMETHODIMP CKORA4ASL::GetVisualizationData(float* pGain, float* pExcitation) {
         }
         const KORA4VisKeyData data(blob.Get(), size);
         data.DebugPrint(this, "Visualization key Data READ (API)");
+        const std::uint32_t records = data.GetNumAPOs();
         for (std::uint32_t band = 0; band < cDisplayBands; ++band) {
-            const Levels loudest = LoudestOf(data, band);
+            const Levels loudest = LoudestOf(data, records, band);
             pGain[band] = loudest.gain;
             pExcitation[band] = loudest.excitation + cExcitationOffset;
         }

@@ -114,6 +114,17 @@ TEST_F(ApiVisualization, AShortBlobHoldsTheRecordsThatFit) {
     EXPECT_THAT(m_gain, testing::Each(-144.0f));
 }
 
+TEST_F(ApiVisualization, WhatFollowsTheStatedNumberOfRecordsDoesNotCount) {
+    Bytes blob = Blob({Flat(20, -5.0f, -5.0f), Flat(20, -1.0f, -1.0f)});
+    blob[4] = 1;
+    EXPECT_EQ(S_OK, Read(blob));
+    EXPECT_THAT(m_gain, testing::Each(-5.0f));
+    blob[4] = 0;
+    EXPECT_EQ(S_OK, Read(blob));
+    EXPECT_THAT(m_gain, testing::Each(-144.0f));
+    EXPECT_THAT(m_excitation, testing::Each(-108.0f));
+}
+
 using Command = HRESULT (STDMETHODCALLTYPE IVeltoKORA4API::*)(LPWSTR*);
 const std::pair<std::uint32_t, Command> cCommands[] = {
     {61, &IVeltoKORA4API::GetVeltoProfileEditorCommand},
