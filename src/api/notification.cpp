@@ -18,7 +18,13 @@ unsigned ThreadId() {
 }  // namespace
 
 HRESULT CKORA4ASL::OnKeyChangeNotify() {
-    const ComPtr<CKORA4ASL> spSelf(this);
+    ComPtr<CKORA4ASL> spSelf;
+    const ULONG references = AddRef();
+    *spSelf.GetAddressOf() = this;
+    // Released on another thread just before: nobody is left to tell, and this reference
+    // would keep nothing alive.
+    if (IsGoing(references))
+        return S_OK;
     HRESULT hr = S_OK;
     const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     if (!IsReadyForNotification())

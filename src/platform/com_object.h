@@ -13,12 +13,18 @@
 
 namespace kora4 {
 
+// True of the count that AddRef returned when the last reference had gone before.
+constexpr bool IsGoing(ULONG references) {
+    return references > static_cast<ULONG>(LONG_MAX);
+}
+
 // `T` derives from the interfaces it implements, leaves AddRef and Release to the wrapper
 // and has `void* FindInterface(REFIID)`: the pointer for an interface (no reference
 // taken), IUnknown included, or null. The wrapper holds a module lock from before the
 // construction of `T` until after its destruction. A `T` with a `FinalRelease` has it called
 // when the last reference has gone, before the destruction: references can still be taken
-// and dropped in there, by calls that are on their way.
+// and dropped in there, by calls that are on their way. AddRef then answers with a count
+// for which IsGoing is true.
 template <typename T>
 class ComObject final : private ModuleLock, public T {
   public:
@@ -43,20 +49,25 @@ class ComObject final : private ModuleLock, public T {
     }
 
     STDMETHODIMP_(ULONG) Release() override {
-        const LONG left = m_references.fetch_sub(1) - 1;
-        if (left == 0) {
-            // A reference that the destruction takes and drops must not destroy again.
-            m_references.store(LONG_MIN / 2);
+        // From the last reference to the destruction in one step: a reference that another
+        // thread takes and drops meanwhile, or the destruction itself, must not destroy again.
+        LONG before = m_references.load();
+        while (!m_references.compare_exchange_weak(before, before == 1 ? cGoing : before - 1)) {
+        }
+        if (before == 1) {
             if constexpr (requires(T & object) { object.FinalRelease(); })
                 T::FinalRelease();
             delete this;
         }
-        return static_cast<ULONG>(left);
+        return static_cast<ULONG>(before - 1);
     }
 
   private:
     ComObject() = default;
     ~ComObject() = default;
+
+    // Far from 0 in both directions.
+    static constexpr LONG cGoing = LONG_MIN / 2;
 
     std::atomic<LONG> m_references{1};
 };
