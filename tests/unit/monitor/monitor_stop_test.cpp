@@ -191,6 +191,28 @@ TEST(MonitorStopInSingleThreadedApartment, LetsThePendingCallInButNotToTheClient
     });
 }
 
+TEST(MonitorStopInSingleThreadedApartment, LeavesTheOwnersMessagesAsTheyWere) {
+    RunIn(Apartment::eSingle, [] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        PostThreadMessageW(GetCurrentThreadId(), WM_APP, 17, 0);
+        PostQuitMessage(18);
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        monitor->TerminateRegMonitor();
+        // Thread messages only; the quit message comes when there is no other.
+        const HWND ofTheThread = reinterpret_cast<HWND>(static_cast<LONG_PTR>(-1));
+        MSG message{};
+        ASSERT_TRUE(PeekMessageW(&message, ofTheThread, 0, 0, PM_REMOVE));
+        EXPECT_EQ(message.message, static_cast<UINT>(WM_APP));
+        EXPECT_EQ(message.wParam, 17u);
+        ASSERT_TRUE(PeekMessageW(&message, ofTheThread, 0, 0, PM_REMOVE));
+        EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+        EXPECT_EQ(message.wParam, 18u);
+        EXPECT_FALSE(PeekMessageW(&message, ofTheThread, 0, 0, PM_REMOVE));
+    });
+}
+
 // The apartment of an owner that forgot its monitor.
 TEST(MonitorStopInSingleThreadedApartment, ThreadEndsWithTheApartment) {
     TestKey key;
