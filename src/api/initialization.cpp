@@ -44,11 +44,12 @@ HRESULT CKORA4ASL::StartMonitor() {
         const HRESULT hr = ComObject<RegKeyMonitor>::Create(m_pRegKeyMonitor.GetAddressOf());
         if (FAILED(hr))
             return hr;
-    }
-    if (m_pRegKeyMonitor->IsMonitoring())
+    } else if (m_pRegKeyMonitor->IsMonitoring()) {
         return S_OK;
-    // A thread that ended by itself since the last try has left its handle behind.
-    m_pRegKeyMonitor->TerminateRegMonitor();
+    } else {
+        // A thread that ended by itself since the last try has left its handle behind.
+        m_pRegKeyMonitor->TerminateRegMonitor();
+    }
     return m_pRegKeyMonitor->SpawnRegMonitor(HKEY_LOCAL_MACHINE, cDynamicKeysPath, this);
 }
 
