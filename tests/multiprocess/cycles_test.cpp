@@ -1,0 +1,83 @@
+// Objects and the library come and go a great many times and leave nothing behind.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+#include "multiprocess/owner_parameter.h"
+#include "multiprocess/process_counts.h"
+#include "multiprocess/watchdog.h"
+
+namespace kora4::test {
+namespace {
+
+constexpr int cWarmUp = 10;
+constexpr int cObjectCycles = 500;
+constexpr int cPendingCycles = 100;
+constexpr int cLoadCycles = 2000;
+constexpr int cLoadsToAnObject = 8;  // every so many loads an object is brought up
+
+class Cycles : public testing::TestWithParam<OwnerKind> {
+  protected:
+    // Runs the cycle on the owner's thread.
+    void ExpectNothingLeft(int cycles, const std::function<void(int)>& cycle) {
+        const auto run = [&](int count) {
+            for (int i = 0; i < count && !HasFailure(); ++i)
+                m_owner.Run([&] { cycle(i); });
+        };
+        run(cWarmUp);
+        const ProcessCounts before = ProcessCounts::Now();
+        ASSERT_NE(0u, before.handles);
+        ASSERT_NE(0u, before.threads);
+        run(cycles);
+        EXPECT_EQ(before, ProcessCounts::AtMost(before));
+    }
+
+    RawStore m_store;
+    ApartmentThread m_owner{GetParam()};
+};
+
+TEST_P(Cycles, OfObjectsLeaveNothingBehind) {
+    AllowSeconds(120);
+    const ApiLibrary library;
+    ExpectNothingLeft(cObjectCycles, [&](int) {
+        WatchingClient client;
+        EXPECT_EQ(S_OK, client.Start(library));
+        client.spApi.Reset();
+        EXPECT_EQ(1, client.spRecorder->References());
+        EXPECT_EQ(S_OK, library.CanUnloadNow());
+    });
+}
+
+TEST_P(Cycles, OfObjectsWithNotificationsOnTheirWayLeaveNothingBehind) {
+    const ApiLibrary library;
+    ExpectNothingLeft(cPendingCycles, [&](int cycle) {
+        WatchingClient client;
+        EXPECT_EQ(S_OK, client.Start(library));
+        RawStore::SetNumber(cDynamic, SettingName(cProfilePid),
+                            static_cast<DWORD>(cycle) % 2 + 1);
+        client.spApi.Reset();
+        PumpUntil([&] { return library.CanUnloadNow() == S_OK; }, nullptr, 1000);
+        EXPECT_EQ(S_OK, library.CanUnloadNow());
+        EXPECT_EQ(1, client.spRecorder->References());
+    });
+}
+
+TEST_P(Cycles, OfTheLibraryLeaveNothingBehind) {
+    AllowSeconds(120);
+    ExpectNothingLeft(cLoadCycles, [&](int cycle) {
+        {
+            const ApiLibrary library;
+            WatchingClient client;
+            if (cycle % cLoadsToAnObject == 0) {
+                EXPECT_EQ(S_OK, client.Start(library));
+            }
+        }
+        EXPECT_EQ(nullptr, GetModuleHandleW(L"QXA64T.dll"));
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Owner, Cycles, testing::ValuesIn(cEveryOwnerKind), NameOfOwner);
+
+}  // namespace
+}  // namespace kora4::test

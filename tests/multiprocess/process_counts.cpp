@@ -1,0 +1,91 @@
+#include "multiprocess/process_counts.h"
+
+#include <tlhelp32.h>
+#include <winternl.h>
+
+#include <bit>
+#include <vector>
+
+#include "platform/handles.h"
+#include "support/com_client.h"
+
+namespace kora4::test {
+namespace {
+
+struct HandleEntry {
+    void* object;
+    ULONG_PTR processId;
+    ULONG_PTR handle;
+    ULONG access;
+    USHORT creatorIndex;
+    USHORT objectType;
+    ULONG attributes;
+    ULONG reserved;
+};
+
+struct HandleTable {
+    ULONG_PTR count;
+    ULONG_PTR reserved;
+    HandleEntry entries[1];
+};
+
+// With the class of information as a number: the header has no name for this one.
+using QuerySystem = NTSTATUS(NTAPI*)(ULONG kind, void* pData, ULONG size, ULONG* pNeeded);
+constexpr ULONG cExtendedHandles = 64;
+constexpr NTSTATUS cTooSmall = static_cast<NTSTATUS>(0xC0000004);
+
+std::size_t CountHandles() {
+    const auto query = std::bit_cast<QuerySystem>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation"));
+    std::vector<ULONG_PTR> memory(0x4000);
+    NTSTATUS status = cTooSmall;
+    while (status == cTooSmall) {
+        memory.resize(memory.size() * 2);
+        const auto size = static_cast<ULONG>(memory.size() * sizeof memory[0]);
+        ULONG needed = 0;
+        status = query(cExtendedHandles, memory.data(), size, &needed);
+    }
+    if (status != 0)
+        return 0;
+    const auto* const pTable = reinterpret_cast<const HandleTable*>(memory.data());
+    std::size_t handles = 0;
+    for (ULONG_PTR i = 0; i < pTable->count; ++i)
+        handles += pTable->entries[i].processId == GetCurrentProcessId();
+    return handles;
+}
+
+std::size_t CountThreads() {
+    const UniqueHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    std::size_t threads = 0;
+    for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
+         more = Thread32Next(snapshot.Get(), &entry))
+        threads += entry.th32OwnerProcessID == GetCurrentProcessId();
+    return threads;
+}
+
+DWORD NextTlsIndex() {
+    const DWORD index = TlsAlloc();
+    TlsFree(index);
+    return index;
+}
+
+}  // namespace
+
+ProcessCounts ProcessCounts::Now() {
+    return {CountHandles(), CountThreads(), NextTlsIndex()};
+}
+
+ProcessCounts ProcessCounts::AtMost(const ProcessCounts& expected) {
+    ProcessCounts counts = Now();
+    PumpUntil(
+        [&] {
+            counts = Now();
+            return counts.handles <= expected.handles && counts.threads <= expected.threads;
+        },
+        nullptr, 3000);
+    return counts;
+}
+
+}  // namespace kora4::test

@@ -1,0 +1,29 @@
+// What this process has open.
+#ifndef KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H
+#define KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H
+
+#include <windows.h>
+
+#include <ostream>
+
+namespace kora4::test {
+
+struct ProcessCounts {
+    std::size_t handles;
+    std::size_t threads;
+    DWORD nextTlsIndex;  // indices are given out lowest first
+
+    static ProcessCounts Now();
+    // Waits a bounded while for threads that are about to end; gives what is left then.
+    static ProcessCounts AtMost(const ProcessCounts& expected);
+
+    friend bool operator==(const ProcessCounts&, const ProcessCounts&) = default;
+    friend std::ostream& operator<<(std::ostream& stream, const ProcessCounts& counts) {
+        return stream << counts.handles << " handles, " << counts.threads
+                      << " threads, next TLS index " << counts.nextTlsIndex;
+    }
+};
+
+}  // namespace kora4::test
+
+#endif  // KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H

@@ -1,0 +1,148 @@
+#include "multiprocess/roles.h"
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <sstream>
+
+#include "multiprocess/apartment_thread.h"
+#include "multiprocess/api_commands.h"
+
+namespace kora4::test {
+namespace {
+
+void Answer(const std::string& line) {
+    std::cout << line << std::endl;
+}
+
+std::string ResultText(HRESULT hr) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08x", static_cast<unsigned>(hr));
+    return text;
+}
+
+class Peer {
+  public:
+    ~Peer() {
+        if (m_thread)
+            m_thread->Run([this] { m_client = {}; });
+    }
+
+    std::string Run(const std::string& line) {
+        std::istringstream words(line);
+        std::string command;
+        words >> command >> std::ws;
+        std::string rest;
+        std::getline(words, rest);
+        if (command == "raw")
+            return m_rawWriter.Run(rest) ? "ok" : "no such raw command";
+        if (command == "open")
+            return Open(rest == "mta" ? OwnerKind::eMta : OwnerKind::eStaPumping);
+        if (!m_thread)
+            return "nothing is open";
+        if (command == "log")
+            return Log(std::stoul(rest));
+        HRESULT hr = E_FAIL;
+        m_thread->Run([&] {
+            hr = command == "watch" ? Watch() : RunApiCommand(*m_client.spApi.Get(), line);
+        });
+        return ResultText(hr);
+    }
+
+  private:
+    std::string Open(OwnerKind kind) {
+        m_thread = std::make_unique<ApartmentThread>(kind);
+        HRESULT hr = E_FAIL;
+        m_thread->Run([&] {
+            m_client.spApi = m_library.Create();
+            hr = m_client.spApi ? m_client.spApi->Initialize() : E_NOINTERFACE;
+        });
+        return ResultText(hr);
+    }
+
+    HRESULT Watch() {
+        m_client.spRecorder = CallbackRecorder::Create();
+        return m_client.spApi->RegisterChangeNotifications(m_client.spRecorder.Get());
+    }
+
+    std::string Log(std::size_t count) {
+        m_client.spRecorder->WaitForLines(count, cBoundedWait / 2);
+        std::string lines;
+        for (const std::string& line : m_client.spRecorder->Log())
+            lines += (lines.empty() ? "" : "|") + line;
+        return lines;
+    }
+
+    ApiLibrary m_library;
+    RawWriter m_rawWriter;
+    std::unique_ptr<ApartmentThread> m_thread;
+    WatchingClient m_client;
+};
+
+int RunPeer() {
+    Peer peer;
+    std::string line;
+    while (std::getline(std::cin, line))
+        Answer(peer.Run(line));
+    return 0;
+}
+
+// Every kind of change, with a random choice of its arguments.
+std::string RandomCommand(std::mt19937& random) {
+    const auto below = [&](unsigned bound) { return std::to_string(random() % bound); };
+    switch (random() % 11) {
+        case 0:
+            return "SetActiveProfile " + below(9);
+        case 1:
+            return "SetDemoProfileAndEnable 24" + below(3) + " " + below(2);
+        case 2:
+            return "RevertFromDemoMode";
+        case 3:
+            return "RevertActiveProfile";
+        case 4:
+            return "CreateCustomProfile " + std::to_string(3 + random() % 6) + " new";
+        case 5:
+            return "SetCustomProfileName " + std::to_string(3 + random() % 6) + " other";
+        case 6:
+            return "DeleteCustomProfile " + std::to_string(3 + random() % 6);
+        case 7:
+            return "SetGraphicEQData " + std::to_string(1 + random() % 40) + " " + below(12);
+        case 8:
+            return "SetSimplePatchValue " + below(6) + " " + below(2);
+        case 9:
+            return "SetTechnologyOnElseOff " + below(6) + " " + below(2);
+        default:
+            return "SetVeltoEnable " + below(2);
+    }
+}
+
+int RunRestless() {
+    const Apartment apartment(COINIT_MULTITHREADED);
+    const ApiLibrary library;
+    const Microsoft::WRL::ComPtr<IVeltoKORA4API> spApi = library.Create();
+    if (!spApi || FAILED(spApi->Initialize()))
+        return 1;
+    Answer("ready");
+    unsigned seed = 0;
+    if (!(std::cin >> seed))
+        return 0;
+    std::mt19937 random(seed);
+    const ULONGLONG end = GetTickCount64() + 60000;
+    while (GetTickCount64() < end)
+        RunApiCommand(*spApi.Get(), RandomCommand(random));
+    return 0;
+}
+
+}  // namespace
+
+int RunRole(const std::string& role) {
+    if (role == cPeerRole)
+        return RunPeer();
+    if (role == cRestlessRole)
+        return RunRestless();
+    std::cerr << "there is no role " << role << "\n";
+    return 2;
+}
+
+}  // namespace kora4::test
