@@ -51,7 +51,12 @@ class Border : public testing::TestWithParam<ApartmentKind> {
     }
     void TearDown() override {
         m_user.Run([this] { m_carried.Reset(); });
-        m_owner.Run([this] { m_object.Reset(); });
+        m_owner.Run([this] {
+            // The proxy has given back all that it held.
+            m_object->AddRef();
+            EXPECT_EQ(1u, m_object->Release());
+            m_object.Reset();
+        });
     }
 
     // Calls through the proxy, on the user's thread.
