@@ -48,47 +48,14 @@ void Serve(Meeting& meeting, std::size_t seat, DWORD apartment, HANDLE end) {
     }
 }
 
-UniqueHandle StartChild(const std::wstring& argument) {
-    wchar_t path[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring line = L"\"" + std::wstring(path) + L"\" " + argument;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                        &startup, &process))
-        Die("a child process cannot be started");
-    CloseHandle(process.hThread);
-    return UniqueHandle(process.hProcess);
-}
-
 }  // namespace
 
-void Die(const std::string& what) {
-    std::printf("%s\n", what.c_str());
-    std::fflush(stdout);
-    TerminateProcess(GetCurrentProcess(), 1);
-    std::abort();
-}
-
 Meeting::Meeting(const std::wstring& name)
-    : m_name(name),
-      m_section(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
-                                   sizeof(SharedState), name.c_str())),
-      m_told(NamedEvent(name + L"-told")) {
-    if (m_section)
-        m_pState = static_cast<SharedState*>(
-            MapViewOfFile(m_section.Get(), FILE_MAP_ALL_ACCESS, 0, 0, sizeof(SharedState)));
-    if (!m_pState)
-        Die("no shared memory for the processes of the test");
+    : m_name(name), m_state(name), m_told(NamedEvent(name + L"-told")) {
     for (std::size_t i = 0; i < cSeats; ++i) {
         m_asked[i] = NamedEvent(name + L"-asked-" + std::to_wstring(i));
         m_answered[i] = NamedEvent(name + L"-answered-" + std::to_wstring(i));
     }
-}
-
-Meeting::~Meeting() {
-    UnmapViewOfFile(m_pState);
 }
 
 Seat::Seat(Meeting& meeting, std::size_t seat, const ApiLibrary& library)

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "model/shared_memory.h"
 #include "platform/handles.h"
 #include "support/com_client.h"
 #include "veltokora4api.h"
@@ -120,12 +121,8 @@ class Meeting {
   public:
     // `name` distinguishes the meeting; the driver makes it before a seat enters.
     explicit Meeting(const std::wstring& name);
-    Meeting(const Meeting&) = delete;
-    Meeting& operator=(const Meeting&) = delete;
-    ~Meeting();
-
     const std::wstring& Name() const { return m_name; }
-    SharedState& State() { return *m_pState; }
+    SharedState& State() { return *m_state; }
     HANDLE Asked(std::size_t seat) const { return m_asked[seat].Get(); }
     HANDLE Answered(std::size_t seat) const { return m_answered[seat].Get(); }
     // Set whenever a callback has been told something.
@@ -133,8 +130,7 @@ class Meeting {
 
   private:
     std::wstring m_name;
-    UniqueHandle m_section;
-    SharedState* m_pState = nullptr;
+    SharedMemory<SharedState> m_state;
     UniqueHandle m_asked[cSeats];
     UniqueHandle m_answered[cSeats];
     UniqueHandle m_told;
@@ -200,9 +196,6 @@ class Seat {
 
 // When the program was started as a child: serves its seat and gives the exit code; else -1.
 int ServeSeatIfAsked(int argc, char** argv);
-
-// Says what is wrong and ends the program with 1.
-[[noreturn]] void Die(const std::string& what);
 
 }  // namespace kora4::test
 

@@ -1,0 +1,12 @@
+// The entry of test programs that start themselves again to serve a seat.
+#include <gtest/gtest.h>
+
+#include "model/seats.h"
+
+int main(int argc, char** argv) {
+    const int served = kora4::test::ServeSeatIfAsked(argc, argv);
+    if (served >= 0)
+        return served;
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
