@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # demo.sh: installs what is missing, builds, registers the library in a Wine prefix of its
-# own, and shows two programs at work: one changes settings, the other is told. Exits 0 only
-# if every change arrived.
+# own, and shows three programs at work: one changes settings, one publishes levels as the
+# audio engine does, and one is told and shows them. Exits 0 only if every change and all
+# levels arrived.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -13,10 +14,15 @@ demo=$root/build/demo
 prefix=$demo/wine
 patience=10 # seconds that a change may take to arrive
 
+# Where the engine publishes its levels (docs/store-schema.md).
+levels_key='SOFTWARE\Velto\KORA4\StaticKeys'
+levels_value='{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},4'
+pictures=24
+
 say "preparing a Wine prefix in build/demo"
 make_prefix "$prefix"
 export WINEPREFIX=$prefix
-trap 'exec 3>&- 4<&- 5>&- 6<&-; end_prefix "$prefix"' EXIT
+trap 'exec 3>&- 4<&- 5>&- 6<&- 7>&- 8<&-; end_prefix "$prefix"' EXIT
 
 # What an earlier demo stored is forgotten.
 "$wine64" reg delete 'HKLM\SOFTWARE\Velto\KORA4' /f >/dev/null 2>&1 || true
@@ -24,11 +30,14 @@ say "registering QXA64T.dll"
 "$wine64" regsvr32 /s "Z:${bin//\//\\}\\QXA64T.dll" ||
   die "regsvr32 cannot register $bin/QXA64T.dll; build it anew with scripts/build.sh."
 
-# talk PROGRAM: starts a program between two pipes, PROGRAM.in and PROGRAM.out.
+# talk PROGRAM [ARGUMENT...]: starts a program between two pipes, PROGRAM.in and PROGRAM.out.
 talk() {
-  rm -f "$demo/$1.in" "$demo/$1.out"
-  mkfifo "$demo/$1.in" "$demo/$1.out"
-  timeout 300 "$wine64" "$bin/kora4_$1.exe" <"$demo/$1.in" >"$demo/$1.out" &
+  local program=$1
+  shift
+  rm -f "$demo/$program.in" "$demo/$program.out"
+  mkfifo "$demo/$program.in" "$demo/$program.out"
+  timeout 300 "$wine64" "$bin/kora4_$program.exe" "$@" \
+    <"$demo/$program.in" >"$demo/$program.out" &
 }
 
 # Columns: time of day, who, what.
@@ -47,7 +56,7 @@ ready() {
     die "the $2 did not start; run scripts/test.sh to see whether the library works here."
 }
 
-say "starting the two programs"
+say "starting the three programs"
 talk watcher
 exec 3>"$demo/watcher.in" 4<"$demo/watcher.out"
 ready 4 watcher
@@ -56,9 +65,13 @@ talk changer
 exec 5>"$demo/changer.in" 6<"$demo/changer.out"
 ready 6 changer
 line "$(clock "$when")" changer "process $first: will change settings now"
+talk engine "$levels_key" "$levels_value"
+exec 7>"$demo/engine.in" 8<"$demo/engine.out"
+ready 8 engine
+line "$(clock "$when")" engine "process $first: will publish levels after that"
 echo
 
-changes=0 missing=0 slowest=0
+changes=0 missing=0 slowest=0 shown=0 latest=0
 
 # told SETTING VALUE WHEN: waits until the watcher has been told that.
 told() {
@@ -120,13 +133,41 @@ change 'profile P1'
 change 'profile Games'
 change 'delete P1'
 
+# show NUMBER: has the engine publish a picture of levels and waits until the watcher, which
+# reads them every sampling period, shows that one.
+show() {
+  local when kind first second third published levels took
+  printf 'levels %s\n' "$1" >&7
+  if hear 8 && [ "$kind" = published ] && [ "$first" = 0 ]; then
+    published=$when levels=$second
+    while hear 4; do
+      [ "$kind" = levels ] && [ "$first" = "$levels" ] || continue
+      took=$((when - published))
+      [ "$took" -le "$latest" ] || latest=$took
+      shown=$((shown + 1))
+      line "$(clock "$when")" watcher "    shows levels [$second] ($(milliseconds "$took") after they were published)"
+      return 0
+    done
+  fi
+  line "$(printf '%-12s' '')" watcher "    did NOT show the engine's levels, picture $1, within $patience s"
+  missing=$((missing + 1))
+}
+
+echo
+say "$pictures pictures of levels: 20 bands from low to high, a full block is 0 dB, a blank -60 dB or less"
+for picture in $(seq 1 "$pictures"); do
+  show "$picture"
+done
+
 # Without input the programs end by themselves.
-exec 3>&- 5>&-
-wait -n || missing=$((missing + 1))
-wait -n || missing=$((missing + 1))
+exec 3>&- 5>&- 7>&-
+for program in watcher changer engine; do
+  wait -n || missing=$((missing + 1))
+done
 echo
 if [ "$missing" = 0 ]; then
-  say "$changes changes made in one process, $changes told in the other, the slowest after $(milliseconds "$slowest")"
+  say "$changes changes made in one process, $changes told in another, the slowest after $(milliseconds "$slowest")"
+  say "$pictures pictures of levels published by a third process, $shown shown, the latest after $(milliseconds "$latest")"
 else
-  die "not every change arrived, or a program failed ($missing in all); the lines above say which."
+  die "not every change or picture arrived, or a program failed ($missing in all); the lines above say which."
 fi

@@ -1,6 +1,8 @@
 #include "sample_client.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <iterator>
 
@@ -32,6 +34,9 @@ constexpr ProfileName cProfileNames[] = {
 constexpr std::array<const char*, eNumberKORA4APITechnologies> cTechnologyNames = {
     "volume leveler",        "graphic EQ",         "intelligent EQ", "dialog enhancer",
     "headphone virtualizer", "speaker virtualizer"};
+
+// UTF-8, from nothing to a full block.
+constexpr const char* cBars[] = {" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
 
 std::string Format(const char* format, double number) {
     char text[64];
@@ -114,6 +119,29 @@ std::string CurveWord(const GraphicEQData& curve) {
         word += Format(band == 0 ? "%+.1f" : " %+.1f", double{curve.m_gain[band]});
     }
     return word.empty() ? "no bands" : word + " dB";
+}
+
+std::string LevelsWord(const float* gains, const float* excitations) {
+    std::string word;
+    for (std::size_t band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
+        word += Format("%.1f ", double{gains[band]});
+    }
+    word += '/';
+    for (std::size_t band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
+        word += Format(" %.1f", double{excitations[band]});
+    }
+    return word;
+}
+
+std::string LevelsBars(const float* gains) {
+    constexpr float cFloor = -60;
+    constexpr float cStep = -cFloor / static_cast<float>(std::size(cBars) - 1);
+    std::string bars;
+    for (std::size_t band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
+        const float gain = std::min(std::max(gains[band], cFloor), 0.0f);
+        bars += cBars[static_cast<std::size_t>(std::lround((gain - cFloor) / cStep))];
+    }
+    return bars;
 }
 
 Settings ReadProfileTable(IVeltoKORA4API& api) {

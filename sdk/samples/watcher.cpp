@@ -1,7 +1,9 @@
-// watcher: is told of every change of the settings and prints it, until its input ends.
+// watcher: is told of every change of the settings and prints it, and shows the engine's
+// levels as a display would, until its input ends.
 //
 //   TIME|ready|PROCESS             the callback is registered
 //   TIME|told|SETTING|VALUE        a callback came
+//   TIME|levels|LEVELS|BARS        the levels are other ones than a sampling period ago
 #include <cstdio>
 
 #include "sample_client.h"
@@ -80,6 +82,42 @@ class Callback final : public IVeltoKORA4APICallback {
     ULONG m_references = 0;
 };
 
+// A display of the levels. Nobody is told of them: a display reads them, every sampling
+// period.
+class Display {
+  public:
+    explicit Display(IVeltoKORA4API& api) : m_api(api) { SetClock(); }
+    ~Display() { KillTimer(nullptr, m_timer); }
+    Display(const Display&) = delete;
+    Display& operator=(const Display&) = delete;
+
+    void OnTimer() {
+        float gains[KORA4_VISUALIZATION_BANDS];
+        float excitations[KORA4_VISUALIZATION_BANDS];
+        // S_FALSE: the engine has published nothing, and the arrays are not filled.
+        if (m_api.GetVisualizationData(gains, excitations) == S_OK) {
+            const std::string levels = sample::LevelsWord(gains, excitations);
+            if (levels != m_levels) {
+                Report(sample::Now(), "levels", levels + "|" + sample::LevelsBars(gains));
+                m_levels = levels;
+            }
+        }
+        SetClock();
+    }
+
+  private:
+    // The period may be another one than last time.
+    void SetClock() {
+        ULONG milliseconds = 50;
+        m_api.GetVisualizationSamplingPeriod(&milliseconds);
+        m_timer = SetTimer(nullptr, m_timer, milliseconds, nullptr);
+    }
+
+    IVeltoKORA4API& m_api;
+    UINT_PTR m_timer = 0;
+    std::string m_levels;
+};
+
 // Waits for the end of the input and then ends the message loop of the main thread.
 DWORD WINAPI WaitForEndOfInput(void* mainThread) {
     while (std::getchar() != EOF) {
@@ -95,9 +133,12 @@ int Fail(const char* what, HRESULT hr) {
 }
 
 // Callbacks arrive while this thread takes its messages.
-void PumpUntilQuit() {
+void PumpUntilQuit(Display& display) {
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (message.message == WM_TIMER && !message.hwnd) {
+            display.OnTimer();
+        }
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
@@ -127,8 +168,9 @@ int main() {
         return Fail("CreateThread", HRESULT_FROM_WIN32(GetLastError()));
     }
     CloseHandle(input);
+    Display display(*api.Get());
     Report(sample::Now(), "ready", std::to_string(GetCurrentProcessId()));
-    PumpUntilQuit();
+    PumpUntilQuit(display);
     api->UnregisterChangeNotifications();
     return 0;
 }
