@@ -1,4 +1,5 @@
-// The machine-wide mutex that serialises all readers and writers of the store.
+// The mutex that serialises readers and writers of the store: shared by every process of the
+// session.
 #ifndef KORA4_STORE_ACCESS_NAMED_MUTEX_H
 #define KORA4_STORE_ACCESS_NAMED_MUTEX_H
 
