@@ -22,8 +22,8 @@ void TraceValue(const trace::Site& site, const ApiPatchValue& value) {
 
 }  // namespace
 
-// Both simple-value methods work on a copy of the record: the caller's is written only with
-// a value that was read.
+// All four methods work on a copy of the record: the caller's is written only with a value
+// that was read, and its memory is not touched while the named mutex is held.
 
 STDMETHODIMP CKORA4ASL::GetSimplePatchValue(KORA4PatchValueUnion* pGetPatchValue) {
     static constexpr Method cMethod{"CKORA4ASL::GetSimplePatchValue"};
@@ -72,8 +72,12 @@ STDMETHODIMP CKORA4ASL::SetGraphicEQData(GraphicEQData* pGraphicEQData) {
 STDMETHODIMP CKORA4ASL::GetGraphicEQData(GraphicEQData* pGraphicEQData) {
     static constexpr Method cMethod{"CKORA4ASL::GetGraphicEQData"};
     return Call(cMethod, pGraphicEQData != nullptr, [&] {
-        return m_uiKeysClient.GetPatchValue(ApiTechnology::eGraphicEQ, sizeof *pGraphicEQData,
-                                            pGraphicEQData);
+        ApiGraphicEQ graphicEQ;
+        const HRESULT hr = m_uiKeysClient.GetPatchValue(ApiTechnology::eGraphicEQ,
+                                                        sizeof graphicEQ, &graphicEQ);
+        if (SUCCEEDED(hr))
+            std::memcpy(pGraphicEQData, &graphicEQ, sizeof graphicEQ);
+        return hr;
     });
 }
 

@@ -145,98 +145,87 @@ HKEY KORA4RegPropKeysAccess::HandleToWrite(const UniqueRegKey& key) const {
 
 // ---- The seven operations -------------------------------------------------------------
 
-HRESULT KORA4RegPropKeysAccess::ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
-                                         std::uint32_t* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadUINT"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+// Their frame: refused before Open, then the property store or a registry key by key set.
+template <typename OnStore, typename OnKey>
+HRESULT KORA4RegPropKeysAccess::Operate(const trace::Site& site, int line, KORA4KeySet keySet,
+                                        HRESULT hrOtherKeySet, OnStore&& onStore,
+                                        OnKey&& onKey) {
+    HRESULT hr = hrOtherKeySet;
+    trace::Scope scope(site, line, trace::eStoreEntry, trace::eStoreExitResult, &hr);
     if (!m_opened)
         hr = APOERR_NOT_INITIALIZED;
     else if (keySet == eKeySetPropertyStore)
-        hr = ReadPropStoreDWORD(key, pValue);
+        hr = onStore();
     else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = ReadRegistryDWORD(pKey->Get(), key, pValue);
+        hr = onKey(*pKey);
     return hr;
+}
+
+HRESULT KORA4RegPropKeysAccess::ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
+                                         std::uint32_t* pValue) {
+    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadUINT"};
+    return Operate(
+        cSite, __LINE__, keySet, E_FAIL, [&] { return ReadPropStoreDWORD(key, pValue); },
+        [&](const UniqueRegKey& from) { return ReadRegistryDWORD(from.Get(), key, pValue); });
 }
 
 HRESULT KORA4RegPropKeysAccess::ReadText(KORA4KeySet keySet, const PropertyKey& key,
                                          char16_t** ppText) {
     static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadText"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (!m_opened)
-        hr = APOERR_NOT_INITIALIZED;
-    else if (keySet == eKeySetPropertyStore)
-        hr = ReadPropStoreText(key, ppText);
-    else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = ReadRegistryText(pKey->Get(), key, ppText);
-    return hr;
+    return Operate(
+        cSite, __LINE__, keySet, E_FAIL, [&] { return ReadPropStoreText(key, ppText); },
+        [&](const UniqueRegKey& from) { return ReadRegistryText(from.Get(), key, ppText); });
 }
 
 HRESULT KORA4RegPropKeysAccess::ReadBlob(KORA4KeySet keySet, const PropertyKey& key,
                                          std::uint32_t* pSize, std::uint8_t** ppData) {
     static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadBlob"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (!m_opened)
-        hr = APOERR_NOT_INITIALIZED;
-    else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = ReadRegistryBlob(pKey->Get(), key, pSize, ppData);
-    return hr;
+    return Operate(
+        cSite, __LINE__, keySet, E_FAIL, [] { return E_FAIL; },
+        [&](const UniqueRegKey& from) {
+            return ReadRegistryBlob(from.Get(), key, pSize, ppData);
+        });
 }
 
 HRESULT KORA4RegPropKeysAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
                                           std::uint32_t value) {
     static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WriteUINT"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (!m_opened)
-        hr = APOERR_NOT_INITIALIZED;
-    else if (keySet == eKeySetPropertyStore)
-        hr = WritePropStoreDWORD(key, value);
-    else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = SetRegistryValue(HandleToWrite(*pKey), key, REG_DWORD, &value, sizeof(value));
-    return hr;
+    return Operate(
+        cSite, __LINE__, keySet, E_FAIL, [&] { return WritePropStoreDWORD(key, value); },
+        [&](const UniqueRegKey& to) {
+            return SetRegistryValue(HandleToWrite(to), key, REG_DWORD, &value, sizeof(value));
+        });
 }
 
 HRESULT KORA4RegPropKeysAccess::WriteText(KORA4KeySet keySet, const PropertyKey& key,
                                           const char16_t* pwText) {
     static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WriteText"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (!m_opened) {
-        hr = APOERR_NOT_INITIALIZED;
-    } else if (keySet == eKeySetPropertyStore) {
-        hr = WritePropStoreText(key, TextOrEmpty(pwText));
-    } else if (const UniqueRegKey* const pKey = RegistryKey(keySet)) {
-        const auto* const pwWide = reinterpret_cast<const wchar_t*>(TextOrEmpty(pwText));
-        hr = SetRegistryValue(HandleToWrite(*pKey), key, REG_SZ, pwWide,
-                              static_cast<DWORD>((std::wcslen(pwWide) + 1) * sizeof(wchar_t)));
-    }
-    return hr;
+    return Operate(
+        cSite, __LINE__, keySet, E_FAIL,
+        [&] { return WritePropStoreText(key, TextOrEmpty(pwText)); },
+        [&](const UniqueRegKey& to) {
+            const auto* const pwWide = reinterpret_cast<const wchar_t*>(TextOrEmpty(pwText));
+            const std::size_t bytes = (std::wcslen(pwWide) + 1) * sizeof(wchar_t);
+            return SetRegistryValue(HandleToWrite(to), key, REG_SZ, pwWide,
+                                    static_cast<DWORD>(bytes));
+        });
 }
 
 HRESULT KORA4RegPropKeysAccess::WriteBlob(KORA4KeySet keySet, const PropertyKey& key,
                                           std::uint32_t size, const std::uint8_t* pData) {
     static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WriteBlob"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (!m_opened)
-        hr = APOERR_NOT_INITIALIZED;
-    else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = SetRegistryValue(HandleToWrite(*pKey), key, REG_BINARY, pData, size);
-    return hr;
+    return Operate(
+        cSite, __LINE__, keySet, E_FAIL, [] { return E_FAIL; },
+        [&](const UniqueRegKey& to) {
+            return SetRegistryValue(HandleToWrite(to), key, REG_BINARY, pData, size);
+        });
 }
 
 HRESULT KORA4RegPropKeysAccess::Delete(KORA4KeySet keySet, const PropertyKey& key) {
     static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::Delete"};
-    HRESULT hr = E_INVALIDARG;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (!m_opened)
-        hr = APOERR_NOT_INITIALIZED;
-    else if (const UniqueRegKey* const pKey = RegistryKey(keySet))
-        hr = DeleteRegistryKey(pKey->Get(), key);
-    return hr;
+    return Operate(
+        cSite, __LINE__, keySet, E_INVALIDARG, [] { return E_INVALIDARG; },
+        [&](const UniqueRegKey& from) { return DeleteRegistryKey(from.Get(), key); });
 }
 
 // ---- Registry ---------------------------------------------------------------------------

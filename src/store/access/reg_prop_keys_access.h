@@ -11,6 +11,10 @@
 
 namespace kora4 {
 
+namespace trace {
+struct Site;
+}
+
 // The only place where values of the store touch the platform. The API object owns one
 // by value; it is used by one thread at a time, under the store's named mutex. Handles
 // are held from Open to Close: a key that is deleted meanwhile fails every operation,
@@ -52,6 +56,10 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     HRESULT Delete(KORA4KeySet keySet, const PropertyKey& key) override;
 
   private:
+    template <typename OnStore, typename OnKey>
+    HRESULT Operate(const trace::Site& site, int line, KORA4KeySet keySet,
+                    HRESULT hrOtherKeySet, OnStore&& onStore, OnKey&& onKey);
+
     // The registry key of a key set; null for a set that is not in the registry.
     const UniqueRegKey* RegistryKey(KORA4KeySet keySet) const;
 

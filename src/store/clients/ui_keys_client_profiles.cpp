@@ -108,16 +108,18 @@ HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
     std::array<TaskPtr<char16_t>, cSelectableProfileBound> names;
     for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = nullptr;
-    return Operate(cSite, __LINE__, true, [&] {
+    const HRESULT hr = Operate(cSite, __LINE__, true, [&] {
         for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
-            const HRESULT hr = ReadProfileName(p, &names[p]);
-            if (result::Failed(hr))
-                return hr;
+            const HRESULT hrName = ReadProfileName(p, &names[p]);
+            if (result::Failed(hrName))
+                return hrName;
         }
-        for (std::size_t i = 0; i < names.size(); ++i)
-            ppwNames[i] = names[i].Detach();
         return result::cOk;
     });
+    // The caller's memory is not touched while the mutex is held.
+    for (std::size_t i = 0; i < names.size() && result::Succeeded(hr); ++i)
+        ppwNames[i] = names[i].Detach();
+    return hr;
 }
 
 HRESULT KORA4UIKeysClient::CreateCustomProfile(std::uint32_t customProfile,
