@@ -18,6 +18,14 @@ elseif(KORA4_SANITIZE)
   target_link_options(kora4_platform_settings INTERFACE -fsanitize=address,undefined)
 endif()
 
+# What an instrumented library does: it counts, several threads at a time, and each process
+# writes its counts into a folder of its own when it ends or unloads the library, for the
+# writer locks nothing. scripts/coverage.sh adds them up.
+set(coverage
+  --coverage -fprofile-update=atomic
+  "-fprofile-dir=${CMAKE_BINARY_DIR}/counts/%q{KORA4_TEST_PREFIX}-%p"
+  -fprofile-prefix-path=${CMAKE_BINARY_DIR})
+
 # The library runs inside other people's processes: no exceptions, no run-time type
 # information, no guarded statics (each costs the host a TLS index per load).
 add_library(kora4_library_settings INTERFACE)
@@ -25,7 +33,7 @@ target_compile_options(kora4_library_settings INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
   -ffunction-sections -fdata-sections
   $<$<CONFIG:Release>:-O2>
-  $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
+  "$<$<BOOL:${KORA4_COVERAGE}>:${coverage}>")
 target_link_options(kora4_library_settings INTERFACE $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
 
 # kora4_add_room(NAME SOURCES ... [LINK ...]): one room under src/, a static library

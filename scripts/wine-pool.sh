@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# A few equal Wine prefixes, so that tests that each want the machine-wide store for
+# A few equal Wine prefixes, so that tests that each want the one store of the machine for
 # themselves can run side by side.
 #
 #   wine-pool.sh start FOLDER COUNT          makes the prefixes, starts their servers
@@ -46,6 +46,8 @@ run_in() {
     WINEPREFIX=$prefix "$wineserver" "-p$linger" 2>/dev/null 9>&- || true
   fi
   touch "$prefix/.busy"
+  # Programs of two prefixes may have the same process id: this tells them apart.
+  export KORA4_TEST_PREFIX=${prefix##*/}
   WINEPREFIX=$prefix "$wine64" "$@" 9>&- || result=$?
   rm -f "$prefix/.busy"
   exit "$result"
