@@ -1,5 +1,6 @@
 // Several processes with several threads each change the store at the same time: nothing
-// is lost, nothing is mixed, and everybody knows the last state.
+// is lost, nothing is mixed, and everybody knows the last state. An argument says for how
+// many milliseconds.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -13,8 +14,9 @@
 namespace kora4::test {
 namespace {
 
-constexpr DWORD cWorkTime = 20000;    // milliseconds
 constexpr DWORD cWorkerWait = 60000;  // milliseconds
+
+DWORD s_workTime = 20000;  // milliseconds
 
 // By API technology, and the one that the API does not know.
 constexpr RawTechnology cRawTechnology[cRawTechnologies] = {
@@ -31,13 +33,16 @@ class Concurrency : public testing::Test {
             m_processes[i] = StartChild(L"--worker=" + std::to_wstring(i) + L"," + m_name);
         for (std::size_t i = 0; i < cWorkers; ++i)
             ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(m_workshop.Ready(i), cWorkerWait));
+        RawStore::SetNumber(cDynamic, SettingName(cEnablePid), 0);
+        for (std::size_t i = 0; i < cWorkers; ++i)
+            ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(m_workshop.Watching(i), cWorkerWait));
         // A worker that ends early has failed.
         HANDLE processes[cWorkers];
         for (std::size_t i = 0; i < cWorkers; ++i)
             processes[i] = m_processes[i].Get();
         SetEvent(m_workshop.Go());
         ASSERT_EQ(static_cast<DWORD>(WAIT_TIMEOUT),
-                  WaitForMultipleObjects(cWorkers, processes, FALSE, cWorkTime));
+                  WaitForMultipleObjects(cWorkers, processes, FALSE, s_workTime));
         SetEvent(m_workshop.Stop());
         for (std::size_t i = 0; i < cWorkers; ++i)
             ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(m_workshop.Stopped(i), cWorkerWait));
@@ -113,5 +118,7 @@ int main(int argc, char** argv) {
     if (worked >= 0)
         return worked;
     testing::InitGoogleTest(&argc, argv);
+    if (argc > 1)
+        kora4::test::s_workTime = std::strtoul(argv[1], nullptr, 10);
     return RUN_ALL_TESTS();
 }

@@ -338,6 +338,10 @@ void Work(Workshop& workshop, std::size_t worker) {
     const ApiLibrary library;
     Client observer(library, report);
     SetEvent(workshop.Ready(worker));
+    // The driver changes something before anybody else does.
+    if (!PumpUntil([&] { return observer.spWatcher->m_told != 0; }))
+        Die("an observer is not told a single change");
+    SetEvent(workshop.Watching(worker));
     Await(workshop.Go(), "the start");
     {
         const auto seed = static_cast<std::uint32_t>(1 + worker * cThreadsPerWorker);
@@ -366,6 +370,7 @@ Workshop::Workshop(const std::wstring& name)
       m_compare(NamedEvent(name + L"-compare")) {
     for (std::size_t i = 0; i < cWorkers; ++i) {
         m_ready[i] = NamedEvent(name + L"-ready-" + std::to_wstring(i));
+        m_watching[i] = NamedEvent(name + L"-watching-" + std::to_wstring(i));
         m_stopped[i] = NamedEvent(name + L"-stopped-" + std::to_wstring(i));
     }
 }

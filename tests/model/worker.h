@@ -48,6 +48,8 @@ class Workshop {
     HANDLE Stop() const { return m_stop.Get(); }
     HANDLE Compare() const { return m_compare.Get(); }
     HANDLE Ready(std::size_t worker) const { return m_ready[worker].Get(); }
+    // Its observer has been told a first change.
+    HANDLE Watching(std::size_t worker) const { return m_watching[worker].Get(); }
     HANDLE Stopped(std::size_t worker) const { return m_stopped[worker].Get(); }
 
   private:
@@ -56,6 +58,7 @@ class Workshop {
     UniqueHandle m_stop;
     UniqueHandle m_compare;
     UniqueHandle m_ready[cWorkers];
+    UniqueHandle m_watching[cWorkers];
     UniqueHandle m_stopped[cWorkers];
 };
 
