@@ -24,9 +24,27 @@ constexpr RawTechnology cRawTechnology[cRawTechnologies] = {
     RawTechnology::eEnhancement, RawTechnology::eHeadphone,  RawTechnology::eVirtualSurround,
     RawTechnology::eNGSurround};
 
+// Keeps the desktop there. Wine starts it with the first window that anybody makes; a
+// process that makes one meanwhile goes without, also for the calls into its apartment.
+class DesktopHold {
+  public:
+    DesktopHold()
+        : m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                   nullptr, nullptr)) {}
+    ~DesktopHold() { DestroyWindow(m_window); }
+    DesktopHold(const DesktopHold&) = delete;
+    DesktopHold& operator=(const DesktopHold&) = delete;
+
+    bool IsHeld() const { return m_window != nullptr; }
+
+  private:
+    const HWND m_window;
+};
+
 class Concurrency : public testing::Test {
   protected:
     void SetUp() override {
+        ASSERT_TRUE(m_desktop.IsHeld());
         RawStore::SetNumber(cStatic, SettingName(cTraceWordPid), 0);
         RawStore::SetText(cStatic, ProfileNameName(3), L"custom");
         for (std::size_t i = 0; i < cWorkers; ++i)
@@ -67,6 +85,7 @@ class Concurrency : public testing::Test {
     }
 
     const std::wstring m_name = L"kora4-concurrency-" + std::to_wstring(GetCurrentProcessId());
+    DesktopHold m_desktop;
     RawStore m_store;
     Workshop m_workshop{m_name};
     std::array<UniqueHandle, cWorkers> m_processes;
