@@ -115,7 +115,7 @@ TEST_F(ConcurrentInitialize, EveryThreadGetsTheOneResult) {
 
 TEST_F(ConcurrentInitialize, ObjectsOfOneProcessComeUpSideBySide) {
     constexpr std::size_t cObjects = 8;
-    for (int round = 0; round < 10 && !HasFailure(); ++round) {
+    for (int round = 0; round < 4 && !HasFailure(); ++round) {
         std::vector<HRESULT> results(cObjects, E_UNEXPECTED);
         std::vector<std::jthread> threads;
         for (std::size_t i = 0; i < cObjects; ++i) {

@@ -74,7 +74,7 @@ TEST_F(ManyClients, FiftyObjectsInOneProcessAreAllToldOnce) {
 TEST_F(ManyClients, ObjectsThatComeAndGoTakeNothingFromThoseThatStay) {
     Watchers staying(m_library, OwnerKind::eStaPumping, 1, 2);
     Watchers stayingInMta(m_library, OwnerKind::eMta, 1, 2);
-    for (unsigned round = 0; round < 10; ++round) {
+    for (unsigned round = 0; round < 5; ++round) {
         {
             Watchers passing(m_library, OwnerKind::eMta, 2, 3);
             Watchers passingStas(m_library, OwnerKind::eStaIdle, 2, 2);
