@@ -1,5 +1,7 @@
 #include "monitor/apartment.h"
 
+#include <algorithm>
+
 namespace kora4 {
 namespace {
 
@@ -27,6 +29,16 @@ class WakingMessage {
     const UINT m_message;
 };
 
+// The wait without calls between two that the host breaks off.
+constexpr DWORD cBrokenOffMilliseconds = 5;
+
+DWORD TimeLeft(ULONGLONG begin, DWORD milliseconds) {
+    if (milliseconds == INFINITE)
+        return INFINITE;
+    const ULONGLONG passed = GetTickCount64() - begin;
+    return passed < milliseconds ? milliseconds - static_cast<DWORD>(passed) : 0;
+}
+
 }  // namespace
 
 ApartmentId CurrentApartment() {
@@ -47,15 +59,28 @@ ApartmentId CurrentApartment() {
 
 DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds) {
     const WakingMessage waking(CurrentApartment() == GetCurrentThreadId());
-    DWORD index = 0;
-    const HRESULT hr = CoWaitForMultipleHandles(COWAIT_DEFAULT, milliseconds, count,
-                                                const_cast<HANDLE*>(handles), &index);
-    if (hr == S_OK)
-        return WAIT_OBJECT_0 + index;
-    if (hr == RPC_S_CALLPENDING)
-        return WAIT_TIMEOUT;
-    // Without an apartment there are no calls to let in.
-    return WaitForMultipleObjects(count, handles, FALSE, milliseconds);
+    const ULONGLONG begin = GetTickCount64();
+    for (DWORD left = milliseconds;;) {
+        DWORD index = count;
+        const HRESULT hr = CoWaitForMultipleHandles(COWAIT_DEFAULT, left, count,
+                                                    const_cast<HANDLE*>(handles), &index);
+        // Broken off by the host's message filter. A platform may say so, and have waited
+        // to the end all the same: the signal of an automatic event is then gone.
+        const bool isBrokenOff = hr == RPC_E_CALL_CANCELED;
+        if (hr == S_OK || (isBrokenOff && index < count))
+            return WAIT_OBJECT_0 + index;
+        if (hr == RPC_S_CALLPENDING)
+            return WAIT_TIMEOUT;
+        // Without an apartment there are no calls to let in. With one, the filter may break
+        // every wait off before the handles are asked.
+        const DWORD result = WaitForMultipleObjects(
+            count, handles, FALSE, isBrokenOff ? std::min(left, cBrokenOffMilliseconds) : left);
+        if (!isBrokenOff || result != WAIT_TIMEOUT)
+            return result;
+        left = TimeLeft(begin, milliseconds);
+        if (left == 0)
+            return WAIT_TIMEOUT;
+    }
 }
 
 }  // namespace kora4
