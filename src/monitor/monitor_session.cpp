@@ -49,34 +49,36 @@ bool MonitorSession::CreateMonitorThread(LPTHREAD_START_ROUTINE procedure) {
 }
 
 bool MonitorSession::LetGo() {
-    // Not an exchange: that the thread has gone stays true, however often this is asked.
-    int parting = eTogether;
-    m_parting.compare_exchange_strong(parting, eLetGo);
     SetEvent(m_stopEvent.Get());
-    return parting != eThreadDone;
+    return m_parting.load() != eThreadDone;
 }
 
 void MonitorSession::EndThread(DWORD exitCode, bool isInApartment) {
     const HMODULE module = m_threadModule;
-    if (m_parting.exchange(eThreadDone) == eLetGo) {
-        // Nobody holds the apartment until this thread has ended. If this is its last
-        // thread, the apartment has to go here, where no loader lock is held.
-        m_mtaUsage.Release();
-        if (isInApartment)
-            CoUninitialize();
-    }
+    // An owner that is about to end this thread has taken over what it holds.
+    if (m_parting.exchange(eThreadDone) == eTerminated)
+        Sleep(INFINITE);
+    if (isInApartment)
+        CoUninitialize();
     Release();
     FreeLibraryAndExitThread(module, exitCode);
 }
 
-void MonitorSession::TerminateMonitorThread(DWORD exitCode) {
+bool MonitorSession::TerminateMonitorThread(DWORD exitCode) {
+    int parting = eOpen;
+    if (!m_parting.compare_exchange_strong(parting, eTerminated))
+        return false;
     TerminateThread(m_thread.Get(), exitCode);
-    WaitForSingleObject(m_thread.Get(), INFINITE);
-    // It had ended by itself just before: then it has given back everything itself.
-    if (m_parting.exchange(eThreadDone) == eThreadDone)
-        return;
-    FreeLibrary(m_threadModule);
-    Release();
+    // Where even that does not end it in time, what it holds is left to it.
+    if (WaitForSingleObject(m_thread.Get(), cForceMilliseconds) == WAIT_OBJECT_0) {
+        FreeLibrary(m_threadModule);
+        Release();
+    }
+    return true;
+}
+
+void MonitorSession::AwaitThreadEnd() const {
+    WaitForSingleObject(m_thread.Get(), cThreadEndMilliseconds);
 }
 
 bool MonitorSession::IsThreadRunning() const {

@@ -21,10 +21,10 @@ namespace kora4 {
 // It locks the module while it lives, and carries the thread's own reference to the
 // module, without which the code could be unmapped below a thread that is ending.
 //
-// It also holds the multithreaded apartment. The thread never leaves that of its own
-// accord: were it the last one there, its end would tear the apartment down inside the
-// loader's lock. So the apartment is held until the thread has ended, by the owner if it
-// waits for that; a thread that was let go does it itself.
+// It also holds the multithreaded apartment. Were the thread the last one there when it
+// ends, the platform would tear the apartment down inside the loader's lock. So the thread
+// leaves the apartment before it gives its reference to the session back, and whoever gives
+// back the last one gives the apartment up, in its own code.
 class MonitorSession {
   public:
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
@@ -41,15 +41,21 @@ class MonitorSession {
     bool CreateMonitorThread(LPTHREAD_START_ROUTINE procedure);
 
     // The owner's side: the thread is to end, and nobody will wait for it. False when the
-    // thread is past everything but its own end; it is to be waited for, and that is short.
+    // thread is past everything but its own end: see AwaitThreadEnd.
     bool LetGo();
 
     // The thread's side, its very last act: gives back what is left and ends the thread.
     // `isInApartment`: the thread has entered the multithreaded apartment itself.
     [[noreturn]] void EndThread(DWORD exitCode, bool isInApartment);
 
-    // Ends the thread by force and gives back what it held.
-    void TerminateMonitorThread(DWORD exitCode);
+    // Ends the thread by force and gives back what it held. False, and nothing is done, when
+    // it is past everything but its own end: there it may hold locks of the platform.
+    bool TerminateMonitorThread(DWORD exitCode);
+
+    // Waits a little for a thread that is past everything but its own end, so that the
+    // module can be unloaded at once. An owner that is in some module's DllMain keeps the
+    // thread from ending; then it ends later, by itself.
+    void AwaitThreadEnd() const;
 
     bool IsThreadRunning() const;
 
@@ -69,8 +75,11 @@ class MonitorSession {
     bool HasWatchEnded() const { return m_watchEnded.load(); }
 
   private:
-    // Who went first: the owner, or the thread.
-    enum Parting : int { eTogether, eLetGo, eThreadDone };
+    // Who settles the thread's end: nobody yet, the thread, or the owner by force.
+    enum Parting : int { eOpen, eThreadDone, eTerminated };
+
+    static constexpr DWORD cThreadEndMilliseconds = 500;
+    static constexpr DWORD cForceMilliseconds = 5000;
 
     ~MonitorSession() = default;
 
@@ -87,7 +96,7 @@ class MonitorSession {
     GateStreamHolder m_gateHolder;
     GateFactoryRegistration m_threadRegistration;
     HMODULE m_threadModule = nullptr;
-    std::atomic<int> m_parting{eTogether};
+    std::atomic<int> m_parting{eOpen};
     std::atomic<bool> m_watchEnded{false};
     std::atomic<LONG> m_references{1};
 };

@@ -129,24 +129,25 @@ void RegKeyMonitor::HaltMonitorThread(MonitorSession* pSession) {
     }
     SetEvent(session.StopEvent());
     session.Holder().CancelOutstandingCall();
-    // For the thread, not its event: none of the module's code runs on it any more then.
-    if (WaitLettingCallsIn(&thread, 1, cGraceMilliseconds) != WAIT_TIMEOUT)
+    const HANDLE handles[] = {thread, session.ExitedEvent()};
+    if (WaitLettingCallsIn(handles, ARRAYSIZE(handles), cGraceMilliseconds) != WAIT_TIMEOUT) {
+        session.AwaitThreadEnd();
         return;
+    }
     KALTRACE(trace::eSecurity, cSite, "Zombie thread 0x%08x 0x%08x 0x%08x\n",
              GetThreadId(thread), Printable(thread), Printable(session.ExitedEvent()));
-    if (!CanThreadEndByItself(session)) {
-        session.TerminateMonitorThread(WAIT_TIMEOUT);
+    if (!CanThreadEndByItself(session) && session.TerminateMonitorThread(WAIT_TIMEOUT)) {
         // The thread cannot give back its reference to the gate any more.
         CoDisconnectObject(this, 0);
-    } else if (!session.LetGo()) {
-        WaitForSingleObject(thread, INFINITE);
     }
 }
 
-// It may still end when its owner's client returns, or when the owner's apartment lets
-// calls in, which a wait on a thread outside that apartment does not do.
+// It may still end when its owner's client returns, when the platform goes on with what the
+// thread gives back, or when the owner's apartment lets calls in, which a wait on a thread
+// outside that apartment does not do.
 bool RegKeyMonitor::CanThreadEndByItself(const MonitorSession& session) {
-    return IsInCallback(&session, true) || !m_gateRegistration.IsRegistered() ||
+    return session.HasWatchEnded() || IsInCallback(&session, true) ||
+           !m_gateRegistration.IsRegistered() ||
            m_gateRegistration.Apartment() != CurrentApartment();
 }
 

@@ -170,6 +170,54 @@ TEST_P(MonitorStop, WithinTheCallbackLeavesNothingBehind) {
     });
 }
 
+// What a client's DllMain and its static destructors run under: no thread of the process
+// can begin or end meanwhile.
+class LoaderLock {
+  public:
+    LoaderLock() : m_lock(Function<LockFunction>("LdrLockLoaderLock")) {
+        EXPECT_TRUE(m_lock && m_lock(0, nullptr, &m_cookie) == 0);
+    }
+    ~LoaderLock() {
+        const auto unlock = Function<UnlockFunction>("LdrUnlockLoaderLock");
+        EXPECT_TRUE(unlock && unlock(0, m_cookie) == 0);
+    }
+    LoaderLock(const LoaderLock&) = delete;
+    LoaderLock& operator=(const LoaderLock&) = delete;
+
+  private:
+    using LockFunction = LONG(WINAPI*)(ULONG flags, ULONG* pState, ULONG_PTR* pCookie);
+    using UnlockFunction = LONG(WINAPI*)(ULONG flags, ULONG_PTR cookie);
+
+    template <typename Type>
+    static Type Function(const char* name) {
+        return reinterpret_cast<Type>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+    }
+
+    const LockFunction m_lock;
+    ULONG_PTR m_cookie = 0;
+};
+
+TEST_P(MonitorStop, UnderTheLoadersLockLeavesTheThreadToEndByItself) {
+    Run([] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        const UniqueHandle thread = monitor->DuplicateThread();
+        {
+            const LoaderLock lock;
+            EXPECT_LT(Measure([&] { monitor.TearDown(); }), cStopLimit);
+            EXPECT_FALSE(IsSignalledWithin(thread.Get(), 0));
+        }
+        EXPECT_TRUE(IsSignalledWithin(thread.Get()));
+        DWORD exitCode = WAIT_TIMEOUT;
+        GetExitCodeThread(thread.Get(), &exitCode);
+        EXPECT_EQ(exitCode, static_cast<DWORD>(S_OK));
+        EXPECT_FALSE(Module::IsLocked());
+    });
+}
+
 KORA4_IN_APARTMENTS(MonitorStop, Apartment::eSingle, Apartment::eMulti);
 
 TEST(MonitorStopInSingleThreadedApartment, LetsThePendingCallInButNotToTheClient) {
@@ -210,6 +258,61 @@ TEST(MonitorStopInSingleThreadedApartment, LeavesTheOwnersMessagesAsTheyWere) {
         EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
         EXPECT_EQ(message.wParam, 18u);
         EXPECT_FALSE(PeekMessageW(&message, ofTheThread, 0, 0, PM_REMOVE));
+    });
+}
+
+// A host's message filter that breaks off every wait in which a message comes.
+class CancellingFilter final : public IMessageFilter {
+  public:
+    CancellingFilter() { EXPECT_EQ(CoRegisterMessageFilter(this, nullptr), S_OK); }
+    ~CancellingFilter() { EXPECT_EQ(CoRegisterMessageFilter(nullptr, nullptr), S_OK); }
+    CancellingFilter(const CancellingFilter&) = delete;
+    CancellingFilter& operator=(const CancellingFilter&) = delete;
+
+    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP_(DWORD)
+    HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
+        return SERVERCALL_ISHANDLED;
+    }
+    STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD, DWORD) override { return 0; }
+    STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override {
+        ++cancelled;
+        return PENDINGMSG_CANCELCALL;
+    }
+
+    int cancelled = 0;
+};
+
+TEST(MonitorStopInSingleThreadedApartment, GoesOnWhenTheHostBreaksItsWaitOff) {
+    RunIn(Apartment::eSingle, [] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        CancellingFilter filter;
+        EXPECT_LT(Measure([&] { ASSERT_EQ(monitor.Spawn(key, client), S_OK); }), cStopLimit);
+        const UniqueHandle thread = monitor->DuplicateThread();
+        key.Write();
+        ASSERT_TRUE(AwaitPendingCall());
+        filter.cancelled = 0;
+        EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
+        EXPECT_GT(filter.cancelled, 0);
+        EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
+        EXPECT_EQ(monitor.References(), 1u);
+    });
+}
+
+TEST(WaitLettingCallsIn, LastsAsLongAsAskedForWhenTheHostBreaksItOff) {
+    RunIn(Apartment::eSingle, [] {
+        const UniqueHandle never = MakeManualEvent();
+        const HANDLE handles[] = {never.Get()};
+        CancellingFilter filter;
+        const double time =
+            Measure([&] { EXPECT_EQ(WaitLettingCallsIn(handles, 1, 200), WAIT_TIMEOUT); });
+        EXPECT_GT(filter.cancelled, 0);
+        EXPECT_GE(time, 150);
+        EXPECT_LT(time, cStopLimit);
     });
 }
 
