@@ -6,6 +6,7 @@
 #include <new>
 
 #include "monitor/apartment.h"
+#include "monitor/gate_factory.h"
 #include "platform/module.h"
 
 namespace kora4 {
@@ -40,8 +41,12 @@ class ApartmentEnd::Spy final : public IInitializeSpy {
     STDMETHODIMP PostInitialize(HRESULT hr, DWORD, DWORD) override { return hr; }
     STDMETHODIMP PreUninitialize(DWORD entered) override {
         const Microsoft::WRL::ComPtr<Spy> spSelf(this);
-        if (entered == 1 && m_pListener)
+        if (entered != 1)
+            return S_OK;
+        if (m_pListener)
             m_pListener->OnApartmentEnd();
+        // What a monitor left that was dropped on a thread which is not the apartment's.
+        GateFactoryRegistration::RevokeLeft();
         return S_OK;
     }
     STDMETHODIMP PostUninitialize(DWORD) override { return S_OK; }

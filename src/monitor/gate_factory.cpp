@@ -4,9 +4,11 @@
 #include <wrl/client.h>
 
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "comcallbackgate.h"
+#include "platform/module.h"
 #include "platform/srw_hold.h"
 #include "proxy/proxy_factory.h"
 
@@ -22,6 +24,8 @@ struct ApartmentEntry {
     ULONG shares;
     DWORD cookie;
     ApartmentEntry* next;
+    // Held while nobody has a share any more.
+    std::optional<ModuleLock> leftLock;
 };
 
 SRWLOCK s_lock = SRWLOCK_INIT;
@@ -39,7 +43,7 @@ ApartmentEntry* FindOrAdd(ApartmentId apartment) {
     if (ApartmentEntry* pEntry = *Find(apartment))
         return pEntry;
     auto* pEntry =
-        new (std::nothrow) ApartmentEntry{apartment, ++s_lastGeneration, 0, 0, s_entries};
+        new (std::nothrow) ApartmentEntry{apartment, ++s_lastGeneration, 0, 0, s_entries, {}};
     if (pEntry)
         s_entries = pEntry;
     return pEntry;
@@ -84,12 +88,16 @@ HRESULT GateFactoryRegistration::Register() {
     DWORD cookie = 0;
     hr = CoRegisterClassObject(iid, spFactory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
                                &cookie);
+    // A platform that keeps a single registration may also refuse the next one.
+    if (hr == CO_E_OBJISREG)
+        hr = S_OK;
     if (SUCCEEDED(hr)) {
         TakeNewCookie(*pEntry, cookie);
         hr = CoRegisterPSClsid(iid, iid);
     }
     if (SUCCEEDED(hr)) {
         ++pEntry->shares;
+        pEntry->leftLock.reset();
         m_registered = true;
         m_apartment = pEntry->apartment;
         m_generation = pEntry->generation;
@@ -108,6 +116,15 @@ void GateFactoryRegistration::Revoke() {
     if (!pEntry || pEntry->generation != m_generation || --pEntry->shares != 0)
         return;
     if (CurrentApartment() == m_apartment)
+        Remove(ppEntry);
+    else
+        pEntry->leftLock.emplace();
+}
+
+void GateFactoryRegistration::RevokeLeft() {
+    SrwHold hold(s_lock);
+    ApartmentEntry** const ppEntry = Find(CurrentApartment());
+    if (*ppEntry && (*ppEntry)->shares == 0)
         Remove(ppEntry);
 }
 

@@ -18,7 +18,8 @@ namespace kora4 {
 // is a leaf.
 //
 // Register and Revoke belong on a thread of the apartment. Revoked elsewhere, the share
-// is given up, but the registration stays for the apartment's next monitor.
+// is given up, but the registration stays for the apartment's next monitor, or until the
+// apartment ends (RevokeLeft). It points into the module, which stays locked meanwhile.
 class GateFactoryRegistration {
   public:
     GateFactoryRegistration() = default;
@@ -29,6 +30,9 @@ class GateFactoryRegistration {
     // Gives up what was registered before, then registers in the calling thread's apartment.
     HRESULT Register();
     void Revoke();
+
+    // Ends a registration that was left in the calling thread's apartment without a share.
+    static void RevokeLeft();
 
     bool IsRegistered() const { return m_registered; }
     // Meaningful only while registered.

@@ -153,6 +153,43 @@ TEST_P(GateInApartment, WorksBesideTheHostsOwnRegistration) {
 
 KORA4_IN_APARTMENTS(GateInApartment, Apartment::eSingle, Apartment::eMulti);
 
+// What is registered points into the module.
+TEST(GateLeftInItsApartment, LocksTheModuleUntilTheNextOneThere) {
+    RunIn(Apartment::eMulti, [] {
+        GateFactoryRegistration left;
+        ASSERT_EQ(left.Register(), S_OK);
+        EXPECT_FALSE(Module::IsLocked());
+        RunInNewThread(Apartment::eSingle, [&left] { left.Revoke(); });
+        EXPECT_TRUE(IsFactoryFound());
+        EXPECT_TRUE(Module::IsLocked());
+        GateFactoryRegistration next;
+        ASSERT_EQ(next.Register(), S_OK);
+        EXPECT_FALSE(Module::IsLocked());
+        next.Revoke();
+        EXPECT_FALSE(IsFactoryFound());
+    });
+}
+
+TEST(GateLeftInItsApartment, LocksTheModuleUntilTheApartmentEnds) {
+    RunInNewThread(Apartment::eSingle, [] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        const UniqueHandle done = MakeManualEvent();
+        ApartmentThread other(Apartment::eMulti);
+        other.Begin([&] {
+            monitor.TearDown();
+            SetEvent(done.Get());
+        });
+        EXPECT_TRUE(PumpUntilSignalled(done.Get()));
+        other.Await();
+        EXPECT_TRUE(IsFactoryFound());
+        EXPECT_TRUE(Module::IsLocked());
+    });
+    EXPECT_FALSE(Module::IsLocked());
+}
+
 TEST(Gate, CarriesResultsBetweenApartments) {
     RunIn(Apartment::eSingle, [] {
         TestKey key;
