@@ -15,6 +15,11 @@ static HRESULT RegisterFactory(DWORD* pCookie) {
         hr = CoRegisterClassObject(FACTORY_CLASS, pFactory, CLSCTX_INPROC_SERVER,
                                    REGCLS_MULTIPLEUSE, pCookie);
         IUnknown_Release(pFactory);
+        /* One platform answers like this where another gives S_OK and cookie 0. */
+        if (hr == CO_E_OBJISREG) {
+            *pCookie = 0;
+            hr = S_OK;
+        }
     }
     return hr;
 }
