@@ -28,7 +28,8 @@ class GateStreamHolder {
     // `pObject`, once, for any other apartment. A null object: E_INVALIDARG.
     HRESULT Marshal(REFIID iid, IUnknown* pObject, GateFactoryRegistration& registration);
 
-    // The other side: consumes the stream whatever the result. In the apartment that
+    // The other side: takes the gate out of the stream, which is used up by that even if it
+    // fails; whatever fails before leaves the stream to the destructor. In the apartment that
     // marshalled, `*ppv` is the object itself. A null `ppv`: E_INVALIDARG; no stream: E_FAIL.
     HRESULT Unmarshal(REFIID iid, void** ppv, GateFactoryRegistration& registration);
 
