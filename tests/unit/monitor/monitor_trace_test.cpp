@@ -90,6 +90,21 @@ TEST_F(MonitorTrace, ShowsEntryAndExitOfEachStep) {
                 ElementsAre(">>", "<< hr: 0x00000000"));
 }
 
+// The thread's exit lines are results, but none of the monitor's own category.
+TEST_F(MonitorTrace, ShowsTheOwnersExitsButNotTheThreadsUnderTheMonitorsCategory) {
+    const auto lines = Trace(trace::eSecurity);
+    for (const char* step : {"RegKeyMonitor::SpawnRegMonitor", "RegKeyMonitor::MakeControls",
+                             "RegKeyMonitor::MarshalInterface", "GateStreamHolder::Marshal",
+                             "GateStreamHolder::Unmarshal"})
+        EXPECT_THAT(MessagesOf(lines, step), ElementsAre(">>", "<< hr: 0x00000000")) << step;
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::HaltMonitorThread"),
+                ElementsAre(">>", "<<", ">>", "<<", ">>", "<<"));
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::RegMonitorEntry"),
+                ElementsAre(MatchesRegex(">> CurrentThreadId: 0x........")));
+    for (const char* step : {"RegKeyMonitor::RunRegMonitor", "RegKeyMonitor::RegMonitorLoop"})
+        EXPECT_THAT(MessagesOf(lines, step), ElementsAre(">>")) << step;
+}
+
 TEST_F(MonitorTrace, ShowsAFailedWait) {
     TestKey key;
     MonitorSessionPtr spSession;
