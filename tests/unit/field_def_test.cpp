@@ -259,6 +259,30 @@ TEST_F(FieldDef, TakesTheDefaultForBrokenFlags) {
     }
 }
 
+TEST_F(FieldDef, FailsInTheSameWayWhileAssertionsAreNotTraced) {
+    const test::StoreTrace trace(trace::eMessages);
+    KORA4FieldDef field = cUnsigned;
+    field.typeCode = u'x';
+    EXPECT_EQ(result::cFail, Load(field));
+    EXPECT_EQ(result::cFail, Write(field));
+    field = cSelected;
+    field.m_numArrays = 2;
+    EXPECT_EQ(result::cOk, Load(field));
+    field = cSelected;
+    const EnumFieldDef noRows{nullptr, cCurves, 3}, noCurves{cCurveRows, nullptr, 3};
+    for (const EnumFieldDef* pDefaults :
+         {static_cast<const EnumFieldDef*>(nullptr), &noRows, &noCurves}) {
+        field.pDefaults = pDefaults;
+        EXPECT_EQ(result::cFail, Load(field));
+    }
+    const defaults::TextList noTexts[] = {nullptr};
+    EXPECT_EQ(result::cOk,
+              Load(fields::FloatArrays(6, offsetof(Record, count), offsetof(Record, elements),
+                                       1, fields::cQ8, noTexts)));
+    EXPECT_EQ(0u, m_record.count[0]);
+    EXPECT_EQ(0u, trace.NumberOfAssertions());
+}
+
 TEST_F(FieldDef, FailsOnAnUnknownTypeAndAssertsIt) {
     KORA4FieldDef field = cUnsigned;
     field.typeCode = u'x';

@@ -132,6 +132,16 @@ TEST_F(NotificationPassTest, AWrongTechnologyFailsAnAssertionAndIsToldAllTheSame
             "].m_technology"));
 }
 
+TEST_F(NotificationPassTest, WhatIsWrongIsToldInSilenceWhileAssertionsAreNotTraced) {
+    const TraceFlags flags(trace::eMessages | trace::eLogFiles);
+    const TraceLog log;
+    ChangeSlider(eVolumeTech, ApiTechnology::eNumberKORA4APITechnologies);
+    EXPECT_EQ(S_OK, Notify());
+    EXPECT_EQ(1u, m_spRecorder->Log().size());
+    EXPECT_EQ(S_OK, CallbackNotifications(nullptr, m_changes, m_registration));
+    EXPECT_TRUE(log.Read(cApiTag).empty());
+}
+
 TEST_F(NotificationPassTest, WithoutACallbackAnAssertionFails) {
     const TraceFlags flags(trace::eAssertions | trace::eLogFiles);
     const TraceLog log;

@@ -39,6 +39,15 @@ TEST(PatchLimits, WhatIsNoTechnologyFailsAnAssertion) {
                             "KALASSERT failed: !\"Invalid ASL patch field.\""));
 }
 
+TEST(PatchLimits, WhatIsNoTechnologyIsRefusedInSilenceWhileAssertionsAreNotTraced) {
+    const TraceFlags flags(trace::eMessages | trace::eLogFiles);
+    const TraceLog log;
+    std::uint32_t value = 0;
+    EXPECT_EQ(E_INVALIDARG, ValidatePatchField(ApiTechnology::eNumberKORA4APITechnologies,
+                                               sizeof value, &value));
+    EXPECT_THAT(log.Read(cApiTag), IsEmpty());
+}
+
 TEST(PatchLimits, GainsInsideTheLimitsStay) {
     const TraceFlags flags(trace::eMessages | trace::eLogFiles);
     const TraceLog log;
