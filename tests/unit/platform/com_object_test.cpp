@@ -49,6 +49,11 @@ class ComObjectTest : public testing::Test {
     std::vector<ULONG> m_counts;
 };
 
+TEST_F(ComObjectTest, RefusesANullPointerForAnInterface) {
+    EXPECT_EQ(E_POINTER, m_pObject->QueryInterface(__uuidof(IUnknown), nullptr));
+    EXPECT_EQ(0u, m_pObject->Release());
+}
+
 TEST_F(ComObjectTest, CountsItsReferences) {
     EXPECT_EQ(2u, m_pObject->AddRef());
     EXPECT_FALSE(IsGoing(2));

@@ -258,6 +258,20 @@ TEST_F(NamedMutexTrace, DestroyingAMutexThatIsHeldIsAsserted) {
               std::vector<std::string>{"KALASSERT failed: !IsAcquired()"});
 }
 
+TEST_F(NamedMutexTrace, AWrongUseIsSilentWhileAssertionsAreNotTraced) {
+    const TraceFlags flags(trace::eMessages | trace::eLogFiles);
+    {
+        NamedMutex mutex;
+        ASSERT_EQ(mutex.Create(cName), S_OK);
+        mutex.Acquire();
+        mutex.FreeMutex();
+    }
+    NamedMutex mutex;
+    ASSERT_EQ(mutex.Create(cName), S_OK);
+    mutex.Release();
+    EXPECT_TRUE(m_log.ReadShared().empty());
+}
+
 TEST_F(NamedMutexTrace, AnOrdinaryLifeFailsNoAssertion) {
     {
         NamedMutex mutex;

@@ -10,6 +10,8 @@
 #include "store/access/reg_prop_keys_access.h"
 #include "store/access/task_memory.h"
 #include "support/registry_fixture.h"
+#include "support/trace_capture.h"
+#include "support/trace_flags.h"
 
 namespace kora4::test {
 namespace {
@@ -123,6 +125,17 @@ TEST_F(RegAccessPropertyStore, WithoutAStoreEveryOperationFails) {
     EXPECT_EQ(m_access.WriteUINT(eKeySetPropertyStore, cKey, 1), E_FAIL);
     EXPECT_EQ(m_access.WriteText(eKeySetPropertyStore, cKey, u"x"), E_FAIL);
     EXPECT_EQ(m_access.Delete(eKeySetPropertyStore, cKey), E_INVALIDARG);
+}
+
+TEST_F(RegAccessPropertyStore, WithoutAStoreEveryReadAndWriteFailsAnAssertion) {
+    const TraceFlags flags(trace::eAssertions | trace::eLogFiles);
+    const TraceLog log;
+    ReadUINT();
+    ReadText();
+    m_access.WriteUINT(eKeySetPropertyStore, cKey, 1);
+    m_access.WriteText(eKeySetPropertyStore, cKey, u"x");
+    EXPECT_EQ(Messages(log.ReadShared()),
+              std::vector<std::string>(4, "KALASSERT failed: m_spIPropertyStore != NULL"));
 }
 
 // Refuses everything with a code of its own; lives on the stack.
