@@ -9,6 +9,7 @@
 #include "model/encodings.h"
 #include "model/worker.h"
 #include "support/com_client.h"
+#include "support/desktop_hold.h"
 #include "support/raw_store.h"
 
 namespace kora4::test {
@@ -23,23 +24,6 @@ constexpr RawTechnology cRawTechnology[cRawTechnologies] = {
     RawTechnology::eVolume,      RawTechnology::eStandardEQ, RawTechnology::eDynamicEQ,
     RawTechnology::eEnhancement, RawTechnology::eHeadphone,  RawTechnology::eVirtualSurround,
     RawTechnology::eNGSurround};
-
-// Keeps the desktop there. Wine starts it with the first window that anybody makes; a
-// process that makes one meanwhile goes without, also for the calls into its apartment.
-class DesktopHold {
-  public:
-    DesktopHold()
-        : m_window(CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
-                                   nullptr, nullptr)) {}
-    ~DesktopHold() { DestroyWindow(m_window); }
-    DesktopHold(const DesktopHold&) = delete;
-    DesktopHold& operator=(const DesktopHold&) = delete;
-
-    bool IsHeld() const { return m_window != nullptr; }
-
-  private:
-    const HWND m_window;
-};
 
 class Concurrency : public testing::Test {
   protected:

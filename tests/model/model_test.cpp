@@ -14,6 +14,7 @@
 #include "model/random_calls.h"
 #include "model/stored_values.h"
 #include "model/told_model.h"
+#include "support/desktop_hold.h"
 
 namespace kora4::test {
 namespace {
@@ -422,6 +423,7 @@ int main(int argc, char** argv) {
                                         : static_cast<unsigned long>(std::time(nullptr));
     if (calls == 0)
         Die("usage: model_test [CALLS [SEED]]");
+    const DesktopHold desktop;
     ModelTest(static_cast<unsigned>(calls), static_cast<std::uint32_t>(seed)).Run();
     return 0;
 }

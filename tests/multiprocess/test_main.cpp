@@ -12,6 +12,7 @@
 #include "multiprocess/roles.h"
 #include "multiprocess/watchdog.h"
 #include "platform/handles.h"
+#include "support/desktop_hold.h"
 
 namespace kora4::test {
 namespace {
@@ -98,6 +99,7 @@ int main(int argc, char** argv) {
         return RunRole(argv[1] + length);
     testing::InitGoogleMock(&argc, argv);
     TieChildrenToThisProcess();
+    const DesktopHold desktop;
     // The framework owns its listeners.
     s_pWatchdog = new Watchdog;
     testing::UnitTest::GetInstance()->listeners().Append(s_pWatchdog);
