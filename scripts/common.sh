@@ -91,8 +91,10 @@ wine64=/usr/lib/wine/wine64
 wineserver=/usr/lib/wine/wineserver64
 
 # The settings under which every Windows program of this project runs: no messages of
-# Wine's own, no 32-bit or browser parts, nothing in the user's desktop menus.
+# Wine's own, no 32-bit or browser parts, nothing in the user's desktop menus, and a locale in
+# which files can have any name.
 wine_settings() {
+  export LC_ALL=C.UTF-8
   export WINEDEBUG=${WINEDEBUG:--all}
   export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 }
