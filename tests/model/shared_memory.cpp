@@ -1,4 +1,5 @@
 #include "model/shared_memory.h"
+#include "support/start_process.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,9 +13,11 @@ UniqueHandle StartChild(const std::wstring& argument) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                        &startup, &process))
-        Die("a child process cannot be started");
+    if (!StartProcess([&] {
+            return CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                  nullptr, &startup, &process);
+        }))
+        Die("a child process cannot be started: error " + std::to_string(GetLastError()));
     CloseHandle(process.hThread);
     return UniqueHandle(process.hProcess);
 }

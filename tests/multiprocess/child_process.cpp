@@ -4,6 +4,7 @@
 
 #include "multiprocess/roles.h"
 #include "support/com_client.h"
+#include "support/start_process.h"
 
 namespace kora4::test {
 namespace {
@@ -51,8 +52,10 @@ ChildProcess::ChildProcess(const std::string& role)
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     std::wstring command = CommandLine(role);
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                        &startup, &process)) {
+    if (!StartProcess([&] {
+            return CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                  nullptr, &startup, &process);
+        })) {
         ADD_FAILURE() << "no child process, error " << GetLastError();
         m_ended = true;
         return;

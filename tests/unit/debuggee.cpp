@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "support/start_process.h"
 
 namespace kora4::test {
 
@@ -94,8 +95,11 @@ DebugRun RunUnderDebugger(const std::string& scenario) {
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION created{};
-    if (CreateProcessA(program, command.data(), nullptr, nullptr, FALSE,
-                       DEBUG_ONLY_THIS_PROCESS, nullptr, nullptr, &startup, &created) == FALSE)
+    if (!StartProcess([&] {
+            return CreateProcessA(program, command.data(), nullptr, nullptr, FALSE,
+                                  DEBUG_ONLY_THIS_PROCESS, nullptr, nullptr, &startup,
+                                  &created);
+        }))
         return {};
     const UniqueHandle process(created.hProcess);
     const UniqueHandle thread(created.hThread);

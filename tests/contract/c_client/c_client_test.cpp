@@ -7,6 +7,7 @@
 #include "platform/handles.h"
 #include "support/raw_store.h"
 #include "support/registry_fixture.h"
+#include "support/start_process.h"
 
 namespace kora4::test {
 namespace {
@@ -20,8 +21,10 @@ std::optional<DWORD> RunClient() {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started{};
-    if (!CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                        nullptr, &startup, &started))
+    if (!StartProcess([&] {
+            return CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0,
+                                  nullptr, nullptr, &startup, &started);
+        }))
         return std::nullopt;
     const UniqueHandle thread(started.hThread);
     const UniqueHandle process(started.hProcess);

@@ -13,6 +13,7 @@
 
 #include "support/com_client.h"
 #include "support/registry_fixture.h"
+#include "support/start_process.h"
 #include "support/trace_capture.h"
 
 namespace kora4::test {
@@ -68,8 +69,10 @@ DWORD RunProgram(std::wstring command) {
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &process))
+    if (!StartProcess([&] {
+            return CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                  nullptr, &startup, &process);
+        }))
         return ~DWORD{0};
     const UniqueHandle thread(process.hThread);
     const UniqueHandle handle(process.hProcess);

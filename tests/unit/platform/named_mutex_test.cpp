@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "platform/handles.h"
+#include "support/start_process.h"
 #include "support/trace_capture.h"
 #include "support/trace_flags.h"
 
@@ -166,8 +167,10 @@ class OwnerInAnotherProcess {
         STARTUPINFOW startup{};
         startup.cb = sizeof(startup);
         PROCESS_INFORMATION process{};
-        if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                           nullptr, &startup, &process)) {
+        if (StartProcess([&] {
+                return CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0,
+                                      nullptr, nullptr, &startup, &process);
+            })) {
             m_process.Reset(process.hProcess);
             CloseHandle(process.hThread);
         }
