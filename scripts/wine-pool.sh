@@ -14,6 +14,19 @@ shift 2
 # A server that is not ended by hand goes by itself after this many seconds.
 linger=300
 
+# pinned PREFIX COMMAND...: on one processor, the same for all programs of a prefix. They
+# and their server take turns, and a wake-up across processors costs many times one at home.
+pinned() {
+  local number=${1##*/}
+  shift
+  local processor=$(((number - 1) % $(nproc)))
+  if taskset -c "$processor" true 2>/dev/null; then
+    taskset -c "$processor" "$@"
+  else
+    "$@"
+  fi
+}
+
 start() {
   local number
   make_prefix "$pool/1"
@@ -23,9 +36,10 @@ start() {
   fi
   for number in $(seq 1 "$1"); do
     [ -f "$pool/$number/.ready" ] || cp -a --reflink=auto "$pool/1" "$pool/$number"
-    WINEPREFIX=$pool/$number "$wineserver" "-p$linger" 2>/dev/null || true
+    export WINEPREFIX=$pool/$number
+    pinned "$WINEPREFIX" "$wineserver" "-p$linger" 2>/dev/null || true
     # The first program of a prefix starts its services.
-    WINEPREFIX=$pool/$number "$wine64" cmd /c exit </dev/null >/dev/null 2>&1
+    pinned "$WINEPREFIX" "$wine64" cmd /c exit </dev/null >/dev/null 2>&1
   done
 }
 
@@ -43,12 +57,12 @@ run_in() {
   shift
   if [ -f "$prefix/.busy" ]; then
     end_prefix "$prefix" 9>&-
-    WINEPREFIX=$prefix "$wineserver" "-p$linger" 2>/dev/null 9>&- || true
+    WINEPREFIX=$prefix pinned "$prefix" "$wineserver" "-p$linger" 2>/dev/null 9>&- || true
   fi
   touch "$prefix/.busy"
   # Programs of two prefixes may have the same process id: this tells them apart.
   export KORA4_TEST_PREFIX=${prefix##*/}
-  WINEPREFIX=$prefix "$wine64" "$@" 9>&- || result=$?
+  WINEPREFIX=$prefix pinned "$prefix" "$wine64" "$@" 9>&- || result=$?
   rm -f "$prefix/.busy"
   exit "$result"
 }
