@@ -47,6 +47,7 @@ my %below = (
     'store/access'  => ['trace', 'platform', @pure],
     'store/patches' => ['trace', @patches],
     'store/clients' => ['trace', @clients],
+    'published'     => ['trace', 'store/model'],
     'proxy'         => [],
     'monitor'       => ['trace', 'platform', 'proxy'],
     'api'           => ['trace', 'platform', 'monitor', @pure, 'store/access', 'store/clients'],
@@ -83,7 +84,7 @@ sub arrows {
 
 sub is_pure {
     my ($file) = @_;
-    return $file =~ m{^src/trace/trace\.h$}
+    return $file =~ m{^src/(trace/trace\.h$|published/)}
         || ($file =~ m{^src/store/}
             && $file !~ m{^src/store/access/(reg_prop_keys_access\.|(named_mutex|task_memory)\.cpp$)});
 }
