@@ -10,6 +10,7 @@
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
 #include "platform/version.h"
+#include "published/results.h"
 #include "store/clients/ui_keys_client.h"
 #include "store/patches/field_tables.h"
 #include "support/memory_key_access.h"
@@ -73,20 +74,9 @@ std::string Hexadecimal(std::uint32_t number) {
 }
 
 std::vector<Row> Results(const Document&) {
-    const std::pair<HRESULT, const char*> ofThePlatform[] = {
-        {result::cOk, "S_OK"},
-        {result::cFalse, "S_FALSE"},
-        {result::cPointer, "E_POINTER"},
-        {result::cFail, "E_FAIL"},
-        {result::cInvalidArg, "E_INVALIDARG"},
-        {result::cOutOfMemory, "E_OUTOFMEMORY"},
-    };
     std::vector<Row> rows;
-    for (const auto& [hr, name] : ofThePlatform)
-        rows.push_back({Hexadecimal(static_cast<std::uint32_t>(hr)), name});
-    for (const char* prefix : {"APOERR_", "KORA4_S_"})
-        for (const NamedNumber& code : MacrosOf("sdk/include/kora4api_codes.h", prefix))
-            rows.push_back({Hexadecimal(code.number), code.name});
+    for (const published::Result& result : published::cApiResults)
+        rows.push_back({Hexadecimal(result.code), result.name, result.meaning});
     return rows;
 }
 
@@ -239,7 +229,7 @@ std::vector<Row> ApiTechnologies(const Document&) {
 const std::vector<Comparison> cApiComparisons = {
     {"methods", 4, &Methods},
     {"store use", 5, &StoreUse},
-    {"results", 2, &Results},
+    {"results", 3, &Results},
     {"constants", 2, &Constants},
     {"profile constants", 2, &ProfileConstants},
     {"accepted profiles", 3, &AcceptedProfiles},

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 namespace kora4::test {
@@ -20,6 +21,12 @@ std::string Trimmed(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(" \t\r") + 1 - begin);
 }
 
+// "the [levels](#blob)" says "the levels".
+std::string WithoutLinks(const std::string& text) {
+    static const std::regex cLink(R"(\[([^\]]+)\]\([^)]*\))");
+    return std::regex_replace(text, cLink, "$1");
+}
+
 // Blanks inside backticks belong to the text.
 Row Cells(const std::string& line) {
     Row cells;
@@ -27,7 +34,7 @@ Row Cells(const std::string& line) {
     for (std::string part; std::getline(parts, part, '|');) {
         std::string cell = Trimmed(part);
         std::erase(cell, '`');
-        cells.push_back(cell);
+        cells.push_back(WithoutLinks(cell));
     }
     return cells;
 }

@@ -9,6 +9,7 @@
 #include "checks/documents_schema_texts.h"
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
+#include "published/general_settings.h"
 #include "store/access/named_mutex.h"
 #include "store/access/registry_paths.h"
 #include "store/clients/ui_keys_client.h"
@@ -228,7 +229,8 @@ Row DescribeNumber(std::uint32_t pid, KORA4KeySet keySet) {
             Text(observed[0])};
 }
 
-std::vector<Row> Settings(const Document&) {
+// What is seen of the settings while the library runs.
+std::vector<Row> ObservedSettings() {
     std::map<std::pair<std::uint32_t, std::uint32_t>, std::string> seen;
     for (const Access& access : EveryAccess())
         if (access.family == "settings")
@@ -240,6 +242,31 @@ std::vector<Row> Settings(const Document&) {
             rows.push_back(DescribeNumber(pid, static_cast<KORA4KeySet>(number)));
         else
             rows.push_back({Text(pid), NameOfKeySet(number), type, "none"});
+    }
+    std::ranges::sort(rows);
+    return rows;
+}
+
+// The published ones, in the columns that can be observed.
+std::vector<Row> PublishedSettings() {
+    std::vector<Row> rows;
+    for (const published::GeneralSetting& setting : published::cGeneralSettings)
+        if (setting.key.fmtid == pkey::cSettingsGuid)
+            rows.push_back({Text(setting.key.pid), NameOfKeySet(setting.keySet),
+                            published::NameOfKind(setting.kind),
+                            setting.HasDefault() ? Text(setting.defaultNumber) : "none"});
+    std::ranges::sort(rows);
+    return rows;
+}
+
+std::vector<Row> Settings(const Document&) {
+    static const std::vector<Row> observed = ObservedSettings();
+    std::vector<Row> rows = PublishedSettings();
+    EXPECT_EQ(observed, rows) << "the published settings are not those of the library";
+    for (Row& row : rows) {
+        const published::GeneralSetting& setting =
+            *published::FindGeneralSetting(pkey::Setting(NumberIn(row[0])));
+        row.insert(row.end(), {setting.meaning, setting.writtenBy, setting.readBy});
     }
     return rows;
 }
@@ -436,7 +463,7 @@ const std::vector<Comparison> cSchemaComparisons = {
     {"key sets", 3, &KeySets},
     {"families", 7, &Families},
     {"value names", 5, &ValueNames, 4},
-    {"settings", 4, &Settings},
+    {"settings", 7, &Settings},
     {"profiles", 5, &Profiles},
     {"preset technologies", 8, &PresetTechnologies},
     {"global technologies", 5, &GlobalTechnologies},
