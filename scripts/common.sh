@@ -25,6 +25,8 @@ build_needs=(
   "/usr/include/wine/wine/windows/oaidl.idl|libwine-dev"
   "/usr/lib/x86_64-linux-gnu/wine/x86_64-windows/stdole2.tlb|libwine"
   "/usr/src/googletest/CMakeLists.txt|googletest"
+  "/usr/include/CLI/CLI.hpp|libcli11-dev"
+  "/usr/include/nlohmann/json.hpp|nlohmann-json3-dev"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
 test_needs=(

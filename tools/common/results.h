@@ -1,0 +1,24 @@
+// HRESULTs in words.
+#ifndef KORA4_TOOLS_COMMON_RESULTS_H
+#define KORA4_TOOLS_COMMON_RESULTS_H
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+namespace kora4::tools {
+
+// "KORA4_S_DEMO_MODE_ACTIVE (0x00040200): nothing changed, a demo profile is active": the
+// name, the number and the meaning; for codes that nobody published what the platform says
+// of them. Never a bare number.
+std::string InWords(HRESULT hr);
+
+// Passes S_OK and S_FALSE through. An informational code of the library throws Failure with
+// eRefused, APOERR_NOT_INITIALIZED with eNotReady, E_INVALIDARG with eBadInput, every other
+// failure with eFailed. doing: "reading the active profile".
+HRESULT Check(HRESULT hr, std::string_view doing);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_TOOLS_COMMON_RESULTS_H

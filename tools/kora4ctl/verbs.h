@@ -1,0 +1,19 @@
+// Every verb of kora4ctl: a function that adds it to the command line. A verb has a file of
+// its own below verbs/; what it does on its run is in that file, too.
+#ifndef KORA4_TOOLS_KORA4CTL_VERBS_H
+#define KORA4_TOOLS_KORA4CTL_VERBS_H
+
+#include "common/program.h"
+
+namespace kora4::tools {
+
+using AddVerb = void(Context& context);
+
+AddVerb AddStatus;
+
+// All of them, in the order of --help.
+inline constexpr AddVerb* cVerbs[] = {AddStatus};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_TOOLS_KORA4CTL_VERBS_H

@@ -1,0 +1,35 @@
+// Wakes when something below the dynamic keys is written.
+#ifndef KORA4_TOOLS_REGISTRY_CHANGE_WATCH_H
+#define KORA4_TOOLS_REGISTRY_CHANGE_WATCH_H
+
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace kora4::tools {
+
+// Belongs to the thread that made it: a watch ends with the thread that armed it.
+class ChangeWatch {
+  public:
+    // Armed from the start. Failure with eNotReady when there are no dynamic keys.
+    ChangeWatch();
+    ChangeWatch(const ChangeWatch&) = delete;
+    ChangeWatch& operator=(const ChangeWatch&) = delete;
+
+    // Auto-reset; for a wait for several things. After a wait that took it, Rearm before
+    // anything is read, or a write in between is lost.
+    HANDLE Event() const { return m_event.Get(); }
+    void Rearm();
+
+    enum class Wake { eChanged, eInterrupted, eTimedOut };
+    // Waits and, when something changed, arms again. `interrupt` may be null.
+    Wake Wait(DWORD milliseconds, HANDLE interrupt);
+
+  private:
+    UniqueRegKey m_key;
+    UniqueHandle m_event;
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_TOOLS_REGISTRY_CHANGE_WATCH_H

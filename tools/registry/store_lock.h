@@ -1,0 +1,32 @@
+// The mutex that all readers and writers of the store share, held for a scope.
+#ifndef KORA4_TOOLS_REGISTRY_STORE_LOCK_H
+#define KORA4_TOOLS_REGISTRY_STORE_LOCK_H
+
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace kora4::tools {
+
+// Hold it for one step only, and ask no user and call no API meanwhile: every client of the
+// machine's session waits. Belongs to the thread that made it.
+class StoreLock {
+  public:
+    // Waits as long as `patience` says, or until `interrupt` is signalled. Failure: eTimedOut
+    // when another program holds the mutex too long, eFailed when interrupted or refused.
+    explicit StoreLock(DWORD patience = INFINITE, HANDLE interrupt = nullptr);
+    ~StoreLock();
+    StoreLock(const StoreLock&) = delete;
+    StoreLock& operator=(const StoreLock&) = delete;
+
+    // The program that held it before died with it: what it was writing may be half done.
+    bool WasAbandoned() const { return m_wasAbandoned; }
+
+  private:
+    UniqueHandle m_mutex;
+    bool m_wasAbandoned = false;
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_TOOLS_REGISTRY_STORE_LOCK_H

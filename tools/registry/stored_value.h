@@ -1,0 +1,59 @@
+// One value of the store as the registry holds it: a type and bytes, right or wrong.
+#ifndef KORA4_TOOLS_REGISTRY_STORED_VALUE_H
+#define KORA4_TOOLS_REGISTRY_STORED_VALUE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kora4::tools {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct StoredValue {
+    std::uint32_t type = 0;  // REG_DWORD, REG_SZ, REG_BINARY, or whatever stands there
+    Bytes bytes;
+
+    static StoredValue FromDword(std::uint32_t number);
+    // REG_SZ with its terminator.
+    static StoredValue FromText(std::u16string_view text);
+    static StoredValue FromBlob(Bytes bytes);
+
+    // A REG_DWORD of four bytes; none for anything else.
+    std::optional<std::uint32_t> AsDword() const;
+    // A REG_SZ as the library reads it: up to the first terminator, or to its end when there
+    // is none; an odd last byte is dropped. None for another type and above cMaxTextBytes.
+    std::optional<std::u16string> AsText() const;
+    std::optional<Bytes> AsBlob() const;
+
+    friend bool operator==(const StoredValue&, const StoredValue&) = default;
+};
+
+// The largest REG_SZ that a reader takes, terminator included; longer ones count as absent.
+inline constexpr std::size_t cMaxTextBytes = 4096;
+
+// The platform's type numbers that the store knows, for code without a platform header.
+inline constexpr std::uint32_t cTextType = 1;
+inline constexpr std::uint32_t cBinaryType = 3;
+inline constexpr std::uint32_t cDwordType = 4;
+
+// "REG_DWORD"; "type 12" for a number that is no registry type.
+std::string TypeName(std::uint32_t type);
+
+// What is stored, for people: the number, the text in quotes, or the bytes in hexadecimal
+// digits (at most `longest` characters, then "..."), with the type when it is no usual form.
+std::string Describe(const StoredValue& value, std::size_t longest = 60);
+
+std::string ToHex(const Bytes& bytes);
+// None when the text is no even number of hexadecimal digits.
+std::optional<Bytes> FromHex(std::string_view digits);
+
+std::u16string ToUtf16(std::string_view text);
+std::string ToUtf8(std::u16string_view text);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_TOOLS_REGISTRY_STORED_VALUE_H
