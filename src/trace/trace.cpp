@@ -14,9 +14,6 @@ namespace {
 constexpr std::size_t cLineChars = 1024;
 
 constexpr char cHead[] = KALTRACE_HEAD;
-constexpr char cLogFolder[] = "C:\\KalLogs\\";
-constexpr char cLogExtension[] = ".log";
-constexpr char cSharedLog[] = "KalTrace";
 
 // A statement may stand between a failed system call and the look at its error.
 class LastErrorKeeper {

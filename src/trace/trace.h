@@ -57,6 +57,12 @@ struct Site {
 
 inline constexpr std::uint32_t cDefaultFlags = eMessages;
 
+// Where the lines go beside the debugger's output: a file for each tag, and one for all. The
+// folder is not created.
+inline constexpr char cLogFolder[] = "C:\\KalLogs\\";
+inline constexpr char cLogExtension[] = ".log";
+inline constexpr char cSharedLog[] = "KalTrace";
+
 // Read unsynchronised by every statement; replaced only by CKORA4ASL::Initialize.
 inline std::atomic<std::uint32_t> g_flags{cDefaultFlags};
 

@@ -10,6 +10,7 @@
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
 #include "published/general_settings.h"
+#include "published/trace_categories.h"
 #include "store/access/named_mutex.h"
 #include "store/access/registry_paths.h"
 #include "store/clients/ui_keys_client.h"
@@ -445,11 +446,19 @@ std::vector<Row> Curves(const Document&) {
 
 std::vector<Row> TraceBits(const Document&) {
     std::vector<Row> rows;
-    for (const auto& [name, number] : EnumeratorsOf("src/trace/trace.h", "Flag :")) {
+    std::vector<std::pair<std::string, std::uint32_t>> published;
+    const auto add = [&](const published::TraceBits& bits) {
         char text[16];
-        std::snprintf(text, sizeof text, "0x%08x", static_cast<unsigned>(number));
-        rows.push_back({text, name});
-    }
+        std::snprintf(text, sizeof text, "0x%08x", static_cast<unsigned>(bits.bits));
+        rows.push_back({text, bits.constant, bits.lines});
+        published.emplace_back(bits.constant, bits.bits);
+    };
+    std::ranges::for_each(published::cTraceCategories, add);
+    std::ranges::for_each(published::cTraceMasterSwitch, add);
+    std::vector<std::pair<std::string, std::uint32_t>> flags;
+    for (const auto& [name, number] : EnumeratorsOf("src/trace/trace.h", "Flag :"))
+        flags.emplace_back(name, number);
+    EXPECT_EQ(flags, published);
     return rows;
 }
 
@@ -477,7 +486,7 @@ const std::vector<Comparison> cSchemaComparisons = {
     {"blob record", 3, &BlobRecord},
     {"blob example values", 4, &BlobValues},
     {"display example", 3, &DisplayLevels},
-    {"trace bits", 2, &TraceBits},
+    {"trace bits", 3, &TraceBits},
     {"mutex", 2, &Mutex},
 };
 
