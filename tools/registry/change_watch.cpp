@@ -1,0 +1,54 @@
+#include "registry/change_watch.h"
+
+#include "common/failure.h"
+#include "common/results.h"
+#include "store/access/registry_paths.h"
+
+namespace kora4::tools {
+namespace {
+
+[[noreturn]] void Refuse(const char* doing, LSTATUS status) {
+    const bool isMissing = status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND ||
+                           status == ERROR_KEY_DELETED;
+    throw Failure(
+        isMissing ? ExitCode::eNotReady : ExitCode::eFailed,
+        std::string(doing) + ": " + InWords(HRESULT_FROM_WIN32(status)) + ".",
+        isMissing ? "Run 'kora4ctl register'." : "'kora4ctl doctor' looks for what is wrong.");
+}
+
+}  // namespace
+
+ChangeWatch::ChangeWatch() : m_event(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
+    const LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, cDynamicKeysPath, 0,
+                                         KEY_NOTIFY | KEY_WOW64_64KEY, m_key.Put());
+    if (status != ERROR_SUCCESS)
+        Refuse("Opening the dynamic keys", status);
+    Rearm();
+}
+
+void ChangeWatch::Rearm() {
+    constexpr DWORD cEvents = REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET;
+    const LSTATUS status =
+        RegNotifyChangeKeyValue(m_key.Get(), TRUE, cEvents, m_event.Get(), TRUE);
+    if (status != ERROR_SUCCESS)
+        Refuse("Watching the dynamic keys", status);
+}
+
+ChangeWatch::Wake ChangeWatch::Wait(DWORD milliseconds, HANDLE interrupt) {
+    const HANDLE handles[] = {m_event.Get(), interrupt};
+    switch (WaitForMultipleObjects(interrupt ? 2 : 1, handles, FALSE, milliseconds)) {
+        case WAIT_OBJECT_0:
+            Rearm();
+            return Wake::eChanged;
+        case WAIT_OBJECT_0 + 1:
+            return Wake::eInterrupted;
+        case WAIT_TIMEOUT:
+            return Wake::eTimedOut;
+        default:
+            throw Failure(ExitCode::eFailed, "Waiting for a change of the store failed: " +
+                                                 InWords(HRESULT_FROM_WIN32(GetLastError())) +
+                                                 ".");
+    }
+}
+
+}  // namespace kora4::tools
