@@ -2,6 +2,7 @@
 #include "api/kora4asl.h"
 #include "api/log_texts.h"
 #include "api/public_records.h"
+#include "store/model/engine_masks.h"
 
 namespace kora4 {
 namespace {
@@ -14,26 +15,14 @@ constexpr const char* NameOf(KORA4APITechnology technology) {
     return text::OfTechnology(static_cast<std::uint32_t>(technology));
 }
 
-constexpr struct {
-    std::uint32_t mask;
-    const char* name;
-} cEngineConfigurations[] = {
-    {0x03FF, "full engine"},
-    {0x021F, "standard engine"},
-    {0x0140, "basic engine"},
-};
-
 void TraceMasterEnables(const trace::Site& site, std::uint32_t mask) {
     if (mask == 0) {
         KALTRACE(trace::eMessages, site, "**** Error: no technologies are enabled\n");
         return;
     }
-    for (const auto& configuration : cEngineConfigurations) {
-        if (configuration.mask == mask) {
-            KALTRACE(trace::eMessages, site, "%s configuration (0x%04X)\n", configuration.name,
-                     mask);
-            return;
-        }
+    if (const char* name = NameOfEngine(mask)) {
+        KALTRACE(trace::eMessages, site, "%s configuration (0x%04X)\n", name, mask);
+        return;
     }
     KALTRACE(trace::eMessages, site, "**** Error: custom configuration 0x%0x\n", mask);
 }

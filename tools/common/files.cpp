@@ -1,0 +1,76 @@
+#include "common/files.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "common/failure.h"
+#include "common/results.h"
+#include "common/text.h"
+#include "platform/handles.h"
+
+namespace kora4::tools {
+
+namespace {
+
+std::string Because(DWORD error) {
+    return ": " + InWords(HRESULT_FROM_WIN32(error)) + ".";
+}
+
+// A pipe whose writer is gone is at its end.
+bool IsAtEnd(DWORD error) {
+    return error == ERROR_BROKEN_PIPE || error == ERROR_HANDLE_EOF;
+}
+
+std::string ReadAll(HANDLE file, const std::string& name) {
+    std::string content;
+    char chunk[16384];
+    for (DWORD read = 1; read != 0;) {
+        if (!ReadFile(file, chunk, sizeof chunk, &read, nullptr)) {
+            const DWORD error = GetLastError();
+            if (IsAtEnd(error))
+                break;
+            throw Failure(ExitCode::eBadInput, name + " cannot be read" + Because(error));
+        }
+        content.append(chunk, read);
+        if (content.size() > cMaxFileBytes)
+            throw Failure(ExitCode::eBadInput, name + " is larger than 16 MB.");
+    }
+    return content;
+}
+
+UniqueHandle Open(const std::string& path, DWORD access, DWORD disposition) {
+    const HANDLE file =
+        CreateFileW(Widen(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                    disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return UniqueHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+}
+
+}  // namespace
+
+std::string ReadWholeFile(const std::string& path) {
+    if (path == "-")
+        return ReadAll(GetStdHandle(STD_INPUT_HANDLE), "Standard input");
+    const UniqueHandle file = Open(path, GENERIC_READ, OPEN_EXISTING);
+    if (!file)
+        throw Failure(ExitCode::eBadInput,
+                      "'" + path + "' cannot be opened" + Because(GetLastError()));
+    return ReadAll(file.Get(), "'" + path + "'");
+}
+
+void WriteWholeFile(const std::string& path, std::string_view content) {
+    const UniqueHandle file = Open(path, GENERIC_WRITE, CREATE_ALWAYS);
+    if (!file)
+        throw Failure(ExitCode::eFailed,
+                      "'" + path + "' cannot be made" + Because(GetLastError()));
+    while (!content.empty()) {
+        DWORD written = 0;
+        const auto chunk = static_cast<DWORD>(std::min<std::size_t>(content.size(), 1 << 20));
+        if (!WriteFile(file.Get(), content.data(), chunk, &written, nullptr) || written == 0)
+            throw Failure(ExitCode::eFailed,
+                          "'" + path + "' cannot be written" + Because(GetLastError()));
+        content.remove_prefix(written);
+    }
+}
+
+}  // namespace kora4::tools
