@@ -88,6 +88,8 @@ const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key);
 SchemaValue SettingValue(std::uint32_t pid);
 SchemaValue FlagValue(Technology technology, std::uint32_t profile);
 SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32_t pid);
+// All fields of a technology, each array for itself.
+std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profile);
 SchemaValue NameValue(std::uint32_t customProfile);
 SchemaValue EngineMaskValue();
 SchemaValue TriggerValue(Technology technology);

@@ -1,0 +1,313 @@
+#include "schema/schema.h"
+
+#include <span>
+
+#include "common/failure.h"
+#include "published/general_settings.h"
+#include "schema/texts.h"
+#include "store/model/profiles.h"
+#include "store/patches/field_tables.h"
+
+namespace kora4::tools {
+namespace {
+
+using published::GeneralSetting;
+using published::SettingKind;
+
+// ---- Keys -------------------------------------------------------------------------------
+
+PropertyKey PlacedKey(const KeyGuid& base, std::uint32_t pid, std::uint32_t offset,
+                      std::uint32_t profile = 0) {
+    KORA4PropKeyBase key(base, pid);
+    key.SetTechField(offset);
+    PropertyKey placed = key.Key();
+    placed.fmtid.data1 |= (profile & 0xFF) << 8;
+    return placed;
+}
+
+std::uint32_t OffsetOf(Technology technology) {
+    return technology.family == Family::ePreset ? sm_presetTechGUIDOffset[technology.number]
+                                                : sm_globalTechGUIDOffset[technology.number];
+}
+
+// Of a flag, with pid 0, or of a field.
+PropertyKey PatchKey(Technology technology, std::uint32_t profile, std::uint32_t pid) {
+    if (technology.family == Family::ePreset)
+        return PlacedKey(pkey::cPresetPatchGuid, pid, OffsetOf(technology), profile);
+    return PlacedKey(pkey::cGlobalPatchGuid, pid, OffsetOf(technology));
+}
+
+PropertyKey TriggerKey(Technology technology) {
+    return PlacedKey(technology.family == Family::ePreset ? pkey::cPresetTriggerGuid
+                                                          : pkey::cGlobalTriggerGuid,
+                     pkey::cTriggerPid, OffsetOf(technology));
+}
+
+std::span<const KORA4FieldDef> FieldsOf(Technology technology) {
+    const fields::RecordDef& record = technology.family == Family::ePreset
+                                          ? fields::cPresetRecords[technology.number]
+                                          : fields::cGlobalRecords[technology.number];
+    return {record.pFields, record.numberFields};
+}
+
+// ---- Defaults ---------------------------------------------------------------------------
+
+// Demo profiles take the row of the preset profile that they belong to, the custom ones
+// and every other number that of Movie.
+std::uint32_t RowOf(const SchemaValue& value) {
+    const std::uint32_t profile = value.profile.value_or(cMovieProfile);
+    if (IsPresetProfile(profile))
+        return profile;
+    return IsDemoProfile(profile) ? profile - cDemoMovieProfile : 0;
+}
+
+StoredValue FieldDefault(const KORA4FieldDef& field, unsigned array, std::uint32_t row) {
+    switch (field.typeCode) {
+        case cUnsignedField:
+        case cBooleanField:
+            return StoredValue::FromDword(
+                static_cast<const std::uint32_t*>(field.pDefaults)[row]);
+        case cFloatField:
+            return StoredValue::FromText(
+                FormatFloatText(static_cast<const float*>(field.pDefaults)[row]));
+        case cSelectedArrayField:
+            return StoredValue::FromDword(
+                static_cast<const EnumFieldDef*>(field.pDefaults)->pEnumDefaults[row]);
+        default:
+            return StoredValue::FromText(
+                static_cast<const defaults::TextList*>(field.pDefaults)[row][array]);
+    }
+}
+
+// A flag that is missing is on, unless the profile has a row of its own that says otherwise.
+std::uint32_t FlagDefault(Technology technology, std::uint32_t profile) {
+    if (technology.family == Family::eGlobal)
+        return 1;
+    const std::uint32_t* const rows = defaults::sm_presetOnElseOffDefaults[technology.number];
+    if (IsPresetProfile(profile))
+        return rows[profile];
+    return IsDemoProfile(profile) ? rows[profile - cDemoMovieProfile] : 1;
+}
+
+// ---- The walk ---------------------------------------------------------------------------
+
+Kind KindOf(const KORA4FieldDef& field) {
+    switch (field.typeCode) {
+        case cBooleanField:
+            return Kind::eSwitch;
+        case cFloatField:
+            return Kind::eFloat;
+        case cFloatArraysField:
+            return Kind::eNumericArray;
+        case cSelectedArrayField:
+            return Kind::eCurveIndex;
+        case cFlagArrayField:
+            return Kind::eFlagArray;
+        default:
+            return Kind::eNumber;
+    }
+}
+
+// How many values a field takes: the selected curve is built in, only its index is stored.
+unsigned StoredArrays(const KORA4FieldDef& field) {
+    return field.typeCode == cSelectedArrayField ? 0 : field.m_numArrays;
+}
+
+Kind KindOf(SettingKind kind) {
+    switch (kind) {
+        case SettingKind::eSwitch:
+            return Kind::eSwitch;
+        case SettingKind::eText:
+            return Kind::eText;
+        case SettingKind::eBlob:
+            return Kind::eBlob;
+        default:
+            return Kind::eNumber;
+    }
+}
+
+Role RoleOf(const GeneralSetting& setting) {
+    if (setting.key.fmtid == pkey::cMasterEnablesGuid)
+        return Role::eEngineMask;
+    switch (setting.key.pid) {
+        case pkey::cActivePresetPid:
+            return Role::eActiveProfile;
+        case pkey::cVisualizationDataPid:
+            return Role::eVisualization;
+        case pkey::cProfileTableCounterPid:
+            return Role::eTableCounter;
+        case pkey::cSavedEnablePid:
+        case pkey::cSavedProfilePid:
+            return Role::eSavedDemoState;
+        case pkey::cTraceFlagsPid:
+            return Role::eTraceWord;
+        default:
+            return setting.keySet == eKeySetApp ? Role::eCommand : Role::eSetting;
+    }
+}
+
+SchemaValue FromGeneral(const GeneralSetting& setting) {
+    SchemaValue value;
+    value.keySet = setting.keySet;
+    value.key = setting.key;
+    value.kind = KindOf(setting.kind);
+    value.role = RoleOf(setting);
+    if (setting.HasDefault())
+        value.defaultNumber = setting.defaultNumber;
+    return value;
+}
+
+SchemaValue OfTechnology(Technology technology, std::uint32_t profile) {
+    SchemaValue value;
+    value.technology = technology;
+    if (technology.family == Family::ePreset)
+        value.profile = profile;
+    return value;
+}
+
+SchemaValue FromField(Technology technology, std::uint32_t profile, const KORA4FieldDef& field,
+                      unsigned array) {
+    SchemaValue value = OfTechnology(technology, profile);
+    value.key = PatchKey(technology, profile, field.pid + array);
+    value.kind = KindOf(field);
+    value.role = Role::eField;
+    value.array = array;
+    value.arrays = StoredArrays(field);
+    value.scale = field.scale;
+    value.field = &field;
+    return value;
+}
+
+void AddTechnology(std::vector<SchemaValue>& values, Technology technology,
+                   std::uint32_t profile) {
+    values.push_back(FlagValue(technology, profile));
+    for (SchemaValue& value : FieldValues(technology, profile))
+        values.push_back(std::move(value));
+}
+
+std::vector<SchemaValue> Walk() {
+    std::vector<SchemaValue> values;
+    for (const GeneralSetting& setting : published::cGeneralSettings)
+        values.push_back(FromGeneral(setting));
+    for (const ProfileWord& profile : Profiles()) {
+        if (IsCustomProfile(profile.number))
+            values.push_back(NameValue(profile.number));
+        for (const TechnologyWord& technology : AllTechnologies())
+            if (technology.technology.family == Family::ePreset)
+                AddTechnology(values, technology.technology, profile.number);
+    }
+    for (const TechnologyWord& technology : AllTechnologies()) {
+        if (technology.technology.family == Family::eGlobal)
+            AddTechnology(values, technology.technology, 0);
+        values.push_back(TriggerValue(technology.technology));
+    }
+    return values;
+}
+
+}  // namespace
+
+std::optional<StoredValue> SchemaValue::Default() const {
+    if (field)
+        return FieldDefault(*field, array, RowOf(*this));
+    if (defaultNumber)
+        return StoredValue::FromDword(*defaultNumber);
+    return {};
+}
+
+std::vector<StoredValue> SchemaValue::Defaults() const {
+    std::vector<StoredValue> all;
+    const std::uint32_t rows =
+        field && technology.family == Family::ePreset ? cDefaultedProfileBound : 1;
+    for (std::uint32_t row = 0; field && row < rows; ++row)
+        all.push_back(FieldDefault(*field, array, row));
+    if (!field && defaultNumber)
+        all.push_back(StoredValue::FromDword(*defaultNumber));
+    return all;
+}
+
+std::optional<PropertyKey> SchemaValue::Announcement() const {
+    if (role == Role::eField)
+        return TriggerKey(technology);
+    if (role == Role::eName)
+        return pkey::Setting(pkey::cProfileTableCounterPid);
+    return {};
+}
+
+const std::vector<SchemaValue>& Schema() {
+    static const std::vector<SchemaValue> schema = Walk();
+    return schema;
+}
+
+const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key) {
+    for (const SchemaValue& value : Schema())
+        if (value.keySet == keySet && value.key == key)
+            return &value;
+    return nullptr;
+}
+
+SchemaValue SettingValue(std::uint32_t pid) {
+    const GeneralSetting* const setting = published::FindGeneralSetting(pkey::Setting(pid));
+    if (!setting)
+        throw Failure(ExitCode::eFailed,
+                      "The store has no setting of property id " + std::to_string(pid) + ".");
+    return FromGeneral(*setting);
+}
+
+SchemaValue EngineMaskValue() {
+    return FromGeneral(*published::FindGeneralSetting(
+        PropertyKey{pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid}));
+}
+
+SchemaValue FlagValue(Technology technology, std::uint32_t profile) {
+    SchemaValue value = OfTechnology(technology, profile);
+    value.keySet = eKeySetDynamic;
+    value.key = PatchKey(technology, profile, pkey::cSwitchPid);
+    value.kind = Kind::eSwitch;
+    value.role = Role::eFlag;
+    value.defaultNumber = FlagDefault(technology, profile);
+    return value;
+}
+
+SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32_t pid) {
+    for (const KORA4FieldDef& field : FieldsOf(technology)) {
+        const unsigned arrays = StoredArrays(field);
+        const unsigned array = pid - field.pid;
+        if (pid >= field.pid && array < (arrays == 0 ? 1 : arrays))
+            return FromField(technology, profile, field, array);
+    }
+    throw Failure(ExitCode::eFailed, "A " + std::string(WordOf(technology).title) +
+                                         " has no field of property id " + std::to_string(pid) +
+                                         ".");
+}
+
+std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profile) {
+    std::vector<SchemaValue> values;
+    for (const KORA4FieldDef& field : FieldsOf(technology)) {
+        const unsigned arrays = StoredArrays(field);
+        for (unsigned array = 0; array < (arrays == 0 ? 1 : arrays); ++array)
+            values.push_back(FromField(technology, profile, field, array));
+    }
+    return values;
+}
+
+SchemaValue NameValue(std::uint32_t customProfile) {
+    SchemaValue value;
+    value.key = PlacedKey(pkey::cProfileNameGuid, pkey::cProfileNamePid, 0, customProfile);
+    value.kind = Kind::eText;
+    value.role = Role::eName;
+    value.profile = customProfile;
+    return value;
+}
+
+SchemaValue TriggerValue(Technology technology) {
+    SchemaValue value;
+    value.keySet = eKeySetDynamic;
+    value.key = TriggerKey(technology);
+    value.kind = Kind::eNumber;
+    value.role = Role::eTrigger;
+    value.technology = technology;
+    value.defaultNumber = 0;
+    return value;
+}
+
+}  // namespace kora4::tools
