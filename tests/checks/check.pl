@@ -54,9 +54,28 @@ my %below = (
     'server'        => ['trace', 'platform', 'proxy', 'monitor', @clients, 'api'],
 );
 
+# The tools: their own rooms, and the tables of src/ that say what the store, the results and
+# the trace are. Never the library's code, for a tool is a client like any other.
+my @shared_tools = qw(common registry schema);
+my %below_of_tools = (
+    'common'   => [],
+    'registry' => ['common'],
+    'schema'   => ['common', 'registry'],
+    'kora4ctl' => \@shared_tools,
+    'kora4sim' => \@shared_tools,
+);
+my $tables_for_tools = join '|', qw(
+    store/model/[^/]+ store/patches/field_(tables|def) store/access/(registry_paths|named_mutex)
+    store/codec/array_text api/patch_limits trace/trace published/[^/]+);
+
 sub room_of {
     my ($path) = @_;
     return $path =~ m{^(store/[^/]+|[^/]+)/} && exists $below{$1} ? $1 : undef;
+}
+
+sub tool_room_of {
+    my ($path) = @_;
+    return $path =~ m{^([^/]+)/} && exists $below_of_tools{$1} ? $1 : undef;
 }
 
 sub arrows {
@@ -75,6 +94,32 @@ sub arrows {
                     unless $to eq $room || grep { $_ eq $to } @{$below{$room}};
             } elsif (!$contract{$target} && !-f "$root/idl/$target") {
                 complain($file, $number, "\"$target\" is neither rooted at src/ nor a contract header");
+            }
+        }
+    }
+    arrows_of_tools(\%contract);
+}
+
+sub arrows_of_tools {
+    my ($contract) = @_;
+    for my $file (files('^tools/.*\.(h|c|cpp)$')) {
+        my $room = tool_room_of($file =~ s{^tools/}{}r);
+        complain($file, 1, 'stands in no room of the tools'), next unless $room;
+        my $number = 0;
+        for (lines_of($file)) {
+            $number++;
+            next unless /^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+\/[^>]+)>)/;
+            my $quoted = defined $1;
+            my $target = $quoted ? $1 : $2;
+            my $to = tool_room_of($target);
+            if ($to) {
+                complain($file, $number, "$room must not include $to ($target)")
+                    unless $to eq $room || grep { $_ eq $to } @{$below_of_tools{$room}};
+            } elsif (room_of($target)) {
+                complain($file, $number, "a tool includes tables of src/ only, not \"$target\"")
+                    unless $target =~ m{^(?:$tables_for_tools)\.h$};
+            } elsif ($quoted && !$contract->{$target}) {
+                complain($file, $number, "\"$target\" is neither rooted at tools/ nor a table of src/");
             }
         }
     }
@@ -116,7 +161,7 @@ sub lines {
 # Texts that are too short or too plain to be a name of anything.
 sub is_plain {
     my ($text) = @_;
-    return length($text) < 4 || $text !~ /[A-Za-z0-9]/;
+    return length($text) < 5 || $text !~ /[A-Za-z0-9]/;
 }
 
 my %places;
@@ -157,14 +202,14 @@ sub literals_in {
 }
 
 sub literals {
-    for my $file (files('^(src|idl|sdk)/.*\.(h|c|cpp|idl|rc|rgs|in|def)$')) {
+    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|c|cpp|idl|rc|rgs|in|def)$')) {
         my $text = join('', lines_of($file));
         # Comments go, their line ends stay.
         $text =~ s{("(?:[^"\\\n]|\\.)*")|//[^\n]*|(/\*.*?\*/)}
                   {defined $1 ? $1 : defined $2 ? $2 =~ tr/\n//cdr : ''}gse;
         my $at = sub { ($file, 1 + (substr($text, 0, $_[0]) =~ tr/\n//)) };
         guids_in($text, $at);
-        literals_in($text, $at) if $file =~ m{^src/};
+        literals_in($text, $at) if $file =~ m{^(src|tools)/};
     }
     for my $what (sort keys %places) {
         my @where = @{$places{$what}};

@@ -9,7 +9,8 @@ failures=0
 # fresh: a little tree that breaks no rule.
 fresh() {
   rm -rf "$work/tree"
-  mkdir -p "$work/tree"/{src/{trace,platform,store/{model,access,clients},monitor,api,server},idl,sdk/include}
+  mkdir -p "$work/tree"/{src/{trace,platform,store/{model,access,clients},monitor,api,server},idl,sdk/include,tools/{common,registry,schema,kora4ctl/verbs,kora4sim}}
+  mkdir -p "$work/tree"/src/published
   cd "$work/tree"
   cp "$root/.clang-format" .
   echo '[uuid(01234567-89AB-CDEF-0123-456789ABCDEF)] interface IThing;' >idl/thing.idl
@@ -22,6 +23,12 @@ fresh() {
   printf '#include <windows.h>\n\n#include "thing.h"\n#include "trace/trace.h"\n' >src/monitor/monitor.cpp
   echo '#include "store/clients/client.h"' >src/api/api.h
   echo '#include "api/api.h"' >src/server/server.cpp
+  echo '#include "store/model/model.h"' >src/published/results.h
+  printf '#include <string>\n\n#include "published/results.h"\n' >tools/common/results.h
+  echo '#include "common/results.h"' >tools/registry/store.h
+  echo '#include "registry/store.h"' >tools/schema/settings.h
+  echo '#include "schema/settings.h"' >tools/kora4ctl/verbs/get.cpp
+  printf '#include "schema/settings.h"\n#include "thing.h"\n' >tools/kora4sim/engine.cpp
 }
 
 report() {
@@ -44,6 +51,7 @@ run() {
 # finds RULE WORDS FILE TEXT: appending TEXT to FILE makes RULE complain with WORDS.
 finds() {
   fresh
+  mkdir -p "$(dirname "$3")"
   printf '%b\n' "$4" >>"$3"
   local result=0
   if run "$1" || ! grep -qF -- "$2" "$work/output"; then result=1; fi
@@ -81,6 +89,17 @@ finds arrows "api $up server" src/api/api.h '#include "server/server.h"'
 finds arrows "trace $up platform" src/trace/trace.h '#include "platform/handles.h"'
 finds arrows "neither rooted" src/api/api.h '#include "api.h"'
 finds arrows "no room" src/lost.h '// text'
+finds arrows "published $up store/access" src/published/results.h '#include "store/access/key_access.h"'
+finds arrows "api $up published" src/api/api.h '#include "published/results.h"'
+finds arrows "common $up registry" tools/common/results.h '#include "registry/store.h"'
+finds arrows "registry $up schema" tools/registry/store.h '#include "schema/settings.h"'
+finds arrows "kora4ctl $up kora4sim" tools/kora4ctl/verbs/get.cpp '#include "kora4sim/engine.h"'
+finds arrows "kora4sim $up kora4ctl" tools/kora4sim/engine.cpp '#include "kora4ctl/verbs.h"'
+finds arrows "tables of src/ only" tools/kora4ctl/verbs/get.cpp '#include "store/clients/client.h"'
+finds arrows "tables of src/ only" tools/schema/settings.h '#include <store/access/key_access.h>'
+finds arrows "neither rooted at tools/" tools/kora4ctl/verbs/get.cpp '#include "verbs.h"'
+finds arrows "no room of the tools" tools/lost/lost.h '// text'
+allows arrows tools/schema/settings.h '#include "store/model/model.h"\n#include <nlohmann/json.hpp>'
 finds pure "platform header" src/store/model/model.h '#include <windows.h>'
 finds pure "platform header" src/trace/trace.h '#include <wrl/client.h>'
 finds pure "includes one that is not" src/store/clients/client.h '#include "store/access/task_memory.cpp"'
@@ -88,6 +107,11 @@ finds lines "601 lines" src/api/api.h "$(printf '// line\\n%.0s' {1..599})// las
 guid='0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}'
 fresh
 finds literals "a second copy of the GUID" src/api/api.h "constexpr KeyGuid cOther{$guid};"
+finds literals "a second copy of the GUID" tools/registry/store.h "constexpr KeyGuid cOther{$guid};"
+finds literals "a second copy of the text Name of it" tools/schema/settings.h 'auto name = u"Name of it";'
+finds lines "601 lines" tools/registry/store.h "$(printf '// line\\n%.0s' {1..599})// last"
+finds format "code should be clang-formatted" tools/registry/store.h 'int  f( ) ;'
+finds pure "platform header" src/published/results.h '#include <windows.h>'
 finds literals "a second copy of the text Name of it" src/api/api.h 'auto name = u"Name of it";'
 finds literals "a second copy of the table" src/api/api.h \
   'int a[] = {1, 2, 3, 4};\nint b[] = {1,\n  2, 3, 4};'
