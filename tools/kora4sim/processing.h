@@ -36,6 +36,10 @@ struct RecordShape {
     double offset = 0;  // dB
 };
 
+// One of the built-in curves of the intelligent EQ, band by band in dB; empty for an index
+// that there is not.
+std::vector<float> BuiltInCurve(std::uint32_t index);
+
 // In Hz, of a place among the bands (see PlaceOf): the engine's own band frequencies.
 double FrequencyAt(double place);
 

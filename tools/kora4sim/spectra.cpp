@@ -9,9 +9,9 @@ namespace kora4::tools::sim {
 namespace {
 
 constexpr double cTurn = 2 * std::numbers::pi;
-constexpr double cStep = 16;                // levels are multiples of 1 / cStep dB
-constexpr double cSyllablesInAGroup = 5;    // and then there may be a pause
-constexpr std::uint64_t cPauseDraw = 1;     // what chance is asked for, beside the levels
+constexpr double cStep = 16;              // levels are multiples of 1 / cStep dB
+constexpr double cSyllablesInAGroup = 5;  // and then there may be a pause
+constexpr std::uint64_t cPauseDraw = 1;   // what chance is asked for, beside the levels
 constexpr std::uint64_t cSyllableDraw = 2;
 constexpr std::uint64_t cLevelDraw = 1000;  // plus the moment
 
@@ -44,8 +44,8 @@ double Signal::Speech(double seconds, double place) const {
     const auto group = static_cast<std::uint64_t>(syllable / cSyllablesInAGroup);
     if (m_noise.Even(cPauseDraw, group) < m_spectrum.pauses)
         return cLowestLevel;
-    const double loudness =
-        m_noise.Even(cSyllableDraw, static_cast<std::uint64_t>(syllable)) * m_spectrum.swing / 4;
+    const double loudness = m_noise.Even(cSyllableDraw, static_cast<std::uint64_t>(syllable)) *
+                            m_spectrum.swing / 4;
     const double opening = std::sin(std::numbers::pi * (syllables - syllable));
     return PointAt(place) - loudness - m_spectrum.swing * (1 - opening);
 }
@@ -73,7 +73,8 @@ float Signal::Level(std::uint64_t milliseconds, double place, unsigned stream) c
             return cLowestLevel;
     }
     if (level > cLowestLevel) {
-        const auto part = static_cast<std::uint64_t>(place * 0x10000) + (std::uint64_t{stream} << 32);
+        const auto part =
+            static_cast<std::uint64_t>(place * 0x10000) + (std::uint64_t{stream} << 32);
         level += m_spectrum.noise * (2 * m_noise.Even(cLevelDraw + milliseconds, part) - 1);
     }
     level = std::clamp(level, static_cast<double>(cLowestLevel), 0.0);

@@ -1,0 +1,164 @@
+#include "kora4sim/command_line.h"
+
+#include <cmath>
+#include <memory>
+
+#include "common/failure.h"
+#include "common/program.h"
+#include "common/text.h"
+#include "kora4sim/engine.h"
+#include "kora4sim/scene.h"
+
+namespace kora4::tools::sim {
+
+namespace {
+
+constexpr char cSummary[] =
+    "Stands in for the KORA4 audio engine: publishes levels, takes over the settings that are\n"
+    "announced in the store, says what it saw, and goes wrong on demand.";
+
+constexpr char cExitCodes[] =
+    "Exit codes: 0 done, 1 failed (also after the fault die), 2 wrong command line, 4 the "
+    "store\n"
+    "has no keys because the library is not registered, 5 bad scene, fault or number.\n";
+
+constexpr std::size_t cNameColumns = 26;
+
+// What the command line says, before it is checked.
+struct Choices {
+    std::string scene = cDefaultScene;
+    bool list = false;
+    double seconds = -1;
+    std::uint64_t seed = 1;
+    long long period = -1;
+    long long records = -1;
+    bool noPublish = false;
+    bool writeDefaults = false;
+    bool clean = false;
+    std::vector<std::string> faults;
+};
+
+// The faults and their kinds, at the end of --help.
+std::string FaultHelp() {
+    std::string help = "Faults:\n";
+    for (const FaultDef& def : Faults()) {
+        const std::string range = def.most > 0
+                                      ? " (" + Decimal(static_cast<float>(def.least)) + " to " +
+                                            Decimal(static_cast<float>(def.most)) + ")"
+                                      : "";
+        help += "  " + Padded(std::string(def.name) + def.shape, cNameColumns) + def.meaning +
+                range + "\n";
+        for (const FaultArgument& argument : ArgumentsOf(def.kind))
+            help += "    " + Padded(argument.name, cNameColumns - 2) + argument.meaning + "\n";
+    }
+    return help;
+}
+
+Failure OutOfRange(const char* option, const std::string& range) {
+    return Failure(ExitCode::eBadInput, std::string(option) + " takes " + range + ".");
+}
+
+EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
+    EngineOptions options;
+    if (root.count("--for") != 0) {
+        if (!(choices.seconds >= 0) || !(choices.seconds <= cLongestRun))
+            throw OutOfRange("--for", "0 to 86400 seconds");
+        options.runMilliseconds =
+            static_cast<std::uint64_t>(std::llround(choices.seconds * 1000));
+    }
+    if (root.count("--period") != 0) {
+        if (choices.period < cShortestPeriod || choices.period > cLongestPeriod)
+            throw OutOfRange("--period", "10 to 10000 milliseconds");
+        options.period = static_cast<std::uint32_t>(choices.period);
+    }
+    options.seed = choices.seed;
+    options.publishes = !choices.noPublish;
+    options.writesDefaults = choices.writeDefaults;
+    options.removesLevels = choices.clean;
+    for (const std::string& fault : choices.faults)
+        options.faults.push_back(ParseFault(fault));
+    return options;
+}
+
+// That many processing objects: the scene's own, and its last one again and again.
+void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
+    if (root.count("--records") == 0)
+        return;
+    if (choices.records < 0 || choices.records > cMostRecords)
+        throw OutOfRange("--records", "0 to 64 processing objects");
+    const RecordShape last = scene.records.empty() ? RecordShape() : scene.records.back();
+    scene.records.resize(static_cast<std::size_t>(choices.records), last);
+}
+
+ExitCode ListScenes(Output& output) {
+    const SceneFolder folder;
+    Json document = Json::array();
+    std::vector<std::vector<std::string>> rows;
+    for (const std::string& name : folder.Names()) {
+        const Scene scene = folder.Load(name);
+        const std::string mask = Hex(scene.mask, 4);
+        rows.push_back({name, mask, scene.description});
+        document.push_back(
+            {{"name", name}, {"mask", mask}, {"description", scene.description}});
+    }
+    if (output.json)
+        output.PrintJson(document);
+    else
+        output.Table({"SCENE", "ENGINE", "WHAT IT IS"}, rows);
+    return ExitCode::eDone;
+}
+
+ExitCode RunEngine(const Choices& choices, Context& context) {
+    EngineOptions options = CheckedOptions(choices, context.root);
+    Scene scene = SceneFolder().Load(choices.scene);
+    TakeRecords(choices, context.root, scene);
+    const std::unique_ptr<StoreAccess> store = OpenStore(OpenMode::eReadWrite);
+    Reporter reporter(context.output);
+    return Engine(scene, std::move(options), *store, reporter, context.interrupt).Run();
+}
+
+void AddOptions(Context& context) {
+    CLI::App& root = context.root;
+    const auto choices = std::make_shared<Choices>();
+    root.add_option("scene", choices->scene,
+                    "a scene by its name (see --list), or the path of a scene file (default: "
+                    "music)");
+    root.add_flag("--list", choices->list, "list the scenes and exit");
+    root.add_option("--for", choices->seconds,
+                    "end after that many seconds, 0 to 86400; without it: at Ctrl-C")
+        ->type_name("S");
+    root.add_option("--seed", choices->seed,
+                    "what chance begins with, 0 to 2^64-1 (default: 1); the same seed, scene "
+                    "and length publish the same values")
+        ->type_name("N");
+    root.add_option("--period", choices->period,
+                    "publish each MS milliseconds, 10 to 10000, whatever the store says")
+        ->type_name("MS");
+    root.add_option("--records", choices->records,
+                    "publish that many processing objects, 0 to 64, instead of the scene's")
+        ->type_name("N");
+    root.add_flag("--no-publish", choices->noPublish, "only look, publish no levels");
+    root.add_option(
+            "--fault", choices->faults,
+            "go wrong, at once or that many seconds after the start, 0 to 86400; may be "
+            "repeated")
+        ->type_name("NAME[=ARG][@S]")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    root.add_flag("--write-defaults", choices->writeDefaults,
+                  "first write every built-in value of every profile into the store");
+    root.add_flag("--clean", choices->clean,
+                  "remove the levels from the store at the end; without it the last ones stay");
+    root.footer(FaultHelp() + "\n" + cExitCodes);
+    OnRun(root, context, [choices, &context] {
+        return choices->list ? ListScenes(context.output) : RunEngine(*choices, context);
+    });
+}
+
+}  // namespace
+
+int RunKora4Sim(const std::vector<std::string>& arguments) {
+    return RunProgram("kora4sim", cSummary, arguments, AddOptions);
+}
+
+}  // namespace kora4::tools::sim
