@@ -398,6 +398,19 @@ const Setting* SettingOf(const SchemaValue& value) {
     return nullptr;
 }
 
+std::string NameOf(const SchemaValue& value) {
+    if (const Setting* const setting = SettingOf(value))
+        return setting->name;
+    if (value.role == Role::eTrigger)
+        return std::string(WordOf(value.technology).word) + " trigger";
+    const published::GeneralSetting* const general = published::FindGeneralSetting(value.key);
+    return general ? general->name : value.Name();
+}
+
+std::string PlaceOf(const SchemaValue& value) {
+    return (value.profile ? ProfileName(*value.profile) + ": " : std::string()) + NameOf(value);
+}
+
 std::vector<std::string> SettingNames() {
     std::vector<std::string> names;
     for (const Setting& setting : SettingsTable())

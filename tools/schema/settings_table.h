@@ -74,6 +74,12 @@ const Setting* SwitchOf(const Setting& setting);
 // The setting that a value of the store belongs to; null for triggers and the like.
 const Setting* SettingOf(const SchemaValue& value);
 
+// What a value of the store is called: the setting's name, or for what is no setting "levels",
+// "table-counter", "volume-leveler trigger"; with the profile in front: "music:
+// volume-leveler".
+std::string NameOf(const SchemaValue& value);
+std::string PlaceOf(const SchemaValue& value);
+
 std::vector<std::string> SettingNames();
 // For completion: on and off, words, profiles; empty for plain numbers.
 std::vector<std::string> CompletionWords(const Setting& setting);

@@ -42,6 +42,7 @@ enum class Recovery {
 
 struct Recovered {
     Recovery outcome = Recovery::eNothing;
+    bool isDone = true;                 // false from Inspect: what Recover would do
     std::string journal;                // its path
     std::vector<std::string> restored;  // "music: volume-leveler", what was put back
     // What somebody else wrote after the break: neither the content before nor the one after
