@@ -4,27 +4,42 @@ namespace kora4::tools {
 
 namespace {
 
+// What a process that Ctrl-C ends leaves as its exit code. Not every platform's own handler
+// does, and some run the process's clean-up, which may wait for what was interrupted.
+constexpr UINT cEndedByCtrlC = 0xC000013A;
+
+// How long a tool may go on after the console is closed, or the session ends. The platform
+// ends the process when the handler returns, or a little later than this.
+constexpr DWORD cLastMoment = 4000;
+
 HANDLE g_event = nullptr;
 
 // On a thread of the platform's own.
-BOOL WINAPI OnControl(DWORD) {
-    // Whoever asks twice does not want to wait for the tool's own end.
-    if (WaitForSingleObject(g_event, 0) == WAIT_OBJECT_0)
-        return FALSE;
+BOOL WINAPI OnControl(DWORD control) {
+    const bool isFirst = WaitForSingleObject(g_event, 0) != WAIT_OBJECT_0;
     SetEvent(g_event);
+    if (control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) {
+        Sleep(cLastMoment);
+        return TRUE;
+    }
+    // Whoever asks twice does not want to wait for the tool's own end.
+    if (!isFirst)
+        TerminateProcess(GetCurrentProcess(), cEndedByCtrlC);
     return TRUE;
 }
 
 }  // namespace
 
+// The event stays when the handler goes: a call of it may be under way.
 Interrupt::Interrupt() {
-    g_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (g_event == nullptr)
+        g_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    ResetEvent(g_event);
     SetConsoleCtrlHandler(OnControl, TRUE);
 }
 
 Interrupt::~Interrupt() {
     SetConsoleCtrlHandler(OnControl, FALSE);
-    CloseHandle(g_event);
 }
 
 HANDLE Interrupt::Event() const {
