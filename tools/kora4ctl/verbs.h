@@ -10,9 +10,19 @@ namespace kora4::tools {
 using AddVerb = void(Context& context);
 
 AddVerb AddStatus;
+AddVerb AddRegister;
+AddVerb AddUnregister;
+AddVerb AddExplain;
+AddVerb AddTrace;
+AddVerb AddDump;
+AddVerb AddLoad;
+AddVerb AddDiff;
+AddVerb AddLint;
 
 // All of them, in the order of --help.
-inline constexpr AddVerb* cVerbs[] = {AddStatus};
+inline constexpr AddVerb* cVerbs[] = {AddStatus,  AddRegister, AddUnregister,
+                                      AddExplain, AddTrace,    AddDump,
+                                      AddLoad,    AddDiff,     AddLint};
 
 }  // namespace kora4::tools
 

@@ -1,0 +1,155 @@
+#include "kora4ctl/trace_log.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "common/failure.h"
+#include "common/results.h"
+#include "common/text.h"
+#include "platform/handles.h"
+#include "trace/trace.h"
+
+namespace kora4::tools {
+namespace {
+
+// The library writes in the code page of the machine.
+std::string FromCodePage(const std::string& bytes) {
+    const int length = static_cast<int>(bytes.size());
+    const int count = MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(count), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, wide.data(), count);
+    return Narrow(wide);
+}
+
+UniqueHandle OpenToRead(const std::string& path) {
+    const HANDLE file = CreateFileW(Widen(path).c_str(), GENERIC_READ,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file != INVALID_HANDLE_VALUE)
+        return UniqueHandle(file);
+    const DWORD error = GetLastError();
+    // One that is being removed, or that a writer has for itself at this moment.
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+        error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING)
+        return {};
+    throw Failure(ExitCode::eFailed,
+                  path + " cannot be read: " + InWords(HRESULT_FROM_WIN32(error)) + ".");
+}
+
+// What is in the file from that place on.
+std::string ReadFrom(HANDLE file, std::uint64_t offset) {
+    LARGE_INTEGER place;
+    place.QuadPart = static_cast<LONGLONG>(offset);
+    std::string text;
+    if (!SetFilePointerEx(file, place, nullptr, FILE_BEGIN))
+        return text;
+    std::string block(64 * 1024, '\0');
+    for (DWORD count = 0;
+         ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &count, nullptr) &&
+         count != 0;)
+        text.append(block, 0, count);
+    return text;
+}
+
+}  // namespace
+
+std::optional<TraceLine> ParseTraceLine(std::string_view text) {
+    TraceLine line;
+    const std::size_t tagEnd = text.find(": ");
+    if (tagEnd == 0 || tagEnd == std::string_view::npos)
+        return {};
+    line.module = text.substr(0, tagEnd);
+    if (line.module.find(' ') != std::string::npos)
+        return {};
+    text.remove_prefix(tagEnd + 2);
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    const auto number = std::from_chars(text.data(), text.data() + text.size(), line.line);
+    if (number.ec != std::errc())
+        return {};
+    text.remove_prefix(static_cast<std::size_t>(number.ptr - text.data()));
+    if (!text.starts_with(' '))
+        return {};
+    text.remove_prefix(1);
+    // A single colon ends the function's name, a double one belongs to it.
+    std::size_t end = 0;
+    while ((end = text.find(':', end)) != std::string_view::npos && text.substr(end, 2) == "::")
+        end += 2;
+    if (end == 0 || end == std::string_view::npos)
+        return {};
+    line.function = text.substr(0, end);
+    line.text = text.substr(end + 1);
+    return line;
+}
+
+std::string LogFolder() {
+    const std::string folder = trace::cLogFolder;
+    return folder.substr(0, folder.size() - 1);
+}
+
+bool HasLogFolder() {
+    const DWORD attributes = GetFileAttributesW(Widen(LogFolder()).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_DIRECTORY;
+}
+
+std::string LogPath(std::string_view tag) {
+    return trace::cLogFolder + std::string(tag.empty() ? trace::cSharedLog : tag) +
+           trace::cLogExtension;
+}
+
+std::vector<LogFile> LogFiles() {
+    std::vector<LogFile> files;
+    WIN32_FIND_DATAW found{};
+    const std::string pattern = std::string(trace::cLogFolder) + "*" + trace::cLogExtension;
+    const HANDLE search = FindFirstFileW(Widen(pattern).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return files;
+    do {
+        LogFile file;
+        file.name = Narrow(found.cFileName);
+        file.bytes = std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
+        FILETIME local{};
+        FileTimeToLocalFileTime(&found.ftLastWriteTime, &local);
+        FileTimeToSystemTime(&local, &file.changed);
+        files.push_back(std::move(file));
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    std::sort(files.begin(), files.end(),
+              [](const LogFile& a, const LogFile& b) { return a.name < b.name; });
+    return files;
+}
+
+std::vector<std::string> LogReader::NewLines() {
+    const UniqueHandle file = OpenToRead(m_path);
+    const bool wasThere = std::exchange(m_isThere, static_cast<bool>(file));
+    m_beganAnew = false;
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (!file || !GetFileInformationByHandle(file.Get(), &info))
+        return {};
+    const std::uint64_t size = std::uint64_t{info.nFileSizeHigh} << 32 | info.nFileSizeLow;
+    const std::uint64_t identity =
+        std::uint64_t{info.nFileIndexHigh} << 32 | info.nFileIndexLow;
+    // Gone for a while, another file, or shorter than what was read of it.
+    if (!wasThere || identity != m_identity || size < m_offset) {
+        m_beganAnew = m_offset != 0;
+        m_identity = identity;
+        m_offset = 0;
+        m_incomplete.clear();
+    }
+    const std::string added = ReadFrom(file.Get(), m_offset);
+    m_offset += added.size();
+    m_incomplete += added;
+    std::vector<std::string> lines;
+    std::size_t begin = 0;
+    for (std::size_t end = 0; (end = m_incomplete.find('\n', begin)) != std::string::npos;
+         begin = end + 1) {
+        std::string line = m_incomplete.substr(begin, end - begin);
+        while (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (!line.empty())
+            lines.push_back(FromCodePage(line));
+    }
+    m_incomplete.erase(0, begin);
+    return lines;
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,65 @@
+// The log files of the library's trace.
+#ifndef KORA4_TOOLS_KORA4CTL_TRACE_LOG_H
+#define KORA4_TOOLS_KORA4CTL_TRACE_LOG_H
+
+#include <windows.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kora4::tools {
+
+// "KORA4ASL:  120 CKORA4ASL::Initialize:>>" taken apart.
+struct TraceLine {
+    std::string module;
+    unsigned line = 0;
+    std::string function;
+    std::string text;
+};
+// None for what the trace would not have written.
+std::optional<TraceLine> ParseTraceLine(std::string_view line);
+
+// "C:\KalLogs"
+std::string LogFolder();
+bool HasLogFolder();
+// The file of a module's tag, or the one of all modules for an empty tag.
+std::string LogPath(std::string_view tag);
+
+struct LogFile {
+    std::string name;  // "KORA4ASL.log"
+    std::uint64_t bytes = 0;
+    SYSTEMTIME changed{};  // local time
+};
+// By name; empty when there is no folder.
+std::vector<LogFile> LogFiles();
+
+// Reads a log that others append to, empty, remove and make anew meanwhile. The file is
+// never kept open: its writers come and go, and whoever wants to remove it may.
+class LogReader {
+  public:
+    explicit LogReader(std::string path) : m_path(std::move(path)) {}
+
+    // The lines that are complete since the last call, without their ends, empty ones left
+    // out; at first all of them. None when there is no file.
+    std::vector<std::string> NewLines();
+    // The file was emptied, removed or replaced before the last NewLines: its lines are
+    // those of a new beginning.
+    bool BeganAnew() const { return m_beganAnew; }
+    // Whether there was a file.
+    bool IsThere() const { return m_isThere; }
+
+  private:
+    std::string m_path;
+    std::string m_incomplete;
+    std::uint64_t m_offset = 0;
+    std::uint64_t m_identity = 0;
+    bool m_isThere = false;
+    bool m_beganAnew = false;
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_TOOLS_KORA4CTL_TRACE_LOG_H

@@ -1,0 +1,233 @@
+// kora4ctl register, unregister: the library in the machine's registration.
+#include <objbase.h>
+
+#include <memory>
+
+#include "common/failure.h"
+#include "common/results.h"
+#include "common/text.h"
+#include "kora4ctl/registration.h"
+#include "kora4ctl/verbs.h"
+#include "registry/store_access.h"
+
+namespace kora4::tools {
+
+namespace {
+
+struct Options {
+    std::string path;
+    bool check = false;
+};
+
+// Registration wants COM, as every program that registers a library has it.
+class ComHold {
+  public:
+    ComHold() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    ~ComHold() {
+        if (SUCCEEDED(m_result))
+            CoUninitialize();
+    }
+    ComHold(const ComHold&) = delete;
+    ComHold& operator=(const ComHold&) = delete;
+
+  private:
+    HRESULT m_result;
+};
+
+const char* WordOf(RegisteredFor where) {
+    constexpr const char* cWords[] = {"nobody", "machine", "user"};
+    return cWords[static_cast<int>(where)];
+}
+
+// A text, or null where there is none.
+Json TextOrNull(const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
+}
+
+Json FindingsOf(const Observations& observations) {
+    Json findings = Json::array();
+    for (const Observation& one : observations)
+        findings.push_back(
+            {{"severity", SeverityName(one.severity)}, {"what", one.what}, {"next", one.next}});
+    return findings;
+}
+
+Json DocumentOf(const Registration& found, const Observations& observations) {
+    return {{"registered", found.IsThere()},
+            {"for", found.IsThere() ? Json(WordOf(found.where)) : Json(nullptr)},
+            {"class", ServedClass()},
+            {"title", TextOrNull(found.title)},
+            {"path", TextOrNull(found.path)},
+            {"threadingModel", TextOrNull(found.threadingModel)},
+            {"appId", TextOrNull(found.appId)},
+            {"typeLibrary", TextOrNull(found.typeLibrary)},
+            {"fileExists", found.IsThere() && found.file != FileKind::eAbsent},
+            {"fileVersion", TextOrNull(found.fileVersion)},
+            {"apiVersion", TextOrNull(found.apiVersion)},
+            {"toolVersion", KORA4_VERSION},
+            {"findings", FindingsOf(observations)}};
+}
+
+std::string OrNothing(const std::string& text) {
+    return text.empty() ? "-" : text;
+}
+
+using Rows = std::vector<std::vector<std::string>>;
+
+void PrintRegistration(Output& output, const Registration& found, const Rows& more = {}) {
+    const bool isForMachine = found.where == RegisteredFor::eMachine;
+    Rows rows = {
+        {"library", OrNothing(found.path)},
+        {"registered for",
+         isForMachine ? "the machine (HKEY_LOCAL_MACHINE)" : "this user (HKEY_CURRENT_USER)"},
+        {"class", ServedClass() + " " + found.title},
+        {"threading model", OrNothing(found.threadingModel)},
+        {"application", OrNothing(found.appId) + " " + found.appTitle},
+        {"type library", OrNothing(found.typeLibrary)},
+        {"version", OrNothing(found.fileVersion) + " (file), " + OrNothing(found.apiVersion) +
+                        " (library), " KORA4_VERSION " (this program)"}};
+    rows.insert(rows.end(), more.begin(), more.end());
+    output.Table({}, rows);
+}
+
+ExitCode Check(const Context& context, const Options& options) {
+    Output& output = context.output;
+    const Registration found = ReadRegistration();
+    const Observations observations =
+        Examine(found, options.path.empty() ? std::string() : FullPath(options.path));
+    if (output.json) {
+        output.PrintJson(DocumentOf(found, observations));
+    } else {
+        if (found.IsThere())
+            PrintRegistration(output, found);
+        for (const Observation& one : observations) {
+            const Style style =
+                one.severity == Severity::eError ? Style::eBad : Style::eWarning;
+            output.Print(output.Paint(style, SeverityName(one.severity)) + ": " + one.what);
+            output.Print("  " + one.next);
+        }
+        if (observations.empty())
+            output.Say("The registration is in order.");
+    }
+    if (!found.IsThere())
+        return ExitCode::eNotReady;
+    return NeedsMending(observations) ? ExitCode::eFindings : ExitCode::eDone;
+}
+
+bool IsElevated() {
+    HANDLE opened = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
+        return true;
+    TOKEN_ELEVATION elevation{};
+    DWORD size = sizeof elevation;
+    const bool isKnown = GetTokenInformation(opened, TokenElevation, &elevation, size, &size);
+    CloseHandle(opened);
+    return !isKnown || elevation.TokenIsElevated;
+}
+
+// The library's own answer to the wish to be registered.
+void Expect(HRESULT hr, const std::string& path, const char* what) {
+    if (SUCCEEDED(hr))
+        return;
+    const bool isDenied = hr == E_ACCESSDENIED || !IsElevated();
+    throw Failure(ExitCode::eFailed, path + " could not be " + what + ": " + InWords(hr) + ".",
+                  isDenied
+                      ? "Only an administrator may: run it in a console of an administrator."
+                      : "See what is registered now: kora4ctl register --check");
+}
+
+ExitCode Register(const Context& context, const Options& options) {
+    Output& output = context.output;
+    const std::string path =
+        FullPath(options.path.empty() ? LibraryBesideTool() : options.path);
+    const std::string before = ReadRegistration().path;
+    {
+        const ComHold com;
+        const RegistrableLibrary library(path);
+        Expect(library.Register(), path, "registered");
+    }
+    const Registration now = ReadRegistration();
+    if (output.json) {
+        Json document = DocumentOf(now, Examine(now, path));
+        document["before"] = TextOrNull(before);
+        output.PrintJson(document);
+        return ExitCode::eDone;
+    }
+    output.Say("The library is registered.");
+    if (!output.quiet)
+        PrintRegistration(output, now,
+                          {{"store", "HKEY_LOCAL_MACHINE\\" + KeySetPath(eKeySetStatic)},
+                           {"", "HKEY_LOCAL_MACHINE\\" + KeySetPath(eKeySetDynamic)}});
+    if (!before.empty() && Lower(before) != Lower(now.path))
+        output.Say("Registered before: " + before);
+    for (const Observation& one : Examine(now, path))
+        output.Complain(std::string(SeverityName(one.severity)) + ": " + one.what);
+    return ExitCode::eDone;
+}
+
+ExitCode Unregister(const Context& context, const Options& options) {
+    Output& output = context.output;
+    const Registration before = ReadRegistration();
+    // What knows how to remove the entries: the file that was named, the one beside this
+    // program, or the one that is registered.
+    std::string path = options.path.empty() ? LibraryBesideTool() : options.path;
+    if (options.path.empty() && KindOfFile(path) == FileKind::eAbsent && before.IsThere())
+        path = before.path;
+    path = FullPath(path);
+    if (before.IsAnythingThere()) {
+        const ComHold com;
+        const RegistrableLibrary library(path);
+        Expect(library.Unregister(), path, "unregistered");
+    }
+    const Registration now = ReadRegistration();
+    if (output.json) {
+        output.PrintJson({{"registered", now.IsThere()}, {"before", TextOrNull(before.path)}});
+    } else if (!before.IsAnythingThere()) {
+        output.Say("The library was not registered; nothing to do.");
+    } else {
+        output.Say("The library is no longer registered" +
+                   (before.path.empty() ? std::string(".") : ": " + before.path));
+        output.Say("The settings stay in the store, for a later registration.");
+    }
+    if (now.IsThere())
+        throw Failure(ExitCode::eFailed, "There still is a registration: " + now.path,
+                      "See what it is: kora4ctl register --check");
+    return ExitCode::eDone;
+}
+
+constexpr char cRegisterFooter[] =
+    "PATH is QXA64T.dll beside this program when it is not given. Registering writes the\n"
+    "class, the application and the type library into the registry, creates the keys of the\n"
+    "settings store and lets every user write them. It takes an administrator.\n"
+    "\n"
+    "--check changes nothing. It ends with 0 when all is right, 4 when the library is not\n"
+    "registered, 7 when something about the registration is wrong: a file that is missing,\n"
+    "cannot be loaded or is of another version than this program, a wrong threading model.\n";
+
+}  // namespace
+
+void AddRegister(Context& context) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb =
+        context.root.add_subcommand("register", "register the library, or look at what is");
+    verb->add_option("PATH", options->path, "the library")->type_name("PATH");
+    verb->add_flag("--check", options->check,
+                   "only tell what is registered, where, and whether it works");
+    verb->footer(cRegisterFooter);
+    OnRun(*verb, context, [&context, options] {
+        return options->check ? Check(context, *options) : Register(context, *options);
+    });
+}
+
+void AddUnregister(Context& context) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb =
+        context.root.add_subcommand("unregister", "take the library out of the registration");
+    verb->add_option("PATH", options->path, "the library")->type_name("PATH");
+    verb->footer(
+        "PATH is QXA64T.dll beside this program when it is not given, and the\n"
+        "registered file when there is none. The settings stay as they are.\n");
+    OnRun(*verb, context, [&context, options] { return Unregister(context, *options); });
+}
+
+}  // namespace kora4::tools
