@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "common/failure.h"
+#include "common/handles.h"
 #include "common/results.h"
 #include "common/text.h"
-#include "platform/handles.h"
 
 namespace kora4::tools {
 

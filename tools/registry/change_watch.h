@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "platform/handles.h"
+#include "common/handles.h"
 
 namespace kora4::tools {
 

@@ -3,10 +3,10 @@
 #include <windows.h>
 
 #include "common/failure.h"
+#include "common/handles.h"
 #include "common/output.h"
 #include "common/results.h"
 #include "common/text.h"
-#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {

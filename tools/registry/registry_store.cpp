@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "common/failure.h"
+#include "common/handles.h"
 #include "common/results.h"
 #include "common/text.h"
-#include "platform/handles.h"
 #include "registry/store_access.h"
 #include "store/access/registry_paths.h"
 
