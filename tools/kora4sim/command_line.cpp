@@ -42,10 +42,7 @@ struct Choices {
 std::string FaultHelp() {
     std::string help = "Faults:\n";
     for (const FaultDef& def : Faults()) {
-        const std::string range = def.most > 0
-                                      ? " (" + Decimal(static_cast<float>(def.least)) + " to " +
-                                            Decimal(static_cast<float>(def.most)) + ")"
-                                      : "";
+        const std::string range = def.most > 0 ? " (" + RangeOf(def) + ")" : std::string();
         help += "  " + Padded(std::string(def.name) + def.shape, cNameColumns) + def.meaning +
                 range + "\n";
         for (const FaultArgument& argument : ArgumentsOf(def.kind))

@@ -7,6 +7,7 @@
 #include "common/text.h"
 #include "schema/settings_table.h"
 #include "store/access/named_mutex.h"
+#include "store/model/engine_masks.h"
 #include "store/model/property_key.h"
 
 namespace kora4::tools::sim {
@@ -227,16 +228,19 @@ void Engine::Publish() {
 void Engine::TellReady() {
     const std::string profile = ProfileName(m_settings.Profile());
     const std::string mask = Hex(m_scene.mask, 4);
+    const char* engine = NameOfEngine(m_scene.mask);
     const DWORD pid = GetCurrentProcessId();
     m_reporter.Tell("ready", "start",
                     "ready: scene " + m_scene.name + ", seed " +
                         std::to_string(m_options.seed) + ", engine mask " + mask +
+                        (engine != nullptr ? " (" + std::string(engine) + ")" : "") +
                         ", profile " + profile + ", " +
                         (m_settings.IsEnabled() ? "on" : "off") + ", a picture each " +
                         std::to_string(m_period) + " ms, process " + std::to_string(pid),
                     {{"scene", m_scene.name},
                      {"seed", m_options.seed},
                      {"mask", mask},
+                     {"engine", engine != nullptr ? Json(engine) : Json()},
                      {"pid", pid},
                      {"profile", profile},
                      {"enable", m_settings.IsEnabled()},

@@ -26,11 +26,6 @@ const Spoiling* Find(std::span<const Spoiling> spoilings, const std::string& nam
     return found != spoilings.end() ? &*found : nullptr;
 }
 
-std::string NameOf(const SchemaValue& value) {
-    const Setting* setting = SettingOf(value);
-    return setting != nullptr ? setting->name : value.Name();
-}
-
 // The amount that a writer in a hurry sets next, never the one before.
 std::uint32_t Step(const SchemaValue& value, StoreAccess& store, std::uint64_t chance,
                    std::uint32_t steps) {

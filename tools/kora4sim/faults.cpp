@@ -50,7 +50,8 @@ const FaultDef& DefOf(std::string_view name) {
 }
 
 std::string Shown(double number) {
-    return Decimal(static_cast<float>(number));
+    return number == std::floor(number) ? std::to_string(static_cast<long long>(number))
+                                        : Decimal(static_cast<float>(number));
 }
 
 double NumberOf(const FaultDef& def, std::string_view text) {
@@ -86,6 +87,10 @@ std::vector<FaultArgument> NamesOf(std::span<const Spoiling> spoilings) {
 }
 
 }  // namespace
+
+std::string RangeOf(const FaultDef& def) {
+    return def.most > 0 ? Shown(def.least) + " to " + Shown(def.most) : std::string();
+}
 
 std::span<const FaultDef> Faults() {
     return cFaults;

@@ -56,6 +56,8 @@ struct FaultDef {
 // All of them, in the order of --help.
 std::span<const FaultDef> Faults();
 const FaultDef& DefOf(FaultKind kind);
+// "1 to 100000"; empty when the argument is no number.
+std::string RangeOf(const FaultDef& def);
 // The names that the argument may have; empty when it is a number or there is none.
 std::vector<FaultArgument> ArgumentsOf(FaultKind kind);
 

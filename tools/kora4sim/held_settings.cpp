@@ -34,11 +34,6 @@ std::string Counted(const char* counter, std::uint32_t from, std::uint32_t to) {
     return counter + (" " + Arrow(std::to_string(from), std::to_string(to)));
 }
 
-std::string NameOf(const SchemaValue& value) {
-    const Setting* setting = SettingOf(value);
-    return setting != nullptr ? setting->name : value.Name();
-}
-
 Json JsonOf(const SchemaValue& value, const Value& content) {
     const Setting* setting = SettingOf(value);
     return setting != nullptr ? ToJson(*setting, content) : Json();

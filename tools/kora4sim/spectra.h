@@ -3,6 +3,7 @@
 #define KORA4_TOOLS_KORA4SIM_SPECTRA_H
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "kora4sim/levels.h"
@@ -35,7 +36,7 @@ struct Spectrum {
 // Levels of a spectrum: pure, the same for the same seed and moment.
 class Signal {
   public:
-    Signal(const Spectrum& spectrum, Noise noise) : m_spectrum(spectrum), m_noise(noise) {}
+    Signal(Spectrum spectrum, Noise noise) : m_spectrum(std::move(spectrum)), m_noise(noise) {}
 
     // dB from cLowestLevel to 0, in steps of 1/16. place: 0 the lowest band, 1 the highest.
     // stream: which processing object; each hears noise of its own.
@@ -47,7 +48,7 @@ class Signal {
     double Sweep(double seconds, double place) const;
     double PointAt(double place) const;
 
-    const Spectrum& m_spectrum;
+    Spectrum m_spectrum;
     Noise m_noise;
 };
 
