@@ -273,9 +273,18 @@ Explanation Explain(std::string_view text) {
     if (const auto code = ParseCode(input))
         return OfCode(input, *code);
     published::TraceHead head;
-    const bool hasHead = published::ParseTraceHead(input, &head);
-    published::TraceMatch match =
-        published::FindTraceMessage(head.function, hasHead ? head.message : input);
+    bool hasHead = published::ParseTraceHead(input, &head);
+    published::TraceMatch match;
+    // Some messages look like a head themselves, but for its first word.
+    if (hasHead && !published::FindTraceTag(head.tag)) {
+        match = published::FindTraceMessage("", input);
+        if (match.pMessage) {
+            head = {};
+            hasHead = false;
+        }
+    }
+    if (!match.pMessage)
+        match = published::FindTraceMessage(head.function, hasHead ? head.message : input);
     // A function of another version may write a message that is known from elsewhere.
     if (!match.pMessage && hasHead)
         match = published::FindTraceMessage("", head.message);
