@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "common/failure.h"
+#include "common/handles.h"
 #include "common/results.h"
 #include "common/text.h"
 #include "kora4ctl/registration.h"
-#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {
@@ -36,11 +36,7 @@ struct VersionResource {
     VS_FIXEDFILEINFO info;
 };
 
-struct ModuleTraits {
-    using Type = HMODULE;
-    static void Close(HMODULE module) { FreeLibrary(module); }
-};
-using UniqueModule = UniqueResource<ModuleTraits>;
+using UniqueModule = Unique<HMODULE, FreeLibrary>;
 
 }  // namespace
 

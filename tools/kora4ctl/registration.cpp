@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "common/failure.h"
+#include "common/handles.h"
 #include "common/results.h"
 #include "common/text.h"
-#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {

@@ -4,9 +4,9 @@
 #include <charconv>
 
 #include "common/failure.h"
+#include "common/handles.h"
 #include "common/results.h"
 #include "common/text.h"
-#include "platform/handles.h"
 #include "trace/trace.h"
 
 namespace kora4::tools {
