@@ -10,6 +10,14 @@ namespace kora4::tools {
 using AddVerb = void(Context& context);
 
 AddVerb AddStatus;
+AddVerb AddGet;
+AddVerb AddSet;
+AddVerb AddToggle;
+AddVerb AddDescribe;
+AddVerb AddList;
+AddVerb AddProfile;
+AddVerb AddDemo;
+AddVerb AddEq;
 AddVerb AddRegister;
 AddVerb AddUnregister;
 AddVerb AddExplain;
@@ -20,9 +28,10 @@ AddVerb AddDiff;
 AddVerb AddLint;
 
 // All of them, in the order of --help.
-inline constexpr AddVerb* cVerbs[] = {AddStatus,  AddRegister, AddUnregister,
-                                      AddExplain, AddTrace,    AddDump,
-                                      AddLoad,    AddDiff,     AddLint};
+inline constexpr AddVerb* cVerbs[] = {
+    AddStatus,  AddGet,  AddSet,  AddToggle,   AddDescribe,   AddList,
+    AddProfile, AddDemo, AddEq,   AddRegister, AddUnregister, AddExplain,
+    AddTrace,   AddDump, AddLoad, AddDiff,     AddLint};
 
 }  // namespace kora4::tools
 

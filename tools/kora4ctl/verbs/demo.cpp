@@ -1,0 +1,128 @@
+// kora4ctl demo: into a demonstration and out of it.
+#include <memory>
+
+#include "common/failure.h"
+#include "common/results.h"
+#include "kora4ctl/setting_access.h"
+#include "kora4ctl/verbs.h"
+#include "schema/names.h"
+#include "store/model/profiles.h"
+
+namespace kora4::tools {
+
+namespace {
+
+struct DemoOptions {
+    std::string profile;
+    bool isOn = false;
+    bool isOff = false;
+};
+
+constexpr char cForceLeave[] = "Leave it for everybody: kora4ctl demo force-leave";
+
+struct State {
+    std::uint32_t profile;
+    bool isEnabled;
+};
+
+State ReadState(SettingAccess& access) {
+    BOOL isOn = FALSE;
+    Check(access.Api()->GetVeltoEnable(&isOn), "Reading the master enable");
+    return {access.ActiveProfile(), isOn != FALSE};
+}
+
+ExitCode Tell(const Context& context, const std::string& what, const State& now) {
+    const std::string name = ProfileName(now.profile);
+    if (context.output.json)
+        context.output.PrintJson({{"profile", name},
+                                  {"demo", IsDemoProfile(now.profile)},
+                                  {"enable", now.isEnabled}});
+    else
+        context.output.Print(what + " Active is " + name + ", the master enable is " +
+                             (now.isEnabled ? "on" : "off") + ".");
+    return ExitCode::eDone;
+}
+
+// The preset profile's name says which demo.
+std::uint32_t DemoOf(const std::string& word) {
+    const std::uint32_t profile = ParseProfile(word);
+    if (IsPresetProfile(profile))
+        return DemoProfileOf(profile);
+    if (!IsDemoProfile(profile))
+        throw Failure(ExitCode::eBadInput, "There is no demo of " + ProfileName(profile) + ".",
+                      "There is one of movie, music and games.");
+    return profile;
+}
+
+ExitCode Enter(const Context& context, const DemoOptions& options) {
+    const std::uint32_t profile = DemoOf(options.profile);
+    SettingAccess access(context);
+    const HRESULT hr =
+        access.Api()->SetDemoProfileAndEnable(static_cast<LONG>(profile), !options.isOff);
+    if (hr == KORA4_S_DEMO_MODE_ACTIVE)
+        throw Failure(ExitCode::eRefused,
+                      "Nothing changed: the demo " + ProfileName(access.ActiveProfile()) +
+                          " is active, and only who entered it can change to another.",
+                      cForceLeave);
+    Check(hr, "Entering " + ProfileName(profile));
+    return Tell(context, "In a demo.", ReadState(access));
+}
+
+// Who entered a demo is known to the library's object alone, and the one of an earlier run is
+// gone.
+ExitCode Leave(const Context& context, const DemoOptions&) {
+    SettingAccess access(context);
+    const State before = ReadState(access);
+    const HRESULT hr = access.Api()->RevertFromDemoMode();
+    if (hr == KORA4_S_DEMO_MODE_ACTIVE && !IsDemoProfile(before.profile))
+        throw Failure(ExitCode::eRefused, "Nothing changed: no demo is active; " +
+                                              ProfileName(before.profile) + " is.");
+    if (hr == KORA4_S_DEMO_MODE_ACTIVE)
+        throw Failure(ExitCode::eRefused,
+                      "Nothing changed: the demo " + ProfileName(before.profile) +
+                          " was entered by another program, or another run of this one, and "
+                          "only who entered a demo leaves it this way.",
+                      cForceLeave);
+    Check(hr, "Leaving the demo");
+    return Tell(context, "The demo was left.", ReadState(access));
+}
+
+ExitCode ForceLeave(const Context& context, const DemoOptions&) {
+    SettingAccess access(context);
+    const State before = ReadState(access);
+    Check(access.Api()->ForceRevertFromDemoMode(), "Leaving the demo");
+    const std::string what = IsDemoProfile(before.profile)
+                                 ? ProfileName(before.profile) + " was left."
+                                 : "No demo was active.";
+    return Tell(context, what, ReadState(access));
+}
+
+constexpr char cEnterHelp[] =
+    "The active profile and the master enable are saved, and come back when the demo is left.\n"
+    "In a demo values are the built-in ones, and nothing is set.\n";
+
+constexpr char cLeaveHelp[] =
+    "A demo is left by the program that entered it. Each run of kora4ctl is a program of its\n"
+    "own, so a demo that 'demo enter' began ends with 'demo force-leave'.\n";
+
+}  // namespace
+
+void AddDemo(Context& context) {
+    CLI::App* demo = context.root.add_subcommand("demo", "the demonstration mode");
+    demo->require_subcommand(1);
+    const auto options = std::make_shared<DemoOptions>();
+    CLI::App* enter = demo->add_subcommand("enter", "show a profile as it was made");
+    enter->add_option("P", options->profile, "movie, music or games")->required();
+    auto* const on = enter->add_flag("--on", options->isOn,
+                                     "with the master enable on (this is the default)");
+    enter->add_flag("--off", options->isOff, "with the master enable off")->excludes(on);
+    enter->footer(cEnterHelp);
+    OnRun(*enter, context, [&context, options] { return Enter(context, *options); });
+    CLI::App* leave = demo->add_subcommand("leave", "end a demo that this program entered");
+    leave->footer(cLeaveHelp);
+    OnRun(*leave, context, [&context, options] { return Leave(context, *options); });
+    CLI::App* force = demo->add_subcommand("force-leave", "end a demo, whoever entered it");
+    OnRun(*force, context, [&context, options] { return ForceLeave(context, *options); });
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,267 @@
+// kora4ctl describe, list: what settings there are, and what they are.
+#include <memory>
+
+#include "common/failure.h"
+#include "common/text.h"
+#include "kora4ctl/options.h"
+#include "kora4ctl/setting_access.h"
+#include "kora4ctl/verbs.h"
+#include "store/model/profiles.h"
+
+namespace kora4::tools {
+
+namespace {
+
+struct DescribeOptions {
+    ProfileOption profile;
+    std::vector<std::string> names;
+};
+
+constexpr const char* cKinds[] = {"switch", "number", "curve",   "text",
+                                  "blob",   "float",  "numbers", "flags"};
+constexpr const char* cAccesses[] = {"read-write", "read-only", "store-only"};
+
+const char* KindName(const Setting& setting) {
+    return cKinds[static_cast<std::size_t>(setting.kind)];
+}
+
+const char* AccessName(const Setting& setting) {
+    return cAccesses[static_cast<std::size_t>(setting.access)];
+}
+
+// ---- Defaults ---------------------------------------------------------------------------
+
+// The rows of defaults: each preset profile, and one for all custom ones.
+struct DefaultsRow {
+    const char* name;
+    std::uint32_t profile;
+};
+constexpr DefaultsRow cDefaultsRows[] = {{"movie", cMovieProfile},
+                                         {"music", cMusicProfile},
+                                         {"games", cGamesProfile},
+                                         {"custom", cFirstCustomProfile}};
+
+std::optional<Value> DefaultOf(const Setting& setting, std::uint32_t profile) {
+    // Preset profiles have no name.
+    if (!setting.isStored || setting.role == Role::eName)
+        return std::nullopt;
+    const SchemaValue value = setting.Stored(profile);
+    const std::optional<StoredValue> standIn = value.Default();
+    return standIn ? Decode(value, *standIn) : std::nullopt;
+}
+
+std::string DefaultText(const Setting& setting) {
+    std::vector<std::string> texts;
+    bool isOneForAll = true;
+    std::string first;
+    for (const DefaultsRow& row : cDefaultsRows) {
+        const std::optional<Value> value = DefaultOf(setting, row.profile);
+        const std::string text = value ? FormatValue(setting, *value, true) : "none";
+        if (row.profile == cMovieProfile)
+            first = text;
+        isOneForAll &= text == first;
+        texts.push_back(std::string(row.name) + " " + text);
+    }
+    return isOneForAll ? first : Join(texts, ", ");
+}
+
+Json DefaultDocument(const Setting& setting) {
+    const auto json = [&setting](std::uint32_t profile) {
+        const std::optional<Value> value = DefaultOf(setting, profile);
+        return value ? ToJson(setting, *value) : Json();
+    };
+    if (!setting.perProfile)
+        return json(0);
+    Json rows = Json::object();
+    for (const DefaultsRow& row : cDefaultsRows)
+        rows[row.name] = json(row.profile);
+    return rows;
+}
+
+// ---- describe ---------------------------------------------------------------------------
+
+std::string Methods(const Setting& setting) {
+    if (setting.reader.empty())
+        return "none; through the store";
+    if (setting.writer.empty())
+        return setting.reader + "; no method sets it";
+    return setting.reader + ", " + setting.writer;
+}
+
+// The place in the registry; of custom profiles where a setting belongs to no other.
+std::optional<SchemaValue> PlaceOf(const Setting& setting,
+                                   std::optional<std::uint32_t> profile) {
+    if (!setting.isStored)
+        return std::nullopt;
+    const std::uint32_t first = setting.role == Role::eName ? cFirstCustomProfile : 0;
+    return setting.Stored(std::max(profile.value_or(first), first));
+}
+
+// The present value, or why there is none to be had: a description needs no library.
+struct Present {
+    std::optional<Reading> reading;
+    std::string problem;
+};
+
+Present ReadPresent(SettingAccess& access, const Setting& setting,
+                    std::optional<std::uint32_t> profile) {
+    Present present;
+    try {
+        present.reading = access.Read(setting, profile, Detail::eStored);
+    } catch (const Failure& failure) {
+        present.problem = failure.what();
+    }
+    return present;
+}
+
+std::string PresentText(const Present& present) {
+    if (!present.reading)
+        return "unknown: " + present.problem;
+    const Reading& reading = *present.reading;
+    std::string text = reading.value ? reading.Text(true) : "none";
+    if (reading.profile)
+        text += " in " + ProfileName(*reading.profile);
+    if (reading.value && reading.stored.is_null() && reading.setting->isStored)
+        text += ", the default";
+    if (!reading.IsInRange())
+        text += ", outside what programs may set";
+    return text;
+}
+
+Json Description(const Setting& setting, const Present& present,
+                 std::optional<std::uint32_t> profile) {
+    Json json;
+    json["name"] = setting.name;
+    json["summary"] = setting.summary;
+    json["type"] = KindName(setting);
+    json["unit"] = setting.unit.empty() ? Json() : Json(setting.unit);
+    json["allowed"] = setting.Allowed();
+    json["lowest"] = setting.lowest ? Json(*setting.lowest) : Json();
+    json["highest"] = setting.highest ? Json(*setting.highest) : Json();
+    Json words = Json::object();
+    for (const ValueWord& word : setting.words)
+        words[word.word] = word.number;
+    json["words"] = words;
+    json["default"] = DefaultDocument(setting);
+    json["perProfile"] = setting.perProfile;
+    json["access"] = AccessName(setting);
+    json["reader"] = setting.reader.empty() ? Json() : Json(setting.reader);
+    json["writer"] = setting.writer.empty() ? Json() : Json(setting.writer);
+    const std::optional<SchemaValue> place = PlaceOf(setting, profile);
+    json["keySet"] = place ? Json(KeySetName(place->keySet)) : Json();
+    json["valueName"] = place ? Json(place->Name()) : Json();
+    json["value"] = present.reading ? present.reading->Document()["value"] : Json();
+    json["profile"] = present.reading ? present.reading->Document()["profile"] : Json();
+    json["problem"] = present.problem.empty() ? Json() : Json(present.problem);
+    return json;
+}
+
+void Print(const Setting& setting, const Present& present, std::optional<std::uint32_t> profile,
+           Output& output) {
+    output.Print(output.Paint(Style::eStrong, setting.name) + ": " + setting.summary);
+    const std::optional<SchemaValue> place = PlaceOf(setting, profile);
+    std::vector<std::vector<std::string>> rows = {
+        {"  type", KindName(setting)},
+        {"  allowed", setting.Allowed()},
+        {"  unit", setting.unit.empty() ? "none" : setting.unit},
+        {"  default", DefaultText(setting)},
+        {"  methods", Methods(setting)},
+        {"  stored", place ? KeySetName(place->keySet) + " keys, " + place->Name() : "nowhere"},
+        {"  now", PresentText(present)},
+    };
+    output.Table({}, rows);
+}
+
+ExitCode Describe(const Context& context, const DescribeOptions& options) {
+    std::vector<const Setting*> settings;
+    for (const std::string& name : options.names)
+        settings.push_back(&SettingNamed(name));
+    if (options.names.empty()) {
+        for (const Setting& setting : SettingsTable())
+            settings.push_back(&setting);
+    }
+    const std::optional<std::uint32_t> profile = options.profile.Get();
+    SettingAccess access(context);
+    Output& output = context.output;
+    Json documents = Json::array();
+    for (const Setting* setting : settings) {
+        const auto itsProfile = setting->perProfile ? profile : std::nullopt;
+        const Present present = ReadPresent(access, *setting, itsProfile);
+        const std::optional<std::uint32_t> shown =
+            present.reading && !itsProfile ? present.reading->profile : itsProfile;
+        if (output.json) {
+            documents.push_back(Description(*setting, present, shown));
+            continue;
+        }
+        if (setting != settings.front())
+            output.Print();
+        Print(*setting, present, shown, output);
+    }
+    if (output.json)
+        output.PrintJson(options.names.size() == 1 ? documents.front() : documents);
+    return ExitCode::eDone;
+}
+
+// ---- list -------------------------------------------------------------------------------
+
+ExitCode List(const Context& context, const DescribeOptions& options) {
+    const std::optional<std::uint32_t> profile = options.profile.Get();
+    std::vector<const Setting*> settings;
+    for (const Setting& setting : SettingsTable()) {
+        if (setting.perProfile || !profile)
+            settings.push_back(&setting);
+    }
+    SettingAccess access(context);
+    const std::vector<Reading> readings = access.Read(settings, profile, Detail::eStored);
+    Output& output = context.output;
+    Json documents = Json::array();
+    std::vector<std::vector<std::string>> rows;
+    const bool isWide = output.Width() >= 120 || !output.IsTerminal();
+    for (const Reading& reading : readings) {
+        Json document = reading.Document();
+        document["allowed"] = reading.setting->Allowed();
+        document["access"] = AccessName(*reading.setting);
+        documents.push_back(document);
+        const std::string mark = reading.IsInRange() ? "" : " !";
+        const std::string value = Shown(reading.Text(true));
+        // Nothing is cut when a program reads.
+        std::vector<std::string> row = {reading.setting->name,
+                                        (output.IsTerminal() ? Cut(value, 22) : value) + mark};
+        if (isWide)
+            row.insert(row.end(), {AccessName(*reading.setting), reading.setting->summary});
+        else
+            row.push_back(Cut(reading.setting->Allowed(), 26));
+        if (output.IsTerminal() && isWide)
+            row.back() = Cut(row.back(), output.Width() - 66);
+        rows.push_back(row);
+    }
+    if (output.json) {
+        output.PrintJson(documents);
+        return ExitCode::eDone;
+    }
+    if (isWide)
+        output.Table({"setting", "value", "access", "meaning"}, rows);
+    else
+        output.Table({"setting", "value", "allowed"}, rows);
+    return ExitCode::eDone;
+}
+
+}  // namespace
+
+void AddDescribe(Context& context) {
+    const auto options = std::make_shared<DescribeOptions>();
+    CLI::App* verb =
+        context.root.add_subcommand("describe", "say what a setting is and where it is stored");
+    verb->add_option("NAME", options->names, "settings; without one all of them");
+    options->profile.AddTo(*verb);
+    OnRun(*verb, context, [&context, options] { return Describe(context, *options); });
+}
+
+void AddList(Context& context) {
+    const auto options = std::make_shared<DescribeOptions>();
+    CLI::App* verb = context.root.add_subcommand("list", "all settings with their values");
+    options->profile.AddTo(*verb);
+    OnRun(*verb, context, [&context, options] { return List(context, *options); });
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,363 @@
+// kora4ctl eq: the graphic equalizer as a table and a curve, set by band, flattened, and
+// exchanged with other equalizer tools.
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "api/patch_limits.h"
+#include "common/failure.h"
+#include "common/files.h"
+#include "common/text.h"
+#include "kora4ctl/equalizer_access.h"
+#include "kora4ctl/options.h"
+#include "kora4ctl/verbs.h"
+#include "store/model/patch_records.h"
+
+namespace kora4::tools {
+
+namespace {
+
+constexpr char cSetHelp[] =
+    "Forms:\n"
+    "  eq set 3 2 1 0 -1 ...      a gain for each band, in their order\n"
+    "  eq set 1000=3 4000=-2.5    the stored band that is nearest to each frequency\n"
+    "  eq set --band 3 -2.5       one band, counted from 1\n"
+    "Gains are in dB, from -12 to +12, and are stored in steps of 1/256 dB.\n";
+
+constexpr char cImportHelp[] =
+    "The text is that of equalizer tools: GraphicEQ: 20 -1.5; 25 0; ... with frequencies in\n"
+    "Hz that ascend, gains in dB, decimal points, and comments from # to the end of a line.\n"
+    "The gains are taken at the frequencies of the stored bands: linear in dB over the\n"
+    "logarithm of the frequency, and constant beyond the first and the last frequency of\n"
+    "the file. With --bands file the bands get the frequencies of the file (at most 40).\n";
+
+struct EqOptions {
+    ProfileOption profile;
+    std::vector<std::string> values;
+    std::optional<unsigned> band;
+    std::string file;
+    std::string bands = "stored";
+    bool isClipped = false;
+};
+using Options = std::shared_ptr<EqOptions>;
+
+std::string NameOfBand(const Bands& bands, std::size_t index) {
+    return "Band " + std::to_string(index + 1) + " (" + Decimal(bands[index].frequency) +
+           " Hz)";
+}
+
+bool IsAllowed(float gain) {
+    return gain >= cGraphicEQGainMin && gain <= cGraphicEQGainMax;
+}
+
+// The library would limit gains without a word.
+Bands Limited(Bands bands, bool isClipped, Output& output) {
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+        float& gain = bands[i].gain;
+        if (IsAllowed(gain))
+            continue;
+        const std::string what =
+            NameOfBand(bands, i) + ": " + Decimal(gain) + " dB is outside -12 to +12 dB";
+        if (!isClipped)
+            throw Failure(ExitCode::eBadInput, what + "; nothing was changed.",
+                          "--clip takes the nearest gain that is allowed.");
+        gain = std::clamp(gain, cGraphicEQGainMin, cGraphicEQGainMax);
+        output.Say(what + "; it becomes " + Decimal(gain) + ".");
+    }
+    return bands;
+}
+
+Json DocumentOf(const Equalizer& equalizer) {
+    Json bands = Json::array();
+    for (std::size_t i = 0; i < equalizer.bands.size(); ++i) {
+        const Band& band = equalizer.bands[i];
+        bands.push_back({{"band", i + 1},
+                         {"frequency", band.frequency},
+                         {"gain", band.gain},
+                         {"inRange", IsAllowed(band.gain)}});
+    }
+    return {{"profile", ProfileName(equalizer.profile)},
+            {"on", equalizer.isOn},
+            {"bands", bands},
+            {"problems", FrequencyProblems(equalizer.bands)}};
+}
+
+// ---- show -------------------------------------------------------------------------------
+
+void PrintPicture(const Equalizer& equalizer, Output& output) {
+    const std::size_t width = output.Width() - 1;
+    // The table below needs a line for each band; the picture takes what else there is.
+    const unsigned rows = output.Height() >= 40 ? 6 : 4;
+    for (const std::string& line : CurveGrid(equalizer.bands, width, rows))
+        output.Print(line);
+}
+
+std::vector<std::string> RowOfBand(const Bands& bands, std::size_t index) {
+    const Band& band = bands[index];
+    std::string note = FrequencyProblem(bands, index).empty() ? "" : "! bad frequency";
+    if (!IsAllowed(band.gain))
+        note += note.empty() ? "! out of range" : ", out of range";
+    return {std::to_string(index + 1), Decimal(band.frequency) + " Hz",
+            SignedGain(band.gain) + " dB", note};
+}
+
+ExitCode Show(Context& context, const EqOptions& options) {
+    SettingAccess access(context);
+    const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
+    Output& output = context.output;
+    if (output.json) {
+        output.PrintJson(DocumentOf(equalizer));
+        return ExitCode::eDone;
+    }
+    output.Print("graphic equalizer of " + ProfileName(equalizer.profile) + ", " +
+                 (equalizer.isOn ? "on" : "off"));
+    if (equalizer.bands.empty()) {
+        output.Print("no bands are stored");
+        return ExitCode::eDone;
+    }
+    output.Print();
+    PrintPicture(equalizer, output);
+    output.Print();
+    std::vector<std::vector<std::string>> rows;
+    for (std::size_t i = 0; i < equalizer.bands.size(); ++i)
+        rows.push_back(RowOfBand(equalizer.bands, i));
+    output.Table({"band", "frequency", "gain", ""}, rows);
+    for (const std::string& problem : FrequencyProblems(equalizer.bands))
+        output.Say(problem);
+    return ExitCode::eDone;
+}
+
+// ---- What changes the bands -------------------------------------------------------------
+
+// Writes the new bands, reads what became of them and tells the difference.
+ExitCode Apply(Context& context, const EqOptions& options, SettingAccess& access,
+               const Equalizer& before, const Bands& wanted) {
+    Output& output = context.output;
+    WriteEqualizer(access, options.profile.Get(), Limited(wanted, options.isClipped, output));
+    const Equalizer now = ReadEqualizer(access, options.profile.Get());
+    if (output.json) {
+        output.PrintJson(DocumentOf(now));
+        return ExitCode::eDone;
+    }
+    for (std::size_t i = 0; i < now.bands.size(); ++i) {
+        const bool isSameBand =
+            i < before.bands.size() && before.bands[i].frequency == now.bands[i].frequency;
+        if (isSameBand && before.bands[i].gain == now.bands[i].gain)
+            continue;
+        output.Print(Decimal(now.bands[i].frequency) +
+                     " Hz: " + (isSameBand ? SignedGain(before.bands[i].gain) + " -> " : "") +
+                     SignedGain(now.bands[i].gain) + " dB");
+    }
+    if (now.bands == before.bands)
+        output.Say("The graphic equalizer of " + ProfileName(now.profile) +
+                   " was like that already.");
+    return ExitCode::eDone;
+}
+
+float GainOf(std::string_view text) {
+    float gain = 0;
+    if (!ParseDecimal(text, gain))
+        throw Failure(ExitCode::eBadInput,
+                      "'" + std::string(text) + "' is no gain; it is a number of dB.",
+                      "Three forms are understood: see 'kora4ctl eq set --help'.");
+    return StorableGain(static_cast<double>(gain));
+}
+
+std::size_t NearestBand(const Bands& bands, float frequency) {
+    const auto distance = [frequency](const Band& band) {
+        return band.frequency > 0
+                   ? std::abs(std::log2(static_cast<double>(band.frequency / frequency)))
+                   : HUGE_VAL;
+    };
+    const auto nearest = std::min_element(
+        bands.begin(), bands.end(),
+        [&](const Band& a, const Band& b) { return distance(a) < distance(b); });
+    if (nearest == bands.end() || !(nearest->frequency > 0))
+        throw Failure(ExitCode::eBadInput, "There is no band with a frequency above 0 Hz.",
+                      "Set bands by number with --band, or take new ones with 'kora4ctl eq "
+                      "import --bands file'.");
+    return static_cast<std::size_t>(nearest - bands.begin());
+}
+
+Bands SetByFrequency(Bands bands, const std::vector<std::string>& values, Output& output) {
+    std::vector<bool> isSet(bands.size());
+    for (const std::string& value : values) {
+        const std::size_t sign = value.find('=');
+        float frequency = 0;
+        if (sign == std::string::npos ||
+            !ParseDecimal(std::string_view(value).substr(0, sign), frequency) ||
+            !(frequency > 0))
+            throw Failure(ExitCode::eBadInput,
+                          "'" + value + "' is not FREQUENCY=GAIN, as in 1000=3.");
+        const std::size_t band = NearestBand(bands, frequency);
+        if (isSet[band])
+            throw Failure(ExitCode::eBadInput, NameOfBand(bands, band) +
+                                                   " is the nearest to two of the "
+                                                   "frequencies; nothing was changed.");
+        isSet[band] = true;
+        if (bands[band].frequency != frequency)
+            output.Say("Nearest to " + Decimal(frequency) + " Hz is the band at " +
+                       Decimal(bands[band].frequency) + " Hz.");
+        bands[band].gain = GainOf(std::string_view(value).substr(sign + 1));
+    }
+    return bands;
+}
+
+Bands SetOneBand(Bands bands, unsigned band, const std::vector<std::string>& values) {
+    if (values.size() != 1)
+        throw Failure(ExitCode::eUsage, "--band takes one gain.");
+    if (band < 1 || band > bands.size())
+        throw Failure(ExitCode::eBadInput, "There is no band " + std::to_string(band) +
+                                               "; the bands are 1 to " +
+                                               std::to_string(bands.size()) + ".");
+    bands[band - 1].gain = GainOf(values.front());
+    return bands;
+}
+
+Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
+    if (values.size() != bands.size())
+        throw Failure(ExitCode::eBadInput,
+                      "There are " + std::to_string(bands.size()) + " bands, and " +
+                          std::to_string(values.size()) + " gains were given.",
+                      "Single bands: 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
+                      "-2.5'.");
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i].gain = GainOf(values[i]);
+    return bands;
+}
+
+ExitCode Set(Context& context, const EqOptions& options) {
+    SettingAccess access(context);
+    const Equalizer before = ReadEqualizer(access, options.profile.Get());
+    const bool isByFrequency =
+        std::any_of(options.values.begin(), options.values.end(),
+                    [](const std::string& v) { return v.find('=') != std::string::npos; });
+    const Bands wanted = options.band ? SetOneBand(before.bands, *options.band, options.values)
+                         : isByFrequency
+                             ? SetByFrequency(before.bands, options.values, context.output)
+                             : SetAllBands(before.bands, options.values);
+    return Apply(context, options, access, before, wanted);
+}
+
+ExitCode Flat(Context& context, const EqOptions& options) {
+    SettingAccess access(context);
+    const Equalizer before = ReadEqualizer(access, options.profile.Get());
+    Bands wanted = before.bands;
+    for (Band& band : wanted)
+        band.gain = 0;
+    return Apply(context, options, access, before, wanted);
+}
+
+// ---- Files ------------------------------------------------------------------------------
+
+void RefuseBadFrequencies(const Bands& bands, const std::string& wish) {
+    const std::vector<std::string> problems = FrequencyProblems(bands);
+    if (!problems.empty())
+        throw Failure(ExitCode::eBadInput, Join(problems, " ") + " " + wish,
+                      "Store usable bands with 'kora4ctl eq import --bands file FILE'.");
+    if (bands.empty())
+        throw Failure(ExitCode::eBadInput, "No bands are stored. " + wish,
+                      "Store some with 'kora4ctl eq import --bands file FILE'.");
+}
+
+// The bands of a file as the store can hold them: whole hertz.
+Bands BandsOfFile(const Bands& curve, Output& output) {
+    if (curve.size() > cMaxArrayElements)
+        throw Failure(ExitCode::eBadInput,
+                      "The file has " + std::to_string(curve.size()) +
+                          " bands, and no more than 40 can be stored.",
+                      "Without '--bands file' its curve is taken at the stored bands.");
+    Bands bands = curve;
+    for (Band& band : bands) {
+        const float stored = std::trunc(band.frequency);
+        if (stored < 1 || stored > cHighestFrequency)
+            throw Failure(ExitCode::eBadInput, Decimal(band.frequency) +
+                                                   " Hz cannot be stored: bands lie from 1 to "
+                                                   "32767 Hz.");
+        if (stored != band.frequency)
+            output.Say(Decimal(band.frequency) + " Hz is stored as " + Decimal(stored) +
+                       " Hz: bands have whole frequencies.");
+        band = {stored, StorableGain(static_cast<double>(band.gain))};
+    }
+    RefuseBadFrequencies(bands, "In whole hertz the bands of the file are no longer apart.");
+    return bands;
+}
+
+ExitCode Import(Context& context, const EqOptions& options) {
+    if (options.bands != "stored" && options.bands != "file")
+        throw Failure(ExitCode::eUsage, "'" + options.bands +
+                                            "' is no choice for --bands: it is 'stored' or "
+                                            "'file'.");
+    const std::string name = options.file == "-" ? "Standard input" : options.file;
+    const Bands curve = ParseGraphicEq(ReadWholeFile(options.file), name);
+    SettingAccess access(context);
+    const Equalizer before = ReadEqualizer(access, options.profile.Get());
+    if (options.bands == "file")
+        return Apply(context, options, access, before, BandsOfFile(curve, context.output));
+    RefuseBadFrequencies(before.bands, "A curve cannot be taken there.");
+    return Apply(context, options, access, before, Resample(curve, before.bands));
+}
+
+ExitCode Export(Context& context, const EqOptions& options) {
+    SettingAccess access(context);
+    const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
+    RefuseBadFrequencies(equalizer.bands, "No equalizer tool could read that.");
+    const std::string text = FormatGraphicEq(equalizer.bands);
+    if (!options.file.empty() && options.file != "-") {
+        WriteWholeFile(options.file, text + "\n");
+        context.output.Say(std::to_string(equalizer.bands.size()) + " bands of " +
+                           ProfileName(equalizer.profile) + " are in " + options.file + ".");
+    } else if (context.output.json) {
+        context.output.PrintJson(DocumentOf(equalizer));
+    } else {
+        context.output.Print(text);
+    }
+    return ExitCode::eDone;
+}
+
+using Run = ExitCode (*)(Context&, const EqOptions&);
+
+CLI::App& AddEqVerb(CLI::App& parent, Context& context, const Options& options,
+                    const char* name, const char* summary, Run run) {
+    CLI::App* verb = parent.add_subcommand(name, summary);
+    options->profile.AddTo(*verb);
+    OnRun(*verb, context, [&context, options, run] { return run(context, *options); });
+    return *verb;
+}
+
+void AddClip(CLI::App& verb, const Options& options) {
+    verb.add_flag("--clip", options->isClipped,
+                  "limit gains to -12 to +12 dB instead of refusing them");
+}
+
+}  // namespace
+
+void AddEq(Context& context) {
+    CLI::App* eq = context.root.add_subcommand("eq", "the graphic equalizer");
+    eq->require_subcommand(1);
+    const auto options = std::make_shared<EqOptions>();
+
+    AddEqVerb(*eq, context, options, "show", "the bands as a table and a curve", Show);
+
+    CLI::App& set = AddEqVerb(*eq, context, options, "set", "change gains", Set);
+    set.add_option("GAINS", options->values, "gains in dB, or frequency=gain")->required();
+    set.add_option("--band", options->band, "one band, counted from 1");
+    AddClip(set, options);
+    set.footer(cSetHelp);
+
+    AddEqVerb(*eq, context, options, "flat", "make all gains 0 dB", Flat);
+
+    CLI::App& import = AddEqVerb(*eq, context, options, "import",
+                                 "take the curve of a GraphicEQ text", Import);
+    import.add_option("FILE", options->file, "a file, or - for standard input")->required();
+    import.add_option("--bands", options->bands,
+                      "whose frequencies: stored (as they are) or file");
+    AddClip(import, options);
+    import.footer(cImportHelp);
+
+    CLI::App& out = AddEqVerb(*eq, context, options, "export",
+                              "write the bands as a GraphicEQ text", Export);
+    out.add_option("FILE", options->file, "a file; without one to standard output");
+}
+
+}  // namespace kora4::tools
