@@ -1,0 +1,199 @@
+// kora4ctl doctor: what is wrong on this machine, and how to mend it.
+#include "kora4ctl/doctor.h"
+
+#include <memory>
+
+#include "common/text.h"
+#include "kora4ctl/verbs.h"
+
+namespace kora4::tools {
+
+namespace {
+
+struct Options {
+    bool dryRun = false;
+    bool deep = false;
+    double wait = 3;  // seconds
+};
+
+// How bad the worst of a check is: 0 for none.
+struct Tally {
+    std::size_t checks = 0;
+    std::size_t ok = 0;
+    std::size_t counts[3] = {};  // by severity
+
+    std::size_t Notes() const { return counts[0]; }
+    std::size_t Warnings() const { return counts[1]; }
+    std::size_t Errors() const { return counts[2]; }
+};
+
+constexpr std::size_t cSeverityWidth = 9;
+constexpr std::size_t cNameWidth = 17;
+
+Style StyleOf(Severity severity) {
+    constexpr Style cStyles[] = {Style::eStrong, Style::eWarning, Style::eBad};
+    return cStyles[static_cast<std::size_t>(severity)];
+}
+
+// The text in lines of that width, at blanks; one that fits nowhere stays whole.
+std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
+    std::vector<std::string> lines(1);
+    std::size_t begin = 0;
+    while (begin < text.size()) {
+        const std::size_t end = std::min(text.find(' ', begin), text.size());
+        const std::string word = text.substr(begin, end - begin);
+        if (!lines.back().empty() && Columns(lines.back()) + 1 + Columns(word) > width)
+            lines.emplace_back();
+        if (!lines.back().empty())
+            lines.back() += ' ';
+        lines.back() += word;
+        begin = end + 1;
+    }
+    return lines;
+}
+
+// A paragraph beside the two columns of words. What a program reads stays on one line.
+void PrintBeside(Output& output, const std::string& head, const std::string& text) {
+    const std::size_t indent = cSeverityWidth + cNameWidth;
+    const std::size_t width = output.Width() > indent + 20 ? output.Width() - indent - 1 : 20;
+    const std::vector<std::string> lines =
+        output.IsTerminal() ? Wrapped(text, width) : std::vector<std::string>{text};
+    for (const std::string& line : lines)
+        output.Print((&line == &lines.front() ? head : std::string(indent, ' ')) + line);
+}
+
+std::string Head(const Output& output, Style style, const char* word, const char* name) {
+    return output.Paint(style, word) +
+           std::string(cSeverityWidth - std::string_view(word).size(), ' ') +
+           Padded(name, cNameWidth);
+}
+
+void Print(Output& output, const DoctorCheck& check, const CheckResult& result) {
+    if (result.findings.empty())
+        PrintBeside(output, Head(output, Style::eGood, "ok", check.name), result.summary);
+    for (const Observation& one : result.findings) {
+        PrintBeside(output,
+                    Head(output, StyleOf(one.severity), SeverityName(one.severity), check.name),
+                    one.what);
+        if (!one.next.empty())
+            PrintBeside(output, std::string(cSeverityWidth + cNameWidth, ' '),
+                        "-> " + one.next);
+    }
+}
+
+void Append(Json& findings, const DoctorCheck& check, const CheckResult& result) {
+    const auto add = [&](const char* severity, const std::string& what,
+                         const std::string& next) {
+        findings.push_back(
+            {{"check", check.name}, {"severity", severity}, {"what", what}, {"next", next}});
+    };
+    if (result.findings.empty())
+        add("ok", result.summary, "");
+    for (const Observation& one : result.findings)
+        add(SeverityName(one.severity), one.what, one.next);
+}
+
+std::string Counted(std::size_t count, const std::string& word) {
+    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
+std::string Summary(const Tally& tally) {
+    std::vector<std::string> parts;
+    if (tally.Errors())
+        parts.push_back(Counted(tally.Errors(), "error"));
+    if (tally.Warnings())
+        parts.push_back(Counted(tally.Warnings(), "warning"));
+    if (parts.empty())
+        parts.emplace_back("Nothing is wrong");
+    if (tally.Notes())
+        parts.push_back(Counted(tally.Notes(), "note"));
+    return Join(parts, ", ") + ".";
+}
+
+Json Document(const Json& findings, const Tally& tally) {
+    return {{"findings", findings},
+            {"summary",
+             {{"checks", tally.checks},
+              {"ok", tally.ok},
+              {"notes", tally.Notes()},
+              {"warnings", tally.Warnings()},
+              {"errors", tally.Errors()}}}};
+}
+
+Tally RunAll(Examination& examination, Json& findings) {
+    Output& output = examination.context.output;
+    Tally tally;
+    for (const DoctorCheck& check : DoctorChecks()) {
+        if (examination.context.interrupt.IsRequested())
+            break;
+        const std::optional<CheckResult> result = RunCheck(check, examination);
+        if (!result)
+            continue;
+        ++tally.checks;
+        tally.ok += result->findings.empty();
+        for (const Observation& one : result->findings)
+            ++tally.counts[static_cast<std::size_t>(one.severity)];
+        if (output.json)
+            Append(findings, check, *result);
+        else
+            Print(output, check, *result);
+    }
+    return tally;
+}
+
+ExitCode Doctor(const Context& context, const Options& options) {
+    Output& output = context.output;
+    Examination examination{context};
+    examination.isDryRun = options.dryRun;
+    examination.isDeep = options.deep;
+    examination.patience = static_cast<DWORD>(options.wait * 1000);
+    Json findings = Json::array();
+    const Tally tally = RunAll(examination, findings);
+    if (output.json) {
+        output.PrintJson(Document(findings, tally));
+    } else {
+        output.Print();
+        output.Print(output.Paint(Style::eStrong, Summary(tally)));
+    }
+    ExitCode code = tally.Errors() + tally.Warnings() ? ExitCode::eFindings : ExitCode::eDone;
+    if (context.interrupt.IsRequested()) {
+        output.Complain("Interrupted: not everything was looked at.");
+        code = ExitCode::eFailed;
+    }
+    // A thread that hangs in the library would hang the orderly end of the process as well.
+    if (examination.hasHungThread)
+        TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
+    return code;
+}
+
+std::string Footer() {
+    std::string text = "It looks at:\n";
+    for (const DoctorCheck& check : DoctorChecks())
+        text += "  " + Padded(check.name, cNameWidth) + check.summary + "\n";
+    return text +
+           "\nA change of the settings that was broken off half-way is undone, or finished\n"
+           "when only its announcement was missing; with --dry-run it is only told.\n"
+           "--deep makes every client read one value again, and changes no setting.\n"
+           "\nIt ends with 0 when nothing is worse than a note, and with 7 otherwise.\n";
+}
+
+}  // namespace
+
+void AddDoctor(Context& context) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb = context.root.add_subcommand(
+        "doctor", "what is wrong on this machine, and how to mend it");
+    CLI::Option* const dryRun =
+        verb->add_flag("--dry-run", options->dryRun, "change nothing at all");
+    verb->add_flag("--deep", options->deep, "see whether notifications arrive, too")
+        ->excludes(dryRun);
+    verb->add_option("--wait", options->wait,
+                     "how long to wait for the mutex and for answers, in seconds")
+        ->type_name("SECONDS")
+        ->capture_default_str()
+        ->check(CLI::Range(0.1, 60.0));
+    verb->footer(Footer());
+    OnRun(*verb, context, [&context, options] { return Doctor(context, *options); });
+}
+
+}  // namespace kora4::tools
