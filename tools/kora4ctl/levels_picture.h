@@ -1,0 +1,43 @@
+// The levels of the display bands, drawn with characters.
+#ifndef KORA4_TOOLS_KORA4CTL_LEVELS_PICTURE_H
+#define KORA4_TOOLS_KORA4CTL_LEVELS_PICTURE_H
+
+#include <kora4api.h>
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "common/output.h"
+
+namespace kora4::tools {
+
+// In dB, the lowest band first.
+struct Levels {
+    std::array<float, KORA4_VISUALIZATION_BANDS> gains{};
+    std::array<float, KORA4_VISUALIZATION_BANDS> excitations{};
+
+    // No float equals NaN; a picture with one equals itself all the same.
+    bool IsSameAs(const Levels& other) const;
+};
+
+using Painter = std::function<std::string(Style style, const std::string& text)>;
+
+// Two bars a band, gain and excitation, over a scale in dB and the numbers of the bands, with
+// a line of words below. At most that many columns and lines; the bars take what there is.
+std::vector<std::string> DrawLevels(const Levels& levels, std::size_t width, std::size_t height,
+                                    const Painter& paint);
+
+// "-12.5", one decimal; "nan", "inf" and "-inf" as they are.
+std::string LevelText(float level);
+
+// "gain -12.5 ...  excitation -3.0 ..."
+std::string LevelsLine(const Levels& levels);
+// {"gains": [...], "excitations": [...]}; null for what is no number.
+Json LevelsDocument(const Levels& levels);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_TOOLS_KORA4CTL_LEVELS_PICTURE_H

@@ -1,0 +1,162 @@
+// kora4ctl levels: what the engine measures, live.
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+#include "common/api_session.h"
+#include "common/results.h"
+#include "kora4ctl/levels_picture.h"
+#include "kora4ctl/local_time.h"
+#include "kora4ctl/run_limits.h"
+#include "kora4ctl/terminal_screen.h"
+#include "kora4ctl/verbs.h"
+
+namespace kora4::tools {
+
+namespace {
+
+struct Options {
+    RunLimits limits;
+    double fps = 0;  // 0: as the sampling period says
+};
+
+// Bounds of a sampling period from the store, which may be any number, in seconds.
+constexpr double cShortestPeriod = 0.01;
+constexpr double cLongestPeriod = 5;
+
+constexpr char cNoLevels[] = "no levels: no engine has published anything (start kora4sim)";
+
+constexpr char cFooter[] =
+    "On a terminal, bars for the 20 bands, redrawn in place: gain, and excitation beside it, "
+    "in\n"
+    "dB. Otherwise, and with --json, a line for each picture that differs from the one "
+    "before;\n"
+    "with --json that is {\"time\", \"gains\", \"excitations\", \"error\"}, null while there "
+    "are\n"
+    "no levels, and \"error\" says why levels that are there cannot be read.\n"
+    "--count counts pictures that differ from the one before. Ends with Ctrl-C, when nobody\n"
+    "reads the output any more, and as the options say.\n";
+
+// What one look at the levels has shown.
+struct Look {
+    std::optional<Levels> levels;
+    std::string error;  // there are levels that cannot be read
+
+    bool IsSameAs(const Look& other) const {
+        if (levels.has_value() != other.levels.has_value() || error != other.error)
+            return false;
+        return !levels || levels->IsSameAs(*other.levels);
+    }
+    // In place of a picture.
+    std::string Message() const { return error.empty() ? cNoLevels : error; }
+};
+
+Look TakeLook(IVeltoKORA4API& api) {
+    Look look;
+    Levels levels;
+    const HRESULT hr = api.GetVisualizationData(levels.gains.data(), levels.excitations.data());
+    if (hr == S_OK)
+        look.levels = levels;
+    else if (FAILED(hr))
+        look.error = "the levels cannot be read: " + InWords(hr);
+    return look;
+}
+
+class Display {
+  public:
+    explicit Display(Output& output) : m_output(output) {
+        if (!output.json)
+            m_screen.emplace(output);
+    }
+
+    // Pictures that differ from the one before.
+    unsigned Count() const { return m_count; }
+
+    void Show(const Look& look) {
+        const bool isNew = !m_last || !look.IsSameAs(*m_last);
+        m_last = look;
+        if (isNew && look.levels)
+            ++m_count;
+        if (m_screen && m_screen->IsUsable())
+            Draw(look);
+        else if (isNew && m_output.json)
+            m_output.PrintJsonLine(Document(look));
+        else if (isNew && look.levels)
+            m_output.Print(Moment::Now().Clock() + "  " + LevelsLine(*look.levels));
+        else if (isNew)
+            m_output.Complain(look.Message());
+    }
+
+  private:
+    // Also when nothing is new: the terminal may have another size.
+    void Draw(const Look& look) {
+        const Painter paint = [this](Style style, const std::string& text) {
+            return m_output.Paint(style, text);
+        };
+        if (look.levels)
+            m_screen->Show(
+                DrawLevels(*look.levels, m_screen->Width(), m_screen->Height(), paint));
+        else
+            m_screen->Show({paint(Style::eWarning, look.Message())});
+    }
+
+    static Json Document(const Look& look) {
+        Json document = {{"time", Moment::Now().Iso()}};
+        if (look.levels)
+            document.update(LevelsDocument(*look.levels));
+        else
+            document.update({{"gains", nullptr}, {"excitations", nullptr}});
+        document["error"] = look.error.empty() ? Json() : Json(look.error);
+        return document;
+    }
+
+    Output& m_output;
+    std::optional<TerminalScreen> m_screen;
+    std::optional<Look> m_last;
+    unsigned m_count = 0;
+};
+
+// The sampling period may be another one each time.
+double SecondsToNextLook(const Options& options, IVeltoKORA4API& api) {
+    if (options.fps > 0)
+        return 1 / options.fps;
+    ULONG milliseconds = 50;
+    api.GetVisualizationSamplingPeriod(&milliseconds);
+    return std::clamp(milliseconds / 1000.0, cShortestPeriod, cLongestPeriod);
+}
+
+ExitCode ShowLevels(const Context& context, const Options& options) {
+    const ApiSession api;
+    Display display(context.output);
+    const Deadline end = options.limits.Start();
+    while (!context.output.IsBroken()) {
+        const Deadline next(SecondsToNextLook(options, *api.Get()));
+        display.Show(TakeLook(*api.Get()));
+        if (options.limits.IsReached(display.Count()))
+            break;
+        const Wake wake =
+            WaitWithMessages(context.interrupt.Event(), next.Left() < end.Left() ? next : end,
+                             [] { return false; });
+        if (wake == Wake::eInterrupted)
+            break;
+        if (end.IsOver())
+            return options.limits.OnTimeout(display.Count());
+    }
+    return ExitCode::eDone;
+}
+
+}  // namespace
+
+void AddLevels(Context& context) {
+    CLI::App* verb = context.root.add_subcommand("levels", "show the engine's levels, live");
+    const auto options = std::make_shared<Options>();
+    verb->add_option("--fps", options->fps,
+                     "look so many times a second; without it, every sampling period")
+        ->check(CLI::Range(0.1, 100.0))
+        ->type_name("N");
+    options->limits.AddTo(*verb, "pictures");
+    verb->footer(cFooter);
+    OnRun(*verb, context, [&context, options] { return ShowLevels(context, *options); });
+}
+
+}  // namespace kora4::tools

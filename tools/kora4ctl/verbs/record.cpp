@@ -1,0 +1,209 @@
+// kora4ctl record: how settings change, into a file.
+#include <memory>
+
+#include "common/api_session.h"
+#include "common/failure.h"
+#include "common/handles.h"
+#include "common/results.h"
+#include "common/text.h"
+#include "kora4ctl/notification_listener.h"
+#include "kora4ctl/recording.h"
+#include "kora4ctl/run_limits.h"
+#include "kora4ctl/setting_access.h"
+#include "kora4ctl/verbs.h"
+#include "schema/document.h"
+
+namespace kora4::tools {
+
+namespace {
+
+struct Options {
+    std::string file;
+    RunLimits limits;
+};
+
+constexpr char cFooter[] =
+    "The first line has the settings, then comes a line for each notification with its offset\n"
+    "in milliseconds, and what else became different; the last line has the settings at the\n"
+    "end. Each line is on disk when the next one comes. Ctrl-C ends the recording; a program\n"
+    "that is killed leaves one without its end, which 'kora4ctl replay' does not take.\n";
+
+// Lines into a file or to standard output.
+class Lines {
+  public:
+    Lines(const std::string& path, Output& output) : m_path(path), m_output(output) {
+        if (IsStandardOutput())
+            return;
+        const HANDLE file = CreateFileW(Widen(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                        nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (file == INVALID_HANDLE_VALUE)
+            Fail("cannot be made");
+        m_file.Reset(file);
+    }
+
+    void Add(const Json& line) {
+        if (IsStandardOutput()) {
+            m_output.PrintJsonLine(line);
+            return;
+        }
+        const std::string text =
+            line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+        DWORD written = 0;
+        if (!WriteFile(m_file.Get(), text.data(), static_cast<DWORD>(text.size()), &written,
+                       nullptr) ||
+            written != text.size())
+            Fail("cannot be written");
+    }
+
+    bool IsStandardOutput() const { return m_path == "-"; }
+    bool IsBroken() const { return IsStandardOutput() && m_output.IsBroken(); }
+
+  private:
+    [[noreturn]] void Fail(const std::string& what) const {
+        throw Failure(ExitCode::eFailed, "The file " + m_path + " " + what + ": " +
+                                             PlatformWords(GetLastError()) + ".");
+    }
+
+    const std::string m_path;
+    Output& m_output;
+    UniqueHandle m_file;
+};
+
+// The settings of the user, as they are stored now.
+class Snapshots {
+  public:
+    Snapshots() : m_store(OpenStore(OpenMode::eRead)) {}
+
+    // Ctrl-C does not interrupt it: the last one is taken after that.
+    Json Take() const {
+        const StoreLock lock(cLockPatience);
+        return Dump(*m_store, Scope::eUser);
+    }
+
+  private:
+    const std::unique_ptr<StoreAccess> m_store;
+};
+
+// What stands for profile and enable in a snapshot that may be later than what was told:
+// they come when they are told, so that a replay enters and leaves demos as it was done.
+void KeepUntilTold(const char* name, const Json& before, const std::vector<Notification>& told,
+                   Json& now) {
+    Json value = MemberOf(before, "general", name);
+    for (const Notification& notification : told) {
+        if (notification.name == name)
+            value = notification.value;
+    }
+    if (value.is_null())
+        now["general"].erase(name);
+    else
+        now["general"][name] = value;
+}
+
+class Recorder {
+  public:
+    Recorder(const Context& context, const Options& options)
+        : m_limits(options.limits),
+          m_lines(options.file, context.output),
+          m_listener(*m_api.Get(), context.interrupt.Event()),
+          m_begin(GetTickCount64()),
+          m_last(m_snapshots.Take()) {
+        m_lines.Add({{"event", "start"},
+                     {"format", cRecordingFormat},
+                     {"version", cRecordingVersion},
+                     {"time", Moment::Now().Iso()},
+                     {"settings", m_last}});
+    }
+
+    bool IsToStandardOutput() const { return m_lines.IsStandardOutput(); }
+    unsigned Count() const { return m_count; }
+
+    // How it ended: as wanted, or before.
+    Wake Run() {
+        const Deadline deadline = m_limits.Start();
+        for (std::vector<Notification> told; !m_lines.IsBroken();) {
+            const Wake wake = m_listener.Wait(deadline, told);
+            if (!told.empty())
+                AddGroup(told);
+            if (m_limits.IsReached(m_count))
+                return Wake::eDone;
+            if (wake != Wake::eDone)
+                return wake;
+        }
+        return Wake::eDone;
+    }
+
+    void End() {
+        const Json now = m_snapshots.Take();
+        const Json changes = ChangesBetween(m_last, now);
+        if (!changes.empty())
+            m_lines.Add({{"event", "changes"}, {"offset", Offset()}, {"changes", changes}});
+        m_lines.Add({{"event", "end"}, {"offset", Offset()}, {"settings", now}});
+    }
+
+  private:
+    void AddGroup(std::vector<Notification>& told) {
+        Json now = m_snapshots.Take();
+        for (const char* name : {"profile", "enable"})
+            KeepUntilTold(name, m_last, told, now);
+        for (const Notification& notification : told) {
+            Json line = {{"event", notification.event},
+                         {"name", notification.name},
+                         {"value", notification.value},
+                         {"offset", Offset(notification.tick)}};
+            ++m_count;
+            const bool isLast = &notification == &told.back() || m_limits.IsReached(m_count);
+            if (isLast)
+                line["changes"] = ChangesBetween(m_last, now);
+            m_lines.Add(line);
+            if (isLast)
+                break;
+        }
+        m_last = std::move(now);
+    }
+
+    // Never before that of the line above.
+    ULONGLONG Offset(ULONGLONG tick = GetTickCount64()) {
+        return m_offset = std::max(m_offset, tick - std::min(tick, m_begin));
+    }
+
+    const RunLimits m_limits;
+    const ApiSession m_api;
+    Lines m_lines;
+    NotificationListener m_listener;
+    const Snapshots m_snapshots;
+    const ULONGLONG m_begin;
+    Json m_last;
+    ULONGLONG m_offset = 0;
+    unsigned m_count = 0;
+};
+
+ExitCode Record(const Context& context, const Options& options) {
+    Recorder recorder(context, options);
+    context.output.Say("Recording; Ctrl-C ends it.");
+    const Wake wake = recorder.Run();
+    recorder.End();
+    const ExitCode code =
+        wake == Wake::eTimedOut ? options.limits.OnTimeout(recorder.Count()) : ExitCode::eDone;
+    if (recorder.IsToStandardOutput())
+        return code;
+    if (context.output.json)
+        context.output.PrintJson({{"file", options.file}, {"notifications", recorder.Count()}});
+    else
+        context.output.Say("Recorded " + std::to_string(recorder.Count()) +
+                           (recorder.Count() == 1 ? " notification" : " notifications") +
+                           " in " + options.file + ".");
+    return code;
+}
+
+}  // namespace
+
+void AddRecord(Context& context) {
+    CLI::App* verb = context.root.add_subcommand("record", "write down how settings change");
+    const auto options = std::make_shared<Options>();
+    verb->add_option("FILE", options->file, "where to; - is standard output")->required();
+    options->limits.AddTo(*verb, "notifications");
+    verb->footer(cFooter);
+    OnRun(*verb, context, [&context, options] { return Record(context, *options); });
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,101 @@
+// kora4ctl replay: a recording, made again.
+#include <memory>
+
+#include "common/failure.h"
+#include "common/files.h"
+#include "kora4ctl/message_wait.h"
+#include "kora4ctl/recording.h"
+#include "kora4ctl/replayer.h"
+#include "kora4ctl/settings_document.h"
+#include "kora4ctl/verbs.h"
+
+namespace kora4::tools {
+
+namespace {
+
+struct Options {
+    std::string file;
+    double speed = 1;
+    bool noStart = false;
+};
+
+constexpr char cFooter[] =
+    "The whole file is checked before anything is changed. Then the settings become those of\n"
+    "the recording's start (not with --no-start), and each change is made as long after it as\n"
+    "it was recorded, divided by the speed. At the end the settings are compared with those\n"
+    "of the recording's end; when there are differences, they are told and the exit code is "
+    "1.\n"
+    "Ctrl-C ends it after the change that is being made.\n";
+
+Recording Read(const std::string& path) {
+    const std::string text = ReadWholeFile(path);
+    try {
+        return ReadRecording(text);
+    } catch (const Failure& failure) {
+        const std::string name = path == "-" ? "standard input" : path;
+        throw Failure(failure.Code(), name + ": " + failure.what(), failure.Next());
+    }
+}
+
+// Waits for a group's moment. Failure when Ctrl-C comes first.
+void WaitForMoment(const Context& context, const Options& options, ULONGLONG begin,
+                   const RecordedGroup& group) {
+    const double offset =
+        options.speed > 0 ? static_cast<double>(group.offset) / 1000 / options.speed : 0;
+    const double passed = static_cast<double>(GetTickCount64() - begin) / 1000;
+    const Wake wake = WaitWithMessages(context.interrupt.Event(), Deadline(offset - passed),
+                                       [] { return false; });
+    if (wake == Wake::eInterrupted)
+        throw Failure(ExitCode::eFailed, "Interrupted; the rest of the recording was not made.",
+                      "The settings are those of " + std::to_string(group.offset) +
+                          " ms into the recording.");
+}
+
+ExitCode Tell(Output& output, const Recording& recording,
+              const std::vector<Difference>& differences) {
+    const bool isSame = differences.empty();
+    if (output.json) {
+        output.PrintJson({{"notifications", recording.Events()},
+                          {"same", isSame},
+                          {"differences", DocumentOf(differences)}});
+    } else {
+        PrintDifferences(output, differences);
+        output.Say(isSame ? "The settings are those of the recording's end."
+                          : CountOfValues(differences.size()) +
+                                " differ from those of the recording's end, told as what is "
+                                "and what was recorded.");
+    }
+    return isSame ? ExitCode::eDone : ExitCode::eFailed;
+}
+
+ExitCode Replay(const Context& context, const Options& options) {
+    const Recording recording = Read(options.file);
+    Replayer replayer;
+    if (!options.noStart)
+        replayer.Restore(recording.start);
+    const ULONGLONG begin = GetTickCount64();
+    for (const RecordedGroup& group : recording.groups) {
+        WaitForMoment(context, options, begin, group);
+        replayer.Make(group);
+    }
+    return Tell(context.output, recording, replayer.DifferencesFrom(recording.end));
+}
+
+}  // namespace
+
+void AddReplay(Context& context) {
+    CLI::App* verb = context.root.add_subcommand("replay", "make recorded changes again");
+    const auto options = std::make_shared<Options>();
+    verb->add_option("FILE", options->file, "a file of 'record'; - is standard input")
+        ->required();
+    verb->add_option("--speed", options->speed,
+                     "how many times as fast as recorded (this is 1); 0 is as fast as it goes")
+        ->check(CLI::Range(0.0, 1e6))
+        ->type_name("X");
+    verb->add_flag("--no-start", options->noStart,
+                   "begin with the settings as they are, not as recorded");
+    verb->footer(cFooter);
+    OnRun(*verb, context, [&context, options] { return Replay(context, *options); });
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,59 @@
+// kora4ctl watch: every notification of the library.
+#include <memory>
+
+#include "common/api_session.h"
+#include "kora4ctl/notification_listener.h"
+#include "kora4ctl/run_limits.h"
+#include "kora4ctl/verbs.h"
+
+namespace kora4::tools {
+
+namespace {
+
+constexpr char cFooter[] =
+    "A line for each: the time, what changed, and what it is now. The message 'Watching...'\n"
+    "says that changes are told from now on; with --json, so does a first line with the event\n"
+    "\"ready\". Every further line has \"time\", \"event\" (\"enable\", \"profile\", "
+    "\"switch\",\n"
+    "\"value\", \"graphic-eq\" or \"table\"), \"name\" and \"value\".\n"
+    "Only the active profile's values are told, and with another profile the profile alone.\n"
+    "Ends with Ctrl-C, when nobody reads the output any more, and as the options say.\n";
+
+ExitCode Watch(const Context& context, const RunLimits& limits) {
+    Output& output = context.output;
+    const ApiSession api;
+    NotificationListener listener(*api.Get(), context.interrupt.Event());
+    const Deadline deadline = limits.Start();
+    if (output.json)
+        output.PrintJsonLine({{"time", Moment::Now().Iso()}, {"event", "ready"}});
+    output.Say("Watching; Ctrl-C ends it.");
+    unsigned count = 0;
+    for (std::vector<Notification> told; !output.IsBroken();) {
+        const Wake wake = listener.Wait(deadline, told);
+        for (const Notification& notification : told) {
+            if (output.json)
+                output.PrintJsonLine(notification.Document());
+            else
+                output.Print(notification.Line());
+            if (limits.IsReached(++count))
+                return ExitCode::eDone;
+        }
+        if (wake == Wake::eInterrupted)
+            break;
+        if (wake == Wake::eTimedOut)
+            return limits.OnTimeout(count);
+    }
+    return ExitCode::eDone;
+}
+
+}  // namespace
+
+void AddWatch(Context& context) {
+    CLI::App* verb = context.root.add_subcommand("watch", "tell every change as it happens");
+    const auto limits = std::make_shared<RunLimits>();
+    limits->AddTo(*verb, "notifications");
+    verb->footer(cFooter);
+    OnRun(*verb, context, [&context, limits] { return Watch(context, *limits); });
+}
+
+}  // namespace kora4::tools
