@@ -50,6 +50,20 @@ std::string Place(KORA4KeySet keySet, const PropertyKey& key) {
     return ValueName(key) + " in the " + KeySetName(keySet) + " keys";
 }
 
+// The platform adds the terminator that it happens to find behind a text without one; what
+// is written shall be what is there.
+class Guarded {
+  public:
+    explicit Guarded(const Bytes& bytes) : m_padded(bytes.size() + cMargin, 0xFF) {
+        std::copy(bytes.begin(), bytes.end(), m_padded.begin());
+    }
+    const BYTE* Data() const { return m_padded.data(); }
+
+  private:
+    static constexpr std::size_t cMargin = 4;
+    Bytes m_padded;
+};
+
 }  // namespace
 
 std::string KeySetPath(KORA4KeySet keySet) {
@@ -148,7 +162,7 @@ void RegistryStore::Write(KORA4KeySet keySet, const PropertyKey& key,
                           const StoredValue& value) {
     const LSTATUS status =
         RegSetValueExW(m_keys->ToWrite(keySet), WideName(key).c_str(), 0, value.type,
-                       value.bytes.data(), static_cast<DWORD>(value.bytes.size()));
+                       Guarded(value.bytes).Data(), static_cast<DWORD>(value.bytes.size()));
     if (status != ERROR_SUCCESS)
         Refuse(status, "Writing " + Place(keySet, key), keySet);
 }
