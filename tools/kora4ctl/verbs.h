@@ -18,20 +18,27 @@ AddVerb AddList;
 AddVerb AddProfile;
 AddVerb AddDemo;
 AddVerb AddEq;
+AddVerb AddLevels;
+AddVerb AddWatch;
+AddVerb AddRecord;
+AddVerb AddReplay;
 AddVerb AddRegister;
 AddVerb AddUnregister;
 AddVerb AddExplain;
 AddVerb AddTrace;
+AddVerb AddDoctor;
 AddVerb AddDump;
 AddVerb AddLoad;
 AddVerb AddDiff;
 AddVerb AddLint;
+AddVerb AddCompletion;
 
 // All of them, in the order of --help.
 inline constexpr AddVerb* cVerbs[] = {
-    AddStatus,  AddGet,  AddSet,  AddToggle,   AddDescribe,   AddList,
-    AddProfile, AddDemo, AddEq,   AddRegister, AddUnregister, AddExplain,
-    AddTrace,   AddDump, AddLoad, AddDiff,     AddLint};
+    AddStatus,  AddGet,      AddSet,        AddToggle,  AddDescribe,  AddList,
+    AddProfile, AddDemo,     AddEq,         AddLevels,  AddWatch,     AddRecord,
+    AddReplay,  AddRegister, AddUnregister, AddExplain, AddTrace,     AddDoctor,
+    AddDump,    AddLoad,     AddDiff,       AddLint,    AddCompletion};
 
 }  // namespace kora4::tools
 
