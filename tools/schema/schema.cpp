@@ -1,6 +1,8 @@
 #include "schema/schema.h"
 
+#include <map>
 #include <span>
+#include <tuple>
 
 #include "common/failure.h"
 #include "published/general_settings.h"
@@ -239,10 +241,19 @@ const std::vector<SchemaValue>& Schema() {
 }
 
 const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key) {
-    for (const SchemaValue& value : Schema())
-        if (value.keySet == keySet && value.key == key)
-            return &value;
-    return nullptr;
+    // Families differ in the first field of their GUIDs already.
+    using Place = std::tuple<std::uint32_t, std::uint32_t, std::uint32_t>;
+    const auto placeOf = [](KORA4KeySet set, const PropertyKey& of) {
+        return Place(set, of.fmtid.data1, of.pid);
+    };
+    static const std::map<Place, const SchemaValue*> places = [&placeOf] {
+        std::map<Place, const SchemaValue*> all;
+        for (const SchemaValue& value : Schema())
+            all.emplace(placeOf(value.keySet, value.key), &value);
+        return all;
+    }();
+    const auto found = places.find(placeOf(keySet, key));
+    return found != places.end() && found->second->key == key ? found->second : nullptr;
 }
 
 SchemaValue SettingValue(std::uint32_t pid) {

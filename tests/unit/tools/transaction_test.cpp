@@ -233,8 +233,8 @@ TEST_F(Transaction, AKillAtEachWriteIsMended) {
 TEST_F(Transaction, AKillWhilePuttingBackIsMended) {
     Prepare(7);
     const int writes = Writes();
-    for (int n = 0; n < writes; n += 5) {
-        for (int more = 0; more < n; more += 3) {
+    for (int n = 0; n < writes; n += 9) {
+        for (int more = 0; more < n; more += 7) {
             m_store = {};
             m_store.values = m_before;
             m_store.writesToDeath = n;
