@@ -189,6 +189,9 @@ void Engine::WaitForNextPicture() {
         if (wake != ChangeWatch::Wake::eChanged)
             return;
         LookAtStore();
+        // Whoever writes without a pause must not keep the pictures from coming.
+        if (Clock::now() >= due)
+            return;
     }
 }
 
