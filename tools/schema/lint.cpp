@@ -211,8 +211,9 @@ const char* SeverityName(Severity severity) {
 }
 
 std::string Finding::Line() const {
+    const std::string value = valueName.empty() ? "the value without a name" : valueName;
     const std::string place =
-        name.empty() ? valueName + " in the " + KeySetName(keySet) + " keys"
+        name.empty() ? value + " in the " + KeySetName(keySet) + " keys"
                      : (profile ? ProfileName(*profile) + ": " : std::string()) + name;
     return std::string(SeverityName(severity)) + ": " + place + ": " + problem +
            (stored.empty() ? "" : " (stored: " + stored + ")");
