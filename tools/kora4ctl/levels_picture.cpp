@@ -104,13 +104,17 @@ std::string DrawRow(const Row& row, const Levels& levels, const Layout& layout,
 }
 
 // The numbers of the bands; every fifth where not all have room.
-std::string Numbers(const Layout& layout) {
+std::string Numbers(const Layout& layout, std::size_t width) {
     std::string line(layout.hasScale ? cScaleColumns : 0, ' ');
     const std::size_t begin = line.size();
     const std::size_t step = layout.Cell() >= 3 ? 1 : 5;
     for (std::size_t band = step; band <= layout.bands; band += step) {
-        line.resize(std::max(line.size(), begin + (band - 1) * layout.Cell()), ' ');
-        line += std::to_string(band);
+        const std::string number = std::to_string(band);
+        const std::size_t place = begin + (band - 1) * layout.Cell();
+        if (place + number.size() > width)
+            break;
+        line.resize(place, ' ');
+        line += number;
     }
     return line;
 }
@@ -143,7 +147,7 @@ std::vector<std::string> DrawLevels(const Levels& levels, std::size_t width, std
         lines.push_back(DrawRow({high, high - step}, levels, layout, paint));
     }
     if (height > rows)
-        lines.push_back(paint(Style::eDim, Numbers(layout)));
+        lines.push_back(paint(Style::eDim, Numbers(layout, width)));
     if (height > rows + 1)
         lines.push_back(Words(levels, width, paint));
     return lines;
