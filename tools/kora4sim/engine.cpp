@@ -85,7 +85,7 @@ void Engine::PrepareStore() {
     if (m_scene.commands)
         WriteCommands(*m_scene.commands);
     m_settings.Load(m_store);
-    m_period = m_options.period.value_or(StoredPeriod());
+    m_period = m_options.period ? *m_options.period : StoredPeriod();
 }
 
 // Values, what announces itself, then the triggers.
@@ -161,7 +161,7 @@ std::uint32_t Engine::StoredPeriod() {
 }
 
 void Engine::LookAtPeriod() {
-    const std::uint32_t now = m_options.period.value_or(StoredPeriod());
+    const std::uint32_t now = m_options.period ? *m_options.period : StoredPeriod();
     if (now == m_period)
         return;
     const std::string cause =
