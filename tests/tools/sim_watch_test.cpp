@@ -9,8 +9,6 @@
 namespace kora4::test {
 namespace {
 
-using testing::HasSubstr;
-
 // ---- Scenes -----------------------------------------------------------------------------
 
 struct SceneExpectation {
