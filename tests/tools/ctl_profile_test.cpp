@@ -64,7 +64,7 @@ TEST_F(CtlProfile, NamesAreAsLongAsCanBeReadAgain) {
 }
 
 TEST_F(CtlProfile, AnUnreadableNameIsExplained) {
-    WriteStoredUINT(eKeySetStatic, pkey::ProfileNameKey(5), 1);
+    WriteStoredUINT(eKeySetStatic, ProfileNameKey(5), 1);
     Refused({"profile", "table"}, cFailed, "lint");
     EXPECT_EQ(Done({"profile", "delete", "p3"}), "p3 was deleted.\n");
     Done({"profile", "table"});
@@ -97,8 +97,9 @@ TEST_F(CtlProfile, ShowHasTheValuesOfActiveAndInactiveProfiles) {
         EXPECT_EQ(shown["profile"], profile);
         EXPECT_EQ(shown["active"], std::string(profile) == "movie");
         for (const Json& setting : shown["settings"]) {
-            if (setting["name"] == "dialog-enhancer")
+            if (setting["name"] == "dialog-enhancer") {
                 EXPECT_EQ(setting["value"], std::string(profile) == "music" ? 0.75 : 0.33);
+            }
         }
     }
     EXPECT_EQ(DoneJson({"profile", "show"})["profile"], "movie");

@@ -74,7 +74,7 @@ TEST_F(CtlStatus, TellsADemo) {
 }
 
 TEST_F(CtlStatus, UnreadableThingsDoNotKeepItFromTellingTheRest) {
-    WriteStoredUINT(eKeySetStatic, pkey::ProfileNameKey(5), 1);
+    WriteStoredUINT(eKeySetStatic, ProfileNameKey(5), 1);
     const tools::SchemaValue levels = tools::SettingValue(pkey::cVisualizationDataPid);
     WriteStoredUINT(levels.keySet, levels.key, 1);
     const Json status = DoneJson({"status"});
@@ -88,8 +88,9 @@ TEST_F(CtlStatus, PipedItIsPlainAndNarrow) {
     EXPECT_FALSE(Has(text, "\x1b"));
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        if (!line.starts_with("library"))
+        if (!line.starts_with("library")) {
             EXPECT_LE(tools::ToUtf16(line).size(), 80u) << line;
+        }
     }
 }
 

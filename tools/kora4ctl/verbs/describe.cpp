@@ -204,6 +204,9 @@ ExitCode Describe(const Context& context, const DescribeOptions& options) {
 
 // ---- list -------------------------------------------------------------------------------
 
+// Columns of a wide list in front of the last one.
+constexpr std::size_t cListMargin = 68;
+
 ExitCode List(const Context& context, const DescribeOptions& options) {
     const std::optional<std::uint32_t> profile = options.profile.Get();
     std::vector<const Setting*> settings;
@@ -216,24 +219,20 @@ ExitCode List(const Context& context, const DescribeOptions& options) {
     Output& output = context.output;
     Json documents = Json::array();
     std::vector<std::vector<std::string>> rows;
-    const bool isWide = output.Width() >= 120 || !output.IsTerminal();
+    const bool isWide = output.Width() >= 120;
     for (const Reading& reading : readings) {
+        const Setting& setting = *reading.setting;
         Json document = reading.Document();
-        document["allowed"] = reading.setting->Allowed();
-        document["access"] = AccessName(*reading.setting);
+        document["allowed"] = setting.Allowed();
+        document["access"] = AccessName(setting);
         documents.push_back(document);
-        const std::string mark = reading.IsInRange() ? "" : " !";
-        const std::string value = Shown(reading.Text(true));
-        // Nothing is cut when a program reads.
-        std::vector<std::string> row = {reading.setting->name,
-                                        (output.IsTerminal() ? Cut(value, 22) : value) + mark};
+        const std::string value =
+            Cut(Shown(reading.Text(true)), 20) + (reading.IsInRange() ? "" : " !");
         if (isWide)
-            row.insert(row.end(), {AccessName(*reading.setting), reading.setting->summary});
+            rows.push_back({setting.name, value, AccessName(setting),
+                            Cut(setting.summary, output.Width() - cListMargin)});
         else
-            row.push_back(Cut(reading.setting->Allowed(), 26));
-        if (output.IsTerminal() && isWide)
-            row.back() = Cut(row.back(), output.Width() - 66);
-        rows.push_back(row);
+            rows.push_back({setting.name, value, Cut(setting.Allowed(), 24)});
     }
     if (output.json) {
         output.PrintJson(documents);

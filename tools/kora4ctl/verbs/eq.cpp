@@ -115,9 +115,7 @@ ExitCode Show(Context& context, const EqOptions& options) {
         output.Print("no bands are stored");
         return ExitCode::eDone;
     }
-    output.Print();
     PrintPicture(equalizer, output);
-    output.Print();
     std::vector<std::vector<std::string>> rows;
     for (std::size_t i = 0; i < equalizer.bands.size(); ++i)
         rows.push_back(RowOfBand(equalizer.bands, i));

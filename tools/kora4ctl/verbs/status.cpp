@@ -151,7 +151,7 @@ std::string NameOfProfile(const State& state) {
     return IsAllowableProfile(state.profile) ? word : word + ", which is no profile";
 }
 
-std::string ShortestNumbers(const Bands& bands) {
+std::string GainsInWords(const Bands& bands) {
     if (bands.empty())
         return "no bands";
     const auto [low, high] =
@@ -187,16 +187,21 @@ std::string Frequencies(const Bands& bands) {
            " to " + ShortFrequency(bands.back().frequency) + " Hz";
 }
 
+// Many bands leave no room for more than the curve.
+std::string CurveText(const Bands& bands, bool isWide) {
+    constexpr std::size_t cFewBands = 20;
+    const bool hasRoom = isWide || bands.size() <= cFewBands;
+    return OneLineCurve(bands) + (hasRoom ? " " + GainsInWords(bands) : std::string());
+}
+
 std::vector<std::string> RowOf(const State& state, const TechnologyState& one, bool isWide) {
     const bool isInRange = one.value ? one.value->IsInRange() : AreInRange(state.bands);
     const std::string value =
-        one.value ? one.value->Text(true)
-                  : OneLineCurve(state.bands) + " " + ShortestNumbers(state.bands);
-    const char* const effective = !one.isOn          ? "no"
-                                  : !state.isEnabled ? "no, master enable is off"
-                                                     : "yes";
+        one.value ? one.value->Text(true) : CurveText(state.bands, isWide);
+    const bool isEffective = one.isOn && state.isEnabled;
     std::vector<std::string> row = {one.technology->title, one.isOn ? "on" : "off",
-                                    value + (isInRange ? "" : " !"), effective};
+                                    value + (isInRange ? "" : " !"),
+                                    isEffective ? "yes" : "no"};
     if (isWide)
         row.insert(row.end() - 1,
                    one.value ? Position(*one.value, 20) : Frequencies(state.bands));
@@ -263,6 +268,8 @@ void Print(const State& state, Output& output) {
     if (isWide)
         headings.insert(headings.end() - 1, "range");
     output.Table(headings, rows);
+    if (!state.isEnabled)
+        output.Print("The master enable is off: no technology is effective.");
     const bool isAnyOutside = std::any_of(
         rows.begin(), rows.end(), [](const auto& row) { return row[2].ends_with(" !"); });
     if (isAnyOutside)
