@@ -174,12 +174,15 @@ TEST_P(CtlRecordRandom, ReplayEndsInTheSameSettings) {
     for (int i = 0; i < 80; ++i) {
         changes.Make();
         // Some come together, some alone.
-        if (changes.Below(3) == 0)
+        if (changes.Below(3) == 0) {
             EXPECT_FALSE(PumpUntil([] { return false; }, nullptr, 15));
+        }
     }
     End(*tool);
     const std::string end = Done({"dump"});
-    EXPECT_EQ(ParsedJson(end), Lines(Recorded()).back()["settings"]);
+    const std::vector<Json> lines = Lines(Recorded());
+    EXPECT_EQ(ParsedJson(end), lines.back()["settings"]);
+    EXPECT_GT(lines.size(), 20u);
     for (int i = 0; i < 20; ++i)
         changes.Make();
     const ToolResult replay = RunCtl({"replay", cFile, "--speed", "0"});
@@ -205,8 +208,9 @@ TEST_F(CtlRecord, EachLineHasItsShape) {
     EXPECT_TRUE(HasShape(lines.back(), cEndShape));
     EXPECT_EQ("p1", lines.back()["settings"]["general"]["profile"]);
     for (std::size_t i = 1; i + 1 < lines.size(); ++i) {
-        if (lines[i]["event"] != "changes")
+        if (lines[i]["event"] != "changes") {
             EXPECT_TRUE(HasShape(lines[i], cEventShape)) << lines[i];
+        }
     }
 }
 
