@@ -75,6 +75,7 @@ _kora4ctl_offer() {
 
 _kora4ctl() {
     local IFS=$' \t\n'
+    COMPREPLY=()
     local current=${COMP_WORDS[COMP_CWORD]} path= awaited= given=() i word entry
     local verbs options valued arguments
     _kora4ctl_command ''
@@ -101,7 +102,8 @@ _kora4ctl() {
     elif [[ $current == -* ]]; then
         COMPREPLY=($(compgen -W "$options" -- "$current"))
     elif [[ -n $verbs ]]; then
-        COMPREPLY=($(compgen -W "$verbs" -- "$current"))
+        # Behind a verb that there is not, nothing is known.
+        ((${#given[@]} > 0)) || COMPREPLY=($(compgen -W "$verbs" -- "$current"))
     else
         local places=($arguments) place=${#given[@]} list=
         if ((place < ${#places[@]})); then
@@ -110,7 +112,7 @@ _kora4ctl() {
             list=${places[${#places[@]} - 1]}
             [[ $list == *... ]] || list=
         fi
-        _kora4ctl_offer "${list%...}" "${given[0]}" "$current"
+        _kora4ctl_offer "${list%...}" "${given[0]-}" "$current"
     fi
 }
 

@@ -103,7 +103,8 @@ constexpr char cBlock[] = R"script(
     } elseif ($wordToComplete -like '-*') {
         $offered = $options[$path]
     } elseif ($verbs[$path].Count -gt 0) {
-        $offered = $verbs[$path]
+        # Behind a verb that there is not, nothing is known.
+        if ($given.Count -eq 0) { $offered = $verbs[$path] }
     } else {
         $places = $arguments[$path]
         if ($given.Count -lt $places.Count) {

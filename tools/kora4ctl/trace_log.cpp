@@ -21,6 +21,9 @@ std::string FromCodePage(const std::string& bytes) {
     return Narrow(wide);
 }
 
+// As much of what was read as tells one file from another.
+constexpr std::size_t cTailBytes = 256;
+
 UniqueHandle OpenToRead(const std::string& path) {
     const HANDLE file = CreateFileW(Widen(path).c_str(), GENERIC_READ,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -128,15 +131,25 @@ std::vector<std::string> LogReader::NewLines() {
     const std::uint64_t size = std::uint64_t{info.nFileSizeHigh} << 32 | info.nFileSizeLow;
     const std::uint64_t identity =
         std::uint64_t{info.nFileIndexHigh} << 32 | info.nFileIndexLow;
-    // Gone for a while, another file, or shorter than what was read of it.
-    if (!wasThere || identity != m_identity || size < m_offset) {
+    std::string added;
+    bool isSame = wasThere && identity == m_identity && size >= m_offset;
+    if (isSame) {
+        added = ReadFrom(file.Get(), m_offset - m_tail.size());
+        isSame = added.starts_with(m_tail);
+        added.erase(0, m_tail.size());
+    }
+    if (!isSame) {
         m_beganAnew = m_offset != 0;
         m_identity = identity;
         m_offset = 0;
+        m_tail.clear();
         m_incomplete.clear();
+        added = ReadFrom(file.Get(), 0);
     }
-    const std::string added = ReadFrom(file.Get(), m_offset);
     m_offset += added.size();
+    m_tail += added;
+    if (m_tail.size() > cTailBytes)
+        m_tail.erase(0, m_tail.size() - cTailBytes);
     m_incomplete += added;
     std::vector<std::string> lines;
     std::size_t begin = 0;

@@ -54,6 +54,9 @@ class LogReader {
   private:
     std::string m_path;
     std::string m_incomplete;
+    // The last bytes that were read. A new file can have the identity of the one before it
+    // and be longer, but not end its lines alike at that place.
+    std::string m_tail;
     std::uint64_t m_offset = 0;
     std::uint64_t m_identity = 0;
     bool m_isThere = false;
