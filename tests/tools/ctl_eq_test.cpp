@@ -194,7 +194,7 @@ TEST_F(CtlEq, ExportAndImportAreTheIdentity) {
     const std::vector<float> gains = Gains();
     const std::vector<float> frequencies = Frequencies();
     const std::string text = Done({"eq", "export"});
-    EXPECT_EQ(text, "GraphicEQ: 21 -1.5; 333 0.00390625; 1000 11.99609375; 32767 -12\n");
+    EXPECT_EQ(text, "GraphicEQ: 21 -1.5; 333 0.00390625; 1000 11.996094; 32767 -12\n");
     Done({"eq", "flat"});
     Done({"eq", "import", "-"}, text);
     EXPECT_EQ(Gains(), gains);
