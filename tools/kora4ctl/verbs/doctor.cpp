@@ -55,7 +55,9 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
 // A paragraph beside the two columns of words. What a program reads stays on one line.
 void PrintBeside(Output& output, const std::string& head, const std::string& text) {
     const std::size_t indent = cSeverityWidth + cNameWidth;
-    const std::size_t width = output.Width() > indent + 20 ? output.Width() - indent - 1 : 20;
+    // Some consoles count the characters of a colour sequence as columns.
+    const std::size_t taken = indent + 1 + head.size() - Columns(head);
+    const std::size_t width = output.Width() > taken + 20 ? output.Width() - taken : 20;
     const std::vector<std::string> lines =
         output.IsTerminal() ? Wrapped(text, width) : std::vector<std::string>{text};
     for (const std::string& line : lines)

@@ -85,7 +85,7 @@ void PrintRegistration(Output& output, const Registration& found, const Rows& mo
         {"application", OrNothing(found.appId) + " " + found.appTitle},
         {"type library", OrNothing(found.typeLibrary)},
         {"version", OrNothing(found.fileVersion) + " (file), " + OrNothing(found.apiVersion) +
-                        " (library), " KORA4_VERSION " (this program)"}};
+                        " (library), " KORA4_VERSION " (tool)"}};
     rows.insert(rows.end(), more.begin(), more.end());
     output.Table({}, rows);
 }
