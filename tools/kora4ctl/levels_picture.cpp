@@ -16,9 +16,9 @@ constexpr float cTop = 24;
 constexpr float cBottom = -84;
 constexpr float cScaleStep = 12;
 
-// Gains from here on are worth a warning, dB.
-constexpr float cHot = -6;
-constexpr float cOver = 0;
+// Gains from here on are worth a warning, dB, and those that the picture cannot show.
+constexpr float cHot = 12;
+constexpr float cOver = cTop;
 
 constexpr std::size_t cBands = KORA4_VISUALIZATION_BANDS;
 constexpr std::size_t cScaleColumns = 5;  // "-12 |" with a line for the bar
@@ -87,18 +87,17 @@ Style StyleOfGain(float gain) {
     return gain >= cOver ? Style::eBad : gain >= cHot ? Style::eWarning : Style::eGood;
 }
 
-std::string DrawRow(const Row& row, const Levels& levels, const Layout& layout,
-                    const Painter& paint) {
-    std::string line;
+StyledLine DrawRow(const Row& row, const Levels& levels, const Layout& layout) {
+    StyledLine line;
     if (layout.hasScale)
-        line = paint(Style::eDim, RightAligned(row.Label(), cScaleColumns - 2) +
-                                      (row.Label().empty() ? " │" : " ┤"));
+        line.push_back({Style::eDim, RightAligned(row.Label(), cScaleColumns - 2) +
+                                         (row.Label().empty() ? " │" : " ┤")});
     for (std::size_t band = 0; band < layout.bands; ++band) {
-        line += paint(StyleOfGain(levels.gains[band]),
-                      Repeated(cBlocks[row.Eighths(levels.gains[band])], layout.gain));
+        line.push_back({StyleOfGain(levels.gains[band]),
+                        Repeated(cBlocks[row.Eighths(levels.gains[band])], layout.gain)});
         const bool isFull = row.Eighths(levels.excitations[band]) >= 4;
-        line += paint(Style::eDim, Repeated(isFull ? "░" : " ", layout.excitation));
-        line += std::string(layout.gap, ' ');
+        line.push_back({Style::eDim, Repeated(isFull ? "░" : " ", layout.excitation)});
+        line.push_back({Style::ePlain, std::string(layout.gap, ' ')});
     }
     return line;
 }
@@ -119,14 +118,14 @@ std::string Numbers(const Layout& layout, std::size_t width) {
     return line;
 }
 
-std::string Words(const Levels& levels, std::size_t width, const Painter& paint) {
+std::string Words(const Levels& levels, std::size_t width) {
     const auto loudest = std::max_element(
         levels.gains.begin(), levels.gains.end(),
         [](float a, float b) { return std::isnan(a) || (!std::isnan(b) && a < b); });
     const std::string words = "dB: █ gain ░ excitation   loudest " + LevelText(*loudest) +
                               " in band " + std::to_string(loudest - levels.gains.begin() + 1) +
                               "   Ctrl-C ends";
-    return Columns(words) <= width ? paint(Style::eDim, words) : std::string();
+    return Columns(words) <= width ? words : std::string();
 }
 
 }  // namespace
@@ -135,21 +134,21 @@ bool Levels::IsSameAs(const Levels& other) const {
     return std::memcmp(this, &other, sizeof *this) == 0;
 }
 
-std::vector<std::string> DrawLevels(const Levels& levels, std::size_t width, std::size_t height,
-                                    const Painter& paint) {
+std::vector<StyledLine> DrawLevels(const Levels& levels, std::size_t width,
+                                   std::size_t height) {
     const Layout layout = Layout::For(width);
     const std::size_t rows =
         std::clamp<std::size_t>(height > cOtherRows ? height - cOtherRows : 1, 1, cMostRows);
     const float step = (cTop - cBottom) / static_cast<float>(rows);
-    std::vector<std::string> lines;
+    std::vector<StyledLine> lines;
     for (std::size_t i = 0; i < rows; ++i) {
         const float high = cTop - step * static_cast<float>(i);
-        lines.push_back(DrawRow({high, high - step}, levels, layout, paint));
+        lines.push_back(DrawRow({high, high - step}, levels, layout));
     }
     if (height > rows)
-        lines.push_back(paint(Style::eDim, Numbers(layout, width)));
+        lines.push_back({{Style::eDim, Numbers(layout, width)}});
     if (height > rows + 1)
-        lines.push_back(Words(levels, width, paint));
+        lines.push_back({{Style::eDim, Words(levels, width)}});
     return lines;
 }
 

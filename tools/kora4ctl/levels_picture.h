@@ -6,11 +6,11 @@
 
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "common/output.h"
+#include "kora4ctl/styled_text.h"
 
 namespace kora4::tools {
 
@@ -23,12 +23,9 @@ struct Levels {
     bool IsSameAs(const Levels& other) const;
 };
 
-using Painter = std::function<std::string(Style style, const std::string& text)>;
-
 // Two bars a band, gain and excitation, over a scale in dB and the numbers of the bands, with
 // a line of words below. At most that many columns and lines; the bars take what there is.
-std::vector<std::string> DrawLevels(const Levels& levels, std::size_t width, std::size_t height,
-                                    const Painter& paint);
+std::vector<StyledLine> DrawLevels(const Levels& levels, std::size_t width, std::size_t height);
 
 // "-12.5", one decimal; "nan", "inf" and "-inf" as they are.
 std::string LevelText(float level);

@@ -4,40 +4,42 @@
 
 #include <windows.h>
 
-#include <string>
 #include <vector>
 
-#include "common/output.h"
+#include "kora4ctl/styled_text.h"
 
 namespace kora4::tools {
 
-// The cursor is hidden while it lives, and stands below the last picture afterwards.
+// Takes the terminal's window for as long as it lives; the cursor is hidden meanwhile, and
+// stands below the last picture afterwards. Draws cell by cell instead of with control
+// sequences, which some consoles count as columns.
 class TerminalScreen {
   public:
-    explicit TerminalScreen(Output& output);
+    explicit TerminalScreen(const Output& output);
     ~TerminalScreen();
     TerminalScreen(const TerminalScreen&) = delete;
     TerminalScreen& operator=(const TerminalScreen&) = delete;
 
-    // False: it is no terminal, or one that cannot be drawn on.
+    // False: standard output is no terminal.
     bool IsUsable() const { return m_isUsable; }
 
-    // Room for a picture. The last column and the last line stay free: a character there
-    // moves the lines up on some terminals.
-    std::size_t Width() const { return m_output.Width() - 1; }
+    // Room for a picture. The last line stays free for what comes after it.
+    std::size_t Width() const { return m_output.Width(); }
     std::size_t Height() const { return m_output.Height() - 1; }
 
-    // In place of the last picture, in one piece; nothing when it is the same.
-    void Show(const std::vector<std::string>& lines);
+    // In place of the last picture, in one piece.
+    void Show(const std::vector<StyledLine>& lines);
 
   private:
-    Output& m_output;
+    WORD AttributesOf(Style style) const;
+
+    const Output& m_output;
     const HANDLE m_console;
-    DWORD m_oldMode = 0;
-    bool m_isUsable = false;
-    std::size_t m_width = 0;  // of the terminal at the last picture; 0: there was none
-    std::size_t m_height = 0;
-    std::vector<std::string> m_shown;
+    const bool m_isUsable;
+    const bool m_hasColour;
+    WORD m_plain = 0;
+    CONSOLE_CURSOR_INFO m_cursor{};
+    std::size_t m_lines = 0;  // of the last picture
 };
 
 }  // namespace kora4::tools

@@ -20,8 +20,10 @@ Levels AllAt(float gain, float excitation) {
 }
 
 Lines Draw(const Levels& levels, std::size_t width, std::size_t height) {
-    return DrawLevels(levels, width, height,
-                      [](Style, const std::string& text) { return text; });
+    Lines lines;
+    for (const StyledLine& line : DrawLevels(levels, width, height))
+        lines.push_back(PlainText(line));
+    return lines;
 }
 
 std::size_t CountOf(const Lines& lines, const std::string& text) {
@@ -38,7 +40,7 @@ TEST(LevelsPicture, FitsIntoEachSize) {
     Levels levels = AllAt(-6, 12);
     levels.gains[3] = std::numeric_limits<float>::quiet_NaN();
     for (std::size_t width = 1; width <= 250; ++width) {
-        for (const std::size_t height : {1, 2, 3, 5, 10, 23, 39, 100}) {
+        for (const std::size_t height : {1u, 2u, 3u, 5u, 10u, 23u, 39u, 100u}) {
             const Lines lines = Draw(levels, width, height);
             EXPECT_LE(lines.size(), height);
             ASSERT_FALSE(lines.empty());
@@ -68,6 +70,17 @@ TEST(LevelsPicture, BarsEndAtTheirLevel) {
     EXPECT_EQ(10u * 20u, CountOf({lines.begin() + 8, lines.begin() + 18}, "█"));
     EXPECT_EQ(" -24 ┤", " " + lines[8].substr(0, std::string("-24 ┤").size()));
     EXPECT_EQ(20u, CountOf({Draw(AllAt(-27, -108), 79, 20)[8]}, "▄"));
+}
+
+TEST(LevelsPicture, LoudGainsHaveTheirStyle) {
+    Levels levels = AllAt(-30, -108);
+    levels.gains[1] = 12;
+    levels.gains[2] = 24;
+    const StyledLine lowest = DrawLevels(levels, 79, 20)[17];
+    // The scale, and three spans a band.
+    EXPECT_EQ(Style::eGood, lowest[1].style);
+    EXPECT_EQ(Style::eWarning, lowest[4].style);
+    EXPECT_EQ(Style::eBad, lowest[7].style);
 }
 
 TEST(LevelsPicture, SilenceIsEmpty) {

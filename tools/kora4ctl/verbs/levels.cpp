@@ -90,14 +90,10 @@ class Display {
   private:
     // Also when nothing is new: the terminal may have another size.
     void Draw(const Look& look) {
-        const Painter paint = [this](Style style, const std::string& text) {
-            return m_output.Paint(style, text);
-        };
         if (look.levels)
-            m_screen->Show(
-                DrawLevels(*look.levels, m_screen->Width(), m_screen->Height(), paint));
+            m_screen->Show(DrawLevels(*look.levels, m_screen->Width(), m_screen->Height()));
         else
-            m_screen->Show({paint(Style::eWarning, look.Message())});
+            m_screen->Show({{{Style::eWarning, look.Message()}}});
     }
 
     static Json Document(const Look& look) {
