@@ -105,6 +105,7 @@ void Output::Table(const std::vector<std::string>& headings,
         std::string text;
         for (std::size_t i = 0; i < row.size(); ++i)
             text += i + 1 < row.size() ? Padded(row[i], widths[i] + 2) : row[i];
+        text.erase(text.find_last_not_of(' ') + 1);
         return text;
     };
     if (!headings.empty())

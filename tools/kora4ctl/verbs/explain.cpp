@@ -72,7 +72,7 @@ ExitCode Run(Context& context, const std::vector<std::string>& words) {
 
 void AddExplain(Context& context) {
     CLI::App& verb = *context.root.add_subcommand(
-        "explain", "Say in words what a result or a line of the trace means");
+        "explain", "say in words what a result or a line of the trace means");
     const auto pWords = std::make_shared<std::vector<std::string>>();
     verb.add_option("text", *pWords,
                     "a result (0x80004005, 40200h, -2147024809, E_INVALIDARG), a line of the "
