@@ -3,6 +3,7 @@
 
 #include "registry/stored_value.h"
 #include "schema/settings_table.h"
+#include "support/raw_store.h"
 #include "tools/ctl_fixture.h"
 
 namespace kora4::test {
@@ -13,6 +14,8 @@ using tools::Kind;
 using tools::Role;
 using tools::Setting;
 using tools::Value;
+
+constexpr DWORD cTimedOut = 6;
 
 constexpr char cReadingShape[] =
     R"({"name": "string", "value": "any", "unit": "string|null", "profile": "string|null",
@@ -323,6 +326,13 @@ TEST_F(CtlSettings, NamesBelongToCustomProfiles) {
     EXPECT_EQ(DoneJson({"get", "name", "--profile", "p1"})["value"], nullptr);
     Refused({"set", "name", "x", "--profile", "p1"}, cFailed, "does not exist");
     Refused({"set", "name", "x"}, cBadInput, "movie");
+}
+
+TEST_F(CtlSettings, AStoreThatIsHeldTooLongIsGivenUp) {
+    const RawTransaction held;
+    const std::string before = StoreSnapshot();
+    Refused({"set", "number-57", "1"}, cTimedOut, "");
+    EXPECT_EQ(StoreSnapshot(), before);
 }
 
 TEST_F(CtlSettings, AnActiveProfileThatIsNoneIsTold) {

@@ -94,6 +94,22 @@ TEST_F(CtlStatus, PipedItIsPlainAndNarrow) {
     }
 }
 
+TEST_F(CtlStatus, FortyBandsFit) {
+    std::string bands = "GraphicEQ: ";
+    for (int i = 0; i < 40; ++i)
+        bands += std::to_string(20 + 100 * i) + (i == 17 ? " -12;" : " 11.25;");
+    Done({"eq", "import", "-", "--bands", "file"}, bands);
+    const std::string text = Done({"status"});
+    EXPECT_TRUE(Has(text, "-12.0 to +11.25 dB")) << text;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.starts_with("library")) {
+            EXPECT_LE(tools::ToUtf16(line).size(), 80u) << line;
+        }
+    }
+    EXPECT_EQ(DoneJson({"status"})["technologies"][1]["value"].size(), 40u);
+}
+
 TEST_F(CtlStatus, NamesCannotMoveTheCursor) {
     ASSERT_EQ(Client().CreateCustomProfile(3, L"a\x1b[2Jb\nc"), S_OK);
     const std::string text = Done({"status"});

@@ -57,7 +57,7 @@ std::string OneLineCurve(const Bands& bands);
 // at most `width` columns wide. `rows` is the number of lines above and below the 0 dB.
 std::vector<std::string> CurveGrid(const Bands& bands, std::size_t width, unsigned rows);
 
-// "32", "1k", "12.5k"
+// "32", "1k", "12.5k": about, where there is no room for more
 std::string ShortFrequency(float frequency);
 // "+3.0", "-1.5", "0.0"
 std::string SignedGain(float gain);

@@ -94,7 +94,8 @@ std::vector<std::string> CurveGrid(const Bands& bands, std::size_t width, unsign
 }
 
 std::string ShortFrequency(float frequency) {
-    return frequency < 1000 ? Decimal(frequency) : Decimal(frequency / 1000) + "k";
+    return frequency < 1000 ? Decimal(std::round(frequency))
+                            : Decimal(std::round(frequency / 100) / 10) + "k";
 }
 
 std::string SignedGain(float gain) {

@@ -17,8 +17,7 @@ class ProfileOption {
   public:
     void AddTo(CLI::App& verb) {
         verb.add_option("--profile", m_word,
-                        "another profile than the active one: movie, music, games, p1 to p6, "
-                        "demo-movie, demo-music, demo-games");
+                        "of this profile (music, p1, ...) instead of the active one");
     }
     // Failure with eBadInput when there is no such profile.
     std::optional<std::uint32_t> Get() const {

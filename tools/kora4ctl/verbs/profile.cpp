@@ -156,10 +156,14 @@ ExitCode Delete(const Context& context, const ProfileOptions& options) {
 
 // ---- table ------------------------------------------------------------------------------
 
+// Columns in front of the names.
+constexpr std::size_t cTableMargin = 36;
+
 ExitCode Table(const Context& context, const ProfileOptions&) {
     SettingAccess access(context);
     const std::uint32_t active = access.ActiveProfile();
     const ProfileTable names = ReadProfileNames(*access.Api().Get());
+    Output& output = context.output;
     Json documents = Json::array();
     std::vector<std::vector<std::string>> rows;
     for (std::uint32_t profile = 0; profile < names.size(); ++profile) {
@@ -170,13 +174,15 @@ ExitCode Table(const Context& context, const ProfileOptions&) {
                              {"exists", exists},
                              {"name", TextOrNull(names[profile])},
                              {"active", profile == active}});
+        const std::string name = "'" + Shown(names[profile].value_or("")) + "'";
+        const std::string shown =
+            output.IsTerminal() ? Cut(name, output.Width() - cTableMargin) : name;
         rows.push_back({ProfileName(profile), std::to_string(profile), KindOf(profile),
                         profile == active ? "active" : "",
                         names[profile] ? "'" + Shown(*names[profile]) + "'"
                         : exists       ? ""
                                        : "-"});
     }
-    Output& output = context.output;
     if (output.json) {
         output.PrintJson(documents);
         return ExitCode::eDone;

@@ -118,10 +118,14 @@ ExitCode Toggle(const Context& context, const SettingOptions& options) {
 // Made when somebody asks for help, and not at every start.
 std::string TableOfSettings() {
     std::vector<std::vector<std::string>> rows;
-    for (const Setting& setting : SettingsTable())
-        rows.push_back({setting.name, setting.Allowed()});
+    for (const Setting& setting : SettingsTable()) {
+        const bool isReadOnly = setting.access == Access::eReadOnly;
+        rows.push_back({setting.name, setting.Allowed() + (isReadOnly ? "; read only" : "")});
+    }
     return "Settings:\n" + Aligned(rows) +
-           "A technology by its name alone is its value; 'on' and 'off' are of its switch.\n";
+           "A technology by its name alone is its value; 'on' and 'off' are of its switch.\n"
+           "Profiles: " +
+           Join(ProfileNames(), " ") + "\n";
 }
 
 constexpr char cSetNotes[] =

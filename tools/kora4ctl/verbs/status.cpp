@@ -1,5 +1,6 @@
 // kora4ctl status: everything at a glance.
 #include <algorithm>
+#include <cmath>
 
 #include "common/failure.h"
 #include "common/results.h"
@@ -187,17 +188,24 @@ std::string Frequencies(const Bands& bands) {
            " to " + ShortFrequency(bands.back().frequency) + " Hz";
 }
 
-// Many bands leave no room for more than the curve.
-std::string CurveText(const Bands& bands, bool isWide) {
-    constexpr std::size_t cFewBands = 20;
-    const bool hasRoom = isWide || bands.size() <= cFewBands;
-    return OneLineCurve(bands) + (hasRoom ? " " + GainsInWords(bands) : std::string());
+// Of bands that share a column of the curve, the one that is farthest from 0 dB.
+Bands Thinned(const Bands& bands) {
+    constexpr std::size_t cColumns = 16;
+    const std::size_t columns = std::min(bands.size(), cColumns);
+    Bands thinned(columns);
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+        Band& shown = thinned[i * columns / bands.size()];
+        if (std::abs(bands[i].gain) >= std::abs(shown.gain))
+            shown = bands[i];
+    }
+    return thinned;
 }
 
 std::vector<std::string> RowOf(const State& state, const TechnologyState& one, bool isWide) {
     const bool isInRange = one.value ? one.value->IsInRange() : AreInRange(state.bands);
     const std::string value =
-        one.value ? one.value->Text(true) : CurveText(state.bands, isWide);
+        one.value ? one.value->Text(true)
+                  : OneLineCurve(Thinned(state.bands)) + " " + GainsInWords(state.bands);
     const bool isEffective = one.isOn && state.isEnabled;
     std::vector<std::string> row = {one.technology->title, one.isOn ? "on" : "off",
                                     value + (isInRange ? "" : " !"),
