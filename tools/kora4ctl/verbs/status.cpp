@@ -188,10 +188,11 @@ std::string Frequencies(const Bands& bands) {
            " to " + ShortFrequency(bands.back().frequency) + " Hz";
 }
 
+constexpr std::size_t cCurveColumns = 16;
+
 // Of bands that share a column of the curve, the one that is farthest from 0 dB.
 Bands Thinned(const Bands& bands) {
-    constexpr std::size_t cColumns = 16;
-    const std::size_t columns = std::min(bands.size(), cColumns);
+    const std::size_t columns = std::min(bands.size(), cCurveColumns);
     Bands thinned(columns);
     for (std::size_t i = 0; i < bands.size(); ++i) {
         Band& shown = thinned[i * columns / bands.size()];
@@ -201,11 +202,16 @@ Bands Thinned(const Bands& bands) {
     return thinned;
 }
 
+// A wide curve leaves no room for more.
+std::string CurveText(const Bands& bands, bool isWide) {
+    const bool hasRoom = isWide || bands.size() < cCurveColumns;
+    return OneLineCurve(Thinned(bands)) + (hasRoom ? " " + GainsInWords(bands) : std::string());
+}
+
 std::vector<std::string> RowOf(const State& state, const TechnologyState& one, bool isWide) {
     const bool isInRange = one.value ? one.value->IsInRange() : AreInRange(state.bands);
     const std::string value =
-        one.value ? one.value->Text(true)
-                  : OneLineCurve(Thinned(state.bands)) + " " + GainsInWords(state.bands);
+        one.value ? one.value->Text(true) : CurveText(state.bands, isWide);
     const bool isEffective = one.isOn && state.isEnabled;
     std::vector<std::string> row = {one.technology->title, one.isOn ? "on" : "off",
                                     value + (isInRange ? "" : " !"),
