@@ -2,6 +2,7 @@
 // again.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <random>
 
 #include "support/raw_store.h"
@@ -58,6 +59,13 @@ class CtlRecord : public CtlTest {
         for (const std::string& line : ToolResult{0, text, {}, 0}.Lines())
             lines.push_back(ParsedJson(line));
         return lines;
+    }
+    // Changes that come together are told as one: waits until one is on disk.
+    static void WaitForLines(std::ptrdiff_t count) {
+        EXPECT_TRUE(PumpUntil([count] {
+            const std::string text = Recorded();
+            return std::count(text.begin(), text.end(), '\n') >= count;
+        }));
     }
     void SetVolume(ULONG amount) {
         KORA4PatchValueUnion value{};
@@ -196,7 +204,9 @@ TEST_F(CtlRecord, EachLineHasItsShape) {
     SetVolume(1);
     const auto tool = Record({"--count", "3"});
     SetVolume(9);
+    WaitForLines(2);
     EXPECT_EQ(S_OK, Client().CreateCustomProfile(3, L"Later"));
+    WaitForLines(3);
     EXPECT_EQ(S_OK, Client().SetActiveProfile(3));
     const ToolResult result = tool->WaitForEnd();
     EXPECT_EQ(cDone, result.exitCode) << result;
@@ -218,7 +228,7 @@ TEST_F(CtlRecord, LinesAreInTheFileWhenTheyCome) {
     const auto tool = Record();
     EXPECT_EQ(1u, Lines(Recorded()).size());
     SetVolume(9);
-    EXPECT_TRUE(PumpUntil([] { return Lines(Recorded()).size() == 2; }));
+    WaitForLines(2);
     tool->Kill();
     RefusedUnchanged({"replay", cFile}, cBadInput, "its end is missing: it was cut short");
 }
@@ -236,6 +246,7 @@ TEST_F(CtlRecord, StandardOutputCanBeReplayedFromStandardInput) {
 TEST_F(CtlRecord, ChangesAreMadeInTheirTime) {
     const auto tool = Record({"--count", "2"});
     SetVolume(3);
+    WaitForLines(2);
     EXPECT_FALSE(PumpUntil([] { return false; }, nullptr, 2000));
     SetVolume(4);
     EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
@@ -249,24 +260,22 @@ TEST_F(CtlRecord, ChangesAreMadeInTheirTime) {
 }
 
 TEST_F(CtlRecord, OthersAreToldOfWhatIsReplayed) {
-    const auto tool = Record({"--count", "3"});
-    for (const ULONG amount : {3u, 4u, 5u}) {
-        SetVolume(amount);
-        EXPECT_FALSE(PumpUntil([] { return false; }, nullptr, 300));
-    }
+    const auto tool = Record({"--count", "2"});
+    SetVolume(3);
+    WaitForLines(2);
+    SetVolume(5);
     EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
     RunningTool watch("kora4ctl", {"watch"});
     watch.ErrorLineWith("Watching");
     EXPECT_EQ(cDone, RunCtl({"replay", cFile}).exitCode);
-    EXPECT_THAT(watch.LineWith("volume-leveler  4"), HasSubstr("volume-leveler"));
-    EXPECT_THAT(watch.LineWith("volume-leveler  5"), HasSubstr("volume-leveler"));
+    EXPECT_THAT(watch.LineWith("  5"), HasSubstr("volume-leveler"));
 }
 
 TEST_F(CtlRecord, DemoIsEnteredAndLeftAsInTheRecording) {
     EXPECT_EQ(S_OK, Client().SetActiveProfile(1));
     const auto tool = Record();
     EXPECT_EQ(S_OK, Client().SetDemoProfileAndEnable(242, FALSE));
-    EXPECT_TRUE(PumpUntil([] { return Lines(Recorded()).size() == 3; }));
+    WaitForLines(3);
     End(*tool);
     EXPECT_EQ(S_OK, Client().RevertFromDemoMode());
     EXPECT_EQ(cDone, RunCtl({"replay", cFile, "--speed", "0"}).exitCode);
