@@ -106,9 +106,16 @@ bool IsSwitchName(const std::string& name) {
     return setting != nullptr && setting->IsSwitch() && setting->perProfile;
 }
 
-bool IsValueName(const std::string& name) {
+// Null: what was told was no number.
+bool IsPatchValue(const std::string& name, const Json& value) {
     const Setting* const setting = FindSetting(name);
-    return setting != nullptr && setting->writer == "SetSimplePatchValue";
+    if (setting == nullptr || setting->writer != "SetSimplePatchValue")
+        return false;
+    if (value.is_string())
+        return std::any_of(setting->words.begin(), setting->words.end(),
+                           [&value](const ValueWord& word) { return word.word == value; });
+    return value.is_null() || value.is_number_unsigned() ||
+           (setting->kind == Kind::eFloat && value.is_number());
 }
 
 bool IsProfileValue(const Json& value) {
@@ -145,7 +152,7 @@ bool IsRightValue(const std::string& event, const std::string& name, const Json&
     if (event == "switch")
         return IsSwitchName(name) && value.is_boolean();
     if (event == "value")
-        return IsValueName(name) && (value.is_number() || value.is_string() || value.is_null());
+        return IsPatchValue(name, value);
     if (event == "graphic-eq")
         return name == event && IsEq(value);
     return name == "custom-profiles" && (value.is_null() || IsTable(value));

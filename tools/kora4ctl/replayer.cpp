@@ -70,13 +70,25 @@ void Replayer::Create(const Json& table) {
             continue;
         const LONG profile = static_cast<LONG>(ParseProfile(word));
         const std::wstring wide = Widen(name.get<std::string>());
-        const std::optional<std::string> old =
-            ReadProfileNames(*m_api.Get()).at(static_cast<std::size_t>(profile));
-        if (!old)
-            m_api->CreateCustomProfile(profile, wide.c_str());
-        else if (*old != name.get<std::string>())
+        // One that exists is renamed, if it has another name.
+        if (FAILED(m_api->CreateCustomProfile(profile, wide.c_str())) &&
+            NameOf(profile) != name.get<std::string>())
             m_api->SetCustomProfileName(profile, wide.c_str());
     }
+}
+
+// Empty when the names cannot be read.
+std::string Replayer::NameOf(LONG profile) {
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
+    std::string wanted;
+    if (FAILED(m_api->GetProfileTable(names)))
+        return wanted;
+    for (LONG i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
+        const std::optional<std::string> name = TakeText(names[i]);
+        if (i == profile)
+            wanted = name.value_or("");
+    }
+    return wanted;
 }
 
 void Replayer::Delete(const Json& table) {

@@ -3,6 +3,7 @@
 #define KORA4_TOOLS_KORA4CTL_REPLAYER_H
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "common/api_session.h"
@@ -33,6 +34,7 @@ class Replayer {
     void Change(const Json& event);
     void SetBands(const Json& bands);
     bool IsEnabled();
+    std::string NameOf(LONG profile);
     Json Stored();
     void Store(const Json& settings);
 
