@@ -33,6 +33,22 @@ std::string Shortened(std::string text, std::size_t longest) {
     return text.substr(0, longest) + "...";
 }
 
+// What would break a line, or command a terminal, is shown as JSON would write it.
+std::u16string WithoutControls(const std::u16string& text) {
+    static constexpr char cDigits[] = "0123456789abcdef";
+    std::u16string shown;
+    for (const char16_t unit : text) {
+        if (unit >= 0x20 && (unit < 0x7F || unit > 0x9F)) {
+            shown += unit;
+            continue;
+        }
+        shown += u"\\u00";
+        shown += static_cast<char16_t>(cDigits[unit >> 4]);
+        shown += static_cast<char16_t>(cDigits[unit & 0xF]);
+    }
+    return shown;
+}
+
 }  // namespace
 
 StoredValue StoredValue::FromDword(std::uint32_t number) {
@@ -99,7 +115,7 @@ std::string Describe(const StoredValue& value, std::size_t longest) {
     if (const auto number = value.AsDword())
         return std::to_string(*number);
     if (const auto text = value.AsText())
-        return "'" + Shortened(ToUtf8(*text), longest) + "'";
+        return "'" + Shortened(ToUtf8(WithoutControls(*text)), longest) + "'";
     const std::string size = std::to_string(value.bytes.size());
     if (value.bytes.empty())
         return TypeName(value.type) + " of 0 bytes";

@@ -43,8 +43,9 @@ inline constexpr std::uint32_t cDwordType = 4;
 // "REG_DWORD"; "type 12" for a number that is no registry type.
 std::string TypeName(std::uint32_t type);
 
-// What is stored, for people: the number, the text in quotes, or the bytes in hexadecimal
-// digits (at most `longest` characters, then "..."), with the type when it is no usual form.
+// What is stored, for people, in one line: the number, the text in quotes, or the bytes in
+// hexadecimal digits (at most `longest` characters, then "..."), with the type when it is no
+// usual form.
 std::string Describe(const StoredValue& value, std::size_t longest = 60);
 
 std::string ToHex(const Bytes& bytes);

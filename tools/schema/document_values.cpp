@@ -132,7 +132,10 @@ bool IsExact(const Setting& setting, const SchemaValue& value, const Json& json,
 }  // namespace
 
 Json StoredToJson(const Setting& setting, const SchemaValue& value, const StoredValue& stored) {
-    if (const std::optional<Value> content = Decode(value, stored)) {
+    // Bytes have no form but their own.
+    const std::optional<Value> content =
+        value.kind == Kind::eBlob ? std::nullopt : Decode(value, stored);
+    if (content) {
         Json json = ToJson(setting, *content);
         if (IsExact(setting, value, json, stored))
             return json;

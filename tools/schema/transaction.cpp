@@ -206,10 +206,10 @@ Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock&, const Jour
               const IsInterrupted& isInterrupted) {
     RefuseOverJournal(file);
     Applied applied;
-    applied.changes = InOrderOfWriting(Compare(plan, store));
+    applied.changes = Compare(plan, store);
     if (applied.changes.empty())
         return applied;
-    const Journal journal = JournalOf(applied.changes);
+    const Journal journal = JournalOf(InOrderOfWriting(applied.changes));
     applied.announcements = journal.counters.size();
     Begin(journal, file);
     try {

@@ -17,7 +17,7 @@ namespace kora4::tools {
 using IsInterrupted = std::function<bool()>;
 
 struct Applied {
-    std::vector<Difference> changes;  // what was written
+    std::vector<Difference> changes;  // what was written, in the order of the plan
     std::size_t announcements = 0;    // counters that moved
 };
 

@@ -220,6 +220,8 @@ TEST(StoredValue, DescribesItselfForPeople) {
     EXPECT_EQ(Describe({cDwordType, {7}}), "REG_DWORD of 1 byte: 07");
     EXPECT_EQ(Describe({77, {}}), "type 77 of 0 bytes");
     EXPECT_EQ(Describe(StoredValue::FromText(std::u16string(100, u'x')), 5), "'xxxxx...'");
+    EXPECT_EQ(Describe(StoredValue::FromText(u"a\n\x1B[1m\u009B\u00E4")),
+              "'a\\u000a\\u001b[1m\\u009b\u00E4'");
 }
 
 TEST(StoredValue, TextsAreReadAsTheLibraryReadsThem) {
