@@ -173,6 +173,83 @@ TEST_F(SimFaults, AnotherEngineNoticesTheDeath) {
     sim.End();
 }
 
+// An engine whose output nobody takes: its first line fills the pipe, and waits in it.
+class UnreadSim {
+  public:
+    explicit UnreadSim(const std::string& argument) {
+        SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+        HANDLE readEnd = nullptr;
+        HANDLE writeEnd = nullptr;
+        EXPECT_TRUE(CreatePipe(&readEnd, &writeEnd, &inheritable, cPipeSize));
+        m_readEnd.Reset(readEnd);
+        const UniqueHandle childEnd(writeEnd);
+        SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
+        wchar_t path[MAX_PATH] = {};
+        GetModuleFileNameW(nullptr, path, MAX_PATH);
+        std::wstring program = path;
+        program = program.substr(0, program.find_last_of(L'\\') + 1) + L"kora4sim.exe";
+        std::wstring command = CommandLineOf(program, {argument});
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = startup.hStdError = writeEnd;
+        PROCESS_INFORMATION process{};
+        EXPECT_TRUE(CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE,
+                                   CREATE_NO_WINDOW, nullptr, nullptr, &startup, &process));
+        CloseHandle(process.hThread);
+        m_process.Reset(process.hProcess);
+    }
+    ~UnreadSim() {
+        TerminateProcess(m_process.Get(), 1);
+        WaitForSingleObject(m_process.Get(), cBoundedWait);
+    }
+
+    // Whether it begins to tell something in a bounded time.
+    bool Tells() const {
+        return PumpUntil([this] {
+            DWORD bytes = 0;
+            return PeekNamedPipe(m_readEnd.Get(), nullptr, 0, nullptr, &bytes, nullptr) &&
+                   bytes > 0;
+        });
+    }
+    // Takes one line, and no more.
+    std::string Line() const {
+        std::string line;
+        for (char c = 0; c != '\n'; line += c) {
+            DWORD bytes = 0;
+            if (!Tells() || !ReadFile(m_readEnd.Get(), &c, 1, &bytes, nullptr))
+                return line;
+        }
+        return line;
+    }
+
+  private:
+    static constexpr DWORD cPipeSize = 16;
+
+    UniqueHandle m_readEnd;
+    UniqueHandle m_process;
+};
+
+TEST_F(SimFaults, WhoReadsNothingKeepsNobodyFromTheStore) {
+    StoreMutex mutex;
+    const UnreadSim sim("--write-defaults");
+    EXPECT_TRUE(sim.Tells());
+    EXPECT_EQ(WAIT_OBJECT_0, mutex.Take(cBoundedWait));
+    EXPECT_THAT(sim.Line(), HasSubstr("defaults: "));
+}
+
+TEST_F(SimFaults, WhoReadsNothingOfADeathKeepsNobodyFromTheStore) {
+    StoreMutex mutex;
+    const UnreadSim sim("--no-publish");
+    EXPECT_THAT(sim.Line(), HasSubstr("ready: "));
+    EXPECT_EQ(1u, RunSim({"--fault", "die"}).exitCode);
+    // Without the mutex, so that the engine is the first to take it.
+    RawStore::SetNumber(cDynamic, SettingName(cEnablePid), 0);
+    EXPECT_TRUE(sim.Tells());
+    EXPECT_EQ(WAIT_OBJECT_0, mutex.Take(cBoundedWait));
+    EXPECT_THAT(sim.Line(), HasSubstr("abandoned: "));
+}
+
 TEST_F(SimFaults, HoldingKeepsClientsOutForThatLong) {
     StoreMutex mutex;
     RunningSim sim({"--fault", "hold=1.5"});

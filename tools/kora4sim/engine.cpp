@@ -77,19 +77,32 @@ ExitCode Engine::Run() {
 
 // ---- The store --------------------------------------------------------------------------
 
+// Told is without the mutex: whoever reads may take a pause, and the others must not wait.
 void Engine::PrepareStore() {
-    const StoreLock lock(INFINITE, m_interrupt.Event());
+    std::size_t written = 0;
+    std::string problem;
+    {
+        const StoreLock lock(INFINITE, m_interrupt.Event());
+        if (m_options.writesDefaults)
+            written = WriteDefaults();
+        m_store.WriteNumber(eKeySetStatic, EngineMaskValue().key, m_scene.mask);
+        if (m_scene.commands)
+            problem = WriteCommands(*m_scene.commands);
+        m_settings.Load(m_store);
+        m_period = m_options.period ? *m_options.period : StoredPeriod();
+    }
     if (m_options.writesDefaults)
-        WriteDefaults();
-    m_store.WriteNumber(eKeySetStatic, EngineMaskValue().key, m_scene.mask);
-    if (m_scene.commands)
-        WriteCommands(*m_scene.commands);
-    m_settings.Load(m_store);
-    m_period = m_options.period ? *m_options.period : StoredPeriod();
+        m_reporter.Tell("defaults", "--write-defaults",
+                        "defaults: " + Counted(written, "value", "values") + " written",
+                        {{"values", written}});
+    if (!problem.empty())
+        m_reporter.Tell("problem", "companion commands",
+                        "problem: the companion commands are not written: " + problem,
+                        {{"problem", problem}}, Weight::eMilestone);
 }
 
 // Values, what announces itself, then the triggers.
-void Engine::WriteDefaults() {
+std::size_t Engine::WriteDefaults() {
     std::size_t written = 0;
     for (const KORA4KeySet keySet : {eKeySetStatic, eKeySetDynamic}) {
         for (const SchemaValue& value : Schema()) {
@@ -105,13 +118,11 @@ void Engine::WriteDefaults() {
     }
     for (const TechnologyWord& word : AllTechnologies())
         m_store.Bump(TriggerValue(word.technology).key);
-    m_reporter.Tell("defaults", "--write-defaults",
-                    "defaults: " + Counted(written, "value", "values") + " written",
-                    {{"values", written}});
+    return written;
 }
 
 // An engine without its applications is an engine still.
-void Engine::WriteCommands(const Commands& commands) {
+std::string Engine::WriteCommands(const Commands& commands) {
     const std::pair<std::uint32_t, const std::optional<std::string>*> rows[] = {
         {pkey::cProfileEditorCommandPid, &commands.profileEditor},
         {pkey::cProfileSelectorCommandPid, &commands.profileSelector},
@@ -126,28 +137,28 @@ void Engine::WriteCommands(const Commands& commands) {
                 m_store.Delete(eKeySetApp, pkey::Setting(pid));
         }
     } catch (const Failure& failure) {
-        m_reporter.Tell(
-            "problem", "companion commands",
-            std::string("problem: the companion commands are not written: ") + failure.what(),
-            {{"problem", failure.what()}}, Weight::eMilestone);
+        return failure.what();
     }
+    return {};
 }
 
 // What another program holds on to is looked at later: an engine does not stop playing.
 void Engine::LookAtStore() {
     std::vector<Seen> seen;
+    bool wasAbandoned = false;
     try {
         const StoreLock lock(0);
         m_hasToLook = false;
-        if (lock.WasAbandoned())
-            m_reporter.Tell("abandoned", "a program died while it held the store's mutex",
-                            "abandoned: a program died while it held the store's mutex");
+        wasAbandoned = lock.WasAbandoned();
         seen = m_settings.Look(m_store);
     } catch (const Failure& failure) {
         if (failure.Code() != ExitCode::eTimedOut)
             throw;
         m_hasToLook = true;
     }
+    if (wasAbandoned)
+        m_reporter.Tell("abandoned", "a program died while it held the store's mutex",
+                        "abandoned: a program died while it held the store's mutex");
     for (const Seen& one : seen) {
         if (one.event == "reload" || one.event == "profile")
             ++m_reloads;

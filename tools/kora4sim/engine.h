@@ -61,8 +61,10 @@ class Engine {
     };
 
     void PrepareStore();
-    void WriteDefaults();
-    void WriteCommands(const Commands& commands);
+    // How many values were written.
+    std::size_t WriteDefaults();
+    // Why the commands could not be written; empty when they are.
+    std::string WriteCommands(const Commands& commands);
     void TellReady();
     ExitCode Finish();
 
