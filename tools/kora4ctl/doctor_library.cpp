@@ -21,6 +21,9 @@ using Microsoft::WRL::ComPtr;
 // Below this, in dB, nobody hears anything.
 constexpr float cSilence = -100;
 
+// In milliseconds: a call that does not hang is over by then, and the process ends in order.
+constexpr DWORD cLastChance = 500;
+
 // What a trial finds out. Shared, because its thread may outlive whoever waits for it.
 struct Trial {
     UniqueHandle done{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
@@ -43,21 +46,32 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
     SetEvent(trial->done.Get());
 }
 
-// None: the trial hangs, which is among the findings of the result then.
+// None: the trial hangs or was interrupted, which is among the findings of the result then.
 std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
                              const TrialBody& body) {
     const auto trial = std::make_shared<Trial>();
     std::thread thread([trial, body] { Run(trial, body); });
     // Room for what the trial itself waits for.
     const DWORD patience = 3 * examination.patience;
-    const HANDLE events[] = {trial->done.Get(), examination.context.interrupt.Event()};
-    if (WaitForMultipleObjects(2, events, FALSE, patience) == WAIT_OBJECT_0) {
+    const HANDLE events[] = {examination.context.interrupt.Event(), trial->done.Get()};
+    const DWORD ended = WaitForMultipleObjects(2, events, FALSE, patience);
+    if (ended == WAIT_OBJECT_0 + 1) {
         thread.join();
         result = trial->result;
         return trial;
     }
+    if (ended == WAIT_OBJECT_0) {
+        // The person was faster; the library may be well.
+        result.Add(Severity::eNote, "Interrupted.");
+        if (WaitForSingleObject(trial->done.Get(), cLastChance) == WAIT_OBJECT_0) {
+            thread.join();
+            return nullptr;
+        }
+    }
     thread.detach();
     examination.hasHungThread = true;
+    if (ended == WAIT_OBJECT_0)
+        return nullptr;
     result.Add(Severity::eError,
                std::string("The library hangs while ") + trial->step.load() + ".",
                "Look at what it does: kora4ctl trace on all --files, then this once more, then "
