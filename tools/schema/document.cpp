@@ -73,6 +73,9 @@ std::string WithoutMark(std::string_view text) {
 
 // Watches a text being parsed: a name that comes twice in one object is refused, for one of
 // the two values would be lost.
+// A document needs four levels; what goes through the tree of a document is recursive.
+constexpr int cDeepest = 64;
+
 class DuplicateGuard {
   public:
     bool operator()(Json::parse_event_t event, const Json& parsed) {
@@ -112,23 +115,30 @@ class DuplicateGuard {
     std::vector<Object> m_open;
 };
 
+// Without the parser's own number of the mistake, "[json.exception...] ".
+[[noreturn]] void RefuseNoJson(const Json::exception& error) {
+    const std::string message = error.what();
+    const std::size_t begin = message.find("] ");
+    Refuse("The document is no JSON: " +
+           message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+}
+
 Json Parse(const std::string& text) {
     if (text.find_first_not_of(" \t\r\n") == std::string::npos)
         Refuse("The document is empty.");
     DuplicateGuard guard;
     try {
-        return Json::parse(text, [&guard](int, Json::parse_event_t event, Json& parsed) {
+        return Json::parse(text, [&guard](int depth, Json::parse_event_t event, Json& parsed) {
+            if (depth > cDeepest)
+                Refuse("The document is nested too deeply.");
             return guard(event, parsed);
         });
     } catch (const Json::parse_error& error) {
         if (error.byte > text.size())
             Refuse("The document is cut off: it ends in the middle.");
-        const std::string message = error.what();
-        const std::size_t begin = message.find("] ");
-        Refuse("The document is no JSON: " +
-               message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+        RefuseNoJson(error);
     } catch (const Json::exception& error) {
-        Refuse(std::string("The document is no JSON: ") + error.what() + ".");
+        RefuseNoJson(error);
     }
 }
 

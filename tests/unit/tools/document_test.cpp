@@ -114,6 +114,7 @@ TEST(Document, RefusesWhatIsNoDocument) {
     ExpectRefusal("", {"empty"});
     ExpectRefusal("   \n", {"empty"});
     ExpectRefusal("hello", {"no JSON", "line 1"});
+    ExpectRefusal(InMusic(R"("volume-leveler": 1e999)"), {"no JSON: number overflow"});
     ExpectRefusal("[]", {"no object", "dump"});
     ExpectRefusal("{}", {"format"});
     ExpectRefusal(R"({"format": "other", "version": 1, "scope": "user"})", {"format"});
@@ -191,6 +192,34 @@ TEST(Document, RefusesOneBadValueAndSaysWhereItIs) {
     ExpectRefusal(WithBody(R"("profiles": {"p1": {"name": "a\u0000b"}})"), {"null character"});
     ExpectRefusal(WithBody(R"("profiles": {"p1": 5})"), {"profiles.p1", "object"});
     ExpectRefusal(WithBody(R"("profiles": [])"), {"profiles", "object"});
+}
+
+// An element of an array has 16 bits: what does not fit would be stored as another number.
+TEST(Document, RefusesElementsThatWouldComeBackAsOthers) {
+    const auto gains = [](const std::string& element) {
+        return R"({"format": "kora4-settings", "version": 1, "scope": "user", "profiles":
+                {"movie": {"graphic-eq.gains": [)" +
+               element + "]}}}";
+    };
+    for (const char* const element : {"128", "-128.1", "200", "-200", "1e30"}) {
+        try {
+            ReadDocument(gains(element));
+            ADD_FAILURE() << element << " was taken";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(ExitCode::eBadInput, failure.Code());
+            EXPECT_NE(std::string::npos, std::string(failure.what()).find("graphic-eq.gains"))
+                << failure.what();
+        }
+    }
+    EXPECT_NO_THROW(ReadDocument(gains("127.99, -128")));
+}
+
+TEST(Document, RefusesWhatIsNestedWithoutEnd) {
+    for (const std::size_t depth : {100u, 200000u}) {
+        const std::string text = std::string(depth, '[') + std::string(depth, ']');
+        EXPECT_THROW(ReadDocument(text), Failure) << depth;
+        EXPECT_THROW(ReadDocument(R"({"format": )" + text + "}"), Failure) << depth;
+    }
 }
 
 TEST(Document, RefusesBadRawValues) {
