@@ -340,6 +340,7 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         EXPECT_NE(std::string::npos, changed.find(old)) << old;
         return changed.replace(changed.find(old), old.size(), text);
     };
+    const std::string change = "[{\"profile\":\"movie\"";
     SetVolume(2);
     const struct {
         std::string text;
@@ -366,6 +367,14 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         {with("\"offset\":", "\"offset\":-"), "'offset' is no number"},
         {with("\"changes\":[", "\"changed\":["), "unknown member 'changed'"},
         {with("\"name\":\"volume-leveler\"", "\"name\":\"volume-levler\""), "Line 2"},
+        {with(change, "[{\"section\":\"format\""), "Line 2: 'section' of a change is neither"},
+        {with(change, "[{\"section\":\"profiles\""),
+         "Line 2: 'section' of a change is neither"},
+        {with(change, "[{\"section\":\"\""), "Line 2: 'section' of a change is neither"},
+        {with(change, change + ",\"section\":\"global\""), "Line 2: a change has both"},
+        {with(change, "[{\"profile\":\"film\""), "Line 2: 'profile' of a change is no profile"},
+        {with(change, "[{\"profile\":\"\""), "Line 2: 'profile' of a change is no profile"},
+        {with("\"value\":9,\"offset\"", "\"value\":1e999,\"offset\""), "Line 2: "},
     };
     for (const auto& [text, message] : cases)
         RefusedUnchanged({"replay", "-"}, cBadInput, message, text);

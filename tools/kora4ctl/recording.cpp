@@ -90,6 +90,17 @@ void CheckMembers(const Json& object, const std::set<std::string>& allowed,
         Demand(object.contains(name), what + " has no member '" + name + "'.");
 }
 
+// A document has more members than sections, and a change belongs into one of these.
+void CheckPlace(const Json& change) {
+    const bool hasSection = change.contains("section");
+    const bool hasProfile = change.contains("profile");
+    Demand(!hasSection || !hasProfile, "a change has both a 'profile' and a 'section'.");
+    Demand(!hasSection || change["section"] == "general" || change["section"] == "global",
+           "'section' of a change is neither 'general' nor 'global'.");
+    Demand(!hasProfile || FindProfile(change["profile"].get<std::string>()).has_value(),
+           "'profile' of a change is no profile.");
+}
+
 void CheckChanges(const Json& changes) {
     Demand(changes.is_array(), "'changes' is no array.");
     for (const Json& change : changes) {
@@ -98,6 +109,7 @@ void CheckChanges(const Json& changes) {
         for (const char* name : {"profile", "section", "name"})
             Demand(!change.contains(name) || change[name].is_string(),
                    std::string("'") + name + "' of a change is no text.");
+        CheckPlace(change);
     }
 }
 
@@ -321,6 +333,12 @@ Recording ReadRecording(std::string_view text) {
             throw Failure(failure.Code(),
                           "Line " + std::to_string(number) + ": " + failure.what(),
                           failure.Next());
+        } catch (const Json::exception& error) {
+            // What no check above has seen is wrong with the file all the same.
+            const std::string message = error.what();
+            const std::size_t begin = message.find("] ");
+            Refuse("Line " + std::to_string(number) + ": " +
+                   message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
         }
     }
     return reader.Result();
