@@ -210,7 +210,17 @@ TEST_F(CtlLint, WhatIsNoSettingIsNamedToo) {
     ASSERT_EQ(findings.size(), 4u) << findings;
     for (const Json& finding : findings)
         EXPECT_NE(finding["name"], nullptr) << finding;
-    DoneJson({"lint", "--fix", "--backup", BackupFile()});
+    const StoreValues before = ReadStoreValues();
+    // The name is in the dump; what no dump holds is told, with what stood there.
+    const ToolResult words = RunCtl({"lint", "--fix", "--backup", BackupFile()});
+    const std::size_t begin = words.err.find("Mended too, but no settings, so not in there: ");
+    ASSERT_NE(begin, std::string::npos) << words;
+    const std::string told = words.err.substr(begin, words.err.find('\n', begin) - begin);
+    EXPECT_EQ(std::count(told.begin(), told.end(), ';'), 2) << told;
+    EXPECT_NE(told.find("240 -> not stored"), std::string::npos) << told;
+    EXPECT_EQ(Findings(cDone), Json::array());
+    ReplaceStoreValues(before);
+    EXPECT_EQ(DoneJson({"lint", "--fix", "--backup", BackupFile()})["fixed"].size(), 4u);
     EXPECT_EQ(Findings(cDone), Json::array());
 }
 

@@ -9,6 +9,7 @@
 #include "common/text.h"
 #include "kora4ctl/settings_document.h"
 #include "kora4ctl/verbs.h"
+#include "schema/settings_table.h"
 
 namespace kora4::tools {
 
@@ -24,10 +25,10 @@ constexpr char cFooter[] =
     "warning  read as it is, but nothing that the API would have set\n"
     "note     worth knowing; nothing to mend\n"
     "A value that equals a built-in default passes, whatever the limits of the API.\n"
-    "--fix writes a dump of everything first, then deletes what is wrong, so that the "
-    "defaults\n"
-    "are in force, and stores texts without a terminator properly. Exit code 7: there were\n"
-    "errors or warnings, and they are still there.\n";
+    "--fix writes a dump of all settings first, then deletes what is wrong, so that the\n"
+    "defaults are in force, and stores texts without a terminator properly. What is no\n"
+    "setting (counters, levels, what a demo has saved) is in no dump; it is named when it is\n"
+    "mended. Exit code 7: there were errors or warnings, and they are still there.\n";
 
 // Beside the journal, with the time in its name: an earlier dump is never written over.
 std::string DefaultBackup(const JournalFile& journal) {
@@ -64,6 +65,15 @@ Fixed Fix(const Context& context, StoreAccess& store, const StoreLock& lock,
     return fixed;
 }
 
+// What was mended and cannot be loaded from the dump: a line for each.
+std::vector<std::string> OutsideOfDumps(const std::vector<Difference>& changes) {
+    std::vector<std::string> lines;
+    for (const Difference& change : changes)
+        if (SettingOf(change.value) == nullptr)
+            lines.push_back(change.Line());
+    return lines;
+}
+
 Style StyleOf(Severity severity) {
     return severity == Severity::eError     ? Style::eBad
            : severity == Severity::eWarning ? Style::eWarning
@@ -94,7 +104,11 @@ void Tell(Output& output, const std::vector<Finding>& findings, const Fixed& fix
     }
     Print(output, findings);
     if (!fixed.backup.empty()) {
-        output.Say("Everything as it was before is in " + fixed.backup + ".");
+        output.Say("All settings as they were before are in " + fixed.backup + ".");
+        if (const std::vector<std::string> others = OutsideOfDumps(fixed.changes);
+            !others.empty())
+            output.Say("Mended too, but no settings, so not in there: " + Join(others, "; ") +
+                       ".");
         output.Say(CountOfValues(fixed.changes.size()) + " mended.");
     } else if (findings.empty()) {
         output.Say("All stored values are right.");
@@ -123,8 +137,8 @@ void AddLint(Context& context) {
     CLI::App* verb = context.root.add_subcommand(
         "lint", "hold each stored value against its type, range and encoding");
     const auto options = std::make_shared<Options>();
-    CLI::Option* const fix =
-        verb->add_flag("--fix", options->fix, "mend what is wrong, after a dump of everything");
+    CLI::Option* const fix = verb->add_flag("--fix", options->fix,
+                                            "mend what is wrong, after a dump of all settings");
     verb->add_option("--backup", options->backup, "the file of that dump")->needs(fix);
     verb->footer(cFooter);
     OnRun(*verb, context, [&context, options] { return Lint(context, *options); });
