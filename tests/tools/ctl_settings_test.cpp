@@ -331,8 +331,21 @@ TEST_F(CtlSettings, NamesBelongToCustomProfiles) {
 TEST_F(CtlSettings, AStoreThatIsHeldTooLongIsGivenUp) {
     const RawTransaction held;
     const std::string before = StoreSnapshot();
+    // Through the library too, which would wait without end.
+    RunningTool throughTheLibrary("kora4ctl", {"get", "enable"});
     Refused({"set", "number-57", "1"}, cTimedOut, "");
+    EXPECT_EQ(throughTheLibrary.WaitForEnd().exitCode, cTimedOut);
     EXPECT_EQ(StoreSnapshot(), before);
+}
+
+TEST_F(CtlSettings, CtrlCEndsTheWaitForAHeldStore) {
+    const RawTransaction held;
+    RunningTool tool("kora4ctl", {"watch"});
+    EXPECT_TRUE(tool.IsSilentFor(1500));
+    tool.PressCtrlC();
+    const ToolResult result = tool.WaitForEnd(20000);
+    EXPECT_EQ(result.exitCode, 1u) << result;
+    EXPECT_NE(result.err.find("Interrupted"), std::string::npos) << result;
 }
 
 TEST_F(CtlSettings, AnActiveProfileThatIsNoneIsTold) {

@@ -6,19 +6,19 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <regex>
 #include <set>
 
 #include "common/output.h"
 #include "common/text.h"
 #include "support/registry_fixture.h"
+#include "tools/json_shape.h"
 #include "tools/tool_process.h"
 #include "tools/transcript.h"
 
 namespace kora4::test {
 namespace {
-
-using tools::Json;
 
 std::wstring PathOf(const std::string& document) {
     return L"Z:" + tools::Widen(std::string(KORA4_ROOT) + "/" + document);
@@ -31,6 +31,8 @@ void ResetMachine() {
     RemoveStore();
     LoadedLibrary().UnregisterServer();
     RemoveStore();
+    std::error_code isAbsent;
+    std::filesystem::remove_all(L"C:\\KalLogs", isAbsent);
 }
 
 Outputs RunTranscripts(const std::vector<std::string>& document, const std::string& name,
@@ -79,11 +81,46 @@ TEST(Transcript, IsToldFromAnotherOne) {
     EXPECT_TRUE(IsSameOutput({"12:00:01.250  enable  off"}, {"08:59:59.001  enable  off"}));
     EXPECT_FALSE(IsSameOutput({"12:00:01.250  enable  off"}, {"12:00:01.250  enable  on"}));
     EXPECT_FALSE(IsSameOutput({"7"}, {"7", "8"}));
+    EXPECT_TRUE(IsSameOutput({"{", "...", "}"}, {"{", "1", "2", "}"}));
+    EXPECT_FALSE(IsSameOutput({"{", "...", "}"}, {"{", "1", "2"}));
     const std::vector<std::string> document = {"text", "```console", "$ kora4ctl get enable",
                                                "on",   "```",        "text"};
     EXPECT_EQ((std::vector<std::string>{"text", "```console", "$ kora4ctl get enable", "off",
                                         "```", "text"}),
               WithOutputs(document, {{3, {"off"}}}));
+}
+
+// --- shapes of JSON ----------------------------------------------------------------------
+
+// Like a transcript, in a block of its own: a command and the shape of what it prints as JSON.
+std::vector<TranscriptStep> ShapesOf(std::vector<std::string> document) {
+    for (std::string& line : document) {
+        if (line == "```shape")
+            line = "```console";
+        else if (line == "```console")
+            line = "```";
+    }
+    std::vector<TranscriptStep> steps;
+    for (const TranscriptBlock& block : TranscriptsOf(document))
+        steps.insert(steps.end(), block.steps.begin(), block.steps.end());
+    return steps;
+}
+
+TEST(Manual, OfKora4ctlHasTheShapeOfEveryDocument) {
+    const std::vector<TranscriptStep> steps = ShapesOf(ReadLines(PathOf("docs/kora4ctl.md")));
+    ASSERT_GT(steps.size(), 30u);
+    ResetMachine();
+    TranscriptShell shell;
+    shell.Run("kora4ctl register");
+    shell.Run("kora4sim --for 0.5 --quiet");
+    for (const TranscriptStep& step : steps) {
+        const std::string printed = tools::Join(shell.Run(step.command + " --json"), "\n");
+        const Json document = Json::parse(printed, nullptr, false);
+        EXPECT_TRUE(HasShape(document, tools::Join(step.expected, "\n")))
+            << "docs/kora4ctl.md:" << step.line << ": $ " << step.command << "\n"
+            << printed;
+    }
+    ResetMachine();
 }
 
 // --- verbs and options -------------------------------------------------------------------
@@ -117,14 +154,18 @@ Help HelpOf(const std::string& program, std::vector<std::string> verb) {
     return help;
 }
 
-// The text below the heading "## `verb`", up to the next heading of that rank.
+// The text below the heading "## `verb`", up to the next heading of that rank: what is said,
+// and the commands, but nothing that programs print.
 std::string SectionOf(const std::vector<std::string>& document, const std::string& heading) {
     std::string text;
     bool isInside = false;
+    bool isTranscript = false;
     for (const std::string& line : document) {
         if (line.starts_with("## "))
             isInside = line == heading;
-        else if (isInside)
+        else if (line.starts_with("```"))
+            isTranscript = line == "```console";
+        else if (isInside && (!isTranscript || line.starts_with("$ kora4ctl")))
             text += line + "\n";
     }
     return text;

@@ -48,7 +48,9 @@ std::vector<std::string> WithOutputs(const std::vector<std::string>& document,
 
 // What differs from run to run (times, process ids, ...) replaced by a word for it.
 std::string Normalised(const std::string& line);
-bool IsSameOutput(const std::vector<std::string>& a, const std::vector<std::string>& b);
+// A line of three dots in a document stands for any lines.
+bool IsSameOutput(const std::vector<std::string>& expected,
+                  const std::vector<std::string>& printed);
 
 // Runs commands one after the other in the current folder, as one session of a shell.
 class TranscriptShell {

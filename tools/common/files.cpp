@@ -58,7 +58,9 @@ std::string ReadWholeFile(const std::string& path) {
     return ReadAll(file.Get(), "'" + path + "'");
 }
 
-void WriteWholeFile(const std::string& path, std::string_view content) {
+namespace {
+
+void WriteNewFile(const std::string& path, std::string_view content) {
     const UniqueHandle file = Open(path, GENERIC_WRITE, CREATE_ALWAYS);
     if (!file)
         throw Failure(ExitCode::eFailed,
@@ -71,6 +73,23 @@ void WriteWholeFile(const std::string& path, std::string_view content) {
                           "'" + path + "' cannot be written" + Because(GetLastError()));
         content.remove_prefix(written);
     }
+    if (!FlushFileBuffers(file.Get()))
+        throw Failure(ExitCode::eFailed,
+                      "'" + path + "' cannot be written" + Because(GetLastError()));
+}
+
+}  // namespace
+
+// What was in the file before is there until everything new is on disk.
+void WriteWholeFile(const std::string& path, std::string_view content) {
+    const std::string unfinished = path + ".new";
+    WriteNewFile(unfinished, content);
+    if (MoveFileExW(Widen(unfinished).c_str(), Widen(path).c_str(),
+                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return;
+    const DWORD error = GetLastError();
+    DeleteFileW(Widen(unfinished).c_str());
+    throw Failure(ExitCode::eFailed, "'" + path + "' cannot be made" + Because(error));
 }
 
 }  // namespace kora4::tools

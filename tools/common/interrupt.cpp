@@ -12,7 +12,12 @@ constexpr UINT cEndedByCtrlC = 0xC000013A;
 // ends the process when the handler returns, or a little later than this.
 constexpr DWORD cLastMoment = 4000;
 
+// How long a tool may take to end by itself: it can be inside a call of the library that waits
+// for a mutex which nobody lets go.
+constexpr DWORD cPatience = 10000;
+
 HANDLE g_event = nullptr;
+HANDLE g_ended = nullptr;
 
 // On a thread of the platform's own.
 BOOL WINAPI OnControl(DWORD control) {
@@ -23,22 +28,26 @@ BOOL WINAPI OnControl(DWORD control) {
         return TRUE;
     }
     // Whoever asks twice does not want to wait for the tool's own end.
-    if (!isFirst)
+    if (!isFirst || WaitForSingleObject(g_ended, cPatience) != WAIT_OBJECT_0)
         TerminateProcess(GetCurrentProcess(), cEndedByCtrlC);
     return TRUE;
 }
 
 }  // namespace
 
-// The event stays when the handler goes: a call of it may be under way.
+// The events stay when the handler goes: a call of it may be under way.
 Interrupt::Interrupt() {
     if (g_event == nullptr)
         g_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (g_ended == nullptr)
+        g_ended = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     ResetEvent(g_event);
+    ResetEvent(g_ended);
     SetConsoleCtrlHandler(OnControl, TRUE);
 }
 
 Interrupt::~Interrupt() {
+    SetEvent(g_ended);
     SetConsoleCtrlHandler(OnControl, FALSE);
 }
 

@@ -78,8 +78,11 @@ void Output::Print(std::string_view line) {
 }
 
 void Output::Write(std::string_view text) {
-    if (!m_isBroken && !WriteAll(m_results, m_isTerminal, text))
-        m_isBroken = true;
+    if (m_isBroken || WriteAll(m_results, m_isTerminal, text))
+        return;
+    const DWORD error = GetLastError();
+    m_isBroken = true;
+    m_isIncomplete = error != ERROR_BROKEN_PIPE && error != ERROR_NO_DATA;
 }
 
 void Output::PrintJson(const Json& document) {

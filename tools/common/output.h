@@ -52,8 +52,10 @@ class Output {
     // set; otherwise as it is.
     std::string Paint(Style style, std::string_view text) const;
 
-    // Standard output cannot be written to any more (its reader went away).
+    // Standard output cannot be written to any more.
     bool IsBroken() const { return m_isBroken; }
+    // And it is no reader that went away, who has what he wanted: the disk is full.
+    bool IsIncomplete() const { return m_isIncomplete; }
 
   private:
     void* m_results;
@@ -62,6 +64,7 @@ class Output {
     bool m_areMessagesOnTerminal;
     bool m_hasColour;
     bool m_isBroken = false;
+    bool m_isIncomplete = false;
 };
 
 }  // namespace kora4::tools

@@ -153,10 +153,15 @@ int RunProgram(const char* name, const char* summary, const std::vector<std::str
     try {
         CLI::App root(summary, name);
         root.fallthrough();
+        // "/folder/file" is a file.
+        root.allow_windows_style_options(false);
         Context context{output, interrupt, root, {}};
         AddCommonOptions(root, output);
         add(context);
         code = ParseAndRun(context, arguments);
+        if (output.IsIncomplete())
+            throw Failure(ExitCode::eFailed,
+                          "Standard output cannot be written; the result is not complete.");
     } catch (const Failure& failure) {
         code = Tell(output, name, failure);
     } catch (const std::bad_alloc&) {

@@ -52,6 +52,19 @@ void LookAtDemo(StoreAccess& store, std::uint32_t demo, CheckResult& result) {
 
 }  // namespace
 
+// What was put back, by name.
+std::string Restored(const Recovered& recovered) {
+    constexpr std::size_t cMost = 12;
+    std::vector<std::string> names = recovered.restored;
+    if (names.empty())
+        return {};
+    if (names.size() > cMost) {
+        names.resize(cMost);
+        names.push_back("...");
+    }
+    return " (" + Join(names, ", ") + ")";
+}
+
 CheckResult CheckLoad(Examination& examination) {
     const OpenMode mode = examination.isDryRun ? OpenMode::eRead : OpenMode::eReadWrite;
     const JournalFile journal(DefaultJournalPath());
@@ -71,7 +84,7 @@ CheckResult CheckLoad(Examination& examination) {
             if (examination.isDryRun)
                 result.Add(Severity::eWarning, recovered.InWords(), "kora4ctl doctor");
             else
-                result.Add(Severity::eNote, recovered.InWords(),
+                result.Add(Severity::eNote, recovered.InWords() + Restored(recovered),
                            "Nothing, that is mended now.");
     }
     return result;

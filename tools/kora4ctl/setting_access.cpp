@@ -106,9 +106,15 @@ void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> n
                       "Look at both with 'kora4ctl profile show'.");
 }
 
+void WaitForStore(const Context& context) {
+    const StoreLock lock(cLockPatience, context.interrupt.Event());
+}
+
 ApiSession& SettingAccess::Api() {
-    if (!m_api)
+    if (!m_api) {
+        WaitForStore(m_context);
         m_api.emplace();
+    }
     return *m_api;
 }
 

@@ -91,6 +91,10 @@ class SettingAccess {
     std::optional<ApiSession> m_api;
 };
 
+// Returns when nobody holds the store; what StoreLock throws otherwise. The library itself
+// waits for it without end, so this comes before it is started.
+void WaitForStore(const Context& context);
+
 // As ActiveProfile, from the store; the caller holds its mutex.
 std::uint32_t StoredActiveProfile(StoreAccess& store);
 

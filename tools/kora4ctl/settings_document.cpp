@@ -2,17 +2,12 @@
 
 #include "common/failure.h"
 #include "common/files.h"
+#include "kora4ctl/setting_access.h"
 
 namespace kora4::tools {
 
-namespace {
-
-constexpr DWORD cPatience = 30000;  // ms
-
-}  // namespace
-
 StoreLock HoldStore(const Context& context) {
-    return StoreLock(cPatience, context.interrupt.Event());
+    return StoreLock(cLockPatience, context.interrupt.Event());
 }
 
 void TellIfAbandoned(const Context& context, const StoreLock& lock) {

@@ -2,6 +2,10 @@
 
 #include <windows.h>
 
+#include <aclapi.h>
+
+#include <memory>
+
 #include "common/failure.h"
 #include "common/handles.h"
 #include "common/output.h"
@@ -50,6 +54,40 @@ void MakeFolderOf(const std::string& path) {
     if (!CreateDirectoryW(Widen(folder).c_str(), nullptr) &&
         GetLastError() != ERROR_ALREADY_EXISTS)
         Refuse("Creating the folder", folder);
+}
+
+// ---- The owner --------------------------------------------------------------------------
+
+struct LocalDeleter {
+    void operator()(void* memory) const { LocalFree(memory); }
+};
+
+bool IsWellKnown(PSID owner, WELL_KNOWN_SID_TYPE type) {
+    return IsWellKnownSid(owner, type) != FALSE;
+}
+
+bool IsCurrentUser(PSID owner) {
+    HANDLE opened = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
+        return false;
+    const UniqueHandle token(opened);
+    alignas(TOKEN_USER) unsigned char buffer[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+    DWORD length = 0;
+    return GetTokenInformation(token.Get(), TokenUser, buffer, sizeof buffer, &length) &&
+           EqualSid(owner, reinterpret_cast<TOKEN_USER*>(buffer)->User.Sid);
+}
+
+// Every user may put a file into that folder, and an administrator who mends the store from it
+// would write what that user may not.
+bool IsTrusted(HANDLE file) {
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr,
+                        nullptr, nullptr, &descriptor) != ERROR_SUCCESS)
+        return false;
+    const std::unique_ptr<void, LocalDeleter> memory(descriptor);
+    return owner && (IsCurrentUser(owner) || IsWellKnown(owner, WinBuiltinAdministratorsSid) ||
+                     IsWellKnown(owner, WinLocalSystemSid));
 }
 
 // ---- The text ---------------------------------------------------------------------------
@@ -153,6 +191,8 @@ JournalFile::State JournalFile::Read(Journal& journal) const {
             Refuse("Opening", m_path);
         return Exists(UnfinishedPath(m_path)) ? State::eCutShort : State::eAbsent;
     }
+    if (!IsTrusted(file.Get()))
+        return State::eUnreadable;
     std::string text;
     char buffer[4096];
     DWORD read = 0;

@@ -1,4 +1,8 @@
+#include <cmath>
+#include <limits>
+
 #include "common/failure.h"
+#include "common/text.h"
 #include "schema/schema.h"
 #include "schema/texts.h"
 #include "store/model/patch_records.h"
@@ -65,6 +69,22 @@ void CheckCount(std::size_t count) {
                ".");
 }
 
+// An element has 16 bits, and what does not fit would come back as another number.
+void CheckElements(const std::vector<float>& elements, std::uint32_t scale) {
+    const double lowest = std::numeric_limits<std::int16_t>::min();
+    const double highest = std::numeric_limits<std::int16_t>::max();
+    for (const float element : elements) {
+        const double stored = std::trunc(static_cast<double>(element) * scale);
+        if (stored >= lowest && stored <= highest)
+            continue;
+        throw Failure(ExitCode::eBadInput,
+                      Decimal(element) +
+                          " cannot be stored in an array: the smallest number is " +
+                          Decimal(static_cast<float>(lowest / scale)) + " and the largest " +
+                          Decimal(static_cast<float>(highest / scale)) + ".");
+    }
+}
+
 }  // namespace
 
 std::optional<Value> Decode(const SchemaValue& value, const StoredValue& stored) {
@@ -105,6 +125,7 @@ StoredValue Encode(const SchemaValue& value, const Value& content) {
         case Kind::eNumericArray: {
             const auto& elements = std::get<std::vector<float>>(content);
             CheckCount(elements.size());
+            CheckElements(elements, value.scale);
             return StoredValue::FromText(*FormatNumericArray(value.scale, elements));
         }
         case Kind::eFlagArray: {

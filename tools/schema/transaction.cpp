@@ -251,7 +251,7 @@ std::string Recovered::InWords() const {
             return "No change of the settings was broken off.";
         case Recovery::eUnreadable:
             return "There is a journal of a change of the settings that this program cannot "
-                   "read: " +
+                   "read, or that another user made: " +
                    journal + ". It was left alone.";
         case Recovery::eNotBegun:
             return std::string(

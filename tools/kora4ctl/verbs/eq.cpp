@@ -303,11 +303,14 @@ ExitCode Export(Context& context, const EqOptions& options) {
     const std::string text = FormatGraphicEq(equalizer.bands);
     if (!options.file.empty() && options.file != "-") {
         WriteWholeFile(options.file, text + "\n");
-        context.output.Say(std::to_string(equalizer.bands.size()) + " bands of " +
-                           ProfileName(equalizer.profile) + " are in " + options.file + ".");
-    } else if (context.output.json) {
+        if (!context.output.json)
+            context.output.Say(std::to_string(equalizer.bands.size()) + " bands of " +
+                               ProfileName(equalizer.profile) + " are in " + options.file +
+                               ".");
+    }
+    if (context.output.json) {
         context.output.PrintJson(DocumentOf(equalizer));
-    } else {
+    } else if (options.file.empty() || options.file == "-") {
         context.output.Print(text);
     }
     return ExitCode::eDone;

@@ -8,6 +8,7 @@
 #include "kora4ctl/levels_picture.h"
 #include "kora4ctl/local_time.h"
 #include "kora4ctl/run_limits.h"
+#include "kora4ctl/setting_access.h"
 #include "kora4ctl/terminal_screen.h"
 #include "kora4ctl/verbs.h"
 
@@ -122,6 +123,7 @@ double SecondsToNextLook(const Options& options, IVeltoKORA4API& api) {
 }
 
 ExitCode ShowLevels(const Context& context, const Options& options) {
+    WaitForStore(context);
     const ApiSession api;
     Display display(context.output);
     const Deadline end = options.limits.Start();

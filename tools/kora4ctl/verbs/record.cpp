@@ -178,6 +178,7 @@ class Recorder {
 };
 
 ExitCode Record(const Context& context, const Options& options) {
+    WaitForStore(context);
     Recorder recorder(context, options);
     context.output.Say("Recording; Ctrl-C ends it.");
     const Wake wake = recorder.Run();

@@ -6,6 +6,7 @@
 #include "common/nearest.h"
 #include "common/results.h"
 #include "common/text.h"
+#include "kora4ctl/setting_access.h"
 #include "kora4ctl/trace_log.h"
 #include "kora4ctl/trace_word.h"
 #include "kora4ctl/verbs.h"
@@ -41,7 +42,7 @@ Json DocumentOf(const TraceWord& word) {
 
 void Store(const Context& context, TraceWord word) {
     const auto store = OpenStore(OpenMode::eReadWrite);
-    const StoreLock lock(INFINITE, context.interrupt.Event());
+    const StoreLock lock(cLockPatience, context.interrupt.Event());
     WriteTraceWord(*store, word);
 }
 
@@ -151,7 +152,7 @@ void PrintLines(Output& output, const std::vector<std::string>& lines) {
 
 TraceWord StoredWord(const Context& context) {
     const auto store = OpenStore(OpenMode::eRead);
-    const StoreLock lock(INFINITE, context.interrupt.Event());
+    const StoreLock lock(cLockPatience, context.interrupt.Event());
     return ReadTraceWord(*store);
 }
 

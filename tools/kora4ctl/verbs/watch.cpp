@@ -4,6 +4,7 @@
 #include "common/api_session.h"
 #include "kora4ctl/notification_listener.h"
 #include "kora4ctl/run_limits.h"
+#include "kora4ctl/setting_access.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -21,6 +22,7 @@ constexpr char cFooter[] =
 
 ExitCode Watch(const Context& context, const RunLimits& limits) {
     Output& output = context.output;
+    WaitForStore(context);
     const ApiSession api;
     NotificationListener listener(*api.Get(), context.interrupt.Event());
     const Deadline deadline = limits.Start();
