@@ -10,6 +10,22 @@
 namespace kora4::test {
 namespace {
 
+// Milliseconds, with the parts of one.
+double Now() {
+    LARGE_INTEGER frequency;
+    LARGE_INTEGER now;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&now);
+    return static_cast<double>(now.QuadPart) * 1000 / static_cast<double>(frequency.QuadPart);
+}
+
+// Not asleep: the platform's pauses are as long as a whole load.
+void SpinFor(double milliseconds) {
+    const double end = Now() + milliseconds;
+    while (Now() < end)
+        SwitchToThread();
+}
+
 // The shipped program, ended from outside.
 class RandomlyKilledLoad : public BrokenLoad {
   protected:
@@ -20,27 +36,31 @@ class RandomlyKilledLoad : public BrokenLoad {
     }
     std::string OldFile() const { return m_folder.File("old.json"); }
 
-    // What a whole load takes, in milliseconds.
-    DWORD LoadTime() const {
-        const DWORD there = RunCtl({"load", DocumentFile()}).elapsed;
-        return std::max(there, RunCtl({"load", OldFile()}).elapsed);
+    // What a whole load takes, and how long of that its journal is there.
+    struct Times {
+        double whole = 0;
+        double writing = 0;
+    };
+    Times Measure() {
+        Times times;
+        for (const std::string& file : {DocumentFile(), OldFile()}) {
+            const double begin = Now();
+            RunningTool tool("kora4ctl", {"load", file});
+            WaitForJournal(tool);
+            const double writes = Now();
+            while (Exists(JournalPath()) && tool.IsRunning())
+                SwitchToThread();
+            times.writing = std::max(times.writing, Now() - writes);
+            EXPECT_EQ(tool.WaitForEnd().exitCode, cDone);
+            times.whole = std::max(times.whole, Now() - begin);
+        }
+        return times;
+    }
+    void WaitForJournal(const RunningTool& tool) const {
+        while (!Exists(JournalPath()) && tool.IsRunning())
+            SwitchToThread();
     }
 };
-
-// Not asleep: the platform's pauses are as long as a whole load.
-void SpinFor(double milliseconds) {
-    LARGE_INTEGER frequency;
-    LARGE_INTEGER begin;
-    LARGE_INTEGER now;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&begin);
-    do {
-        SwitchToThread();
-        QueryPerformanceCounter(&now);
-    } while (static_cast<double>(now.QuadPart - begin.QuadPart) * 1000 /
-                 static_cast<double>(frequency.QuadPart) <
-             milliseconds);
-}
 
 TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
     constexpr int cKills = 200;
@@ -48,8 +68,9 @@ TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
     const auto seed = given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 0))
                             : std::random_device{}();
     std::mt19937 random(seed);
-    const DWORD whole = LoadTime();
-    std::printf("KORA4_SEED=%u, a load takes %lu ms\n", static_cast<unsigned>(seed), whole);
+    const Times times = Measure();
+    std::printf("KORA4_SEED=%u, a load takes %.0f ms and writes for %.0f ms\n",
+                static_cast<unsigned>(seed), times.whole, times.writing);
     bool isNew = false;
     int journals = 0;
     int undone = 0;
@@ -61,11 +82,11 @@ TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
         {
             RunningTool tool("kora4ctl", {"load", isNew ? OldFile() : DocumentFile()});
             // Half of them are hit at any time, the others while they write.
-            if (i % 2 == 1)
-                while (!Exists(JournalPath()) && tool.IsRunning())
-                    SwitchToThread();
-            SpinFor(std::uniform_real_distribution<>(
-                0, i % 2 == 1 ? whole / 3.0 : whole * 1.2)(random));
+            const bool whileWriting = i % 2 == 1;
+            if (whileWriting)
+                WaitForJournal(tool);
+            const double latest = whileWriting ? times.writing : times.whole * 1.2;
+            SpinFor(std::uniform_real_distribution<>(0, latest)(random));
             tool.Kill();
         }
         const bool hadJournal = HasJournal();

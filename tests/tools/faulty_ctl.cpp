@@ -26,16 +26,7 @@ using namespace kora4::tools;
 constexpr UINT cDied = 99;
 constexpr DWORD cLongest = 60000;  // milliseconds
 
-HANDLE g_controlled = nullptr;
-HANDLE g_thread = nullptr;
-
-// Comes before the tool's own handler, which is called next, on the same thread.
-BOOL WINAPI NoteControl(DWORD) {
-    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &g_thread,
-                    SYNCHRONIZE, FALSE, 0);
-    SetEvent(g_controlled);
-    return FALSE;
-}
+const Interrupt* g_interrupt = nullptr;
 
 void SetNamed(const wchar_t* name) {
     SetEvent(UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, name)).Get());
@@ -46,13 +37,10 @@ void WaitForNamed(const wchar_t* name) {
     WaitForSingleObject(event.Get(), cLongest);
 }
 
-// Until all handlers have been called.
+// Until the tool itself knows of it.
 void WaitForControl() {
-    g_controlled = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    SetConsoleCtrlHandler(NoteControl, TRUE);
     SetNamed(L"KORA4-reached");
-    WaitForSingleObject(g_controlled, cLongest);
-    WaitForSingleObject(g_thread, cLongest);
+    g_interrupt->WaitFor(cLongest);
 }
 
 struct Step {
@@ -132,5 +120,9 @@ int wmain(int count, wchar_t** arguments) {
     SetStoreWrapper([](std::unique_ptr<StoreAccess> store) -> std::unique_ptr<StoreAccess> {
         return std::make_unique<FaultyStore>(std::move(store));
     });
-    return RunKora4Ctl(Arguments(count, arguments));
+    return RunProgram("kora4ctl", "kora4ctl on a faulty store", Arguments(count, arguments),
+                      [](Context& context) {
+                          g_interrupt = &context.interrupt;
+                          AddVerbs(context);
+                      });
 }
