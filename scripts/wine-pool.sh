@@ -62,7 +62,12 @@ run_in() {
   touch "$prefix/.busy"
   # Programs of two prefixes may have the same process id: this tells them apart.
   export KORA4_TEST_PREFIX=${prefix##*/}
-  WINEPREFIX=$prefix pinned "$prefix" "$wine64" "$@" 9>&- || result=$?
+  # Through files: a server that a program has to start anew outlives it, and whoever waits for
+  # the end of this output must not wait for that.
+  WINEPREFIX=$prefix pinned "$prefix" "$wine64" "$@" \
+    >"$prefix.out" 2>"$prefix.err" 9>&- || result=$?
+  cat "$prefix.out"
+  cat "$prefix.err" >&2
   rm -f "$prefix/.busy"
   exit "$result"
 }

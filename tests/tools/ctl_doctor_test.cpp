@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <filesystem>
 #include <thread>
 
 #include "registry/journal.h"
@@ -317,7 +318,8 @@ TEST_F(CtlDoctor, FindsACustomProfileWhoseNameCannotBeRead) {
 // ---- The trace --------------------------------------------------------------------------
 
 TEST_F(CtlDoctor, FindsLogFilesThatAreSwitchedOn) {
-    RemoveDirectoryW(L"C:\\KalLogs");
+    std::error_code isAbsent;
+    std::filesystem::remove_all(L"C:\\KalLogs", isAbsent);
     WriteStoredUINT(eKeySetStatic, cTraceWord, trace::eLogFiles);
     const std::string text = Of("trace", Examine(cFindings));
     EXPECT_TRUE(Has(text, "warning: Log files are switched on"));
