@@ -3,6 +3,7 @@
 #include "common/failure.h"
 #include "common/results.h"
 #include "common/text.h"
+#include "registry/stored_value.h"
 #include "schema/names.h"
 #include "store/model/profiles.h"
 
@@ -11,7 +12,7 @@ namespace kora4::tools {
 namespace {
 
 // A longer one could be stored and not be read again.
-constexpr std::size_t cLongestName = 2047;  // UTF-16 units
+constexpr std::size_t cLongestName = cMaxTextBytes / sizeof(wchar_t) - 1;
 
 constexpr char cSeeTable[] = "See the custom profiles: kora4ctl profile table";
 
@@ -19,8 +20,9 @@ std::wstring StorableName(const std::string& name) {
     std::wstring wide = Widen(name);
     if (wide.size() > cLongestName)
         throw Failure(ExitCode::eBadInput, "The name has " + std::to_string(wide.size()) +
-                                               " UTF-16 characters; a longer one than 2047 "
-                                               "could not be read again.");
+                                               " UTF-16 characters; a longer one than " +
+                                               std::to_string(cLongestName) +
+                                               " could not be read again.");
     return wide;
 }
 

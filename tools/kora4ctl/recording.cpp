@@ -4,9 +4,11 @@
 #include <set>
 
 #include "common/failure.h"
+#include "common/strict_json.h"
 #include "schema/document.h"
 #include "schema/names.h"
 #include "schema/settings_table.h"
+#include "store/model/patch_records.h"
 
 namespace kora4::tools {
 
@@ -144,7 +146,7 @@ bool IsEq(const Json& value) {
     return value.is_object() && value.size() == 2 && value.contains("frequencies") &&
            value.contains("gains") && IsNumbers(value["frequencies"]) &&
            IsNumbers(value["gains"]) && value["frequencies"].size() == value["gains"].size() &&
-           value["gains"].size() <= 40;
+           value["gains"].size() <= cMaxArrayElements;
 }
 
 bool IsTable(const Json& value) {
@@ -326,9 +328,7 @@ Recording ReadRecording(std::string_view text) {
         if (line.find_first_not_of(" \t\r") == std::string_view::npos)
             continue;
         try {
-            const Json json = Json::parse(line, nullptr, false);
-            Demand(!json.is_discarded(), "it is no JSON.");
-            reader.Take(json);
+            reader.Take(ParseStrictJson(line));
         } catch (const Failure& failure) {
             throw Failure(failure.Code(),
                           "Line " + std::to_string(number) + ": " + failure.what(),

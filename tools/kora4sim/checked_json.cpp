@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 #include "common/nearest.h"
+#include "common/strict_json.h"
 #include "common/text.h"
 
 namespace kora4::tools::sim {
@@ -19,54 +19,14 @@ std::string Quoted(const std::vector<std::string>& names) {
     return "'" + Join(names, "', '") + "'";
 }
 
-// "line 3, column 7" of a byte, the first one being 1.
-std::string PlaceOf(std::string_view text, std::size_t byte) {
-    const std::string_view before = text.substr(0, byte == 0 ? 0 : byte - 1);
-    const auto lines = std::count(before.begin(), before.end(), '\n');
-    const std::size_t start = before.rfind('\n');
-    const std::size_t column =
-        start == std::string_view::npos ? before.size() : before.size() - start - 1;
-    return "line " + std::to_string(lines + 1) + ", column " + std::to_string(column + 1);
-}
-
-// The members of the objects that are open while a document is parsed.
-class Duplicates {
-  public:
-    bool operator()(Json::parse_event_t event, const Json& parsed) {
-        if (event == Json::parse_event_t::object_start)
-            m_open.emplace_back();
-        else if (event == Json::parse_event_t::object_end)
-            m_open.pop_back();
-        else if (event == Json::parse_event_t::key &&
-                 !m_open.back().insert(parsed.get<std::string>()).second && m_name.empty())
-            m_name = parsed.get<std::string>();
-        return true;
-    }
-    // The first member that stood twice.
-    const std::string& Name() const { return m_name; }
-
-  private:
-    std::vector<std::set<std::string>> m_open;
-    std::string m_name;
-};
-
 }  // namespace
 
 Json ParseJson(std::string_view text, const std::string& file) {
-    Duplicates duplicates;
-    Json document;
     try {
-        document = Json::parse(text, [&](int, Json::parse_event_t event, Json& parsed) {
-            return duplicates(event, parsed);
-        });
-    } catch (const Json::parse_error& error) {
-        throw Failure(ExitCode::eBadInput,
-                      file + ": this is no JSON: see " + PlaceOf(text, error.byte) + ".");
+        return ParseStrictJson(text);
+    } catch (const Failure& failure) {
+        throw Failure(failure.Code(), file + ": " + failure.what());
     }
-    if (!duplicates.Name().empty())
-        throw Failure(ExitCode::eBadInput,
-                      file + ": the member '" + duplicates.Name() + "' stands twice.");
-    return document;
 }
 
 Failure CheckedJson::Bad(const std::string& what) const {

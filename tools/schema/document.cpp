@@ -1,10 +1,10 @@
 #include "schema/document.h"
 
 #include <algorithm>
-#include <set>
 
 #include "common/failure.h"
 #include "common/nearest.h"
+#include "common/strict_json.h"
 #include "common/text.h"
 #include "store/model/profiles.h"
 
@@ -69,77 +69,6 @@ std::string WithoutMark(std::string_view text) {
         wide += static_cast<char16_t>(static_cast<unsigned char>(text[i]) |
                                       static_cast<unsigned char>(text[i + 1]) << 8);
     return ToUtf8(wide);
-}
-
-// Watches a text being parsed: a name that comes twice in one object is refused, for one of
-// the two values would be lost.
-// A document needs four levels; what goes through the tree of a document is recursive.
-constexpr int cDeepest = 64;
-
-class DuplicateGuard {
-  public:
-    bool operator()(Json::parse_event_t event, const Json& parsed) {
-        switch (event) {
-            case Json::parse_event_t::object_start:
-                m_open.emplace_back();
-                break;
-            case Json::parse_event_t::object_end:
-                m_open.pop_back();
-                break;
-            case Json::parse_event_t::key:
-                Add(parsed.get<std::string>());
-                break;
-            default:
-                break;
-        }
-        return true;
-    }
-
-  private:
-    struct Object {
-        std::set<std::string> names;
-        std::string current;
-    };
-
-    void Add(const std::string& name) {
-        Object& object = m_open.back();
-        object.current = name;
-        if (object.names.insert(name).second)
-            return;
-        std::vector<std::string> path;
-        for (const Object& open : m_open)
-            path.push_back(open.current);
-        Refuse(Join(path, ".") + ": the name is there twice.");
-    }
-
-    std::vector<Object> m_open;
-};
-
-// Without the parser's own number of the mistake, "[json.exception...] ".
-[[noreturn]] void RefuseNoJson(const Json::exception& error) {
-    const std::string message = error.what();
-    const std::size_t begin = message.find("] ");
-    Refuse("The document is no JSON: " +
-           message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
-}
-
-Json Parse(const std::string& text) {
-    if (text.find_first_not_of(" \t\r\n") == std::string::npos)
-        Refuse("The document is empty.");
-    DuplicateGuard guard;
-    try {
-        return Json::parse(text, [&guard](int depth, Json::parse_event_t event, Json& parsed) {
-            if (depth > cDeepest)
-                Refuse("The document is nested too deeply.");
-            return guard(event, parsed);
-        });
-    } catch (const Json::parse_error& error) {
-        if (error.byte > text.size())
-            Refuse("The document is cut off: it ends in the middle.");
-        RefuseNoJson(error);
-    } catch (const Json::exception& error) {
-        RefuseNoJson(error);
-    }
 }
 
 const Json& Member(const Json& document, const char* name, const char* meaning) {
@@ -308,7 +237,7 @@ Json Dump(StoreAccess& store, Scope scope) {
 }
 
 Plan ReadDocument(std::string_view text, Completeness completeness) {
-    return CheckDocument(Parse(WithoutMark(text)), completeness);
+    return CheckDocument(ParseStrictJson(WithoutMark(text)), completeness);
 }
 
 Plan CheckDocument(const Json& document, Completeness completeness) {

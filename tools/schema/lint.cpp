@@ -6,6 +6,7 @@
 
 #include "common/text.h"
 #include "schema/texts.h"
+#include "store/model/engine_masks.h"
 #include "store/model/patch_records.h"
 #include "store/model/profiles.h"
 
@@ -82,8 +83,7 @@ Verdict CheckProfile(const SchemaValue& value, std::uint32_t profile) {
 }
 
 Verdict CheckMask(std::uint32_t mask) {
-    constexpr std::uint32_t cKnown = 0x03FF;
-    if ((mask & ~cKnown) == 0)
+    if ((mask & ~cEngineTechnologies) == 0)
         return {};
     Problem problem{Severity::eNote, "bits above 9 stand for nothing: " + Hex(mask), {}, false};
     return problem;

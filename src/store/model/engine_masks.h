@@ -7,13 +7,16 @@
 
 namespace kora4 {
 
+// The bits in use.
+inline constexpr std::uint32_t cEngineTechnologies = 0x03FF;
+
 struct EngineConfiguration {
     std::uint32_t mask;
     const char* name;
 };
 
 inline constexpr EngineConfiguration cEngineConfigurations[] = {
-    {0x03FF, "full engine"},
+    {cEngineTechnologies, "full engine"},
     {0x021F, "standard engine"},
     {0x0140, "basic engine"},
 };
