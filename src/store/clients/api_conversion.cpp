@@ -57,12 +57,15 @@ void StandardEQFromApi(StandardEQPatch& eq, const ApiGraphicEQ& in) {
 }  // namespace
 
 KORA4PresetTechnology PresetTechOf(ApiTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::PresetTechOf"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
     const ApiTechnologyRow* pRow = RowOf(technology);
     return pRow ? pRow->presetTech : ePresetNoTech;
 }
 
 ApiTechnology APITechOf(KORA4PresetTechnology technology) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::APITechOf"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
     const auto* pRow =
         std::find_if(std::begin(cApiTechnologies), std::end(cApiTechnologies),
                      [=](const ApiTechnologyRow& row) { return row.presetTech == technology; });
@@ -72,6 +75,8 @@ ApiTechnology APITechOf(KORA4PresetTechnology technology) {
 }
 
 std::uint32_t ASLPatchSizeOf(ApiTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ASLPatchSizeOf"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
     const ApiTechnologyRow* pRow = RowOf(technology);
     return pRow ? pRow->size : 0;
 }
@@ -79,24 +84,28 @@ std::uint32_t ASLPatchSizeOf(ApiTechnology technology) {
 HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
                               std::uint32_t* pSize, void** ppField) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::GetASLPatchUnionField"};
+    HRESULT hr = result::cInvalidArg;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     *pSize = 0;
     *ppField = nullptr;
     const ApiTechnologyRow* pRow = RowOf(technology);
     if (!pRow || pRow->size != sizeof pValue->m_values) {
         KALTRACE(trace::eMessages, cSite, "Invalid API technology: %d\n",
                  static_cast<int>(technology));
-        return result::cInvalidArg;
+        return hr;
     }
     *pSize = pRow->size;
     *ppField = &pValue->m_values;
-    return result::cOk;
+    return hr = result::cOk;
 }
 
 HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                    void* pValue) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ToASLPatch"};
+    HRESULT hr = result::cInvalidArg;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     if (size < ASLPatchSizeOf(technology))
-        return result::cInvalidArg;
+        return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
     KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL technology\"");
     if (technology == ApiTechnology::eGraphicEQ) {
@@ -107,14 +116,16 @@ HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::u
         std::memcpy(pValue, reinterpret_cast<const char*>(&records) + pRow->working,
                     pRow->size);
     }
-    return result::cOk;
+    return hr = result::cOk;
 }
 
 HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                      const void* pValue) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::FromASLPatch"};
+    HRESULT hr = result::cInvalidArg;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     if (size < ASLPatchSizeOf(technology))
-        return result::cInvalidArg;
+        return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
     KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL patch field.\"");
     if (technology == ApiTechnology::eGraphicEQ) {
@@ -124,7 +135,7 @@ HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint3
     } else if (pRow) {
         std::memcpy(reinterpret_cast<char*>(&records) + pRow->working, pValue, pRow->size);
     }
-    return result::cOk;
+    return hr = result::cOk;
 }
 
 }  // namespace kora4
