@@ -1,9 +1,11 @@
 // Each operation of the clients on the store in memory.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "unit/clients_support.h"
 
@@ -175,6 +177,17 @@ TEST_F(ClientOperations, ADemoThatSomebodyElseLeftIsNotReverted) {
     EXPECT_EQ(m_client->RevertFromDemoMode(), KORA4_S_DEMO_MODE_ACTIVE);
 }
 
+// The profile that the client knows of is active again at the pass: nothing to tell, and the
+// demo is over all the same.
+TEST_F(ClientOperations, ADemoThatSomebodyElseLeftForTheKnownProfileIsOver) {
+    m_store.PutSetting(pkey::cActivePresetPid, cGamesProfile);
+    ASSERT_EQ(result::cOk, m_client->SetDemoProfileAndEnable(240, true));
+    m_store.PutSetting(pkey::cActivePresetPid, cGamesProfile);
+    m_store.PutSetting(pkey::cActivePresetPid, cMovieProfile);
+    EXPECT_EQ("", m_client.Pass());
+    EXPECT_EQ(KORA4_S_DEMO_MODE_ACTIVE, m_client->RevertFromDemoMode());
+}
+
 TEST_F(ClientOperations, AForeignSwitchBetweenDemosKeepsTheDemo) {
     ASSERT_EQ(m_client->SetDemoProfileAndEnable(240, true), result::cOk);
     m_store.PutSetting(pkey::cActivePresetPid, 242);
@@ -337,13 +350,46 @@ TEST_F(ClientOperations, TheProfileTableNamesTheCustomProfiles) {
     EXPECT_EQ(std::u16string(eight.Get()), u"");
 }
 
-TEST_F(ClientOperations, AFailedTableReadHandsOutNothing) {
-    ASSERT_EQ(m_client->CreateCustomProfile(3, u"one"), result::cOk);
-    m_store.m_access.Put(eKeySetStatic, ProfileNameKey(8), test::Unreadable{});
+TEST(ClientStart, ReadsEachValueOnce) {
+    for (const std::uint32_t profile : {cMovieProfile, cDemoMusicProfile, 100u}) {
+        TestStore store;
+        store.PutSetting(pkey::cActivePresetPid, profile);
+        TestClient client(store);
+        ASSERT_EQ(result::cOk, client.Start());
+        std::vector<std::string> log = store.m_access.Log();
+        // The trigger words of no technology are read too; their keys are those of others.
+        for (const PropertyKey& key :
+             {PresetTriggerKey(ePresetNoTech), GlobalTriggerKey(eGlobalNoTech)})
+            log.erase(std::find(log.begin(), log.end(), test::ReadEntry(eKeySetDynamic, key)));
+        std::ranges::sort(log);
+        const auto twice = std::ranges::adjacent_find(log);
+        EXPECT_TRUE(twice == log.end()) << *twice << " in profile " << profile;
+    }
+}
+
+TEST(ClientStart, TakesTheStoredSwitchesOfADemoProfile) {
+    TestStore store;
+    store.PutSetting(pkey::cActivePresetPid, cDemoMovieProfile);
+    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 0);
+    TestClient client(store);
+    ASSERT_EQ(result::cOk, client.Start());
+    EXPECT_EQ("", client.Pass());
+    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 1);
+    EXPECT_EQ("flag1=1;", client.Pass());
+}
+
+TEST_F(ClientOperations, AFailedTableReadHandsOutTheNamesBeforeIt) {
+    ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(3, u"one"));
+    ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(5, u"three"));
+    m_store.m_access.Put(eKeySetStatic, ProfileNameKey(4), test::Unreadable{});
+    char16_t junk = 0;
     char16_t* names[9];
-    EXPECT_EQ(m_client->GetProfileTable(names), result::cFail);
-    for (const char16_t* name : names)
-        EXPECT_EQ(name, nullptr);
+    std::fill(std::begin(names), std::end(names), &junk);
+    EXPECT_EQ(result::cFail, m_client->GetProfileTable(names));
+    const TaskPtr<char16_t> one(names[3]);
+    EXPECT_EQ(u"one", std::u16string(one.Get()));
+    for (const int empty : {0, 1, 2, 4, 5, 6, 7, 8})
+        EXPECT_EQ(nullptr, names[empty]) << empty;
 }
 
 TEST_F(ClientOperations, EnableReadsAnyNonZeroNumberAsOn) {
