@@ -12,18 +12,20 @@ constexpr char cTag[] = "KORA4UIKeysClient";
 
 struct ApiTechnologyRow {
     KORA4PresetTechnology presetTech;
-    std::uint32_t size;   // of the API value, bytes
-    std::size_t working;  // where PatchRecords has it
+    std::uint32_t size;  // of the API value, bytes
+    RecordPart working;  // where PatchRecords has it
 };
 
 // Indexed by API technology.
 constexpr ApiTechnologyRow cApiTechnologies[] = {
-    {eVolumeTech, 4, offsetof(PatchRecords, volume.amount)},
-    {eStandardEQTech, sizeof(ApiGraphicEQ), offsetof(PatchRecords, standardEQ)},
-    {eDynamicEQTech, 4, offsetof(PatchRecords, dynamicEQ.curveIndex)},
-    {eEnhancementTech, 4, offsetof(PatchRecords, enhancement.amount)},
-    {eHeadphoneTech, 4, offsetof(PatchRecords, headphone.surroundBoost)},
-    {eVirtualSurroundTech, 4, offsetof(PatchRecords, virtualSurround.surroundBoost)},
+    {eVolumeTech, 4, {offsetof(PatchRecords, volume.amount), 4}},
+    {eStandardEQTech,
+     sizeof(ApiGraphicEQ),
+     {offsetof(PatchRecords, standardEQ), sizeof(StandardEQPatch)}},
+    {eDynamicEQTech, 4, {offsetof(PatchRecords, dynamicEQ.curveIndex), 4}},
+    {eEnhancementTech, 4, {offsetof(PatchRecords, enhancement.amount), 4}},
+    {eHeadphoneTech, 4, {offsetof(PatchRecords, headphone.surroundBoost), 4}},
+    {eVirtualSurroundTech, 4, {offsetof(PatchRecords, virtualSurround.surroundBoost), 4}},
 };
 constexpr std::size_t cApiTechnologyCount = std::size(cApiTechnologies);
 static_assert(cApiTechnologyCount ==
@@ -99,6 +101,11 @@ HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
     return hr = result::cOk;
 }
 
+RecordPart WorkingPartOf(ApiTechnology technology) {
+    const ApiTechnologyRow* pRow = RowOf(technology);
+    return pRow ? pRow->working : RecordPart{};
+}
+
 HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                    void* pValue) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ToASLPatch"};
@@ -113,7 +120,7 @@ HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::u
         StandardEQToApi(records.standardEQ, &eq);
         std::memcpy(pValue, &eq, sizeof eq);
     } else if (pRow) {
-        std::memcpy(pValue, reinterpret_cast<const char*>(&records) + pRow->working,
+        std::memcpy(pValue, reinterpret_cast<const char*>(&records) + pRow->working.begin,
                     pRow->size);
     }
     return hr = result::cOk;
@@ -133,7 +140,8 @@ HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint3
         std::memcpy(&eq, pValue, sizeof eq);
         StandardEQFromApi(records.standardEQ, eq);
     } else if (pRow) {
-        std::memcpy(reinterpret_cast<char*>(&records) + pRow->working, pValue, pRow->size);
+        std::memcpy(reinterpret_cast<char*>(&records) + pRow->working.begin, pValue,
+                    pRow->size);
     }
     return hr = result::cOk;
 }

@@ -68,9 +68,9 @@ HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bo
                                        "KORA4UIKeysClient::SetDemoProfileAndEnable"};
     return Operate(cSite, __LINE__, IsDemoProfile(demoProfile), [&] {
         const std::uint32_t current = ReadActivePreset();
-        const EnableWrite enableWrite{ReadMasterEnable(), enable};
         if (IsDemoProfile(current) && !m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
+        const EnableWrite enableWrite{ReadMasterEnable(), enable};
         const HRESULT hr = ProfileStateChange(current, demoProfile, &enableWrite);
         if (result::Succeeded(hr)) {
             // From one demo to another the first saved state is kept.

@@ -97,8 +97,12 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
     return Operate(cSite, __LINE__, argumentsGood, [&] {
         // The flag and the fields that the caller does not set are those of the store.
         const std::uint32_t profile = ReadActivePreset();
-        HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile, IsDemoProfile(profile),
-                                               presetTech);
+        const bool isDemo = IsDemoProfile(profile);
+        HRESULT hr =
+            m_patches.LoadPresetPatchEnable(*m_pKeyAccess, profile, isDemo, presetTech);
+        if (result::Succeeded(hr))
+            hr = m_patches.LoadPresetPatchData(*m_pKeyAccess, profile, isDemo, presetTech,
+                                               WorkingPartOf(technology));
         if (result::Succeeded(hr))
             hr = FromASLPatch(m_patches.m_records, technology, size, pValue);
         if (result::Succeeded(hr))
