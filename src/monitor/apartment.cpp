@@ -18,18 +18,18 @@ struct Apartment {
 Apartment AskForApartment() {
     Apartment apartment;
     const ApartmentCalls* const pCalls = s_pCalls.load();
-    const HRESULT hr = (pCalls ? pCalls->getType : &CoGetApartmentType)(&apartment.type,
-                                                                        &apartment.qualifier);
+    const HRESULT hr =
+        (pCalls ? pCalls->getType : &CoGetApartmentType)(&apartment.type, &apartment.qualifier);
     return SUCCEEDED(hr) ? apartment : Apartment{};
 }
 
 HRESULT ComWait(const Apartment& apartment, const HANDLE* handles, DWORD count,
                 DWORD milliseconds, DWORD* pIndex) {
     // The wait of any other single-threaded apartment dispatches calls unasked.
-    const DWORD flags = apartment.IsSingleThreaded() &&
-                                apartment.qualifier == APTTYPEQUALIFIER_APPLICATION_STA
-                            ? COWAIT_DISPATCH_CALLS
-                            : COWAIT_DEFAULT;
+    const DWORD flags =
+        apartment.IsSingleThreaded() && apartment.qualifier == APTTYPEQUALIFIER_APPLICATION_STA
+            ? COWAIT_DISPATCH_CALLS
+            : COWAIT_DEFAULT;
     const ApartmentCalls* const pCalls = s_pCalls.load();
     return (pCalls ? pCalls->wait : &CoWaitForMultipleHandles)(
         flags, milliseconds, count, const_cast<HANDLE*>(handles), pIndex);

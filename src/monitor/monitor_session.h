@@ -29,8 +29,9 @@ namespace kora4 {
 //
 // And it keeps what the thread holds: its gate, its share of the gate's factory, the watched
 // key and the change event. Only the thread touches them. What a thread held that was ended
-// by force, another one gives back; the dead thread's place in the multithreaded apartment
-// cannot be given back by anybody, so that apartment then lasts as long as the process.
+// by force, another one gives back. Two things nobody can give back: the dead thread's place
+// in the multithreaded apartment, which then lasts as long as the process, and what the
+// platform held for a call that the thread was in.
 class MonitorSession {
   public:
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}

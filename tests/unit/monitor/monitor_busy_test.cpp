@@ -57,9 +57,8 @@ constexpr int cForEver = MAXLONG;
 class BusyOwner : public testing::Test {
   protected:
     // In a single-threaded apartment: no other has a filter.
-    void Run(int refused,
-             const std::function<void(TestKey&, RecordingClient&, MonitorOwner&,
-                                      RefusingFilter&)>& body) {
+    void Run(int refused, const std::function<void(TestKey&, RecordingClient&, MonitorOwner&,
+                                                   RefusingFilter&)>& body) {
         RunIn(Apartment::eSingle, [&] {
             TestKey key;
             RecordingClient client;
@@ -101,21 +100,21 @@ TEST_F(BusyOwner, IsCalledLessAndLessOften) {
 
 // Many changes while no call is let in: one call sees the last.
 TEST_F(BusyOwner, LosesNoChangeMadeWhileItIsBusy) {
-    Run(cForEver, [](TestKey& key, RecordingClient& client, MonitorOwner&,
-                     RefusingFilter& filter) {
-        DWORD seen = 0;
-        client.hook = [&] { seen = key.Read(); };
-        DWORD last = key.Write();
-        ASSERT_TRUE(filter.AwaitRefusal());
-        filter.onRefusal = [&] { last = key.Write(); };
-        for (int i = 0; i < 5; ++i)
+    Run(cForEver,
+        [](TestKey& key, RecordingClient& client, MonitorOwner&, RefusingFilter& filter) {
+            DWORD seen = 0;
+            client.hook = [&] { seen = key.Read(); };
+            DWORD last = key.Write();
             ASSERT_TRUE(filter.AwaitRefusal());
-        last = key.Write();
-        filter.LetIn();
-        while (seen != last)
-            ASSERT_TRUE(client.AwaitCall(true)) << seen << " of " << last;
-        EXPECT_GE(2, client.calls);
-    });
+            filter.onRefusal = [&] { last = key.Write(); };
+            for (int i = 0; i < 5; ++i)
+                ASSERT_TRUE(filter.AwaitRefusal());
+            last = key.Write();
+            filter.LetIn();
+            while (seen != last)
+                ASSERT_TRUE(client.AwaitCall(true)) << seen << " of " << last;
+            EXPECT_GE(2, client.calls);
+        });
 }
 
 TEST_F(BusyOwner, HearsOfTheNextChangeToo) {
