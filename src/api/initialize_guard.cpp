@@ -30,7 +30,7 @@ bool InitializeGuard::Enter(HRESULT* phr) {
     return false;
 }
 
-// E_FAIL when the wait fails, which it does with a handle only that somebody closed.
+// E_FAIL when the wait fails, as it does when somebody has closed the handle.
 HRESULT InitializeGuard::Await(Waiter& waiter) {
     const HANDLE event = waiter.event.Get();
     WaitLettingCallsIn(&event, 1, INFINITE);

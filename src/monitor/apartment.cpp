@@ -91,9 +91,9 @@ DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds)
             return WAIT_OBJECT_0 + index;
         if (hr == RPC_S_CALLPENDING)
             return WAIT_TIMEOUT;
-        // Without an apartment there are no calls to let in. With one, the filter may break
-        // every wait off before the handles are asked.
-        const bool isPlain = hr == CO_E_NOTINITIALIZED;
+        // In the multithreaded apartment, or in none, there are no calls to let in. In another
+        // the filter may break every wait off before the handles are asked.
+        const bool isPlain = apartment.type == APTTYPE_MTA;
         const DWORD result = WaitForMultipleObjects(
             count, handles, FALSE, isPlain ? left : std::min(left, cPlainMilliseconds));
         if (isPlain || result != WAIT_TIMEOUT)

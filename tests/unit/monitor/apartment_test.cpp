@@ -85,7 +85,7 @@ TEST(WaitInApartment, IsTriedAgainWhenItFails) {
     EXPECT_EQ(4u, platform.flags.size());
 }
 
-TEST(WaitInApartment, IsAPlainOneWithoutAnApartment) {
+TEST(WaitInApartment, IsAPlainOneWhereNoCallsComeIn) {
     Platform platform{APTTYPE_MTA, APTTYPEQUALIFIER_NONE, {CO_E_NOTINITIALIZED}, {}};
     EXPECT_EQ(WAIT_TIMEOUT, WaitOn(platform, 50));
     EXPECT_EQ(1u, platform.flags.size());

@@ -84,6 +84,7 @@ TEST_P(MonitorStopByForce, EndsAThreadThatCannotEndByItself) {
         EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), exitCode);
         EXPECT_FALSE(monitor->IsMonitoring());
     });
+    EXPECT_FALSE(Module::IsLocked());
 }
 
 TEST_P(MonitorStopByForce, GivesBackWhatTheThreadHeld) {
@@ -102,7 +103,8 @@ TEST_P(MonitorStopByForce, GivesBackWhatTheThreadHeld) {
         EXPECT_FALSE(IsOpen(watched));
         EXPECT_FALSE(IsOpen(changeEvent));
         EXPECT_EQ(1u, monitor.References());
-        EXPECT_FALSE(IsFactoryFound());
+        // Left there, it would lock the module.
+        RunInNewThread(Apartment::eMulti, [] { EXPECT_FALSE(IsFactoryFound()); });
         // It can be started again.
         ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.Write();
