@@ -97,6 +97,11 @@ void ReplaceSetting(Bare& bare, const Value& value, std::uint32_t number) {
     bare.SetNumber(value, number);
 }
 
+void ToggleSetting(Bare& bare, const Value& value) {
+    const Hold hold(bare);
+    bare.SetNumber(value, bare.Number(value) == 0);
+}
+
 void SwitchProfile(Bare& bare, std::uint32_t profile) {
     const Hold hold(bare);
     bare.Number(bare.Store().profile);

@@ -14,6 +14,7 @@ void GetSetting(Bare& bare, const Value& value);
 void SetSetting(Bare& bare, const Value& value, std::uint32_t number);
 // The same where the old number matters too.
 void ReplaceSetting(Bare& bare, const Value& value, std::uint32_t number);
+void ToggleSetting(Bare& bare, const Value& value);
 
 void SwitchProfile(Bare& bare, std::uint32_t profile);
 void Revert(Bare& bare);

@@ -160,7 +160,7 @@ std::vector<Case> EngineCases() {
              BOOL enable = FALSE;
              return s.pApi->ToggleVeltoEnable(&enable);
          },
-         [](S s) { bare::ReplaceSetting(s.bare, s.place.enable, s.round % 2); }},
+         [](S s) { bare::ToggleSetting(s.bare, s.place.enable); }},
     };
 }
 
