@@ -19,7 +19,7 @@ void MeasureAll(const Extent& extent, Results& results) {
     Place twin = Place::Twin();
     place.Fill();
     Say("memory");
-    const Library library = MeasureMemory(extent, results);
+    const Library library = MeasureMemory(results);
     Say("methods");
     MeasureMethods(library, place, extent, results);
     Say("objects that come and go");

@@ -9,7 +9,7 @@
 namespace kora4::bench {
 
 // Must be the first: loads the library, and sees what that takes.
-Library MeasureMemory(const Extent& extent, Results& results);
+Library MeasureMemory(Results& results);
 
 void MeasureMethods(const Library& library, Place& place, const Extent& extent,
                     Results& results);
