@@ -31,11 +31,13 @@ sub read_json {
 sub rows_of {
     my ($data) = @_;
     return @{$data->{rows}} if $data->{rows};
+    my @all = @{$data->{benchmarks} // []};
+    my @medians = grep { ($_->{aggregate_name} // '') eq 'median' } @all;
     return map {
         die "report.pl: $_->{name}: $_->{error_message}\n" if $_->{error_occurred};
-        {group => 'own processor time', name => $_->{name} =~ s/_median$//r, unit => 'us',
+        {group => 'own processor time', name => $_->{run_name} // $_->{name}, unit => 'us',
          value => $_->{cpu_time} / 1000}
-    } grep { ($_->{aggregate_name} // 'median') eq 'median' } @{$data->{benchmarks} // []};
+    } @medians ? @medians : @all;
 }
 
 my @rows = map { rows_of(read_json($_)) } @files;
@@ -108,7 +110,7 @@ sub figure {
     my ($number) = @_;
     my $size = abs $number;
     return sprintf($size == 0 || $size >= 1000 ? '%.0f' : $size >= 100 ? '%.1f'
-        : $size >= 0.1 ? '%.2f' : '%.4f', $number);
+        : $size >= 10 ? '%.2f' : $size >= 0.1 ? '%.3f' : '%.4f', $number);
 }
 
 my @verdicts;

@@ -52,7 +52,9 @@ processor=$(($(nproc) - 1))
   # Server and clients take turns on one processor: across two, the time of a call to the
   # server says more of their caches and wake-ups than of the call.
   on_processor "$processor" "$wineserver" -p60
-  say "measuring, $(nproc) processors, load $(cut -d ' ' -f 1-3 /proc/loadavg)"
+  read -r load _ </proc/loadavg
+  say "measuring; the load of the machine is $load"
+  [ "${load%.*}" = 0 ] || say "other programs run: 99th percentiles and long calls will be off"
   on_processor "$processor" "$root/build/bench/bin/kora4_bench_native" "${native[@]}" \
     --benchmark_out="$work/native.json" --benchmark_out_format=json >"$work/native.log" 2>&1 ||
     die "the native benchmarks fail; see build/bench/work/native.log."

@@ -30,6 +30,24 @@ double FileKilobytes(const std::wstring& path) {
     return static_cast<double>(data.nFileSizeLow) / 1024;
 }
 
+// Of a thread that does nothing but wait, as an object's monitor does.
+double ThreadKilobytes() {
+    const UniqueHandle stop(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const auto wait = [](void* pEvent) -> DWORD {
+        return WaitForSingleObject(pEvent, INFINITE);
+    };
+    std::vector<UniqueHandle> threads;
+    const double before = PrivateKilobytes();
+    while (threads.size() < cManyObjects)
+        threads.emplace_back(CreateThread(nullptr, 0, wait, stop.Get(), 0, nullptr));
+    Sleep(200);
+    const double each = (PrivateKilobytes() - before) / cManyObjects;
+    SetEvent(stop.Get());
+    for (const UniqueHandle& thread : threads)
+        WaitForSingleObject(thread.Get(), INFINITE);
+    return each;
+}
+
 }  // namespace
 
 Library MeasureMemory(Results& results) {
@@ -47,6 +65,7 @@ Library MeasureMemory(Results& results) {
     results.Value(group, "QXA64T.dll, loaded", "KB", loaded - before);
     results.Value(group, "first object, with what COM makes for it", "KB", first - loaded);
     results.Value(group, "one more idle object", "KB", (many - first) / cManyObjects);
+    results.Value(group, "one more waiting thread, without an object", "KB", ThreadKilobytes());
     results.Value(group, "50 more idle objects", "KB", many - first);
     return library;
 }
