@@ -17,7 +17,7 @@ constexpr char cSilent[] = "";
 // The kind of a query is that of the value.
 constexpr char cQuery[] = "query";
 
-const std::map<std::string_view, const char*>& Kinds() {
+const std::map<std::string_view, const char*>& KindsByFunction() {
     static const std::map<std::string_view, const char*> kinds = {
         {"RegQueryValueExW", cQuery},
         {"RegSetKeyValueW", call::cSet},
@@ -85,8 +85,8 @@ const std::map<std::string_view, const char*>& Kinds() {
 }
 
 const char* KindOf(const char* dll, const char* function) {
-    const auto found = Kinds().find(function);
-    if (found != Kinds().end())
+    const auto found = KindsByFunction().find(function);
+    if (found != KindsByFunction().end())
         return found->second;
     // Of the C run-time only the allocations count, of the stubs nothing: they are the
     // other half of a call that is counted where it is made.
@@ -329,12 +329,31 @@ std::vector<ImportedCall> ImportHook::Calls() const {
     return calls;
 }
 
-CallList ImportHook::CallsOf(DWORD thread) const {
+CallList ImportHook::Kinds(bool own) const {
     CallList list;
     for (const ImportedCall& imported : Calls())
-        if (imported.thread == thread)
+        if ((imported.thread == GetCurrentThreadId()) == own)
             list.push_back(imported.kind);
     return list;
+}
+
+CallList ImportHook::OwnCalls() const {
+    return Kinds(true);
+}
+
+CallList ImportHook::OtherCalls() const {
+    return Kinds(false);
+}
+
+bool ImportHook::AwaitRest() const {
+    const ULONGLONG end = GetTickCount64() + 10000;
+    for (CallList others = OtherCalls(); others.empty() || others.back() != call::cWait;
+         others = OtherCalls()) {
+        if (GetTickCount64() > end)
+            return false;
+        Sleep(10);
+    }
+    return true;
 }
 
 }  // namespace kora4::bench

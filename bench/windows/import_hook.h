@@ -35,11 +35,17 @@ class ImportHook {
     // What was noted since the last Start, in order. A good time to ask is after Stop, or
     // when the threads in question are at rest.
     std::vector<ImportedCall> Calls() const;
-    // The kinds of one thread's calls, in order.
-    CallList CallsOf(DWORD thread) const;
+    // The kinds of the calling thread's calls, in order, and those of all other threads.
+    CallList OwnCalls() const;
+    CallList OtherCalls() const;
+    // Until the last call of another thread is a wait: an object's monitor, and nothing else
+    // runs, has done what it had to. False when it takes more than ten seconds.
+    bool AwaitRest() const;
 
   private:
     struct Thunks;
+
+    CallList Kinds(bool own) const;
 
     std::unique_ptr<Thunks> m_thunks;
 };

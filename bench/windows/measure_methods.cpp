@@ -50,7 +50,7 @@ void CountLines(const Library& library, Scene& scene, std::vector<Measured>& all
         if (measured.method.call(scene) != measured.method.expected)
             Fail(std::string(measured.method.name) + " answers something else");
         hook.Stop();
-        const CallList calls = hook.CallsOf(GetCurrentThreadId());
+        const CallList calls = hook.OwnCalls();
         measured.lines = static_cast<std::size_t>(std::ranges::count(calls, call::cLine));
     }
 }

@@ -104,11 +104,12 @@ void MeasureIniFile(const Library& library, const Extent& extent, Results& resul
 
 void MeasureIdling(const Library& library, const Extent& extent, Results& results) {
     const DWORD seconds = extent.smoke ? 1 : 60;
-    const ComPtr<IVeltoKORA4API> spApi = library.Initialized();
-    const UniqueHandle never(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    // Until the monitor's thread waits.
-    PumpUntil(never.Get(), 200);
     ImportHook hook(library.Module());
+    hook.Start();
+    const ComPtr<IVeltoKORA4API> spApi = library.Initialized();
+    if (!hook.AwaitRest())
+        Fail("the monitor does not come to rest");
+    const UniqueHandle never(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     hook.Start();
     PumpUntil(never.Get(), seconds * 1000);
     hook.Stop();

@@ -119,18 +119,8 @@ class PlatformCalls : public testing::Test {
         m_hook.Stop();
         Put(m_place.traceWord, cNoTrace);
         m_library.Initialized();
-        const CallList calls = OwnCalls();
+        const CallList calls = m_hook.OwnCalls();
         return static_cast<std::size_t>(std::ranges::count(calls, bench::call::cLine));
-    }
-
-    CallList OwnCalls() { return m_hook.CallsOf(GetCurrentThreadId()); }
-    // Those of the one other thread.
-    CallList OtherCalls() {
-        CallList list;
-        for (const ImportedCall& imported : m_hook.Calls())
-            if (imported.thread != GetCurrentThreadId())
-                list.push_back(imported.kind);
-        return list;
     }
 
     void Expect(const std::string& name, const CallList& calls, const std::string& beyond,
@@ -166,7 +156,7 @@ TEST_F(PlatformCalls, OfEveryMethodAreThoseOfTheDocument) {
         const HRESULT hr = method.call(scene);
         m_hook.Stop();
         EXPECT_EQ(method.expected, hr);
-        const CallList made = OwnCalls();
+        const CallList made = m_hook.OwnCalls();
 
         CallList needed;
         if (method.prepare)
@@ -185,24 +175,26 @@ TEST_F(PlatformCalls, OfTheLifeOfAnObjectAreThoseOfTheDocument) {
     m_hook.Start();
     ComPtr<IVeltoKORA4API> spApi = m_library.Create();
     m_hook.Stop();
-    Expect("creation", OwnCalls(), "none");
+    Expect("creation", m_hook.OwnCalls(), "none");
 
     m_hook.Start();
     EXPECT_EQ(S_OK, spApi->Initialize());
+    EXPECT_TRUE(m_hook.AwaitRest());
     m_hook.Stop();
     CallList needed;
     Bare bare(m_place);
     bare.RecordTo(&needed);
     bare.Number(m_place.traceWord);
     bench::bare::LoadAll(bare);
-    Expect("Initialize", OwnCalls(), Beyond(Queries(OwnCalls()), Queries(needed)));
-    Expect("Initialize, monitor thread", OtherCalls(), "none");
+    Expect("Initialize", m_hook.OwnCalls(),
+           Beyond(Queries(m_hook.OwnCalls()), Queries(needed)));
+    Expect("Initialize, monitor thread", m_hook.OtherCalls(), "none");
 
     m_hook.Start();
     spApi.Reset();
     m_hook.Stop();
-    Expect("Release", OwnCalls(), "none");
-    Expect("Release, monitor thread", OtherCalls(), "none");
+    Expect("Release", m_hook.OwnCalls(), "none");
+    Expect("Release, monitor thread", m_hook.OtherCalls(), "none");
 }
 
 class PassCalls : public PlatformCalls {
@@ -219,7 +211,6 @@ class PassCalls : public PlatformCalls {
         const UniqueHandle never(CreateEventW(nullptr, FALSE, FALSE, nullptr));
         while (!HasPassed() && GetTickCount64() < end)
             bench::PumpUntil(never.Get(), 20);
-        bench::PumpUntil(never.Get(), 100);
         m_hook.Stop();
         ASSERT_TRUE(HasPassed());
     }
@@ -229,7 +220,7 @@ class PassCalls : public PlatformCalls {
         Bare bare(m_place);
         bare.RecordTo(&needed);
         bench::bare::Analyse(bare, static_cast<KORA4PresetTechnology>(changed));
-        Expect(name, OwnCalls(), Beyond(OwnCalls(), needed));
+        Expect(name, m_hook.OwnCalls(), Beyond(m_hook.OwnCalls(), needed));
     }
 
     void Bump(const bench::Value& counter) { Put(counter, bench::Get(counter, 0) + 1); }
@@ -237,11 +228,11 @@ class PassCalls : public PlatformCalls {
     Told m_told;
 
   private:
-    bool HasPassed() {
-        const CallList own = OwnCalls();
-        const CallList other = OtherCalls();
-        return std::ranges::count(own, bench::call::cRelease) == 1 &&
-               std::ranges::count(other, bench::call::cArm) == 1;
+    // The monitor has called the object, and waits again.
+    bool HasPassed() const {
+        const CallList others = m_hook.OtherCalls();
+        return std::ranges::count(others, bench::call::cCom) == 1 &&
+               others.back() == bench::call::cWait;
     }
 };
 
@@ -252,7 +243,7 @@ TEST_F(PassCalls, AreThoseOfTheDocument) {
     // A value that no object looks at, below the watched key.
     MakePass([&] { Put(m_place.dynamicSwitch, 7); });
     EXPECT_EQ(0, m_told.m_calls);
-    Expect("a change, monitor thread", OtherCalls(), "none");
+    Expect("a change, monitor thread", m_hook.OtherCalls(), "none");
     ExpectPass("pass that finds nothing", ePresetNoTech);
 
     MakePass([&] { Put(m_place.Patch(cMovieProfile, eVolumeTech).flag, 0); });
@@ -275,15 +266,16 @@ TEST_F(PassCalls, AreThoseOfTheDocument) {
 // The watch costs nothing while nothing changes.
 TEST_F(PassCalls, AreNoneWhileNothingChanges) {
     constexpr DWORD cIdleMilliseconds = 3000;
+    m_hook.Start();
     const ComPtr<IVeltoKORA4API> spApi = m_library.Initialized();
     spApi->RegisterChangeNotifications(&m_told);
+    ASSERT_TRUE(m_hook.AwaitRest());
     const UniqueHandle never(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    bench::PumpUntil(never.Get(), 100);
     m_hook.Start();
     bench::PumpUntil(never.Get(), cIdleMilliseconds);
     m_hook.Stop();
-    EXPECT_EQ("none", bench::Written(OwnCalls()));
-    EXPECT_EQ("none", bench::Written(OtherCalls()));
+    EXPECT_EQ("none", bench::Written(m_hook.OwnCalls()));
+    EXPECT_EQ("none", bench::Written(m_hook.OtherCalls()));
     spApi->UnregisterChangeNotifications();
 }
 
