@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <regex>
 #include <set>
 #include <string>
 #include <utility>
@@ -94,6 +95,26 @@ class EveryRow final : public testing::Environment {
         EXPECT_FALSE(DocumentedCalls().rows.empty());
         for (const Row& row : DocumentedCalls().rows)
             EXPECT_TRUE(s_compared.contains(row.front())) << row.front();
+        for (const std::string& method : Methods())
+            EXPECT_TRUE(std::ranges::any_of(
+                s_compared,
+                [&](const std::string& name) {
+                    return name.substr(0, name.find_first_of(" ,")) == method;
+                }))
+                << method << " has no row";
+    }
+
+  private:
+    static std::vector<std::string> Methods() {
+        const std::string idl = ReadProjectFile("idl/veltokora4api.idl");
+        const std::string interface = idl.substr(idl.find("interface IVeltoKORA4API :"));
+        static const std::regex cMethod(R"(\n    HRESULT (\w+)\()");
+        std::vector<std::string> names;
+        for (std::sregex_iterator i(interface.begin(), interface.end(), cMethod), end; i != end;
+             ++i)
+            names.push_back((*i)[1]);
+        EXPECT_EQ(30u, names.size());
+        return names;
     }
 };
 
