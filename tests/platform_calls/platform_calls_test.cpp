@@ -107,10 +107,10 @@ class EveryRow final : public testing::Environment {
   private:
     static std::vector<std::string> Methods() {
         const std::string idl = ReadProjectFile("idl/veltokora4api.idl");
-        const std::string interface = idl.substr(idl.find("interface IVeltoKORA4API :"));
+        const std::string methods = idl.substr(idl.find("interface IVeltoKORA4API :"));
         static const std::regex cMethod(R"(\n    HRESULT (\w+)\()");
         std::vector<std::string> names;
-        for (std::sregex_iterator i(interface.begin(), interface.end(), cMethod), end; i != end;
+        for (std::sregex_iterator i(methods.begin(), methods.end(), cMethod), end; i != end;
              ++i)
             names.push_back((*i)[1]);
         EXPECT_EQ(30u, names.size());
