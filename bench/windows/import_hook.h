@@ -15,8 +15,8 @@ namespace kora4::bench {
 struct ImportedCall {
     std::string kind;
     DWORD thread;
-    std::wstring value;  // of a query: the name of the value
-    HKEY key;            // of a query
+    std::wstring value;  // of a query: the name of the value, and where it is
+    HKEY key;
 };
 
 // While it lives, calls that leave the module are noted between Start and Stop, from whatever

@@ -1,13 +1,15 @@
 // kora4_bench --out FILE [--smoke]: measures the library beside the program, and writes the
 // figures as JSON. scripts/bench.sh pins it, and puts the figures into words.
 #include <cstdio>
-#include <cstring>
+#include <string>
 
 #include "windows/measure.h"
 
 namespace {
 
 using namespace kora4::bench;
+
+constexpr char cUsage[] = "use: kora4_bench --out FILE [--smoke]";
 
 void Say(const char* what) {
     std::fprintf(stderr, "   %s\n", what);
@@ -53,10 +55,10 @@ int wmain(int count, wchar_t** arguments) {
         else if (argument == L"--out" && hasNext)
             out = arguments[++i];
         else
-            out.clear(), i = count;
+            Fail(cUsage);
     }
     if (out.empty())
-        Fail("use: kora4_bench --out FILE [--smoke]");
+        Fail(cUsage);
     Results results;
     MeasureAll(extent, results);
     results.WriteTo(out);

@@ -144,6 +144,17 @@ class PlatformCalls : public testing::Test {
         return static_cast<std::size_t>(std::ranges::count(calls, bench::call::cLine));
     }
 
+    // A blob is asked for its size first.
+    void ExpectNoValueReadTwice() {
+        std::set<std::pair<HKEY, std::wstring>> read;
+        for (const ImportedCall& imported : m_hook.Calls()) {
+            if (!imported.key || imported.kind == bench::call::cBlob)
+                continue;
+            EXPECT_TRUE(read.insert({imported.key, imported.value}).second)
+                << std::string(imported.value.begin(), imported.value.end());
+        }
+    }
+
     void Expect(const std::string& name, const CallList& calls, const std::string& beyond,
                 std::size_t lines = 0) {
         EXPECT_EQ(Documented(name), RowOf(name, calls, beyond, lines));
@@ -178,6 +189,7 @@ TEST_F(PlatformCalls, OfEveryMethodAreThoseOfTheDocument) {
         m_hook.Stop();
         EXPECT_EQ(method.expected, hr);
         const CallList made = m_hook.OwnCalls();
+        ExpectNoValueReadTwice();
 
         CallList needed;
         if (method.prepare)
