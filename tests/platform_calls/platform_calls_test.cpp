@@ -214,6 +214,7 @@ TEST_F(PlatformCalls, OfTheLifeOfAnObjectAreThoseOfTheDocument) {
     EXPECT_EQ(S_OK, spApi->Initialize());
     EXPECT_TRUE(m_hook.AwaitRest());
     m_hook.Stop();
+    ExpectNoValueReadTwice();
     CallList needed;
     Bare bare(m_place);
     bare.RecordTo(&needed);
@@ -253,6 +254,7 @@ class PassCalls : public PlatformCalls {
         Bare bare(m_place);
         bare.RecordTo(&needed);
         bench::bare::Analyse(bare, static_cast<KORA4PresetTechnology>(changed));
+        ExpectNoValueReadTwice();
         Expect(name, m_hook.OwnCalls(), Beyond(m_hook.OwnCalls(), needed));
     }
 
