@@ -32,7 +32,8 @@ LSTATUS OpenItself(const RegKeyCalls& calls, HKEY parent, const wchar_t* pwPath,
     return calls.open(parent, pwPath, REG_OPTION_OPEN_LINK, access, key.Put());
 }
 
-// A key is a link from its creation on or never, so a handle that has passed stays good.
+// A key is a link from its creation on or never, so a handle that has passed stays good. One
+// that has no target yet passes too: nothing here follows it, so only the link gets the list.
 LSTATUS RefuseLink(HKEY hKey) {
     DWORD type = REG_NONE;
     const LSTATUS status =
