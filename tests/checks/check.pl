@@ -55,7 +55,8 @@ my %below = (
 );
 
 # The tools: their own rooms, and the tables of src/ that say what the store, the results and
-# the trace are. Never the library's code, for a tool is a client like any other.
+# the trace are, and the one way to the store's mutex. Never the library's code, for a tool is a
+# client like any other.
 my @shared_tools = qw(common registry schema);
 my %below_of_tools = (
     'common'   => [],
@@ -65,7 +66,7 @@ my %below_of_tools = (
     'kora4sim' => \@shared_tools,
 );
 my $tables_for_tools = join '|', qw(
-    store/model/[^/]+ store/patches/field_(tables|def) store/access/(registry_paths|named_mutex)
+    store/model/[^/]+ store/patches/field_(tables|def) store/access/(registry_paths|(named|open)_mutex)
     store/codec/array_text api/patch_limits trace/trace published/[^/]+);
 
 sub room_of {
@@ -131,7 +132,7 @@ sub is_pure {
     my ($file) = @_;
     return $file =~ m{^src/(trace/trace\.h$|published/)}
         || ($file =~ m{^src/store/}
-            && $file !~ m{^src/store/access/(reg_prop_keys_access\.|(named_mutex|task_memory)\.cpp$)});
+            && $file !~ m{^src/store/access/(reg_prop_keys_access\.|open_mutex\.h$|(named_mutex|task_memory)\.cpp$)});
 }
 
 sub pure {
