@@ -49,11 +49,11 @@ struct LineText::Conversion {
 void LineText::Append(const char* pFormat, ...) {
     std::va_list arguments;
     va_start(arguments, pFormat);
-    Append(pFormat, &arguments);
+    AppendList(pFormat, &arguments);
     va_end(arguments);
 }
 
-void LineText::Append(const char* pFormat, std::va_list* pArguments) {
+void LineText::AppendList(const char* pFormat, std::va_list* pArguments) {
     while (*pFormat != '\0') {
         if (*pFormat != '%') {
             Put(*pFormat++);

@@ -26,7 +26,7 @@ class LineText {
     LineText(const LineText&) = delete;
     LineText& operator=(const LineText&) = delete;
 
-    void Append(const char* pFormat, std::va_list* pArguments);
+    void AppendList(const char* pFormat, std::va_list* pArguments);
     void Append(const char* pFormat, ...);
     // Ends the line with a newline, unless it has one, and gives the whole of it.
     const char* End();

@@ -42,7 +42,7 @@ void Write(std::uint32_t flags, const Site& site, int line, const char* format, 
     text.Append(cHead, pBase, line, site.function);
     std::va_list arguments;
     va_start(arguments, format);
-    text.Append(format + (sizeof cHead - 1), &arguments);
+    text.AppendList(format + (sizeof cHead - 1), &arguments);
     va_end(arguments);
     const char* const pLine = text.End();
 
