@@ -11,17 +11,26 @@ namespace kora4::trace {
 namespace {
 
 constexpr std::size_t cFolderChars = sizeof cLogFolder - 1;
-constexpr std::size_t cDriveChars = 2;  // "C:", which a final path without its volume lacks
+constexpr std::size_t cDriveChars = 2;  // "C:", which the name of an opened file lacks
 constexpr DWORD cShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-constexpr char Folded(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+// The platform puts the name behind the structure.
+union FileName {
+    FILE_NAME_INFO info;
+    char room[sizeof(FILE_NAME_INFO) + MAX_PATH * sizeof(WCHAR)];
+};
+
+constexpr unsigned Folded(unsigned c) {
+    return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c;
 }
 
-bool IsSamePath(const char* pOne, const char* pOther) {
-    for (; *pOne != '\0' && Folded(*pOne) == Folded(*pOther); ++pOne)
-        ++pOther;
-    return Folded(*pOne) == Folded(*pOther);
+// Whether the name is this path, all of it.
+bool IsNameOf(const FILE_NAME_INFO& name, const char* pPath) {
+    std::size_t length = name.FileNameLength / sizeof name.FileName[0];
+    for (const WCHAR* pName = name.FileName; length > 0; --length, ++pName, ++pPath)
+        if (*pPath == '\0' || Folded(*pName) != Folded(static_cast<unsigned char>(*pPath)))
+            return false;
+    return *pPath == '\0';
 }
 
 // What stands at a path: a link there is opened itself.
@@ -43,22 +52,25 @@ class Opened {
 
     HANDLE Get() const { return m_handle; }
 
-    // Whether it was reached without any link. Wine resolves links by itself and shows them
-    // by the path alone, Windows shows one at the end of the path by its attribute.
+    // Whether it was reached without any link. Windows shows a link at the end of the path by
+    // its attribute; Wine resolves links by itself and shows them by the name alone.
     bool IsNoLink() const {
-        BY_HANDLE_FILE_INFORMATION information;
-        char path[MAX_PATH];
-        if (m_handle == INVALID_HANDLE_VALUE ||
-            !m_calls.pGetInformation(m_handle, &information) ||
-            (information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ||
-            information.nNumberOfLinks > 1)
-            return false;
-        const DWORD length = m_calls.pGetFinalPath(m_handle, path, sizeof path,
-                                                   VOLUME_NAME_NONE | FILE_NAME_OPENED);
-        return length != 0 && length < sizeof path && IsSamePath(path, m_pPath + cDriveChars);
+        FILE_BASIC_INFO basic;
+        FILE_STANDARD_INFO standard;
+        FileName name;
+        return m_handle != INVALID_HANDLE_VALUE &&
+               Tells(FileBasicInfo, &basic, sizeof basic) &&
+               (basic.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 &&
+               Tells(FileStandardInfo, &standard, sizeof standard) &&
+               standard.NumberOfLinks <= 1 && Tells(FileNameInfo, &name, sizeof name) &&
+               IsNameOf(name.info, m_pPath + cDriveChars);
     }
 
   private:
+    bool Tells(FILE_INFO_BY_HANDLE_CLASS about, void* pInformation, DWORD size) const {
+        return m_calls.pGetInformation(m_handle, about, pInformation, size) != FALSE;
+    }
+
     const FileCalls& m_calls;
     const char* const m_pPath;
     const HANDLE m_handle;

@@ -9,8 +9,7 @@ namespace kora4::trace {
 // The platform's calls, so that tests can show what no test machine has.
 struct FileCalls {
     decltype(&CreateFileA) pCreateFile = CreateFileA;
-    decltype(&GetFileInformationByHandle) pGetInformation = GetFileInformationByHandle;
-    decltype(&GetFinalPathNameByHandleA) pGetFinalPath = GetFinalPathNameByHandleA;
+    decltype(&GetFileInformationByHandleEx) pGetInformation = GetFileInformationByHandleEx;
     decltype(&WriteFile) pWriteFile = WriteFile;
     decltype(&CloseHandle) pCloseHandle = CloseHandle;
 };

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -69,25 +70,31 @@ HANDLE WINAPI Create(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUT
     return reinterpret_cast<HANDLE>(g_pPlatform->opened.size());
 }
 
-BOOL WINAPI Inform(HANDLE handle, LPBY_HANDLE_FILE_INFORMATION pInformation) {
-    *pInformation = {};
-    pInformation->nNumberOfLinks = g_pPlatform->named.contains(PathOf(handle)) ? 2 : 1;
-    if (g_pPlatform->links.contains(PathOf(handle)))
-        pInformation->dwFileAttributes = FILE_ATTRIBUTE_REPARSE_POINT;
-    g_pPlatform->calls.push_back("look at " + PathOf(handle));
+BOOL WINAPI Inform(HANDLE handle, FILE_INFO_BY_HANDLE_CLASS about, LPVOID pInformation,
+                   DWORD size) {
+    const std::string& path = PathOf(handle);
+    std::memset(pInformation, 0, size);
+    if (about == FileBasicInfo) {
+        g_pPlatform->calls.push_back("look at " + path);
+        auto* const pBasic = static_cast<FILE_BASIC_INFO*>(pInformation);
+        pBasic->FileAttributes = g_pPlatform->links.contains(path)
+                                     ? FILE_ATTRIBUTE_REPARSE_POINT
+                                     : FILE_ATTRIBUTE_ARCHIVE;
+    } else if (about == FileStandardInfo) {
+        auto* const pStandard = static_cast<FILE_STANDARD_INFO*>(pInformation);
+        pStandard->NumberOfLinks = g_pPlatform->named.contains(path) ? 2 : 1;
+    } else {
+        EXPECT_EQ(FileNameInfo, about);
+        if (g_pPlatform->mute.contains(path))
+            return FALSE;
+        auto* const pName = static_cast<FILE_NAME_INFO*>(pInformation);
+        const std::string name =
+            g_pPlatform->moved.contains(path) ? path.substr(2) + "x" : path.substr(2);
+        std::copy(name.begin(), name.end(), pName->FileName);
+        pName->FileNameLength = static_cast<DWORD>(2 * name.size());
+        EXPECT_LE(pName->FileNameLength + sizeof *pName, size);
+    }
     return TRUE;
-}
-
-DWORD WINAPI FinalPath(HANDLE handle, LPSTR path, DWORD size, DWORD flags) {
-    EXPECT_EQ(DWORD{VOLUME_NAME_NONE | FILE_NAME_OPENED}, flags);
-    if (g_pPlatform->mute.contains(PathOf(handle)))
-        return 0;
-    const std::string final = g_pPlatform->moved.contains(PathOf(handle))
-                                  ? "\\Elsewhere\\x.log"
-                                  : PathOf(handle).substr(2);
-    EXPECT_LT(final.size(), size);
-    std::memcpy(path, final.c_str(), final.size() + 1);
-    return static_cast<DWORD>(final.size());
 }
 
 BOOL WINAPI WriteText(HANDLE handle, LPCVOID text, DWORD length, LPDWORD, LPOVERLAPPED) {
@@ -109,7 +116,7 @@ class LogFileCalls : public testing::Test {
     std::vector<std::string> Calls() {
         m_platform.calls.clear();
         m_platform.opened.clear();
-        trace::AppendToLogs("KORA4ASL", "a\nb\n", {Create, Inform, FinalPath, WriteText, Close});
+        trace::AppendToLogs("KORA4ASL", "a\nb\n", {Create, Inform, WriteText, Close});
         return m_platform.calls;
     }
 
