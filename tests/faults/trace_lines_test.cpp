@@ -143,6 +143,27 @@ TEST_F(TraceLines, OfRefusalsCarryTheLineOfTheirMethod) {
               static_cast<std::ptrdiff_t>(refused.size()));
 }
 
+// --- the process tracker ----------------------------------------------------------------------
+
+// It stands at the lock of the callback: reading and setting values does not take it.
+TEST_F(TraceLines, OfTheProcessTrackerStandAroundRegistrationAndNotificationAlone) {
+    constexpr std::uint32_t cEntry = 0x10, cTracking = 0x200, cDelivery = 0x10000;
+    DriveEveryLine(cEntry | cTracking | cDelivery, m_output);
+    std::string method;
+    std::set<std::string> holders;
+    for (const TraceLine& line : ParseTrace(m_output.Log())) {
+        if (line.function.starts_with("CKORA4ASL::") && line.message != "<<" &&
+            !line.message.starts_with("<< "))
+            method = line.function;
+        if (line.function == "ProcessTrack::Enter" || line.function == "ProcessTrack::Leave")
+            holders.insert(method);
+    }
+    EXPECT_EQ((std::set<std::string>{"CKORA4ASL::OnKeyChangeNotify",
+                                     "CKORA4ASL::RegisterChangeNotifications",
+                                     "CKORA4ASL::UnregisterChangeNotifications"}),
+              holders);
+}
+
 // --- the files --------------------------------------------------------------------------------
 
 bool operator==(const TraceLine& a, const TraceLine& b) {
