@@ -23,7 +23,8 @@ inline constexpr char cMasterMaskOrigin[] =
 
 inline constexpr char cLockLine[] = "processID: 0x%08x threadID: 0x%08x threadProcID: 0x%08x";
 inline constexpr char cLockUse[] =
-    "It is held while a callback is registered or unregistered, and while the client is told of "
+    "It is held while a callback is registered or unregistered, and while the client is told "
+    "of "
     "changes; no other method takes it.";
 
 }  // namespace detail
@@ -221,10 +222,12 @@ inline constexpr TraceMessage cApiMessages[] = {
      "Return S_OK from callback methods."},
 
     // The process.
-    {"ProcessTrack::Enter", detail::cLockLine, trace::eProcessTracking, "process,thread,process",
-     "The lock of an object's callback was taken, on this thread.", detail::cLockUse, ""},
-    {"ProcessTrack::Leave", detail::cLockLine, trace::eProcessTracking, "process,thread,process",
-     "The lock of an object's callback is given up, on this thread.", detail::cLockUse, ""},
+    {"ProcessTrack::Enter", detail::cLockLine, trace::eProcessTracking,
+     "process,thread,process", "The lock of an object's callback was taken, on this thread.",
+     detail::cLockUse, ""},
+    {"ProcessTrack::Leave", detail::cLockLine, trace::eProcessTracking,
+     "process,thread,process", "The lock of an object's callback is given up, on this thread.",
+     detail::cLockUse, ""},
     {"ProcessTrack::ProcessTrack", "Process ID: %d\n", trace::eTrackerStartUp, "process",
      "An object was created in this process.", "", ""},
     {"ProcessTrack::ProcessTrack", "Error obtaining handle count\n", trace::eTrackerStartUp, "",

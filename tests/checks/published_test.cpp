@@ -121,10 +121,11 @@ TEST(PublishedTrace, HasAMeaningForEveryLineOfEveryFunction) {
 
 TEST(PublishedTrace, FindsOutALineWithoutAMeaning) {
     const auto findings = [](const std::string& source) {
-        return WithoutMeaning(TraceStatementsIn(
-            {{"src/new.cpp", "Site cSite{cTag, \"CKORA4ASL::GetActiveProfile\"}; "
-                             "Method cMethod{\"CKORA4ASL::SetVeltoEnable\"};" +
-                                 source}}));
+        return WithoutMeaning(
+            TraceStatementsIn({{"src/new.cpp",
+                                "Site cSite{cTag, \"CKORA4ASL::GetActiveProfile\"}; "
+                                "Method cMethod{\"CKORA4ASL::SetVeltoEnable\"};" +
+                                    source}}));
     };
     const auto one = [](const std::string& finding) {
         return std::vector<std::string>{"src/new.cpp:" + finding};
@@ -153,8 +154,9 @@ TEST(PublishedTrace, FindsOutALineOfAFunctionThatDoesNotWriteIt) {
     const std::string profile = "Site cSite{cTag, \"CKORA4ASL::GetActiveProfile\"};\n";
     const std::string table = "Method cMethod{\"CKORA4ASL::GetProfileTable\"};\n";
     EXPECT_TRUE(findings(helper + profile + "Tell(1, cSite);").empty());
-    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: CKORA4ASL::GetProfileTable: is %s"},
-              findings(helper + profile + "Tell(1, cSite);" + table + "Tell(2, cMethod.site);"));
+    EXPECT_EQ(
+        std::vector<std::string>{"src/new.cpp:1: CKORA4ASL::GetProfileTable: is %s"},
+        findings(helper + profile + "Tell(1, cSite);" + table + "Tell(2, cMethod.site);"));
     EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: nobody: is %s"}, findings(helper));
     EXPECT_EQ(std::vector<std::string>{"src/new.cpp:2: CKORA4ASL::GetProfileTable: is %s"},
               findings(table + "KALTRACE(m, cMethod.site, \" is %s\\n\", a);"));
@@ -256,8 +258,8 @@ TEST(TraceStatements, HandOverAValueForEachConversionThatTheTraceKnows) {
     for (const TraceStatement& statement : AllTraceStatements()) {
         const auto begin =
             std::sregex_iterator(statement.text.begin(), statement.text.end(), known);
-        const auto conversions = static_cast<std::size_t>(
-            std::distance(begin, std::sregex_iterator()));
+        const auto conversions =
+            static_cast<std::size_t>(std::distance(begin, std::sregex_iterator()));
         EXPECT_EQ(std::ranges::count(statement.text, '%'),
                   static_cast<std::ptrdiff_t>(conversions))
             << statement.place << " " << statement.text;

@@ -98,7 +98,8 @@ const std::vector<TraceSource>& TracingSources() {
     return sources;
 }
 
-// --- whose lines a statement writes -----------------------------------------------------------
+// --- whose lines a statement writes
+// -----------------------------------------------------------
 
 bool IsNameCharacter(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
@@ -251,12 +252,13 @@ TraceStatement StatementAt(const std::vector<TraceSource>& sources, const TraceS
     } else {
         one.mask = "trace::eAssertions";
         site = OnOneLine(arguments.at(0));
-        one.text = cAssertion + (kind == "KALASSERT" ? OnOneLine(arguments.at(1))
-                                                     : TextOf(arguments.at(2)));
+        one.text = cAssertion +
+                   (kind == "KALASSERT" ? OnOneLine(arguments.at(1)) : TextOf(arguments.at(2)));
     }
-    one.functions = site.empty() ? MethodsWithRule(source.text, at)
-                                 : FunctionFinder(sources, one.text == cNotInitialized)
-                                       .Find(source, site, at);
+    one.functions =
+        site.empty()
+            ? MethodsWithRule(source.text, at)
+            : FunctionFinder(sources, one.text == cNotInitialized).Find(source, site, at);
     return one;
 }
 

@@ -190,11 +190,11 @@ class Reader {
   private:
     void Take(const std::string& line) {
         int process = -1, index = -1;
-        const bool isLine =
-            line.size() == cLineBytes &&
-            std::sscanf(line.c_str(), "KORA4ASL:  123 Test::Write:%d %d", &process, &index) == 2 &&
-            process >= 0 && process < cProcesses && index >= 0 && index < m_lines &&
-            line == Line(process, index);
+        const bool isLine = line.size() == cLineBytes &&
+                            std::sscanf(line.c_str(), "KORA4ASL:  123 Test::Write:%d %d",
+                                        &process, &index) == 2 &&
+                            process >= 0 && process < cProcesses && index >= 0 &&
+                            index < m_lines && line == Line(process, index);
         if (!isLine || !m_found.lines.insert(line).second)
             m_found.others.push_back(line);
     }
@@ -261,7 +261,8 @@ Outcome RunWriters(const std::string& kind, int lines) {
         outcome.broken.insert(outcome.broken.end(), found.others.begin(), found.others.end());
     }
     for (const char* pPath : {cRivalModuleFile, cRivalSharedFile})
-        outcome.lostByRival -= static_cast<int>(Reader(pPath, lines).ReadToTheEnd().lines.size());
+        outcome.lostByRival -=
+            static_cast<int>(Reader(pPath, lines).ReadToTheEnd().lines.size());
     std::printf("of %d lines, the %s lost %d, the rival %d; followed: %d\n", all, kind.c_str(),
                 outcome.lost, outcome.lostByRival, outcome.followed);
     return outcome;

@@ -115,7 +115,8 @@ INSTANTIATE_TEST_SUITE_P(Single, TraceCategory,
                                          0x8000, 0x10000),
                          BitName);
 
-// --- line numbers -----------------------------------------------------------------------------
+// --- line numbers
+// -----------------------------------------------------------------------------
 
 // A reader of the log finds the method that refused a call, and not the frame of all methods.
 TEST_F(TraceLines, OfRefusalsCarryTheLineOfTheirMethod) {
@@ -143,7 +144,8 @@ TEST_F(TraceLines, OfRefusalsCarryTheLineOfTheirMethod) {
               static_cast<std::ptrdiff_t>(refused.size()));
 }
 
-// --- the process tracker ----------------------------------------------------------------------
+// --- the process tracker
+// ----------------------------------------------------------------------
 
 // It stands at the lock of the callback: reading and setting values does not take it.
 TEST_F(TraceLines, OfTheProcessTrackerStandAroundRegistrationAndNotificationAlone) {
@@ -164,7 +166,8 @@ TEST_F(TraceLines, OfTheProcessTrackerStandAroundRegistrationAndNotificationAlon
               holders);
 }
 
-// --- the files --------------------------------------------------------------------------------
+// --- the files
+// --------------------------------------------------------------------------------
 
 bool operator==(const TraceLine& a, const TraceLine& b) {
     return a.tag == b.tag && a.line == b.line && a.function == b.function &&

@@ -54,7 +54,7 @@ TEST(LineNumbers, OfPointersHaveSixteenDigits) {
     EXPECT_EQ("FFFFFFFFFFFFFFFF", Formatted("%p", reinterpret_cast<void*>(~std::uintptr_t{})));
 }
 
-constexpr double cFloats[] = {0.0,  -0.0,     0.5,  -2.25,  1e-7,   0.0000005,
+constexpr double cFloats[] = {0.0,  -0.0,     0.5,  -2.25,   1e-7,  0.0000005,
                               1e21, 15625000, 3e38, -3.4e38, 1e308, -1e308};
 
 // Those of the platform's own run-time, which is the library's, not of the compiler's.
@@ -72,8 +72,9 @@ TEST(LineNumbers, WithAPointAreThoseOfThePlatform) {
 }
 
 TEST(LineNumbers, ThatAreNoneAreThoseOfThePlatform) {
-    for (const double value : {std::nan(""), -std::nan(""), std::numeric_limits<double>::infinity(),
-                               -std::numeric_limits<double>::infinity()})
+    for (const double value :
+         {std::nan(""), -std::nan(""), std::numeric_limits<double>::infinity(),
+          -std::numeric_limits<double>::infinity()})
         EXPECT_EQ(PrintedFloat("%f", value), Formatted("%f", value));
 }
 
@@ -98,10 +99,9 @@ TEST(LineTexts, HaveTheirPlaceAndTheirWidth) {
 }
 
 TEST(LineTexts, ThatAreMissingAreSaidToBe) {
-    EXPECT_EQ("(null) (null) (null)",
-              Formatted("%s %S %ls", static_cast<const char*>(nullptr),
-                        static_cast<const wchar_t*>(nullptr),
-                        static_cast<const wchar_t*>(nullptr)));
+    EXPECT_EQ("(null) (null) (null)", Formatted("%s %S %ls", static_cast<const char*>(nullptr),
+                                                static_cast<const wchar_t*>(nullptr),
+                                                static_cast<const wchar_t*>(nullptr)));
 }
 
 TEST(LineTexts, FromOutsideHaveNoControlCharacters) {
@@ -118,8 +118,9 @@ TEST(LineTexts, FromOutsideHaveNoControlCharacters) {
 
 TEST(LineTexts, OfTheLibraryKeepTheirTabsAndAreOneLineToo) {
     EXPECT_EQ("Movie\t(0)\tProfile", Formatted("%s", "Movie\t(0)\tProfile"));
-    EXPECT_EQ("a?b?c?d", Formatted("%s", "a\nb\rc\x7F"
-                                         "d"));
+    EXPECT_EQ("a?b?c?d", Formatted("%s",
+                                   "a\nb\rc\x7F"
+                                   "d"));
 }
 
 TEST(LineTexts, ThatTheCodePageLacksGoOnBehindAQuestionMark) {
@@ -132,17 +133,28 @@ TEST(LineTexts, ThatTheCodePageLacksGoOnBehindAQuestionMark) {
 // One question mark for one character, and none that a code page would put in its place: a
 // best fit for some is a newline.
 TEST(LineTexts, HaveNoBestFit) {
-    EXPECT_EQ("a?b", Formatted("%S", L"a\xD83D\xDE00" L"b"));
-    EXPECT_EQ("a\xF0\x9F\x98\x80" "b", In(CP_UTF8, "%S", L"a\xD83D\xDE00" L"b"));
+    EXPECT_EQ("a?b", Formatted("%S",
+                               L"a\xD83D\xDE00"
+                               L"b"));
+    EXPECT_EQ(
+        "a\xF0\x9F\x98\x80"
+        "b",
+        In(CP_UTF8, "%S",
+           L"a\xD83D\xDE00"
+           L"b"));
     for (const unsigned codePage : {437u, 1252u, 932u, unsigned{CP_UTF8}}) {
-        EXPECT_EQ("a?b?c", In(codePage, "%S", L"a\xD83D" L"b\xDE00" L"c"));
+        EXPECT_EQ("a?b?c", In(codePage, "%S",
+                              L"a\xD83D"
+                              L"b\xDE00"
+                              L"c"));
         EXPECT_EQ("a?", In(codePage, "%S", L"a\xD83D"));
         for (unsigned c = 1; c < 0xFFFF; ++c) {
             const wchar_t text[] = {static_cast<wchar_t>(c), L'\0'};
             const std::string line = In(codePage, "%S", text);
             ASSERT_FALSE(line.empty()) << codePage << " " << c;
             for (const char byte : line)
-                ASSERT_FALSE((byte >= 0 && byte < 0x20) || byte == 0x7F) << codePage << " " << c;
+                ASSERT_FALSE((byte >= 0 && byte < 0x20) || byte == 0x7F)
+                    << codePage << " " << c;
         }
     }
     EXPECT_EQ("?", Formatted("%S", L"\x2192"));
