@@ -23,9 +23,8 @@ inline constexpr char cMasterMaskOrigin[] =
 
 inline constexpr char cLockLine[] = "processID: 0x%08x threadID: 0x%08x threadProcID: 0x%08x";
 inline constexpr char cLockUse[] =
-    "It is held while a callback is registered or unregistered, and while the client is told "
-    "of "
-    "changes; no other method takes it.";
+    "It is held while a callback is registered or unregistered, and while the client is told of"
+    " changes; no other method takes it.";
 
 }  // namespace detail
 

@@ -11,8 +11,6 @@ namespace {
 
 constexpr std::size_t cMostBytes = cLineChars - 2;  // before the newline and the terminator
 
-constexpr char cNoText[] = "(null)";
-
 constexpr bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -126,7 +124,7 @@ void LineText::AppendInteger(const Conversion& conversion, std::uint64_t value,
     if (isNegative)
         text[--begin] = '-';
     Pad(conversion, sizeof text - begin);
-    Put(text + begin, sizeof text - begin);
+    PutWhole(text + begin, sizeof text - begin);
 }
 
 // The platform's own figures, also for what is no number. It writes the decimal point of the
@@ -145,15 +143,15 @@ void LineText::AppendFloat(const Conversion& conversion, double value) {
         ++pFraction;
     const std::size_t fraction = std::strlen(pFraction);
     Pad(conversion, whole + (hasPoint ? 1 : 0) + fraction);
-    Put(text, whole);
+    PutWhole(text, whole);
     if (hasPoint)
         Put('.');
-    Put(pFraction, fraction);
+    PutWhole(pFraction, fraction);
 }
 
 void LineText::AppendNarrow(const Conversion& conversion, const char* pText) {
     if (pText == nullptr)
-        pText = cNoText;
+        pText = "(null)";
     if (conversion.width != 0)
         Pad(conversion, std::strlen(pText));
     for (; *pText != '\0' && !m_isFull; ++pText)
@@ -188,7 +186,7 @@ void LineText::AppendCharacter(const wchar_t* pUnits, int units) {
         isShown = count > 0 && !isSubstitute && !IsControlByte(bytes[0]);
     }
     if (isShown)
-        Put(bytes, static_cast<std::size_t>(count));
+        PutWhole(bytes, static_cast<std::size_t>(count));
     else
         Put('?');
 }
@@ -198,8 +196,14 @@ void LineText::Pad(const Conversion& conversion, std::size_t length) {
         Put(' ');
 }
 
+void LineText::Put(char c) {
+    m_isFull = m_isFull || m_length == cMostBytes;
+    if (!m_isFull)
+        m_text[m_length++] = c;
+}
+
 // All of it or nothing of a character: half of one would take the newline with it.
-void LineText::Put(const char* pBytes, std::size_t length) {
+void LineText::PutWhole(const char* pBytes, std::size_t length) {
     m_isFull = m_isFull || length > cMostBytes - m_length;
     if (m_isFull)
         return;

@@ -41,8 +41,8 @@ class LineText {
     void AppendWide(const wchar_t* pText);
     void AppendCharacter(const wchar_t* pUnits, int units);
     void Pad(const Conversion& conversion, std::size_t length);
-    void Put(const char* pBytes, std::size_t length);
-    void Put(char c) { Put(&c, 1); }
+    void Put(char c);
+    void PutWhole(const char* pBytes, std::size_t length);
 
     const unsigned m_codePage;
     bool m_isFull = false;

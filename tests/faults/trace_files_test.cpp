@@ -215,10 +215,10 @@ struct Outcome {
     int lostByRival = 0;
 
     // Lines that meet do so by chance: both counts scatter with the root of what is counted.
-    // Beyond four times that, and a tenth of a per cent for runs in which hardly any is lost,
-    // it is no chance.
+    // Beyond five times that (they come in bursts), and a tenth of a per cent for runs in
+    // which hardly any is lost, it is no chance.
     bool IsWorseThanRival(int lines) const {
-        const double chance = 4 * std::sqrt(lost + lostByRival) + lines / 1000.0;
+        const double chance = 5 * std::sqrt(lost + lostByRival) + lines / 1000.0;
         return lost > lostByRival + chance;
     }
 };
