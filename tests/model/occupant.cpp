@@ -76,6 +76,8 @@ class Occupant::Recorder final : public IVeltoKORA4APICallback {
         m_channel.toldCount = count + 1;
         m_occupant.React(count);
         SetEvent(m_meeting.ToldEvent());
+        if (m_channel.slow)
+            Sleep(1);
         return S_OK;
     }
 

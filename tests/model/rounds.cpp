@@ -56,6 +56,7 @@ Round RoundPlanner::Next() {
     m_known = Known::Of(Now());
     m_registered = true;
     m_round.busy = OneIn(25) && m_round.seat == eProcessSeat;
+    m_round.meets = OneIn(5) && m_round.seat == eIdleSeat;
     PlanTriggers();
     m_round.firstReaction = m_round.steps.size();
     for (std::size_t pass = 0; HasNews(); ++pass)
@@ -161,13 +162,30 @@ void RoundPlanner::PlanTriggers() {
         m_profileToRestore.reset();
         AddForeign(writes);
     }
-    const std::uint32_t count = 1 + Below(cTriggers);
+    if (m_round.meets)
+        PlanMeeting();
+    const std::uint32_t count = m_round.meets ? 0 : 1 + Below(cTriggers);
     for (std::uint32_t i = 0; i < count && (together || !HasNews()); ++i) {
         const std::uint32_t kind = Below(10);
         if (kind < 6)
             AddForeign(SomeWrites());
         else
             AddSomeCall(kind == 6 ? m_round.seat : (m_round.seat + 1 + Below(2)) % cSeats);
+    }
+}
+
+// Only in the multithreaded apartment can an object be called while it tells.
+void RoundPlanner::PlanMeeting() {
+    AddForeign(SomeWrites());
+    const std::uint32_t count = 1 + Below(2);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (OneIn(2)) {
+            const std::vector<Told> news = m_known.Compare(Now());
+            if (!news.empty())
+                AddCall(eMtaSeat, Answer(news[Below(static_cast<std::uint32_t>(news.size()))]));
+        } else {
+            AddSomeCall(eMtaSeat);
+        }
     }
 }
 

@@ -29,7 +29,8 @@ struct PlannedStep {
 
 struct Round {
     std::size_t seat = 0;
-    bool busy = false;  // its owner turns calls away during the first steps
+    bool busy = false;   // its owner turns calls away during the first steps
+    bool meets = false;  // another object, which is told slowly, makes calls meanwhile
 
     // In their order: what the seat is told of; what its callbacks do; and how the round
     // ends, at last with a change that nobody has seen before.
@@ -75,6 +76,7 @@ class RoundPlanner {
 
     void PlanTriggers();
     void AddSomeCall(std::size_t seat);
+    void PlanMeeting();
     void PlanPass(bool reacting);
     void PlanReactions(PassModel& pass, const Told& told);
     void PlanReaction(PassModel& pass, const Told& told);

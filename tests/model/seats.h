@@ -63,6 +63,9 @@ struct Channel {
     Reply reactionReplies[cMaxReactions];
     std::atomic<LONG> reactionsDone;
 
+    // The callback takes its time, so that calls of other threads come in between.
+    std::atomic<bool> slow;
+
     // A single-threaded apartment that is always pumped turns calls away meanwhile, and
     // counts them.
     std::atomic<bool> busy;
