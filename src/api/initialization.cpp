@@ -61,28 +61,27 @@ void CKORA4ASL::LoadTraceFlags() {
 }
 
 // Notifications that came in since the load are made up for before the object counts as
-// initialised. Nobody can be registered yet, so there is nobody to tell.
+// initialised. Nobody can be registered yet, so there is nobody to tell. A notification that
+// comes in meanwhile waits, and is analysed by itself: another program that writes without
+// pause must not keep the object from becoming ready.
 HRESULT CKORA4ASL::BecomeReady() {
-    for (;;) {
-        {
-            const SrwHold hold(m_readinessLock);
-            if (!m_notificationMissed) {
-                m_initialized = true;
-                return S_OK;
-            }
-            m_notificationMissed = false;
-        }
+    const SrwHold hold(m_readinessLock);
+    if (m_notificationMissed) {
         ChangeSet changes;
         const HRESULT hr = m_uiKeysClient.OnKeyChangeNotify(&changes);
         if (FAILED(hr))
             return hr;
     }
+    m_initialized = true;
+    return S_OK;
 }
 
 STDMETHODIMP CKORA4ASL::RegisterChangeNotifications(IVeltoKORA4APICallback* pIAPICallback) {
     static constexpr Method cMethod{
         "CKORA4ASL::RegisterChangeNotifications",
         {.badArgument = "NULL == pICallback", .entry = "%s: %4d %s:>> pICallback: %p\n"}};
+    // The callback that is released may hold the client's last reference to the object.
+    const ComPtr<CKORA4ASL> spSelf(this);
     return Call(
         cMethod, pIAPICallback != nullptr,
         [&] {
@@ -97,6 +96,7 @@ STDMETHODIMP CKORA4ASL::RegisterChangeNotifications(IVeltoKORA4APICallback* pIAP
 
 STDMETHODIMP CKORA4ASL::UnregisterChangeNotifications() {
     static constexpr Method cMethod{"CKORA4ASL::UnregisterChangeNotifications"};
+    const ComPtr<CKORA4ASL> spSelf(this);  // as above
     return Call(cMethod, cNothingToCheck, [&] {
         const CallbackHold hold(m_callbackGuard);
         if (m_spIASLCallback) {
@@ -113,6 +113,7 @@ void CKORA4ASL::SetCallback(IVeltoKORA4APICallback* pICallback) {
     if (m_spIASLCallback.Get() == pICallback)
         return;
     ++m_registration;
+    m_registeredAfter = m_uiKeysClient.Analyses();
     ComPtr<IVeltoKORA4APICallback>(pICallback).Swap(m_spIASLCallback);
 }
 

@@ -1,7 +1,6 @@
 #include "api/initialize_guard.h"
 
-#include <objbase.h>
-
+#include "monitor/apartment.h"
 #include "platform/srw_hold.h"
 
 namespace kora4 {
@@ -19,7 +18,7 @@ bool InitializeGuard::Enter(HRESULT* phr) {
             *phr = E_FAIL;
             return false;
         }
-        waiter.event.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+        waiter.event.Reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
         if (!waiter.event) {
             *phr = E_OUTOFMEMORY;
             return false;
@@ -27,12 +26,22 @@ bool InitializeGuard::Enter(HRESULT* phr) {
         waiter.pNext = m_pWaiters;
         m_pWaiters = &waiter;
     }
-    HANDLE event = waiter.event.Get();
-    DWORD index = 0;
-    if (FAILED(CoWaitForMultipleHandles(0, INFINITE, 1, &event, &index)))
-        WaitForSingleObject(event, INFINITE);
-    *phr = waiter.hr;
+    *phr = Await(waiter);
     return false;
+}
+
+// E_FAIL when the wait fails, as it does when somebody has closed the handle.
+HRESULT InitializeGuard::Await(Waiter& waiter) {
+    const HANDLE event = waiter.event.Get();
+    WaitLettingCallsIn(&event, 1, INFINITE);
+    const SrwHold hold(m_lock);
+    for (Waiter** ppWaiter = &m_pWaiters; *ppWaiter; ppWaiter = &(*ppWaiter)->pNext) {
+        if (*ppWaiter == &waiter) {
+            *ppWaiter = waiter.pNext;
+            break;
+        }
+    }
+    return waiter.hr;
 }
 
 void InitializeGuard::Leave(HRESULT hr) {

@@ -38,6 +38,7 @@ class InitializeGuard {
     // False when there is nothing left to do but to return `*phr`.
     bool Enter(HRESULT* phr);
     void Leave(HRESULT hr);
+    HRESULT Await(Waiter& waiter);
 
     SRWLOCK m_lock = SRWLOCK_INIT;
     DWORD m_runningThread = 0;     // guarded by m_lock; 0: none

@@ -34,7 +34,7 @@ namespace kora4 {
 //   m_callbackGuard    the registered callback. Recursive. Held while the client's callback
 //                      methods run, which may call any method of this object.
 //   m_readinessLock    the step from not initialised to initialised, and the notifications
-//                      that arrive before it. A leaf.
+//                      that arrive before it. The named mutex may be waited for inside.
 class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
   public:
     CKORA4ASL();
@@ -109,8 +109,8 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
     void SetCallback(IVeltoKORA4APICallback* pICallback);
     HRESULT GetCommand(const Method& method, CompanionCommand command, LPWSTR* ppwCommand);
 
-    // In the order that destruction needs: the monitor goes first, the keys client before
-    // the key access that it points to.
+    // Destroyed from the last to the first: the keys client goes before the key access that it
+    // points to. The monitor has gone before all of them, in FinalRelease.
     std::atomic<bool> m_initialized{false};
     CallbackGuard m_callbackGuard;
     Microsoft::WRL::ComPtr<IVeltoKORA4APICallback> m_spIASLCallback;
@@ -118,8 +118,10 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
     KORA4RegPropKeysAccess m_regPropKeysAccess;
     KORA4UIKeysClient m_uiKeysClient{&m_regPropKeysAccess};
 
-    // Counts the changes of m_spIASLCallback; guarded like it.
+    // Guarded like m_spIASLCallback: how often it has changed, and how many analyses had begun
+    // at the last change. It hears of what later ones find.
     std::uint32_t m_registration = 0;
+    std::uint32_t m_registeredAfter = 0;
     InitializeGuard m_initializeGuard;
     SRWLOCK m_readinessLock = SRWLOCK_INIT;
     bool m_notificationMissed = false;  // guarded by m_readinessLock

@@ -52,15 +52,19 @@ bool CKORA4ASL::IsReadyForNotification() {
 // `hrAnalysis` is the result when nobody is registered.
 HRESULT CKORA4ASL::Notify(ChangeSet* pChanges, HRESULT hrAnalysis) {
     const CallbackHold hold(m_callbackGuard);
-    // A callback may unregister itself; the pass keeps it alive.
-    const ComPtr<IVeltoKORA4APICallback> spCallback = m_spIASLCallback;
+    // A callback may unregister itself; the pass keeps it alive. One that was registered after
+    // the analysis began hears later passes only: it may have read a newer state already.
+    ComPtr<IVeltoKORA4APICallback> spCallback;
+    if (static_cast<std::int32_t>(pChanges->analysis - m_registeredAfter) > 0)
+        spCallback = m_spIASLCallback;
     KALTRACE(trace::eNotificationThreads, cSite, "pICallback: %p TID: 0x%08x\n",
              static_cast<void*>(spCallback.Get()), ThreadId());
     if (!spCallback)
         return hrAnalysis;
     KALTRACE(trace::eNotificationThreads, cSite, "CallbackNotifications TID: 0x%08x\n",
              ThreadId());
-    const HRESULT hr = CallbackNotifications(spCallback.Get(), *pChanges, m_registration);
+    const HRESULT hr = CallbackNotifications(spCallback.Get(), *pChanges, m_registration,
+                                             m_uiKeysClient.Overtaken());
     KALTRACE(trace::eNotificationThreads, cSite,
              "CallbackNotifications hr: 0x%08x TID: 0x%08x\n", static_cast<unsigned>(hr),
              ThreadId());

@@ -10,15 +10,23 @@ namespace {
 
 constexpr trace::Site cSite{cApiTag, "CKORA4ASL::CallbackNotifications"};
 
+constexpr OvertakenItems::Items cAlways = 0;
+
 class NotificationPass {
   public:
-    NotificationPass(IVeltoKORA4APICallback* pICallback, const std::uint32_t& registration)
-        : m_pICallback(pICallback), m_registration(registration), m_started(registration) {}
+    NotificationPass(IVeltoKORA4APICallback* pICallback, const std::uint32_t& registration,
+                     const OvertakenItems& overtaken)
+        : m_pICallback(pICallback),
+          m_registration(registration),
+          m_started(registration),
+          m_overtaken(overtaken) {}
 
+    // `item`: what an own write may have overtaken; cAlways for none.
     template <typename... Parameters, typename... Arguments>
-    void Tell(HRESULT (STDMETHODCALLTYPE IVeltoKORA4APICallback::*method)(Parameters...),
+    void Tell(OvertakenItems::Items item,
+              HRESULT (STDMETHODCALLTYPE IVeltoKORA4APICallback::*method)(Parameters...),
               Arguments... arguments) {
-        if (SUCCEEDED(m_hr) && m_registration == m_started)
+        if (SUCCEEDED(m_hr) && m_registration == m_started && !m_overtaken.Contains(item))
             m_hr = (m_pICallback->*method)(arguments...);
     }
 
@@ -28,13 +36,16 @@ class NotificationPass {
     IVeltoKORA4APICallback* m_pICallback;
     const std::uint32_t& m_registration;
     const std::uint32_t m_started;
+    const OvertakenItems& m_overtaken;
     HRESULT m_hr = S_OK;
 };
 
 void TellValue(NotificationPass& pass, ChangeSet& changes, KORA4PresetTechnology technology,
                ApiTechnology apiTechnology) {
+    const OvertakenItems::Items item = OvertakenItems::Value(technology);
     if (technology == eStandardEQTech) {
-        pass.Tell(&IVeltoKORA4APICallback::OnGraphicEQChange, ToPublic(&changes.graphicEQ));
+        pass.Tell(item, &IVeltoKORA4APICallback::OnGraphicEQChange,
+                  ToPublic(&changes.graphicEQ));
         return;
     }
     ApiPatchValue& value = changes.presetPatchValues[technology];
@@ -43,7 +54,7 @@ void TellValue(NotificationPass& pass, ChangeSet& changes, KORA4PresetTechnology
         "IsValidASLTechnology( presetPatchValues[ (UINT) presetTech ].m_technology )");
     KALASSERT_TEXT(cSite, apiTechnology == value.m_technology,
                    "APITech == presetPatchValues[ (UINT) presetTech ].m_technology");
-    pass.Tell(&IVeltoKORA4APICallback::OnSimplePatchValueChange, ToPublic(&value));
+    pass.Tell(item, &IVeltoKORA4APICallback::OnSimplePatchValueChange, ToPublic(&value));
 }
 
 void TellTechnology(NotificationPass& pass, ChangeSet& changes,
@@ -52,7 +63,8 @@ void TellTechnology(NotificationPass& pass, ChangeSet& changes,
     if (apiTechnology == ApiTechnology::eNumberKORA4APITechnologies)
         return;
     if (changes.onElseOffChanged[technology])
-        pass.Tell(&IVeltoKORA4APICallback::OnTechnologyOnElseOffChange, ToPublic(apiTechnology),
+        pass.Tell(OvertakenItems::Switch(technology),
+                  &IVeltoKORA4APICallback::OnTechnologyOnElseOffChange, ToPublic(apiTechnology),
                   changes.onElseOff[technology] ? TRUE : FALSE);
     if (changes.patchChanged[technology])
         TellValue(pass, changes, technology, apiTechnology);
@@ -61,23 +73,25 @@ void TellTechnology(NotificationPass& pass, ChangeSet& changes,
 }  // namespace
 
 HRESULT CallbackNotifications(IVeltoKORA4APICallback* pICallback, ChangeSet& changes,
-                              const std::uint32_t& registration) {
+                              const std::uint32_t& registration,
+                              const OvertakenItems& overtaken) {
     KALASSERT(cSite, pICallback != NULL);
     if (!pICallback)
         return S_OK;
-    NotificationPass pass(pICallback, registration);
+    NotificationPass pass(pICallback, registration, overtaken);
     if (changes.enableChanged)
-        pass.Tell(&IVeltoKORA4APICallback::OnEnableStateChange, changes.enable ? TRUE : FALSE);
+        pass.Tell(OvertakenItems::cEnable, &IVeltoKORA4APICallback::OnEnableStateChange,
+                  changes.enable ? TRUE : FALSE);
     if (changes.profileChanged) {
         // A switch replaces every value: the client reads what it shows again.
-        pass.Tell(&IVeltoKORA4APICallback::OnActiveProfileChange,
+        pass.Tell(OvertakenItems::cProfile, &IVeltoKORA4APICallback::OnActiveProfileChange,
                   static_cast<LONG>(changes.newProfile));
     } else {
         for (std::uint32_t tech = eVolumeTech; tech < eNumberKORA4PresetTechnologies; ++tech)
             TellTechnology(pass, changes, static_cast<KORA4PresetTechnology>(tech));
     }
     if (changes.tableChanged)
-        pass.Tell(&IVeltoKORA4APICallback::OnCustomProfileTableChange);
+        pass.Tell(cAlways, &IVeltoKORA4APICallback::OnCustomProfileTableChange);
     return pass.Result();
 }
 

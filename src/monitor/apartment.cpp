@@ -1,9 +1,39 @@
 #include "monitor/apartment.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace kora4 {
 namespace {
+
+std::atomic<const ApartmentCalls*> s_pCalls{nullptr};
+
+struct Apartment {
+    APTTYPE type = APTTYPE_MTA;
+    APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
+
+    bool IsSingleThreaded() const { return type == APTTYPE_STA || type == APTTYPE_MAINSTA; }
+};
+
+Apartment AskForApartment() {
+    Apartment apartment;
+    const ApartmentCalls* const pCalls = s_pCalls.load();
+    const HRESULT hr =
+        (pCalls ? pCalls->getType : &CoGetApartmentType)(&apartment.type, &apartment.qualifier);
+    return SUCCEEDED(hr) ? apartment : Apartment{};
+}
+
+HRESULT ComWait(const Apartment& apartment, const HANDLE* handles, DWORD count,
+                DWORD milliseconds, DWORD* pIndex) {
+    // The wait of any other single-threaded apartment dispatches calls unasked.
+    const DWORD flags =
+        apartment.IsSingleThreaded() && apartment.qualifier == APTTYPEQUALIFIER_APPLICATION_STA
+            ? COWAIT_DISPATCH_CALLS
+            : COWAIT_DEFAULT;
+    const ApartmentCalls* const pCalls = s_pCalls.load();
+    return (pCalls ? pCalls->wait : &CoWaitForMultipleHandles)(
+        flags, milliseconds, count, const_cast<HANDLE*>(handles), pIndex);
+}
 
 // A call that came in before, while the host's own loop took another message, does not
 // wake the wait on every platform; a message that is new does. It is taken back: a host
@@ -29,8 +59,8 @@ class WakingMessage {
     const UINT m_message;
 };
 
-// The wait without calls between two that the host breaks off.
-constexpr DWORD cBrokenOffMilliseconds = 5;
+// The wait without calls between two that fail, or that the host breaks off.
+constexpr DWORD cPlainMilliseconds = 5;
 
 DWORD TimeLeft(ULONGLONG begin, DWORD milliseconds) {
     if (milliseconds == INFINITE)
@@ -42,45 +72,40 @@ DWORD TimeLeft(ULONGLONG begin, DWORD milliseconds) {
 }  // namespace
 
 ApartmentId CurrentApartment() {
-    APTTYPE type = APTTYPE_MTA;
-    APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
-    if (FAILED(CoGetApartmentType(&type, &qualifier)))
-        return cMultithreadedApartment;
-    switch (type) {
-        case APTTYPE_STA:
-        case APTTYPE_MAINSTA:
-            return GetCurrentThreadId();
-        case APTTYPE_NA:
-            return cNeutralApartment;
-        default:
-            return cMultithreadedApartment;
-    }
+    const Apartment apartment = AskForApartment();
+    if (apartment.IsSingleThreaded())
+        return GetCurrentThreadId();
+    return apartment.type == APTTYPE_NA ? cNeutralApartment : cMultithreadedApartment;
 }
 
 DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds) {
-    const WakingMessage waking(CurrentApartment() == GetCurrentThreadId());
+    const Apartment apartment = AskForApartment();
+    const WakingMessage waking(apartment.IsSingleThreaded());
     const ULONGLONG begin = GetTickCount64();
     for (DWORD left = milliseconds;;) {
         DWORD index = count;
-        const HRESULT hr = CoWaitForMultipleHandles(COWAIT_DEFAULT, left, count,
-                                                    const_cast<HANDLE*>(handles), &index);
-        // Broken off by the host's message filter. A platform may say so, and have waited
-        // to the end all the same: the signal of an automatic event is then gone.
-        const bool isBrokenOff = hr == RPC_E_CALL_CANCELED;
-        if (hr == S_OK || (isBrokenOff && index < count))
+        const HRESULT hr = ComWait(apartment, handles, count, left, &index);
+        // A wait that the host's message filter breaks off may say so, and have waited to the
+        // end all the same: the signal of an automatic event is then gone.
+        if (hr == S_OK || (hr == RPC_E_CALL_CANCELED && index < count))
             return WAIT_OBJECT_0 + index;
         if (hr == RPC_S_CALLPENDING)
             return WAIT_TIMEOUT;
-        // Without an apartment there are no calls to let in. With one, the filter may break
-        // every wait off before the handles are asked.
+        // In the multithreaded apartment, or in none, there are no calls to let in. In another
+        // the filter may break every wait off before the handles are asked.
+        const bool isPlain = apartment.type == APTTYPE_MTA;
         const DWORD result = WaitForMultipleObjects(
-            count, handles, FALSE, isBrokenOff ? std::min(left, cBrokenOffMilliseconds) : left);
-        if (!isBrokenOff || result != WAIT_TIMEOUT)
+            count, handles, FALSE, isPlain ? left : std::min(left, cPlainMilliseconds));
+        if (isPlain || result != WAIT_TIMEOUT)
             return result;
         left = TimeLeft(begin, milliseconds);
         if (left == 0)
             return WAIT_TIMEOUT;
     }
+}
+
+void SetApartmentCalls(const ApartmentCalls* pCalls) {
+    s_pCalls.store(pCalls);
 }
 
 }  // namespace kora4

@@ -21,8 +21,22 @@ inline constexpr ApartmentId cNeutralApartment = 1;
 ApartmentId CurrentApartment();
 
 // Waits until one of the handles is signalled, and lets COM calls into a single-threaded
-// apartment meanwhile. WAIT_OBJECT_0 plus the index, WAIT_TIMEOUT or WAIT_FAILED.
+// apartment meanwhile, that of a packaged application included. A COM wait that fails there
+// is tried again. WAIT_OBJECT_0 plus the index, WAIT_TIMEOUT or WAIT_FAILED: a bad handle.
 DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds);
+
+// What is asked of the platform, for tests: only Windows has the apartments of packaged
+// applications.
+struct ApartmentCalls {
+    using GetType = HRESULT(WINAPI*)(APTTYPE* pType, APTTYPEQUALIFIER* pQualifier);
+    using Wait = HRESULT(WINAPI*)(DWORD flags, DWORD milliseconds, ULONG count, HANDLE* handles,
+                                  DWORD* pIndex);
+
+    GetType getType;
+    Wait wait;
+};
+// Must stay while it is set; null restores the platform's own.
+void SetApartmentCalls(const ApartmentCalls* pCalls);
 
 // Keeps the multithreaded apartment in being, whatever threads come and go.
 class MtaUsage {

@@ -51,13 +51,22 @@ HRESULT GateStreamHolder::Unmarshal(REFIID iid, void** ppv,
     hr = CoEnableCallCancellation(nullptr);
     if (FAILED(hr))
         return hr;
-    m_threadId.store(GetCurrentThreadId());
     hr = registration.Register();
     // One reference, given back in full by the caller: the owner lets calls in while it
     // waits, so that the proxy's release reaches it and leaves nothing behind.
     if (SUCCEEDED(hr))
         hr = CoGetInterfaceAndReleaseStream(std::exchange(m_pStream, nullptr), iid, ppv);
+    // Only now: the owner is to cancel notifications, and nothing else that the thread does.
+    if (SUCCEEDED(hr))
+        m_threadId.store(GetCurrentThreadId());
+    else
+        CoDisableCallCancellation(nullptr);
     return hr;
+}
+
+void GateStreamHolder::EndCancellation() {
+    if (m_threadId.exchange(0) != 0)
+        CoDisableCallCancellation(nullptr);
 }
 
 void GateStreamHolder::Revoke(GateFactoryRegistration& registration) {

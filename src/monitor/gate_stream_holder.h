@@ -12,9 +12,9 @@
 namespace kora4 {
 
 // Holds the stream between Marshal (owner's apartment) and Unmarshal (monitor thread),
-// and from then on the id of the monitor thread, so that the owner can cancel the call
-// that the thread has outstanding. No lock: the owner marshals before the thread is
-// created, the thread alone unmarshals, and the thread id is atomic.
+// and from then until EndCancellation the id of the monitor thread, so that the owner can
+// cancel the notification that the thread has outstanding. No lock: the owner marshals
+// before the thread is created, the thread alone unmarshals, and the thread id is atomic.
 class GateStreamHolder {
   public:
     using CancelObjectSource = HRESULT(WINAPI*)(DWORD threadId, REFIID iid, void** ppv);
@@ -33,6 +33,12 @@ class GateStreamHolder {
     // marshalled, `*ppv` is the object itself. A null `ppv`: E_INVALIDARG; no stream: E_FAIL.
     HRESULT Unmarshal(REFIID iid, void** ppv, GateFactoryRegistration& registration);
 
+    // On the thread that unmarshalled, before it gives the gate up: the owner must never
+    // cancel that. Whoever has read the thread's id just before finds cancellation disabled
+    // and no call that it could end, and the id is no other thread's as long as the owner
+    // holds a handle to the thread. Harmless when there is nothing to end.
+    void EndCancellation();
+
     // Undoes what Unmarshal or Marshal registered; there is no thread to cancel any more.
     void Revoke(GateFactoryRegistration& registration);
 
@@ -42,7 +48,7 @@ class GateStreamHolder {
     void CancelOutstandingCall();
 
     bool HasStream() const { return m_pStream != nullptr; }
-    // 0 when no thread has unmarshalled.
+    // 0 when no thread can be cancelled.
     DWORD ThreadId() const { return m_threadId.load(); }
 
     // Where cancel objects come from, for tests; null restores the platform's own.

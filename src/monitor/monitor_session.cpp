@@ -53,9 +53,26 @@ bool MonitorSession::LetGo() {
     return m_parting.load() != eThreadDone;
 }
 
+HRESULT MonitorSession::UnmarshalGate() {
+    return m_gateHolder.Unmarshal(__uuidof(ICOMCallbackGate),
+                                  reinterpret_cast<void**>(m_spGate.ReleaseAndGetAddressOf()),
+                                  m_threadRegistration);
+}
+
+void MonitorSession::GiveBack() {
+    // An owner that is about to end this thread takes over what it holds.
+    if (m_parting.exchange(eGivingBack) == eTerminated)
+        Sleep(INFINITE);
+    m_changeEvent.Reset();
+    m_watchedKey.Reset();
+    m_gateHolder.EndCancellation();
+    // Needs the owner's apartment: it lets the call in while it waits for this thread.
+    m_spGate.Reset();
+    m_gateHolder.Revoke(m_threadRegistration);
+}
+
 void MonitorSession::EndThread(DWORD exitCode, bool isInApartment) {
     const HMODULE module = m_threadModule;
-    // An owner that is about to end this thread has taken over what it holds.
     if (m_parting.exchange(eThreadDone) == eTerminated)
         Sleep(INFINITE);
     if (isInApartment)
@@ -65,16 +82,29 @@ void MonitorSession::EndThread(DWORD exitCode, bool isInApartment) {
 }
 
 bool MonitorSession::TerminateMonitorThread(DWORD exitCode) {
-    int parting = eOpen;
+    int parting = eWatching;
     if (!m_parting.compare_exchange_strong(parting, eTerminated))
         return false;
     TerminateThread(m_thread.Get(), exitCode);
     // Where even that does not end it in time, what it holds is left to it.
-    if (WaitForSingleObject(m_thread.Get(), cForceMilliseconds) == WAIT_OBJECT_0) {
-        FreeLibrary(m_threadModule);
-        Release();
-    }
+    if (WaitForSingleObject(m_thread.Get(), cForceMilliseconds) != WAIT_OBJECT_0)
+        return true;
+    // The references to session and module pass to the thread that gives back the rest. An
+    // owner in a single-threaded apartment cannot do that itself: gate and factory belong to
+    // the other apartment. Where no thread can be had, all of it stays, the module too.
+    const UniqueHandle heir(CreateThread(nullptr, 0, &GiveBackForTheDead, this, 0, nullptr));
+    const HANDLE handle = heir.Get();
+    if (handle)
+        WaitLettingCallsIn(&handle, 1, cForceMilliseconds);
     return true;
+}
+
+DWORD MonitorSession::GiveBackForTheDead(void* pParameter) {
+    auto* const pSession = static_cast<MonitorSession*>(pParameter);
+    const HRESULT hrApartment = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    pSession->m_parting.store(eGivingBack);
+    pSession->GiveBack();
+    pSession->EndThread(static_cast<DWORD>(hrApartment), SUCCEEDED(hrApartment));
 }
 
 void MonitorSession::AwaitThreadEnd() const {

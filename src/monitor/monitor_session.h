@@ -7,6 +7,7 @@
 
 #include <atomic>
 
+#include "comcallbackgate.h"
 #include "monitor/apartment.h"
 #include "monitor/gate_stream_holder.h"
 #include "platform/handles.h"
@@ -15,8 +16,8 @@
 namespace kora4 {
 
 // One run of the monitor. Reference-counted: the owner and the thread each hold it, and
-// either may be the last. Everything but the counters is set before the thread is created
-// and not changed after; no lock.
+// either may be the last. Everything but the counters and what the thread holds is set
+// before the thread is created and not changed after; no lock.
 //
 // It locks the module while it lives, and carries the thread's own reference to the
 // module, without which the code could be unmapped below a thread that is ending.
@@ -25,6 +26,12 @@ namespace kora4 {
 // ends, the platform would tear the apartment down inside the loader's lock. So the thread
 // leaves the apartment before it gives its reference to the session back, and whoever gives
 // back the last one gives the apartment up, in its own code.
+//
+// And it keeps what the thread holds: its gate, its share of the gate's factory, the watched
+// key and the change event. Only the thread touches them. What a thread held that was ended
+// by force, another one gives back. Two things nobody can give back: the dead thread's place
+// in the multithreaded apartment, which then lasts as long as the process, and what the
+// platform held for a call that the thread was in.
 class MonitorSession {
   public:
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
@@ -48,8 +55,9 @@ class MonitorSession {
     // `isInApartment`: the thread has entered the multithreaded apartment itself.
     [[noreturn]] void EndThread(DWORD exitCode, bool isInApartment);
 
-    // Ends the thread by force and gives back what it held. False, and nothing is done, when
-    // it is past everything but its own end: there it may hold locks of the platform.
+    // Ends the thread by force and has what it held given back on a thread of the same
+    // apartment; lets COM calls in meanwhile. False, and nothing is done, when the thread is
+    // giving it back itself: there it can still end, and may hold locks of the platform.
     bool TerminateMonitorThread(DWORD exitCode);
 
     // Waits a little for a thread that is past everything but its own end, so that the
@@ -66,22 +74,32 @@ class MonitorSession {
     HANDLE ReadyEvent() const { return m_readyEvent.Get(); }
     HANDLE Thread() const { return m_thread.Get(); }
     GateStreamHolder& Holder() { return m_gateHolder; }
-    // Of the thread's apartment. The thread registers and revokes; it is kept here so that
-    // a thread ended by force leaves no share behind.
-    GateFactoryRegistration& ThreadRegistration() { return m_threadRegistration; }
 
-    // Set by the thread when it has stopped watching for good.
-    void SetWatchEnded() { m_watchEnded.store(true); }
-    bool HasWatchEnded() const { return m_watchEnded.load(); }
+    // The thread's side. UnmarshalGate gives it the gate, WatchedKey and ChangeEvent have
+    // room for what it watches with.
+    HRESULT UnmarshalGate();
+    ICOMCallbackGate* Gate() const { return m_spGate.Get(); }
+    UniqueRegKey& WatchedKey() { return m_watchedKey; }
+    UniqueHandle& ChangeEvent() { return m_changeEvent; }
+    // The thread has stopped watching for good: gives back all of these.
+    void GiveBack();
+    bool HasWatchEnded() const { return m_parting.load() != eWatching; }
+
+    // Entries into the owner's Callback. A call through the gate that failed without one has
+    // not reached the owner.
+    void CountEntry() { m_entries.fetch_add(1); }
+    ULONG Entries() const { return m_entries.load(); }
 
   private:
-    // Who settles the thread's end: nobody yet, the thread, or the owner by force.
-    enum Parting : int { eOpen, eThreadDone, eTerminated };
+    // How far the thread is, or that the owner has ended it by force.
+    enum Parting : int { eWatching, eGivingBack, eThreadDone, eTerminated };
 
     static constexpr DWORD cThreadEndMilliseconds = 500;
     static constexpr DWORD cForceMilliseconds = 5000;
 
     ~MonitorSession() = default;
+
+    static DWORD WINAPI GiveBackForTheDead(void* pParameter);
 
     // Destroyed from the last to the first: the apartment is given up after the stream
     // in the holder, the module is unlocked last.
@@ -95,9 +113,12 @@ class MonitorSession {
     UniqueHandle m_thread;
     GateStreamHolder m_gateHolder;
     GateFactoryRegistration m_threadRegistration;
+    Microsoft::WRL::ComPtr<ICOMCallbackGate> m_spGate;
+    UniqueRegKey m_watchedKey;
+    UniqueHandle m_changeEvent;
     HMODULE m_threadModule = nullptr;
-    std::atomic<int> m_parting{eOpen};
-    std::atomic<bool> m_watchEnded{false};
+    std::atomic<int> m_parting{eWatching};
+    std::atomic<ULONG> m_entries{0};
     std::atomic<LONG> m_references{1};
 };
 

@@ -132,22 +132,30 @@ void RegKeyMonitor::HaltMonitorThread(MonitorSession* pSession) {
     const HANDLE handles[] = {thread, session.ExitedEvent()};
     if (WaitLettingCallsIn(handles, ARRAYSIZE(handles), cGraceMilliseconds) != WAIT_TIMEOUT) {
         session.AwaitThreadEnd();
+        CutReferences();
         return;
     }
     KALTRACE(trace::eSecurity, cSite, "Zombie thread 0x%08x 0x%08x 0x%08x\n",
              GetThreadId(thread), Printable(thread), Printable(session.ExitedEvent()));
-    if (!CanThreadEndByItself(session) && session.TerminateMonitorThread(WAIT_TIMEOUT)) {
-        // The thread cannot give back its reference to the gate any more.
-        CoDisconnectObject(this, 0);
-    }
+    if (!CanThreadEndByItself(session) && session.TerminateMonitorThread(WAIT_TIMEOUT))
+        CutReferences();
 }
 
-// It may still end when its owner's client returns, when the platform goes on with what the
-// thread gives back, or when the owner's apartment lets calls in, which a wait on a thread
-// outside that apartment does not do.
+// What is left of the references of a thread that has ended: Wine 8 asks the host's message
+// filter for the release of the gate as well, and forgets a release that is turned away. On
+// Windows something is left after an end by force at most.
+//
+// A run that was started meanwhile shares the connection. In the multithreaded apartment
+// there is none: the thread has the object itself.
+void RegKeyMonitor::CutReferences() {
+    if (CurrentApartment() == GetCurrentThreadId() && !Session())
+        CoDisconnectObject(this, 0);
+}
+
+// It may still end when its owner's client returns, or when the owner's apartment lets calls
+// in, which a wait on a thread outside that apartment does not do.
 bool RegKeyMonitor::CanThreadEndByItself(const MonitorSession& session) {
-    return session.HasWatchEnded() || IsInCallback(&session, true) ||
-           !m_gateRegistration.IsRegistered() ||
+    return IsInCallback(&session, true) || !m_gateRegistration.IsRegistered() ||
            m_gateRegistration.Apartment() != CurrentApartment();
 }
 
@@ -200,6 +208,8 @@ RegKeyMonitorClient* RegKeyMonitor::EnterCallback(CallbackFrame& frame) {
     frame.threadId = GetCurrentThreadId();
     SrwHold hold(m_guard);
     frame.pSession = m_spSession.Get();
+    if (m_spSession)
+        m_spSession->CountEntry();
     frame.pNext = m_pCallbacks;
     m_pCallbacks = &frame;
     return m_pClient;

@@ -25,6 +25,10 @@ namespace kora4 {
 // works on is the MonitorSession, which it shares with the owner and which outlives
 // whichever of the two goes first.
 //
+// A busy owner, whose message filter turns the call away, is called again after a while; any
+// other failure of the call ends the monitoring. What the filter turns away meanwhile is not
+// lost: the watch is armed all the time, and the call carries no state.
+//
 // A single-threaded apartment that ends with its monitor still running, or with a thread
 // that was let go and has not ended yet, ends the thread first. If it ends unasked, with
 // its thread, the gate is disconnected: the monitor thread ends at its next callback.
@@ -84,10 +88,19 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
 
     static DWORD WINAPI RegMonitorEntry(void* pParameter);
     static HRESULT RunRegMonitor(MonitorSession* pSession);
-    static HRESULT WatchKey(MonitorSession& session, ICOMCallbackGate* pICOMCallbackGate);
+    static HRESULT WatchKey(MonitorSession& session);
     static HRESULT RegMonitorLoop(const MonitorSession& session, HKEY key, HANDLE changeEvent,
                                   ICOMCallbackGate* pICOMCallbackGate);
+    static HRESULT CallThroughGate(const MonitorSession& session,
+                                   ICOMCallbackGate* pICOMCallbackGate);
     static HRESULT ArmNotification(HKEY key, HANDLE changeEvent);
+    // Why a watch cannot be armed, in words for the trace.
+    static const char* ReasonOfArmingError(LSTATUS status);
+
+    // Milliseconds between two calls of an owner that is busy: the first pause, each twice as
+    // long as the one before, and the longest.
+    static constexpr DWORD cFirstBusyMilliseconds = 10;
+    static constexpr DWORD cLongestBusyMilliseconds = 500;
 
   private:
     // A Callback in progress; lives on the stack of the thread that runs it.
@@ -104,6 +117,7 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
     // On the calling thread, or on any.
     bool IsInCallback(const MonitorSession* pSession, bool onAnyThread);
     bool CanThreadEndByItself(const MonitorSession& session);
+    void CutReferences();
     // Takes the session away from the object and the client from the gate.
     MonitorSessionPtr DetachSession();
 

@@ -1,6 +1,7 @@
 // The monitor thread: what runs on it holds a MonitorSession and the gate, nothing else.
 #include <objbase.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "monitor/reg_key_monitor.h"
@@ -11,6 +12,11 @@ namespace kora4 {
 namespace {
 
 constexpr std::uint32_t cThreadExit = trace::eAllEntryExit | trace::eResults;
+
+// What a message filter of the owner's apartment makes of a call that it does not want now.
+bool IsTurnedAway(HRESULT hr) {
+    return hr == RPC_E_CALL_REJECTED || hr == RPC_E_SERVERCALL_RETRYLATER;
+}
 
 }  // namespace
 
@@ -33,42 +39,58 @@ HRESULT RegKeyMonitor::RunRegMonitor(MonitorSession* pSession) {
     trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, cThreadExit, &hr);
     if (!pSession)
         return hr;
-    Microsoft::WRL::ComPtr<ICOMCallbackGate> spGate;
-    hr = pSession->Holder().Unmarshal(__uuidof(ICOMCallbackGate),
-                                      reinterpret_cast<void**>(spGate.ReleaseAndGetAddressOf()),
-                                      pSession->ThreadRegistration());
+    hr = pSession->UnmarshalGate();
     if (SUCCEEDED(hr))
-        hr = WatchKey(*pSession, spGate.Get());
-    pSession->SetWatchEnded();
-    // Needs the owner's apartment: it lets the call in while it waits for this thread.
-    spGate.Reset();
-    pSession->Holder().Revoke(pSession->ThreadRegistration());
+        hr = WatchKey(*pSession);
+    pSession->GiveBack();
     SetEvent(pSession->ExitedEvent());
     return hr;
 }
 
-HRESULT RegKeyMonitor::WatchKey(MonitorSession& session, ICOMCallbackGate* pICOMCallbackGate) {
+HRESULT RegKeyMonitor::WatchKey(MonitorSession& session) {
     if (!session.RootKey() || !session.Subkey())
         return E_FAIL;
-    UniqueRegKey key;
+    UniqueRegKey& key = session.WatchedKey();
     HRESULT hr = ResultOfRead(
         RegOpenKeyExW(session.RootKey(), session.Subkey(), 0, KEY_NOTIFY, key.Put()));
     if (hr != S_OK)
         return hr;
-    const UniqueHandle changeEvent(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    UniqueHandle& changeEvent = session.ChangeEvent();
+    changeEvent.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     if (!changeEvent)
         return E_FAIL;
     hr = ArmNotification(key.Get(), changeEvent.Get());
     if (FAILED(hr))
         return hr;
     SetEvent(session.ReadyEvent());
-    return RegMonitorLoop(session, key.Get(), changeEvent.Get(), pICOMCallbackGate);
+    return RegMonitorLoop(session, key.Get(), changeEvent.Get(), session.Gate());
 }
 
 // Asks for the next value written anywhere below the key; it signals once.
 HRESULT RegKeyMonitor::ArmNotification(HKEY key, HANDLE changeEvent) {
-    return ResultOfWrite(
-        RegNotifyChangeKeyValue(key, TRUE, REG_NOTIFY_CHANGE_LAST_SET, changeEvent, TRUE));
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::ArmNotification"};
+    const LSTATUS status =
+        RegNotifyChangeKeyValue(key, TRUE, REG_NOTIFY_CHANGE_LAST_SET, changeEvent, TRUE);
+    if (status != ERROR_SUCCESS)
+        KALTRACE(trace::eSecurity, cSite, "RegNotifyChangeKeyValue: %s, error: %d (0x%08x)\n",
+                 ReasonOfArmingError(status), static_cast<int>(status),
+                 static_cast<std::uint32_t>(status));
+    return ResultOfWrite(status);
+}
+
+const char* RegKeyMonitor::ReasonOfArmingError(LSTATUS status) {
+    switch (status) {
+        case ERROR_KEY_DELETED:
+            return "key deleted";
+        case ERROR_ACCESS_DENIED:
+            return "access denied";
+        case ERROR_NOT_ENOUGH_MEMORY:
+        case ERROR_OUTOFMEMORY:
+        case ERROR_NO_SYSTEM_RESOURCES:
+            return "no more memory";
+        default:
+            return "other failure";
+    }
 }
 
 HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
@@ -97,15 +119,34 @@ HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
         hr = ArmNotification(key, changeEvent);
         if (FAILED(hr) || WaitForSingleObject(session.StopEvent(), 0) == WAIT_OBJECT_0)
             return hr;
-        KALTRACE(trace::eNotificationThreads, cSite,
-                 "Calling through Callback gate: pICOMCallbackGate: %p TID: 0x%08x\n",
-                 static_cast<void*>(pICOMCallbackGate), GetCurrentThreadId());
-        hr = pICOMCallbackGate->Callback(0);
-        KALTRACE(trace::eNotificationThreads, cSite, "Post callback: hr: 0x%08x\n",
-                 static_cast<std::uint32_t>(hr));
+        hr = CallThroughGate(session, pICOMCallbackGate);
         if (FAILED(hr))
             return hr;
         hr = S_OK;
+    }
+}
+
+// What the owner's Callback answered. S_OK, and the stop event stays set, when the thread is
+// told to stop while the owner is busy.
+HRESULT RegKeyMonitor::CallThroughGate(const MonitorSession& session,
+                                       ICOMCallbackGate* pICOMCallbackGate) {
+    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::RegMonitorLoop"};
+    for (DWORD pause = cFirstBusyMilliseconds;;
+         pause = std::min(2 * pause, cLongestBusyMilliseconds)) {
+        KALTRACE(trace::eNotificationThreads, cSite,
+                 "Calling through Callback gate: pICOMCallbackGate: %p TID: 0x%08x\n",
+                 static_cast<void*>(pICOMCallbackGate), GetCurrentThreadId());
+        const ULONG entries = session.Entries();
+        const HRESULT hr = pICOMCallbackGate->Callback(0);
+        KALTRACE(trace::eNotificationThreads, cSite, "Post callback: hr: 0x%08x\n",
+                 static_cast<std::uint32_t>(hr));
+        // A client of the owner may have answered the same.
+        if (!IsTurnedAway(hr) || session.Entries() != entries)
+            return hr;
+        if (WaitForSingleObject(session.StopEvent(), pause) != WAIT_TIMEOUT) {
+            SetEvent(session.StopEvent());
+            return S_OK;
+        }
     }
 }
 

@@ -1,4 +1,5 @@
 // What a registered callback is told, in which order, and what it may do meanwhile.
+#include <algorithm>
 #include <thread>
 
 #include "contract/api_fixture.h"
@@ -301,6 +302,25 @@ TEST_F(ApiMtaNotifications, ManyObjectsComeAndGoWhileAnotherProgramWrites) {
     writer.join();
     m_spApi.Reset();
     EXPECT_TRUE(PumpUntil([&] { return m_library.CanUnloadNow() == S_OK; }, nullptr, 1000));
+}
+
+// Each notification that comes in before the object is ready asks for an analysis.
+TEST_F(ApiMtaNotifications, AnObjectBecomesReadyWhileAnotherProgramWritesWithoutPause) {
+    std::atomic<bool> stop = false;
+    const auto write = [&](std::uint32_t pid) {
+        for (DWORD i = 0; !stop; ++i)
+            RawStore::SetNumber(cDynamic, SettingName(pid), i % 3);
+    };
+    std::jthread writers[] = {std::jthread(write, cProfilePid), std::jthread(write, cEnablePid),
+                              std::jthread(write, cTablePid)};
+    ULONGLONG longest = 0;
+    for (int round = 0; round < 20; ++round) {
+        const ULONGLONG start = GetTickCount64();
+        Initialized();
+        longest = std::max(longest, GetTickCount64() - start);
+    }
+    stop = true;
+    EXPECT_LT(longest, 10000u) << "milliseconds";
 }
 
 TEST_F(ApiNotifications, ACallbackMayUseTheObject) {

@@ -66,6 +66,14 @@ TEST_P(ClientAssertions, AProfileThatIsNoneIsWrittenAllTheSame) {
     ExpectAsserted(cUITag, {"IsAllowableProfile( newActivePreset )"});
 }
 
+TEST_P(ClientAssertions, AStartInAProfileThatIsNoneFailsOneForEachTechnology) {
+    m_access.Put(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), 100u);
+    KORA4UIKeysClient client(&m_access);
+    ASSERT_EQ(result::cOk, client.ObjInitialize());
+    EXPECT_EQ(result::cOk, client.InitialKeysLoad());
+    ExpectAsserted("KORA4PropKey", Texts(7, "KORA4KeysClient::IsAllowableProfile( profile )"));
+}
+
 TEST_P(ClientAssertions, APassWithoutTheMutexFindsTheChangesAllTheSame) {
     m_access.Put(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), 1u);
     BareClient client(&m_access);
@@ -78,6 +86,30 @@ TEST_P(ClientAssertions, APassWithoutTheMutexFindsTheChangesAllTheSame) {
 
 INSTANTIATE_TEST_SUITE_P(Traced, ClientAssertions, testing::Values(true));
 INSTANTIATE_TEST_SUITE_P(Suppressed, ClientAssertions, testing::Values(false));
+
+// Whatever they are called with, as every other function of the client does.
+TEST(ApiConversion, EachWritesItsEntryAndItsExit) {
+    const test::StoreTrace trace(trace::eApiEntryExit);
+    PatchRecords records{};
+    ApiPatchValue value{};
+    std::uint32_t size = 0;
+    void* pField = nullptr;
+    PresetTechOf(ApiTechnology::eVolumeLeveler);
+    APITechOf(eVolumeTech);
+    ASLPatchSizeOf(cNoApiTechnology);
+    GetASLPatchUnionField(ApiTechnology::eGraphicEQ, &value, &size, &pField);
+    ToASLPatch(records, ApiTechnology::eVolumeLeveler, 0, &value);
+    FromASLPatch(records, ApiTechnology::eVolumeLeveler, 4, &value.m_values);
+    const auto messages = [lines = trace.Read(cUITag)](const std::string& function) {
+        return test::MessagesOf(lines, "KORA4UIKeysClient::" + function);
+    };
+    for (const char* function : {"PresetTechOf", "APITechOf"})
+        EXPECT_EQ((Texts{">>", "<<"}), messages(function)) << function;
+    EXPECT_EQ((Texts{">>", "<<", ">>", "<<", ">>", "<<"}), messages("ASLPatchSizeOf"));
+    EXPECT_EQ((Texts{">>", "<< hr: 0x80070057"}), messages("GetASLPatchUnionField"));
+    EXPECT_EQ((Texts{">>", "<< hr: 0x80070057"}), messages("ToASLPatch"));
+    EXPECT_EQ((Texts{">>", "<< hr: 0x00000000"}), messages("FromASLPatch"));
+}
 
 TEST(ApiConversion, RefusesABufferThatIsTooSmallInBothDirections) {
     PatchRecords records{};

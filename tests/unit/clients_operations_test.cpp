@@ -1,9 +1,11 @@
 // Each operation of the clients on the store in memory.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "unit/clients_support.h"
 
@@ -175,6 +177,17 @@ TEST_F(ClientOperations, ADemoThatSomebodyElseLeftIsNotReverted) {
     EXPECT_EQ(m_client->RevertFromDemoMode(), KORA4_S_DEMO_MODE_ACTIVE);
 }
 
+// The profile that the client knows of is active again at the pass: nothing to tell, and the
+// demo is over all the same.
+TEST_F(ClientOperations, ADemoThatSomebodyElseLeftForTheKnownProfileIsOver) {
+    m_store.PutSetting(pkey::cActivePresetPid, cGamesProfile);
+    ASSERT_EQ(result::cOk, m_client->SetDemoProfileAndEnable(240, true));
+    m_store.PutSetting(pkey::cActivePresetPid, cGamesProfile);
+    m_store.PutSetting(pkey::cActivePresetPid, cMovieProfile);
+    EXPECT_EQ("", m_client.Pass());
+    EXPECT_EQ(KORA4_S_DEMO_MODE_ACTIVE, m_client->RevertFromDemoMode());
+}
+
 TEST_F(ClientOperations, AForeignSwitchBetweenDemosKeepsTheDemo) {
     ASSERT_EQ(m_client->SetDemoProfileAndEnable(240, true), result::cOk);
     m_store.PutSetting(pkey::cActivePresetPid, 242);
@@ -337,13 +350,42 @@ TEST_F(ClientOperations, TheProfileTableNamesTheCustomProfiles) {
     EXPECT_EQ(std::u16string(eight.Get()), u"");
 }
 
-TEST_F(ClientOperations, AFailedTableReadHandsOutNothing) {
-    ASSERT_EQ(m_client->CreateCustomProfile(3, u"one"), result::cOk);
-    m_store.m_access.Put(eKeySetStatic, ProfileNameKey(8), test::Unreadable{});
+TEST(ClientStart, ReadsEachValueOnce) {
+    for (const std::uint32_t profile : {cMovieProfile, cDemoMusicProfile, 100u}) {
+        TestStore store;
+        store.PutSetting(pkey::cActivePresetPid, profile);
+        TestClient client(store);
+        ASSERT_EQ(result::cOk, client.Start());
+        std::vector<std::string> log = store.m_access.Log();
+        std::ranges::sort(log);
+        const auto twice = std::ranges::adjacent_find(log);
+        EXPECT_TRUE(twice == log.end()) << *twice << " in profile " << profile;
+    }
+}
+
+TEST(ClientStart, TakesTheStoredSwitchesOfADemoProfile) {
+    TestStore store;
+    store.PutSetting(pkey::cActivePresetPid, cDemoMovieProfile);
+    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 0);
+    TestClient client(store);
+    ASSERT_EQ(result::cOk, client.Start());
+    EXPECT_EQ("", client.Pass());
+    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 1);
+    EXPECT_EQ("flag1=1;", client.Pass());
+}
+
+TEST_F(ClientOperations, AFailedTableReadHandsOutTheNamesBeforeIt) {
+    ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(3, u"one"));
+    ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(5, u"three"));
+    m_store.m_access.Put(eKeySetStatic, ProfileNameKey(4), test::Unreadable{});
+    char16_t junk = 0;
     char16_t* names[9];
-    EXPECT_EQ(m_client->GetProfileTable(names), result::cFail);
-    for (const char16_t* name : names)
-        EXPECT_EQ(name, nullptr);
+    std::fill(std::begin(names), std::end(names), &junk);
+    EXPECT_EQ(result::cFail, m_client->GetProfileTable(names));
+    const TaskPtr<char16_t> one(names[3]);
+    EXPECT_EQ(u"one", std::u16string(one.Get()));
+    for (const int empty : {0, 1, 2, 4, 5, 6, 7, 8})
+        EXPECT_EQ(nullptr, names[empty]) << empty;
 }
 
 TEST_F(ClientOperations, EnableReadsAnyNonZeroNumberAsOn) {
@@ -503,6 +545,25 @@ TEST(ClientCommands, AreHeldFromTheInitialLoadOn) {
     EXPECT_EQ(test::StoreMutex().acquired, acquired);
 }
 
+// What is read before a value is written: the profile, the flag, the fields that are not set,
+// and at the end the trigger word.
+TEST_F(ClientOperations, ASetReadsNothingThatItReplaces) {
+    const struct {
+        ApiTechnology technology;
+        unsigned fields;
+    } cases[] = {
+        {ApiTechnology::eVolumeLeveler, 5}, {ApiTechnology::eGraphicEQ, 0},
+        {ApiTechnology::eIntelligentEQ, 2}, {ApiTechnology::eDialogEnhancer, 1},
+        {ApiTechnology::eVirtualizerHP, 1}, {ApiTechnology::eVirtualizerSpkr, 1},
+    };
+    const ApiGraphicEQ zero{};
+    for (const auto& [technology, fields] : cases) {
+        m_store.m_access.ClearLog();
+        ASSERT_EQ(result::cOk, m_client->SetPatchValue(technology, sizeof zero, &zero));
+        EXPECT_EQ(3 + fields, m_store.m_access.Reads()) << static_cast<int>(technology);
+    }
+}
+
 TEST_F(ClientOperations, ATableCounterAloneReportsTheTableAndReloadsNoPatch) {
     m_store.PutSetting(pkey::cProfileTableCounterPid, 77);
     m_store.m_access.ClearLog();
@@ -535,9 +596,9 @@ TEST_F(ClientOperations, AChangeOfTheNextGenerationSurroundTellsNothing) {
 TEST_F(ClientOperations, APassThatFindsNothingReadsTheWatchedWordsOnly) {
     m_store.m_access.ClearLog();
     EXPECT_EQ(m_client.Pass(), "");
-    // Profile, enable, counter; 8 and 4 trigger words; 7 and 3 flags.
-    EXPECT_EQ(m_store.m_access.Count(test::Operation::eReadUINT), 3u + 8 + 4 + 7 + 3);
-    EXPECT_EQ(m_store.m_access.Operations(), 25u);
+    // Profile, enable, counter; 7 and 3 trigger words; 7 and 3 flags.
+    EXPECT_EQ(3u + 7 + 3 + 7 + 3, m_store.m_access.Count(test::Operation::eReadUINT));
+    EXPECT_EQ(23u, m_store.m_access.Operations());
 }
 
 }  // namespace

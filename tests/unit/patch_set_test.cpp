@@ -419,10 +419,10 @@ TEST_F(PatchSet, IgnoresTheResultOfWritingATriggerAndReportsIt) {
 
 TEST_F(PatchSet, LoadsAllTriggerWordsAndTakesZeroForUnreadableOnes) {
     Texts expected;
-    for (std::uint32_t t = 0; t < 8; ++t)
+    for (std::uint32_t t = 1; t < 8; ++t)
         expected.push_back(
             ReadEntry(eKeySetDynamic, PresetTriggerKey(KORA4PresetTechnology(t))));
-    for (std::uint32_t t = 0; t < 4; ++t)
+    for (std::uint32_t t = 1; t < 4; ++t)
         expected.push_back(
             ReadEntry(eKeySetDynamic, GlobalTriggerKey(KORA4GlobalTechnology(t))));
     for (std::uint32_t t = 1; t < 8; ++t)

@@ -12,18 +12,20 @@ constexpr char cTag[] = "KORA4UIKeysClient";
 
 struct ApiTechnologyRow {
     KORA4PresetTechnology presetTech;
-    std::uint32_t size;   // of the API value, bytes
-    std::size_t working;  // where PatchRecords has it
+    std::uint32_t size;  // of the API value, bytes
+    RecordPart working;  // where PatchRecords has it
 };
 
 // Indexed by API technology.
 constexpr ApiTechnologyRow cApiTechnologies[] = {
-    {eVolumeTech, 4, offsetof(PatchRecords, volume.amount)},
-    {eStandardEQTech, sizeof(ApiGraphicEQ), offsetof(PatchRecords, standardEQ)},
-    {eDynamicEQTech, 4, offsetof(PatchRecords, dynamicEQ.curveIndex)},
-    {eEnhancementTech, 4, offsetof(PatchRecords, enhancement.amount)},
-    {eHeadphoneTech, 4, offsetof(PatchRecords, headphone.surroundBoost)},
-    {eVirtualSurroundTech, 4, offsetof(PatchRecords, virtualSurround.surroundBoost)},
+    {eVolumeTech, 4, {offsetof(PatchRecords, volume.amount), 4}},
+    {eStandardEQTech,
+     sizeof(ApiGraphicEQ),
+     {offsetof(PatchRecords, standardEQ), sizeof(StandardEQPatch)}},
+    {eDynamicEQTech, 4, {offsetof(PatchRecords, dynamicEQ.curveIndex), 4}},
+    {eEnhancementTech, 4, {offsetof(PatchRecords, enhancement.amount), 4}},
+    {eHeadphoneTech, 4, {offsetof(PatchRecords, headphone.surroundBoost), 4}},
+    {eVirtualSurroundTech, 4, {offsetof(PatchRecords, virtualSurround.surroundBoost), 4}},
 };
 constexpr std::size_t cApiTechnologyCount = std::size(cApiTechnologies);
 static_assert(cApiTechnologyCount ==
@@ -57,12 +59,15 @@ void StandardEQFromApi(StandardEQPatch& eq, const ApiGraphicEQ& in) {
 }  // namespace
 
 KORA4PresetTechnology PresetTechOf(ApiTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::PresetTechOf"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
     const ApiTechnologyRow* pRow = RowOf(technology);
     return pRow ? pRow->presetTech : ePresetNoTech;
 }
 
 ApiTechnology APITechOf(KORA4PresetTechnology technology) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::APITechOf"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
     const auto* pRow =
         std::find_if(std::begin(cApiTechnologies), std::end(cApiTechnologies),
                      [=](const ApiTechnologyRow& row) { return row.presetTech == technology; });
@@ -72,6 +77,8 @@ ApiTechnology APITechOf(KORA4PresetTechnology technology) {
 }
 
 std::uint32_t ASLPatchSizeOf(ApiTechnology technology) {
+    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ASLPatchSizeOf"};
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
     const ApiTechnologyRow* pRow = RowOf(technology);
     return pRow ? pRow->size : 0;
 }
@@ -79,24 +86,33 @@ std::uint32_t ASLPatchSizeOf(ApiTechnology technology) {
 HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
                               std::uint32_t* pSize, void** ppField) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::GetASLPatchUnionField"};
+    HRESULT hr = result::cInvalidArg;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     *pSize = 0;
     *ppField = nullptr;
     const ApiTechnologyRow* pRow = RowOf(technology);
     if (!pRow || pRow->size != sizeof pValue->m_values) {
         KALTRACE(trace::eMessages, cSite, "Invalid API technology: %d\n",
                  static_cast<int>(technology));
-        return result::cInvalidArg;
+        return hr;
     }
     *pSize = pRow->size;
     *ppField = &pValue->m_values;
-    return result::cOk;
+    return hr = result::cOk;
+}
+
+RecordPart WorkingPartOf(ApiTechnology technology) {
+    const ApiTechnologyRow* pRow = RowOf(technology);
+    return pRow ? pRow->working : RecordPart{};
 }
 
 HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                    void* pValue) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ToASLPatch"};
+    HRESULT hr = result::cInvalidArg;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     if (size < ASLPatchSizeOf(technology))
-        return result::cInvalidArg;
+        return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
     KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL technology\"");
     if (technology == ApiTechnology::eGraphicEQ) {
@@ -104,17 +120,19 @@ HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::u
         StandardEQToApi(records.standardEQ, &eq);
         std::memcpy(pValue, &eq, sizeof eq);
     } else if (pRow) {
-        std::memcpy(pValue, reinterpret_cast<const char*>(&records) + pRow->working,
+        std::memcpy(pValue, reinterpret_cast<const char*>(&records) + pRow->working.begin,
                     pRow->size);
     }
-    return result::cOk;
+    return hr = result::cOk;
 }
 
 HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                      const void* pValue) {
     static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::FromASLPatch"};
+    HRESULT hr = result::cInvalidArg;
+    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     if (size < ASLPatchSizeOf(technology))
-        return result::cInvalidArg;
+        return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
     KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL patch field.\"");
     if (technology == ApiTechnology::eGraphicEQ) {
@@ -122,9 +140,10 @@ HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint3
         std::memcpy(&eq, pValue, sizeof eq);
         StandardEQFromApi(records.standardEQ, eq);
     } else if (pRow) {
-        std::memcpy(reinterpret_cast<char*>(&records) + pRow->working, pValue, pRow->size);
+        std::memcpy(reinterpret_cast<char*>(&records) + pRow->working.begin, pValue,
+                    pRow->size);
     }
-    return result::cOk;
+    return hr = result::cOk;
 }
 
 }  // namespace kora4

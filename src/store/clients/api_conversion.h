@@ -10,6 +10,7 @@
 #include "store/model/patch_records.h"
 #include "store/model/result.h"
 #include "store/model/technologies.h"
+#include "store/patches/managed_patch_set.h"
 
 namespace kora4 {
 
@@ -28,6 +29,9 @@ std::uint32_t ASLPatchSizeOf(ApiTechnology technology);
 // outputs cleared.
 HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
                               std::uint32_t* pSize, void** ppField);
+
+// Where the working records hold the value; empty when the number is no technology.
+RecordPart WorkingPartOf(ApiTechnology technology);
 
 // Copy one technology's value out of and into the working records. E_INVALIDARG when
 // `size` is less than ASLPatchSizeOf. A number that is no technology fails an assertion

@@ -10,6 +10,8 @@ namespace kora4 {
 
 // The arrays are indexed by preset technology; entry 0 is not used.
 struct ChangeSet {
+    // The number of the analysis, see KORA4UIKeysClient::Analyses.
+    std::uint32_t analysis = 0;
     bool profileChanged = false;
     std::uint32_t newProfile = cNoProfile;
     bool enableChanged = false;

@@ -89,17 +89,15 @@ void KORA4KeysClient::LoadDynamicSettings() {
     m_settings.masterEnable = ReadMasterEnable();
     m_settings.dynamicSwitch =
         Values().BoolOr(eKeySetDynamic, pkey::Setting(pkey::cDynamicSwitchPid), true);
-    m_patches.LoadPresetOnElseOff(*m_pKeyAccess, m_settings.activePreset);
     m_settings.tableCounter = ReadTableCounter();
     // Trigger words before the data they announce: a writer changes them last.
     m_patches.LoadTriggers(*m_pKeyAccess);
-    ReloadPresetData();
+    const bool isDemo = IsDemoProfile(m_settings.activePreset);
+    m_patches.LoadPresetPatches(*m_pKeyAccess, m_settings.activePreset, isDemo);
+    // The values of a demo profile are the built-in ones, its switches those of the store.
+    if (isDemo)
+        m_patches.LoadPresetOnElseOff(*m_pKeyAccess, m_settings.activePreset);
     Refresh();
-}
-
-void KORA4KeysClient::ReloadPresetData() {
-    for (std::uint32_t t = eVolumeTech; t < eNumberKORA4PresetTechnologies; ++t)
-        ReloadPresetData(static_cast<KORA4PresetTechnology>(t));
 }
 
 HRESULT KORA4KeysClient::ReloadPresetData(KORA4PresetTechnology technology) {

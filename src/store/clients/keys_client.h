@@ -124,8 +124,7 @@ class KORA4KeysClient {
     void LoadMasterEnables();
     void LoadStaticSettings();
     void LoadDynamicSettings();
-    // The records of the active profile; in a demo profile the built-in ones.
-    void ReloadPresetData();
+    // The record of a technology in the active profile; in a demo profile the built-in one.
     HRESULT ReloadPresetData(KORA4PresetTechnology technology);
     // Profile, enable and counter as just read; flags and trigger words from the patch set.
     void MoveBaselineToStore();

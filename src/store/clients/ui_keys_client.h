@@ -3,12 +3,14 @@
 #ifndef KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H
 #define KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H
 
+#include <atomic>
 #include <cstdint>
 
 #include "store/clients/api_conversion.h"
 #include "store/clients/api_records.h"
 #include "store/clients/change_set.h"
 #include "store/clients/keys_client.h"
+#include "store/clients/overtaken_items.h"
 
 namespace kora4 {
 
@@ -36,8 +38,8 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     HRESULT RevertFromDemoMode();
     HRESULT ForceRevertFromDemoMode();
 
-    // Nine texts, of which 3 to 8 may be set; the caller frees them as task memory. On a
-    // failure all nine are null.
+    // Nine texts, of which 3 to 8 may be set; the caller frees them as task memory, also those
+    // that stand before a name that could not be read.
     HRESULT GetProfileTable(char16_t** ppwNames);
     HRESULT CreateCustomProfile(std::uint32_t customProfile, const char16_t* pwName);
     HRESULT SetCustomProfileName(std::uint32_t customProfile, const char16_t* pwName);
@@ -67,6 +69,15 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     // What changed since the last pass, or since the initial load.
     HRESULT OnKeyChangeNotify(ChangeSet* pChanges);
 
+    // The items of the last analysis that are no longer to be told. From any thread, without
+    // the mutex.
+    const OvertakenItems& Overtaken() const { return m_overtaken; }
+
+    // How many analyses have begun; the count wraps. What a client reads from the store after
+    // this was asked is not older than what analyses up to here have found. From any thread,
+    // without the mutex.
+    std::uint32_t Analyses() const { return m_analyses; }
+
   private:
     // The master enable as read just before it is written, and what is written.
     struct EnableWrite {
@@ -92,7 +103,15 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     HRESULT AnnounceTableChange();
     HRESULT DescribePatchChange(KORA4PresetTechnology technology, ChangeSet* pChanges);
 
-    bool m_demoMode = false;  // this client entered a demo; guarded by the mutex
+    // An own write of switches or values of `profile` succeeded. The mutex is held.
+    void Overtake(std::uint32_t profile, OvertakenItems::Items items);
+
+    // Guarded by the mutex.
+    bool m_demoMode = false;                          // this client entered a demo
+    std::uint32_t m_analysedProfile = cMovieProfile;  // the stored one at the last analysis
+
+    OvertakenItems m_overtaken;
+    std::atomic<std::uint32_t> m_analyses{0};
 };
 
 }  // namespace kora4

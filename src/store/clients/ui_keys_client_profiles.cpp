@@ -56,8 +56,9 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
                 KORA4ManagedPatchSet::ReadPresetOnElseOff(*m_pKeyAccess, profile, technology);
             hr = WritePatch(profile, technology, flagBefore, true);
             if (result::Failed(hr))
-                break;
+                return hr;
         }
+        Overtake(profile, OvertakenItems::cTechnologies);
         return hr;
     });
 }
@@ -67,9 +68,9 @@ HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bo
                                        "KORA4UIKeysClient::SetDemoProfileAndEnable"};
     return Operate(cSite, __LINE__, IsDemoProfile(demoProfile), [&] {
         const std::uint32_t current = ReadActivePreset();
-        const EnableWrite enableWrite{ReadMasterEnable(), enable};
         if (IsDemoProfile(current) && !m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
+        const EnableWrite enableWrite{ReadMasterEnable(), enable};
         const HRESULT hr = ProfileStateChange(current, demoProfile, &enableWrite);
         if (result::Succeeded(hr)) {
             // From one demo to another the first saved state is kept.
@@ -117,7 +118,7 @@ HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
         return result::cOk;
     });
     // The caller's memory is not touched while the mutex is held.
-    for (std::size_t i = 0; i < names.size() && result::Succeeded(hr); ++i)
+    for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = names[i].Detach();
     return hr;
 }
@@ -212,6 +213,8 @@ HRESULT KORA4UIKeysClient::ProfileStateChange(std::uint32_t oldProfile,
     // The flags of the baseline are those of its profile.
     if (m_baseline.profile != baselineProfile)
         std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.presetOnElseOff);
+    if (result::Succeeded(hr) && newProfile != m_analysedProfile)
+        m_overtaken.Add(OvertakenItems::cProfile | OvertakenItems::cTechnologies);
     return hr;
 }
 

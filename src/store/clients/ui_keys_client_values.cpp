@@ -35,6 +35,7 @@ HRESULT KORA4UIKeysClient::WriteEnable(const EnableWrite& write) {
     if (result::Succeeded(hr)) {
         m_settings.masterEnable = write.after;
         MoveOwn(m_baseline.enable, write.before, write.after);
+        m_overtaken.Add(OvertakenItems::cEnable);
     }
     return hr;
 }
@@ -68,6 +69,8 @@ HRESULT KORA4UIKeysClient::SetTechnologyOnElseOff(KORA4PresetTechnology technolo
             m_patches.WritePresetPatchEnable(*m_pKeyAccess, profile, technology, &report);
         if (report.flagWritten && profile == m_baseline.profile)
             MoveOwn(m_baseline.presetOnElseOff[technology], before, after);
+        if (report.flagWritten)
+            Overtake(profile, OvertakenItems::Switch(technology));
         return hr;
     });
 }
@@ -94,13 +97,20 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
     return Operate(cSite, __LINE__, argumentsGood, [&] {
         // The flag and the fields that the caller does not set are those of the store.
         const std::uint32_t profile = ReadActivePreset();
-        HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile, IsDemoProfile(profile),
-                                               presetTech);
+        const bool isDemo = IsDemoProfile(profile);
+        HRESULT hr =
+            m_patches.LoadPresetPatchEnable(*m_pKeyAccess, profile, isDemo, presetTech);
+        if (result::Succeeded(hr))
+            hr = m_patches.LoadPresetPatchData(*m_pKeyAccess, profile, isDemo, presetTech,
+                                               WorkingPartOf(technology));
         if (result::Succeeded(hr))
             hr = FromASLPatch(m_patches.m_records, technology, size, pValue);
         if (result::Succeeded(hr))
             hr = WritePatch(profile, presetTech, m_patches.m_dwPresetOnElseOff[presetTech] != 0,
                             true);
+        // In a demo profile nothing was stored.
+        if (result::Succeeded(hr) && IsSelectableProfile(profile))
+            Overtake(profile, OvertakenItems::Value(presetTech));
         return hr;
     });
 }
@@ -166,16 +176,19 @@ HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
                                        "KORA4UIKeysClient::OnKeyChangeNotify"};
     return Operate(cSite, __LINE__, true, [&] {
         *pChanges = {};
+        pChanges->analysis = ++m_analyses;
         DynamicChanges found;
         HRESULT hr = DynamicKeyUpdate(&found);
+        m_analysedProfile = m_settings.activePreset;
+        m_overtaken.Clear();
         pChanges->profileChanged = found.activePresetChanged;
         pChanges->newProfile = found.newActivePreset;
         pChanges->enableChanged = found.enableChanged;
         pChanges->enable = found.newEnable;
         pChanges->tableChanged = found.tableChanged;
 
-        // The user left the demo by other means.
-        if (found.activePresetChanged && !IsDemoProfile(found.newActivePreset))
+        // The user left the demo by other means, for the profile that the client knows of too.
+        if (!IsDemoProfile(m_analysedProfile))
             m_demoMode = false;
 
         for (std::uint32_t t = eVolumeTech;
@@ -190,6 +203,11 @@ HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
         }
         return hr;
     });
+}
+
+void KORA4UIKeysClient::Overtake(std::uint32_t profile, OvertakenItems::Items items) {
+    if (profile == m_analysedProfile)
+        m_overtaken.Add(items);
 }
 
 // Enters the new value of a technology in the change set.

@@ -43,6 +43,11 @@ struct KORA4FieldDef {
     HRESULT Load(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t defaultsIndex,
                  bool defaultsOnly, void* pRecord) const;
 
+    // Where the record holds what the store has of the field: a scalar, a count, or an index.
+    constexpr std::size_t StoredMember() const {
+        return typeCode == cSelectedArrayField ? selectionMember : valueMember;
+    }
+
     // Writes the field; of several arrays none after the first failure.
     HRESULT Write(KORA4KeyAccess& access, const PropertyKey& key, const void* pRecord) const;
 

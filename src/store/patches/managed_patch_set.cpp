@@ -23,11 +23,15 @@ constexpr KORA4GlobalTechnology GlobalTech(std::uint32_t number) {
 }
 
 // Loads a record field by field; the first field that fails ends it.
+template <typename IsWanted>
 HRESULT LoadFields(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t defaultsIndex,
-                   bool defaultsOnly, const TechnologyFields& fields) {
+                   bool defaultsOnly, const TechnologyFields& fields, IsWanted&& isWanted) {
     HRESULT hr = result::cOk;
-    for (std::uint32_t i = 0; i < fields.numberFields && result::Succeeded(hr); ++i)
-        hr = fields.pFields[i].Load(access, key, defaultsIndex, defaultsOnly, fields.pRecord);
+    for (std::uint32_t i = 0; i < fields.numberFields && result::Succeeded(hr); ++i) {
+        if (isWanted(fields.pFields[i]))
+            hr = fields.pFields[i].Load(access, key, defaultsIndex, defaultsOnly,
+                                        fields.pRecord);
+    }
     return hr;
 }
 
@@ -112,15 +116,24 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatchEnable(KORA4KeyAccess& access,
 
 HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::uint32_t profile,
                                                   bool defaultsOnly,
-                                                  KORA4PresetTechnology technology) {
+                                                  KORA4PresetTechnology technology,
+                                                  const RecordPart& except) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatchData"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
     TechnologyFields fields;
     hr = GetTechnologyFields(technology, &fields);
-    if (result::Succeeded(hr))
-        hr = LoadFields(access, PresetPatchKey(technology, profile, pkey::cSwitchPid),
-                        DefaultsIndexForProfile(profile), defaultsOnly, fields);
+    if (result::Failed(hr))
+        return hr;
+    const auto record = static_cast<std::size_t>(static_cast<const char*>(fields.pRecord) -
+                                                 reinterpret_cast<const char*>(&m_records));
+    return hr = LoadFields(access, PresetPatchKey(technology, profile, pkey::cSwitchPid),
+                           DefaultsIndexForProfile(profile), defaultsOnly, fields,
+                           [&](const KORA4FieldDef& field) {
+                               // Unsigned: what lies before the part is far behind it.
+                               return record + field.StoredMember() - except.begin >=
+                                      except.size;
+                           });
     return hr;
 }
 
@@ -170,7 +183,8 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatchData(KORA4KeyAccess& access,
     constexpr std::uint32_t cGlobalDefaultsIndex = 0;
     if (result::Succeeded(hr))
         hr = LoadFields(access, GlobalPatchKey(technology, pkey::cSwitchPid),
-                        cGlobalDefaultsIndex, false, fields);
+                        cGlobalDefaultsIndex, false, fields,
+                        [](const KORA4FieldDef&) { return true; });
     return hr;
 }
 
@@ -279,12 +293,19 @@ void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadTriggers"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
     KORA4PropKeyStoreAccess values(access);
-    for (std::uint32_t i = 0; i < eNumberKORA4PresetTechnologies; ++i)
+    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
         m_dwPresetTriggers[i] =
             values.UINTOr(eKeySetDynamic, PresetTriggerKey(PresetTech(i)), 0);
-    for (std::uint32_t i = 0; i < eNumberKORA4GlobalTechnologies; ++i)
+    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
         m_dwGlobalTriggers[i] =
             values.UINTOr(eKeySetDynamic, GlobalTriggerKey(GlobalTech(i)), 0);
+    // No technology has the key of another one, which has been read.
+    static_assert(sm_presetTechGUIDOffset[ePresetNoTech] ==
+                  sm_presetTechGUIDOffset[eVolumeTech]);
+    static_assert(sm_globalTechGUIDOffset[eGlobalNoTech] ==
+                  sm_globalTechGUIDOffset[eAudioOptimizerTech]);
+    m_dwPresetTriggers[ePresetNoTech] = m_dwPresetTriggers[eVolumeTech];
+    m_dwGlobalTriggers[eGlobalNoTech] = m_dwGlobalTriggers[eAudioOptimizerTech];
 }
 
 void KORA4ManagedPatchSet::LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile) {

@@ -3,6 +3,7 @@
 #ifndef KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
 #define KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "store/access/key_access.h"
@@ -30,6 +31,12 @@ struct TechnologyFields {
     std::uint32_t numberFields = 0;
 };
 
+// Bytes of PatchRecords.
+struct RecordPart {
+    std::size_t begin = 0;
+    std::size_t size = 0;
+};
+
 // Not thread-safe: its owner holds the store's named mutex around every call that takes
 // a key access.
 class KORA4ManagedPatchSet {
@@ -45,8 +52,10 @@ class KORA4ManagedPatchSet {
                             KORA4PresetTechnology technology);
     HRESULT LoadPresetPatchEnable(KORA4KeyAccess& access, std::uint32_t profile,
                                   bool defaultsOnly, KORA4PresetTechnology technology);
+    // Fields that lie in `except` are left as they are: their values are about to be replaced.
     HRESULT LoadPresetPatchData(KORA4KeyAccess& access, std::uint32_t profile,
-                                bool defaultsOnly, KORA4PresetTechnology technology);
+                                bool defaultsOnly, KORA4PresetTechnology technology,
+                                const RecordPart& except = {});
     // Every preset technology, 1 to 7; the results are not combined.
     void LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile, bool defaultsOnly);
 

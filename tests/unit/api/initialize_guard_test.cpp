@@ -5,6 +5,7 @@
 
 #include <thread>
 
+#include "monitor/apartment.h"
 #include "support/com_client.h"
 
 namespace kora4::test {
@@ -32,6 +33,27 @@ TEST(InitializeGuard, ReEntryOnTheSameThreadFails) {
     EXPECT_EQ(0, runs);
 }
 
+// A host's message filter that breaks off every wait in which a message comes.
+class CancellingFilter final : public IMessageFilter {
+  public:
+    CancellingFilter() { EXPECT_EQ(S_OK, CoRegisterMessageFilter(this, nullptr)); }
+    ~CancellingFilter() { EXPECT_EQ(S_OK, CoRegisterMessageFilter(nullptr, nullptr)); }
+    CancellingFilter(const CancellingFilter&) = delete;
+    CancellingFilter& operator=(const CancellingFilter&) = delete;
+
+    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP_(DWORD)
+    HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
+        return SERVERCALL_ISHANDLED;
+    }
+    STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD, DWORD) override { return 0; }
+    STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override {
+        return PENDINGMSG_CANCELCALL;
+    }
+};
+
 // A caller in an apartment of its own. Its thread takes messages nowhere but in the guard's
 // wait: when a message that was sent to it has been answered, it waits.
 class WaitingCaller {
@@ -39,6 +61,7 @@ class WaitingCaller {
     explicit WaitingCaller(InitializeGuard& guard)
         : m_ready(CreateEventW(nullptr, TRUE, FALSE, nullptr)), m_thread([this, &guard] {
               const Apartment apartment(COINIT_APARTMENTTHREADED);
+              const CancellingFilter filter;
               m_window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE,
                                          nullptr, nullptr, nullptr);
               SetEvent(m_ready.Get());
@@ -81,8 +104,11 @@ TEST(InitializeGuard, OtherThreadsWaitLetCallsInAndReturnTheFirstOnesResult) {
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(inside.Get(), cBoundedWait));
     WaitingCaller second(guard);
     WaitingCaller third(guard);
-    EXPECT_TRUE(second.Waits());
-    EXPECT_TRUE(third.Waits());
+    // More than once: the waits go on when the host breaks them off.
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(second.Waits());
+        EXPECT_TRUE(third.Waits());
+    }
     SetEvent(goOn.Get());
     EXPECT_EQ(E_UNEXPECTED, second.Result());
     EXPECT_EQ(E_UNEXPECTED, third.Result());
@@ -105,6 +131,28 @@ TEST(InitializeGuard, AThreadWithoutAnApartmentWaitsToo) {
     SetEvent(goOn.Get());
     second.join();
     EXPECT_EQ(S_FALSE, hr);
+}
+
+// The platform that closes the waiting thread's handle.
+HRESULT WINAPI CloseAndFail(DWORD, DWORD, ULONG, HANDLE* handles, DWORD*) {
+    CloseHandle(handles[0]);
+    return E_UNEXPECTED;
+}
+
+TEST(InitializeGuard, AThreadWhoseWaitFailsIsForgotten) {
+    InitializeGuard guard;
+    HRESULT hr = S_OK;
+    EXPECT_EQ(S_OK, guard.Run([&] {
+        static constexpr ApartmentCalls cCalls{
+            [](APTTYPE*, APTTYPEQUALIFIER*) -> HRESULT { return CO_E_NOTINITIALIZED; },
+            &CloseAndFail};
+        SetApartmentCalls(&cCalls);
+        std::jthread([&] { hr = guard.Run([] { return S_OK; }); }).join();
+        SetApartmentCalls(nullptr);
+        return S_OK;
+    }));
+    EXPECT_EQ(E_FAIL, hr);
+    EXPECT_EQ(S_FALSE, guard.Run([] { return S_FALSE; }));
 }
 
 }  // namespace

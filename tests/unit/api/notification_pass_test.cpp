@@ -17,7 +17,8 @@ using testing::IsEmpty;
 class NotificationPassTest : public testing::Test {
   protected:
     HRESULT Notify() {
-        return CallbackNotifications(m_spRecorder.Get(), m_changes, m_registration);
+        return CallbackNotifications(m_spRecorder.Get(), m_changes, m_registration,
+                                     m_overtaken);
     }
     void ChangeSlider(KORA4PresetTechnology technology, ApiTechnology apiTechnology) {
         m_changes.patchChanged[technology] = true;
@@ -41,6 +42,7 @@ class NotificationPassTest : public testing::Test {
     Microsoft::WRL::ComPtr<CallbackRecorder> m_spRecorder = CallbackRecorder::Create();
     ChangeSet m_changes;
     std::uint32_t m_registration = 5;
+    OvertakenItems m_overtaken;
 };
 
 TEST_F(NotificationPassTest, NothingChangedMeansNoCall) {
@@ -117,6 +119,45 @@ TEST_F(NotificationPassTest, AChangedRegistrationEndsThePass) {
                             "OnTechnologyOnElseOffChange(eVolumeLeveler, 0)"));
 }
 
+TEST_F(NotificationPassTest, WhatIsOvertakenIsLeftOut) {
+    ChangeEverything();
+    m_overtaken.Add(OvertakenItems::cEnable | OvertakenItems::Switch(eVolumeTech) |
+                    OvertakenItems::Value(eEnhancementTech) |
+                    OvertakenItems::Value(eStandardEQTech));
+    EXPECT_EQ(S_OK, Notify());
+    EXPECT_THAT(m_spRecorder->Log(),
+                ElementsAre("OnSimplePatchValueChange(eVolumeLeveler, 0)",
+                            "OnTechnologyOnElseOffChange(eDialogEnhancer, 0)",
+                            "OnTechnologyOnElseOffChange(eIntelligentEQ, 0)",
+                            "OnSimplePatchValueChange(eIntelligentEQ, 0)",
+                            "OnTechnologyOnElseOffChange(eGraphicEQ, 0)",
+                            "OnTechnologyOnElseOffChange(eVirtualizerHP, 0)",
+                            "OnSimplePatchValueChange(eVirtualizerHP, 0)",
+                            "OnTechnologyOnElseOffChange(eVirtualizerSpkr, 0)",
+                            "OnSimplePatchValueChange(eVirtualizerSpkr, 0)",
+                            "OnCustomProfileTableChange()"));
+}
+
+TEST_F(NotificationPassTest, WhatIsOvertakenDuringThePassIsLeftOutFromThereOn) {
+    ChangeEverything();
+    m_spRecorder->React("OnEnableStateChange", [&] {
+        m_overtaken.Add(OvertakenItems::cProfile | OvertakenItems::cTechnologies);
+        return S_OK;
+    });
+    EXPECT_EQ(S_OK, Notify());
+    EXPECT_THAT(m_spRecorder->Log(),
+                ElementsAre("OnEnableStateChange(0)", "OnCustomProfileTableChange()"));
+}
+
+TEST_F(NotificationPassTest, AnOvertakenProfileIsNotReplacedByItsTechnologies) {
+    ChangeEverything();
+    m_changes.profileChanged = true;
+    m_overtaken.Add(OvertakenItems::cProfile);
+    EXPECT_EQ(S_OK, Notify());
+    EXPECT_THAT(m_spRecorder->Log(),
+                ElementsAre("OnEnableStateChange(0)", "OnCustomProfileTableChange()"));
+}
+
 TEST_F(NotificationPassTest, AWrongTechnologyFailsAnAssertionAndIsToldAllTheSame) {
     const TraceFlags flags(trace::eAssertions | trace::eLogFiles);
     const TraceLog log;
@@ -138,7 +179,7 @@ TEST_F(NotificationPassTest, WhatIsWrongIsToldInSilenceWhileAssertionsAreNotTrac
     ChangeSlider(eVolumeTech, ApiTechnology::eNumberKORA4APITechnologies);
     EXPECT_EQ(S_OK, Notify());
     EXPECT_EQ(1u, m_spRecorder->Log().size());
-    EXPECT_EQ(S_OK, CallbackNotifications(nullptr, m_changes, m_registration));
+    EXPECT_EQ(S_OK, CallbackNotifications(nullptr, m_changes, m_registration, m_overtaken));
     EXPECT_TRUE(log.Read(cApiTag).empty());
 }
 
@@ -146,7 +187,7 @@ TEST_F(NotificationPassTest, WithoutACallbackAnAssertionFails) {
     const TraceFlags flags(trace::eAssertions | trace::eLogFiles);
     const TraceLog log;
     ChangeEverything();
-    EXPECT_EQ(S_OK, CallbackNotifications(nullptr, m_changes, m_registration));
+    EXPECT_EQ(S_OK, CallbackNotifications(nullptr, m_changes, m_registration, m_overtaken));
     EXPECT_THAT(Messages(log.Read(cApiTag)),
                 ElementsAre("KALASSERT failed: pICallback != NULL"));
 }

@@ -298,6 +298,107 @@ TEST(CallCancellation, IsAskedForTheMonitorThreadWithoutDelay) {
     }
 }
 
+// A gate in the thread's own apartment, which notes how it is called and given up.
+class NotingGate final : public ICOMCallbackGate {
+  public:
+    explicit NotingGate(MonitorSession& session) : m_session(session) {}
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
+        const bool known = iid == __uuidof(IUnknown) || iid == cGateIid;
+        *ppv = known ? this : nullptr;
+        if (known)
+            AddRef();
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(++references); }
+    STDMETHODIMP_(ULONG) Release() override {
+        if (called) {
+            idAtRelease = m_session.Holder().ThreadId();
+            canBeCancelledAtRelease = CoDisableCallCancellation(nullptr) == S_OK;
+        }
+        return static_cast<ULONG>(--references);
+    }
+    STDMETHODIMP Callback(ULONG) override {
+        called = true;
+        idAtCall = m_session.Holder().ThreadId();
+        canBeCancelledAtCall = CoDisableCallCancellation(nullptr) == S_OK;
+        CoEnableCallCancellation(nullptr);
+        SetEvent(m_session.StopEvent());
+        return S_OK;
+    }
+
+    bool called = false;
+    bool canBeCancelledAtCall = false;
+    bool canBeCancelledAtRelease = true;
+    DWORD idAtCall = 0;
+    DWORD idAtRelease = 17;
+    std::atomic<int> references{1};
+
+  private:
+    MonitorSession& m_session;
+};
+
+TEST(CallCancellation, ReachesTheNotificationButNotTheReleaseOfTheGate) {
+    RunIn(Apartment::eMulti, [] {
+        TestKey key;
+        MonitorSessionPtr spSession;
+        *spSession.GetAddressOf() = new MonitorSession(HKEY_CURRENT_USER, key.Path());
+        ASSERT_EQ(S_OK, spSession->MakeControls());
+        NotingGate gate(*spSession.Get());
+        GateFactoryRegistration marshalled;
+        ASSERT_EQ(S_OK, spSession->Holder().Marshal(cGateIid, &gate, marshalled));
+        ApartmentThread writer(Apartment::eSingle);
+        writer.Begin([&] {
+            if (IsSignalledWithin(spSession->ReadyEvent()))
+                key.Write();
+        });
+        EXPECT_EQ(S_OK, OpenMonitor::RunRegMonitor(spSession.Get()));
+        writer.Await();
+        EXPECT_TRUE(gate.called);
+        EXPECT_TRUE(gate.canBeCancelledAtCall);
+        EXPECT_EQ(GetCurrentThreadId(), gate.idAtCall);
+        EXPECT_FALSE(gate.canBeCancelledAtRelease);
+        EXPECT_EQ(0u, gate.idAtRelease);
+        EXPECT_EQ(1, gate.references);
+        EXPECT_EQ(CO_E_CANCEL_DISABLED, CoDisableCallCancellation(nullptr));
+    });
+}
+
+TEST(CallCancellation, IsOverWhenTheGateCannotBeTakenOut) {
+    RunIn(Apartment::eMulti, [] {
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration marshalled;
+        GateFactoryRegistration registration;
+        Microsoft::WRL::ComPtr<IUnknown> spOther;
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
+        EXPECT_EQ(E_NOINTERFACE,
+                  holder.Unmarshal(__uuidof(IDispatch),
+                                   reinterpret_cast<void**>(spOther.ReleaseAndGetAddressOf()),
+                                   registration));
+        EXPECT_EQ(0u, holder.ThreadId());
+        EXPECT_EQ(CO_E_CANCEL_DISABLED, CoDisableCallCancellation(nullptr));
+    });
+}
+
+TEST(CallCancellation, IsNotAskedForWhenTheThreadHasEndedIt) {
+    RunIn(Apartment::eMulti, [] {
+        Cancellation cancellation;
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration marshalled;
+        GateFactoryRegistration registration;
+        Gate spGate;
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
+        ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
+        holder.EndCancellation();
+        holder.EndCancellation();
+        EXPECT_EQ(CO_E_CANCEL_DISABLED, CoDisableCallCancellation(nullptr));
+        holder.CancelOutstandingCall();
+        EXPECT_EQ(0, cancellation.asked);
+    });
+}
+
 TEST(CallCancellation, IsNotAskedForWithoutAThread) {
     Cancellation cancellation;
     GateStreamHolder holder;

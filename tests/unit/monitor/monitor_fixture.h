@@ -121,6 +121,7 @@ class RecordingClient final : public RegKeyMonitorClient {
 class OpenMonitor : public RegKeyMonitor {
   public:
     using RegKeyMonitor::ArmNotification;
+    using RegKeyMonitor::ReasonOfArmingError;
     using RegKeyMonitor::RegMonitorEntry;
     using RegKeyMonitor::RegMonitorLoop;
     using RegKeyMonitor::RunRegMonitor;

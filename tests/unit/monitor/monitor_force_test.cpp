@@ -23,44 +23,101 @@ std::string ZombieLine(OpenMonitor& monitor) {
     return text;
 }
 
-// Nothing but force ends a thread that is suspended.
-TEST(MonitorStopByForce, EndsAThreadThatCannotEndByItself) {
+bool IsFactoryFound() {
+    Microsoft::WRL::ComPtr<IUnknown> spFactory;
+    return SUCCEEDED(CoGetClassObject(
+        __uuidof(ICOMCallbackGate), CLSCTX_INPROC_SERVER, nullptr, __uuidof(IUnknown),
+        reinterpret_cast<void**>(spFactory.ReleaseAndGetAddressOf())));
+}
+
+bool IsOpen(HANDLE handle) {
+    DWORD flags = 0;
+    return GetHandleInformation(handle, &flags);
+}
+
+bool IsOpen(HKEY key) {
+    return RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                            nullptr, nullptr, nullptr, nullptr) != ERROR_INVALID_HANDLE;
+}
+
+// A thread that is suspended ends by force and in no other way.
+class SuspendedThread {
+  public:
+    explicit SuspendedThread(OpenMonitor& monitor) : m_thread(monitor.DuplicateThread()) {
+        EXPECT_NE(static_cast<DWORD>(-1), SuspendThread(m_thread.Get()));
+    }
+    HANDLE Get() const { return m_thread.Get(); }
+
+  private:
+    const UniqueHandle m_thread;
+};
+
+// The kinds of apartment that an owner can be in. eNone stands for a thread that has entered
+// no apartment while the multithreaded one exists: it counts as part of that.
+class MonitorStopByForce : public testing::TestWithParam<Apartment> {
+  protected:
+    void Run(const std::function<void()>& body) {
+        if (GetParam() == Apartment::eNone)
+            RunIn(Apartment::eMulti, [&] { RunInNewThread(Apartment::eNone, body); });
+        else
+            RunIn(GetParam(), body);
+    }
+};
+
+TEST_P(MonitorStopByForce, EndsAThreadThatCannotEndByItself) {
     TraceLog log;
-    RunIn(Apartment::eMulti, [&log] {
+    Run([&log] {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
-        const UniqueHandle thread = monitor->DuplicateThread();
-        ASSERT_NE(SuspendThread(thread.Get()), static_cast<DWORD>(-1));
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
+        const SuspendedThread thread(*monitor.Get());
         const std::string zombie = ZombieLine(*monitor.Get());
         const TraceFlags traced(trace::eSecurity | trace::eLogFiles);
         log.Clear();
         const double time = Measure([&] { monitor->TerminateRegMonitor(); });
         EXPECT_THAT(MessagesOf(log.Read("RegKeyMonitor"), "RegKeyMonitor::HaltMonitorThread"),
                     testing::ElementsAre(">>", zombie, "<<"));
-        EXPECT_LT(time, RegKeyMonitor::cGraceMilliseconds + 1000.0);
+        EXPECT_GT(RegKeyMonitor::cGraceMilliseconds + 1000.0, time);
         DWORD exitCode = 0;
         GetExitCodeThread(thread.Get(), &exitCode);
-        EXPECT_EQ(exitCode, static_cast<DWORD>(WAIT_TIMEOUT));
+        EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), exitCode);
         EXPECT_FALSE(monitor->IsMonitoring());
-        // The terminated thread held one reference to the gate and cannot give it back.
-        EXPECT_EQ(monitor.References(), 2u);
-        monitor->Release();
-        // Its share in the factory has gone with it: no class is registered here any more.
-        monitor.TearDown();
-        GateFactoryRegistration registration;
-        ASSERT_EQ(registration.Register(), S_OK);
-        registration.Revoke();
-        Microsoft::WRL::ComPtr<IUnknown> spFactory;
-        EXPECT_EQ(
-            CoGetClassObject(__uuidof(ICOMCallbackGate), CLSCTX_INPROC_SERVER, nullptr,
-                             __uuidof(IUnknown),
-                             reinterpret_cast<void**>(spFactory.ReleaseAndGetAddressOf())),
-            REGDB_E_CLASSNOTREG);
     });
     EXPECT_FALSE(Module::IsLocked());
 }
+
+TEST_P(MonitorStopByForce, GivesBackWhatTheThreadHeld) {
+    Run([] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
+        const SuspendedThread thread(*monitor.Get());
+        const HKEY watched = monitor->Session()->WatchedKey().Get();
+        const HANDLE changeEvent = monitor->Session()->ChangeEvent().Get();
+        EXPECT_TRUE(IsOpen(watched));
+        EXPECT_TRUE(IsOpen(changeEvent));
+        EXPECT_LT(1u, monitor.References());
+        monitor->TerminateRegMonitor();
+        EXPECT_FALSE(IsOpen(watched));
+        EXPECT_FALSE(IsOpen(changeEvent));
+        EXPECT_EQ(1u, monitor.References());
+        // Left there, it would lock the module.
+        RunInNewThread(Apartment::eMulti, [] { EXPECT_FALSE(IsFactoryFound()); });
+        // It can be started again.
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
+        key.Write();
+        EXPECT_TRUE(client.AwaitCall(GetParam()));
+        monitor->TerminateRegMonitor();
+        EXPECT_EQ(1u, monitor.References());
+    });
+    EXPECT_FALSE(Module::IsLocked());
+    RunIn(Apartment::eMulti, [] { EXPECT_FALSE(IsFactoryFound()); });
+}
+
+KORA4_IN_APARTMENTS(MonitorStopByForce, Apartment::eSingle, Apartment::eMulti,
+                    Apartment::eNone);
 
 }  // namespace
 }  // namespace kora4::test

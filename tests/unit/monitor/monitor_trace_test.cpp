@@ -121,6 +121,35 @@ TEST_F(MonitorTrace, ShowsAFailedWait) {
                                                ".0x00000006.")));
 }
 
+TEST_F(MonitorTrace, TellsApartWhyAWatchCannotBeArmed) {
+    const UniqueHandle changed = MakeManualEvent();
+    const auto lineOf = [&](HKEY key) {
+        m_log.Clear();
+        const TraceFlags traced(trace::eSecurity | trace::eLogFiles);
+        EXPECT_EQ(E_FAIL, OpenMonitor::ArmNotification(key, changed.Get()));
+        return MessagesOf(m_log.Read(cTag), "RegKeyMonitor::ArmNotification");
+    };
+    TestKey key;
+    UniqueRegKey watched;
+    RegOpenKeyExW(HKEY_CURRENT_USER, key.Path(), 0, KEY_QUERY_VALUE, watched.Put());
+    EXPECT_THAT(lineOf(watched.Get()),
+                ElementsAre("RegNotifyChangeKeyValue: access denied, error: 5 (0x00000005)"));
+    RegOpenKeyExW(HKEY_CURRENT_USER, key.Path(), 0, KEY_NOTIFY, watched.Put());
+    ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(HKEY_CURRENT_USER, key.Path()));
+    EXPECT_THAT(lineOf(watched.Get()),
+                ElementsAre("RegNotifyChangeKeyValue: key deleted, error: 1018 (0x000003fa)"));
+    EXPECT_THAT(lineOf(nullptr),
+                ElementsAre("RegNotifyChangeKeyValue: other failure, error: 6 (0x00000006)"));
+    for (const LSTATUS status :
+         {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY, ERROR_NO_SYSTEM_RESOURCES})
+        EXPECT_STREQ("no more memory", OpenMonitor::ReasonOfArmingError(status)) << status;
+}
+
+TEST_F(MonitorTrace, SaysNothingOfAWatchThatIsArmed) {
+    const auto lines = Trace(trace::eSecurity);
+    EXPECT_THAT(MessagesOf(lines, "RegKeyMonitor::ArmNotification"), IsEmpty());
+}
+
 TEST_F(MonitorTrace, ShowsAMissingGateAsAFailedAssertion) {
     TestKey key;
     MonitorSessionPtr spSession;
