@@ -17,7 +17,7 @@
 namespace kora4::test {
 namespace {
 
-constexpr unsigned cDefaultSteps = 12000;
+constexpr unsigned cDefaultSteps = 25000;
 constexpr const char* cSeatNames[cSeats] = {"idle", "mta", "process"};
 constexpr LONG cMostTurnedAway = 3;
 constexpr int cTriesOfAMeeting = 10;  // a millisecond each
