@@ -226,21 +226,51 @@ void RoundPlanner::PlanReactions(PassModel& pass, const Told& told) {
 }
 
 void RoundPlanner::PlanReaction(PassModel& pass, const Told& told) {
+    if (m_registered && OneIn(12))
+        PlanExcursion(pass, told);
+    else if (m_registered && OneIn(7))
+        ReactFromOutside(SomeWrites());
+    else
+        React(pass, SomeReaction(pass, told));
+}
+
+// While somebody else has put another profile in place, for a while or for good, an own call
+// works on that one.
+void RoundPlanner::PlanExcursion(PassModel& pass, const Told& told) {
+    const StoreModel::Address address{true, SettingName(cProfilePid)};
+    const std::uint32_t profile = Now().profile;
+    const std::uint32_t visited = Below(3);
+    ReactFromOutside({{address, visited}});
+    Command command = SomeReaction(pass, told);
+    if (OneIn(2)) {
+        command.action =
+            OneIn(3) ? Action::eSetDemoProfileAndEnable : Action::eSetActiveProfile;
+        command.number = static_cast<LONG>(
+            command.action == Action::eSetActiveProfile ? (OneIn(2) ? profile : visited) : 240);
+    }
+    React(pass, command);
+    if (m_registered && !m_opened && OneIn(2))
+        ReactFromOutside({{address, profile}});
+}
+
+void RoundPlanner::ReactFromOutside(const Writes& writes) {
+    AddForeign(writes);
     Reaction reaction{};
     reaction.atTold = static_cast<LONG>(m_round.told.size() - 1);
-    if (m_registered && OneIn(7)) {
-        AddForeign(SomeWrites());
-        reaction.change = m_round.steps.back().change;
-    } else {
-        reaction.command = SomeReaction(pass, told);
-        if (!AddCall(m_round.seat, reaction.command, &pass))
-            return;
-        reaction.fromOtherThread =
-            m_round.seat == eMtaSeat && !IsRegistration(reaction.command.action) && OneIn(3);
-    }
+    reaction.change = m_round.steps.back().change;
     m_round.reactions.push_back(reaction);
-    if (reaction.change.count == 0 && (reaction.command.action == Action::eRegisterOther ||
-                                       reaction.command.action == Action::eUnregister))
+}
+
+void RoundPlanner::React(PassModel& pass, const Command& command) {
+    if (!AddCall(m_round.seat, command, &pass))
+        return;
+    Reaction reaction{};
+    reaction.atTold = static_cast<LONG>(m_round.told.size() - 1);
+    reaction.command = command;
+    reaction.fromOtherThread =
+        m_round.seat == eMtaSeat && !IsRegistration(command.action) && OneIn(3);
+    m_round.reactions.push_back(reaction);
+    if (command.action == Action::eRegisterOther || command.action == Action::eUnregister)
         pass.End();
 }
 
@@ -321,6 +351,13 @@ void RoundPlanner::PlanClosing() {
                     [=](const View& view) { return view.profile != profile; }))
         PlanMarker();
     PlanMarker();
+    // Whether the object still thinks itself in a demo shows in this answer.
+    if (!IsDemo(Now().profile)) {
+        Command question{};
+        question.action = Action::eRevertFromDemoMode;
+        AddCall(m_round.seat, question);
+        m_round.toldAtClosing.push_back(m_round.told.size());
+    }
 }
 
 // Something that nobody has been told before: an object that has told it has looked at the
@@ -329,8 +366,7 @@ void RoundPlanner::PlanMarker() {
     const std::uint32_t profile = Now().profile;
     Writes writes;
     if (IsDemo(profile)) {
-        if (profile != cMarkerProfile)
-            m_profileToRestore = profile;
+        m_profileToRestore = profile == cMarkerProfile ? 240 : profile;
         writes[{true, SettingName(cProfilePid)}] = cMarkerProfile;
     } else {
         writes[{false, PatchName(RawTechnology::eVolume, profile, 3)}] = m_marker++;

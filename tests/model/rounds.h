@@ -80,6 +80,9 @@ class RoundPlanner {
     void PlanPass(bool reacting);
     void PlanReactions(PassModel& pass, const Told& told);
     void PlanReaction(PassModel& pass, const Told& told);
+    void PlanExcursion(PassModel& pass, const Told& told);
+    void React(PassModel& pass, const Command& command);
+    void ReactFromOutside(const Writes& writes);
     Command SomeReaction(const PassModel& pass, const Told& told);
     Command Answer(const Told& told);
     void PlanClosing();
