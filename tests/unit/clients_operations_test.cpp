@@ -400,6 +400,26 @@ TEST_F(ClientOperations, EnableReadsAnyNonZeroNumberAsOn) {
     EXPECT_EQ(m_store.Enable(), 1u);
 }
 
+// Other writers may store any number; one that is not zero is on, and no change from one.
+TEST_F(ClientOperations, EveryStoredSwitchAboveOneIsOn) {
+    for (const std::uint32_t stored : {2u, 0x80000000u}) {
+        m_store.PutSetting(pkey::cMasterEnablePid, stored);
+        m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, 0, pkey::cSwitchPid),
+                        stored);
+        EXPECT_EQ("", m_client.Pass());
+        bool enable = false;
+        EXPECT_EQ(result::cOk, m_client->GetVeltoEnable(&enable));
+        EXPECT_TRUE(enable);
+        EXPECT_TRUE(IsOn(eVolumeTech));
+
+        EXPECT_EQ(result::cOk, m_client->SetDemoProfileAndEnable(240, false));
+        EXPECT_EQ(1u, m_store.StaticSetting(pkey::cSavedEnablePid));
+        m_store.PutUINT(eKeySetStatic, pkey::Setting(pkey::cSavedEnablePid), stored);
+        EXPECT_EQ(result::cOk, m_client->RevertFromDemoMode());
+        EXPECT_EQ(1u, m_store.Enable());
+    }
+}
+
 TEST_F(ClientOperations, AFailedToggleHandsOutTheOppositeAllTheSame) {
     m_store.m_access.FailWrite(1);
     bool enable = true;
