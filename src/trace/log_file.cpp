@@ -58,11 +58,12 @@ class Opened {
         FILE_BASIC_INFO basic;
         FILE_STANDARD_INFO standard;
         FileName name;
-        return m_handle != INVALID_HANDLE_VALUE && Tells(FileBasicInfo, &basic, sizeof basic) &&
+        return m_handle != INVALID_HANDLE_VALUE && Tells(FileNameInfo, &name, sizeof name) &&
+               IsNameOf(name.info, m_pPath + cDriveChars) &&
+               Tells(FileBasicInfo, &basic, sizeof basic) &&
                (basic.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 &&
                Tells(FileStandardInfo, &standard, sizeof standard) &&
-               standard.NumberOfLinks <= 1 && Tells(FileNameInfo, &name, sizeof name) &&
-               IsNameOf(name.info, m_pPath + cDriveChars);
+               standard.NumberOfLinks <= 1;
     }
 
   private:

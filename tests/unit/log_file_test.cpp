@@ -75,7 +75,6 @@ BOOL WINAPI Inform(HANDLE handle, FILE_INFO_BY_HANDLE_CLASS about, LPVOID pInfor
     const std::string& path = PathOf(handle);
     std::memset(pInformation, 0, size);
     if (about == FileBasicInfo) {
-        g_pPlatform->calls.push_back("look at " + path);
         auto* const pBasic = static_cast<FILE_BASIC_INFO*>(pInformation);
         pBasic->FileAttributes = g_pPlatform->links.contains(path)
                                      ? FILE_ATTRIBUTE_REPARSE_POINT
@@ -85,6 +84,7 @@ BOOL WINAPI Inform(HANDLE handle, FILE_INFO_BY_HANDLE_CLASS about, LPVOID pInfor
         pStandard->NumberOfLinks = g_pPlatform->named.contains(path) ? 2 : 1;
     } else {
         EXPECT_EQ(FileNameInfo, about);
+        g_pPlatform->calls.push_back("look at " + path);
         if (g_pPlatform->mute.contains(path))
             return FALSE;
         auto* const pName = static_cast<FILE_NAME_INFO*>(pInformation);
