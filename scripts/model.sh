@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # model.sh [CALLS [SEED]]: installs what is missing, builds, and makes that many random API
 # calls (20000) from three objects in two processes, each checked against a model of what
-# the API promises; then as many again, most of them from callbacks. Prints the seed; exits 0
+# the API promises; then as many again, many of them from callbacks. Prints the seed; exits 0
 # only if nothing differs.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"

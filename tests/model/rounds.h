@@ -33,7 +33,7 @@ struct Round {
     bool meets = false;  // another object, which is told slowly, makes calls meanwhile
 
     // In their order: what the seat is told of; what its callbacks do; and how the round
-    // ends, at last with a change that nobody has seen before.
+    // ends, with a change that nobody has seen before, so that all have looked at the rest.
     std::vector<PlannedStep> steps;
     std::size_t firstReaction = 0;
     std::size_t firstClosing = 0;
