@@ -4,7 +4,8 @@
 add_library(kora4_warnings INTERFACE)
 target_compile_options(kora4_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion
-  $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>)
+  $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety;-Wthread-safety-beta>)
 
 # What every own target is told about the platform.
 add_library(kora4_platform_settings INTERFACE)

@@ -29,7 +29,12 @@ build_needs=(
   "/usr/include/nlohmann/json.hpp|nlohmann-json3-dev"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
+clang_needs=(
+  "clang++-16|clang-16"
+  "ld.lld-16|lld-16"
+)
 test_needs=(
+  "${clang_needs[@]}"
   "clang-format-14|clang-format-14"
   "git|git"
 )

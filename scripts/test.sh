@@ -7,12 +7,14 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 require "${build_needs[@]}" "${wine_needs[@]}" "${test_needs[@]}"
 build native all tests/all
 build release all tests/all
+# The library and the tools once more, by a compiler that also checks the locks.
+build clang all
 
-# One run over both trees, so that there is one summary.
+# One run over all trees, so that there is one summary.
 all=$root/build/all-tests
 mkdir -p "$all"
-printf 'subdirs("%s" "%s")\n' "$root/build/native" "$root/build/release" \
-  >"$all/CTestTestfile.cmake"
+printf 'subdirs("%s" "%s" "%s")\n' "$root/build/native" "$root/build/release" \
+  "$root/build/clang" >"$all/CTestTestfile.cmake"
 
 trap '"$root/scripts/wine-pool.sh" end "$root/build/release/wine-pool" >/dev/null 2>&1' EXIT
 # No more at a time than there are prefixes, or tests would wait while their clocks run.

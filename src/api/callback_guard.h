@@ -5,13 +5,14 @@
 #include <windows.h>
 
 #include "api/process_track.h"
+#include "platform/thread_annotations.h"
 
 namespace kora4 {
 
 // Serialises every use of the registered client callback: registration, unregistration
 // and the whole of a notification pass, the client's methods included. It is recursive
 // and must stay so: a callback may register or unregister on the thread that calls it.
-class CallbackGuard {
+class CAPABILITY("callback lock") CallbackGuard {
   public:
     CallbackGuard() {
         InitializeCriticalSectionEx(&m_section, 0, CRITICAL_SECTION_NO_DEBUG_INFO);
@@ -20,11 +21,11 @@ class CallbackGuard {
     CallbackGuard(const CallbackGuard&) = delete;
     CallbackGuard& operator=(const CallbackGuard&) = delete;
 
-    void Enter() {
+    void Enter() ACQUIRE() {
         EnterCriticalSection(&m_section);
         m_track.Enter();
     }
-    void Leave() {
+    void Leave() RELEASE() {
         m_track.Leave();
         LeaveCriticalSection(&m_section);
     }
@@ -36,10 +37,12 @@ class CallbackGuard {
 };
 
 // Holds the callback lock for the length of a scope.
-class CallbackHold {
+class SCOPED_CAPABILITY CallbackHold {
   public:
-    explicit CallbackHold(CallbackGuard& guard) : m_guard(guard) { m_guard.Enter(); }
-    ~CallbackHold() { m_guard.Leave(); }
+    explicit CallbackHold(CallbackGuard& guard) ACQUIRE(guard) : m_guard(guard) {
+        m_guard.Enter();
+    }
+    ~CallbackHold() RELEASE() { m_guard.Leave(); }
     CallbackHold(const CallbackHold&) = delete;
     CallbackHold& operator=(const CallbackHold&) = delete;
 

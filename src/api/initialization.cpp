@@ -1,7 +1,6 @@
 // Bringing the object up, and the registration of the client's callback.
 #include "api/kora4asl.h"
 #include "platform/com_object.h"
-#include "platform/srw_hold.h"
 #include "store/access/registry_paths.h"
 
 namespace kora4 {
@@ -65,7 +64,7 @@ void CKORA4ASL::LoadTraceFlags() {
 // comes in meanwhile waits, and is analysed by itself: another program that writes without
 // pause must not keep the object from becoming ready.
 HRESULT CKORA4ASL::BecomeReady() {
-    const SrwHold hold(m_readinessLock);
+    const SlimHold hold(m_readinessLock);
     if (m_notificationMissed) {
         ChangeSet changes;
         const HRESULT hr = m_uiKeysClient.OnKeyChangeNotify(&changes);
@@ -108,7 +107,7 @@ STDMETHODIMP CKORA4ASL::UnregisterChangeNotifications() {
     });
 }
 
-// The callback lock is held. The old callback is released last: that may call back in.
+// The old callback is released last: that may call back in.
 void CKORA4ASL::SetCallback(IVeltoKORA4APICallback* pICallback) {
     if (m_spIASLCallback.Get() == pICallback)
         return;

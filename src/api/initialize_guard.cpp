@@ -1,14 +1,13 @@
 #include "api/initialize_guard.h"
 
 #include "monitor/apartment.h"
-#include "platform/srw_hold.h"
 
 namespace kora4 {
 
 bool InitializeGuard::Enter(HRESULT* phr) {
     Waiter waiter;
     {
-        const SrwHold hold(m_lock);
+        const SlimHold hold(m_lock);
         const DWORD self = GetCurrentThreadId();
         if (m_runningThread == 0) {
             m_runningThread = self;
@@ -34,7 +33,7 @@ bool InitializeGuard::Enter(HRESULT* phr) {
 HRESULT InitializeGuard::Await(Waiter& waiter) {
     const HANDLE event = waiter.event.Get();
     WaitLettingCallsIn(&event, 1, INFINITE);
-    const SrwHold hold(m_lock);
+    const SlimHold hold(m_lock);
     for (Waiter** ppWaiter = &m_pWaiters; *ppWaiter; ppWaiter = &(*ppWaiter)->pNext) {
         if (*ppWaiter == &waiter) {
             *ppWaiter = waiter.pNext;
@@ -45,7 +44,7 @@ HRESULT InitializeGuard::Await(Waiter& waiter) {
 }
 
 void InitializeGuard::Leave(HRESULT hr) {
-    const SrwHold hold(m_lock);
+    const SlimHold hold(m_lock);
     m_runningThread = 0;
     while (Waiter* pWaiter = m_pWaiters) {
         m_pWaiters = pWaiter->pNext;

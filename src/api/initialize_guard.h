@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "platform/slim_lock.h"
 
 namespace kora4 {
 
@@ -36,13 +37,13 @@ class InitializeGuard {
     };
 
     // False when there is nothing left to do but to return `*phr`.
-    bool Enter(HRESULT* phr);
-    void Leave(HRESULT hr);
-    HRESULT Await(Waiter& waiter);
+    bool Enter(HRESULT* phr) EXCLUDES(m_lock);
+    void Leave(HRESULT hr) EXCLUDES(m_lock);
+    HRESULT Await(Waiter& waiter) EXCLUDES(m_lock);
 
-    SRWLOCK m_lock = SRWLOCK_INIT;
-    DWORD m_runningThread = 0;     // guarded by m_lock; 0: none
-    Waiter* m_pWaiters = nullptr;  // guarded by m_lock
+    SlimLock m_lock;
+    DWORD m_runningThread GUARDED_BY(m_lock) = 0;  // 0: none
+    Waiter* m_pWaiters GUARDED_BY(m_lock) PT_GUARDED_BY(m_lock) = nullptr;
 };
 
 }  // namespace kora4

@@ -14,6 +14,7 @@
 #include "monitor/reg_key_monitor.h"
 #include "monitor/reg_key_monitor_client.h"
 #include "platform/com_object.h"
+#include "platform/slim_lock.h"
 #include "store/access/reg_prop_keys_access.h"
 #include "store/clients/ui_keys_client.h"
 #include "veltokora4api.h"
@@ -102,29 +103,29 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
     HRESULT BringUp();
     HRESULT StartMonitor();
     void LoadTraceFlags();
-    HRESULT BecomeReady();
-    bool IsReadyForNotification();
+    HRESULT BecomeReady() EXCLUDES(m_readinessLock);
+    bool IsReadyForNotification() EXCLUDES(m_readinessLock);
     HRESULT Notify(ChangeSet* pChanges, HRESULT hrAnalysis);
 
-    void SetCallback(IVeltoKORA4APICallback* pICallback);
+    void SetCallback(IVeltoKORA4APICallback* pICallback) REQUIRES(m_callbackGuard);
     HRESULT GetCommand(const Method& method, CompanionCommand command, LPWSTR* ppwCommand);
 
     // Destroyed from the last to the first: the keys client goes before the key access that it
     // points to. The monitor has gone before all of them, in FinalRelease.
     std::atomic<bool> m_initialized{false};
     CallbackGuard m_callbackGuard;
-    Microsoft::WRL::ComPtr<IVeltoKORA4APICallback> m_spIASLCallback;
+    Microsoft::WRL::ComPtr<IVeltoKORA4APICallback> m_spIASLCallback GUARDED_BY(m_callbackGuard);
     Microsoft::WRL::ComPtr<ComObject<RegKeyMonitor>> m_pRegKeyMonitor;
     KORA4RegPropKeysAccess m_regPropKeysAccess;
     KORA4UIKeysClient m_uiKeysClient{&m_regPropKeysAccess};
 
-    // Guarded like m_spIASLCallback: how often it has changed, and how many analyses had begun
-    // at the last change. It hears of what later ones find.
-    std::uint32_t m_registration = 0;
-    std::uint32_t m_registeredAfter = 0;
+    // How often m_spIASLCallback has changed, and how many analyses had begun at the last
+    // change. It hears of what later ones find.
+    std::uint32_t m_registration GUARDED_BY(m_callbackGuard) = 0;
+    std::uint32_t m_registeredAfter GUARDED_BY(m_callbackGuard) = 0;
     InitializeGuard m_initializeGuard;
-    SRWLOCK m_readinessLock = SRWLOCK_INIT;
-    bool m_notificationMissed = false;  // guarded by m_readinessLock
+    SlimLock m_readinessLock ACQUIRED_AFTER(m_callbackGuard);
+    bool m_notificationMissed GUARDED_BY(m_readinessLock) = false;
 };
 
 }  // namespace kora4

@@ -1,7 +1,6 @@
 // The monitor's signal becomes the client's notifications.
 #include "api/kora4asl.h"
 #include "api/notification_pass.h"
-#include "platform/srw_hold.h"
 
 namespace kora4 {
 
@@ -43,7 +42,7 @@ HRESULT CKORA4ASL::OnKeyChangeNotify() {
 // Before the object is initialised a notification must not fail, which would end the
 // monitoring: it is remembered for Initialize.
 bool CKORA4ASL::IsReadyForNotification() {
-    const SrwHold hold(m_readinessLock);
+    const SlimHold hold(m_readinessLock);
     if (!m_initialized)
         m_notificationMissed = true;
     return m_initialized;

@@ -9,7 +9,7 @@
 
 #include "comcallbackgate.h"
 #include "platform/module.h"
-#include "platform/srw_hold.h"
+#include "platform/slim_lock.h"
 #include "proxy/proxy_factory.h"
 
 namespace kora4 {
@@ -28,18 +28,18 @@ struct ApartmentEntry {
     std::optional<ModuleLock> leftLock;
 };
 
-SRWLOCK s_lock = SRWLOCK_INIT;
-ApartmentEntry* s_entries = nullptr;
-DWORD s_lastGeneration = 0;
+constinit SlimLock s_lock;
+ApartmentEntry* s_entries GUARDED_BY(s_lock) PT_GUARDED_BY(s_lock) = nullptr;
+DWORD s_lastGeneration GUARDED_BY(s_lock) = 0;
 
-ApartmentEntry** Find(ApartmentId apartment) {
+ApartmentEntry** Find(ApartmentId apartment) REQUIRES(s_lock) {
     ApartmentEntry** ppEntry = &s_entries;
     while (*ppEntry && (*ppEntry)->apartment != apartment)
         ppEntry = &(*ppEntry)->next;
     return ppEntry;
 }
 
-ApartmentEntry* FindOrAdd(ApartmentId apartment) {
+ApartmentEntry* FindOrAdd(ApartmentId apartment) REQUIRES(s_lock) {
     if (ApartmentEntry* pEntry = *Find(apartment))
         return pEntry;
     auto* pEntry =
@@ -49,7 +49,7 @@ ApartmentEntry* FindOrAdd(ApartmentId apartment) {
     return pEntry;
 }
 
-void Remove(ApartmentEntry** ppEntry) {
+void Remove(ApartmentEntry** ppEntry) REQUIRES(s_lock) {
     ApartmentEntry* const pEntry = *ppEntry;
     *ppEntry = pEntry->next;
     if (pEntry->cookie)
@@ -60,7 +60,7 @@ void Remove(ApartmentEntry** ppEntry) {
 // A platform that keeps several registrations of one class hands out a cookie each time:
 // the newest then serves all shares. One that keeps a single registration hands out
 // cookie 0 while it has one, so that a cookie means that the old one is no more.
-void TakeNewCookie(ApartmentEntry& entry, DWORD cookie) {
+void TakeNewCookie(ApartmentEntry& entry, DWORD cookie) REQUIRES(s_lock) {
     if (!cookie)
         return;
     const DWORD old = std::exchange(entry.cookie, cookie);
@@ -81,7 +81,7 @@ HRESULT GateFactoryRegistration::Register() {
     if (FAILED(hr))
         return hr;
 
-    SrwHold hold(s_lock);
+    SlimHold hold(s_lock);
     ApartmentEntry* const pEntry = FindOrAdd(CurrentApartment());
     if (!pEntry)
         return E_OUTOFMEMORY;
@@ -110,7 +110,7 @@ HRESULT GateFactoryRegistration::Register() {
 void GateFactoryRegistration::Revoke() {
     if (!std::exchange(m_registered, false))
         return;
-    SrwHold hold(s_lock);
+    SlimHold hold(s_lock);
     ApartmentEntry** const ppEntry = Find(m_apartment);
     ApartmentEntry* const pEntry = *ppEntry;
     if (!pEntry || pEntry->generation != m_generation || --pEntry->shares != 0)
@@ -122,7 +122,7 @@ void GateFactoryRegistration::Revoke() {
 }
 
 void GateFactoryRegistration::RevokeLeft() {
-    SrwHold hold(s_lock);
+    SlimHold hold(s_lock);
     ApartmentEntry** const ppEntry = Find(CurrentApartment());
     if (*ppEntry && (*ppEntry)->shares == 0)
         Remove(ppEntry);

@@ -4,7 +4,6 @@
 #include <new>
 #include <utility>
 
-#include "platform/srw_hold.h"
 #include "trace/trace.h"
 
 namespace kora4 {
@@ -69,7 +68,7 @@ HRESULT RegKeyMonitor::MakeControls(HKEY root, const wchar_t* subkey,
     if (!spSession)
         return hr;
     hr = spSession->MakeControls();
-    SrwHold hold(m_guard);
+    SlimHold hold(m_guard);
     m_spSession = spSession;
     m_pClient = client;
     return hr;
@@ -176,7 +175,7 @@ void RegKeyMonitor::CloseAndReset(const MonitorSession* pSession) {
     static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::CloseAndReset"};
     trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
     MonitorSessionPtr spClosed;
-    SrwHold hold(m_guard);
+    SlimHold hold(m_guard);
     if (m_spSession.Get() != pSession)
         return;
     spClosed.Swap(m_spSession);
@@ -206,7 +205,7 @@ STDMETHODIMP RegKeyMonitor::Callback(ULONG) {
 
 RegKeyMonitorClient* RegKeyMonitor::EnterCallback(CallbackFrame& frame) {
     frame.threadId = GetCurrentThreadId();
-    SrwHold hold(m_guard);
+    SlimHold hold(m_guard);
     frame.pSession = m_spSession.Get();
     if (m_spSession)
         m_spSession->CountEntry();
@@ -216,7 +215,7 @@ RegKeyMonitorClient* RegKeyMonitor::EnterCallback(CallbackFrame& frame) {
 }
 
 void RegKeyMonitor::LeaveCallback(const CallbackFrame& frame) {
-    SrwHold hold(m_guard);
+    SlimHold hold(m_guard);
     CallbackFrame** ppFrame = &m_pCallbacks;
     while (*ppFrame != &frame)
         ppFrame = &(*ppFrame)->pNext;
@@ -225,7 +224,7 @@ void RegKeyMonitor::LeaveCallback(const CallbackFrame& frame) {
 
 bool RegKeyMonitor::IsInCallback(const MonitorSession* pSession, bool onAnyThread) {
     const DWORD threadId = GetCurrentThreadId();
-    SrwHold hold(m_guard);
+    SlimHold hold(m_guard);
     for (const CallbackFrame* pFrame = m_pCallbacks; pFrame; pFrame = pFrame->pNext) {
         if (pFrame->pSession == pSession && (onAnyThread || pFrame->threadId == threadId))
             return true;
@@ -234,12 +233,12 @@ bool RegKeyMonitor::IsInCallback(const MonitorSession* pSession, bool onAnyThrea
 }
 
 MonitorSessionPtr RegKeyMonitor::Session() {
-    SrwHold hold(m_guard);
+    SlimHold hold(m_guard);
     return m_spSession;
 }
 
 MonitorSessionPtr RegKeyMonitor::DetachSession() {
-    SrwHold hold(m_guard);
+    SlimHold hold(m_guard);
     m_pClient = nullptr;
     return std::exchange(m_spSession, nullptr);
 }

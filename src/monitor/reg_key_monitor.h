@@ -9,6 +9,7 @@
 #include "monitor/gate_factory.h"
 #include "monitor/monitor_session.h"
 #include "monitor/reg_key_monitor_client.h"
+#include "platform/slim_lock.h"
 
 namespace kora4 {
 
@@ -76,15 +77,16 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
     void* FindInterface(REFIID iid);
 
     // The run in progress, or the last one until TerminateRegMonitor; null when idle.
-    MonitorSessionPtr Session();
+    MonitorSessionPtr Session() EXCLUDES(m_guard);
 
     // The inner steps. Those of the thread are static: they have nothing of this object.
-    HRESULT MakeControls(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client);
+    HRESULT MakeControls(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client)
+        EXCLUDES(m_guard);
     HRESULT MarshalInterface();
     HRESULT AwaitReady(MonitorSession& session);
     // Null: there is nothing to halt.
     void HaltMonitorThread(MonitorSession* pSession);
-    void CloseAndReset(const MonitorSession* pSession);
+    void CloseAndReset(const MonitorSession* pSession) EXCLUDES(m_guard);
 
     static DWORD WINAPI RegMonitorEntry(void* pParameter);
     static HRESULT RunRegMonitor(MonitorSession* pSession);
@@ -112,19 +114,19 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
 
     void OnApartmentEnd() override;
 
-    RegKeyMonitorClient* EnterCallback(CallbackFrame& frame);
-    void LeaveCallback(const CallbackFrame& frame);
+    RegKeyMonitorClient* EnterCallback(CallbackFrame& frame) EXCLUDES(m_guard);
+    void LeaveCallback(const CallbackFrame& frame) EXCLUDES(m_guard);
     // On the calling thread, or on any.
-    bool IsInCallback(const MonitorSession* pSession, bool onAnyThread);
+    bool IsInCallback(const MonitorSession* pSession, bool onAnyThread) EXCLUDES(m_guard);
     bool CanThreadEndByItself(const MonitorSession& session);
     void CutReferences();
     // Takes the session away from the object and the client from the gate.
-    MonitorSessionPtr DetachSession();
+    MonitorSessionPtr DetachSession() EXCLUDES(m_guard);
 
-    SRWLOCK m_guard = SRWLOCK_INIT;
-    RegKeyMonitorClient* m_pClient = nullptr;
-    MonitorSessionPtr m_spSession;
-    CallbackFrame* m_pCallbacks = nullptr;
+    SlimLock m_guard;
+    RegKeyMonitorClient* m_pClient GUARDED_BY(m_guard) = nullptr;
+    MonitorSessionPtr m_spSession GUARDED_BY(m_guard);
+    CallbackFrame* m_pCallbacks GUARDED_BY(m_guard) PT_GUARDED_BY(m_guard) = nullptr;
     GateFactoryRegistration m_gateRegistration;
     ApartmentEnd m_apartmentEnd;
     // The last thread that was let go; only the owner's thread uses it.

@@ -130,7 +130,7 @@ sub arrows_of_tools {
 
 sub is_pure {
     my ($file) = @_;
-    return $file =~ m{^src/(trace/trace\.h$|published/)}
+    return $file =~ m{^src/(trace/trace\.h$|platform/thread_annotations\.h$|published/)}
         || ($file =~ m{^src/store/}
             && $file !~ m{^src/store/access/(reg_prop_keys_access\.|open_mutex\.h$|(named_mutex|task_memory)\.cpp$)});
 }

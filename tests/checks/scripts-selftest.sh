@@ -53,7 +53,7 @@ else
 fi
 
 if "$root/scripts/build.sh" no-such-preset >"$work/out" 2>&1 ||
-  ! grep -qF 'use release, debug or native' "$work/out"; then
+  ! grep -qF 'use release, debug, clang or native' "$work/out"; then
   echo "FAILED  build.sh no-such-preset: $(cat "$work/out")"
   failures=$((failures + 1))
 else

@@ -103,6 +103,7 @@ allows arrows tools/registry/store.h '#include "store/access/open_mutex.h"'
 allows arrows tools/schema/settings.h '#include "store/model/model.h"\n#include <nlohmann/json.hpp>'
 finds pure "platform header" src/store/model/model.h '#include <windows.h>'
 finds pure "platform header" src/trace/trace.h '#include <wrl/client.h>'
+finds pure "platform header" src/platform/thread_annotations.h '#include <windows.h>'
 finds pure "includes one that is not" src/store/clients/client.h '#include "store/access/task_memory.cpp"'
 allows pure src/store/access/open_mutex.h '#include <windows.h>'
 finds lines "601 lines" src/api/api.h "$(printf '// line\\n%.0s' {1..599})// last"

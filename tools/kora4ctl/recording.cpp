@@ -127,7 +127,8 @@ bool IsPatchValue(const std::string& name, const Json& value) {
         return false;
     if (value.is_string())
         return std::any_of(setting->words.begin(), setting->words.end(),
-                           [&value](const ValueWord& word) { return word.word == value; });
+                           [&word = value.get_ref<const std::string&>()](
+                               const ValueWord& known) { return known.word == word; });
     return value.is_null() || value.is_number_unsigned() ||
            (setting->kind == Kind::eFloat && value.is_number());
 }

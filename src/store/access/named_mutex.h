@@ -3,13 +3,14 @@
 #ifndef KORA4_STORE_ACCESS_NAMED_MUTEX_H
 #define KORA4_STORE_ACCESS_NAMED_MUTEX_H
 
+#include "platform/thread_annotations.h"
 #include "store/model/result.h"
 
 namespace kora4 {
 
 inline constexpr char16_t cStoreMutexName[] = u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}";
 
-class NamedMutex {
+class CAPABILITY("named mutex") NamedMutex {
   public:
     NamedMutex() = default;
     ~NamedMutex();
@@ -23,11 +24,11 @@ class NamedMutex {
     // Waits without time-out. Whatever the wait says, the caller goes on: a mutex that
     // its dead owner left behind counts as owned, and a failed wait must not strand a
     // client that could still read and repair the store.
-    void Acquire();
+    void Acquire() ACQUIRE();
     bool IsAcquired() const { return m_acquired; }
 
     // E_FAIL when the platform refuses the release.
-    HRESULT Release();
+    HRESULT Release() RELEASE();
     void FreeMutex();
 
   private:
@@ -36,10 +37,10 @@ class NamedMutex {
 };
 
 // Holds the mutex for the length of a scope.
-class MutexHold {
+class SCOPED_CAPABILITY MutexHold {
   public:
-    explicit MutexHold(NamedMutex& mutex) : m_mutex(mutex) { m_mutex.Acquire(); }
-    ~MutexHold() { m_mutex.Release(); }
+    explicit MutexHold(NamedMutex& mutex) ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.Acquire(); }
+    ~MutexHold() RELEASE() { m_mutex.Release(); }
     MutexHold(const MutexHold&) = delete;
     MutexHold& operator=(const MutexHold&) = delete;
 

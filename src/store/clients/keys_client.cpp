@@ -52,10 +52,11 @@ void KORA4KeysClient::LoadMasterEnables() {
 }
 
 void KORA4KeysClient::LoadStaticSettings() {
-    const auto readSwitch = [this](std::uint32_t pid) {
+    const auto readSwitch = [this](std::uint32_t pid) REQUIRES(m_regKeysMutex) {
         return Values().BoolOr(eKeySetStatic, pkey::Setting(pid), false);
     };
-    const auto readNumber = [this](std::uint32_t pid, std::uint32_t fallback) {
+    const auto readNumber = [this](std::uint32_t pid,
+                                   std::uint32_t fallback) REQUIRES(m_regKeysMutex) {
         return Values().UINTOr(eKeySetStatic, pkey::Setting(pid), fallback);
     };
     m_settings.refreshSwitch[0] = readSwitch(pkey::cFirstRefreshSwitchPid);

@@ -89,14 +89,13 @@ class KORA4KeysClient {
     };
 
     // Compares the store with the baseline, reloads what changed and moves the baseline.
-    // The mutex is held.
-    HRESULT DynamicKeyUpdate(DynamicChanges* pChanges);
+    HRESULT DynamicKeyUpdate(DynamicChanges* pChanges) REQUIRES(m_regKeysMutex);
 
-    // Writes the active preset. The mutex is held.
-    HRESULT UpdateActivePreset(std::uint32_t newActivePreset);
+    // Writes the active preset.
+    HRESULT UpdateActivePreset(std::uint32_t newActivePreset) REQUIRES(m_regKeysMutex);
 
     // Hands the refresh switches to the patch set, which derives its effective flags.
-    void Refresh();
+    void Refresh() REQUIRES(m_regKeysMutex);
 
     // An own write moves its item of the baseline only when what was read just before the
     // write was what the baseline knew: otherwise a foreign change is still to be told.
@@ -106,29 +105,31 @@ class KORA4KeysClient {
             item = after;
     }
 
-    KORA4PropKeyStoreAccess Values() { return KORA4PropKeyStoreAccess(*m_pKeyAccess); }
-    std::uint32_t ReadActivePreset();
-    bool ReadMasterEnable();
-    std::uint32_t ReadTableCounter();
+    KORA4PropKeyStoreAccess Values() REQUIRES(m_regKeysMutex) {
+        return KORA4PropKeyStoreAccess(*m_pKeyAccess);
+    }
+    std::uint32_t ReadActivePreset() REQUIRES(m_regKeysMutex);
+    bool ReadMasterEnable() REQUIRES(m_regKeysMutex);
+    std::uint32_t ReadTableCounter() REQUIRES(m_regKeysMutex);
 
     TechnologyMasterEnables m_masterEnables;
-    KORA4ManagedPatchSet m_patches;
-    KORA4KeyAccess* const m_pKeyAccess;
+    KORA4ManagedPatchSet m_patches GUARDED_BY(m_regKeysMutex);
+    KORA4KeyAccess* const m_pKeyAccess PT_GUARDED_BY(m_regKeysMutex);
     NamedMutex m_regKeysMutex;
-    StoreSettings m_settings{};
-    Baseline m_baseline;
+    StoreSettings m_settings GUARDED_BY(m_regKeysMutex){};
+    Baseline m_baseline GUARDED_BY(m_regKeysMutex);
     // Profile editor, profile selector, demo application; null when none is stored.
     std::array<TaskPtr<char16_t>, 3> m_commands;
 
   private:
-    void LoadMasterEnables();
-    void LoadStaticSettings();
-    void LoadDynamicSettings();
+    void LoadMasterEnables() REQUIRES(m_regKeysMutex);
+    void LoadStaticSettings() REQUIRES(m_regKeysMutex);
+    void LoadDynamicSettings() REQUIRES(m_regKeysMutex);
     // The record of a technology in the active profile; in a demo profile the built-in one.
-    HRESULT ReloadPresetData(KORA4PresetTechnology technology);
+    HRESULT ReloadPresetData(KORA4PresetTechnology technology) REQUIRES(m_regKeysMutex);
     // Profile, enable and counter as just read; flags and trigger words from the patch set.
-    void MoveBaselineToStore();
-    HRESULT DynamicPatchUpdates(bool forced, DynamicChanges* pChanges);
+    void MoveBaselineToStore() REQUIRES(m_regKeysMutex);
+    HRESULT DynamicPatchUpdates(bool forced, DynamicChanges* pChanges) REQUIRES(m_regKeysMutex);
 };
 
 }  // namespace kora4

@@ -90,25 +90,29 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     template <typename Body>
     HRESULT Operate(const trace::Site& site, int line, bool argumentsGood, Body&& body);
 
-    HRESULT WriteEnable(const EnableWrite& write);
+    HRESULT WriteEnable(const EnableWrite& write) REQUIRES(m_regKeysMutex);
     HRESULT WritePatch(std::uint32_t profile, KORA4PresetTechnology technology, bool flagBefore,
-                       bool bumpTrigger);
+                       bool bumpTrigger) REQUIRES(m_regKeysMutex);
     HRESULT ProfileStateChange(std::uint32_t oldProfile, std::uint32_t newProfile,
-                               const EnableWrite* pEnable);
-    void SaveStateBeforeDemo(std::uint32_t profile, bool enable);
-    HRESULT RestoreStateBeforeDemo(std::uint32_t demoProfile);
-    HRESULT ActivePresetCopy(std::uint32_t customProfile);
-    HRESULT ReadProfileName(std::uint32_t customProfile, TaskPtr<char16_t>* pName);
-    HRESULT WriteProfileName(std::uint32_t customProfile, const char16_t* pwName);
-    HRESULT AnnounceTableChange();
-    HRESULT DescribePatchChange(KORA4PresetTechnology technology, ChangeSet* pChanges);
+                               const EnableWrite* pEnable) REQUIRES(m_regKeysMutex);
+    void SaveStateBeforeDemo(std::uint32_t profile, bool enable) REQUIRES(m_regKeysMutex);
+    HRESULT RestoreStateBeforeDemo(std::uint32_t demoProfile) REQUIRES(m_regKeysMutex);
+    HRESULT ActivePresetCopy(std::uint32_t customProfile) REQUIRES(m_regKeysMutex);
+    HRESULT ReadProfileName(std::uint32_t customProfile, TaskPtr<char16_t>* pName)
+        REQUIRES(m_regKeysMutex);
+    HRESULT WriteProfileName(std::uint32_t customProfile, const char16_t* pwName)
+        REQUIRES(m_regKeysMutex);
+    HRESULT AnnounceTableChange() REQUIRES(m_regKeysMutex);
+    HRESULT DescribePatchChange(KORA4PresetTechnology technology, ChangeSet* pChanges)
+        REQUIRES(m_regKeysMutex);
 
-    // An own write of switches or values of `profile` succeeded. The mutex is held.
-    void Overtake(std::uint32_t profile, OvertakenItems::Items items);
+    // An own write of switches or values of `profile` succeeded.
+    void Overtake(std::uint32_t profile, OvertakenItems::Items items) REQUIRES(m_regKeysMutex);
 
-    // Guarded by the mutex.
-    bool m_demoMode = false;                          // this client entered a demo
-    std::uint32_t m_analysedProfile = cMovieProfile;  // the stored one at the last analysis
+    // This client entered a demo.
+    bool m_demoMode GUARDED_BY(m_regKeysMutex) = false;
+    // The stored profile at the last analysis.
+    std::uint32_t m_analysedProfile GUARDED_BY(m_regKeysMutex) = cMovieProfile;
 
     OvertakenItems m_overtaken;
     std::atomic<std::uint32_t> m_analyses{0};

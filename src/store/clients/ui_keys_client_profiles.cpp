@@ -18,7 +18,7 @@ static_assert(cSettableTechnologies.size() == eNumberKORA4PresetTechnologies - 1
 
 HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetActiveProfile"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pProfile = ReadActivePreset();
         return result::cOk;
     });
@@ -26,7 +26,8 @@ HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
 
 HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetActiveProfile"};
-    return Operate(cSite, __LINE__, IsSelectableProfile(profile), [&] {
+    const bool argumentsGood = IsSelectableProfile(profile);
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t current = ReadActivePreset();
         if (IsDemoProfile(current))
             return KORA4_S_DEMO_MODE_ACTIVE;
@@ -40,7 +41,7 @@ HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
 HRESULT KORA4UIKeysClient::RevertActiveProfile() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::RevertActiveProfile"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t profile = ReadActivePreset();
         if (!IsPresetProfile(profile))
             return KORA4_S_NOT_A_PRESET_PROFILE;
@@ -66,7 +67,7 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
 HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bool enable) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetDemoProfileAndEnable"};
-    return Operate(cSite, __LINE__, IsDemoProfile(demoProfile), [&] {
+    return Operate(cSite, __LINE__, IsDemoProfile(demoProfile), [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t current = ReadActivePreset();
         if (IsDemoProfile(current) && !m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
@@ -85,7 +86,7 @@ HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bo
 HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::RevertFromDemoMode"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         if (!m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;
         const std::uint32_t current = ReadActivePreset();
@@ -98,7 +99,7 @@ HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
 HRESULT KORA4UIKeysClient::ForceRevertFromDemoMode() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::ForceRevertFromDemoMode"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t current = ReadActivePreset();
         return IsDemoProfile(current) ? RestoreStateBeforeDemo(current) : result::cOk;
     });
@@ -109,7 +110,7 @@ HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
     std::array<TaskPtr<char16_t>, cSelectableProfileBound> names;
     for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = nullptr;
-    const HRESULT hr = Operate(cSite, __LINE__, true, [&] {
+    const HRESULT hr = Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
             const HRESULT hrName = ReadProfileName(p, &names[p]);
             if (result::Failed(hrName))
@@ -127,7 +128,8 @@ HRESULT KORA4UIKeysClient::CreateCustomProfile(std::uint32_t customProfile,
                                                const char16_t* pwName) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::CreateCustomProfile"};
-    return Operate(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
+    const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         TaskPtr<char16_t> name;
         const HRESULT hr = ReadProfileName(customProfile, &name);
         if (hr == result::cOk)
@@ -145,7 +147,8 @@ HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
                                                 const char16_t* pwName) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetCustomProfileName"};
-    return Operate(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
+    const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         TaskPtr<char16_t> name;
         if (ReadProfileName(customProfile, &name) != result::cOk)
             return result::cFail;
@@ -156,7 +159,8 @@ HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
 HRESULT KORA4UIKeysClient::DeleteCustomProfile(std::uint32_t customProfile) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::DeleteCustomProfile"};
-    return Operate(cSite, __LINE__, IsCustomProfile(customProfile), [&] {
+    const bool argumentsGood = IsCustomProfile(customProfile);
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         if (ReadActivePreset() == customProfile)
             return result::cFail;
         const HRESULT hr = m_pKeyAccess->Delete(eKeySetStatic, ProfileNameKey(customProfile));

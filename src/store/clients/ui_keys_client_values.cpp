@@ -5,7 +5,7 @@ namespace kora4 {
 
 HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         m_settings.masterEnable = ReadMasterEnable();
         *pEnable = m_settings.masterEnable;
         return result::cOk;
@@ -14,7 +14,7 @@ HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
 
 HRESULT KORA4UIKeysClient::SetVeltoEnable(bool enable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         return WriteEnable({ReadMasterEnable(), enable});
     });
 }
@@ -22,7 +22,7 @@ HRESULT KORA4UIKeysClient::SetVeltoEnable(bool enable) {
 HRESULT KORA4UIKeysClient::ToggleVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::ToggleVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         const bool before = ReadMasterEnable();
         *pEnable = !before;
         return WriteEnable({before, !before});
@@ -44,7 +44,8 @@ HRESULT KORA4UIKeysClient::GetTechnologyOnElseOff(KORA4PresetTechnology technolo
                                                   bool* pOnElseOff) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetTechnologyOnElseOff"};
-    return Operate(cSite, __LINE__, IsValidTechnology(technology), [&] {
+    const bool argumentsGood = IsValidTechnology(technology);
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         // On/off flags are the stored ones in a demo profile too.
         const HRESULT hr = m_patches.LoadPresetPatchEnable(*m_pKeyAccess, ReadActivePreset(),
                                                            false, technology);
@@ -58,7 +59,8 @@ HRESULT KORA4UIKeysClient::SetTechnologyOnElseOff(KORA4PresetTechnology technolo
                                                   bool onElseOff) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetTechnologyOnElseOff"};
-    return Operate(cSite, __LINE__, IsValidTechnology(technology), [&] {
+    const bool argumentsGood = IsValidTechnology(technology);
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t profile = ReadActivePreset();
         const std::uint32_t before =
             KORA4ManagedPatchSet::ReadPresetOnElseOff(*m_pKeyAccess, profile, technology);
@@ -79,7 +81,8 @@ HRESULT KORA4UIKeysClient::GetPatchValue(ApiTechnology technology, std::uint32_t
                                          void* pValue) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetPatchValue"};
     const KORA4PresetTechnology presetTech = PresetTechOf(technology);
-    return Operate(cSite, __LINE__, presetTech != ePresetNoTech && pValue && size != 0, [&] {
+    const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0;
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t profile = ReadActivePreset();
         const HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile,
                                                      IsDemoProfile(profile), presetTech);
@@ -94,7 +97,7 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
     const KORA4PresetTechnology presetTech = PresetTechOf(technology);
     const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0 &&
                                size >= ASLPatchSizeOf(technology);
-    return Operate(cSite, __LINE__, argumentsGood, [&] {
+    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         // The flag and the fields that the caller does not set are those of the store.
         const std::uint32_t profile = ReadActivePreset();
         const bool isDemo = IsDemoProfile(profile);
@@ -134,7 +137,7 @@ HRESULT KORA4UIKeysClient::WritePatch(std::uint32_t profile, KORA4PresetTechnolo
 HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetSamplingPeriod"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pMilliseconds = Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
                                          cSamplingPeriodDefault);
         return result::cOk;
@@ -144,7 +147,7 @@ HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
 HRESULT KORA4UIKeysClient::SetSamplingPeriod(std::uint32_t milliseconds) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetSamplingPeriod"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         return Values().WriteUINT(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
                                   milliseconds);
     });
@@ -153,7 +156,7 @@ HRESULT KORA4UIKeysClient::SetSamplingPeriod(std::uint32_t milliseconds) {
 HRESULT KORA4UIKeysClient::GetVisualizationBlob(std::uint32_t* pSize, std::uint8_t** ppData) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetVisualizationBlob"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         return m_pKeyAccess->ReadBlob(eKeySetStatic, pkey::Setting(pkey::cVisualizationDataPid),
                                       pSize, ppData);
     });
@@ -174,7 +177,7 @@ HRESULT KORA4UIKeysClient::GetCommand(CompanionCommand command, char16_t** ppwCo
 HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::OnKeyChangeNotify"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pChanges = {};
         pChanges->analysis = ++m_analyses;
         DynamicChanges found;
