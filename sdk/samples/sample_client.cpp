@@ -147,14 +147,13 @@ std::string LevelsBars(const float* gains) {
 Settings ReadProfileTable(IVeltoKORA4API& api) {
     Settings settings;
     LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
-    if (FAILED(api.GetProfileTable(names))) {
-        return settings;
-    }
-    for (LONG profile = KORA4_PROFILE_FIRST_CUSTOM; profile <= KORA4_PROFILE_LAST_CUSTOM;
-         ++profile) {
+    const HRESULT hr = api.GetProfileTable(names);
+    for (LONG profile = KORA4_PROFILE_FIRST_CUSTOM;
+         SUCCEEDED(hr) && profile <= KORA4_PROFILE_LAST_CUSTOM; ++profile) {
         settings["custom profile " + ProfileWord(profile)] =
             names[profile] ? '"' + Narrow(names[profile]) + '"' : "none";
     }
+    // A failed call hands out the names before the one that it could not read.
     for (LPWSTR name : names) {
         CoTaskMemFree(name);
     }

@@ -29,7 +29,8 @@ class InitializeGuard {
     }
 
   private:
-    // Lives on the waiting thread's stack, in the list until Leave has set its event.
+    // Lives on the waiting thread's stack, in the list until Leave has set its event or the
+    // wait has ended.
     struct Waiter {
         UniqueHandle event;
         HRESULT hr = E_FAIL;

@@ -54,7 +54,7 @@ HRESULT CKORA4ASL::Notify(ChangeSet* pChanges, HRESULT hrAnalysis) {
     // A callback may unregister itself; the pass keeps it alive. One that was registered after
     // the analysis began hears later passes only: it may have read a newer state already.
     ComPtr<IVeltoKORA4APICallback> spCallback;
-    if (static_cast<std::int32_t>(pChanges->analysis - m_registeredAfter) > 0)
+    if (pChanges->analysis != m_registeredAfter)
         spCallback = m_spIASLCallback;
     KALTRACE(trace::eNotificationThreads, cSite, "pICallback: %p TID: 0x%08x\n",
              static_cast<void*>(spCallback.Get()), ThreadId());

@@ -23,9 +23,10 @@ class RegKeySecurity {
 
     static HRESULT MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& calls = {});
 
-    // Creates or opens the key; the caller closes the handle. E_FAIL for a link: whoever
-    // planted it chose which key would be opened to everyone. A key that denies the access is
-    // first given the list for everyone, if the caller may change its list.
+    // Creates or opens the key; the caller closes the handle. E_FAIL for a link that
+    // leads to a key: whoever planted it chose which one would be opened to everyone. A key
+    // that denies the access is first given the list for everyone, if the caller may change its
+    // list.
     static HRESULT CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
                                 const RegKeyCalls& calls = {});
 

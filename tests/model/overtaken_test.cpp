@@ -1,7 +1,8 @@
 // What callbacks do while they are told overtakes what they have not been told yet:
-// overtaken_test [STEPS [SEED]]. Three objects, in the three kinds of apartment, are told of
-// random changes, several at a time, and react with random calls; the model of a pass says
-// what each call of the callback must be. Ends with 1 at a difference.
+// overtaken_test [STEPS [SEED]]. Three objects, in a single-threaded apartment, the
+// multithreaded one, and a single-threaded apartment of another process that turns calls away,
+// are told of random changes, several at a time, and react with random calls; the model of a
+// pass says what each call of the callback must be. Ends with 1 at a difference.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

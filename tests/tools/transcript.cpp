@@ -177,6 +177,8 @@ std::string Normalised(const std::string& line) {
         {std::regex(R"(\d{4}-\d\d-\d\d)"), "<day>"},
         {std::regex(R"(\d\d:\d\d:\d\d(\.\d+)?)"), "<time>"},
         {std::regex(R"(process \d+)"), "process <id>"},
+        // The source line of a line of the library's trace.
+        {std::regex(R"(^(KORA4\w*|KOLFX\w*|Reg\w*): +\d+ )"), "$1: <line> "},
         {std::regex(R"((gain|excitation)( -?[\d.]+)+)"), "$1 <levels>"},
         {std::regex(R"x("(gains|excitations)":\[[^\]]*\])x"), "\"$1\": <levels>"},
         {std::regex(R"x("(pid|process|offset|at|elapsed)": ?[\d.]+)x"), "\"$1\": <number>"},

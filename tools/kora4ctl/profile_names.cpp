@@ -53,15 +53,16 @@ void RefuseUnlessCustom(std::uint32_t profile) {
 ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
     LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     const HRESULT hr = api.GetProfileTable(names);
+    // A failed call hands out the names before the one that it could not read.
+    ProfileTable table;
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = TakeText(names[i]);
     if (hr == E_FAIL)
         Fail(
             "The names of the custom profiles cannot be read: one that is stored is not "
             "readable.",
             "Find it with 'kora4ctl lint', repair it with 'kora4ctl lint --fix'.");
     Check(hr, "Reading the table of profiles");
-    ProfileTable table;
-    for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = TakeText(names[i]);
     return table;
 }
 

@@ -77,12 +77,11 @@ void Replayer::Create(const Json& table) {
     }
 }
 
-// Empty when the names cannot be read.
+// Empty when the name, or one before it, cannot be read.
 std::string Replayer::NameOf(LONG profile) {
     LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     std::string wanted;
-    if (FAILED(m_api->GetProfileTable(names)))
-        return wanted;
+    m_api->GetProfileTable(names);
     for (LONG i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
         const std::optional<std::string> name = TakeText(names[i]);
         if (i == profile)

@@ -24,8 +24,9 @@ std::optional<TraceLine> ParseTraceLine(std::string_view line);
 
 // A line as it is in a file. The library writes in the ANSI code page of its process, which is
 // the machine's, `codePage`, but for a program that asks for UTF-8 in its manifest. On a
-// Western machine UTF-8 is told by its look, there it would be accented capitals followed by
-// signs. Words of other pages look like UTF-8 now and then: there the machine's page counts.
+// Western machine a line that is valid UTF-8 is taken for UTF-8: in code page 1252 it would be
+// accented capitals followed by signs, which hardly occurs. Words in other code pages can be
+// valid UTF-8 by chance, so there the machine's page counts.
 std::string TextOfLine(const std::string& bytes, unsigned codePage);
 
 // "C:\KalLogs"

@@ -134,7 +134,6 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::u
                                return record + field.StoredMember() - except.begin >=
                                       except.size;
                            });
-    return hr;
 }
 
 void KORA4ManagedPatchSet::LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile,
@@ -299,7 +298,8 @@ void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
     for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
         m_dwGlobalTriggers[i] =
             values.UINTOr(eKeySetDynamic, GlobalTriggerKey(GlobalTech(i)), 0);
-    // No technology has the key of another one, which has been read.
+    // Entry 0 stands for no technology; its key is that of another one, whose word has just
+    // been read.
     static_assert(sm_presetTechGUIDOffset[ePresetNoTech] ==
                   sm_presetTechGUIDOffset[eVolumeTech]);
     static_assert(sm_globalTechGUIDOffset[eGlobalNoTech] ==
