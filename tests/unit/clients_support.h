@@ -65,7 +65,7 @@ class TestClient {
         if (changes.enableChanged)
             told += "enable=" + std::to_string(changes.enable) + ";";
         if (changes.profileChanged)
-            told += "profile=" + std::to_string(changes.newProfile) + ";";
+            told += "profile=" + std::to_string(changes.profile) + ";";
         for (std::uint32_t t = eVolumeTech; t < eNGSurroundTech && !changes.profileChanged;
              ++t) {
             const std::string number = std::to_string(t);

@@ -55,9 +55,7 @@ bool IsClear(const KORA4ManagedPatchSet& patches) {
     return std::all_of(pBytes, pBytes + sizeof patches.m_records,
                        [](unsigned char b) { return b == 0; }) &&
            IsClear(patches.m_dwPresetOnElseOff) && IsClear(patches.m_dwGlobalOnElseOff) &&
-           IsClear(patches.m_dwPresetEffective) && IsClear(patches.m_dwGlobalEffective) &&
-           IsClear(patches.m_dwPresetTriggers) && IsClear(patches.m_dwGlobalTriggers) &&
-           IsClear(patches.m_refreshSwitches);
+           IsClear(patches.m_dwPresetTriggers) && IsClear(patches.m_dwGlobalTriggers);
 }
 
 // --- construction and reset --------------------------------------------------------------
@@ -74,7 +72,6 @@ TEST_F(PatchSet, IsClearAfterAReset) {
     m_patches.LoadPresetPatches(m_store, cMovieProfile, false);
     m_patches.LoadGlobalPatches(m_store);
     m_patches.LoadTriggers(m_store);
-    m_patches.Refresh(true, true, true);
     EXPECT_FALSE(IsClear(m_patches));
     m_patches.Reset();
     EXPECT_TRUE(IsClear(m_patches));
@@ -433,13 +430,13 @@ TEST_F(PatchSet, LoadsAllTriggerWordsAndTakesZeroForUnreadableOnes) {
     m_patches.LoadTriggers(m_store);
     EXPECT_EQ(expected, m_store.Log());
     EXPECT_EQ(102u, m_patches.m_dwPresetTriggers[eEnhancementTech]);
-    EXPECT_EQ(101u, m_patches.m_dwPresetTriggers[ePresetNoTech]) << "shares the volume's key";
+    EXPECT_EQ(0u, m_patches.m_dwPresetTriggers[ePresetNoTech]) << "has no key of its own";
     EXPECT_EQ(0u, m_patches.m_dwPresetTriggers[eNGSurroundTech]);
     EXPECT_EQ(202u, m_patches.m_dwGlobalTriggers[ePeakLimiterTech]);
     EXPECT_EQ(0u, m_patches.m_dwGlobalTriggers[eAudioRegulatorTech]);
 }
 
-// --- flags and what follows from them ------------------------------------------------------
+// --- flags -------------------------------------------------------------------------------
 
 TEST_F(PatchSet, LoadsTheFlagsOfAProfileAndTheGlobalEnables) {
     StoreFlag(eHeadphoneTech, 2, 0);
@@ -451,25 +448,6 @@ TEST_F(PatchSet, LoadsTheFlagsOfAProfileAndTheGlobalEnables) {
     EXPECT_TRUE(std::ranges::equal(games, m_patches.m_dwPresetOnElseOff));
     const std::uint32_t globals[] = {0, 0, 1, 1};
     EXPECT_TRUE(std::ranges::equal(globals, m_patches.m_dwGlobalOnElseOff));
-}
-
-TEST_F(PatchSet, IsEffectiveWithFlagAndMasterEnableWhateverTheFurtherSwitches) {
-    m_patches.LoadPresetOnElseOff(m_store, 2);
-    m_patches.LoadGlobalOnElseOff(m_store);
-    for (const bool first : {false, true}) {
-        for (const bool second : {false, true}) {
-            m_patches.Refresh(true, first, second);
-            EXPECT_TRUE(std::ranges::equal(m_patches.m_dwPresetOnElseOff,
-                                           m_patches.m_dwPresetEffective));
-            EXPECT_TRUE(std::ranges::equal(m_patches.m_dwGlobalOnElseOff,
-                                           m_patches.m_dwGlobalEffective));
-            EXPECT_EQ(first, m_patches.m_refreshSwitches[0]);
-            EXPECT_EQ(second, m_patches.m_refreshSwitches[1]);
-            m_patches.Refresh(false, first, second);
-            EXPECT_TRUE(IsClear(m_patches.m_dwPresetEffective));
-            EXPECT_TRUE(IsClear(m_patches.m_dwGlobalEffective));
-        }
-    }
 }
 
 // --- trace -------------------------------------------------------------------------------
@@ -489,6 +467,13 @@ TEST_F(PatchSet, TracesEntriesWithBit0x800AndResultsWithBit1) {
     m_patches.LoadPresetPatch(m_store, 0, true, eNGSurroundTech);
     EXPECT_EQ(Texts{"<< hr: 0x00000000"},
               MessagesOf(trace.Read("KORA4PropKey"), "KORA4ManagedPatchSet::LoadPresetPatch"));
+}
+
+TEST_F(PatchSet, TracesARefresh) {
+    const test::StoreTrace trace(trace::eAllEntryExit);
+    KORA4ManagedPatchSet::Refresh();
+    EXPECT_EQ((Texts{">>", "<<"}),
+              MessagesOf(trace.Read("KORA4PropKey"), "KORA4ManagedPatchSet::Refresh"));
 }
 
 TEST_F(PatchSet, TracesNothingWithTheDefaultFlagWord) {

@@ -47,9 +47,8 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
 
         // What is stored under the paired demo profile are the factory values.
         const std::uint32_t demoProfile = DemoProfileOf(profile);
-        m_settings.activePreset = profile;
         m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
-        Refresh();
+        KORA4ManagedPatchSet::Refresh();
         HRESULT hr = result::cOk;
         for (const KORA4PresetTechnology technology : cSettableTechnologies) {
             const bool flagBefore =
@@ -182,7 +181,6 @@ HRESULT KORA4UIKeysClient::AnnounceTableChange() {
     const HRESULT hr =
         Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), after);
     if (result::Succeeded(hr)) {
-        m_settings.tableCounter = after;
         MoveOwn(m_baseline.tableCounter, before, after);
     }
     return hr;
@@ -206,13 +204,13 @@ HRESULT KORA4UIKeysClient::ProfileStateChange(std::uint32_t oldProfile,
         hr = WriteEnable(*pEnable);
     if (result::Succeeded(hr)) {
         m_patches.LoadPresetPatches(*m_pKeyAccess, newProfile, false);
-        Refresh();
+        KORA4ManagedPatchSet::Refresh();
     } else {
         m_patches.LoadPresetOnElseOff(*m_pKeyAccess, newProfile);
     }
     // The flags of the baseline are those of its profile.
     if (m_baseline.profile != baselineProfile)
-        std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.presetOnElseOff);
+        std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.words.m_dwPresetOnElseOff);
     if (result::Succeeded(hr) && newProfile != m_analysedProfile)
         m_overtaken.Add(OvertakenItems::cProfile | OvertakenItems::cTechnologies);
     return hr;

@@ -6,8 +6,7 @@ namespace kora4 {
 HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetVeltoEnable"};
     return Operate(cSite, __LINE__, true, [&] {
-        m_settings.masterEnable = ReadMasterEnable();
-        *pEnable = m_settings.masterEnable;
+        *pEnable = ReadMasterEnable();
         return result::cOk;
     });
 }
@@ -33,7 +32,6 @@ HRESULT KORA4UIKeysClient::WriteEnable(const EnableWrite& write) {
     const HRESULT hr =
         Values().WriteBool(eKeySetDynamic, pkey::Setting(pkey::cMasterEnablePid), write.after);
     if (result::Succeeded(hr)) {
-        m_settings.masterEnable = write.after;
         MoveOwn(m_baseline.enable, write.before, write.after);
         m_overtaken.Add(OvertakenItems::cEnable);
     }
@@ -68,7 +66,7 @@ HRESULT KORA4UIKeysClient::SetTechnologyOnElseOff(KORA4PresetTechnology technolo
         const HRESULT hr =
             m_patches.WritePresetPatchEnable(*m_pKeyAccess, profile, technology, &report);
         if (report.flagWritten && profile == m_baseline.profile)
-            MoveOwn(m_baseline.presetOnElseOff[technology], before, after);
+            MoveOwn(m_baseline.words.m_dwPresetOnElseOff[technology], before, after);
         if (report.flagWritten)
             Overtake(profile, OvertakenItems::Switch(technology));
         return hr;
@@ -123,10 +121,10 @@ HRESULT KORA4UIKeysClient::WritePatch(std::uint32_t profile, KORA4PresetTechnolo
     const HRESULT hr =
         m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, bumpTrigger, &report);
     if (report.flagWritten && profile == m_baseline.profile)
-        MoveOwn<std::uint32_t>(m_baseline.presetOnElseOff[technology], flagBefore,
+        MoveOwn<std::uint32_t>(m_baseline.words.m_dwPresetOnElseOff[technology], flagBefore,
                                m_patches.m_dwPresetOnElseOff[technology]);
     if (report.triggerWritten)
-        MoveOwn(m_baseline.presetTriggers[technology], report.triggerBefore,
+        MoveOwn(m_baseline.words.m_dwPresetTriggers[technology], report.triggerBefore,
                 report.triggerAfter);
     return hr;
 }
@@ -177,15 +175,9 @@ HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
     return Operate(cSite, __LINE__, true, [&] {
         *pChanges = {};
         pChanges->analysis = ++m_analyses;
-        DynamicChanges found;
-        HRESULT hr = DynamicKeyUpdate(&found);
-        m_analysedProfile = m_settings.activePreset;
+        HRESULT hr = DynamicKeyUpdate(pChanges);
+        m_analysedProfile = pChanges->profile;
         m_overtaken.Clear();
-        pChanges->profileChanged = found.activePresetChanged;
-        pChanges->newProfile = found.newActivePreset;
-        pChanges->enableChanged = found.enableChanged;
-        pChanges->enable = found.newEnable;
-        pChanges->tableChanged = found.tableChanged;
 
         // The user left the demo by other means, for the profile that the client knows of too.
         if (!IsDemoProfile(m_analysedProfile))
@@ -193,13 +185,9 @@ HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
 
         for (std::uint32_t t = eVolumeTech;
              t < eNumberKORA4PresetTechnologies && result::Succeeded(hr); ++t) {
-            const auto technology = static_cast<KORA4PresetTechnology>(t);
-            if (found.onElseOffChanged[t]) {
-                pChanges->onElseOffChanged[t] = true;
-                pChanges->onElseOff[t] = m_patches.m_dwPresetOnElseOff[t] != 0;
-            }
-            if (found.patchChanged[t])
-                hr = DescribePatchChange(technology, pChanges);
+            pChanges->onElseOff[t] = m_patches.m_dwPresetOnElseOff[t] != 0;
+            if (pChanges->patchChanged[t])
+                hr = DescribePatchChange(static_cast<KORA4PresetTechnology>(t), pChanges);
         }
         return hr;
     });
@@ -215,7 +203,6 @@ HRESULT KORA4UIKeysClient::DescribePatchChange(KORA4PresetTechnology technology,
                                                ChangeSet* pChanges) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::DescribePatchChange"};
-    pChanges->patchChanged[technology] = true;
     const ApiTechnology apiTech = APITechOf(technology);
     if (apiTech == ApiTechnology::eNumberKORA4APITechnologies)
         return result::cOk;

@@ -1,8 +1,5 @@
 #include "store/patches/managed_patch_set.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "store/access/prop_key_store_access.h"
 #include "store/model/profiles.h"
 #include "store/model/property_key.h"
@@ -37,52 +34,36 @@ HRESULT LoadFields(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t
 
 }  // namespace
 
-// Shows the condition as it reads in every log of this check: with the index cast.
-#define KAL_ASSERT_OFFSET(site, offset, table, technology) \
-    KALASSERT_TEXT(site, (offset) == table[technology],    \
-                   #offset " == " #table "[ (UINT) " #technology " ]")
+// The key of every technology, by name: a table out of order would put one technology's values
+// under the key of another.
+static_assert(sm_presetTechGUIDOffset[ePresetNoTech] == 0);
+static_assert(sm_presetTechGUIDOffset[eVolumeTech] == KORA4_PKEY_VOLUME_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eEnhancementTech] == KORA4_PKEY_ENHANCEMENT_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eDynamicEQTech] == KORA4_PKEY_DYN_EQ_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eStandardEQTech] == KORA4_PKEY_STD_EQ_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eHeadphoneTech] == KORA4_PKEY_HEADPHONE_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eVirtualSurroundTech] ==
+              KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eNGSurroundTech] ==
+              KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET);
+static_assert(sm_globalTechGUIDOffset[eGlobalNoTech] == 0);
+static_assert(sm_globalTechGUIDOffset[ePeakLimiterTech] == KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET);
+static_assert(sm_globalTechGUIDOffset[eAudioRegulatorTech] ==
+              KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET);
+static_assert(sm_globalTechGUIDOffset[eAudioOptimizerTech] ==
+              KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET);
 
 KORA4ManagedPatchSet::KORA4ManagedPatchSet() {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::KORA4ManagedPatchSet"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
-    KAL_ASSERT_OFFSET(cSite, 0, sm_presetTechGUIDOffset, ePresetNoTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_VOLUME_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eVolumeTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_ENHANCEMENT_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eEnhancementTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_DYN_EQ_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eDynamicEQTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_STD_EQ_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eStandardEQTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_HEADPHONE_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eHeadphoneTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eVirtualSurroundTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eNGSurroundTech);
-    KAL_ASSERT_OFFSET(cSite, 0, sm_globalTechGUIDOffset, eGlobalNoTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET, sm_globalTechGUIDOffset,
-                      ePeakLimiterTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET, sm_globalTechGUIDOffset,
-                      eAudioRegulatorTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET, sm_globalTechGUIDOffset,
-                      eAudioOptimizerTech);
     Reset();
 }
-
-#undef KAL_ASSERT_OFFSET
 
 void KORA4ManagedPatchSet::Reset() {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Reset"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
     m_records = {};
-    std::fill(std::begin(m_dwPresetOnElseOff), std::end(m_dwPresetOnElseOff), 0u);
-    std::fill(std::begin(m_dwGlobalOnElseOff), std::end(m_dwGlobalOnElseOff), 0u);
-    std::fill(std::begin(m_dwPresetEffective), std::end(m_dwPresetEffective), 0u);
-    std::fill(std::begin(m_dwGlobalEffective), std::end(m_dwGlobalEffective), 0u);
-    std::fill(std::begin(m_dwPresetTriggers), std::end(m_dwPresetTriggers), 0u);
-    std::fill(std::begin(m_dwGlobalTriggers), std::end(m_dwGlobalTriggers), 0u);
-    std::fill(std::begin(m_refreshSwitches), std::end(m_refreshSwitches), false);
+    static_cast<TechnologyWords&>(*this) = {};
 }
 
 HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
@@ -134,7 +115,6 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::u
                                return record + field.StoredMember() - except.begin >=
                                       except.size;
                            });
-    return hr;
 }
 
 void KORA4ManagedPatchSet::LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile,
@@ -299,13 +279,6 @@ void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
     for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
         m_dwGlobalTriggers[i] =
             values.UINTOr(eKeySetDynamic, GlobalTriggerKey(GlobalTech(i)), 0);
-    // No technology has the key of another one, which has been read.
-    static_assert(sm_presetTechGUIDOffset[ePresetNoTech] ==
-                  sm_presetTechGUIDOffset[eVolumeTech]);
-    static_assert(sm_globalTechGUIDOffset[eGlobalNoTech] ==
-                  sm_globalTechGUIDOffset[eAudioOptimizerTech]);
-    m_dwPresetTriggers[ePresetNoTech] = m_dwPresetTriggers[eVolumeTech];
-    m_dwGlobalTriggers[eGlobalNoTech] = m_dwGlobalTriggers[eAudioOptimizerTech];
 }
 
 void KORA4ManagedPatchSet::LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile) {
@@ -322,15 +295,9 @@ void KORA4ManagedPatchSet::LoadGlobalOnElseOff(KORA4KeyAccess& access) {
         m_dwGlobalOnElseOff[i] = ReadGlobalOnElseOff(access, GlobalTech(i));
 }
 
-void KORA4ManagedPatchSet::Refresh(bool masterEnable, bool firstSwitch, bool secondSwitch) {
+void KORA4ManagedPatchSet::Refresh() {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Refresh"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
-    m_refreshSwitches[0] = firstSwitch;
-    m_refreshSwitches[1] = secondSwitch;
-    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
-        m_dwPresetEffective[i] = masterEnable && m_dwPresetOnElseOff[i] != 0;
-    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
-        m_dwGlobalEffective[i] = masterEnable && m_dwGlobalOnElseOff[i] != 0;
 }
 
 }  // namespace kora4
