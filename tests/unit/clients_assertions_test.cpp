@@ -60,7 +60,7 @@ TEST_P(ClientAssertions, TheTechnologyWithoutAnApiNumberIsNotAsserted) {
 
 TEST_P(ClientAssertions, AProfileThatIsNoneIsWrittenAllTheSame) {
     BareClient client(&m_access);
-    EXPECT_EQ(result::cOk, client.UpdateActivePreset(9));
+    EXPECT_EQ(result::cOk, client.UpdateActivePreset({0, 9}));
     EXPECT_EQ(9u, m_access.NumberAt(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid)));
     ExpectAsserted(cUITag, {"IsAllowableProfile( newActivePreset )"});
 }

@@ -322,15 +322,17 @@ TEST_F(PatchSet, ReadsBackEveryRecordThatItWrote) {
 
 TEST_F(PatchSet, NeverWritesADemoProfile) {
     const test::StoreTrace trace(trace::eAssertions);
-    PatchWriteReport report{true, true, 5, 6};
+    std::uint32_t flag = 1;
+    std::uint32_t trigger = 0;
+    const KnownWords known{&flag, 1, &trigger};
     for (const std::uint32_t profile : cDemoProfiles) {
         EXPECT_EQ(result::cOk,
-                  m_patches.WritePresetPatch(m_store, profile, eVolumeTech, true, &report));
+                  m_patches.WritePresetPatch(m_store, profile, eVolumeTech, true, known));
         EXPECT_EQ(result::cOk,
-                  m_patches.WritePresetPatchEnable(m_store, profile, eVolumeTech, &report));
-        EXPECT_FALSE(report.flagWritten);
-        EXPECT_FALSE(report.triggerWritten);
+                  m_patches.WritePresetPatchEnable(m_store, profile, eVolumeTech, known));
     }
+    EXPECT_EQ(1u, flag);
+    EXPECT_EQ(0u, trigger);
     EXPECT_EQ(0u, m_store.Operations());
     EXPECT_EQ(0u, trace.NumberOfAssertions());
 }
@@ -359,12 +361,13 @@ TEST_F(PatchSet, StopsAtTheFirstWriteThatFailsAndDoesNotBump) {
     for (unsigned n = 1; n <= 7; ++n) {
         m_store.ClearLog();
         m_store.FailWrite(n, result::cOutOfMemory);
-        PatchWriteReport report;
-        EXPECT_EQ(result::cOutOfMemory,
-                  m_patches.WritePresetPatch(m_store, 0, eVolumeTech, true, &report));
+        std::uint32_t flag = 1;
+        std::uint32_t trigger = 0;
+        EXPECT_EQ(result::cOutOfMemory, m_patches.WritePresetPatch(m_store, 0, eVolumeTech,
+                                                                   true, {&flag, 1, &trigger}));
         EXPECT_EQ(n, m_store.Operations());
-        EXPECT_EQ(n > 1, report.flagWritten);
-        EXPECT_FALSE(report.triggerWritten);
+        EXPECT_EQ(n > 1 ? 0u : 1u, flag) << "the flag that was written is known";
+        EXPECT_EQ(0u, trigger);
     }
     EXPECT_EQ(std::nullopt, Trigger(eVolumeTech));
 }
@@ -372,24 +375,25 @@ TEST_F(PatchSet, StopsAtTheFirstWriteThatFailsAndDoesNotBump) {
 // --- triggers ----------------------------------------------------------------------------
 
 TEST_F(PatchSet, BumpsATriggerThatWasNeverWrittenToOne) {
-    PatchWriteReport report;
-    EXPECT_EQ(result::cOk,
-              m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, &report));
+    std::uint32_t known = 0;
+    EXPECT_EQ(result::cOk, m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true,
+                                                      {.pTrigger = &known}));
     EXPECT_EQ(1u, Trigger(eHeadphoneTech));
     EXPECT_EQ(1u, m_patches.m_dwPresetTriggers[eHeadphoneTech]);
-    EXPECT_TRUE(report.triggerWritten);
-    EXPECT_EQ(0u, report.triggerBefore);
-    EXPECT_EQ(1u, report.triggerAfter);
+    EXPECT_EQ(1u, known);
 }
 
 TEST_F(PatchSet, BumpsTheStoredTriggerNotTheOneThatItSawLast) {
     m_patches.m_dwPresetTriggers[eHeadphoneTech] = 3;
     m_store.Put(eKeySetDynamic, PresetTriggerKey(eHeadphoneTech), 41u);
-    PatchWriteReport report;
-    m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, &report);
+    std::uint32_t known = 41;
+    std::uint32_t older = 40;
+    m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, {.pTrigger = &known});
     EXPECT_EQ(42u, Trigger(eHeadphoneTech));
     EXPECT_EQ(42u, m_patches.m_dwPresetTriggers[eHeadphoneTech]);
-    EXPECT_EQ(41u, report.triggerBefore);
+    EXPECT_EQ(42u, known);
+    m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, {.pTrigger = &older});
+    EXPECT_EQ(40u, older) << "a foreign bump is still to be told";
 }
 
 TEST_F(PatchSet, WrapsATriggerAtTwoToTheThirtyTwo) {
@@ -404,13 +408,14 @@ TEST_F(PatchSet, CountsAnUnreadableTriggerAsZero) {
     EXPECT_EQ(1u, Trigger(eHeadphoneTech));
 }
 
-TEST_F(PatchSet, IgnoresTheResultOfWritingATriggerAndReportsIt) {
+TEST_F(PatchSet, IgnoresTheResultOfWritingATriggerButDoesNotTakeItForKnown) {
     m_store.StopWritingAfter(3);  // flag and the two fields
-    PatchWriteReport report;
-    EXPECT_EQ(result::cOk,
-              m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, &report));
-    EXPECT_TRUE(report.flagWritten);
-    EXPECT_FALSE(report.triggerWritten);
+    std::uint32_t flag = 1;
+    std::uint32_t trigger = 0;
+    EXPECT_EQ(result::cOk, m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true,
+                                                      {&flag, 1, &trigger}));
+    EXPECT_EQ(0u, flag);
+    EXPECT_EQ(0u, trigger);
     EXPECT_EQ(1u, m_patches.m_dwPresetTriggers[eHeadphoneTech]);
 }
 

@@ -102,15 +102,16 @@ std::uint32_t KORA4KeysClient::ReadTableCounter() {
     return Values().UINTOr(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), 0);
 }
 
-HRESULT KORA4KeysClient::UpdateActivePreset(std::uint32_t newActivePreset) {
+HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activePreset) {
     static constexpr trace::Site cSite{"KORA4UIKeysClient",
                                        "KORA4KeysClient::UpdateActivePreset"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
-    KALASSERT_TEXT(cSite, IsAllowableProfile(newActivePreset),
+    KALASSERT_TEXT(cSite, IsAllowableProfile(activePreset.after),
                    "IsAllowableProfile( newActivePreset )");
-    return hr = Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid),
-                                   newActivePreset);
+    hr = Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid),
+                            activePreset.after);
+    return MoveOwn(hr, activePreset, &m_baseline.profile);
 }
 
 HRESULT KORA4KeysClient::DynamicKeyUpdate(StoreChanges* pChanges) {

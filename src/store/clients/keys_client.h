@@ -16,6 +16,7 @@
 #include "store/model/property_key.h"
 #include "store/model/result.h"
 #include "store/patches/managed_patch_set.h"
+#include "store/patches/own_write.h"
 
 namespace kora4 {
 
@@ -75,15 +76,7 @@ class KORA4KeysClient {
     HRESULT DynamicKeyUpdate(StoreChanges* pChanges);
 
     // Writes the active preset. The mutex is held.
-    HRESULT UpdateActivePreset(std::uint32_t newActivePreset);
-
-    // An own write moves its item of the baseline only when what was read just before the
-    // write was what the baseline knew: otherwise a foreign change is still to be told.
-    template <typename T>
-    static void MoveOwn(T& item, T before, T after) {
-        if (item == before)
-            item = after;
-    }
+    HRESULT UpdateActivePreset(const Change<std::uint32_t>& activePreset);
 
     KORA4PropKeyStoreAccess Values() { return KORA4PropKeyStoreAccess(*m_pKeyAccess); }
     std::uint32_t ReadActivePreset();

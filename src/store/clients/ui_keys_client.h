@@ -79,22 +79,16 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     std::uint32_t Analyses() const { return m_analyses; }
 
   private:
-    // The master enable as read just before it is written, and what is written.
-    struct EnableWrite {
-        bool before;
-        bool after;
-    };
-
     // The frame of a store operation: entry line, E_INVALIDARG for bad arguments, the
     // body under the mutex, exit line.
     template <typename Body>
     HRESULT Operate(const trace::Site& site, int line, bool argumentsGood, Body&& body);
 
-    HRESULT WriteEnable(const EnableWrite& write);
-    HRESULT WritePatch(std::uint32_t profile, KORA4PresetTechnology technology, bool flagBefore,
-                       bool bumpTrigger);
-    HRESULT ProfileStateChange(std::uint32_t oldProfile, std::uint32_t newProfile,
-                               const EnableWrite* pEnable);
+    HRESULT WriteEnable(const Change<bool>& enable);
+    // `pEnable`: null when the enable stays as it is.
+    HRESULT ProfileStateChange(const Change<std::uint32_t>& profile,
+                               const Change<bool>* pEnable);
+    KnownWords ReadKnown(std::uint32_t profile, KORA4PresetTechnology technology);
     void SaveStateBeforeDemo(std::uint32_t profile, bool enable);
     HRESULT RestoreStateBeforeDemo(std::uint32_t demoProfile);
     HRESULT ActivePresetCopy(std::uint32_t customProfile);
@@ -103,8 +97,9 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     HRESULT AnnounceTableChange();
     HRESULT DescribePatchChange(KORA4PresetTechnology technology, ChangeSet* pChanges);
 
-    // An own write of switches or values of `profile` succeeded. The mutex is held.
-    void Overtake(std::uint32_t profile, OvertakenItems::Items items);
+    // Ends an own call that writes `items` of `profile` with `hr`, its result, which is handed
+    // on. The mutex is held.
+    HRESULT Overtake(HRESULT hr, std::uint32_t profile, OvertakenItems::Items items);
 
     // Guarded by the mutex.
     bool m_demoMode = false;                          // this client entered a demo

@@ -4,6 +4,7 @@
 #include "store/model/profiles.h"
 #include "store/model/property_key.h"
 #include "store/patches/field_def.h"
+#include "store/patches/own_write.h"
 #include "trace/trace.h"
 
 namespace kora4 {
@@ -177,45 +178,40 @@ void KORA4ManagedPatchSet::LoadGlobalPatches(KORA4KeyAccess& access) {
 
 HRESULT KORA4ManagedPatchSet::WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                                                KORA4PresetTechnology technology,
-                                               bool bumpTrigger, PatchWriteReport* pReport) {
+                                               bool bumpTrigger, const KnownWords& known) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatch"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( presetTech )");
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
                    "KORA4KeysClient::IsAllowableProfile( profile )");
-    if (pReport)
-        *pReport = {};
     if (!IsSelectableProfile(profile))
         return hr;
-    hr = WritePresetPatchEnable(access, profile, technology, pReport);
+    hr = WritePresetPatchEnable(access, profile, technology, known);
     if (result::Succeeded(hr))
         hr = WritePresetTechPatchData(access, profile, technology);
     if (result::Succeeded(hr) && bumpTrigger)
-        BumpPresetTrigger(access, technology, pReport);
+        BumpPresetTrigger(access, technology, known.pTrigger);
     return hr;
 }
 
 HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
                                                      std::uint32_t profile,
                                                      KORA4PresetTechnology technology,
-                                                     PatchWriteReport* pReport) {
+                                                     const KnownWords& known) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatchEnable"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (pReport)
-        *pReport = {};
     // No technology has the GUID offset of the volume: it would write that one's flag.
     if (!IsValidTechnology(technology))
         return hr = result::cInvalidArg;
     if (!IsSelectableProfile(profile))
         return hr;
+    const Change<std::uint32_t> change{known.onElseOffBefore, m_dwPresetOnElseOff[technology]};
     hr = KORA4PropKeyStoreAccess(access).WriteBool(
         eKeySetDynamic, PresetPatchKey(technology, profile, pkey::cSwitchPid),
-        m_dwPresetOnElseOff[technology] != 0);
-    if (pReport)
-        pReport->flagWritten = result::Succeeded(hr);
-    return hr;
+        change.after != 0);
+    return MoveOwn(hr, change, known.pOnElseOff);
 }
 
 HRESULT KORA4ManagedPatchSet::WritePresetTechPatchData(KORA4KeyAccess& access,
@@ -234,21 +230,17 @@ HRESULT KORA4ManagedPatchSet::WritePresetTechPatchData(KORA4KeyAccess& access,
 
 void KORA4ManagedPatchSet::BumpPresetTrigger(KORA4KeyAccess& access,
                                              KORA4PresetTechnology technology,
-                                             PatchWriteReport* pReport) {
+                                             std::uint32_t* pKnownTrigger) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::BumpPresetTrigger"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
     const PropertyKey key = PresetTriggerKey(technology);
     KORA4PropKeyStoreAccess values(access);
     const std::uint32_t before = values.UINTOr(eKeySetDynamic, key, 0);
-    const std::uint32_t after = before + 1;  // wraps: readers compare for equality only
+    // It may wrap: readers compare for equality only.
+    const Change<std::uint32_t> change{before, before + 1};
+    m_dwPresetTriggers[technology] = change.after;
     // The patch is stored already; a trigger that is not only delays its readers.
-    const HRESULT hr = values.WriteUINT(eKeySetDynamic, key, after);
-    m_dwPresetTriggers[technology] = after;
-    if (pReport) {
-        pReport->triggerWritten = result::Succeeded(hr);
-        pReport->triggerBefore = before;
-        pReport->triggerAfter = after;
-    }
+    MoveOwn(values.WriteUINT(eKeySetDynamic, key, change.after), change, pKnownTrigger);
 }
 
 bool KORA4ManagedPatchSet::ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile,

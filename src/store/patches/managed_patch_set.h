@@ -15,15 +15,6 @@ namespace kora4 {
 
 struct KORA4FieldDef;
 
-// What a write of a patch did to the two words that other clients watch. A client needs
-// it to tell its own changes from foreign ones.
-struct PatchWriteReport {
-    bool flagWritten = false;
-    bool triggerWritten = false;
-    std::uint32_t triggerBefore = 0;  // as read just before the bump; 0 when unreadable
-    std::uint32_t triggerAfter = 0;
-};
-
 // The record of one technology inside a patch set, and the table that describes it.
 struct TechnologyFields {
     void* pRecord = nullptr;
@@ -45,6 +36,14 @@ struct TechnologyWords {
     // The last trigger values seen, as loaded or as written.
     std::uint32_t m_dwPresetTriggers[eNumberKORA4PresetTechnologies] = {};
     std::uint32_t m_dwGlobalTriggers[eNumberKORA4GlobalTechnologies] = {};
+};
+
+// What a client knows of the two words of one technology that it watches; own writes move it,
+// see MoveOwn. Null where the client knows nothing of the word that is written.
+struct KnownWords {
+    std::uint32_t* pOnElseOff = nullptr;
+    std::uint32_t onElseOffBefore = 0;  // as read just before
+    std::uint32_t* pTrigger = nullptr;
 };
 
 // Not thread-safe: its owner holds the store's named mutex around every call that takes
@@ -75,14 +74,13 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     void LoadGlobalPatches(KORA4KeyAccess& access);
 
     // Writes flag, fields and, with `bumpTrigger` and after everything else succeeded,
-    // the technology's trigger word. A profile that is not selectable is never written:
-    // S_OK, and the report stays clear.
+    // the technology's trigger word. A profile that is not selectable is never written: S_OK.
     HRESULT WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                              KORA4PresetTechnology technology, bool bumpTrigger,
-                             PatchWriteReport* pReport = nullptr);
+                             const KnownWords& known = {});
     HRESULT WritePresetPatchEnable(KORA4KeyAccess& access, std::uint32_t profile,
                                    KORA4PresetTechnology technology,
-                                   PatchWriteReport* pReport = nullptr);
+                                   const KnownWords& known = {});
 
     // The defaults row of a profile: its own for a preset profile, that of its preset
     // profile for a demo profile, Movie's for every other one.
@@ -119,7 +117,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     HRESULT WritePresetTechPatchData(KORA4KeyAccess& access, std::uint32_t profile,
                                      KORA4PresetTechnology technology);
     void BumpPresetTrigger(KORA4KeyAccess& access, KORA4PresetTechnology technology,
-                           PatchWriteReport* pReport);
+                           std::uint32_t* pKnownTrigger);
 };
 
 }  // namespace kora4
