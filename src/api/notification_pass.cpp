@@ -85,7 +85,7 @@ HRESULT CallbackNotifications(IVeltoKORA4APICallback* pICallback, ChangeSet& cha
     if (changes.profileChanged) {
         // A switch replaces every value: the client reads what it shows again.
         pass.Tell(OvertakenItems::cProfile, &IVeltoKORA4APICallback::OnActiveProfileChange,
-                  static_cast<LONG>(changes.newProfile));
+                  static_cast<LONG>(changes.profile));
     } else {
         for (std::uint32_t tech = eVolumeTech; tech < eNumberKORA4PresetTechnologies; ++tech)
             TellTechnology(pass, changes, static_cast<KORA4PresetTechnology>(tech));

@@ -16,13 +16,14 @@ void TraceThread(const trace::Site& site) {
 
 }  // namespace
 
-ProcessTrack::ProcessTrack() : m_processID(GetCurrentProcessId()) {
+ProcessTrack::ProcessTrack() {
     static constexpr trace::Site cSite{cApiTag, "ProcessTrack::ProcessTrack"};
     KALTRACE(trace::eTrackerEntry, cSite, ">>\n");
-    KALTRACE(trace::eTrackerStartUp, cSite, "Process ID: %d\n\n",
-             static_cast<int>(m_processID));
-    if (!GetProcessHandleCount(GetCurrentProcess(), &m_handleCount)) {
-        m_handleCount = 0;
+    const DWORD processID = GetCurrentProcessId();
+    KALTRACE(trace::eTrackerStartUp, cSite, "Process ID: %d\n\n", static_cast<int>(processID));
+    DWORD handleCount = 0;
+    if (!GetProcessHandleCount(GetCurrentProcess(), &handleCount)) {
+        handleCount = 0;
         KALTRACE(trace::eTrackerStartUp, cSite, "Error obtaining handle count\n\n");
     }
     STARTUPINFOW startup{};
@@ -33,17 +34,17 @@ ProcessTrack::ProcessTrack() : m_processID(GetCurrentProcessId()) {
              "    handle count: %d\n"
              "       lpDesktop: %S\n"
              "         lpTitle: %S\n",
-             static_cast<unsigned>(m_processID), static_cast<int>(m_handleCount),
+             static_cast<unsigned>(processID), static_cast<int>(handleCount),
              startup.lpDesktop ? startup.lpDesktop : L"No DT",
              startup.lpTitle ? startup.lpTitle : L"No Title");
 }
 
-void ProcessTrack::Enter() const {
+void ProcessTrack::Enter() {
     static constexpr trace::Site cSite{cApiTag, "ProcessTrack::Enter"};
     TraceThread(cSite);
 }
 
-void ProcessTrack::Leave() const {
+void ProcessTrack::Leave() {
     static constexpr trace::Site cSite{cApiTag, "ProcessTrack::Leave"};
     TraceThread(cSite);
 }

@@ -71,7 +71,7 @@ STDMETHODIMP CKORA4ASL::GetTechnologyMasterEnables(ULONG* pdwMasterEnables) {
     static constexpr Method cMethod{"CKORA4ASL::GetTechnologyMasterEnables",
                                     {.tellsNotInitialized = false}};
     return Call(cMethod, pdwMasterEnables != nullptr, [&] {
-        const std::uint32_t mask = m_uiKeysClient.MasterEnables().mask;
+        const std::uint32_t mask = m_uiKeysClient.MasterEnables();
         *pdwMasterEnables = mask;
         TraceMasterEnables(cMethod.site, mask);
         return S_OK;

@@ -153,6 +153,7 @@ class OpenClient : public KORA4UIKeysClient {
   public:
     using KORA4UIKeysClient::KORA4UIKeysClient;
     const StoreSettings& Settings() const { return m_settings; }
+    const Baseline& Known() const { return m_baseline; }
 };
 
 // What leaving a demo restores under `pid`.
@@ -165,48 +166,32 @@ std::uint32_t Restored(OpenClient& client, MemoryKeyAccess& store, std::uint32_t
 
 // What the library takes a setting for, given what the store holds.
 std::uint32_t Observed(std::uint32_t pid, OpenClient& client, MemoryKeyAccess& store) {
-    const StoreSettings& settings = client.Settings();
     std::uint32_t period = 0;
     switch (pid) {
         case pkey::cMasterEnablePid:
-            return settings.masterEnable;
+            return client.Known().enable;
         case pkey::cActivePresetPid:
-            return settings.activePreset;
+            return client.Known().profile;
         case pkey::cSamplingPeriodPid:
             client.GetSamplingPeriod(&period);
             return period;
         case pkey::cProfileTableCounterPid:
-            return settings.tableCounter;
+            return client.Known().tableCounter;
         case pkey::cDynamicSwitchPid:
-            return settings.dynamicSwitch;
+            return client.Settings().dynamicSwitch;
         case pkey::cSavedEnablePid:
             return Restored(client, store, pkey::cMasterEnablePid);
         case pkey::cSavedProfilePid:
             return Restored(client, store, pkey::cActivePresetPid);
-        case pkey::cFirstRefreshSwitchPid:
-            return settings.refreshSwitch[0];
-        case pkey::cFirstRefreshSwitchDemoPid:
-            return settings.demoRefreshSwitch[0];
-        case pkey::cSecondRefreshSwitchPid:
-            return settings.refreshSwitch[1];
-        case pkey::cSecondRefreshSwitchDemoPid:
-            return settings.demoRefreshSwitch[1];
-        case pkey::cStaticSwitch54Pid:
-            return settings.staticSwitch54;
-        case pkey::cStaticSwitch55Pid:
-            return settings.staticSwitch55;
-        case pkey::cStaticSwitch56Pid:
-            return settings.staticSwitch56;
-        case pkey::cStaticNumber57Pid:
-            return settings.staticNumber57;
-        case pkey::cStaticNumber58Pid:
-            return settings.staticNumber58;
-        case pkey::cStaticSwitch59Pid:
-            return settings.staticSwitch59;
         default:
-            ADD_FAILURE() << "a setting that nobody knows: " << pid;
-            return cNoProfile;
+            break;
     }
+    const auto* const pRow = std::ranges::find(cStaticSettings, pid, &StaticSetting::pid);
+    if (pRow == std::end(cStaticSettings)) {
+        ADD_FAILURE() << "a setting that nobody knows: " << pid;
+        return cNoProfile;
+    }
+    return client.Settings().staticSettings[pRow - cStaticSettings];
 }
 
 // With 7 stored a switch is 1 and a number is 7; without a value both are their default.

@@ -19,7 +19,6 @@ constexpr auto cNoApiTechnology = static_cast<ApiTechnology>(99);
 // The steps of a notification pass, without the frame that takes the mutex.
 class BareClient : public KORA4KeysClient {
   public:
-    using KORA4KeysClient::DynamicChanges;
     using KORA4KeysClient::DynamicKeyUpdate;
     using KORA4KeysClient::KORA4KeysClient;
     using KORA4KeysClient::UpdateActivePreset;
@@ -61,7 +60,7 @@ TEST_P(ClientAssertions, TheTechnologyWithoutAnApiNumberIsNotAsserted) {
 
 TEST_P(ClientAssertions, AProfileThatIsNoneIsWrittenAllTheSame) {
     BareClient client(&m_access);
-    EXPECT_EQ(result::cOk, client.UpdateActivePreset(9));
+    EXPECT_EQ(result::cOk, client.UpdateActivePreset({0, 9}));
     EXPECT_EQ(9u, m_access.NumberAt(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid)));
     ExpectAsserted(cUITag, {"IsAllowableProfile( newActivePreset )"});
 }
@@ -77,10 +76,10 @@ TEST_P(ClientAssertions, AStartInAProfileThatIsNoneFailsOneForEachTechnology) {
 TEST_P(ClientAssertions, APassWithoutTheMutexFindsTheChangesAllTheSame) {
     m_access.Put(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), 1u);
     BareClient client(&m_access);
-    BareClient::DynamicChanges changes;
+    StoreChanges changes;
     EXPECT_EQ(result::cOk, client.DynamicKeyUpdate(&changes));
-    EXPECT_TRUE(changes.activePresetChanged);
-    EXPECT_EQ(1u, changes.newActivePreset);
+    EXPECT_TRUE(changes.profileChanged);
+    EXPECT_EQ(1u, changes.profile);
     ExpectAsserted("KORA4KeysClient", Texts(2, "m_regKeysMutex.IsAcquired()"));
 }
 

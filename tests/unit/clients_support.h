@@ -74,8 +74,8 @@ class TestClient {
             found.push_back(
                 {"enable=" + std::to_string(changes.enable) + ";", OvertakenItems::cEnable});
         if (changes.profileChanged)
-            found.push_back({"profile=" + std::to_string(changes.newProfile) + ";",
-                             OvertakenItems::cProfile});
+            found.push_back(
+                {"profile=" + std::to_string(changes.profile) + ";", OvertakenItems::cProfile});
         for (std::uint32_t t = eVolumeTech; t < eNGSurroundTech && !changes.profileChanged;
              ++t) {
             const std::string number = std::to_string(t);

@@ -55,9 +55,7 @@ bool IsClear(const KORA4ManagedPatchSet& patches) {
     return std::all_of(pBytes, pBytes + sizeof patches.m_records,
                        [](unsigned char b) { return b == 0; }) &&
            IsClear(patches.m_dwPresetOnElseOff) && IsClear(patches.m_dwGlobalOnElseOff) &&
-           IsClear(patches.m_dwPresetEffective) && IsClear(patches.m_dwGlobalEffective) &&
-           IsClear(patches.m_dwPresetTriggers) && IsClear(patches.m_dwGlobalTriggers) &&
-           IsClear(patches.m_refreshSwitches);
+           IsClear(patches.m_dwPresetTriggers) && IsClear(patches.m_dwGlobalTriggers);
 }
 
 // --- construction and reset --------------------------------------------------------------
@@ -74,7 +72,6 @@ TEST_F(PatchSet, IsClearAfterAReset) {
     m_patches.LoadPresetPatches(m_store, cMovieProfile, false);
     m_patches.LoadGlobalPatches(m_store);
     m_patches.LoadTriggers(m_store);
-    m_patches.Refresh(true, true, true);
     EXPECT_FALSE(IsClear(m_patches));
     m_patches.Reset();
     EXPECT_TRUE(IsClear(m_patches));
@@ -325,15 +322,17 @@ TEST_F(PatchSet, ReadsBackEveryRecordThatItWrote) {
 
 TEST_F(PatchSet, NeverWritesADemoProfile) {
     const test::StoreTrace trace(trace::eAssertions);
-    PatchWriteReport report{true, true, 5, 6};
+    std::uint32_t flag = 1;
+    std::uint32_t trigger = 0;
+    const KnownWords known{&flag, 1, &trigger};
     for (const std::uint32_t profile : cDemoProfiles) {
         EXPECT_EQ(result::cOk,
-                  m_patches.WritePresetPatch(m_store, profile, eVolumeTech, true, &report));
+                  m_patches.WritePresetPatch(m_store, profile, eVolumeTech, true, known));
         EXPECT_EQ(result::cOk,
-                  m_patches.WritePresetPatchEnable(m_store, profile, eVolumeTech, &report));
-        EXPECT_FALSE(report.flagWritten);
-        EXPECT_FALSE(report.triggerWritten);
+                  m_patches.WritePresetPatchEnable(m_store, profile, eVolumeTech, known));
     }
+    EXPECT_EQ(1u, flag);
+    EXPECT_EQ(0u, trigger);
     EXPECT_EQ(0u, m_store.Operations());
     EXPECT_EQ(0u, trace.NumberOfAssertions());
 }
@@ -362,12 +361,13 @@ TEST_F(PatchSet, StopsAtTheFirstWriteThatFailsAndDoesNotBump) {
     for (unsigned n = 1; n <= 7; ++n) {
         m_store.ClearLog();
         m_store.FailWrite(n, result::cOutOfMemory);
-        PatchWriteReport report;
-        EXPECT_EQ(result::cOutOfMemory,
-                  m_patches.WritePresetPatch(m_store, 0, eVolumeTech, true, &report));
+        std::uint32_t flag = 1;
+        std::uint32_t trigger = 0;
+        EXPECT_EQ(result::cOutOfMemory, m_patches.WritePresetPatch(m_store, 0, eVolumeTech,
+                                                                   true, {&flag, 1, &trigger}));
         EXPECT_EQ(n, m_store.Operations());
-        EXPECT_EQ(n > 1, report.flagWritten);
-        EXPECT_FALSE(report.triggerWritten);
+        EXPECT_EQ(n > 1 ? 0u : 1u, flag) << "the flag that was written is known";
+        EXPECT_EQ(0u, trigger);
     }
     EXPECT_EQ(std::nullopt, Trigger(eVolumeTech));
 }
@@ -375,24 +375,25 @@ TEST_F(PatchSet, StopsAtTheFirstWriteThatFailsAndDoesNotBump) {
 // --- triggers ----------------------------------------------------------------------------
 
 TEST_F(PatchSet, BumpsATriggerThatWasNeverWrittenToOne) {
-    PatchWriteReport report;
-    EXPECT_EQ(result::cOk,
-              m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, &report));
+    std::uint32_t known = 0;
+    EXPECT_EQ(result::cOk, m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true,
+                                                      {.pTrigger = &known}));
     EXPECT_EQ(1u, Trigger(eHeadphoneTech));
     EXPECT_EQ(1u, m_patches.m_dwPresetTriggers[eHeadphoneTech]);
-    EXPECT_TRUE(report.triggerWritten);
-    EXPECT_EQ(0u, report.triggerBefore);
-    EXPECT_EQ(1u, report.triggerAfter);
+    EXPECT_EQ(1u, known);
 }
 
 TEST_F(PatchSet, BumpsTheStoredTriggerNotTheOneThatItSawLast) {
     m_patches.m_dwPresetTriggers[eHeadphoneTech] = 3;
     m_store.Put(eKeySetDynamic, PresetTriggerKey(eHeadphoneTech), 41u);
-    PatchWriteReport report;
-    m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, &report);
+    std::uint32_t known = 41;
+    std::uint32_t older = 40;
+    m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, {.pTrigger = &known});
     EXPECT_EQ(42u, Trigger(eHeadphoneTech));
     EXPECT_EQ(42u, m_patches.m_dwPresetTriggers[eHeadphoneTech]);
-    EXPECT_EQ(41u, report.triggerBefore);
+    EXPECT_EQ(42u, known);
+    m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, {.pTrigger = &older});
+    EXPECT_EQ(40u, older) << "a foreign bump is still to be told";
 }
 
 TEST_F(PatchSet, WrapsATriggerAtTwoToTheThirtyTwo) {
@@ -407,13 +408,14 @@ TEST_F(PatchSet, CountsAnUnreadableTriggerAsZero) {
     EXPECT_EQ(1u, Trigger(eHeadphoneTech));
 }
 
-TEST_F(PatchSet, IgnoresTheResultOfWritingATriggerAndReportsIt) {
+TEST_F(PatchSet, IgnoresTheResultOfWritingATriggerButDoesNotTakeItForKnown) {
     m_store.StopWritingAfter(3);  // flag and the two fields
-    PatchWriteReport report;
-    EXPECT_EQ(result::cOk,
-              m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true, &report));
-    EXPECT_TRUE(report.flagWritten);
-    EXPECT_FALSE(report.triggerWritten);
+    std::uint32_t flag = 1;
+    std::uint32_t trigger = 0;
+    EXPECT_EQ(result::cOk, m_patches.WritePresetPatch(m_store, 0, eHeadphoneTech, true,
+                                                      {&flag, 1, &trigger}));
+    EXPECT_EQ(0u, flag);
+    EXPECT_EQ(0u, trigger);
     EXPECT_EQ(1u, m_patches.m_dwPresetTriggers[eHeadphoneTech]);
 }
 
@@ -433,13 +435,13 @@ TEST_F(PatchSet, LoadsAllTriggerWordsAndTakesZeroForUnreadableOnes) {
     m_patches.LoadTriggers(m_store);
     EXPECT_EQ(expected, m_store.Log());
     EXPECT_EQ(102u, m_patches.m_dwPresetTriggers[eEnhancementTech]);
-    EXPECT_EQ(101u, m_patches.m_dwPresetTriggers[ePresetNoTech]) << "shares the volume's key";
+    EXPECT_EQ(0u, m_patches.m_dwPresetTriggers[ePresetNoTech]) << "has no key of its own";
     EXPECT_EQ(0u, m_patches.m_dwPresetTriggers[eNGSurroundTech]);
     EXPECT_EQ(202u, m_patches.m_dwGlobalTriggers[ePeakLimiterTech]);
     EXPECT_EQ(0u, m_patches.m_dwGlobalTriggers[eAudioRegulatorTech]);
 }
 
-// --- flags and what follows from them ------------------------------------------------------
+// --- flags -------------------------------------------------------------------------------
 
 TEST_F(PatchSet, LoadsTheFlagsOfAProfileAndTheGlobalEnables) {
     StoreFlag(eHeadphoneTech, 2, 0);
@@ -451,25 +453,6 @@ TEST_F(PatchSet, LoadsTheFlagsOfAProfileAndTheGlobalEnables) {
     EXPECT_TRUE(std::ranges::equal(games, m_patches.m_dwPresetOnElseOff));
     const std::uint32_t globals[] = {0, 0, 1, 1};
     EXPECT_TRUE(std::ranges::equal(globals, m_patches.m_dwGlobalOnElseOff));
-}
-
-TEST_F(PatchSet, IsEffectiveWithFlagAndMasterEnableWhateverTheFurtherSwitches) {
-    m_patches.LoadPresetOnElseOff(m_store, 2);
-    m_patches.LoadGlobalOnElseOff(m_store);
-    for (const bool first : {false, true}) {
-        for (const bool second : {false, true}) {
-            m_patches.Refresh(true, first, second);
-            EXPECT_TRUE(std::ranges::equal(m_patches.m_dwPresetOnElseOff,
-                                           m_patches.m_dwPresetEffective));
-            EXPECT_TRUE(std::ranges::equal(m_patches.m_dwGlobalOnElseOff,
-                                           m_patches.m_dwGlobalEffective));
-            EXPECT_EQ(first, m_patches.m_refreshSwitches[0]);
-            EXPECT_EQ(second, m_patches.m_refreshSwitches[1]);
-            m_patches.Refresh(false, first, second);
-            EXPECT_TRUE(IsClear(m_patches.m_dwPresetEffective));
-            EXPECT_TRUE(IsClear(m_patches.m_dwGlobalEffective));
-        }
-    }
 }
 
 // --- trace -------------------------------------------------------------------------------
@@ -489,6 +472,13 @@ TEST_F(PatchSet, TracesEntriesWithBit0x800AndResultsWithBit1) {
     m_patches.LoadPresetPatch(m_store, 0, true, eNGSurroundTech);
     EXPECT_EQ(Texts{"<< hr: 0x00000000"},
               MessagesOf(trace.Read("KORA4PropKey"), "KORA4ManagedPatchSet::LoadPresetPatch"));
+}
+
+TEST_F(PatchSet, TracesARefresh) {
+    const test::StoreTrace trace(trace::eAllEntryExit);
+    KORA4ManagedPatchSet::Refresh();
+    EXPECT_EQ((Texts{">>", "<<"}),
+              MessagesOf(trace.Read("KORA4PropKey"), "KORA4ManagedPatchSet::Refresh"));
 }
 
 TEST_F(PatchSet, TracesNothingWithTheDefaultFlagWord) {

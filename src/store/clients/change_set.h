@@ -8,18 +8,23 @@
 
 namespace kora4 {
 
-// The arrays are indexed by preset technology; entry 0 is not used.
-struct ChangeSet {
-    // The number of the analysis, see KORA4UIKeysClient::Analyses.
-    std::uint32_t analysis = 0;
+// What the store holds now that it did not hold before. The arrays are indexed by preset
+// technology; entry 0 is not used.
+struct StoreChanges {
+    std::uint32_t profile = cNoProfile;  // the stored one, changed or not
     bool profileChanged = false;
-    std::uint32_t newProfile = cNoProfile;
+    bool enable = false;  // the stored one, changed or not
     bool enableChanged = false;
-    bool enable = false;
     bool tableChanged = false;
     bool onElseOffChanged[eNumberKORA4PresetTechnologies] = {};
-    bool onElseOff[eNumberKORA4PresetTechnologies] = {};
     bool patchChanged[eNumberKORA4PresetTechnologies] = {};
+};
+
+// The same with the new values.
+struct ChangeSet : StoreChanges {
+    // The number of the analysis, see KORA4UIKeysClient::Analyses.
+    std::uint32_t analysis = 0;
+    bool onElseOff[eNumberKORA4PresetTechnologies] = {};
     ApiPatchValue presetPatchValues[eNumberKORA4PresetTechnologies] = {};
     ApiGraphicEQ graphicEQ = {};
 };

@@ -5,23 +5,20 @@
 
 #include <array>
 #include <cstdint>
+#include <iterator>
 
 #include "store/access/key_access.h"
 #include "store/access/named_mutex.h"
 #include "store/access/prop_key_store_access.h"
 #include "store/access/task_memory.h"
+#include "store/clients/change_set.h"
 #include "store/model/profiles.h"
+#include "store/model/property_key.h"
 #include "store/model/result.h"
 #include "store/patches/managed_patch_set.h"
+#include "store/patches/own_write.h"
 
 namespace kora4 {
-
-// Which technologies the installed engine carries: the stored mask and one flag for each
-// of its bits; flag 0 (no technology) is always 0, flag n is bit n - 1.
-struct TechnologyMasterEnables {
-    std::uint32_t mask = 0;
-    std::uint32_t flags[11] = {};
-};
 
 // What this client last told its owner, or wrote itself: a notification pass announces
 // the difference between this and the store. It is kept apart from the working records,
@@ -30,28 +27,29 @@ struct Baseline {
     std::uint32_t profile = cMovieProfile;
     bool enable = true;
     std::uint32_t tableCounter = 0;
-    std::uint32_t presetTriggers[eNumberKORA4PresetTechnologies] = {};
-    std::uint32_t globalTriggers[eNumberKORA4GlobalTechnologies] = {};
-    // The on/off flags of `profile`, and the global enables.
-    std::uint32_t presetOnElseOff[eNumberKORA4PresetTechnologies] = {};
-    std::uint32_t globalOnElseOff[eNumberKORA4GlobalTechnologies] = {};
+    // The on/off flags are those of `profile`.
+    TechnologyWords words;
 };
 
-// Settings that are loaded and kept as they are. The ones that a user interface changes
-// are the state of the store at the last load; no write ever starts from them.
+// Static settings that nothing depends on yet. They are part of the store all the same: every
+// client loads them, in this order, and keeps them as they are.
+struct StaticSetting {
+    std::uint32_t pid;
+    bool isSwitch;
+    std::uint32_t defaultNumber;
+};
+inline constexpr StaticSetting cStaticSettings[] = {
+    {pkey::cFirstRefreshSwitchPid, true, 0},  {pkey::cFirstRefreshSwitchDemoPid, true, 0},
+    {pkey::cSecondRefreshSwitchPid, true, 0}, {pkey::cSecondRefreshSwitchDemoPid, true, 0},
+    {pkey::cStaticSwitch54Pid, true, 0},      {pkey::cStaticSwitch55Pid, true, 0},
+    {pkey::cStaticSwitch56Pid, true, 0},      {pkey::cStaticNumber57Pid, false, 200},
+    {pkey::cStaticNumber58Pid, false, 0},     {pkey::cStaticSwitch59Pid, true, 0},
+};
+
+// The settings that are loaded and that nothing depends on yet; the static ones by their row.
 struct StoreSettings {
-    std::uint32_t activePreset;
-    bool masterEnable;
-    std::uint32_t tableCounter;
-    bool dynamicSwitch;         // pid 6
-    bool refreshSwitch[2];      // pids 50, 52: ordinary profiles
-    bool demoRefreshSwitch[2];  // pids 51, 53: demo profiles
-    bool staticSwitch54;
-    bool staticSwitch55;
-    bool staticSwitch56;
-    std::uint32_t staticNumber57;
-    std::uint32_t staticNumber58;
-    bool staticSwitch59;
+    bool dynamicSwitch = true;
+    std::uint32_t staticSettings[std::size(cStaticSettings)] = {};
 };
 
 class KORA4KeysClient {
@@ -67,43 +65,18 @@ class KORA4KeysClient {
     // ObjInitialize. Values that cannot be read take their defaults.
     HRESULT InitialKeysLoad();
 
-    static constexpr bool IsAllowableProfile(std::uint32_t profile) {
-        return kora4::IsAllowableProfile(profile);
-    }
-
-    // The mask as of the initial load; no store access.
-    const TechnologyMasterEnables& MasterEnables() const { return m_masterEnables; }
+    // Which technologies the installed engine carries, as of the initial load; no store access.
+    std::uint32_t MasterEnables() const { return m_masterEnables; }
 
   protected:
     ~KORA4KeysClient() = default;
 
-    struct DynamicChanges {
-        bool activePresetChanged = false;
-        std::uint32_t newActivePreset = cNoProfile;
-        bool enableChanged = false;
-        bool newEnable = false;
-        bool tableChanged = false;
-        bool onElseOffChanged[eNumberKORA4PresetTechnologies] = {};
-        bool effectiveChanged[eNumberKORA4PresetTechnologies] = {};
-        bool patchChanged[eNumberKORA4PresetTechnologies] = {};
-    };
-
     // Compares the store with the baseline, reloads what changed and moves the baseline.
-    HRESULT DynamicKeyUpdate(DynamicChanges* pChanges) REQUIRES(m_regKeysMutex);
+    HRESULT DynamicKeyUpdate(StoreChanges* pChanges) REQUIRES(m_regKeysMutex);
 
     // Writes the active preset.
-    HRESULT UpdateActivePreset(std::uint32_t newActivePreset) REQUIRES(m_regKeysMutex);
-
-    // Hands the refresh switches to the patch set, which derives its effective flags.
-    void Refresh() REQUIRES(m_regKeysMutex);
-
-    // An own write moves its item of the baseline only when what was read just before the
-    // write was what the baseline knew: otherwise a foreign change is still to be told.
-    template <typename T>
-    static void MoveOwn(T& item, T before, T after) {
-        if (item == before)
-            item = after;
-    }
+    HRESULT UpdateActivePreset(const Change<std::uint32_t>& activePreset)
+        REQUIRES(m_regKeysMutex);
 
     KORA4PropKeyStoreAccess Values() REQUIRES(m_regKeysMutex) {
         return KORA4PropKeyStoreAccess(*m_pKeyAccess);
@@ -112,11 +85,11 @@ class KORA4KeysClient {
     bool ReadMasterEnable() REQUIRES(m_regKeysMutex);
     std::uint32_t ReadTableCounter() REQUIRES(m_regKeysMutex);
 
-    TechnologyMasterEnables m_masterEnables;
+    std::uint32_t m_masterEnables = 0;
     KORA4ManagedPatchSet m_patches GUARDED_BY(m_regKeysMutex);
     KORA4KeyAccess* const m_pKeyAccess PT_GUARDED_BY(m_regKeysMutex);
     NamedMutex m_regKeysMutex;
-    StoreSettings m_settings GUARDED_BY(m_regKeysMutex){};
+    StoreSettings m_settings GUARDED_BY(m_regKeysMutex);
     Baseline m_baseline GUARDED_BY(m_regKeysMutex);
     // Profile editor, profile selector, demo application; null when none is stored.
     std::array<TaskPtr<char16_t>, 3> m_commands;
@@ -125,11 +98,8 @@ class KORA4KeysClient {
     void LoadMasterEnables() REQUIRES(m_regKeysMutex);
     void LoadStaticSettings() REQUIRES(m_regKeysMutex);
     void LoadDynamicSettings() REQUIRES(m_regKeysMutex);
-    // The record of a technology in the active profile; in a demo profile the built-in one.
-    HRESULT ReloadPresetData(KORA4PresetTechnology technology) REQUIRES(m_regKeysMutex);
-    // Profile, enable and counter as just read; flags and trigger words from the patch set.
-    void MoveBaselineToStore() REQUIRES(m_regKeysMutex);
-    HRESULT DynamicPatchUpdates(bool forced, DynamicChanges* pChanges) REQUIRES(m_regKeysMutex);
+    HRESULT DynamicPatchUpdates(const Baseline& stored, StoreChanges* pChanges)
+        REQUIRES(m_regKeysMutex);
 };
 
 }  // namespace kora4

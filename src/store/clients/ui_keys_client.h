@@ -79,22 +79,17 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     std::uint32_t Analyses() const { return m_analyses; }
 
   private:
-    // The master enable as read just before it is written, and what is written.
-    struct EnableWrite {
-        bool before;
-        bool after;
-    };
-
     // The frame of a store operation: entry line, E_INVALIDARG for bad arguments, the
     // body under the mutex, exit line.
     template <typename Body>
     HRESULT Operate(const trace::Site& site, int line, bool argumentsGood, Body&& body);
 
-    HRESULT WriteEnable(const EnableWrite& write) REQUIRES(m_regKeysMutex);
-    HRESULT WritePatch(std::uint32_t profile, KORA4PresetTechnology technology, bool flagBefore,
-                       bool bumpTrigger) REQUIRES(m_regKeysMutex);
-    HRESULT ProfileStateChange(std::uint32_t oldProfile, std::uint32_t newProfile,
-                               const EnableWrite* pEnable) REQUIRES(m_regKeysMutex);
+    HRESULT WriteEnable(const Change<bool>& enable) REQUIRES(m_regKeysMutex);
+    // `pEnable`: null when the enable stays as it is.
+    HRESULT ProfileStateChange(const Change<std::uint32_t>& profile,
+                               const Change<bool>* pEnable) REQUIRES(m_regKeysMutex);
+    KnownWords ReadKnown(std::uint32_t profile, KORA4PresetTechnology technology)
+        REQUIRES(m_regKeysMutex);
     void SaveStateBeforeDemo(std::uint32_t profile, bool enable) REQUIRES(m_regKeysMutex);
     HRESULT RestoreStateBeforeDemo(std::uint32_t demoProfile) REQUIRES(m_regKeysMutex);
     HRESULT ActivePresetCopy(std::uint32_t customProfile) REQUIRES(m_regKeysMutex);
@@ -106,8 +101,10 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     HRESULT DescribePatchChange(KORA4PresetTechnology technology, ChangeSet* pChanges)
         REQUIRES(m_regKeysMutex);
 
-    // An own write of switches or values of `profile` succeeded.
-    void Overtake(std::uint32_t profile, OvertakenItems::Items items) REQUIRES(m_regKeysMutex);
+    // Ends an own call that writes `items` of `profile` with `hr`, its result, which is handed
+    // on.
+    HRESULT Overtake(HRESULT hr, std::uint32_t profile, OvertakenItems::Items items)
+        REQUIRES(m_regKeysMutex);
 
     // This client entered a demo.
     bool m_demoMode GUARDED_BY(m_regKeysMutex) = false;

@@ -34,7 +34,7 @@ HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
         TaskPtr<char16_t> name;
         if (IsCustomProfile(profile) && ReadProfileName(profile, &name) != result::cOk)
             return KORA4_S_NO_SUCH_CUSTOM_PROFILE;
-        return ProfileStateChange(current, profile, nullptr);
+        return ProfileStateChange({current, profile}, nullptr);
     });
 }
 
@@ -48,19 +48,16 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
 
         // What is stored under the paired demo profile are the factory values.
         const std::uint32_t demoProfile = DemoProfileOf(profile);
-        m_settings.activePreset = profile;
         m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
-        Refresh();
+        KORA4ManagedPatchSet::Refresh();
         HRESULT hr = result::cOk;
         for (const KORA4PresetTechnology technology : cSettableTechnologies) {
-            const bool flagBefore =
-                KORA4ManagedPatchSet::ReadPresetOnElseOff(*m_pKeyAccess, profile, technology);
-            hr = WritePatch(profile, technology, flagBefore, true);
+            hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
+                                            ReadKnown(profile, technology));
             if (result::Failed(hr))
-                return hr;
+                break;
         }
-        Overtake(profile, OvertakenItems::cTechnologies);
-        return hr;
+        return Overtake(hr, profile, OvertakenItems::cTechnologies);
     });
 }
 
@@ -71,12 +68,12 @@ HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bo
         const std::uint32_t current = ReadActivePreset();
         if (IsDemoProfile(current) && !m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
-        const EnableWrite enableWrite{ReadMasterEnable(), enable};
-        const HRESULT hr = ProfileStateChange(current, demoProfile, &enableWrite);
+        const Change<bool> change{ReadMasterEnable(), enable};
+        const HRESULT hr = ProfileStateChange({current, demoProfile}, &change);
         if (result::Succeeded(hr)) {
             // From one demo to another the first saved state is kept.
             if (!IsDemoProfile(current))
-                SaveStateBeforeDemo(current, enableWrite.before);
+                SaveStateBeforeDemo(current, change.before);
             m_demoMode = true;
         }
         return hr;
@@ -182,42 +179,38 @@ HRESULT KORA4UIKeysClient::WriteProfileName(std::uint32_t customProfile,
 
 HRESULT KORA4UIKeysClient::AnnounceTableChange() {
     const std::uint32_t before = ReadTableCounter();
-    const std::uint32_t after = before + 1;
-    const HRESULT hr =
-        Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), after);
-    if (result::Succeeded(hr)) {
-        m_settings.tableCounter = after;
-        MoveOwn(m_baseline.tableCounter, before, after);
-    }
-    return hr;
+    const Change<std::uint32_t> change{before, before + 1};
+    return MoveOwn(
+        Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid),
+                           change.after),
+        change, &m_baseline.tableCounter);
 }
 
-HRESULT KORA4UIKeysClient::ProfileStateChange(std::uint32_t oldProfile,
-                                              std::uint32_t newProfile,
-                                              const EnableWrite* pEnable) {
+HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profile,
+                                              const Change<bool>* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::ProfileStateChange"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
-    KALASSERT_TEXT(cSite, IsAllowableProfile(newProfile), "IsAllowableProfile( newProfile )");
+    KALASSERT_TEXT(cSite, IsAllowableProfile(profile.after),
+                   "IsAllowableProfile( newProfile )");
 
-    hr = UpdateActivePreset(newProfile);
+    const std::uint32_t knownProfile = m_baseline.profile;
+    hr = UpdateActivePreset(profile);
     if (result::Failed(hr))
         return hr;
-    const std::uint32_t baselineProfile = m_baseline.profile;
-    MoveOwn(m_baseline.profile, oldProfile, newProfile);
     if (pEnable)
         hr = WriteEnable(*pEnable);
     if (result::Succeeded(hr)) {
-        m_patches.LoadPresetPatches(*m_pKeyAccess, newProfile, false);
-        Refresh();
+        m_patches.LoadPresetPatches(*m_pKeyAccess, profile.after, false);
+        KORA4ManagedPatchSet::Refresh();
     } else {
-        m_patches.LoadPresetOnElseOff(*m_pKeyAccess, newProfile);
+        m_patches.LoadPresetOnElseOff(*m_pKeyAccess, profile.after);
     }
     // The flags of the baseline are those of its profile.
-    if (m_baseline.profile != baselineProfile)
-        std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.presetOnElseOff);
-    if (result::Succeeded(hr) && newProfile != m_analysedProfile)
+    if (m_baseline.profile != knownProfile)
+        std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.words.m_dwPresetOnElseOff);
+    if (result::Succeeded(hr) && profile.after != m_analysedProfile)
         m_overtaken.Add(OvertakenItems::cProfile | OvertakenItems::cTechnologies);
     return hr;
 }
@@ -237,8 +230,8 @@ HRESULT KORA4UIKeysClient::RestoreStateBeforeDemo(std::uint32_t demoProfile) {
         profile = cMovieProfile;
     const bool enable =
         Values().BoolOr(eKeySetStatic, pkey::Setting(pkey::cSavedEnablePid), true);
-    const EnableWrite enableWrite{ReadMasterEnable(), enable};
-    const HRESULT hr = ProfileStateChange(demoProfile, profile, &enableWrite);
+    const Change<bool> change{ReadMasterEnable(), enable};
+    const HRESULT hr = ProfileStateChange({demoProfile, profile}, &change);
     m_demoMode = false;
     return hr;
 }

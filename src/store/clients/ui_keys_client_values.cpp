@@ -6,8 +6,7 @@ namespace kora4 {
 HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetVeltoEnable"};
     return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
-        m_settings.masterEnable = ReadMasterEnable();
-        *pEnable = m_settings.masterEnable;
+        *pEnable = ReadMasterEnable();
         return result::cOk;
     });
 }
@@ -29,14 +28,12 @@ HRESULT KORA4UIKeysClient::ToggleVeltoEnable(bool* pEnable) {
     });
 }
 
-HRESULT KORA4UIKeysClient::WriteEnable(const EnableWrite& write) {
-    const HRESULT hr =
-        Values().WriteBool(eKeySetDynamic, pkey::Setting(pkey::cMasterEnablePid), write.after);
-    if (result::Succeeded(hr)) {
-        m_settings.masterEnable = write.after;
-        MoveOwn(m_baseline.enable, write.before, write.after);
+HRESULT KORA4UIKeysClient::WriteEnable(const Change<bool>& enable) {
+    const HRESULT hr = MoveOwn(
+        Values().WriteBool(eKeySetDynamic, pkey::Setting(pkey::cMasterEnablePid), enable.after),
+        enable, &m_baseline.enable);
+    if (result::Succeeded(hr))
         m_overtaken.Add(OvertakenItems::cEnable);
-    }
     return hr;
 }
 
@@ -62,18 +59,11 @@ HRESULT KORA4UIKeysClient::SetTechnologyOnElseOff(KORA4PresetTechnology technolo
     const bool argumentsGood = IsValidTechnology(technology);
     return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t profile = ReadActivePreset();
-        const std::uint32_t before =
-            KORA4ManagedPatchSet::ReadPresetOnElseOff(*m_pKeyAccess, profile, technology);
-        const std::uint32_t after = onElseOff;
-        m_patches.m_dwPresetOnElseOff[technology] = after;
-        PatchWriteReport report;
-        const HRESULT hr =
-            m_patches.WritePresetPatchEnable(*m_pKeyAccess, profile, technology, &report);
-        if (report.flagWritten && profile == m_baseline.profile)
-            MoveOwn(m_baseline.presetOnElseOff[technology], before, after);
-        if (report.flagWritten)
-            Overtake(profile, OvertakenItems::Switch(technology));
-        return hr;
+        const KnownWords known = ReadKnown(profile, technology);
+        m_patches.m_dwPresetOnElseOff[technology] = onElseOff;
+        return Overtake(
+            m_patches.WritePresetPatchEnable(*m_pKeyAccess, profile, technology, known),
+            profile, OvertakenItems::Switch(technology));
     });
 }
 
@@ -109,29 +99,22 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
         if (result::Succeeded(hr))
             hr = FromASLPatch(m_patches.m_records, technology, size, pValue);
         if (result::Succeeded(hr))
-            hr = WritePatch(profile, presetTech, m_patches.m_dwPresetOnElseOff[presetTech] != 0,
-                            true);
-        // In a demo profile nothing was stored.
-        if (result::Succeeded(hr) && IsSelectableProfile(profile))
-            Overtake(profile, OvertakenItems::Value(presetTech));
-        return hr;
+            hr = m_patches.WritePresetPatch(
+                *m_pKeyAccess, profile, presetTech, true,
+                // The flag is written back as it was read.
+                {.pTrigger = &m_baseline.words.m_dwPresetTriggers[presetTech]});
+        return Overtake(hr, profile, OvertakenItems::Value(presetTech));
     });
 }
 
-// Writes the working record of a technology to the stored active profile. `flagBefore` is
-// the on/off flag as read just before.
-HRESULT KORA4UIKeysClient::WritePatch(std::uint32_t profile, KORA4PresetTechnology technology,
-                                      bool flagBefore, bool bumpTrigger) {
-    PatchWriteReport report;
-    const HRESULT hr =
-        m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, bumpTrigger, &report);
-    if (report.flagWritten && profile == m_baseline.profile)
-        MoveOwn<std::uint32_t>(m_baseline.presetOnElseOff[technology], flagBefore,
-                               m_patches.m_dwPresetOnElseOff[technology]);
-    if (report.triggerWritten)
-        MoveOwn(m_baseline.presetTriggers[technology], report.triggerBefore,
-                report.triggerAfter);
-    return hr;
+// What an own write of a technology is to move; reads the on/off flag that it replaces. The
+// flags that the client knows are those of one profile.
+KnownWords KORA4UIKeysClient::ReadKnown(std::uint32_t profile,
+                                        KORA4PresetTechnology technology) {
+    TechnologyWords& words = m_baseline.words;
+    return {profile == m_baseline.profile ? &words.m_dwPresetOnElseOff[technology] : nullptr,
+            KORA4ManagedPatchSet::ReadPresetOnElseOff(*m_pKeyAccess, profile, technology),
+            &words.m_dwPresetTriggers[technology]};
 }
 
 HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
@@ -180,15 +163,9 @@ HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
     return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pChanges = {};
         pChanges->analysis = ++m_analyses;
-        DynamicChanges found;
-        HRESULT hr = DynamicKeyUpdate(&found);
-        m_analysedProfile = m_settings.activePreset;
+        HRESULT hr = DynamicKeyUpdate(pChanges);
+        m_analysedProfile = pChanges->profile;
         m_overtaken.Clear();
-        pChanges->profileChanged = found.activePresetChanged;
-        pChanges->newProfile = found.newActivePreset;
-        pChanges->enableChanged = found.enableChanged;
-        pChanges->enable = found.newEnable;
-        pChanges->tableChanged = found.tableChanged;
 
         // The user left the demo by other means, for the profile that the client knows of too.
         if (!IsDemoProfile(m_analysedProfile))
@@ -196,21 +173,20 @@ HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
 
         for (std::uint32_t t = eVolumeTech;
              t < eNumberKORA4PresetTechnologies && result::Succeeded(hr); ++t) {
-            const auto technology = static_cast<KORA4PresetTechnology>(t);
-            if (found.onElseOffChanged[t]) {
-                pChanges->onElseOffChanged[t] = true;
-                pChanges->onElseOff[t] = m_patches.m_dwPresetOnElseOff[t] != 0;
-            }
-            if (found.patchChanged[t])
-                hr = DescribePatchChange(technology, pChanges);
+            pChanges->onElseOff[t] = m_patches.m_dwPresetOnElseOff[t] != 0;
+            if (pChanges->patchChanged[t])
+                hr = DescribePatchChange(static_cast<KORA4PresetTechnology>(t), pChanges);
         }
         return hr;
     });
 }
 
-void KORA4UIKeysClient::Overtake(std::uint32_t profile, OvertakenItems::Items items) {
-    if (profile == m_analysedProfile)
+HRESULT KORA4UIKeysClient::Overtake(HRESULT hr, std::uint32_t profile,
+                                    OvertakenItems::Items items) {
+    // In a profile that is not selectable nothing was stored.
+    if (result::Succeeded(hr) && IsSelectableProfile(profile) && profile == m_analysedProfile)
         m_overtaken.Add(items);
+    return hr;
 }
 
 // Enters the new value of a technology in the change set.
@@ -218,7 +194,6 @@ HRESULT KORA4UIKeysClient::DescribePatchChange(KORA4PresetTechnology technology,
                                                ChangeSet* pChanges) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::DescribePatchChange"};
-    pChanges->patchChanged[technology] = true;
     const ApiTechnology apiTech = APITechOf(technology);
     if (apiTech == ApiTechnology::eNumberKORA4APITechnologies)
         return result::cOk;

@@ -1,12 +1,10 @@
 #include "store/patches/managed_patch_set.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "store/access/prop_key_store_access.h"
 #include "store/model/profiles.h"
 #include "store/model/property_key.h"
 #include "store/patches/field_def.h"
+#include "store/patches/own_write.h"
 #include "trace/trace.h"
 
 namespace kora4 {
@@ -37,52 +35,36 @@ HRESULT LoadFields(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t
 
 }  // namespace
 
-// Shows the condition as it reads in every log of this check: with the index cast.
-#define KAL_ASSERT_OFFSET(site, offset, table, technology) \
-    KALASSERT_TEXT(site, (offset) == table[technology],    \
-                   #offset " == " #table "[ (UINT) " #technology " ]")
+// The key of every technology, by name: a table out of order would put one technology's values
+// under the key of another.
+static_assert(sm_presetTechGUIDOffset[ePresetNoTech] == 0);
+static_assert(sm_presetTechGUIDOffset[eVolumeTech] == KORA4_PKEY_VOLUME_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eEnhancementTech] == KORA4_PKEY_ENHANCEMENT_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eDynamicEQTech] == KORA4_PKEY_DYN_EQ_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eStandardEQTech] == KORA4_PKEY_STD_EQ_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eHeadphoneTech] == KORA4_PKEY_HEADPHONE_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eVirtualSurroundTech] ==
+              KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET);
+static_assert(sm_presetTechGUIDOffset[eNGSurroundTech] ==
+              KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET);
+static_assert(sm_globalTechGUIDOffset[eGlobalNoTech] == 0);
+static_assert(sm_globalTechGUIDOffset[ePeakLimiterTech] == KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET);
+static_assert(sm_globalTechGUIDOffset[eAudioRegulatorTech] ==
+              KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET);
+static_assert(sm_globalTechGUIDOffset[eAudioOptimizerTech] ==
+              KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET);
 
 KORA4ManagedPatchSet::KORA4ManagedPatchSet() {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::KORA4ManagedPatchSet"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
-    KAL_ASSERT_OFFSET(cSite, 0, sm_presetTechGUIDOffset, ePresetNoTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_VOLUME_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eVolumeTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_ENHANCEMENT_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eEnhancementTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_DYN_EQ_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eDynamicEQTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_STD_EQ_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eStandardEQTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_HEADPHONE_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eHeadphoneTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eVirtualSurroundTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET, sm_presetTechGUIDOffset,
-                      eNGSurroundTech);
-    KAL_ASSERT_OFFSET(cSite, 0, sm_globalTechGUIDOffset, eGlobalNoTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET, sm_globalTechGUIDOffset,
-                      ePeakLimiterTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET, sm_globalTechGUIDOffset,
-                      eAudioRegulatorTech);
-    KAL_ASSERT_OFFSET(cSite, KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET, sm_globalTechGUIDOffset,
-                      eAudioOptimizerTech);
     Reset();
 }
-
-#undef KAL_ASSERT_OFFSET
 
 void KORA4ManagedPatchSet::Reset() {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Reset"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
     m_records = {};
-    std::fill(std::begin(m_dwPresetOnElseOff), std::end(m_dwPresetOnElseOff), 0u);
-    std::fill(std::begin(m_dwGlobalOnElseOff), std::end(m_dwGlobalOnElseOff), 0u);
-    std::fill(std::begin(m_dwPresetEffective), std::end(m_dwPresetEffective), 0u);
-    std::fill(std::begin(m_dwGlobalEffective), std::end(m_dwGlobalEffective), 0u);
-    std::fill(std::begin(m_dwPresetTriggers), std::end(m_dwPresetTriggers), 0u);
-    std::fill(std::begin(m_dwGlobalTriggers), std::end(m_dwGlobalTriggers), 0u);
-    std::fill(std::begin(m_refreshSwitches), std::end(m_refreshSwitches), false);
+    static_cast<TechnologyWords&>(*this) = {};
 }
 
 HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
@@ -196,45 +178,40 @@ void KORA4ManagedPatchSet::LoadGlobalPatches(KORA4KeyAccess& access) {
 
 HRESULT KORA4ManagedPatchSet::WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                                                KORA4PresetTechnology technology,
-                                               bool bumpTrigger, PatchWriteReport* pReport) {
+                                               bool bumpTrigger, const KnownWords& known) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatch"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( presetTech )");
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
                    "KORA4KeysClient::IsAllowableProfile( profile )");
-    if (pReport)
-        *pReport = {};
     if (!IsSelectableProfile(profile))
         return hr;
-    hr = WritePresetPatchEnable(access, profile, technology, pReport);
+    hr = WritePresetPatchEnable(access, profile, technology, known);
     if (result::Succeeded(hr))
         hr = WritePresetTechPatchData(access, profile, technology);
     if (result::Succeeded(hr) && bumpTrigger)
-        BumpPresetTrigger(access, technology, pReport);
+        BumpPresetTrigger(access, technology, known.pTrigger);
     return hr;
 }
 
 HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
                                                      std::uint32_t profile,
                                                      KORA4PresetTechnology technology,
-                                                     PatchWriteReport* pReport) {
+                                                     const KnownWords& known) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatchEnable"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    if (pReport)
-        *pReport = {};
     // No technology has the GUID offset of the volume: it would write that one's flag.
     if (!IsValidTechnology(technology))
         return hr = result::cInvalidArg;
     if (!IsSelectableProfile(profile))
         return hr;
+    const Change<std::uint32_t> change{known.onElseOffBefore, m_dwPresetOnElseOff[technology]};
     hr = KORA4PropKeyStoreAccess(access).WriteBool(
         eKeySetDynamic, PresetPatchKey(technology, profile, pkey::cSwitchPid),
-        m_dwPresetOnElseOff[technology] != 0);
-    if (pReport)
-        pReport->flagWritten = result::Succeeded(hr);
-    return hr;
+        change.after != 0);
+    return MoveOwn(hr, change, known.pOnElseOff);
 }
 
 HRESULT KORA4ManagedPatchSet::WritePresetTechPatchData(KORA4KeyAccess& access,
@@ -253,21 +230,17 @@ HRESULT KORA4ManagedPatchSet::WritePresetTechPatchData(KORA4KeyAccess& access,
 
 void KORA4ManagedPatchSet::BumpPresetTrigger(KORA4KeyAccess& access,
                                              KORA4PresetTechnology technology,
-                                             PatchWriteReport* pReport) {
+                                             std::uint32_t* pKnownTrigger) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::BumpPresetTrigger"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
     const PropertyKey key = PresetTriggerKey(technology);
     KORA4PropKeyStoreAccess values(access);
     const std::uint32_t before = values.UINTOr(eKeySetDynamic, key, 0);
-    const std::uint32_t after = before + 1;  // wraps: readers compare for equality only
+    // It may wrap: readers compare for equality only.
+    const Change<std::uint32_t> change{before, before + 1};
+    m_dwPresetTriggers[technology] = change.after;
     // The patch is stored already; a trigger that is not only delays its readers.
-    const HRESULT hr = values.WriteUINT(eKeySetDynamic, key, after);
-    m_dwPresetTriggers[technology] = after;
-    if (pReport) {
-        pReport->triggerWritten = result::Succeeded(hr);
-        pReport->triggerBefore = before;
-        pReport->triggerAfter = after;
-    }
+    MoveOwn(values.WriteUINT(eKeySetDynamic, key, change.after), change, pKnownTrigger);
 }
 
 bool KORA4ManagedPatchSet::ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile,
@@ -298,14 +271,6 @@ void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
     for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
         m_dwGlobalTriggers[i] =
             values.UINTOr(eKeySetDynamic, GlobalTriggerKey(GlobalTech(i)), 0);
-    // Entry 0 stands for no technology; its key is that of another one, whose word has just
-    // been read.
-    static_assert(sm_presetTechGUIDOffset[ePresetNoTech] ==
-                  sm_presetTechGUIDOffset[eVolumeTech]);
-    static_assert(sm_globalTechGUIDOffset[eGlobalNoTech] ==
-                  sm_globalTechGUIDOffset[eAudioOptimizerTech]);
-    m_dwPresetTriggers[ePresetNoTech] = m_dwPresetTriggers[eVolumeTech];
-    m_dwGlobalTriggers[eGlobalNoTech] = m_dwGlobalTriggers[eAudioOptimizerTech];
 }
 
 void KORA4ManagedPatchSet::LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile) {
@@ -322,15 +287,9 @@ void KORA4ManagedPatchSet::LoadGlobalOnElseOff(KORA4KeyAccess& access) {
         m_dwGlobalOnElseOff[i] = ReadGlobalOnElseOff(access, GlobalTech(i));
 }
 
-void KORA4ManagedPatchSet::Refresh(bool masterEnable, bool firstSwitch, bool secondSwitch) {
+void KORA4ManagedPatchSet::Refresh() {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Refresh"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
-    m_refreshSwitches[0] = firstSwitch;
-    m_refreshSwitches[1] = secondSwitch;
-    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
-        m_dwPresetEffective[i] = masterEnable && m_dwPresetOnElseOff[i] != 0;
-    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
-        m_dwGlobalEffective[i] = masterEnable && m_dwGlobalOnElseOff[i] != 0;
 }
 
 }  // namespace kora4

@@ -15,15 +15,6 @@ namespace kora4 {
 
 struct KORA4FieldDef;
 
-// What a write of a patch did to the two words that other clients watch. A client needs
-// it to tell its own changes from foreign ones.
-struct PatchWriteReport {
-    bool flagWritten = false;
-    bool triggerWritten = false;
-    std::uint32_t triggerBefore = 0;  // as read just before the bump; 0 when unreadable
-    std::uint32_t triggerAfter = 0;
-};
-
 // The record of one technology inside a patch set, and the table that describes it.
 struct TechnologyFields {
     void* pRecord = nullptr;
@@ -37,9 +28,27 @@ struct RecordPart {
     std::size_t size = 0;
 };
 
+// The words of the technologies that clients watch, by technology number; the number of no
+// technology has none.
+struct TechnologyWords {
+    std::uint32_t m_dwPresetOnElseOff[eNumberKORA4PresetTechnologies] = {};
+    std::uint32_t m_dwGlobalOnElseOff[eNumberKORA4GlobalTechnologies] = {};
+    // The last trigger values seen, as loaded or as written.
+    std::uint32_t m_dwPresetTriggers[eNumberKORA4PresetTechnologies] = {};
+    std::uint32_t m_dwGlobalTriggers[eNumberKORA4GlobalTechnologies] = {};
+};
+
+// What a client knows of the two words of one technology that it watches; own writes move it,
+// see MoveOwn. Null where the client knows nothing of the word that is written.
+struct KnownWords {
+    std::uint32_t* pOnElseOff = nullptr;
+    std::uint32_t onElseOffBefore = 0;  // as read just before
+    std::uint32_t* pTrigger = nullptr;
+};
+
 // Not thread-safe: its owner holds the store's named mutex around every call that takes
 // a key access.
-class KORA4ManagedPatchSet {
+class KORA4ManagedPatchSet : public TechnologyWords {
   public:
     KORA4ManagedPatchSet();
 
@@ -65,14 +74,13 @@ class KORA4ManagedPatchSet {
     void LoadGlobalPatches(KORA4KeyAccess& access);
 
     // Writes flag, fields and, with `bumpTrigger` and after everything else succeeded,
-    // the technology's trigger word. A profile that is not selectable is never written:
-    // S_OK, and the report stays clear.
+    // the technology's trigger word. A profile that is not selectable is never written: S_OK.
     HRESULT WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                              KORA4PresetTechnology technology, bool bumpTrigger,
-                             PatchWriteReport* pReport = nullptr);
+                             const KnownWords& known = {});
     HRESULT WritePresetPatchEnable(KORA4KeyAccess& access, std::uint32_t profile,
                                    KORA4PresetTechnology technology,
-                                   PatchWriteReport* pReport = nullptr);
+                                   const KnownWords& known = {});
 
     // The defaults row of a profile: its own for a preset profile, that of its preset
     // profile for a demo profile, Movie's for every other one.
@@ -86,17 +94,17 @@ class KORA4ManagedPatchSet {
                                     KORA4PresetTechnology technology);
     static bool ReadGlobalOnElseOff(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
 
-    // Reads all trigger words (preset 0 to 7, global 0 to 3) into m_dwPresetTriggers and
-    // m_dwGlobalTriggers; a word that cannot be read is 0.
+    // Reads all trigger words, of preset technologies 1 to 7 and global ones 1 to 3; a word
+    // that cannot be read is 0.
     void LoadTriggers(KORA4KeyAccess& access);
     // Reads the on/off flags of preset technologies 1 to 7 and the global enables 1 to 3.
     void LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile);
     void LoadGlobalOnElseOff(KORA4KeyAccess& access);
 
-    // Takes the three refresh switches and derives the effective flags: a technology is
-    // effective when its own flag and the master enable are set. The two further switches
-    // are kept; they have no named meaning yet.
-    void Refresh(bool masterEnable, bool firstSwitch, bool secondSwitch);
+    // What follows from switches and enable is worked out where it matters, and the refresh
+    // switches of the settings have no meaning yet. What is left are the lines that log
+    // readers know: they end each load.
+    static void Refresh();
 
     // E_INVALIDARG (and an assertion) for anything that is no technology. The
     // next-generation surround has a record and no fields.
@@ -104,20 +112,12 @@ class KORA4ManagedPatchSet {
     HRESULT GetTechnologyFields(KORA4GlobalTechnology technology, TechnologyFields* pOut);
 
     PatchRecords m_records;
-    std::uint32_t m_dwPresetOnElseOff[eNumberKORA4PresetTechnologies];
-    std::uint32_t m_dwGlobalOnElseOff[eNumberKORA4GlobalTechnologies];
-    std::uint32_t m_dwPresetEffective[eNumberKORA4PresetTechnologies];
-    std::uint32_t m_dwGlobalEffective[eNumberKORA4GlobalTechnologies];
-    // The last trigger values seen, as loaded or as written.
-    std::uint32_t m_dwPresetTriggers[eNumberKORA4PresetTechnologies];
-    std::uint32_t m_dwGlobalTriggers[eNumberKORA4GlobalTechnologies];
-    bool m_refreshSwitches[2];
 
   private:
     HRESULT WritePresetTechPatchData(KORA4KeyAccess& access, std::uint32_t profile,
                                      KORA4PresetTechnology technology);
     void BumpPresetTrigger(KORA4KeyAccess& access, KORA4PresetTechnology technology,
-                           PatchWriteReport* pReport);
+                           std::uint32_t* pKnownTrigger);
 };
 
 }  // namespace kora4
