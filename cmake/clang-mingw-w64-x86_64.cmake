@@ -14,6 +14,8 @@ execute_process(COMMAND ${gcc} -print-libgcc-file-name
 get_filename_component(gcc_folder ${libgcc} DIRECTORY)
 set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES
   ${gcc_folder}/include/c++ ${gcc_folder}/include/c++/${KORA4_TRIPLET})
+# GCC has no weak symbols here, which turns this off; its library defines the comparison.
+set(CMAKE_CXX_FLAGS_INIT -D__GXX_TYPEINFO_EQUALITY_INLINE=0)
 
 # GCC's libraries want its threads. Its linker would report every exception class, whose names
 # the two compilers pad differently.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # selftest.sh BUILD WORK: violations.cpp compiles as it stands, with the very command that BUILD
-# compiles it with, and each of its violations is refused in the words that stand beside it.
+# compiles it with, and each of its violations is refused in the words that stand below it.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 build=$1 output=$2/output
@@ -36,7 +36,7 @@ while IFS='|' read -r number words; do
     result=1
   fi
   report "$words" "$result"
-done < <(sed -n 's|^#.*VIOLATION == \([0-9]*\)  // \(.*\)$|\1\|\2|p' "$here/violations.cpp")
+done < <(sed -n '/^#.*VIOLATION == /{s/.*== //;N;s|\n */* says: |\||p}' "$here/violations.cpp")
 
 echo "$violations violations, $failures failures"
 [ "$violations" -gt 0 ] && [ "$failures" = 0 ]

@@ -1,5 +1,5 @@
 // What clang refuses about locks. As it stands this compiles; with one VIOLATION it must not,
-// and the message must have the words beside it. selftest.sh tries one after the other.
+// and the message must have the words below it. selftest.sh tries one after the other.
 #include "api/callback_guard.h"
 #include "platform/slim_lock.h"
 #include "store/access/named_mutex.h"
@@ -16,9 +16,11 @@ class Account {
         const SlimHold hold(m_lock);
         Book(amount);
         *m_pBalance = m_booked;
-#if VIOLATION == 1  // acquiring lock 'm_lock' that is already held
+#if VIOLATION == 1
+        // says: acquiring lock 'm_lock' that is already held
         const SlimHold again(m_lock);
-#elif VIOLATION == 2  // lock 'm_first' must be acquired before 'm_lock'
+#elif VIOLATION == 2
+        // says: lock 'm_first' must be acquired before 'm_lock'
         const SlimHold first(m_first);
 #endif
     }
@@ -31,28 +33,39 @@ class Account {
 
     void Break(int amount) {
         static_cast<void>(amount);
-#if VIOLATION == 3  // cannot call function 'Pay' while lock 'm_lock' is held
+#if VIOLATION == 3
+        // says: cannot call function 'Pay' while lock 'm_lock' is held
         const SlimHold hold(m_lock);
         Pay(amount);
-#elif VIOLATION == 4  // reading variable 'm_booked' requires holding lock 'm_lock'
+#elif VIOLATION == 4
+        // says: reading variable 'm_booked' requires holding lock 'm_lock'
         static_cast<void>(m_booked == amount);
-#elif VIOLATION == 5  // writing variable 'm_booked' requires holding lock 'm_lock' exclusively
+#elif VIOLATION == 5
+        // says: writing variable 'm_booked' requires holding lock 'm_lock' exclusively
         m_booked = amount;
-#elif VIOLATION == 6  // writing the value pointed to by 'm_pBalance' requires holding lock 'm_lock'
+#elif VIOLATION == 6
+        // says: writing the value pointed to by 'm_pBalance' requires holding lock 'm_lock'
         *m_pBalance = amount;
-#elif VIOLATION == 7  // calling function 'Book' requires holding lock 'm_lock' exclusively
+#elif VIOLATION == 7
+        // says: calling function 'Book' requires holding lock 'm_lock' exclusively
         Book(amount);
-#elif VIOLATION == 8  // calling function 'operator()' requires holding lock 'm_lock' exclusively
+#elif VIOLATION == 8
+        // says: calling function 'operator()' requires holding lock 'm_lock' exclusively
         [&]() REQUIRES(m_lock) { Book(amount); }();
-#elif VIOLATION == 9  // calling function 'Book' requires holding lock 'm_lock' exclusively
+#elif VIOLATION == 9
+        // says: calling function 'Book' requires holding lock 'm_lock' exclusively
         [&] { Book(amount); }();
-#elif VIOLATION == 10  // lock 'm_lock' is still held at the end of function
+#elif VIOLATION == 10
+        // says: lock 'm_lock' is still held at the end of function
         m_lock.Acquire();
-#elif VIOLATION == 11  // releasing lock 'm_lock' that was not held
+#elif VIOLATION == 11
+        // says: releasing lock 'm_lock' that was not held
         m_lock.Release();
-#elif VIOLATION == 12  // requires holding named mutex 'm_mutex' exclusively
+#elif VIOLATION == 12
+        // says: requires holding named mutex 'm_mutex' exclusively
         m_stored = amount;
-#elif VIOLATION == 13  // requires holding callback lock 'm_guard' exclusively
+#elif VIOLATION == 13
+        // says: requires holding callback lock 'm_guard' exclusively
         m_told = amount;
 #endif
     }
@@ -65,7 +78,9 @@ class Account {
     }
 
   private:
-    void Book(int amount) REQUIRES(m_lock) { m_booked += amount; }
+    void Book(int amount) REQUIRES(m_lock) {
+        m_booked += amount;
+    }
 
     SlimLock m_first;
     SlimLock m_lock ACQUIRED_AFTER(m_first);
