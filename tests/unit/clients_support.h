@@ -60,7 +60,7 @@ class TestClient {
     // graphic EQ are shown by their number of bands, floats in thousandths.
     std::string Pass() {
         ChangeSet changes;
-        EXPECT_EQ(m_client.OnKeyChangeNotify(&changes), result::cOk);
+        EXPECT_EQ(m_client.AnalyseChanges(&changes), result::cOk);
         std::string told;
         if (changes.enableChanged)
             told += "enable=" + std::to_string(changes.enable) + ";";

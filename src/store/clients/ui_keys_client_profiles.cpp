@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <array>
 
-#include "store/clients/operate.h"
+#include "store/clients/run_under_mutex.h"
 
 namespace kora4 {
 
@@ -18,7 +18,7 @@ static_assert(cSettableTechnologies.size() == eNumberKORA4PresetTechnologies - 1
 
 HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetActiveProfile"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         *pProfile = ReadActivePreset();
         return result::cOk;
     });
@@ -26,7 +26,7 @@ HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
 
 HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetActiveProfile"};
-    return Operate(cSite, __LINE__, IsSelectableProfile(profile), [&] {
+    return RunUnderMutex(cSite, __LINE__, IsSelectableProfile(profile), [&] {
         const std::uint32_t current = ReadActivePreset();
         if (IsDemoProfile(current))
             return KORA4_S_DEMO_MODE_ACTIVE;
@@ -40,7 +40,7 @@ HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
 HRESULT KORA4UIKeysClient::RevertActiveProfile() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::RevertActiveProfile"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         const std::uint32_t profile = ReadActivePreset();
         if (!IsPresetProfile(profile))
             return KORA4_S_NOT_A_PRESET_PROFILE;
@@ -63,7 +63,7 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
 HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bool enable) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetDemoProfileAndEnable"};
-    return Operate(cSite, __LINE__, IsDemoProfile(demoProfile), [&] {
+    return RunUnderMutex(cSite, __LINE__, IsDemoProfile(demoProfile), [&] {
         const std::uint32_t current = ReadActivePreset();
         if (IsDemoProfile(current) && !m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
@@ -82,7 +82,7 @@ HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bo
 HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::RevertFromDemoMode"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         if (!m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;
         const std::uint32_t current = ReadActivePreset();
@@ -95,7 +95,7 @@ HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
 HRESULT KORA4UIKeysClient::ForceRevertFromDemoMode() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::ForceRevertFromDemoMode"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         const std::uint32_t current = ReadActivePreset();
         return IsDemoProfile(current) ? RestoreStateBeforeDemo(current) : result::cOk;
     });
@@ -106,7 +106,7 @@ HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
     std::array<TaskPtr<char16_t>, cSelectableProfileBound> names;
     for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = nullptr;
-    const HRESULT hr = Operate(cSite, __LINE__, true, [&] {
+    const HRESULT hr = RunUnderMutex(cSite, __LINE__, true, [&] {
         for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
             const HRESULT hrName = ReadProfileName(p, &names[p]);
             if (result::Failed(hrName))
@@ -124,7 +124,7 @@ HRESULT KORA4UIKeysClient::CreateCustomProfile(std::uint32_t customProfile,
                                                const char16_t* pwName) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::CreateCustomProfile"};
-    return Operate(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
+    return RunUnderMutex(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
         TaskPtr<char16_t> name;
         const HRESULT hr = ReadProfileName(customProfile, &name);
         if (hr == result::cOk)
@@ -142,7 +142,7 @@ HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
                                                 const char16_t* pwName) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetCustomProfileName"};
-    return Operate(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
+    return RunUnderMutex(cSite, __LINE__, IsCustomProfile(customProfile) && pwName, [&] {
         TaskPtr<char16_t> name;
         if (ReadProfileName(customProfile, &name) != result::cOk)
             return result::cFail;
@@ -153,7 +153,7 @@ HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
 HRESULT KORA4UIKeysClient::DeleteCustomProfile(std::uint32_t customProfile) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::DeleteCustomProfile"};
-    return Operate(cSite, __LINE__, IsCustomProfile(customProfile), [&] {
+    return RunUnderMutex(cSite, __LINE__, IsCustomProfile(customProfile), [&] {
         if (ReadActivePreset() == customProfile)
             return result::cFail;
         const HRESULT hr = m_pKeyAccess->Delete(eKeySetStatic, ProfileNameKey(customProfile));

@@ -1,11 +1,11 @@
 // Switches, values, visualization, companion commands and the change analysis.
-#include "store/clients/operate.h"
+#include "store/clients/run_under_mutex.h"
 
 namespace kora4 {
 
 HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         *pEnable = ReadMasterEnable();
         return result::cOk;
     });
@@ -13,7 +13,7 @@ HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
 
 HRESULT KORA4UIKeysClient::SetVeltoEnable(bool enable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         return WriteEnable({ReadMasterEnable(), enable});
     });
 }
@@ -21,7 +21,7 @@ HRESULT KORA4UIKeysClient::SetVeltoEnable(bool enable) {
 HRESULT KORA4UIKeysClient::ToggleVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::ToggleVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         const bool before = ReadMasterEnable();
         *pEnable = !before;
         return WriteEnable({before, !before});
@@ -41,7 +41,7 @@ HRESULT KORA4UIKeysClient::GetTechnologyOnElseOff(KORA4PresetTechnology technolo
                                                   bool* pOnElseOff) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetTechnologyOnElseOff"};
-    return Operate(cSite, __LINE__, IsValidTechnology(technology), [&] {
+    return RunUnderMutex(cSite, __LINE__, IsValidTechnology(technology), [&] {
         // On/off flags are the stored ones in a demo profile too.
         const HRESULT hr = m_patches.LoadPresetPatchEnable(*m_pKeyAccess, ReadActivePreset(),
                                                            false, technology);
@@ -55,7 +55,7 @@ HRESULT KORA4UIKeysClient::SetTechnologyOnElseOff(KORA4PresetTechnology technolo
                                                   bool onElseOff) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetTechnologyOnElseOff"};
-    return Operate(cSite, __LINE__, IsValidTechnology(technology), [&] {
+    return RunUnderMutex(cSite, __LINE__, IsValidTechnology(technology), [&] {
         const std::uint32_t profile = ReadActivePreset();
         const KnownWords known = ReadKnown(profile, technology);
         m_patches.m_dwPresetOnElseOff[technology] = onElseOff;
@@ -69,13 +69,15 @@ HRESULT KORA4UIKeysClient::GetPatchValue(ApiTechnology technology, std::uint32_t
                                          void* pValue) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetPatchValue"};
     const KORA4PresetTechnology presetTech = PresetTechOf(technology);
-    return Operate(cSite, __LINE__, presetTech != ePresetNoTech && pValue && size != 0, [&] {
-        const std::uint32_t profile = ReadActivePreset();
-        const HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile,
-                                                     IsDemoProfile(profile), presetTech);
-        return result::Succeeded(hr) ? ToASLPatch(m_patches.m_records, technology, size, pValue)
-                                     : hr;
-    });
+    return RunUnderMutex(
+        cSite, __LINE__, presetTech != ePresetNoTech && pValue && size != 0, [&] {
+            const std::uint32_t profile = ReadActivePreset();
+            const HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile,
+                                                         IsDemoProfile(profile), presetTech);
+            return result::Succeeded(hr)
+                       ? ToASLPatch(m_patches.m_records, technology, size, pValue)
+                       : hr;
+        });
 }
 
 HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t size,
@@ -84,7 +86,7 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
     const KORA4PresetTechnology presetTech = PresetTechOf(technology);
     const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0 &&
                                size >= ASLPatchSizeOf(technology);
-    return Operate(cSite, __LINE__, argumentsGood, [&] {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&] {
         // The flag and the fields that the caller does not set are those of the store.
         const std::uint32_t profile = ReadActivePreset();
         const bool isDemo = IsDemoProfile(profile);
@@ -117,7 +119,7 @@ KnownWords KORA4UIKeysClient::ReadKnown(std::uint32_t profile,
 HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetSamplingPeriod"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         *pMilliseconds = Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
                                          cSamplingPeriodDefault);
         return result::cOk;
@@ -127,7 +129,7 @@ HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
 HRESULT KORA4UIKeysClient::SetSamplingPeriod(std::uint32_t milliseconds) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetSamplingPeriod"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         return Values().WriteUINT(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
                                   milliseconds);
     });
@@ -136,7 +138,7 @@ HRESULT KORA4UIKeysClient::SetSamplingPeriod(std::uint32_t milliseconds) {
 HRESULT KORA4UIKeysClient::GetVisualizationBlob(std::uint32_t* pSize, std::uint8_t** ppData) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetVisualizationBlob"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         return m_pKeyAccess->ReadBlob(eKeySetStatic, pkey::Setting(pkey::cVisualizationDataPid),
                                       pSize, ppData);
     });
@@ -154,10 +156,10 @@ HRESULT KORA4UIKeysClient::GetCommand(CompanionCommand command, char16_t** ppwCo
     return hr;
 }
 
-HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
+HRESULT KORA4UIKeysClient::AnalyseChanges(ChangeSet* pChanges) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::OnKeyChangeNotify"};
-    return Operate(cSite, __LINE__, true, [&] {
+    return RunUnderMutex(cSite, __LINE__, true, [&] {
         *pChanges = {};
         pChanges->analysis = ++m_analyses;
         HRESULT hr = DynamicKeyUpdate(pChanges);
