@@ -29,7 +29,7 @@ STDMETHODIMP CKORA4ASL::GetVeltoDemoAppCommand(LPWSTR* ppwVeltoDemoAppCommand) {
 
 HRESULT CKORA4ASL::GetCommand(const Method& method, CompanionCommand command,
                               LPWSTR* ppwCommand) {
-    return Call(method, ppwCommand != nullptr, [&] {
+    return RunMethod(method, m_initialized, ppwCommand != nullptr, [&] {
         char16_t* pwCommand = nullptr;
         const HRESULT hr = m_uiKeysClient.GetCommand(command, &pwCommand);
         *ppwCommand = ToPublic(pwCommand);

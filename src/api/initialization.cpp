@@ -12,8 +12,8 @@ STDMETHODIMP CKORA4ASL::Initialize() {
                                     {.initialization = InitializationCheck::eNone}};
     // COM calls that are let in while it waits may release the object.
     const ComPtr<CKORA4ASL> spSelf(this);
-    return Call(cMethod, cNothingToCheck,
-                [&] { return m_initializeGuard.Run([&] { return BringUp(); }); });
+    return RunMethod(cMethod, m_initialized, cNothingToCheck,
+                     [&] { return m_initializeGuard.Run([&] { return BringUp(); }); });
 }
 
 // Each step keeps what an earlier, failed call has reached. The monitor comes first: when
@@ -30,11 +30,8 @@ HRESULT CKORA4ASL::BringUp() {
         LoadTraceFlags();
         hr = m_uiKeysClient.InitialKeysLoad();
     }
-    if (SUCCEEDED(hr)) {
-        const HRESULT hrReady = BecomeReady();
-        if (FAILED(hrReady))
-            hr = hrReady;
-    }
+    if (SUCCEEDED(hr))
+        hr = BecomeReady();
     return hr;
 }
 
@@ -67,7 +64,7 @@ HRESULT CKORA4ASL::BecomeReady() {
     const SlimHold hold(m_readinessLock);
     if (m_notificationMissed) {
         ChangeSet changes;
-        const HRESULT hr = m_uiKeysClient.OnKeyChangeNotify(&changes);
+        const HRESULT hr = m_uiKeysClient.AnalyseChanges(&changes);
         if (FAILED(hr))
             return hr;
     }
@@ -81,8 +78,8 @@ STDMETHODIMP CKORA4ASL::RegisterChangeNotifications(IVeltoKORA4APICallback* pIAP
         {.badArgument = "NULL == pICallback", .entry = "%s: %4d %s:>> pICallback: %p\n"}};
     // The callback that is released may hold the client's last reference to the object.
     const ComPtr<CKORA4ASL> spSelf(this);
-    return Call(
-        cMethod, pIAPICallback != nullptr,
+    return RunMethod(
+        cMethod, m_initialized, pIAPICallback != nullptr,
         [&] {
             const CallbackHold hold(m_callbackGuard);
             SetCallback(pIAPICallback);
@@ -96,7 +93,7 @@ STDMETHODIMP CKORA4ASL::RegisterChangeNotifications(IVeltoKORA4APICallback* pIAP
 STDMETHODIMP CKORA4ASL::UnregisterChangeNotifications() {
     static constexpr Method cMethod{"CKORA4ASL::UnregisterChangeNotifications"};
     const ComPtr<CKORA4ASL> spSelf(this);  // as above
-    return Call(cMethod, cNothingToCheck, [&] {
+    return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const CallbackHold hold(m_callbackGuard);
         if (m_spIASLCallback) {
             SetCallback(nullptr);

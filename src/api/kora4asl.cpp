@@ -34,7 +34,7 @@ STDMETHODIMP CKORA4ASL::GetVeltoKORA4Version(ULONG* kora4Version_3, ULONG* kora4
                                     {.badArgument = "called with a null pointer",
                                      .initialization = InitializationCheck::eNone}};
     const bool good = kora4Version_3 && kora4Version_2 && kora4Version_1 && kora4Version_0;
-    return Call(cMethod, good, [&] {
+    return RunMethod(cMethod, m_initialized, good, [&] {
         *kora4Version_3 = KORA4_VERSION_3;
         *kora4Version_2 = KORA4_VERSION_2;
         *kora4Version_1 = KORA4_VERSION_1;

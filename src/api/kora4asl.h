@@ -92,20 +92,12 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
     void* FindInterface(REFIID iid);
 
   private:
-    // A method of the interface, see method_frame.h.
-    template <typename Body, typename... EntryArguments>
-    HRESULT Call(const Method& method, bool argumentsAreGood, Body&& body,
-                 EntryArguments... entryArguments) {
-        return RunMethod(method, m_initialized.load(), argumentsAreGood, body,
-                         entryArguments...);
-    }
-
     HRESULT BringUp();
     HRESULT StartMonitor();
     void LoadTraceFlags();
     HRESULT BecomeReady() EXCLUDES(m_readinessLock);
     bool IsReadyForNotification() EXCLUDES(m_readinessLock);
-    HRESULT Notify(ChangeSet* pChanges, HRESULT hrAnalysis);
+    HRESULT Notify(ChangeSet& changes);
 
     void SetCallback(IVeltoKORA4APICallback* pICallback) REQUIRES(m_callbackGuard);
     HRESULT GetCommand(const Method& method, CompanionCommand command, LPWSTR* ppwCommand);

@@ -44,31 +44,24 @@ struct Method {
 // For methods without an argument to check.
 inline constexpr bool cNothingToCheck = true;
 
-inline HRESULT RefuseUninitialized(const Method& method) {
-    if (method.rules.tellsNotInitialized)
-        KALTRACE_AT(trace::eMessages, method.site, method.line,
-                    "**** Error: APOERR_NOT_INITIALIZED\n");
-    return APOERR_NOT_INITIALIZED;
-}
-
-inline HRESULT RefuseArgument(const Method& method) {
-    if (method.rules.badArgument)
-        KALTRACE_AT(trace::eMessages, method.site, method.line, "**** Error: %s\n",
-                    method.rules.badArgument);
-    return E_INVALIDARG;
-}
-
-template <typename Body>
-HRESULT CheckAndRun(const Method& method, bool initialized, bool argumentsAreGood,
-                    Body&& body) {
-    const InitializationCheck check = method.rules.initialization;
-    if (check == InitializationCheck::eBeforeArguments && !initialized)
-        return RefuseUninitialized(method);
-    if (!argumentsAreGood)
-        return RefuseArgument(method);
-    if (check == InitializationCheck::eAfterArguments && !initialized)
-        return RefuseUninitialized(method);
-    return body();
+// The refusal of a call, told in a line if the method tells it; S_OK lets the call in.
+inline HRESULT Admit(const Method& method, bool initialized, bool argumentsAreGood) {
+    const MethodRules& rules = method.rules;
+    const bool stateIsGood = initialized || rules.initialization == InitializationCheck::eNone;
+    const bool stateFirst = rules.initialization == InitializationCheck::eBeforeArguments;
+    if (!argumentsAreGood && (stateIsGood || !stateFirst)) {
+        if (rules.badArgument)
+            KALTRACE_AT(trace::eMessages, method.site, method.line, "**** Error: %s\n",
+                        rules.badArgument);
+        return E_INVALIDARG;
+    }
+    if (!stateIsGood) {
+        if (rules.tellsNotInitialized)
+            KALTRACE_AT(trace::eMessages, method.site, method.line,
+                        "**** Error: APOERR_NOT_INITIALIZED\n");
+        return APOERR_NOT_INITIALIZED;
+    }
+    return S_OK;
 }
 
 // `body` makes the call, writes the method's message lines and returns the result, which
@@ -81,7 +74,9 @@ HRESULT RunMethod(const Method& method, bool initialized, bool argumentsAreGood,
         trace::Write(flags, method.site, method.line, method.rules.entry, entryArguments...);
     HRESULT hr = S_OK;
     const trace::Scope exitLine(method.site, method.line, 0, trace::eExitResult, &hr);
-    hr = CheckAndRun(method, initialized, argumentsAreGood, body);
+    hr = Admit(method, initialized, argumentsAreGood);
+    if (SUCCEEDED(hr))
+        hr = body();
     return hr;
 }
 

@@ -31,11 +31,11 @@ HRESULT CKORA4ASL::OnKeyChangeNotify() {
     ChangeSet changes;
     KALTRACE(trace::eNotificationThreads, cSite, "Into  OnKeyChangeNotify TID: 0x%08x\n",
              ThreadId());
-    hr = m_uiKeysClient.OnKeyChangeNotify(&changes);
+    hr = m_uiKeysClient.AnalyseChanges(&changes);
     KALTRACE(trace::eNotificationThreads, cSite, "Done  OnKeyChangeNotify TID: 0x%08x\n",
              ThreadId());
     if (SUCCEEDED(hr))
-        hr = Notify(&changes, hr);
+        hr = Notify(changes);
     return hr;
 }
 
@@ -48,21 +48,21 @@ bool CKORA4ASL::IsReadyForNotification() {
     return m_initialized;
 }
 
-// `hrAnalysis` is the result when nobody is registered.
-HRESULT CKORA4ASL::Notify(ChangeSet* pChanges, HRESULT hrAnalysis) {
+// S_OK when nobody is registered.
+HRESULT CKORA4ASL::Notify(ChangeSet& changes) {
     const CallbackHold hold(m_callbackGuard);
     // A callback may unregister itself; the pass keeps it alive. One that was registered after
     // the analysis began hears later passes only: it may have read a newer state already.
     ComPtr<IVeltoKORA4APICallback> spCallback;
-    if (pChanges->analysis != m_registeredAfter)
+    if (changes.analysis != m_registeredAfter)
         spCallback = m_spIASLCallback;
     KALTRACE(trace::eNotificationThreads, cSite, "pICallback: %p TID: 0x%08x\n",
              static_cast<void*>(spCallback.Get()), ThreadId());
     if (!spCallback)
-        return hrAnalysis;
+        return S_OK;
     KALTRACE(trace::eNotificationThreads, cSite, "CallbackNotifications TID: 0x%08x\n",
              ThreadId());
-    const HRESULT hr = CallbackNotifications(spCallback.Get(), *pChanges, m_registration,
+    const HRESULT hr = CallbackNotifications(spCallback.Get(), changes, m_registration,
                                              m_uiKeysClient.Overtaken());
     KALTRACE(trace::eNotificationThreads, cSite,
              "CallbackNotifications hr: 0x%08x TID: 0x%08x\n", static_cast<unsigned>(hr),

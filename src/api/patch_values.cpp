@@ -27,7 +27,7 @@ void TraceValue(const trace::Site& site, const ApiPatchValue& value) {
 
 STDMETHODIMP CKORA4ASL::GetSimplePatchValue(KORA4PatchValueUnion* pGetPatchValue) {
     static constexpr Method cMethod{"CKORA4ASL::GetSimplePatchValue"};
-    return Call(cMethod, pGetPatchValue != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pGetPatchValue != nullptr, [&] {
         ApiPatchValue value{FromPublic(pGetPatchValue->m_technology), {}};
         std::uint32_t size = 0;
         void* pField = nullptr;
@@ -44,7 +44,7 @@ STDMETHODIMP CKORA4ASL::GetSimplePatchValue(KORA4PatchValueUnion* pGetPatchValue
 
 STDMETHODIMP CKORA4ASL::SetSimplePatchValue(KORA4PatchValueUnion* pSetPatchValue) {
     static constexpr Method cMethod{"CKORA4ASL::SetSimplePatchValue"};
-    return Call(cMethod, pSetPatchValue != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pSetPatchValue != nullptr, [&] {
         ApiPatchValue value{};
         std::memcpy(&value, pSetPatchValue, sizeof value);
         std::uint32_t size = 0;
@@ -60,7 +60,7 @@ STDMETHODIMP CKORA4ASL::SetSimplePatchValue(KORA4PatchValueUnion* pSetPatchValue
 
 STDMETHODIMP CKORA4ASL::SetGraphicEQData(GraphicEQData* pGraphicEQData) {
     static constexpr Method cMethod{"CKORA4ASL::SetGraphicEQData"};
-    return Call(cMethod, pGraphicEQData != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pGraphicEQData != nullptr, [&] {
         ApiGraphicEQ graphicEQ;
         std::memcpy(&graphicEQ, pGraphicEQData, sizeof graphicEQ);
         ValidateAndLimitGraphicEQ(&graphicEQ);
@@ -71,7 +71,7 @@ STDMETHODIMP CKORA4ASL::SetGraphicEQData(GraphicEQData* pGraphicEQData) {
 
 STDMETHODIMP CKORA4ASL::GetGraphicEQData(GraphicEQData* pGraphicEQData) {
     static constexpr Method cMethod{"CKORA4ASL::GetGraphicEQData"};
-    return Call(cMethod, pGraphicEQData != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pGraphicEQData != nullptr, [&] {
         ApiGraphicEQ graphicEQ;
         const HRESULT hr = m_uiKeysClient.GetPatchValue(ApiTechnology::eGraphicEQ,
                                                         sizeof graphicEQ, &graphicEQ);

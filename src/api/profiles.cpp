@@ -8,7 +8,7 @@ namespace kora4 {
 STDMETHODIMP CKORA4ASL::GetActiveProfile(LONG* pProfileID) {
     static constexpr Method cMethod{"CKORA4ASL::GetActiveProfile",
                                     {.badArgument = "NULL == pProfile"}};
-    return Call(cMethod, pProfileID != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pProfileID != nullptr, [&] {
         std::uint32_t profile = cNoProfile;
         const HRESULT hr = m_uiKeysClient.GetActiveProfile(&profile);
         if (SUCCEEDED(hr))
@@ -23,8 +23,8 @@ STDMETHODIMP CKORA4ASL::GetActiveProfile(LONG* pProfileID) {
 STDMETHODIMP CKORA4ASL::SetActiveProfile(LONG profileID) {
     static constexpr Method cMethod{"CKORA4ASL::SetActiveProfile",
                                     {.entry = "%s: %4d %s:>> profile: %d\n"}};
-    return Call(
-        cMethod, cNothingToCheck,
+    return RunMethod(
+        cMethod, m_initialized, cNothingToCheck,
         [&] {
             const auto profile = static_cast<std::uint32_t>(profileID);
             const HRESULT hr = m_uiKeysClient.SetActiveProfile(profile);
@@ -37,7 +37,7 @@ STDMETHODIMP CKORA4ASL::SetActiveProfile(LONG profileID) {
 
 STDMETHODIMP CKORA4ASL::RevertActiveProfile() {
     static constexpr Method cMethod{"CKORA4ASL::RevertActiveProfile"};
-    return Call(cMethod, cNothingToCheck, [&] {
+    return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr = m_uiKeysClient.RevertActiveProfile();
         KALTRACE(trace::eMessages, cMethod.site, " Successfully Reverted Active Profile\n");
         return hr;
@@ -48,8 +48,8 @@ STDMETHODIMP CKORA4ASL::SetDemoProfileAndEnable(LONG demoProfileID, BOOL demoVel
     static constexpr Method cMethod{
         "CKORA4ASL::SetDemoProfileAndEnable",
         {.entry = "%s: %4d %s:>> demoProfileID: %d demoVeltoEnable: %d\n"}};
-    return Call(
-        cMethod, cNothingToCheck,
+    return RunMethod(
+        cMethod, m_initialized, cNothingToCheck,
         [&] {
             const auto profile = static_cast<std::uint32_t>(demoProfileID);
             const HRESULT hr =
@@ -62,7 +62,7 @@ STDMETHODIMP CKORA4ASL::SetDemoProfileAndEnable(LONG demoProfileID, BOOL demoVel
 
 STDMETHODIMP CKORA4ASL::RevertFromDemoMode() {
     static constexpr Method cMethod{"CKORA4ASL::RevertFromDemoMode"};
-    return Call(cMethod, cNothingToCheck, [&] {
+    return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr = m_uiKeysClient.RevertFromDemoMode();
         KALTRACE(trace::eMessages, cMethod.site, " Successfully Reverted from Demo Mode\n");
         return hr;
@@ -71,14 +71,14 @@ STDMETHODIMP CKORA4ASL::RevertFromDemoMode() {
 
 STDMETHODIMP CKORA4ASL::ForceRevertFromDemoMode() {
     static constexpr Method cMethod{"CKORA4ASL::ForceRevertFromDemoMode"};
-    return Call(cMethod, cNothingToCheck,
-                [&] { return m_uiKeysClient.ForceRevertFromDemoMode(); });
+    return RunMethod(cMethod, m_initialized, cNothingToCheck,
+                     [&] { return m_uiKeysClient.ForceRevertFromDemoMode(); });
 }
 
 STDMETHODIMP CKORA4ASL::GetProfileTable(LPWSTR* pwProfileNames) {
     static constexpr Method cMethod{"CKORA4ASL::GetProfileTable",
                                     {.badArgument = "pwPresetNames is Null"}};
-    return Call(cMethod, pwProfileNames != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pwProfileNames != nullptr, [&] {
         const HRESULT hr =
             m_uiKeysClient.GetProfileTable(reinterpret_cast<char16_t**>(pwProfileNames));
         KALTRACE(trace::eMessages, cMethod.site, "() completed\n");
@@ -90,7 +90,7 @@ STDMETHODIMP CKORA4ASL::SetCustomProfileName(LONG customProfileID,
                                              LPCWSTR pwCustomProfileName) {
     static constexpr Method cMethod{"CKORA4ASL::SetCustomProfileName",
                                     {.badArgument = "pwCustomPresetName is Null"}};
-    return Call(cMethod, pwCustomProfileName != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pwCustomProfileName != nullptr, [&] {
         const HRESULT hr = m_uiKeysClient.SetCustomProfileName(
             static_cast<std::uint32_t>(customProfileID), FromPublic(pwCustomProfileName));
         KALTRACE(trace::eMessages, cMethod.site, "(%d, %ls)\n",
@@ -102,7 +102,7 @@ STDMETHODIMP CKORA4ASL::SetCustomProfileName(LONG customProfileID,
 STDMETHODIMP CKORA4ASL::CreateCustomProfile(LONG customProfileID, LPCWSTR pwName) {
     static constexpr Method cMethod{"CKORA4ASL::CreateCustomProfile",
                                     {.badArgument = "pwName is Null"}};
-    return Call(cMethod, pwName != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pwName != nullptr, [&] {
         const HRESULT hr = m_uiKeysClient.CreateCustomProfile(
             static_cast<std::uint32_t>(customProfileID), FromPublic(pwName));
         KALTRACE(trace::eMessages, cMethod.site, "(%d)\n", static_cast<int>(customProfileID));
@@ -112,7 +112,7 @@ STDMETHODIMP CKORA4ASL::CreateCustomProfile(LONG customProfileID, LPCWSTR pwName
 
 STDMETHODIMP CKORA4ASL::DeleteCustomProfile(LONG customProfileID) {
     static constexpr Method cMethod{"CKORA4ASL::DeleteCustomProfile"};
-    return Call(cMethod, cNothingToCheck, [&] {
+    return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr =
             m_uiKeysClient.DeleteCustomProfile(static_cast<std::uint32_t>(customProfileID));
         KALTRACE(trace::eMessages, cMethod.site, "(%d)\n", static_cast<int>(customProfileID));

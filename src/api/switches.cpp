@@ -32,7 +32,7 @@ void TraceMasterEnables(const trace::Site& site, std::uint32_t mask) {
 STDMETHODIMP CKORA4ASL::GetVeltoEnable(BOOL* pVeltoEnable) {
     static constexpr Method cMethod{"CKORA4ASL::GetVeltoEnable",
                                     {.badArgument = "pVeltoEnable is Null"}};
-    return Call(cMethod, pVeltoEnable != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pVeltoEnable != nullptr, [&] {
         bool enable = false;
         const HRESULT hr = m_uiKeysClient.GetVeltoEnable(&enable);
         if (SUCCEEDED(hr))
@@ -44,7 +44,7 @@ STDMETHODIMP CKORA4ASL::GetVeltoEnable(BOOL* pVeltoEnable) {
 
 STDMETHODIMP CKORA4ASL::SetVeltoEnable(BOOL VeltoEnable) {
     static constexpr Method cMethod{"CKORA4ASL::SetVeltoEnable"};
-    return Call(cMethod, cNothingToCheck, [&] {
+    return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const bool enable = VeltoEnable != FALSE;
         const HRESULT hr = m_uiKeysClient.SetVeltoEnable(enable);
         KALTRACE(trace::eMessages, cMethod.site, " to %s\n", text::OfEnable(enable));
@@ -57,7 +57,7 @@ STDMETHODIMP CKORA4ASL::SetVeltoEnable(BOOL VeltoEnable) {
 STDMETHODIMP CKORA4ASL::ToggleVeltoEnable(BOOL* pVeltoEnable) {
     static constexpr Method cMethod{"CKORA4ASL::ToggleVeltoEnable",
                                     {.tellsNotInitialized = false}};
-    return Call(cMethod, pVeltoEnable != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pVeltoEnable != nullptr, [&] {
         bool enable = false;
         const HRESULT hr = m_uiKeysClient.ToggleVeltoEnable(&enable);
         *pVeltoEnable = enable ? TRUE : FALSE;
@@ -70,7 +70,7 @@ STDMETHODIMP CKORA4ASL::ToggleVeltoEnable(BOOL* pVeltoEnable) {
 STDMETHODIMP CKORA4ASL::GetTechnologyMasterEnables(ULONG* pdwMasterEnables) {
     static constexpr Method cMethod{"CKORA4ASL::GetTechnologyMasterEnables",
                                     {.tellsNotInitialized = false}};
-    return Call(cMethod, pdwMasterEnables != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pdwMasterEnables != nullptr, [&] {
         const std::uint32_t mask = m_uiKeysClient.MasterEnables();
         *pdwMasterEnables = mask;
         TraceMasterEnables(cMethod.site, mask);
@@ -83,7 +83,7 @@ STDMETHODIMP CKORA4ASL::GetTechnologyOnElseOff(KORA4APITechnology technology,
     static constexpr Method cMethod{
         "CKORA4ASL::GetTechnologyOnElseOff",
         {.badArgument = "pOnElseOff is Null or invalid technology ID"}};
-    return Call(cMethod, IsValid(technology) && pOnElseOff, [&] {
+    return RunMethod(cMethod, m_initialized, IsValid(technology) && pOnElseOff, [&] {
         bool on = false;
         const HRESULT hr =
             m_uiKeysClient.GetTechnologyOnElseOff(PresetTechOf(FromPublic(technology)), &on);
@@ -98,7 +98,7 @@ STDMETHODIMP CKORA4ASL::GetTechnologyOnElseOff(KORA4APITechnology technology,
 STDMETHODIMP CKORA4ASL::SetTechnologyOnElseOff(KORA4APITechnology technology, BOOL onElseOff) {
     static constexpr Method cMethod{"CKORA4ASL::SetTechnologyOnElseOff",
                                     {.badArgument = "IsValidASLTechnology failed"}};
-    return Call(cMethod, IsValid(technology), [&] {
+    return RunMethod(cMethod, m_initialized, IsValid(technology), [&] {
         const bool on = onElseOff != FALSE;
         const HRESULT hr =
             m_uiKeysClient.SetTechnologyOnElseOff(PresetTechOf(FromPublic(technology)), on);

@@ -37,7 +37,7 @@ Levels LoudestOf(const KORA4VisKeyData& data, std::uint32_t records, std::uint32
 STDMETHODIMP CKORA4ASL::GetVisualizationSamplingPeriod(ULONG* pSamplingPeriod) {
     static constexpr Method cMethod{"CKORA4ASL::GetVisualizationSamplingPeriod",
                                     {.badArgument = "NULL == pSamplingPeriod"}};
-    return Call(cMethod, pSamplingPeriod != nullptr, [&] {
+    return RunMethod(cMethod, m_initialized, pSamplingPeriod != nullptr, [&] {
         std::uint32_t milliseconds = cSamplingPeriodDefault;
         const HRESULT hr = m_uiKeysClient.GetSamplingPeriod(&milliseconds);
         if (SUCCEEDED(hr))
@@ -50,7 +50,7 @@ STDMETHODIMP CKORA4ASL::GetVisualizationSamplingPeriod(ULONG* pSamplingPeriod) {
 
 STDMETHODIMP CKORA4ASL::SetVisualizationSamplingPeriod(ULONG samplingPeriod) {
     static constexpr Method cMethod{"CKORA4ASL::SetVisualizationSamplingPeriod"};
-    return Call(cMethod, cNothingToCheck, [&] {
+    return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr = m_uiKeysClient.SetSamplingPeriod(samplingPeriod);
         if (hr != S_OK)
             KALTRACE(trace::eMessages, cMethod.site,
@@ -67,7 +67,7 @@ STDMETHODIMP CKORA4ASL::SetVisualizationSamplingPeriod(ULONG samplingPeriod) {
 // The arrays are not tested for null: a caller always passes two of 20.
 STDMETHODIMP CKORA4ASL::GetVisualizationData(float* pGain, float* pExcitation) {
     static constexpr Method cMethod{"CKORA4ASL::GetVisualizationData"};
-    return Call(cMethod, cNothingToCheck, [&] {
+    return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         TaskPtr<std::uint8_t> blob;
         std::uint32_t size = 0;
         const HRESULT hr = m_uiKeysClient.GetVisualizationBlob(&size, blob.Put());

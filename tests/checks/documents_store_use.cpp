@@ -164,7 +164,7 @@ const std::map<std::string, std::vector<Scenario>>& Scenarios() {
 // The callbacks that a pass of another client makes, in their order.
 std::vector<std::string> Told(Client& other) {
     ChangeSet changes;
-    EXPECT_EQ(result::cOk, other.OnKeyChangeNotify(&changes));
+    EXPECT_EQ(result::cOk, other.AnalyseChanges(&changes));
     std::set<std::string> technologies;
     for (std::uint32_t t = eVolumeTech; t < eNGSurroundTech; ++t) {
         if (changes.onElseOffChanged[t])

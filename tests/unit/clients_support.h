@@ -68,7 +68,7 @@ class TestClient {
     // floats in thousandths.
     std::vector<Found> Analyse() {
         ChangeSet changes;
-        EXPECT_EQ(m_client.OnKeyChangeNotify(&changes), result::cOk);
+        EXPECT_EQ(result::cOk, m_client.AnalyseChanges(&changes));
         std::vector<Found> found;
         if (changes.enableChanged)
             found.push_back(

@@ -66,8 +66,9 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     // no mutex: the texts do not change after the initial load.
     HRESULT GetCommand(CompanionCommand command, char16_t** ppwCommand);
 
-    // What changed since the last pass, or since the initial load.
-    HRESULT OnKeyChangeNotify(ChangeSet* pChanges);
+    // What changed since the last pass, or since the initial load. Its lines in the log carry
+    // the name of what it serves, OnKeyChangeNotify.
+    HRESULT AnalyseChanges(ChangeSet* pChanges);
 
     // The items of the last analysis that are no longer to be told. From any thread, without
     // the mutex.
@@ -82,7 +83,7 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     // The frame of a store operation: entry line, E_INVALIDARG for bad arguments, the
     // body under the mutex, exit line.
     template <typename Body>
-    HRESULT Operate(const trace::Site& site, int line, bool argumentsGood, Body&& body);
+    HRESULT RunUnderMutex(const trace::Site& site, int line, bool argumentsGood, Body&& body);
 
     HRESULT WriteEnable(const Change<bool>& enable) REQUIRES(m_regKeysMutex);
     // `pEnable`: null when the enable stays as it is.

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <array>
 
-#include "store/clients/operate.h"
+#include "store/clients/run_under_mutex.h"
 
 namespace kora4 {
 
@@ -18,7 +18,7 @@ static_assert(cSettableTechnologies.size() == eNumberKORA4PresetTechnologies - 1
 
 HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetActiveProfile"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pProfile = ReadActivePreset();
         return result::cOk;
     });
@@ -27,7 +27,7 @@ HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
 HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetActiveProfile"};
     const bool argumentsGood = IsSelectableProfile(profile);
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t current = ReadActivePreset();
         if (IsDemoProfile(current))
             return KORA4_S_DEMO_MODE_ACTIVE;
@@ -41,7 +41,7 @@ HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
 HRESULT KORA4UIKeysClient::RevertActiveProfile() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::RevertActiveProfile"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t profile = ReadActivePreset();
         if (!IsPresetProfile(profile))
             return KORA4_S_NOT_A_PRESET_PROFILE;
@@ -64,26 +64,27 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
 HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bool enable) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetDemoProfileAndEnable"};
-    return Operate(cSite, __LINE__, IsDemoProfile(demoProfile), [&]() REQUIRES(m_regKeysMutex) {
-        const std::uint32_t current = ReadActivePreset();
-        if (IsDemoProfile(current) && !m_demoMode)
-            return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
-        const Change<bool> change{ReadMasterEnable(), enable};
-        const HRESULT hr = ProfileStateChange({current, demoProfile}, &change);
-        if (result::Succeeded(hr)) {
-            // From one demo to another the first saved state is kept.
-            if (!IsDemoProfile(current))
-                SaveStateBeforeDemo(current, change.before);
-            m_demoMode = true;
-        }
-        return hr;
-    });
+    return RunUnderMutex(
+        cSite, __LINE__, IsDemoProfile(demoProfile), [&]() REQUIRES(m_regKeysMutex) {
+            const std::uint32_t current = ReadActivePreset();
+            if (IsDemoProfile(current) && !m_demoMode)
+                return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
+            const Change<bool> change{ReadMasterEnable(), enable};
+            const HRESULT hr = ProfileStateChange({current, demoProfile}, &change);
+            if (result::Succeeded(hr)) {
+                // From one demo to another the first saved state is kept.
+                if (!IsDemoProfile(current))
+                    SaveStateBeforeDemo(current, change.before);
+                m_demoMode = true;
+            }
+            return hr;
+        });
 }
 
 HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::RevertFromDemoMode"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         if (!m_demoMode)
             return KORA4_S_DEMO_MODE_ACTIVE;
         const std::uint32_t current = ReadActivePreset();
@@ -96,7 +97,7 @@ HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
 HRESULT KORA4UIKeysClient::ForceRevertFromDemoMode() {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::ForceRevertFromDemoMode"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t current = ReadActivePreset();
         return IsDemoProfile(current) ? RestoreStateBeforeDemo(current) : result::cOk;
     });
@@ -107,7 +108,7 @@ HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
     std::array<TaskPtr<char16_t>, cSelectableProfileBound> names;
     for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = nullptr;
-    const HRESULT hr = Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    const HRESULT hr = RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
             const HRESULT hrName = ReadProfileName(p, &names[p]);
             if (result::Failed(hrName))
@@ -126,7 +127,7 @@ HRESULT KORA4UIKeysClient::CreateCustomProfile(std::uint32_t customProfile,
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::CreateCustomProfile"};
     const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         TaskPtr<char16_t> name;
         const HRESULT hr = ReadProfileName(customProfile, &name);
         if (hr == result::cOk)
@@ -145,7 +146,7 @@ HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetCustomProfileName"};
     const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         TaskPtr<char16_t> name;
         if (ReadProfileName(customProfile, &name) != result::cOk)
             return result::cFail;
@@ -157,7 +158,7 @@ HRESULT KORA4UIKeysClient::DeleteCustomProfile(std::uint32_t customProfile) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::DeleteCustomProfile"};
     const bool argumentsGood = IsCustomProfile(customProfile);
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         if (ReadActivePreset() == customProfile)
             return result::cFail;
         const HRESULT hr = m_pKeyAccess->Delete(eKeySetStatic, ProfileNameKey(customProfile));

@@ -1,11 +1,11 @@
 // Switches, values, visualization, companion commands and the change analysis.
-#include "store/clients/operate.h"
+#include "store/clients/run_under_mutex.h"
 
 namespace kora4 {
 
 HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pEnable = ReadMasterEnable();
         return result::cOk;
     });
@@ -13,7 +13,7 @@ HRESULT KORA4UIKeysClient::GetVeltoEnable(bool* pEnable) {
 
 HRESULT KORA4UIKeysClient::SetVeltoEnable(bool enable) {
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         return WriteEnable({ReadMasterEnable(), enable});
     });
 }
@@ -21,7 +21,7 @@ HRESULT KORA4UIKeysClient::SetVeltoEnable(bool enable) {
 HRESULT KORA4UIKeysClient::ToggleVeltoEnable(bool* pEnable) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::ToggleVeltoEnable"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         const bool before = ReadMasterEnable();
         *pEnable = !before;
         return WriteEnable({before, !before});
@@ -42,7 +42,7 @@ HRESULT KORA4UIKeysClient::GetTechnologyOnElseOff(KORA4PresetTechnology technolo
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetTechnologyOnElseOff"};
     const bool argumentsGood = IsValidTechnology(technology);
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         // On/off flags are the stored ones in a demo profile too.
         const HRESULT hr = m_patches.LoadPresetPatchEnable(*m_pKeyAccess, ReadActivePreset(),
                                                            false, technology);
@@ -57,7 +57,7 @@ HRESULT KORA4UIKeysClient::SetTechnologyOnElseOff(KORA4PresetTechnology technolo
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetTechnologyOnElseOff"};
     const bool argumentsGood = IsValidTechnology(technology);
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t profile = ReadActivePreset();
         const KnownWords known = ReadKnown(profile, technology);
         m_patches.m_dwPresetOnElseOff[technology] = onElseOff;
@@ -72,7 +72,7 @@ HRESULT KORA4UIKeysClient::GetPatchValue(ApiTechnology technology, std::uint32_t
     static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetPatchValue"};
     const KORA4PresetTechnology presetTech = PresetTechOf(technology);
     const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0;
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         const std::uint32_t profile = ReadActivePreset();
         const HRESULT hr = m_patches.LoadPresetPatch(*m_pKeyAccess, profile,
                                                      IsDemoProfile(profile), presetTech);
@@ -87,7 +87,7 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
     const KORA4PresetTechnology presetTech = PresetTechOf(technology);
     const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0 &&
                                size >= ASLPatchSizeOf(technology);
-    return Operate(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
         // The flag and the fields that the caller does not set are those of the store.
         const std::uint32_t profile = ReadActivePreset();
         const bool isDemo = IsDemoProfile(profile);
@@ -120,7 +120,7 @@ KnownWords KORA4UIKeysClient::ReadKnown(std::uint32_t profile,
 HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetSamplingPeriod"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pMilliseconds = Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
                                          cSamplingPeriodDefault);
         return result::cOk;
@@ -130,7 +130,7 @@ HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
 HRESULT KORA4UIKeysClient::SetSamplingPeriod(std::uint32_t milliseconds) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::SetSamplingPeriod"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         return Values().WriteUINT(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
                                   milliseconds);
     });
@@ -139,7 +139,7 @@ HRESULT KORA4UIKeysClient::SetSamplingPeriod(std::uint32_t milliseconds) {
 HRESULT KORA4UIKeysClient::GetVisualizationBlob(std::uint32_t* pSize, std::uint8_t** ppData) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::GetVisualizationBlob"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         return m_pKeyAccess->ReadBlob(eKeySetStatic, pkey::Setting(pkey::cVisualizationDataPid),
                                       pSize, ppData);
     });
@@ -157,10 +157,10 @@ HRESULT KORA4UIKeysClient::GetCommand(CompanionCommand command, char16_t** ppwCo
     return hr;
 }
 
-HRESULT KORA4UIKeysClient::OnKeyChangeNotify(ChangeSet* pChanges) {
+HRESULT KORA4UIKeysClient::AnalyseChanges(ChangeSet* pChanges) {
     static constexpr trace::Site cSite{cUIKeysClientTag,
                                        "KORA4UIKeysClient::OnKeyChangeNotify"};
-    return Operate(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
+    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pChanges = {};
         pChanges->analysis = ++m_analyses;
         HRESULT hr = DynamicKeyUpdate(pChanges);

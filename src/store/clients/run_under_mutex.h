@@ -1,6 +1,6 @@
 // The frame that the operations of KORA4UIKeysClient share; included by their files only.
-#ifndef KORA4_STORE_CLIENTS_OPERATE_H
-#define KORA4_STORE_CLIENTS_OPERATE_H
+#ifndef KORA4_STORE_CLIENTS_RUN_UNDER_MUTEX_H
+#define KORA4_STORE_CLIENTS_RUN_UNDER_MUTEX_H
 
 #include "store/clients/ui_keys_client.h"
 #include "trace/trace.h"
@@ -10,8 +10,8 @@ namespace kora4 {
 inline constexpr char cUIKeysClientTag[] = "KORA4UIKeysClient";
 
 template <typename Body>
-HRESULT KORA4UIKeysClient::Operate(const trace::Site& site, int line, bool argumentsGood,
-                                   Body&& body) {
+HRESULT KORA4UIKeysClient::RunUnderMutex(const trace::Site& site, int line, bool argumentsGood,
+                                         Body&& body) {
     HRESULT hr = result::cInvalidArg;
     const trace::Scope scope(site, line, trace::eEntry, trace::eExitResult, &hr);
     if (argumentsGood) {
@@ -23,4 +23,4 @@ HRESULT KORA4UIKeysClient::Operate(const trace::Site& site, int line, bool argum
 
 }  // namespace kora4
 
-#endif  // KORA4_STORE_CLIENTS_OPERATE_H
+#endif  // KORA4_STORE_CLIENTS_RUN_UNDER_MUTEX_H
