@@ -151,7 +151,8 @@ HRESULT KORA4KeysClient::DynamicPatchUpdates(const Baseline& stored, StoreChange
 
     const TechnologyWords& known = m_baseline.words;
     const TechnologyWords& now = m_patches;
-    const auto becameEffective = [&](std::uint32_t oldFlag, std::uint32_t newFlag) {
+    const auto becameEffective = [&](std::uint32_t oldFlag,
+                                     std::uint32_t newFlag) REQUIRES(m_regKeysMutex) {
         return !IsEffective(oldFlag, m_baseline.enable) && IsEffective(newFlag, stored.enable);
     };
     for (std::uint32_t t = eVolumeTech; t < eNumberKORA4PresetTechnologies; ++t) {
