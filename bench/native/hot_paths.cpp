@@ -31,7 +31,7 @@ class Client {
         if (client.SetPatchValue(ApiTechnology::eGraphicEQ, sizeof equalizer, &equalizer) !=
             result::cOk)
             std::abort();
-        client.OnKeyChangeNotify(&changes);
+        client.AnalyseChanges(&changes);
     }
 
     StubKeyAccess access;
@@ -88,7 +88,7 @@ BENCHMARK(WriteEqualizer)->Name("40-band equalizer written");
 void Analyse(benchmark::State& state) {
     Client& all = TheClient();
     for (auto _ : state) {
-        all.client.OnKeyChangeNotify(&all.changes);
+        all.client.AnalyseChanges(&all.changes);
         benchmark::DoNotOptimize(all.changes);
     }
     if (all.changes.profileChanged || all.changes.patchChanged[eStandardEQTech])
