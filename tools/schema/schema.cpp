@@ -18,31 +18,23 @@ using published::SettingKind;
 
 // ---- Keys -------------------------------------------------------------------------------
 
-PropertyKey PlacedKey(const KeyGuid& base, std::uint32_t pid, std::uint32_t offset,
-                      std::uint32_t profile = 0) {
-    KORA4PropKeyBase key(base, pid);
-    key.SetTechField(offset);
-    PropertyKey placed = key.Key();
-    placed.fmtid.data1 |= (profile & 0xFF) << 8;
-    return placed;
+KORA4PresetTechnology PresetNumber(Technology technology) {
+    return static_cast<KORA4PresetTechnology>(technology.number);
 }
-
-std::uint32_t OffsetOf(Technology technology) {
-    return technology.family == Family::ePreset ? sm_presetTechGUIDOffset[technology.number]
-                                                : sm_globalTechGUIDOffset[technology.number];
+KORA4GlobalTechnology GlobalNumber(Technology technology) {
+    return static_cast<KORA4GlobalTechnology>(technology.number);
 }
 
 // Of a flag, with pid 0, or of a field.
 PropertyKey PatchKey(Technology technology, std::uint32_t profile, std::uint32_t pid) {
-    if (technology.family == Family::ePreset)
-        return PlacedKey(pkey::cPresetPatchGuid, pid, OffsetOf(technology), profile);
-    return PlacedKey(pkey::cGlobalPatchGuid, pid, OffsetOf(technology));
+    return technology.family == Family::ePreset
+               ? pkey::PresetPatch(PresetNumber(technology), profile, pid)
+               : GlobalPatchKey(GlobalNumber(technology), pid);
 }
 
 PropertyKey TriggerKey(Technology technology) {
-    return PlacedKey(technology.family == Family::ePreset ? pkey::cPresetTriggerGuid
-                                                          : pkey::cGlobalTriggerGuid,
-                     pkey::cTriggerPid, OffsetOf(technology));
+    return technology.family == Family::ePreset ? PresetTriggerKey(PresetNumber(technology))
+                                                : GlobalTriggerKey(GlobalNumber(technology));
 }
 
 std::span<const KORA4FieldDef> FieldsOf(Technology technology) {
@@ -53,15 +45,6 @@ std::span<const KORA4FieldDef> FieldsOf(Technology technology) {
 }
 
 // ---- Defaults ---------------------------------------------------------------------------
-
-// Demo profiles take the row of the preset profile that they belong to, the custom ones
-// and every other number that of Movie.
-std::uint32_t RowOf(const SchemaValue& value) {
-    const std::uint32_t profile = value.profile.value_or(cMovieProfile);
-    if (IsPresetProfile(profile))
-        return profile;
-    return IsDemoProfile(profile) ? profile - cDemoMovieProfile : 0;
-}
 
 StoredValue FieldDefault(const KORA4FieldDef& field, unsigned array, std::uint32_t row) {
     switch (field.typeCode) {
@@ -81,14 +64,10 @@ StoredValue FieldDefault(const KORA4FieldDef& field, unsigned array, std::uint32
     }
 }
 
-// A flag that is missing is on, unless the profile has a row of its own that says otherwise.
-std::uint32_t FlagDefault(Technology technology, std::uint32_t profile) {
-    if (technology.family == Family::eGlobal)
-        return 1;
-    const std::uint32_t* const rows = defaults::sm_presetOnElseOffDefaults[technology.number];
-    if (IsPresetProfile(profile))
-        return rows[profile];
-    return IsDemoProfile(profile) ? rows[profile - cDemoMovieProfile] : 1;
+bool FlagDefault(Technology technology, std::uint32_t profile) {
+    return technology.family == Family::ePreset
+               ? defaults::IsOn(PresetNumber(technology), profile)
+               : defaults::IsOn(GlobalNumber(technology));
 }
 
 // ---- The walk ---------------------------------------------------------------------------
@@ -210,7 +189,7 @@ std::vector<SchemaValue> Walk() {
 
 std::optional<StoredValue> SchemaValue::Default() const {
     if (field)
-        return FieldDefault(*field, array, RowOf(*this));
+        return FieldDefault(*field, array, DefaultsRowOf(profile.value_or(cMovieProfile)));
     if (defaultNumber)
         return StoredValue::FromDword(*defaultNumber);
     return {};
@@ -303,7 +282,7 @@ std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profil
 
 SchemaValue NameValue(std::uint32_t customProfile) {
     SchemaValue value;
-    value.key = PlacedKey(pkey::cProfileNameGuid, pkey::cProfileNamePid, 0, customProfile);
+    value.key = pkey::ProfileName(customProfile);
     value.kind = Kind::eText;
     value.role = Role::eName;
     value.profile = customProfile;

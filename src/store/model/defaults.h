@@ -145,6 +145,17 @@ inline constexpr const std::uint32_t* sm_presetOnElseOffDefaults[] = {
 };
 static_assert(std::size(sm_presetOnElseOffDefaults) == eNumberKORA4PresetTechnologies);
 
+// A technology whose flag is missing is on, unless the profile has a row that says otherwise.
+constexpr bool IsOn(KORA4PresetTechnology technology, std::uint32_t profile) {
+    const std::uint32_t row = WithoutDemo(profile);
+    if (!IsValidTechnology(technology) || !IsPresetProfile(row))
+        return true;
+    return sm_presetOnElseOffDefaults[technology][row] != 0;
+}
+constexpr bool IsOn(KORA4GlobalTechnology) {
+    return true;
+}
+
 }  // namespace defaults
 
 }  // namespace kora4
