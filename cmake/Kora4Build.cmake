@@ -13,9 +13,11 @@ if(WIN32)
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX COBJMACROS
     WINVER=0x0A00 _WIN32_WINNT=0x0A00)
 elseif(KORA4_SANITIZE)
+  # `undefined` leaves out the conversion of a float that the integer type cannot hold.
+  set(sanitizers -fsanitize=address,undefined,float-cast-overflow)
   target_compile_options(kora4_platform_settings INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(kora4_platform_settings INTERFACE -fsanitize=address,undefined)
+    ${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kora4_platform_settings INTERFACE ${sanitizers})
 endif()
 
 # What an instrumented library does: it counts, several threads at a time, and each process

@@ -34,6 +34,11 @@ test_needs=(
   "git|git"
 )
 
+bench_needs=(
+  "/usr/include/benchmark/benchmark.h|libbenchmark-dev"
+  "perl|perl"
+)
+
 # missing_packages NEED...: the packages of the needs that are not met, one a line.
 missing_packages() {
   local need
@@ -99,6 +104,17 @@ wine_settings() {
   export LC_ALL=C.UTF-8
   export WINEDEBUG=${WINEDEBUG:--all}
   export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+}
+
+# on_processor NUMBER COMMAND...: on that processor only, where the system allows it.
+on_processor() {
+  local processor=$1
+  shift
+  if taskset -c "$processor" true 2>/dev/null; then
+    taskset -c "$processor" "$@"
+  else
+    "$@"
+  fi
 }
 
 # make_prefix FOLDER: makes a Wine prefix once.

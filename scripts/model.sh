@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # model.sh [CALLS [SEED]]: installs what is missing, builds, and makes that many random API
 # calls (20000) from three objects in two processes, each checked against a model of what
-# the API promises. Prints the seed; exits 0 only if nothing differs.
+# the API promises; then as many again, many of them from callbacks. Prints the seed; exits 0
+# only if nothing differs.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -12,12 +13,14 @@ done
 [ "$#" -le 2 ] || die "there are too many arguments; use: model.sh [CALLS [SEED]]."
 
 require "${build_needs[@]}" "${wine_needs[@]}" "${test_needs[@]}"
-build release QXA64T model_test
+build release QXA64T model_test overtaken_test
 
 prefix=$root/build/model/wine
 say "preparing a Wine prefix in build/model"
 make_prefix "$prefix"
 export WINEPREFIX=$prefix
 trap 'end_prefix "$prefix"' EXIT
-"$wine64" "$root/build/release/bin/model_test.exe" "$@" ||
-  die "the library and the model differ, or the test could not run; see above."
+for test in model_test overtaken_test; do
+  "$wine64" "$root/build/release/bin/$test.exe" "${1:-20000}" "${@:2}" ||
+    die "the library and the model differ, or $test could not run; see above."
+done

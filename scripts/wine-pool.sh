@@ -19,12 +19,7 @@ linger=300
 pinned() {
   local number=${1##*/}
   shift
-  local processor=$(((number - 1) % $(nproc)))
-  if taskset -c "$processor" true 2>/dev/null; then
-    taskset -c "$processor" "$@"
-  else
-    "$@"
-  fi
+  on_processor "$(((number - 1) % $(nproc)))" "$@"
 }
 
 start() {

@@ -46,13 +46,15 @@ inline constexpr bool cNothingToCheck = true;
 
 inline HRESULT RefuseUninitialized(const Method& method) {
     if (method.rules.tellsNotInitialized)
-        KALTRACE(trace::eMessages, method.site, "**** Error: APOERR_NOT_INITIALIZED\n");
+        KALTRACE_AT(trace::eMessages, method.site, method.line,
+                    "**** Error: APOERR_NOT_INITIALIZED\n");
     return APOERR_NOT_INITIALIZED;
 }
 
 inline HRESULT RefuseArgument(const Method& method) {
     if (method.rules.badArgument)
-        KALTRACE(trace::eMessages, method.site, "**** Error: %s\n", method.rules.badArgument);
+        KALTRACE_AT(trace::eMessages, method.site, method.line, "**** Error: %s\n",
+                    method.rules.badArgument);
     return E_INVALIDARG;
 }
 

@@ -82,9 +82,9 @@ void GateStreamHolder::CancelOutstandingCall() {
     static constexpr trace::Site cSite{"RegKeyMonitor",
                                        "GateStreamHolder::CancelOutstandingCall"};
     trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    const CancelObjectSource source = FindCancelObjectSource();
     const DWORD threadId = m_threadId.load();
-    const CancelObjectSource source = threadId ? FindCancelObjectSource() : nullptr;
-    if (!source)
+    if (!source || threadId == 0)
         return;
     Microsoft::WRL::ComPtr<ICancelMethodCalls> spCancel;
     const HRESULT hr = source(threadId, __uuidof(ICancelMethodCalls),

@@ -51,7 +51,7 @@ HRESULT RegKeyMonitor::WatchKey(MonitorSession& session) {
     if (!session.RootKey() || !session.Subkey())
         return E_FAIL;
     UniqueRegKey& key = session.WatchedKey();
-    HRESULT hr = ResultOfRead(
+    HRESULT hr = ResultOfKeyLookup(
         RegOpenKeyExW(session.RootKey(), session.Subkey(), 0, KEY_NOTIFY, key.Put()));
     if (hr != S_OK)
         return hr;

@@ -20,24 +20,89 @@ constexpr SECURITY_INFORMATION cAllParts =
     OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION |
     SACL_SECURITY_INFORMATION;
 
-DWORD SetDaclThrough(HKEY hKey, PACL dacl) {
-    return SetSecurityInfo(hKey, SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr, nullptr,
-                           dacl, nullptr);
+constexpr REGSAM cKeyAccess = KEY_READ | KEY_SET_VALUE;
+
+// ERROR_STOPPED_ON_SYMLINK, which not every platform's headers have.
+constexpr LSTATUS cStoppedOnLink = 681;
+
+// The key below `parent`, or for an empty path `parent` once more; if it is a link, the link
+// itself and not what it leads to.
+LSTATUS OpenItself(const RegKeyCalls& calls, HKEY parent, const wchar_t* pwPath, REGSAM access,
+                   UniqueRegKey& key) {
+    return calls.open(parent, pwPath, REG_OPTION_OPEN_LINK, access, key.Put());
 }
 
-// The handle that created the key lacks WRITE_DAC. Where the platform does not open the
-// key anew by itself, it is opened through that handle, never by name: the name could
-// mean another key by now.
-HRESULT SetDacl(HKEY hKey, PACL dacl) {
-    DWORD status = SetDaclThrough(hKey, dacl);
-    if (status != ERROR_SUCCESS) {
-        UniqueRegKey key;
-        status = static_cast<DWORD>(
-            RegOpenKeyExW(hKey, L"", 0, READ_CONTROL | WRITE_DAC, key.Put()));
+// A key is a link from its creation on or never, so a handle that has passed stays good. One
+// that has no target yet passes too: nothing here follows it, so only the link gets the list.
+LSTATUS RefuseLink(HKEY hKey) {
+    DWORD type = REG_NONE;
+    const LSTATUS status =
+        RegQueryValueExW(hKey, L"SymbolicLinkValue", nullptr, &type, nullptr, nullptr);
+    if (status == ERROR_FILE_NOT_FOUND)
+        return ERROR_SUCCESS;
+    return status == ERROR_SUCCESS && type == REG_LINK ? cStoppedOnLink : status;
+}
+
+LSTATUS OpenUnlinked(const RegKeyCalls& calls, HKEY parent, const wchar_t* pwPath,
+                     UniqueRegKey& key) {
+    LSTATUS status = OpenItself(calls, parent, pwPath, cKeyAccess, key);
+    if (status == ERROR_SUCCESS)
+        status = RefuseLink(key.Get());
+    return status;
+}
+
+// An access list may deny everything to everybody, but its owner may still set another one.
+// Whatever else stands in the way of opening the key, it gets its former list back.
+LSTATUS RepairAndOpen(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueRegKey& key) {
+    UniqueRegKey denied;
+    LSTATUS status = OpenItself(calls, HKEY_LOCAL_MACHINE, pwPath, WRITE_DAC, denied);
+    if (status != ERROR_SUCCESS)
+        return status;
+    UniqueRegKey readable;
+    OpenItself(calls, denied.Get(), L"", READ_CONTROL, readable);
+    const SecurityDescriptor former =
+        SecurityDescriptor::OfRegKey(readable.Get(), DACL_SECURITY_INFORMATION);
+    const SecurityDescriptor world = SecurityDescriptor::FromSddl(cWorldDacl);
+    if (!world)
+        return ERROR_ACCESS_DENIED;
+    status = RegSetKeySecurity(denied.Get(), DACL_SECURITY_INFORMATION, world.Get());
+    if (status == ERROR_SUCCESS)
+        status = OpenUnlinked(calls, denied.Get(), L"", key);
+    if (status != ERROR_SUCCESS && former)
+        RegSetKeySecurity(denied.Get(), DACL_SECURITY_INFORMATION, former.Get());
+    return status;
+}
+
+// Creating follows links, even to places where nothing is yet. A key is therefore opened
+// first, and one that had to be created is opened anew: somebody may have put a link there
+// meanwhile. Only the last part of a path is looked at. The others are listed before it, or
+// lie where none but administrators may create a key or a link.
+LSTATUS OpenOrCreate(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueRegKey& key) {
+    LSTATUS status = OpenUnlinked(calls, HKEY_LOCAL_MACHINE, pwPath, key);
+    if (ResultOfKeyLookup(status) == S_FALSE) {
+        UniqueRegKey created;
+        DWORD disposition = 0;
+        status = calls.create(HKEY_LOCAL_MACHINE, pwPath, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                              cKeyAccess, nullptr, created.Put(), &disposition);
         if (status == ERROR_SUCCESS)
-            status = SetDaclThrough(key.Get(), dacl);
+            status = OpenUnlinked(calls, HKEY_LOCAL_MACHINE, pwPath, key);
+    } else if (status == ERROR_ACCESS_DENIED) {
+        status = RepairAndOpen(calls, pwPath, key);
     }
-    return ResultOfWrite(static_cast<LSTATUS>(status));
+    return status;
+}
+
+// The handle lacks WRITE_DAC. Wine 8 refuses to set a list through such a one; Windows opens
+// the key anew by itself, and does not say whether that follows links. So it is opened here,
+// through the handle that was looked at, never by name: the name could mean another key by now.
+HRESULT SetDacl(HKEY hKey, PACL dacl) {
+    UniqueRegKey key;
+    const LSTATUS status = OpenItself(RegKeyCalls(), hKey, L"", READ_CONTROL | WRITE_DAC, key);
+    if (status != ERROR_SUCCESS)
+        return ResultOfWrite(status);
+    return ResultOfWrite(static_cast<LSTATUS>(
+        SetSecurityInfo(key.Get(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                        dacl, nullptr)));
 }
 
 HRESULT OpenToWorld(const trace::Site& site, HKEY hKey) {
@@ -74,11 +139,11 @@ HRESULT RegKeySecurity::MakeRegKeysAccessible(const wchar_t* const* ppwKeyNames)
     return hr;
 }
 
-HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName) {
+HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& calls) {
     static constexpr trace::Site cSite{cTag, "RegKeySecurity::MakeRegKey"};
     KALTRACE(trace::eEntry, cSite, ">>\n");
     UniqueRegKey key;
-    HRESULT hr = CreateRegKey(pwKeyName, key.Put());
+    HRESULT hr = CreateRegKey(pwKeyName, key.Put(), calls);
     if (SUCCEEDED(hr)) {
         KALTRACE(trace::eSecurity, cSite, "Post creation security string for: %S\n", pwKeyName);
         ListSecurityString(key.Get());
@@ -94,22 +159,20 @@ HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName) {
     return hr;
 }
 
-HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle) {
+HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
+                                     const RegKeyCalls& calls) {
     static constexpr trace::Site cSite{cTag, "RegKeySecurity::CreateRegKey"};
     HRESULT hr = E_FAIL;
     trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     KALASSERT(cSite, (pwKeyName != NULL) && (pKeyHandle != NULL));
     if (!pwKeyName || !pKeyHandle)
         return hr;
-    HKEY hKey = nullptr;
-    DWORD disposition = 0;
-    const LSTATUS status =
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, pwKeyName, 0, nullptr, REG_OPTION_NON_VOLATILE,
-                        KEY_READ | KEY_SET_VALUE, nullptr, &hKey, &disposition);
+    UniqueRegKey key;
+    const LSTATUS status = OpenOrCreate(calls, pwKeyName, key);
     KALTRACE(trace::eSecurity, cSite, "Create reg key %S code: %ld\n", pwKeyName, status);
     hr = ResultOfWrite(status);
     if (SUCCEEDED(hr))
-        *pKeyHandle = hKey;
+        *pKeyHandle = key.Detach();
     return hr;
 }
 

@@ -6,6 +6,12 @@
 
 namespace kora4 {
 
+// The platform's part in coming by a key.
+struct RegKeyCalls {
+    decltype(&RegOpenKeyExW) open = &RegOpenKeyExW;
+    decltype(&RegCreateKeyExW) create = &RegCreateKeyExW;
+};
+
 // Used at registration only, on the registering thread; no lock. Key paths are relative
 // to HKEY_LOCAL_MACHINE. Nothing is rolled back: what was created before a failure stays.
 class RegKeySecurity {
@@ -15,10 +21,13 @@ class RegKeySecurity {
     // that fails. E_POINTER without a list, S_OK for an empty one.
     static HRESULT MakeRegKeysAccessible(const wchar_t* const* ppwKeyNames);
 
-    static HRESULT MakeRegKey(const wchar_t* pwKeyName);
+    static HRESULT MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& calls = {});
 
-    // The caller closes the handle.
-    static HRESULT CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle);
+    // Creates or opens the key; the caller closes the handle. E_FAIL for a link: whoever
+    // planted it chose which key would be opened to everyone. A key that denies the access is
+    // first given the list for everyone, if the caller may change its list.
+    static HRESULT CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
+                                const RegKeyCalls& calls = {});
 
     // Traces the key's security descriptor. The result matters to nobody but the trace.
     static HRESULT ListSecurityString(HKEY hKey);

@@ -17,6 +17,7 @@ class SecurityDescriptor {
     static SecurityDescriptor OfRegKey(HKEY hKey, SECURITY_INFORMATION parts);
 
     explicit operator bool() const { return static_cast<bool>(m_descriptor); }
+    PSECURITY_DESCRIPTOR Get() const { return m_descriptor.Get(); }
 
     // Null when the descriptor has no access list. Lives as long as the descriptor.
     PACL Dacl() const;

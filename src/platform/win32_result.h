@@ -6,17 +6,21 @@
 
 namespace kora4 {
 
-// Absent (the key or the value does not exist) is S_FALSE, every other error E_FAIL.
-inline HRESULT ResultOfRead(LSTATUS status) {
+// Reading or deleting a value: S_FALSE when it is absent, every other error E_FAIL.
+inline HRESULT ResultOfValueLookup(LSTATUS status) {
     switch (status) {
         case ERROR_SUCCESS:
             return S_OK;
         case ERROR_FILE_NOT_FOUND:
-        case ERROR_PATH_NOT_FOUND:
             return S_FALSE;
         default:
             return E_FAIL;
     }
+}
+
+// Opening or deleting a key, of which a parent may be absent too.
+inline HRESULT ResultOfKeyLookup(LSTATUS status) {
+    return status == ERROR_PATH_NOT_FOUND ? S_FALSE : ResultOfValueLookup(status);
 }
 
 // Every error is E_FAIL.

@@ -21,6 +21,11 @@ inline constexpr char cMasterMaskOrigin[] =
     "The mask stands in the static keys, where the installer of the engine writes it; "
     "Initialize read it.";
 
+inline constexpr char cLockLine[] = "processID: 0x%08x threadID: 0x%08x threadProcID: 0x%08x";
+inline constexpr char cLockUse[] =
+    "It is held while a callback is registered or unregistered, and while the client is told of"
+    " changes; no other method takes it.";
+
 }  // namespace detail
 
 inline constexpr TraceMessage cApiMessages[] = {
@@ -48,8 +53,8 @@ inline constexpr TraceMessage cApiMessages[] = {
      "A client asked which profile is active, and this one is.", "", ""},
     {"CKORA4ASL::GetActiveProfile", " is KORA4APITechnology bad index", trace::eMessages, "",
      "The active profile has no name in this line: it is none of 0 to 8.",
-     "A demo profile, 240 to 242, shows like this; so does a number that is no profile. The "
-     "words speak of a technology, but the profile is meant.",
+     "A demo profile, 240 to 242, shows like this; so does a number that is no profile, or one "
+     "that could not be read. The words speak of a technology, but the profile is meant.",
      "See it with 'kora4ctl get profile'; when no demo is meant to run, 'kora4ctl demo "
      "force-leave'."},
     {"CKORA4ASL::GetActiveProfile", "**** Error: NULL == pProfile", trace::eMessages, "",
@@ -103,8 +108,6 @@ inline constexpr TraceMessage cApiMessages[] = {
     {"CKORA4ASL::ToggleVeltoEnable", "is now %s", trace::eMessages, "switch",
      "A client toggled the master enable; this is the state after it.",
      detail::cExitLineDecides, ""},
-    {"CKORA4ASL::ToggleVeltoEnable", "**** Error: pVeltoEnable is Null", trace::eMessages, "",
-     "The pointer for the new state is null.", detail::cNullPointer, detail::cPassPointer},
     {"CKORA4ASL::GetTechnologyOnElseOff", "%16s is %s", trace::eMessages,
      "technology name,switch", "A client asked for the switch of a technology.",
      "It is that of the active profile; whether the technology is heard takes the master "
@@ -218,10 +221,12 @@ inline constexpr TraceMessage cApiMessages[] = {
      "Return S_OK from callback methods."},
 
     // The process.
-    {nullptr, "processID: 0x%08x threadID: 0x%08x threadProcID: 0x%08x",
-     trace::eProcessTracking, "process,thread,process",
-     "A method of the object begins or ends, on this thread.",
-     "ProcessTrack::Enter stands at its beginning, ProcessTrack::Leave at its end.", ""},
+    {"ProcessTrack::Enter", detail::cLockLine, trace::eProcessTracking,
+     "process,thread,process", "The lock of an object's callback was taken, on this thread.",
+     detail::cLockUse, ""},
+    {"ProcessTrack::Leave", detail::cLockLine, trace::eProcessTracking,
+     "process,thread,process", "The lock of an object's callback is given up, on this thread.",
+     detail::cLockUse, ""},
     {"ProcessTrack::ProcessTrack", "Process ID: %d\n", trace::eTrackerStartUp, "process",
      "An object was created in this process.", "", ""},
     {"ProcessTrack::ProcessTrack", "Error obtaining handle count\n", trace::eTrackerStartUp, "",

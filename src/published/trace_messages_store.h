@@ -120,8 +120,11 @@ inline constexpr TraceMessage cStoreMessages[] = {
 
     // Registration: keys and their access lists.
     {"RegKeySecurity::CreateRegKey", "Create reg key %S code: %ld", trace::eSecurity,
-     "path,error", "A key of the store was created or opened.", detail::cRegistryErrors,
-     "For another number than 0 register the library as an administrator."},
+     "path,error", "A key of the store was created or opened.",
+     "0 is success, 5 means that access was denied, 681 that the key is a link to another key, "
+     "which registration refuses.",
+     "For 681 remove the link; for another number than 0 register the library as an "
+     "administrator."},
     {"RegKeySecurity::MakeRegKeysAccessible", "MakeRegKey hr: 0x%08x name: %S",
      trace::eSecurity, "result,path",
      "A key of the store was created and opened to every user, or failed to be.", "",

@@ -31,7 +31,7 @@ HKEY PredefinedKey(ScriptRoot root) {
 }
 
 HRESULT IgnoreAbsence(LSTATUS status) {
-    return FAILED(ResultOfRead(status)) ? E_FAIL : S_OK;
+    return FAILED(ResultOfKeyLookup(status)) ? E_FAIL : S_OK;
 }
 
 // The open keys on the way from a root to the key that the walk stands in.

@@ -82,7 +82,7 @@ constexpr bool IsEnabled(std::uint32_t flags, std::uint32_t mask) {
 // begins with KALTRACE_HEAD, for which the arguments are taken from the site and `line`.
 // A tag may hold a path: what follows its last backslash counts. A line of more than 1023
 // characters is cut, and whatever it holds it ends with a newline. The thread's last error
-// stays as it is.
+// stays as it is. What a format may hold, and what becomes of texts: see line_text.h.
 void Write(std::uint32_t flags, const Site& site, int line, const char* format, ...);
 
 // True when a debugger is attached to this process.
@@ -132,11 +132,15 @@ class Scope {
 
 // One trace line. `text` is a string literal, the part of the format after the three
 // leading fields, newline included. A suppressed statement evaluates no argument.
-#define KALTRACE(mask, site, text, ...)                                           \
+#define KALTRACE(mask, site, text, ...) \
+    KALTRACE_AT(mask, site, __LINE__, text __VA_OPT__(, ) __VA_ARGS__)
+
+// The same, which shows another source line than its own.
+#define KALTRACE_AT(mask, site, line, text, ...)                                  \
     do {                                                                          \
         const std::uint32_t kalFlags_ = ::kora4::trace::Flags();                  \
         if (::kora4::trace::IsEnabled(kalFlags_, (mask)))                         \
-            ::kora4::trace::Write(kalFlags_, (site), __LINE__,                    \
+            ::kora4::trace::Write(kalFlags_, (site), (line),                      \
                                   KALTRACE_HEAD text __VA_OPT__(, ) __VA_ARGS__); \
     } while (false)
 

@@ -55,8 +55,8 @@ my %below = (
 );
 
 # The tools: their own rooms, the tables of src/ that say what the store, the results and the
-# trace are, and the codec of stored texts. Never the rest of the library's code, for a tool is
-# a client like any other.
+# trace are, the codec of stored texts, and the one way to the store's mutex. Never the rest of
+# the library's code, for a tool is a client like any other.
 my @shared_tools = qw(common registry schema);
 my %below_of_tools = (
     'common'   => [],
@@ -66,8 +66,9 @@ my %below_of_tools = (
     'kora4sim' => \@shared_tools,
 );
 my $tables_for_tools = join '|', qw(
-    store/model/[^/]+ store/patches/field_(tables|def) store/access/(registry_paths|named_mutex)
-    store/codec/(array|float)_text api/patch_limits trace/trace published/[^/]+);
+    store/model/[^/]+ store/patches/field_(tables|def) store/access/(registry_paths|(named|open)_mutex)
+    store/codec/(array|float)_text api/(patch_limits|display_levels) platform/version
+    trace/trace published/[^/]+);
 
 sub room_of {
     my ($path) = @_;
@@ -132,7 +133,7 @@ sub is_pure {
     my ($file) = @_;
     return $file =~ m{^src/(trace/trace\.h$|published/)}
         || ($file =~ m{^src/store/}
-            && $file !~ m{^src/store/access/(reg_prop_keys_access\.|(named_mutex|task_memory)\.cpp$)});
+            && $file !~ m{^src/store/access/(reg_prop_keys_access\.|open_mutex\.h$|(named_mutex|task_memory)\.cpp$)});
 }
 
 sub pure {

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
+#include <regex>
 #include <set>
 
 #include "checks/documents_sources.h"
@@ -78,21 +80,40 @@ std::string NameOf(const TraceMessage& row) {
     return std::string(row.function ? row.function : "any") + ":" + row.text;
 }
 
-// The statements that no row has, to the letter.
+// The tables of technologies are asserted by a macro; one row speaks for all of them.
+constexpr char cTablesFit[] = "KALASSERT failed: %s == %s[ (UINT) %s ]";
+// The frame of the API object's methods; the reasons are statements of their own.
+constexpr char cRefusal[] = "**** Error: %s";
+// Rows for what the trace itself writes for any function.
+const std::set<std::string> cOfAnyFunction = {">>", "<<", "<< hr: 0x%08x",
+                                              "KALASSERT failed: %s"};
+
+bool IsOf(const TraceMessage& row, const std::string& function) {
+    return row.function == nullptr || row.function == function;
+}
+
+std::string NameOf(const TraceStatement& statement, const std::string& function) {
+    return statement.place + ": " + function + ":" + statement.text;
+}
+
+// The lines, each with its function, that no row has to the letter.
 std::vector<std::string> WithoutMeaning(const std::vector<TraceStatement>& statements) {
-    std::set<std::string> known;
-    for (const TraceMessage* pRow : Rows())
-        known.insert(pRow->text);
-    // The tables of technologies are asserted by a macro.
-    known.insert("KALASSERT failed: %s == %s[ (UINT) %s ]");
     std::vector<std::string> without;
-    for (const TraceStatement& statement : statements)
-        if (!known.contains(statement.text))
-            without.push_back(statement.place + ": " + statement.text);
+    for (const TraceStatement& statement : statements) {
+        if (statement.functions.empty())
+            without.push_back(NameOf(statement, "nobody"));
+        for (const std::string& function : statement.functions) {
+            const bool isKnown = std::ranges::any_of(Rows(), [&](const TraceMessage* pRow) {
+                return statement.text == pRow->text && IsOf(*pRow, function);
+            });
+            if (!isKnown && statement.text != cTablesFit)
+                without.push_back(NameOf(statement, function));
+        }
+    }
     return without;
 }
 
-TEST(PublishedTrace, HasAMeaningForEveryLineOfTheSources) {
+TEST(PublishedTrace, HasAMeaningForEveryLineOfEveryFunction) {
     const std::vector<TraceStatement> statements = AllTraceStatements();
     EXPECT_GT(statements.size(), 140u);
     EXPECT_EQ(std::vector<std::string>{}, WithoutMeaning(statements));
@@ -100,41 +121,96 @@ TEST(PublishedTrace, HasAMeaningForEveryLineOfTheSources) {
 
 TEST(PublishedTrace, FindsOutALineWithoutAMeaning) {
     const auto findings = [](const std::string& source) {
-        return WithoutMeaning(TraceStatementsIn("src/new.cpp", source));
+        return WithoutMeaning(
+            TraceStatementsIn({{"src/new.cpp",
+                                "Site cSite{cTag, \"CKORA4ASL::GetActiveProfile\"}; "
+                                "Method cMethod{\"CKORA4ASL::SetVeltoEnable\"};" +
+                                    source}}));
+    };
+    const auto one = [](const std::string& finding) {
+        return std::vector<std::string>{"src/new.cpp:" + finding};
     };
     EXPECT_EQ(
-        std::vector<std::string>{"src/new.cpp:2: something new %d"},
+        one("2: CKORA4ASL::GetActiveProfile:something new %d"),
         findings("\nKALTRACE(trace::eMessages, cSite, \"something \" \"new %d\\n\", f(1));"));
-    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: KALASSERT failed: a(b, c) != NULL"},
+    EXPECT_EQ(one("1: CKORA4ASL::GetActiveProfile:KALASSERT failed: a(b, c) != NULL"),
               findings("KALASSERT(cSite, a(b,\n  c) != NULL);"));
-    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: KALASSERT failed: !\"New\""},
+    EXPECT_EQ(one("1: CKORA4ASL::GetActiveProfile:KALASSERT failed: !\"New\""),
               findings(R"(KALASSERT_TEXT(cSite, a, "!\"New\"");)"));
-    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: **** Error: pNew is Null"},
+    EXPECT_EQ(one("1: CKORA4ASL::SetVeltoEnable:**** Error: pNew is Null"),
               findings("{.badArgument = \"pNew is Null\"}"));
-    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: >> new: %d"},
+    EXPECT_EQ(one("1: CKORA4ASL::SetVeltoEnable:>> new: %d"),
               findings("{.entry = \"%s: %4d %s:>> new: %d\\n\"}"));
     EXPECT_TRUE(findings("KALTRACE(trace::eEntry, cSite, \">>\\n\");").empty());
+    EXPECT_TRUE(findings("KALTRACE(trace::eMessages, cSite, \" is %s\\n\", a);").empty());
 }
 
-TEST(PublishedTrace, HasNoMessageThatNobodyWrites) {
-    const std::vector<TraceStatement> statements = AllTraceStatements();
-    const std::set<std::string> general = {">>", "<<", "<< hr: 0x%08x", "KALASSERT failed: %s"};
+TEST(PublishedTrace, FindsOutALineOfAFunctionThatDoesNotWriteIt) {
+    const auto findings = [](const std::string& source) {
+        return WithoutMeaning(TraceStatementsIn({{"src/new.cpp", source}}));
+    };
+    const std::string helper =
+        "void Tell(int a, const Site& site) { KALTRACE(m, site, \" is %s\\n\", a); }\n";
+    const std::string profile = "Site cSite{cTag, \"CKORA4ASL::GetActiveProfile\"};\n";
+    const std::string table = "Method cMethod{\"CKORA4ASL::GetProfileTable\"};\n";
+    EXPECT_TRUE(findings(helper + profile + "Tell(1, cSite);").empty());
+    EXPECT_EQ(
+        std::vector<std::string>{"src/new.cpp:1: CKORA4ASL::GetProfileTable: is %s"},
+        findings(helper + profile + "Tell(1, cSite);" + table + "Tell(2, cMethod.site);"));
+    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: nobody: is %s"}, findings(helper));
+    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:2: CKORA4ASL::GetProfileTable: is %s"},
+              findings(table + "KALTRACE(m, cMethod.site, \" is %s\\n\", a);"));
+}
+
+// Whether a statement writes what a row says, in the row's function. A row of a function may
+// be an instance of a more general statement; the frame's refusal is none, for what its text
+// stands for are statements of their own.
+bool Writes(const TraceStatement& statement, const TraceMessage& row) {
+    if (row.function == nullptr)
+        return statement.text == row.text;
+    if (!statement.functions.contains(row.function))
+        return false;
+    if (statement.text == row.text)
+        return true;
+    const TraceMessage asWritten{nullptr, statement.text.c_str(), 0, "", "", "", ""};
+    published::TraceValues values;
+    return statement.text != cRefusal &&
+           published::MatchTraceText(asWritten, row.text, &values) != 0;
+}
+
+bool IsWritten(const TraceMessage& row) {
+    static const std::vector<TraceStatement> statements = AllTraceStatements();
+    return std::ranges::any_of(
+        statements, [&](const TraceStatement& statement) { return Writes(statement, row); });
+}
+
+TEST(PublishedTrace, HasNoMessageThatItsFunctionDoesNotWrite) {
     for (const TraceMessage* pRow : Rows()) {
-        // Rows may be instances of a more general statement.
-        const bool isWritten = std::ranges::any_of(statements, [&](const auto& statement) {
-            const TraceMessage asWritten{nullptr, statement.text.c_str(), 0, "", "", "", ""};
-            published::TraceValues values;
-            return statement.text == pRow->text ||
-                   published::MatchTraceText(asWritten, pRow->text, &values) != 0;
-        });
-        EXPECT_TRUE(isWritten || general.contains(pRow->text)) << NameOf(*pRow);
+        EXPECT_TRUE(IsWritten(*pRow) || cOfAnyFunction.contains(pRow->text)) << NameOf(*pRow);
     }
+}
+
+TEST(PublishedTrace, FindsOutAMessageThatItsFunctionDoesNotWrite) {
+    const auto isWritten = [](const std::string& method, const char* text) {
+        const std::string function = "CKORA4ASL::" + method;
+        return IsWritten({function.c_str(), text, trace::eMessages, "", "", "", ""});
+    };
+    EXPECT_TRUE(isWritten("GetVeltoEnable", "**** Error: pVeltoEnable is Null"));
+    EXPECT_FALSE(isWritten("ToggleVeltoEnable", "**** Error: pVeltoEnable is Null"));
+    EXPECT_TRUE(isWritten("GetVeltoEnable", "**** Error: APOERR_NOT_INITIALIZED"));
+    for (const char* silent : {"ToggleVeltoEnable", "GetTechnologyMasterEnables", "Initialize"})
+        EXPECT_FALSE(isWritten(silent, "**** Error: APOERR_NOT_INITIALIZED")) << silent;
+    EXPECT_TRUE(isWritten("GetVeltoDemoAppCommand", "**** Error: E_INVALIDARG"));
+    EXPECT_FALSE(isWritten("GetSimplePatchValue", "**** Error: E_INVALIDARG"));
+    EXPECT_TRUE(isWritten("GetActiveProfile", " is Movie"));
+    EXPECT_FALSE(isWritten("SetActiveProfile", " is Movie"));
 }
 
 TEST(PublishedTrace, NamesTheCategoriesOfTheStatements) {
     const std::map<std::string, std::uint32_t> masks = {
         {"trace::eResults", trace::eResults},
         {"trace::eSecurity", trace::eSecurity},
+        {"trace::eAssertions", trace::eAssertions},
         {"trace::eModuleEvents", trace::eModuleEvents},
         {"trace::eProcessTracking", trace::eProcessTracking},
         {"trace::eMessages", trace::eMessages},
@@ -153,13 +229,43 @@ TEST(PublishedTrace, NamesTheCategoriesOfTheStatements) {
         {"cThreadExit", trace::eAllEntryExit | trace::eResults},
     };
     for (const TraceStatement& statement : AllTraceStatements()) {
-        if (statement.mask.empty())
-            continue;
         ASSERT_TRUE(masks.contains(statement.mask)) << statement.place;
         for (const TraceMessage* pRow : Rows())
-            if (statement.text == pRow->text && pRow->mask != 0) {
-                EXPECT_EQ(masks.at(statement.mask), pRow->mask) << statement.place;
+            if (Writes(statement, *pRow) && pRow->mask != 0) {
+                EXPECT_EQ(masks.at(statement.mask), pRow->mask)
+                    << statement.place << " " << NameOf(*pRow);
             }
+    }
+}
+
+// Each side of the lock has a meaning of its own, and neither is the begin or end of a method.
+TEST(PublishedTrace, TellsTheProcessTrackerFromTheMethods) {
+    std::set<std::string> meanings;
+    for (const char* function : {"ProcessTrack::Enter", "ProcessTrack::Leave"}) {
+        const TraceMatch match = published::FindTraceMessage(
+            function, "processID: 0x00000010 threadID: 0x00000014 threadProcID: 0x00000010");
+        ASSERT_NE(nullptr, match.pMessage);
+        const std::string meaning = match.pMessage->meaning;
+        EXPECT_NE(std::string::npos, meaning.find("lock of an object's callback")) << meaning;
+        meanings.insert(meaning);
+    }
+    EXPECT_EQ(2u, meanings.size());
+}
+
+// What the formatter knows; anything else would be written as it stands.
+TEST(TraceStatements, HandOverAValueForEachConversionThatTheTraceKnows) {
+    const std::regex known(R"(%(?:0?\d*l?[dux]|0?\d*X|\d*s|ls|S|p|\d*f))");
+    for (const TraceStatement& statement : AllTraceStatements()) {
+        const auto begin =
+            std::sregex_iterator(statement.text.begin(), statement.text.end(), known);
+        const auto conversions =
+            static_cast<std::size_t>(std::distance(begin, std::sregex_iterator()));
+        EXPECT_EQ(std::ranges::count(statement.text, '%'),
+                  static_cast<std::ptrdiff_t>(conversions))
+            << statement.place << " " << statement.text;
+        if (statement.values) {
+            EXPECT_EQ(conversions, *statement.values) << statement.place;
+        }
     }
 }
 

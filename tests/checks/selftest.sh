@@ -99,10 +99,12 @@ finds arrows "tables of src/ only" tools/kora4ctl/verbs/get.cpp '#include "store
 finds arrows "tables of src/ only" tools/schema/settings.h '#include <store/access/key_access.h>'
 finds arrows "neither rooted at tools/" tools/kora4ctl/verbs/get.cpp '#include "verbs.h"'
 finds arrows "no room of the tools" tools/lost/lost.h '// text'
+allows arrows tools/registry/store.h '#include "store/access/open_mutex.h"'
 allows arrows tools/schema/settings.h '#include "store/model/model.h"\n#include <nlohmann/json.hpp>'
 finds pure "platform header" src/store/model/model.h '#include <windows.h>'
 finds pure "platform header" src/trace/trace.h '#include <wrl/client.h>'
 finds pure "includes one that is not" src/store/clients/client.h '#include "store/access/task_memory.cpp"'
+allows pure src/store/access/open_mutex.h '#include <windows.h>'
 finds lines "601 lines" src/api/api.h "$(printf '// line\\n%.0s' {1..599})// last"
 guid='0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}'
 fresh

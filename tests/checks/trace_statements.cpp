@@ -1,9 +1,9 @@
 #include "checks/trace_statements.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <regex>
-#include <set>
 
 #include "checks/documents_markdown.h"
 
@@ -78,60 +78,205 @@ std::string WithoutNewline(std::string text) {
 
 constexpr char cAssertion[] = "KALASSERT failed: ";
 constexpr char cHead[] = "%s: %4d %s:";
+constexpr char cNotInitialized[] = "**** Error: APOERR_NOT_INITIALIZED";
 
 // The sources but those of the trace itself and of the tables.
-std::vector<std::string> TracingSources() {
-    const std::filesystem::path root(KORA4_ROOT);
-    std::vector<std::string> paths;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(root / "src")) {
-        const std::string path = std::filesystem::relative(entry.path(), root).generic_string();
-        if ((path.ends_with(".cpp") || path.ends_with(".h")) &&
-            !path.starts_with("src/trace/") && !path.starts_with("src/published/"))
-            paths.push_back(path);
+const std::vector<TraceSource>& TracingSources() {
+    static const std::vector<TraceSource> sources = [] {
+        const std::filesystem::path root(KORA4_ROOT);
+        std::vector<TraceSource> found;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root / "src")) {
+            const std::string path =
+                std::filesystem::relative(entry.path(), root).generic_string();
+            if ((path.ends_with(".cpp") || path.ends_with(".h")) &&
+                !path.starts_with("src/trace/") && !path.starts_with("src/published/"))
+                found.push_back({path, ReadProjectFile(path)});
+        }
+        std::ranges::sort(found, {}, &TraceSource::path);
+        return found;
+    }();
+    return sources;
+}
+
+// --- whose lines a statement writes
+// -----------------------------------------------------------
+
+bool IsNameCharacter(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+
+// Where a site of that name is defined last before a place, and what it is made of.
+struct Definition {
+    std::size_t at = 0;
+    bool isMethod = false;
+    std::vector<std::string> parts;  // "cTag", "\"RegKeyMonitor::Callback\""
+
+    std::string Function() const { return TextOf(parts.at(isMethod ? 0 : 1)); }
+    // A method may be silent about a call that it refuses.
+    bool SaysNotInitialized() const {
+        return !isMethod || parts.size() < 2 ||
+               (parts[1].find("tellsNotInitialized = false") == std::string::npos &&
+                parts[1].find("InitializationCheck::eNone") == std::string::npos);
     }
-    std::ranges::sort(paths);
-    return paths;
+};
+
+std::optional<Definition> DefinitionOf(const std::string& text, const std::string& name,
+                                       std::size_t before) {
+    std::optional<Definition> last;
+    for (const std::string type : {"Site ", "Method "}) {
+        const std::string beginning = type + name + "{";
+        const std::size_t at = text.rfind(beginning, before);
+        if (at != std::string::npos && (!last || at > last->at))
+            last = {at, type == "Method ", ArgumentsAt(text, at + beginning.size())};
+    }
+    return last;
+}
+
+// A function or macro that takes a site by that name, and which of its parameters that is.
+struct Taker {
+    std::string name;
+    std::size_t parameter = 0;
+};
+
+std::optional<Taker> TakerOf(const std::string& text, const std::string& name,
+                             std::size_t before) {
+    std::size_t at = 0;
+    for (const std::string type : {"Site& ", "Method& "}) {
+        const std::size_t found = text.rfind(type + name, before);
+        if (found != std::string::npos)
+            at = std::max(at, found);
+    }
+    const std::size_t macro = text.rfind("(" + name + ",", before);
+    if (macro != std::string::npos && macro > at &&
+        text.compare(text.rfind('\n', macro) + 1, 8, "#define ") == 0)
+        at = macro;
+    Taker taker;
+    for (; at > 0 && text[at] != '('; --at)
+        if (text[at] == ',')
+            ++taker.parameter;
+    for (; at > 0 && IsNameCharacter(text[at - 1]); --at)
+        taker.name.insert(taker.name.begin(), text[at - 1]);
+    if (taker.name.empty())
+        return {};
+    return taker;
+}
+
+// The functions of a site, through all that it is handed to.
+class FunctionFinder {
+  public:
+    FunctionFinder(const std::vector<TraceSource>& sources, bool isRefusal)
+        : m_sources(sources), m_isRefusal(isRefusal) {}
+
+    std::set<std::string> Find(const TraceSource& source, const std::string& site,
+                               std::size_t at) {
+        const std::string name = site.substr(0, site.find('.'));
+        if (const auto definition = DefinitionOf(source.text, name, at)) {
+            if (m_isRefusal && !definition->SaysNotInitialized())
+                return {};
+            return {definition->Function()};
+        }
+        const auto taker = TakerOf(source.text, name, at);
+        return taker ? OfCallersOf(*taker) : std::set<std::string>{};
+    }
+
+  private:
+    std::set<std::string> OfCallersOf(const Taker& taker) {
+        std::set<std::string> functions;
+        if (!m_seen.insert(taker.name).second)
+            return functions;
+        const std::string call = taker.name + "(";
+        for (const TraceSource& source : m_sources) {
+            for (std::size_t at = source.text.find(call); at != std::string::npos;
+                 at = source.text.find(call, at + 1)) {
+                if (at > 0 && IsNameCharacter(source.text[at - 1]))
+                    continue;
+                const auto arguments = ArgumentsAt(source.text, at + call.size());
+                if (taker.parameter >= arguments.size())
+                    continue;
+                const std::string site = OnOneLine(arguments[taker.parameter]);
+                if (site.find('&') == std::string::npos)  // as in a declaration
+                    functions.merge(Find(source, site, at));
+            }
+        }
+        return functions;
+    }
+
+    const std::vector<TraceSource>& m_sources;
+    const bool m_isRefusal;
+    std::set<std::string> m_seen;
+};
+
+// The methods that have a rule: the one that it stands in, or those that name its constant.
+std::set<std::string> MethodsWithRule(const std::string& text, std::size_t at) {
+    const auto method = DefinitionOf(text, "cMethod", at);
+    const std::string constant = "MethodRules ";
+    const std::size_t rules = text.rfind(constant, at);
+    if (rules == std::string::npos || (method && method->at > rules))
+        return method ? std::set<std::string>{method->Function()} : std::set<std::string>{};
+    const std::size_t begin = rules + constant.size();
+    const std::string name = text.substr(begin, text.find(' ', begin) - begin);
+    std::set<std::string> methods;
+    for (std::size_t end = text.size();;) {
+        const auto user = DefinitionOf(text, "cMethod", end);
+        if (!user || user->at == 0)
+            return methods;
+        if (user->parts.size() > 1 && OnOneLine(user->parts[1]) == name)
+            methods.insert(user->Function());
+        end = user->at - 1;
+    }
+}
+
+TraceStatement StatementAt(const std::vector<TraceSource>& sources, const TraceSource& source,
+                           const std::smatch& match) {
+    const std::string kind = match[1].matched ? match[1] : match[2];
+    const auto at = static_cast<std::size_t>(match.position());
+    const auto arguments =
+        ArgumentsAt(source.text, at + static_cast<std::size_t>(match.length()));
+    TraceStatement one;
+    one.place = source.path + ":" +
+                std::to_string(1 + std::count(source.text.begin(),
+                                              source.text.begin() + match.position(), '\n'));
+    std::string site;
+    if (kind == "KALTRACE" || kind == "KALTRACE_AT") {
+        const std::size_t text = kind == "KALTRACE" ? 2 : 3;
+        one.mask = OnOneLine(arguments.at(0));
+        site = OnOneLine(arguments.at(1));
+        one.text = WithoutNewline(TextOf(arguments.at(text)));
+        one.values = arguments.size() - text - 1;
+    } else if (kind == "badArgument") {
+        one.mask = "trace::eMessages";
+        one.text = "**** Error: " + TextOf(arguments.at(0));
+    } else if (kind == "entry") {
+        one.mask = "trace::eEntry";
+        one.text = WithoutNewline(TextOf(arguments.at(0))).substr(sizeof cHead - 1);
+    } else {
+        one.mask = "trace::eAssertions";
+        site = OnOneLine(arguments.at(0));
+        one.text = cAssertion +
+                   (kind == "KALASSERT" ? OnOneLine(arguments.at(1)) : TextOf(arguments.at(2)));
+    }
+    one.functions =
+        site.empty()
+            ? MethodsWithRule(source.text, at)
+            : FunctionFinder(sources, one.text == cNotInitialized).Find(source, site, at);
+    return one;
 }
 
 }  // namespace
 
-std::vector<TraceStatement> TraceStatementsIn(const std::string& path,
-                                              const std::string& source) {
+std::vector<TraceStatement> TraceStatementsIn(const std::vector<TraceSource>& sources) {
     static const std::regex statement(
-        R"re(\b(KALTRACE|KALASSERT_TEXT|KALASSERT)\(|\.(badArgument|entry) = (?="))re");
+        R"re(\b(KALTRACE|KALTRACE_AT|KALASSERT_TEXT|KALASSERT)\(|\.(badArgument|entry) = (?="))re");
     std::vector<TraceStatement> found;
-    for (std::sregex_iterator i(source.begin(), source.end(), statement), end; i != end; ++i) {
-        const auto at = static_cast<std::size_t>(i->position());
-        const std::string kind = (*i)[1].matched ? (*i)[1] : (*i)[2];
-        const auto arguments = ArgumentsAt(source, at + static_cast<std::size_t>(i->length()));
-        TraceStatement one{
-            path + ":" +
-                std::to_string(
-                    1 + std::count(source.begin(), source.begin() + i->position(), '\n')),
-            "", ""};
-        if (kind == "KALTRACE") {
-            one.mask = OnOneLine(arguments.at(0));
-            one.text = WithoutNewline(TextOf(arguments.at(2)));
-        } else if (kind == "KALASSERT_TEXT") {
-            one.text = cAssertion + TextOf(arguments.at(2));
-        } else if (kind == "KALASSERT") {
-            one.text = cAssertion + OnOneLine(arguments.at(1));
-        } else if (kind == "badArgument") {
-            one.text = "**** Error: " + TextOf(arguments.at(0));
-        } else {
-            one.text = WithoutNewline(TextOf(arguments.at(0))).substr(sizeof cHead - 1);
-        }
-        found.push_back(one);
-    }
+    for (const TraceSource& source : sources)
+        for (std::sregex_iterator i(source.text.begin(), source.text.end(), statement), end;
+             i != end; ++i)
+            found.push_back(StatementAt(sources, source, *i));
     return found;
 }
 
 std::vector<TraceStatement> AllTraceStatements() {
-    std::vector<TraceStatement> all;
-    for (const std::string& path : TracingSources())
-        std::ranges::copy(TraceStatementsIn(path, ReadProjectFile(path)),
-                          std::back_inserter(all));
-    return all;
+    return TraceStatementsIn(TracingSources());
 }
 
 std::vector<std::string> AllTracedFunctions() {
@@ -139,11 +284,10 @@ std::vector<std::string> AllTracedFunctions() {
     static const std::regex site(
         R"re(\b(?:Site \w+\{\s*(?:"\w+"|\w+),|Method cMethod\{)\s*"([\w:~]+)")re");
     std::set<std::string> functions;
-    for (const std::string& path : TracingSources()) {
-        const std::string text = ReadProjectFile(path);
-        for (std::sregex_iterator i(text.begin(), text.end(), site), end; i != end; ++i)
+    for (const TraceSource& source : TracingSources())
+        for (std::sregex_iterator i(source.text.begin(), source.text.end(), site), end;
+             i != end; ++i)
             functions.insert((*i)[1]);
-    }
     return {functions.begin(), functions.end()};
 }
 

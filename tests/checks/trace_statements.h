@@ -2,6 +2,9 @@
 #ifndef KORA4_TESTS_CHECKS_TRACE_STATEMENTS_H
 #define KORA4_TESTS_CHECKS_TRACE_STATEMENTS_H
 
+#include <cstddef>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,13 +15,22 @@ struct TraceStatement {
     // The format behind the head, without one newline at its end. Conditions that the
     // preprocessor puts in are a %s.
     std::string text;
-    std::string mask;  // as it stands in the source; empty where there is none
+    std::string mask;  // as it stands in the source, or what the macro or the frame takes
+    // The functions whose lines it writes: that of its site, or, where the site is handed in,
+    // those of the callers.
+    std::set<std::string> functions;
+    // How many values it hands over; none where another statement writes the text.
+    std::optional<std::size_t> values;
 };
 
-// The statements of one source: KALTRACE, KALASSERT and KALASSERT_TEXT, and the texts that a
-// method of the API object hands to its frame.
-std::vector<TraceStatement> TraceStatementsIn(const std::string& path,
-                                              const std::string& source);
+struct TraceSource {
+    std::string path;
+    std::string text;
+};
+
+// The statements of some sources: KALTRACE, KALASSERT and KALASSERT_TEXT, and the texts that
+// a method of the API object hands to its frame.
+std::vector<TraceStatement> TraceStatementsIn(const std::vector<TraceSource>& sources);
 
 // Those of all files below src/.
 std::vector<TraceStatement> AllTraceStatements();

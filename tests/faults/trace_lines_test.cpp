@@ -115,6 +115,60 @@ INSTANTIATE_TEST_SUITE_P(Single, TraceCategory,
                                          0x8000, 0x10000),
                          BitName);
 
+// --- line numbers
+// -----------------------------------------------------------------------------
+
+// A reader of the log finds the method that refused a call, and not the frame of all methods.
+TEST_F(TraceLines, OfRefusalsCarryTheLineOfTheirMethod) {
+    DriveEveryLine(cEveryCategory, m_output);
+    std::map<std::string, int> methods;
+    std::vector<TraceLine> refusals;
+    for (const TraceLine& line : ParseTrace(m_output.Log())) {
+        if (line.function.starts_with("CKORA4ASL::") && line.message.starts_with(">>"))
+            methods[line.function] = line.line;
+        if (line.message.starts_with("**** Error: "))
+            refusals.push_back(line);
+    }
+    std::set<std::string> refused;
+    for (const TraceLine& line : refusals) {
+        if (line.function == "CKORA4ASL::ValidatePatchField")
+            continue;  // has no entry line
+        EXPECT_EQ(methods[line.function], line.line) << line.function << ":" << line.message;
+        refused.insert(line.function + line.message);
+    }
+    const auto isRefusal = [](const TableLine& line) {
+        return line.text.starts_with("**** Error: ") &&
+               line.function != "CKORA4ASL::ValidatePatchField";
+    };
+    EXPECT_EQ(std::ranges::count_if(m_table, isRefusal),
+              static_cast<std::ptrdiff_t>(refused.size()));
+}
+
+// --- the process tracker
+// ----------------------------------------------------------------------
+
+// It stands at the lock of the callback: reading and setting values does not take it.
+TEST_F(TraceLines, OfTheProcessTrackerStandAroundRegistrationAndNotificationAlone) {
+    constexpr std::uint32_t cEntry = 0x10, cTracking = 0x200, cDelivery = 0x10000;
+    DriveEveryLine(cEntry | cTracking | cDelivery, m_output);
+    std::string method;
+    std::set<std::string> holders;
+    for (const TraceLine& line : ParseTrace(m_output.Log())) {
+        if (line.function.starts_with("CKORA4ASL::") && line.message != "<<" &&
+            !line.message.starts_with("<< "))
+            method = line.function;
+        if (line.function == "ProcessTrack::Enter" || line.function == "ProcessTrack::Leave")
+            holders.insert(method);
+    }
+    EXPECT_EQ((std::set<std::string>{"CKORA4ASL::OnKeyChangeNotify",
+                                     "CKORA4ASL::RegisterChangeNotifications",
+                                     "CKORA4ASL::UnregisterChangeNotifications"}),
+              holders);
+}
+
+// --- the files
+// --------------------------------------------------------------------------------
+
 bool operator==(const TraceLine& a, const TraceLine& b) {
     return a.tag == b.tag && a.line == b.line && a.function == b.function &&
            a.message == b.message;

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <cwchar>
 #include <memory>
 
 #include "model/encodings.h"
@@ -246,12 +245,7 @@ void ModelTest::AddStep(const Step& step) {
 }
 
 void ModelTest::CheckReply(const Command& command, const Reply& expected, const Reply& reply) {
-    bool same = expected.number == reply.number && Same(expected.eq, reply.eq) &&
-                std::memcmp(&expected.value, &reply.value, sizeof expected.value) == 0;
-    for (std::size_t i = 0; i < cProfiles; ++i)
-        same = same && expected.named[i] == reply.named[i] &&
-               std::wcscmp(expected.names[i], reply.names[i]) == 0;
-    if (same)
+    if (expected.SaysSame(reply))
         return;
     Command wanted = command;
     wanted.eq = expected.eq;
@@ -341,7 +335,7 @@ Evidence ModelTest::EvidenceOf(std::size_t seat, std::vector<Told>* pTold) {
     const LONG count = m_seats[seat]->ToldCount();
     for (LONG i = 0; i < count; ++i)
         pTold->push_back(m_seats[seat]->ToldAt(i));
-    return {pTold, m_clockBase, seat == eOwnThread};
+    return {pTold, m_clockBase, seat == eOwnThread, seat == eOtherThread};
 }
 
 bool ModelTest::HasToldEverything(std::size_t seat) {

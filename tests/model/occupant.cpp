@@ -17,8 +17,11 @@ constexpr LONG cUntouchedNumber = 0x5A5A5A5A;
 
 class Occupant::Recorder final : public IVeltoKORA4APICallback {
   public:
-    Recorder(Meeting& meeting, std::size_t seat)
-        : m_meeting(meeting), m_channel(meeting.State().channels[seat]) {}
+    Recorder(Occupant& occupant, LONG number)
+        : m_occupant(occupant),
+          m_meeting(occupant.m_meeting),
+          m_channel(m_meeting.State().channels[occupant.m_seat]),
+          m_number(number) {}
 
     STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
         *ppv = nullptr;
@@ -65,18 +68,24 @@ class Occupant::Recorder final : public IVeltoKORA4APICallback {
     // Calls of one object come one after the other.
     HRESULT Add(Told told) {
         told.clock = m_meeting.State().clock.load();
+        told.recorder = m_number;
         const LONG count = m_channel.toldCount.load();
         if (count == cToldCapacity)
             Die("more calls of a callback than can be recorded");
         m_channel.told[count] = told;
         m_channel.toldCount = count + 1;
+        m_occupant.React(count);
         SetEvent(m_meeting.ToldEvent());
+        if (m_channel.slow)
+            Sleep(1);
         return S_OK;
     }
 
     std::atomic<ULONG> m_references{1};
+    Occupant& m_occupant;
     Meeting& m_meeting;
     Channel& m_channel;
+    const LONG m_number;
 };
 
 Reply Reply::Untouched() {
@@ -99,12 +108,41 @@ Reply Occupant::Act(const Command& command) {
     return reply;
 }
 
+// Runs in the callback, on its thread.
+void Occupant::React(LONG told) {
+    Channel& channel = m_meeting.State().channels[m_seat];
+    for (LONG i = channel.reactionsDone;
+         i < channel.reactionCount && channel.reactions[i].atTold == told; ++i) {
+        const Reaction& reaction = channel.reactions[i];
+        Reply* pReply = &channel.reactionReplies[i];
+        ++m_meeting.State().clock;
+        if (reaction.change.count != 0)
+            reaction.change.Perform();
+        else if (reaction.fromOtherThread)
+            ActFromOtherThread(reaction.command, pReply);
+        else
+            *pReply = Act(reaction.command);
+        channel.reactionsDone = i + 1;
+    }
+}
+
+void Occupant::ActFromOtherThread(const Command& command, Reply* pReply) {
+    std::thread([&] {
+        const Apartment apartment(COINIT_MULTITHREADED);
+        *pReply = Act(command);
+    }).join();
+}
+
+void Occupant::MakeRecorder() {
+    m_spRecorder.Attach(new Recorder(*this, ++m_recorders));
+}
+
 HRESULT Occupant::Open() {
     Close();
     m_spApi = m_library.Create();
     if (!m_spApi)
         return E_FAIL;
-    m_spRecorder.Attach(new Recorder(m_meeting, m_seat));
+    MakeRecorder();
     const HRESULT hr = m_spApi->Initialize();
     return FAILED(hr) ? hr : m_spApi->RegisterChangeNotifications(m_spRecorder.Get());
 }
@@ -122,6 +160,9 @@ HRESULT Occupant::Call(const Command& command, Reply* pReply) {
             Close();
             return S_OK;
         case Action::eRegister:
+            return m_spApi->RegisterChangeNotifications(m_spRecorder.Get());
+        case Action::eRegisterOther:
+            MakeRecorder();
             return m_spApi->RegisterChangeNotifications(m_spRecorder.Get());
         case Action::eUnregister:
             return m_spApi->UnregisterChangeNotifications();

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <cwchar>
 
+#include "support/raw_store.h"
+
 namespace kora4::test {
 
 namespace {
@@ -31,12 +33,68 @@ DWORD WaitAndPump(HANDLE event, HANDLE end, bool pump) {
     }
 }
 
+// An owner that is busy as long as its channel says so.
+class BusyFilter final : public IMessageFilter {
+  public:
+    explicit BusyFilter(Channel& channel) : m_channel(channel) {}
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
+        *ppv = nullptr;
+        if (iid != __uuidof(IUnknown) && iid != __uuidof(IMessageFilter))
+            return E_NOINTERFACE;
+        *ppv = static_cast<IMessageFilter*>(this);
+        return S_OK;
+    }
+    // Lives in the scope in which it is registered.
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+
+    STDMETHODIMP_(DWORD)
+    HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
+        if (!m_channel.busy)
+            return SERVERCALL_ISHANDLED;
+        ++m_channel.turnedAway;
+        // Windows knows SERVERCALL_RETRYLATER too; Wine 8 lets such a call in.
+        return SERVERCALL_REJECTED;
+    }
+    STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD, DWORD) override {
+        return static_cast<DWORD>(-1);
+    }
+    STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override {
+        return PENDINGMSG_WAITDEFPROCESS;
+    }
+
+  private:
+    Channel& m_channel;
+};
+
+// A single-threaded apartment has the filter for the length of a scope.
+class FilterScope {
+  public:
+    FilterScope(DWORD apartment, Channel& channel)
+        : m_filter(channel), m_used(apartment == COINIT_APARTMENTTHREADED) {
+        if (m_used && CoRegisterMessageFilter(&m_filter, nullptr) != S_OK)
+            Die("a message filter cannot be registered");
+    }
+    ~FilterScope() {
+        if (m_used)
+            CoRegisterMessageFilter(nullptr, nullptr);
+    }
+    FilterScope(const FilterScope&) = delete;
+    FilterScope& operator=(const FilterScope&) = delete;
+
+  private:
+    BusyFilter m_filter;
+    const bool m_used;
+};
+
 // Does what is asked at one seat until it is to quit, or `end` is signalled.
 void Serve(Meeting& meeting, std::size_t seat, DWORD apartment, HANDLE end) {
     const Apartment inApartment(apartment);
+    Channel& channel = meeting.State().channels[seat];
+    const FilterScope filter(apartment, channel);
     const ApiLibrary library;
     Occupant occupant(meeting, seat, library);
-    Channel& channel = meeting.State().channels[seat];
     for (bool quit = false; !quit;) {
         if (WaitAndPump(meeting.Asked(seat), end, apartment == COINIT_APARTMENTTHREADED) !=
             WAIT_OBJECT_0)
@@ -49,6 +107,18 @@ void Serve(Meeting& meeting, std::size_t seat, DWORD apartment, HANDLE end) {
 }
 
 }  // namespace
+
+void RawChange::Perform() const {
+    const RawTransaction transaction;
+    for (LONG i = 0; i < count; ++i) {
+        const RawWrite& write = writes[i];
+        const wchar_t* const key = write.dynamic ? cDynamic : cStatic;
+        if (write.isText)
+            RawStore::SetText(key, write.name, write.text);
+        else
+            RawStore::SetNumber(key, write.name, write.number);
+    }
+}
 
 Meeting::Meeting(const std::wstring& name)
     : m_name(name), m_state(name), m_told(NamedEvent(name + L"-told")) {
@@ -112,7 +182,10 @@ const Told& Seat::ToldAt(LONG i) const {
 }
 
 void Seat::Forget() {
-    m_meeting.State().channels[m_seat].toldCount = 0;
+    Channel& channel = m_meeting.State().channels[m_seat];
+    channel.toldCount = 0;
+    channel.reactionCount = 0;
+    channel.reactionsDone = 0;
 }
 
 int ServeSeatIfAsked(int argc, char** argv) {

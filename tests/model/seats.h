@@ -1,6 +1,7 @@
 // API objects in several threads and processes, led by one driver: each sits in a thread
 // of its own apartment, does what the driver asks, one call at a time, and writes what its
-// callback is told into memory that the driver sees.
+// callback is told into memory that the driver sees. The callback can be given calls to
+// make when it is told.
 #ifndef KORA4_TESTS_MODEL_SEATS_H
 #define KORA4_TESTS_MODEL_SEATS_H
 
@@ -12,66 +13,13 @@
 #include <thread>
 #include <vector>
 
+#include "model/command.h"
+#include "model/reactions.h"
 #include "model/shared_memory.h"
 #include "platform/handles.h"
 #include "support/com_client.h"
-#include "veltokora4api.h"
 
 namespace kora4::test {
-
-enum class Action : std::uint32_t {
-    eOpen,   // makes, initialises and registers an object, in place of one that is there
-    eClose,  // releases it
-    eRegister,
-    eUnregister,
-    eGetActiveProfile,
-    eSetActiveProfile,
-    eRevertActiveProfile,
-    eSetDemoProfileAndEnable,
-    eRevertFromDemoMode,
-    eForceRevertFromDemoMode,
-    eGetSamplingPeriod,
-    eSetSamplingPeriod,
-    eGetVeltoEnable,
-    eSetVeltoEnable,
-    eToggleVeltoEnable,
-    eGetProfileTable,
-    eSetCustomProfileName,
-    eCreateCustomProfile,
-    eDeleteCustomProfile,
-    eGetTechnologyMasterEnables,
-    eGetTechnologyOnElseOff,
-    eSetTechnologyOnElseOff,
-    eGetSimplePatchValue,
-    eSetSimplePatchValue,
-    eSetGraphicEQData,
-    eGetGraphicEQData,
-};
-
-inline constexpr std::size_t cNameCapacity = 32;
-inline constexpr std::size_t cProfiles = 9;
-
-// `number` is a profile, a technology or a period; `flag` an enable or a switch.
-struct Command {
-    Action action;
-    LONG number;
-    BOOL flag;
-    KORA4PatchValueUnion value;
-    GraphicEQData eq;
-    wchar_t name[cNameCapacity];
-};
-
-// What a call leaves in its out arguments; what it does not touch is as Reply::Untouched.
-struct Reply {
-    HRESULT hr;
-    LONG number;
-    KORA4PatchValueUnion value;
-    GraphicEQData eq;
-    bool named[cProfiles];
-    wchar_t names[cProfiles][cNameCapacity];
-
-    static Reply Untouched();
-};
 
 enum class ToldKind : std::uint32_t { eProfile, eEnable, eTable, eOnElseOff, eValue, eEQ };
 
@@ -82,24 +30,23 @@ struct Told {
     BOOL flag;
     ULONG value;  // the union's bits
     GraphicEQData eq;
-    LONG clock;  // the shared clock when the call came
+    LONG clock;     // the shared clock when the call came
+    LONG recorder;  // which callback of the seat it came to, the first is 1
 
-    static Told Profile(LONG profile) { return {ToldKind::eProfile, profile, 0, 0, {}, 0}; }
-    static Told Enable(bool enable) { return {ToldKind::eEnable, enable, 0, 0, {}, 0}; }
-    static Told Table() { return {ToldKind::eTable, 0, 0, 0, {}, 0}; }
+    static Told Profile(LONG profile) { return {ToldKind::eProfile, profile, 0, 0, {}, 0, 0}; }
+    static Told Enable(bool enable) { return {ToldKind::eEnable, enable, 0, 0, {}, 0, 0}; }
+    static Told Table() { return {ToldKind::eTable, 0, 0, 0, {}, 0, 0}; }
     static Told OnElseOff(LONG technology, bool on) {
-        return {ToldKind::eOnElseOff, technology, on, 0, {}, 0};
+        return {ToldKind::eOnElseOff, technology, on, 0, {}, 0, 0};
     }
     static Told Value(LONG technology, ULONG bits) {
-        return {ToldKind::eValue, technology, 0, bits, {}, 0};
+        return {ToldKind::eValue, technology, 0, bits, {}, 0, 0};
     }
-    static Told EQ(const GraphicEQData& eq) { return {ToldKind::eEQ, 0, 0, 0, eq, 0}; }
+    static Told EQ(const GraphicEQData& eq) { return {ToldKind::eEQ, 0, 0, 0, eq, 0, 0}; }
 
-    bool Says(const Told& other) const;  // the clock apart
+    bool Says(const Told& other) const;  // clock and recorder apart
     std::string Text() const;
 };
-
-std::string Text(const Command& command);
 
 inline constexpr std::size_t cSeats = 3;
 inline constexpr LONG cToldCapacity = 4096;
@@ -109,10 +56,25 @@ struct Channel {
     Reply reply;
     std::atomic<LONG> toldCount;
     Told told[cToldCapacity];
+
+    // What the callback does, in its order. Written by the driver while nothing is told.
+    LONG reactionCount;
+    Reaction reactions[cMaxReactions];
+    Reply reactionReplies[cMaxReactions];
+    std::atomic<LONG> reactionsDone;
+
+    // The callback takes its time, so that calls of other threads come in between.
+    std::atomic<bool> slow;
+
+    // A single-threaded apartment that is always pumped turns calls away meanwhile, and
+    // counts them.
+    std::atomic<bool> busy;
+    std::atomic<LONG> turnedAway;
 };
 
 struct SharedState {
-    std::atomic<LONG> clock;  // the driver's, see Told
+    // Moves before each call or change that the driver makes or has planned.
+    std::atomic<LONG> clock;
     Channel channels[cSeats];
 };
 
@@ -149,6 +111,10 @@ class Occupant {
   private:
     class Recorder;
 
+    void React(LONG told);
+    void ActFromOtherThread(const Command& command, Reply* pReply);
+    void MakeRecorder();
+
     HRESULT Open();
     void Close();
     HRESULT Call(const Command& command, Reply* pReply);
@@ -161,6 +127,7 @@ class Occupant {
     const ApiLibrary& m_library;
     Microsoft::WRL::ComPtr<IVeltoKORA4API> m_spApi;
     Microsoft::WRL::ComPtr<Recorder> m_spRecorder;
+    LONG m_recorders = 0;  // made so far
 };
 
 // The driver's side of a seat.

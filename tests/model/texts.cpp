@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 
 #include "model/encodings.h"
 #include "model/seats.h"
@@ -14,6 +15,7 @@ constexpr std::array cActionNames = {
     "Open",
     "Close",
     "RegisterChangeNotifications",
+    "RegisterChangeNotifications (another)",
     "UnregisterChangeNotifications",
     "GetActiveProfile",
     "SetActiveProfile",
@@ -66,6 +68,14 @@ std::string EQText(const GraphicEQData& eq) {
 }
 
 }  // namespace
+
+bool Reply::SaysSame(const Reply& other) const {
+    bool same = number == other.number && Same(eq, other.eq) &&
+                std::memcmp(&value, &other.value, sizeof value) == 0;
+    for (std::size_t i = 0; i < cProfiles; ++i)
+        same = same && named[i] == other.named[i] && std::wcscmp(names[i], other.names[i]) == 0;
+    return same;
+}
 
 bool Told::Says(const Told& other) const {
     return kind == other.kind && number == other.number && flag == other.flag &&

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "model/pass_model.h"
+
 namespace kora4::test {
 
 Known Known::Of(const View& view) {
@@ -63,39 +65,82 @@ void AddOnce(Hypotheses& hypotheses, const Hypothesis& hypothesis) {
         hypotheses.push_back(hypothesis);
 }
 
-// `told` comes next in the evidence, and could have been found at `clock`: it was told
-// then or, but for the driver's own thread, later.
-bool Follows(const Hypothesis& hypothesis, const std::vector<Told>& told,
-             const Evidence& evidence, LONG clock) {
-    const std::vector<Told>& all = *evidence.pTold;
-    if (hypothesis.explained + told.size() > all.size())
-        return false;
-    for (std::size_t i = 0; i < told.size(); ++i) {
-        const Told& heard = all[hypothesis.explained + i];
-        if (!heard.Says(told[i]) ||
-            (evidence.onDriverThread ? heard.clock != clock : heard.clock < clock))
-            return false;
+// What one comparison found, held against what comes next in the evidence.
+class Telling {
+  public:
+    Telling(const std::vector<Told>& told, std::uint32_t profile, const Evidence& evidence,
+            LONG clock, std::span<const TimedCall> later)
+        : m_told(told),
+          m_profile(profile),
+          m_evidence(evidence),
+          m_clock(clock),
+          m_later(later) {}
+
+    // All counts of what is explained then, when `explained` was before.
+    std::vector<std::size_t> Ends(std::size_t explained) {
+        Follow(0, explained, m_clock, m_clock);
+        return m_ends;
     }
-    return true;
-}
+
+  private:
+    // `last`: when the call before was heard; `earliest`: when the next one can have been.
+    void Follow(std::size_t i, std::size_t explained, LONG last, LONG earliest) {
+        if (i == m_told.size()) {
+            m_ends.push_back(explained);
+            return;
+        }
+        bool mustBeDropped = false;
+        const TimedCall* pFirst = nullptr;
+        for (const TimedCall& call : m_later) {
+            if (!OwnCall{call.pStep->command, *call.pBefore, *call.pAfter}.Overtakes(m_told[i],
+                                                                                     m_profile))
+                continue;
+            pFirst = pFirst ? pFirst : &call;
+            mustBeDropped = mustBeDropped || last >= call.over;
+        }
+        if (pFirst)
+            Follow(i + 1, explained, last, std::max(earliest, pFirst->begun));
+        if (!mustBeDropped && IsHeard(i, explained, earliest))
+            Follow(i + 1, explained + 1, (*m_evidence.pTold)[explained].clock, earliest);
+    }
+
+    // It was told when it was found or, but for the driver's own thread, later.
+    bool IsHeard(std::size_t i, std::size_t explained, LONG earliest) const {
+        if (explained == m_evidence.pTold->size())
+            return false;
+        const Told& heard = (*m_evidence.pTold)[explained];
+        return heard.Says(m_told[i]) &&
+               (m_evidence.onDriverThread ? heard.clock == m_clock : heard.clock >= earliest);
+    }
+
+    const std::vector<Told>& m_told;
+    const std::uint32_t m_profile;
+    const Evidence& m_evidence;
+    const LONG m_clock;
+    const std::span<const TimedCall> m_later;
+    std::vector<std::size_t> m_ends;
+};
 
 }  // namespace
 
 void Compared(Hypotheses& hypotheses, const View& view, bool registered,
-              const Evidence& evidence, LONG clock) {
+              const Evidence& evidence, LONG clock, std::span<const TimedCall> later) {
     Hypotheses next;
     for (const Hypothesis& before : hypotheses) {
+        Hypothesis after = before;
+        after.known = Known::Of(view);
+        // Somebody else has ended the demo.
+        if (!IsDemo(view.profile))
+            after.inDemo = false;
         const std::vector<Told> told = before.known.Compare(view);
-        if (!told.empty() &&
-            (!registered || !evidence.pTold || Follows(before, told, evidence, clock))) {
-            Hypothesis after = before;
-            // Somebody else has ended the demo.
-            if (before.known.profile != view.profile && !IsDemo(view.profile))
-                after.inDemo = false;
-            after.known = Known::Of(view);
-            if (registered && evidence.pTold)
-                after.explained += told.size();
+        if (!registered || !evidence.pTold) {
             AddOnce(next, after);
+        } else {
+            for (const std::size_t end :
+                 Telling(told, view.profile, evidence, clock, later).Ends(before.explained)) {
+                after.explained = end;
+                AddOnce(next, after);
+            }
         }
         AddOnce(next, before);
     }
@@ -139,16 +184,38 @@ void Stepped(Hypotheses& hypotheses, const Step& step, bool own, const View& bef
     hypotheses = std::move(next);
 }
 
+namespace {
+
+std::vector<TimedCall> OwnCalls(std::size_t seat, const std::vector<Step>& steps,
+                                const std::vector<View>& views, LONG clockBase) {
+    std::vector<TimedCall> calls;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        const LONG begun = clockBase + static_cast<LONG>(i) + 1;
+        // The next step begins when this one is over.
+        if (steps[i].seat == seat && steps[i].hr == S_OK)
+            calls.push_back({&steps[i], &views[i], &views[i + 1], begun, begun + 1});
+    }
+    return calls;
+}
+
+}  // namespace
+
 Hypotheses Explain(Hypotheses hypotheses, std::size_t seat, bool registered,
                    const std::vector<Step>& steps, const std::vector<View>& views,
                    const Evidence& evidence) {
+    const std::vector<TimedCall> calls = evidence.ownCallsMeetPasses
+                                             ? OwnCalls(seat, steps, views, evidence.clockBase)
+                                             : std::vector<TimedCall>();
+    std::span<const TimedCall> later = calls;
     for (std::size_t i = 0;; ++i) {
         const LONG clock = evidence.clockBase + static_cast<LONG>(i);
-        Compared(hypotheses, views[i], registered, evidence, clock);
+        Compared(hypotheses, views[i], registered, evidence, clock, later);
         if (i == steps.size())
             return hypotheses;
         const Step& step = steps[i];
         const bool own = step.seat == seat;
+        if (!later.empty() && later.front().pStep == &step)
+            later = later.subspan(1);
         Stepped(hypotheses, step, own, views[i], views[i + 1]);
         if (own && step.command.action == Action::eUnregister)
             registered = false;

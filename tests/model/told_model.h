@@ -7,6 +7,7 @@
 
 #include <array>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "model/seats.h"
@@ -53,11 +54,22 @@ struct Evidence {
     const std::vector<Told>* pTold = nullptr;  // null: not looked at
     LONG clockBase = 0;                        // the shared clock before the first step
     bool onDriverThread = false;               // compares only while the driver lets calls in
+    bool ownCallsMeetPasses = false;           // own calls are made while others tell
 };
 
-// The object may have compared, any number of times, while the store was as `view`.
+// A call of the object's own client, and the shared clock when it had begun and was over.
+struct TimedCall {
+    const Step* pStep;
+    const View* pBefore;
+    const View* pAfter;
+    LONG begun;
+    LONG over;
+};
+
+// The object may have compared, any number of times, while the store was as `view`. The
+// `later` calls of its own client may have overtaken what it had not told yet.
 void Compared(Hypotheses& hypotheses, const View& view, bool registered,
-              const Evidence& evidence, LONG clock);
+              const Evidence& evidence, LONG clock, std::span<const TimedCall> later = {});
 
 // Some client has made a call. Drops the hypotheses under which the object could not have
 // answered so; `own`: it was this object.

@@ -9,6 +9,7 @@
 #include "multiprocess/child_process.h"
 #include "multiprocess/owner_parameter.h"
 #include "multiprocess/roles.h"
+#include "support/foreign_mutex.h"
 
 namespace kora4::test {
 namespace {
@@ -138,6 +139,43 @@ TEST_F(StoreMutex, WritersInSeveralProcessesLoseNoUpdate) {
             EXPECT_EQ("0x00000000", upWriter->Receive());
     }
     EXPECT_EQ(cWriters * cRenames, RawStore::Number(cDynamic, SettingName(cTablePid)));
+}
+
+// A program with another token was first. On Windows that is every machine where an elevated
+// program uses the settings before the others do.
+TEST(StoreMutexOfAnotherToken, IsWhatClientsInSeveralProcessesWaitFor) {
+    const ForeignMutex foreign;
+    const RawStore store;
+    const Apartment apartment(COINIT_MULTITHREADED);
+    const ApiLibrary library;
+    WatchingClient client;
+    ASSERT_EQ(S_OK, client.Start(library));
+    ChildProcess peer(cPeerRole);
+    ASSERT_EQ("0x00000000", peer.Ask("open mta"));
+
+    ASSERT_EQ(WAIT_OBJECT_0, foreign.Take(cBoundedWait));
+    const BackgroundCall call([&] { return client.spApi->SetVeltoEnable(FALSE); });
+    peer.Send("SetActiveProfile 1");
+    EXPECT_FALSE(call.IsDoneWithin(cStillWaiting));
+    EXPECT_EQ(DWORD{WAIT_TIMEOUT}, WaitForSingleObject(peer.AnswerEvent(), 0));
+    EXPECT_EQ(std::nullopt, RawStore::Number(cDynamic, SettingName(cProfilePid)));
+    foreign.Release();
+
+    EXPECT_TRUE(call.IsDoneWithin(cAtOnce));
+    EXPECT_EQ(S_OK, call.Result());
+    EXPECT_EQ("0x00000000", peer.Receive());
+    EXPECT_TRUE(client.spRecorder->WaitForLine("OnActiveProfileChange(1)"));
+}
+
+TEST(StoreMutexOfAnotherToken, IsNoMutexWhenTheNameMeansSomethingElse) {
+    const UniqueHandle event(
+        CreateEventW(nullptr, TRUE, FALSE, L"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}"));
+    ASSERT_TRUE(event);
+    const RawStore store;
+    const Apartment apartment(COINIT_MULTITHREADED);
+    const ApiLibrary library;
+    const Microsoft::WRL::ComPtr<IVeltoKORA4API> spApi = library.Create();
+    EXPECT_EQ(E_FAIL, spApi->Initialize());
 }
 
 }  // namespace

@@ -37,11 +37,11 @@ std::string Narrow(std::u16string_view text) {
     return narrow;
 }
 
-bool IsReadableText(const std::u16string& text) {
+bool FitsBuffer(const std::u16string& text) {
     return (text.size() + 1) * sizeof(char16_t) <= cMaxTextBytes;
 }
 template <typename T>
-bool IsReadableText(const T&) {
+bool FitsBuffer(const T&) {
     return true;
 }
 
@@ -84,7 +84,7 @@ HRESULT MemoryKeyAccess::Read(KORA4KeySet keySet, const PropertyKey& key,
     if (found == m_values.end())
         return result::cFalse;
     *ppValue = std::get_if<T>(&found->second);
-    if (*ppValue && IsReadableText(**ppValue))
+    if (*ppValue && (isPropertyStore || FitsBuffer(**ppValue)))
         return result::cOk;
     // A property of another type counts as absent, a registry value does not.
     return isPropertyStore ? result::cFalse : result::cFail;
@@ -138,14 +138,13 @@ HRESULT MemoryKeyAccess::Write(KORA4KeySet keySet, const PropertyKey& key,
     ++m_writesDone;
     if (m_writesDone >= m_firstFailingWrite && m_writesDone <= m_lastFailingWrite)
         return m_writeFailure;
+    // These keys are open for reading only: a write goes nowhere, a deletion is refused.
+    if (keySet == eKeySetApp)
+        return value ? result::cOk : result::cFail;
     const Address address(keySet, NameOf(key));
-    if (!value) {
-        if (keySet == eKeySetApp)
-            return m_values.contains(address) ? result::cOk : result::cFalse;
+    if (!value)
         return m_values.erase(address) != 0 ? result::cOk : result::cFalse;
-    }
-    if (keySet != eKeySetApp)
-        m_values[address] = std::move(*value);
+    m_values[address] = std::move(*value);
     return result::cOk;
 }
 

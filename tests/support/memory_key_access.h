@@ -49,7 +49,7 @@ std::string WriteEntry(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t
 
 class MemoryKeyAccess final : public KORA4KeyAccess {
   public:
-    // --- the seven operations; writes to the app keys succeed and go nowhere -------------
+    // --- the seven operations --------------------------------------------------------------
     HRESULT ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
                      std::uint32_t* pValue) override;
     HRESULT ReadText(KORA4KeySet keySet, const PropertyKey& key, char16_t** ppText) override;

@@ -1,7 +1,4 @@
 // kora4ctl doctor: each thing that it finds, made wrong for real.
-#include <aclapi.h>
-#include <sddl.h>
-
 #include <atomic>
 #include <cstring>
 #include <filesystem>
@@ -13,6 +10,8 @@
 #include "store/access/registry_paths.h"
 #include "store/model/engine_masks.h"
 #include "store/model/profiles.h"
+#include "support/foreign_mutex.h"
+#include "support/key_security.h"
 #include "tools/ctl_fixture.h"
 #include "trace/trace.h"
 
@@ -49,24 +48,6 @@ std::vector<std::uint8_t> Blob(const std::vector<float>& gains) {
 void WriteMask(std::uint32_t mask) {
     const tools::SchemaValue place = tools::EngineMaskValue();
     WriteStoredUINT(place.keySet, place.key, mask);
-}
-
-void SetAccessList(const wchar_t* path, const wchar_t* text) {
-    HKEY key = nullptr;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, READ_CONTROL | WRITE_DAC, &key),
-              ERROR_SUCCESS);
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(text, SDDL_REVISION_1,
-                                                                     &descriptor, nullptr));
-    BOOL isPresent = FALSE;
-    BOOL isDefault = FALSE;
-    PACL dacl = nullptr;
-    ASSERT_TRUE(GetSecurityDescriptorDacl(descriptor, &isPresent, &dacl, &isDefault));
-    EXPECT_EQ(SetSecurityInfo(key, SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr, nullptr,
-                              dacl, nullptr),
-              DWORD{ERROR_SUCCESS});
-    LocalFree(descriptor);
-    RegCloseKey(key);
 }
 
 class CtlDoctor : public CtlTest {
@@ -167,7 +148,7 @@ TEST_F(CtlDoctor, SaysNothingOfAppKeysThatAreThere) {
 }
 
 TEST_F(CtlDoctor, FindsAnAccessListThatLetsNobodyWrite) {
-    SetAccessList(cStaticKeysPath, L"D:(A;;KA;;;BA)(A;;KR;;;WD)");
+    SetDacl(cStaticKeysPath, L"D:(A;;KA;;;BA)(A;;KR;;;WD)");
     const std::string text = Of("access", Examine(cFindings));
     EXPECT_TRUE(Has(text, "StaticKeys does not let everybody write values, make keys")) << text;
     EXPECT_FALSE(Has(text, "read values")) << text;
@@ -175,20 +156,50 @@ TEST_F(CtlDoctor, FindsAnAccessListThatLetsNobodyWrite) {
 }
 
 TEST_F(CtlDoctor, FindsAnAccessListWithoutEverybody) {
-    SetAccessList(cDynamicKeysPath, L"D:(A;;KA;;;BA)");
+    SetDacl(cDynamicKeysPath, L"D:(A;;KA;;;BA)");
     EXPECT_TRUE(
         Has(Of("access", Examine(cFindings)), "DynamicKeys gives everybody no right at all"));
 }
 
 TEST_F(CtlDoctor, FindsAnAccessListThatDenies) {
-    SetAccessList(cBaseKeyPath, L"D:(D;;KW;;;BG)(A;;KA;;;WD)");
+    SetDacl(cBaseKeyPath, L"D:(D;;KW;;;BG)(A;;KA;;;WD)");
     EXPECT_TRUE(Has(Of("access", Examine(cFindings)), "denies somebody something"));
 }
 
 TEST_F(CtlDoctor, RegisteringMendsTheAccessLists) {
-    SetAccessList(cStaticKeysPath, L"D:(A;;KA;;;BA)");
+    SetDacl(cStaticKeysPath, L"D:(A;;KA;;;BA)");
     Done({"register"});
     EXPECT_TRUE(Of("access", Examine(cDone)).starts_with("ok: "));
+}
+
+TEST_F(CtlDoctor, RegisteringMendsAKeyThatDeniesEverybody) {
+    WriteStoredUINT(eKeySetDynamic, cActiveProfile, 1);
+    const DeniedKey denied(cDynamicKeysPath);
+    const Json document = Examine(cFindings);
+    EXPECT_TRUE(Has(Of("keys", document), "DynamicKeys cannot be opened: "));
+    EXPECT_TRUE(Has(Of("access", document), "denies somebody something"));
+    EXPECT_TRUE(Has(document.dump(), "kora4ctl register"));
+    Done({"register"});
+    const Json mended = Examine(cDone);
+    for (const char* check : {"access", "profile"})
+        EXPECT_TRUE(Of(check, mended).starts_with("ok: ")) << mended;
+    EXPECT_EQ(1u, ReadStoredUINT(eKeySetDynamic, cActiveProfile));
+}
+
+TEST_F(CtlDoctor, FindsALinkInPlaceOfAKeyThatRegisteringRefuses) {
+    constexpr wchar_t cVictim[] = L"SOFTWARE\\KORA4 doctor test";
+    CreateKey(HKEY_LOCAL_MACHINE, cVictim);
+    const std::wstring before = DaclOf(cVictim);
+    RemoveKey(HKEY_LOCAL_MACHINE, cStaticKeysPath);
+    {
+        const RegistryLink link(cStaticKeysPath, cVictim);
+        EXPECT_EQ(Of("keys", Examine(cFindings)),
+                  "error: HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\StaticKeys is a link to "
+                  "another key, which somebody has put in its place.\n");
+        EXPECT_EQ(cFailed, RunCtl({"register"}).exitCode);
+    }
+    EXPECT_EQ(before, DaclOf(cVictim));
+    RemoveKey(HKEY_LOCAL_MACHINE, cVictim);
 }
 
 // ---- The mutex --------------------------------------------------------------------------
@@ -208,6 +219,25 @@ TEST_F(CtlDoctor, FindsAMutexThatIsHeldAndLooksAtTheRest) {
     EXPECT_EQ(Of("library", document),
               "note: Not looked at, because the store's mutex cannot be had.\n");
     EXPECT_EQ(Of("load", document), Of("library", document));
+}
+
+TEST_F(CtlDoctor, IsContentWithTheMutexOfAnotherToken) {
+    const ForeignMutex foreign;
+    const Json document = Examine(cDone, {"--deep"});
+    for (const char* check : {"mutex", "library", "notifications"})
+        EXPECT_TRUE(Of(check, document).starts_with("ok: ")) << document;
+    Done({"profile", "use", "music"});
+    EXPECT_EQ(1u, ReadStoredUINT(eKeySetDynamic, cActiveProfile));
+}
+
+TEST_F(CtlDoctor, FindsAMutexWhoseNameMeansSomethingElse) {
+    const UniqueHandle event(
+        CreateEventW(nullptr, TRUE, FALSE, reinterpret_cast<const wchar_t*>(cStoreMutexName)));
+    ASSERT_TRUE(event);
+    const Json document = Examine(cFindings);
+    EXPECT_TRUE(Has(Of("mutex", document),
+                    "error: This could not be looked at: The store's mutex cannot be opened: "))
+        << document;
 }
 
 TEST_F(CtlDoctor, FindsAMutexWhoseOwnerDied) {

@@ -6,6 +6,7 @@
 #include "kora4ctl/trace_log.h"
 #include "published/trace_categories.h"
 #include "tools/ctl_fixture.h"
+#include "trace/line_text.h"
 #include "trace/trace.h"
 
 namespace kora4::test {
@@ -211,6 +212,71 @@ TEST_F(CtlTrace, FollowingEndsWhenNobodyReadsAnyMore) {
         tool.IsSilentFor(100);
     }
     EXPECT_FALSE(tool.IsRunning());
+}
+
+// ---- Code pages --------------------------------------------------------------------------
+
+// As the library writes a name in a process with that code page.
+std::string Written(unsigned codePage, const wchar_t* name) {
+    trace::LineText line(codePage);
+    line.Append("KORA4ASL:    1 F:(4, %ls)\n", name);
+    std::string text = line.End();
+    text.pop_back();
+    return text;
+}
+
+TEST(TraceLineText, IsReadInTheCodePageThatItWasWrittenIn) {
+    const struct {
+        unsigned codePage;
+        const wchar_t* name;
+        const wchar_t* read;
+    } cases[] = {
+        {1250, L"Kv\u011Bt \u4E2D", L"Kv\u011Bt ?"},
+        {1251, L"\u041A\u0438\u043D\u043E \u4E2D", L"\u041A\u0438\u043D\u043E ?"},
+        {1252, L"Gr\u00F6\u00DFe \u20AC \u0416", L"Gr\u00F6\u00DFe \u20AC ?"},
+        {1253, L"\u03A4\u03B1\u03B9\u03BD\u03AF\u03B1",
+         L"\u03A4\u03B1\u03B9\u03BD\u03AF\u03B1"},
+        {1254, L"\u0130\u0131\u011F", L"\u0130\u0131\u011F"},
+        {1255, L"\u05E7\u05D5\u05DC\u05E0\u05D5\u05E2",
+         L"\u05E7\u05D5\u05DC\u05E0\u05D5\u05E2"},
+        {1256, L"\u0633\u064A\u0646\u0645\u0627", L"\u0633\u064A\u0646\u0645\u0627"},
+        {1257, L"\u0160\u012B \u0416", L"\u0160\u012B ?"},
+        {874, L"\u0E2B\u0E19\u0E31\u0E07", L"\u0E2B\u0E19\u0E31\u0E07"},
+        {932, L"\u6620\u753B \u8868\u30BD \u00E9", L"\u6620\u753B \u8868\u30BD ?"},
+        {936, L"\u7535\u5F71\u8054\u901A", L"\u7535\u5F71\u8054\u901A"},
+        {949, L"\uC601\uD654", L"\uC601\uD654"},
+        {950, L"\u96FB\u5F71\u529F", L"\u96FB\u5F71\u529F"},
+        {CP_UTF8, L"Kino \u0416\u4E2D\U0001F600", L"Kino \u0416\u4E2D\U0001F600"},
+    };
+    for (const auto& one : cases) {
+        const std::string expected = "KORA4ASL:    1 F:(4, " + tools::Narrow(one.read) + ")";
+        EXPECT_EQ(expected, tools::TextOfLine(Written(one.codePage, one.name), one.codePage))
+            << one.codePage;
+    }
+}
+
+// A program with a manifest of its own.
+TEST(TraceLineText, IsReadWhereAProgramWritesUtf8OnAWesternMachine) {
+    const wchar_t cName[] = L"Gr\u00F6\u00DFe \u0416\u4E2D";
+    EXPECT_EQ("KORA4ASL:    1 F:(4, " + tools::Narrow(cName) + ")",
+              tools::TextOfLine(Written(CP_UTF8, cName), 1252));
+}
+
+TEST(TraceLineText, IsReadAlsoWhereItIsNoTextOfAnyCodePage) {
+    EXPECT_TRUE(tools::TextOfLine("a\x81\xFFz", 932).starts_with("a"));
+    EXPECT_EQ("", tools::TextOfLine("", 1252));
+}
+
+TEST_F(CtlTrace, ShowsTheNamesThatTheLibraryWrote) {
+    const std::wstring name = L"Gr\u00F6\u00DFe \u20AC \u0416\u4E2D!";
+    const std::string bytes = Written(GetACP(), name.c_str());
+    EXPECT_TRUE(bytes.ends_with("!)")) << bytes;
+    Done({"profile", "create", "p1", "Day"});
+    Done({"trace", "on", "messages", "--files"});
+    Done({"profile", "rename", "p1", tools::Narrow(name)});
+    const std::string line = tools::TextOfLine(bytes, GetACP());
+    const std::string shown = Done({"trace", "show", "--lines", "1000"});
+    EXPECT_TRUE(Has(shown, "SetCustomProfileName:(3" + line.substr(line.find(", ")))) << shown;
 }
 
 // ---- A line ------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 // Every fault of kora4sim, by what a client of the library notices of it.
 #include <cmath>
 
+#include "support/foreign_mutex.h"
 #include "tools/sim_fixture.h"
 
 namespace kora4::test {
@@ -138,6 +139,18 @@ TEST_F(SimFaults, DyingLeavesTheMutexAbandonedAndClientsGoOn) {
     EXPECT_EQ(WAIT_ABANDONED, mutex.Take(cBoundedWait));
     SetValue(api.Get(), eVolumeLeveler, 4);
     EXPECT_EQ(4u, GetValue(api.Get(), eVolumeLeveler).m_values.m_volumeSlider);
+}
+
+// Held by the engine alone, a mutex would go with its holder, and nobody would notice.
+TEST_F(SimFaults, DyingLeavesTheMutexOfAnotherTokenAbandoned) {
+    auto foreign = std::make_unique<ForeignMutex>();
+    RunningSim survivor;
+    foreign.reset();
+    EXPECT_EQ(1u, RunSim({"--fault", "die"}).exitCode);
+    // Without the mutex, so that the engine is the first to take it.
+    RawStore::SetNumber(cDynamic, SettingName(cEnablePid), 0);
+    survivor.Next("abandoned");
+    survivor.End();
 }
 
 TEST_F(SimFaults, ClientGetsTheMutexOfADeadEngine) {

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "unit/clients_support.h"
 
@@ -48,30 +47,6 @@ class ClientOperations : public ::testing::Test {
     TestClient m_client{m_store};
 };
 
-TEST(ClientStart, RefusesToLoadBeforeTheMutexExists) {
-    TestStore store;
-    KORA4UIKeysClient client(&store.m_access);
-    EXPECT_EQ(client.InitialKeysLoad(), APOERR_NOT_INITIALIZED);
-    EXPECT_EQ(store.m_access.Operations(), 0u);
-}
-
-TEST(ClientStart, KeepsAMutexThatItHas) {
-    TestStore store;
-    KORA4UIKeysClient client(&store.m_access);
-    EXPECT_EQ(client.ObjInitialize(), result::cOk);
-    EXPECT_EQ(client.ObjInitialize(), result::cOk);
-    EXPECT_EQ(test::StoreMutex().name, u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}");
-}
-
-TEST(ClientStart, AMutexThatCannotBeCreatedIsAFailureAndCanBeTriedAgain) {
-    TestStore store;
-    KORA4UIKeysClient client(&store.m_access);
-    test::StoreMutex().failCreate = true;
-    EXPECT_EQ(client.ObjInitialize(), result::cFail);
-    test::StoreMutex().failCreate = false;
-    EXPECT_EQ(client.ObjInitialize(), result::cOk);
-}
-
 TEST_F(ClientOperations, AnEmptyStoreIsMovieAndEnabled) {
     std::uint32_t profile = 99;
     bool enable = false;
@@ -80,20 +55,6 @@ TEST_F(ClientOperations, AnEmptyStoreIsMovieAndEnabled) {
     EXPECT_EQ(profile, 0u);
     EXPECT_TRUE(enable);
     EXPECT_EQ(Volume(), 262151u);
-}
-
-TEST(ClientMasterEnables, TheMaskIsReadOnceAndSpreadOverTheFlags) {
-    TestStore store;
-    const PropertyKey key{pkey::cMasterEnablesGuid, 0};
-    store.PutUINT(eKeySetStatic, key, 0xFFFFFA1F);
-    TestClient client(store);
-    ASSERT_EQ(client.Start(), result::cOk);
-    store.PutUINT(eKeySetStatic, key, 0);
-    const TechnologyMasterEnables& enables = client->MasterEnables();
-    EXPECT_EQ(enables.mask, 0xFFFFFA1F);
-    const std::array<std::uint32_t, 11> expected = {0, 1, 1, 1, 1, 1, 0, 0, 0, 0, 1};
-    for (std::size_t i = 0; i < expected.size(); ++i)
-        EXPECT_EQ(enables.flags[i], expected[i]) << i;
 }
 
 TEST_F(ClientOperations, SelectsPresetProfilesOnly) {
@@ -350,30 +311,6 @@ TEST_F(ClientOperations, TheProfileTableNamesTheCustomProfiles) {
     EXPECT_EQ(std::u16string(eight.Get()), u"");
 }
 
-TEST(ClientStart, ReadsEachValueOnce) {
-    for (const std::uint32_t profile : {cMovieProfile, cDemoMusicProfile, 100u}) {
-        TestStore store;
-        store.PutSetting(pkey::cActivePresetPid, profile);
-        TestClient client(store);
-        ASSERT_EQ(result::cOk, client.Start());
-        std::vector<std::string> log = store.m_access.Log();
-        std::ranges::sort(log);
-        const auto twice = std::ranges::adjacent_find(log);
-        EXPECT_TRUE(twice == log.end()) << *twice << " in profile " << profile;
-    }
-}
-
-TEST(ClientStart, TakesTheStoredSwitchesOfADemoProfile) {
-    TestStore store;
-    store.PutSetting(pkey::cActivePresetPid, cDemoMovieProfile);
-    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 0);
-    TestClient client(store);
-    ASSERT_EQ(result::cOk, client.Start());
-    EXPECT_EQ("", client.Pass());
-    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 1);
-    EXPECT_EQ("flag1=1;", client.Pass());
-}
-
 TEST_F(ClientOperations, AFailedTableReadHandsOutTheNamesBeforeIt) {
     ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(3, u"one"));
     ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(5, u"three"));
@@ -398,6 +335,26 @@ TEST_F(ClientOperations, EnableReadsAnyNonZeroNumberAsOn) {
     EXPECT_EQ(m_client->ToggleVeltoEnable(&enable), result::cOk);
     EXPECT_TRUE(enable);
     EXPECT_EQ(m_store.Enable(), 1u);
+}
+
+// Other writers may store any number; one that is not zero is on, and no change from one.
+TEST_F(ClientOperations, EveryStoredSwitchAboveOneIsOn) {
+    for (const std::uint32_t stored : {2u, 0x80000000u}) {
+        m_store.PutSetting(pkey::cMasterEnablePid, stored);
+        m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, 0, pkey::cSwitchPid),
+                        stored);
+        EXPECT_EQ("", m_client.Pass());
+        bool enable = false;
+        EXPECT_EQ(result::cOk, m_client->GetVeltoEnable(&enable));
+        EXPECT_TRUE(enable);
+        EXPECT_TRUE(IsOn(eVolumeTech));
+
+        EXPECT_EQ(result::cOk, m_client->SetDemoProfileAndEnable(240, false));
+        EXPECT_EQ(1u, m_store.StaticSetting(pkey::cSavedEnablePid));
+        m_store.PutUINT(eKeySetStatic, pkey::Setting(pkey::cSavedEnablePid), stored);
+        EXPECT_EQ(result::cOk, m_client->RevertFromDemoMode());
+        EXPECT_EQ(1u, m_store.Enable());
+    }
 }
 
 TEST_F(ClientOperations, AFailedToggleHandsOutTheOppositeAllTheSame) {
@@ -503,26 +460,6 @@ TEST_F(ClientOperations, TheVisualizationBlobIsHandedOutAsItIs) {
     ASSERT_EQ(m_client->GetVisualizationBlob(&size, &pData), result::cOk);
     const TaskPtr<std::uint8_t> owner(pData);
     EXPECT_EQ(test::Blob(pData, pData + size), blob);
-}
-
-TEST(ClientCommands, AreHeldFromTheInitialLoadOn) {
-    TestStore store;
-    store.PutText(eKeySetApp, pkey::Setting(61), u"editor.exe");
-    store.PutText(eKeySetApp, pkey::Setting(62), u"");
-    TestClient client(store);
-    ASSERT_EQ(client.Start(), result::cOk);
-    store.PutText(eKeySetApp, pkey::Setting(61), u"other.exe");
-    const unsigned acquired = test::StoreMutex().acquired;
-    TaskPtr<char16_t> command;
-    EXPECT_EQ(client->GetCommand(CompanionCommand::eProfileEditor, command.Put()), result::cOk);
-    EXPECT_EQ(std::u16string(command.Get()), u"editor.exe");
-    EXPECT_EQ(client->GetCommand(CompanionCommand::eProfileSelector, command.Put()),
-              result::cOk);
-    ASSERT_TRUE(command) << "stored as an empty text";
-    EXPECT_EQ(*command.Get(), u'\0');
-    EXPECT_EQ(client->GetCommand(CompanionCommand::eDemoApp, command.Put()), result::cOk);
-    EXPECT_FALSE(command) << "none is stored";
-    EXPECT_EQ(test::StoreMutex().acquired, acquired);
 }
 
 // What is read before a value is written: the profile, the flag, the fields that are not set,

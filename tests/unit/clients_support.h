@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "store/clients/ui_keys_client.h"
 #include "support/memory_key_access.h"
@@ -56,26 +57,46 @@ class TestClient {
 
     KORA4UIKeysClient* operator->() { return &m_client; }
 
-    // For example "enable=0;profile=1;table;" or "flag2=1;value2=...;"; values of the
-    // graphic EQ are shown by their number of bands, floats in thousandths.
-    std::string Pass() {
+    // Something that a pass has found, and by what an own write overtakes it.
+    struct Found {
+        std::string text;
+        OvertakenItems::Items item;
+    };
+
+    // In the order of the API's callbacks. For example "enable=0;", "profile=1;", "table;" or
+    // "flag2=1;", "value2=..."; values of the graphic EQ are shown by their number of bands,
+    // floats in thousandths.
+    std::vector<Found> Analyse() {
         ChangeSet changes;
         EXPECT_EQ(m_client.OnKeyChangeNotify(&changes), result::cOk);
-        std::string told;
+        std::vector<Found> found;
         if (changes.enableChanged)
-            told += "enable=" + std::to_string(changes.enable) + ";";
+            found.push_back(
+                {"enable=" + std::to_string(changes.enable) + ";", OvertakenItems::cEnable});
         if (changes.profileChanged)
-            told += "profile=" + std::to_string(changes.newProfile) + ";";
+            found.push_back({"profile=" + std::to_string(changes.newProfile) + ";",
+                             OvertakenItems::cProfile});
         for (std::uint32_t t = eVolumeTech; t < eNGSurroundTech && !changes.profileChanged;
              ++t) {
             const std::string number = std::to_string(t);
             if (changes.onElseOffChanged[t])
-                told += "flag" + number + "=" + std::to_string(changes.onElseOff[t]) + ";";
+                found.push_back(
+                    {"flag" + number + "=" + std::to_string(changes.onElseOff[t]) + ";",
+                     OvertakenItems::Switch(t)});
             if (changes.patchChanged[t])
-                told += "value" + number + "=" + Value(changes, t) + ";";
+                found.push_back({"value" + number + "=" + Value(changes, t) + ";",
+                                 OvertakenItems::Value(t)});
         }
         if (changes.tableChanged)
-            told += "table;";
+            found.push_back({"table;", 0});
+        return found;
+    }
+
+    // All of that, told at once.
+    std::string Pass() {
+        std::string told;
+        for (const Found& found : Analyse())
+            told += found.text;
         return told;
     }
 

@@ -292,6 +292,8 @@ TEST(NumericArrayWriter, StoresZeroForWhatDoesNotFit64Bits) {
     EXPECT_EQ(Encode(256, {nan, inf, -inf, max, -max, edge, -edge}),
               u"0100,0007" + Repeat(7, u",0000"));
     EXPECT_EQ(Encode(32767, {edge / 4, -edge / 4}), u"7fff,0002,0000,0000");
+    // Converted all the same they would give zero too, but only a sanitizer sees that.
+    EXPECT_EQ(Encode(1, {edge, -edge}), u"0001,0002,0000,0000");
 }
 
 TEST(NumericArrayWriter, RefusesAScaleThatIsZeroOrDoesNotFit15Bits) {

@@ -79,6 +79,11 @@ TEST(FloatFormatter, FitsTheLargestFloat) {
     EXPECT_EQ(Format(-Limits::max()), "-340282346638528859811704183484516925440.000000");
 }
 
+TEST(FloatFormatter, WritesEveryZeroInsideALongNumber) {
+    EXPECT_EQ(Format(15625000.0f * 0x1p38f), "4294967296000000000.000000");  // 10^9 * 2^32
+    EXPECT_EQ(Format(-15625000.0f * 0x1p38f), "-4294967296000000000.000000");
+}
+
 TEST(FloatFormatter, GivesNamesToWhatIsNoNumber) {
     EXPECT_EQ(Format(Limits::infinity()), "inf");
     EXPECT_EQ(Format(-Limits::infinity()), "-inf");

@@ -164,17 +164,6 @@ TEST(TraceStatement, CutsALongFunctionName) {
     EXPECT_TRUE(raw.ends_with("ff\r\n"));
 }
 
-TEST(TraceStatement, EndsALineThatACharacterOutsideTheCodePageCuts) {
-    TraceLog log;
-    const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "name: %S end\n", L"ab\u4E2D\u0905cd");
-    KALTRACE(trace::eMessages, cSite, "next\n");
-    const std::vector<std::string> messages = Messages(log.Read("KORA4ASL"));
-    ASSERT_EQ(messages.size(), 2u);
-    EXPECT_TRUE(messages[0].starts_with("name: ")) << messages[0];
-    EXPECT_EQ(messages[1], "next");
-}
-
 TEST(TraceStatement, UsesTheTagBehindItsLastBackslash) {
     TraceLog log;
     trace::Write(cToFiles, trace::Site{"src\\store\\KORA4VisKeyData", "f"}, 123,
@@ -278,6 +267,39 @@ TEST(TraceFiles, GetWholeLinesFromSeveralThreads) {
     const std::vector<std::string> messages = Messages(log.ReadShared());
     EXPECT_FALSE(messages.empty());
     EXPECT_THAT(messages, testing::Each("0123456789abcdef"));
+}
+
+TEST(TraceFiles, GetLinesWhileReadersAndWritersHaveThemOpen) {
+    TraceLog log;
+    const TraceFlags flags(cToFiles);
+    KALTRACE(trace::eMessages, cSite, "before\n");
+    constexpr DWORD cShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    for (const DWORD share : {cShare, cShare | FILE_SHARE_DELETE}) {
+        for (const DWORD access : {DWORD{GENERIC_READ}, DWORD{FILE_APPEND_DATA}}) {
+            const HANDLE file = CreateFileA("C:\\KalLogs\\KalTrace.log", access, share, nullptr,
+                                            OPEN_EXISTING, 0, nullptr);
+            ASSERT_NE(INVALID_HANDLE_VALUE, file);
+            const std::size_t count = log.ReadShared().size();
+            KALTRACE(trace::eMessages, cSite, "meanwhile\n");
+            EXPECT_EQ(count + 1, log.ReadShared().size()) << access << " " << share;
+            CloseHandle(file);
+        }
+    }
+}
+
+// Whoever refuses other writers is left alone: no waiting, and the other file gets its line.
+TEST(TraceFiles, AreLeftToWhoeverRefusesOtherWriters) {
+    TraceLog log;
+    const TraceFlags flags(cToFiles);
+    KALTRACE(trace::eMessages, cSite, "before\n");
+    const HANDLE file = CreateFileA("C:\\KalLogs\\KalTrace.log", GENERIC_READ, FILE_SHARE_READ,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(INVALID_HANDLE_VALUE, file);
+    KALTRACE(trace::eMessages, cSite, "meanwhile\n");
+    CloseHandle(file);
+    KALTRACE(trace::eMessages, cSite, "after\n");
+    EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("before", "meanwhile", "after"));
+    EXPECT_THAT(Messages(log.ReadShared()), ElementsAre("before", "after"));
 }
 
 // --- entry and exit lines ---------------------------------------------------------------

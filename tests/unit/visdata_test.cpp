@@ -151,6 +151,16 @@ TEST(VisKeyData, HoldsNothingWithoutAWholeHead) {
     }
 }
 
+TEST(VisKeyData, HasAFirstRecordBehindABareHeadThatHoldsNoData) {
+    const auto blob = BlobBuilder(1).Bytes();
+    ASSERT_EQ(blob.size(), cHeadSize);
+    const KORA4VisKeyData view(blob.data(), blob.size());
+    EXPECT_EQ(view.GetNumAPOs(), 0u);
+    EXPECT_EQ(view.FirstAPOData(), blob.data() + cHeadSize);
+    ExpectNoData(view, view.FirstAPOData());
+    EXPECT_EQ(view.NextAPOData(view.FirstAPOData()), nullptr);
+}
+
 TEST(VisKeyData, CountsTheRecordsThatFitAtEverySize) {
     const BlobBuilder builder = BlobBuilder(3).APO(3).APO(0).APO(2);
     const std::size_t firstEnd = cHeadSize + cRecordHeadSize + 24;
@@ -198,6 +208,18 @@ TEST(VisKeyData, RefusesPointersOutsideTheBlob) {
           static_cast<const std::uint8_t*>(nullptr)}) {
         ExpectNoData(view, p);
         EXPECT_EQ(view.NextAPOData(p), nullptr);
+    }
+}
+
+TEST(VisKeyData, RefusesAPointerIntoTheHeadThatWouldReadAsARecord) {
+    // Nothing but zeros: at any address they read as records without bands.
+    const std::vector<std::uint8_t> blob(cHeadSize + 3 * cRecordHeadSize);
+    const KORA4VisKeyData view(blob.data(), blob.size());
+    ASSERT_NE(DataOf(view, blob.data() + cHeadSize).pGains, nullptr);
+    ASSERT_NE(view.NextAPOData(blob.data() + cHeadSize), nullptr);
+    for (std::size_t at = 0; at < cHeadSize; ++at) {
+        ExpectNoData(view, blob.data() + at);
+        EXPECT_EQ(view.NextAPOData(blob.data() + at), nullptr) << at;
     }
 }
 

@@ -17,6 +17,20 @@ LSTATUS TryToOpen(const wchar_t* path, REGSAM access) {
     return RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, access | KEY_WOW64_64KEY, key.Put());
 }
 
+// Registering refuses these: their target is anybody's choice.
+bool IsLink(const wchar_t* path) {
+    UniqueRegKey key;
+    wchar_t name[32];
+    DWORD length = ARRAYSIZE(name);
+    DWORD type = REG_NONE;
+    // A link has one value, and only a link has one of that type.
+    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, REG_OPTION_OPEN_LINK,
+                         KEY_QUERY_VALUE | KEY_WOW64_64KEY, key.Put()) == ERROR_SUCCESS &&
+           RegEnumValueW(key.Get(), 0, name, &length, nullptr, &type, nullptr, nullptr) ==
+               ERROR_SUCCESS &&
+           type == REG_LINK;
+}
+
 std::string PathInWords(const wchar_t* path) {
     return "HKEY_LOCAL_MACHINE\\" + Narrow(path);
 }
@@ -24,6 +38,12 @@ std::string PathInWords(const wchar_t* path) {
 // Whether the key can be read; whatever is wrong becomes a finding.
 bool LookAtKey(const wchar_t* path, bool isWritten, CheckResult& result) {
     const std::string name = PathInWords(path);
+    if (IsLink(path)) {
+        result.Add(Severity::eError,
+                   name + " is a link to another key, which somebody has put in its place.",
+                   "Remove the link, and run as an administrator: kora4ctl register");
+        return false;
+    }
     const LSTATUS reading = TryToOpen(path, KEY_READ);
     if (reading == ERROR_FILE_NOT_FOUND) {
         result.Add(Severity::eError, name + " does not exist.", cRegister);

@@ -83,7 +83,8 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
 
 void LookAtAccess(const wchar_t* path, CheckResult& result) {
     constexpr char again[] =
-        "Run as an administrator: kora4ctl register (it sets the access lists anew)";
+        "Run as an administrator: kora4ctl register (it sets the access lists anew; a key that "
+        "denies even that takes its owner)";
     const std::string name = "HKEY_LOCAL_MACHINE\\" + Narrow(path);
     UniqueRegKey key;
     const LSTATUS opening =

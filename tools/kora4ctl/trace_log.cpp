@@ -12,12 +12,14 @@
 namespace kora4::tools {
 namespace {
 
-// The library writes in the code page of the machine.
-std::string FromCodePage(const std::string& bytes) {
+// None for what is not of that code page, when `flags` ask for that.
+std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, DWORD flags) {
     const int length = static_cast<int>(bytes.size());
-    const int count = MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, nullptr, 0);
+    const int count = MultiByteToWideChar(codePage, flags, bytes.data(), length, nullptr, 0);
+    if (count == 0)
+        return {};
     std::wstring wide(static_cast<std::size_t>(count), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, wide.data(), count);
+    MultiByteToWideChar(codePage, flags, bytes.data(), length, wide.data(), count);
     return Narrow(wide);
 }
 
@@ -31,7 +33,7 @@ UniqueHandle OpenToRead(const std::string& path) {
     if (file != INVALID_HANDLE_VALUE)
         return UniqueHandle(file);
     const DWORD error = GetLastError();
-    // One that is being removed, or that a writer has for itself at this moment.
+    // One that is being removed, or that somebody has for himself at this moment.
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
         error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING)
         return {};
@@ -82,6 +84,16 @@ std::optional<TraceLine> ParseTraceLine(std::string_view text) {
     line.function = text.substr(0, end);
     line.text = text.substr(end + 1);
     return line;
+}
+
+std::string TextOfLine(const std::string& bytes, unsigned codePage) {
+    constexpr unsigned cWestern = 1252;
+    std::optional<std::string> text;
+    if (codePage == cWestern)
+        text = Decoded(bytes, CP_UTF8, MB_ERR_INVALID_CHARS);
+    if (!text)
+        text = Decoded(bytes, codePage, 0);
+    return text.value_or(std::string());
 }
 
 std::string LogFolder() {
@@ -159,7 +171,7 @@ std::vector<std::string> LogReader::NewLines() {
         while (!line.empty() && line.back() == '\r')
             line.pop_back();
         if (!line.empty())
-            lines.push_back(FromCodePage(line));
+            lines.push_back(TextOfLine(line, GetACP()));
     }
     m_incomplete.erase(0, begin);
     return lines;

@@ -22,6 +22,12 @@ struct TraceLine {
 // None for what the trace would not have written.
 std::optional<TraceLine> ParseTraceLine(std::string_view line);
 
+// A line as it is in a file. The library writes in the ANSI code page of its process, which is
+// the machine's, `codePage`, but for a program that asks for UTF-8 in its manifest. On a
+// Western machine UTF-8 is told by its look, there it would be accented capitals followed by
+// signs. Words of other pages look like UTF-8 now and then: there the machine's page counts.
+std::string TextOfLine(const std::string& bytes, unsigned codePage);
+
 // "C:\KalLogs"
 std::string LogFolder();
 bool HasLogFolder();

@@ -6,7 +6,6 @@
 #include "common/failure.h"
 #include "common/text.h"
 #include "schema/settings_table.h"
-#include "store/access/named_mutex.h"
 #include "store/model/engine_masks.h"
 #include "store/model/property_key.h"
 
@@ -46,7 +45,7 @@ Engine::Engine(const Scene& scene, EngineOptions options, StoreAccess& store,
       m_interrupt(interrupt),
       m_noise(m_options.seed),
       m_signal(scene.spectrum, m_noise),
-      m_mutex(CreateMutexW(nullptr, FALSE, reinterpret_cast<const wchar_t*>(cStoreMutexName))),
+      m_mutex(OpenStoreMutex()),
       m_faults(InOrder(scene, m_options)) {}
 
 ExitCode Engine::Run() {

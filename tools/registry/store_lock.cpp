@@ -3,28 +3,22 @@
 #include "common/failure.h"
 #include "common/results.h"
 #include "store/access/named_mutex.h"
+#include "store/access/open_mutex.h"
 
 namespace kora4::tools {
-namespace {
 
-// Another user's mutex cannot be created again, but opened.
-HANDLE OpenMutexOfStore() {
-    const auto* const name = reinterpret_cast<const wchar_t*>(cStoreMutexName);
-    const HANDLE created = CreateMutexW(nullptr, FALSE, name);
-    if (created)
-        return created;
-    const HANDLE opened = OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, name);
-    if (opened)
-        return opened;
-    throw Failure(ExitCode::eFailed,
-                  "The store's mutex cannot be opened: " +
-                      InWords(HRESULT_FROM_WIN32(GetLastError())) + ".",
-                  "A program of another user may have made it. 'kora4ctl doctor' tells more.");
+UniqueHandle OpenStoreMutex() {
+    UniqueHandle mutex(CreateOrOpenMutex(cStoreMutexName));
+    if (mutex)
+        return mutex;
+    throw Failure(
+        ExitCode::eFailed,
+        "The store's mutex cannot be opened: " + InWords(HRESULT_FROM_WIN32(GetLastError())) +
+            ".",
+        "Another program has an object of that name, or keeps the mutex to itself: end it.");
 }
 
-}  // namespace
-
-StoreLock::StoreLock(DWORD patience, HANDLE interrupt) : m_mutex(OpenMutexOfStore()) {
+StoreLock::StoreLock(DWORD patience, HANDLE interrupt) : m_mutex(OpenStoreMutex()) {
     const HANDLE handles[] = {m_mutex.Get(), interrupt};
     const DWORD count = interrupt ? 2 : 1;
     switch (WaitForMultipleObjects(count, handles, FALSE, patience)) {

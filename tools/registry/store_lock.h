@@ -8,6 +8,9 @@
 
 namespace kora4::tools {
 
+// A handle to it, made or opened as the library does. Failure: eFailed.
+UniqueHandle OpenStoreMutex();
+
 // Hold it for one step only, and ask no user and call no API meanwhile: every client of the
 // machine's session waits. Belongs to the thread that made it.
 class StoreLock {

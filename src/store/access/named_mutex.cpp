@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "store/access/open_mutex.h"
 #include "trace/trace.h"
 
 namespace kora4 {
@@ -19,7 +20,7 @@ HRESULT NamedMutex::Create(const char16_t* pwName) {
     trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
     if (m_hMutex)
         return hr;
-    m_hMutex = CreateMutexW(nullptr, FALSE, reinterpret_cast<const wchar_t*>(pwName));
+    m_hMutex = CreateOrOpenMutex(pwName);
     if (m_hMutex)
         hr = S_OK;
     return hr;

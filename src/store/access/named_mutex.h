@@ -16,7 +16,7 @@ class NamedMutex {
     NamedMutex(const NamedMutex&) = delete;
     NamedMutex& operator=(const NamedMutex&) = delete;
 
-    // E_FAIL when a handle is already held or the mutex cannot be created.
+    // E_FAIL when a handle is already held or the mutex can be neither created nor opened.
     HRESULT Create(const char16_t* pwName);
     bool IsCreated() const { return m_hMutex != nullptr; }
 

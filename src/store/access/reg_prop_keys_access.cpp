@@ -17,8 +17,8 @@ namespace {
 
 constexpr const char* cTag = "KOLFXPropKeysAccess";
 
-// How often a blob whose size changes between the query of the size and the read is
-// tried: the engine rewrites the visualization blob without holding the mutex.
+// How often a blob that grows between the query of its size and the read is tried: the engine
+// rewrites the visualization blob without holding the mutex.
 constexpr int cBlobAttempts = 4;
 
 // A value name with its terminator, made from a property key.
@@ -110,7 +110,7 @@ HRESULT KORA4RegPropKeysAccess::OpenGlobalKey(const wchar_t* pwRegPath, UniqueRe
                  : RegOpenKeyExW(HKEY_LOCAL_MACHINE, pwRegPath, 0, KEY_READ, &hKey);
     KALTRACE(trace::eStoreEntry, cSite, "reg open retStatus: %ld\n", status);
     key.Reset(status == ERROR_SUCCESS ? hKey : nullptr);
-    const HRESULT hr = writable ? ResultOfWrite(status) : ResultOfRead(status);
+    const HRESULT hr = writable ? ResultOfWrite(status) : ResultOfKeyLookup(status);
     KALTRACE(trace::eStoreExitResult, cSite, "<< hr: 0x%08x\n", static_cast<unsigned>(hr));
     return hr;
 }
@@ -232,7 +232,7 @@ HRESULT KORA4RegPropKeysAccess::Delete(KORA4KeySet keySet, const PropertyKey& ke
 
 HRESULT KORA4RegPropKeysAccess::QueryRegistryValue(HKEY hKey, const PropertyKey& key,
                                                    DWORD expectedType, void* pData,
-                                                   DWORD* pSize) {
+                                                   DWORD* pSize, LSTATUS* pStatus) {
     static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::QueryRegistryValue"};
     HRESULT hr = S_FALSE;
     trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
@@ -243,8 +243,11 @@ HRESULT KORA4RegPropKeysAccess::QueryRegistryValue(HKEY hKey, const PropertyKey&
         return hr = E_FAIL;
     KALTRACE(trace::eStoreEntry, cSite, "to RegQueryValueEx of: %S\n", name.Get());
     DWORD type = REG_NONE;
-    hr = ResultOfRead(
-        RegQueryValueExW(hKey, name.Get(), nullptr, &type, static_cast<BYTE*>(pData), pSize));
+    const LSTATUS status =
+        RegQueryValueExW(hKey, name.Get(), nullptr, &type, static_cast<BYTE*>(pData), pSize);
+    if (pStatus)
+        *pStatus = status;
+    hr = ResultOfValueLookup(status);
     if (hr == S_OK && type != expectedType)
         hr = E_FAIL;
     return hr;
@@ -295,12 +298,13 @@ HRESULT KORA4RegPropKeysAccess::ReadRegistryBlob(HKEY hKey, const PropertyKey& k
             static_cast<std::uint8_t*>(AllocTaskMemory(size != 0 ? size : 1)));
         if (!data)
             return hr = E_OUTOFMEMORY;
-        hr = QueryRegistryValue(hKey, key, REG_BINARY, data.Get(), &size);
+        LSTATUS status = ERROR_SUCCESS;
+        hr = QueryRegistryValue(hKey, key, REG_BINARY, data.Get(), &size, &status);
         if (hr == S_OK) {
             *pSize = size;
             *ppData = data.Detach();
         }
-        if (SUCCEEDED(hr))
+        if (status != ERROR_MORE_DATA)
             return hr;
     }
     return hr;
@@ -333,7 +337,7 @@ HRESULT KORA4RegPropKeysAccess::DeleteRegistryKey(HKEY hKey, const PropertyKey& 
     KALTRACE(trace::eStoreEntry, cSite, "to RegDeleteValue of: %S\n", name.Get());
     const LSTATUS status = RegDeleteValueW(hKey, name.Get());
     KALTRACE(trace::eStoreEntry, cSite, "RegDeleteValue retStatus: %ld\n", status);
-    return hr = ResultOfRead(status);
+    return hr = ResultOfValueLookup(status);
 }
 
 // ---- Property store -----------------------------------------------------------------------

@@ -70,8 +70,9 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     static HRESULT OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key, bool writable);
 
     // `*pSize` is the room at `pData` in bytes, and afterwards the size of the value.
+    // `pStatus`, which may be null, gets what the platform said when it was asked.
     static HRESULT QueryRegistryValue(HKEY hKey, const PropertyKey& key, DWORD expectedType,
-                                      void* pData, DWORD* pSize);
+                                      void* pData, DWORD* pSize, LSTATUS* pStatus = nullptr);
     static HRESULT ReadRegistryBlob(HKEY hKey, const PropertyKey& key, std::uint32_t* pSize,
                                     std::uint8_t** ppData);
     static HRESULT SetRegistryValue(HKEY hKey, const PropertyKey& key, DWORD type,

@@ -11,7 +11,9 @@
 #include <string>
 #include <thread>
 
+#include "store/access/registry_paths.h"
 #include "support/com_client.h"
+#include "support/key_security.h"
 #include "support/registry_fixture.h"
 #include "support/start_process.h"
 #include "support/trace_capture.h"
@@ -231,6 +233,31 @@ TEST_F(Registration, AFailureToMakeTheSettingKeysIsTheResultButTheClassIsRegiste
     EXPECT_EQ(m_library.RegisterServer(), E_FAIL);
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, cClassServer));
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, cTypeLib));
+}
+
+TEST_F(Registration, AgainRepairsKeysThatDenyEverybody) {
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    WriteStoredUINT(eKeySetDynamic, cSomeSetting, 2);
+    for (const wchar_t* const path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath}) {
+        const DeniedKey denied(path);
+        EXPECT_EQ(S_OK, m_library.RegisterServer());
+        EXPECT_EQ(cWorldAccess, DaclOf(path));
+    }
+    EXPECT_EQ(2u, ReadStoredUINT(eKeySetDynamic, cSomeSetting));
+}
+
+TEST_F(Registration, NeverOpensWhatALinkInPlaceOfAKeyLeadsTo) {
+    constexpr wchar_t cVictim[] = L"SOFTWARE\\KORA4 registration test";
+    CreateKey(HKEY_LOCAL_MACHINE, cVictim);
+    const std::wstring before = DaclOf(cVictim);
+    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    RemoveKey(HKEY_LOCAL_MACHINE, cDynamicKeysPath);
+    {
+        const RegistryLink link(cDynamicKeysPath, cVictim);
+        EXPECT_EQ(E_FAIL, m_library.RegisterServer());
+    }
+    EXPECT_EQ(before, DaclOf(cVictim));
+    RemoveKey(HKEY_LOCAL_MACHINE, cVictim);
 }
 
 TEST_F(Registration, TheThreadsLocaleIsAsBeforeInEveryCase) {

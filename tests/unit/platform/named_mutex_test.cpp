@@ -6,8 +6,11 @@
 #include <atomic>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "platform/handles.h"
+#include "store/access/open_mutex.h"
+#include "support/foreign_mutex.h"
 #include "support/start_process.h"
 #include "support/trace_capture.h"
 #include "support/trace_flags.h"
@@ -67,6 +70,20 @@ TEST(NamedMutexTest, ANameThatMeansSomethingElseCannotBeCreated) {
     NamedMutex mutex;
     EXPECT_EQ(mutex.Create(cName), E_FAIL);
     EXPECT_FALSE(mutex.IsCreated());
+}
+
+TEST(NamedMutexTest, TheMutexOfAnotherTokenIsOpened) {
+    const ForeignMutex foreign(Wide(cName));
+    NamedMutex mutex;
+    EXPECT_EQ(mutex.Create(cName), S_OK);
+    {
+        const MutexHold hold(mutex);
+        std::thread([&] {
+            EXPECT_EQ(foreign.Take(0), static_cast<DWORD>(WAIT_TIMEOUT));
+        }).join();
+    }
+    EXPECT_EQ(foreign.Take(0), WAIT_OBJECT_0);
+    foreign.Release();
 }
 
 TEST(NamedMutexTest, TwoOfThemWithOneNameAreOneMutex) {
@@ -132,6 +149,47 @@ TEST(NamedMutexTest, AWaiterGetsItWhenTheOwnerReleasesIt) {
     EXPECT_EQ(owner.Release(), S_OK);
     waiter.join();
     EXPECT_TRUE(inOrder);
+}
+
+// ---- Which call follows which; Wine refuses nobody SYNCHRONIZE, Windows may ----------------
+
+std::vector<std::string> g_calls;
+DWORD g_creationError = ERROR_SUCCESS;
+
+HANDLE WINAPI RefusedCreation(LPSECURITY_ATTRIBUTES attributes, BOOL isOwner, LPCWSTR name) {
+    EXPECT_EQ(nullptr, attributes);
+    EXPECT_FALSE(isOwner);
+    EXPECT_EQ(std::wstring(Wide(cName)), name);
+    g_calls.push_back("create");
+    SetLastError(g_creationError);
+    return nullptr;
+}
+
+HANDLE WINAPI RefusedOpening(DWORD access, BOOL isInherited, LPCWSTR name) {
+    EXPECT_EQ(static_cast<DWORD>(SYNCHRONIZE), access);
+    EXPECT_FALSE(isInherited);
+    EXPECT_EQ(std::wstring(Wide(cName)), name);
+    g_calls.push_back("open");
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    return nullptr;
+}
+
+std::vector<std::string> CallsWhenCreationFails(DWORD error) {
+    g_calls.clear();
+    g_creationError = error;
+    EXPECT_EQ(nullptr, CreateOrOpenMutex(cName, {&RefusedCreation, &RefusedOpening}));
+    return g_calls;
+}
+
+TEST(OpenMutexCalls, ADeniedCreationIsFollowedByOpeningWithTheLeastRights) {
+    EXPECT_EQ((std::vector<std::string>{"create", "open"}),
+              CallsWhenCreationFails(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, GetLastError());
+}
+
+TEST(OpenMutexCalls, AnotherFailureOfTheCreationIsFinal) {
+    EXPECT_EQ(std::vector<std::string>{"create"}, CallsWhenCreationFails(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(DWORD{ERROR_INVALID_HANDLE}, GetLastError());
 }
 
 // ---- A killed owner -------------------------------------------------------------------------

@@ -3,9 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <objidl.h>
+
 #include <array>
 #include <atomic>
+#include <functional>
 #include <thread>
+#include <utility>
 
 #include "store/access/registry_paths.h"
 #include "store/access/task_memory.h"
@@ -398,6 +402,88 @@ TEST_F(RegAccess, ABlobThatChangesItsSizeMeanwhileIsNeverTorn) {
     stop = true;
     writer.join();
     EXPECT_GT(whole, 250);
+}
+
+// Does something in the middle of reading a blob: between the query of its size and the read
+// the library asks for memory, and it gives back what it read in vain.
+class DuringBlobReads final : public IMallocSpy {
+  public:
+    DuringBlobReads(std::function<void()> onAllocation, std::function<void()> onFree)
+        : m_onAllocation(std::move(onAllocation)), m_onFree(std::move(onFree)) {
+        EXPECT_EQ(S_OK, CoRegisterMallocSpy(this));
+    }
+    ~DuringBlobReads() { EXPECT_EQ(S_OK, CoRevokeMallocSpy()); }
+
+    STDMETHODIMP QueryInterface(REFIID, void** ppv) override {
+        *ppv = this;
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP_(SIZE_T) PreAlloc(SIZE_T size) override {
+        m_onAllocation();
+        return size;
+    }
+    STDMETHODIMP_(void*) PostAlloc(void* memory) override { return memory; }
+    STDMETHODIMP_(void*) PreFree(void* memory, BOOL) override {
+        m_onFree();
+        return memory;
+    }
+    STDMETHODIMP_(void) PostFree(BOOL) override {}
+    STDMETHODIMP_(SIZE_T)
+    PreRealloc(void*, SIZE_T size, void**, BOOL) override { return size; }
+    STDMETHODIMP_(void*) PostRealloc(void* memory, BOOL) override { return memory; }
+    STDMETHODIMP_(void*) PreGetSize(void* memory, BOOL) override { return memory; }
+    STDMETHODIMP_(SIZE_T) PostGetSize(SIZE_T size, BOOL) override { return size; }
+    STDMETHODIMP_(void*) PreDidAlloc(void* memory, BOOL) override { return memory; }
+    STDMETHODIMP_(int) PostDidAlloc(void*, BOOL, int actual) override { return actual; }
+    STDMETHODIMP_(void) PreHeapMinimize() override {}
+    STDMETHODIMP_(void) PostHeapMinimize() override {}
+
+  private:
+    std::function<void()> m_onAllocation;
+    std::function<void()> m_onFree;
+};
+
+TEST_F(RegAccess, ABlobThatGrewMeanwhileIsReadAgain) {
+    const std::vector<std::uint8_t> large(100, 0x22);
+    WriteStoredBlob(eKeySetStatic, cKey, {1, 2});
+    OpenWritable();
+    const DuringBlobReads grow([&] { WriteStoredBlob(eKeySetStatic, cKey, large); }, [] {});
+    EXPECT_EQ(S_OK, ReadBlob());
+    ASSERT_EQ(100u, m_size);
+    EXPECT_EQ(large, std::vector<std::uint8_t>(m_data.Get(), m_data.Get() + m_size));
+    m_data.Reset();  // while it is spied on
+}
+
+TEST_F(RegAccess, ABlobThatGrowsAgainAndAgainIsGivenUp) {
+    std::size_t size = 2;
+    WriteStoredBlob(eKeySetStatic, cKey, std::vector<std::uint8_t>(size));
+    OpenWritable();
+    const DuringBlobReads grow(
+        [&] { WriteStoredBlob(eKeySetStatic, cKey, std::vector<std::uint8_t>(++size)); },
+        [] {});
+    EXPECT_EQ(E_FAIL, ReadBlob());
+    EXPECT_EQ(6u, size);
+    EXPECT_EQ(cUntouched, m_size);
+}
+
+TEST_F(RegAccess, ABlobThatCannotBeReadForAnotherReasonIsNotReadAgain) {
+    const std::vector<std::uint8_t> blob{1, 2, 3, 4};
+    WriteStoredBlob(eKeySetStatic, cKey, blob);
+    OpenWritable();
+    // A number meanwhile, and a blob again before there could be a second attempt.
+    bool isFirst = true;
+    const DuringBlobReads change(
+        [&] {
+            if (std::exchange(isFirst, false))
+                StoreBytes(REG_DWORD, blob);
+        },
+        [&] { WriteStoredBlob(eKeySetStatic, cKey, blob); });
+    EXPECT_EQ(E_FAIL, ReadBlob());
+    EXPECT_EQ(cUntouched, m_size);
+    EXPECT_FALSE(m_data);
+    m_data.Reset();  // while it is spied on
 }
 
 // ---- Deletion, key sets, deleted keys

@@ -2,13 +2,16 @@
 
 #include <aclapi.h>
 #include <gtest/gtest.h>
-#include <sddl.h>
 
+#include <functional>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "monitor/security_types.h"
 #include "platform/handles.h"
+#include "support/key_security.h"
 #include "support/registry_fixture.h"
 #include "support/trace_capture.h"
 #include "support/trace_flags.h"
@@ -21,28 +24,6 @@ constexpr wchar_t cFirst[] = L"SOFTWARE\\KORA4 key security test\\First";
 constexpr wchar_t cSecond[] = L"SOFTWARE\\KORA4 key security test\\Second";
 constexpr wchar_t cBelowSecond[] = L"SOFTWARE\\KORA4 key security test\\Second\\Below";
 constexpr wchar_t cThird[] = L"SOFTWARE\\KORA4 key security test\\Third";
-
-constexpr SECURITY_INFORMATION cDacl = DACL_SECURITY_INFORMATION;
-
-std::wstring DaclOf(const std::wstring& path) {
-    UniqueRegKey key;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, READ_CONTROL, key.Put()) !=
-        ERROR_SUCCESS)
-        return L"(no key)";
-    const SecurityDescriptor descriptor = SecurityDescriptor::OfRegKey(key.Get(), cDacl);
-    const auto text = descriptor ? descriptor.ToSddl(cDacl) : SecurityDescriptor::Text(nullptr);
-    return text ? text.Get() : L"(no descriptor)";
-}
-
-void SetDaclOf(const std::wstring& path, const wchar_t* sddl) {
-    UniqueRegKey key;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, WRITE_DAC, key.Put()),
-              ERROR_SUCCESS);
-    const SecurityDescriptor descriptor = SecurityDescriptor::FromSddl(sddl);
-    ASSERT_EQ(SetSecurityInfo(key.Get(), SE_REGISTRY_KEY, cDacl, nullptr, nullptr,
-                              descriptor.Dacl(), nullptr),
-              static_cast<DWORD>(ERROR_SUCCESS));
-}
 
 void GiveToSystem(const std::wstring& path) {
     UniqueRegKey key;
@@ -58,8 +39,6 @@ void GiveToSystem(const std::wstring& path) {
 
 class RegKeySecurityTest : public ::testing::Test {
   protected:
-    static constexpr const wchar_t* cWorldAccess = L"D:(A;;KA;;;WD)";
-
     void SetUp() override { RemoveKey(HKEY_LOCAL_MACHINE, cRoot); }
     void TearDown() override { RemoveKey(HKEY_LOCAL_MACHINE, cRoot); }
 
@@ -105,7 +84,7 @@ TEST_F(RegKeySecurityTest, AnExistingKeyKeepsItsValuesAndSubkeys) {
 
 TEST_F(RegKeySecurityTest, AnExistingAccessListIsReplaced) {
     CreateKey(HKEY_LOCAL_MACHINE, cFirst);
-    SetDaclOf(cFirst, L"D:(A;;KA;;;BA)(A;;KR;;;BU)");
+    SetDacl(cFirst, L"D:(A;;KA;;;BA)(A;;KR;;;BU)");
     ASSERT_NE(DaclOf(cFirst), cWorldAccess);
     EXPECT_EQ(MakeAccessible({cFirst}), S_OK);
     EXPECT_EQ(DaclOf(cFirst), cWorldAccess);
@@ -125,6 +104,146 @@ TEST_F(RegKeySecurityTest, TheFirstFailureEndsTheWorkAndWhatWasMadeStays) {
     EXPECT_EQ(DaclOf(cFirst), cWorldAccess);
     EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cThird));
 }
+
+// ---- Keys that deny everybody everything --------------------------------------------------
+
+TEST_F(RegKeySecurityTest, AKeyThatDeniesIsRepaired) {
+    WriteValue(HKEY_LOCAL_MACHINE, cFirst, L"n", REG_SZ, L"1", 4);
+    const std::string before = DumpKey(HKEY_LOCAL_MACHINE, cRoot);
+    const DeniedKey denied(cFirst);
+    ASSERT_EQ(S_OK, MakeAccessible({cFirst, cSecond}));
+    EXPECT_EQ(cWorldAccess, DaclOf(cFirst));
+    EXPECT_EQ(cWorldAccess, DaclOf(cSecond));
+    RemoveKey(HKEY_LOCAL_MACHINE, cSecond);
+    EXPECT_EQ(before, DumpKey(HKEY_LOCAL_MACHINE, cRoot));
+}
+
+TEST_F(RegKeySecurityTest, AKeyThatDeniesBelowOneThatDeniesIsRepaired) {
+    CreateKey(HKEY_LOCAL_MACHINE, cBelowSecond);
+    const DeniedKey denied(cSecond);
+    const DeniedKey below(cBelowSecond);
+    ASSERT_EQ(S_OK, MakeAccessible({cSecond, cBelowSecond}));
+    EXPECT_EQ(cWorldAccess, DaclOf(cSecond));
+    EXPECT_EQ(cWorldAccess, DaclOf(cBelowSecond));
+}
+
+TEST_F(RegKeySecurityTest, AKeyOfSomebodyElseThatDeniesIsLeftAsItIs) {
+    CreateKey(HKEY_LOCAL_MACHINE, cFirst);
+    GiveToSystem(cFirst);
+    SetDacl(cFirst, L"D:(A;;KRSD;;;WD)");
+    const std::wstring before = DaclOf(cFirst);
+    EXPECT_EQ(E_FAIL, MakeAccessible({cFirst}));
+    EXPECT_EQ(before, DaclOf(cFirst));
+}
+
+// ---- Links ----------------------------------------------------------------------------------
+
+TEST_F(RegKeySecurityTest, ALinkIsRefusedAndItsTargetLeftAlone) {
+    CreateKey(HKEY_LOCAL_MACHINE, cThird);
+    const RegistryLink link(cFirst, cThird);
+    const std::wstring linkBefore = DaclOf(cFirst);
+    const std::wstring targetBefore = DaclOf(cThird);
+    EXPECT_EQ(E_FAIL, MakeAccessible({cFirst, cSecond}));
+    EXPECT_EQ(linkBefore, DaclOf(cFirst));
+    EXPECT_EQ(targetBefore, DaclOf(cThird));
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cSecond));
+}
+
+TEST_F(RegKeySecurityTest, ALinkToNowhereIsRefusedAndCreatesNothing) {
+    CreateKey(HKEY_LOCAL_MACHINE, cRoot);
+    const RegistryLink link(cFirst, cThird);
+    EXPECT_EQ(E_FAIL, MakeAccessible({cFirst}));
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cThird));
+}
+
+TEST_F(RegKeySecurityTest, ALinkThatDeniesIsRefusedAndLeftAsItIs) {
+    CreateKey(HKEY_LOCAL_MACHINE, cThird);
+    const RegistryLink link(cFirst, cThird);
+    const DeniedKey denied(cFirst);
+    const std::wstring linkBefore = DaclOf(cFirst);
+    const std::wstring targetBefore = DaclOf(cThird);
+    EXPECT_EQ(E_FAIL, MakeAccessible({cFirst}));
+    EXPECT_EQ(linkBefore, DaclOf(cFirst));
+    EXPECT_EQ(targetBefore, DaclOf(cThird));
+}
+
+TEST_F(RegKeySecurityTest, NothingBelowARefusedLinkIsOpened) {
+    CreateKey(HKEY_LOCAL_MACHINE, std::wstring(cThird) + L"\\Below");
+    const std::wstring before = DaclOf(std::wstring(cThird) + L"\\Below");
+    const RegistryLink link(cSecond, cThird);
+    EXPECT_EQ(E_FAIL, MakeAccessible({cSecond, cBelowSecond}));
+    EXPECT_EQ(before, DaclOf(std::wstring(cThird) + L"\\Below"));
+}
+
+// Somebody plants a link just after the key was found missing.
+std::function<void()> g_beforeCreation;
+LSTATUS WINAPI CreateTooLate(HKEY root, LPCWSTR path, DWORD reserved, LPWSTR className,
+                             DWORD options, REGSAM access, LPSECURITY_ATTRIBUTES attributes,
+                             PHKEY key, LPDWORD disposition) {
+    g_beforeCreation();
+    return RegCreateKeyExW(root, path, reserved, className, options, access, attributes, key,
+                           disposition);
+}
+
+class RegKeySecurityRace : public RegKeySecurityTest {
+  protected:
+    ~RegKeySecurityRace() override { g_beforeCreation = nullptr; }
+
+    HRESULT MakeFirstWhileALinkIsPlanted() {
+        CreateKey(HKEY_LOCAL_MACHINE, cRoot);
+        std::optional<RegistryLink> link;
+        g_beforeCreation = [&link] { link.emplace(cFirst, cThird); };
+        RegKeyCalls calls;
+        calls.create = &CreateTooLate;
+        const HRESULT hr = RegKeySecurity::MakeRegKey(cFirst, calls);
+        EXPECT_TRUE(link);
+        return hr;
+    }
+};
+
+TEST_F(RegKeySecurityRace, WithALinkToAKeyDoesNotOpenThatKey) {
+    CreateKey(HKEY_LOCAL_MACHINE, cThird);
+    const std::wstring before = DaclOf(cThird);
+    EXPECT_EQ(E_FAIL, MakeFirstWhileALinkIsPlanted());
+    EXPECT_EQ(before, DaclOf(cThird));
+}
+
+TEST_F(RegKeySecurityRace, WithALinkToNowhereDoesNotOpenWhatIsCreatedThere) {
+    EXPECT_EQ(E_FAIL, MakeFirstWhileALinkIsPlanted());
+    EXPECT_NE(cWorldAccess, DaclOf(cThird));
+}
+
+// ---- Which call follows which ---------------------------------------------------------------
+
+std::vector<std::string> g_opened;
+LSTATUS WINAPI RecordOpening(HKEY parent, LPCWSTR path, DWORD options, REGSAM access,
+                             PHKEY key) {
+    std::ostringstream words;
+    words << (parent == HKEY_LOCAL_MACHINE ? "machine" : "handle") << (*path ? ", path" : "")
+          << std::hex << ", options " << options << ", access " << access;
+    g_opened.push_back(words.str());
+    return RegOpenKeyExW(parent, path, options, access, key);
+}
+
+// No opening follows a link, and after the first one the name is used no more.
+TEST_F(RegKeySecurityTest, ARepairGoesThroughTheHandleOfTheDeniedKey) {
+    CreateKey(HKEY_LOCAL_MACHINE, cFirst);
+    const DeniedKey denied(cFirst);
+    g_opened.clear();
+    UniqueRegKey key;
+    RegKeyCalls calls;
+    calls.open = &RecordOpening;
+    EXPECT_EQ(S_OK, RegKeySecurity::CreateRegKey(cFirst, key.Put(), calls));
+    EXPECT_EQ((std::vector<std::string>{
+                  "machine, path, options 8, access 2001b",
+                  "machine, path, options 8, access 40000",
+                  "handle, options 8, access 20000",
+                  "handle, options 8, access 2001b",
+              }),
+              g_opened);
+}
+
+// ---- The handle, privileges, descriptors ----------------------------------------------------
 
 TEST_F(RegKeySecurityTest, CreatingAKeyHandsOutItsHandle) {
     UniqueRegKey key;
@@ -208,23 +327,48 @@ TEST_F(RegKeySecurityTrace, AFailedKeyTellsItsWin32Code) {
                   "SOFTWARE\\KORA4 key security test\\Second\\Below"}));
 }
 
-TEST_F(RegKeySecurityTrace, AKeyThatMayNotBeOpenedTellsAccessDenied) {
+TEST_F(RegKeySecurityTrace, AKeyThatMayNeitherBeOpenedNorRepairedTellsAccessDenied) {
     CreateKey(HKEY_LOCAL_MACHINE, cFirst);
-    SetDaclOf(cFirst, L"D:(A;;KR;;;WD)(A;;WDSDRC;;;BA)");
+    GiveToSystem(cFirst);
+    SetDacl(cFirst, L"D:(A;;KRSD;;;WD)");
     EXPECT_EQ(Run({cFirst}, trace::eSecurity),
               (std::vector<std::string>{
                   "RegKeySecurity::CreateRegKey Create reg key SOFTWARE\\KORA4 key security "
                   "test\\First code: 5",
                   "RegKeySecurity::MakeRegKeysAccessible MakeRegKey hr: 0x80004005 name: "
                   "SOFTWARE\\KORA4 key security test\\First"}));
-    SetDaclOf(cFirst, cWorldAccess);
+}
+
+TEST_F(RegKeySecurityTrace, ARepairedKeyIsToldOfOnce) {
+    CreateKey(HKEY_LOCAL_MACHINE, cFirst);
+    const DeniedKey denied(cFirst);
+    const auto texts = Run({cFirst}, trace::eSecurity);
+    const std::string name = "SOFTWARE\\KORA4 key security test\\First";
+    ASSERT_EQ(6u, texts.size());
+    EXPECT_EQ("RegKeySecurity::CreateRegKey Create reg key " + name + " code: 0", texts[0]);
+    EXPECT_EQ("RegKeySecurity::MakeRegKey Post creation security string for: " + name,
+              texts[1]);
+    EXPECT_EQ("RegKeySecurity::MakeRegKey Post-set security string for: " + name, texts[3]);
+    EXPECT_EQ("RegKeySecurity::MakeRegKeysAccessible MakeRegKey hr: 0x00000000 name: " + name,
+              texts[5]);
+}
+
+TEST_F(RegKeySecurityTrace, ALinkTellsThatItIsOne) {
+    CreateKey(HKEY_LOCAL_MACHINE, cThird);
+    const RegistryLink link(cFirst, cThird);
+    EXPECT_EQ((std::vector<std::string>{
+                  "RegKeySecurity::CreateRegKey Create reg key SOFTWARE\\KORA4 key security "
+                  "test\\First code: 681",
+                  "RegKeySecurity::MakeRegKeysAccessible MakeRegKey hr: 0x80004005 name: "
+                  "SOFTWARE\\KORA4 key security test\\First"}),
+              Run({cFirst}, trace::eSecurity));
 }
 
 TEST_F(RegKeySecurityTrace, AKeyWhoseAccessListMayNotBeChangedTellsSo) {
     CreateKey(HKEY_LOCAL_MACHINE, cFirst);
     // An owner may always change the list: the key has to belong to somebody else.
     GiveToSystem(cFirst);
-    SetDaclOf(cFirst, L"D:(A;;0x3001B;;;WD)");
+    SetDacl(cFirst, L"D:(A;;0x3001B;;;WD)");
     const auto texts = Run({cFirst}, trace::eSecurity);
     EXPECT_NE(std::find(texts.begin(), texts.end(),
                         "RegKeySecurity::MakeRegKey Error setting world DACL"),

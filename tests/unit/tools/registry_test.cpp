@@ -10,6 +10,7 @@
 #include "registry/store_access.h"
 #include "registry/store_lock.h"
 #include "schema/document.h"
+#include "support/foreign_mutex.h"
 #include "support/raw_store.h"
 #include "unit/tools/memory_store.h"
 
@@ -197,6 +198,20 @@ TEST(StoreLock, IsFreeAfterItsScope) {
     std::thread([] {
         EXPECT_EQ(CodeOf([] { StoreLock lock(cPatience); }), ExitCode::eDone);
     }).join();
+}
+
+TEST(StoreLock, HoldsTheMutexOfAnotherToken) {
+    const test::ForeignMutex foreign;
+    const StoreLock lock(cPatience);
+    std::thread([&] { EXPECT_EQ(DWORD{WAIT_TIMEOUT}, foreign.Take(0)); }).join();
+}
+
+TEST(StoreLock, SaysSoWhenTheNameMeansSomethingElse) {
+    const UniqueHandle event(
+        CreateEventW(nullptr, TRUE, FALSE, L"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}"));
+    ASSERT_TRUE(event);
+    EXPECT_EQ(ExitCode::eFailed, CodeOf([] { StoreLock lock(cPatience); }));
+    EXPECT_EQ(ExitCode::eFailed, CodeOf([] { OpenStoreMutex(); }));
 }
 
 TEST(ChangeWatch, WakesForEachChangeOfTheDynamicKeys) {
