@@ -14,7 +14,6 @@ namespace kora4::tools {
 namespace {
 
 using published::GeneralSetting;
-using published::SettingKind;
 
 // ---- Keys -------------------------------------------------------------------------------
 
@@ -72,39 +71,9 @@ bool FlagDefault(Technology technology, std::uint32_t profile) {
 
 // ---- The walk ---------------------------------------------------------------------------
 
-Kind KindOf(const KORA4FieldDef& field) {
-    switch (field.typeCode) {
-        case cBooleanField:
-            return Kind::eSwitch;
-        case cFloatField:
-            return Kind::eFloat;
-        case cFloatArraysField:
-            return Kind::eNumericArray;
-        case cSelectedArrayField:
-            return Kind::eCurveIndex;
-        case cFlagArrayField:
-            return Kind::eFlagArray;
-        default:
-            return Kind::eNumber;
-    }
-}
-
 // How many values a field takes: the selected curve is built in, only its index is stored.
 unsigned StoredArrays(const KORA4FieldDef& field) {
     return field.typeCode == cSelectedArrayField ? 0 : field.m_numArrays;
-}
-
-Kind KindOf(SettingKind kind) {
-    switch (kind) {
-        case SettingKind::eSwitch:
-            return Kind::eSwitch;
-        case SettingKind::eText:
-            return Kind::eText;
-        case SettingKind::eBlob:
-            return Kind::eBlob;
-        default:
-            return Kind::eNumber;
-    }
 }
 
 Role RoleOf(const GeneralSetting& setting) {
@@ -131,7 +100,7 @@ SchemaValue FromGeneral(const GeneralSetting& setting) {
     SchemaValue value;
     value.keySet = setting.keySet;
     value.key = setting.key;
-    value.kind = KindOf(setting.kind);
+    value.kind = setting.kind;
     value.role = RoleOf(setting);
     if (setting.HasDefault())
         value.defaultNumber = setting.defaultNumber;
@@ -150,7 +119,7 @@ SchemaValue FromField(Technology technology, std::uint32_t profile, const KORA4F
                       unsigned array) {
     SchemaValue value = OfTechnology(technology, profile);
     value.key = PatchKey(technology, profile, field.pid + array);
-    value.kind = KindOf(field);
+    value.kind = static_cast<Kind>(field.typeCode);
     value.role = Role::eField;
     value.array = array;
     value.arrays = StoredArrays(field);

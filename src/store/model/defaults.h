@@ -116,6 +116,10 @@ inline constexpr EnumFieldDef cDynamicEQCurve{cDynamicEQCurveIndex, cDynamicEQCu
                                               std::size(cDynamicEQCurves)};
 static_assert(std::size(cDynamicEQCurves) == eNumberIEQPatches);
 
+// Of settings that belong to no technology and are not 0.
+inline constexpr std::uint32_t cSamplingPeriod = 50;  // milliseconds
+inline constexpr std::uint32_t cStaticNumber57 = 200;
+
 // On/off defaults of the preset technologies: one flag per preset profile.
 inline constexpr std::uint32_t VeltoVolumeOnElseOffDefaults[] = {1, 1, 1};
 inline constexpr std::uint32_t DialogEnhancementOnElseOffDefaults[] = {1, 0, 0};
