@@ -51,10 +51,9 @@ std::string FaultHelp() {
     return help;
 }
 
-// "10 to 10000"
-template <typename Number>
-std::string Range(Number lowest, Number highest) {
-    return Decimal(static_cast<float>(lowest)) + " to " + Decimal(static_cast<float>(highest));
+// "10 to 10000"; the ends are whole numbers.
+std::string Range(std::uint32_t lowest, double highest) {
+    return std::to_string(lowest) + " to " + std::to_string(std::llround(highest));
 }
 
 Failure OutOfRange(const char* option, const std::string& range) {
@@ -65,7 +64,7 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
     EngineOptions options;
     if (root.count("--for") != 0) {
         if (!(choices.seconds >= 0) || !(choices.seconds <= cLongestRun))
-            throw OutOfRange("--for", Range(0.0, cLongestRun) + " seconds");
+            throw OutOfRange("--for", Range(0, cLongestRun) + " seconds");
         options.runMilliseconds =
             static_cast<std::uint64_t>(std::llround(choices.seconds * 1000));
     }
@@ -89,7 +88,7 @@ void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
     if (root.count("--records") == 0)
         return;
     if (choices.records < 0 || choices.records > cMostRecords)
-        throw OutOfRange("--records", Range(0u, cMostRecords) + " processing objects");
+        throw OutOfRange("--records", Range(0, cMostRecords) + " processing objects");
     const RecordShape last = scene.records.empty() ? RecordShape() : scene.records.back();
     scene.records.resize(static_cast<std::size_t>(choices.records), last);
 }
@@ -128,9 +127,9 @@ void AddOptions(Context& context) {
                     "a scene by its name (see --list), or the path of a scene file (default: "
                     "music)");
     root.add_flag("--list", choices->list, "list the scenes and exit");
-    root.add_option("--for", choices->seconds,
-                    "end after that many seconds, " + Range(0.0, cLongestRun) +
-                        "; without it: at Ctrl-C")
+    root.add_option(
+            "--for", choices->seconds,
+            "end after that many seconds, " + Range(0, cLongestRun) + "; without it: at Ctrl-C")
         ->type_name("S");
     root.add_option("--seed", choices->seed,
                     "what chance begins with, 0 to 2^64-1 (default: 1); the same seed, scene "
@@ -141,13 +140,13 @@ void AddOptions(Context& context) {
                         ", whatever the store says")
         ->type_name("MS");
     root.add_option("--records", choices->records,
-                    "publish that many processing objects, " + Range(0u, cMostRecords) +
+                    "publish that many processing objects, " + Range(0, cMostRecords) +
                         ", instead of the scene's")
         ->type_name("N");
     root.add_flag("--no-publish", choices->noPublish, "only look, publish no levels");
     root.add_option("--fault", choices->faults,
                     "go wrong, at once or that many seconds after the start, " +
-                        Range(0.0, cLongestRun) + "; may be repeated")
+                        Range(0, cLongestRun) + "; may be repeated")
         ->type_name("NAME[=ARG][@S]")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
