@@ -3,27 +3,16 @@
 #ifndef KORA4_PUBLISHED_GENERAL_SETTINGS_H
 #define KORA4_PUBLISHED_GENERAL_SETTINGS_H
 
-#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "store/model/defaults.h"
 #include "store/model/profiles.h"
 #include "store/model/property_key.h"
+#include "store/model/value_kind.h"
 #include "trace/trace.h"
 
 namespace kora4::published {
-
-enum class SettingKind {
-    eSwitch,  // REG_DWORD; every number but 0 is on, the library writes 0 or 1
-    eNumber,  // REG_DWORD
-    eText,    // REG_SZ
-    eBlob,    // REG_BINARY
-};
-
-constexpr const char* NameOfKind(SettingKind kind) {
-    constexpr const char* cNames[] = {"switch", "number", "text", "blob"};
-    return cNames[static_cast<std::size_t>(kind)];
-}
 
 // What a setting is to somebody who keeps or moves the settings of a machine.
 enum class SettingRole {
@@ -36,7 +25,7 @@ struct GeneralSetting {
     const char* name;
     PropertyKey key;
     KORA4KeySet keySet;
-    SettingKind kind;
+    ValueKind kind;
     SettingRole role;
     std::uint32_t defaultNumber;  // of switches and numbers; texts and blobs have none
     const char* meaning;
@@ -44,7 +33,7 @@ struct GeneralSetting {
     const char* readBy;
 
     constexpr bool HasDefault() const {
-        return kind == SettingKind::eSwitch || kind == SettingKind::eNumber;
+        return kind == ValueKind::eSwitch || kind == ValueKind::eNumber;
     }
 };
 
@@ -55,7 +44,7 @@ inline constexpr char cClientsAndEngine[] = "clients, engine";
 inline constexpr char cCarried[] = "carried; nothing depends on it yet";
 
 // The values that are carried along: written by nobody, looked at by everybody.
-constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, SettingKind kind,
+constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind kind,
                                  std::uint32_t defaultNumber, const char* meaning = cCarried) {
     return {name,
             pkey::Setting(pid),
@@ -70,7 +59,7 @@ constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, SettingKin
 
 constexpr GeneralSetting Command(const char* name, std::uint32_t pid, const char* meaning) {
     return {
-        name,    pkey::Setting(pid), eKeySetApp,  SettingKind::eText, SettingRole::eMachine, 0,
+        name,    pkey::Setting(pid), eKeySetApp,  ValueKind::eText, SettingRole::eMachine, 0,
         meaning, "the installer",    "Initialize"};
 }
 
@@ -78,58 +67,59 @@ constexpr GeneralSetting Command(const char* name, std::uint32_t pid, const char
 
 // By key set family and property id.
 inline constexpr GeneralSetting cGeneralSettings[] = {
-    {"enable", pkey::Setting(pkey::cMasterEnablePid), eKeySetDynamic, SettingKind::eSwitch,
+    {"enable", pkey::Setting(pkey::cMasterEnablePid), eKeySetDynamic, ValueKind::eSwitch,
      SettingRole::eUser, 1, "master enable: all processing on or off",
      "the enable methods, demo entry and exit", detail::cClientsAndEngine},
-    {"profile", pkey::Setting(pkey::cActivePresetPid), eKeySetDynamic, SettingKind::eNumber,
+    {"profile", pkey::Setting(pkey::cActivePresetPid), eKeySetDynamic, ValueKind::eNumber,
      SettingRole::eUser, cMovieProfile, "the active profile",
      "SetActiveProfile, demo entry and exit", detail::cClientsAndEngine},
     {"sampling-period", pkey::Setting(pkey::cSamplingPeriodPid), eKeySetStatic,
-     SettingKind::eNumber, SettingRole::eUser, 50,
+     ValueKind::eNumber, SettingRole::eUser, defaults::cSamplingPeriod,
      "how often a display should read the levels, in milliseconds",
      "SetVisualizationSamplingPeriod", detail::cClientsAndEngine},
-    {"levels", pkey::Setting(pkey::cVisualizationDataPid), eKeySetStatic, SettingKind::eBlob,
+    {"levels", pkey::Setting(pkey::cVisualizationDataPid), eKeySetStatic, ValueKind::eBlob,
      SettingRole::ePassing, 0, "the engine's levels", "the engine", "GetVisualizationData"},
     {"table-counter", pkey::Setting(pkey::cProfileTableCounterPid), eKeySetDynamic,
-     SettingKind::eNumber, SettingRole::ePassing, 0,
+     ValueKind::eNumber, SettingRole::ePassing, 0,
      "counts the changes of the table of custom profiles", "create, rename, delete", "clients"},
     {"dynamic-switch", pkey::Setting(pkey::cDynamicSwitchPid), eKeySetDynamic,
-     SettingKind::eSwitch, SettingRole::eMachine, 1,
+     ValueKind::eSwitch, SettingRole::eMachine, 1,
      "carried and kept as it is; nothing depends on it yet", detail::cNobody,
      detail::cClientsAndEngine},
-    {"saved-enable", pkey::Setting(pkey::cSavedEnablePid), eKeySetStatic, SettingKind::eSwitch,
+    {"saved-enable", pkey::Setting(pkey::cSavedEnablePid), eKeySetStatic, ValueKind::eSwitch,
      SettingRole::ePassing, 1, "the master enable before the demo", "demo entry", "demo exit"},
-    {"saved-profile", pkey::Setting(pkey::cSavedProfilePid), eKeySetStatic,
-     SettingKind::eNumber, SettingRole::ePassing, cMovieProfile,
-     "the active profile before the demo", "demo entry", "demo exit"},
-    detail::Carried("refresh-1", pkey::cFirstRefreshSwitchPid, SettingKind::eSwitch, 0,
+    {"saved-profile", pkey::Setting(pkey::cSavedProfilePid), eKeySetStatic, ValueKind::eNumber,
+     SettingRole::ePassing, cMovieProfile, "the active profile before the demo", "demo entry",
+     "demo exit"},
+    detail::Carried("refresh-1", pkey::cFirstRefreshSwitchPid, ValueKind::eSwitch, 0,
                     "first refresh switch, ordinary profiles; nothing depends on it yet"),
-    detail::Carried("refresh-1-demo", pkey::cFirstRefreshSwitchDemoPid, SettingKind::eSwitch, 0,
+    detail::Carried("refresh-1-demo", pkey::cFirstRefreshSwitchDemoPid, ValueKind::eSwitch, 0,
                     "first refresh switch, demo profiles; nothing depends on it yet"),
-    detail::Carried("refresh-2", pkey::cSecondRefreshSwitchPid, SettingKind::eSwitch, 0,
+    detail::Carried("refresh-2", pkey::cSecondRefreshSwitchPid, ValueKind::eSwitch, 0,
                     "second refresh switch, ordinary profiles; nothing depends on it yet"),
-    detail::Carried("refresh-2-demo", pkey::cSecondRefreshSwitchDemoPid, SettingKind::eSwitch,
-                    0, "second refresh switch, demo profiles; nothing depends on it yet"),
-    detail::Carried("switch-54", pkey::cStaticSwitch54Pid, SettingKind::eSwitch, 0),
-    detail::Carried("switch-55", pkey::cStaticSwitch55Pid, SettingKind::eSwitch, 0),
-    detail::Carried("switch-56", pkey::cStaticSwitch56Pid, SettingKind::eSwitch, 0),
-    detail::Carried("number-57", pkey::cStaticNumber57Pid, SettingKind::eNumber, 200),
-    detail::Carried("number-58", pkey::cStaticNumber58Pid, SettingKind::eNumber, 0),
-    detail::Carried("switch-59", pkey::cStaticSwitch59Pid, SettingKind::eSwitch, 0),
+    detail::Carried("refresh-2-demo", pkey::cSecondRefreshSwitchDemoPid, ValueKind::eSwitch, 0,
+                    "second refresh switch, demo profiles; nothing depends on it yet"),
+    detail::Carried("switch-54", pkey::cStaticSwitch54Pid, ValueKind::eSwitch, 0),
+    detail::Carried("switch-55", pkey::cStaticSwitch55Pid, ValueKind::eSwitch, 0),
+    detail::Carried("switch-56", pkey::cStaticSwitch56Pid, ValueKind::eSwitch, 0),
+    detail::Carried("number-57", pkey::cStaticNumber57Pid, ValueKind::eNumber,
+                    defaults::cStaticNumber57),
+    detail::Carried("number-58", pkey::cStaticNumber58Pid, ValueKind::eNumber, 0),
+    detail::Carried("switch-59", pkey::cStaticSwitch59Pid, ValueKind::eSwitch, 0),
     detail::Command("profile-editor-command", pkey::cProfileEditorCommandPid,
                     "command line of the profile editor"),
     detail::Command("profile-selector-command", pkey::cProfileSelectorCommandPid,
                     "command line of the profile selector"),
     detail::Command("demo-app-command", pkey::cDemoAppCommandPid,
                     "command line of the demo application"),
-    {"trace-flags", pkey::Setting(pkey::cTraceFlagsPid), eKeySetStatic, SettingKind::eNumber,
+    {"trace-flags", pkey::Setting(pkey::cTraceFlagsPid), eKeySetStatic, ValueKind::eNumber,
      SettingRole::eMachine, trace::cDefaultFlags,
      "the trace flag word; the default is the word a process starts with", "support",
      "Initialize"},
     {"engine-mask",
      {pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid},
      eKeySetStatic,
-     SettingKind::eNumber,
+     ValueKind::eNumber,
      SettingRole::eMachine,
      0,
      "which technologies the installed engine carries: bit n is number n + 1 of the engine",

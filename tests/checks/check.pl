@@ -42,7 +42,7 @@ my %below = (
     'trace'         => [],
     'platform'      => ['trace'],
     'store/model'   => ['trace', @pure],
-    'store/codec'   => ['trace', @pure],
+    'store/codec'   => [@pure],
     'store/visdata' => ['trace', @pure],
     'store/access'  => ['trace', 'platform', @pure],
     'store/patches' => ['trace', @patches],
@@ -54,9 +54,9 @@ my %below = (
     'server'        => ['trace', 'platform', 'proxy', 'monitor', @clients, 'api'],
 );
 
-# The tools: their own rooms, and the tables of src/ that say what the store, the results and
-# the trace are, and the one way to the store's mutex. Never the library's code, for a tool is a
-# client like any other.
+# The tools: their own rooms, the tables of src/ that say what the store, the results and the
+# trace are, the codec of stored texts, and the one way to the store's mutex. Never the rest of
+# the library's code, for a tool is a client like any other.
 my @shared_tools = qw(common registry schema);
 my %below_of_tools = (
     'common'   => [],
@@ -67,7 +67,8 @@ my %below_of_tools = (
 );
 my $tables_for_tools = join '|', qw(
     store/model/[^/]+ store/patches/field_(tables|def) store/access/(registry_paths|(named|open)_mutex)
-    store/codec/array_text api/patch_limits trace/trace published/[^/]+);
+    store/codec/(array|float)_text api/(patch_limits|display_levels) platform/version
+    trace/trace published/[^/]+);
 
 sub room_of {
     my ($path) = @_;

@@ -239,7 +239,7 @@ std::vector<Row> PublishedSettings() {
     for (const published::GeneralSetting& setting : published::cGeneralSettings)
         if (setting.key.fmtid == pkey::cSettingsGuid)
             rows.push_back({Text(setting.key.pid), NameOfKeySet(setting.keySet),
-                            published::NameOfKind(setting.kind),
+                            NameOf(setting.kind),
                             setting.HasDefault() ? Text(setting.defaultNumber) : "none"});
     std::ranges::sort(rows);
     return rows;

@@ -13,6 +13,7 @@
 #include "store/codec/array_text.h"
 #include "store/codec/float_text.h"
 #include "store/model/property_key.h"
+#include "store/model/value_kind.h"
 #include "store/patches/field_tables.h"
 #include "store/visdata/vis_key_data.h"
 
@@ -207,8 +208,7 @@ std::vector<Row> Bounds(const Document&) {
          }))},
         {"scale", Text(LastAccepted(&EncodesAtScale))},
         {"array text", Text(codec::cArrayTextChars - 1)},
-        {"text bytes",
-         Text(ConstantOf("src/store/access/reg_prop_keys_access.h", "cMaxTextBytes"))},
+        {"text bytes", Text(cMaxTextBytes)},
         {"value name", Text(cValueNameCapacity - 1)},
     };
 }

@@ -73,15 +73,6 @@ std::vector<NamedNumber> MacrosOf(const std::string& path, const std::string& pr
     return found;
 }
 
-std::uint32_t ConstantOf(const std::string& path, const std::string& name) {
-    const std::string text = ReadProjectFile(path);
-    std::smatch match;
-    const bool found = std::regex_search(
-        text, match, std::regex("\\b" + name + R"( = (0x[0-9A-Fa-f]+|\d+);)"));
-    EXPECT_TRUE(found) << name;
-    return found ? Number(match[1]) : 0;
-}
-
 std::vector<IdlMethod> MethodsOf(const std::string& interfaceName) {
     const std::string body = BodyOf(WithoutComments(ReadProjectFile(cIdl)),
                                     "interface " + interfaceName + " : IUnknown");

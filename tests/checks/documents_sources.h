@@ -23,9 +23,6 @@ std::vector<NamedNumber> EnumeratorsOf(const std::string& path, const std::strin
 // `#define PREFIX... NUMBER` and `#define PREFIX... KORA4_RESULT_CODE(NUMBER)`, in order.
 std::vector<NamedNumber> MacrosOf(const std::string& path, const std::string& prefix);
 
-// The number behind `name = ` in a source.
-std::uint32_t ConstantOf(const std::string& path, const std::string& name);
-
 struct IdlMethod {
     std::string name;
     std::string parameters;  // "[in] LONG a, [out] BOOL *b"

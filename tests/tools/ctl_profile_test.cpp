@@ -64,7 +64,7 @@ TEST_F(CtlProfile, NamesAreAsLongAsCanBeReadAgain) {
 }
 
 TEST_F(CtlProfile, AnUnreadableNameIsExplained) {
-    WriteStoredUINT(eKeySetStatic, ProfileNameKey(5), 1);
+    WriteStoredUINT(eKeySetStatic, pkey::ProfileName(5), 1);
     Refused({"profile", "table"}, cFailed, "lint");
     EXPECT_EQ(Done({"profile", "delete", "p3"}), "p3 was deleted.\n");
     Done({"profile", "table"});

@@ -74,7 +74,7 @@ TEST_F(CtlStatus, TellsADemo) {
 }
 
 TEST_F(CtlStatus, UnreadableThingsDoNotKeepItFromTellingTheRest) {
-    WriteStoredUINT(eKeySetStatic, ProfileNameKey(5), 1);
+    WriteStoredUINT(eKeySetStatic, pkey::ProfileName(5), 1);
     const tools::SchemaValue levels = tools::SettingValue(pkey::cVisualizationDataPid);
     WriteStoredUINT(levels.keySet, levels.key, 1);
     const Json status = DoneJson({"status"});

@@ -9,8 +9,6 @@
 #include <vector>
 
 #include "store/codec/array_text.h"
-#include "support/trace_capture.h"
-#include "support/trace_flags.h"
 
 namespace kora4::codec {
 namespace {
@@ -337,11 +335,9 @@ TEST(ArrayFieldWriter, MovesTheCursorAndLowersTheRoom) {
     char16_t buffer[64] = {};
     char16_t* pCursor = buffer;
     std::size_t charsAvail = 63;
-    EXPECT_EQ(WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eFirst, 0x1b),
-              result::cOk);
-    EXPECT_EQ(WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eWord, 0xFFFF),
-              result::cOk);
-    EXPECT_EQ(WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eFlag, 1), result::cOk);
+    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 0x1b), result::cOk);
+    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eWord, 0xFFFF), result::cOk);
+    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFlag, 1), result::cOk);
     EXPECT_EQ(std::u16string(buffer), u"001b,ffff,1");
     EXPECT_EQ(pCursor, buffer + 11);
     EXPECT_EQ(charsAvail, 52u);
@@ -351,9 +347,9 @@ TEST(ArrayFieldWriter, WritesNumbersOfMoreThanFourDigitsWhole) {
     char16_t buffer[64] = {};
     char16_t* pCursor = buffer;
     std::size_t charsAvail = 63;
-    WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eWord, 0x10000);
-    WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eFlag, 0xFEDCBA98);
-    WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eFlag, 0);
+    PutArrayField(&pCursor, &charsAvail, ArrayField::eWord, 0x10000);
+    PutArrayField(&pCursor, &charsAvail, ArrayField::eFlag, 0xFEDCBA98);
+    PutArrayField(&pCursor, &charsAvail, ArrayField::eFlag, 0);
     EXPECT_EQ(std::u16string(buffer), u",10000,fedcba98,0");
 }
 
@@ -361,41 +357,21 @@ TEST(ArrayFieldWriter, NeedsRoomFor32Characters) {
     char16_t buffer[64] = {};
     char16_t* pCursor = buffer;
     std::size_t charsAvail = 31;
-    EXPECT_EQ(WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eFirst, 1),
+    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 1),
               result::cOutOfMemory);
     EXPECT_EQ(pCursor, buffer);
     EXPECT_EQ(charsAvail, 31u);
     EXPECT_EQ(buffer[0], u'\0');
     charsAvail = 32;
-    EXPECT_EQ(WriteArrayNumericField(&pCursor, &charsAvail, ArrayField::eFirst, 1),
-              result::cOk);
+    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 1), result::cOk);
     EXPECT_EQ(charsAvail, 28u);
-}
-
-TEST(ArrayFieldWriter, LeavesEntryAndExitLinesOfEveryPiece) {
-    test::TraceLog log;
-    char16_t text[cArrayTextChars];
-    const std::vector<std::uint32_t> flags(495, 1);
-    {
-        const test::TraceFlags scoped(trace::eAllEntryExit | trace::eLogFiles);
-        EncodeFlagArray(1, flags.data(), text);
-    }
-    const auto lines = log.Read("KORA4PropKey");
-    EXPECT_EQ(test::MessagesOf(lines, "KORA4PropKeyStoreAccess::WriteArrayNumericField"),
-              (std::vector<std::string>{">>", "<< hr: 0x00000000", ">>", "<< hr: 0x00000000"}));
-    log.Clear();
-    {
-        const test::TraceFlags scoped(trace::eResults | trace::eLogFiles);
-        EncodeFlagArray(495, flags.data(), text);
-    }
-    EXPECT_EQ(test::Messages(log.Read("KORA4PropKey")).back(), "<< hr: 0x8007000e");
 }
 
 TEST(ArrayFieldWriter, RefusesAnUnknownFormat) {
     char16_t buffer[64] = {};
     char16_t* pCursor = buffer;
     std::size_t charsAvail = 63;
-    EXPECT_EQ(WriteArrayNumericField(&pCursor, &charsAvail, static_cast<ArrayField>(9), 1),
+    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, static_cast<ArrayField>(9), 1),
               result::cFail);
     EXPECT_EQ(pCursor, buffer);
     EXPECT_EQ(charsAvail, 63u);

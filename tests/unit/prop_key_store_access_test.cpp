@@ -231,5 +231,26 @@ TEST_F(PropKeyStoreAccess, TracesUnderTheTagOfTheClientAndTheArrayWriterUnderIts
         MessagesOf(trace.Read("KORA4PropKey"), "KORA4PropKeyStoreAccess::WriteNumericArray"));
 }
 
+TEST_F(PropKeyStoreAccess, LeavesEntryAndExitLinesOfEveryPieceOfAnArray) {
+    const std::vector<std::uint32_t> flags(495, 1);
+    constexpr char cWriter[] = "KORA4PropKeyStoreAccess::WriteArrayNumericField";
+    {
+        const test::StoreTrace trace(trace::eAllEntryExit);
+        m_values.WriteFlagArray(eKeySetStatic, cKey, 1, flags.data());
+        EXPECT_EQ((Texts{">>", "<< hr: 0x00000000", ">>", "<< hr: 0x00000000"}),
+                  MessagesOf(trace.Read("KORA4PropKey"), cWriter));
+    }
+    const test::StoreTrace trace(trace::eResults);
+    m_values.WriteFlagArray(eKeySetStatic, cKey, 495, flags.data());
+    EXPECT_EQ("<< hr: 0x8007000e", MessagesOf(trace.Read("KORA4PropKey"), cWriter).back());
+}
+
+TEST_F(PropKeyStoreAccess, LeavesNoLineOfAPieceWhenNothingIsTraced) {
+    const test::StoreTrace trace(trace::eMessages);
+    const std::uint32_t flags[] = {1};
+    m_values.WriteFlagArray(eKeySetStatic, cKey, 1, flags);
+    EXPECT_EQ(Texts{}, test::Messages(trace.Read("KORA4PropKey")));
+}
+
 }  // namespace
 }  // namespace kora4

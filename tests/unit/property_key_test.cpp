@@ -113,6 +113,18 @@ TEST(ProfileNameKey, CarriesTheProfileAndLeavesTheLowByteZero) {
     }
 }
 
+TEST(PlainKeys, AreThoseOfTheStoreAndLeaveNoLine) {
+    const test::StoreTrace trace(trace::eAllEntryExit);
+    const PropertyKey patch = pkey::PresetPatch(eHeadphoneTech, 5, 4);
+    const PropertyKey patchOfNoProfile = pkey::PresetPatch(eHeadphoneTech, cNoProfile, 4);
+    const PropertyKey name = pkey::ProfileName(5);
+    EXPECT_TRUE(trace.Read("KORA4UIKeysClient").empty());
+    EXPECT_EQ(PresetPatchKey(eHeadphoneTech, 5, 4), patch);
+    EXPECT_EQ(PresetPatchKey(eHeadphoneTech, cNoProfile, 4), patchOfNoProfile);
+    EXPECT_EQ(ProfileNameKey(5), name);
+    EXPECT_EQ(4u, trace.Read("KORA4UIKeysClient").size());
+}
+
 TEST(PropKeyBase, PlacingANumberClearsWhatWasThere) {
     KORA4PropKeyBase key(pkey::cPresetPatchGuid, 7);
     key.SetTechField(0xFF);

@@ -6,6 +6,7 @@
 #include "common/failure.h"
 #include "common/nearest.h"
 #include "common/text.h"
+#include "platform/version.h"
 
 namespace kora4::tools {
 
@@ -117,7 +118,7 @@ ExitCode Tell(Output& output, const char* name, const Failure& failure) {
 void AddCommonOptions(CLI::App& root, Output& output) {
     root.add_flag("--json", output.json, "print the result as JSON");
     root.add_flag("--quiet,-q", output.quiet, "print results and errors only, no messages");
-    root.set_version_flag("--version", KORA4_VERSION);
+    root.set_version_flag("--version", KORA4_VERSION_TEXT);
     root.set_help_flag("--help,-h", "print this help and exit");
 }
 

@@ -125,8 +125,8 @@ void RefuseBadFrequencies(const Setting& setting, const std::vector<float>& freq
     for (const float frequency : frequencies) {
         if (frequency < 1 || frequency > cHighestFrequency)
             throw Failure(ExitCode::eBadInput, Decimal(frequency) + " is no value for '" +
-                                                   setting.name +
-                                                   "': bands lie from 1 to 32767 Hz.");
+                                                   setting.name + "': bands lie from " +
+                                                   FrequencyRange() + ".");
     }
 }
 

@@ -3,6 +3,8 @@
 #ifndef KORA4_TOOLS_KORA4CTL_EQUALIZER_H
 #define KORA4_TOOLS_KORA4CTL_EQUALIZER_H
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,7 +20,7 @@ struct Band {
 using Bands = std::vector<Band>;
 
 // Hz. The store holds whole ones with a sign, in 16 bits.
-inline constexpr float cHighestFrequency = 32767;
+inline constexpr float cHighestFrequency = std::numeric_limits<std::int16_t>::max();
 
 // ---- Text -------------------------------------------------------------------------------
 
@@ -45,8 +47,12 @@ std::string FrequencyProblem(const Bands& bands, std::size_t index);
 // frequency, and beyond its ends what it is at the ends. Both ascend and are positive.
 Bands Resample(const Bands& curve, const Bands& frequencies);
 
-// To the nearest gain that can be stored, in 1/256 dB.
+// To the nearest gain that can be stored.
 float StorableGain(double gain);
+
+// "-12 to +12", in dB; "1 to 32767 Hz".
+std::string GainRange();
+std::string FrequencyRange();
 
 // ---- Pictures ---------------------------------------------------------------------------
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/results.h"
+#include "store/model/field_ids.h"
 #include "store/model/patch_records.h"
 #include "store/model/technologies.h"
 
@@ -11,8 +12,6 @@ namespace kora4::tools {
 namespace {
 
 constexpr Technology cGraphicEq{Family::ePreset, eStandardEQTech};
-constexpr std::uint32_t cFrequenciesPid = 3;
-constexpr std::uint32_t cGainsPid = 4;
 
 std::vector<float> EffectiveArray(std::uint32_t pid, std::uint32_t profile,
                                   StoreAccess& store) {
@@ -28,8 +27,9 @@ Equalizer ReadStored(const SettingAccess& access, std::uint32_t profile) {
     equalizer.profile = profile;
     const std::optional<Value> isOn = Effective(FlagValue(cGraphicEq, profile), *store);
     equalizer.isOn = isOn && std::get<bool>(*isOn);
-    const std::vector<float> frequencies = EffectiveArray(cFrequenciesPid, profile, *store);
-    std::vector<float> gains = EffectiveArray(cGainsPid, profile, *store);
+    const std::vector<float> frequencies =
+        EffectiveArray(pkey::cStandardEQFreqPid, profile, *store);
+    std::vector<float> gains = EffectiveArray(pkey::cStandardEQGainPid, profile, *store);
     gains.resize(frequencies.size());
     for (std::size_t i = 0; i < frequencies.size(); ++i)
         equalizer.bands.push_back({frequencies[i], gains[i]});
@@ -51,8 +51,8 @@ void WriteStored(const SettingAccess& access, std::uint32_t profile, const Bands
     }
     const std::unique_ptr<StoreAccess> store = access.Store(OpenMode::eReadWrite);
     const StoreLock lock = access.Lock();
-    WriteArray(cFrequenciesPid, profile, frequencies, *store);
-    WriteArray(cGainsPid, profile, gains, *store);
+    WriteArray(pkey::cStandardEQFreqPid, profile, frequencies, *store);
+    WriteArray(pkey::cStandardEQGainPid, profile, gains, *store);
     store->Bump(TriggerValue(cGraphicEq).key);
 }
 

@@ -3,9 +3,11 @@
 #include <cmath>
 #include <limits>
 
+#include "api/patch_limits.h"
 #include "common/failure.h"
 #include "common/text.h"
 #include "kora4ctl/equalizer.h"
+#include "store/patches/field_tables.h"
 
 namespace kora4::tools {
 
@@ -177,7 +179,15 @@ Bands Resample(const Bands& curve, const Bands& frequencies) {
 }
 
 float StorableGain(double gain) {
-    return static_cast<float>(std::round(gain * 256) / 256);
+    return static_cast<float>(std::round(gain * fields::cQ8) / fields::cQ8);
+}
+
+std::string GainRange() {
+    return Decimal(cGraphicEQGainMin) + " to +" + Decimal(cGraphicEQGainMax);
+}
+
+std::string FrequencyRange() {
+    return "1 to " + Decimal(cHighestFrequency) + " Hz";
 }
 
 }  // namespace kora4::tools

@@ -10,6 +10,7 @@
 #include "common/handles.h"
 #include "common/results.h"
 #include "common/text.h"
+#include "platform/version.h"
 
 namespace kora4::tools {
 namespace {
@@ -142,11 +143,11 @@ void ExamineFile(const Registration& registration, Observations& found) {
             ReRegister());
         return;
     }
-    if (registration.fileVersion != KORA4_VERSION)
+    if (registration.fileVersion != KORA4_VERSION_TEXT)
         add(Severity::eWarning,
             "The registered file says version " +
                 (registration.fileVersion.empty() ? "nothing" : registration.fileVersion) +
-                ", this program is of version " KORA4_VERSION ".",
+                ", this program is of version " KORA4_VERSION_TEXT ".",
             "Use the library and the program of one version.");
     if (registration.apiVersion != registration.fileVersion)
         add(Severity::eWarning,

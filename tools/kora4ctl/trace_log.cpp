@@ -7,6 +7,7 @@
 #include "common/handles.h"
 #include "common/results.h"
 #include "common/text.h"
+#include "published/trace_text.h"
 #include "trace/trace.h"
 
 namespace kora4::tools {
@@ -59,30 +60,14 @@ std::string ReadFrom(HANDLE file, std::uint64_t offset) {
 }  // namespace
 
 std::optional<TraceLine> ParseTraceLine(std::string_view text) {
+    published::TraceHead head;
+    if (!published::ParseTraceHead(text, &head) || head.tag.data() != text.data())
+        return {};
     TraceLine line;
-    const std::size_t tagEnd = text.find(": ");
-    if (tagEnd == 0 || tagEnd == std::string_view::npos)
-        return {};
-    line.module = text.substr(0, tagEnd);
-    if (line.module.find(' ') != std::string::npos)
-        return {};
-    text.remove_prefix(tagEnd + 2);
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    const auto number = std::from_chars(text.data(), text.data() + text.size(), line.line);
-    if (number.ec != std::errc())
-        return {};
-    text.remove_prefix(static_cast<std::size_t>(number.ptr - text.data()));
-    if (!text.starts_with(' '))
-        return {};
-    text.remove_prefix(1);
-    // A single colon ends the function's name, a double one belongs to it.
-    std::size_t end = 0;
-    while ((end = text.find(':', end)) != std::string_view::npos && text.substr(end, 2) == "::")
-        end += 2;
-    if (end == 0 || end == std::string_view::npos)
-        return {};
-    line.function = text.substr(0, end);
-    line.text = text.substr(end + 1);
+    line.module = head.tag;
+    std::from_chars(head.line.data(), head.line.data() + head.line.size(), line.line);
+    line.function = head.function;
+    line.text = head.message;
     return line;
 }
 

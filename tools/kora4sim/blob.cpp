@@ -6,16 +6,16 @@
 #include <limits>
 
 #include "common/text.h"
+#include "store/model/patch_records.h"
+#include "store/model/vis_layout.h"
 
 namespace kora4::tools::sim {
 
 namespace {
 
-constexpr std::size_t cHeadBytes = 8;
-constexpr std::size_t cRecordHeader = 16;  // the engine's own; readers ignore it
 constexpr std::size_t cHugeBytes = 1 << 20;
 constexpr std::size_t cMostRandomBytes = 600;
-constexpr std::size_t cTooManyBands = 41;  // one above what arrays of the store may have
+constexpr std::size_t cTooManyBands = cMaxArrayElements + 1;
 constexpr std::uint32_t cReserved = 0;
 
 // Little-endian, without gaps.
@@ -31,7 +31,8 @@ class Writer {
     }
 
     void Put(const Record& record, std::size_t statedBands) {
-        m_bytes.insert(m_bytes.end(), cRecordHeader, 0);
+        // The engine's own header; readers ignore it.
+        m_bytes.insert(m_bytes.end(), vis::cNumBandsOffset, 0);
         Put(static_cast<std::uint32_t>(statedBands));
         Put(cReserved);
         for (const float gain : record.gains)
@@ -86,7 +87,7 @@ StoredValue Empty(const Picture&, Noise, std::uint64_t) {
 
 StoredValue ShortHead(const Picture& picture, Noise, std::uint64_t) {
     StoredValue value = Published(picture);
-    value.bytes.resize(cHeadBytes - 3);
+    value.bytes.resize(vis::cHeadSize - 3);
     return value;
 }
 
@@ -148,11 +149,11 @@ StoredValue NoRecords(const Picture& picture, Noise, std::uint64_t) {
 }
 
 StoredValue TooManyForTheValue(const Picture& picture, Noise, std::uint64_t) {
-    std::size_t bytes = cHeadBytes;
+    std::size_t bytes = vis::cHeadSize;
     for (const Record& record : picture)
-        bytes += cRecordHeader + 8 + 8 * record.gains.size();
+        bytes += vis::RecordSize(record.gains.size());
     // More than the whole value could hold, so that no record exists.
-    return StatingBands(picture, bytes / 8 + FirstBands(picture));
+    return StatingBands(picture, bytes / vis::cBandSize + FirstBands(picture));
 }
 
 StoredValue MostBands(const Picture& picture, Noise, std::uint64_t) {

@@ -51,6 +51,11 @@ std::string FaultHelp() {
     return help;
 }
 
+// "10 to 10000"; the ends are whole numbers.
+std::string Range(std::uint32_t lowest, double highest) {
+    return std::to_string(lowest) + " to " + std::to_string(std::llround(highest));
+}
+
 Failure OutOfRange(const char* option, const std::string& range) {
     return Failure(ExitCode::eBadInput, std::string(option) + " takes " + range + ".");
 }
@@ -59,13 +64,14 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
     EngineOptions options;
     if (root.count("--for") != 0) {
         if (!(choices.seconds >= 0) || !(choices.seconds <= cLongestRun))
-            throw OutOfRange("--for", "0 to 86400 seconds");
+            throw OutOfRange("--for", Range(0, cLongestRun) + " seconds");
         options.runMilliseconds =
             static_cast<std::uint64_t>(std::llround(choices.seconds * 1000));
     }
     if (root.count("--period") != 0) {
         if (choices.period < cShortestPeriod || choices.period > cLongestPeriod)
-            throw OutOfRange("--period", "10 to 10000 milliseconds");
+            throw OutOfRange("--period",
+                             Range(cShortestPeriod, cLongestPeriod) + " milliseconds");
         options.period = static_cast<std::uint32_t>(choices.period);
     }
     options.seed = choices.seed;
@@ -82,7 +88,7 @@ void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
     if (root.count("--records") == 0)
         return;
     if (choices.records < 0 || choices.records > cMostRecords)
-        throw OutOfRange("--records", "0 to 64 processing objects");
+        throw OutOfRange("--records", Range(0, cMostRecords) + " processing objects");
     const RecordShape last = scene.records.empty() ? RecordShape() : scene.records.back();
     scene.records.resize(static_cast<std::size_t>(choices.records), last);
 }
@@ -121,24 +127,26 @@ void AddOptions(Context& context) {
                     "a scene by its name (see --list), or the path of a scene file (default: "
                     "music)");
     root.add_flag("--list", choices->list, "list the scenes and exit");
-    root.add_option("--for", choices->seconds,
-                    "end after that many seconds, 0 to 86400; without it: at Ctrl-C")
+    root.add_option(
+            "--for", choices->seconds,
+            "end after that many seconds, " + Range(0, cLongestRun) + "; without it: at Ctrl-C")
         ->type_name("S");
     root.add_option("--seed", choices->seed,
                     "what chance begins with, 0 to 2^64-1 (default: 1); the same seed, scene "
                     "and length publish the same values")
         ->type_name("N");
     root.add_option("--period", choices->period,
-                    "publish each MS milliseconds, 10 to 10000, whatever the store says")
+                    "publish each MS milliseconds, " + Range(cShortestPeriod, cLongestPeriod) +
+                        ", whatever the store says")
         ->type_name("MS");
     root.add_option("--records", choices->records,
-                    "publish that many processing objects, 0 to 64, instead of the scene's")
+                    "publish that many processing objects, " + Range(0, cMostRecords) +
+                        ", instead of the scene's")
         ->type_name("N");
     root.add_flag("--no-publish", choices->noPublish, "only look, publish no levels");
-    root.add_option(
-            "--fault", choices->faults,
-            "go wrong, at once or that many seconds after the start, 0 to 86400; may be "
-            "repeated")
+    root.add_option("--fault", choices->faults,
+                    "go wrong, at once or that many seconds after the start, " +
+                        Range(0, cLongestRun) + "; may be repeated")
         ->type_name("NAME[=ARG][@S]")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);

@@ -166,8 +166,8 @@ void Engine::LookAtStore() {
 }
 
 std::uint32_t Engine::StoredPeriod() {
-    return Bounded(
-        m_store.Number(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid), cUsualPeriod));
+    return Bounded(m_store.Number(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
+                                  defaults::cSamplingPeriod));
 }
 
 void Engine::LookAtPeriod() {

@@ -20,6 +20,7 @@
 #include "registry/change_watch.h"
 #include "registry/store_access.h"
 #include "registry/store_lock.h"
+#include "store/model/defaults.h"
 
 namespace kora4::tools::sim {
 
@@ -27,7 +28,6 @@ namespace kora4::tools::sim {
 // more than ten seconds without a life.
 inline constexpr std::uint32_t cShortestPeriod = 10;    // ms
 inline constexpr std::uint32_t cLongestPeriod = 10000;  // ms
-inline constexpr std::uint32_t cUsualPeriod = 50;       // ms
 
 struct EngineOptions {
     std::optional<std::uint64_t> runMilliseconds;  // none: until interrupted
@@ -106,7 +106,7 @@ class Engine {
     Clock::time_point m_start;
     std::uint64_t m_milliseconds = 0;  // the engine's time
     std::uint64_t m_picture = 0;
-    std::uint32_t m_period = cUsualPeriod;
+    std::uint32_t m_period = defaults::cSamplingPeriod;
     bool m_hasToLook = false;
 
     bool m_isStopped = false;

@@ -2,11 +2,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "api/patch_limits.h"
 #include "common/failure.h"
 #include "common/text.h"
 #include "kora4sim/engine.h"
 #include "kora4sim/wrong_values.h"
 #include "schema/settings_table.h"
+#include "store/model/field_ids.h"
 #include "store/model/profiles.h"
 #include "store/model/technologies.h"
 
@@ -16,8 +18,7 @@ namespace {
 
 constexpr Technology cLeveler{Family::ePreset, eVolumeTech};
 constexpr Technology cEnhancer{Family::ePreset, eEnhancementTech};
-constexpr std::uint32_t cAmountPid = 3;
-constexpr std::uint32_t cLevelerSteps = 11;    // amounts 0 to 10
+constexpr std::uint32_t cLevelerSteps = cVeltoVolumeLevelerAmountMax + 1;
 constexpr std::uint32_t cEnhancerSteps = 101;  // amounts 0.00 to 1.00
 
 const Spoiling* Find(std::span<const Spoiling> spoilings, const std::string& name) {
@@ -103,7 +104,8 @@ void Engine::Die(const Fault& fault) {
     const StoreLock lock(INFINITE, m_interrupt.Event());
     Json details = Json::object();
     if (fault.argument == cHalfWay) {
-        const SchemaValue amount = FieldValue(cLeveler, m_settings.Profile(), cAmountPid);
+        const SchemaValue amount =
+            FieldValue(cLeveler, m_settings.Profile(), pkey::cVolumeAmountPid);
         const std::uint32_t next =
             Step(amount, m_store, m_noise.Word(m_picture), cLevelerSteps);
         m_store.WriteNumber(amount.keySet, amount.key, next);
@@ -123,8 +125,10 @@ void Engine::Hold(const Fault& fault) {
 // Another program's user who plays with two sliders.
 void Engine::Burst(const Fault& fault) {
     const auto writes = static_cast<std::uint64_t>(fault.number);
-    const SchemaValue leveler = FieldValue(cLeveler, m_settings.Profile(), cAmountPid);
-    const SchemaValue enhancer = FieldValue(cEnhancer, m_settings.Profile(), cAmountPid);
+    const SchemaValue leveler =
+        FieldValue(cLeveler, m_settings.Profile(), pkey::cVolumeAmountPid);
+    const SchemaValue enhancer =
+        FieldValue(cEnhancer, m_settings.Profile(), pkey::cEnhancementAmountPid);
     TellFault(fault, "settings are written as fast as possible", {{"writes", writes}});
     Json last = Json::object();
     for (std::uint64_t i = 0; i < writes && !m_interrupt.IsRequested(); ++i) {

@@ -4,19 +4,13 @@
 
 #include "common/text.h"
 #include "schema/settings_table.h"
+#include "store/model/field_ids.h"
 #include "store/model/profiles.h"
 #include "store/model/technologies.h"
 
 namespace kora4::tools::sim {
 
 namespace {
-
-// The fields that shape levels.
-constexpr std::uint32_t cAmountPid = 3;         // leveler, enhancer; the EQ's level
-constexpr std::uint32_t cFrequenciesPid = 3;    // graphic EQ
-constexpr std::uint32_t cGainsPid = 4;          // graphic EQ
-constexpr std::uint32_t cCurveFrequencies = 4;  // intelligent EQ
-constexpr std::uint32_t cCurveIndex = 5;
 
 constexpr Technology Preset(KORA4PresetTechnology number) {
     return {Family::ePreset, number};
@@ -268,14 +262,15 @@ Processing HeldSettings::MakeProcessing() const {
             value != nullptr ? std::get_if<std::vector<float>>(value) : nullptr;
         return content != nullptr ? *content : std::vector<float>();
     };
-    processing.leveler = number(eVolumeTech, cAmountPid);
-    processing.enhancement = level(eEnhancementTech, cAmountPid);
-    processing.intelligentEQ = level(eDynamicEQTech, cAmountPid);
-    if (Find(Preset(eDynamicEQTech), cCurveIndex) != nullptr)
-        processing.intelligentCurve = {array(eDynamicEQTech, cCurveFrequencies),
-                                       BuiltInCurve(number(eDynamicEQTech, cCurveIndex))};
-    processing.graphicEQ = {array(eStandardEQTech, cFrequenciesPid),
-                            array(eStandardEQTech, cGainsPid)};
+    processing.leveler = number(eVolumeTech, pkey::cVolumeAmountPid);
+    processing.enhancement = level(eEnhancementTech, pkey::cEnhancementAmountPid);
+    processing.intelligentEQ = level(eDynamicEQTech, pkey::cDynamicEQLevelPid);
+    if (Find(Preset(eDynamicEQTech), pkey::cDynamicEQCurvePid) != nullptr)
+        processing.intelligentCurve = {
+            array(eDynamicEQTech, pkey::cDynamicEQFreqPid),
+            BuiltInCurve(number(eDynamicEQTech, pkey::cDynamicEQCurvePid))};
+    processing.graphicEQ = {array(eStandardEQTech, pkey::cStandardEQFreqPid),
+                            array(eStandardEQTech, pkey::cStandardEQGainPid)};
     return processing;
 }
 

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "api/display_levels.h"
+
 namespace kora4::tools::sim {
 
 // The levels of one processing object: as many gains as excitations, in dB, the lowest band
@@ -17,7 +19,7 @@ struct Record {
 using Picture = std::vector<Record>;
 
 // Levels below are silence.
-inline constexpr float cLowestLevel = -144.0f;  // dB
+inline constexpr float cLowestLevel = cLevelFloor;
 // Bands that a display shows; processing objects may have more.
 inline constexpr unsigned cMostBands = 64;
 inline constexpr unsigned cMostRecords = 64;

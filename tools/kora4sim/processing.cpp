@@ -5,6 +5,7 @@
 #include <iterator>
 #include <numeric>
 
+#include "api/patch_limits.h"
 #include "schema/texts.h"
 #include "store/model/defaults.h"
 
@@ -17,7 +18,7 @@ constexpr double cHighestGain = 36;
 constexpr double cLowestGain = -60;
 
 // The volume leveler at its most adds a quarter of what a band lies below the target.
-constexpr unsigned cLevelerMost = 10;
+constexpr unsigned cLevelerMost = cVeltoVolumeLevelerAmountMax;
 constexpr double cLevelerTarget = -30;
 constexpr double cLevelerShare = 0.25;
 constexpr double cLevelerMostGain = 12;

@@ -55,7 +55,8 @@ std::vector<FaultArgument> WrongFieldKinds() {
     return {
         {cType, "numbers as texts and texts as numbers; the defaults are read"},
         {cMalformed, "numbers of 2 bytes, texts that are none; the defaults are read"},
-        {cOversized, "numbers of 8 bytes, texts above 4096 bytes; the defaults are read"},
+        {cOversized, "numbers of 8 bytes, texts above " + std::to_string(cMaxTextBytes) +
+                         " bytes; the defaults are read"},
         {cUnterminated, "texts without their terminator, which read as before; no numbers"},
         {cMixed, "one of type, malformed and oversized for each field; the default"},
     };

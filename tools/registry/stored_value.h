@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "store/model/value_kind.h"
+
 namespace kora4::tools {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -31,9 +33,6 @@ struct StoredValue {
 
     friend bool operator==(const StoredValue&, const StoredValue&) = default;
 };
-
-// The largest REG_SZ that a reader takes, terminator included; longer ones count as absent.
-inline constexpr std::size_t cMaxTextBytes = 4096;
 
 // The platform's type numbers that the store knows, for code without a platform header.
 inline constexpr std::uint32_t cTextType = 1;

@@ -6,6 +6,7 @@
 #include "common/nearest.h"
 #include "common/strict_json.h"
 #include "common/text.h"
+#include "published/general_settings.h"
 #include "store/model/profiles.h"
 
 namespace kora4::tools {
@@ -33,12 +34,12 @@ const char* SectionOf(const Setting& setting) {
 
 // The settings of a section, in the order of the table.
 std::vector<const Setting*> SettingsOf(const char* section, Scope scope) {
-    const std::vector<const char*> ofUser = {"profile", "enable", "sampling-period"};
     std::vector<const Setting*> settings;
     for (const Setting& setting : SettingsTable()) {
+        const published::GeneralSetting* const general =
+            published::FindGeneralSetting(setting.name);
         const bool isUsers =
-            setting.perProfile || std::any_of(ofUser.begin(), ofUser.end(),
-                                              [&](auto name) { return setting.name == name; });
+            setting.perProfile || (general && general->role == published::SettingRole::eUser);
         if (setting.isStored && SectionOf(setting) == section &&
             (scope == Scope::eAll || isUsers))
             settings.push_back(&setting);

@@ -1,14 +1,13 @@
 #include "schema/lint.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
+#include <bit>
 
 #include "common/text.h"
-#include "schema/texts.h"
 #include "store/model/engine_masks.h"
 #include "store/model/patch_records.h"
 #include "store/model/profiles.h"
+#include "store/model/vis_layout.h"
 
 namespace kora4::tools {
 namespace {
@@ -85,33 +84,20 @@ Verdict CheckProfile(const SchemaValue& value, std::uint32_t profile) {
 Verdict CheckMask(std::uint32_t mask) {
     if ((mask & ~cEngineTechnologies) == 0)
         return {};
-    Problem problem{Severity::eNote, "bits above 9 stand for nothing: " + Hex(mask), {}, false};
+    Problem problem{Severity::eNote,
+                    "bits above " + std::to_string(std::bit_width(cEngineTechnologies) - 1) +
+                        " stand for nothing: " + Hex(mask),
+                    {},
+                    false};
     return problem;
 }
 
-// A record of n bands is 24 + 8 n bytes; the number of bands is at byte 16.
 Verdict CheckLevels(const Bytes& blob) {
-    constexpr std::size_t cHead = 8;
-    constexpr std::size_t cRecordHead = 24;
-    constexpr std::size_t cBandsPlace = 16;
-    const auto word = [&blob](std::size_t place) {
-        std::uint32_t number = 0;
-        std::memcpy(&number, blob.data() + place, sizeof number);
-        return number;
-    };
-    if (blob.size() < cHead)
-        return Warning("levels have at least 8 bytes, these have " +
-                       std::to_string(blob.size()));
-    const std::uint32_t stated = word(4);
-    std::size_t place = cHead;
-    std::uint32_t records = 0;
-    while (records < stated && blob.size() - place >= cRecordHead) {
-        const std::uint64_t bands = word(place + cBandsPlace);
-        if ((blob.size() - place - cRecordHead) / 8 < bands)
-            break;
-        place += cRecordHead + 8 * static_cast<std::size_t>(bands);
-        ++records;
-    }
+    if (blob.size() < vis::cHeadSize)
+        return Warning("levels have at least " + std::to_string(vis::cHeadSize) +
+                       " bytes, these have " + std::to_string(blob.size()));
+    const std::uint32_t stated = vis::StatedAPOs(blob.data(), blob.size());
+    const std::uint32_t records = vis::CountAPOs(blob.data(), blob.size());
     if (records == stated)
         return {};
     return Warning("the levels say that there are " + std::to_string(stated) +

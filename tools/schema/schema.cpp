@@ -14,35 +14,26 @@ namespace kora4::tools {
 namespace {
 
 using published::GeneralSetting;
-using published::SettingKind;
 
 // ---- Keys -------------------------------------------------------------------------------
 
-PropertyKey PlacedKey(const KeyGuid& base, std::uint32_t pid, std::uint32_t offset,
-                      std::uint32_t profile = 0) {
-    KORA4PropKeyBase key(base, pid);
-    key.SetTechField(offset);
-    PropertyKey placed = key.Key();
-    placed.fmtid.data1 |= (profile & 0xFF) << 8;
-    return placed;
+KORA4PresetTechnology PresetNumber(Technology technology) {
+    return static_cast<KORA4PresetTechnology>(technology.number);
 }
-
-std::uint32_t OffsetOf(Technology technology) {
-    return technology.family == Family::ePreset ? sm_presetTechGUIDOffset[technology.number]
-                                                : sm_globalTechGUIDOffset[technology.number];
+KORA4GlobalTechnology GlobalNumber(Technology technology) {
+    return static_cast<KORA4GlobalTechnology>(technology.number);
 }
 
 // Of a flag, with pid 0, or of a field.
 PropertyKey PatchKey(Technology technology, std::uint32_t profile, std::uint32_t pid) {
-    if (technology.family == Family::ePreset)
-        return PlacedKey(pkey::cPresetPatchGuid, pid, OffsetOf(technology), profile);
-    return PlacedKey(pkey::cGlobalPatchGuid, pid, OffsetOf(technology));
+    return technology.family == Family::ePreset
+               ? pkey::PresetPatch(PresetNumber(technology), profile, pid)
+               : GlobalPatchKey(GlobalNumber(technology), pid);
 }
 
 PropertyKey TriggerKey(Technology technology) {
-    return PlacedKey(technology.family == Family::ePreset ? pkey::cPresetTriggerGuid
-                                                          : pkey::cGlobalTriggerGuid,
-                     pkey::cTriggerPid, OffsetOf(technology));
+    return technology.family == Family::ePreset ? PresetTriggerKey(PresetNumber(technology))
+                                                : GlobalTriggerKey(GlobalNumber(technology));
 }
 
 std::span<const KORA4FieldDef> FieldsOf(Technology technology) {
@@ -53,15 +44,6 @@ std::span<const KORA4FieldDef> FieldsOf(Technology technology) {
 }
 
 // ---- Defaults ---------------------------------------------------------------------------
-
-// Demo profiles take the row of the preset profile that they belong to, the custom ones
-// and every other number that of Movie.
-std::uint32_t RowOf(const SchemaValue& value) {
-    const std::uint32_t profile = value.profile.value_or(cMovieProfile);
-    if (IsPresetProfile(profile))
-        return profile;
-    return IsDemoProfile(profile) ? profile - cDemoMovieProfile : 0;
-}
 
 StoredValue FieldDefault(const KORA4FieldDef& field, unsigned array, std::uint32_t row) {
     switch (field.typeCode) {
@@ -81,51 +63,17 @@ StoredValue FieldDefault(const KORA4FieldDef& field, unsigned array, std::uint32
     }
 }
 
-// A flag that is missing is on, unless the profile has a row of its own that says otherwise.
-std::uint32_t FlagDefault(Technology technology, std::uint32_t profile) {
-    if (technology.family == Family::eGlobal)
-        return 1;
-    const std::uint32_t* const rows = defaults::sm_presetOnElseOffDefaults[technology.number];
-    if (IsPresetProfile(profile))
-        return rows[profile];
-    return IsDemoProfile(profile) ? rows[profile - cDemoMovieProfile] : 1;
+bool FlagDefault(Technology technology, std::uint32_t profile) {
+    return technology.family == Family::ePreset
+               ? defaults::IsOn(PresetNumber(technology), profile)
+               : defaults::IsOn(GlobalNumber(technology));
 }
 
 // ---- The walk ---------------------------------------------------------------------------
 
-Kind KindOf(const KORA4FieldDef& field) {
-    switch (field.typeCode) {
-        case cBooleanField:
-            return Kind::eSwitch;
-        case cFloatField:
-            return Kind::eFloat;
-        case cFloatArraysField:
-            return Kind::eNumericArray;
-        case cSelectedArrayField:
-            return Kind::eCurveIndex;
-        case cFlagArrayField:
-            return Kind::eFlagArray;
-        default:
-            return Kind::eNumber;
-    }
-}
-
 // How many values a field takes: the selected curve is built in, only its index is stored.
 unsigned StoredArrays(const KORA4FieldDef& field) {
     return field.typeCode == cSelectedArrayField ? 0 : field.m_numArrays;
-}
-
-Kind KindOf(SettingKind kind) {
-    switch (kind) {
-        case SettingKind::eSwitch:
-            return Kind::eSwitch;
-        case SettingKind::eText:
-            return Kind::eText;
-        case SettingKind::eBlob:
-            return Kind::eBlob;
-        default:
-            return Kind::eNumber;
-    }
 }
 
 Role RoleOf(const GeneralSetting& setting) {
@@ -152,7 +100,7 @@ SchemaValue FromGeneral(const GeneralSetting& setting) {
     SchemaValue value;
     value.keySet = setting.keySet;
     value.key = setting.key;
-    value.kind = KindOf(setting.kind);
+    value.kind = setting.kind;
     value.role = RoleOf(setting);
     if (setting.HasDefault())
         value.defaultNumber = setting.defaultNumber;
@@ -171,7 +119,7 @@ SchemaValue FromField(Technology technology, std::uint32_t profile, const KORA4F
                       unsigned array) {
     SchemaValue value = OfTechnology(technology, profile);
     value.key = PatchKey(technology, profile, field.pid + array);
-    value.kind = KindOf(field);
+    value.kind = static_cast<Kind>(field.typeCode);
     value.role = Role::eField;
     value.array = array;
     value.arrays = StoredArrays(field);
@@ -210,7 +158,7 @@ std::vector<SchemaValue> Walk() {
 
 std::optional<StoredValue> SchemaValue::Default() const {
     if (field)
-        return FieldDefault(*field, array, RowOf(*this));
+        return FieldDefault(*field, array, DefaultsRowOf(profile.value_or(cMovieProfile)));
     if (defaultNumber)
         return StoredValue::FromDword(*defaultNumber);
     return {};
@@ -303,7 +251,7 @@ std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profil
 
 SchemaValue NameValue(std::uint32_t customProfile) {
     SchemaValue value;
-    value.key = PlacedKey(pkey::cProfileNameGuid, pkey::cProfileNamePid, 0, customProfile);
+    value.key = pkey::ProfileName(customProfile);
     value.kind = Kind::eText;
     value.role = Role::eName;
     value.profile = customProfile;

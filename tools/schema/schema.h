@@ -12,6 +12,7 @@
 #include "registry/store_access.h"
 #include "registry/stored_value.h"
 #include "schema/names.h"
+#include "store/model/value_kind.h"
 
 namespace kora4 {
 struct KORA4FieldDef;
@@ -19,16 +20,7 @@ struct KORA4FieldDef;
 
 namespace kora4::tools {
 
-enum class Kind {
-    eSwitch,        // DWORD, every number but 0 is on
-    eNumber,        // DWORD
-    eCurveIndex,    // DWORD below the number of curves
-    eText,          // REG_SZ
-    eBlob,          // REG_BINARY
-    eFloat,         // REG_SZ, one decimal number
-    eNumericArray,  // REG_SZ
-    eFlagArray,     // REG_SZ
-};
+using Kind = ValueKind;
 
 enum class Role {
     eSetting,  // a setting that belongs to no technology: master enable, sampling period...

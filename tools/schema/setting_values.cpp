@@ -7,6 +7,7 @@
 #include "common/failure.h"
 #include "common/text.h"
 #include "schema/settings_table.h"
+#include "store/model/patch_records.h"
 
 namespace kora4::tools {
 namespace {
@@ -178,6 +179,7 @@ std::string OutOfRange(const Setting& setting, const Value& value) {
 }  // namespace
 
 std::string Setting::Allowed() const {
+    const std::string most = "up to " + std::to_string(cMaxArrayElements);
     const std::string range =
         highest ? NumberText(*lowest) + " to " + NumberText(*highest) : std::string();
     switch (kind) {
@@ -188,9 +190,9 @@ std::string Setting::Allowed() const {
         case Kind::eBlob:
             return "bytes";
         case Kind::eFlagArray:
-            return "up to 40 times on or off";
+            return most + " times on or off";
         case Kind::eNumericArray:
-            return "up to 40 numbers" + (range.empty() ? "" : " from " + range) +
+            return most + " numbers" + (range.empty() ? "" : " from " + range) +
                    (unit.empty() ? "" : " " + unit);
         default:
             break;
@@ -199,7 +201,9 @@ std::string Setting::Allowed() const {
         return Join(CompletionWords(*this), ", ") + ", or " + range;
     if (!range.empty())
         return range + (unit.empty() ? "" : " " + unit);
-    return (IsWhole(kind) ? "a whole number from 0 to 4294967295" : "any number") +
+    return (IsWhole(kind) ? "a whole number from 0 to " +
+                                std::to_string(std::numeric_limits<std::uint32_t>::max())
+                          : std::string("any number")) +
            (unit.empty() ? std::string() : ", " + unit);
 }
 

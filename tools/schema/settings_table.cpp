@@ -7,6 +7,7 @@
 #include "common/nearest.h"
 #include "common/text.h"
 #include "published/general_settings.h"
+#include "store/model/field_ids.h"
 #include "store/model/profiles.h"
 
 namespace kora4::tools {
@@ -48,87 +49,48 @@ constexpr char cSetSimple[] = "SetSimplePatchValue";
 constexpr char cGetGraphic[] = "GetGraphicEQData";
 constexpr char cSetGraphic[] = "SetGraphicEQData";
 
-const std::vector<FieldName>& FieldNames() {
-    static const std::vector<FieldName> names = {
-        {"volume-leveler", 3, "", "volume leveler amount", "", 0.0,
-         cVeltoVolumeLevelerAmountMax, cGetSimple, cSetSimple},
-        {"graphic-eq",
-         3,
-         ".frequencies",
-         "frequencies of the graphic equalizer's bands",
-         "Hz",
-         {},
-         {},
-         cGetGraphic,
-         cSetGraphic},
-        {"graphic-eq", 4, ".gains", "gains of the graphic equalizer's bands", "dB",
-         cGraphicEQGainMin, cGraphicEQGainMax, cGetGraphic, cSetGraphic},
-        {"intelligent-eq", 5, "", "curve of the intelligent equalizer", "", 0.0,
-         eNumberIEQPatches - 1, cGetSimple, cSetSimple},
-        {"intelligent-eq", 3, ".level", "how much of the curve is applied", "", {}, {}, "", ""},
-        {"intelligent-eq",
-         4,
-         ".frequencies",
-         "frequencies of the curve's bands",
-         "Hz",
-         {},
-         {},
-         "",
-         ""},
-        {"dialog-enhancer", 3, "", "dialog enhancer amount", "", cDialogEnhancerAmountMin,
-         cDialogEnhancerAmountMax, cGetSimple, cSetSimple},
-        {"headphone-virtualizer", 3, "", "headphone virtualizer boost", "",
-         cSurroundCompBoostMin, cSurroundCompBoostMax, cGetSimple, cSetSimple},
-        {"speaker-virtualizer", 3, "", "speaker virtualizer boost", "", cSurroundCompBoostMin,
-         cSurroundCompBoostMax, cGetSimple, cSetSimple},
-        {"audio-regulator",
-         5,
-         ".frequencies",
-         "frequencies of the regulator's bands",
-         "Hz",
-         {},
-         {},
-         "",
-         ""},
-        {"audio-regulator",
-         6,
-         ".thresholds-1",
-         "first thresholds of the regulator",
-         "dB",
-         {},
-         {},
-         "",
-         ""},
-        {"audio-regulator",
-         7,
-         ".thresholds-2",
-         "second thresholds of the regulator",
-         "dB",
-         {},
-         {},
-         "",
-         ""},
-        {"audio-regulator",
-         8,
-         ".isolated",
-         "which of the regulator's bands are isolated",
-         "",
-         {},
-         {},
-         "",
-         ""},
-        {"audio-optimizer",
-         4,
-         ".frequencies",
-         "frequencies of the optimizer's bands",
-         "Hz",
-         {},
-         {},
-         "",
-         ""},
-    };
-    return names;
+// The one value of a technology of the API.
+constexpr FieldName Simple(const char* technology, std::uint32_t pid, const char* summary,
+                           double lowest, double highest) {
+    return {technology, pid, "", summary, "", lowest, highest, cGetSimple, cSetSimple};
 }
+
+constexpr FieldName StoreOnly(const char* technology, std::uint32_t pid, const char* suffix,
+                              const char* summary, const char* unit = "") {
+    return {technology, pid, suffix, summary, unit, {}, {}, "", ""};
+}
+
+constexpr FieldName cFieldNames[] = {
+    Simple("volume-leveler", pkey::cVolumeAmountPid, "volume leveler amount", 0,
+           cVeltoVolumeLevelerAmountMax),
+    {"graphic-eq", pkey::cStandardEQFreqPid, ".frequencies",
+     "frequencies of the graphic equalizer's bands", "Hz", std::nullopt, std::nullopt,
+     cGetGraphic, cSetGraphic},
+    {"graphic-eq", pkey::cStandardEQGainPid, ".gains", "gains of the graphic equalizer's bands",
+     "dB", cGraphicEQGainMin, cGraphicEQGainMax, cGetGraphic, cSetGraphic},
+    Simple("intelligent-eq", pkey::cDynamicEQCurvePid, "curve of the intelligent equalizer", 0,
+           eNumberIEQPatches - 1),
+    StoreOnly("intelligent-eq", pkey::cDynamicEQLevelPid, ".level",
+              "how much of the curve is applied"),
+    StoreOnly("intelligent-eq", pkey::cDynamicEQFreqPid, ".frequencies",
+              "frequencies of the curve's bands", "Hz"),
+    Simple("dialog-enhancer", pkey::cEnhancementAmountPid, "dialog enhancer amount",
+           cDialogEnhancerAmountMin, cDialogEnhancerAmountMax),
+    Simple("headphone-virtualizer", pkey::cHeadphoneSurroundBoostPid,
+           "headphone virtualizer boost", cSurroundCompBoostMin, cSurroundCompBoostMax),
+    Simple("speaker-virtualizer", pkey::cVirtualSurroundBoostPid, "speaker virtualizer boost",
+           cSurroundCompBoostMin, cSurroundCompBoostMax),
+    StoreOnly("audio-regulator", pkey::cRegulatorFreqPid, ".frequencies",
+              "frequencies of the regulator's bands", "Hz"),
+    StoreOnly("audio-regulator", pkey::cRegulatorThresholdPid, ".thresholds-1",
+              "first thresholds of the regulator", "dB"),
+    StoreOnly("audio-regulator", pkey::cRegulatorThresholdPid + 1, ".thresholds-2",
+              "second thresholds of the regulator", "dB"),
+    StoreOnly("audio-regulator", pkey::cRegulatorIsolatePid, ".isolated",
+              "which of the regulator's bands are isolated"),
+    StoreOnly("audio-optimizer", pkey::cOptimizerFreqPid, ".frequencies",
+              "frequencies of the optimizer's bands", "Hz"),
+};
 
 struct Alias {
     const char* alias;
@@ -254,7 +216,7 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
         setting.unit = "dB";
         return;
     }
-    for (const FieldName& name : FieldNames()) {
+    for (const FieldName& name : cFieldNames) {
         if (setting.name != name.technology || setting.pid != name.pid)
             continue;
         setting.name += name.suffix;
@@ -304,19 +266,21 @@ void AddTechnologyRows(std::vector<Setting>& rows, const TechnologyWord& technol
 
 std::vector<Setting> MakeTable() {
     std::vector<Setting> rows;
-    const auto addGeneral = [&rows](const char* name) {
-        rows.push_back(GeneralRow(*published::FindGeneralSetting(name)));
+    const auto addGeneral = [&rows](published::SettingRole role) {
+        for (const published::GeneralSetting& general : published::cGeneralSettings)
+            if (general.role == role)
+                rows.push_back(GeneralRow(general));
     };
+    addGeneral(published::SettingRole::eUser);
     // What people ask for comes first.
-    for (const char* const name : {"profile", "enable", "sampling-period"})
-        addGeneral(name);
+    std::stable_partition(rows.begin(), rows.end(), [](const Setting& setting) {
+        return setting.role == Role::eActiveProfile;
+    });
     rows.push_back(NameRow());
     for (const TechnologyWord& technology : AllTechnologies())
         AddTechnologyRows(rows, technology);
     rows.push_back(VersionRow());
-    for (const published::GeneralSetting& general : published::cGeneralSettings)
-        if (general.role == published::SettingRole::eMachine)
-            addGeneral(general.name);
+    addGeneral(published::SettingRole::eMachine);
     return rows;
 }
 

@@ -1,33 +1,26 @@
-// The text forms of numbers and arrays in the store: an own reader and writer, which take
-// and give exactly what the library does.
+// The store's codec for code with strings and vectors. Texts end at their first terminator.
 #ifndef KORA4_TOOLS_SCHEMA_TEXTS_H
 #define KORA4_TOOLS_SCHEMA_TEXTS_H
 
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace kora4::tools {
 
-// Six decimals, rounded half to even: "0.330000"; "nan", "inf" and "-inf", which no reader
-// takes.
 std::u16string FormatFloatText(float value);
-// The decimal number that the text begins with, white space before it and anything after it
-// ignored. None when there is no number, for hexadecimal numbers and above the largest float.
-std::optional<float> ParseFloatText(std::u16string_view text);
+// None when the text does not begin with a decimal number that a float can hold.
+std::optional<float> ParseFloatText(const std::u16string& text);
 
-// "0100,0002,f400,0041": scale, count, elements times scale, truncated, low 16 bits. None
-// for a scale that cannot be written (0, 32768 and above) and for more than 197 elements.
+// None for a scale that cannot be written and for more elements than a text has room for.
 std::optional<std::u16string> FormatNumericArray(std::uint32_t scale,
                                                  const std::vector<float>& elements);
-// The elements, divided by the scale of the text; at most 40. None when it is malformed.
-std::optional<std::vector<float>> ParseNumericArray(std::u16string_view text);
+// None when the text is malformed.
+std::optional<std::vector<float>> ParseNumericArray(const std::u16string& text);
 
-// "0003,1,0,1". None for more than 494 flags.
 std::optional<std::u16string> FormatFlagArray(const std::vector<bool>& flags);
-std::optional<std::vector<bool>> ParseFlagArray(std::u16string_view text);
+std::optional<std::vector<bool>> ParseFlagArray(const std::u16string& text);
 
 }  // namespace kora4::tools
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "store/access/task_memory.h"
-#include "store/codec/array_text.h"
 #include "store/codec/float_text.h"
 #include "trace/trace.h"
 
@@ -30,6 +29,13 @@ HRESULT ReadArray(KORA4KeyAccess& access, KORA4KeySet keySet, const PropertyKey&
     *pCount = 0;
     std::fill_n(pElements, codec::cArrayCapacity, Element{});
     return hr;
+}
+
+// Asked once a text: the pieces outnumber everything else that is traced.
+codec::ArrayFieldWriter FieldWriter() {
+    return trace::IsEnabled(trace::Flags(), trace::eStoreExitResult)
+               ? &KORA4PropKeyStoreAccess::WriteArrayNumericField
+               : nullptr;
 }
 
 }  // namespace
@@ -130,7 +136,7 @@ HRESULT KORA4PropKeyStoreAccess::WriteNumericArray(KORA4KeySet keySet, const Pro
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
     char16_t text[codec::cArrayTextChars];
-    hr = codec::EncodeNumericArray(scale, count, pElements, text);
+    hr = codec::EncodeNumericArray(scale, count, pElements, text, FieldWriter());
     if (hr == result::cOk)
         hr = m_access.WriteText(keySet, key, text);
     return hr;
@@ -144,9 +150,25 @@ HRESULT KORA4PropKeyStoreAccess::WriteFlagArray(KORA4KeySet keySet, const Proper
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
     char16_t text[codec::cArrayTextChars];
-    hr = codec::EncodeFlagArray(count, pFlags, text);
+    hr = codec::EncodeFlagArray(count, pFlags, text, FieldWriter());
     if (hr == result::cOk)
         hr = m_access.WriteText(keySet, key, text);
+    return hr;
+}
+
+HRESULT KORA4PropKeyStoreAccess::WriteArrayNumericField(char16_t** ppCursor,
+                                                        std::size_t* pCharsAvail,
+                                                        codec::ArrayField field,
+                                                        std::uint32_t value) {
+    static constexpr trace::Site cSite{cArrayWriterTag,
+                                       "KORA4PropKeyStoreAccess::WriteArrayNumericField"};
+    HRESULT hr = result::cOk;
+    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    const char16_t* const pPiece = *ppCursor;
+    const std::size_t charsAvail = *pCharsAvail;
+    hr = codec::PutArrayField(ppCursor, pCharsAvail, field, value);
+    const auto written = static_cast<std::size_t>(*ppCursor - pPiece);
+    KALASSERT_TEXT(cSite, written <= charsAvail, "(UINT) written <= charsAvail");
     return hr;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "store/access/key_access.h"
+#include "store/codec/array_text.h"
 
 namespace kora4 {
 
@@ -39,6 +40,10 @@ class KORA4PropKeyStoreAccess {
                               std::uint32_t count, const float* pElements);
     HRESULT WriteFlagArray(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t count,
                            const std::uint32_t* pFlags);
+
+    // codec::PutArrayField with its entry and exit lines.
+    static HRESULT WriteArrayNumericField(char16_t** ppCursor, std::size_t* pCharsAvail,
+                                          codec::ArrayField field, std::uint32_t value);
 
   private:
     KORA4KeyAccess& m_access;

@@ -9,6 +9,7 @@
 #include "platform/win32_result.h"
 #include "store/access/registry_paths.h"
 #include "store/access/task_memory.h"
+#include "store/model/value_kind.h"
 #include "trace/trace.h"
 
 namespace kora4 {

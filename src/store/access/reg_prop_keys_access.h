@@ -24,10 +24,6 @@ struct Site;
 // S_FALSE, writes and deletes do nothing and succeed.
 class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
   public:
-    // Values of the registry above this size, terminator included, cannot be read as
-    // texts.
-    static constexpr DWORD cMaxTextBytes = 4096;
-
     KORA4RegPropKeysAccess() = default;
     ~KORA4RegPropKeysAccess() { Close(); }
     KORA4RegPropKeysAccess(const KORA4RegPropKeysAccess&) = delete;

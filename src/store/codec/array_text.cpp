@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "store/codec/white_space.h"
-#include "trace/trace.h"
 
 namespace kora4::codec {
 
@@ -193,10 +192,6 @@ inline char16_t* PutHex(char16_t* p, std::uint32_t value, int width) {
     return p;
 }
 
-constexpr trace::Site cFieldSite{"KORA4PropKey",
-                                 "KORA4PropKeyStoreAccess::WriteArrayNumericField"};
-
-// WriteArrayNumericField without its entry and exit lines.
 inline HRESULT PutField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
                         std::uint32_t value) {
     if (*pCharsAvail < cArrayFieldRoom)
@@ -217,23 +212,22 @@ inline HRESULT PutField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayFiel
         default:
             return result::cFail;
     }
-    const auto written = static_cast<std::size_t>(p - *ppCursor);
-    KALASSERT_TEXT(cFieldSite, written <= *pCharsAvail, "(UINT) written <= charsAvail");
+    *pCharsAvail -= static_cast<std::size_t>(p - *ppCursor);
     *ppCursor = p;
-    *pCharsAvail -= written;
     return result::cOk;
 }
 
 // The text under construction, one character kept for the terminator.
 class TextBuilder {
   public:
-    explicit TextBuilder(char16_t* pText) : m_pText(pText), m_pCursor(pText) {}
+    TextBuilder(char16_t* pText, ArrayFieldWriter write)
+        : m_write(write), m_pText(pText), m_pCursor(pText) {}
 
     void Append(ArrayField field, std::uint32_t value) {
         if (m_hr != result::cOk)
             return;
-        m_hr = m_traced ? WriteArrayNumericField(&m_pCursor, &m_charsAvail, field, value)
-                        : PutField(&m_pCursor, &m_charsAvail, field, value);
+        m_hr = m_write ? m_write(&m_pCursor, &m_charsAvail, field, value)
+                       : PutField(&m_pCursor, &m_charsAvail, field, value);
     }
 
     bool Failed() const { return m_hr != result::cOk; }
@@ -244,8 +238,7 @@ class TextBuilder {
     }
 
   private:
-    // Asked once a text: the pieces outnumber everything else that is traced.
-    const bool m_traced = trace::IsEnabled(trace::Flags(), trace::eStoreExitResult);
+    const ArrayFieldWriter m_write;
     char16_t* m_pText;
     char16_t* m_pCursor;
     std::size_t m_charsAvail = cArrayTextChars - 1;
@@ -278,21 +271,18 @@ HRESULT DecodeFlagArray(const char16_t* pText, std::uint32_t* pCount, std::uint3
     return Refuse(pCount, pFlags);
 }
 
-HRESULT WriteArrayNumericField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
-                               std::uint32_t value) {
-    HRESULT hr = result::cOk;
-    const trace::Scope scope(cFieldSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult,
-                             &hr);
-    return hr = PutField(ppCursor, pCharsAvail, field, value);
+HRESULT PutArrayField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
+                      std::uint32_t value) {
+    return PutField(ppCursor, pCharsAvail, field, value);
 }
 
 HRESULT EncodeNumericArray(std::uint32_t scale, std::uint32_t count, const float* pElements,
-                           char16_t (&text)[cArrayTextChars]) {
+                           char16_t (&text)[cArrayTextChars], ArrayFieldWriter write) {
     text[0] = u'\0';
     if (scale == 0 || scale >= cScaleLimit)
         return result::cInvalidArg;
     const double factor = scale;
-    TextBuilder builder(text);
+    TextBuilder builder(text, write);
     builder.Append(ArrayField::eFirst, scale);
     builder.Append(ArrayField::eWord, count);
     for (std::uint32_t i = 0; i < count && !builder.Failed(); ++i)
@@ -301,8 +291,8 @@ HRESULT EncodeNumericArray(std::uint32_t scale, std::uint32_t count, const float
 }
 
 HRESULT EncodeFlagArray(std::uint32_t count, const std::uint32_t* pFlags,
-                        char16_t (&text)[cArrayTextChars]) {
-    TextBuilder builder(text);
+                        char16_t (&text)[cArrayTextChars], ArrayFieldWriter write) {
+    TextBuilder builder(text, write);
     builder.Append(ArrayField::eFirst, count);
     for (std::uint32_t i = 0; i < count && !builder.Failed(); ++i)
         builder.Append(ArrayField::eFlag, pFlags[i] != 0 ? 1 : 0);

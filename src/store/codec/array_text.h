@@ -12,11 +12,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "store/model/patch_records.h"
 #include "store/model/result.h"
 
 namespace kora4::codec {
 
-inline constexpr std::uint32_t cArrayCapacity = 40;
+inline constexpr std::uint32_t cArrayCapacity = cMaxArrayElements;
 
 // Scales that can be written are 1 to cScaleLimit - 1.
 inline constexpr std::uint32_t cScaleLimit = 0x8000;
@@ -45,17 +46,6 @@ inline constexpr std::size_t cTokenLimit = 255;
 HRESULT DecodeNumericArray(const char16_t* pText, std::uint32_t* pCount, float* pElements);
 HRESULT DecodeFlagArray(const char16_t* pText, std::uint32_t* pCount, std::uint32_t* pFlags);
 
-// Builds the zero-terminated text. pElements and pFlags hold `count` entries and may be
-// null when it is 0. E_OUTOFMEMORY when the text does not fit (from 198 elements or 495
-// flags on), E_INVALIDARG for a scale of 0 or of cScaleLimit and above; the text is then
-// empty. An element is multiplied by the scale, truncated toward zero to 64 bits and cut to
-// the low 16; NaN and products of a magnitude of 2^63 and above store 0000. A flag is
-// written as 0 or 1.
-HRESULT EncodeNumericArray(std::uint32_t scale, std::uint32_t count, const float* pElements,
-                           char16_t (&text)[cArrayTextChars]);
-HRESULT EncodeFlagArray(std::uint32_t count, const std::uint32_t* pFlags,
-                        char16_t (&text)[cArrayTextChars]);
-
 // How a piece of an array's text is formatted.
 enum class ArrayField : std::uint32_t {
     eFirst,  // "%04x"
@@ -67,8 +57,22 @@ enum class ArrayField : std::uint32_t {
 // characters that may still be written, the terminator's not among them). Writes no
 // terminator. E_OUTOFMEMORY, and nothing is written, with fewer than cArrayFieldRoom
 // characters left; E_FAIL for an unknown format.
-HRESULT WriteArrayNumericField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
-                               std::uint32_t value);
+HRESULT PutArrayField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
+                      std::uint32_t value);
+
+// What may take the place of PutArrayField, to tell of each piece.
+using ArrayFieldWriter = decltype(&PutArrayField);
+
+// Builds the zero-terminated text. pElements and pFlags hold `count` entries and may be
+// null when it is 0. E_OUTOFMEMORY when the text does not fit (from 198 elements or 495
+// flags on), E_INVALIDARG for a scale of 0 or of cScaleLimit and above; the text is then
+// empty. An element is multiplied by the scale, truncated toward zero to 64 bits and cut to
+// the low 16; NaN and products of a magnitude of 2^63 and above store 0000. A flag is
+// written as 0 or 1. A null `write` is PutArrayField.
+HRESULT EncodeNumericArray(std::uint32_t scale, std::uint32_t count, const float* pElements,
+                           char16_t (&text)[cArrayTextChars], ArrayFieldWriter write = nullptr);
+HRESULT EncodeFlagArray(std::uint32_t count, const std::uint32_t* pFlags,
+                        char16_t (&text)[cArrayTextChars], ArrayFieldWriter write = nullptr);
 
 }  // namespace kora4::codec
 

@@ -116,6 +116,10 @@ inline constexpr EnumFieldDef cDynamicEQCurve{cDynamicEQCurveIndex, cDynamicEQCu
                                               std::size(cDynamicEQCurves)};
 static_assert(std::size(cDynamicEQCurves) == eNumberIEQPatches);
 
+// Of settings that belong to no technology and are not 0.
+inline constexpr std::uint32_t cSamplingPeriod = 50;  // milliseconds
+inline constexpr std::uint32_t cStaticNumber57 = 200;
+
 // On/off defaults of the preset technologies: one flag per preset profile.
 inline constexpr std::uint32_t VeltoVolumeOnElseOffDefaults[] = {1, 1, 1};
 inline constexpr std::uint32_t DialogEnhancementOnElseOffDefaults[] = {1, 0, 0};
@@ -144,6 +148,17 @@ inline constexpr const std::uint32_t* sm_presetOnElseOffDefaults[] = {
     cNGSurroundOnElseOff,
 };
 static_assert(std::size(sm_presetOnElseOffDefaults) == eNumberKORA4PresetTechnologies);
+
+// A technology whose flag is missing is on, unless the profile has a row that says otherwise.
+constexpr bool IsOn(KORA4PresetTechnology technology, std::uint32_t profile) {
+    const std::uint32_t row = WithoutDemo(profile);
+    if (!IsValidTechnology(technology) || !IsPresetProfile(row))
+        return true;
+    return sm_presetOnElseOffDefaults[technology][row] != 0;
+}
+constexpr bool IsOn(KORA4GlobalTechnology) {
+    return true;
+}
 
 }  // namespace defaults
 

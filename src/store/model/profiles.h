@@ -40,6 +40,17 @@ constexpr std::uint32_t DemoProfileOf(std::uint32_t presetProfile) {
     return cDemoMovieProfile + presetProfile;
 }
 
+// The profile itself, or the preset profile whose factory values a demo profile shows.
+constexpr std::uint32_t WithoutDemo(std::uint32_t profile) {
+    return IsDemoProfile(profile) ? profile - cDemoMovieProfile : profile;
+}
+
+// The row of the tables of defaults for a profile; that of Movie serves all without one.
+constexpr std::uint32_t DefaultsRowOf(std::uint32_t profile) {
+    const std::uint32_t row = WithoutDemo(profile);
+    return IsPresetProfile(row) ? row : cMovieProfile;
+}
+
 }  // namespace kora4
 
 #endif  // KORA4_STORE_MODEL_PROFILES_H

@@ -3,8 +3,6 @@
 #include <array>
 #include <cstring>
 
-#include "trace/trace.h"
-
 namespace kora4 {
 
 namespace {
@@ -78,20 +76,18 @@ PropertyKey TechnologyKey(const KeyGuid& base, Technology technology, std::uint3
 
 }  // namespace
 
-void KORA4PropKeyBase::SetPresetField(std::int32_t profile) {
-    static constexpr trace::Site cSite{"KORA4UIKeysClient", "KORA4PropKeyBase::SetPresetField"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
-    KALASSERT(cSite, profile >= 0);
-    Place(static_cast<std::uint32_t>(profile), 8);
+PropertyKey pkey::PresetPatch(KORA4PresetTechnology technology, std::uint32_t profile,
+                              std::uint32_t pid) {
+    KORA4PropKeyBase key(cPresetPatchGuid, pid);
+    key.SetTechField(OffsetOf(technology));
+    if (static_cast<std::int32_t>(profile) >= 0)
+        key.PlaceProfile(profile);
+    return key.Key();
 }
 
-PropertyKey PresetPatchKey(KORA4PresetTechnology technology, std::uint32_t profile,
-                           std::uint32_t pid) {
-    KORA4PropKeyBase key(pkey::cPresetPatchGuid, pid);
-    key.SetTechField(OffsetOf(technology));
-    const auto signedProfile = static_cast<std::int32_t>(profile);
-    if (signedProfile >= 0)
-        key.SetPresetField(signedProfile);
+PropertyKey pkey::ProfileName(std::uint32_t profile) {
+    KORA4PropKeyBase key(cProfileNameGuid, cProfileNamePid);
+    key.PlaceProfile(profile);
     return key.Key();
 }
 
@@ -105,12 +101,6 @@ PropertyKey GlobalPatchKey(KORA4GlobalTechnology technology, std::uint32_t pid) 
 
 PropertyKey GlobalTriggerKey(KORA4GlobalTechnology technology) {
     return TechnologyKey(pkey::cGlobalTriggerGuid, technology, pkey::cTriggerPid);
-}
-
-PropertyKey ProfileNameKey(std::uint32_t profile) {
-    KORA4PropKeyBase key(pkey::cProfileNameGuid, pkey::cProfileNamePid);
-    key.SetPresetField(static_cast<std::int32_t>(profile));
-    return key.Key();
 }
 
 std::size_t FormatValueName(const PropertyKey& key, char16_t (&name)[cValueNameCapacity]) {

@@ -103,7 +103,10 @@ class KORA4PropKeyBase {
 
     constexpr void SetTechField(std::uint32_t offset) { Place(offset, 0); }
 
-    // Places the low eight bits of `profile`. Asserts that it is not negative.
+    // Places the low eight bits of `profile`.
+    constexpr void PlaceProfile(std::uint32_t profile) { Place(profile, 8); }
+
+    // The same with its trace lines. Asserts that the profile is not negative.
     void SetPresetField(std::int32_t profile);
 
     constexpr const PropertyKey& Key() const { return m_key; }
@@ -125,6 +128,15 @@ PropertyKey PresetTriggerKey(KORA4PresetTechnology technology);
 PropertyKey GlobalPatchKey(KORA4GlobalTechnology technology, std::uint32_t pid);
 PropertyKey GlobalTriggerKey(KORA4GlobalTechnology technology);
 PropertyKey ProfileNameKey(std::uint32_t profile);
+
+// PresetPatchKey and ProfileNameKey without the trace lines of SetPresetField.
+namespace pkey {
+
+PropertyKey PresetPatch(KORA4PresetTechnology technology, std::uint32_t profile,
+                        std::uint32_t pid);
+PropertyKey ProfileName(std::uint32_t profile);
+
+}  // namespace pkey
 
 // In the registry a key is a value name: the braced GUID in upper case, a comma and the
 // pid in decimal.

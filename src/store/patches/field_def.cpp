@@ -14,8 +14,6 @@ namespace {
 
 constexpr char cTag[] = "KORA4PropKeyFields";
 
-static_assert(codec::cArrayCapacity == cMaxArrayElements);
-
 template <typename T>
 T* MemberAt(void* pRecord, std::uint16_t position) {
     return reinterpret_cast<T*>(static_cast<std::byte*>(pRecord) + position);

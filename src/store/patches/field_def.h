@@ -9,18 +9,26 @@
 #include "store/access/key_access.h"
 #include "store/model/property_key.h"
 #include "store/model/result.h"
+#include "store/model/value_kind.h"
 
 namespace kora4 {
 
 class KORA4PropKeyStoreAccess;
 
+constexpr char16_t TypeCodeOf(ValueKind kind) {
+    return static_cast<char16_t>(kind);
+}
+
 // Type codes. The record holds 32-bit words; an array has 40 places and a count.
-inline constexpr char16_t cUnsignedField = u'u';       // DWORD
-inline constexpr char16_t cBooleanField = u'b';        // DWORD, 0 or 1 in the record
-inline constexpr char16_t cFloatField = u'f';          // text
-inline constexpr char16_t cFloatArraysField = u'F';    // one numeric-array text per array
-inline constexpr char16_t cSelectedArrayField = u'S';  // DWORD index; the curve is built in
-inline constexpr char16_t cFlagArrayField = u'B';      // flag-array text
+inline constexpr char16_t cUnsignedField = TypeCodeOf(ValueKind::eNumber);
+// 0 or 1 in the record.
+inline constexpr char16_t cBooleanField = TypeCodeOf(ValueKind::eSwitch);
+inline constexpr char16_t cFloatField = TypeCodeOf(ValueKind::eFloat);
+// One text per array.
+inline constexpr char16_t cFloatArraysField = TypeCodeOf(ValueKind::eNumericArray);
+// The index is stored, the curve is built in.
+inline constexpr char16_t cSelectedArrayField = TypeCodeOf(ValueKind::eCurveIndex);
+inline constexpr char16_t cFlagArrayField = TypeCodeOf(ValueKind::eFlagArray);
 
 // A row of a technology's field table (field_tables.h). All positions are in bytes from
 // the start of the record. Stateless; the caller holds the store's named mutex.

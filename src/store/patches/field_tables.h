@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "store/model/defaults.h"
+#include "store/model/field_ids.h"
 #include "store/model/patch_records.h"
 #include "store/model/technologies.h"
 #include "store/patches/field_def.h"
@@ -76,7 +77,7 @@ inline constexpr std::uint16_t cHertz = 1;
 inline constexpr std::uint16_t cQ8 = 256;
 
 inline constexpr KORA4FieldDef cVolume[] = {
-    Unsigned(3, offsetof(VolumePatch, amount), defaults::cVolumeAmount),
+    Unsigned(pkey::cVolumeAmountPid, offsetof(VolumePatch, amount), defaults::cVolumeAmount),
     Boolean(4, offsetof(VolumePatch, switch4), defaults::cVolumeSwitch4),
     Boolean(5, offsetof(VolumePatch, switch5), defaults::cVolumeSwitch5),
     Float(6, offsetof(VolumePatch, level6), defaults::cVolumeLevel6),
@@ -85,32 +86,36 @@ inline constexpr KORA4FieldDef cVolume[] = {
 };
 
 inline constexpr KORA4FieldDef cEnhancement[] = {
-    Float(3, offsetof(EnhancementPatch, amount), defaults::cEnhancementAmount),
+    Float(pkey::cEnhancementAmountPid, offsetof(EnhancementPatch, amount),
+          defaults::cEnhancementAmount),
     Float(4, offsetof(EnhancementPatch, value4), defaults::cEnhancementValue4),
 };
 
 inline constexpr KORA4FieldDef cDynamicEQ[] = {
-    Float(3, offsetof(DynamicEQPatch, level), defaults::cDynamicEQLevel),
-    FloatArrays(4, offsetof(DynamicEQPatch, freqCount), offsetof(DynamicEQPatch, freq), 1,
-                cHertz, defaults::cDynamicEQFreq),
-    SelectedArray(5, offsetof(DynamicEQPatch, curveCount), offsetof(DynamicEQPatch, curve),
-                  offsetof(DynamicEQPatch, curveIndex), defaults::cDynamicEQCurve),
+    Float(pkey::cDynamicEQLevelPid, offsetof(DynamicEQPatch, level), defaults::cDynamicEQLevel),
+    FloatArrays(pkey::cDynamicEQFreqPid, offsetof(DynamicEQPatch, freqCount),
+                offsetof(DynamicEQPatch, freq), 1, cHertz, defaults::cDynamicEQFreq),
+    SelectedArray(pkey::cDynamicEQCurvePid, offsetof(DynamicEQPatch, curveCount),
+                  offsetof(DynamicEQPatch, curve), offsetof(DynamicEQPatch, curveIndex),
+                  defaults::cDynamicEQCurve),
 };
 
 inline constexpr KORA4FieldDef cStandardEQ[] = {
-    FloatArrays(3, offsetof(StandardEQPatch, freqCount), offsetof(StandardEQPatch, stdEqFreq),
-                1, cHertz, defaults::cStandardEQFreq),
-    FloatArrays(4, offsetof(StandardEQPatch, gainCount), offsetof(StandardEQPatch, stdEqGain),
-                1, cQ8, defaults::cStandardEQGain),
+    FloatArrays(pkey::cStandardEQFreqPid, offsetof(StandardEQPatch, freqCount),
+                offsetof(StandardEQPatch, stdEqFreq), 1, cHertz, defaults::cStandardEQFreq),
+    FloatArrays(pkey::cStandardEQGainPid, offsetof(StandardEQPatch, gainCount),
+                offsetof(StandardEQPatch, stdEqGain), 1, cQ8, defaults::cStandardEQGain),
 };
 
 inline constexpr KORA4FieldDef cHeadphone[] = {
-    Float(3, offsetof(HeadphonePatch, surroundBoost), defaults::cHeadphoneSurroundBoost),
+    Float(pkey::cHeadphoneSurroundBoostPid, offsetof(HeadphonePatch, surroundBoost),
+          defaults::cHeadphoneSurroundBoost),
     Float(4, offsetof(HeadphonePatch, value4), defaults::cHeadphoneValue4),
 };
 
 inline constexpr KORA4FieldDef cVirtualSurround[] = {
-    Float(3, offsetof(VirtualSurroundPatch, surroundBoost), defaults::cVirtualSurroundBoost),
+    Float(pkey::cVirtualSurroundBoostPid, offsetof(VirtualSurroundPatch, surroundBoost),
+          defaults::cVirtualSurroundBoost),
     Float(4, offsetof(VirtualSurroundPatch, value4), defaults::cVirtualSurroundValue4),
 };
 
@@ -121,20 +126,20 @@ inline constexpr KORA4FieldDef cPeakLimiter[] = {
 inline constexpr KORA4FieldDef cAudioRegulator[] = {
     Float(3, offsetof(AudioRegulatorPatch, value3), defaults::cAudioRegulatorValue3),
     Float(4, offsetof(AudioRegulatorPatch, value4), defaults::cAudioRegulatorValue4),
-    FloatArrays(5, offsetof(AudioRegulatorPatch, freqCount),
+    FloatArrays(pkey::cRegulatorFreqPid, offsetof(AudioRegulatorPatch, freqCount),
                 offsetof(AudioRegulatorPatch, freq), 1, cHertz, defaults::cAudioRegulatorFreq),
-    FloatArrays(6, offsetof(AudioRegulatorPatch, thresholdCount),
+    FloatArrays(pkey::cRegulatorThresholdPid, offsetof(AudioRegulatorPatch, thresholdCount),
                 offsetof(AudioRegulatorPatch, threshold), eRegulatorThresholds, cQ8,
                 defaults::cAudioRegulatorThreshold),
-    FlagArray(8, offsetof(AudioRegulatorPatch, isolateCount),
+    FlagArray(pkey::cRegulatorIsolatePid, offsetof(AudioRegulatorPatch, isolateCount),
               offsetof(AudioRegulatorPatch, isolate), defaults::cAudioRegulatorIsolate),
 };
 
 inline constexpr KORA4FieldDef cAudioOptimizer[] = {
     Unsigned(3, offsetof(AudioOptimizerPatch, value3), defaults::cAudioOptimizerValue3),
-    FloatArrays(4, offsetof(AudioOptimizerPatch, freqCount),
+    FloatArrays(pkey::cOptimizerFreqPid, offsetof(AudioOptimizerPatch, freqCount),
                 offsetof(AudioOptimizerPatch, freq), 1, cHertz, defaults::cAudioOptimizerFreq),
-    FloatArrays(5, offsetof(AudioOptimizerPatch, gainCount),
+    FloatArrays(pkey::cOptimizerGainPid, offsetof(AudioOptimizerPatch, gainCount),
                 offsetof(AudioOptimizerPatch, gain), eAudioOptimizerMaxChannels, cQ8,
                 defaults::cAudioOptimizerGain),
 };

@@ -11,11 +11,6 @@ namespace {
 
 constexpr char cTag[] = "KORA4PropKeyFields";
 
-// The profile whose row applies; a profile that is no demo stays itself.
-constexpr std::uint32_t WithoutDemo(std::uint32_t profile) {
-    return IsDemoProfile(profile) ? profile - cDemoMovieProfile : profile;
-}
-
 // E_INVALIDARG, and `fields` stays clear, when there is no such technology.
 HRESULT FieldsOf(const fields::RecordDef* pRecords, std::uint32_t technology, bool isValid,
                  PatchRecords& records, TechnologyFields* pOut) {
@@ -34,8 +29,7 @@ HRESULT FieldsOf(const fields::RecordDef* pRecords, std::uint32_t technology, bo
 std::uint32_t KORA4ManagedPatchSet::DefaultsIndexForProfile(std::uint32_t profile) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::DefaultsIndexForProfile"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
-    const std::uint32_t row = WithoutDemo(profile);
-    const std::uint32_t defaultsIndex = IsPresetProfile(row) ? row : cMovieProfile;
+    const std::uint32_t defaultsIndex = DefaultsRowOf(profile);
     KALASSERT(cSite, defaultsIndex < 3);
     return defaultsIndex;
 }
@@ -46,18 +40,14 @@ bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4PresetTechnology technology,
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
     const auto profile = static_cast<std::int32_t>(WithoutDemo(profileNumber));
     KALASSERT(cSite, !(profile < 0));
-    if (technology >= eNumberKORA4PresetTechnologies ||
-        !IsPresetProfile(static_cast<std::uint32_t>(profile)))
-        return true;
-    const std::uint32_t* pRow = defaults::sm_presetOnElseOffDefaults[technology];
-    return !pRow || pRow[profile] != 0;
+    return defaults::IsOn(technology, profileNumber);
 }
 
 bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4GlobalTechnology technology) {
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetDefaultOnElseOff"};
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "!\"Invalid global tech\"");
-    return true;
+    return defaults::IsOn(technology);
 }
 
 HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4PresetTechnology technology,

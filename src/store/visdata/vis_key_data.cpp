@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "store/model/vis_layout.h"
 #include "trace/trace.h"
 
 namespace kora4 {
@@ -9,18 +10,6 @@ namespace kora4 {
 namespace {
 
 constexpr char cTag[] = "KORA4VisKeyData";
-
-constexpr std::size_t cHeadSize = 8;
-constexpr std::size_t cNumAPOsOffset = 4;
-constexpr std::size_t cRecordHeadSize = 24;
-constexpr std::size_t cNumBandsOffset = 16;
-constexpr std::size_t cBandSize = 2 * sizeof(float);
-
-std::uint32_t ReadNumber(const std::uint8_t* p) {
-    std::uint32_t number;
-    std::memcpy(&number, p, sizeof number);
-    return number;
-}
 
 // Band `index` of an array that may stand at any address.
 double ReadBand(const std::uint8_t* pArray, std::uint32_t index) {
@@ -42,42 +31,28 @@ KORA4VisKeyData::KORA4VisKeyData(const void* pBlob, std::size_t size)
     : m_pBlob(static_cast<const std::uint8_t*>(pBlob)), m_size(pBlob != nullptr ? size : 0) {}
 
 const std::uint8_t* KORA4VisKeyData::Begin() const {
-    return m_size >= cHeadSize ? m_pBlob + cHeadSize : nullptr;
+    return m_size >= vis::cHeadSize ? m_pBlob + vis::cHeadSize : nullptr;
 }
 
 bool KORA4VisKeyData::ReadRecord(const std::uint8_t* pAPOData, Record* pRecord) const {
     // As numbers: pointers into different objects have no order.
     const auto begin = reinterpret_cast<std::uintptr_t>(m_pBlob);
     const auto record = reinterpret_cast<std::uintptr_t>(pAPOData);
-    if (pAPOData == nullptr || m_size < cHeadSize || record < begin + cHeadSize ||
-        record - begin > m_size)
-        return false;
-    const std::size_t room = m_size - (record - begin);
-    if (room < cRecordHeadSize)
-        return false;
-    const std::uint32_t numBands = ReadNumber(pAPOData + cNumBandsOffset);
-    if (numBands > (room - cRecordHeadSize) / cBandSize)
+    std::uint32_t numBands = 0;
+    if (m_pBlob == nullptr || record < begin ||
+        !vis::ReadNumBands(m_pBlob, m_size, record - begin, &numBands))
         return false;
     pRecord->numBands = numBands;
-    pRecord->pGains = pAPOData + cRecordHeadSize;
+    pRecord->pGains = pAPOData + vis::cRecordHeadSize;
     pRecord->pExcitation = pRecord->pGains + std::size_t{numBands} * sizeof(float);
     pRecord->pEnd = pRecord->pExcitation + std::size_t{numBands} * sizeof(float);
     return true;
 }
 
-std::uint32_t KORA4VisKeyData::CountRecords() const {
-    const std::uint8_t* pAPOData = Begin();
-    const std::uint32_t stated = pAPOData != nullptr ? ReadNumber(m_pBlob + cNumAPOsOffset) : 0;
-    std::uint32_t count = 0;
-    for (Record record; count < stated && ReadRecord(pAPOData, &record); ++count)
-        pAPOData = record.pEnd;
-    return count;
-}
-
 std::uint32_t KORA4VisKeyData::GetNumAPOs() const {
     static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::GetNumAPOs"};
     KALTRACE(trace::eMonitorEntry, cSite, ">>\n");
-    const std::uint32_t numberAPOs = CountRecords();
+    const std::uint32_t numberAPOs = vis::CountAPOs(m_pBlob, m_size);
     KALTRACE(trace::eMonitorExitResult, cSite, "<< numberAPOs: %u\n", numberAPOs);
     return numberAPOs;
 }

@@ -7,13 +7,10 @@
 
 namespace kora4 {
 
-// The blob, little-endian and packed: 4 reserved bytes, the number of APO records
-// (32 bits), the records. A record: 16 bytes of header, the number of bands n (32 bits),
-// 4 reserved bytes, n gains, n excitations (32-bit floats).
-//
-// The view trusts no number in the blob: a record exists only when it lies wholly inside,
-// and none exists behind one that does not. It neither copies nor owns; the blob has to
-// outlive it and the pointers that it gives. Immutable, no lock, any thread.
+// The blob as vis_layout.h describes it. The view trusts no number in the blob: a record exists
+// only when it lies wholly inside, and none exists behind one that does not. It neither copies
+// nor owns; the blob has to outlive it and the pointers that it gives. Immutable, no lock, any
+// thread.
 class KORA4VisKeyData {
   public:
     // pBlob may be null, its size then does not matter.
@@ -43,7 +40,6 @@ class KORA4VisKeyData {
   private:
     struct Record;
 
-    std::uint32_t CountRecords() const;
     const std::uint8_t* Begin() const;
     bool ReadRecord(const std::uint8_t* pAPOData, Record* pRecord) const;
     void PrintRecord(std::uint32_t index, const std::uint8_t* pAPOData) const;

@@ -1,4 +1,4 @@
-// The tools' reader and writer of the stored texts, held against the library's.
+// The store's codec, as the tools use it, held against a reader and writer of its own.
 #include "schema/texts.h"
 
 #include <gtest/gtest.h>
@@ -9,50 +9,25 @@
 
 #include "checks/documents_markdown.h"
 #include "registry/stored_value.h"
-#include "store/codec/array_text.h"
-#include "store/codec/float_text.h"
+#include "unit/tools/slow_texts.h"
 
 namespace kora4::tools {
 namespace {
-
-std::u16string LibraryFloat(float value) {
-    char16_t text[codec::cFloatTextChars];
-    codec::FormatFloat(value, text);
-    return text;
-}
 
 std::optional<std::uint32_t> BitsOf(const std::optional<float>& value) {
     return value ? std::optional(std::bit_cast<std::uint32_t>(*value)) : std::nullopt;
 }
 
 void ExpectSameFloat(const std::u16string& text) {
-    float library = 0;
-    const bool isRead = codec::ParseFloat(text.c_str(), &library);
-    EXPECT_EQ(BitsOf(ParseFloatText(text)),
-              isRead ? BitsOf(library) : std::optional<std::uint32_t>())
-        << ToUtf8(text);
+    EXPECT_EQ(BitsOf(test::ParseFloatText(text)), BitsOf(ParseFloatText(text))) << ToUtf8(text);
 }
 
 void ExpectSameArray(const std::u16string& text) {
-    std::uint32_t count = 0;
-    float elements[codec::cArrayCapacity];
-    const bool isRead = codec::DecodeNumericArray(text.c_str(), &count, elements) == 0;
-    const auto read = ParseNumericArray(text);
-    ASSERT_EQ(read.has_value(), isRead) << ToUtf8(text);
-    if (isRead) {
-        EXPECT_EQ(*read, std::vector<float>(elements, elements + count)) << ToUtf8(text);
-    }
+    EXPECT_EQ(test::ParseNumericArray(text), ParseNumericArray(text)) << ToUtf8(text);
 }
 
 void ExpectSameFlags(const std::u16string& text) {
-    std::uint32_t count = 0;
-    std::uint32_t flags[codec::cArrayCapacity];
-    const bool isRead = codec::DecodeFlagArray(text.c_str(), &count, flags) == 0;
-    const auto read = ParseFlagArray(text);
-    ASSERT_EQ(read.has_value(), isRead) << ToUtf8(text);
-    if (isRead) {
-        EXPECT_EQ(*read, std::vector<bool>(flags, flags + count)) << ToUtf8(text);
-    }
+    EXPECT_EQ(test::ParseFlagArray(text), ParseFlagArray(text)) << ToUtf8(text);
 }
 
 void ExpectSame(const std::string& kind, const std::u16string& text) {
@@ -94,7 +69,7 @@ std::u16string FromCell(std::string cell) {
     return ToUtf16(cell);
 }
 
-TEST(ToolTexts, ReadWhatTheDocumentedTextsSayAsTheLibraryDoes) {
+TEST(StoredTexts, ReadTheDocumentedTextsAsTheSlowReaderDoes) {
     const test::Document document =
         test::ParseDocument(test::ReadProjectFile("docs/store-schema.md"));
     int rows = 0;
@@ -112,7 +87,7 @@ TEST(ToolTexts, ReadWhatTheDocumentedTextsSayAsTheLibraryDoes) {
     EXPECT_GT(rows, 35);
 }
 
-TEST(ToolTexts, WriteTheDocumentedValuesAsDocumented) {
+TEST(StoredTexts, WriteTheDocumentedValuesAsDocumented) {
     const test::Document document =
         test::ParseDocument(test::ReadProjectFile("docs/store-schema.md"));
     const test::MarkedTable* const table = document.Find("written texts");
@@ -125,25 +100,24 @@ TEST(ToolTexts, WriteTheDocumentedValuesAsDocumented) {
             at = end + 1;
         }
         if (row[0] == "float")
-            EXPECT_EQ(ToUtf8(FormatFloatText(values[0])), row[3]);
+            EXPECT_EQ(row[3], ToUtf8(FormatFloatText(values[0])));
         else if (row[0] == "array")
-            EXPECT_EQ(ToUtf8(*FormatNumericArray(static_cast<std::uint32_t>(std::stoul(row[1])),
-                                                 values)),
-                      row[3]);
+            EXPECT_EQ(row[3], ToUtf8(*FormatNumericArray(
+                                  static_cast<std::uint32_t>(std::stoul(row[1])), values)));
         else
-            EXPECT_EQ(ToUtf8(*FormatFlagArray({values.begin(), values.end()})), row[3]);
+            EXPECT_EQ(row[3], ToUtf8(*FormatFlagArray({values.begin(), values.end()})));
     }
 }
 
-TEST(ToolTexts, WriteFloatsAsTheLibraryDoes) {
+TEST(StoredTexts, WriteFloatsAsTheSlowWriterDoes) {
     Random random(1);
     for (int i = 0; i < 100000; ++i) {
         const float value = random.Float();
-        ASSERT_EQ(ToUtf8(FormatFloatText(value)), ToUtf8(LibraryFloat(value)));
+        ASSERT_EQ(ToUtf8(test::FormatFloatText(value)), ToUtf8(FormatFloatText(value)));
     }
 }
 
-TEST(ToolTexts, ReadFloatsAsTheLibraryDoes) {
+TEST(StoredTexts, ReadFloatsAsTheSlowReaderDoes) {
     Random random(2);
     const std::vector<const char16_t*> pieces = {
         u"0",  u"1",  u"9",  u"5", u"000000", u"99999999", u".",          u"-",        u"+",
@@ -151,12 +125,12 @@ TEST(ToolTexts, ReadFloatsAsTheLibraryDoes) {
         u"38", u"45", u"nf", u"i", u"n",      u"\u0660",   u"1e99999999", u"0.0000001"};
     for (int i = 0; i < 100000; ++i) {
         const std::u16string text =
-            random.Pick(3) == 0 ? LibraryFloat(random.Float()) : random.Pieces(pieces, 8);
+            random.Pick(3) == 0 ? FormatFloatText(random.Float()) : random.Pieces(pieces, 8);
         ExpectSameFloat(text);
     }
 }
 
-TEST(ToolTexts, ReadFloatsAtTheEndsOfTheirRangeAsTheLibraryDoes) {
+TEST(StoredTexts, ReadFloatsAtTheEndsOfTheirRangeAsTheSlowReaderDoes) {
     for (const char16_t* const text :
          {u"3.4028234663852886e38",
           u"3.4028235677973366e38",
@@ -184,41 +158,28 @@ TEST(ToolTexts, ReadFloatsAtTheEndsOfTheirRangeAsTheLibraryDoes) {
     ExpectSameFloat(u"0." + std::u16string(1000, u'0') + u"1e1001");
 }
 
-TEST(ToolTexts, WriteArraysAsTheLibraryDoes) {
+TEST(StoredTexts, WriteArraysAsTheSlowWriterDoes) {
     Random random(3);
-    char16_t text[codec::cArrayTextChars];
     for (int i = 0; i < 20000; ++i) {
         const std::uint32_t scales[] = {1, 256, 3, 0, 0x7FFF, 0x8000, 77};
         const std::uint32_t scale = scales[random.Pick(7)];
         std::vector<float> elements(random.Pick(random.Pick(10) == 0 ? 250 : 41));
         for (float& element : elements)
             element = random.Float();
-        const bool isWritten =
-            codec::EncodeNumericArray(scale, static_cast<std::uint32_t>(elements.size()),
-                                      elements.data(), text) == 0;
-        const auto written = FormatNumericArray(scale, elements);
-        ASSERT_EQ(written.has_value(), isWritten) << elements.size();
-        if (isWritten) {
-            ASSERT_EQ(*written, std::u16string(text));
-        }
+        ASSERT_EQ(test::FormatNumericArray(scale, elements),
+                  FormatNumericArray(scale, elements))
+            << elements.size();
     }
 }
 
-TEST(ToolTexts, WriteFlagArraysAsTheLibraryDoes) {
-    char16_t text[codec::cArrayTextChars];
+TEST(StoredTexts, WriteFlagArraysAsTheSlowWriterDoes) {
     for (std::uint32_t count = 0; count < 600; ++count) {
         const std::vector<bool> flags(count, count % 3 == 0);
-        const std::vector<std::uint32_t> numbers(flags.begin(), flags.end());
-        const bool isWritten = codec::EncodeFlagArray(count, numbers.data(), text) == 0;
-        const auto written = FormatFlagArray(flags);
-        ASSERT_EQ(written.has_value(), isWritten) << count;
-        if (isWritten) {
-            ASSERT_EQ(*written, std::u16string(text));
-        }
+        ASSERT_EQ(test::FormatFlagArray(flags), FormatFlagArray(flags)) << count;
     }
 }
 
-TEST(ToolTexts, ReadArraysAsTheLibraryDoes) {
+TEST(StoredTexts, ReadArraysAsTheSlowReaderDoes) {
     Random random(4);
     const std::vector<const char16_t*> pieces = {
         u"0001,", u"0002,", u"0000,", u"3,",  u"ffff,",   u"FFFF,",     u"0x10,",
@@ -231,7 +192,7 @@ TEST(ToolTexts, ReadArraysAsTheLibraryDoes) {
     }
 }
 
-TEST(ToolTexts, ReadWhatTheLibraryWritesToTheLimitsOfTokens) {
+TEST(StoredTexts, ReadArraysToTheLimitsOfTokensAsTheSlowReaderDoes) {
     for (const std::size_t zeros : {250u, 252u, 253u, 254u, 255u})
         ExpectSameArray(std::u16string(zeros, u'0') + u"1,0001,0041");
     std::u16string text = u"0001,0028";

@@ -17,13 +17,7 @@ struct DescribeOptions {
     std::vector<std::string> names;
 };
 
-constexpr const char* cKinds[] = {"switch", "number", "curve",   "text",
-                                  "blob",   "float",  "numbers", "flags"};
 constexpr const char* cAccesses[] = {"read-write", "read-only", "store-only"};
-
-const char* KindName(const Setting& setting) {
-    return cKinds[static_cast<std::size_t>(setting.kind)];
-}
 
 const char* AccessName(const Setting& setting) {
     return cAccesses[static_cast<std::size_t>(setting.access)];
@@ -133,7 +127,7 @@ Json Description(const Setting& setting, const Present& present,
     Json json;
     json["name"] = setting.name;
     json["summary"] = setting.summary;
-    json["type"] = KindName(setting);
+    json["type"] = NameOf(setting.kind);
     json["unit"] = setting.unit.empty() ? Json() : Json(setting.unit);
     json["allowed"] = setting.Allowed();
     json["lowest"] = setting.lowest ? Json(*setting.lowest) : Json();
@@ -161,7 +155,7 @@ void Print(const Setting& setting, const Present& present, std::optional<std::ui
     output.Print(output.Paint(Style::eStrong, setting.name) + ": " + setting.summary);
     const std::optional<SchemaValue> place = PlaceOf(setting, profile);
     std::vector<std::vector<std::string>> rows = {
-        {"  type", KindName(setting)},
+        {"  type", NameOf(setting.kind)},
         {"  allowed", setting.Allowed()},
         {"  unit", setting.unit.empty() ? "none" : setting.unit},
         {"  default", DefaultText(setting)},

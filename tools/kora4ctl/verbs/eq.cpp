@@ -12,24 +12,33 @@
 #include "kora4ctl/options.h"
 #include "kora4ctl/verbs.h"
 #include "store/model/patch_records.h"
+#include "store/patches/field_tables.h"
 
 namespace kora4::tools {
 
 namespace {
 
-constexpr char cSetHelp[] =
-    "Forms:\n"
-    "  eq set 3 2 1 0 -1 ...      a gain for each band, in their order\n"
-    "  eq set 1000=3 4000=-2.5    the stored band that is nearest to each frequency\n"
-    "  eq set --band 3 -2.5       one band, counted from 1\n"
-    "Gains are in dB, from -12 to +12, and are stored in steps of 1/256 dB.\n";
+std::string SetHelp() {
+    return "Forms:\n"
+           "  eq set 3 2 1 0 -1 ...      a gain for each band, in their order\n"
+           "  eq set 1000=3 4000=-2.5    the stored band that is nearest to each frequency\n"
+           "  eq set --band 3 -2.5       one band, counted from 1\n"
+           "Gains are in dB, from " +
+           GainRange() + ", and are stored in steps of 1/" + std::to_string(fields::cQ8) +
+           " dB.\n";
+}
 
-constexpr char cImportHelp[] =
-    "The text is that of equalizer tools: GraphicEQ: 20 -1.5; 25 0; ... with frequencies in\n"
-    "Hz that ascend, gains in dB, decimal points, and comments from # to the end of a line.\n"
-    "The gains are taken at the frequencies of the stored bands: linear in dB over the\n"
-    "logarithm of the frequency, and constant beyond the first and the last frequency of\n"
-    "the file. With --bands file the bands get the frequencies of the file (at most 40).\n";
+std::string ImportHelp() {
+    return "The text is that of equalizer tools: GraphicEQ: 20 -1.5; 25 0; ... with "
+           "frequencies in\n"
+           "Hz that ascend, gains in dB, decimal points, and comments from # to the end of a "
+           "line.\n"
+           "The gains are taken at the frequencies of the stored bands: linear in dB over the\n"
+           "logarithm of the frequency, and constant beyond the first and the last frequency "
+           "of\n"
+           "the file. With --bands file the bands get the frequencies of the file (at most " +
+           std::to_string(cMaxArrayElements) + ").\n";
+}
 
 struct EqOptions {
     ProfileOption profile;
@@ -56,8 +65,8 @@ Bands Limited(Bands bands, bool isClipped, Output& output) {
         float& gain = bands[i].gain;
         if (IsAllowed(gain))
             continue;
-        const std::string what =
-            NameOfBand(bands, i) + ": " + Decimal(gain) + " dB is outside -12 to +12 dB";
+        const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
+                                 " dB is outside " + GainRange() + " dB";
         if (!isClipped)
             throw Failure(ExitCode::eBadInput, what + "; nothing was changed.",
                           "--clip takes the nearest gain that is allowed.");
@@ -263,15 +272,16 @@ Bands BandsOfFile(const Bands& curve, Output& output) {
     if (curve.size() > cMaxArrayElements)
         throw Failure(ExitCode::eBadInput,
                       "The file has " + std::to_string(curve.size()) +
-                          " bands, and no more than 40 can be stored.",
+                          " bands, and no more than " + std::to_string(cMaxArrayElements) +
+                          " can be stored.",
                       "Without '--bands file' its curve is taken at the stored bands.");
     Bands bands = curve;
     for (Band& band : bands) {
         const float stored = std::trunc(band.frequency);
         if (stored < 1 || stored > cHighestFrequency)
             throw Failure(ExitCode::eBadInput, Decimal(band.frequency) +
-                                                   " Hz cannot be stored: bands lie from 1 to "
-                                                   "32767 Hz.");
+                                                   " Hz cannot be stored: bands lie from " +
+                                                   FrequencyRange() + ".");
         if (stored != band.frequency)
             output.Say(Decimal(band.frequency) + " Hz is stored as " + Decimal(stored) +
                        " Hz: bands have whole frequencies.");
@@ -328,7 +338,7 @@ CLI::App& AddEqVerb(CLI::App& parent, Context& context, const Options& options,
 
 void AddClip(CLI::App& verb, const Options& options) {
     verb.add_flag("--clip", options->isClipped,
-                  "limit gains to -12 to +12 dB instead of refusing them");
+                  "limit gains to " + GainRange() + " dB instead of refusing them");
 }
 
 }  // namespace
@@ -344,7 +354,7 @@ void AddEq(Context& context) {
     set.add_option("GAINS", options->values, "gains in dB, or frequency=gain")->required();
     set.add_option("--band", options->band, "one band, counted from 1");
     AddClip(set, options);
-    set.footer(cSetHelp);
+    set.footer(SetHelp());
 
     AddEqVerb(*eq, context, options, "flat", "make all gains 0 dB", Flat);
 
@@ -354,7 +364,7 @@ void AddEq(Context& context) {
     import.add_option("--bands", options->bands,
                       "whose frequencies: stored (as they are) or file");
     AddClip(import, options);
-    import.footer(cImportHelp);
+    import.footer(ImportHelp());
 
     CLI::App& out = AddEqVerb(*eq, context, options, "export",
                               "write the bands as a GraphicEQ text", Export);

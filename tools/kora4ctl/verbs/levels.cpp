@@ -11,6 +11,7 @@
 #include "kora4ctl/setting_access.h"
 #include "kora4ctl/terminal_screen.h"
 #include "kora4ctl/verbs.h"
+#include "store/model/defaults.h"
 
 namespace kora4::tools {
 
@@ -117,7 +118,7 @@ class Display {
 double SecondsToNextLook(const Options& options, IVeltoKORA4API& api) {
     if (options.fps > 0)
         return 1 / options.fps;
-    ULONG milliseconds = 50;
+    ULONG milliseconds = defaults::cSamplingPeriod;
     api.GetVisualizationSamplingPeriod(&milliseconds);
     return std::clamp(milliseconds / 1000.0, cShortestPeriod, cLongestPeriod);
 }

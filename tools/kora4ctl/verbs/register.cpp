@@ -8,6 +8,7 @@
 #include "common/text.h"
 #include "kora4ctl/registration.h"
 #include "kora4ctl/verbs.h"
+#include "platform/version.h"
 #include "registry/store_access.h"
 
 namespace kora4::tools {
@@ -64,7 +65,7 @@ Json DocumentOf(const Registration& found, const Observations& observations) {
             {"fileExists", found.IsThere() && found.file != FileKind::eAbsent},
             {"fileVersion", TextOrNull(found.fileVersion)},
             {"apiVersion", TextOrNull(found.apiVersion)},
-            {"toolVersion", KORA4_VERSION},
+            {"toolVersion", KORA4_VERSION_TEXT},
             {"findings", FindingsOf(observations)}};
 }
 
@@ -85,7 +86,7 @@ void PrintRegistration(Output& output, const Registration& found, const Rows& mo
         {"application", OrNothing(found.appId) + " " + found.appTitle},
         {"type library", OrNothing(found.typeLibrary)},
         {"version", OrNothing(found.fileVersion) + " (file), " + OrNothing(found.apiVersion) +
-                        " (library), " KORA4_VERSION " (tool)"}};
+                        " (library), " KORA4_VERSION_TEXT " (tool)"}};
     rows.insert(rows.end(), more.begin(), more.end());
     output.Table({}, rows);
 }

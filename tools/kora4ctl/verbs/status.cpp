@@ -11,6 +11,7 @@
 #include "kora4ctl/registration.h"
 #include "kora4ctl/setting_access.h"
 #include "kora4ctl/verbs.h"
+#include "platform/version.h"
 #include "store/model/engine_masks.h"
 #include "store/model/profiles.h"
 
@@ -139,7 +140,7 @@ Json DocumentOf(const State& state) {
     json["library"] = {{"version", state.version},
                        {"path", state.registration.path},
                        {"fileVersion", state.registration.fileVersion}};
-    json["tool"] = {{"version", KORA4_VERSION}};
+    json["tool"] = {{"version", KORA4_VERSION_TEXT}};
     return json;
 }
 
@@ -294,7 +295,7 @@ void Print(const State& state, Output& output) {
     line("levels", LevelsText(state));
     line("library", output.IsTerminal() ? LibraryText(state, width - cMargin - 1)
                                         : LibraryText(state, 4096));
-    line("tool", "kora4ctl " KORA4_VERSION);
+    line("tool", "kora4ctl " KORA4_VERSION_TEXT);
 }
 
 ExitCode Status(const Context& context) {
