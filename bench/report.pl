@@ -1,4 +1,5 @@
 #!/usr/bin/perl
+# SPDX-License-Identifier: MIT
 # report.pl [OPTION...] FIGURES...: puts the figures of a run into words.
 #
 #   FIGURES            what kora4_bench wrote, and what kora4_bench_native wrote

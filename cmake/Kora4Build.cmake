@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler settings, and one function that makes a room of the house.
 
 # What every own target gets: warnings as errors.
@@ -39,13 +40,13 @@ target_compile_options(kora4_library_settings INTERFACE
   "$<$<BOOL:${KORA4_COVERAGE}>:${coverage}>")
 target_link_options(kora4_library_settings INTERFACE $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
 
-# kora4_add_room(NAME SOURCES ... [LINK ...]): one room under src/, a static library
+# kora4_add_module(NAME SOURCES ... [LINK ...]): one room under src/, a static library
 # that sees src/ and sdk/include/ as include roots.
-function(kora4_add_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;LINK" ${ARGN})
-  add_library(${name} STATIC ${ROOM_SOURCES})
+function(kora4_add_module name)
+  cmake_parse_arguments(MODULE "" "" "SOURCES;LINK" ${ARGN})
+  add_library(${name} STATIC ${MODULE_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src
                                             ${PROJECT_SOURCE_DIR}/sdk/include)
-  target_link_libraries(${name} PUBLIC kora4_platform_settings ${ROOM_LINK}
+  target_link_libraries(${name} PUBLIC kora4_platform_settings ${MODULE_LINK}
                                 PRIVATE kora4_warnings kora4_library_settings)
 endfunction()

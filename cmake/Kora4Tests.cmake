@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # GoogleTest from Debian's sources, and one function that makes a test program.
 set(KORA4_GOOGLETEST /usr/src/googletest CACHE PATH "Where the sources of GoogleTest are")
 cmake_host_system_information(RESULT prefixes QUERY NUMBER_OF_LOGICAL_CORES)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The same target compiled by clang and linked by lld, with the headers and libraries of
 # mingw-w64's GCC.
 include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64-x86_64.cmake)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cross-compilation from Linux to 64-bit Windows with mingw-w64 (posix threads).
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

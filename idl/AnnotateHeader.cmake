@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Carries the documentation blocks of an interface definition into the header that was
 # generated from it, which knows no comments.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # bench.sh [OPTION...]: installs what is missing, builds, and measures what the library costs
 # beside the bare platform calls that it needs. docs/performance.md says how to read it.
 #

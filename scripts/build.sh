@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # build.sh [release|debug|clang|native]: installs what is missing and builds one preset.
 # The library of the default, release, is build/release/bin/QXA64T.dll.
 set -euo pipefail

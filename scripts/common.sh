@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the other scripts: messages, packages, and Wine prefixes.
 # shellcheck shell=bash
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # coverage.sh [CTEST-OPTION...]: installs what is missing, builds the library instrumented,
 # runs the tests under Wine, and prints which lines and branches of src/ they do not reach,
 # file by file, and the totals. Exits 0 only if every test passes and enough is reached.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # demo.sh: installs what is missing, builds, registers the library in a Wine prefix of its
 # own, and shows three programs at work: one changes settings, one publishes levels as the
 # audio engine does, and one is told and shows them. Exits 0 only if every change and all

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # manuals.sh [DOCUMENT...]: builds the tools, runs every console transcript in the manuals and
 # writes what the programs print now into the documents. Look at the difference before you
 # commit it: the tests only compare.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # model.sh [CALLS [SEED]]: installs what is missing, builds, and makes that many random API
 # calls (20000) from three objects in two processes, each checked against a model of what
 # the API promises; then as many again, many of them from callbacks. Prints the seed; exits 0

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # test.sh [CTEST-OPTION...]: installs what is missing, builds the library and all tests,
 # and runs them, native and under Wine. CTest's summary comes last; the exit code is its.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # A few equal Wine prefixes, so that tests that each want the one store of the machine for
 # themselves can run side by side.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # wine-run.sh PREFIX PROGRAM [ARGUMENT...]: runs a Windows program in a Wine prefix of its
 # own, which is made on first use. Touches no other prefix.
 set -euo pipefail

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 // Processor time of the library's own work.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
 
+#include "contract/codec/array_text.h"
+#include "contract/profiles.h"
 #include "native/stub_key_access.h"
 #include "store/clients/ui_keys_client.h"
-#include "store/codec/array_text.h"
-#include "store/model/profiles.h"
 #include "trace/trace.h"
 
 namespace kora4::bench {

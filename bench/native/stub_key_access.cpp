@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "native/stub_key_access.h"
 
 #include "store/access/task_memory.h"

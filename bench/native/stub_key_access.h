@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A store that answers at once: what is left is the time of the code above it.
 #ifndef KORA4_BENCH_STUB_KEY_ACCESS_H
 #define KORA4_BENCH_STUB_KEY_ACCESS_H

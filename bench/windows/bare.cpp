@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "windows/bare.h"
 
 #include <cstring>

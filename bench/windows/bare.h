@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bare platform calls: what any program would have to make to do what a method does, with
 // ready-made value names and nothing around it.
 #ifndef KORA4_BENCH_BARE_H

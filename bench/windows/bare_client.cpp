@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "windows/bare_client.h"
 
 #include "proxy/proxy_factory.h"

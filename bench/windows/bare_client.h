@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bare equivalent of an object that watches: what starting, being told and stopping take
 // of the platform, and nothing else.
 #ifndef KORA4_BENCH_BARE_CLIENT_H

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "windows/bare_methods.h"
 
 #include <array>
 #include <cstdio>
 
-#include "store/model/profiles.h"
+#include "contract/profiles.h"
 
 namespace kora4::bench::bare {
 namespace {

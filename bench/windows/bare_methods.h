@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What each method needs of the platform, each value read once. A write reads each item that
 // it replaces just before, and what the caller does not set.
 #ifndef KORA4_BENCH_BARE_METHODS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Platform calls by kind, and how a sequence of them is written down.
 #ifndef KORA4_BENCH_CALL_LIST_H
 #define KORA4_BENCH_CALL_LIST_H

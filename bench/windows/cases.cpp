@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "windows/cases.h"
 
+#include "contract/profiles.h"
 #include "kora4api_codes.h"
-#include "store/model/profiles.h"
 #include "windows/bare_methods.h"
 
 namespace kora4::bench {

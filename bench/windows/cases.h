@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The methods of the API, each as a call and as the bare platform calls that it needs.
 #ifndef KORA4_BENCH_CASES_H
 #define KORA4_BENCH_CASES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A client of the built library: the DLL beside the program, its objects, its callback.
 #ifndef KORA4_BENCH_CLIENT_H
 #define KORA4_BENCH_CLIENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "windows/import_hook.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts what a loaded module asks of the platform: its import table leads through here.
 #ifndef KORA4_BENCH_IMPORT_HOOK_H
 #define KORA4_BENCH_IMPORT_HOOK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4_bench --out FILE [--smoke]: measures the library beside the program, and writes the
 // figures as JSON. scripts/bench.sh pins it, and puts the figures into words.
 #include <cstdio>

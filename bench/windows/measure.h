@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What kora4_bench measures, each a group of rows.
 #ifndef KORA4_BENCH_MEASURE_H
 #define KORA4_BENCH_MEASURE_H

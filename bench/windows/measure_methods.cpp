@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Methods beside the bare platform calls that they need, call by call in turn.
 #include <algorithm>
 #include <functional>

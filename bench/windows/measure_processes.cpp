@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Slider reads of many processes at a time, beside the same number of bare loops.
 #include <cstdio>
 #include <vector>

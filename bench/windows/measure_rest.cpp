@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory, an INI file in place of the store, and idling.
 #include <windows.h>
 

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // From a foreign write to the client's callback, and what many watching objects cost.
 #include <atomic>
 #include <memory>
 
-#include "store/model/profiles.h"
+#include "contract/profiles.h"
 #include "windows/bare_client.h"
 #include "windows/measure.h"
 

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include "windows/place.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
 
+#include "contract/profiles.h"
+#include "contract/registry_paths.h"
 #include "store/access/named_mutex.h"
-#include "store/access/registry_paths.h"
-#include "store/model/profiles.h"
 
 namespace kora4::bench {
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A place where settings live: the library's store, or a twin of it that the library does
 // not know. Every value name is ready-made.
 #ifndef KORA4_BENCH_PLACE_H
@@ -9,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "contract/property_key.h"
 #include "platform/handles.h"
-#include "store/model/property_key.h"
 #include "store/patches/field_tables.h"
 
 namespace kora4::bench {

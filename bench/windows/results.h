@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The figures of one run, as scripts/bench.sh reads them.
 #ifndef KORA4_BENCH_RESULTS_H
 #define KORA4_BENCH_RESULTS_H

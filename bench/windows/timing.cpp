@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "windows/timing.h"
 
 #include <windows.h>

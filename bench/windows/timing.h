@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Time in processor ticks, and what many samples of it say.
 #ifndef KORA4_BENCH_TIMING_H
 #define KORA4_BENCH_TIMING_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Carrying the KORA4 interfaces into another apartment.
  *
  * IVeltoKORA4API and IVeltoKORA4APICallback are marshalled by proxy code of their own, and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The KORA4 API: everything that a client of QXA64T.dll includes.
  *
  * Plain C11 or C++; needs nothing but the platform's headers. The interfaces, records and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Result codes of the KORA4 API beside the platform's own.
  *
  * Plain C; needs nothing but the HRESULT type. A failure code has the top bit set;

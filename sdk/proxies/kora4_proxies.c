@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "kora4_proxies.h"
 
 #include "kora4api.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // changer: changes settings, one command a line of its input:
 //
 //   profile NAME                   Movie, Music, Games, P1 to P6

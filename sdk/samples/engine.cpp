@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // engine KEY VALUE: stands in for the audio engine and publishes levels, one picture a line
 // of its input:
 //

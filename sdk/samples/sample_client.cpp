@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "sample_client.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // watcher: is told of every change of the settings and prints it, and shows the engine's
 // levels as a display would, until its input ends.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The callback lock of an API object.
 #ifndef KORA4_API_CALLBACK_GUARD_H
 #define KORA4_API_CALLBACK_GUARD_H

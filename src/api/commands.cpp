@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command lines of the companion applications.
 #include "api/kora4asl.h"
 #include "api/public_records.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the module makes an API object without seeing its class.
 #ifndef KORA4_API_CREATE_API_OBJECT_H
 #define KORA4_API_CREATE_API_OBJECT_H

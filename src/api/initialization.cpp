@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // Bringing the object up, and the registration of the client's callback.
 #include "api/kora4asl.h"
+#include "contract/registry_paths.h"
 #include "platform/com_object.h"
-#include "store/access/registry_paths.h"
 
 namespace kora4 {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/initialize_guard.h"
 
 #include "monitor/apartment.h"

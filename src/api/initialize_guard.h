@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One bring-up of an object at a time.
 #ifndef KORA4_API_INITIALIZE_GUARD_H
 #define KORA4_API_INITIALIZE_GUARD_H

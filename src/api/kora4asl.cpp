@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "api/kora4asl.h"
 
 #include "api/create_api_object.h"
+#include "contract/version.h"
 #include "platform/com_object.h"
-#include "platform/version.h"
 
 namespace kora4 {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The API object.
 #ifndef KORA4_API_KORA4ASL_H
 #define KORA4_API_KORA4ASL_H

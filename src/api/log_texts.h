@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names that the lines of the API object print for numbers. Blanks and tabs are part
 // of the texts.
 #ifndef KORA4_API_LOG_TEXTS_H
@@ -6,9 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "contract/patch_records.h"
+#include "contract/profiles.h"
 #include "store/clients/api_records.h"
-#include "store/model/patch_records.h"
-#include "store/model/profiles.h"
 
 namespace kora4::text {
 

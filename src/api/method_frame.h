@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The frame that all methods of the API object share: entry line, argument checks,
 // initialisation check, the method's own work, exit line. A method states what is its
 // own in a `Method` table and a body.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The monitor's signal becomes the client's notifications.
 #include "api/kora4asl.h"
 #include "api/notification_pass.h"

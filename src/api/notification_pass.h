@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Telling the client what one notification pass found.
 #ifndef KORA4_API_NOTIFICATION_PASS_H
 #define KORA4_API_NOTIFICATION_PASS_H

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // The limits of what clients may set.
 #ifndef KORA4_API_PATCH_LIMITS_H
 #define KORA4_API_PATCH_LIMITS_H
 
 #include <cstdint>
 
+#include "contract/result.h"
 #include "store/clients/api_records.h"
-#include "store/model/result.h"
 
 namespace kora4 {
 

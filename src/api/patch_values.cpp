@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The slider-type values and the graphic EQ of the active profile.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/process_track.h"
 
 #include "api/method_frame.h"

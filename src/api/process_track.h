@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the process looked like when an API object was made, and which thread uses its
 // callback lock: lines for diagnosis and nothing else.
 #ifndef KORA4_API_PROCESS_TRACK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The active profile, demo mode and the custom profiles.
 #include "api/kora4asl.h"
 #include "api/log_texts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The public records and the store's view of them are the same bits; here that is checked,
 // and here alone one is taken for the other.
 #ifndef KORA4_API_PUBLIC_RECORDS_H

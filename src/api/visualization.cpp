@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // The engine's levels for a display, and how often to read them.
 #include <algorithm>
 
-#include "api/display_levels.h"
 #include "api/kora4asl.h"
+#include "contract/display_levels.h"
 #include "store/access/task_memory.h"
 #include "store/visdata/vis_key_data.h"
 

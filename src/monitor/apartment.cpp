@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "monitor/apartment.h"
 
 #include <algorithm>

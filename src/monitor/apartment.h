@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which apartment a thread is in, a wait that suits it, and a hold on the multithreaded one.
 #ifndef KORA4_MONITOR_APARTMENT_H
 #define KORA4_MONITOR_APARTMENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "monitor/apartment_end.h"
 
 #include <objbase.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tells when the calling thread is about to leave its single-threaded apartment for good.
 #ifndef KORA4_MONITOR_APARTMENT_END_H
 #define KORA4_MONITOR_APARTMENT_END_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "monitor/gate_factory.h"
 
 #include <objbase.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The registration of the gate's proxy/stub factory in an apartment.
 #ifndef KORA4_MONITOR_GATE_FACTORY_H
 #define KORA4_MONITOR_GATE_FACTORY_H

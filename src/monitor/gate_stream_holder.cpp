@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "monitor/gate_stream_holder.h"
 
 #include <objbase.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Carries the marshalled gate from the owner's apartment to the monitor thread.
 #ifndef KORA4_MONITOR_GATE_STREAM_HOLDER_H
 #define KORA4_MONITOR_GATE_STREAM_HOLDER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the owner of a monitor and its thread share from one start to the end of the thread.
 #ifndef KORA4_MONITOR_MONITOR_SESSION_H
 #define KORA4_MONITOR_MONITOR_SESSION_H

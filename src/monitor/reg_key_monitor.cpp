@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "monitor/reg_key_monitor.h"
 
 #include <cstdint>

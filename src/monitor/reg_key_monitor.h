@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Watches a registry key on a thread of its own and tells its owner of every write.
 #ifndef KORA4_MONITOR_REG_KEY_MONITOR_H
 #define KORA4_MONITOR_REG_KEY_MONITOR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the registry monitor knows of its owner.
 #ifndef KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H
 #define KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The monitor thread: what runs on it holds a MonitorSession and the gate, nothing else.
 #include <objbase.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "monitor/reg_key_security.h"
 
 #include <aclapi.h>

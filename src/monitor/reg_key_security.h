@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Creates the registry keys of the store and opens them to every user.
 #ifndef KORA4_MONITOR_REG_KEY_SECURITY_H
 #define KORA4_MONITOR_REG_KEY_SECURITY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "monitor/security_types.h"
 
 #include <aclapi.h>

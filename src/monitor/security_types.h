@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Owning types for security descriptors and for a privilege that is on for a while.
 #ifndef KORA4_MONITOR_SECURITY_TYPES_H
 #define KORA4_MONITOR_SECURITY_TYPES_H

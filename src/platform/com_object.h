@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reference-counted wrapper that makes a COM object of a class.
 #ifndef KORA4_PLATFORM_COM_OBJECT_H
 #define KORA4_PLATFORM_COM_OBJECT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Owning types for what the platform hands out.
 #ifndef KORA4_PLATFORM_HANDLES_H
 #define KORA4_PLATFORM_HANDLES_H

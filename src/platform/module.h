@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The module: its instance handle and its lock count (objects alive plus server locks).
 #ifndef KORA4_PLATFORM_MODULE_H
 #define KORA4_PLATFORM_MODULE_H

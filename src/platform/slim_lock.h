@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A lock that is held exclusively, for the length of a scope.
 #ifndef KORA4_PLATFORM_SLIM_LOCK_H
 #define KORA4_PLATFORM_SLIM_LOCK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which lock guards what, in words that clang checks (-Wthread-safety). To other compilers
 // they are nothing. Includes nothing, so that platform-free files can use it.
 #ifndef KORA4_PLATFORM_THREAD_ANNOTATIONS_H

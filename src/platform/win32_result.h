@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one place that turns Win32 errors into HRESULTs.
 #ifndef KORA4_PLATFORM_WIN32_RESULT_H
 #define KORA4_PLATFORM_WIN32_RESULT_H

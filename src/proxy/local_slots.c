@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The slots of IKaltrixVeltoKORA4 that do not cross apartments. The proxy answers for
  * itself and sends nothing; the stub refuses a call that some other code has sent, before
  * it reaches the object. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The library's own proxy code: one class object that makes the proxies and stubs of all
  * its interfaces (IVeltoKORA4API, IVeltoKORA4APICallback, ICOMCallbackGate and the three of
  * the processing objects). Plain C. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Included in front of the generated proxy code: what it uses and the platform's headers
  * declare for C++ only. It must not include rpcproxy.h, whose layouts depend on settings
  * that the generated code makes first. */

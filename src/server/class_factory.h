@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The class object of a served class.
 #ifndef KORA4_SERVER_CLASS_FACTORY_H
 #define KORA4_SERVER_CLASS_FACTORY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "server/class_table.h"
 
 #include <veltokora4api.h>

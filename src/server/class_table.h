@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The classes that the library serves.
 #ifndef KORA4_SERVER_CLASS_TABLE_H
 #define KORA4_SERVER_CLASS_TABLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry points of the library.
 #include <objbase.h>
 #include <windows.h>

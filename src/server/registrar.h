@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs registrar scripts on the registry.
 #ifndef KORA4_SERVER_REGISTRAR_H
 #define KORA4_SERVER_REGISTRAR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Registrar scripts: the text form in which a module states its registry entries.
 //
 //   script := { root '{' { item } '}' }
@@ -19,7 +20,7 @@
 #include <span>
 #include <string_view>
 
-#include "store/model/result.h"
+#include "contract/result.h"
 
 namespace kora4 {
 

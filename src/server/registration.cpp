@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "server/registration.h"
 
 #include <oleauto.h>
@@ -9,13 +10,13 @@
 #include <span>
 #include <string_view>
 
+#include "contract/registry_paths.h"
 #include "monitor/reg_key_security.h"
 #include "platform/module.h"
 #include "platform/win32_result.h"
 #include "server/class_table.h"
 #include "server/registrar.h"
 #include "server/resource_ids.h"
-#include "store/access/registry_paths.h"
 #include "trace/trace.h"
 
 namespace kora4 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Self-registration: what COM and the applications need to find in the registry.
 #ifndef KORA4_SERVER_REGISTRATION_H
 #define KORA4_SERVER_REGISTRATION_H

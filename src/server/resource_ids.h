@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Resources of the library. Read by the resource compiler too. */
 #ifndef KORA4_SERVER_RESOURCE_IDS_H
 #define KORA4_SERVER_RESOURCE_IDS_H

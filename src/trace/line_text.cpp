@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "trace/line_text.h"
 
 #include <windows.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of one trace line, formatted without heap and without the host's locale.
 #ifndef KORA4_TRACE_LINE_TEXT_H
 #define KORA4_TRACE_LINE_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "trace/log_file.h"
 
 #include <cstddef>

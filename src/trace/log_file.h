@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The log files of the trace.
 #ifndef KORA4_TRACE_LOG_FILE_H
 #define KORA4_TRACE_LOG_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace statement, the process-wide flag word and KALASSERT.
 //
 // A trace line goes to the debugger's output and, when the flag word says so, is
@@ -12,41 +13,12 @@
 #include <atomic>
 #include <cstdint>
 
+#include "contract/trace_flags.h"
+
 // What every format begins with: the tag's base, the source line, the function.
 #define KALTRACE_HEAD "%s: %4d %s:"
 
 namespace kora4::trace {
-
-// Bits of the flag word. A statement's mask is the union of the bits that enable it.
-enum Flag : std::uint32_t {
-    eResults = 0x00000001,          // exit lines that print an HRESULT
-    eSecurity = 0x00000004,         // key security, monitor thread, visualization reader
-    eApiEntryExit = 0x00000010,     // entry and exit of API object, keys clients, key security
-    eAssertions = 0x00000020,       // failed KALASSERTs
-    eModuleEvents = 0x00000100,     // DLL_PROCESS_ATTACH and the like
-    eProcessTracking = 0x00000200,  // process id, handle count, desktop, per-call thread ids
-    eMessages = 0x00000400,         // what the API object reports; on by default
-    eAllEntryExit = 0x00000800,     // entry and exit lines of every module
-    eVisualizationDump = 0x00008000,
-    eNotificationThreads = 0x00010000,  // thread ids of notification delivery
-    eLogFiles = 0x01000000,             // also append each produced line to the log files
-    eMasterSwitch = 0x06000000,         // two-bit field ...
-    eMasterSwitchOff = 0x04000000,      // ... with this value nothing is produced at all
-};
-
-// The masks in use, by what they are used for.
-enum Mask : std::uint32_t {
-    eEntry = eAllEntryExit | eApiEntryExit,                            // 0x810
-    eExitResult = eAllEntryExit | eApiEntryExit | eResults,            // 0x811
-    eStoreEntry = eAllEntryExit,                                       // 0x800
-    eStoreExitResult = eAllEntryExit | eResults,                       // 0x801
-    eMonitorEntry = eAllEntryExit | eSecurity,                         // 0x804
-    eMonitorExitResult = eAllEntryExit | eSecurity | eResults,         // 0x805
-    eModuleEntry = eAllEntryExit | eModuleEvents,                      // 0x900
-    eModuleExitResult = eAllEntryExit | eModuleEvents | eResults,      // 0x901
-    eTrackerEntry = eAllEntryExit | eProcessTracking | eApiEntryExit,  // 0xA10
-    eTrackerStartUp = eProcessTracking | eApiEntryExit,                // 0x210
-};
 
 // Where a statement stands: the module tag (it names the log file) and the
 // function's qualified name. Both are string literals.
@@ -54,8 +26,6 @@ struct Site {
     const char* tag;
     const char* function;
 };
-
-inline constexpr std::uint32_t cDefaultFlags = eMessages;
 
 // Where the lines go beside the debugger's output: a file for each tag, and one for all. The
 // folder is not created.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # bench-selftest.sh ROOT WORK: the report of the benchmark says met, missed and worse where
 # that is so, and nowhere else.
 set -euo pipefail

@@ -1,5 +1,6 @@
 #!/usr/bin/perl
-# check.pl RULE ROOT: holds the sources under ROOT against one rule of the house, prints
+# SPDX-License-Identifier: MIT
+# check.pl RULE ROOT: holds the sources under ROOT against one rule of the project, prints
 # what breaks it as FILE:LINE: TEXT, and exits 1 if anything does.
 use strict;
 use warnings;
@@ -33,49 +34,49 @@ sub lines_of {
     return @lines;
 }
 
-# --- arrows: an include points down, and only where the floor plan lets it ---------------
+# --- arrows: an include points down, and only where the table lets it ---------------
 
-my @pure = qw(store/model store/codec store/visdata);
-my @patches = (@pure, qw(store/access store/patches));
+my @contract = qw(contract contract/codec contract/messages);
+my @patches = (@contract, qw(store/visdata store/access store/patches));
 my @clients = (@patches, 'store/clients');
 my %below = (
-    'trace'         => [],
-    'platform'      => ['trace'],
-    'store/model'   => ['trace', @pure],
-    'store/codec'   => [@pure],
-    'store/visdata' => ['trace', @pure],
-    'store/access'  => ['trace', 'platform', @pure],
+    'contract'          => ['contract/codec'],
+    'contract/codec'    => ['contract'],
+    'contract/messages' => ['contract'],
+    'trace'         => ['contract'],
+    'platform'      => ['contract', 'trace'],
+    'store/visdata' => ['trace', @contract],
+    'store/access'  => ['trace', 'platform', @contract],
     'store/patches' => ['trace', @patches],
     'store/clients' => ['trace', @clients],
-    'published'     => ['trace', 'store/model'],
     'proxy'         => [],
     'monitor'       => ['trace', 'platform', 'proxy'],
-    'api'           => ['trace', 'platform', 'monitor', @pure, 'store/access', 'store/clients'],
+    'api'           => ['trace', 'platform', 'monitor', @contract, 'store/visdata', 'store/access', 'store/clients'],
     'server'        => ['trace', 'platform', 'proxy', 'monitor', @clients, 'api'],
 );
 
-# The tools: their own rooms, the tables of src/ that say what the store, the results and the
-# trace are, the codec of stored texts, and the one way to the store's mutex. Never the rest of
-# the library's code, for a tool is a client like any other.
-my @shared_tools = qw(common registry schema);
+# The tools: their own modules, and of src/ what is contract, the field tables and the one way
+# to the store's mutex. Never the rest of the library's code, for a tool is a client like any
+# other.
+my @shared_tools = qw(base process registry settings);
 my %below_of_tools = (
-    'common'   => [],
-    'registry' => ['common'],
-    'schema'   => ['common', 'registry'],
+    'base'     => [],
+    'process'  => ['base'],
+    'registry' => ['base', 'process'],
+    'settings' => ['base', 'process', 'registry'],
     'kora4ctl' => \@shared_tools,
     'kora4sim' => \@shared_tools,
 );
 my $tables_for_tools = join '|', qw(
-    store/model/[^/]+ store/patches/field_(tables|def) store/access/(registry_paths|(named|open)_mutex)
-    store/codec/(array|float)_text api/(patch_limits|display_levels) platform/version
-    trace/trace published/[^/]+);
+    contract/([a-z]+/)?[^/]+ store/patches/field_(tables|def) store/access/named_mutex
+    platform/open_mutex api/patch_limits trace/trace);
 
-sub room_of {
+sub module_of {
     my ($path) = @_;
-    return $path =~ m{^(store/[^/]+|[^/]+)/} && exists $below{$1} ? $1 : undef;
+    return $path =~ m{^((?:store|contract)/[^/]+|[^/]+)/} && exists $below{$1} ? $1 : undef;
 }
 
-sub tool_room_of {
+sub tool_module_of {
     my ($path) = @_;
     return $path =~ m{^([^/]+)/} && exists $below_of_tools{$1} ? $1 : undef;
 }
@@ -84,16 +85,16 @@ sub arrows {
     my %contract;
     $contract{s{^.*/}{}r =~ s{\.idl$}{.h}r} = 1 for files('^(sdk/include|idl)/[^/]+\.(h|idl)$');
     for my $file (files('^src/.*\.(h|c|cpp)$')) {
-        my $room = room_of($file =~ s{^src/}{}r);
-        complain($file, 1, 'stands in no room of the house'), next unless $room;
+        my $module = module_of($file =~ s{^src/}{}r);
+        complain($file, 1, 'stands in no module'), next unless $module;
         my $number = 0;
         for (lines_of($file)) {
             $number++;
             next unless /^\s*#\s*include\s*"([^"]+)"/;
-            my ($target, $to) = ($1, room_of($1));
+            my ($target, $to) = ($1, module_of($1));
             if ($to) {
-                complain($file, $number, "$room must not include $to ($target)")
-                    unless $to eq $room || grep { $_ eq $to } @{$below{$room}};
+                complain($file, $number, "$module must not include $to ($target)")
+                    unless $to eq $module || grep { $_ eq $to } @{$below{$module}};
             } elsif (!$contract{$target} && !-f "$root/idl/$target") {
                 complain($file, $number, "\"$target\" is neither rooted at src/ nor a contract header");
             }
@@ -105,19 +106,19 @@ sub arrows {
 sub arrows_of_tools {
     my ($contract) = @_;
     for my $file (files('^tools/.*\.(h|c|cpp)$')) {
-        my $room = tool_room_of($file =~ s{^tools/}{}r);
-        complain($file, 1, 'stands in no room of the tools'), next unless $room;
+        my $module = tool_module_of($file =~ s{^tools/}{}r);
+        complain($file, 1, 'stands in no module of the tools'), next unless $module;
         my $number = 0;
         for (lines_of($file)) {
             $number++;
             next unless /^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+\/[^>]+)>)/;
             my $quoted = defined $1;
             my $target = $quoted ? $1 : $2;
-            my $to = tool_room_of($target);
+            my $to = tool_module_of($target);
             if ($to) {
-                complain($file, $number, "$room must not include $to ($target)")
-                    unless $to eq $room || grep { $_ eq $to } @{$below_of_tools{$room}};
-            } elsif (room_of($target)) {
+                complain($file, $number, "$module must not include $to ($target)")
+                    unless $to eq $module || grep { $_ eq $to } @{$below_of_tools{$module}};
+            } elsif (module_of($target)) {
                 complain($file, $number, "a tool includes tables of src/ only, not \"$target\"")
                     unless $target =~ m{^(?:$tables_for_tools)\.h$};
             } elsif ($quoted && !$contract->{$target}) {
@@ -131,9 +132,9 @@ sub arrows_of_tools {
 
 sub is_pure {
     my ($file) = @_;
-    return $file =~ m{^src/(trace/trace\.h$|platform/thread_annotations\.h$|published/)}
+    return $file =~ m{^src/(trace/trace\.h$|platform/thread_annotations\.h$|contract/)}
         || ($file =~ m{^src/store/}
-            && $file !~ m{^src/store/access/(reg_prop_keys_access\.|open_mutex\.h$|(named_mutex|task_memory)\.cpp$)});
+            && $file !~ m{^src/store/access/(reg_prop_keys_access\.|(named_mutex|task_memory)\.cpp$)});
 }
 
 sub pure {

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # dll-selftest.sh ROOT WORK: dll.sh passes a good library and finds each fault in a bad one.
 set -euo pipefail
 check=$1/tests/checks/dll.sh work=$2

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # dll.sh LIBRARY EXPORTS MAX_BYTES: what the built library shows to the loader. EXPORTS is a
 # file with one name a line. MAX_BYTES 0 means that the size does not matter.
 set -euo pipefail

@@ -1,16 +1,17 @@
+// SPDX-License-Identifier: MIT
 // docs/api.md against the interface definition, the public headers and the library at work.
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <map>
 
-#include "api/display_levels.h"
 #include "api/patch_limits.h"
 #include "checks/documents_compare.h"
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
-#include "platform/version.h"
-#include "published/results.h"
+#include "contract/display_levels.h"
+#include "contract/results.h"
+#include "contract/version.h"
 #include "store/clients/ui_keys_client.h"
 #include "store/patches/field_tables.h"
 #include "support/memory_key_access.h"
@@ -75,7 +76,7 @@ std::string Hexadecimal(std::uint32_t number) {
 
 std::vector<Row> Results(const Document&) {
     std::vector<Row> rows;
-    for (const published::Result& result : published::cApiResults)
+    for (const contract::Result& result : contract::cApiResults)
         rows.push_back({Hexadecimal(result.code), result.name, result.meaning});
     return rows;
 }
@@ -207,7 +208,7 @@ std::string PidsOf(ApiTechnology technology) {
 std::vector<Row> ApiTechnologies(const Document&) {
     auto members = PatchValueMembers();
     const auto storeNames =
-        EnumeratorsOf("src/store/model/technologies.h", "KORA4PresetTechnology");
+        EnumeratorsOf("src/contract/technologies.h", "KORA4PresetTechnology");
     std::vector<Row> rows;
     for (const auto& [name, number] :
          EnumeratorsOf("idl/veltokora4api.idl", "KORA4APITechnology")) {

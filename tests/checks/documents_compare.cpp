@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "checks/documents_compare.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The comparisons of the documents with the library, one for each marked table.
 #ifndef KORA4_TESTS_CHECKS_DOCUMENTS_COMPARE_H
 #define KORA4_TESTS_CHECKS_DOCUMENTS_COMPARE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "checks/documents_markdown.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of a Markdown document that stand below a mark.
 #ifndef KORA4_TESTS_CHECKS_DOCUMENTS_MARKDOWN_H
 #define KORA4_TESTS_CHECKS_DOCUMENTS_MARKDOWN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // docs/store-schema.md: keys, names, settings, profiles, technologies and fields.
 #include <gtest/gtest.h>
 
@@ -9,12 +10,12 @@
 #include "checks/documents_schema_texts.h"
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
-#include "published/general_settings.h"
-#include "published/trace_categories.h"
+#include "contract/codec/array_text.h"
+#include "contract/general_settings.h"
+#include "contract/messages/trace_categories.h"
+#include "contract/registry_paths.h"
 #include "store/access/named_mutex.h"
-#include "store/access/registry_paths.h"
 #include "store/clients/ui_keys_client.h"
-#include "store/codec/array_text.h"
 #include "store/patches/field_tables.h"
 #include "support/memory_key_access.h"
 #include "trace/trace.h"
@@ -23,7 +24,7 @@ namespace kora4::test {
 
 namespace {
 
-constexpr char cTechnologies[] = "src/store/model/technologies.h";
+constexpr char cTechnologies[] = "src/contract/technologies.h";
 
 std::string PathText(const wchar_t* pPath) {
     std::string text;
@@ -47,7 +48,7 @@ std::vector<Row> KeySets(const Document&) {
     };
     std::vector<Row> rows;
     for (const auto& [name, number] :
-         EnumeratorsOf("src/store/model/property_key.h", "KORA4KeySet")) {
+         EnumeratorsOf("src/contract/property_key.h", "KORA4KeySet")) {
         if (number == eKeySetPropertyStore)
             continue;  // not in the registry
         const std::string keySet = NameOfKeySet(number);
@@ -236,7 +237,7 @@ std::vector<Row> ObservedSettings() {
 // The published ones, in the columns that can be observed.
 std::vector<Row> PublishedSettings() {
     std::vector<Row> rows;
-    for (const published::GeneralSetting& setting : published::cGeneralSettings)
+    for (const contract::GeneralSetting& setting : contract::cGeneralSettings)
         if (setting.key.fmtid == pkey::cSettingsGuid)
             rows.push_back({Text(setting.key.pid), NameOfKeySet(setting.keySet),
                             NameOf(setting.kind),
@@ -250,8 +251,8 @@ std::vector<Row> Settings(const Document&) {
     std::vector<Row> rows = PublishedSettings();
     EXPECT_EQ(observed, rows) << "the published settings are not those of the library";
     for (Row& row : rows) {
-        const published::GeneralSetting& setting =
-            *published::FindGeneralSetting(pkey::Setting(NumberIn(row[0])));
+        const contract::GeneralSetting& setting =
+            *contract::FindGeneralSetting(pkey::Setting(NumberIn(row[0])));
         row.insert(row.end(), {setting.meaning, setting.writtenBy, setting.readBy});
     }
     return rows;
@@ -432,14 +433,14 @@ std::vector<Row> Curves(const Document&) {
 std::vector<Row> TraceBits(const Document&) {
     std::vector<Row> rows;
     std::vector<std::pair<std::string, std::uint32_t>> published;
-    const auto add = [&](const published::TraceBits& bits) {
+    const auto add = [&](const contract::TraceBits& bits) {
         char text[16];
         std::snprintf(text, sizeof text, "0x%08x", static_cast<unsigned>(bits.bits));
         rows.push_back({text, bits.constant, bits.lines});
         published.emplace_back(bits.constant, bits.bits);
     };
-    std::ranges::for_each(published::cTraceCategories, add);
-    std::ranges::for_each(published::cTraceMasterSwitch, add);
+    std::ranges::for_each(contract::cTraceCategories, add);
+    std::ranges::for_each(contract::cTraceMasterSwitch, add);
     std::vector<std::pair<std::string, std::uint32_t>> flags;
     for (const auto& [name, number] : EnumeratorsOf("src/trace/trace.h", "Flag :"))
         flags.emplace_back(name, number);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "checks/documents_schema_texts.h"
 
 #include <algorithm>
@@ -8,12 +9,12 @@
 #include <functional>
 #include <sstream>
 
-#include "api/display_levels.h"
 #include "checks/documents_sources.h"
-#include "store/codec/array_text.h"
-#include "store/codec/float_text.h"
-#include "store/model/property_key.h"
-#include "store/model/value_kind.h"
+#include "contract/codec/array_text.h"
+#include "contract/codec/float_text.h"
+#include "contract/display_levels.h"
+#include "contract/property_key.h"
+#include "contract/value_kind.h"
 #include "store/patches/field_tables.h"
 #include "store/visdata/vis_key_data.h"
 

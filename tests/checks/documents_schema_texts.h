@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // docs/store-schema.md: texts, bounds and the visualization blob.
 #ifndef KORA4_TESTS_CHECKS_DOCUMENTS_SCHEMA_TEXTS_H
 #define KORA4_TESTS_CHECKS_DOCUMENTS_SCHEMA_TEXTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the test of the documents reads out of sources that it cannot include: the interface
 // definition, plain C headers, enumerations as names.
 #ifndef KORA4_TESTS_CHECKS_DOCUMENTS_SOURCES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "checks/documents_store_use.h"
 
 #include <gtest/gtest.h>

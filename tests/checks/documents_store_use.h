@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library does to the store, as recorded while it runs on one in memory.
 #ifndef KORA4_TESTS_CHECKS_DOCUMENTS_STORE_USE_H
 #define KORA4_TESTS_CHECKS_DOCUMENTS_STORE_USE_H
@@ -6,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "store/model/property_key.h"
+#include "contract/property_key.h"
 
 namespace kora4::test {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The documents of the store and of the API say what the library does, and a document that
 // says anything else is found out.
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # format.sh ROOT: every C and C++ file looks as .clang-format wants it.
 set -euo pipefail
 cd "$1"

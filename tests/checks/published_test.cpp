@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The published tables and the sources they speak of.
 #include <gtest/gtest.h>
 
@@ -9,24 +10,24 @@
 
 #include "checks/documents_sources.h"
 #include "checks/trace_statements.h"
+#include "contract/general_settings.h"
+#include "contract/messages/trace_categories.h"
+#include "contract/messages/trace_messages.h"
+#include "contract/results.h"
 #include "faults/trace_line_table.h"
-#include "published/general_settings.h"
-#include "published/results.h"
-#include "published/trace_categories.h"
-#include "published/trace_messages.h"
 
 namespace kora4::test {
 namespace {
 
-using published::TraceMatch;
-using published::TraceMessage;
+using contract::TraceMatch;
+using contract::TraceMessage;
 
 // --- results and settings --------------------------------------------------------------------
 
 TEST(PublishedResults, HaveEveryCodeOfThePublicHeader) {
     for (const char* prefix : {"APOERR_", "KORA4_S_"}) {
         for (const NamedNumber& code : MacrosOf("sdk/include/kora4api_codes.h", prefix)) {
-            const published::Result* const pResult = published::FindResult(code.number);
+            const contract::Result* const pResult = contract::FindResult(code.number);
             ASSERT_NE(nullptr, pResult) << code.name;
             EXPECT_EQ(code.name, pResult->name);
         }
@@ -35,24 +36,24 @@ TEST(PublishedResults, HaveEveryCodeOfThePublicHeader) {
 
 template <typename Visit>
 void ForEachResult(Visit visit) {
-    std::ranges::for_each(published::cApiResults, visit);
-    std::ranges::for_each(published::cPlatformResults, visit);
+    std::ranges::for_each(contract::cApiResults, visit);
+    std::ranges::for_each(contract::cPlatformResults, visit);
 }
 
 TEST(PublishedResults, AreEachPublishedOnceUnderOneName) {
     std::set<std::uint32_t> codes;
     std::set<std::string> names;
-    ForEachResult([&](const published::Result& result) {
+    ForEachResult([&](const contract::Result& result) {
         EXPECT_TRUE(codes.insert(result.code).second) << result.name;
         EXPECT_TRUE(names.insert(result.name).second) << result.name;
-        EXPECT_EQ(&result, published::FindResult(result.code)) << result.name;
+        EXPECT_EQ(&result, contract::FindResult(result.code)) << result.name;
     });
-    EXPECT_EQ(nullptr, published::FindResult(0x12345678));
+    EXPECT_EQ(nullptr, contract::FindResult(0x12345678));
 }
 
 // Words for people: a meaning that can stand inside a sentence, and whole sentences around it.
 TEST(PublishedResults, SayWhatTheyMeanAndWhy) {
-    ForEachResult([](const published::Result& result) {
+    ForEachResult([](const contract::Result& result) {
         const std::string meaning = result.meaning, why = result.why, next = result.next;
         EXPECT_FALSE(meaning.empty() || meaning.ends_with('.')) << result.name;
         EXPECT_TRUE(why.ends_with('.')) << result.name;
@@ -61,18 +62,18 @@ TEST(PublishedResults, SayWhatTheyMeanAndWhy) {
 }
 
 TEST(PublishedSettings, HaveNamesAndAddressesOfTheirOwn) {
-    for (const published::GeneralSetting& setting : published::cGeneralSettings) {
-        EXPECT_EQ(&setting, published::FindGeneralSetting(setting.name)) << setting.name;
-        EXPECT_EQ(&setting, published::FindGeneralSetting(setting.key)) << setting.name;
+    for (const contract::GeneralSetting& setting : contract::cGeneralSettings) {
+        EXPECT_EQ(&setting, contract::FindGeneralSetting(setting.name)) << setting.name;
+        EXPECT_EQ(&setting, contract::FindGeneralSetting(setting.key)) << setting.name;
     }
-    EXPECT_EQ(nullptr, published::FindGeneralSetting("volume"));
+    EXPECT_EQ(nullptr, contract::FindGeneralSetting("volume"));
 }
 
 // --- messages of the trace -------------------------------------------------------------------
 
 std::vector<const TraceMessage*> Rows() {
     std::vector<const TraceMessage*> rows;
-    published::ForEachTraceMessage([&](const TraceMessage& row) { rows.push_back(&row); });
+    contract::ForEachTraceMessage([&](const TraceMessage& row) { rows.push_back(&row); });
     return rows;
 }
 
@@ -173,9 +174,9 @@ bool Writes(const TraceStatement& statement, const TraceMessage& row) {
     if (statement.text == row.text)
         return true;
     const TraceMessage asWritten{nullptr, statement.text.c_str(), 0, "", "", "", ""};
-    published::TraceValues values;
+    contract::TraceValues values;
     return statement.text != cRefusal &&
-           published::MatchTraceText(asWritten, row.text, &values) != 0;
+           contract::MatchTraceText(asWritten, row.text, &values) != 0;
 }
 
 bool IsWritten(const TraceMessage& row) {
@@ -242,7 +243,7 @@ TEST(PublishedTrace, NamesTheCategoriesOfTheStatements) {
 TEST(PublishedTrace, TellsTheProcessTrackerFromTheMethods) {
     std::set<std::string> meanings;
     for (const char* function : {"ProcessTrack::Enter", "ProcessTrack::Leave"}) {
-        const TraceMatch match = published::FindTraceMessage(
+        const TraceMatch match = contract::FindTraceMessage(
             function, "processID: 0x00000010 threadID: 0x00000014 threadProcID: 0x00000010");
         ASSERT_NE(nullptr, match.pMessage);
         const std::string meaning = match.pMessage->meaning;
@@ -274,7 +275,7 @@ TEST(PublishedTrace, NamesEachValueOfItsMessages) {
         const std::string kinds = pRow->values;
         const auto commas =
             static_cast<std::size_t>(std::count(kinds.begin(), kinds.end(), ','));
-        EXPECT_EQ(published::detail::ConversionsIn(pRow->text), kinds.empty() ? 0 : commas + 1)
+        EXPECT_EQ(contract::detail::ConversionsIn(pRow->text), kinds.empty() ? 0 : commas + 1)
             << NameOf(*pRow);
         EXPECT_EQ(std::string::npos, ("," + kinds + ",").find(",,", 1)) << NameOf(*pRow);
         EXPECT_FALSE(std::string(pRow->meaning).empty()) << NameOf(*pRow);
@@ -319,7 +320,7 @@ TEST(WrittenTraceLines, HaveExactlyOneBestMeaning) {
     ASSERT_FALSE(table.empty());
     for (const TableLine& line : table) {
         const std::string message = Written(line.text);
-        const TraceMatch match = published::FindTraceMessage(line.function, message);
+        const TraceMatch match = contract::FindTraceMessage(line.function, message);
         ASSERT_NE(nullptr, match.pMessage) << line.function << ":" << message;
         EXPECT_EQ(1u, match.equals) << line.function << ":" << message;
         if (match.pMessage->mask != 0) {
@@ -332,10 +333,10 @@ TEST(WrittenTraceLines, AreTakenApartWithTheirHeadAndWhateverStandsBeforeIt) {
     for (const TableLine& line : TraceLineTable()) {
         const std::string message = Written(line.text);
         for (const std::string before : {"", "[1234] ", "00000012\t0.4711\t[1234] "}) {
-            published::TraceHead head;
+            contract::TraceHead head;
             const std::string whole =
                 before + line.tag + ":   81 " + line.function + ":" + message;
-            ASSERT_TRUE(published::ParseTraceHead(whole, &head)) << whole;
+            ASSERT_TRUE(contract::ParseTraceHead(whole, &head)) << whole;
             EXPECT_EQ(line.tag, head.tag);
             EXPECT_EQ("81", head.line);
             EXPECT_EQ(line.function, head.function);
@@ -348,14 +349,14 @@ TEST(WrittenTraceLines, WithoutAHeadAreNotTakenApart) {
     for (const char* text :
          {"", ":", "a: b c:d", "TAG: 12", "TAG: 12 ", "TAG: 12 F", "TAG: x F:m", "TAG: 12F:m",
           ": 12 F:m", "TAG: 12 F::", "TAG: 12 F:::m"}) {
-        published::TraceHead head;
-        EXPECT_FALSE(published::ParseTraceHead(text, &head)) << text;
+        contract::TraceHead head;
+        EXPECT_FALSE(contract::ParseTraceHead(text, &head)) << text;
         EXPECT_TRUE(head.tag.empty() && head.message.empty()) << text;
     }
 }
 
 TEST(WrittenTraceLines, AreFoundByTheirMessageAloneWhereItIsLikeNoOther) {
-    const TraceMatch match = published::FindTraceMessage(
+    const TraceMatch match = contract::FindTraceMessage(
         "", "Graphic EQ gain band 3 limited to 12.000000 (was nan).");
     ASSERT_NE(nullptr, match.pMessage);
     EXPECT_EQ(1u, match.equals);
@@ -367,13 +368,13 @@ TEST(WrittenTraceLines, AreFoundByTheirMessageAloneWhereItIsLikeNoOther) {
 }
 
 TEST(WrittenTraceLines, OfSeveralFunctionsAreSaidToBe) {
-    EXPECT_EQ(2u, published::FindTraceMessage("", "(4)").equals);
-    EXPECT_EQ(1u, published::FindTraceMessage("CKORA4ASL::DeleteCustomProfile", "(4)").equals);
+    EXPECT_EQ(2u, contract::FindTraceMessage("", "(4)").equals);
+    EXPECT_EQ(1u, contract::FindTraceMessage("CKORA4ASL::DeleteCustomProfile", "(4)").equals);
 }
 
 TEST(WrittenTraceLines, TellValuesOfOneKindFromThoseOfAnother) {
     const auto functionOf = [](const char* message) {
-        const TraceMatch match = published::FindTraceMessage("", message);
+        const TraceMatch match = contract::FindTraceMessage("", message);
         EXPECT_EQ(1u, match.equals) << message;
         return std::string(match.pMessage->function);
     };
@@ -390,11 +391,11 @@ TEST(WrittenTraceLines, OfSeveralLinesAreFoundByEachOfThem) {
     for (const char* line :
          {"Process startup info:", "       processID: 0x000004d2", "    handle count: 41",
           "       lpDesktop: No DT", "         lpTitle: C:\\panel.exe"}) {
-        const TraceMatch match = published::FindTraceMessage("", line);
+        const TraceMatch match = contract::FindTraceMessage("", line);
         ASSERT_NE(nullptr, match.pMessage) << line;
         EXPECT_STREQ("ProcessTrack::ProcessTrack", match.pMessage->function) << line;
     }
-    const TraceMatch match = published::FindTraceMessage("", "    handle count: 41");
+    const TraceMatch match = contract::FindTraceMessage("", "    handle count: 41");
     ASSERT_EQ(1u, match.values.count);
     EXPECT_EQ("count", match.values.kinds[0]);
     EXPECT_EQ("41", match.values.texts[0]);
@@ -405,7 +406,7 @@ TEST(WrittenTraceLines, ThatNobodyWroteAreNotFound) {
              "", "nonsense", "<< hr: 0x8000", "<< hr: 0xzzzzzzzz", "set to x",
              "= 4.5 milliseconds", "<< hr: 0x80004005 "  // a blank more is fine
          }) {
-        const bool isKnown = published::FindTraceMessage("", text).pMessage != nullptr;
+        const bool isKnown = contract::FindTraceMessage("", text).pMessage != nullptr;
         EXPECT_EQ(std::string(text).ends_with("80004005 "), isKnown) << text;
     }
 }
@@ -416,7 +417,7 @@ TEST(PublishedTags, AreThoseOfTheLines) {
     std::set<std::string> written, published;
     for (const TableLine& line : TraceLineTable())
         written.insert(line.tag);
-    for (const published::TraceTag& tag : published::cTraceTags)
+    for (const contract::TraceTag& tag : contract::cTraceTags)
         published.insert(tag.tag);
     EXPECT_EQ(written, published);
 }
@@ -426,11 +427,11 @@ TEST(PublishedWriters, AreThoseOfTheSites) {
     EXPECT_GT(functions.size(), 100u);
     std::set<std::string> used;
     for (const std::string& function : functions) {
-        const published::TraceWriter* const pWriter = published::FindTraceWriter(function);
+        const contract::TraceWriter* const pWriter = contract::FindTraceWriter(function);
         ASSERT_NE(nullptr, pWriter) << function;
         used.insert(pWriter->name);
     }
-    EXPECT_EQ(std::size(published::cTraceWriters), used.size());
+    EXPECT_EQ(std::size(contract::cTraceWriters), used.size());
     for (const TraceMessage* pRow : Rows())
         if (pRow->function) {
             EXPECT_TRUE(std::ranges::count(functions, pRow->function)) << NameOf(*pRow);

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # scripts-selftest.sh ROOT WORK: the scripts, on a machine that lacks something, say in one
 # sentence what is wrong and what to do, and never pretend that all is well.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # selftest.sh ROOT WORK: each check passes a clean little tree and finds what is put into
 # it to be found.
 set -euo pipefail
@@ -9,26 +10,26 @@ failures=0
 # fresh: a little tree that breaks no rule.
 fresh() {
   rm -rf "$work/tree"
-  mkdir -p "$work/tree"/{src/{trace,platform,store/{model,access,clients},monitor,api,server},idl,sdk/include,tools/{common,registry,schema,kora4ctl/verbs,kora4sim}}
-  mkdir -p "$work/tree"/src/published
+  mkdir -p "$work/tree"/src/{contract,trace,platform,store/{access,clients},monitor,api,server}
+  mkdir -p "$work/tree"/{idl,sdk/include,tools/{base,registry,settings,kora4ctl/verbs,kora4sim/engine}}
   cd "$work/tree"
   cp "$root/.clang-format" .
   echo '[uuid(01234567-89AB-CDEF-0123-456789ABCDEF)] interface IThing;' >idl/thing.idl
-  echo '#include <cstdint>' >src/trace/trace.h
-  printf '#include <cstdint>\n#include "trace/trace.h"\n' >src/store/model/model.h
-  echo 'const wchar_t* const cName = L"Name of it";' >>src/store/model/model.h
-  echo '#include "store/model/model.h"' >src/store/access/key_access.h
+  printf '#include <cstdint>\n\n#include "contract/facts.h"\n' >src/trace/trace.h
+  echo '#include <cstdint>' >src/contract/facts.h
+  echo 'const wchar_t* const cName = L"Name of it";' >>src/contract/facts.h
+  echo '#include "contract/facts.h"' >src/store/access/key_access.h
   echo '#include <windows.h>' >src/store/access/task_memory.cpp
   echo '#include "store/access/key_access.h"' >src/store/clients/client.h
   printf '#include <windows.h>\n\n#include "thing.h"\n#include "trace/trace.h"\n' >src/monitor/monitor.cpp
   echo '#include "store/clients/client.h"' >src/api/api.h
   echo '#include "api/api.h"' >src/server/server.cpp
-  echo '#include "store/model/model.h"' >src/published/results.h
-  printf '#include <string>\n\n#include "published/results.h"\n' >tools/common/results.h
-  echo '#include "common/results.h"' >tools/registry/store.h
-  echo '#include "registry/store.h"' >tools/schema/settings.h
-  echo '#include "schema/settings.h"' >tools/kora4ctl/verbs/get.cpp
-  printf '#include "schema/settings.h"\n#include "thing.h"\n' >tools/kora4sim/engine.cpp
+  echo '#include "contract/facts.h"' >src/contract/results.h
+  printf '#include <string>\n\n#include "contract/results.h"\n' >tools/base/results.h
+  echo '#include "base/results.h"' >tools/registry/store.h
+  echo '#include "registry/store.h"' >tools/settings/settings.h
+  echo '#include "settings/settings.h"' >tools/kora4ctl/verbs/get.cpp
+  printf '#include "settings/settings.h"\n#include "thing.h"\n' >tools/kora4sim/engine/engine.cpp
 }
 
 report() {
@@ -81,40 +82,39 @@ for rule in arrows pure lines literals words format; do
 done
 
 up='must not include'
-finds arrows "store/model $up store/access" src/store/model/model.h '#include "store/access/key_access.h"'
+finds arrows "contract $up store/access" src/contract/facts.h '#include "store/access/key_access.h"'
 finds arrows "store/access $up store/clients" src/store/access/key_access.h '#include "store/clients/client.h"'
-finds arrows "monitor $up store/model" src/monitor/monitor.cpp '#include "store/model/model.h"'
+finds arrows "monitor $up contract" src/monitor/monitor.cpp '#include "contract/facts.h"'
 finds arrows "store/clients $up api" src/store/clients/client.h '  #  include "api/api.h"'
 finds arrows "api $up server" src/api/api.h '#include "server/server.h"'
 finds arrows "trace $up platform" src/trace/trace.h '#include "platform/handles.h"'
 finds arrows "neither rooted" src/api/api.h '#include "api.h"'
-finds arrows "no room" src/lost.h '// text'
-finds arrows "published $up store/access" src/published/results.h '#include "store/access/key_access.h"'
-finds arrows "api $up published" src/api/api.h '#include "published/results.h"'
-finds arrows "common $up registry" tools/common/results.h '#include "registry/store.h"'
-finds arrows "registry $up schema" tools/registry/store.h '#include "schema/settings.h"'
-finds arrows "kora4ctl $up kora4sim" tools/kora4ctl/verbs/get.cpp '#include "kora4sim/engine.h"'
-finds arrows "kora4sim $up kora4ctl" tools/kora4sim/engine.cpp '#include "kora4ctl/verbs.h"'
+finds arrows "no module" src/lost.h '// text'
+finds arrows "contract $up trace" src/contract/results.h '#include "trace/trace.h"'
+finds arrows "base $up registry" tools/base/results.h '#include "registry/store.h"'
+finds arrows "registry $up settings" tools/registry/store.h '#include "settings/settings.h"'
+finds arrows "kora4ctl $up kora4sim" tools/kora4ctl/verbs/get.cpp '#include "kora4sim/engine/engine.h"'
+finds arrows "kora4sim $up kora4ctl" tools/kora4sim/engine/engine.cpp '#include "kora4ctl/verbs.h"'
 finds arrows "tables of src/ only" tools/kora4ctl/verbs/get.cpp '#include "store/clients/client.h"'
-finds arrows "tables of src/ only" tools/schema/settings.h '#include <store/access/key_access.h>'
+finds arrows "tables of src/ only" tools/settings/settings.h '#include <store/access/key_access.h>'
 finds arrows "neither rooted at tools/" tools/kora4ctl/verbs/get.cpp '#include "verbs.h"'
-finds arrows "no room of the tools" tools/lost/lost.h '// text'
-allows arrows tools/registry/store.h '#include "store/access/open_mutex.h"'
-allows arrows tools/schema/settings.h '#include "store/model/model.h"\n#include <nlohmann/json.hpp>'
-finds pure "platform header" src/store/model/model.h '#include <windows.h>'
+finds arrows "no module of the tools" tools/lost/lost.h '// text'
+allows arrows tools/registry/store.h '#include "platform/open_mutex.h"'
+allows arrows tools/settings/settings.h '#include "contract/facts.h"\n#include <nlohmann/json.hpp>'
+finds pure "platform header" src/contract/facts.h '#include <windows.h>'
 finds pure "platform header" src/trace/trace.h '#include <wrl/client.h>'
 finds pure "platform header" src/platform/thread_annotations.h '#include <windows.h>'
 finds pure "includes one that is not" src/store/clients/client.h '#include "store/access/task_memory.cpp"'
-allows pure src/store/access/open_mutex.h '#include <windows.h>'
+allows pure src/platform/open_mutex.h '#include <windows.h>'
 finds lines "601 lines" src/api/api.h "$(printf '// line\\n%.0s' {1..599})// last"
 guid='0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}'
 fresh
 finds literals "a second copy of the GUID" src/api/api.h "constexpr KeyGuid cOther{$guid};"
 finds literals "a second copy of the GUID" tools/registry/store.h "constexpr KeyGuid cOther{$guid};"
-finds literals "a second copy of the text Name of it" tools/schema/settings.h 'auto name = u"Name of it";'
+finds literals "a second copy of the text Name of it" tools/settings/settings.h 'auto name = u"Name of it";'
 finds lines "601 lines" tools/registry/store.h "$(printf '// line\\n%.0s' {1..599})// last"
 finds format "code should be clang-formatted" tools/registry/store.h 'int  f( ) ;'
-finds pure "platform header" src/published/results.h '#include <windows.h>'
+finds pure "platform header" src/contract/results.h '#include <windows.h>'
 finds literals "a second copy of the text Name of it" src/api/api.h 'auto name = u"Name of it";'
 finds literals "a second copy of the table" src/api/api.h \
   'int a[] = {1, 2, 3, 4};\nint b[] = {1,\n  2, 3, 4};'

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "checks/trace_statements.h"
 
 #include <algorithm>
@@ -89,7 +90,7 @@ const std::vector<TraceSource>& TracingSources() {
             const std::string path =
                 std::filesystem::relative(entry.path(), root).generic_string();
             if ((path.ends_with(".cpp") || path.ends_with(".h")) &&
-                !path.starts_with("src/trace/") && !path.starts_with("src/published/"))
+                !path.starts_with("src/trace/") && !path.starts_with("src/contract/"))
                 found.push_back({path, ReadProjectFile(path)});
         }
         std::ranges::sort(found, {}, &TraceSource::path);

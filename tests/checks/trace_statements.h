@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace statements of the sources, read as text.
 #ifndef KORA4_TESTS_CHECKS_TRACE_STATEMENTS_H
 #define KORA4_TESTS_CHECKS_TRACE_STATEMENTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The frame of the API object: identity, version, and what each method checks in which order.
 #include <array>
 #include <functional>

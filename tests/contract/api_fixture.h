@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the contract tests of the API object share: a store of their own, an apartment, the
 // library, and the trace files.
 #ifndef KORA4_TESTS_CONTRACT_API_FIXTURE_H

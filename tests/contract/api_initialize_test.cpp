@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bringing an API object up and down, and the registration of callbacks.
 #include <thread>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a registered callback is told, in which order, and what it may do meanwhile.
 #include <algorithm>
 #include <thread>

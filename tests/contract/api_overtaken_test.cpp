@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A pass never tells a state that the object itself has replaced since it looked at the store,
 // and serves only a registration that was there before it looked.
 #include <functional>

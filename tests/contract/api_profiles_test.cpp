@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The active profile, demo mode and the custom profiles, as a client and another program
 // see them.
 #include "contract/api_fixture.h"

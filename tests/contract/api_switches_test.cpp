@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The master enable, the technologies' switches and the mask of the engine.
 #include "contract/api_fixture.h"
 

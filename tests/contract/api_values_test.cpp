@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The slider-type values and the graphic EQ: limits, storing and reading.
 #include <cmath>
 #include <limits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sampling period, the engine's levels in twenty bands, and the companion commands.
 #include <cstring>
 

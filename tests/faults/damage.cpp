@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "faults/damage.h"
 
 #include <bit>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any value of the store, damaged in any way: absent, of another type or size, without a
 // terminator, too long, empty, garbage, lying about its own size - or right.
 #ifndef KORA4_TESTS_FAULTS_DAMAGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "faults/debug_output.h"
 
 #include <atomic>

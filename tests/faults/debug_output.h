@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What this process says to a debugger, caught inside the process: each text passes as an
 // exception that a first handler may take.
 #ifndef KORA4_TESTS_FAULTS_DEBUG_OUTPUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Thousands of damaged stores under the built library.
 //
 // KORA4_SEED and KORA4_STORES in the environment repeat a run or make a longer one.

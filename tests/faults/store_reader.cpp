@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "faults/store_reader.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A second reading of the settings store, written from its published format and sharing no
 // code with the library: what a healthy reader makes of any value, defaults included.
 #ifndef KORA4_TESTS_FAULTS_STORE_READER_H

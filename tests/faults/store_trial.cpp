@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "faults/store_trial.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One API object on one damaged store: each of its 30 methods is called on whatever the
 // store holds at that moment, and its result, what it hands out and what it writes are held
 // against the independent reader.

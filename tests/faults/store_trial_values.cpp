@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trial of switches, values, levels and commands.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Many processes that write the log files at a time, while others read them.
 //
 // Windows appends in one step and keeps every line. Wine 8 looks up the end of the file and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines of the built library in hosts that choose a locale, and with names from outside.
 #include <gtest/gtest.h>
 

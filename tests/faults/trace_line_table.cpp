@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table. Lines of a failing platform (a wait that fails, a
 // thread that does not stop, a descriptor that cannot be made) and of the property store are
 // out of a client's reach; the unit tests of their classes have them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every line that the library can be made to write, and the categories that let it through.
 #ifndef KORA4_TESTS_FAULTS_TRACE_LINE_TABLE_H
 #define KORA4_TESTS_FAULTS_TRACE_LINE_TABLE_H

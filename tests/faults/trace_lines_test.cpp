@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of the built library, held against a table: each comes out to the letter when its
 // categories are on, and stays away when they are off.
 #include <gtest/gtest.h>

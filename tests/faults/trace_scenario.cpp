@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "faults/trace_scenario.h"
 
 #include <gtest/gtest.h>

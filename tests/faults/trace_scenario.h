@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A client that makes the built library say everything that it can be made to say.
 #ifndef KORA4_TESTS_FAULTS_TRACE_SCENARIO_H
 #define KORA4_TESTS_FAULTS_TRACE_SCENARIO_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calls that a seat can be asked to make, and what they leave behind.
 #ifndef KORA4_TESTS_MODEL_COMMAND_H
 #define KORA4_TESTS_MODEL_COMMAND_H

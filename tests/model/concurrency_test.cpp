@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several processes with several threads each change the store at the same time: nothing
 // is lost, nothing is mixed, and everybody knows the last state. An argument says for how
 // many milliseconds.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/encodings.h"
 
 #include <algorithm>

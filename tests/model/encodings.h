@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the store keeps of a value: its text forms, worked out here apart from the library.
 #ifndef KORA4_TESTS_MODEL_ENCODINGS_H
 #define KORA4_TESTS_MODEL_ENCODINGS_H

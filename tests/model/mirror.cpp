@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/mirror.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A client that shows what it is told and what it has done itself, and reads again what it
 // must: at the start, when it registers, and after each change of the profile.
 #ifndef KORA4_TESTS_MODEL_MIRROR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random calls of three objects in two processes against a model: model_test [CALLS [SEED]].
 // After each call its result, what it handed out and what it stored are compared; every few
 // calls the whole store, and all that each object was told. Ends with 1 at a difference.

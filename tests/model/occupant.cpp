@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What sits at a seat: an API object with its callback.
 #include <cstdio>
 #include <cstring>

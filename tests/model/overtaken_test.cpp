@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What callbacks do while they are told overtakes what they have not been told yet:
 // overtaken_test [STEPS [SEED]]. Three objects, in a single-threaded apartment, the
 // multithreaded one, and a single-threaded apartment of another process that turns calls away,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/pass_model.h"
 
 namespace kora4::test {

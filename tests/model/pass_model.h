@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One notification pass as its client sees it: what the comparison with the store found,
 // less what the object's own calls have overtaken before it was told.
 #ifndef KORA4_TESTS_MODEL_PASS_MODEL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calls of the API, drawn at random. The draws depend on the seed alone, never on what the
 // calls answered.
 #ifndef KORA4_TESTS_MODEL_RANDOM_CALLS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a callback at a seat does when it has been told something.
 #ifndef KORA4_TESTS_MODEL_REACTIONS_H
 #define KORA4_TESTS_MODEL_REACTIONS_H

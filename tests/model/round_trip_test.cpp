@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each value that can be set, over its whole range: written by one process, read and told
 // in another, equal to what the text forms of the store keep of it.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/rounds.h"
 
 #include <algorithm>

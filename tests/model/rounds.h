@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rounds of the test of overtaken notifications, planned on the model: changes that one
 // object is told of, and what its callback does when it is told. What the object must then
 // be told, and not be told, follows from the plan.

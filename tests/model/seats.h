@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // API objects in several threads and processes, led by one driver: each sits in a thread
 // of its own apartment, does what the driver asks, one call at a time, and writes what its
 // callback is told into memory that the driver sees. The callback can be given calls to

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry of test programs that start themselves again to serve a seat.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/shared_memory.h"
 #include "support/start_process.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the processes of one test have in common: the program started again, memory that
 // all of them see, and the end of the program when there is no going on.
 #ifndef KORA4_TESTS_MODEL_SHARED_MEMORY_H

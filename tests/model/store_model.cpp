@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/store_model.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A model of the settings store and of what the API's methods do to it: a map of texts and
 // numbers by value name, and the rules of the methods. Knows nothing of the library.
 #ifndef KORA4_TESTS_MODEL_STORE_MODEL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/stored_values.h"
 
 #include <cstring>

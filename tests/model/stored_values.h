@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store as the registry holds it, to compare with the model.
 #ifndef KORA4_TESTS_MODEL_STORED_VALUES_H
 #define KORA4_TESTS_MODEL_STORED_VALUES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What was asked and what was told, in words, for the report of a difference.
 #include <array>
 #include <cstdio>

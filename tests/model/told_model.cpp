@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/told_model.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an object must have been told. An object compares the store with what it knows at
 // moments that only it chooses; whatever it finds it must tell completely, and nothing
 // else. The model follows every choice of moments that agrees with what was told so far:

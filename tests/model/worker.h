@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One of several processes that use the store at the same time: two threads that make all
 // kinds of changes, and an object that only watches.
 #ifndef KORA4_TESTS_MODEL_WORKER_H

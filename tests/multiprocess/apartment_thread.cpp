@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "multiprocess/apartment_thread.h"
 
 namespace kora4::test {

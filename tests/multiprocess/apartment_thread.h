@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A thread with an apartment, as the owner of API objects.
 #ifndef KORA4_TESTS_MULTIPROCESS_APARTMENT_THREAD_H
 #define KORA4_TESTS_MULTIPROCESS_APARTMENT_THREAD_H

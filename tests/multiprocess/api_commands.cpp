@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "multiprocess/api_commands.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of the store as command lines, so that any process can be told to make them.
 #ifndef KORA4_TESTS_MULTIPROCESS_API_COMMANDS_H
 #define KORA4_TESTS_MULTIPROCESS_API_COMMANDS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The test program started again in a role, see roles.h.
 #ifndef KORA4_TESTS_MULTIPROCESS_CHILD_PROCESS_H
 #define KORA4_TESTS_MULTIPROCESS_CHILD_PROCESS_H

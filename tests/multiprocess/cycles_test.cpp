@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects and the library come and go a great many times and leave nothing behind.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writers that are killed at any moment leave a store that every method works with.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

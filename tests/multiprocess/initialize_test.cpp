@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bringing an object up where something is in the way.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Own calls and the writes of another process in random order: each foreign change that
 // stands is told once, own changes are not.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One change, many who want to know of it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store's mutex between processes.
 #include <gtest/gtest.h>
 

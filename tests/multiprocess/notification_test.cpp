@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a client is told of the changes that another process makes, in each kind of
 // apartment.
 #include <gmock/gmock.h>

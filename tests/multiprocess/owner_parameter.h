@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tests that run for each kind of owner.
 #ifndef KORA4_TESTS_MULTIPROCESS_OWNER_PARAMETER_H
 #define KORA4_TESTS_MULTIPROCESS_OWNER_PARAMETER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "multiprocess/process_counts.h"
 
 #include <tlhelp32.h>

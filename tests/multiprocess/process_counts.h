@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What this process has open.
 #ifndef KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H
 #define KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The last reference to an object goes: how long that takes, and what is left.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "multiprocess/roles.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the test program does when it is started again as a child of itself.
 #ifndef KORA4_TESTS_MULTIPROCESS_ROLES_H
 #define KORA4_TESTS_MULTIPROCESS_ROLES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ends a test program whose test hangs.
 #ifndef KORA4_TESTS_MULTIPROCESS_WATCHDOG_H
 #define KORA4_TESTS_MULTIPROCESS_WATCHDOG_H

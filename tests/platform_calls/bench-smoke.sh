@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # bench-smoke.sh POOL FOLDER PROGRAM REPORT: a short run of the benchmark under Wine. It must
 # bring a figure for everything that it measures; what the figures are is not looked at.
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library asks of the platform, call by call, against the list in
 // docs/performance.md. A failure prints the row as it would be right now.
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@
 #include <vector>
 
 #include "checks/documents_markdown.h"
-#include "store/model/profiles.h"
+#include "contract/profiles.h"
 #include "windows/bare_methods.h"
 #include "windows/call_list.h"
 #include "windows/cases.h"

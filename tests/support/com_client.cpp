@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/com_client.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A client of the built library: loads the DLL that lies beside the test program, makes API
 // objects through its class object, and records what its callback is told.
 #ifndef KORA4_TESTS_SUPPORT_COM_CLIENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A desktop for the processes that a test starts.
 #ifndef KORA4_TESTS_SUPPORT_DESKTOP_HOLD_H
 #define KORA4_TESTS_SUPPORT_DESKTOP_HOLD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A mutex as a program with another token leaves it to the others.
 #ifndef KORA4_TESTS_SUPPORT_FOREIGN_MUTEX_H
 #define KORA4_TESTS_SUPPORT_FOREIGN_MUTEX_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/key_security.h"
 
 #include <aclapi.h>

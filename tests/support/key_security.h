@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keys that are kept from somebody, and keys that lead elsewhere. Paths are relative to
 // HKEY_LOCAL_MACHINE.
 #ifndef KORA4_TESTS_SUPPORT_KEY_SECURITY_H

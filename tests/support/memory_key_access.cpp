@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "support/memory_key_access.h"
 
 #include <algorithm>
 #include <cstring>
 
+#include "contract/property_key.h"
 #include "store/access/task_memory.h"
-#include "store/model/property_key.h"
 
 namespace kora4::test {
 

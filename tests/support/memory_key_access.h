@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store in memory: the key access of tests. It answers as the registry does, counts
 // and records every operation, and fails on demand.
 #ifndef KORA4_TESTS_SUPPORT_MEMORY_KEY_ACCESS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/native_named_mutex.h"
 
 #include <algorithm>

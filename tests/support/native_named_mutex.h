@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the stand-in for the store's named mutex has seen. Test programs that link
 // native_named_mutex.cpp get it in place of the platform's, on Windows too.
 #ifndef KORA4_TESTS_SUPPORT_NATIVE_NAMED_MUTEX_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Task memory of native test programs: the C allocator, so that the sanitizers see every
 // block that is lost or freed twice.
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/native_trace_sink.h"
 
 #include <cstdarg>

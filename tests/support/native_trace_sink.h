@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace of native test programs: statements are recorded instead of emitted.
 #ifndef KORA4_TESTS_SUPPORT_NATIVE_TRACE_SINK_H
 #define KORA4_TESTS_SUPPORT_NATIVE_TRACE_SINK_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/raw_store.h"
 
 #include <cwchar>

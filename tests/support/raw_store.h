@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings store as another program sees it: registry keys and value names, nothing of
 // the library. Used to prepare a test, to look at what the library stored, and to change
 // settings behind its back.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/registry_fixture.h"
 
 #include <objbase.h>
@@ -8,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "store/access/registry_paths.h"
+#include "contract/registry_paths.h"
 
 namespace kora4::test {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The real store in the registry, for tests that run on it: reset, raw values of any type
 // and size, the whole store as text, and the library registered for a while.
 #ifndef KORA4_TESTS_SUPPORT_REGISTRY_FIXTURE_H
@@ -10,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "contract/property_key.h"
 #include "platform/handles.h"
-#include "store/model/property_key.h"
 
 namespace kora4::test {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Starting a process that is really started.
 #ifndef KORA4_TESTS_SUPPORT_START_PROCESS_H
 #define KORA4_TESTS_SUPPORT_START_PROCESS_H

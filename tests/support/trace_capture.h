@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library traced, read back as lines.
 //
 // On Windows the lines come from the log files in "C:\KalLogs", which the library writes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The flag word of this process for the length of a test.
 #ifndef KORA4_TESTS_SUPPORT_TRACE_FLAGS_H
 #define KORA4_TESTS_SUPPORT_TRACE_FLAGS_H

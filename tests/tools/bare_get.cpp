@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a program does at the least to read one setting: the measure of `kora4ctl get`.
 #include <kora4api.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A load that changes every value, and that something happens to on its way.
 #ifndef KORA4_TESTS_TOOLS_BROKEN_LOAD_H
 #define KORA4_TESTS_TOOLS_BROKEN_LOAD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/child_pipe.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An end of a pipe to a child process, with reads and writes that need not be waited for.
 #ifndef KORA4_TESTS_TOOLS_CHILD_PIPE_H
 #define KORA4_TESTS_TOOLS_CHILD_PIPE_H

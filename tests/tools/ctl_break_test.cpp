@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl load that is broken off at each place in turn: by a write that fails, by a process
 // that dies, by Ctrl-C, and while it puts back what was there.
 #include "tools/broken_load.h"

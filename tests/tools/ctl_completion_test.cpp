@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl completion: the scripts hold the whole command line. What bash makes of its script
 // is tried in ctl_completion_test.sh.
 #include <CLI/CLI.hpp>
 
-#include "kora4ctl/command_line.h"
-#include "schema/settings_table.h"
+#include "kora4ctl/command_line/command_line.h"
+#include "settings/settings_table.h"
 #include "tools/ctl_fixture.h"
 
 namespace kora4::test {

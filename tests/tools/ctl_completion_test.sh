@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # ctl_completion_test.sh RUN...: what bash offers at each place of a command line of kora4ctl.
 # RUN is the command that runs the program.
 set -uo pipefail

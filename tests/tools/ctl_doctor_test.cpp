@@ -1,15 +1,16 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl doctor: each thing that it finds, made wrong for real.
 #include <atomic>
 #include <cstring>
 #include <filesystem>
 #include <thread>
 
+#include "contract/engine_masks.h"
+#include "contract/profiles.h"
+#include "contract/registry_paths.h"
 #include "registry/journal.h"
-#include "schema/schema.h"
+#include "settings/schema.h"
 #include "store/access/named_mutex.h"
-#include "store/access/registry_paths.h"
-#include "store/model/engine_masks.h"
-#include "store/model/profiles.h"
 #include "support/foreign_mutex.h"
 #include "support/key_security.h"
 #include "tools/ctl_fixture.h"

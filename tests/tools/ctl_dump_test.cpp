@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl dump, and what load makes of it again.
 //
 // KORA4_SEED and KORA4_STORES in the environment repeat a run or make a longer one.

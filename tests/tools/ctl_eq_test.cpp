@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl eq.
 #include <cstdio>
 #include <fstream>
 #include <sstream>
 
-#include "schema/schema.h"
+#include "settings/schema.h"
 #include "tools/ctl_fixture.h"
 
 namespace kora4::test {

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl explain: everything that the library answers and writes is known to it.
 #include <fstream>
 #include <iterator>
 
+#include "contract/results.h"
 #include "faults/debug_output.h"
 #include "faults/trace_scenario.h"
-#include "published/results.h"
 #include "support/trace_capture.h"
 #include "tools/ctl_fixture.h"
 
@@ -36,9 +37,9 @@ std::string Hex(std::uint32_t code) {
 
 template <typename Action>
 void ForEachResult(Action action) {
-    for (const published::Result& result : published::cApiResults)
+    for (const contract::Result& result : contract::cApiResults)
         action(result);
-    for (const published::Result& result : published::cPlatformResults)
+    for (const contract::Result& result : contract::cPlatformResults)
         action(result);
 }
 
@@ -58,7 +59,7 @@ std::vector<std::string> Unknown(const std::string& log, std::size_t* pLines) {
 }
 
 TEST(CtlExplain, KnowsEachPublishedCodeByNumberAndByName) {
-    ForEachResult([](const published::Result& published) {
+    ForEachResult([](const contract::Result& published) {
         const ToolResult byNumber = RunCtl({"explain", Hex(published.code)});
         EXPECT_EQ(byNumber.exitCode, cDone) << byNumber;
         EXPECT_NE(byNumber.out.find(published.name), std::string::npos) << byNumber;
@@ -76,14 +77,14 @@ TEST(CtlExplain, KnowsEachPublishedCodeByNumberAndByName) {
 
 TEST(CtlExplain, HasTheShapeOfAResultForEachCode) {
     std::string input;
-    ForEachResult([&input](const published::Result& published) {
+    ForEachResult([&input](const contract::Result& published) {
         input += std::string(published.name) + "\n";
     });
     const ToolResult result = RunCtl({"explain", "-", "--json"}, input);
     EXPECT_EQ(result.exitCode, cDone) << result;
     const std::vector<std::string> lines = result.Lines();
     EXPECT_EQ(lines.size(),
-              std::size(published::cApiResults) + std::size(published::cPlatformResults));
+              std::size(contract::cApiResults) + std::size(contract::cPlatformResults));
     for (const std::string& line : lines)
         EXPECT_TRUE(HasShape(ParsedJson(line), cResultShape));
     const Json one = ParsedJson(RunCtl({"explain", "40200h", "--json"}).out);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl as a person runs it, on a registered library and a store of its own, with another
 // client of the library beside it.
 #ifndef KORA4_TESTS_TOOLS_CTL_FIXTURE_H

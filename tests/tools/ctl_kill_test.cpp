@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl load that dies at each place in turn.
 #include "tools/broken_load.h"
 

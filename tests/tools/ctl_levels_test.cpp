@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl levels, where the output is no terminal: a line for each picture.
 #include <gmock/gmock.h>
 

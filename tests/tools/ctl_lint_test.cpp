@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl lint and diff.
 #include <algorithm>
 
-#include "schema/settings_table.h"
+#include "settings/settings_table.h"
 #include "tools/store_fixture.h"
 
 namespace kora4::test {

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl load as a person uses it: good and bad documents, and the clients beside it.
-#include "schema/settings_table.h"
+#include "settings/settings_table.h"
 #include "support/raw_store.h"
 #include "tools/store_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl profile and demo.
 #include "tools/ctl_fixture.h"
 

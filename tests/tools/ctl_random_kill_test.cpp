@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl load that is killed at any moment.
 //
 // KORA4_SEED in the environment repeats a run.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl record and replay: what was recorded ends in the same settings when it is made
 // again.
 #include <gmock/gmock.h>

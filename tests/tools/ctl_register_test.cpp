@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl register, unregister and register --check.
 #include <objbase.h>
 
 #include <filesystem>
 #include <fstream>
 
-#include "common/text.h"
+#include "base/text.h"
 #include "tools/ctl_fixture.h"
 
 namespace kora4::test {

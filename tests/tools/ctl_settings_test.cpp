@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl get, set, toggle, describe and list.
 #include <optional>
 
 #include "registry/stored_value.h"
-#include "schema/settings_table.h"
+#include "settings/settings_table.h"
 #include "support/raw_store.h"
 #include "tools/ctl_fixture.h"
 

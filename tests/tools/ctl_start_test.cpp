@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What `kora4ctl get` costs beside a program that does nothing but the calls it needs.
 #include <algorithm>
 #include <cstdio>

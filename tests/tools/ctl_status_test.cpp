@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl status.
 #include <sstream>
 
-#include "schema/schema.h"
+#include "settings/schema.h"
 #include "tools/ctl_fixture.h"
 
 namespace kora4::test {

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl trace: the word in words, and the log files as they grow.
 #include <filesystem>
 #include <fstream>
 
-#include "common/text.h"
-#include "kora4ctl/trace_log.h"
-#include "published/trace_categories.h"
+#include "base/text.h"
+#include "contract/messages/trace_categories.h"
+#include "kora4ctl/explain/trace_log.h"
 #include "tools/ctl_fixture.h"
 #include "trace/line_text.h"
 #include "trace/trace.h"
@@ -60,7 +61,7 @@ TEST_F(CtlTrace, OnWithoutCategoriesTracesCallsResultsAndMessages) {
 }
 
 TEST_F(CtlTrace, OnTakesEachCategoryByItsName) {
-    for (const published::TraceBits& category : published::cTraceCategories) {
+    for (const contract::TraceBits& category : contract::cTraceCategories) {
         Done({"trace", "on", category.name});
         EXPECT_EQ(Stored(), category.bits) << category.name;
     }
@@ -76,7 +77,7 @@ TEST_F(CtlTrace, OnTracesTheNamedCategoriesAndNoOthers) {
 
 TEST_F(CtlTrace, AllIsEveryCategoryButTheLogFiles) {
     Done({"trace", "on", "all"});
-    EXPECT_EQ(Stored(), published::AllTraceCategories());
+    EXPECT_EQ(Stored(), contract::AllTraceCategories());
 }
 
 TEST_F(CtlTrace, FilesMakesTheFolderThatTheLibraryNeeds) {

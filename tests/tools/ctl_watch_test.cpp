@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl watch: every notification of the library, told as it comes.
 #include <gmock/gmock.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4_test_ctrl_c PROCESS: Ctrl-C in the console of that process, for all who are in it.
 // Only a process that is in a console itself can do that, and a test must not leave its own.
 #include <windows.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl on a store that fails, dies or waits at a certain write.
 //
 // KORA4_FAULTS in the environment has steps between blanks. Writes and deletions are counted
@@ -13,9 +14,9 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "common/failure.h"
-#include "common/handles.h"
-#include "kora4ctl/command_line.h"
+#include "base/failure.h"
+#include "kora4ctl/command_line/command_line.h"
+#include "process/handles.h"
 #include "registry/store_access.h"
 
 namespace {

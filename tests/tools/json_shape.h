@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether a JSON document looks as a page of the documents says.
 #ifndef KORA4_TESTS_TOOLS_JSON_SHAPE_H
 #define KORA4_TESTS_TOOLS_JSON_SHAPE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The manuals of the tools against the tools: every transcript in them is run, every verb and
 // option of --help stands in them, and nothing else does.
 //
@@ -10,8 +11,8 @@
 #include <regex>
 #include <set>
 
-#include "common/output.h"
-#include "common/text.h"
+#include "base/output.h"
+#include "base/text.h"
 #include "support/registry_fixture.h"
 #include "tools/json_shape.h"
 #include "tools/tool_process.h"

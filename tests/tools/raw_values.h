@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The whole store at once, value for value, as the registry has it: nothing of the tools'
 // own way to the registry is used.
 #ifndef KORA4_TESTS_TOOLS_RAW_VALUES_H
@@ -6,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "schema/document.h"
+#include "settings/document.h"
 #include "unit/tools/memory_store.h"
 
 namespace kora4::test {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line of kora4sim: what it takes, what it refuses, and how a run ends.
 #include <fstream>
 

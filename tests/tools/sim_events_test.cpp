@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What kora4sim says of the changes that a client makes through the library.
 #include "tools/sim_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every fault of kora4sim, by what a client of the library notices of it.
 #include <cmath>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of kora4sim share: a store of their own, a client of the library, and an
 // engine that runs beside them.
 #ifndef KORA4_TESTS_TOOLS_SIM_FIXTURE_H

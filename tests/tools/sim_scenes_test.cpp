@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The scenes of kora4sim, seen through the library by a client of its own.
 #include "tools/sim_fixture.h"
 

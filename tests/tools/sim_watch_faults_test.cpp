@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each fault of the engine: what kora4ctl watch is told of it, what kora4ctl levels says, and
 // that both go on.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/sim_watch_fixture.h"
 
 #include <sstream>

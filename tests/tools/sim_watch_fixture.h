@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4sim and kora4ctl watch beside each other: what the engine does, and what the programs
 // of the library are told of it.
 #ifndef KORA4_TESTS_TOOLS_SIM_WATCH_FIXTURE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each scene of the engine, and each change that a person makes beside it: what kora4ctl
 // watch is told, and what the engine sees.
 #include <filesystem>

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl on a store of which each value is known, with its journal at hand.
 #ifndef KORA4_TESTS_TOOLS_STORE_FIXTURE_H
 #define KORA4_TESTS_TOOLS_STORE_FIXTURE_H
 
 #include <string>
 
-#include "common/text.h"
+#include "base/text.h"
 #include "registry/journal.h"
 #include "store/access/named_mutex.h"
 #include "tools/ctl_fixture.h"

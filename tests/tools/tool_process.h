@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The built tools as a person runs them: in processes of their own, with arguments, input
 // and environment, and what they print. Every wait is bounded: a tool that takes longer is
 // ended, and the test fails with what it had printed.

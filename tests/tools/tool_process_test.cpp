@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver of the tools' tests, tried on a tool that does what it is told.
 #include "tools/tool_process.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tools/transcript.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@
 #include <regex>
 #include <sstream>
 
-#include "common/text.h"
+#include "base/text.h"
 #include "support/registry_fixture.h"
 
 namespace kora4::test {

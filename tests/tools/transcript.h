@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Console transcripts in documents: blocks of "$ command" lines, each followed by what it
 // prints. They are run and compared, so that a document shows what the programs really say.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A tool for trials of the test driver:
 //   arguments ARGUMENT...   prints each in brackets, one a line
 //   input                   prints its input
@@ -12,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "common/interrupt.h"
-#include "common/output.h"
-#include "common/program.h"
-#include "common/text.h"
+#include "base/output.h"
+#include "base/text.h"
+#include "process/interrupt.h"
+#include "process/program.h"
 
 namespace {
 

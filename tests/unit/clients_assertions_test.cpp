@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the clients of the store do when their own code breaks a rule: the broken rule is
 // traced under its category, and the call goes on in the described way.
 #include <gtest/gtest.h>

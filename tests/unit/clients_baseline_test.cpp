@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a client is told when an own call meets a foreign change that is still pending,
 // and what moves its baseline.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A writer that dies between any two writes of an operation leaves a store that every
 // operation can work with.
 #include <gtest/gtest.h>

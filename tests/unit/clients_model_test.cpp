@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random interleavings of own calls, own reads, foreign changes and notification passes,
 // the first ones also in the midst of a pass, against a small model of what a client must be
 // told.

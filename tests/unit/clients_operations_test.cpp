@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each operation of the clients on the store in memory.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which own writes overtake which items of the last analysis.
 #include <gtest/gtest.h>
 

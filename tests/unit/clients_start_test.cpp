@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The start of a client: its mutex, the first load, and what is held from then on.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A store in memory with any number of clients on it, as the tests of the clients use it.
 #ifndef KORA4_TESTS_UNIT_CLIENTS_SUPPORT_H
 #define KORA4_TESTS_UNIT_CLIENTS_SUPPORT_H

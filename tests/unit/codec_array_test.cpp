@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text form of numeric arrays and flag arrays.
 #include <gtest/gtest.h>
 
@@ -8,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "store/codec/array_text.h"
+#include "contract/codec/array_text.h"
 
 namespace kora4::codec {
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text form of a single float.
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@
 #include <random>
 #include <string>
 
-#include "store/codec/float_text.h"
+#include "contract/codec/float_text.h"
 
 namespace kora4::codec {
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "unit/debuggee.h"
 
 #include <windows.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a part of this test program as a child under this process as its debugger.
 #ifndef KORA4_TESTS_UNIT_DEBUGGEE_H
 #define KORA4_TESTS_UNIT_DEBUGGEE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One field on its way between the store and a record, by type.
 #include "store/patches/field_def.h"
 
@@ -5,7 +6,7 @@
 
 #include <cstring>
 
-#include "store/model/defaults.h"
+#include "contract/defaults.h"
 #include "store/patches/field_tables.h"
 #include "support/memory_key_access.h"
 #include "unit/store_traced.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A client in C11 that includes the public header and nothing else: what it cannot use, no
  * C client can. The binary contract is checked while it compiles. */
 #include "kora4api.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* What the C client of the layout test does for the C++ side. */
 #ifndef KORA4_TESTS_UNIT_LAYOUT_C_H
 #define KORA4_TESTS_UNIT_LAYOUT_C_H

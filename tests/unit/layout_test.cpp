@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The public header from C++, side by side with the same header from C.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the values of a trace line become text.
 #include "trace/line_text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the trace writes its files through, and what it leaves alone.
 #include "trace/log_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The in-memory store answers as the registry does; what the other tests rest on.
 #include "support/memory_key_access.h"
 

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // Every built-in value, against lists typed a second time as numbers.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
 
-#include "store/model/profiles.h"
+#include "contract/profiles.h"
 #include "store/patches/managed_patch_set.h"
 #include "support/memory_key_access.h"
 #include "unit/store_traced.h"

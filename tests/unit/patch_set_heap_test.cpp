@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading and storing patches takes no memory of its own: only what the key access hands
 // over as text, and that is given back.
 #include <gtest/gtest.h>
@@ -6,8 +7,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "contract/profiles.h"
 #include "store/access/task_memory.h"
-#include "store/model/profiles.h"
 #include "store/patches/managed_patch_set.h"
 
 namespace {

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // Stores full of rubbish: every load must give usable records.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
-#include "store/model/defaults.h"
-#include "store/model/profiles.h"
+#include "contract/defaults.h"
+#include "contract/profiles.h"
 #include "store/patches/managed_patch_set.h"
 #include "support/memory_key_access.h"
 

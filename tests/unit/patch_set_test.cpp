@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The working copy of the records, and the exact calls with which it is loaded and stored.
 #include "store/patches/managed_patch_set.h"
 
@@ -7,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-#include "store/model/profiles.h"
+#include "contract/profiles.h"
 #include "store/patches/field_def.h"
 #include "support/memory_key_access.h"
 #include "unit/store_traced.h"

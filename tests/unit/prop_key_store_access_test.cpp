@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Typed values over the key access.
 #include "store/access/prop_key_store_access.h"
 

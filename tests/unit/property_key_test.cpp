@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // Property keys: the families of keys and the value names under which they are stored.
-#include "store/model/property_key.h"
+#include "contract/property_key.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "store/model/profiles.h"
+#include "contract/profiles.h"
 #include "unit/store_traced.h"
 
 namespace kora4 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reader of registrar scripts, without a registry.
 #include "server/registrar_script.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the store traces while a test runs: entry and exit lines, results and assertions.
 #ifndef KORA4_TESTS_UNIT_STORE_TRACED_H
 #define KORA4_TESTS_UNIT_STORE_TRACED_H

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Assertions whose category is off: nothing is traced, and the calls do the same as when it
 // is on.
 #include <gtest/gtest.h>
 
+#include "contract/profiles.h"
 #include "store/access/prop_key_store_access.h"
-#include "store/model/profiles.h"
 #include "store/patches/field_def.h"
 #include "store/patches/managed_patch_set.h"
 #include "support/memory_key_access.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace statement, the flag word and KALASSERT.
 #include "trace/trace.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bounded view over the visualization blob.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Every verb of kora4ctl: a function that adds it to the command line. A verb has a file of
 // its own below verbs/; what it does on its run is in that file, too.
-#ifndef KORA4_TOOLS_KORA4CTL_VERBS_H
-#define KORA4_TOOLS_KORA4CTL_VERBS_H
+#ifndef KORA4_KORA4CTL_VERBS_H
+#define KORA4_KORA4CTL_VERBS_H
 
-#include "common/program.h"
+#include "process/program.h"
 
 namespace kora4::tools {
 
@@ -42,4 +43,4 @@ inline constexpr AddVerb* cVerbs[] = {
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_TOOLS_KORA4CTL_VERBS_H
+#endif  // KORA4_KORA4CTL_VERBS_H

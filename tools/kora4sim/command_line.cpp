@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "kora4sim/command_line.h"
 
 #include <cmath>
 #include <memory>
 
-#include "common/failure.h"
-#include "common/program.h"
-#include "common/text.h"
-#include "kora4sim/engine.h"
-#include "kora4sim/scene.h"
+#include "base/failure.h"
+#include "base/text.h"
+#include "kora4sim/engine/engine.h"
+#include "kora4sim/scene/scene.h"
+#include "process/program.h"
 
 namespace kora4::tools::sim {
 

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // The whole of kora4sim but its entry point.
-#ifndef KORA4_TOOLS_KORA4SIM_COMMAND_LINE_H
-#define KORA4_TOOLS_KORA4SIM_COMMAND_LINE_H
+#ifndef KORA4_KORA4SIM_COMMAND_LINE_H
+#define KORA4_KORA4SIM_COMMAND_LINE_H
 
 #include <string>
 #include <vector>
@@ -12,4 +13,4 @@ int RunKora4Sim(const std::vector<std::string>& arguments);
 
 }  // namespace kora4::tools::sim
 
-#endif  // KORA4_TOOLS_KORA4SIM_COMMAND_LINE_H
+#endif  // KORA4_KORA4SIM_COMMAND_LINE_H

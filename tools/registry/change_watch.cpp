@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "registry/change_watch.h"
 
-#include "common/failure.h"
-#include "common/results.h"
-#include "store/access/registry_paths.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "contract/registry_paths.h"
 
 namespace kora4::tools {
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "registry/journal.h"
 
 #include <windows.h>
@@ -6,11 +7,11 @@
 
 #include <memory>
 
-#include "common/failure.h"
-#include "common/handles.h"
-#include "common/output.h"
-#include "common/results.h"
-#include "common/text.h"
+#include "base/failure.h"
+#include "base/output.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "process/handles.h"
 
 namespace kora4::tools {
 namespace {

@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include <windows.h>
 
 #include <algorithm>
 
-#include "common/failure.h"
-#include "common/handles.h"
-#include "common/results.h"
-#include "common/text.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/registry_paths.h"
+#include "process/handles.h"
 #include "registry/store_access.h"
-#include "store/access/registry_paths.h"
 
 namespace kora4::tools {
 namespace {

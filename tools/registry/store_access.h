@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: MIT
 // The store as raw values: what tools do behind the API's back goes through here.
-#ifndef KORA4_TOOLS_REGISTRY_STORE_ACCESS_H
-#define KORA4_TOOLS_REGISTRY_STORE_ACCESS_H
+#ifndef KORA4_REGISTRY_STORE_STORE_ACCESS_H
+#define KORA4_REGISTRY_STORE_STORE_ACCESS_H
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "contract/property_key.h"
 #include "registry/stored_value.h"
-#include "store/model/property_key.h"
 
 namespace kora4::tools {
 
@@ -78,4 +79,4 @@ std::string KeySetPath(KORA4KeySet keySet);
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_TOOLS_REGISTRY_STORE_ACCESS_H
+#endif  // KORA4_REGISTRY_STORE_STORE_ACCESS_H

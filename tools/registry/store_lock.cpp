@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "registry/store_lock.h"
 
-#include "common/failure.h"
-#include "common/results.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "platform/open_mutex.h"
 #include "store/access/named_mutex.h"
-#include "store/access/open_mutex.h"
 
 namespace kora4::tools {
 

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "registry/stored_value.h"
 
 #include <cstring>
 
-#include "common/text.h"
+#include "base/text.h"
 
 namespace kora4::tools {
 namespace {

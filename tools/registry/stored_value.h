@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // One value of the store as the registry holds it: a type and bytes, right or wrong.
-#ifndef KORA4_TOOLS_REGISTRY_STORED_VALUE_H
-#define KORA4_TOOLS_REGISTRY_STORED_VALUE_H
+#ifndef KORA4_REGISTRY_STORE_STORED_VALUE_H
+#define KORA4_REGISTRY_STORE_STORED_VALUE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "store/model/value_kind.h"
+#include "contract/value_kind.h"
 
 namespace kora4::tools {
 
@@ -56,4 +57,4 @@ std::string ToUtf8(std::u16string_view text);
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_TOOLS_REGISTRY_STORED_VALUE_H
+#endif  // KORA4_REGISTRY_STORE_STORED_VALUE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The seam between the store and the platform: seven operations on (key set, property
 // key) pairs. KORA4RegPropKeysAccess implements it on the registry and a property store.
 #ifndef KORA4_STORE_ACCESS_KEY_ACCESS_H
@@ -5,8 +6,8 @@
 
 #include <cstdint>
 
-#include "store/model/property_key.h"
-#include "store/model/result.h"
+#include "contract/property_key.h"
+#include "contract/result.h"
 
 namespace kora4 {
 

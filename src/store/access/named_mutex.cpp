@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "store/access/named_mutex.h"
 
 #include <windows.h>
 
-#include "store/access/open_mutex.h"
+#include "platform/open_mutex.h"
 #include "trace/trace.h"
 
 namespace kora4 {

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // The mutex that serialises readers and writers of the store: shared by every process of the
 // session.
 #ifndef KORA4_STORE_ACCESS_NAMED_MUTEX_H
 #define KORA4_STORE_ACCESS_NAMED_MUTEX_H
 
+#include "contract/result.h"
 #include "platform/thread_annotations.h"
-#include "store/model/result.h"
 
 namespace kora4 {
 

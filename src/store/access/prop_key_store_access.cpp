@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "store/access/prop_key_store_access.h"
 
 #include <algorithm>
 
+#include "contract/codec/float_text.h"
 #include "store/access/task_memory.h"
-#include "store/codec/float_text.h"
 #include "trace/trace.h"
 
 namespace kora4 {

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // Typed values over the key access: numbers, flags and the text encodings.
 #ifndef KORA4_STORE_ACCESS_PROP_KEY_STORE_ACCESS_H
 #define KORA4_STORE_ACCESS_PROP_KEY_STORE_ACCESS_H
 
 #include <cstdint>
 
+#include "contract/codec/array_text.h"
 #include "store/access/key_access.h"
-#include "store/codec/array_text.h"
 
 namespace kora4 {
 

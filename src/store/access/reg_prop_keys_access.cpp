@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/access/reg_prop_keys_access.h"
 
 #include <propidl.h>
@@ -6,10 +7,10 @@
 #include <cstring>
 #include <cwchar>
 
+#include "contract/registry_paths.h"
+#include "contract/value_kind.h"
 #include "platform/win32_result.h"
-#include "store/access/registry_paths.h"
 #include "store/access/task_memory.h"
-#include "store/model/value_kind.h"
 #include "trace/trace.h"
 
 namespace kora4 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The key access on the platform: three registry keys and a property store.
 #ifndef KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H
 #define KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H

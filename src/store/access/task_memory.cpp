@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/access/task_memory.h"
 
 #include <objbase.h>

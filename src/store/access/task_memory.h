@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory that changes hands across an interface: the platform's task allocator.
 #ifndef KORA4_STORE_ACCESS_TASK_MEMORY_H
 #define KORA4_STORE_ACCESS_TASK_MEMORY_H

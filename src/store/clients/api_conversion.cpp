@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/clients/api_conversion.h"
 
 #include <algorithm>

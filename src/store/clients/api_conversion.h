@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Between the two vocabularies of technologies: the API's and the store's. One table
 // holds the mapping. No mutex, no store.
 #ifndef KORA4_STORE_CLIENTS_API_CONVERSION_H
@@ -6,10 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "contract/patch_records.h"
+#include "contract/result.h"
+#include "contract/technologies.h"
 #include "store/clients/api_records.h"
-#include "store/model/patch_records.h"
-#include "store/model/result.h"
-#include "store/model/technologies.h"
 #include "store/patches/managed_patch_set.h"
 
 namespace kora4 {

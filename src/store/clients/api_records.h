@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The records and technology numbers that cross the API, as the store sees them. The API
 // object asserts at compile time that they are the public ones, bit for bit.
 #ifndef KORA4_STORE_CLIENTS_API_RECORDS_H
@@ -6,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "store/model/patch_records.h"
+#include "contract/patch_records.h"
 
 namespace kora4 {
 

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // What one notification pass found changed, in the API's terms. It lives for the pass.
 #ifndef KORA4_STORE_CLIENTS_CHANGE_SET_H
 #define KORA4_STORE_CLIENTS_CHANGE_SET_H
 
+#include "contract/profiles.h"
+#include "contract/technologies.h"
 #include "store/clients/api_records.h"
-#include "store/model/profiles.h"
-#include "store/model/technologies.h"
 
 namespace kora4 {
 

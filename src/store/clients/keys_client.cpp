@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/clients/keys_client.h"
 
 #include "trace/trace.h"

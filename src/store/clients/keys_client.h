@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The base of every client of the settings store: the cross-process lock, the first full
 // load, and finding out what has changed since.
 #ifndef KORA4_STORE_CLIENTS_KEYS_CLIENT_H
@@ -7,14 +8,14 @@
 #include <cstdint>
 #include <iterator>
 
+#include "contract/profiles.h"
+#include "contract/property_key.h"
+#include "contract/result.h"
 #include "store/access/key_access.h"
 #include "store/access/named_mutex.h"
 #include "store/access/prop_key_store_access.h"
 #include "store/access/task_memory.h"
 #include "store/clients/change_set.h"
-#include "store/model/profiles.h"
-#include "store/model/property_key.h"
-#include "store/model/result.h"
 #include "store/patches/managed_patch_set.h"
 #include "store/patches/own_write.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What own writes have replaced since the last change analysis.
 #ifndef KORA4_STORE_CLIENTS_OVERTAKEN_ITEMS_H
 #define KORA4_STORE_CLIENTS_OVERTAKEN_ITEMS_H
@@ -5,7 +6,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "store/model/technologies.h"
+#include "contract/technologies.h"
 
 namespace kora4 {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The frame that the operations of KORA4UIKeysClient share; included by their files only.
 #ifndef KORA4_STORE_CLIENTS_RUN_UNDER_MUTEX_H
 #define KORA4_STORE_CLIENTS_RUN_UNDER_MUTEX_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings-store client behind the API object: every operation that a user interface
 // needs, each under the named mutex and each on what is stored at that moment.
 #ifndef KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Profiles, demo mode and the table of custom profiles.
 #include <algorithm>
 #include <array>

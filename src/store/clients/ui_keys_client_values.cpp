@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switches, values, visualization, companion commands and the change analysis.
 #include "store/clients/run_under_mutex.h"
 

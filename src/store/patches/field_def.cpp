@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #include "store/patches/field_def.h"
 
 #include <algorithm>
 
+#include "contract/codec/array_text.h"
+#include "contract/defaults.h"
+#include "contract/patch_records.h"
 #include "store/access/prop_key_store_access.h"
-#include "store/codec/array_text.h"
-#include "store/model/defaults.h"
-#include "store/model/patch_records.h"
 #include "trace/trace.h"
 
 namespace kora4 {

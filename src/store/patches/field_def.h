@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One field of a technology record: what it is, where it lies in the record, under which
 // property id it is stored, and what it is when the store does not say.
 #ifndef KORA4_STORE_PATCHES_FIELD_DEF_H
@@ -6,10 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "contract/property_key.h"
+#include "contract/result.h"
+#include "contract/value_kind.h"
 #include "store/access/key_access.h"
-#include "store/model/property_key.h"
-#include "store/model/result.h"
-#include "store/model/value_kind.h"
 
 namespace kora4 {
 

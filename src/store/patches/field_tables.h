@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The field table of every technology, and where each record lies in the patch set.
 #ifndef KORA4_STORE_PATCHES_FIELD_TABLES_H
 #define KORA4_STORE_PATCHES_FIELD_TABLES_H
@@ -6,10 +7,10 @@
 #include <cstdint>
 #include <iterator>
 
-#include "store/model/defaults.h"
-#include "store/model/field_ids.h"
-#include "store/model/patch_records.h"
-#include "store/model/technologies.h"
+#include "contract/defaults.h"
+#include "contract/field_ids.h"
+#include "contract/patch_records.h"
+#include "contract/technologies.h"
 #include "store/patches/field_def.h"
 
 namespace kora4::fields {

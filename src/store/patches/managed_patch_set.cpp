@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "store/patches/managed_patch_set.h"
 
+#include "contract/profiles.h"
+#include "contract/property_key.h"
 #include "store/access/prop_key_store_access.h"
-#include "store/model/profiles.h"
-#include "store/model/property_key.h"
 #include "store/patches/field_def.h"
 #include "store/patches/own_write.h"
 #include "trace/trace.h"

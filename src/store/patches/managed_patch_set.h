@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The working copy of all technology records for one profile, with the on/off flags and
 // the trigger words, and their way to and from the store.
 #ifndef KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
@@ -6,10 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "contract/patch_records.h"
+#include "contract/result.h"
+#include "contract/technologies.h"
 #include "store/access/key_access.h"
-#include "store/model/patch_records.h"
-#include "store/model/result.h"
-#include "store/model/technologies.h"
 
 namespace kora4 {
 

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // What a client's own writes do to what it knows of the store.
 #ifndef KORA4_STORE_PATCHES_OWN_WRITE_H
 #define KORA4_STORE_PATCHES_OWN_WRITE_H
 
-#include "store/model/result.h"
+#include "contract/result.h"
 
 namespace kora4 {
 

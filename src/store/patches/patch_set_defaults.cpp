@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // What the patch set knows about every technology: its field table and its defaults.
-#include "store/model/defaults.h"
-#include "store/model/profiles.h"
+#include "contract/defaults.h"
+#include "contract/profiles.h"
 #include "store/patches/field_tables.h"
 #include "store/patches/managed_patch_set.h"
 #include "trace/trace.h"

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "store/visdata/vis_key_data.h"
 
 #include <cstring>
 
-#include "store/model/vis_layout.h"
+#include "contract/vis_layout.h"
 #include "trace/trace.h"
 
 namespace kora4 {

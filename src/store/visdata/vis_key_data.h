@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A read-only view over one copy of the visualization blob.
 #ifndef KORA4_STORE_VISDATA_VIS_KEY_DATA_H
 #define KORA4_STORE_VISDATA_VIS_KEY_DATA_H

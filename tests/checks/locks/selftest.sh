@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # selftest.sh BUILD WORK: violations.cpp compiles as it stands, with the very command that BUILD
 # compiles it with, and each of its violations is refused in the words that stand below it.
 set -euo pipefail

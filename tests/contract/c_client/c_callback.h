@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A client's callback in C: an object with a function table of its own, that counts what it
  * is told and remembers the last value of each kind. Lives in one single-threaded
  * apartment. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* c_client: switches a profile, sets and reads a slider and the graphic EQ, and is told of
  * what a second process (c_client change) sets. Exit code 0 when all went as it should. */
 #include <stdio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the client in C on the registered library, and looks at what it left in the store.
 #include <gtest/gtest.h>
 

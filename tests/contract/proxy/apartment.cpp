@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "contract/proxy/apartment.h"
 
 #include <gtest/gtest.h>

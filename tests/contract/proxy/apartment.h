@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads with a COM apartment of their own, for tests that carry calls between them.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_APARTMENT_H
 #define KORA4_TESTS_CONTRACT_PROXY_APARTMENT_H

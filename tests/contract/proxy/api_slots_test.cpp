@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every slot of IVeltoKORA4API through a real proxy: what goes in arrives, what comes out
 // is what the object gave, and the result travels unchanged.
 #include "contract/proxy/api_recorder.h"

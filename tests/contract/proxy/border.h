@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fixture of the slot tests: an owner in a single-threaded apartment and a user in
 // another apartment, single-threaded or multithreaded.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_BORDER_H

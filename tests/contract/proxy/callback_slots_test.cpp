@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every slot of IVeltoKORA4APICallback through a real proxy.
 #include "contract/proxy/api_recorder.h"
 #include "contract/proxy/border.h"

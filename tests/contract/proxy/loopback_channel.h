@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A channel that joins a proxy and a stub on one thread and keeps what passes between them.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_LOOPBACK_CHANNEL_H
 #define KORA4_TESTS_CONTRACT_PROXY_LOOPBACK_CHANNEL_H

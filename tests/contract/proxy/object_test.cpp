@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's own object behind a proxy: every method is called once in the object's
 // apartment and once from another, on equal stores, and whatever comes out must be equal.
 #include <wrl/client.h>

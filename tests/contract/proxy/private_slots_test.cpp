@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every slot of the private interfaces through a real proxy.
 #include <memory>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "contract/proxy/recorder.h"
 
 namespace kora4::test {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The base of the test's objects: each method notes its slot and what came in, so that a
 // test compares one text, and the program can say at its end which slots were reached.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_RECORDER_H

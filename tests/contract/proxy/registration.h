@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which proxies an apartment of these tests uses: the library's own or the SDK's. Each test
 // program links one implementation.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_REGISTRATION_H

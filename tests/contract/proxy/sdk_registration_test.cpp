@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The SDK's call that registers the proxies, and its counterpart.
 #include <gtest/gtest.h>
 

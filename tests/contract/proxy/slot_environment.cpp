@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The frame of the slot programs: makes the shared apartments, says at the end which slots
 // calls through a proxy have reached, and fails a full run that left one out.
 #include <gtest/gtest.h>

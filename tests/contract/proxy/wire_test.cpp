@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes that calls become, and requests that no proxy would make.
 #include <gtest/gtest.h>
 

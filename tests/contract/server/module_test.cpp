@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The module: class objects, the lock count, resources, entry-point trace, unloading.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

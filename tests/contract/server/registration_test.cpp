@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Registration of the built library: what it writes, what it removes, what it leaves.
 #include <gtest/gtest.h>
 #include <objbase.h>
@@ -11,7 +12,7 @@
 #include <string>
 #include <thread>
 
-#include "store/access/registry_paths.h"
+#include "contract/registry_paths.h"
 #include "support/com_client.h"
 #include "support/key_security.h"
 #include "support/registry_fixture.h"

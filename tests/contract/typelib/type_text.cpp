@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "contract/typelib/type_text.h"
 
 #include <wrl/client.h>

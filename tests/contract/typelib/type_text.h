@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Type information as text, for comparison with a table.
 #ifndef KORA4_TESTS_CONTRACT_TYPELIB_TYPE_TEXT_H
 #define KORA4_TESTS_CONTRACT_TYPELIB_TYPE_TEXT_H

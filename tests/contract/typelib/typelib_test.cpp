@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The type library against the contract, item by item. Reads the file named by the first
 // argument: a .tlb, or a module that carries the library as its resource 1.
 #include <gtest/gtest.h>

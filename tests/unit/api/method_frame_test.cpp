@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/method_frame.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/notification_pass.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/patch_limits.h"
 
 #include <gmock/gmock.h>

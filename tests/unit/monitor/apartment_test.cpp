@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wait that lets calls in, with a platform that answers as only some do.
 #include "monitor/apartment.h"
 

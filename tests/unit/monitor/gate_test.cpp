@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The gate's way from one apartment to another, and the registration that it needs.
 #include <objbase.h>
 

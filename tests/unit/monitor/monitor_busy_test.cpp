@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An owner whose message filter turns calls away.
 #include <objbase.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "unit/monitor/monitor_fixture.h"
 
 #include <objbase.h>

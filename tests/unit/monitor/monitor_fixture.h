@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the registry key monitor share: a key of their own, a client that
 // records, threads in each kind of apartment, and counts of what could leak.
 #ifndef KORA4_TESTS_UNIT_MONITOR_MONITOR_FIXTURE_H

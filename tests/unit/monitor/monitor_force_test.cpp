@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The end of a monitor thread by force. A program of its own: a thread that is ended so
 // never leaves the multithreaded apartment, which then stays for the life of the process.
 #include <gmock/gmock.h>

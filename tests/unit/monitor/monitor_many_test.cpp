@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Many monitors in one process, which share apartments and the registrations there.
 #include <objbase.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What wakes the monitor, where the notification arrives, and what ends it.
 #include "unit/monitor/monitor_fixture.h"
 

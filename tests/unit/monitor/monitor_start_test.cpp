@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Starting a monitor, and what it tells about itself.
 #include "unit/monitor/monitor_fixture.h"
 

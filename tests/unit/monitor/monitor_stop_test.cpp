@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stopping a monitor: in time, in whatever state, with nothing left behind.
 #include <objbase.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the monitor writes to its log, and under which categories.
 #include <gmock/gmock.h>
 

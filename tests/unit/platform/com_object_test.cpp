@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wrapper that makes a COM object of a class.
 #include "platform/com_object.h"
 

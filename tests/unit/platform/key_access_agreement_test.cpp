@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store in memory, on which most tests of the upper layers rest, answers as the platform's
 // does: both go through the same cases, every operation on every kind of stored value.
 #include <gtest/gtest.h>

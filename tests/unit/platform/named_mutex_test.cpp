@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/access/named_mutex.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@
 #include <vector>
 
 #include "platform/handles.h"
-#include "store/access/open_mutex.h"
+#include "platform/open_mutex.h"
 #include "support/foreign_mutex.h"
 #include "support/start_process.h"
 #include "support/trace_capture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The key access on a property store: key set 1.
 #include <gtest/gtest.h>
 #include <propidl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The key access on the real registry: key sets 2 to 4.
 #include "store/access/reg_prop_keys_access.h"
 
@@ -11,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-#include "store/access/registry_paths.h"
+#include "contract/registry_paths.h"
 #include "store/access/task_memory.h"
 #include "support/registry_fixture.h"
 #include "support/trace_capture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Registrar scripts on the real registry.
 #include "server/registrar.h"
 

@@ -1,4 +1,5 @@
-#include "kora4ctl/doctor.h"
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/doctor/doctor.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,9 @@
-#include "schema/document.h"
+// SPDX-License-Identifier: MIT
+#include "settings/document.h"
 
 #include <gtest/gtest.h>
 
-#include "common/failure.h"
+#include "base/failure.h"
 #include "unit/tools/memory_store.h"
 
 namespace kora4::tools {

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // Results and lines of the trace in words.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "kora4ctl/explain_text.h"
-#include "kora4ctl/explain_values.h"
-#include "published/results.h"
+#include "contract/results.h"
+#include "kora4ctl/explain/explain_text.h"
+#include "kora4ctl/explain/explain_values.h"
 
 namespace kora4::tools {
 namespace {
@@ -57,7 +58,7 @@ TEST(ExplainedCodes, SayMeaningReasonAndNextStep) {
 }
 
 TEST(ExplainedCodes, AreEveryPublishedOneInEachSpelling) {
-    const auto check = [](const published::Result& result) {
+    const auto check = [](const contract::Result& result) {
         char hex[16];
         std::snprintf(hex, sizeof hex, "0x%08x", static_cast<unsigned>(result.code));
         for (const std::string& spelling :
@@ -69,8 +70,8 @@ TEST(ExplainedCodes, AreEveryPublishedOneInEachSpelling) {
             EXPECT_EQ(result.code, explanation.code) << spelling;
         }
     };
-    std::ranges::for_each(published::cApiResults, check);
-    std::ranges::for_each(published::cPlatformResults, check);
+    std::ranges::for_each(contract::cApiResults, check);
+    std::ranges::for_each(contract::cPlatformResults, check);
 }
 
 TEST(ExplainedCodes, OfThePlatformAreInItsWords) {

@@ -1,11 +1,12 @@
-#include "kora4ctl/levels_picture.h"
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/terminal/levels_picture.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
-#include "common/text.h"
+#include "base/text.h"
 
 namespace kora4::tools {
 namespace {

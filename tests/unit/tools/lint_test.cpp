@@ -1,4 +1,5 @@
-#include "schema/lint.h"
+// SPDX-License-Identifier: MIT
+#include "settings/lint.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "unit/tools/memory_store.h"
 
-#include "common/failure.h"
-#include "store/model/profiles.h"
+#include "base/failure.h"
+#include "contract/profiles.h"
 
 namespace kora4::tools {
 

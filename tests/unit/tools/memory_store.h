@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store in memory, which can be made to refuse a write, or to die at one.
 #ifndef KORA4_TESTS_UNIT_TOOLS_MEMORY_STORE_H
 #define KORA4_TESTS_UNIT_TOOLS_MEMORY_STORE_H
@@ -8,7 +9,7 @@
 #include <utility>
 
 #include "registry/store_access.h"
-#include "schema/document.h"
+#include "settings/document.h"
 
 namespace kora4::tools {
 

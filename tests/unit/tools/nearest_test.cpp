@@ -1,4 +1,5 @@
-#include "common/nearest.h"
+// SPDX-License-Identifier: MIT
+#include "base/nearest.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
-#include "kora4ctl/recording.h"
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/recording/recording.h"
 
 #include <gtest/gtest.h>
 

@@ -1,15 +1,16 @@
+// SPDX-License-Identifier: MIT
 // The tools' way to the registry, on the real one.
 #include <gtest/gtest.h>
 
 #include <thread>
 
-#include "common/failure.h"
-#include "common/handles.h"
+#include "base/failure.h"
 #include "faults/damage.h"
+#include "process/handles.h"
 #include "registry/change_watch.h"
 #include "registry/store_access.h"
 #include "registry/store_lock.h"
-#include "schema/document.h"
+#include "settings/document.h"
 #include "support/foreign_mutex.h"
 #include "support/raw_store.h"
 #include "unit/tools/memory_store.h"

@@ -1,13 +1,14 @@
-#include "schema/schema.h"
+// SPDX-License-Identifier: MIT
+#include "settings/schema.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "common/failure.h"
+#include "base/failure.h"
+#include "contract/profiles.h"
 #include "faults/damage.h"
-#include "schema/settings_table.h"
-#include "store/model/profiles.h"
+#include "settings/settings_table.h"
 #include "unit/tools/memory_store.h"
 
 namespace kora4::tools {

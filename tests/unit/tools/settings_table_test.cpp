@@ -1,10 +1,11 @@
-#include "schema/settings_table.h"
+// SPDX-License-Identifier: MIT
+#include "settings/settings_table.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "common/failure.h"
+#include "base/failure.h"
 
 namespace kora4::tools {
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "unit/tools/slow_texts.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text forms of numbers and arrays in the store, read and written apart from the codec:
 // plainly and slowly, to hold the codec against.
 #ifndef KORA4_TESTS_UNIT_TOOLS_SLOW_TEXTS_H

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // The store's codec, as the tools use it, held against a reader and writer of its own.
-#include "schema/texts.h"
+#include "settings/texts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,12 @@
-#include "schema/transaction.h"
+// SPDX-License-Identifier: MIT
+#include "settings/transaction.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "common/failure.h"
-#include "common/files.h"
-#include "common/text.h"
+#include "base/failure.h"
+#include "base/text.h"
+#include "process/files.h"
 #include "unit/tools/memory_store.h"
 
 namespace kora4::tools {

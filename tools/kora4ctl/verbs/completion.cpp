@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl completion: scripts that let a shell complete the command line.
-#include "kora4ctl/completion.h"
+#include "kora4ctl/command_line/completion.h"
 
 #include <memory>
 
-#include "common/failure.h"
-#include "common/nearest.h"
-#include "common/text.h"
+#include "base/failure.h"
+#include "base/nearest.h"
+#include "base/text.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl demo: into a demonstration and out of it.
 #include <memory>
 
-#include "common/failure.h"
-#include "common/results.h"
-#include "kora4ctl/setting_access.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "contract/profiles.h"
+#include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/verbs.h"
-#include "schema/names.h"
-#include "store/model/profiles.h"
+#include "settings/names.h"
 
 namespace kora4::tools {
 

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl describe, list: what settings there are, and what they are.
 #include <memory>
 
-#include "common/failure.h"
-#include "common/text.h"
-#include "kora4ctl/options.h"
-#include "kora4ctl/setting_access.h"
+#include "base/failure.h"
+#include "base/text.h"
+#include "contract/profiles.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/options.h"
 #include "kora4ctl/verbs.h"
-#include "store/model/profiles.h"
 
 namespace kora4::tools {
 

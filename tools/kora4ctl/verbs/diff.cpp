@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl diff: a document against the store.
 #include <memory>
 
-#include "kora4ctl/settings_document.h"
+#include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {

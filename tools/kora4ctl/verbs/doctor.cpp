@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl doctor: what is wrong on this machine, and how to mend it.
-#include "kora4ctl/doctor.h"
+#include "kora4ctl/doctor/doctor.h"
 
 #include <memory>
 
-#include "common/text.h"
+#include "base/text.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl dump: the settings as one JSON document.
 #include <memory>
 
-#include "common/files.h"
-#include "kora4ctl/settings_document.h"
+#include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
+#include "process/files.h"
 
 namespace kora4::tools {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl eq: the graphic equalizer as a table and a curve, set by band, flattened, and
 // exchanged with other equalizer tools.
 #include <algorithm>
@@ -5,13 +6,13 @@
 #include <memory>
 
 #include "api/patch_limits.h"
-#include "common/failure.h"
-#include "common/files.h"
-#include "common/text.h"
-#include "kora4ctl/equalizer_access.h"
-#include "kora4ctl/options.h"
+#include "base/failure.h"
+#include "base/text.h"
+#include "contract/patch_records.h"
+#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/verbs.h"
-#include "store/model/patch_records.h"
+#include "process/files.h"
 #include "store/patches/field_tables.h"
 
 namespace kora4::tools {

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl explain: a result or a line of the trace in words.
 #include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "common/text.h"
-#include "kora4ctl/explain_text.h"
+#include "base/text.h"
+#include "kora4ctl/explain/explain_text.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {

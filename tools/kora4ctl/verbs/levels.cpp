@@ -1,17 +1,18 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl levels: what the engine measures, live.
 #include <algorithm>
 #include <memory>
 #include <optional>
 
-#include "common/api_session.h"
-#include "common/results.h"
-#include "kora4ctl/levels_picture.h"
-#include "kora4ctl/local_time.h"
-#include "kora4ctl/run_limits.h"
-#include "kora4ctl/setting_access.h"
-#include "kora4ctl/terminal_screen.h"
+#include "base/results.h"
+#include "contract/defaults.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/terminal/levels_picture.h"
+#include "kora4ctl/terminal/local_time.h"
+#include "kora4ctl/terminal/terminal_screen.h"
 #include "kora4ctl/verbs.h"
-#include "store/model/defaults.h"
+#include "process/api_session.h"
 
 namespace kora4::tools {
 

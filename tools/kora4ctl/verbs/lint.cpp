@@ -1,15 +1,16 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl lint: each stored value against its type, its range and its encoding.
-#include "schema/lint.h"
+#include "settings/lint.h"
 
 #include <windows.h>
 
 #include <memory>
 
-#include "common/files.h"
-#include "common/text.h"
-#include "kora4ctl/settings_document.h"
+#include "base/text.h"
+#include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
-#include "schema/settings_table.h"
+#include "process/files.h"
+#include "settings/settings_table.h"
 
 namespace kora4::tools {
 

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl load: the settings of a document into the store, all of them or none.
 #include <memory>
 
-#include "kora4ctl/settings_document.h"
+#include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {

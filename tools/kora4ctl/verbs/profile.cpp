@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl profile: the profiles, one by one and as a table.
 #include <memory>
 
-#include "common/failure.h"
-#include "common/results.h"
-#include "kora4ctl/options.h"
-#include "kora4ctl/profile_names.h"
-#include "kora4ctl/setting_access.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "contract/profiles.h"
+#include "kora4ctl/access/profile_names.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/options.h"
 #include "kora4ctl/verbs.h"
-#include "store/model/profiles.h"
 
 namespace kora4::tools {
 

@@ -1,17 +1,18 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl record: how settings change, into a file.
 #include <memory>
 
-#include "common/api_session.h"
-#include "common/failure.h"
-#include "common/handles.h"
-#include "common/results.h"
-#include "common/text.h"
-#include "kora4ctl/notification_listener.h"
-#include "kora4ctl/recording.h"
-#include "kora4ctl/run_limits.h"
-#include "kora4ctl/setting_access.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/notifications/notification_listener.h"
+#include "kora4ctl/recording/recording.h"
 #include "kora4ctl/verbs.h"
-#include "schema/document.h"
+#include "process/api_session.h"
+#include "process/handles.h"
+#include "settings/document.h"
 
 namespace kora4::tools {
 

@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl register, unregister: the library in the machine's registration.
 #include <objbase.h>
 
 #include <memory>
 
-#include "common/failure.h"
-#include "common/results.h"
-#include "common/text.h"
-#include "kora4ctl/registration.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/version.h"
+#include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
-#include "platform/version.h"
 #include "registry/store_access.h"
 
 namespace kora4::tools {

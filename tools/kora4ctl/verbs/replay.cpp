@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl replay: a recording, made again.
 #include <memory>
 
-#include "common/failure.h"
-#include "common/files.h"
-#include "kora4ctl/message_wait.h"
-#include "kora4ctl/recording.h"
-#include "kora4ctl/replayer.h"
-#include "kora4ctl/settings_document.h"
+#include "base/failure.h"
+#include "kora4ctl/access/settings_document.h"
+#include "kora4ctl/notifications/message_wait.h"
+#include "kora4ctl/recording/recording.h"
+#include "kora4ctl/recording/replayer.h"
 #include "kora4ctl/verbs.h"
+#include "process/files.h"
 
 namespace kora4::tools {
 

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl get, set, toggle: every setting by its name.
 #include <memory>
 
-#include "common/failure.h"
-#include "common/nearest.h"
-#include "common/text.h"
-#include "kora4ctl/options.h"
-#include "kora4ctl/setting_access.h"
+#include "base/failure.h"
+#include "base/nearest.h"
+#include "base/text.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/options.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {

@@ -1,19 +1,20 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl status: everything at a glance.
 #include <algorithm>
 #include <cmath>
 
-#include "common/failure.h"
-#include "common/results.h"
-#include "common/text.h"
-#include "kora4ctl/equalizer_access.h"
-#include "kora4ctl/options.h"
-#include "kora4ctl/profile_names.h"
-#include "kora4ctl/registration.h"
-#include "kora4ctl/setting_access.h"
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/engine_masks.h"
+#include "contract/profiles.h"
+#include "contract/version.h"
+#include "kora4ctl/access/profile_names.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/equalizer/equalizer_access.h"
+#include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
-#include "platform/version.h"
-#include "store/model/engine_masks.h"
-#include "store/model/profiles.h"
 
 namespace kora4::tools {
 

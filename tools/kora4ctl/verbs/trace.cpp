@@ -1,16 +1,17 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl trace: what the library traces, and the log files that it writes.
 #include <cstdio>
 #include <memory>
 
-#include "common/failure.h"
-#include "common/nearest.h"
-#include "common/results.h"
-#include "common/text.h"
-#include "kora4ctl/setting_access.h"
-#include "kora4ctl/trace_log.h"
-#include "kora4ctl/trace_word.h"
+#include "base/failure.h"
+#include "base/nearest.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/messages/trace_categories.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/explain/trace_log.h"
+#include "kora4ctl/explain/trace_word.h"
 #include "kora4ctl/verbs.h"
-#include "published/trace_categories.h"
 #include "registry/store_access.h"
 #include "registry/store_lock.h"
 
@@ -93,7 +94,7 @@ std::string TagOf(const std::string& module) {
     if (module.empty())
         return module;
     std::vector<std::string> tags;
-    for (const published::TraceTag& known : published::cTraceTags) {
+    for (const contract::TraceTag& known : contract::cTraceTags) {
         if (Lower(known.tag) == Lower(module))
             return known.tag;
         tags.emplace_back(known.tag);
@@ -224,7 +225,7 @@ ExitCode Show(const Context& context, const ShowOptions& options) {
 
 std::string CategoryHelp() {
     std::string text = "Categories:\n";
-    for (const published::TraceBits& category : published::cTraceCategories)
+    for (const contract::TraceBits& category : contract::cTraceCategories)
         text += "  " + Padded(category.name, 22) + category.lines + "\n";
     text += "  " + Padded(cAllCategories, 22) + "everything but log-files\n";
     return text;
@@ -232,7 +233,7 @@ std::string CategoryHelp() {
 
 std::string ModuleHelp() {
     std::string text = "Modules:\n";
-    for (const published::TraceTag& known : published::cTraceTags)
+    for (const contract::TraceTag& known : contract::cTraceTags)
         text += "  " + Padded(known.tag, 22) + known.writer + "\n";
     return text;
 }

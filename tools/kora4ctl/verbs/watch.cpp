@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // kora4ctl watch: every notification of the library.
 #include <memory>
 
-#include "common/api_session.h"
-#include "kora4ctl/notification_listener.h"
-#include "kora4ctl/run_limits.h"
-#include "kora4ctl/setting_access.h"
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/notifications/notification_listener.h"
 #include "kora4ctl/verbs.h"
+#include "process/api_session.h"
 
 namespace kora4::tools {
 

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // What the engine publishes, read by the library's own reader.
-#include "kora4sim/blob.h"
+#include "kora4sim/signal/blob.h"
 
 #include <gtest/gtest.h>
 

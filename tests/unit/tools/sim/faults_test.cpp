@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 // Faults by their names.
-#include "kora4sim/faults.h"
+#include "kora4sim/engine/faults.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "common/failure.h"
+#include "base/failure.h"
 
 namespace kora4::tools::sim {
 namespace {

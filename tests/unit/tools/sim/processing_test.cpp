@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // How settings become gains.
-#include "kora4sim/processing.h"
+#include "kora4sim/engine/processing.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 // Scene files: what is read from them, and what is said of bad ones.
-#include "kora4sim/scene.h"
+#include "kora4sim/scene/scene.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "common/failure.h"
-#include "store/model/engine_masks.h"
+#include "base/failure.h"
+#include "contract/engine_masks.h"
 
 namespace kora4::tools::sim {
 namespace {

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // The sound that the engine pretends to hear.
-#include "kora4sim/spectra.h"
+#include "kora4sim/signal/spectra.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 // Spoilt settings, as the library reads them.
-#include "kora4sim/wrong_values.h"
+#include "kora4sim/engine/wrong_values.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 
-#include "store/model/profiles.h"
-#include "store/model/technologies.h"
+#include "contract/profiles.h"
+#include "contract/technologies.h"
 
 namespace kora4::tools::sim {
 namespace {

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// What the stored texts call white space; locale plays no part.
+#ifndef KORA4_CONTRACT_CODEC_WHITE_SPACE_H
+#define KORA4_CONTRACT_CODEC_WHITE_SPACE_H
+
+namespace kora4::codec {
+
+// Blank, \t, \n, \v, \f, \r.
+constexpr bool IsWhiteSpace(char16_t c) {
+    return c == u' ' || (c >= u'\t' && c <= u'\r');
+}
+
+inline const char16_t* SkipWhiteSpace(const char16_t* p) {
+    while (IsWhiteSpace(*p))
+        ++p;
+    return p;
+}
+
+}  // namespace kora4::codec
+
+#endif  // KORA4_CONTRACT_CODEC_WHITE_SPACE_H

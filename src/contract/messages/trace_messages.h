@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// Every message of the trace with its meaning, and how the row of a written line is found.
+#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
+#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
+
+#include <cstddef>
+#include <string_view>
+
+#include "contract/messages/trace_message.h"
+#include "contract/messages/trace_messages_api.h"
+#include "contract/messages/trace_messages_general.h"
+#include "contract/messages/trace_messages_store.h"
+#include "contract/messages/trace_text.h"
+
+namespace kora4::contract {
+
+// Calls `visit` with each row.
+template <typename Visit>
+constexpr void ForEachTraceMessage(Visit visit) {
+    for (const TraceMessage& message : cGeneralMessages)
+        visit(message);
+    for (const TraceMessage& message : cAssertionMessages)
+        visit(message);
+    for (const TraceMessage& message : cApiMessages)
+        visit(message);
+    for (const TraceMessage& message : cStoreMessages)
+        visit(message);
+}
+
+// What was found for a message.
+struct TraceMatch {
+    const TraceMessage* pMessage = nullptr;
+    TraceValues values;
+    // Rows that say as much of the message; more than one only without a function.
+    std::size_t equals = 0;
+};
+
+// A row that matches a message: the more of it stands in the row word by word, the better;
+// a row for the function is better than one for any. An empty function: of any.
+constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_view message) {
+    TraceMatch best;
+    std::size_t bestScore = 0;
+    ForEachTraceMessage([&](const TraceMessage& row) {
+        const bool isOfFunction = row.function != nullptr && function == row.function;
+        if (row.function != nullptr && !function.empty() && !isOfFunction)
+            return;
+        TraceValues values;
+        const std::size_t exact = MatchTraceText(row, message, &values);
+        if (exact == 0)
+            return;
+        const std::size_t score = 2 * exact + (isOfFunction ? 1 : 0);
+        if (score > bestScore) {
+            bestScore = score;
+            best = {&row, values, 1};
+        } else if (score == bestScore) {
+            ++best.equals;
+        }
+    });
+    return best;
+}
+
+// Null when nobody of that name writes lines.
+constexpr const TraceWriter* FindTraceWriter(std::string_view function) {
+    const std::string_view name = function.substr(0, function.find("::"));
+    for (const TraceWriter& writer : cTraceWriters)
+        if (name == writer.name)
+            return &writer;
+    return nullptr;
+}
+
+}  // namespace kora4::contract
+
+#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+// The in-memory record of every technology: a structure version word, then the fields.
+// The order of the members is part of the store's contract with the field tables.
+#ifndef KORA4_CONTRACT_PATCH_RECORDS_H
+#define KORA4_CONTRACT_PATCH_RECORDS_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kora4 {
+
+inline constexpr std::uint32_t cMaxArrayElements = 40;
+inline constexpr std::uint32_t eRegulatorThresholds = 2;
+inline constexpr std::uint32_t eAudioOptimizerMaxChannels = 8;
+inline constexpr std::uint32_t eNumberIEQPatches = 6;
+
+struct VolumePatch {
+    std::uint32_t structVersion;
+    std::uint32_t amount;  // the volume leveler's slider
+    std::uint32_t switch4;
+    std::uint32_t switch5;
+    float level6;
+    float level7;
+    float level8;
+};
+
+struct EnhancementPatch {
+    std::uint32_t structVersion;
+    float amount;  // the dialog enhancer's slider
+    float value4;
+};
+
+struct DynamicEQPatch {
+    std::uint32_t structVersion;
+    std::uint32_t freqCount;
+    std::uint32_t curveCount;
+    float level;
+    float freq[cMaxArrayElements];   // Hz
+    float curve[cMaxArrayElements];  // dB
+    std::uint32_t curveIndex;        // the intelligent EQ's patch index
+};
+
+struct StandardEQPatch {
+    std::uint32_t structVersion;
+    std::uint32_t freqCount;
+    std::uint32_t gainCount;
+    float stdEqFreq[cMaxArrayElements];  // Hz
+    float stdEqGain[cMaxArrayElements];  // dB
+};
+
+struct HeadphonePatch {
+    std::uint32_t structVersion;
+    float surroundBoost;  // the headphone virtualizer's slider
+    float value4;
+};
+
+struct VirtualSurroundPatch {
+    std::uint32_t structVersion;
+    float surroundBoost;  // the speaker virtualizer's slider
+    float value4;
+};
+
+struct NGSurroundPatch {
+    std::uint32_t structVersion;
+};
+
+struct PeakLimiterPatch {
+    std::uint32_t structVersion;
+    float value3;
+};
+
+struct AudioRegulatorPatch {
+    std::uint32_t structVersion;
+    std::uint32_t freqCount;
+    std::uint32_t thresholdCount[eRegulatorThresholds];
+    std::uint32_t isolateCount;
+    float value3;
+    float value4;
+    float freq[cMaxArrayElements];                             // Hz
+    float threshold[eRegulatorThresholds][cMaxArrayElements];  // dB
+    std::uint32_t isolate[cMaxArrayElements];                  // 0 or 1
+};
+
+struct AudioOptimizerPatch {
+    std::uint32_t structVersion;
+    std::uint32_t value3;
+    std::uint32_t freqCount;
+    std::uint32_t gainCount[eAudioOptimizerMaxChannels];
+    float freq[cMaxArrayElements];                              // Hz
+    float gain[eAudioOptimizerMaxChannels][cMaxArrayElements];  // dB
+};
+
+// All records, preset technologies first, each family in technology order.
+struct PatchRecords {
+    VolumePatch volume;
+    EnhancementPatch enhancement;
+    DynamicEQPatch dynamicEQ;
+    StandardEQPatch standardEQ;
+    HeadphonePatch headphone;
+    VirtualSurroundPatch virtualSurround;
+    NGSurroundPatch ngSurround;
+    PeakLimiterPatch peakLimiter;
+    AudioRegulatorPatch audioRegulator;
+    AudioOptimizerPatch audioOptimizer;
+};
+
+}  // namespace kora4
+
+#endif  // KORA4_CONTRACT_PATCH_RECORDS_H

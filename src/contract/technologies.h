@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+// The two families of technologies of the store: preset technologies, whose settings
+// belong to a profile, and global technologies, whose settings do not.
+#ifndef KORA4_CONTRACT_TECHNOLOGIES_H
+#define KORA4_CONTRACT_TECHNOLOGIES_H
+
+#include <cstdint>
+
+namespace kora4 {
+
+enum KORA4PresetTechnology : std::uint32_t {
+    ePresetNoTech = 0,
+    eVolumeTech,
+    eEnhancementTech,
+    eDynamicEQTech,
+    eStandardEQTech,
+    eHeadphoneTech,
+    eVirtualSurroundTech,
+    eNGSurroundTech,
+    eNumberKORA4PresetTechnologies
+};
+
+enum KORA4GlobalTechnology : std::uint32_t {
+    eGlobalNoTech = 0,
+    ePeakLimiterTech,
+    eAudioRegulatorTech,
+    eAudioOptimizerTech,
+    eNumberKORA4GlobalTechnologies
+};
+
+constexpr bool IsValidTechnology(KORA4PresetTechnology technology) {
+    return technology > ePresetNoTech && technology < eNumberKORA4PresetTechnologies;
+}
+constexpr bool IsValidTechnology(KORA4GlobalTechnology technology) {
+    return technology > eGlobalNoTech && technology < eNumberKORA4GlobalTechnologies;
+}
+
+// What each technology puts into the low eight bits of its property-key GUIDs. The
+// numbers are not in enumeration order: they are older than the enumerations.
+inline constexpr std::uint32_t KORA4_PKEY_VOLUME_GUID_OFFSET = 0;
+inline constexpr std::uint32_t KORA4_PKEY_STD_EQ_GUID_OFFSET = 1;
+inline constexpr std::uint32_t KORA4_PKEY_DYN_EQ_GUID_OFFSET = 2;
+inline constexpr std::uint32_t KORA4_PKEY_ENHANCEMENT_GUID_OFFSET = 3;
+inline constexpr std::uint32_t KORA4_PKEY_HEADPHONE_GUID_OFFSET = 4;
+inline constexpr std::uint32_t KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET = 5;
+inline constexpr std::uint32_t KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET = 6;
+
+inline constexpr std::uint32_t KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET = 0;
+inline constexpr std::uint32_t KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET = 1;
+inline constexpr std::uint32_t KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET = 2;
+
+inline constexpr std::uint32_t sm_presetTechGUIDOffset[] = {
+    0,  // ePresetNoTech
+    KORA4_PKEY_VOLUME_GUID_OFFSET,
+    KORA4_PKEY_ENHANCEMENT_GUID_OFFSET,
+    KORA4_PKEY_DYN_EQ_GUID_OFFSET,
+    KORA4_PKEY_STD_EQ_GUID_OFFSET,
+    KORA4_PKEY_HEADPHONE_GUID_OFFSET,
+    KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET,
+    KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET,
+};
+inline constexpr std::uint32_t sm_globalTechGUIDOffset[] = {
+    0,  // eGlobalNoTech
+    KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET,
+    KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET,
+    KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET,
+};
+static_assert(sizeof sm_presetTechGUIDOffset / sizeof *sm_presetTechGUIDOffset ==
+              eNumberKORA4PresetTechnologies);
+static_assert(sizeof sm_globalTechGUIDOffset / sizeof *sm_globalTechGUIDOffset ==
+              eNumberKORA4GlobalTechnologies);
+
+}  // namespace kora4
+
+#endif  // KORA4_CONTRACT_TECHNOLOGIES_H

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// How the library and the tools come by the store's mutex: one way for all.
+#ifndef KORA4_PLATFORM_OPEN_MUTEX_H
+#define KORA4_PLATFORM_OPEN_MUTEX_H
+
+#include <windows.h>
+
+namespace kora4 {
+
+// The platform's part.
+struct MutexCalls {
+    decltype(&CreateMutexW) create = &CreateMutexW;
+    decltype(&OpenMutexW) open = &OpenMutexW;
+};
+
+// The caller closes the handle; null, with GetLastError set, when there is none. Nobody owns
+// the mutex by being handed it.
+//
+// Creating asks for every right to a mutex that exists. One that a program with another token
+// made, an elevated one for instance, grants less: SYNCHRONIZE is all that waiting and
+// releasing need. (Wine grants that much whatever the access list says, Windows does not.)
+inline HANDLE CreateOrOpenMutex(const char16_t* pwName, const MutexCalls& calls = {}) {
+    const auto* const pwWide = reinterpret_cast<const wchar_t*>(pwName);
+    const HANDLE created = calls.create(nullptr, FALSE, pwWide);
+    if (created || GetLastError() != ERROR_ACCESS_DENIED)
+        return created;
+    return calls.open(SYNCHRONIZE, FALSE, pwWide);
+}
+
+}  // namespace kora4
+
+#endif  // KORA4_PLATFORM_OPEN_MUTEX_H

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// How a tool gives up: thrown wherever it cannot go on, told by main.
+#ifndef KORA4_BASE_FAILURE_H
+#define KORA4_BASE_FAILURE_H
+
+#include <exception>
+#include <string>
+#include <utility>
+
+#include "base/exit_code.h"
+
+namespace kora4::tools {
+
+class Failure : public std::exception {
+  public:
+    // what: one sentence with its full stop, in the user's words; never a bare number.
+    // next: what to do about it, a sentence too; may be empty.
+    Failure(ExitCode code, std::string what, std::string next = {})
+        : m_code(code), m_what(std::move(what)), m_next(std::move(next)) {}
+
+    ExitCode Code() const { return m_code; }
+    const char* what() const noexcept override { return m_what.c_str(); }
+    const std::string& Next() const { return m_next; }
+
+  private:
+    ExitCode m_code;
+    std::string m_what;
+    std::string m_next;
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_BASE_FAILURE_H

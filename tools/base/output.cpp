@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include "base/output.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "base/text.h"
+
+namespace kora4::tools {
+
+namespace {
+
+bool IsConsole(HANDLE file) {
+    DWORD mode = 0;
+    return GetConsoleMode(file, &mode) != 0;
+}
+
+// Switches the interpretation of colour sequences on; false: there is none.
+bool TakesColours(HANDLE console) {
+    DWORD mode = 0;
+    return std::getenv("NO_COLOR") == nullptr && GetConsoleMode(console, &mode) != 0 &&
+           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+// A console takes UTF-16, everything else UTF-8 bytes. False: nobody reads any more.
+bool WriteAll(HANDLE file, bool isConsole, std::string_view text) {
+    if (isConsole) {
+        const std::wstring wide = Widen(text);
+        for (std::size_t done = 0; done < wide.size();) {
+            // Old consoles refuse more than this at a time.
+            const DWORD chunk =
+                static_cast<DWORD>(std::min<std::size_t>(wide.size() - done, 8000));
+            DWORD written = 0;
+            if (!WriteConsoleW(file, wide.data() + done, chunk, &written, nullptr) ||
+                written == 0)
+                return false;
+            done += written;
+        }
+        return true;
+    }
+    while (!text.empty()) {
+        DWORD written = 0;
+        if (!WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ||
+            written == 0)
+            return false;
+        text.remove_prefix(written);
+    }
+    return true;
+}
+
+CONSOLE_SCREEN_BUFFER_INFO ScreenOf(HANDLE console) {
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!GetConsoleScreenBufferInfo(console, &info))
+        info.srWindow = {0, 0, 79, 23};
+    return info;
+}
+
+constexpr const char* cSequences[] = {"",         "\x1b[1m",  "\x1b[90m",
+                                      "\x1b[32m", "\x1b[33m", "\x1b[31m"};
+
+// What is no UTF-8 (a garbage name in the store) must not stop the output.
+std::string Dump(const Json& document, int indent) {
+    return document.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+Output::Output()
+    : m_results(GetStdHandle(STD_OUTPUT_HANDLE)),
+      m_messages(GetStdHandle(STD_ERROR_HANDLE)),
+      m_isTerminal(IsConsole(m_results)),
+      m_areMessagesOnTerminal(IsConsole(m_messages)),
+      m_hasColour(TakesColours(m_results)) {}
+
+void Output::Print(std::string_view line) {
+    Write(std::string(line) + '\n');
+}
+
+void Output::Write(std::string_view text) {
+    if (m_isBroken || WriteAll(m_results, m_isTerminal, text))
+        return;
+    const DWORD error = GetLastError();
+    m_isBroken = true;
+    m_isIncomplete = error != ERROR_BROKEN_PIPE && error != ERROR_NO_DATA;
+}
+
+void Output::PrintJson(const Json& document) {
+    Print(Dump(document, 2));
+}
+
+void Output::PrintJsonLine(const Json& document) {
+    Print(Dump(document, -1));
+}
+
+void Output::Table(const std::vector<std::string>& headings,
+                   const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::size_t> widths;
+    const auto measure = [&widths](const std::vector<std::string>& row) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], Columns(row[i]));
+    };
+    measure(headings);
+    for (const auto& row : rows)
+        measure(row);
+    const auto line = [&widths](const std::vector<std::string>& row) {
+        std::string text;
+        for (std::size_t i = 0; i < row.size(); ++i)
+            text += i + 1 < row.size() ? Padded(row[i], widths[i] + 2) : row[i];
+        text.erase(text.find_last_not_of(' ') + 1);
+        return text;
+    };
+    if (!headings.empty())
+        Print(Paint(Style::eDim, line(headings)));
+    for (const auto& row : rows)
+        Print(line(row));
+}
+
+void Output::Say(std::string_view message) {
+    if (!quiet)
+        Complain(message);
+}
+
+void Output::Complain(std::string_view message) {
+    WriteAll(m_messages, m_areMessagesOnTerminal, std::string(message) + '\n');
+}
+
+unsigned Output::Width() const {
+    const SMALL_RECT window = ScreenOf(m_results).srWindow;
+    return static_cast<unsigned>(window.Right - window.Left + 1);
+}
+
+unsigned Output::Height() const {
+    const SMALL_RECT window = ScreenOf(m_results).srWindow;
+    return static_cast<unsigned>(window.Bottom - window.Top + 1);
+}
+
+std::string Output::Paint(Style style, std::string_view text) const {
+    if (!m_hasColour || style == Style::ePlain)
+        return std::string(text);
+    return cSequences[static_cast<std::size_t>(style)] + std::string(text) + "\x1b[0m";
+}
+
+}  // namespace kora4::tools

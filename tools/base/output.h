@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// Where everything that a tool says goes: results to standard output, messages to standard
+// error, both in UTF-8.
+#ifndef KORA4_BASE_OUTPUT_H
+#define KORA4_BASE_OUTPUT_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kora4::tools {
+
+// Members come out in the order in which they went in.
+using Json = nlohmann::ordered_json;
+
+enum class Style { ePlain, eStrong, eDim, eGood, eWarning, eBad };
+
+// Single-threaded.
+class Output {
+  public:
+    Output();
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    // What the command line chose.
+    bool json = false;
+    bool quiet = false;
+
+    // A line of the result; the newline is added. Flushed at once, so that a reader at the
+    // other end of a pipe sees it.
+    void Print(std::string_view line = {});
+    // Text as it is, for what draws on a terminal.
+    void Write(std::string_view text);
+    // A whole document, indented; or one line of a stream of documents.
+    void PrintJson(const Json& document);
+    void PrintJsonLine(const Json& document);
+    // Columns that line up; the last one is not padded. Headings may be empty.
+    void Table(const std::vector<std::string>& headings,
+               const std::vector<std::vector<std::string>>& rows);
+
+    // A message that a user may do without; silent with --quiet.
+    void Say(std::string_view message);
+    // One that is shown always.
+    void Complain(std::string_view message);
+
+    // Standard output: is it a terminal, how wide and high is it now (80 by 24 when not).
+    bool IsTerminal() const { return m_isTerminal; }
+    unsigned Width() const;
+    unsigned Height() const;
+
+    // The text in a style, when standard output is a terminal that can and NO_COLOR is not
+    // set; otherwise as it is.
+    std::string Paint(Style style, std::string_view text) const;
+
+    // Standard output cannot be written to any more.
+    bool IsBroken() const { return m_isBroken; }
+    // And it is no reader that went away, who has what he wanted: the disk is full.
+    bool IsIncomplete() const { return m_isIncomplete; }
+
+  private:
+    void* m_results;
+    void* m_messages;
+    bool m_isTerminal;
+    bool m_areMessagesOnTerminal;
+    bool m_hasColour;
+    bool m_isBroken = false;
+    bool m_isIncomplete = false;
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_BASE_OUTPUT_H

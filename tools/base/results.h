@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// HRESULTs in words.
+#ifndef KORA4_BASE_RESULTS_H
+#define KORA4_BASE_RESULTS_H
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kora4::tools {
+
+// "KORA4_S_DEMO_MODE_ACTIVE (0x00040200): nothing changed, a demo profile is active": the
+// name, the number and the meaning; for codes that nobody published what the platform says
+// of them. Never a bare number.
+std::string InWords(HRESULT hr);
+
+// What the platform says of a code, in one line without its full stop; empty when it knows
+// nothing of it.
+std::string PlatformWords(std::uint32_t code);
+
+// Passes S_OK and S_FALSE through. An informational code of the library throws Failure with
+// eRefused, APOERR_NOT_INITIALIZED with eNotReady, E_INVALIDARG with eBadInput, every other
+// failure with eFailed. doing: "reading the active profile".
+HRESULT Check(HRESULT hr, std::string_view doing);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_BASE_RESULTS_H

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "base/strict_json.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/text.h"
+
+namespace kora4::tools {
+
+namespace {
+
+// No file of the tools needs more than a few levels.
+constexpr int cDeepest = 64;
+
+[[noreturn]] void Refuse(const std::string& what) {
+    throw Failure(ExitCode::eBadInput, what);
+}
+
+// Watches a text being parsed.
+class Guard {
+  public:
+    void Take(int depth, Json::parse_event_t event, const Json& parsed) {
+        if (depth > cDeepest)
+            Refuse("The document is nested too deeply.");
+        if (event == Json::parse_event_t::object_start)
+            m_open.emplace_back();
+        else if (event == Json::parse_event_t::object_end)
+            m_open.pop_back();
+        else if (event == Json::parse_event_t::key)
+            Add(parsed.get<std::string>());
+    }
+
+  private:
+    struct Object {
+        std::set<std::string> names;
+        std::string current;
+    };
+
+    void Add(const std::string& name) {
+        Object& object = m_open.back();
+        object.current = name;
+        if (object.names.insert(name).second)
+            return;
+        std::vector<std::string> path;
+        for (const Object& open : m_open)
+            path.push_back(open.current);
+        Refuse(Join(path, ".") + ": the name is there twice.");
+    }
+
+    std::vector<Object> m_open;
+};
+
+}  // namespace
+
+Json ParseStrictJson(std::string_view text) {
+    if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
+        Refuse("The document is empty.");
+    Guard guard;
+    try {
+        return Json::parse(text, [&guard](int depth, Json::parse_event_t event, Json& parsed) {
+            guard.Take(depth, event, parsed);
+            return true;
+        });
+    } catch (const Json::exception& error) {
+        const auto* const mistake = dynamic_cast<const Json::parse_error*>(&error);
+        if (mistake != nullptr && mistake->byte > text.size())
+            Refuse("The document is cut off: it ends in the middle.");
+        // Without the parser's own number of the mistake, "[json.exception...] ".
+        const std::string message = error.what();
+        const std::size_t begin = message.find("] ");
+        Refuse("The document is no JSON: " +
+               message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+    }
+}
+
+}  // namespace kora4::tools

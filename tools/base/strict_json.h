@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// JSON from outside: files that somebody may have edited, cut off or made up.
+#ifndef KORA4_BASE_STRICT_JSON_H
+#define KORA4_BASE_STRICT_JSON_H
+
+#include <string_view>
+
+#include "base/output.h"
+
+namespace kora4::tools {
+
+// Failure with eBadInput, in one sentence, for a text that is empty, cut off or no JSON, that
+// has a name twice in one object (one of the two values would be lost), or that is nested so
+// deeply that walking over it could take up the stack.
+Json ParseStrictJson(std::string_view text);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_BASE_STRICT_JSON_H

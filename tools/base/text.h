@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// Text inside the tools is UTF-8; the platform's is UTF-16.
+#ifndef KORA4_BASE_TEXT_H
+#define KORA4_BASE_TEXT_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kora4::tools {
+
+// Whatever is no well-formed text becomes U+FFFD.
+std::string Narrow(std::wstring_view text);
+std::wstring Widen(std::string_view text);
+
+// "0x00040200", "0x3ff": as many digits as `digits`, or as needed with 0.
+std::string Hex(std::uint32_t number, unsigned digits = 8);
+
+// The shortest decimal text that reads back as the same float: "7", "0.33", "-12".
+std::string Decimal(float number);
+
+std::string Lower(std::string_view text);
+std::string Join(const std::vector<std::string>& texts, std::string_view between);
+
+// Terminal columns that a text takes: one a character, two for wide ones, none for
+// combining marks and for colour sequences.
+std::size_t Columns(std::string_view text);
+
+// The text with blanks up to that many columns.
+std::string Padded(std::string_view text, std::size_t columns);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_BASE_TEXT_H

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/access/profile_names.h"
+
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/profiles.h"
+#include "registry/stored_value.h"
+#include "settings/names.h"
+
+namespace kora4::tools {
+
+namespace {
+
+// A longer one could be stored and not be read again.
+constexpr std::size_t cLongestName = cMaxTextBytes / sizeof(wchar_t) - 1;
+
+constexpr char cSeeTable[] = "See the custom profiles: kora4ctl profile table";
+
+std::wstring StorableName(const std::string& name) {
+    std::wstring wide = Widen(name);
+    if (wide.size() > cLongestName)
+        throw Failure(ExitCode::eBadInput, "The name has " + std::to_string(wide.size()) +
+                                               " UTF-16 characters; a longer one than " +
+                                               std::to_string(cLongestName) +
+                                               " could not be read again.");
+    return wide;
+}
+
+[[noreturn]] void Fail(const std::string& what, const std::string& next = cSeeTable) {
+    throw Failure(ExitCode::eFailed, what, next);
+}
+
+bool Exists(std::uint32_t profile, IVeltoKORA4API& api) {
+    return ReadProfileNames(api)[profile].has_value();
+}
+
+}  // namespace
+
+std::optional<std::string> TakeText(LPWSTR text) {
+    if (text == nullptr)
+        return std::nullopt;
+    std::string narrow = Narrow(text);
+    CoTaskMemFree(text);
+    return narrow;
+}
+
+void RefuseUnlessCustom(std::uint32_t profile) {
+    if (!IsCustomProfile(profile))
+        throw Failure(ExitCode::eBadInput, ProfileName(profile) + " is no custom profile.",
+                      "Only p1 to p6 have names, and can be created, renamed and deleted.");
+}
+
+ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
+    const HRESULT hr = api.GetProfileTable(names);
+    // A failed call hands out the names before the one that it could not read.
+    ProfileTable table;
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = TakeText(names[i]);
+    if (hr == E_FAIL)
+        Fail(
+            "The names of the custom profiles cannot be read: one that is stored is not "
+            "readable.",
+            "Find it with 'kora4ctl lint', repair it with 'kora4ctl lint --fix'.");
+    Check(hr, "Reading the table of profiles");
+    return table;
+}
+
+void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
+    RefuseUnlessCustom(profile);
+    const HRESULT hr =
+        api.CreateCustomProfile(static_cast<LONG>(profile), StorableName(name).c_str());
+    if (hr == E_FAIL && Exists(profile, api))
+        Fail(ProfileName(profile) + " exists already, as '" +
+                 ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
+             "Rename it, delete it first, or take another one of p1 to p6.");
+    Check(hr, "Creating " + ProfileName(profile));
+}
+
+void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
+    RefuseUnlessCustom(profile);
+    const HRESULT hr =
+        api.SetCustomProfileName(static_cast<LONG>(profile), StorableName(name).c_str());
+    if (hr == E_FAIL && !Exists(profile, api))
+        Fail(ProfileName(profile) + " does not exist; nothing was changed.",
+             "Create it: kora4ctl profile create " + ProfileName(profile) + " NAME");
+    Check(hr, "Renaming " + ProfileName(profile));
+}
+
+void DeleteProfile(std::uint32_t profile, IVeltoKORA4API& api) {
+    RefuseUnlessCustom(profile);
+    const HRESULT hr = api.DeleteCustomProfile(static_cast<LONG>(profile));
+    if (hr == S_FALSE)
+        throw Failure(ExitCode::eRefused,
+                      ProfileName(profile) + " does not exist; nothing was changed.",
+                      cSeeTable);
+    LONG active = -1;
+    if (hr == E_FAIL && api.GetActiveProfile(&active) == S_OK &&
+        active == static_cast<LONG>(profile))
+        Fail(ProfileName(profile) + " is the active profile and cannot be deleted.",
+             "Make another one active first: kora4ctl profile use music");
+    Check(hr, "Deleting " + ProfileName(profile));
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/access/setting_access.h"
+
+#include "base/failure.h"
+#include "base/results.h"
+#include "contract/profiles.h"
+#include "kora4ctl/access/profile_names.h"
+#include "settings/document.h"
+
+namespace kora4::tools {
+
+namespace {
+
+// What is in force when the store holds nothing, or what is stored does not count: in a demo
+// profile values are the built-in ones, whatever is stored.
+std::optional<Value> BuiltIn(const SchemaValue& value) {
+    const std::optional<StoredValue> standIn = value.Default();
+    return standIn ? Decode(value, *standIn) : std::nullopt;
+}
+
+bool IsDemoInForce(const Setting& setting, std::uint32_t profile, bool isNamed) {
+    return setting.role == Role::eField && !isNamed && IsDemoProfile(profile);
+}
+
+const char* NameOfWay(Way way) {
+    return way == Way::eApi ? "api" : "store";
+}
+
+// A read-only setting has a place in the store all the same, and --stored gets there.
+void RefuseUnlessWritable(const Setting& setting, Limits limits) {
+    if (setting.perProfile && !setting.isStored)
+        throw Failure(ExitCode::eBadInput, "'" + setting.name + "' is more than one value.",
+                      "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
+    if (!setting.isStored)
+        throw Failure(ExitCode::eBadInput,
+                      "'" + setting.name + "' is the library's own and cannot be set.");
+    if (setting.access == Access::eReadOnly && limits == Limits::eApi)
+        throw Failure(ExitCode::eBadInput,
+                      "The library has no method that sets '" + setting.name + "'.",
+                      "Write it into the store with --stored; programs read it when they "
+                      "start.");
+}
+
+// Where a setting stands in the store: the bands as one stand where their gains do.
+const Setting* PlaceOf(const Setting& setting) {
+    if (setting.isStored)
+        return &setting;
+    return setting.perProfile ? FindSetting(setting.name + ".gains") : nullptr;
+}
+
+}  // namespace
+
+bool Reading::IsInRange() const {
+    return !value || tools::IsInRange(*setting, *value);
+}
+
+std::string Reading::Text(bool withUnit) const {
+    return value ? FormatValue(*setting, *value, withUnit) : std::string();
+}
+
+Json Reading::Document() const {
+    Json json;
+    json["name"] = setting->name;
+    json["value"] = value ? ToJson(*setting, *value) : Json();
+    json["unit"] = setting->unit.empty() ? Json() : Json(setting->unit);
+    json["profile"] = profile ? Json(ProfileName(*profile)) : Json();
+    json["stored"] = stored;
+    json["inRange"] = IsInRange();
+    json["source"] = NameOfWay(way);
+    return json;
+}
+
+std::uint32_t StoredActiveProfile(StoreAccess& store) {
+    const SchemaValue active = SettingValue(pkey::cActivePresetPid);
+    return store.Number(active.keySet, active.key, cMovieProfile);
+}
+
+void RefuseUnlessSettable(std::uint32_t activeProfile) {
+    if (IsSelectableProfile(activeProfile))
+        return;
+    const std::string name = ProfileName(activeProfile);
+    if (IsDemoProfile(activeProfile))
+        throw Failure(
+            ExitCode::eRefused,
+            "Nothing was stored: the demo profile " + name +
+                " is active, and in a demo nothing is set.",
+            "Leave the demo with 'kora4ctl demo force-leave', or name another profile "
+            "with --profile.");
+    throw Failure(ExitCode::eRefused,
+                  "Nothing was stored: profile number " + name +
+                      " is active, and there is no such profile.",
+                  "Make another one active: kora4ctl profile use music");
+}
+
+bool IsFrozenInDemo(const Setting& setting) {
+    return setting.perProfile && setting.technology.family == Family::ePreset;
+}
+
+void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
+    RefuseUnlessSettable(activeProfile);
+    if (named && *named != activeProfile)
+        throw Failure(ExitCode::eFailed,
+                      "Another program made " + ProfileName(activeProfile) +
+                          " the active profile at this moment, and may have got the value "
+                          "instead of " +
+                          ProfileName(*named) + ".",
+                      "Look at both with 'kora4ctl profile show'.");
+}
+
+void WaitForStore(const Context& context) {
+    const StoreLock lock(cLockPatience, context.interrupt.Event());
+}
+
+ApiSession& SettingAccess::Api() {
+    if (!m_api) {
+        WaitForStore(m_context);
+        m_api.emplace();
+    }
+    return *m_api;
+}
+
+std::uint32_t SettingAccess::ActiveProfile() {
+    LONG profile = 0;
+    Check(Api()->GetActiveProfile(&profile), "Reading the active profile");
+    return static_cast<std::uint32_t>(profile);
+}
+
+Way SettingAccess::WayOf(const Setting& setting, std::optional<std::uint32_t> profile) {
+    if (setting.access == Access::eStoreOnly)
+        return Way::eStore;
+    // The table of names has those of all profiles.
+    if (!setting.perProfile || !profile || setting.role == Role::eName)
+        return Way::eApi;
+    return IsSelectableProfile(*profile) && *profile == ActiveProfile() ? Way::eApi
+                                                                        : Way::eStore;
+}
+
+Reading SettingAccess::Read(const Setting& setting, std::optional<std::uint32_t> profile,
+                            Detail detail) {
+    return Read(std::vector{&setting}, profile, detail).front();
+}
+
+std::vector<Reading> SettingAccess::Read(const std::vector<const Setting*>& settings,
+                                         std::optional<std::uint32_t> profile, Detail detail) {
+    std::vector<Reading> readings;
+    bool needsStore = false;
+    for (const Setting* setting : settings) {
+        Reading reading{setting, {}, {}, WayOf(*setting, profile), {}};
+        if (setting->perProfile)
+            reading.profile = profile;
+        if (reading.way == Way::eApi) {
+            reading.value = ReadThroughApi(*setting, profile, Api());
+            // Only a document says which profile that was.
+            if (setting->perProfile && !profile && detail == Detail::eStored)
+                reading.profile = ActiveProfile();
+        }
+        needsStore |= reading.way == Way::eStore ||
+                      (detail == Detail::eStored && PlaceOf(*setting) != nullptr);
+        readings.push_back(reading);
+    }
+    if (!needsStore)
+        return readings;
+    const std::unique_ptr<StoreAccess> store = Store(OpenMode::eRead);
+    const StoreLock lock = Lock();
+    for (Reading& reading : readings)
+        ReadFromStore(reading, profile.has_value(), detail, *store);
+    return readings;
+}
+
+void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
+                                  StoreAccess& store) const {
+    const Setting& setting = *reading.setting;
+    if (setting.perProfile && !reading.profile)
+        reading.profile = StoredActiveProfile(store);
+    const Setting* const place = PlaceOf(setting);
+    if (place == nullptr || (reading.way == Way::eApi && detail == Detail::eValue))
+        return;
+    const std::uint32_t profile = reading.profile.value_or(0);
+    if (setting.role == Role::eName && !IsCustomProfile(profile))
+        return;
+    const SchemaValue value = place->Stored(profile);
+    if (reading.way == Way::eStore)
+        reading.value =
+            IsDemoInForce(setting, profile, isNamed) ? BuiltIn(value) : Effective(value, store);
+    if (detail != Detail::eStored)
+        return;
+    if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
+        reading.stored = StoredToJson(*place, value, *stored);
+}
+
+Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,
+                          const std::string& text, Limits limits, Detail detail) {
+    RefuseUnlessWritable(setting, limits);
+    if (limits == Limits::eStore || WayOf(setting, profile) == Way::eStore)
+        return SetThroughStore(setting, profile, text, limits, detail);
+    Change change;
+    change.old = ReadThroughApi(setting, profile, Api());
+    WriteThroughApi(setting, profile, ParseValue(setting, text, change.old, limits), Api());
+    if (IsFrozenInDemo(setting))
+        RefuseUnlessSet(ActiveProfile(), profile);
+    change.now = Read(setting, profile, detail);
+    return change;
+}
+
+Change SettingAccess::SetThroughStore(const Setting& setting,
+                                      std::optional<std::uint32_t> profile,
+                                      const std::string& text, Limits limits, Detail detail) {
+    Change change;
+    {
+        const std::unique_ptr<StoreAccess> store = Store(OpenMode::eReadWrite);
+        const StoreLock lock = Lock();
+        std::uint32_t target = 0;
+        if (setting.perProfile) {
+            target = profile ? *profile : StoredActiveProfile(*store);
+            if (!profile && IsFrozenInDemo(setting))
+                RefuseUnlessSettable(target);
+            if (setting.role == Role::eName)
+                RefuseUnlessCustom(target);
+        }
+        const SchemaValue value = setting.Stored(target);
+        change.old = Effective(value, *store);
+        const Value wanted = ParseValue(setting, text, change.old, limits);
+        store->Write(value.keySet, value.key, Encode(value, wanted));
+        // Also for a profile that is not active: a writer in another session, which the mutex
+        // does not hold back, may be making it active at this moment.
+        if (const std::optional<PropertyKey> counter = value.Announcement())
+            store->Bump(*counter);
+        change.now = Reading{&setting, {}, {}, Way::eStore, {}};
+        if (setting.perProfile)
+            change.now.profile = target;
+        ReadFromStore(change.now, profile.has_value(), detail, *store);
+    }
+    return change;
+}
+
+Change SettingAccess::Toggle(const Setting& setting, std::optional<std::uint32_t> profile,
+                             Detail detail) {
+    // One step for the library, however many clients toggle at a time.
+    if (setting.writer == "SetVeltoEnable") {
+        BOOL isOn = FALSE;
+        Check(Api()->ToggleVeltoEnable(&isOn), "Toggling the master enable");
+        return {Value(isOn == FALSE), Read(setting, profile, detail)};
+    }
+    const Reading before = Read(setting, profile, Detail::eValue);
+    const bool isOn = before.value && std::get<bool>(*before.value);
+    return Set(setting, profile, isOn ? "off" : "on", Limits::eApi, detail);
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/command_line/command_line.h"
+
+#include "kora4ctl/verbs.h"
+
+namespace kora4::tools {
+
+namespace {
+
+constexpr char cSummary[] =
+    "Reads, changes and watches the settings of the KORA4 audio engine.";
+
+constexpr char cFooter[] =
+    "Exit codes: 0 done, 1 failed, 2 wrong command line, 3 refused and nothing changed,\n"
+    "4 library not registered or not usable, 5 bad value or file, 6 timed out, 7 findings.\n";
+
+}  // namespace
+
+void AddVerbs(Context& context) {
+    context.root.require_subcommand(1);
+    context.root.footer(cFooter);
+    for (AddVerb* add : cVerbs)
+        add(context);
+}
+
+int RunKora4Ctl(const std::vector<std::string>& arguments) {
+    return RunProgram("kora4ctl", cSummary, arguments, AddVerbs);
+}
+
+}  // namespace kora4::tools

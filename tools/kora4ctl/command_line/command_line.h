@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// The whole of kora4ctl but its entry point.
+#ifndef KORA4_KORA4CTL_COMMAND_LINE_COMMAND_LINE_H
+#define KORA4_KORA4CTL_COMMAND_LINE_COMMAND_LINE_H
+
+#include <string>
+#include <vector>
+
+#include "process/program.h"
+
+namespace kora4::tools {
+
+// Puts every verb on the command line.
+void AddVerbs(Context& context);
+
+// Gives the exit code of the process.
+int RunKora4Ctl(const std::vector<std::string>& arguments);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_COMMAND_LINE_COMMAND_LINE_H

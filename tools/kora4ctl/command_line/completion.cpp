@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/command_line/completion.h"
+
+#include <string_view>
+
+#include "contract/messages/trace_categories.h"
+#include "contract/profiles.h"
+#include "kora4ctl/explain/trace_word.h"
+#include "settings/names.h"
+#include "settings/settings_table.h"
+
+namespace kora4::tools {
+namespace {
+
+// Which words an argument or the value of an option takes. The first rule that fits.
+struct Rule {
+    const char* path;  // null: of any command
+    const char* name;
+    const char* words;
+};
+
+constexpr Rule cRules[] = {
+    {"get", "NAME", "settings"},
+    {"set", "NAME", "settings"},
+    {"describe", "NAME", "settings"},
+    {"toggle", "NAME", "switches"},
+    {"set", "VALUE", cValueWords},
+    {"demo enter", "P", "preset-profiles"},
+    {"profile use", "P", "selectable-profiles"},
+    {"profile create", "P", "custom-profiles"},
+    {"profile rename", "P", "custom-profiles"},
+    {"profile delete", "P", "custom-profiles"},
+    {nullptr, "P", "profiles"},
+    {nullptr, "--profile", "profiles"},
+    {nullptr, "CATEGORY", "categories"},
+    {nullptr, "--module", "modules"},
+    {nullptr, "SHELL", "shells"},
+    {nullptr, "FILE", cFileWords},
+    {nullptr, "PATH", cFileWords},
+    {nullptr, "--backup", cFileWords},
+};
+
+std::string WordsOf(const std::string& path, const std::string& name) {
+    for (const Rule& rule : cRules) {
+        if ((!rule.path || path == rule.path) && name == rule.name)
+            return rule.words;
+    }
+    return {};
+}
+
+std::vector<std::string> OptionNames(const CLI::Option& option) {
+    std::vector<std::string> names;
+    for (const std::string& name : option.get_lnames())
+        names.push_back("--" + name);
+    for (const std::string& name : option.get_snames())
+        names.push_back("-" + name);
+    return names;
+}
+
+void AddOptions(const CLI::App& app, CompletedCommand& command) {
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->get_positional()) {
+            command.arguments.push_back({WordsOf(command.path, option->get_single_name()),
+                                         option->get_items_expected_max() > 1});
+            continue;
+        }
+        CompletedOption completed;
+        completed.names = OptionNames(*option);
+        completed.help = option->get_description();
+        completed.takesValue = option->get_items_expected_max() > 0;
+        if (completed.takesValue)
+            completed.words = WordsOf(command.path, completed.names.front());
+        command.options.push_back(std::move(completed));
+    }
+}
+
+bool Has(const CompletedCommand& command, const std::string& name) {
+    for (const CompletedOption& option : command.options) {
+        if (option.names.front() == name)
+            return true;
+    }
+    return false;
+}
+
+// The program's own options can be given behind a verb, too.
+void AddCommonOptions(const CompletedCommand& root, CompletedCommand& command) {
+    for (const CompletedOption& option : root.options) {
+        if (option.names.front() != "--version" && !Has(command, option.names.front()))
+            command.options.push_back(option);
+    }
+}
+
+void Walk(const CLI::App& app, const std::string& path, Completion& completion) {
+    CompletedCommand command;
+    command.path = path;
+    const auto verbs = app.get_subcommands([](const CLI::App*) { return true; });
+    for (const CLI::App* verb : verbs)
+        command.verbs.push_back({verb->get_name(), verb->get_description()});
+    AddOptions(app, command);
+    if (!completion.commands.empty())
+        AddCommonOptions(completion.commands.front(), command);
+    completion.commands.push_back(std::move(command));
+    for (const CLI::App* verb : verbs)
+        Walk(*verb, path + (path.empty() ? "" : " ") + verb->get_name(), completion);
+}
+
+template <typename Predicate>
+WordList ProfilesThat(const char* name, Predicate isWanted) {
+    WordList list{name, {}};
+    for (const ProfileWord& profile : Profiles()) {
+        if (isWanted(profile.number))
+            list.words.emplace_back(profile.word);
+    }
+    return list;
+}
+
+WordList Switches() {
+    WordList list{"switches", {}};
+    for (const Setting& setting : SettingsTable()) {
+        if (SwitchOf(setting))
+            list.words.push_back(setting.name);
+    }
+    return list;
+}
+
+WordList Modules() {
+    WordList list{"modules", {}};
+    for (const contract::TraceTag& tag : contract::cTraceTags)
+        list.words.emplace_back(tag.tag);
+    return list;
+}
+
+std::vector<SettingWords> AllValues() {
+    std::vector<SettingWords> all;
+    for (const Setting& setting : SettingsTable()) {
+        SettingWords values{setting.name, CompletionWords(setting)};
+        if (!setting.IsSwitch() && SwitchOf(setting)) {
+            values.words.emplace_back("on");
+            values.words.emplace_back("off");
+        }
+        if (!values.words.empty())
+            all.push_back(std::move(values));
+    }
+    return all;
+}
+
+}  // namespace
+
+Completion CompletionOf(const CLI::App& root) {
+    Completion completion;
+    completion.program = root.get_name();
+    Walk(root, {}, completion);
+    completion.lists = {
+        {"settings", SettingNames()},
+        Switches(),
+        {"profiles", ProfileNames()},
+        ProfilesThat("selectable-profiles", IsSelectableProfile),
+        ProfilesThat("custom-profiles", IsCustomProfile),
+        ProfilesThat("preset-profiles", IsPresetProfile),
+        {"categories", TraceCategoryNames()},
+        Modules(),
+        {"shells", {"bash", "powershell"}},
+    };
+    completion.values = AllValues();
+    return completion;
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// What a shell offers at each place of a command line, and the scripts that make it so.
+#ifndef KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
+#define KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+namespace kora4::tools {
+
+// A list of words that stands at several places: "settings", "profiles". Two lists are no
+// lists: "files" are those of the disk, "values" depend on the setting before them.
+struct WordList {
+    std::string name;
+    std::vector<std::string> words;
+};
+inline constexpr char cFileWords[] = "files";
+inline constexpr char cValueWords[] = "values";
+
+struct CompletedOption {
+    std::vector<std::string> names;  // "--lines", "-n"
+    std::string help;
+    bool takesValue = false;
+    std::string words;  // the list of its value; empty for none
+};
+
+struct CompletedArgument {
+    std::string words;  // as above
+    bool repeats = false;
+};
+
+struct CompletedVerb {
+    std::string name;
+    std::string help;
+};
+
+// One command: the program itself (an empty path), a verb, or a verb of a verb.
+struct CompletedCommand {
+    std::string path;  // "profile use"
+    std::vector<CompletedVerb> verbs;
+    std::vector<CompletedOption> options;
+    std::vector<CompletedArgument> arguments;
+};
+
+struct SettingWords {
+    std::string name;
+    std::vector<std::string> words;
+};
+
+struct Completion {
+    std::string program;
+    std::vector<CompletedCommand> commands;
+    std::vector<WordList> lists;
+    std::vector<SettingWords> values;
+};
+
+// From the command line as it is, the settings table and the names.
+Completion CompletionOf(const CLI::App& root);
+
+// The scripts, with a comment on how to load them.
+std::string BashScript(const Completion& completion);
+std::string PowerShellScript(const Completion& completion);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/doctor/doctor.h"
+
+#include <new>
+
+#include "base/failure.h"
+
+namespace kora4::tools {
+namespace {
+
+constexpr DoctorCheck cChecks[] = {
+    {"registration", "the class, its file, versions, threading model", eNothing,
+     CheckRegistration},
+    {"keys", "the store's keys: there, readable, writable", eNothing, CheckKeys},
+    {"access", "their access lists let every user in", eNothing, CheckAccess},
+    {"mutex", "the store's mutex can be had", eNothing, CheckMutex},
+    {"load", "no change of the settings was broken off; mends one that was", eStore | eMutex,
+     CheckLoad},
+    {"values", "every stored value can be read and is in range", eStore, CheckValues},
+    {"profile", "the active profile exists; no demo was left on", eStore, CheckProfile},
+    {"custom-profiles", "their names can be read", eStore, CheckCustomProfiles},
+    {"trace", "what is traced, and what it costs", eStore, CheckTrace},
+    {"library", "an object can be made, initialised and asked", eLibrary | eStore | eMutex,
+     CheckLibrary},
+    {"engine", "an engine is installed, and of a known kind", eStore, CheckEngine},
+    {"levels", "the engine publishes levels", eStore, CheckLevels},
+    {"notifications", "a client is told of a change (with --deep)",
+     eLibrary | eStore | eMutex | eDeep, CheckNotifications},
+};
+
+// What is in the way of a check; empty: nothing.
+std::string Obstacle(unsigned needs, const Examination& examination) {
+    if (needs & eLibrary && !examination.isLibraryThere)
+        return "the library cannot be loaded";
+    if (needs & eStore && !examination.isStoreThere)
+        return "the store cannot be read";
+    if (needs & eMutex && !examination.isMutexFree)
+        return "the store's mutex cannot be had";
+    return {};
+}
+
+CheckResult BrokenOff(const std::string& what, const std::string& next) {
+    CheckResult result;
+    result.Add(Severity::eError, "This could not be looked at: " + what, next);
+    return result;
+}
+
+}  // namespace
+
+std::span<const DoctorCheck> DoctorChecks() {
+    return cChecks;
+}
+
+std::optional<CheckResult> RunCheck(const DoctorCheck& check, Examination& examination) {
+    if (check.needs & eDeep && !examination.isDeep)
+        return {};
+    if (const std::string obstacle = Obstacle(check.needs, examination); !obstacle.empty()) {
+        CheckResult result;
+        result.Add(Severity::eNote, "Not looked at, because " + obstacle + ".");
+        return result;
+    }
+    try {
+        return check.run(examination);
+    } catch (const Failure& failure) {
+        return BrokenOff(failure.what(), failure.Next());
+    } catch (const std::bad_alloc&) {
+        return BrokenOff("There is not enough memory.", "Close other programs.");
+    } catch (const std::exception& error) {
+        return BrokenOff(std::string("this should not have happened: ") + error.what(), "");
+    }
+}
+
+OpenedStore::OpenedStore(const Examination& examination, OpenMode mode)
+    : store(OpenStore(mode)) {
+    // Without the mutex what is read may not fit together, which is better than nothing.
+    if (examination.isMutexFree)
+        lock.emplace(examination.patience, examination.context.interrupt.Event());
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// What `doctor` looks at: a table of checks, each by itself.
+#ifndef KORA4_KORA4CTL_DOCTOR_DOCTOR_H
+#define KORA4_KORA4CTL_DOCTOR_DOCTOR_H
+
+#include <windows.h>
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "kora4ctl/recording/observation.h"
+#include "process/program.h"
+#include "registry/store_access.h"
+#include "registry/store_lock.h"
+
+namespace kora4::tools {
+
+// What the command line asks for, and what later checks learn from earlier ones.
+struct Examination {
+    const Context& context;
+    bool isDryRun = false;
+    bool isDeep = false;
+    DWORD patience = 0;  // milliseconds, for whatever may hang
+
+    bool isStoreThere = false;    // keys: the store can be read
+    bool isMutexFree = false;     // mutex: somebody who takes it gives it back
+    bool isLibraryThere = false;  // registration: an object can be made
+    bool isSilent = false;        // library: the levels that it reads are silence
+    bool hasEngine = false;       // engine: a mask is stored
+    // A thread of this process hangs in a call: nothing but its end ends it.
+    bool hasHungThread = false;
+};
+
+struct CheckResult {
+    std::string summary;  // what there is, when nothing is wrong
+    Observations findings;
+
+    void Add(Severity severity, std::string what, std::string next = {}) {
+        findings.push_back({severity, std::move(what), std::move(next)});
+    }
+};
+
+// A check whose needs are not met is not run.
+enum Needs : unsigned { eNothing = 0, eStore = 1, eMutex = 2, eLibrary = 4, eDeep = 8 };
+
+struct DoctorCheck {
+    const char* name;
+    const char* summary;  // for --help
+    unsigned needs;
+    CheckResult (*run)(Examination& examination);
+};
+
+// In the order in which they run.
+std::span<const DoctorCheck> DoctorChecks();
+
+// Runs one check; what it throws is a finding of it. None when it is asked for only.
+std::optional<CheckResult> RunCheck(const DoctorCheck& check, Examination& examination);
+
+// Opens the store and holds its mutex, which is given back in reasonable time, for a scope.
+struct OpenedStore {
+    explicit OpenedStore(const Examination& examination, OpenMode mode = OpenMode::eRead);
+
+    std::unique_ptr<StoreAccess> store;
+    std::optional<StoreLock> lock;
+
+    StoreAccess& operator*() const { return *store; }
+    StoreAccess* operator->() const { return store.get(); }
+};
+
+// ---- The checks -------------------------------------------------------------------------
+
+// doctor_machine.cpp
+CheckResult CheckRegistration(Examination& examination);
+CheckResult CheckKeys(Examination& examination);
+CheckResult CheckMutex(Examination& examination);
+// key_security.cpp
+CheckResult CheckAccess(Examination& examination);
+// doctor_store.cpp
+CheckResult CheckLoad(Examination& examination);
+CheckResult CheckValues(Examination& examination);
+CheckResult CheckProfile(Examination& examination);
+CheckResult CheckCustomProfiles(Examination& examination);
+CheckResult CheckTrace(Examination& examination);
+// doctor_engine.cpp
+CheckResult CheckEngine(Examination& examination);
+CheckResult CheckLevels(Examination& examination);
+// doctor_library.cpp
+CheckResult CheckLibrary(Examination& examination);
+CheckResult CheckNotifications(Examination& examination);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_DOCTOR_DOCTOR_H

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+// Checks of the library as a client uses it. They run on a thread of their own: a call that
+// hangs must not hang the doctor.
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "kora4ctl/doctor/doctor.h"
+#include "process/api_session.h"
+#include "process/handles.h"
+#include "settings/schema.h"
+
+namespace kora4::tools {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+// Below this, in dB, nobody hears anything.
+constexpr float cSilence = -100;
+
+// In milliseconds: a call that does not hang is over by then, and the process ends in order.
+constexpr DWORD cLastChance = 500;
+
+// What a trial finds out. Shared, because its thread may outlive whoever waits for it.
+struct Trial {
+    UniqueHandle done{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    CheckResult result;
+    bool isSilent = false;
+    std::atomic<const char*> step{"starting"};
+};
+
+using TrialBody = std::function<void(Trial&)>;
+
+void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
+    try {
+        body(*trial);
+    } catch (const Failure& failure) {
+        trial->result.Add(Severity::eError, failure.what(), failure.Next());
+    } catch (const std::exception& error) {
+        trial->result.Add(Severity::eError,
+                          std::string("This should not have happened: ") + error.what());
+    }
+    SetEvent(trial->done.Get());
+}
+
+// None: the trial hangs or was interrupted, which is among the findings of the result then.
+std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
+                             const TrialBody& body) {
+    const auto trial = std::make_shared<Trial>();
+    std::thread thread([trial, body] { Run(trial, body); });
+    // Room for what the trial itself waits for.
+    const DWORD patience = 3 * examination.patience;
+    const HANDLE events[] = {examination.context.interrupt.Event(), trial->done.Get()};
+    const DWORD ended = WaitForMultipleObjects(2, events, FALSE, patience);
+    if (ended == WAIT_OBJECT_0 + 1) {
+        thread.join();
+        result = trial->result;
+        return trial;
+    }
+    if (ended == WAIT_OBJECT_0) {
+        // The person was faster; the library may be well.
+        result.Add(Severity::eNote, "Interrupted.");
+        if (WaitForSingleObject(trial->done.Get(), cLastChance) == WAIT_OBJECT_0) {
+            thread.join();
+            return nullptr;
+        }
+    }
+    thread.detach();
+    examination.hasHungThread = true;
+    if (ended == WAIT_OBJECT_0)
+        return nullptr;
+    result.Add(Severity::eError,
+               std::string("The library hangs while ") + trial->step.load() + ".",
+               "Look at what it does: kora4ctl trace on all --files, then this once more, then "
+               "kora4ctl trace show");
+    return nullptr;
+}
+
+bool AreSilent(IVeltoKORA4API& api) {
+    float gains[KORA4_VISUALIZATION_BANDS] = {};
+    float excitations[KORA4_VISUALIZATION_BANDS] = {};
+    if (api.GetVisualizationData(gains, excitations) != S_OK)
+        return false;
+    return std::all_of(std::begin(gains), std::end(gains),
+                       [](float gain) { return gain <= cSilence; });
+}
+
+void UseLibrary(Trial& trial) {
+    trial.step = "an object is made and initialised";
+    const ULONGLONG begin = GetTickCount64();
+    const ApiSession api;
+    const ULONGLONG ready = GetTickCount64();
+    trial.step = "it is asked for the active profile";
+    LONG profile = 0;
+    Check(api->GetActiveProfile(&profile), "Reading the active profile");
+    trial.step = "it is asked for the levels";
+    trial.isSilent = AreSilent(*api.Get());
+    trial.step = "the object is released";
+    trial.result.summary = "initialised in " + std::to_string(ready - begin) + " ms, answers";
+}
+
+// Hears of a value, nothing else.
+class ValueListener final : public IVeltoKORA4APICallback {
+  public:
+    explicit ValueListener(HANDLE told) : m_told(told) {}
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
+        if (!ppv)
+            return E_POINTER;
+        const bool isKnown = iid == IID_IUnknown || iid == IID_IVeltoKORA4APICallback;
+        *ppv = isKnown ? static_cast<IVeltoKORA4APICallback*>(this) : nullptr;
+        return isKnown ? S_OK : E_NOINTERFACE;
+    }
+    // Lives on the stack of the trial, longer than its registration.
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+
+    STDMETHODIMP OnActiveProfileChange(LONG) override { return S_OK; }
+    STDMETHODIMP OnEnableStateChange(BOOL) override { return S_OK; }
+    STDMETHODIMP OnCustomProfileTableChange() override { return S_OK; }
+    STDMETHODIMP OnTechnologyOnElseOffChange(KORA4APITechnology, BOOL) override { return S_OK; }
+    STDMETHODIMP OnSimplePatchValueChange(KORA4PatchValueUnion*) override {
+        SetEvent(m_told);
+        return S_OK;
+    }
+    STDMETHODIMP OnGraphicEQChange(GraphicEQData*) override { return S_OK; }
+
+  private:
+    HANDLE m_told;
+};
+
+// Lets notifications in until the event is set.
+bool PumpUntil(HANDLE event, DWORD milliseconds) {
+    DWORD index = 0;
+    return CoWaitForMultipleHandles(COWAIT_DISPATCH_CALLS | COWAIT_DISPATCH_WINDOW_MESSAGES,
+                                    milliseconds, 1, &event, &index) == S_OK;
+}
+
+void BeTold(const Examination& examination, Trial& trial) {
+    trial.step = "an object is made and initialised";
+    const ApiSession api;
+    const UniqueHandle told(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    ValueListener listener(told.Get());
+    trial.step = "a callback is registered";
+    Check(api->RegisterChangeNotifications(&listener), "Registering for notifications");
+    const ULONGLONG begin = GetTickCount64();
+    trial.step = "a change is announced";
+    {
+        const OpenedStore opened(examination, OpenMode::eReadWrite);
+        opened->Bump(TriggerValue({Family::ePreset, eEnhancementTech}).key);
+    }
+    trial.step = "a notification is awaited";
+    if (PumpUntil(told.Get(), examination.patience))
+        trial.result.summary =
+            "one came after " + std::to_string(GetTickCount64() - begin) + " ms";
+    else
+        trial.result.Add(Severity::eError,
+                         "A client was not told of a change within " +
+                             Decimal(static_cast<float>(examination.patience) / 1000) + " s.",
+                         "See what the library says about it: kora4ctl trace on messages "
+                         "notification-threads security --files");
+    trial.step = "the callback is taken back";
+    Check(api->UnregisterChangeNotifications(), "Ending the notifications");
+    trial.step = "the object is released";
+}
+
+}  // namespace
+
+CheckResult CheckLibrary(Examination& examination) {
+    CheckResult result;
+    if (const auto trial = Await(examination, result, UseLibrary))
+        examination.isSilent = trial->isSilent;
+    return result;
+}
+
+CheckResult CheckNotifications(Examination& examination) {
+    CheckResult result;
+    Await(examination, result, [copy = examination](Trial& trial) { BeTold(copy, trial); });
+    return result;
+}
+
+}  // namespace kora4::tools

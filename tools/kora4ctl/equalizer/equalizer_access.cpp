@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/equalizer/equalizer_access.h"
+
+#include <algorithm>
+
+#include "base/results.h"
+#include "contract/field_ids.h"
+#include "contract/patch_records.h"
+#include "contract/technologies.h"
+
+namespace kora4::tools {
+
+namespace {
+
+constexpr Technology cGraphicEq{Family::ePreset, eStandardEQTech};
+
+std::vector<float> EffectiveArray(std::uint32_t pid, std::uint32_t profile,
+                                  StoreAccess& store) {
+    const std::optional<Value> value = Effective(FieldValue(cGraphicEq, profile, pid), store);
+    return value ? std::get<std::vector<float>>(*value) : std::vector<float>();
+}
+
+// There are as many bands as frequencies, as in the library.
+Equalizer ReadStored(const SettingAccess& access, std::uint32_t profile) {
+    const std::unique_ptr<StoreAccess> store = access.Store(OpenMode::eRead);
+    const StoreLock lock = access.Lock();
+    Equalizer equalizer;
+    equalizer.profile = profile;
+    const std::optional<Value> isOn = Effective(FlagValue(cGraphicEq, profile), *store);
+    equalizer.isOn = isOn && std::get<bool>(*isOn);
+    const std::vector<float> frequencies =
+        EffectiveArray(pkey::cStandardEQFreqPid, profile, *store);
+    std::vector<float> gains = EffectiveArray(pkey::cStandardEQGainPid, profile, *store);
+    gains.resize(frequencies.size());
+    for (std::size_t i = 0; i < frequencies.size(); ++i)
+        equalizer.bands.push_back({frequencies[i], gains[i]});
+    return equalizer;
+}
+
+void WriteArray(std::uint32_t pid, std::uint32_t profile, const std::vector<float>& array,
+                StoreAccess& store) {
+    const SchemaValue value = FieldValue(cGraphicEq, profile, pid);
+    store.Write(value.keySet, value.key, Encode(value, array));
+}
+
+void WriteStored(const SettingAccess& access, std::uint32_t profile, const Bands& bands) {
+    std::vector<float> frequencies;
+    std::vector<float> gains;
+    for (const Band& band : bands) {
+        frequencies.push_back(band.frequency);
+        gains.push_back(band.gain);
+    }
+    const std::unique_ptr<StoreAccess> store = access.Store(OpenMode::eReadWrite);
+    const StoreLock lock = access.Lock();
+    WriteArray(pkey::cStandardEQFreqPid, profile, frequencies, *store);
+    WriteArray(pkey::cStandardEQGainPid, profile, gains, *store);
+    store->Bump(TriggerValue(cGraphicEq).key);
+}
+
+bool IsServedByApi(SettingAccess& access, std::optional<std::uint32_t> profile) {
+    return access.WayOf(SettingNamed("graphic-eq.on"), profile) == Way::eApi;
+}
+
+}  // namespace
+
+Equalizer ReadEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile) {
+    if (!IsServedByApi(access, profile))
+        return ReadStored(access, *profile);
+    Equalizer equalizer;
+    GraphicEQData eq = {};
+    BOOL isOn = FALSE;
+    Check(access.Api()->GetGraphicEQData(&eq), "Reading the graphic equalizer");
+    Check(access.Api()->GetTechnologyOnElseOff(eGraphicEQ, &isOn),
+          "Reading the switch of the graphic equalizer");
+    equalizer.profile = profile ? *profile : access.ActiveProfile();
+    equalizer.isOn = isOn != FALSE;
+    for (ULONG i = 0; i < std::min<ULONG>(eq.m_bands, cMaxArrayElements); ++i)
+        equalizer.bands.push_back({eq.m_freq[i], eq.m_gain[i]});
+    return equalizer;
+}
+
+void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
+                    const Bands& bands) {
+    if (!IsServedByApi(access, profile)) {
+        WriteStored(access, *profile, bands);
+        return;
+    }
+    GraphicEQData eq = {};
+    eq.m_bands = static_cast<ULONG>(bands.size());
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+        eq.m_freq[i] = bands[i].frequency;
+        eq.m_gain[i] = bands[i].gain;
+    }
+    Check(access.Api()->SetGraphicEQData(&eq), "Setting the graphic equalizer");
+    RefuseUnlessSet(access.ActiveProfile(), profile);
+}
+
+}  // namespace kora4::tools

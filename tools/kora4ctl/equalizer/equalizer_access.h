@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// The graphic equalizer of a profile, read and written as a whole.
+#ifndef KORA4_KORA4CTL_EQUALIZER_EQUALIZER_ACCESS_H
+#define KORA4_KORA4CTL_EQUALIZER_EQUALIZER_ACCESS_H
+
+#include <cstdint>
+#include <optional>
+
+#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/equalizer/equalizer.h"
+
+namespace kora4::tools {
+
+struct Equalizer {
+    std::uint32_t profile = 0;
+    bool isOn = false;
+    Bands bands;
+};
+
+// No profile: the active one.
+Equalizer ReadEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile);
+
+// Gains are within the limits of the library, frequencies can be stored. Failure with
+// eRefused when nothing was stored because a demo profile is active.
+void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
+                    const Bands& bands);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_EQUALIZER_EQUALIZER_ACCESS_H

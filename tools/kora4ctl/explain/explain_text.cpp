@@ -1,0 +1,381 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/explain/explain_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+
+#include "base/nearest.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/messages/trace_categories.h"
+#include "contract/messages/trace_messages.h"
+#include "contract/results.h"
+#include "kora4ctl/explain/explain_values.h"
+
+namespace kora4::tools {
+
+namespace {
+
+std::string_view Trimmed(std::string_view text) {
+    constexpr char cBlanks[] = " \t\r\n";
+    const std::size_t begin = text.find_first_not_of(cBlanks);
+    if (begin == std::string_view::npos)
+        return {};
+    return text.substr(begin, text.find_last_not_of(cBlanks) + 1 - begin);
+}
+
+std::string Sentence(std::string text) {
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z')
+        text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    return text.ends_with('.') ? text : text + ".";
+}
+
+// --- codes -------------------------------------------------------------------------------
+
+template <typename Visit>
+void ForEachResult(Visit visit) {
+    std::for_each(std::begin(contract::cApiResults), std::end(contract::cApiResults), visit);
+    std::for_each(std::begin(contract::cPlatformResults), std::end(contract::cPlatformResults),
+                  visit);
+}
+
+std::optional<std::uint32_t> CodeNamed(const std::string& lower) {
+    std::optional<std::uint32_t> code;
+    ForEachResult([&](const contract::Result& result) {
+        if (Lower(result.name) == lower)
+            code = result.code;
+    });
+    return code;
+}
+
+std::optional<std::uint32_t> Parsed(std::string_view digits, int base) {
+    std::uint32_t number = 0;
+    const char* const pEnd = digits.data() + digits.size();
+    const auto [pRead, error] = std::from_chars(digits.data(), pEnd, number, base);
+    if (digits.empty() || error != std::errc{} || pRead != pEnd)
+        return {};
+    return number;
+}
+
+bool IsHex(std::string_view text) {
+    return text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+std::optional<std::uint32_t> ParseDecimal(std::string_view text) {
+    if (text.starts_with('-')) {
+        const auto magnitude = Parsed(text.substr(1), 10);
+        return magnitude && *magnitude <= 0x80000000 ? std::optional(0 - *magnitude)
+                                                     : std::nullopt;
+    }
+    const auto number = Parsed(text, 10);
+    const auto hex = text.size() == 8 ? Parsed(text, 16) : std::nullopt;
+    // 80004005 and its like are copied without their 0x more often than they are decimal.
+    if (hex && contract::FindResult(*hex) && !(number && contract::FindResult(*number)))
+        return hex;
+    if (number && *number < 0x10000 && !contract::FindResult(*number))
+        return contract::cWin32Results | *number;
+    return number;
+}
+
+Explanation OfCode(std::string_view input, std::uint32_t code) {
+    Explanation explanation;
+    explanation.input = input;
+    explanation.kind = Explanation::Kind::eResult;
+    explanation.code = code;
+    if (const contract::Result* const pResult = contract::FindResult(code)) {
+        explanation.isKnown = true;
+        explanation.name = pResult->name;
+        explanation.meaning = Sentence(pResult->meaning);
+        explanation.why = pResult->why;
+        explanation.next = pResult->next;
+        return explanation;
+    }
+    const std::string words = PlatformWords(code);
+    explanation.isKnown = !words.empty();
+    explanation.meaning = words.empty()
+                              ? "Neither the library nor the platform has words for it."
+                              : Sentence(words);
+    if (explanation.isKnown)
+        explanation.why = "These are the platform's words; the library gives no such result.";
+    return explanation;
+}
+
+// A result that somebody else's text has in it.
+std::optional<std::uint32_t> CodeIn(const std::string& text) {
+    const std::string lower = Lower(text);
+    for (std::size_t at = lower.find("0x"); at != std::string::npos;
+         at = lower.find("0x", at + 1)) {
+        const std::string_view digits = std::string_view(lower).substr(at + 2, 8);
+        if (digits.size() == 8 && IsHex(digits) && Parsed(digits, 16) >= 0x80000000u)
+            return Parsed(digits, 16);
+    }
+    std::string word;
+    for (const char c : lower + " ") {
+        const bool isOfName = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
+        if (isOfName) {
+            word += c;
+        } else {
+            if (const auto code = CodeNamed(word); code && word.find('_') != std::string::npos)
+                return code;
+            word.clear();
+        }
+    }
+    return {};
+}
+
+// --- lines -------------------------------------------------------------------------------
+
+std::vector<std::string> CategoriesOf(std::uint32_t mask) {
+    std::vector<std::string> names;
+    for (const contract::TraceBits& category : contract::cTraceCategories)
+        if ((category.bits & mask) != 0)
+            names.push_back(category.name);
+    return names;
+}
+
+std::string WriterOf(const contract::TraceHead& head, const std::string& function) {
+    if (const contract::TraceWriter* const pWriter = contract::FindTraceWriter(function))
+        return pWriter->meaning;
+    const contract::TraceTag* const pTag = contract::FindTraceTag(head.tag);
+    return pTag ? pTag->writer : "";
+}
+
+void AddValues(Explanation& explanation, const contract::TraceValues& values) {
+    for (std::size_t i = 0; i < values.count; ++i) {
+        const std::string_view kind = values.kinds[i];
+        explanation.values.push_back({std::string(kind), std::string(values.texts[i]),
+                                      MeaningOfValue(kind, values.texts[i])});
+        if (kind == "result" && !explanation.code)
+            explanation.code = Parsed(Lower(values.texts[i]), 16);
+    }
+    if (!explanation.code)
+        return;
+    if (const auto* const pResult = contract::FindResult(*explanation.code)) {
+        explanation.name = pResult->name;
+        if (explanation.why.empty())
+            explanation.why = pResult->why;
+        if (explanation.next.empty())
+            explanation.next = pResult->next;
+    }
+}
+
+Explanation OfLine(std::string_view input, const contract::TraceHead& head,
+                   const contract::TraceMatch& match) {
+    const contract::TraceMessage& row = *match.pMessage;
+    Explanation explanation;
+    explanation.input = input;
+    explanation.isKnown = true;
+    explanation.meaning = row.meaning;
+    explanation.why = row.why;
+    explanation.next = row.next;
+    explanation.tag = head.tag;
+    explanation.function = head.function;
+    if (explanation.function.empty() && row.function && match.equals == 1)
+        explanation.function = row.function;
+    explanation.writer = WriterOf(head, explanation.function);
+    explanation.message = row.text;
+    explanation.categories = CategoriesOf(row.mask);
+    AddValues(explanation, match.values);
+    return explanation;
+}
+
+// --- what comes near ---------------------------------------------------------------------
+
+std::set<std::string> WordsOf(std::string_view text) {
+    std::set<std::string> words;
+    std::string word;
+    for (const char c : Lower(text) + " ") {
+        if ((c >= 'a' && c <= 'z') || c == '_') {
+            word += c;
+        } else {
+            if (word.size() > 2)
+                words.insert(word);
+            word.clear();
+        }
+    }
+    return words;
+}
+
+// How much two texts have in common, from 0 to 1.
+double Likeness(const std::set<std::string>& a, const std::set<std::string>& b) {
+    const auto common = std::count_if(
+        a.begin(), a.end(), [&](const std::string& word) { return b.contains(word); });
+    return a.empty() || b.empty()
+               ? 0
+               : 2 * static_cast<double>(common) / static_cast<double>(a.size() + b.size());
+}
+
+std::vector<std::string> NearestMessages(std::string_view message) {
+    constexpr double cLeast = 0.3;
+    constexpr std::size_t cMost = 3;
+    const std::set<std::string> words = WordsOf(message);
+    std::vector<std::pair<double, std::string>> alike;
+    contract::ForEachTraceMessage([&](const contract::TraceMessage& row) {
+        const double likeness = Likeness(words, WordsOf(row.text));
+        if (likeness >= cLeast)
+            alike.emplace_back(-likeness, Trimmed(row.text));
+    });
+    std::stable_sort(alike.begin(), alike.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<std::string> texts;
+    for (const auto& [likeness, text] : alike)
+        if (texts.size() < cMost && std::find(texts.begin(), texts.end(), text) == texts.end())
+            texts.push_back(text);
+    return texts;
+}
+
+bool IsName(std::string_view text) {
+    return text.find('_') != std::string_view::npos &&
+           Lower(text).find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_") ==
+               std::string::npos;
+}
+
+Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
+    Explanation explanation;
+    explanation.input = input;
+    explanation.tag = head.tag;
+    explanation.function = head.function;
+    explanation.writer = WriterOf(head, explanation.function);
+    if (IsName(input)) {
+        std::vector<std::string> names;
+        ForEachResult([&](const contract::Result& result) { names.push_back(result.name); });
+        explanation.kind = Explanation::Kind::eResult;
+        explanation.meaning = "There is no result of that name among the known ones.";
+        explanation.nearest = Nearest(input, names);
+        return explanation;
+    }
+    explanation.meaning = "The library writes no such line.";
+    explanation.nearest = NearestMessages(head.function.empty() ? input : head.message);
+    return explanation;
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> ParseCode(std::string_view text) {
+    const std::string lower = Lower(Trimmed(text));
+    if (const auto code = CodeNamed(lower))
+        return code;
+    std::string_view digits = lower;
+    while (!digits.empty() && (digits.back() == 'u' || digits.back() == 'l'))
+        digits.remove_suffix(1);
+    if (digits.starts_with("0x"))
+        return Parsed(digits.substr(2), 16);
+    if (digits.ends_with('h'))
+        return Parsed(digits.substr(0, digits.size() - 1), 16);
+    if (digits.size() == 8 && IsHex(digits) &&
+        digits.find_first_of("abcdef") != std::string_view::npos)
+        return Parsed(digits, 16);
+    return ParseDecimal(digits);
+}
+
+Explanation Explain(std::string_view text) {
+    const std::string_view input = Trimmed(text);
+    if (const auto code = ParseCode(input))
+        return OfCode(input, *code);
+    contract::TraceHead head;
+    bool hasHead = contract::ParseTraceHead(input, &head);
+    contract::TraceMatch match;
+    // Some messages look like a head themselves, but for its first word.
+    if (hasHead && !contract::FindTraceTag(head.tag)) {
+        match = contract::FindTraceMessage("", input);
+        if (match.pMessage) {
+            head = {};
+            hasHead = false;
+        }
+    }
+    if (!match.pMessage)
+        match = contract::FindTraceMessage(head.function, hasHead ? head.message : input);
+    // A function of another version may write a message that is known from elsewhere.
+    if (!match.pMessage && hasHead)
+        match = contract::FindTraceMessage("", head.message);
+    if (match.pMessage)
+        return OfLine(input, head, match);
+    if (const auto code = CodeIn(std::string(input)))
+        return OfCode(input, *code);
+    return OfNothing(input, head);
+}
+
+std::vector<ExplainedPart> Parts(const Explanation& explanation) {
+    std::vector<ExplainedPart> parts;
+    const auto add = [&](const char* heading, const std::string& text) {
+        if (!text.empty())
+            parts.push_back({heading, text});
+    };
+    if (explanation.kind == Explanation::Kind::eResult) {
+        if (explanation.code)
+            add("result", (explanation.name.empty() ? "" : explanation.name + " ") +
+                              Hex(*explanation.code));
+    } else {
+        add("line", explanation.input);
+        const std::string& writer = explanation.writer;
+        add("from", explanation.function.empty() ? writer
+                    : writer.empty()             ? explanation.function
+                                                 : explanation.function + ": " + writer);
+    }
+    add("meaning", explanation.meaning);
+    for (const ExplainedValue& value : explanation.values)
+        add(value.kind.c_str(),
+            value.text + (value.meaning.empty() ? "" : ", that is " + value.meaning));
+    add("why", explanation.why);
+    add("what to do", explanation.next);
+    add("traced with", Join(explanation.categories, ", "));
+    for (const std::string& alike : explanation.nearest)
+        add("nearest", alike);
+    return parts;
+}
+
+std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
+    std::vector<std::string> lines;
+    std::string line, word;
+    const auto endWord = [&] {
+        if (!line.empty() && !word.empty() && Columns(line) + 1 + Columns(word) > columns) {
+            lines.push_back(line);
+            line.clear();
+        }
+        if (!word.empty())
+            line += (line.empty() ? "" : " ") + word;
+        word.clear();
+    };
+    for (const char c : text) {
+        if (c == ' ' || c == '\n' || c == '\t')
+            endWord();
+        else
+            word += c;
+    }
+    endWord();
+    lines.push_back(line);
+    return lines;
+}
+
+Json DocumentOf(const Explanation& explanation) {
+    const auto orNull = [](const std::string& text) {
+        return text.empty() ? Json(nullptr) : Json(text);
+    };
+    const bool isLine = explanation.kind == Explanation::Kind::eLine;
+    Json document = {{"input", explanation.input},
+                     {"kind", isLine ? "line" : "result"},
+                     {"known", explanation.isKnown},
+                     {"code", explanation.code ? Json(Hex(*explanation.code)) : Json(nullptr)},
+                     {"name", orNull(explanation.name)},
+                     {"meaning", explanation.meaning},
+                     {"why", orNull(explanation.why)},
+                     {"next", orNull(explanation.next)}};
+    if (isLine) {
+        document["tag"] = orNull(explanation.tag);
+        document["function"] = orNull(explanation.function);
+        document["writer"] = orNull(explanation.writer);
+        document["message"] = orNull(explanation.message);
+        document["categories"] = explanation.categories;
+        document["values"] = Json::array();
+        for (const ExplainedValue& value : explanation.values)
+            document["values"].push_back({{"kind", value.kind},
+                                          {"text", value.text},
+                                          {"meaning", orNull(value.meaning)}});
+    }
+    if (!explanation.isKnown)
+        document["nearest"] = explanation.nearest;
+    return document;
+}
+
+}  // namespace kora4::tools

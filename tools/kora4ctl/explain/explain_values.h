@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// The values in a line of the trace in words.
+#ifndef KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H
+#define KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H
+
+#include <string>
+#include <string_view>
+
+namespace kora4::tools {
+
+// What a value of that kind says; empty when there is nothing to say.
+std::string MeaningOfValue(std::string_view kind, std::string_view text);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/explain/trace_word.h"
+
+#include "base/failure.h"
+#include "base/nearest.h"
+#include "base/text.h"
+#include "contract/general_settings.h"
+#include "contract/messages/trace_categories.h"
+
+namespace kora4::tools {
+namespace {
+
+constexpr const contract::GeneralSetting& cTraceFlags =
+    *contract::FindGeneralSetting(pkey::Setting(pkey::cTraceFlagsPid));
+
+}  // namespace
+
+TraceWord TraceWord::Usual() {
+    return TraceWord(trace::eMessages | trace::eResults | trace::eApiEntryExit);
+}
+
+TraceWord TraceWord::Silent() {
+    return TraceWord(trace::eMasterSwitchOff);
+}
+
+TraceWord TraceWord::Of(const std::vector<std::string>& categories) {
+    TraceWord word(0);
+    for (const std::string& name : categories) {
+        const contract::TraceBits* const known = contract::FindTraceCategory(Lower(name));
+        if (Lower(name) == cAllCategories)
+            word.m_flags |= contract::AllTraceCategories();
+        else if (known)
+            word.m_flags |= known->bits;
+        else
+            throw Failure(ExitCode::eBadInput,
+                          "There is no trace category '" + name + "'. " +
+                              Suggestion(name, TraceCategoryNames()),
+                          "All of them: kora4ctl trace on --help");
+    }
+    return word;
+}
+
+std::vector<std::string> TraceWord::CategoryNames() const {
+    std::vector<std::string> names;
+    for (const contract::TraceBits& category : contract::cTraceCategories) {
+        if (m_flags & category.bits && category.bits != trace::eLogFiles)
+            names.emplace_back(category.name);
+    }
+    return names;
+}
+
+std::uint32_t TraceWord::UnknownBits() const {
+    return m_flags &
+           ~(contract::AllTraceCategories() | trace::eLogFiles | trace::eMasterSwitch);
+}
+
+std::string TraceWord::InWords() const {
+    const std::vector<std::string> names = CategoryNames();
+    std::string words = names.empty() ? "nothing" : Join(names, ", ");
+    if (WritesFiles())
+        words += "; into log files";
+    if (UnknownBits())
+        words += "; unknown bits " + Hex(UnknownBits(), 0);
+    if (IsSilent())
+        words = "nothing: the master switch is off";
+    return words;
+}
+
+TraceWord ReadTraceWord(StoreAccess& store) {
+    return TraceWord(
+        store.Number(cTraceFlags.keySet, cTraceFlags.key, cTraceFlags.defaultNumber));
+}
+
+void WriteTraceWord(StoreAccess& store, TraceWord word) {
+    store.WriteNumber(cTraceFlags.keySet, cTraceFlags.key, word.Flags());
+}
+
+std::vector<std::string> TraceCategoryNames() {
+    std::vector<std::string> names;
+    for (const contract::TraceBits& category : contract::cTraceCategories)
+        names.emplace_back(category.name);
+    names.emplace_back(cAllCategories);
+    return names;
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// The trace flag word in words.
+#ifndef KORA4_KORA4CTL_EXPLAIN_TRACE_WORD_H
+#define KORA4_KORA4CTL_EXPLAIN_TRACE_WORD_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "registry/store_access.h"
+#include "trace/trace.h"
+
+namespace kora4::tools {
+
+// Stands for every category but the log files.
+inline constexpr char cAllCategories[] = "all";
+
+class TraceWord {
+  public:
+    // The word with which every process begins.
+    TraceWord() = default;
+    explicit TraceWord(std::uint32_t flags) : m_flags(flags) {}
+
+    // What is worth reading when something does not work: calls, results, messages.
+    static TraceWord Usual();
+    // Nothing at all.
+    static TraceWord Silent();
+    // Failure with eBadInput and the nearest names.
+    static TraceWord Of(const std::vector<std::string>& categories);
+
+    std::uint32_t Flags() const { return m_flags; }
+    void WriteFiles() { m_flags |= trace::eLogFiles; }
+    bool WritesFiles() const { return (m_flags & trace::eLogFiles) != 0; }
+    bool IsSilent() const {
+        return (m_flags & trace::eMasterSwitch) == trace::eMasterSwitchOff;
+    }
+    // Without that of the log files.
+    std::vector<std::string> CategoryNames() const;
+    // Bits that mean nothing.
+    std::uint32_t UnknownBits() const;
+
+    // "messages, results; into log files"
+    std::string InWords() const;
+
+  private:
+    std::uint32_t m_flags = trace::cDefaultFlags;
+};
+
+// The caller holds the store's mutex. What is absent or unreadable counts as the word that a
+// process begins with.
+TraceWord ReadTraceWord(StoreAccess& store);
+void WriteTraceWord(StoreAccess& store, TraceWord word);
+
+std::vector<std::string> TraceCategoryNames();
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_EXPLAIN_TRACE_WORD_H

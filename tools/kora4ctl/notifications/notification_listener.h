@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// What the library tells its clients, one after the other.
+#ifndef KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H
+#define KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H
+
+#include <kora4api.h>
+#include <wrl/client.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/output.h"
+#include "kora4ctl/notifications/message_wait.h"
+#include "kora4ctl/terminal/local_time.h"
+
+namespace kora4::tools {
+
+// One call of the library.
+struct Notification {
+    Moment time;
+    ULONGLONG tick = 0;  // milliseconds of the machine's uptime
+    std::string event;   // "enable", "profile", "switch", "value", "graphic-eq", "table"
+    std::string name;    // of the setting; of a table "custom-profiles"
+    // As in a settings document; of the graphic equalizer {"frequencies", "gains"}, of a table
+    // {"p1": "...", ...} with null for profiles that do not exist. Null: it could not be read.
+    Json value;
+    std::string text;  // the value for people
+
+    // "14:03:22.123  volume-leveler  7"
+    std::string Line() const;
+    // {"time", "event", "name", "value"}
+    Json Document() const;
+};
+
+struct Told;
+
+// Registered with the object for as long as it lives. Belongs to the thread of the object's
+// apartment, which hears notifications while it is in Wait.
+class NotificationListener {
+  public:
+    // Failure when the library refuses.
+    NotificationListener(IVeltoKORA4API& api, HANDLE interrupt);
+    ~NotificationListener();
+    NotificationListener(const NotificationListener&) = delete;
+    NotificationListener& operator=(const NotificationListener&) = delete;
+
+    // eDone: `told` has everything that came together, in its order; one element at least.
+    Wake Wait(const Deadline& deadline, std::vector<Notification>& told);
+
+  private:
+    class Callback;
+
+    // What was told, in words; the table is read from the library.
+    Notification Describe(const Told& told);
+
+    IVeltoKORA4API& m_api;
+    const HANDLE m_interrupt;
+    Microsoft::WRL::ComPtr<Callback> m_callback;
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H

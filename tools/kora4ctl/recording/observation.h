@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// What a look at the machine has shown.
+#ifndef KORA4_KORA4CTL_RECORDING_OBSERVATION_H
+#define KORA4_KORA4CTL_RECORDING_OBSERVATION_H
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "settings/lint.h"
+
+namespace kora4::tools {
+
+struct Observation {
+    Severity severity = Severity::eNote;
+    std::string what;  // sentences
+    std::string next;  // what to do, a sentence or a command; may be empty
+};
+
+using Observations = std::vector<Observation>;
+
+// Warnings and errors end a verb with findings, notes do not.
+inline bool NeedsMending(const Observations& observations) {
+    return std::any_of(observations.begin(), observations.end(),
+                       [](const Observation& one) { return one.severity != Severity::eNote; });
+}
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_RECORDING_OBSERVATION_H

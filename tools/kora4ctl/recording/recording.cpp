@@ -1,0 +1,349 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/recording/recording.h"
+
+#include <algorithm>
+#include <set>
+
+#include "base/failure.h"
+#include "base/strict_json.h"
+#include "contract/patch_records.h"
+#include "settings/document.h"
+#include "settings/names.h"
+#include "settings/settings_table.h"
+
+namespace kora4::tools {
+
+namespace {
+
+// Where the members of a document's section are: of a profile or of none.
+struct Section {
+    std::string profile;
+    std::string group;  // "general", "global", or empty
+};
+
+using Members = std::vector<std::pair<Section, Json>>;
+
+Members SectionsOf(const Json& document) {
+    Members sections;
+    for (const char* group : {"general", "global"}) {
+        if (document.contains(group))
+            sections.push_back({{"", group}, document[group]});
+    }
+    if (document.contains("profiles")) {
+        for (const auto& [profile, members] : document["profiles"].items())
+            sections.push_back({{profile, ""}, members});
+    }
+    return sections;
+}
+
+Json& SectionIn(Json& document, const Section& section) {
+    return section.profile.empty() ? document[section.group]
+                                   : document["profiles"][section.profile];
+}
+
+// The section of a document that has the members of that one, or nothing.
+Json FindSection(const Json& document, const Section& wanted) {
+    for (const auto& [section, members] : SectionsOf(document)) {
+        if (section.profile == wanted.profile && section.group == wanted.group)
+            return members;
+    }
+    return Json::object();
+}
+
+Json ChangeOf(const Section& section, const std::string& name, const Json& value) {
+    Json change = Json::object();
+    if (!section.profile.empty())
+        change["profile"] = section.profile;
+    else if (section.group != "general")
+        change["section"] = section.group;
+    change["name"] = name;
+    change["value"] = value;
+    return change;
+}
+
+void AddChanges(const Section& section, const Json& before, const Json& now, Json& changes) {
+    for (const auto& [name, value] : now.items()) {
+        const auto old = before.find(name);
+        if (old == before.end() || *old != value)
+            changes.push_back(ChangeOf(section, name, value));
+    }
+    for (const auto& [name, value] : before.items()) {
+        if (!now.contains(name))
+            changes.push_back(ChangeOf(section, name, nullptr));
+    }
+}
+
+// ---- Reading ----------------------------------------------------------------------------
+
+[[noreturn]] void Refuse(const std::string& what) {
+    throw Failure(ExitCode::eBadInput, what);
+}
+
+void Demand(bool isRight, const std::string& what) {
+    if (!isRight)
+        Refuse(what);
+}
+
+void CheckMembers(const Json& object, const std::set<std::string>& allowed,
+                  const std::set<std::string>& needed, const std::string& what) {
+    Demand(object.is_object(), what + " is no object.");
+    for (const auto& [name, value] : object.items())
+        Demand(allowed.contains(name), what + " has an unknown member '" + name + "'.");
+    for (const std::string& name : needed)
+        Demand(object.contains(name), what + " has no member '" + name + "'.");
+}
+
+// A document has more members than sections, and a change belongs into one of these.
+void CheckPlace(const Json& change) {
+    const bool hasSection = change.contains("section");
+    const bool hasProfile = change.contains("profile");
+    Demand(!hasSection || !hasProfile, "a change has both a 'profile' and a 'section'.");
+    Demand(!hasSection || change["section"] == "general" || change["section"] == "global",
+           "'section' of a change is neither 'general' nor 'global'.");
+    Demand(!hasProfile || FindProfile(change["profile"].get<std::string>()).has_value(),
+           "'profile' of a change is no profile.");
+}
+
+void CheckChanges(const Json& changes) {
+    Demand(changes.is_array(), "'changes' is no array.");
+    for (const Json& change : changes) {
+        CheckMembers(change, {"profile", "section", "name", "value"}, {"name", "value"},
+                     "a change");
+        for (const char* name : {"profile", "section", "name"})
+            Demand(!change.contains(name) || change[name].is_string(),
+                   std::string("'") + name + "' of a change is no text.");
+        CheckPlace(change);
+    }
+}
+
+bool IsSwitchName(const std::string& name) {
+    const Setting* const setting = FindSetting(name);
+    return setting != nullptr && setting->IsSwitch() && setting->perProfile;
+}
+
+// Null: what was told was no number.
+bool IsPatchValue(const std::string& name, const Json& value) {
+    const Setting* const setting = FindSetting(name);
+    if (setting == nullptr || setting->writer != "SetSimplePatchValue")
+        return false;
+    if (value.is_string())
+        return std::any_of(setting->words.begin(), setting->words.end(),
+                           [&word = value.get_ref<const std::string&>()](
+                               const ValueWord& known) { return known.word == word; });
+    return value.is_null() || value.is_number_unsigned() ||
+           (setting->kind == Kind::eFloat && value.is_number());
+}
+
+bool IsProfileValue(const Json& value) {
+    return value.is_number_unsigned() ||
+           (value.is_string() && FindProfile(value.get<std::string>()).has_value());
+}
+
+bool IsNumbers(const Json& value) {
+    return value.is_array() && std::all_of(value.begin(), value.end(),
+                                           [](const Json& one) { return one.is_number(); });
+}
+
+bool IsEq(const Json& value) {
+    return value.is_object() && value.size() == 2 && value.contains("frequencies") &&
+           value.contains("gains") && IsNumbers(value["frequencies"]) &&
+           IsNumbers(value["gains"]) && value["frequencies"].size() == value["gains"].size() &&
+           value["gains"].size() <= cMaxArrayElements;
+}
+
+bool IsTable(const Json& value) {
+    if (!value.is_object())
+        return false;
+    return std::all_of(value.items().begin(), value.items().end(), [](const auto& member) {
+        return FindProfile(member.key()).has_value() &&
+               (member.value().is_null() || member.value().is_string());
+    });
+}
+
+bool IsRightValue(const std::string& event, const std::string& name, const Json& value) {
+    if (event == "enable")
+        return name == "enable" && value.is_boolean();
+    if (event == "profile")
+        return name == "profile" && IsProfileValue(value);
+    if (event == "switch")
+        return IsSwitchName(name) && value.is_boolean();
+    if (event == "value")
+        return IsPatchValue(name, value);
+    if (event == "graphic-eq")
+        return name == event && IsEq(value);
+    return name == "custom-profiles" && (value.is_null() || IsTable(value));
+}
+
+void CheckEvent(const Json& line, const std::string& event) {
+    static const std::set<std::string> cEvents = {"enable", "profile",    "switch",
+                                                  "value",  "graphic-eq", "table"};
+    Demand(cEvents.contains(event), "there is no event '" + event + "'.");
+    CheckMembers(line, {"offset", "event", "name", "value", "changes"},
+                 {"offset", "event", "name", "value"}, "the line");
+    Demand(line["name"].is_string() &&
+               IsRightValue(event, line["name"].get<std::string>(), line["value"]),
+           "that is no value of the event '" + event + "'.");
+}
+
+// Takes a recording line by line.
+class Reader {
+  public:
+    void Take(const Json& line) {
+        Demand(line.is_object() && line.contains("event") && line["event"].is_string(),
+               "it is no object with an 'event'.");
+        Demand(!m_isOver, "something comes behind the end.");
+        const std::string event = line["event"].get<std::string>();
+        if (!m_isBegun)
+            TakeStart(line, event);
+        else if (event == "end")
+            TakeEnd(line);
+        else
+            TakeEvent(line, event);
+    }
+
+    Recording Result() {
+        Demand(m_isBegun, "it is empty.");
+        Demand(m_isOver, "its end is missing: it was cut short.");
+        return std::move(m_recording);
+    }
+
+  private:
+    void TakeStart(const Json& line, const std::string& event) {
+        Demand(event == "start" && line.value("format", Json()) == cRecordingFormat,
+               "it is no recording of 'kora4ctl record'.");
+        Demand(line.value("version", Json()) == cRecordingVersion,
+               "it is of another version than " + std::to_string(cRecordingVersion) + ".");
+        CheckMembers(line, {"event", "format", "version", "time", "settings"}, {"settings"},
+                     "the line");
+        m_recording.start = m_state = CheckedSettings(line["settings"]);
+        m_isBegun = true;
+    }
+
+    void TakeEnd(const Json& line) {
+        CheckMembers(line, {"event", "offset", "settings"}, {"offset", "settings"}, "the line");
+        TakeOffset(line);
+        Demand(m_isGroupOver, "the line before has no 'changes'.");
+        m_recording.end = CheckedSettings(line["settings"]);
+        m_isOver = true;
+    }
+
+    void TakeEvent(const Json& line, const std::string& event) {
+        if (m_isGroupOver)
+            m_recording.groups.emplace_back();
+        RecordedGroup& group = m_recording.groups.back();
+        if (event == "changes") {
+            CheckMembers(line, {"event", "offset", "changes"}, {"offset", "changes"},
+                         "the line");
+        } else {
+            CheckEvent(line, event);
+            group.events.push_back(line);
+        }
+        group.offset = TakeOffset(line);
+        m_isGroupOver = line.contains("changes");
+        if (m_isGroupOver)
+            TakeChanges(line["changes"], group);
+    }
+
+    void TakeChanges(const Json& changes, RecordedGroup& group) {
+        CheckChanges(changes);
+        group.changes = changes;
+        m_state = WithChanges(std::move(m_state), changes);
+        CheckDocument(m_state);
+    }
+
+    std::uint64_t TakeOffset(const Json& line) {
+        Demand(line["offset"].is_number_unsigned(), "'offset' is no number of milliseconds.");
+        const auto offset = line["offset"].get<std::uint64_t>();
+        Demand(offset >= m_offset, "its 'offset' is before the one of the line above.");
+        return m_offset = offset;
+    }
+
+    static const Json& CheckedSettings(const Json& settings) {
+        CheckDocument(settings);
+        return settings;
+    }
+
+    Recording m_recording;
+    Json m_state;
+    std::uint64_t m_offset = 0;
+    bool m_isBegun = false;
+    bool m_isOver = false;
+    bool m_isGroupOver = true;
+};
+
+}  // namespace
+
+std::size_t Recording::Events() const {
+    std::size_t count = 0;
+    for (const RecordedGroup& group : groups)
+        count += group.events.size();
+    return count;
+}
+
+Json ChangesBetween(const Json& before, const Json& now) {
+    Json changes = Json::array();
+    for (const auto& [section, members] : SectionsOf(now))
+        AddChanges(section, FindSection(before, section), members, changes);
+    for (const auto& [section, members] : SectionsOf(before)) {
+        if (FindSection(now, section).empty())
+            AddChanges(section, members, Json::object(), changes);
+    }
+    // A section that is empty on one side was looked at twice.
+    Json once = Json::array();
+    for (const Json& change : changes) {
+        if (std::find(once.begin(), once.end(), change) == once.end())
+            once.push_back(change);
+    }
+    return once;
+}
+
+Json WithChanges(Json document, const Json& changes) {
+    for (const Json& change : changes) {
+        const Section section{change.value("profile", std::string()),
+                              change.value("section", std::string("general"))};
+        Json& members = SectionIn(document, section);
+        const std::string name = change["name"].get<std::string>();
+        if (members.is_null())
+            members = Json::object();
+        if (change["value"].is_null())
+            members.erase(name);
+        else
+            members[name] = change["value"];
+    }
+    return document;
+}
+
+Json MemberOf(const Json& document, const char* section, const std::string& name) {
+    const Json members = document.value(section, Json::object());
+    const auto found = members.find(name);
+    return found == members.end() ? Json() : *found;
+}
+
+Recording ReadRecording(std::string_view text) {
+    Reader reader;
+    std::size_t number = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        const std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        ++number;
+        if (line.find_first_not_of(" \t\r") == std::string_view::npos)
+            continue;
+        try {
+            reader.Take(ParseStrictJson(line));
+        } catch (const Failure& failure) {
+            throw Failure(failure.Code(),
+                          "Line " + std::to_string(number) + ": " + failure.what(),
+                          failure.Next());
+        } catch (const Json::exception& error) {
+            // What no check above has seen is wrong with the file all the same.
+            const std::string message = error.what();
+            const std::size_t begin = message.find("] ");
+            Refuse("Line " + std::to_string(number) + ": " +
+                   message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+        }
+    }
+    return reader.Result();
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// The changes of a recording, made again.
+#ifndef KORA4_KORA4CTL_RECORDING_REPLAYER_H
+#define KORA4_KORA4CTL_RECORDING_REPLAYER_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kora4ctl/recording/recording.h"
+#include "process/api_session.h"
+#include "registry/store_access.h"
+#include "settings/document.h"
+
+namespace kora4::tools {
+
+// What the library has methods for goes through it, so that other clients are told as they
+// were then: profiles and demos, the table, switches, values. What the methods refuse, and
+// what changed without being told, goes through the store. Belongs to one thread.
+class Replayer {
+  public:
+    // Failure when the library or the store cannot be used.
+    Replayer();
+
+    // The settings as they were when the recording began.
+    void Restore(const Json& settings);
+    void Make(const RecordedGroup& group);
+    // What is stored otherwise than there.
+    std::vector<Difference> DifferencesFrom(const Json& settings);
+
+  private:
+    void Create(const Json& table);
+    void Delete(const Json& table);
+    void GoTo(const Json& profile, bool isEnabled);
+    void Change(const Json& event);
+    void SetBands(const Json& bands);
+    bool IsEnabled();
+    std::string NameOf(LONG profile);
+    Json Stored();
+    void Store(const Json& settings);
+
+    const ApiSession m_api;
+    const std::unique_ptr<StoreAccess> m_store;
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_RECORDING_REPLAYER_H

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+// The check of the access lists: registration gives everybody every right.
+#include <aclapi.h>
+#include <sddl.h>
+
+#include <utility>
+
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/registry_paths.h"
+#include "kora4ctl/doctor/doctor.h"
+#include "process/handles.h"
+
+namespace kora4::tools {
+namespace {
+
+using LocalBlock = Unique<void*, &LocalFree>;
+
+struct Right {
+    ACCESS_MASK bits;
+    const char* words;
+};
+
+// In the order of what a client misses most.
+constexpr Right cRights[] = {
+    {KEY_QUERY_VALUE, "read values"},       {KEY_SET_VALUE, "write values"},
+    {KEY_NOTIFY, "be told of changes"},     {KEY_ENUMERATE_SUB_KEYS, "list keys"},
+    {KEY_CREATE_SUB_KEY, "make keys"},      {KEY_CREATE_LINK, "make links"},
+    {READ_CONTROL, "read the access list"}, {DELETE, "delete the key"},
+    {WRITE_DAC, "change the access list"},  {WRITE_OWNER, "change the owner"},
+};
+
+class WorldSid {
+  public:
+    WorldSid() {
+        DWORD size = sizeof m_memory;
+        CreateWellKnownSid(WinWorldSid, nullptr, m_memory, &size);
+    }
+    bool Is(PSID sid) { return EqualSid(sid, m_memory); }
+
+  private:
+    alignas(SID) BYTE m_memory[SECURITY_MAX_SID_SIZE] = {};
+};
+
+ACCESS_MASK Specific(ACCESS_MASK mask) {
+    GENERIC_MAPPING mapping{KEY_READ, KEY_WRITE, KEY_EXECUTE, KEY_ALL_ACCESS};
+    MapGenericMask(&mask, &mapping);
+    return mask;
+}
+
+// What an access list lets everybody do.
+struct Granted {
+    ACCESS_MASK toEverybody = 0;
+    bool hasDenials = false;
+};
+
+Granted Read(PACL dacl) {
+    Granted granted;
+    WorldSid world;
+    for (DWORD i = 0; i < dacl->AceCount; ++i) {
+        void* place = nullptr;
+        if (!GetAce(dacl, i, &place))
+            continue;
+        // Allowing and denying entries are laid out alike.
+        auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(place);
+        if (entry->Header.AceFlags & INHERIT_ONLY_ACE)
+            continue;
+        if (entry->Header.AceType == ACCESS_DENIED_ACE_TYPE)
+            granted.hasDenials = true;
+        if (entry->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && world.Is(&entry->SidStart))
+            granted.toEverybody |= Specific(entry->Mask);
+    }
+    return granted;
+}
+
+std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
+    wchar_t* text = nullptr;
+    if (!ConvertSecurityDescriptorToStringSecurityDescriptorW(
+            descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr))
+        return "unreadable";
+    const LocalBlock memory(text);
+    return Narrow(text);
+}
+
+void LookAtAccess(const wchar_t* path, CheckResult& result) {
+    constexpr char again[] =
+        "Run as an administrator: kora4ctl register (it sets the access lists anew; for a key "
+        "that denies even that, its owner has to run it)";
+    const std::string name = "HKEY_LOCAL_MACHINE\\" + Narrow(path);
+    UniqueRegKey key;
+    const LSTATUS opening =
+        RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, READ_CONTROL | KEY_WOW64_64KEY, key.Put());
+    // A missing key is a finding of another check.
+    if (opening == ERROR_FILE_NOT_FOUND)
+        return;
+    PACL dacl = nullptr;
+    LocalBlock descriptor;
+    const DWORD status =
+        opening != ERROR_SUCCESS
+            ? static_cast<DWORD>(opening)
+            : GetSecurityInfo(key.Get(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr,
+                              nullptr, &dacl, nullptr, descriptor.Put());
+    if (status != ERROR_SUCCESS) {
+        result.Add(Severity::eError,
+                   "The access list of " + name +
+                       " cannot be read: " + InWords(HRESULT_FROM_WIN32(status)) + ".",
+                   again);
+        return;
+    }
+    // Without a list everybody may do everything.
+    if (!dacl)
+        return;
+    const Granted granted = Read(dacl);
+    std::vector<std::string> missing;
+    for (const Right& right : cRights) {
+        if ((granted.toEverybody & right.bits) != right.bits)
+            missing.emplace_back(right.words);
+    }
+    const std::string list = " (its list: " + AsText(descriptor.Get()) + ")";
+    if (missing.size() == std::size(cRights))
+        result.Add(Severity::eWarning,
+                   name +
+                       " gives everybody no right at all: programs of other users cannot "
+                       "use the settings" +
+                       list + ".",
+                   again);
+    else if (!missing.empty())
+        result.Add(Severity::eWarning,
+                   name + " does not let everybody " + Join(missing, ", ") + list + ".", again);
+    if (granted.hasDenials)
+        result.Add(Severity::eWarning, name + " denies somebody something" + list + ".", again);
+}
+
+}  // namespace
+
+CheckResult CheckAccess(Examination&) {
+    CheckResult result;
+    for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
+        LookAtAccess(path, result);
+    result.summary = "every user may read and write";
+    return result;
+}
+
+}  // namespace kora4::tools

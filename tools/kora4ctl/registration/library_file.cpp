@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+// The library as a file.
+#include <cstring>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "kora4ctl/registration/registration.h"
+#include "process/handles.h"
+
+namespace kora4::tools {
+namespace {
+
+// As much of a file's head as its kind depends on.
+template <typename Record>
+bool ReadAt(HANDLE file, LONGLONG place, Record& record) {
+    LARGE_INTEGER to;
+    to.QuadPart = place;
+    DWORD count = 0;
+    return SetFilePointerEx(file, to, nullptr, FILE_BEGIN) &&
+           ReadFile(file, &record, sizeof record, &count, nullptr) && count == sizeof record;
+}
+
+struct ProgramHead {
+    DWORD signature;
+    IMAGE_FILE_HEADER header;
+};
+
+// How a version resource begins.
+struct VersionResource {
+    WORD length;
+    WORD valueLength;
+    WORD type;
+    WCHAR key[16];
+    WORD padding;
+    VS_FIXEDFILEINFO info;
+};
+
+using UniqueModule = Unique<HMODULE, FreeLibrary>;
+
+}  // namespace
+
+FileKind KindOfFile(const std::string& path) {
+    const HANDLE opened = CreateFileW(Widen(path).c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, 0, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) {
+        const DWORD attributes = GetFileAttributesW(Widen(path).c_str());
+        if (attributes == INVALID_FILE_ATTRIBUTES)
+            return FileKind::eAbsent;
+        return attributes & FILE_ATTRIBUTE_DIRECTORY ? FileKind::eNoProgram
+                                                     : FileKind::eUnreadable;
+    }
+    const UniqueHandle file(opened);
+    IMAGE_DOS_HEADER dos{};
+    ProgramHead head{};
+    if (!ReadAt(file.Get(), 0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE ||
+        !ReadAt(file.Get(), dos.e_lfanew, head) || head.signature != IMAGE_NT_SIGNATURE)
+        return FileKind::eNoProgram;
+    if (!(head.header.Characteristics & IMAGE_FILE_DLL))
+        return FileKind::eNoLibrary;
+    return head.header.Machine == IMAGE_FILE_MACHINE_AMD64 ? FileKind::eLibrary
+                                                           : FileKind::eOtherSystem;
+}
+
+std::string WhatIsWrong(FileKind kind) {
+    switch (kind) {
+        case FileKind::eAbsent:
+            return "does not exist";
+        case FileKind::eUnreadable:
+            return "may not be read by this user";
+        case FileKind::eNoProgram:
+            return "is no library at all";
+        case FileKind::eNoLibrary:
+            return "is a program, not a library";
+        case FileKind::eOtherSystem:
+            return "is not a library for 64-bit x64 programs";
+        case FileKind::eLibrary:
+            break;
+    }
+    return {};
+}
+
+std::string FileVersion(const std::string& path) {
+    const UniqueModule file(
+        LoadLibraryExW(Widen(path).c_str(), nullptr,
+                       LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    const HRSRC resource =
+        file ? FindResourceW(file.Get(), MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION)
+             : nullptr;
+    const HGLOBAL loaded = resource ? LoadResource(file.Get(), resource) : nullptr;
+    const void* const block = loaded ? LockResource(loaded) : nullptr;
+    VersionResource version{};
+    if (!block || SizeofResource(file.Get(), resource) < sizeof version)
+        return {};
+    std::memcpy(&version, block, sizeof version);
+    if (version.info.dwSignature != VS_FFI_SIGNATURE)
+        return {};
+    const WORD parts[] = {
+        HIWORD(version.info.dwFileVersionMS), LOWORD(version.info.dwFileVersionMS),
+        HIWORD(version.info.dwFileVersionLS), LOWORD(version.info.dwFileVersionLS)};
+    std::vector<std::string> texts;
+    for (const WORD part : parts)
+        texts.push_back(std::to_string(part));
+    return Join(texts, ".");
+}
+
+RegistrableLibrary::RegistrableLibrary(const std::string& path) {
+    if (const FileKind kind = KindOfFile(path); kind != FileKind::eLibrary)
+        throw Failure(ExitCode::eBadInput, path + " " + WhatIsWrong(kind) + ".",
+                      "Give the path of QXA64T.dll: kora4ctl register PATH");
+    // A full path, and its folder for what it needs itself.
+    m_module = LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (!m_module)
+        throw Failure(
+            ExitCode::eBadInput,
+            path + " cannot be loaded: " + InWords(HRESULT_FROM_WIN32(GetLastError())) + ".",
+            "The file is damaged, or a library that it needs is missing; install it again.");
+    try {
+        m_register = Find("DllRegisterServer", path);
+        m_unregister = Find("DllUnregisterServer", path);
+    } catch (...) {
+        FreeLibrary(m_module);
+        throw;
+    }
+}
+
+RegistrableLibrary::~RegistrableLibrary() {
+    FreeLibrary(m_module);
+}
+
+RegistrableLibrary::Entry RegistrableLibrary::Find(const char* name,
+                                                   const std::string& path) const {
+    const auto found =
+        reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module, name)));
+    if (!found)
+        throw Failure(
+            ExitCode::eBadInput,
+            path + " is a library that does not register itself: it has no " + name + ".",
+            "Give the path of QXA64T.dll: kora4ctl register PATH");
+    return found;
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/registration/registration.h"
+
+#include <kora4api.h>
+#include <wrl/client.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/results.h"
+#include "base/text.h"
+#include "contract/version.h"
+#include "process/handles.h"
+
+namespace kora4::tools {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+// What registration writes that is not in the public header.
+constexpr wchar_t cLibraryName[] = L"QXA64T.dll";
+constexpr wchar_t cThreadingModel[] = L"Both";
+
+std::string TextOf(HKEY root, const std::wstring& path, const wchar_t* name = nullptr) {
+    UniqueRegKey key;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, key.Put()) !=
+        ERROR_SUCCESS)
+        return {};
+    DWORD size = 0;
+    // Texts with variables are expanded.
+    constexpr DWORD types = RRF_RT_REG_SZ;
+    if (RegGetValueW(key.Get(), nullptr, name, types, nullptr, nullptr, &size) != ERROR_SUCCESS)
+        return {};
+    std::wstring text(size / sizeof(wchar_t), L'\0');
+    if (RegGetValueW(key.Get(), nullptr, name, types, nullptr, text.data(), &size) !=
+        ERROR_SUCCESS)
+        return {};
+    return Narrow(text.c_str());
+}
+
+std::wstring GuidText(REFGUID guid) {
+    wchar_t text[40] = {};
+    StringFromGUID2(guid, text, 40);
+    return text;
+}
+
+std::wstring ServerKey() {
+    return L"CLSID\\" + GuidText(CLSID_VeltoKORA4APITestCoclass) + L"\\InprocServer32";
+}
+
+std::vector<std::wstring> SubkeysOf(HKEY root, const std::wstring& path) {
+    std::vector<std::wstring> names;
+    UniqueRegKey key;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ | KEY_WOW64_64KEY, key.Put()) !=
+        ERROR_SUCCESS)
+        return names;
+    wchar_t name[256];
+    for (DWORD i = 0;; ++i) {
+        DWORD length = 256;
+        if (RegEnumKeyExW(key.Get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) !=
+            ERROR_SUCCESS)
+            return names;
+        names.emplace_back(name, length);
+    }
+}
+
+// The entry lies below the library's version and a language.
+std::string TypeLibraryPath() {
+    const std::wstring library = L"TypeLib\\" + GuidText(LIBID_KORA4ASLLib);
+    for (const std::wstring& version : SubkeysOf(HKEY_CLASSES_ROOT, library)) {
+        const std::wstring below = library + L"\\" + version;
+        for (const std::wstring& language : SubkeysOf(HKEY_CLASSES_ROOT, below)) {
+            const std::string path =
+                TextOf(HKEY_CLASSES_ROOT, below + L"\\" + language + L"\\win64");
+            if (!path.empty())
+                return path;
+        }
+    }
+    return {};
+}
+
+bool IsSamePath(const std::string& one, const std::string& other) {
+    const auto canonical = [](const std::string& path) {
+        std::error_code error;
+        const auto whole = std::filesystem::weakly_canonical(Widen(path), error);
+        return Lower(error ? path : Narrow(whole.wstring()));
+    };
+    return canonical(one) == canonical(other);
+}
+
+// An apartment of the thread's own for a while; one that it has already serves as well.
+class ApartmentScope {
+  public:
+    ApartmentScope() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    ~ApartmentScope() {
+        if (SUCCEEDED(m_result))
+            CoUninitialize();
+    }
+    ApartmentScope(const ApartmentScope&) = delete;
+    ApartmentScope& operator=(const ApartmentScope&) = delete;
+
+  private:
+    HRESULT m_result;
+};
+
+// Asks an object, which needs neither the store nor its initialisation for that.
+void AskForVersion(Registration& registration) {
+    const ApartmentScope apartment;
+    ComPtr<IVeltoKORA4API> api;
+    registration.creation = CoCreateInstance(
+        CLSID_VeltoKORA4APITestCoclass, nullptr, CLSCTX_INPROC_SERVER, IID_IVeltoKORA4API,
+        reinterpret_cast<void**>(api.ReleaseAndGetAddressOf()));
+    if (FAILED(registration.creation))
+        return;
+    ULONG parts[4] = {};
+    registration.creation =
+        api->GetVeltoKORA4Version(&parts[0], &parts[1], &parts[2], &parts[3]);
+    if (FAILED(registration.creation))
+        return;
+    std::vector<std::string> texts;
+    for (const ULONG part : parts)
+        texts.push_back(std::to_string(part));
+    registration.apiVersion = Join(texts, ".");
+}
+
+std::string ReRegister() {
+    return "Register the right one, as an administrator: kora4ctl register PATH";
+}
+
+void ExamineFile(const Registration& registration, Observations& found) {
+    const auto add = [&found](Severity severity, std::string what, std::string next) {
+        found.push_back({severity, std::move(what), std::move(next)});
+    };
+    if (registration.file != FileKind::eLibrary) {
+        add(Severity::eError, "The registered file " + WhatIsWrong(registration.file) + ".",
+            ReRegister());
+        return;
+    }
+    if (FAILED(registration.creation)) {
+        add(Severity::eError,
+            "No object can be made of the registered library: " +
+                InWords(registration.creation) + ".",
+            ReRegister());
+        return;
+    }
+    if (registration.fileVersion != KORA4_VERSION_TEXT)
+        add(Severity::eWarning,
+            "The registered file says version " +
+                (registration.fileVersion.empty() ? "nothing" : registration.fileVersion) +
+                ", this program is of version " KORA4_VERSION_TEXT ".",
+            "Use the library and the program of one version.");
+    if (registration.apiVersion != registration.fileVersion)
+        add(Severity::eWarning,
+            "The library says that it is version " + registration.apiVersion +
+                ", its file says " +
+                (registration.fileVersion.empty() ? "nothing" : registration.fileVersion) + ".",
+            "The file was changed or mixed up; install it again.");
+}
+
+}  // namespace
+
+std::string LibraryBesideTool() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return Narrow((std::filesystem::path(path).parent_path() / cLibraryName).wstring());
+}
+
+std::string FullPath(const std::string& path) {
+    std::error_code error;
+    const auto whole = std::filesystem::absolute(Widen(path), error);
+    return error ? path : Narrow(whole.lexically_normal().wstring());
+}
+
+std::string ServedClass() {
+    return Narrow(GuidText(CLSID_VeltoKORA4APITestCoclass));
+}
+
+Registration ReadRegistration() {
+    Registration found;
+    const std::wstring server = ServerKey();
+    const std::wstring classes = L"Software\\Classes\\";
+    const std::string ofUser = TextOf(HKEY_CURRENT_USER, classes + server);
+    const std::string ofMachine = TextOf(HKEY_LOCAL_MACHINE, classes + server);
+    found.path = TextOf(HKEY_CLASSES_ROOT, server);
+    if (!found.path.empty()) {
+        const bool isOfUser = !ofUser.empty() && ofUser == found.path;
+        found.where = isOfUser ? RegisteredFor::eUser : RegisteredFor::eMachine;
+        found.hidesMachine = isOfUser && !ofMachine.empty();
+        found.title = TextOf(HKEY_CLASSES_ROOT, server.substr(0, server.rfind(L'\\')));
+        found.threadingModel = TextOf(HKEY_CLASSES_ROOT, server, L"ThreadingModel");
+    }
+    const std::wstring apps = L"AppID\\";
+    found.appId = TextOf(HKEY_CLASSES_ROOT, apps + cLibraryName, L"AppID");
+    if (!found.appId.empty())
+        found.appTitle = TextOf(HKEY_CLASSES_ROOT, apps + Widen(found.appId));
+    found.typeLibrary = TypeLibraryPath();
+    if (!found.IsThere())
+        return found;
+    found.file = KindOfFile(found.path);
+    if (found.file == FileKind::eLibrary) {
+        found.fileVersion = FileVersion(found.path);
+        AskForVersion(found);
+    }
+    return found;
+}
+
+Observations Examine(const Registration& registration, const std::string& expectedPath) {
+    Observations found;
+    const auto add = [&found](Severity severity, std::string what, std::string next) {
+        found.push_back({severity, std::move(what), std::move(next)});
+    };
+    const std::string again = "Register it again, as an administrator: kora4ctl register";
+    if (!registration.IsThere()) {
+        add(Severity::eError, "The library is not registered on this machine.",
+            "Register it, as an administrator: kora4ctl register PATH\\" +
+                Narrow(cLibraryName));
+        return found;
+    }
+    ExamineFile(registration, found);
+    if (!expectedPath.empty() && !IsSamePath(expectedPath, registration.path))
+        add(Severity::eWarning, "Another file is registered: " + registration.path,
+            "Register this one, as an administrator: kora4ctl register \"" + expectedPath +
+                "\"");
+    if (registration.threadingModel != Narrow(cThreadingModel))
+        add(Severity::eError,
+            "The threading model is " +
+                (registration.threadingModel.empty()
+                     ? "missing"
+                     : "'" + registration.threadingModel + "'") +
+                " and should be '" + Narrow(cThreadingModel) +
+                "': objects end up in another apartment than the one that makes them.",
+            again);
+    if (registration.hidesMachine)
+        add(Severity::eWarning,
+            "The registration of this user hides that of the machine: programs that run "
+            "elevated use another one than all others.",
+            "Remove the one of the user, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" +
+                ServedClass());
+    else if (registration.where == RegisteredFor::eUser)
+        add(Severity::eWarning, "It is registered for this user only.", again);
+    if (registration.appTitle.empty())
+        add(Severity::eWarning, "The entries of the application (AppID) are missing.", again);
+    if (registration.typeLibrary.empty())
+        add(Severity::eWarning, "The type library is not registered.", again);
+    else if (!IsSamePath(registration.typeLibrary, registration.path))
+        add(Severity::eWarning,
+            "The type library is that of another file: " + registration.typeLibrary, again);
+    return found;
+}
+
+}  // namespace kora4::tools

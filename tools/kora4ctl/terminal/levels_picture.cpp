@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+#include "kora4ctl/terminal/levels_picture.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include "base/text.h"
+
+namespace kora4::tools {
+
+namespace {
+
+// What the bars can show, dB. What is outside is drawn at the end.
+constexpr float cTop = 24;
+constexpr float cBottom = -84;
+constexpr float cScaleStep = 12;
+
+// Gains from here on are worth a warning, dB, and those that the picture cannot show.
+constexpr float cHot = 12;
+constexpr float cOver = cTop;
+
+constexpr std::size_t cBands = KORA4_VISUALIZATION_BANDS;
+constexpr std::size_t cScaleColumns = 5;  // "-12 |" with a line for the bar
+constexpr std::size_t cMostRows = 36;
+// Beside the bars: the numbers of the bands, and the words.
+constexpr std::size_t cOtherRows = 2;
+
+// From an eighth to a full block.
+constexpr const char* cBlocks[] = {" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+
+std::string Repeated(const std::string& text, std::size_t count) {
+    std::string all;
+    for (std::size_t i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+std::string RightAligned(const std::string& text, std::size_t columns) {
+    return std::string(columns > text.size() ? columns - text.size() : 0, ' ') + text;
+}
+
+// How the columns of a line are shared out.
+struct Layout {
+    bool hasScale = true;
+    std::size_t gain = 1;        // columns of a bar
+    std::size_t excitation = 1;  // 0: there is no room for it
+    std::size_t gap = 1;
+    std::size_t bands = cBands;
+
+    std::size_t Cell() const { return gain + excitation + gap; }
+
+    static Layout For(std::size_t width) {
+        Layout layout;
+        layout.hasScale = width >= cScaleColumns + cBands;
+        const std::size_t room = width - (layout.hasScale ? cScaleColumns : 0);
+        const std::size_t cell = std::min<std::size_t>(room / cBands, 9);
+        layout.gap = cell >= 3 ? 1 : 0;
+        layout.excitation = cell >= 2 ? (cell - layout.gap) / 2 : 0;
+        layout.gain =
+            std::max<std::size_t>(1, cell - std::min(cell, layout.gap + layout.excitation));
+        layout.bands = std::min(cBands, room / layout.Cell());
+        return layout;
+    }
+};
+
+// One line of the bars: what lies between two levels.
+struct Row {
+    float high;
+    float low;
+
+    // Eighths of the line that a bar fills.
+    std::size_t Eighths(float level) const {
+        if (std::isnan(level))
+            return 0;
+        const float part = (std::clamp(level, cBottom, cTop) - low) / (high - low);
+        return static_cast<std::size_t>(std::lround(std::clamp(part, 0.0f, 1.0f) * 8));
+    }
+    // The highest level of the scale in the line, "" when there is none.
+    std::string Label() const {
+        const float mark = std::floor(high / cScaleStep) * cScaleStep;
+        return mark > low ? std::to_string(static_cast<int>(mark)) : std::string();
+    }
+};
+
+Style StyleOfGain(float gain) {
+    return gain >= cOver ? Style::eBad : gain >= cHot ? Style::eWarning : Style::eGood;
+}
+
+StyledLine DrawRow(const Row& row, const Levels& levels, const Layout& layout) {
+    StyledLine line;
+    if (layout.hasScale)
+        line.push_back({Style::eDim, RightAligned(row.Label(), cScaleColumns - 2) +
+                                         (row.Label().empty() ? " │" : " ┤")});
+    for (std::size_t band = 0; band < layout.bands; ++band) {
+        line.push_back({StyleOfGain(levels.gains[band]),
+                        Repeated(cBlocks[row.Eighths(levels.gains[band])], layout.gain)});
+        const bool isFull = row.Eighths(levels.excitations[band]) >= 4;
+        line.push_back({Style::eDim, Repeated(isFull ? "░" : " ", layout.excitation)});
+        line.push_back({Style::ePlain, std::string(layout.gap, ' ')});
+    }
+    return line;
+}
+
+// The numbers of the bands; every fifth where not all have room.
+std::string Numbers(const Layout& layout, std::size_t width) {
+    std::string line(layout.hasScale ? cScaleColumns : 0, ' ');
+    const std::size_t begin = line.size();
+    const std::size_t step = layout.Cell() >= 3 ? 1 : 5;
+    for (std::size_t band = step; band <= layout.bands; band += step) {
+        const std::string number = std::to_string(band);
+        const std::size_t place = begin + (band - 1) * layout.Cell();
+        if (place + number.size() > width)
+            break;
+        line.resize(place, ' ');
+        line += number;
+    }
+    return line;
+}
+
+std::string Words(const Levels& levels, std::size_t width) {
+    const auto loudest = std::max_element(
+        levels.gains.begin(), levels.gains.end(),
+        [](float a, float b) { return std::isnan(a) || (!std::isnan(b) && a < b); });
+    const std::string words = "dB: █ gain ░ excitation   loudest " + LevelText(*loudest) +
+                              " in band " + std::to_string(loudest - levels.gains.begin() + 1) +
+                              "   Ctrl-C ends";
+    return Columns(words) <= width ? words : std::string();
+}
+
+}  // namespace
+
+bool Levels::IsSameAs(const Levels& other) const {
+    return std::memcmp(this, &other, sizeof *this) == 0;
+}
+
+std::vector<StyledLine> DrawLevels(const Levels& levels, std::size_t width,
+                                   std::size_t height) {
+    const Layout layout = Layout::For(width);
+    const std::size_t rows =
+        std::clamp<std::size_t>(height > cOtherRows ? height - cOtherRows : 1, 1, cMostRows);
+    const float step = (cTop - cBottom) / static_cast<float>(rows);
+    std::vector<StyledLine> lines;
+    for (std::size_t i = 0; i < rows; ++i) {
+        const float high = cTop - step * static_cast<float>(i);
+        lines.push_back(DrawRow({high, high - step}, levels, layout));
+    }
+    if (height > rows)
+        lines.push_back({{Style::eDim, Numbers(layout, width)}});
+    if (height > rows + 1)
+        lines.push_back({{Style::eDim, Words(levels, width)}});
+    return lines;
+}
+
+std::string LevelText(float level) {
+    char text[64];
+    const auto end =
+        std::to_chars(text, text + sizeof text, level, std::chars_format::fixed, 1);
+    const std::string result(text, end.ptr);
+    return result == "-0.0" ? "0.0" : result;
+}
+
+std::string LevelsLine(const Levels& levels) {
+    std::string line = "gain";
+    for (const float gain : levels.gains)
+        line += " " + LevelText(gain);
+    line += "  excitation";
+    for (const float excitation : levels.excitations)
+        line += " " + LevelText(excitation);
+    return line;
+}
+
+Json LevelsDocument(const Levels& levels) {
+    const auto list = [](const auto& numbers) {
+        Json array = Json::array();
+        for (const float number : numbers)
+            array.push_back(std::isfinite(number) ? Json::parse(Decimal(number)) : Json());
+        return array;
+    };
+    return {{"gains", list(levels.gains)}, {"excitations", list(levels.excitations)}};
+}
+
+}  // namespace kora4::tools

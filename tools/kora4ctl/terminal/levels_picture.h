@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// The levels of the display bands, drawn with characters.
+#ifndef KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H
+#define KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H
+
+#include <kora4api.h>
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "base/output.h"
+#include "kora4ctl/terminal/styled_text.h"
+
+namespace kora4::tools {
+
+// In dB, the lowest band first.
+struct Levels {
+    std::array<float, KORA4_VISUALIZATION_BANDS> gains{};
+    std::array<float, KORA4_VISUALIZATION_BANDS> excitations{};
+
+    // No float equals NaN; a picture with one equals itself all the same.
+    bool IsSameAs(const Levels& other) const;
+};
+
+// Two bars a band, gain and excitation, over a scale in dB and the numbers of the bands, with
+// a line of words below. At most that many columns and lines; the bars take what there is.
+std::vector<StyledLine> DrawLevels(const Levels& levels, std::size_t width, std::size_t height);
+
+// "-12.5", one decimal; "nan", "inf" and "-inf" as they are.
+std::string LevelText(float level);
+
+// "gain -12.5 ...  excitation -3.0 ..."
+std::string LevelsLine(const Levels& levels);
+// {"gains": [...], "excitations": [...]}; null for what is no number.
+Json LevelsDocument(const Levels& levels);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H

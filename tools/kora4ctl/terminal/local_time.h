@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Moments of this machine's clock, in the user's time zone.
+#ifndef KORA4_KORA4CTL_TERMINAL_LOCAL_TIME_H
+#define KORA4_KORA4CTL_TERMINAL_LOCAL_TIME_H
+
+#include <windows.h>
+
+#include <string>
+
+namespace kora4::tools {
+
+class Moment {
+  public:
+    static Moment Now();
+
+    // "14:03:22.123"
+    std::string Clock() const;
+    // ISO 8601 with the offset: "2031-05-01T14:03:22.123+02:00"
+    std::string Iso() const;
+
+  private:
+    SYSTEMTIME m_local{};
+    int m_offset = 0;  // minutes east of UTC
+};
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_TERMINAL_LOCAL_TIME_H

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// Text of several styles, for what draws.
+#ifndef KORA4_KORA4CTL_TERMINAL_STYLED_TEXT_H
+#define KORA4_KORA4CTL_TERMINAL_STYLED_TEXT_H
+
+#include <string>
+#include <vector>
+
+#include "base/output.h"
+
+namespace kora4::tools {
+
+struct Span {
+    Style style = Style::ePlain;
+    std::string text;
+};
+
+using StyledLine = std::vector<Span>;
+
+inline std::string PlainText(const StyledLine& line) {
+    std::string text;
+    for (const Span& span : line)
+        text += span.text;
+    return text;
+}
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_TERMINAL_STYLED_TEXT_H

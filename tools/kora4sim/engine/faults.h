@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+// What can go wrong with an engine, on demand.
+#ifndef KORA4_KORA4SIM_ENGINE_FAULTS_H
+#define KORA4_KORA4SIM_ENGINE_FAULTS_H
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kora4::tools::sim {
+
+enum class FaultKind {
+    eStop,
+    eGarbage,
+    eCounts,
+    eDie,
+    eHold,
+    eBurst,
+    eWrongTypes,
+    eProfileGarbage,
+    eResume,
+};
+
+// Where a fault was asked for.
+enum class FaultCause { eCommandLine, eTimeline };
+
+struct Fault {
+    FaultKind kind = FaultKind::eResume;
+    std::string argument;  // the kind's name; empty for none
+    double number = 0;     // hold: seconds; burst: writes
+    std::uint64_t atMilliseconds = 0;
+    FaultCause cause = FaultCause::eCommandLine;
+
+    // "garbage=nan": as it is asked for, without its moment.
+    std::string Text() const;
+};
+
+// A name that an argument may have, and what it does.
+struct FaultArgument {
+    std::string name;
+    std::string meaning;
+};
+
+struct FaultDef {
+    FaultKind kind;
+    const char* name;
+    // "=KIND", "[=KIND]", "=S", "=N" or nothing.
+    const char* shape;
+    const char* meaning;
+    // Numbers: their range. Both 0: the argument is no number.
+    double least;
+    double most;
+};
+
+// All of them, in the order of --help.
+std::span<const FaultDef> Faults();
+const FaultDef& DefOf(FaultKind kind);
+// "1 to 100000"; empty when the argument is no number.
+std::string RangeOf(const FaultDef& def);
+// The names that the argument may have; empty when it is a number or there is none.
+std::vector<FaultArgument> ArgumentsOf(FaultKind kind);
+
+// A fault by the name and argument; Failure with eBadInput, in words, when there is no such.
+Fault MakeFault(std::string_view name, std::string_view argument, double atSeconds,
+                FaultCause cause);
+// "NAME[=ARGUMENT][@SECONDS]".
+Fault ParseFault(std::string_view text);
+
+inline constexpr double cLongestRun = 86400;  // seconds
+
+}  // namespace kora4::tools::sim
+
+#endif  // KORA4_KORA4SIM_ENGINE_FAULTS_H

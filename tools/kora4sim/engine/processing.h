@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// What the engine does to the sound: the settings that it holds, made into gains.
+#ifndef KORA4_KORA4SIM_ENGINE_PROCESSING_H
+#define KORA4_KORA4SIM_ENGINE_PROCESSING_H
+
+#include <vector>
+
+#include "kora4sim/signal/levels.h"
+#include "kora4sim/signal/spectra.h"
+
+namespace kora4::tools::sim {
+
+// A gain for each frequency; the line between neighbours is straight over the octaves.
+struct Curve {
+    std::vector<float> frequencies;  // Hz, ascending
+    std::vector<float> gains;        // dB; without a partner they do not count
+
+    double At(double frequency) const;
+    double Mean() const;
+};
+
+// The settings that shape levels. A technology that is not effective has its zero here.
+struct Processing {
+    unsigned leveler = 0;      // 0 to 10
+    double enhancement = 0;    // 0 to 1
+    double intelligentEQ = 0;  // 0 to 1: how much of its curve
+    Curve intelligentCurve;
+    Curve graphicEQ;
+
+    // dB; level is that of the sound at this frequency.
+    double GainAt(double frequency, double level) const;
+};
+
+// A processing object: how many bands it has, and how much louder than the scene it is.
+struct RecordShape {
+    unsigned bands = 20;
+    double offset = 0;  // dB
+};
+
+// One of the built-in curves of the intelligent EQ, band by band in dB; empty for an index
+// that there is not.
+std::vector<float> BuiltInCurve(std::uint32_t index);
+
+// In Hz, of a place among the bands (see PlaceOf): the engine's own band frequencies.
+double FrequencyAt(double place);
+
+Picture MakePicture(const Signal& signal, std::uint64_t milliseconds,
+                    const std::vector<RecordShape>& shapes, const Processing& processing);
+
+}  // namespace kora4::tools::sim
+
+#endif  // KORA4_KORA4SIM_ENGINE_PROCESSING_H

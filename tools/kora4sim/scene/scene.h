@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+// A scene: what the engine is, what it hears and what happens to it.
+#ifndef KORA4_KORA4SIM_SCENE_SCENE_H
+#define KORA4_KORA4SIM_SCENE_SCENE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kora4sim/engine/faults.h"
+#include "kora4sim/engine/processing.h"
+#include "kora4sim/signal/spectra.h"
+
+namespace kora4::tools::sim {
+
+inline constexpr char cSceneFormat[] = "kora4sim-scene";
+inline constexpr int cSceneVersion = 1;
+inline constexpr char cDefaultScene[] = "music";
+
+// Command lines of the companion applications. None: the engine has no such application.
+struct Commands {
+    std::optional<std::string> profileEditor;
+    std::optional<std::string> profileSelector;
+    std::optional<std::string> demoApp;
+};
+
+struct Scene {
+    std::string name;  // of the file, without its ending
+    std::string description;
+    std::uint32_t mask = 0;
+    // None: the stored ones stay.
+    std::optional<Commands> commands;
+    std::vector<RecordShape> records;
+    Spectrum spectrum;
+    // The gains are made from the settings; otherwise they are 0.
+    bool followsSettings = true;
+    std::vector<Fault> timeline;  // earliest first
+};
+
+// Reads the text of a scene file. Failure with eBadInput names the place in the file.
+Scene ReadScene(std::string_view text, const std::string& file);
+
+// The scenes beside the program.
+class SceneFolder {
+  public:
+    // Where the program is.
+    SceneFolder();
+    explicit SceneFolder(std::string path) : m_path(std::move(path)) {}
+
+    const std::string& Path() const { return m_path; }
+    // Sorted.
+    std::vector<std::string> Names() const;
+    // A name, or the path of a file (whatever has a separator or ends in .json). Failure with
+    // eBadInput when there is none, or it is no scene.
+    Scene Load(std::string_view nameOrPath) const;
+
+  private:
+    std::string m_path;
+};
+
+}  // namespace kora4::tools::sim
+
+#endif  // KORA4_KORA4SIM_SCENE_SCENE_H

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// The value that the engine publishes, and every way to spoil it.
+#ifndef KORA4_KORA4SIM_SIGNAL_BLOB_H
+#define KORA4_KORA4SIM_SIGNAL_BLOB_H
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "kora4sim/signal/levels.h"
+#include "kora4sim/signal/noise.h"
+#include "registry/stored_value.h"
+
+namespace kora4::tools::sim {
+
+// The picture as readers expect it.
+StoredValue Published(const Picture& picture);
+
+// A way to spoil a picture. number: of the picture, from 0.
+struct Spoiling {
+    const char* name;
+    const char* meaning;
+    StoredValue (*make)(const Picture& picture, Noise noise, std::uint64_t number);
+};
+
+// Values that are no levels, and values that state wrong numbers.
+std::span<const Spoiling> Garbage();
+std::span<const Spoiling> WrongCounts();
+
+// A number that tells sequences of values apart: the same values in the same order, the same
+// number.
+class Digest {
+  public:
+    void Add(const StoredValue& value);
+    // 16 hexadecimal digits.
+    std::string Text() const;
+
+  private:
+    void Add(std::uint64_t word);
+
+    std::uint64_t m_state = 0xCBF29CE484222325;
+};
+
+}  // namespace kora4::tools::sim
+
+#endif  // KORA4_KORA4SIM_SIGNAL_BLOB_H

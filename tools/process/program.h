@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+// The frame of a tool: command line in, exit code out.
+#ifndef KORA4_PROCESS_PROGRAM_H
+#define KORA4_PROCESS_PROGRAM_H
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "base/exit_code.h"
+#include "base/output.h"
+#include "process/interrupt.h"
+
+namespace kora4::tools {
+
+// What everything that a tool does gets. Lives as long as the program.
+struct Context {
+    Output& output;
+    Interrupt& interrupt;
+    CLI::App& root;
+    // Set by the parser: what the command line asks for.
+    std::function<ExitCode()> run;
+};
+
+// `run` is what the verb does, after the whole command line has been understood.
+template <typename Run>
+void OnRun(CLI::App& verb, Context& context, Run run) {
+    verb.callback([&context, run] { context.run = run; });
+}
+
+// The arguments of the process in UTF-8, without the program's name.
+std::vector<std::string> Arguments(int count, wchar_t** arguments);
+
+// Parses the arguments with what `add` puts on the command line, runs what they ask for and
+// gives the exit code. Everything that is thrown ends here, in words on standard error.
+int RunProgram(const char* name, const char* summary, const std::vector<std::string>& arguments,
+               const std::function<void(Context&)>& add);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_PROCESS_PROGRAM_H

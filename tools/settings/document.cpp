@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: MIT
+#include "settings/document.h"
+
+#include <algorithm>
+
+#include "base/failure.h"
+#include "base/nearest.h"
+#include "base/strict_json.h"
+#include "base/text.h"
+#include "contract/general_settings.h"
+#include "contract/profiles.h"
+
+namespace kora4::tools {
+namespace {
+
+constexpr char cGeneral[] = "general";
+constexpr char cProfiles[] = "profiles";
+constexpr char cGlobal[] = "global";
+
+const char* ScopeName(Scope scope) {
+    return scope == Scope::eAll ? "all" : "user";
+}
+
+[[noreturn]] void Refuse(const std::string& what, const std::string& next = {}) {
+    throw Failure(ExitCode::eBadInput, what, next);
+}
+
+// ---- What a document covers -----------------------------------------------------------------
+
+const char* SectionOf(const Setting& setting) {
+    if (setting.perProfile)
+        return cProfiles;
+    return setting.technology.family == Family::eGlobal ? cGlobal : cGeneral;
+}
+
+// The settings of a section, in the order of the table.
+std::vector<const Setting*> SettingsOf(const char* section, Scope scope) {
+    std::vector<const Setting*> settings;
+    for (const Setting& setting : SettingsTable()) {
+        const contract::GeneralSetting* const general =
+            contract::FindGeneralSetting(setting.name);
+        const bool isUsers =
+            setting.perProfile || (general && general->role == contract::SettingRole::eUser);
+        if (setting.isStored && SectionOf(setting) == section &&
+            (scope == Scope::eAll || isUsers))
+            settings.push_back(&setting);
+    }
+    return settings;
+}
+
+std::vector<std::uint32_t> ProfilesOf(Scope scope) {
+    std::vector<std::uint32_t> numbers;
+    for (const ProfileWord& profile : Profiles())
+        if (scope == Scope::eAll || IsSelectableProfile(profile.number))
+            numbers.push_back(profile.number);
+    return numbers;
+}
+
+bool Has(const Setting& setting, std::uint32_t profile) {
+    return setting.role != Role::eName || IsCustomProfile(profile);
+}
+
+// ---- Reading ------------------------------------------------------------------------------
+
+// What some programs put in front of a text, and the encoding that others redirect into.
+std::string WithoutMark(std::string_view text) {
+    if (!text.starts_with("\xFF\xFE"))
+        return std::string(text);
+    std::u16string wide;
+    for (std::size_t i = 2; i + 1 < text.size(); i += 2)
+        wide += static_cast<char16_t>(static_cast<unsigned char>(text[i]) |
+                                      static_cast<unsigned char>(text[i + 1]) << 8);
+    return ToUtf8(wide);
+}
+
+const Json& Member(const Json& document, const char* name, const char* meaning) {
+    const auto member = document.find(name);
+    if (member == document.end())
+        Refuse(std::string("The document has no '") + name + "', which " + meaning + ".",
+               "Settings documents are made by 'kora4ctl dump'.");
+    return *member;
+}
+
+Scope ReadHead(const Json& document) {
+    if (!document.is_object())
+        Refuse("The document is JSON, but no object.",
+               "Settings documents are made by 'kora4ctl dump'.");
+    if (Member(document, "format", "says what it is") != cDocumentFormat)
+        Refuse(std::string("format: this is no settings document; one says '") +
+               cDocumentFormat + "'.");
+    const Json& version = Member(document, "version", "says how to read it");
+    if (!version.is_number_integer() || version.get<std::int64_t>() < 1)
+        Refuse("version: it must be a number from 1 on.");
+    if (version.get<std::int64_t>() != cDocumentVersion)
+        Refuse("version " + version.dump() +
+               " is newer than this program knows: " + std::to_string(cDocumentVersion) + ".");
+    const Json& scope = Member(document, "scope", "says what it covers");
+    for (const Scope known : {Scope::eUser, Scope::eAll})
+        if (scope == ScopeName(known))
+            return known;
+    Refuse("scope: it must be 'user' or 'all'.");
+}
+
+// Every member is known, or the document is refused with the nearest names.
+void CheckMembers(const Json& object, const std::string& place,
+                  const std::vector<std::string>& known) {
+    if (!object.is_object())
+        Refuse(place + ": it must be an object.");
+    for (const auto& [name, value] : object.items())
+        if (std::find(known.begin(), known.end(), name) == known.end())
+            Refuse((place.empty() ? "" : place + ".") + name + ": this name is not known here.",
+                   Suggestion(name, known));
+}
+
+class Reader {
+  public:
+    Reader(const Json& document, Completeness completeness)
+        : m_document(document), m_completeness(completeness) {
+        m_plan.scope = ReadHead(document);
+    }
+
+    Plan Read() {
+        CheckMembers(m_document, {},
+                     {"format", "version", "scope", cGeneral, cProfiles, cGlobal});
+        ReadSection(cGeneral, Section(m_document, cGeneral), cGeneral, {});
+        const Json& profiles = Section(m_document, cProfiles);
+        std::vector<std::string> names;
+        for (const std::uint32_t profile : ProfilesOf(m_plan.scope))
+            names.push_back(ProfileName(profile));
+        CheckMembers(profiles, cProfiles, names);
+        for (const std::uint32_t profile : ProfilesOf(m_plan.scope)) {
+            const std::string name = ProfileName(profile);
+            ReadSection(cProfiles, Section(profiles, name), std::string(cProfiles) + "." + name,
+                        profile);
+        }
+        ReadSection(cGlobal, Section(m_document, cGlobal), cGlobal, {});
+        return std::move(m_plan);
+    }
+
+  private:
+    // An absent section is an empty one.
+    static const Json& Section(const Json& parent, const std::string& name) {
+        static const Json cEmpty = Json::object();
+        const auto member = parent.find(name);
+        return member == parent.end() ? cEmpty : *member;
+    }
+
+    void ReadSection(const char* section, const Json& json, const std::string& place,
+                     std::optional<std::uint32_t> profile) {
+        std::vector<const Setting*> settings = SettingsOf(section, m_plan.scope);
+        if (profile)
+            std::erase_if(settings, [&](const Setting* s) { return !Has(*s, *profile); });
+        std::vector<std::string> names;
+        for (const Setting* const setting : settings)
+            names.push_back(setting->name);
+        CheckScope(section, json, place, names);
+        CheckMembers(json, place, names);
+        for (const Setting* const setting : settings) {
+            const SchemaValue value = setting->Stored(profile.value_or(0));
+            const auto member = json.find(setting->name);
+            if (member != json.end())
+                m_plan.values.push_back({value, StoredFromJson(*setting, value, *member,
+                                                               place + "." + setting->name)});
+            else if (m_completeness == Completeness::eExact)
+                m_plan.values.push_back({value, {}});
+        }
+    }
+
+    // A better word for what only documents of scope all may have.
+    void CheckScope(const char* section, const Json& json, const std::string& place,
+                    const std::vector<std::string>& names) const {
+        if (m_plan.scope == Scope::eAll || !json.is_object())
+            return;
+        for (const Setting* const setting : SettingsOf(section, Scope::eAll)) {
+            const bool isCovered =
+                std::find(names.begin(), names.end(), setting->name) != names.end();
+            if (!isCovered && !setting->perProfile && json.contains(setting->name))
+                Refuse(place + "." + setting->name +
+                           ": documents of scope 'user' do not cover this setting.",
+                       "Change the scope to 'all', which then covers all the others, too.");
+        }
+    }
+
+    const Json& m_document;
+    Completeness m_completeness;
+    Plan m_plan;
+};
+
+// ---- Writing ------------------------------------------------------------------------------
+
+Json DumpSection(StoreAccess& store, const std::vector<const Setting*>& settings,
+                 std::uint32_t profile) {
+    Json section = Json::object();
+    for (const Setting* const setting : settings) {
+        if (setting->perProfile && !Has(*setting, profile))
+            continue;
+        const SchemaValue value = setting->Stored(profile);
+        if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
+            section[setting->name] = StoredToJson(*setting, value, *stored);
+    }
+    return section;
+}
+
+// What is no setting has the form of its kind.
+Json ToDocument(const SchemaValue& value, const std::optional<StoredValue>& stored) {
+    if (!stored)
+        return nullptr;
+    if (const Setting* const setting = SettingOf(value))
+        return StoredToJson(*setting, value, *stored);
+    Setting plain;
+    plain.kind = value.kind;
+    return StoredToJson(plain, value, *stored);
+}
+
+std::string Shown(const SchemaValue& value, const std::optional<StoredValue>& stored) {
+    const Json json = ToDocument(value, stored);
+    if (json.is_null())
+        return "not stored";
+    return json.is_object() ? Describe(*stored) : json.dump();
+}
+
+}  // namespace
+
+Json Dump(StoreAccess& store, Scope scope) {
+    Json document = {{"format", cDocumentFormat},
+                     {"version", cDocumentVersion},
+                     {"scope", ScopeName(scope)}};
+    document[cGeneral] = DumpSection(store, SettingsOf(cGeneral, scope), 0);
+    const std::vector<const Setting*> ofProfiles = SettingsOf(cProfiles, scope);
+    Json& profiles = document[cProfiles] = Json::object();
+    for (const std::uint32_t profile : ProfilesOf(scope)) {
+        Json section = DumpSection(store, ofProfiles, profile);
+        if (!section.empty())
+            profiles[ProfileName(profile)] = std::move(section);
+    }
+    if (scope == Scope::eAll)
+        document[cGlobal] = DumpSection(store, SettingsOf(cGlobal, scope), 0);
+    return document;
+}
+
+Plan ReadDocument(std::string_view text, Completeness completeness) {
+    return CheckDocument(ParseStrictJson(WithoutMark(text)), completeness);
+}
+
+Plan CheckDocument(const Json& document, Completeness completeness) {
+    return Reader(document, completeness).Read();
+}
+
+std::string Difference::Line() const {
+    return PlaceOf(value) + ": " + Shown(value, stored) + " -> " + Shown(value, wanted);
+}
+
+Json Difference::Document() const {
+    return {{"name", name},
+            {"profile", profile ? Json(ProfileName(*profile)) : Json(nullptr)},
+            {"stored", ToDocument(value, stored)},
+            {"wanted", ToDocument(value, wanted)}};
+}
+
+std::vector<Difference> Compare(const Plan& plan, StoreAccess& store) {
+    std::vector<Difference> differences;
+    for (const PlannedValue& planned : plan.values) {
+        std::optional<StoredValue> stored = store.Read(planned.value.keySet, planned.value.key);
+        if (stored != planned.wanted)
+            differences.push_back({planned.value, NameOf(planned.value), planned.value.profile,
+                                   std::move(stored), planned.wanted});
+    }
+    return differences;
+}
+
+}  // namespace kora4::tools

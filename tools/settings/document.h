@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// The settings document: settings as one JSON text, version 1.
+//
+//   { "format": "kora4-settings", "version": 1, "scope": "user",
+//     "general":  { "profile": "music", "enable": true },
+//     "profiles": { "music": { "volume-leveler": 7 }, "p1": { "name": "Late evening" } },
+//     "global":   { "peak-limiter.on": true } }
+//
+// Members are the names of the settings table. A stored value is in the document and an
+// absent one is not. A value is true or false, a number, a text or an array when writing it
+// back gives exactly the stored bytes; otherwise {"text": "..."} for a REG_SZ of another
+// wording, and {"type": 4, "data": "02"} for anything else.
+#ifndef KORA4_SETTINGS_DOCUMENT_H
+#define KORA4_SETTINGS_DOCUMENT_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/output.h"
+#include "registry/store_access.h"
+#include "settings/settings_table.h"
+
+namespace kora4::tools {
+
+inline constexpr char cDocumentFormat[] = "kora4-settings";
+inline constexpr int cDocumentVersion = 1;
+
+// User: active profile, enable, sampling period, and names, flags and fields of the profiles
+// 0 to 8. All: everything that is a setting. Trigger words, the table counter, the saved demo
+// state and the levels belong to neither.
+enum class Scope { eUser, eAll };
+
+// What a store shall hold at one place. None: nothing.
+struct PlannedValue {
+    SchemaValue value;
+    std::optional<StoredValue> wanted;
+};
+
+struct Plan {
+    Scope scope = Scope::eUser;
+    std::vector<PlannedValue> values;
+};
+
+// The caller holds the store's mutex.
+Json Dump(StoreAccess& store, Scope scope);
+
+enum class Completeness {
+    eExact,  // what the document does not have shall not be stored
+    eMerge,  // what it does not have stays as it is
+};
+
+// Reads and checks a whole document. Failure with eBadInput names the place:
+// "profiles.music.volume-leveler: ...". Nothing else is asked or changed.
+Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact);
+Plan CheckDocument(const Json& document, Completeness completeness = Completeness::eExact);
+
+// One value in the forms above.
+Json StoredToJson(const Setting& setting, const SchemaValue& value, const StoredValue& stored);
+// `place` begins the message of the Failure.
+StoredValue StoredFromJson(const Setting& setting, const SchemaValue& value, const Json& json,
+                           const std::string& place);
+
+// One value that differs from what is wanted.
+struct Difference {
+    SchemaValue value;
+    std::string name;                      // of the setting
+    std::optional<std::uint32_t> profile;  // of a per-profile setting
+    std::optional<StoredValue> stored;
+    std::optional<StoredValue> wanted;
+
+    // "music: volume-leveler: 7 -> 5"
+    std::string Line() const;
+    // {"name": ..., "profile": ..., "stored": ..., "wanted": ...}, absent: null.
+    Json Document() const;
+};
+
+// The caller holds the store's mutex.
+std::vector<Difference> Compare(const Plan& plan, StoreAccess& store);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_SETTINGS_DOCUMENT_H

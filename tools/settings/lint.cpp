@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: MIT
+#include "settings/lint.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "base/text.h"
+#include "contract/engine_masks.h"
+#include "contract/patch_records.h"
+#include "contract/profiles.h"
+#include "contract/vis_layout.h"
+
+namespace kora4::tools {
+namespace {
+
+// What is wrong with one value.
+struct Problem {
+    Severity severity = Severity::eNote;
+    std::string text;
+    // By default the value is deleted, and the built-in default is in force.
+    std::optional<StoredValue> repaired;
+    bool isMended = true;
+};
+
+using Verdict = std::optional<Problem>;
+
+std::uint32_t TypeOf(Kind kind) {
+    switch (kind) {
+        case Kind::eSwitch:
+        case Kind::eNumber:
+        case Kind::eCurveIndex:
+            return cDwordType;
+        case Kind::eBlob:
+            return cBinaryType;
+        default:
+            return cTextType;
+    }
+}
+
+// A built-in default passes, whatever the limits of the API are.
+bool IsDefault(const SchemaValue& value, const StoredValue& stored) {
+    const std::optional<Value> content = Decode(value, stored);
+    for (const StoredValue& builtIn : value.Defaults())
+        if (stored == builtIn || (content && content == Decode(value, builtIn)))
+            return true;
+    return false;
+}
+
+Problem Error(std::string text) {
+    return {Severity::eError, std::move(text), {}, true};
+}
+
+Problem Warning(std::string text) {
+    return {Severity::eWarning, std::move(text), {}, true};
+}
+
+std::string WhyUnreadable(const SchemaValue& value, const StoredValue& stored) {
+    if (value.kind == Kind::eCurveIndex && stored.AsDword())
+        return "there are only " + std::to_string(eNumberIEQPatches) + " curves";
+    if (TypeOf(value.kind) == cDwordType)
+        return "a number has 4 bytes, this has " + std::to_string(stored.bytes.size());
+    if (!stored.AsText())
+        return "a text of " + std::to_string(stored.bytes.size()) +
+               " bytes is too long; readers take " + std::to_string(cMaxTextBytes);
+    switch (value.kind) {
+        case Kind::eFloat:
+            return "the text is no number";
+        case Kind::eNumericArray:
+            return "the text is no array of numbers";
+        default:
+            return "the text is no array of flags";
+    }
+}
+
+Verdict CheckProfile(const SchemaValue& value, std::uint32_t profile) {
+    const bool isSaved = value.role == Role::eSavedDemoState;
+    const bool isRight = isSaved ? IsSelectableProfile(profile) : IsAllowableProfile(profile);
+    if (isRight)
+        return {};
+    return Warning(isSaved ? "no profile to come back to has this number; leaving the demo "
+                             "goes to movie"
+                           : "no profile has this number");
+}
+
+Verdict CheckMask(std::uint32_t mask) {
+    if ((mask & ~cEngineTechnologies) == 0)
+        return {};
+    Problem problem{Severity::eNote,
+                    "bits above " + std::to_string(std::bit_width(cEngineTechnologies) - 1) +
+                        " stand for nothing: " + Hex(mask),
+                    {},
+                    false};
+    return problem;
+}
+
+Verdict CheckLevels(const Bytes& blob) {
+    if (blob.size() < vis::cHeadSize)
+        return Warning("levels have at least " + std::to_string(vis::cHeadSize) +
+                       " bytes, these have " + std::to_string(blob.size()));
+    const std::uint32_t stated = vis::StatedAPOs(blob.data(), blob.size());
+    const std::uint32_t records = vis::CountAPOs(blob.data(), blob.size());
+    if (records == stated)
+        return {};
+    return Warning("the levels say that there are " + std::to_string(stated) +
+                   " records, and hold " + std::to_string(records));
+}
+
+Verdict CheckContent(const SchemaValue& value, const Value& content) {
+    if (const auto* const number = std::get_if<std::uint32_t>(&content)) {
+        if (value.role == Role::eActiveProfile || value.role == Role::eSavedDemoState)
+            return CheckProfile(value, *number);
+        if (value.role == Role::eEngineMask)
+            return CheckMask(*number);
+    }
+    if (value.role == Role::eVisualization)
+        return CheckLevels(std::get<Bytes>(content));
+    const Setting* const setting = value.role == Role::eField ? SettingOf(value) : nullptr;
+    if (setting && !IsInRange(*setting, content))
+        return Warning("it is out of range: the API sets " + setting->Allowed());
+    return {};
+}
+
+// A text that is read, but is not stored as a text shall be.
+Verdict CheckTermination(const StoredValue& stored) {
+    if (stored.type != cTextType)
+        return {};
+    const StoredValue proper = StoredValue::FromText(*stored.AsText());
+    if (proper == stored)
+        return {};
+    Problem problem = Warning(stored.bytes.size() < proper.bytes.size()
+                                  ? "the text has no terminator"
+                                  : "the text does not end with its terminator");
+    // One more character may be more than readers take.
+    if (proper.AsText())
+        problem.repaired = proper;
+    return problem;
+}
+
+Verdict Check(const SchemaValue& value, const StoredValue& stored) {
+    const std::uint32_t type = TypeOf(value.kind);
+    if (stored.type != type)
+        return Error("it is a " + TypeName(stored.type) + " and must be a " + TypeName(type));
+    const std::optional<Value> content = Decode(value, stored);
+    if (!content)
+        return Error(WhyUnreadable(value, stored));
+    if (!IsDefault(value, stored))
+        if (Verdict verdict = CheckContent(value, *content))
+            return verdict;
+    return CheckTermination(stored);
+}
+
+std::string RepairOf(const SchemaValue& value, const Problem& problem) {
+    if (!problem.isMended)
+        return {};
+    if (problem.repaired)
+        return "stored properly, with the content that readers see now";
+    const std::optional<StoredValue> builtIn = value.Default();
+    return builtIn ? "deleted, so that the default is in force: " + Describe(*builtIn)
+                   : "deleted";
+}
+
+Finding FindingOf(const SchemaValue& value, const StoredValue& stored, Problem problem) {
+    Finding finding;
+    finding.severity = problem.severity;
+    finding.keySet = value.keySet;
+    finding.valueName = value.Name();
+    finding.name = NameOf(value);
+    finding.profile = value.profile;
+    finding.stored = Describe(stored);
+    finding.problem = problem.text;
+    finding.repair = RepairOf(value, problem);
+    if (problem.isMended)
+        finding.fix = PlannedValue{value, problem.repaired};
+    return finding;
+}
+
+void AddUnknown(std::vector<Finding>& findings, StoreAccess& store, KORA4KeySet keySet) {
+    for (const std::string& name : store.ValueNames(keySet)) {
+        const std::optional<PropertyKey> key = ParseValueName(name);
+        if (key && FindInSchema(keySet, *key))
+            continue;
+        Finding finding;
+        finding.keySet = keySet;
+        finding.valueName = name;
+        finding.problem = "no value of this name is known here";
+        if (key)
+            if (const std::optional<StoredValue> stored = store.Read(keySet, *key))
+                finding.stored = Describe(*stored);
+        findings.push_back(std::move(finding));
+    }
+}
+
+}  // namespace
+
+const char* SeverityName(Severity severity) {
+    static constexpr const char* cNames[] = {"note", "warning", "error"};
+    return cNames[static_cast<std::size_t>(severity)];
+}
+
+std::string Finding::Line() const {
+    const std::string value = valueName.empty() ? "the value without a name" : valueName;
+    const std::string place =
+        name.empty() ? value + " in the " + KeySetName(keySet) + " keys"
+                     : (profile ? ProfileName(*profile) + ": " : std::string()) + name;
+    return std::string(SeverityName(severity)) + ": " + place + ": " + problem +
+           (stored.empty() ? "" : " (stored: " + stored + ")");
+}
+
+Json Finding::Document() const {
+    const auto orNull = [](const std::string& text) {
+        return text.empty() ? Json() : Json(text);
+    };
+    return {{"severity", SeverityName(severity)},
+            {"name", orNull(name)},
+            {"profile", profile ? Json(ProfileName(*profile)) : Json(nullptr)},
+            {"keys", KeySetName(keySet)},
+            {"value", valueName},
+            {"stored", orNull(stored)},
+            {"problem", problem},
+            {"repair", orNull(repair)}};
+}
+
+std::vector<Finding> Lint(StoreAccess& store) {
+    std::vector<Finding> findings;
+    for (const SchemaValue& value : Schema())
+        if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
+            if (Verdict problem = Check(value, *stored))
+                findings.push_back(FindingOf(value, *stored, std::move(*problem)));
+    for (const KORA4KeySet keySet : {eKeySetStatic, eKeySetDynamic, eKeySetApp})
+        AddUnknown(findings, store, keySet);
+    std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
+        return a.severity > b.severity;
+    });
+    return findings;
+}
+
+bool HasFindings(const std::vector<Finding>& findings) {
+    return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
+        return finding.severity != Severity::eNote;
+    });
+}
+
+Plan FixPlan(const std::vector<Finding>& findings) {
+    Plan plan;
+    plan.scope = Scope::eAll;
+    for (const Finding& finding : findings)
+        if (finding.fix)
+            plan.values.push_back(*finding.fix);
+    return plan;
+}
+
+}  // namespace kora4::tools

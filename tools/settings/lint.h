@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// Each stored value against its type, its range and its encoding.
+#ifndef KORA4_SETTINGS_LINT_H
+#define KORA4_SETTINGS_LINT_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/output.h"
+#include "registry/store_access.h"
+#include "settings/document.h"
+
+namespace kora4::tools {
+
+enum class Severity {
+    eNote,     // worth knowing; nothing to mend
+    eWarning,  // read as it is, but nothing that the API would have set
+    eError,    // not readable: the default is in force
+};
+
+// "note", "warning", "error".
+const char* SeverityName(Severity severity);
+
+struct Finding {
+    Severity severity = Severity::eNote;
+    KORA4KeySet keySet = eKeySetStatic;
+    std::string valueName;  // in the registry
+    std::string name;       // the setting, or what the value is; may be empty
+    std::optional<std::uint32_t> profile;
+    std::string stored;   // what stands there
+    std::string problem;  // a sentence without its full stop
+    std::string repair;   // what --fix does; empty when nothing
+    // What --fix makes of it: the value, and what it shall be (none: deleted, so that the
+    // built-in default is in force).
+    std::optional<PlannedValue> fix;
+
+    // "error: music: volume-leveler: ..."
+    std::string Line() const;
+    Json Document() const;
+};
+
+// Most severe first, then in the order of the schema. The caller holds the store's mutex.
+std::vector<Finding> Lint(StoreAccess& store);
+
+// Errors and warnings: what makes `lint` end with findings. Notes do not.
+bool HasFindings(const std::vector<Finding>& findings);
+
+// Repairs all errors and warnings, for Apply.
+Plan FixPlan(const std::vector<Finding>& findings);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_SETTINGS_LINT_H

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include "settings/names.h"
+
+#include <charconv>
+
+#include "base/failure.h"
+#include "base/nearest.h"
+#include "base/text.h"
+#include "contract/profiles.h"
+#include "contract/technologies.h"
+
+namespace kora4::tools {
+namespace {
+
+constexpr Technology Preset(KORA4PresetTechnology number) {
+    return {Family::ePreset, number};
+}
+constexpr Technology Global(KORA4GlobalTechnology number) {
+    return {Family::eGlobal, number};
+}
+
+std::optional<std::uint32_t> ReadNumber(std::string_view word) {
+    std::uint32_t number = 0;
+    const char* const end = word.data() + word.size();
+    const auto result = std::from_chars(word.data(), end, number);
+    if (word.empty() || result.ec != std::errc{} || result.ptr != end)
+        return {};
+    return number;
+}
+
+}  // namespace
+
+const std::vector<ProfileWord>& Profiles() {
+    static const std::vector<ProfileWord> profiles = {
+        {"movie", cMovieProfile},          {"music", cMusicProfile},
+        {"games", cGamesProfile},          {"p1", cFirstCustomProfile},
+        {"p2", cFirstCustomProfile + 1},   {"p3", cFirstCustomProfile + 2},
+        {"p4", cFirstCustomProfile + 3},   {"p5", cFirstCustomProfile + 4},
+        {"p6", cFirstCustomProfile + 5},   {"demo-movie", cDemoMovieProfile},
+        {"demo-music", cDemoMusicProfile}, {"demo-games", cDemoGamesProfile},
+    };
+    return profiles;
+}
+
+std::string ProfileName(std::uint32_t profile) {
+    for (const ProfileWord& known : Profiles())
+        if (known.number == profile)
+            return known.word;
+    return std::to_string(profile);
+}
+
+std::optional<std::uint32_t> FindProfile(std::string_view word) {
+    const std::string lower = Lower(word);
+    const std::optional<std::uint32_t> number = ReadNumber(word);
+    for (const ProfileWord& known : Profiles())
+        if (lower == known.word || number == known.number)
+            return known.number;
+    return {};
+}
+
+std::uint32_t ParseProfile(std::string_view word) {
+    if (const std::optional<std::uint32_t> profile = FindProfile(word))
+        return *profile;
+    throw Failure(ExitCode::eBadInput, "There is no profile '" + std::string(word) + "'.",
+                  Suggestion(word, ProfileNames()));
+}
+
+std::vector<std::string> ProfileNames() {
+    std::vector<std::string> names;
+    for (const ProfileWord& known : Profiles())
+        names.emplace_back(known.word);
+    return names;
+}
+
+const std::vector<TechnologyWord>& AllTechnologies() {
+    static const std::vector<TechnologyWord> technologies = {
+        {"volume-leveler", "volume leveler", Preset(eVolumeTech), 0},
+        {"graphic-eq", "graphic equalizer", Preset(eStandardEQTech), 1},
+        {"intelligent-eq", "intelligent equalizer", Preset(eDynamicEQTech), 2},
+        {"dialog-enhancer", "dialog enhancer", Preset(eEnhancementTech), 3},
+        {"headphone-virtualizer", "headphone virtualizer", Preset(eHeadphoneTech), 4},
+        {"speaker-virtualizer", "speaker virtualizer", Preset(eVirtualSurroundTech), 5},
+        {"next-gen-surround", "next-generation surround", Preset(eNGSurroundTech), {}},
+        {"peak-limiter", "peak limiter", Global(ePeakLimiterTech), {}},
+        {"audio-regulator", "audio regulator", Global(eAudioRegulatorTech), {}},
+        {"audio-optimizer", "audio optimizer", Global(eAudioOptimizerTech), {}},
+    };
+    return technologies;
+}
+
+const TechnologyWord& WordOf(Technology technology) {
+    for (const TechnologyWord& known : AllTechnologies())
+        if (known.technology == technology)
+            return known;
+    throw Failure(ExitCode::eFailed, "There is no technology of number " +
+                                         std::to_string(technology.number) + ".");
+}
+
+const TechnologyWord* FindTechnology(std::string_view word) {
+    const std::string lower = Lower(word);
+    const std::optional<std::uint32_t> number = ReadNumber(word);
+    for (const TechnologyWord& known : AllTechnologies())
+        if (lower == known.word || (number && number == known.apiNumber))
+            return &known;
+    return nullptr;
+}
+
+const TechnologyWord& ParseTechnology(std::string_view word) {
+    if (const TechnologyWord* const known = FindTechnology(word))
+        return *known;
+    std::vector<std::string> names;
+    for (const TechnologyWord& known : AllTechnologies())
+        names.emplace_back(known.word);
+    throw Failure(ExitCode::eBadInput, "There is no technology '" + std::string(word) + "'.",
+                  Suggestion(word, names));
+}
+
+const std::vector<std::string>& CurveNames() {
+    static const std::vector<std::string> names = {"balanced", "open", "focused",
+                                                   "bright",   "rich", "warm"};
+    return names;
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// Words for numbers: profiles and technologies.
+#ifndef KORA4_SETTINGS_NAMES_H
+#define KORA4_SETTINGS_NAMES_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kora4::tools {
+
+// ---- Profiles: movie music games p1 ... p6 demo-movie demo-music demo-games ----------------
+
+struct ProfileWord {
+    const char* word;
+    std::uint32_t number;
+};
+
+// All twelve, in the order of their numbers; the first nine can be selected.
+const std::vector<ProfileWord>& Profiles();
+
+// The word; for a number that is no profile the number itself.
+std::string ProfileName(std::uint32_t profile);
+// A word in any case, or a profile's number. Failure with eBadInput and the nearest words.
+std::uint32_t ParseProfile(std::string_view word);
+std::optional<std::uint32_t> FindProfile(std::string_view word);
+std::vector<std::string> ProfileNames();
+
+// ---- Technologies -----------------------------------------------------------------------
+
+enum class Family { eNone, ePreset, eGlobal };
+
+// Number as in KORA4PresetTechnology or KORA4GlobalTechnology.
+struct Technology {
+    Family family = Family::eNone;
+    std::uint32_t number = 0;
+
+    friend bool operator==(const Technology&, const Technology&) = default;
+};
+
+struct TechnologyWord {
+    const char* word;
+    const char* title;  // "volume leveler", as in sentences
+    Technology technology;
+    std::optional<std::uint32_t> apiNumber;  // KORA4APITechnology
+};
+
+// All ten: the six of the API in the API's order, next-gen-surround, the global ones.
+const std::vector<TechnologyWord>& AllTechnologies();
+
+const TechnologyWord& WordOf(Technology technology);
+const TechnologyWord* FindTechnology(std::string_view word);
+// A word or a number of the API (0 to 5). Failure with eBadInput.
+const TechnologyWord& ParseTechnology(std::string_view word);
+
+// "Open" of the intelligent EQ's curves: balanced open focused bright rich warm.
+const std::vector<std::string>& CurveNames();
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_SETTINGS_NAMES_H

@@ -1,0 +1,298 @@
+// SPDX-License-Identifier: MIT
+// The values of settings as people and programs write them.
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "contract/patch_records.h"
+#include "settings/settings_table.h"
+
+namespace kora4::tools {
+namespace {
+
+constexpr double cLargestNumber = std::numeric_limits<std::uint32_t>::max();
+
+std::string NumberText(double number) {
+    return Decimal(static_cast<float>(number));
+}
+
+[[noreturn]] void Refuse(const Setting& setting, std::string_view text,
+                         const std::string& reason = {}) {
+    throw Failure(ExitCode::eBadInput,
+                  "'" + std::string(text) + "' is no value for '" + setting.name + "'" +
+                      (reason.empty() ? "." : ": " + reason + "."),
+                  "Allowed: " + setting.Allowed() + ".");
+}
+
+std::string_view Trimmed(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(" \t");
+    if (begin == std::string_view::npos)
+        return {};
+    return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
+}
+
+// A decimal number that takes all of the text, or a hexadecimal one where `isWhole`.
+std::optional<double> ReadNumber(std::string_view text, bool isWhole) {
+    const bool isHex = isWhole && (text.starts_with("0x") || text.starts_with("0X"));
+    const char* const end = text.data() + text.size();
+    if (isHex) {
+        std::uint32_t number = 0;
+        const auto result = std::from_chars(text.data() + 2, end, number, 16);
+        const bool isRead = result.ec == std::errc{} && result.ptr == end && text.size() > 2;
+        return isRead ? std::optional<double>(number) : std::nullopt;
+    }
+    double number = 0;
+    const auto result = std::from_chars(text.data(), end, number);
+    if (text.empty() || result.ec != std::errc{} || result.ptr != end || !std::isfinite(number))
+        return {};
+    return number;
+}
+
+bool IsWhole(Kind kind) {
+    return kind == Kind::eNumber || kind == Kind::eCurveIndex;
+}
+
+Value FromNumber(const Setting& setting, double number, std::string_view text) {
+    if (!IsWhole(setting.kind)) {
+        if (std::fabs(number) > std::numeric_limits<float>::max())
+            Refuse(setting, text, "it is too large");
+        return static_cast<float>(number);
+    }
+    if (number != std::floor(number))
+        Refuse(setting, text, "only whole numbers can be stored");
+    if (number < 0 || number > cLargestNumber)
+        Refuse(setting, text, "it is out of range");
+    return static_cast<std::uint32_t>(number);
+}
+
+// The number of a value that is one.
+std::optional<double> NumberOf(const Value& value) {
+    if (const auto* const number = std::get_if<std::uint32_t>(&value))
+        return *number;
+    if (const auto* const number = std::get_if<float>(&value))
+        return *number;
+    return {};
+}
+
+// "+1", "-10%", from the present value and no further than the ends of the range.
+Value ParseRelative(const Setting& setting, std::string_view text,
+                    const std::optional<Value>& current) {
+    const bool isMinus = text.front() == '-';
+    std::string_view amount = Trimmed(text.substr(1));
+    const bool isPercent = amount.ends_with('%');
+    if (isPercent)
+        amount = Trimmed(amount.substr(0, amount.size() - 1));
+    std::optional<double> step = ReadNumber(amount, IsWhole(setting.kind));
+    if (!step || *step < 0)
+        Refuse(setting, text);
+    if (isPercent && !setting.highest)
+        Refuse(setting, text, "per cent are of the range, and it has none");
+    if (isPercent)
+        *step *= (*setting.highest - *setting.lowest) / 100;
+    if (isPercent && IsWhole(setting.kind) && *step > 0)
+        *step = std::max(1.0, std::round(*step));
+    const std::optional<double> start = current ? NumberOf(*current) : std::nullopt;
+    if (!start)
+        Refuse(setting, text, "there is no present value to start from");
+    const double wanted = *start + (isMinus ? -*step : *step);
+    return FromNumber(setting,
+                      std::clamp(wanted, setting.lowest.value_or(0),
+                                 setting.highest.value_or(cLargestNumber)),
+                      text);
+}
+
+bool ParseSwitch(const Setting& setting, std::string_view text) {
+    const std::string word = Lower(text);
+    for (const char* const on : {"on", "true", "yes", "1"})
+        if (word == on)
+            return true;
+    for (const char* const off : {"off", "false", "no", "0"})
+        if (word == off)
+            return false;
+    Refuse(setting, text);
+}
+
+std::vector<std::string_view> Elements(std::string_view text) {
+    std::vector<std::string_view> elements;
+    while (!(text = Trimmed(text)).empty()) {
+        const std::size_t end = std::min(text.find_first_of(", \t"), text.size());
+        elements.push_back(text.substr(0, end));
+        text = Trimmed(text.substr(end));
+        if (text.starts_with(','))
+            text.remove_prefix(1);
+    }
+    return elements;
+}
+
+Value ParseArray(const Setting& setting, std::string_view text) {
+    std::vector<bool> flags;
+    std::vector<float> numbers;
+    for (const std::string_view element : Elements(text)) {
+        if (setting.kind == Kind::eFlagArray) {
+            flags.push_back(ParseSwitch(setting, element));
+            continue;
+        }
+        const std::optional<double> number = ReadNumber(element, false);
+        if (!number)
+            Refuse(setting, text, "'" + std::string(element) + "' is no number");
+        numbers.push_back(static_cast<float>(*number));
+    }
+    return setting.kind == Kind::eFlagArray ? Value(flags) : Value(numbers);
+}
+
+Value ParseNumber(const Setting& setting, std::string_view text,
+                  const std::optional<Value>& current) {
+    for (const ValueWord& word : setting.words)
+        if (Lower(text) == word.word)
+            return word.number;
+    if (!setting.unit.empty() && Lower(text).ends_with(Lower(setting.unit)))
+        text = Trimmed(text.substr(0, text.size() - setting.unit.size()));
+    const bool isSigned = text.starts_with('+') || text.starts_with('-');
+    if (isSigned && setting.TakesRelative())
+        return ParseRelative(setting, text, current);
+    if (text.starts_with('+'))
+        text.remove_prefix(1);
+    const std::optional<double> number = ReadNumber(text, IsWhole(setting.kind));
+    if (!number)
+        Refuse(setting, text);
+    return FromNumber(setting, *number, text);
+}
+
+// What is outside the limits; empty when all is within.
+std::string OutOfRange(const Setting& setting, const Value& value) {
+    const auto isOut = [&setting](double number) {
+        // As the library compares: with the limits as floats.
+        return (setting.lowest && number < *setting.lowest) ||
+               (setting.highest && number > *setting.highest);
+    };
+    if (const std::optional<double> number = NumberOf(value))
+        return isOut(*number) ? NumberText(*number) : "";
+    if (const auto* const elements = std::get_if<std::vector<float>>(&value))
+        for (const float element : *elements)
+            if (isOut(element))
+                return NumberText(element);
+    return {};
+}
+
+}  // namespace
+
+std::string Setting::Allowed() const {
+    const std::string most = "up to " + std::to_string(cMaxArrayElements);
+    const std::string range =
+        highest ? NumberText(*lowest) + " to " + NumberText(*highest) : std::string();
+    switch (kind) {
+        case Kind::eSwitch:
+            return "on or off";
+        case Kind::eText:
+            return "a text";
+        case Kind::eBlob:
+            return "bytes";
+        case Kind::eFlagArray:
+            return most + " times on or off";
+        case Kind::eNumericArray:
+            return most + " numbers" + (range.empty() ? "" : " from " + range) +
+                   (unit.empty() ? "" : " " + unit);
+        default:
+            break;
+    }
+    if (!words.empty())
+        return Join(CompletionWords(*this), ", ") + ", or " + range;
+    if (!range.empty())
+        return range + (unit.empty() ? "" : " " + unit);
+    return (IsWhole(kind) ? "a whole number from 0 to " +
+                                std::to_string(std::numeric_limits<std::uint32_t>::max())
+                          : std::string("any number")) +
+           (unit.empty() ? std::string() : ", " + unit);
+}
+
+Value ParseValue(const Setting& setting, std::string_view text,
+                 const std::optional<Value>& current, Limits limits) {
+    Value value;
+    if (setting.kind == Kind::eText) {
+        value = std::string(text);
+    } else if (setting.kind == Kind::eBlob) {
+        std::optional<Bytes> bytes = FromHex(text);
+        if (!bytes)
+            Refuse(setting, text);
+        value = std::move(*bytes);
+    } else if (setting.IsSwitch()) {
+        value = ParseSwitch(setting, Trimmed(text));
+    } else if (setting.IsArray()) {
+        value = ParseArray(setting, text);
+    } else {
+        value = ParseNumber(setting, Trimmed(text), current);
+    }
+    if (limits == Limits::eApi)
+        CheckRange(setting, value);
+    return value;
+}
+
+bool IsInRange(const Setting& setting, const Value& value) {
+    return OutOfRange(setting, value).empty();
+}
+
+void CheckRange(const Setting& setting, const Value& value) {
+    const std::string number = OutOfRange(setting, value);
+    if (!number.empty())
+        Refuse(setting, number, "it is out of range");
+}
+
+std::string FormatValue(const Setting& setting, const Value& value, bool withUnit) {
+    const std::string unit = withUnit && !setting.unit.empty() ? " " + setting.unit : "";
+    if (const auto* const on = std::get_if<bool>(&value))
+        return *on ? "on" : "off";
+    if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
+        for (const ValueWord& word : setting.words)
+            if (word.number == *number)
+                return word.word;
+        const bool isMask =
+            setting.role == Role::eEngineMask || setting.role == Role::eTraceWord;
+        return isMask ? Hex(*number) : std::to_string(*number) + unit;
+    }
+    if (const auto* const number = std::get_if<float>(&value))
+        return Decimal(*number) + unit;
+    if (const auto* const text = std::get_if<std::string>(&value))
+        return *text;
+    if (const auto* const bytes = std::get_if<Bytes>(&value))
+        return ToHex(*bytes);
+    std::vector<std::string> elements;
+    if (const auto* const numbers = std::get_if<std::vector<float>>(&value))
+        for (const float number : *numbers)
+            elements.push_back(Decimal(number));
+    if (const auto* const flags = std::get_if<std::vector<bool>>(&value))
+        for (const bool flag : *flags)
+            elements.emplace_back(flag ? "on" : "off");
+    return Join(elements, " ") + unit;
+}
+
+Json ToJson(const Setting& setting, const Value& value) {
+    if (const auto* const on = std::get_if<bool>(&value))
+        return *on;
+    if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
+        for (const ValueWord& word : setting.words)
+            if (word.number == *number)
+                return word.word;
+        return *number;
+    }
+    // By way of the shortest text: a float as such would print digits that nobody typed.
+    const auto shortest = [](float number) { return std::stod(Decimal(number)); };
+    if (const auto* const number = std::get_if<float>(&value))
+        return shortest(*number);
+    if (const auto* const text = std::get_if<std::string>(&value))
+        return *text;
+    if (const auto* const bytes = std::get_if<Bytes>(&value))
+        return ToHex(*bytes);
+    Json elements = Json::array();
+    if (const auto* const numbers = std::get_if<std::vector<float>>(&value))
+        for (const float number : *numbers)
+            elements.push_back(shortest(number));
+    if (const auto* const flags = std::get_if<std::vector<bool>>(&value))
+        for (const bool flag : *flags)
+            elements.push_back(flag);
+    return elements;
+}
+
+}  // namespace kora4::tools

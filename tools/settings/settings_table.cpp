@@ -1,0 +1,396 @@
+// SPDX-License-Identifier: MIT
+#include "settings/settings_table.h"
+
+#include <algorithm>
+
+#include "api/patch_limits.h"
+#include "base/failure.h"
+#include "base/nearest.h"
+#include "base/text.h"
+#include "contract/field_ids.h"
+#include "contract/general_settings.h"
+#include "contract/profiles.h"
+
+namespace kora4::tools {
+namespace {
+
+// ---- What the tables of the store do not say ----------------------------------------------
+
+struct ApiMethods {
+    const char* name;
+    const char* reader;
+    const char* writer;
+};
+
+constexpr ApiMethods cGeneralMethods[] = {
+    {"enable", "GetVeltoEnable", "SetVeltoEnable"},
+    {"profile", "GetActiveProfile", "SetActiveProfile"},
+    {"sampling-period", "GetVisualizationSamplingPeriod", "SetVisualizationSamplingPeriod"},
+    {"engine-mask", "GetTechnologyMasterEnables", ""},
+    {"profile-editor-command", "GetVeltoProfileEditorCommand", ""},
+    {"profile-selector-command", "GetVeltoProfileSelectorCommand", ""},
+    {"demo-app-command", "GetVeltoDemoAppCommand", ""},
+};
+
+// A field that has a name of its own; the others are called by their property ids.
+struct FieldName {
+    const char* technology;
+    std::uint32_t pid;
+    const char* suffix;  // empty: the technology's value itself
+    const char* summary;
+    const char* unit;
+    std::optional<double> lowest;
+    std::optional<double> highest;
+    const char* reader;
+    const char* writer;
+};
+
+constexpr char cGetSimple[] = "GetSimplePatchValue";
+constexpr char cSetSimple[] = "SetSimplePatchValue";
+constexpr char cGetGraphic[] = "GetGraphicEQData";
+constexpr char cSetGraphic[] = "SetGraphicEQData";
+
+// The one value of a technology of the API.
+constexpr FieldName Simple(const char* technology, std::uint32_t pid, const char* summary,
+                           double lowest, double highest) {
+    return {technology, pid, "", summary, "", lowest, highest, cGetSimple, cSetSimple};
+}
+
+constexpr FieldName StoreOnly(const char* technology, std::uint32_t pid, const char* suffix,
+                              const char* summary, const char* unit = "") {
+    return {technology, pid, suffix, summary, unit, {}, {}, "", ""};
+}
+
+constexpr FieldName cFieldNames[] = {
+    Simple("volume-leveler", pkey::cVolumeAmountPid, "volume leveler amount", 0,
+           cVeltoVolumeLevelerAmountMax),
+    {"graphic-eq", pkey::cStandardEQFreqPid, ".frequencies",
+     "frequencies of the graphic equalizer's bands", "Hz", std::nullopt, std::nullopt,
+     cGetGraphic, cSetGraphic},
+    {"graphic-eq", pkey::cStandardEQGainPid, ".gains", "gains of the graphic equalizer's bands",
+     "dB", cGraphicEQGainMin, cGraphicEQGainMax, cGetGraphic, cSetGraphic},
+    Simple("intelligent-eq", pkey::cDynamicEQCurvePid, "curve of the intelligent equalizer", 0,
+           eNumberIEQPatches - 1),
+    StoreOnly("intelligent-eq", pkey::cDynamicEQLevelPid, ".level",
+              "how much of the curve is applied"),
+    StoreOnly("intelligent-eq", pkey::cDynamicEQFreqPid, ".frequencies",
+              "frequencies of the curve's bands", "Hz"),
+    Simple("dialog-enhancer", pkey::cEnhancementAmountPid, "dialog enhancer amount",
+           cDialogEnhancerAmountMin, cDialogEnhancerAmountMax),
+    Simple("headphone-virtualizer", pkey::cHeadphoneSurroundBoostPid,
+           "headphone virtualizer boost", cSurroundCompBoostMin, cSurroundCompBoostMax),
+    Simple("speaker-virtualizer", pkey::cVirtualSurroundBoostPid, "speaker virtualizer boost",
+           cSurroundCompBoostMin, cSurroundCompBoostMax),
+    StoreOnly("audio-regulator", pkey::cRegulatorFreqPid, ".frequencies",
+              "frequencies of the regulator's bands", "Hz"),
+    StoreOnly("audio-regulator", pkey::cRegulatorThresholdPid, ".thresholds-1",
+              "first thresholds of the regulator", "dB"),
+    StoreOnly("audio-regulator", pkey::cRegulatorThresholdPid + 1, ".thresholds-2",
+              "second thresholds of the regulator", "dB"),
+    StoreOnly("audio-regulator", pkey::cRegulatorIsolatePid, ".isolated",
+              "which of the regulator's bands are isolated"),
+    StoreOnly("audio-optimizer", pkey::cOptimizerFreqPid, ".frequencies",
+              "frequencies of the optimizer's bands", "Hz"),
+};
+
+struct Alias {
+    const char* alias;
+    const char* name;
+};
+
+constexpr Alias cAliases[] = {
+    {"active-profile", "profile"},
+    {"master-enable", "enable"},
+    {"period", "sampling-period"},
+    {"mask", "engine-mask"},
+    {"trace", "trace-flags"},
+    {"volume", "volume-leveler"},
+    {"leveler", "volume-leveler"},
+    {"dialog", "dialog-enhancer"},
+    {"dialogue-enhancer", "dialog-enhancer"},
+    {"geq", "graphic-eq"},
+    {"equalizer", "graphic-eq"},
+    {"ieq", "intelligent-eq"},
+    {"headphone", "headphone-virtualizer"},
+    {"headphones", "headphone-virtualizer"},
+    {"speaker", "speaker-virtualizer"},
+    {"speakers", "speaker-virtualizer"},
+    {"surround", "speaker-virtualizer"},
+};
+
+// ---- The rows ---------------------------------------------------------------------------
+
+void SetWords(Setting& setting, const std::vector<std::string>& words) {
+    for (std::uint32_t i = 0; i < words.size(); ++i)
+        setting.words.push_back({words[i], i});
+}
+
+Setting GeneralRow(const contract::GeneralSetting& general) {
+    const SchemaValue value = general.key.fmtid == pkey::cMasterEnablesGuid
+                                  ? EngineMaskValue()
+                                  : SettingValue(general.key.pid);
+    Setting setting;
+    setting.name = general.name;
+    setting.summary = general.meaning;
+    setting.kind = value.kind;
+    setting.role = value.role;
+    setting.pid = general.key.pid;
+    for (const ApiMethods& methods : cGeneralMethods) {
+        if (setting.name != methods.name)
+            continue;
+        setting.reader = methods.reader;
+        setting.writer = methods.writer;
+        setting.access = setting.writer.empty() ? Access::eReadOnly : Access::eReadWrite;
+    }
+    if (setting.role == Role::eActiveProfile) {
+        for (const ProfileWord& profile : Profiles())
+            setting.words.push_back({profile.word, profile.number});
+        setting.lowest = cMovieProfile;
+        setting.highest = cSelectableProfileBound - 1;
+    }
+    if (setting.name == "sampling-period")
+        setting.unit = "ms";
+    return setting;
+}
+
+Setting VersionRow() {
+    Setting setting;
+    setting.name = "version";
+    setting.summary = "the version of the library's settings model";
+    setting.kind = Kind::eText;
+    setting.access = Access::eReadOnly;
+    setting.reader = "GetVeltoKORA4Version";
+    setting.isStored = false;
+    return setting;
+}
+
+// Both arrays in one: what `eq` shows and changes.
+Setting GraphicRow(const TechnologyWord& technology) {
+    Setting setting;
+    setting.name = technology.word;
+    setting.summary = "the bands of the graphic equalizer; changed with 'eq'";
+    setting.kind = Kind::eNumericArray;
+    setting.unit = "dB";
+    setting.perProfile = true;
+    setting.access = Access::eReadOnly;
+    setting.reader = cGetGraphic;
+    setting.isStored = false;
+    setting.technology = technology.technology;
+    return setting;
+}
+
+Setting NameRow() {
+    Setting setting;
+    setting.name = "name";
+    setting.summary = "the name of a custom profile; without one the profile does not exist";
+    setting.kind = Kind::eText;
+    setting.perProfile = true;
+    setting.access = Access::eReadWrite;
+    setting.reader = "GetProfileTable";
+    setting.writer = "SetCustomProfileName";
+    setting.role = Role::eName;
+    return setting;
+}
+
+Setting SwitchRow(const TechnologyWord& technology) {
+    Setting setting;
+    setting.name = std::string(technology.word) + ".on";
+    setting.summary = std::string("switches the ") + technology.title;
+    setting.kind = Kind::eSwitch;
+    setting.perProfile = technology.technology.family == Family::ePreset;
+    setting.technology = technology.technology;
+    setting.role = Role::eFlag;
+    if (technology.apiNumber) {
+        setting.access = Access::eReadWrite;
+        setting.reader = "GetTechnologyOnElseOff";
+        setting.writer = "SetTechnologyOnElseOff";
+    }
+    return setting;
+}
+
+void NameField(Setting& setting, const TechnologyWord& technology, const SchemaValue& value) {
+    const bool isOptimizerGain = value.arrays == eAudioOptimizerMaxChannels;
+    if (isOptimizerGain) {
+        const std::string channel = std::to_string(value.array + 1);
+        setting.name += ".gains-" + channel;
+        setting.summary = "gains of the optimizer's channel " + channel;
+        setting.unit = "dB";
+        return;
+    }
+    for (const FieldName& name : cFieldNames) {
+        if (setting.name != name.technology || setting.pid != name.pid)
+            continue;
+        setting.name += name.suffix;
+        setting.summary = name.summary;
+        setting.unit = name.unit;
+        setting.lowest = name.lowest;
+        setting.highest = name.highest;
+        setting.reader = name.reader;
+        setting.writer = name.writer;
+        setting.access = setting.reader.empty() ? Access::eStoreOnly : Access::eReadWrite;
+        return;
+    }
+    const std::string id = std::to_string(setting.pid);
+    setting.name += ".field-" + id;
+    setting.summary =
+        "field " + id + " of the " + technology.title + ", carried for the engine";
+}
+
+Setting FieldRow(const TechnologyWord& technology, const SchemaValue& value) {
+    Setting setting;
+    setting.name = technology.word;
+    setting.kind = value.kind;
+    setting.perProfile = technology.technology.family == Family::ePreset;
+    setting.technology = technology.technology;
+    setting.role = Role::eField;
+    setting.pid = value.key.pid;
+    NameField(setting, technology, value);
+    if (value.kind == Kind::eCurveIndex)
+        SetWords(setting, CurveNames());
+    return setting;
+}
+
+// One row for each field, whatever profile the walk begins with.
+void AddTechnologyRows(std::vector<Setting>& rows, const TechnologyWord& technology) {
+    rows.push_back(SwitchRow(technology));
+    std::vector<Setting> values;
+    std::vector<Setting> further;
+    for (const SchemaValue& value : FieldValues(technology.technology, cMovieProfile)) {
+        Setting row = FieldRow(technology, value);
+        (row.name == technology.word ? values : further).push_back(std::move(row));
+    }
+    if (technology.apiNumber && values.empty())
+        values.push_back(GraphicRow(technology));
+    std::move(values.begin(), values.end(), std::back_inserter(rows));
+    std::move(further.begin(), further.end(), std::back_inserter(rows));
+}
+
+std::vector<Setting> MakeTable() {
+    std::vector<Setting> rows;
+    const auto addGeneral = [&rows](contract::SettingRole role) {
+        for (const contract::GeneralSetting& general : contract::cGeneralSettings)
+            if (general.role == role)
+                rows.push_back(GeneralRow(general));
+    };
+    addGeneral(contract::SettingRole::eUser);
+    // What people ask for comes first.
+    std::stable_partition(rows.begin(), rows.end(), [](const Setting& setting) {
+        return setting.role == Role::eActiveProfile;
+    });
+    rows.push_back(NameRow());
+    for (const TechnologyWord& technology : AllTechnologies())
+        AddTechnologyRows(rows, technology);
+    rows.push_back(VersionRow());
+    addGeneral(contract::SettingRole::eMachine);
+    return rows;
+}
+
+}  // namespace
+
+SchemaValue Setting::Stored(std::uint32_t profile) const {
+    if (!isStored)
+        throw Failure(ExitCode::eFailed, "'" + name + "' is not one value of the store.");
+    switch (role) {
+        case Role::eFlag:
+            return FlagValue(technology, profile);
+        case Role::eField:
+            return FieldValue(technology, profile, pid);
+        case Role::eName:
+            return NameValue(profile);
+        case Role::eEngineMask:
+            return EngineMaskValue();
+        default:
+            return SettingValue(pid);
+    }
+}
+
+bool Setting::TakesRelative() const {
+    if (IsArray() || role == Role::eActiveProfile)
+        return false;
+    return (lowest && *lowest >= 0 && highest) || unit == "ms";
+}
+
+const std::vector<Setting>& SettingsTable() {
+    static const std::vector<Setting> table = MakeTable();
+    return table;
+}
+
+const Setting* FindSetting(std::string_view name) {
+    std::string wanted = Lower(name);
+    const std::string switchSuffix = ".switch";
+    if (wanted.ends_with(switchSuffix))
+        wanted.replace(wanted.size() - switchSuffix.size(), switchSuffix.size(), ".on");
+    const std::size_t dot = wanted.find('.');
+    const std::string head = wanted.substr(0, dot);
+    std::string full = head;
+    for (const Alias& alias : cAliases)
+        if (head == alias.alias)
+            full = alias.name;
+    if (const TechnologyWord* const technology = FindTechnology(head))
+        full = technology->word;
+    if (dot != std::string::npos)
+        full += wanted.substr(dot);
+    for (const Setting& setting : SettingsTable())
+        if (setting.name == full)
+            return &setting;
+    return nullptr;
+}
+
+const Setting& SettingNamed(std::string_view name) {
+    if (const Setting* const setting = FindSetting(name))
+        return *setting;
+    throw Failure(ExitCode::eBadInput, "There is no setting '" + std::string(name) + "'.",
+                  Suggestion(name, SettingNames()));
+}
+
+const Setting* SwitchOf(const Setting& setting) {
+    if (setting.IsSwitch())
+        return &setting;
+    if (setting.technology.family == Family::eNone)
+        return nullptr;
+    const std::string word = WordOf(setting.technology).word;
+    return setting.name == word ? FindSetting(word + ".on") : nullptr;
+}
+
+const Setting* SettingOf(const SchemaValue& value) {
+    for (const Setting& setting : SettingsTable()) {
+        if (!setting.isStored || setting.role != value.role)
+            continue;
+        const bool isOne = setting.role == Role::eName || setting.role == Role::eFlag;
+        if (setting.technology == value.technology && (isOne || setting.pid == value.key.pid))
+            return &setting;
+    }
+    return nullptr;
+}
+
+std::string NameOf(const SchemaValue& value) {
+    if (const Setting* const setting = SettingOf(value))
+        return setting->name;
+    if (value.role == Role::eTrigger)
+        return std::string(WordOf(value.technology).word) + " trigger";
+    const contract::GeneralSetting* const general = contract::FindGeneralSetting(value.key);
+    return general ? general->name : value.Name();
+}
+
+std::string PlaceOf(const SchemaValue& value) {
+    return (value.profile ? ProfileName(*value.profile) + ": " : std::string()) + NameOf(value);
+}
+
+std::vector<std::string> SettingNames() {
+    std::vector<std::string> names;
+    for (const Setting& setting : SettingsTable())
+        names.push_back(setting.name);
+    return names;
+}
+
+std::vector<std::string> CompletionWords(const Setting& setting) {
+    if (setting.IsSwitch())
+        return {"on", "off"};
+    std::vector<std::string> words;
+    for (const ValueWord& word : setting.words)
+        if (!setting.highest || word.number <= *setting.highest)
+            words.push_back(word.word);
+    return words;
+}
+
+}  // namespace kora4::tools

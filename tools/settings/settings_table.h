@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// The table of settings: the one place that says what a setting is called, what it may be,
+// who may change it and how it is stored. `get`, `set`, `describe`, `--help`, completion,
+// the settings document and the manual are made from it.
+#ifndef KORA4_SETTINGS_SETTINGS_TABLE_H
+#define KORA4_SETTINGS_SETTINGS_TABLE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/output.h"
+#include "settings/schema.h"
+
+namespace kora4::tools {
+
+enum class Access {
+    eReadWrite,  // through the API (of the active profile)
+    eReadOnly,   // the API reads it and has no setter
+    eStoreOnly,  // not in the API: through the store
+};
+
+// What a value is called, besides its number.
+struct ValueWord {
+    std::string word;
+    std::uint32_t number;
+};
+
+struct Setting {
+    std::string name;     // "volume-leveler", "volume-leveler.on"
+    std::string summary;  // one line without a full stop
+    Kind kind = Kind::eNumber;
+    std::string unit;  // "ms", "dB", "Hz", or empty
+    // What the API lets a client set, both ends included; none: any number.
+    std::optional<double> lowest;
+    std::optional<double> highest;
+    std::vector<ValueWord> words;  // of numbers; switches have on and off besides
+    bool perProfile = false;
+    Access access = Access::eStoreOnly;
+    std::string reader;  // methods of the API; empty for store-only settings
+    std::string writer;
+    Technology technology;
+
+    // Not stored: the version, which only the library knows.
+    bool isStored = true;
+
+    // How it is stored. `profile` matters to per-profile settings only.
+    SchemaValue Stored(std::uint32_t profile = 0) const;
+
+    // "on or off", "0 to 10", "0 to 1", "balanced, open, ... or 0 to 5", "a text".
+    std::string Allowed() const;
+    bool IsSwitch() const { return kind == Kind::eSwitch; }
+    bool IsArray() const { return kind == Kind::eNumericArray || kind == Kind::eFlagArray; }
+    // A change by +N, -N, +N% or -N% is understood: numbers that cannot be negative.
+    bool TakesRelative() const;
+
+    // Made by the table: pid in the settings family, or of the flag (0) or field.
+    std::uint32_t pid = 0;
+    Role role = Role::eSetting;
+};
+
+// All rows in the order of `list`.
+const std::vector<Setting>& SettingsTable();
+
+// By name in any case, by an alias (`volume`, `surround`, "X.switch") and, for the technologies
+// of the API, by number. Null when there is none.
+const Setting* FindSetting(std::string_view name);
+// The same; Failure with eBadInput and the nearest names.
+const Setting& SettingNamed(std::string_view name);
+// "volume-leveler" and "volume-leveler.on" both give "volume-leveler.on"; null when the
+// setting is no switch and has none.
+const Setting* SwitchOf(const Setting& setting);
+// The setting that a value of the store belongs to; null for triggers and the like.
+const Setting* SettingOf(const SchemaValue& value);
+
+// What a value of the store is called: the setting's name, or for what is no setting "levels",
+// "table-counter", "volume-leveler trigger"; with the profile in front: "music:
+// volume-leveler".
+std::string NameOf(const SchemaValue& value);
+std::string PlaceOf(const SchemaValue& value);
+
+std::vector<std::string> SettingNames();
+// For completion: on and off, words, profiles; empty for plain numbers.
+std::vector<std::string> CompletionWords(const Setting& setting);
+
+enum class Limits {
+    eApi,    // what the API lets a client set
+    eStore,  // whatever can be stored
+};
+
+// What a user typed: `on`, `7`, `0.5`, `open`, `+1`, `-10%`; arrays as numbers between commas
+// or blanks. A relative value starts from `current` and stops at the ends of the range;
+// per cent are of the range. Failure with eBadInput says what is allowed.
+Value ParseValue(const Setting& setting, std::string_view text,
+                 const std::optional<Value>& current = {}, Limits limits = Limits::eApi);
+
+// Failure with eBadInput unless the value is within the limits of the API.
+void CheckRange(const Setting& setting, const Value& value);
+bool IsInRange(const Setting& setting, const Value& value);
+
+// For people: "on", "7", "0.33", "open", "32 64 125"; with the unit: "50 ms".
+std::string FormatValue(const Setting& setting, const Value& value, bool withUnit = false);
+// true, 7, 0.33, "open", [32, 64]. Numbers without a word are numbers.
+Json ToJson(const Setting& setting, const Value& value);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_SETTINGS_SETTINGS_TABLE_H

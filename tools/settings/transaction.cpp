@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: MIT
+#include "settings/transaction.h"
+
+#include <algorithm>
+
+#include "base/failure.h"
+
+namespace kora4::tools {
+namespace {
+
+class Interrupted : public Failure {
+  public:
+    Interrupted() : Failure(ExitCode::eFailed, "Interrupted.") {}
+};
+
+void Put(StoreAccess& store, KORA4KeySet keySet, const PropertyKey& key,
+         const std::optional<StoredValue>& value) {
+    if (value)
+        store.Write(keySet, key, *value);
+    else
+        store.Delete(keySet, key);
+}
+
+// Values before what announces them: those of the dynamic keys announce themselves.
+std::vector<Difference> InOrderOfWriting(std::vector<Difference> differences) {
+    std::stable_partition(differences.begin(), differences.end(),
+                          [](const Difference& d) { return d.value.keySet != eKeySetDynamic; });
+    return differences;
+}
+
+Journal JournalOf(const std::vector<Difference>& differences) {
+    Journal journal;
+    for (const Difference& difference : differences) {
+        journal.entries.push_back({difference.value.keySet, difference.value.key,
+                                   difference.stored, difference.wanted});
+        const std::optional<PropertyKey> counter = difference.value.Announcement();
+        const auto& counters = journal.counters;
+        if (counter && std::find(counters.begin(), counters.end(), *counter) == counters.end())
+            journal.counters.push_back(*counter);
+    }
+    return journal;
+}
+
+void RefuseOverJournal(const JournalFile& file) {
+    Journal ignored;
+    const JournalFile::State state = file.Read(ignored);
+    // What was cut short never touched the store; writing anew replaces it.
+    if (state == JournalFile::State::eAbsent || state == JournalFile::State::eCutShort)
+        return;
+    throw Failure(ExitCode::eFailed,
+                  "An earlier change of the settings was broken off; its journal is " +
+                      file.Path() + ". Nothing was changed.",
+                  "Run 'kora4ctl doctor' first: it undoes or finishes that change.");
+}
+
+// Puts every value back that is not what it was, and tells the clients once more. Goes on
+// after a refusal; the first one is thrown at the end.
+void Restore(StoreAccess& store, const Journal& journal) {
+    std::exception_ptr refusal;
+    const auto attempt = [&refusal](auto step) {
+        try {
+            step();
+        } catch (const std::exception&) {
+            if (!refusal)
+                refusal = std::current_exception();
+        }
+    };
+    for (const JournalEntry& entry : journal.entries) {
+        attempt([&] {
+            if (store.Read(entry.keySet, entry.key) != entry.before)
+                Put(store, entry.keySet, entry.key, entry.before);
+        });
+    }
+    for (const PropertyKey& counter : journal.counters)
+        attempt([&] { store.Bump(counter); });
+    if (refusal)
+        std::rethrow_exception(refusal);
+}
+
+[[noreturn]] void GiveUp(StoreAccess& store, const Journal& journal, const JournalFile& file,
+                         const std::string& reason) {
+    try {
+        Restore(store, journal);
+    } catch (const std::exception& failure) {
+        throw Failure(ExitCode::eFailed,
+                      reason + " Putting back what was there before failed as well: " +
+                          failure.what() + " The journal stays at " + file.Path() + ".",
+                      "Run 'kora4ctl doctor': it puts the rest back.");
+    }
+    file.Remove();
+    throw Failure(ExitCode::eFailed, reason + " What was there before has been put back.");
+}
+
+void WriteAll(StoreAccess& store, const Journal& journal, const IsInterrupted& isInterrupted) {
+    const auto check = [&isInterrupted] {
+        if (isInterrupted && isInterrupted())
+            throw Interrupted();
+    };
+    for (const JournalEntry& entry : journal.entries) {
+        check();
+        Put(store, entry.keySet, entry.key, entry.after);
+    }
+    for (const PropertyKey& counter : journal.counters) {
+        check();
+        store.Bump(counter);
+    }
+}
+
+void Begin(const Journal& journal, const JournalFile& file) {
+    try {
+        file.Write(journal);
+    } catch (const Failure& failure) {
+        throw Failure(failure.Code(),
+                      "The journal that a change of the settings needs cannot be written. " +
+                          std::string(failure.what()) + " Nothing was changed.",
+                      failure.Next());
+    }
+}
+
+void End(const JournalFile& file) {
+    try {
+        file.Remove();
+    } catch (const Failure& failure) {
+        throw Failure(failure.Code(),
+                      std::string("Everything was written, but the journal cannot be "
+                                  "removed. ") +
+                          failure.what(),
+                      failure.Next());
+    }
+}
+
+// ---- Recovery -----------------------------------------------------------------------------
+
+std::string PlaceOf(const JournalEntry& entry) {
+    const SchemaValue* const value = FindInSchema(entry.keySet, entry.key);
+    return value ? PlaceOf(*value) : ValueName(entry.key);
+}
+
+// What a journal and the store say together.
+struct Examination {
+    Recovered found;
+    Journal journal;
+    std::vector<JournalEntry> toRestore;
+};
+
+// Nothing but values of the store is ever written from a journal, whoever made the file.
+bool IsOfStore(const Journal& journal) {
+    return std::all_of(journal.entries.begin(), journal.entries.end(),
+                       [](const JournalEntry& entry) {
+                           return FindInSchema(entry.keySet, entry.key) != nullptr;
+                       }) &&
+           std::all_of(journal.counters.begin(), journal.counters.end(),
+                       [](const PropertyKey& counter) {
+                           return FindInSchema(eKeySetDynamic, counter) != nullptr;
+                       });
+}
+
+void ExamineValues(Examination& examination, StoreAccess& store) {
+    bool isAnyOld = false;
+    for (const JournalEntry& entry : examination.journal.entries) {
+        const std::optional<StoredValue> present = store.Read(entry.keySet, entry.key);
+        if (present == entry.before)
+            isAnyOld = true;
+        else if (present == entry.after)
+            examination.toRestore.push_back(entry);
+        else
+            examination.found.foreign.push_back(PlaceOf(entry));
+    }
+    const bool isComplete = !isAnyOld && !examination.toRestore.empty();
+    examination.found.outcome = isComplete ? Recovery::eFinished : Recovery::eUndone;
+    if (isComplete)
+        examination.toRestore.clear();
+    for (const JournalEntry& entry : examination.toRestore)
+        examination.found.restored.push_back(PlaceOf(entry));
+}
+
+Examination Examine(StoreAccess& store, const JournalFile& file) {
+    Examination examination;
+    examination.found.journal = file.Path();
+    switch (file.Read(examination.journal)) {
+        case JournalFile::State::eAbsent:
+            examination.found.outcome = Recovery::eNothing;
+            break;
+        case JournalFile::State::eCutShort:
+            examination.found.outcome = Recovery::eNotBegun;
+            break;
+        case JournalFile::State::eUnreadable:
+            examination.found.outcome = Recovery::eUnreadable;
+            break;
+        case JournalFile::State::eWhole:
+            if (IsOfStore(examination.journal))
+                ExamineValues(examination, store);
+            else
+                examination.found.outcome = Recovery::eUnreadable;
+            break;
+    }
+    return examination;
+}
+
+std::string Count(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " value" : " values");
+}
+
+}  // namespace
+
+Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock&, const JournalFile& file,
+              const IsInterrupted& isInterrupted) {
+    RefuseOverJournal(file);
+    Applied applied;
+    applied.changes = Compare(plan, store);
+    if (applied.changes.empty())
+        return applied;
+    const Journal journal = JournalOf(InOrderOfWriting(applied.changes));
+    applied.announcements = journal.counters.size();
+    Begin(journal, file);
+    try {
+        WriteAll(store, journal, isInterrupted);
+    } catch (const std::exception& failure) {
+        GiveUp(store, journal, file, failure.what());
+    }
+    End(file);
+    return applied;
+}
+
+Recovered Recover(StoreAccess& store, const StoreLock&, const JournalFile& file) {
+    const Examination examination = Examine(store, file);
+    switch (examination.found.outcome) {
+        case Recovery::eNothing:
+        case Recovery::eUnreadable:
+            return examination.found;
+        default:
+            break;
+    }
+    for (const JournalEntry& entry : examination.toRestore)
+        Put(store, entry.keySet, entry.key, entry.before);
+    for (const PropertyKey& counter : examination.journal.counters)
+        store.Bump(counter);
+    file.Remove();
+    return examination.found;
+}
+
+Recovered Inspect(StoreAccess& store, const JournalFile& file) {
+    Recovered found = Examine(store, file).found;
+    found.isDone = false;
+    return found;
+}
+
+std::string Recovered::InWords() const {
+    std::string words;
+    switch (outcome) {
+        case Recovery::eNothing:
+            return "No change of the settings was broken off.";
+        case Recovery::eUnreadable:
+            return "There is a journal of a change of the settings that this program cannot "
+                   "read, or that another user made: " +
+                   journal + ". It was left alone.";
+        case Recovery::eNotBegun:
+            return std::string(
+                       "A change of the settings was broken off before it changed "
+                       "anything; its journal ") +
+                   (isDone ? "was" : "can be") + " removed.";
+        case Recovery::eFinished:
+            words = std::string(
+                        "A change of the settings was broken off after its last value; "
+                        "it ") +
+                    (isDone ? "was announced to the clients." : "has yet to be announced.");
+            break;
+        case Recovery::eUndone:
+            words = "A change of the settings was broken off half-way; " +
+                    Count(restored.size()) +
+                    (isDone ? (restored.size() == 1 ? " was" : " were")
+                            : (restored.size() == 1 ? " is to be" : " are to be")) +
+                    std::string(" put back.");
+            break;
+    }
+    if (!foreign.empty())
+        words += " " + Count(foreign.size()) + " that somebody else has changed since " +
+                 (foreign.size() == 1 ? "stays" : "stay") + " as it is.";
+    return words;
+}
+
+}  // namespace kora4::tools

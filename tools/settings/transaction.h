@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// Many values at once, or none: what `load` and `lint --fix` do to the store.
+#ifndef KORA4_SETTINGS_TRANSACTION_H
+#define KORA4_SETTINGS_TRANSACTION_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "registry/journal.h"
+#include "registry/store_access.h"
+#include "registry/store_lock.h"
+#include "settings/document.h"
+
+namespace kora4::tools {
+
+// Asked before each write; true: stop and put everything back.
+using IsInterrupted = std::function<bool()>;
+
+struct Applied {
+    std::vector<Difference> changes;  // what was written, in the order of the plan
+    std::size_t announcements = 0;    // counters that moved
+};
+
+// Makes the store what the plan says. Writes the journal, the values of the static and app
+// keys, those of the dynamic keys, then the counters of the technologies whose fields changed
+// and of the table when names changed, and removes the journal. When a step fails or an
+// interrupt comes, puts back what was there, counts the counters once more and throws Failure
+// with eFailed, which says so; when putting back fails as well, it says that too and the
+// journal stays for Recover. A plan that changes nothing writes nothing at all.
+//
+// Failure with eFailed, and nothing changed, when a journal is there already.
+Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock& lock,
+              const JournalFile& journal, const IsInterrupted& isInterrupted = {});
+
+enum class Recovery {
+    eNothing,     // no journal
+    eNotBegun,    // the journal was not whole, so the store was not touched; removed
+    eUndone,      // some values were not written yet: all are what they were before
+    eFinished,    // all values were written: they were announced
+    eUnreadable,  // whole, but no journal of this program: left alone
+};
+
+struct Recovered {
+    Recovery outcome = Recovery::eNothing;
+    bool isDone = true;                 // false from Inspect: what Recover would do
+    std::string journal;                // its path
+    std::vector<std::string> restored;  // "music: volume-leveler", what was put back
+    // What somebody else wrote after the break: neither the content before nor the one after
+    // the broken load, and so left as it is.
+    std::vector<std::string> foreign;
+
+    // A sentence for each outcome.
+    std::string InWords() const;
+};
+
+// Looks for the journal of a load whose process is gone (the lock says that it is) and undoes
+// it, or finishes it when all values were written. Failure with eFailed when the store refuses
+// a write; the journal stays, and Recover can be called again.
+Recovered Recover(StoreAccess& store, const StoreLock& lock, const JournalFile& journal);
+
+// What Recover would find, without changing anything.
+Recovered Inspect(StoreAccess& store, const JournalFile& journal);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_SETTINGS_TRANSACTION_H
