@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The flag word of the trace: its categories, and the unions of them that statements use.
 #ifndef KORA4_CONTRACT_TRACE_FLAGS_H
 #define KORA4_CONTRACT_TRACE_FLAGS_H
