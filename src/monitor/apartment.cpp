@@ -37,9 +37,9 @@ HRESULT ComWait(const Apartment& apartment, const HANDLE* handles, DWORD count,
         flags, milliseconds, count, const_cast<HANDLE*>(handles), pIndex);
 }
 
-// A call that came in before, while the host's own loop took another message, does not
-// wake the wait on every platform; a message that is new does. It is taken back: a host
-// that does not pump would gather them.
+// A call that came in before, while the host's own loop took another message, does not wake
+// the wait under Wine 8, and Windows does not promise it; a message that is new does. It is
+// taken back: a host that does not pump would gather them.
 class WakingMessage {
   public:
     explicit WakingMessage(bool isNeeded)

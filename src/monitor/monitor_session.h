@@ -35,10 +35,13 @@ namespace kora4 {
 // platform held for a call that the thread was in.
 class MonitorSession {
   public:
+    // `root` and `subkey` name the watched key. Neither is copied or closed: both must live
+    // until the thread has ended.
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
     MonitorSession(const MonitorSession&) = delete;
     MonitorSession& operator=(const MonitorSession&) = delete;
 
+    // Reference counting; any thread.
     ULONG AddRef() { return static_cast<ULONG>(m_references.fetch_add(1) + 1); }
     ULONG Release();
 
@@ -46,6 +49,7 @@ class MonitorSession {
     HRESULT MakeControls();
 
     // Creates the thread on `procedure`; it gets this session with a reference of its own.
+    // False, and nothing is held, when there is no thread to be had.
     bool CreateMonitorThread(LPTHREAD_START_ROUTINE procedure);
 
     // The owner's side: the thread is to end, and nobody will wait for it. False when the
@@ -66,8 +70,11 @@ class MonitorSession {
     // thread from ending; then it ends later, by itself.
     void AwaitThreadEnd() const;
 
+    // Whether the thread was created and has not ended yet.
     bool IsThreadRunning() const;
 
+    // What was set by the constructor, MakeControls and CreateMonitorThread. The session keeps
+    // all of it: callers close nothing.
     HKEY RootKey() const { return m_rootKey; }
     const wchar_t* Subkey() const { return m_pwSubkey; }
     HANDLE StopEvent() const { return m_stopEvent.Get(); }
@@ -76,14 +83,16 @@ class MonitorSession {
     HANDLE Thread() const { return m_thread.Get(); }
     GateStreamHolder& Holder() { return m_gateHolder; }
 
-    // The thread's side. UnmarshalGate gives it the gate, WatchedKey and ChangeEvent have
-    // room for what it watches with.
+    // The thread's side. UnmarshalGate gives it the gate; WatchedKey and ChangeEvent hold what
+    // it watches with. Only the thread uses these three.
     HRESULT UnmarshalGate();
     ICOMCallbackGate* Gate() const { return m_spGate.Get(); }
     UniqueRegKey& WatchedKey() { return m_watchedKey; }
     UniqueHandle& ChangeEvent() { return m_changeEvent; }
     // The thread has stopped watching for good: gives back all of these.
     void GiveBack();
+
+    // Whether the thread has stopped watching, or was made to. Any thread.
     bool HasWatchEnded() const { return m_parting.load() != eWatching; }
 
     // Entries into the owner's Callback. A call through the gate that failed without one has

@@ -25,7 +25,7 @@ constexpr SECURITY_INFORMATION cAllParts =
 
 constexpr REGSAM cKeyAccess = KEY_READ | KEY_SET_VALUE;
 
-// ERROR_STOPPED_ON_SYMLINK, which not every platform's headers have.
+// ERROR_STOPPED_ON_SYMLINK, which the headers of mingw-w64 10 lack.
 constexpr LSTATUS cStoppedOnLink = 681;
 
 // The key below `parent`, or for an empty path `parent` once more; if it is a link, the link

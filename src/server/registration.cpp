@@ -52,7 +52,7 @@ class SystemThreadLocale {
 class ModulePath {
   public:
     HRESULT Load() {
-        // The longest path that the platform knows.
+        // The longest path that Windows knows.
         constexpr DWORD capacity = 32768;
         m_path.reset(new (std::nothrow) wchar_t[capacity]);
         if (!m_path)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Formats a trace line into a fixed buffer; the platform's own formatting depends on the
-// host's locale and C runtime.
+// Formats a trace line into a fixed buffer, conversion by conversion, without the heap and
+// without the locale of the host.
 #include "trace/line_text.h"
 
 #include <windows.h>

@@ -31,7 +31,7 @@ bool WriteAll(HANDLE file, bool isConsole, std::string_view text) {
     if (isConsole) {
         const std::wstring wide = Widen(text);
         for (std::size_t done = 0; done < wide.size();) {
-            // Old consoles refuse more than this at a time.
+            // Consoles before Windows 8 refuse a piece of more than 64 KB.
             const DWORD chunk =
                 static_cast<DWORD>(std::min<std::size_t>(wide.size() - done, 8000));
             DWORD written = 0;

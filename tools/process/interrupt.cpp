@@ -6,12 +6,13 @@ namespace kora4::tools {
 
 namespace {
 
-// What a process that Ctrl-C ends leaves as its exit code. Not every platform's own handler
-// does, and some run the process's clean-up, which may wait for what was interrupted.
+// What a process that Ctrl-C ends leaves as its exit code on Windows. Wine's own handler
+// leaves another one, and runs the process's clean-up, which may wait for what was
+// interrupted.
 constexpr UINT cEndedByCtrlC = 0xC000013A;
 
-// How long a tool may go on after the console is closed, or the session ends. The platform
-// ends the process when the handler returns, or a little later than this.
+// How long a tool may go on after the console is closed, or the session ends. Windows ends the
+// process when the handler returns, or a little later than this.
 constexpr DWORD cLastMoment = 4000;
 
 // How long a tool may take to end by itself: it can be inside a call of the library that waits
@@ -21,7 +22,7 @@ constexpr DWORD cPatience = 10000;
 HANDLE g_event = nullptr;
 HANDLE g_ended = nullptr;
 
-// On a thread of the platform's own.
+// On a thread that the console makes for it.
 BOOL WINAPI OnControl(DWORD control) {
     const bool isFirst = WaitForSingleObject(g_event, 0) != WAIT_OBJECT_0;
     SetEvent(g_event);

@@ -52,7 +52,7 @@ std::string Place(KORA4KeySet keySet, const PropertyKey& key) {
     return ValueName(key) + " in the " + KeySetName(keySet) + " keys";
 }
 
-// The platform adds the terminator that it happens to find behind a text without one; what
+// Windows and Wine add the terminator that they happen to find behind a text without one; what
 // is written shall be what is there.
 class Guarded {
   public:

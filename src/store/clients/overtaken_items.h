@@ -25,6 +25,8 @@ class OvertakenItems {
 
     static constexpr Items cEnable = 1;
     static constexpr Items cProfile = 2;
+
+    // The switch, or the value, of one technology.
     static constexpr Items Switch(std::uint32_t presetTechnology) {
         return Items{1} << (8 + presetTechnology);
     }

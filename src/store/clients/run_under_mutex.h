@@ -8,6 +8,7 @@
 
 namespace kora4 {
 
+// The tag of the lines of every operation.
 inline constexpr char cUIKeysClientTag[] = "KORA4UIKeysClient";
 
 template <typename Body>

@@ -16,6 +16,7 @@ namespace kora4 {
 
 class KORA4PropKeyStoreAccess;
 
+// A kind as the one character that stands in the field tables.
 constexpr char16_t TypeCodeOf(ValueKind kind) {
     return static_cast<char16_t>(kind);
 }

@@ -56,7 +56,7 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
 // A paragraph beside the two columns of words. What a program reads stays on one line.
 void PrintBeside(Output& output, const std::string& head, const std::string& text) {
     const std::size_t indent = cSeverityWidth + cNameWidth;
-    // Some consoles count the characters of a colour sequence as columns.
+    // Wine's consoles count the characters of a colour sequence as columns.
     const std::size_t taken = indent + 1 + head.size() - Columns(head);
     const std::size_t width = output.Width() > taken + 20 ? output.Width() - taken : 20;
     const std::vector<std::string> lines =
