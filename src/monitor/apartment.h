@@ -10,8 +10,8 @@
 
 namespace kora4 {
 
-// Identifies an apartment within the process: a single-threaded one by its thread's id,
-// the others by numbers that are no thread ids.
+// Identifies an apartment within the process: a single-threaded one by its thread's id, the
+// others by numbers that no thread has.
 using ApartmentId = DWORD;
 
 inline constexpr ApartmentId cMultithreadedApartment = 0;

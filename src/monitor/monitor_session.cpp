@@ -94,7 +94,7 @@ bool MonitorSession::TerminateMonitorThread(DWORD exitCode) {
         return true;
     // The references to session and module pass to the thread that gives back the rest. An
     // owner in a single-threaded apartment cannot do that itself: gate and factory belong to
-    // the other apartment. Where no thread can be had, all of it stays, the module too.
+    // the other apartment. If no thread can be created, all of it stays, the module included.
     const UniqueHandle heir(CreateThread(nullptr, 0, &GiveBackForTheDead, this, 0, nullptr));
     const HANDLE handle = heir.Get();
     if (handle)

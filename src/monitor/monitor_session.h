@@ -23,14 +23,14 @@ namespace kora4 {
 // It locks the module while it lives, and carries the thread's own reference to the
 // module, without which the code could be unmapped below a thread that is ending.
 //
-// It also holds the multithreaded apartment. Were the thread the last one there when it
-// ends, the platform would tear the apartment down inside the loader's lock. So the thread
-// leaves the apartment before it gives its reference to the session back, and whoever gives
-// back the last one gives the apartment up, in its own code.
+// It also holds the multithreaded apartment. Were the thread the last one there when it ends,
+// the platform would tear the apartment down inside the loader's lock. So the thread leaves
+// the apartment before it gives its reference to the session back, and whoever releases the
+// last one gives up the apartment, outside the loader's lock.
 //
 // And it keeps what the thread holds: its gate, its share of the gate's factory, the watched
-// key and the change event. Only the thread touches them. What a thread held that was ended
-// by force, another one gives back. Two things nobody can give back: the dead thread's place
+// key and the change event. Only the thread touches them. Another thread gives back what a
+// thread held that was ended by force. Two things are lost for good: the dead thread's place
 // in the multithreaded apartment, which then lasts as long as the process, and what the
 // platform held for a call that the thread was in.
 class MonitorSession {
@@ -49,7 +49,7 @@ class MonitorSession {
     HRESULT MakeControls();
 
     // Creates the thread on `procedure`; it gets this session with a reference of its own.
-    // False, and nothing is held, when there is no thread to be had.
+    // False, and nothing is held, when the thread cannot be created.
     bool CreateMonitorThread(LPTHREAD_START_ROUTINE procedure);
 
     // The owner's side: the thread is to end, and nobody will wait for it. False when the

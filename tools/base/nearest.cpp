@@ -51,7 +51,7 @@ std::vector<std::string> Nearest(std::string_view word, const std::vector<std::s
     for (const std::string& name : names) {
         const std::string other = Lower(name);
         const std::size_t distance = Distance(lower, other);
-        // The beginning of a name is no mistake, but less near than a slip of the finger.
+        // A prefix is not a typing error, but less near than one.
         if (!lower.empty() && distance <= Allowed(lower))
             candidates.push_back({2 * distance, &name});
         else if (!lower.empty() && other.starts_with(lower))

@@ -55,7 +55,7 @@ class Output {
 
     // Standard output cannot be written to any more.
     bool IsBroken() const { return m_isBroken; }
-    // And it is no reader that went away, who has what he wanted: the disk is full.
+    // Broken, but not because the reader went away with what it wanted: the disk is full.
     bool IsIncomplete() const { return m_isIncomplete; }
 
   private:

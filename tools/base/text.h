@@ -10,7 +10,7 @@
 
 namespace kora4::tools {
 
-// Whatever is no well-formed text becomes U+FFFD.
+// Malformed text becomes U+FFFD.
 std::string Narrow(std::wstring_view text);
 std::wstring Widen(std::string_view text);
 

@@ -13,9 +13,9 @@
 
 namespace kora4::tools {
 
-// Raw values of the key sets 2 to 4. Whoever reads what belongs together, and whoever
-// writes, holds the store's mutex (store_lock.h). What the platform refuses is thrown as
-// Failure with eFailed: what was tried, in words, and what to do about it.
+// Raw values of the key sets 2 to 4. Hold the store's mutex to write, and to read values that
+// belong together (store_lock.h). What the platform refuses is thrown as Failure with eFailed:
+// what was tried, in words, and what to do about it.
 class StoreAccess {
   public:
     virtual ~StoreAccess() = default;
@@ -24,7 +24,7 @@ class StoreAccess {
     virtual std::optional<StoredValue> Read(KORA4KeySet keySet, const PropertyKey& key) = 0;
     virtual void Write(KORA4KeySet keySet, const PropertyKey& key,
                        const StoredValue& value) = 0;
-    // An absent value is no error.
+    // An absent value is not an error.
     virtual void Delete(KORA4KeySet keySet, const PropertyKey& key) = 0;
     // The names of all values of a key set, known or not, sorted.
     virtual std::vector<std::string> ValueNames(KORA4KeySet keySet) = 0;
@@ -70,7 +70,7 @@ void SetStoreWrapper(StoreWrapper wrapper);
 
 // "{5C2E8A47-...},2"
 std::string ValueName(const PropertyKey& key);
-// The property key that such a name stands for; none when it is no such name to the letter.
+// The property key that such a name stands for; none unless the text is exactly such a name.
 std::optional<PropertyKey> ParseValueName(std::string_view name);
 
 // "static", "dynamic", "app"; the path below HKEY_LOCAL_MACHINE.

@@ -40,7 +40,7 @@ inline constexpr std::uint32_t cTextType = 1;
 inline constexpr std::uint32_t cBinaryType = 3;
 inline constexpr std::uint32_t cDwordType = 4;
 
-// "REG_DWORD"; "type 12" for a number that is no registry type.
+// "REG_DWORD"; "type 12" for a number that is not a registry type.
 std::string TypeName(std::uint32_t type);
 
 // What is stored, for people, in one line: the number, the text in quotes, or the bytes in
@@ -49,7 +49,7 @@ std::string TypeName(std::uint32_t type);
 std::string Describe(const StoredValue& value, std::size_t longest = 60);
 
 std::string ToHex(const Bytes& bytes);
-// None when the text is no even number of hexadecimal digits.
+// None unless the text is an even number of hexadecimal digits.
 std::optional<Bytes> FromHex(std::string_view digits);
 
 std::u16string ToUtf16(std::string_view text);

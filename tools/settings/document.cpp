@@ -202,7 +202,7 @@ Json DumpSection(StoreAccess& store, const std::vector<const Setting*>& settings
     return section;
 }
 
-// What is no setting has the form of its kind.
+// A value that is not a setting has the form of its kind.
 Json ToDocument(const SchemaValue& value, const std::optional<StoredValue>& stored) {
     if (!stored)
         return nullptr;

@@ -21,7 +21,7 @@ struct ProfileWord {
 // All twelve, in the order of their numbers; the first nine can be selected.
 const std::vector<ProfileWord>& Profiles();
 
-// The word; for a number that is no profile the number itself.
+// The word; for a number that is not a profile, the number itself.
 std::string ProfileName(std::uint32_t profile);
 // A word in any case, or a profile's number. Failure with eBadInput and the nearest words.
 std::uint32_t ParseProfile(std::string_view word);

@@ -54,7 +54,7 @@ struct SchemaValue {
     std::uint16_t scale = 0;  // of a numeric array: what is written
     // Fields: the row of the field table. Others: none.
     const KORA4FieldDef* field = nullptr;
-    // Switches and numbers that are no fields: what stands in for them when absent.
+    // Switches and numbers other than fields: what stands in for them when absent.
     std::optional<std::uint32_t> defaultNumber;
 
     // The built-in value, in the form in which it would be stored; none when absence means

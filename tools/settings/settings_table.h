@@ -70,14 +70,14 @@ const Setting* FindSetting(std::string_view name);
 // The same; Failure with eBadInput and the nearest names.
 const Setting& SettingNamed(std::string_view name);
 // "volume-leveler" and "volume-leveler.on" both give "volume-leveler.on"; null when the
-// setting is no switch and has none.
+// setting is not a switch and has none.
 const Setting* SwitchOf(const Setting& setting);
 // The setting that a value of the store belongs to; null for triggers and the like.
 const Setting* SettingOf(const SchemaValue& value);
 
-// What a value of the store is called: the setting's name, or for what is no setting "levels",
-// "table-counter", "volume-leveler trigger"; with the profile in front: "music:
-// volume-leveler".
+// What a value of the store is called: the setting's name, or, for a value that is not a
+// setting, "levels", "table-counter", "volume-leveler trigger"; with the profile in front:
+// "music: volume-leveler".
 std::string NameOf(const SchemaValue& value);
 std::string PlaceOf(const SchemaValue& value);
 

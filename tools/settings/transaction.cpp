@@ -45,7 +45,7 @@ Journal JournalOf(const std::vector<Difference>& differences) {
 void RefuseOverJournal(const JournalFile& file) {
     Journal ignored;
     const JournalFile::State state = file.Read(ignored);
-    // What was cut short never touched the store; writing anew replaces it.
+    // A journal that was cut short never touched the store; this one replaces it.
     if (state == JournalFile::State::eAbsent || state == JournalFile::State::eCutShort)
         return;
     throw Failure(ExitCode::eFailed,

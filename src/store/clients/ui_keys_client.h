@@ -100,8 +100,8 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     // the name of what it serves, OnKeyChangeNotify.
     HRESULT AnalyseChanges(ChangeSet* pChanges);
 
-    // The items of the last analysis that are no longer to be told. From any thread, without
-    // the mutex.
+    // The items of the last analysis that must not be told any more. Any thread, without the
+    // mutex.
     const OvertakenItems& Overtaken() const { return m_overtaken; }
 
     // How many analyses have begun; the count wraps. What a client reads from the store after

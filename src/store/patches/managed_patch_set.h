@@ -110,7 +110,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     // readers know: they end each load.
     static void Refresh();
 
-    // E_INVALIDARG (and an assertion) for anything that is no technology. The
+    // E_INVALIDARG (and an assertion) for anything that is not a technology. The
     // next-generation surround has a record and no fields.
     HRESULT GetTechnologyFields(KORA4PresetTechnology technology, TechnologyFields* pOut);
     HRESULT GetTechnologyFields(KORA4GlobalTechnology technology, TechnologyFields* pOut);

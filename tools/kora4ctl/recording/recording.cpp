@@ -123,7 +123,7 @@ bool IsSwitchName(const std::string& name) {
     return setting != nullptr && setting->IsSwitch() && setting->perProfile;
 }
 
-// Null: what was told was no number.
+// Null: the value told was not a number.
 bool IsPatchValue(const std::string& name, const Json& value) {
     const Setting* const setting = FindSetting(name);
     if (setting == nullptr || setting->writer != "SetSimplePatchValue")

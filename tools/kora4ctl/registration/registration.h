@@ -37,7 +37,7 @@ std::string FileVersion(const std::string& path);
 // A loaded library that registers itself.
 class RegistrableLibrary {
   public:
-    // Failure with eBadInput for what is no such library, in one sentence.
+    // Failure with eBadInput for a file that is not such a library, in one sentence.
     explicit RegistrableLibrary(const std::string& path);
     ~RegistrableLibrary();
     RegistrableLibrary(const RegistrableLibrary&) = delete;

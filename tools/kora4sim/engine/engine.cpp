@@ -79,7 +79,8 @@ ExitCode Engine::Run() {
 
 // ---- The store --------------------------------------------------------------------------
 
-// Told is without the mutex: whoever reads may take a pause, and the others must not wait.
+// Reports are written without the mutex: their reader may pause, and the other programs must
+// not wait for that.
 void Engine::PrepareStore() {
     std::size_t written = 0;
     std::string problem;

@@ -49,7 +49,7 @@ struct FaultDef {
     // "=KIND", "[=KIND]", "=S", "=N" or nothing.
     const char* shape;
     const char* meaning;
-    // Numbers: their range. Both 0: the argument is no number.
+    // Numbers: their range. Both 0: the argument is not a number.
     double least;
     double most;
 };
@@ -57,12 +57,13 @@ struct FaultDef {
 // All of them, in the order of --help.
 std::span<const FaultDef> Faults();
 const FaultDef& DefOf(FaultKind kind);
-// "1 to 100000"; empty when the argument is no number.
+// "1 to 100000"; empty when the argument is not a number.
 std::string RangeOf(const FaultDef& def);
 // The names that the argument may have; empty when it is a number or there is none.
 std::vector<FaultArgument> ArgumentsOf(FaultKind kind);
 
-// A fault by the name and argument; Failure with eBadInput, in words, when there is no such.
+// A fault by the name and argument; Failure with eBadInput, in words, when there is no such
+// fault.
 Fault MakeFault(std::string_view name, std::string_view argument, double atSeconds,
                 FaultCause cause);
 // "NAME[=ARGUMENT][@SECONDS]".
