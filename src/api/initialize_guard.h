@@ -19,6 +19,8 @@ class InitializeGuard {
     InitializeGuard(const InitializeGuard&) = delete;
     InitializeGuard& operator=(const InitializeGuard&) = delete;
 
+    // Calls `bringUp`, which returns an HRESULT, unless another call is running; then waits
+    // for that one's result.
     template <typename BringUp>
     HRESULT Run(BringUp&& bringUp) {
         HRESULT hr = E_FAIL;

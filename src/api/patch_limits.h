@@ -10,6 +10,7 @@
 
 namespace kora4 {
 
+// The volume leveler's amount is a whole number from 0 to this.
 inline constexpr std::uint32_t cVeltoVolumeLevelerAmountMax = 10;
 inline constexpr float cDialogEnhancerAmountMin = 0.0f;
 inline constexpr float cDialogEnhancerAmountMax = 1.0f;

@@ -61,7 +61,8 @@ class WakingMessage {
     const UINT m_message;
 };
 
-// The wait without calls between two that fail, or that the host breaks off.
+// How long to wait without COM calls between two COM waits that fail, or that the host's
+// filter ends early.
 constexpr DWORD cPlainMilliseconds = 5;
 
 DWORD TimeLeft(ULONGLONG begin, DWORD milliseconds) {

@@ -18,9 +18,9 @@
 namespace kora4 {
 namespace {
 
-// The registration in one apartment. `generation` tells the shares in this registration
-// from those in an earlier one that ended unrevoked with its apartment, whose thread id
-// may be in use again.
+// The registration in one apartment. `generation` distinguishes its shares from those of an
+// earlier registration that ended with its apartment, unrevoked: the thread id may be in use
+// again.
 struct ApartmentEntry {
     ApartmentId apartment;
     DWORD generation;

@@ -34,7 +34,8 @@ constexpr std::u16string_view cAppId = u"{D4086C01-F20F-480F-A293-938122C6452B}"
 constexpr const wchar_t* cSettingKeys[] = {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath,
                                            nullptr};
 
-// Texts of the registration do not depend on the language of the calling thread.
+// Sets the thread's locale to the system's for a scope, so that registered texts do not depend
+// on the caller's language.
 class SystemThreadLocale {
   public:
     SystemThreadLocale() : m_former(GetThreadLocale()) {

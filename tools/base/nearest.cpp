@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t cMost = 3;
 
-// How many letters have to be changed, put in, taken out or swapped with their neighbour.
+// Edit distance: letters to change, insert, remove, or swap with their neighbour.
 std::size_t Distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> beforeLast(b.size() + 1);
     std::vector<std::size_t> last(b.size() + 1);
@@ -33,7 +33,7 @@ std::size_t Distance(std::string_view a, std::string_view b) {
     return last[b.size()];
 }
 
-// A third of the letters may be wrong, and one of a short word.
+// The distance that still counts as near: a third of the letters, at least one.
 std::size_t Allowed(std::string_view word) {
     return std::max<std::size_t>(1, word.size() / 3);
 }

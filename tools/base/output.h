@@ -14,6 +14,7 @@ namespace kora4::tools {
 // Members come out in the order in which they went in.
 using Json = nlohmann::ordered_json;
 
+// How a piece of text stands out on a terminal.
 enum class Style { ePlain, eStrong, eDim, eGood, eWarning, eBad };
 
 // Single-threaded.

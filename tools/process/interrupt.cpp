@@ -16,7 +16,7 @@ constexpr UINT cEndedByCtrlC = 0xC000013A;
 constexpr DWORD cLastMoment = 4000;
 
 // How long a tool may take to end by itself: it can be inside a call of the library that waits
-// for a mutex which nobody lets go.
+// for a mutex that is never released.
 constexpr DWORD cPatience = 10000;
 
 HANDLE g_event = nullptr;
@@ -30,7 +30,7 @@ BOOL WINAPI OnControl(DWORD control) {
         Sleep(cLastMoment);
         return TRUE;
     }
-    // Whoever asks twice does not want to wait for the tool's own end.
+    // A second Ctrl-C ends the process at once.
     if (!isFirst || WaitForSingleObject(g_ended, cPatience) != WAIT_OBJECT_0)
         TerminateProcess(GetCurrentProcess(), cEndedByCtrlC);
     return TRUE;
@@ -38,7 +38,8 @@ BOOL WINAPI OnControl(DWORD control) {
 
 }  // namespace
 
-// The events stay when the handler goes: a call of it may be under way.
+// The events are never closed: a call of the handler may still be under way when it is
+// removed.
 Interrupt::Interrupt() {
     if (g_event == nullptr)
         g_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);

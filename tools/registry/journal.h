@@ -24,6 +24,7 @@ struct JournalEntry {
     std::optional<StoredValue> after;
 };
 
+// Everything that one change of many values will write.
 struct Journal {
     // In the order of writing: static and app values, then dynamic ones.
     std::vector<JournalEntry> entries;

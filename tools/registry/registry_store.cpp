@@ -78,7 +78,7 @@ class RegistryStore::Keys {
     explicit Keys(OpenMode mode) : m_access(mode == OpenMode::eRead ? KEY_READ : cReadWrite) {
         OpenNeeded(eKeySetStatic, m_static);
         OpenNeeded(eKeySetDynamic, m_dynamic);
-        // The installer's: a user may read them and most may not write.
+        // The installer owns these keys: users may read them, and most may not write.
         for (const REGSAM access : {m_access, REGSAM{KEY_READ}}) {
             const LSTATUS status = Open(eKeySetApp, access, m_app);
             if (status != ERROR_ACCESS_DENIED)

@@ -22,6 +22,8 @@ class StoreAccess {
 
     // None when the value, or the whole key of an optional key set, is absent.
     virtual std::optional<StoredValue> Read(KORA4KeySet keySet, const PropertyKey& key) = 0;
+
+    // Stores the value, whatever is there.
     virtual void Write(KORA4KeySet keySet, const PropertyKey& key,
                        const StoredValue& value) = 0;
     // An absent value is not an error.
@@ -31,12 +33,15 @@ class StoreAccess {
 
     // A REG_DWORD of four bytes; otherwise `absent`.
     std::uint32_t Number(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t absent);
+
+    // Stores a REG_DWORD.
     void WriteNumber(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t number);
     // A counter plus one, which is how a change of values is announced. One that is absent
     // or unreadable counts as 0.
     void Bump(const PropertyKey& counter);
 };
 
+// Whether the tool may write into what it opens.
 enum class OpenMode { eRead, eReadWrite };
 
 // The registry: the three keys below HKEY_LOCAL_MACHINE in the 64-bit view, held open.
@@ -73,8 +78,10 @@ std::string ValueName(const PropertyKey& key);
 // The property key that such a name stands for; none unless the text is exactly such a name.
 std::optional<PropertyKey> ParseValueName(std::string_view name);
 
-// "static", "dynamic", "app"; the path below HKEY_LOCAL_MACHINE.
+// "static", "dynamic", "app".
 std::string KeySetName(KORA4KeySet keySet);
+
+// The path below HKEY_LOCAL_MACHINE.
 std::string KeySetPath(KORA4KeySet keySet);
 
 }  // namespace kora4::tools

@@ -33,6 +33,7 @@ struct Examination {
     bool hasHungThread = false;
 };
 
+// What one check found.
 struct CheckResult {
     std::string summary;  // what there is, when nothing is wrong
     Observations findings;
@@ -45,6 +46,7 @@ struct CheckResult {
 // A check whose needs are not met is not run.
 enum Needs : unsigned { eNothing = 0, eStore = 1, eMutex = 2, eLibrary = 4, eDeep = 8 };
 
+// One row of the table of checks.
 struct DoctorCheck {
     const char* name;
     const char* summary;  // for --help

@@ -20,6 +20,7 @@ struct ExplainedValue {
     std::string meaning;  // may be empty
 };
 
+// What is known of a result or a line; texts are empty where nothing is.
 struct Explanation {
     enum class Kind { eResult, eLine };
 
@@ -61,6 +62,8 @@ struct ExplainedPart {
     std::string heading;
     std::string text;
 };
+
+// The explanation as headings and texts, without what is empty.
 std::vector<ExplainedPart> Parts(const Explanation& explanation);
 
 // The text in lines of at most so many columns, broken at blanks.

@@ -32,10 +32,13 @@ std::string TextOfLine(const std::string& bytes, unsigned codePage);
 
 // "C:\KalLogs"
 std::string LogFolder();
+
+// Whether the folder exists. The library writes files only then.
 bool HasLogFolder();
 // The file of a module's tag, or the one of all modules for an empty tag.
 std::string LogPath(std::string_view tag);
 
+// One log file as the folder lists it.
 struct LogFile {
     std::string name;  // "KORA4ASL.log"
     std::uint64_t bytes = 0;

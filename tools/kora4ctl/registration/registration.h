@@ -14,6 +14,8 @@ namespace kora4::tools {
 
 // "QXA64T.dll" beside this program. Paths are UTF-8.
 std::string LibraryBesideTool();
+
+// The path made absolute; as it is when that fails.
 std::string FullPath(const std::string& path);
 
 // ---- The file ---------------------------------------------------------------------------
@@ -43,6 +45,7 @@ class RegistrableLibrary {
     RegistrableLibrary(const RegistrableLibrary&) = delete;
     RegistrableLibrary& operator=(const RegistrableLibrary&) = delete;
 
+    // Calls the library's own DllRegisterServer or DllUnregisterServer and returns its result.
     HRESULT Register() const { return m_register(); }
     HRESULT Unregister() const { return m_unregister(); }
 
@@ -57,6 +60,7 @@ class RegistrableLibrary {
 
 // ---- The registration -------------------------------------------------------------------
 
+// For whom the class is registered.
 enum class RegisteredFor { eNobody, eMachine, eUser };
 
 // What COM finds, key by key; texts are empty where there is nothing.
@@ -79,9 +83,10 @@ struct Registration {
     bool IsAnythingThere() const { return IsThere() || !appId.empty() || !typeLibrary.empty(); }
 };
 
-// "{16CC6CDB-...}"
+// The identifier of the class that the library serves, "{16CC6CDB-...}".
 std::string ServedClass();
 
+// Reads everything that COM would, and makes an object to see whether that works.
 Registration ReadRegistration();
 
 // What is wrong with it; empty: all right. `expectedPath` may be empty: any file will do.

@@ -26,6 +26,7 @@ struct Commands {
     std::optional<std::string> demoApp;
 };
 
+// A scene file as read and checked.
 struct Scene {
     std::string name;  // of the file, without its ending
     std::string description;
