@@ -34,6 +34,8 @@ class SecurityDescriptor {
       private:
         UniqueLocalMemory m_memory;
     };
+
+    // The descriptor as text; `parts` as for OfRegKey.
     Text ToSddl(SECURITY_INFORMATION parts) const;
 
   private:

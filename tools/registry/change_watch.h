@@ -24,6 +24,7 @@ class ChangeWatch {
     // Asks for the next write. Failure as from the constructor when the platform refuses.
     void Rearm();
 
+    // How a wait ended.
     enum class Wake { eChanged, eInterrupted, eTimedOut };
     // Waits and, when something changed, arms again. `interrupt` may be null.
     Wake Wait(DWORD milliseconds, HANDLE interrupt);

@@ -48,6 +48,7 @@ class JournalFile {
     // platform refuses.
     void Remove() const;
 
+    // What was found in the place of the journal.
     enum class State {
         eAbsent,
         eCutShort,  // writing it was broken off: the store was not touched

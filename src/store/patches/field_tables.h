@@ -164,6 +164,7 @@ constexpr RecordDef Record(std::size_t position, std::size_t size,
             Count};
 }
 
+// The entry of no technology.
 inline constexpr RecordDef cNoRecord{0, 0, nullptr, 0};
 
 inline constexpr RecordDef cPresetRecords[] = {

@@ -38,6 +38,7 @@ struct CheckResult {
     std::string summary;  // what there is, when nothing is wrong
     Observations findings;
 
+    // Adds a finding; `next` says what to do about it.
     void Add(Severity severity, std::string what, std::string next = {}) {
         findings.push_back({severity, std::move(what), std::move(next)});
     }

@@ -79,6 +79,7 @@ struct Registration {
     FileKind file = FileKind::eAbsent;
     HRESULT creation = S_OK;  // of making an object; not tried without a file
 
+    // Whether the class is registered, or anything of the library at all.
     bool IsThere() const { return where != RegisteredFor::eNobody; }
     bool IsAnythingThere() const { return IsThere() || !appId.empty() || !typeLibrary.empty(); }
 };
