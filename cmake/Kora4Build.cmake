@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Compiler settings, and one function that makes a room of the house.
+# Compiler settings, and the function that defines a module of the library.
 
 # What every own target gets: warnings as errors.
 add_library(kora4_warnings INTERFACE)
@@ -40,7 +40,7 @@ target_compile_options(kora4_library_settings INTERFACE
   "$<$<BOOL:${KORA4_COVERAGE}>:${coverage}>")
 target_link_options(kora4_library_settings INTERFACE $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
 
-# kora4_add_module(NAME SOURCES ... [LINK ...]): one room under src/, a static library
+# kora4_add_module(NAME SOURCES ... [LINK ...]): one module under src/, a static library
 # that sees src/ and sdk/include/ as include roots.
 function(kora4_add_module name)
   cmake_parse_arguments(MODULE "" "" "SOURCES;LINK" ${ARGN})

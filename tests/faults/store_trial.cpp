@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The steps of a trial, one for each method, with the checks of results and of what was
+// written.
 #include "faults/store_trial.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Plans a round on the model: changes, reactions of the callback, and what must be told.
 #include "model/rounds.h"
 
 #include <algorithm>

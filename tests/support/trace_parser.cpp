@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Splits a log into lines and each line into tag, line number, function and message.
 #include <cctype>
 
 #include "support/trace_capture.h"
