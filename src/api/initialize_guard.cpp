@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Who brings the object up, and who waits for that: the first caller runs, the others get its
+// result.
 #include "api/initialize_guard.h"
 
 #include "monitor/apartment.h"

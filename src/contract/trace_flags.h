@@ -38,6 +38,7 @@ enum Mask : std::uint32_t {
     eTrackerStartUp = eProcessTracking | eApiEntryExit,                // 0x210
 };
 
+// The word with which every process begins, until an object reads the stored one.
 inline constexpr std::uint32_t cDefaultFlags = eMessages;
 
 }  // namespace kora4::trace

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Finds out the apartment of a thread, and waits in the way that lets COM calls into it.
 #include "monitor/apartment.h"
 
 #include <algorithm>

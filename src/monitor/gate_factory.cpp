@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The table of apartments in which the gate's proxy/stub factory is registered, and how many
+// monitors share each registration.
 #include "monitor/gate_factory.h"
 
 #include <objbase.h>

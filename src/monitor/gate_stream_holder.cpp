@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Marshals the gate, unmarshals it on the monitor thread, and cancels the call that is
+// outstanding there.
 #include "monitor/gate_stream_holder.h"
 
 #include <objbase.h>

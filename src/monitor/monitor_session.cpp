@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The life of one run: its events, its thread, who gives back what, and how a thread ends, by
+// itself or by force.
 #include "monitor/monitor_session.h"
 
 #include <objbase.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The owner's side of the monitor: start, stop, and the callback that comes in through the
+// gate. What runs on the thread stands in reg_key_monitor_thread.cpp.
 #include "monitor/reg_key_monitor.h"
 
 #include <cstdint>

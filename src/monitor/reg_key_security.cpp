@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Creates keys without following links and gives them the access list for everyone, in an
+// order that nobody can use to slip another key into its place.
 #include "monitor/reg_key_security.h"
 
 #include <aclapi.h>

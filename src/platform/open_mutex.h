@@ -7,7 +7,7 @@
 
 namespace kora4 {
 
-// The platform's part.
+// The two calls that CreateOrOpenMutex makes, replaceable by tests.
 struct MutexCalls {
     decltype(&CreateMutexW) create = &CreateMutexW;
     decltype(&OpenMutexW) open = &OpenMutexW;

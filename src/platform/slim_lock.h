@@ -23,6 +23,7 @@ class CAPABILITY("lock") SlimLock {
     SRWLOCK m_lock = SRWLOCK_INIT;
 };
 
+// Holds a SlimLock for the length of a scope.
 class SCOPED_CAPABILITY SlimHold {
   public:
     explicit SlimHold(SlimLock& lock) ACQUIRE(lock) : m_lock(lock) { m_lock.Acquire(); }

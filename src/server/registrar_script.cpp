@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Tokens, parameters and grammar of registrar scripts.
 #include "server/registrar_script.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The steps of registering and unregistering: scripts from the resources, the type library,
+// and the keys of the store.
 #include "server/registration.h"
 
 #include <oleauto.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Formats a trace line into a fixed buffer; the platform's own formatting depends on the
+// host's locale and C runtime.
 #include "trace/line_text.h"
 
 #include <windows.h>

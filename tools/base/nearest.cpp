@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Edit distance between names, and the sentence that suggests the nearest ones.
 #include "base/nearest.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Writing to consoles, files and pipes: consoles take UTF-16 and colour sequences, everything
+// else takes UTF-8 bytes.
 #include "base/output.h"
 
 #include <windows.h>

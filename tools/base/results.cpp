@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Names and meanings of results, from the published tables or else from the platform, and the
+// exit code that each becomes.
 #include "base/results.h"
 
 #include <algorithm>

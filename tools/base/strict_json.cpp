@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A guard around the JSON parser, which by itself accepts repeated names and any depth.
 #include "base/strict_json.h"
 
 #include <set>

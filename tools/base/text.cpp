@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// UTF-8 to UTF-16 and back, numbers as text, and how wide a text is on a terminal.
 #include "base/text.h"
 
 #include <windows.h>

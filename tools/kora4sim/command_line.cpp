@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The options of kora4sim, their checks, and the two things that it does: list its scenes, run
+// an engine.
 #include "kora4sim/command_line.h"
 
 #include <cmath>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The handler for Ctrl-C: the first one asks, and a tool that does not end in time is ended.
 #include "process/interrupt.h"
 
 namespace kora4::tools {

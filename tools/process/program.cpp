@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Parses a command line, complains in the tools' own words, and turns what is thrown into exit
+// codes.
 #include "process/program.h"
 
 #include <algorithm>

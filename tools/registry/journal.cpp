@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The journal as a file: its text, who may have written it, and how it gets to its place
+// whole.
 #include "registry/journal.h"
 
 #include <windows.h>

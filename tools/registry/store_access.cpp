@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What all implementations of StoreAccess share, and the names of values and key sets.
 #include "registry/store_access.h"
 
 #include <charconv>

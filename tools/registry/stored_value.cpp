@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Makes and reads the three types that the store has, and shows every other one.
 #include "registry/stored_value.h"
 
 #include <cstring>

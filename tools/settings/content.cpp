@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Between stored bytes and typed values, as the library reads and writes them.
 #include <cmath>
 #include <limits>
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads, checks and writes settings documents, and compares one with the store.
 #include "settings/document.h"
 
 #include <algorithm>

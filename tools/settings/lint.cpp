@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The rules that a stored value is held against, and how each breach is repaired.
 #include "settings/lint.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Builds the table of settings from the schema and from what it does not say: names, aliases,
+// methods of the interface.
 #include "settings/settings_table.h"
 
 #include <algorithm>

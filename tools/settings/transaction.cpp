@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Applies a plan under a journal, undoes it, and recovers from a journal that was left.
 #include "settings/transaction.h"
 
 #include <algorithm>

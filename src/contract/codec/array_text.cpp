@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads and writes the texts of arrays. Every change of an equalizer passes here, so there is
+// a fast way for the form that the writer itself produces.
 #include "contract/codec/array_text.h"
 
 #include <algorithm>

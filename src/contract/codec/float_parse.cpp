@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads a decimal text as the nearest float, in integer arithmetic: locale, C runtime and the
+// rounding mode of the processor belong to the host.
 #include <algorithm>
 #include <bit>
 #include <cstdint>

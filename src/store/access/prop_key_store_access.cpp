@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Between stored numbers and texts on one side and typed values on the other.
 #include "store/access/prop_key_store_access.h"
 
 #include <algorithm>

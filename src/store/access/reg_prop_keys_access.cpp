@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The seven operations: their common frame, then each of them on the registry and on the
+// property store.
 #include "store/access/reg_prop_keys_access.h"
 
 #include <propidl.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Walks over the records of a levels blob, each step checked against its size; writes the
+// content to the trace.
 #include "store/visdata/vis_key_data.h"
 
 #include <cstring>

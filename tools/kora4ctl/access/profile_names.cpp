@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The custom profiles by the library's methods, whose E_FAIL stands for several reasons: here
+// each gets its own words.
 #include "kora4ctl/access/profile_names.h"
 
 #include "base/failure.h"

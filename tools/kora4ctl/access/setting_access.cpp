@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Chooses between the library and the store for each setting, and refuses what neither would
+// keep.
 #include "kora4ctl/access/setting_access.h"
 
 #include "base/failure.h"

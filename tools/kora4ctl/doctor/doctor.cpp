@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The table of checks and how one is run: what it needs first, and what becomes of a check
+// that throws.
 #include "kora4ctl/doctor/doctor.h"
 
 #include <new>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Draws the curve of an equalizer: one line, or a grid with scale and frequencies.
 #include <algorithm>
 #include <array>
 #include <charconv>

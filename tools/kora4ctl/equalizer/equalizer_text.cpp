@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Parses and writes the text that equalizer tools exchange, and moves curves to other
+// frequencies.
 #include <algorithm>
 #include <charconv>
 #include <cmath>

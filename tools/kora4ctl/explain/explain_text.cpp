@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Recognises a code or a trace line, looks it up in the published tables, and formats what is
+// known of it.
 #include "kora4ctl/explain/explain_text.h"
 
 #include <algorithm>

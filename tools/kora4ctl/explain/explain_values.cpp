@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// One function for each kind of value that trace lines print.
 #include "kora4ctl/explain/explain_values.h"
 
 #include <kora4api.h>

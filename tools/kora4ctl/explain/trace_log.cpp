@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Finds, decodes and follows log files while the library goes on writing them.
 #include "kora4ctl/explain/trace_log.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The callback object that collects what the library tells, and the words for each kind of
+// change.
 #include "kora4ctl/notifications/notification_listener.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The differences between two settings documents, and the reader that checks a recording line
+// by line.
 #include "kora4ctl/recording/recording.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Makes the events of a recording again, one kind after the other.
 #include "kora4ctl/recording/replayer.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads what is registered, key by key, tries to create the object, and says what is wrong
+// with it.
 #include "kora4ctl/registration/registration.h"
 
 #include <kora4api.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Lays the bars of the levels out in the columns and lines that there are.
 #include "kora4ctl/terminal/levels_picture.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Draws styled lines into the cells of a console, and leaves the console as it was.
 #include "kora4ctl/terminal/terminal_screen.h"
 
 #include <algorithm>

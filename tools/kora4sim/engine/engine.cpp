@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The engine's loop: prepares the store, publishes a picture per period, looks at what was
+// announced, and sums up at the end.
 #include "kora4sim/engine/engine.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Loads settings and finds what was announced, as the store's contract asks of an engine:
+// values are read again only when their trigger has moved.
 #include "kora4sim/engine/held_settings.h"
 
 #include <algorithm>

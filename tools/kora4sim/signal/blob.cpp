@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Lays a picture out as bytes, and the table of everything that can be wrong with them.
 #include "kora4sim/signal/blob.h"
 
 #include <algorithm>
