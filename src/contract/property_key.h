@@ -126,7 +126,7 @@ class KORA4PropKeyBase {
     PropertyKey m_key;
 };
 
-// The keys of the technologies. A number that is no technology gets offset 0; a negative
+// The keys of the technologies. A number that is not a technology gets offset 0; a negative
 // profile leaves the profile bits 0.
 PropertyKey PresetPatchKey(KORA4PresetTechnology technology, std::uint32_t profile,
                            std::uint32_t pid);

@@ -275,7 +275,7 @@ std::vector<Setting> MakeTable() {
                 rows.push_back(GeneralRow(general));
     };
     addGeneral(contract::SettingRole::eUser);
-    // What people ask for comes first.
+    // What users ask for most comes first.
     std::stable_partition(rows.begin(), rows.end(), [](const Setting& setting) {
         return setting.role == Role::eActiveProfile;
     });

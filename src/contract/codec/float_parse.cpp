@@ -71,7 +71,7 @@ const char16_t* ReadDigits(const char16_t* p, DecimalNumber& number) {
     return any ? p : nullptr;
 }
 
-// The exponent at p, or 0 when what stands there is none.
+// The exponent at p, or 0 when there is none.
 std::int64_t ReadExponent(const char16_t* p) {
     if (*p != u'e' && *p != u'E')
         return 0;

@@ -93,7 +93,8 @@ class NotificationListener::Callback final : public IVeltoKORA4APICallback {
         try {
             m_told.push_back({Moment::Now(), GetTickCount64(), change});
         } catch (const std::bad_alloc&) {
-            // One line less; the ones to come are worth more than an end of it all.
+            // Out of memory: losing this line is better than ending the monitor with a
+            // failure.
         }
         return S_OK;
     }
