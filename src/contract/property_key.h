@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Property keys: how every value of the store is addressed, and the GUIDs and property
-// ids of the store. This is the one place where they stand.
+// Property keys: how every value of the store is addressed, and the GUIDs and property ids of
+// the store. They are defined here and nowhere else.
 #ifndef KORA4_CONTRACT_PROPERTY_KEY_H
 #define KORA4_CONTRACT_PROPERTY_KEY_H
 

@@ -9,7 +9,7 @@
 
 namespace kora4::tools {
 
-// Nothing that a tool reads is nearly as large.
+// Far more than any file that a tool reads has.
 inline constexpr std::size_t cMaxFileBytes = 16 * 1024 * 1024;
 
 // The bytes of a file, or of standard input for "-". Failure with eBadInput when it cannot be

@@ -85,7 +85,7 @@ constexpr bool BeginsWithOneOf(std::string_view text,
     return false;
 }
 
-// Whether a text can be a value of that kind, where the kind has a look of its own.
+// Whether a text can be a value of that kind, where the kind has a recognisable form.
 constexpr bool CanBe(std::string_view kind, std::string_view text) {
     if (kind == "switch") {
         constexpr std::string_view cSwitches[] = {"On", "Off", "Enabled", "Disabled"};

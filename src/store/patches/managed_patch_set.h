@@ -29,8 +29,7 @@ struct RecordPart {
     std::size_t size = 0;
 };
 
-// The words of the technologies that clients watch, by technology number; the number of no
-// technology has none.
+// The words of the technologies that clients watch, by technology number; entry 0 is not used.
 struct TechnologyWords {
     std::uint32_t m_dwPresetOnElseOff[eNumberKORA4PresetTechnologies] = {};
     std::uint32_t m_dwGlobalOnElseOff[eNumberKORA4GlobalTechnologies] = {};

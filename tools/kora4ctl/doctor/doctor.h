@@ -29,7 +29,7 @@ struct Examination {
     bool isLibraryThere = false;  // registration: an object can be made
     bool isSilent = false;        // library: the levels that it reads are silence
     bool hasEngine = false;       // engine: a mask is stored
-    // A thread of this process hangs in a call: nothing but its end ends it.
+    // A call hangs on a thread of this process; only the end of the process ends it.
     bool hasHungThread = false;
 };
 

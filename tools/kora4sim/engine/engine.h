@@ -25,8 +25,8 @@
 
 namespace kora4::tools::sim {
 
-// The stored sampling period is taken into these bounds: 0 would be without a pause, and
-// more than ten seconds without a life.
+// The stored sampling period is clamped to these bounds: 0 would publish without pause, and
+// above ten seconds the engine would look dead.
 inline constexpr std::uint32_t cShortestPeriod = 10;    // ms
 inline constexpr std::uint32_t cLongestPeriod = 10000;  // ms
 
