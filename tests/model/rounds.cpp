@@ -410,7 +410,7 @@ void RoundPlanner::ChangeValue(Writes& writes, const ToldTechnology& technology,
     Announce(writes, technology.raw);
 }
 
-// What somebody who is no client of the API changes in one go.
+// What a program that is not a client of the API changes at once.
 RoundPlanner::Writes RoundPlanner::SomeWrites() {
     Writes writes;
     std::uint32_t profile = Now().profile;
