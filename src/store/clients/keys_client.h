@@ -28,7 +28,7 @@ struct Baseline {
     std::uint32_t profile = cMovieProfile;
     bool enable = true;
     std::uint32_t tableCounter = 0;
-    // The on/off flags are those of `profile`.
+    // The switches are those of `profile`.
     TechnologyWords words;
 };
 
