@@ -62,32 +62,44 @@ class Engine {
         StoredValue wrong;
     };
 
+    // The beginning: commands, engine mask and, if asked for, defaults; then the engine's own
+    // load.
     void PrepareStore();
     // How many values were written.
     std::size_t WriteDefaults();
     // Why the commands could not be written; empty when they are.
     std::string WriteCommands(const Commands& commands);
     void TellReady();
+
+    // The end: releases the mutex, removes the levels if asked to, and reports the sums.
     ExitCode Finish();
 
     bool IsOver() const;
     void WaitForNextPicture();
+
+    // Takes over what was announced since the last picture, and the period.
     void LookAtStore();
     void LookAtPeriod();
     std::uint32_t StoredPeriod();
 
+    // Writes the picture of this moment, or what a fault makes of it.
     void Publish();
     StoredValue MakeValue();
 
+    // Faults whose moment has come.
     void ApplyDueFaults();
     void Apply(const Fault& fault);
     void TellFault(const Fault& fault, const std::string& effect,
                    Json details = Json::object());
+
+    // One function for each kind of fault.
     void Die(const Fault& fault);
     void Hold(const Fault& fault);
     void Burst(const Fault& fault);
     void SpoilFields(const Fault& fault);
     void SpoilProfile(const Fault& fault);
+
+    // Puts back what faults have spoilt; returns how many values that were.
     std::size_t Mend();
     void Announce(const std::vector<SchemaValue>& values);
     void WriteWrong(const SchemaValue& value, const StoredValue& wrong);
