@@ -101,7 +101,8 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
     static HRESULT WatchKey(MonitorSession& session);
 
     // Waits for changes and for the stop event, and calls the gate for each change. Returns
-    // S_OK when it was told to stop, otherwise what ended it.
+    // S_OK when told to stop or when the wait itself fails, otherwise the failure that ended
+    // it.
     static HRESULT RegMonitorLoop(const MonitorSession& session, HKEY key, HANDLE changeEvent,
                                   ICOMCallbackGate* pICOMCallbackGate);
 
@@ -139,7 +140,7 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
     // Whether a thread that has not ended in time may still do so without force.
     bool CanThreadEndByItself(const MonitorSession& session);
 
-    // Disconnects the gate, if it is certain that nobody needs it any more.
+    // Disconnects the gate, so that nothing left on its connection keeps this object alive.
     void CutReferences();
     // Takes the session away from the object and the client from the gate.
     MonitorSessionPtr DetachSession() EXCLUDES(m_guard);

@@ -169,7 +169,7 @@ constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_v
 constexpr bool Match(std::string_view pattern, std::string_view text, TraceValues* pValues,
                      std::string_view kinds);
 
-// The same from a conversion on, whose value takes `length` characters of the text.
+// Matches from a conversion on, whose value takes `length` characters of the text.
 constexpr bool MatchValue(std::string_view pattern, std::string_view text,
                           const Conversion& conversion, std::size_t length,
                           const TraceValues& before, TraceValues* pValues,
