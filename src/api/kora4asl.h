@@ -90,9 +90,12 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
     HRESULT OnKeyChangeNotify() override;
 
   protected:
+    // The interface pointer for `iid`, without a reference; null for an interface that the
+    // object does not have.
     void* FindInterface(REFIID iid);
 
   private:
+    // Brings the object up step by step; a later call goes on where this one failed.
     HRESULT BringUp();
     HRESULT StartMonitor();
     void LoadTraceFlags();

@@ -44,6 +44,7 @@ static_assert(sizeof(GraphicEQData::m_gain) == sizeof(ApiGraphicEQ::m_gain));
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
+// Views of the same memory under the other name. Nothing is copied, and ownership stays.
 inline KORA4PatchValueUnion* ToPublic(ApiPatchValue* pValue) {
     return reinterpret_cast<KORA4PatchValueUnion*>(pValue);
 }

@@ -138,6 +138,7 @@ static_assert(std::size(HeadphoneOnElseOffDefaults) == cDefaultedProfileBound);
 static_assert(std::size(VirtualSurroundOnElseOffDefaults) == cDefaultedProfileBound);
 static_assert(std::size(cNGSurroundOnElseOff) == cDefaultedProfileBound);
 
+// The flags by technology, then by preset profile; null for the number of no technology.
 inline constexpr const std::uint32_t* sm_presetOnElseOffDefaults[] = {
     nullptr,  // ePresetNoTech
     VeltoVolumeOnElseOffDefaults,
@@ -157,6 +158,8 @@ constexpr bool IsOn(KORA4PresetTechnology technology, std::uint32_t profile) {
         return true;
     return sm_presetOnElseOffDefaults[technology][row] != 0;
 }
+
+// Whether a global technology is on when its flag is missing: always.
 constexpr bool IsOn(KORA4GlobalTechnology) {
     return true;
 }

@@ -22,6 +22,8 @@ enum class SettingRole {
     ePassing,  // no setting: a counter, a saved state, the engine's levels
 };
 
+// One row: what a setting is, where it is stored, and who writes and reads it. The texts are
+// those of the documents and of kora4ctl.
 struct GeneralSetting {
     const char* name;
     PropertyKey key;
@@ -33,6 +35,7 @@ struct GeneralSetting {
     const char* writtenBy;  // methods and people; "-" when nobody does
     const char* readBy;
 
+    // Whether absence stands for a number; a text or blob that is absent has no value.
     constexpr bool HasDefault() const {
         return kind == ValueKind::eSwitch || kind == ValueKind::eNumber;
     }
@@ -58,6 +61,7 @@ constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind 
             cClientsAndEngine};
 }
 
+// The command line of a companion application.
 constexpr GeneralSetting Command(const char* name, std::uint32_t pid, const char* meaning) {
     return {
         name,    pkey::Setting(pid), eKeySetApp,  ValueKind::eText, SettingRole::eMachine, 0,

@@ -21,6 +21,7 @@ struct KeyGuid {
     friend constexpr bool operator==(const KeyGuid&, const KeyGuid&) = default;
 };
 
+// The address of a value within its key set.
 struct PropertyKey {
     KeyGuid fmtid;
     std::uint32_t pid;
@@ -90,6 +91,7 @@ inline constexpr std::uint32_t cSwitchPid = 0;
 inline constexpr std::uint32_t cTriggerPid = 0;
 inline constexpr std::uint32_t cProfileNamePid = 0;
 
+// The key of a general setting.
 constexpr PropertyKey Setting(std::uint32_t pid) {
     return PropertyKey{cSettingsGuid, pid};
 }
@@ -100,8 +102,11 @@ constexpr PropertyKey Setting(std::uint32_t pid) {
 // profile into bits 8 to 15 of the first field of the GUID.
 class KORA4PropKeyBase {
   public:
+    // `pid` is kept as it is.
     constexpr KORA4PropKeyBase(const KeyGuid& base, std::uint32_t pid) : m_key{base, pid} {}
 
+    // Places the low eight bits of a technology's offset (sm_presetTechGUIDOffset and its
+    // like).
     constexpr void SetTechField(std::uint32_t offset) { Place(offset, 0); }
 
     // Places the low eight bits of `profile`.
@@ -121,7 +126,7 @@ class KORA4PropKeyBase {
     PropertyKey m_key;
 };
 
-// The keys of the technologies. A number that is no technology gets offset 0; a negative
+// The keys of the technologies. A number that is not a technology gets offset 0; a negative
 // profile leaves the profile bits 0.
 PropertyKey PresetPatchKey(KORA4PresetTechnology technology, std::uint32_t profile,
                            std::uint32_t pid);

@@ -11,6 +11,7 @@
 
 namespace kora4::contract {
 
+// One result code with what a person needs to know about it.
 struct Result {
     std::uint32_t code;
     const char* name;
@@ -19,6 +20,7 @@ struct Result {
     const char* next;     // what to do, in sentences; empty when there is nothing to do
 };
 
+// The code as documents and tables have it, without a sign.
 constexpr std::uint32_t CodeOf(HRESULT hr) {
     return static_cast<std::uint32_t>(hr);
 }

@@ -20,10 +20,12 @@ inline constexpr std::size_t cRecordHeadSize = 24;
 inline constexpr std::size_t cNumBandsOffset = 16;
 inline constexpr std::size_t cBandSize = 2 * sizeof(float);
 
+// Bytes of a record with that many bands.
 constexpr std::size_t RecordSize(std::size_t numBands) {
     return cRecordHeadSize + numBands * cBandSize;
 }
 
+// A 32-bit number at any address: the value is packed.
 inline std::uint32_t ReadNumber(const std::uint8_t* p) {
     std::uint32_t number;
     std::memcpy(&number, p, sizeof number);

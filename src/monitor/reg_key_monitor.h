@@ -75,6 +75,7 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
     static constexpr DWORD cGraceMilliseconds = 5000;
 
   protected:
+    // Called by the wrapper's QueryInterface; takes no reference.
     void* FindInterface(REFIID iid);
 
     // The run in progress, or the last one until TerminateRegMonitor; null when idle.

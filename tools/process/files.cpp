@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads and replaces whole files; what a file held before is there until everything new is on
+// disk.
 #include "process/files.h"
 
 #include <windows.h>
@@ -81,7 +83,7 @@ void WriteNewFile(const std::string& path, std::string_view content) {
 
 }  // namespace
 
-// What was in the file before is there until everything new is on disk.
+// The old content stays in place until all of the new one is on disk.
 void WriteWholeFile(const std::string& path, std::string_view content) {
     const std::string unfinished = path + ".new";
     WriteNewFile(unfinished, content);

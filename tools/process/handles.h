@@ -30,6 +30,8 @@ class Unique {
         Reset();
         return &m_value;
     }
+
+    // Gives back what was held and takes over `value`.
     void Reset(Type value = nullptr) {
         if (const Type old = std::exchange(m_value, value))
             Close(old);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The journal as a file: its text, who may have written it, and how it gets to its place
+// whole.
 #include "registry/journal.h"
 
 #include <windows.h>
@@ -78,8 +80,8 @@ bool IsCurrentUser(PSID owner) {
            EqualSid(owner, reinterpret_cast<TOKEN_USER*>(buffer)->User.Sid);
 }
 
-// Every user may put a file into that folder, and an administrator who mends the store from it
-// would write what that user may not.
+// Every user may create a file in that folder; an administrator who repairs the store from one
+// would write on behalf of that user.
 bool IsTrusted(HANDLE file) {
     PSID owner = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
@@ -202,7 +204,7 @@ JournalFile::State JournalFile::Read(Journal& journal) const {
             Refuse("Reading", m_path);
         text.append(buffer, read);
     } while (read > 0);
-    // The only newline is the last thing that is written.
+    // The only newline is written last: without it the journal was cut short.
     if (text.empty() || text.back() != '\n')
         return State::eCutShort;
     try {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Raw values in the three registry keys of the store.
 #include <windows.h>
 
 #include <algorithm>
@@ -51,7 +52,7 @@ std::string Place(KORA4KeySet keySet, const PropertyKey& key) {
     return ValueName(key) + " in the " + KeySetName(keySet) + " keys";
 }
 
-// The platform adds the terminator that it happens to find behind a text without one; what
+// Windows and Wine add the terminator that they happen to find behind a text without one; what
 // is written shall be what is there.
 class Guarded {
   public:
@@ -77,7 +78,7 @@ class RegistryStore::Keys {
     explicit Keys(OpenMode mode) : m_access(mode == OpenMode::eRead ? KEY_READ : cReadWrite) {
         OpenNeeded(eKeySetStatic, m_static);
         OpenNeeded(eKeySetDynamic, m_dynamic);
-        // The installer's: a user may read them and most may not write.
+        // The installer owns these keys: users may read them, and most may not write.
         for (const REGSAM access : {m_access, REGSAM{KEY_READ}}) {
             const LSTATUS status = Open(eKeySetApp, access, m_app);
             if (status != ERROR_ACCESS_DENIED)

@@ -17,6 +17,7 @@ namespace kora4::tools {
 // Asked before each write; true: stop and put everything back.
 using IsInterrupted = std::function<bool()>;
 
+// What Apply has done.
 struct Applied {
     std::vector<Difference> changes;  // what was written, in the order of the plan
     std::size_t announcements = 0;    // counters that moved
@@ -33,6 +34,7 @@ struct Applied {
 Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock& lock,
               const JournalFile& journal, const IsInterrupted& isInterrupted = {});
 
+// What became of a journal that was found.
 enum class Recovery {
     eNothing,     // no journal
     eNotBegun,    // the journal was not whole, so the store was not touched; removed
@@ -41,6 +43,7 @@ enum class Recovery {
     eUnreadable,  // whole, but no journal of this program: left alone
 };
 
+// The outcome with the values that it concerns.
 struct Recovered {
     Recovery outcome = Recovery::eNothing;
     bool isDone = true;                 // false from Inspect: what Recover would do

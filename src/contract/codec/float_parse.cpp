@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads a decimal text as the nearest float, in integer arithmetic: locale, C runtime and the
+// rounding mode of the processor belong to the host.
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -69,7 +71,7 @@ const char16_t* ReadDigits(const char16_t* p, DecimalNumber& number) {
     return any ? p : nullptr;
 }
 
-// The exponent at p, or 0 when what stands there is none.
+// The exponent at p, or 0 when there is none.
 std::int64_t ReadExponent(const char16_t* p) {
     if (*p != u'e' && *p != u'E')
         return 0;

@@ -126,7 +126,7 @@ constexpr Conversion ConversionAt(std::string_view pattern) {
     return conversion;
 }
 
-// How many characters at the front of the text a number takes; 0: there is none.
+// How many characters at the front of the text a number takes; 0 when there is none.
 constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_view text) {
     const std::size_t sign = text.starts_with("-") ? 1 : 0;
     switch (conversion.kind) {
@@ -209,7 +209,7 @@ constexpr bool Match(std::string_view pattern, std::string_view text, TraceValue
     return length != 0 && MatchValue(pattern, text, conversion, length, before, pValues, kinds);
 }
 
-// Characters that are no part of a conversion.
+// Characters outside conversions.
 constexpr std::size_t ExactCharacters(std::string_view pattern) {
     std::size_t exact = 0;
     while (!pattern.empty()) {
@@ -232,8 +232,8 @@ constexpr std::size_t ConversionsIn(std::string_view pattern) {
 
 }  // namespace detail
 
-// How many characters of the row stand in the message word by word; 0 when the message is
-// not of the row. Blanks around a message do not count. A message of several lines is also
+// How many characters of the row stand in the message word by word; 0 when the message does
+// not match the row. Blanks around a message do not count. A message of several lines is also
 // matched by each of its lines.
 constexpr std::size_t MatchTraceText(const TraceMessage& row, std::string_view message,
                                      TraceValues* pValues) {

@@ -53,6 +53,9 @@ struct StoreSettings {
     std::uint32_t staticSettings[std::size(cStaticSettings)] = {};
 };
 
+// Holds the working records, the baseline and the mutex; the key access is borrowed and must
+// outlive it. What is marked as guarded is used by whoever holds the named mutex, whichever
+// thread that is.
 class KORA4KeysClient {
   public:
     explicit KORA4KeysClient(KORA4KeyAccess* pKeyAccess);

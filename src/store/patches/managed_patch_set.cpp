@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Loads and writes records, on/off flags and trigger words, technology by technology.
 #include "store/patches/managed_patch_set.h"
 
 #include "contract/profiles.h"

@@ -60,6 +60,8 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     // `defaultsOnly` the store is not asked and the built-in defaults are taken.
     HRESULT LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile, bool defaultsOnly,
                             KORA4PresetTechnology technology);
+
+    // The halves of LoadPresetPatch: the on/off flag, and the fields.
     HRESULT LoadPresetPatchEnable(KORA4KeyAccess& access, std::uint32_t profile,
                                   bool defaultsOnly, KORA4PresetTechnology technology);
     // Fields that lie in `except` are left as they are: their values are about to be replaced.
@@ -69,6 +71,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     // Every preset technology, 1 to 7; the results are not combined.
     void LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile, bool defaultsOnly);
 
+    // The same for a global technology, which has one record for all profiles.
     HRESULT LoadGlobalPatch(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
     HRESULT LoadGlobalPatchEnable(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
     HRESULT LoadGlobalPatchData(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
@@ -107,7 +110,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     // readers know: they end each load.
     static void Refresh();
 
-    // E_INVALIDARG (and an assertion) for anything that is no technology. The
+    // E_INVALIDARG (and an assertion) for anything that is not a technology. The
     // next-generation surround has a record and no fields.
     HRESULT GetTechnologyFields(KORA4PresetTechnology technology, TechnologyFields* pOut);
     HRESULT GetTechnologyFields(KORA4GlobalTechnology technology, TechnologyFields* pOut);

@@ -33,10 +33,12 @@ struct Examination {
     bool hasHungThread = false;
 };
 
+// What one check found.
 struct CheckResult {
     std::string summary;  // what there is, when nothing is wrong
     Observations findings;
 
+    // Adds a finding; `next` says what to do about it.
     void Add(Severity severity, std::string what, std::string next = {}) {
         findings.push_back({severity, std::move(what), std::move(next)});
     }
@@ -45,6 +47,7 @@ struct CheckResult {
 // A check whose needs are not met is not run.
 enum Needs : unsigned { eNothing = 0, eStore = 1, eMutex = 2, eLibrary = 4, eDeep = 8 };
 
+// One row of the table of checks.
 struct DoctorCheck {
     const char* name;
     const char* summary;  // for --help

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Finds, decodes and follows log files while the library goes on writing them.
 #include "kora4ctl/explain/trace_log.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@
 namespace kora4::tools {
 namespace {
 
-// None for what is not of that code page, when `flags` ask for that.
+// None for bytes outside the code page, if `flags` ask for that check.
 std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, DWORD flags) {
     const int length = static_cast<int>(bytes.size());
     const int count = MultiByteToWideChar(codePage, flags, bytes.data(), length, nullptr, 0);
@@ -25,7 +26,7 @@ std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, 
     return Narrow(wide);
 }
 
-// As much of what was read as tells one file from another.
+// Bytes kept from the end of the last read, to tell one file from another.
 constexpr std::size_t cTailBytes = 256;
 
 UniqueHandle OpenToRead(const std::string& path) {
@@ -35,7 +36,7 @@ UniqueHandle OpenToRead(const std::string& path) {
     if (file != INVALID_HANDLE_VALUE)
         return UniqueHandle(file);
     const DWORD error = GetLastError();
-    // One that is being removed, or that somebody has for himself at this moment.
+    // The file is being removed, or is open exclusively at this moment.
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
         error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING)
         return {};

@@ -11,6 +11,7 @@
 
 namespace kora4::tools {
 
+// One thing found out, with what to do about it.
 struct Observation {
     Severity severity = Severity::eNote;
     std::string what;  // sentences

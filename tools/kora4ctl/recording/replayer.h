@@ -24,6 +24,8 @@ class Replayer {
 
     // The settings as they were when the recording began.
     void Restore(const Json& settings);
+
+    // Makes the changes of one group.
     void Make(const RecordedGroup& group);
     // What is stored otherwise than there.
     std::vector<Difference> DifferencesFrom(const Json& settings);

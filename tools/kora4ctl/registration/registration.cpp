@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads what is registered, key by key, tries to create the object, and says what is wrong
+// with it.
 #include "kora4ctl/registration/registration.h"
 
 #include <kora4api.h>
@@ -89,7 +91,8 @@ bool IsSamePath(const std::string& one, const std::string& other) {
     return canonical(one) == canonical(other);
 }
 
-// An apartment of the thread's own for a while; one that it has already serves as well.
+// Enters an apartment for the length of a scope; one that the thread is in already serves as
+// well.
 class ApartmentScope {
   public:
     ApartmentScope() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}

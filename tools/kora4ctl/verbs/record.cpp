@@ -118,7 +118,7 @@ class Recorder {
     bool IsToStandardOutput() const { return m_lines.IsStandardOutput(); }
     unsigned Count() const { return m_count; }
 
-    // How it ended: as wanted, or before.
+    // Whether it ended as asked, or before.
     Wake Run() {
         const Deadline deadline = m_limits.Start();
         for (std::vector<Notification> told; !m_lines.IsBroken();) {

@@ -56,7 +56,7 @@ void TellStored(const Context& context, const TraceWord& word) {
     context.output.Say(cTakesEffect);
 }
 
-// The library writes files into a folder that is there, and never makes it.
+// The library writes into an existing folder and never creates it.
 void MakeLogFolder(Output& output) {
     if (HasLogFolder())
         return;
@@ -122,7 +122,7 @@ Json DocumentOf(const std::string& line) {
             {"text", parsed->text}};
 }
 
-// Problems stand out, entry and exit stand back.
+// Problems are highlighted; entry and exit lines are dimmed.
 std::string Painted(const Output& output, const std::string& line) {
     const std::optional<TraceLine> parsed = ParseTraceLine(line);
     if (!parsed)

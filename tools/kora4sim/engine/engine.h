@@ -30,6 +30,7 @@ namespace kora4::tools::sim {
 inline constexpr std::uint32_t cShortestPeriod = 10;    // ms
 inline constexpr std::uint32_t cLongestPeriod = 10000;  // ms
 
+// What the command line chooses.
 struct EngineOptions {
     std::optional<std::uint64_t> runMilliseconds;  // none: until interrupted
     std::uint64_t seed = 1;

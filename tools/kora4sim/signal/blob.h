@@ -23,7 +23,7 @@ struct Spoiling {
     StoredValue (*make)(const Picture& picture, Noise noise, std::uint64_t number);
 };
 
-// Values that are no levels, and values that state wrong numbers.
+// Values that are not levels, and values that state wrong counts.
 std::span<const Spoiling> Garbage();
 std::span<const Spoiling> WrongCounts();
 

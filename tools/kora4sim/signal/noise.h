@@ -13,6 +13,7 @@ class Noise {
   public:
     explicit constexpr Noise(std::uint64_t seed) : m_seed(seed) {}
 
+    // 64 even bits for a number and a part of it.
     constexpr std::uint64_t Word(std::uint64_t which, std::uint64_t part = 0) const {
         return Mixed(Mixed(m_seed ^ Mixed(which)) + part);
     }
