@@ -7,7 +7,7 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 require "${build_needs[@]}" "${wine_needs[@]}"
-build release kora4ctl kora4sim QXA64T manuals_test
+build release kora4ctl kora4sim kora4_first_client QXA64T manuals_test
 [ "$#" -gt 0 ] || set -- README.md docs/kora4ctl.md docs/kora4sim.md
 
 prefix=$root/build/manuals/wine
