@@ -12,7 +12,7 @@
 
 #include "process/api_session.h"
 #include "process/program.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 #include "settings/settings_table.h"
 

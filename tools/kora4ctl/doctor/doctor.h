@@ -12,7 +12,7 @@
 
 #include "kora4ctl/recording/observation.h"
 #include "process/program.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 
 namespace kora4::tools {
