@@ -5,8 +5,10 @@
 #include <cstdlib>
 
 #include "contract/codec/array_text.h"
+#include "contract/messages/trace_messages_api.h"
 #include "contract/profiles.h"
 #include "native/stub_key_access.h"
+#include "store/access/profile_key.h"
 #include "store/clients/ui_keys_client.h"
 #include "trace/trace.h"
 
@@ -112,11 +114,10 @@ BENCHMARK(SwitchProfile)->Name("profile switch");
 
 // A statement's share of a loop that does nothing else.
 void SuppressedTrace(benchmark::State& state) {
-    static constexpr trace::Site cSite{"Bench", "SuppressedTrace"};
     trace::SetFlags(0);
     std::uint32_t value = 0;
     for (auto _ : state) {
-        KALTRACE(trace::eMessages, cSite, "value: %u\n", static_cast<unsigned>(value));
+        KALTRACE(msg::cGainLimited, value, 0.0, 0.0);
         benchmark::DoNotOptimize(++value);
     }
 }

@@ -8,7 +8,7 @@
 
 #include "contract/profiles.h"
 #include "contract/registry_paths.h"
-#include "store/access/named_mutex.h"
+#include "contract/store_mutex.h"
 
 namespace kora4::bench {
 namespace {
@@ -129,7 +129,7 @@ void Place::MakeNames() {
                                     pkey::cProfileSelectorCommandPid, pkey::cDemoAppCommandPid})
         commands.push_back(Setting(eKeySetApp, pid, REG_SZ));
     for (std::uint32_t p = 0; p < cSelectableProfileBound; ++p)
-        names.push_back(Make(eKeySetStatic, ProfileNameKey(p), REG_SZ));
+        names.push_back(Make(eKeySetStatic, pkey::ProfileName(p), REG_SZ));
 }
 
 void Place::MakePatches() {
@@ -160,8 +160,8 @@ void Place::MakePatches() {
     for (std::uint32_t row = 0; row < cKeptProfiles; ++row) {
         std::vector<PatchValues>& patches = m_patches.emplace_back();
         for (std::uint32_t t = 0; t < eNumberKORA4PresetTechnologies; ++t) {
-            const PropertyKey key = PresetPatchKey(static_cast<KORA4PresetTechnology>(t),
-                                                   ProfileOf(row), pkey::cSwitchPid);
+            const PropertyKey key = pkey::PresetPatch(static_cast<KORA4PresetTechnology>(t),
+                                                      ProfileOf(row), pkey::cSwitchPid);
             patches.push_back({Make(eKeySetDynamic, key, REG_DWORD),
                                fieldsOf(fields::cPresetRecords[t], key)});
         }

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "contract/field_tables.h"
 #include "contract/property_key.h"
 #include "platform/handles.h"
-#include "store/patches/field_tables.h"
 
 namespace kora4::bench {
 

@@ -7,7 +7,7 @@ namespace kora4 {
 namespace {
 
 // Unlike the other methods these look at the pointer last.
-constexpr MethodRules cCommandRules = {.badArgument = "E_INVALIDARG",
+constexpr MethodRules cCommandRules = {.badArgument = msg::cGetCommandNull,
                                        .initialization = InitializationCheck::eBeforeArguments};
 
 }  // namespace

@@ -74,32 +74,29 @@ HRESULT CKORA4ASL::BecomeReady() {
 }
 
 STDMETHODIMP CKORA4ASL::RegisterChangeNotifications(IVeltoKORA4APICallback* pIAPICallback) {
-    static constexpr Method cMethod{
-        "CKORA4ASL::RegisterChangeNotifications",
-        {.badArgument = "NULL == pICallback", .entry = "%s: %4d %s:>> pICallback: %p\n"}};
+    static constexpr Method cMethod{msg::cRegisterNull};
     // The callback that is released may hold the client's last reference to the object.
     const ComPtr<CKORA4ASL> spSelf(this);
-    return RunMethod(
+    return RunMethod<msg::cRegisterEntry>(
         cMethod, m_initialized, pIAPICallback != nullptr,
         [&] {
             const CallbackHold hold(m_callbackGuard);
             SetCallback(pIAPICallback);
-            KALTRACE(trace::eMessages, cMethod.site, "(0x%x)success\n",
+            KALTRACE(msg::cRegistered,
                      static_cast<unsigned>(reinterpret_cast<UINT_PTR>(pIAPICallback)));
             return S_OK;
         },
-        static_cast<void*>(pIAPICallback));
+        pIAPICallback);
 }
 
 STDMETHODIMP CKORA4ASL::UnregisterChangeNotifications() {
-    static constexpr Method cMethod{"CKORA4ASL::UnregisterChangeNotifications"};
+    static constexpr Method cMethod{msg::cUnregistered.function};
     const ComPtr<CKORA4ASL> spSelf(this);  // as above
     return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const CallbackHold hold(m_callbackGuard);
         if (m_spIASLCallback) {
             SetCallback(nullptr);
-            KALTRACE(trace::eMessages, cMethod.site,
-                     " Successfully unregistered callback and set m_spIASLCallback = Null\n");
+            KALTRACE(msg::cUnregistered);
         }
         return S_OK;
     });

@@ -10,13 +10,11 @@
 namespace kora4 {
 
 CKORA4ASL::CKORA4ASL() {
-    static constexpr trace::Site cSite{cApiTag, "CKORA4ASL::CKORA4ASL"};
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("CKORA4ASL::CKORA4ASL");
 }
 
 void CKORA4ASL::FinalRelease() {
-    static constexpr trace::Site cSite{cApiTag, "CKORA4ASL::~CKORA4ASL"};
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("CKORA4ASL::~CKORA4ASL");
     UnregisterChangeNotifications();
     if (m_pRegKeyMonitor) {
         m_pRegKeyMonitor->TerminateRegMonitor();
@@ -33,17 +31,16 @@ void* CKORA4ASL::FindInterface(REFIID iid) {
 
 STDMETHODIMP CKORA4ASL::GetVeltoKORA4Version(ULONG* kora4Version_3, ULONG* kora4Version_2,
                                              ULONG* kora4Version_1, ULONG* kora4Version_0) {
-    static constexpr Method cMethod{"CKORA4ASL::GetVeltoKORA4Version",
-                                    {.badArgument = "called with a null pointer",
-                                     .initialization = InitializationCheck::eNone}};
+    static constexpr Method cMethod{msg::cVersionNull,
+                                    {.initialization = InitializationCheck::eNone}};
     const bool good = kora4Version_3 && kora4Version_2 && kora4Version_1 && kora4Version_0;
     return RunMethod(cMethod, m_initialized, good, [&] {
         *kora4Version_3 = KORA4_VERSION_3;
         *kora4Version_2 = KORA4_VERSION_2;
         *kora4Version_1 = KORA4_VERSION_1;
         *kora4Version_0 = KORA4_VERSION_0;
-        KALTRACE(trace::eMessages, cMethod.site, "%u.%u.%u.%u\n", KORA4_VERSION_3,
-                 KORA4_VERSION_2, KORA4_VERSION_1, KORA4_VERSION_0);
+        KALTRACE(msg::cVersion, KORA4_VERSION_3, KORA4_VERSION_2, KORA4_VERSION_1,
+                 KORA4_VERSION_0);
         return S_OK;
     });
 }

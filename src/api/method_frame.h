@@ -10,40 +10,50 @@
 #include <cstdint>
 #include <source_location>
 
+#include "contract/messages/trace_messages_api.h"
 #include "kora4api_codes.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 
 // The tag of all lines of the API object; also the name of its log file.
-inline constexpr char cApiTag[] = "KORA4ASL";
-
 // Where the initialisation check stands. Clients rely on each method's own order.
 enum class InitializationCheck { eAfterArguments, eBeforeArguments, eNone };
 
 // What differs from method to method in the frame.
-struct MethodRules {
-    // What the line of a refused argument says after "**** Error: "; null: no line.
-    const char* badArgument = nullptr;
-    InitializationCheck initialization = InitializationCheck::eAfterArguments;
-    bool tellsNotInitialized = true;
-    // The whole format of the entry line; its own arguments go to RunMethod.
-    const char* entry = "%s: %4d %s:>>\n";
+// The line of a refused argument; none unless given. The message has no arguments.
+struct Refusal {
+    constexpr Refusal() = default;
+    consteval Refusal(const contract::TraceMessage& message) : text(message.text) {
+        if (!trace::FitsFormat(message.text, trace::Types<>()))
+            trace::NotAsTheCatalogueHasIt();
+    }
+
+    const char* text = nullptr;
 };
 
-// What a method states of itself: its name in the trace and its rules. A static constexpr in
-// each method.
-struct Method {
-    constexpr explicit Method(
-        const char* function, const MethodRules& methodRules = {},
-        const std::source_location& location = std::source_location::current())
-        : site{cApiTag, function},
-          rules(methodRules),
-          line(static_cast<int>(location.line())) {}
+struct MethodRules {
+    Refusal badArgument = {};
+    InitializationCheck initialization = InitializationCheck::eAfterArguments;
+    bool tellsNotInitialized = true;
+};
 
-    trace::Site site;
+// The lines of the frame show where this stands.
+struct Method {
+    consteval explicit Method(const trace::Place& methodPlace,
+                              const MethodRules& methodRules = {})
+        : place(methodPlace), rules(methodRules) {}
+
+    // A method with a line for a refused argument: it is the function of that message.
+    consteval explicit Method(
+        const contract::TraceMessage& badArgument, MethodRules methodRules = {},
+        const std::source_location& location = std::source_location::current())
+        : place(badArgument.function, location), rules(methodRules) {
+        rules.badArgument = badArgument;
+    }
+
+    trace::Place place;
     MethodRules rules;
-    int line;  // what the lines of the frame show
 };
 
 // For methods without an argument to check.
@@ -54,31 +64,32 @@ inline HRESULT Admit(const Method& method, bool initialized, bool argumentsAreGo
     const MethodRules& rules = method.rules;
     const bool stateIsGood = initialized || rules.initialization == InitializationCheck::eNone;
     const bool stateFirst = rules.initialization == InitializationCheck::eBeforeArguments;
+    const char* pText = nullptr;
+    HRESULT hr = S_OK;
     if (!argumentsAreGood && (stateIsGood || !stateFirst)) {
-        if (rules.badArgument)
-            KALTRACE_AT(trace::eMessages, method.site, method.line, "**** Error: %s\n",
-                        rules.badArgument);
-        return E_INVALIDARG;
+        hr = E_INVALIDARG;
+        pText = rules.badArgument.text;
+    } else if (!stateIsGood) {
+        hr = APOERR_NOT_INITIALIZED;
+        pText = rules.tellsNotInitialized ? msg::cNotInitialized.text : nullptr;
     }
-    if (!stateIsGood) {
-        if (rules.tellsNotInitialized)
-            KALTRACE_AT(trace::eMessages, method.site, method.line,
-                        "**** Error: APOERR_NOT_INITIALIZED\n");
-        return APOERR_NOT_INITIALIZED;
-    }
-    return S_OK;
+    const std::uint32_t flags = trace::Flags();
+    if (pText && trace::IsEnabled(flags, trace::eMessages))
+        trace::Write(flags, method.place.site, method.place.line, pText);
+    return hr;
 }
 
 // `body` makes the call, writes the method's message lines and returns the result, which
-// travels up unchanged, success codes included.
-template <typename Body, typename... EntryArguments>
+// travels up unchanged, success codes included. The entry line may be a message with the
+// arguments of the call.
+template <const contract::TraceMessage& entry = msg::cEntry, typename Body,
+          typename... EntryArguments>
 HRESULT RunMethod(const Method& method, bool initialized, bool argumentsAreGood, Body&& body,
                   EntryArguments... entryArguments) {
-    const std::uint32_t flags = trace::Flags();
-    if (trace::IsEnabled(flags, trace::eEntry))
-        trace::Write(flags, method.site, method.line, method.rules.entry, entryArguments...);
+    const auto& [site, line] = method.place;
+    KALTRACE_LINE(trace::eEntry, site, line, entry.text, entryArguments...);
     HRESULT hr = S_OK;
-    const trace::Scope exitLine(method.site, method.line, 0, trace::eExitResult, &hr);
+    const trace::ExitLine exitLine(site, line, &hr);
     hr = Admit(method, initialized, argumentsAreGood);
     if (SUCCEEDED(hr))
         hr = body();

@@ -7,16 +7,6 @@ namespace kora4 {
 
 using Microsoft::WRL::ComPtr;
 
-namespace {
-
-constexpr trace::Site cSite{cApiTag, "CKORA4ASL::OnKeyChangeNotify"};
-
-unsigned ThreadId() {
-    return static_cast<unsigned>(GetCurrentThreadId());
-}
-
-}  // namespace
-
 HRESULT CKORA4ASL::OnKeyChangeNotify() {
     ComPtr<CKORA4ASL> spSelf;
     const ULONG references = AddRef();
@@ -26,15 +16,13 @@ HRESULT CKORA4ASL::OnKeyChangeNotify() {
     if (IsGoing(references))
         return S_OK;
     HRESULT hr = S_OK;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE(msg::cAnalysisBegins.function, &hr);
     if (!IsReadyForNotification())
         return hr;
     ChangeSet changes;
-    KALTRACE(trace::eNotificationThreads, cSite, "Into  OnKeyChangeNotify TID: 0x%08x\n",
-             ThreadId());
+    KALTRACE(msg::cAnalysisBegins, GetCurrentThreadId());
     hr = m_uiKeysClient.AnalyseChanges(&changes);
-    KALTRACE(trace::eNotificationThreads, cSite, "Done  OnKeyChangeNotify TID: 0x%08x\n",
-             ThreadId());
+    KALTRACE(msg::cAnalysisDone, GetCurrentThreadId());
     if (SUCCEEDED(hr))
         hr = Notify(changes);
     return hr;
@@ -57,17 +45,13 @@ HRESULT CKORA4ASL::Notify(ChangeSet& changes) {
     ComPtr<IVeltoKORA4APICallback> spCallback;
     if (changes.analysis != m_registeredAfter)
         spCallback = m_spIASLCallback;
-    KALTRACE(trace::eNotificationThreads, cSite, "pICallback: %p TID: 0x%08x\n",
-             static_cast<void*>(spCallback.Get()), ThreadId());
+    KALTRACE(msg::cCallbackToTell, spCallback.Get(), GetCurrentThreadId());
     if (!spCallback)
         return S_OK;
-    KALTRACE(trace::eNotificationThreads, cSite, "CallbackNotifications TID: 0x%08x\n",
-             ThreadId());
+    KALTRACE(msg::cTelling, GetCurrentThreadId());
     const HRESULT hr = CallbackNotifications(spCallback.Get(), changes, m_registration,
                                              m_uiKeysClient.Overtaken());
-    KALTRACE(trace::eNotificationThreads, cSite,
-             "CallbackNotifications hr: 0x%08x TID: 0x%08x\n", static_cast<unsigned>(hr),
-             ThreadId());
+    KALTRACE(msg::cTold, hr, GetCurrentThreadId());
     return hr;
 }
 

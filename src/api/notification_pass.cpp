@@ -3,7 +3,6 @@
 // when the pass ends early.
 #include "api/notification_pass.h"
 
-#include "api/method_frame.h"
 #include "api/public_records.h"
 #include "store/clients/api_conversion.h"
 #include "trace/trace.h"
@@ -11,7 +10,7 @@
 namespace kora4 {
 namespace {
 
-constexpr trace::Site cSite{cApiTag, "CKORA4ASL::CallbackNotifications"};
+constexpr trace::Site cSite = trace::SiteOf("CKORA4ASL::CallbackNotifications");
 
 constexpr OvertakenItems::Items cAlways = 0;
 

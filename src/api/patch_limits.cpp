@@ -3,18 +3,18 @@
 // refused.
 #include "api/patch_limits.h"
 
+#include <windows.h>
+
 #include <algorithm>
 #include <cstring>
 
 #include "api/log_texts.h"
-#include "api/method_frame.h"
+#include "contract/messages/trace_messages_api.h"
 #include "store/clients/api_conversion.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 namespace {
-
-constexpr trace::Site cFieldSite{cApiTag, "CKORA4ASL::ValidatePatchField"};
 
 struct FloatLimits {
     float lowest;
@@ -38,28 +38,20 @@ Value ReadField(const void* pField) {
 
 HRESULT ValidateVolumeLeveler(std::uint32_t value) {
     if (value > cVeltoVolumeLevelerAmountMax) {
-        KALTRACE(trace::eMessages, cFieldSite,
-                 "**** Error: eVolumeLeveler value of %d > cVeltoVolumeLevelerAmountMax (%d). "
-                 "Returning E_INVALIDARG\n",
-                 static_cast<int>(value), static_cast<int>(cVeltoVolumeLevelerAmountMax));
+        KALTRACE(msg::cVolumeTooLarge, value, cVeltoVolumeLevelerAmountMax);
         return E_INVALIDARG;
     }
-    KALTRACE(trace::eMessages, cFieldSite, "eVolumeLeveler set to %d\n",
-             static_cast<int>(value));
+    KALTRACE(msg::cVolumeAccepted, value);
     return S_OK;
 }
 
 HRESULT ValidateIntelligentEQ(std::uint32_t value) {
     if (value >= eNumberIEQPatches) {
         // The limit has always been printed as 0; log readers know it so.
-        KALTRACE(trace::eMessages, cFieldSite,
-                 "**** Error: eIntelligentEQ value of %d >= eNumberIEQPatches (%d). "
-                 "Returning E_INVALIDARG\n",
-                 static_cast<int>(value), 0);
+        KALTRACE(msg::cNoSuchCurve, value, 0);
         return E_INVALIDARG;
     }
-    KALTRACE(trace::eMessages, cFieldSite, "Intelligent EQ patch set to %s  (%d)\n",
-             text::cIntelligentEQNames[value], static_cast<int>(value));
+    KALTRACE(msg::cCurveAccepted, text::cIntelligentEQNames[value], value);
     return S_OK;
 }
 
@@ -67,32 +59,23 @@ HRESULT ValidateIntelligentEQ(std::uint32_t value) {
 HRESULT ValidateFloat(ApiTechnology technology, float value, const FloatLimits& limits) {
     const char* const name = text::OfTechnology(static_cast<std::uint32_t>(technology));
     if (value > limits.highest) {
-        KALTRACE(trace::eMessages, cFieldSite,
-                 "**** Error: %s value of %f > %s (%f). Returning E_INVALIDARG\n", name,
-                 static_cast<double>(value), limits.highestName,
-                 static_cast<double>(limits.highest));
+        KALTRACE(msg::cFloatTooLarge, name, value, limits.highestName, limits.highest);
         return E_INVALIDARG;
     }
     if (!(value >= limits.lowest)) {
-        KALTRACE(trace::eMessages, cFieldSite,
-                 "**** Error: %s value of %f < %s (%f). Returning E_INVALIDARG\n", name,
-                 static_cast<double>(value), limits.lowestName,
-                 static_cast<double>(limits.lowest));
+        KALTRACE(msg::cFloatTooSmall, name, value, limits.lowestName, limits.lowest);
         return E_INVALIDARG;
     }
-    KALTRACE(trace::eMessages, cFieldSite, "%s set to %f\n", name, static_cast<double>(value));
+    KALTRACE(msg::cFloatAccepted, name, value);
     return S_OK;
 }
 
 void LimitGain(std::uint32_t band, float* pGain) {
-    static constexpr trace::Site cSite{cApiTag, "CKORA4ASL::ValidateAndLimitGraphicEQ"};
     const float gain = *pGain;
     if (gain >= cGraphicEQGainMin && gain <= cGraphicEQGainMax)
         return;
     *pGain = gain > cGraphicEQGainMax ? cGraphicEQGainMax : cGraphicEQGainMin;
-    KALTRACE(trace::eMessages, cSite, "Graphic EQ gain band %u limited to %f (was %f).\n",
-             static_cast<unsigned>(band), static_cast<double>(*pGain),
-             static_cast<double>(gain));
+    KALTRACE(msg::cGainLimited, band, *pGain, gain);
 }
 
 }  // namespace
@@ -115,7 +98,8 @@ HRESULT ValidatePatchField(ApiTechnology technology, std::uint32_t size, const v
         case ApiTechnology::eNumberKORA4APITechnologies:
             break;
     }
-    KALASSERT_TEXT(cFieldSite, false, "!\"Invalid ASL patch field.\"");
+    KALASSERT_TEXT(trace::cSiteOf<msg::cVolumeTooLarge>, false,
+                   "!\"Invalid ASL patch field.\"");
     return E_INVALIDARG;
 }
 

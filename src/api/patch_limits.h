@@ -5,20 +5,13 @@
 
 #include <cstdint>
 
+#include "contract/patch_limits.h"
 #include "contract/result.h"
 #include "store/clients/api_records.h"
 
 namespace kora4 {
 
 // The volume leveler's amount is a whole number from 0 to this.
-inline constexpr std::uint32_t cVeltoVolumeLevelerAmountMax = 10;
-inline constexpr float cDialogEnhancerAmountMin = 0.0f;
-inline constexpr float cDialogEnhancerAmountMax = 1.0f;
-inline constexpr float cSurroundCompBoostMin = 0.0f;
-inline constexpr float cSurroundCompBoostMax = 6.0f;
-inline constexpr float cGraphicEQGainMin = -12.0f;  // dB
-inline constexpr float cGraphicEQGainMax = 12.0f;   // dB
-
 // E_INVALIDARG for a value outside its limits, for a `size` in bytes that is too small for the
 // technology's value, and for a number that is not a technology. A trace line says what was
 // accepted or refused. The graphic EQ passes: its values are limited instead.

@@ -10,15 +10,13 @@
 namespace kora4 {
 namespace {
 
-void TraceValue(const trace::Site& site, const ApiPatchValue& value) {
+void TraceValue(const ApiPatchValue& value) {
     const char* const name = text::OfTechnology(static_cast<std::uint32_t>(value.m_technology));
     if (value.m_technology == ApiTechnology::eVolumeLeveler ||
         value.m_technology == ApiTechnology::eIntelligentEQ)
-        KALTRACE(trace::eMessages, site, "%s = %d\n", name,
-                 static_cast<int>(value.m_values.m_volumeSlider));
+        KALTRACE(msg::cGetWholeValue, name, value.m_values.m_volumeSlider);
     else
-        KALTRACE(trace::eMessages, site, "%s = %f\n", name,
-                 static_cast<double>(value.m_values.m_enhancementSlider));
+        KALTRACE(msg::cGetFloatValue, name, value.m_values.m_enhancementSlider);
 }
 
 }  // namespace
@@ -27,7 +25,7 @@ void TraceValue(const trace::Site& site, const ApiPatchValue& value) {
 // that was read, and its memory is not touched while the named mutex is held.
 
 STDMETHODIMP CKORA4ASL::GetSimplePatchValue(KORA4PatchValueUnion* pGetPatchValue) {
-    static constexpr Method cMethod{"CKORA4ASL::GetSimplePatchValue"};
+    static constexpr Method cMethod{msg::cGetWholeValue.function};
     return RunMethod(cMethod, m_initialized, pGetPatchValue != nullptr, [&] {
         ApiPatchValue value{FromPublic(pGetPatchValue->m_technology), {}};
         std::uint32_t size = 0;
@@ -37,7 +35,7 @@ STDMETHODIMP CKORA4ASL::GetSimplePatchValue(KORA4PatchValueUnion* pGetPatchValue
             hr = m_uiKeysClient.GetPatchValue(value.m_technology, size, pField);
         if (SUCCEEDED(hr)) {
             std::memcpy(&pGetPatchValue->m_values, pField, size);
-            TraceValue(cMethod.site, value);
+            TraceValue(value);
         }
         return hr;
     });

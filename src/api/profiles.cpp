@@ -7,14 +7,13 @@
 namespace kora4 {
 
 STDMETHODIMP CKORA4ASL::GetActiveProfile(LONG* pProfileID) {
-    static constexpr Method cMethod{"CKORA4ASL::GetActiveProfile",
-                                    {.badArgument = "NULL == pProfile"}};
+    static constexpr Method cMethod{msg::cGetActiveProfileNull};
     return RunMethod(cMethod, m_initialized, pProfileID != nullptr, [&] {
         std::uint32_t profile = cNoProfile;
         const HRESULT hr = m_uiKeysClient.GetActiveProfile(&profile);
         if (SUCCEEDED(hr))
             *pProfileID = static_cast<LONG>(profile);
-        KALTRACE(trace::eMessages, cMethod.site, " is %s\n", text::OfProfile(profile).read);
+        KALTRACE(msg::cGetActiveProfile, text::OfProfile(profile).read);
         return hr;
     });
 }
@@ -22,50 +21,46 @@ STDMETHODIMP CKORA4ASL::GetActiveProfile(LONG* pProfileID) {
 // The lines after the calls below do not look at the result; the exit line has it.
 
 STDMETHODIMP CKORA4ASL::SetActiveProfile(LONG profileID) {
-    static constexpr Method cMethod{"CKORA4ASL::SetActiveProfile",
-                                    {.entry = "%s: %4d %s:>> profile: %d\n"}};
-    return RunMethod(
+    static constexpr Method cMethod{msg::cSetActiveProfileEntry.function};
+    return RunMethod<msg::cSetActiveProfileEntry>(
         cMethod, m_initialized, cNothingToCheck,
         [&] {
             const auto profile = static_cast<std::uint32_t>(profileID);
             const HRESULT hr = m_uiKeysClient.SetActiveProfile(profile);
-            KALTRACE(trace::eMessages, cMethod.site, " to %s\n",
-                     text::OfProfile(profile).chosen);
+            KALTRACE(msg::cSetActiveProfile, text::OfProfile(profile).chosen);
             return hr;
         },
-        static_cast<int>(profileID));
+        profileID);
 }
 
 STDMETHODIMP CKORA4ASL::RevertActiveProfile() {
-    static constexpr Method cMethod{"CKORA4ASL::RevertActiveProfile"};
+    static constexpr Method cMethod{msg::cRevertActiveProfile.function};
     return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr = m_uiKeysClient.RevertActiveProfile();
-        KALTRACE(trace::eMessages, cMethod.site, " Successfully Reverted Active Profile\n");
+        KALTRACE(msg::cRevertActiveProfile);
         return hr;
     });
 }
 
 STDMETHODIMP CKORA4ASL::SetDemoProfileAndEnable(LONG demoProfileID, BOOL demoVeltoEnable) {
-    static constexpr Method cMethod{
-        "CKORA4ASL::SetDemoProfileAndEnable",
-        {.entry = "%s: %4d %s:>> demoProfileID: %d demoVeltoEnable: %d\n"}};
-    return RunMethod(
+    static constexpr Method cMethod{msg::cSetDemoProfileEntry.function};
+    return RunMethod<msg::cSetDemoProfileEntry>(
         cMethod, m_initialized, cNothingToCheck,
         [&] {
             const auto profile = static_cast<std::uint32_t>(demoProfileID);
             const HRESULT hr =
                 m_uiKeysClient.SetDemoProfileAndEnable(profile, demoVeltoEnable != FALSE);
-            KALTRACE(trace::eMessages, cMethod.site, " to %s\n", text::OfDemoProfile(profile));
+            KALTRACE(msg::cSetDemoProfile, text::OfDemoProfile(profile));
             return hr;
         },
-        static_cast<int>(demoProfileID), static_cast<int>(demoVeltoEnable));
+        demoProfileID, demoVeltoEnable);
 }
 
 STDMETHODIMP CKORA4ASL::RevertFromDemoMode() {
-    static constexpr Method cMethod{"CKORA4ASL::RevertFromDemoMode"};
+    static constexpr Method cMethod{msg::cRevertFromDemoMode.function};
     return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr = m_uiKeysClient.RevertFromDemoMode();
-        KALTRACE(trace::eMessages, cMethod.site, " Successfully Reverted from Demo Mode\n");
+        KALTRACE(msg::cRevertFromDemoMode);
         return hr;
     });
 }
@@ -77,46 +72,42 @@ STDMETHODIMP CKORA4ASL::ForceRevertFromDemoMode() {
 }
 
 STDMETHODIMP CKORA4ASL::GetProfileTable(LPWSTR* pwProfileNames) {
-    static constexpr Method cMethod{"CKORA4ASL::GetProfileTable",
-                                    {.badArgument = "pwPresetNames is Null"}};
+    static constexpr Method cMethod{msg::cGetProfileTableNull};
     return RunMethod(cMethod, m_initialized, pwProfileNames != nullptr, [&] {
         const HRESULT hr =
             m_uiKeysClient.GetProfileTable(reinterpret_cast<char16_t**>(pwProfileNames));
-        KALTRACE(trace::eMessages, cMethod.site, "() completed\n");
+        KALTRACE(msg::cGetProfileTable);
         return hr;
     });
 }
 
 STDMETHODIMP CKORA4ASL::SetCustomProfileName(LONG customProfileID,
                                              LPCWSTR pwCustomProfileName) {
-    static constexpr Method cMethod{"CKORA4ASL::SetCustomProfileName",
-                                    {.badArgument = "pwCustomPresetName is Null"}};
+    static constexpr Method cMethod{msg::cSetCustomProfileNameNull};
     return RunMethod(cMethod, m_initialized, pwCustomProfileName != nullptr, [&] {
         const HRESULT hr = m_uiKeysClient.SetCustomProfileName(
             static_cast<std::uint32_t>(customProfileID), FromPublic(pwCustomProfileName));
-        KALTRACE(trace::eMessages, cMethod.site, "(%d, %ls)\n",
-                 static_cast<int>(customProfileID), pwCustomProfileName);
+        KALTRACE(msg::cSetCustomProfileName, customProfileID, pwCustomProfileName);
         return hr;
     });
 }
 
 STDMETHODIMP CKORA4ASL::CreateCustomProfile(LONG customProfileID, LPCWSTR pwName) {
-    static constexpr Method cMethod{"CKORA4ASL::CreateCustomProfile",
-                                    {.badArgument = "pwName is Null"}};
+    static constexpr Method cMethod{msg::cCreateCustomProfileNull};
     return RunMethod(cMethod, m_initialized, pwName != nullptr, [&] {
         const HRESULT hr = m_uiKeysClient.CreateCustomProfile(
             static_cast<std::uint32_t>(customProfileID), FromPublic(pwName));
-        KALTRACE(trace::eMessages, cMethod.site, "(%d)\n", static_cast<int>(customProfileID));
+        KALTRACE(msg::cCreateCustomProfile, customProfileID);
         return hr;
     });
 }
 
 STDMETHODIMP CKORA4ASL::DeleteCustomProfile(LONG customProfileID) {
-    static constexpr Method cMethod{"CKORA4ASL::DeleteCustomProfile"};
+    static constexpr Method cMethod{msg::cDeleteCustomProfile.function};
     return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr =
             m_uiKeysClient.DeleteCustomProfile(static_cast<std::uint32_t>(customProfileID));
-        KALTRACE(trace::eMessages, cMethod.site, "(%d)\n", static_cast<int>(customProfileID));
+        KALTRACE(msg::cDeleteCustomProfile, customProfileID);
         return hr;
     });
 }

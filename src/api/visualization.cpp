@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "api/kora4asl.h"
+#include "contract/defaults.h"
 #include "contract/display_levels.h"
 #include "store/access/task_memory.h"
 #include "store/visdata/vis_key_data.h"
@@ -36,46 +37,38 @@ Levels LoudestOf(const KORA4VisKeyData& data, std::uint32_t records, std::uint32
 }  // namespace
 
 STDMETHODIMP CKORA4ASL::GetVisualizationSamplingPeriod(ULONG* pSamplingPeriod) {
-    static constexpr Method cMethod{"CKORA4ASL::GetVisualizationSamplingPeriod",
-                                    {.badArgument = "NULL == pSamplingPeriod"}};
+    static constexpr Method cMethod{msg::cGetSamplingPeriodNull};
     return RunMethod(cMethod, m_initialized, pSamplingPeriod != nullptr, [&] {
-        std::uint32_t milliseconds = cSamplingPeriodDefault;
+        std::uint32_t milliseconds = defaults::cSamplingPeriod;
         const HRESULT hr = m_uiKeysClient.GetSamplingPeriod(&milliseconds);
         if (SUCCEEDED(hr))
             *pSamplingPeriod = milliseconds;
-        KALTRACE(trace::eMessages, cMethod.site, "= %d milliseconds\n",
-                 static_cast<int>(milliseconds));
+        KALTRACE(msg::cGetSamplingPeriod, milliseconds);
         return hr;
     });
 }
 
 STDMETHODIMP CKORA4ASL::SetVisualizationSamplingPeriod(ULONG samplingPeriod) {
-    static constexpr Method cMethod{"CKORA4ASL::SetVisualizationSamplingPeriod"};
+    static constexpr Method cMethod{msg::cSetSamplingPeriod.function};
     return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         const HRESULT hr = m_uiKeysClient.SetSamplingPeriod(samplingPeriod);
         if (hr != S_OK)
-            KALTRACE(trace::eMessages, cMethod.site,
-                     "**** Error setting Visualization Sampling Period to %d msecs, "
-                     "hr: 0x%08x\n",
-                     static_cast<int>(samplingPeriod), static_cast<unsigned>(hr));
+            KALTRACE(msg::cSetSamplingPeriodFailed, samplingPeriod, hr);
         else
-            KALTRACE(trace::eMessages, cMethod.site, "set to %d milliseconds\n",
-                     static_cast<int>(samplingPeriod));
+            KALTRACE(msg::cSetSamplingPeriod, samplingPeriod);
         return hr;
     });
 }
 
 // The arrays are not tested for null: a caller always passes two of 20.
 STDMETHODIMP CKORA4ASL::GetVisualizationData(float* pGain, float* pExcitation) {
-    static constexpr Method cMethod{"CKORA4ASL::GetVisualizationData"};
+    static constexpr Method cMethod{msg::cNoLevels.function};
     return RunMethod(cMethod, m_initialized, cNothingToCheck, [&] {
         TaskPtr<std::uint8_t> blob;
         std::uint32_t size = 0;
         const HRESULT hr = m_uiKeysClient.GetVisualizationBlob(&size, blob.Put());
         if (hr != S_OK) {
-            KALTRACE(trace::eMessages, cMethod.site,
-                     "**** Error getting Visualization Data, hr: 0x%08x\n",
-                     static_cast<unsigned>(hr));
+            KALTRACE(msg::cNoLevels, hr);
             return hr;
         }
         const KORA4VisKeyData data(blob.Get(), size);

@@ -41,9 +41,11 @@ struct GeneralSetting {
     }
 };
 
+// Who writes a setting that is only carried.
+inline constexpr char cNobody[] = "-";
+
 namespace detail {
 
-inline constexpr char cNobody[] = "-";
 inline constexpr char cClientsAndEngine[] = "clients, engine";
 inline constexpr char cCarried[] = "carried; nothing depends on it yet";
 
@@ -89,7 +91,7 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
      "counts the changes of the table of custom profiles", "create, rename, delete", "clients"},
     {"dynamic-switch", pkey::Setting(pkey::cDynamicSwitchPid), eKeySetDynamic,
      ValueKind::eSwitch, SettingRole::eMachine, 1,
-     "carried and kept as it is; nothing depends on it yet", detail::cNobody,
+     "carried and kept as it is; nothing depends on it yet", cNobody,
      detail::cClientsAndEngine},
     {"saved-enable", pkey::Setting(pkey::cSavedEnablePid), eKeySetStatic, ValueKind::eSwitch,
      SettingRole::ePassing, 1, "the master enable before the demo", "demo entry", "demo exit"},

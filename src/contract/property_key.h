@@ -112,9 +112,6 @@ class KORA4PropKeyBase {
     // Places the low eight bits of `profile`.
     constexpr void PlaceProfile(std::uint32_t profile) { Place(profile, 8); }
 
-    // The same with its trace lines. Asserts that the profile is not negative.
-    void SetPresetField(std::int32_t profile);
-
     constexpr const PropertyKey& Key() const { return m_key; }
 
   private:
@@ -128,14 +125,10 @@ class KORA4PropKeyBase {
 
 // The keys of the technologies. A number that is not a technology gets offset 0; a negative
 // profile leaves the profile bits 0.
-PropertyKey PresetPatchKey(KORA4PresetTechnology technology, std::uint32_t profile,
-                           std::uint32_t pid);
 PropertyKey PresetTriggerKey(KORA4PresetTechnology technology);
 PropertyKey GlobalPatchKey(KORA4GlobalTechnology technology, std::uint32_t pid);
 PropertyKey GlobalTriggerKey(KORA4GlobalTechnology technology);
-PropertyKey ProfileNameKey(std::uint32_t profile);
 
-// PresetPatchKey and ProfileNameKey without the trace lines of SetPresetField.
 namespace pkey {
 
 PropertyKey PresetPatch(KORA4PresetTechnology technology, std::uint32_t profile,

@@ -32,6 +32,7 @@ enum Mask : std::uint32_t {
     eStoreExitResult = eAllEntryExit | eResults,                       // 0x801
     eMonitorEntry = eAllEntryExit | eSecurity,                         // 0x804
     eMonitorExitResult = eAllEntryExit | eSecurity | eResults,         // 0x805
+    eThreadExitResult = eAllEntryExit | eResults,                      // 0x801
     eModuleEntry = eAllEntryExit | eModuleEvents,                      // 0x900
     eModuleExitResult = eAllEntryExit | eModuleEvents | eResults,      // 0x901
     eTrackerEntry = eAllEntryExit | eProcessTracking | eApiEntryExit,  // 0xA10

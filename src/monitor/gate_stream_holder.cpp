@@ -29,9 +29,8 @@ GateStreamHolder::CancelObjectSource FindCancelObjectSource() {
 
 HRESULT GateStreamHolder::Marshal(REFIID iid, IUnknown* pObject,
                                   GateFactoryRegistration& registration) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "GateStreamHolder::Marshal"};
     HRESULT hr = E_INVALIDARG;
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    KALTRACE_SCOPE("GateStreamHolder::Marshal", &hr);
     if (!pObject)
         return hr;
     ReleaseStream();
@@ -43,9 +42,8 @@ HRESULT GateStreamHolder::Marshal(REFIID iid, IUnknown* pObject,
 
 HRESULT GateStreamHolder::Unmarshal(REFIID iid, void** ppv,
                                     GateFactoryRegistration& registration) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "GateStreamHolder::Unmarshal"};
     HRESULT hr = E_INVALIDARG;
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    KALTRACE_SCOPE("GateStreamHolder::Unmarshal", &hr);
     if (!ppv)
         return hr;
     hr = E_FAIL;
@@ -73,8 +71,7 @@ void GateStreamHolder::EndCancellation() {
 }
 
 void GateStreamHolder::Revoke(GateFactoryRegistration& registration) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "GateStreamHolder::Revoke"};
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    KALTRACE_SCOPE("GateStreamHolder::Revoke");
     if (!registration.IsRegistered())
         return;
     registration.Revoke();
@@ -82,9 +79,7 @@ void GateStreamHolder::Revoke(GateFactoryRegistration& registration) {
 }
 
 void GateStreamHolder::CancelOutstandingCall() {
-    static constexpr trace::Site cSite{"RegKeyMonitor",
-                                       "GateStreamHolder::CancelOutstandingCall"};
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    KALTRACE_SCOPE("GateStreamHolder::CancelOutstandingCall");
     const CancelObjectSource source = FindCancelObjectSource();
     const DWORD threadId = m_threadId.load();
     if (!source || threadId == 0)

@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "contract/messages/trace_messages_store.h"
 #include "trace/trace.h"
 
 namespace kora4 {
@@ -31,9 +32,8 @@ void* RegKeyMonitor::FindInterface(REFIID iid) {
 
 HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
                                        RegKeyMonitorClient* client) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::SpawnRegMonitor"};
     HRESULT hr = E_INVALIDARG;
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    KALTRACE_SCOPE(msg::cThreadCreated.function, &hr);
     if (!root || !subkey || !client)
         return hr;
     hr = E_FAIL;
@@ -51,8 +51,7 @@ HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
         hr = MarshalInterface();
     if (SUCCEEDED(hr)) {
         const bool created = spSession->CreateMonitorThread(&RegMonitorEntry);
-        KALTRACE(trace::eResults, cSite, "CreateThread : 0x%08x\n",
-                 Printable(spSession->Thread()));
+        KALTRACE(msg::cThreadCreated, Printable(spSession->Thread()));
         hr = created ? AwaitReady(*spSession.Get()) : E_FAIL;
     }
     if (FAILED(hr))
@@ -62,9 +61,8 @@ HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
 
 HRESULT RegKeyMonitor::MakeControls(HKEY root, const wchar_t* subkey,
                                     RegKeyMonitorClient* client) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::MakeControls"};
     HRESULT hr = E_OUTOFMEMORY;
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    KALTRACE_SCOPE("RegKeyMonitor::MakeControls", &hr);
     MonitorSessionPtr spSession;
     // Not Attach: the one of mingw-w64 takes a reference.
     *spSession.GetAddressOf() = new (std::nothrow) MonitorSession(root, subkey);
@@ -78,9 +76,8 @@ HRESULT RegKeyMonitor::MakeControls(HKEY root, const wchar_t* subkey,
 }
 
 HRESULT RegKeyMonitor::MarshalInterface() {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::MarshalInterface"};
     HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorExitResult, &hr);
+    KALTRACE_SCOPE("RegKeyMonitor::MarshalInterface", &hr);
     if (const MonitorSessionPtr spSession = Session())
         hr = spSession->Holder().Marshal(__uuidof(ICOMCallbackGate), this, m_gateRegistration);
     return hr;
@@ -102,8 +99,7 @@ HRESULT RegKeyMonitor::AwaitReady(MonitorSession& session) {
 }
 
 void RegKeyMonitor::TerminateRegMonitor() {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::TerminateRegMonitor"};
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    KALTRACE_SCOPE("RegKeyMonitor::TerminateRegMonitor");
     // The client goes first: a call that is on its way finds none and returns at once.
     // Whoever calls again while this waits finds no session.
     const MonitorSessionPtr spSession = DetachSession();
@@ -117,8 +113,7 @@ void RegKeyMonitor::TerminateRegMonitor() {
 }
 
 void RegKeyMonitor::HaltMonitorThread(MonitorSession* pSession) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::HaltMonitorThread"};
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    KALTRACE_SCOPE(msg::cZombieThread.function);
     if (!pSession || !pSession->Thread() || !pSession->StopEvent() || !pSession->ExitedEvent())
         return;
     MonitorSession& session = *pSession;
@@ -137,8 +132,8 @@ void RegKeyMonitor::HaltMonitorThread(MonitorSession* pSession) {
         CutReferences();
         return;
     }
-    KALTRACE(trace::eSecurity, cSite, "Zombie thread 0x%08x 0x%08x 0x%08x\n",
-             GetThreadId(thread), Printable(thread), Printable(session.ExitedEvent()));
+    KALTRACE(msg::cZombieThread, GetThreadId(thread), Printable(thread),
+             Printable(session.ExitedEvent()));
     if (!CanThreadEndByItself(session) && session.TerminateMonitorThread(WAIT_TIMEOUT))
         CutReferences();
 }
@@ -162,8 +157,7 @@ bool RegKeyMonitor::CanThreadEndByItself(const MonitorSession& session) {
 }
 
 void RegKeyMonitor::OnApartmentEnd() {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::OnApartmentEnd"};
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    KALTRACE_SCOPE("RegKeyMonitor::OnApartmentEnd");
     // The thread may give back the last reference while this waits for it.
     const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
     TerminateRegMonitor();
@@ -175,8 +169,7 @@ void RegKeyMonitor::OnApartmentEnd() {
 // `pSession`: what failed to start; null when there is no session any more, or none yet.
 // Another call may have taken it away, or replaced it, while the caller was waiting.
 void RegKeyMonitor::CloseAndReset(const MonitorSession* pSession) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::CloseAndReset"};
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    KALTRACE_SCOPE("RegKeyMonitor::CloseAndReset");
     MonitorSessionPtr spClosed;
     SlimHold hold(m_guard);
     if (m_spSession.Get() != pSession)
@@ -186,23 +179,20 @@ void RegKeyMonitor::CloseAndReset(const MonitorSession* pSession) {
 }
 
 bool RegKeyMonitor::IsMonitoring() {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::IsMonitoring"};
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, trace::eMonitorEntry);
+    KALTRACE_SCOPE("RegKeyMonitor::IsMonitoring");
     const MonitorSessionPtr spSession = Session();
     return spSession && !spSession->HasWatchEnded() && spSession->IsThreadRunning();
 }
 
 STDMETHODIMP RegKeyMonitor::Callback(ULONG) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::Callback"};
-    KALTRACE(trace::eNotificationThreads, cSite, ">> TID: 0x%08x\n", GetCurrentThreadId());
+    KALTRACE(msg::cCallbackEntry, GetCurrentThreadId());
     // The client may drop the owner's reference in the call.
     const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
     CallbackFrame frame{};
     RegKeyMonitorClient* const pClient = EnterCallback(frame);
     const HRESULT hr = pClient ? pClient->OnKeyChangeNotify() : S_OK;
     LeaveCallback(frame);
-    KALTRACE(trace::eNotificationThreads, cSite, "<< pClient: %p hr: 0x%08x\n",
-             static_cast<void*>(pClient), static_cast<std::uint32_t>(hr));
+    KALTRACE(msg::cCallbackExit, pClient, hr);
     return hr;
 }
 

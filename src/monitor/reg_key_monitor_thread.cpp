@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "contract/messages/trace_messages_store.h"
 #include "monitor/reg_key_monitor.h"
 #include "platform/win32_result.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 namespace {
-
-constexpr std::uint32_t cThreadExit = trace::eAllEntryExit | trace::eResults;
 
 // What a message filter of the owner's apartment makes of a call that it does not want now.
 bool IsTurnedAway(HRESULT hr) {
@@ -22,12 +21,13 @@ bool IsTurnedAway(HRESULT hr) {
 }  // namespace
 
 DWORD WINAPI RegKeyMonitor::RegMonitorEntry(void* pParameter) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::RegMonitorEntry"};
     auto* const pSession = static_cast<MonitorSession*>(pParameter);
-    KALTRACE(trace::eMonitorEntry, cSite, ">> CurrentThreadId: 0x%08x\n", GetCurrentThreadId());
+    KALTRACE(msg::cThreadEntry, GetCurrentThreadId());
     const HRESULT hrApartment = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     const HRESULT hr = SUCCEEDED(hrApartment) ? RunRegMonitor(pSession) : hrApartment;
-    KALTRACE(cThreadExit, cSite, "<< hr: 0x%08x\n", static_cast<std::uint32_t>(hr));
+    // Here: the library may be gone when the session has been left.
+    constexpr const trace::Site& cSite = trace::cSiteOf<msg::cThreadEntry>;
+    KALTRACE_LINE(cSite.resultMask, cSite, __LINE__, msg::cExitResult.text, hr);
     const DWORD exitCode = static_cast<DWORD>(hr);
     if (pSession)
         pSession->EndThread(exitCode, SUCCEEDED(hrApartment));
@@ -35,9 +35,8 @@ DWORD WINAPI RegKeyMonitor::RegMonitorEntry(void* pParameter) {
 }
 
 HRESULT RegKeyMonitor::RunRegMonitor(MonitorSession* pSession) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::RunRegMonitor"};
     HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, cThreadExit, &hr);
+    KALTRACE_SCOPE("RegKeyMonitor::RunRegMonitor", &hr);
     if (!pSession)
         return hr;
     hr = pSession->UnmarshalGate();
@@ -69,13 +68,10 @@ HRESULT RegKeyMonitor::WatchKey(MonitorSession& session) {
 
 // Asks for the next value written anywhere below the key; it signals once.
 HRESULT RegKeyMonitor::ArmNotification(HKEY key, HANDLE changeEvent) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::ArmNotification"};
     const LSTATUS status =
         RegNotifyChangeKeyValue(key, TRUE, REG_NOTIFY_CHANGE_LAST_SET, changeEvent, TRUE);
     if (status != ERROR_SUCCESS)
-        KALTRACE(trace::eSecurity, cSite, "RegNotifyChangeKeyValue: %s, error: %d (0x%08x)\n",
-                 ReasonOfArmingError(status), static_cast<int>(status),
-                 static_cast<std::uint32_t>(status));
+        KALTRACE(msg::cArmingFailed, ReasonOfArmingError(status), status, status);
     return ResultOfWrite(status);
 }
 
@@ -96,9 +92,8 @@ const char* RegKeyMonitor::ReasonOfArmingError(LSTATUS status) {
 
 HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
                                       HANDLE changeEvent, ICOMCallbackGate* pICOMCallbackGate) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::RegMonitorLoop"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eMonitorEntry, cThreadExit, &hr);
+    KALTRACE_SCOPE(msg::cCallingThroughGate.function, &hr);
     KALASSERT(cSite, pICOMCallbackGate != NULL);
     if (!pICOMCallbackGate)
         return hr = E_FAIL;
@@ -110,9 +105,7 @@ HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
             return hr;
         if (result == WAIT_FAILED) {
             const DWORD error = GetLastError();
-            KALTRACE(trace::eSecurity, cSite,
-                     "WAIT_FAILED, TID: 0x%08x lastError: %d (0x%08x)\n", GetCurrentThreadId(),
-                     error, error);
+            KALTRACE(msg::cWaitFailed, GetCurrentThreadId(), error, error);
             return hr;
         }
         // Armed again before the callback, so that a write made during the call wakes the
@@ -131,16 +124,12 @@ HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
 // told to stop while the owner is busy.
 HRESULT RegKeyMonitor::CallThroughGate(const MonitorSession& session,
                                        ICOMCallbackGate* pICOMCallbackGate) {
-    static constexpr trace::Site cSite{"RegKeyMonitor", "RegKeyMonitor::RegMonitorLoop"};
     for (DWORD pause = cFirstBusyMilliseconds;;
          pause = std::min(2 * pause, cLongestBusyMilliseconds)) {
-        KALTRACE(trace::eNotificationThreads, cSite,
-                 "Calling through Callback gate: pICOMCallbackGate: %p TID: 0x%08x\n",
-                 static_cast<void*>(pICOMCallbackGate), GetCurrentThreadId());
+        KALTRACE(msg::cCallingThroughGate, pICOMCallbackGate, GetCurrentThreadId());
         const ULONG entries = session.Entries();
         const HRESULT hr = pICOMCallbackGate->Callback(0);
-        KALTRACE(trace::eNotificationThreads, cSite, "Post callback: hr: 0x%08x\n",
-                 static_cast<std::uint32_t>(hr));
+        KALTRACE(msg::cCalledThroughGate, hr);
         // A client of the owner may have answered the same.
         if (!IsTurnedAway(hr) || session.Entries() != entries)
             return hr;

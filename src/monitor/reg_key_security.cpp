@@ -5,6 +5,7 @@
 
 #include <aclapi.h>
 
+#include "contract/messages/trace_messages_store.h"
 #include "monitor/security_types.h"
 #include "platform/win32_result.h"
 #include "trace/trace.h"
@@ -12,8 +13,6 @@
 namespace kora4 {
 
 namespace {
-
-constexpr const char* cTag = "RegKeySecurity";
 
 // Everything for everyone. The entry carries no inheritance flags: subkeys do not get it
 // from their parent, so each key of the store is given its own.
@@ -109,71 +108,68 @@ HRESULT SetDacl(HKEY hKey, PACL dacl) {
                         dacl, nullptr)));
 }
 
-HRESULT OpenToWorld(const trace::Site& site, HKEY hKey) {
+constexpr const trace::Site& cMakeKeySite = trace::cSiteOf<msg::cMakeKeyExit>;
+
+HRESULT OpenToWorld(HKEY hKey) {
     const SecurityDescriptor world = SecurityDescriptor::FromSddl(cWorldDacl);
     if (!world) {
-        KALTRACE(trace::eSecurity, site, "Error loading DACL string 0x%08x\n",
-                 static_cast<unsigned>(GetLastError()));
+        KALTRACE_AS(cMakeKeySite, msg::cNoWorldDescriptor, GetLastError());
         return E_FAIL;
     }
     const PACL dacl = world.Dacl();
     if (!dacl) {
-        KALTRACE(trace::eSecurity, site, "Error getting DACL from CSecurityDesc\n");
+        KALTRACE_AS(cMakeKeySite, msg::cNoWorldDacl);
         return E_FAIL;
     }
     const HRESULT hr = SetDacl(hKey, dacl);
     if (FAILED(hr))
-        KALTRACE(trace::eSecurity, site, "Error setting world DACL\n");
+        KALTRACE_AS(cMakeKeySite, msg::cWorldDaclRefused);
     return hr;
 }
 
 }  // namespace
 
 HRESULT RegKeySecurity::MakeRegKeysAccessible(const wchar_t* const* ppwKeyNames) {
-    static constexpr trace::Site cSite{cTag, "RegKeySecurity::MakeRegKeysAccessible"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE(msg::cMakeKeyResult.function, &hr);
     if (!ppwKeyNames)
         return hr = E_POINTER;
     for (; *ppwKeyNames && SUCCEEDED(hr); ++ppwKeyNames) {
         hr = MakeRegKey(*ppwKeyNames);
-        KALTRACE(trace::eSecurity, cSite, "MakeRegKey hr: 0x%08x name: %S\n",
-                 static_cast<unsigned>(hr), *ppwKeyNames);
+        KALTRACE(msg::cMakeKeyResult, hr, *ppwKeyNames);
     }
     return hr;
 }
 
 HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& calls) {
-    static constexpr trace::Site cSite{cTag, "RegKeySecurity::MakeRegKey"};
-    KALTRACE(trace::eEntry, cSite, ">>\n");
+    trace::Enter(cMakeKeySite, __LINE__);
     UniqueRegKey key;
     HRESULT hr = CreateRegKey(pwKeyName, key.Put(), calls);
     if (SUCCEEDED(hr)) {
-        KALTRACE(trace::eSecurity, cSite, "Post creation security string for: %S\n", pwKeyName);
+        KALTRACE(msg::cKeyCreated, pwKeyName);
         ListSecurityString(key.Get());
-        hr = OpenToWorld(cSite, key.Get());
+        hr = OpenToWorld(key.Get());
         if (SUCCEEDED(hr)) {
-            KALTRACE(trace::eSecurity, cSite, "Post-set security string for: %S\n", pwKeyName);
+            KALTRACE(msg::cKeyOpened, pwKeyName);
             ListSecurityString(key.Get());
         }
         key.Reset();
     }
     // An exit line with the marker of an entry line: log readers know it this way.
-    KALTRACE(trace::eExitResult, cSite, ">> hr: 0x%08x\n", static_cast<unsigned>(hr));
+    KALTRACE(msg::cMakeKeyExit, hr);
     return hr;
 }
 
 HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
                                      const RegKeyCalls& calls) {
-    static constexpr trace::Site cSite{cTag, "RegKeySecurity::CreateRegKey"};
     HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE(msg::cCreateKeyStatus.function, &hr);
     KALASSERT(cSite, (pwKeyName != NULL) && (pKeyHandle != NULL));
     if (!pwKeyName || !pKeyHandle)
         return hr;
     UniqueRegKey key;
     const LSTATUS status = OpenOrCreate(calls, pwKeyName, key);
-    KALTRACE(trace::eSecurity, cSite, "Create reg key %S code: %ld\n", pwKeyName, status);
+    KALTRACE(msg::cCreateKeyStatus, pwKeyName, status);
     hr = ResultOfWrite(status);
     if (SUCCEEDED(hr))
         *pKeyHandle = key.Detach();
@@ -181,26 +177,23 @@ HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
 }
 
 HRESULT RegKeySecurity::ListSecurityString(HKEY hKey) {
-    static constexpr trace::Site cSite{cTag, "RegKeySecurity::ListSecurityString"};
     HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE(msg::cNoDescriptor.function, &hr);
     const SecurityDescriptor descriptor = [hKey] {
         // The audit part of a descriptor is readable with this privilege only.
         const PrivilegeHold security(SE_SECURITY_NAME);
         return SecurityDescriptor::OfRegKey(hKey, cAllParts);
     }();
     if (!descriptor) {
-        KALTRACE(trace::eSecurity, cSite, "Error getting security descriptor %x\n",
-                 static_cast<unsigned>(GetLastError()));
+        KALTRACE(msg::cNoDescriptor, GetLastError());
         return hr;
     }
     const SecurityDescriptor::Text text = descriptor.ToSddl(cAllParts);
     if (!text) {
-        KALTRACE(trace::eSecurity, cSite, "Error getting security string 0x%08x\n",
-                 static_cast<unsigned>(GetLastError()));
+        KALTRACE(msg::cNoDescriptorText, GetLastError());
         return hr;
     }
-    KALTRACE(trace::eSecurity, cSite, "securityString: %S\n", text.Get());
+    KALTRACE(msg::cDescriptorText, text.Get());
     return hr = S_OK;
 }
 

@@ -10,12 +10,6 @@
 
 namespace kora4 {
 
-namespace {
-
-constexpr const char* cTag = "KORA4ASLDLL";
-
-}  // namespace
-
 HRESULT ClassFactory::Create(const ServedClass& served, REFIID iid, void** ppv) {
     Microsoft::WRL::ComPtr<ComObject<ClassFactory>> spFactory;
     const HRESULT hr = ComObject<ClassFactory>::Create(spFactory.GetAddressOf());
@@ -26,9 +20,8 @@ HRESULT ClassFactory::Create(const ServedClass& served, REFIID iid, void** ppv) 
 }
 
 HRESULT ClassFactory::CreateInstance(IUnknown* pOuter, REFIID iid, void** ppv) {
-    static constexpr trace::Site cSite{cTag, "ClassFactory::CreateInstance"};
     HRESULT hr = E_POINTER;
-    trace::Scope scope(cSite, __LINE__, trace::eModuleEntry, trace::eModuleExitResult, &hr);
+    KALTRACE_SCOPE("ClassFactory::CreateInstance", &hr);
     if (!ppv)
         return hr;
     *ppv = nullptr;
@@ -37,9 +30,8 @@ HRESULT ClassFactory::CreateInstance(IUnknown* pOuter, REFIID iid, void** ppv) {
 }
 
 HRESULT ClassFactory::LockServer(BOOL lock) {
-    static constexpr trace::Site cSite{cTag, "ClassFactory::LockServer"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eModuleEntry, trace::eModuleExitResult, &hr);
+    KALTRACE_SCOPE("ClassFactory::LockServer", &hr);
     if (lock)
         Module::Lock();
     else

@@ -3,6 +3,7 @@
 #include <objbase.h>
 #include <windows.h>
 
+#include "contract/messages/trace_messages_store.h"
 #include "platform/module.h"
 #include "server/class_factory.h"
 #include "server/class_table.h"
@@ -13,21 +14,19 @@ namespace {
 
 using namespace kora4;
 
-constexpr const char* cTag = "KORA4ASLDLL";
-
-void TraceReason(const trace::Site& site, DWORD reason) {
+void TraceReason(DWORD reason) {
     switch (reason) {
         case DLL_PROCESS_ATTACH:
-            KALTRACE(trace::eModuleEvents, site, "DLL_PROCESS_ATTACH\n");
+            KALTRACE(msg::cProcessAttach);
             break;
         case DLL_PROCESS_DETACH:
-            KALTRACE(trace::eModuleEvents, site, "DLL_PROCESS_DETACH\n");
+            KALTRACE(msg::cProcessDetach);
             break;
         case DLL_THREAD_ATTACH:
-            KALTRACE(trace::eModuleEvents, site, "DLL_THREAD_ATTACH\n");
+            KALTRACE(msg::cThreadAttach);
             break;
         case DLL_THREAD_DETACH:
-            KALTRACE(trace::eModuleEvents, site, "DLL_THREAD_DETACH\n");
+            KALTRACE(msg::cThreadDetach);
             break;
         default:
             break;
@@ -47,40 +46,32 @@ HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** ppv) {
 extern "C" {
 
 BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* pReserved) {
-    static constexpr trace::Site cSite{cTag, "DllMain"};
-    KALTRACE(trace::eModuleEntry, cSite, ">> dwReason: 0x%08x lpReserved: %p\n",
-             static_cast<unsigned>(reason), pReserved);
-    TraceReason(cSite, reason);
-    KALTRACE(trace::eModuleEntry, cSite, "<<\n");
+    const trace::ExitLine exitLine(trace::cSiteOf<msg::cDllMainEntry>, __LINE__);
+    KALTRACE(msg::cDllMainEntry, reason, pReserved);
+    TraceReason(reason);
     if (reason == DLL_PROCESS_ATTACH)
         Module::SetInstance(instance);
     return TRUE;
 }
 
 STDAPI DllCanUnloadNow() {
-    static constexpr trace::Site cSite{cTag, "DllCanUnloadNow"};
     HRESULT hr = S_FALSE;
-    trace::Scope scope(cSite, __LINE__, trace::eModuleEntry, trace::eModuleExitResult, &hr);
+    KALTRACE_SCOPE("DllCanUnloadNow", &hr);
     if (!Module::IsLocked())
         hr = S_OK;
     return hr;
 }
 
 STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
-    static constexpr trace::Site cSite{cTag, "DllGetClassObject"};
-    KALTRACE(trace::eModuleEntry, cSite, ">> rclsid: 0x%08x, riid: 0x%08x ppv: %p\n",
-             static_cast<unsigned>(rclsid.Data1), static_cast<unsigned>(riid.Data1),
-             static_cast<void*>(ppv));
+    KALTRACE(msg::cGetClassObjectEntry, rclsid.Data1, riid.Data1, ppv);
     const HRESULT hr = GetClassObject(rclsid, riid, ppv);
-    KALTRACE(trace::eModuleExitResult, cSite, "<< hr: 0x%08x *ppv: %p\n",
-             static_cast<unsigned>(hr), ppv ? *ppv : nullptr);
+    KALTRACE(msg::cGetClassObjectExit, hr, ppv ? *ppv : nullptr);
     return hr;
 }
 
 STDAPI DllRegisterServer() {
-    static constexpr trace::Site cSite{cTag, "DllRegisterServer"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eModuleEntry, trace::eModuleExitResult, &hr);
+    KALTRACE_SCOPE("DllRegisterServer", &hr);
     hr = RegisterModule();
     if (SUCCEEDED(hr))
         hr = OnRegisterServer();
@@ -88,10 +79,7 @@ STDAPI DllRegisterServer() {
 }
 
 STDAPI DllUnregisterServer() {
-    static constexpr trace::Site cSite{cTag, "DllUnregisterServer"};
-    HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eModuleEntry, trace::eModuleExitResult, &hr);
-    return hr = UnregisterModule();
+    KALTRACE_RETURN("DllUnregisterServer", UnregisterModule());
 }
 
 }  // extern "C"

@@ -149,10 +149,7 @@ HRESULT UnregisterModule() {
 }
 
 HRESULT OnRegisterServer() {
-    static constexpr trace::Site cSite{"KORA4ASL", "OnRegisterServer"};
-    HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eStoreExitResult, &hr);
-    return hr = RegKeySecurity::MakeRegKeysAccessible(cSettingKeys);
+    KALTRACE_RETURN("OnRegisterServer", RegKeySecurity::MakeRegKeysAccessible(cSettingKeys));
 }
 
 }  // namespace kora4

@@ -28,25 +28,6 @@ constexpr bool IsControlByte(char c) {
 
 }  // namespace
 
-// "%08x", "%16s", "%ls".
-struct LineText::Conversion {
-    bool hasZeros = false;
-    bool isLong = false;
-    std::size_t width = 0;
-    char kind = '\0';
-
-    // Gives what stands after the conversion.
-    const char* Parse(const char* p) {
-        hasZeros = *p == '0';
-        for (; IsDigit(*p); ++p)
-            width = width * 10 + static_cast<std::size_t>(*p - '0');
-        isLong = *p == 'l';
-        p += isLong ? 1 : 0;
-        kind = *p;
-        return kind != '\0' ? p + 1 : p;
-    }
-};
-
 void LineText::Append(const char* pFormat, ...) {
     std::va_list arguments;
     va_start(arguments, pFormat);
@@ -54,19 +35,20 @@ void LineText::Append(const char* pFormat, ...) {
     va_end(arguments);
 }
 
-void LineText::AppendList(const char* pFormat, std::va_list* pArguments) {
-    while (*pFormat != '\0') {
-        if (*pFormat != '%') {
-            Put(*pFormat++);
+void LineText::AppendList(std::string_view format, std::va_list* pArguments) {
+    while (!format.empty()) {
+        if (format[0] != '%') {
+            Put(format[0]);
+            format.remove_prefix(1);
             continue;
         }
-        Conversion conversion;
-        const char* const pRest = conversion.Parse(pFormat + 1);
-        if (AppendArgument(conversion, pArguments))
-            pFormat = pRest;
-        else
-            while (*pFormat != '\0')
-                Put(*pFormat++);
+        const Conversion conversion = contract::ConversionAt(format);
+        if (!AppendArgument(conversion, pArguments)) {
+            for (const char c : format)
+                Put(c);
+            return;
+        }
+        format.remove_prefix(conversion.length);
     }
 }
 
@@ -80,13 +62,11 @@ const char* LineText::End() {
 bool LineText::AppendArgument(const Conversion& conversion, std::va_list* pArguments) {
     switch (conversion.kind) {
         case 's':
-            if (conversion.isLong)
+        case 'S':
+            if (conversion.IsWide())
                 AppendWide(va_arg(*pArguments, const wchar_t*));
             else
                 AppendNarrow(conversion, va_arg(*pArguments, const char*));
-            return true;
-        case 'S':
-            AppendWide(va_arg(*pArguments, const wchar_t*));
             return true;
         case 'd': {
             const std::int64_t value = va_arg(*pArguments, std::int32_t);

@@ -6,6 +6,9 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
+
+#include "contract/messages/conversion.h"
 
 namespace kora4::trace {
 
@@ -30,13 +33,13 @@ class LineText {
 
     // Appends what the format and its arguments give. Arguments are of the kinds that the
     // conversions name; nothing checks that here.
-    void AppendList(const char* pFormat, std::va_list* pArguments);
+    void AppendList(std::string_view format, std::va_list* pArguments);
     void Append(const char* pFormat, ...);
     // Ends the line with a newline, unless it has one, and gives the whole of it.
     const char* End();
 
   private:
-    struct Conversion;
+    using Conversion = contract::Conversion;
 
     bool AppendArgument(const Conversion& conversion, std::va_list* pArguments);
     void AppendInteger(const Conversion& conversion, std::uint64_t value, bool isNegative);

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "contract/trace_files.h"
 #include "trace/line_text.h"
-#include "trace/trace.h"
 
 namespace kora4::trace {
 

@@ -15,8 +15,6 @@ namespace kora4::trace {
 
 namespace {
 
-constexpr char cHead[] = KALTRACE_HEAD;
-
 // A statement may stand between a failed system call and the look at its error.
 class LastErrorKeeper {
   public:
@@ -41,11 +39,12 @@ void Write(std::uint32_t flags, const Site& site, int line, const char* format, 
     const char* const pBase = BaseOfTag(site.tag);
 
     LineText text(CP_ACP);
-    text.Append(cHead, pBase, line, site.function);
+    text.Append(contract::cTraceHead, pBase, line, site.function);
     std::va_list arguments;
     va_start(arguments, format);
-    text.AppendList(format + (sizeof cHead - 1), &arguments);
+    text.AppendList(format, &arguments);
     va_end(arguments);
+    text.Append("\n");
     const char* const pLine = text.End();
 
     OutputDebugStringA(pLine);
@@ -57,14 +56,14 @@ bool IsDebuggerAttached() {
     return IsDebuggerPresent() != FALSE;
 }
 
-void Scope::WriteExit(std::uint32_t flags) const {
+void ExitLine::WriteExit(std::uint32_t flags) const {
     if (m_pResult == nullptr) {
-        Write(flags, m_site, m_line, KALTRACE_HEAD "<<\n");
+        Write(flags, m_site, m_line, msg::cExit.text);
         return;
     }
     std::uint32_t hr;
     std::memcpy(&hr, m_pResult, sizeof hr);
-    Write(flags, m_site, m_line, KALTRACE_HEAD "<< hr: 0x%08x\n", hr);
+    Write(flags, m_site, m_line, msg::cExitResult.text, hr);
 }
 
 }  // namespace kora4::trace

@@ -6,32 +6,70 @@
 // nothing open, takes no lock and allocates nothing. It may be called from any
 // thread at any time, also while the store's named mutex is held.
 //
-// This header includes no platform header: the platform-free store files trace too.
+// What the lines say stands in contract/messages, a row for each message: a statement names
+// its row. This header includes no platform header: the platform-free store files trace too.
 #ifndef KORA4_TRACE_TRACE_H
 #define KORA4_TRACE_TRACE_H
 
 #include <atomic>
 #include <cstdint>
+#include <source_location>
+#include <string_view>
 
+#include "contract/messages/trace_message.h"
+#include "contract/messages/trace_messages_general.h"
+#include "contract/messages/trace_writers.h"
 #include "contract/trace_flags.h"
-
-// What every format begins with: the tag's base, the source line, the function.
-#define KALTRACE_HEAD "%s: %4d %s:"
+#include "trace/format_check.h"
 
 namespace kora4::trace {
 
-// Where a statement stands: the module tag (it names the log file) and the
-// function's qualified name. Both are string literals.
+// A function that writes lines: the tag of its module (it names the log file), its qualified
+// name, and what lets its entry line and its exit line with a result through.
 struct Site {
     const char* tag;
     const char* function;
+    std::uint32_t entryMask;
+    std::uint32_t resultMask;
 };
 
-// Where the lines go beside the debugger's output: a file for each tag, and one for all. The
-// folder is not created.
-inline constexpr char cLogFolder[] = "C:\\KalLogs\\";
-inline constexpr char cLogExtension[] = ".log";
-inline constexpr char cSharedLog[] = "KalTrace";
+// Not defined: where the compiler comes to a call of it, the compilation ends.
+void NotAsTheCatalogueHasIt();
+
+// The site of a function, which must be one of the catalogue's writers.
+consteval Site SiteOf(const char* function) {
+    Site site{};
+    bool isKnown = false;
+    for (const contract::TraceWriter& writer : contract::cTraceWriters) {
+        if (contract::IsOf(writer, function)) {
+            site = {writer.tag, function, writer.entryMask, writer.entryMask | eResults};
+            isKnown = true;
+        }
+    }
+    if (!isKnown)
+        NotAsTheCatalogueHasIt();
+    for (const contract::OddTraceFunction& odd : contract::cOddTraceFunctions) {
+        if (std::string_view(function) == odd.name) {
+            site.tag = odd.tag;
+            site.resultMask = odd.resultMask;
+        }
+    }
+    return site;
+}
+
+template <const contract::TraceMessage& message>
+inline constexpr Site cSiteOf = SiteOf(message.function);
+
+// A site and the source line that its lines show. A frame takes it as a parameter, so that
+// its caller names the function and lends the line.
+struct Place {
+    consteval Place(const char* function,
+                    const std::source_location& location = std::source_location::current())
+        : site(SiteOf(function)), line(static_cast<int>(location.line())) {}
+
+    Site site;
+    int line;
+};
 
 // Read unsynchronised by every statement; replaced only by CKORA4ASL::Initialize.
 inline std::atomic<std::uint32_t> g_flags{cDefaultFlags};
@@ -51,8 +89,8 @@ constexpr bool IsEnabled(std::uint32_t flags, std::uint32_t mask) {
     return (flags & eMasterSwitch) != eMasterSwitchOff && (flags & mask) != 0;
 }
 
-// Formats and emits one line. `flags` is the caller's copy of the flag word; `format`
-// begins with KALTRACE_HEAD, for which the arguments are taken from the site and `line`.
+// Formats and emits one line: the head with `line` and what the site says, the message and a
+// newline. `flags` is the caller's copy of the flag word.
 // A tag may hold a path: what follows its last backslash counts. A line of more than 1023
 // characters is cut, and whatever it holds it ends with a newline. The thread's last error
 // stays as it is. What a format may hold, and what becomes of texts: see line_text.h.
@@ -61,61 +99,87 @@ void Write(std::uint32_t flags, const Site& site, int line, const char* format, 
 // True when a debugger is attached to this process.
 bool IsDebuggerAttached();
 
-// Entry and exit lines of one function: ">>" now, "<<" (or "<< hr: 0x%08x" when a
-// result is bound) at the end of the scope. The result is read when the scope ends.
-class Scope {
+// Writes the entry line of a function.
+inline void Enter(const Site& site, int line) {
+    const std::uint32_t flags = Flags();
+    if (IsEnabled(flags, site.entryMask))
+        Write(flags, site, line, msg::cEntry.text);
+}
+
+// Writes the exit line of a function at the end of the scope, with the result if one is
+// bound. The result is read when the scope ends.
+class ExitLine {
   public:
-    Scope(const Site& site, int line, std::uint32_t entryMask, std::uint32_t exitMask)
-        : m_site(site), m_line(line), m_exitMask(exitMask), m_pResult(nullptr) {
-        Enter(entryMask);
-    }
+    ExitLine(const Site& site, int line)
+        : m_site(site), m_line(line), m_mask(site.entryMask), m_pResult(nullptr) {}
 
     template <typename Result>
-    Scope(const Site& site, int line, std::uint32_t entryMask, std::uint32_t exitMask,
-          const Result* pResult)
-        : m_site(site), m_line(line), m_exitMask(exitMask), m_pResult(pResult) {
+    ExitLine(const Site& site, int line, const Result* pResult)
+        : m_site(site), m_line(line), m_mask(site.resultMask), m_pResult(pResult) {
         static_assert(sizeof(Result) == sizeof(std::int32_t), "an HRESULT has 32 bits");
-        Enter(entryMask);
     }
 
-    ~Scope() {
+    ~ExitLine() {
         const std::uint32_t flags = Flags();
-        if (IsEnabled(flags, m_exitMask))
+        if (IsEnabled(flags, m_mask))
             WriteExit(flags);
     }
 
-    Scope(const Scope&) = delete;
-    Scope& operator=(const Scope&) = delete;
+    ExitLine(const ExitLine&) = delete;
+    ExitLine& operator=(const ExitLine&) = delete;
 
   private:
-    void Enter(std::uint32_t mask) {
-        const std::uint32_t flags = Flags();
-        if (IsEnabled(flags, mask))
-            Write(flags, m_site, m_line, KALTRACE_HEAD ">>\n");
-    }
     void WriteExit(std::uint32_t flags) const;
 
     const Site& m_site;
     int m_line;
-    std::uint32_t m_exitMask;
+    std::uint32_t m_mask;
     const void* m_pResult;
+};
+
+// Entry and exit line of one function.
+class Scope : public ExitLine {
+  public:
+    template <typename... Result>
+    explicit Scope(const Site& site, int line, const Result*... pResult)
+        : ExitLine(site, line, pResult...) {
+        Enter(site, line);
+    }
 };
 
 }  // namespace kora4::trace
 
-// One trace line. `text` is a string literal, the part of the format after the three
-// leading fields, newline included. A suppressed statement evaluates no argument.
-#define KALTRACE(mask, site, text, ...) \
-    KALTRACE_AT(mask, site, __LINE__, text __VA_OPT__(, ) __VA_ARGS__)
+// One trace line, of a row that has a function. A suppressed statement evaluates no argument.
+#define KALTRACE(message, ...)                                                \
+    KALTRACE_LINE((message).mask, ::kora4::trace::cSiteOf<message>, __LINE__, \
+                  (message).text __VA_OPT__(, ) __VA_ARGS__)
 
-// The same, which shows another source line than its own.
-#define KALTRACE_AT(mask, site, line, text, ...)                                  \
-    do {                                                                          \
-        const std::uint32_t kalFlags_ = ::kora4::trace::Flags();                  \
-        if (::kora4::trace::IsEnabled(kalFlags_, (mask)))                         \
-            ::kora4::trace::Write(kalFlags_, (site), (line),                      \
-                                  KALTRACE_HEAD text __VA_OPT__(, ) __VA_ARGS__); \
+// The same for a row of any function, with the site of this one.
+#define KALTRACE_AS(site, message, ...) \
+    KALTRACE_LINE((message).mask, site, __LINE__, (message).text __VA_OPT__(, ) __VA_ARGS__)
+
+// What the statements are made of.
+#define KALTRACE_LINE(mask, site, line, text, ...)                                             \
+    do {                                                                                       \
+        static_assert(::kora4::trace::FitsFormat(                                              \
+                          text, decltype(::kora4::trace::TypesOf(__VA_ARGS__)){}),             \
+                      "the message does not take these arguments");                            \
+        const std::uint32_t kalFlags_ = ::kora4::trace::Flags();                               \
+        if (::kora4::trace::IsEnabled(kalFlags_, (mask)))                                      \
+            ::kora4::trace::Write(kalFlags_, (site), (line), text __VA_OPT__(, ) __VA_ARGS__); \
     } while (false)
+
+// Entry and exit line of a function, the latter with the result that is pointed to, if any.
+// Declares cSite, the site of the function.
+#define KALTRACE_SCOPE(function, ...)                                               \
+    static constexpr ::kora4::trace::Site cSite = ::kora4::trace::SiteOf(function); \
+    const ::kora4::trace::Scope kalScope_(cSite, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+
+// The whole of a function that returns the result of an expression.
+#define KALTRACE_RETURN(function, expression) \
+    decltype(expression) kalResult_{};        \
+    KALTRACE_SCOPE(function, &kalResult_);    \
+    return kalResult_ = (expression)
 
 // Stops in place when a debugger is attached.
 #if defined(_MSC_VER)
@@ -126,13 +190,13 @@ class Scope {
 
 // Reports a failed invariant, stops in an attached debugger, and goes on: the code
 // after an assertion copes with the failed condition. `text` is what the line shows.
-#define KALASSERT_TEXT(site, condition, text)                                            \
-    do {                                                                                 \
-        if (!(condition)) [[unlikely]] {                                                 \
-            KALTRACE(::kora4::trace::eAssertions, site, "KALASSERT failed: %s\n", text); \
-            if (::kora4::trace::IsDebuggerAttached())                                    \
-                KALBREAK();                                                              \
-        }                                                                                \
+#define KALASSERT_TEXT(site, condition, text)                  \
+    do {                                                       \
+        if (!(condition)) [[unlikely]] {                       \
+            KALTRACE_AS(site, ::kora4::msg::cAssertion, text); \
+            if (::kora4::trace::IsDebuggerAttached())          \
+                KALBREAK();                                    \
+        }                                                      \
     } while (false)
 
 // The same with the expression's own source text.

@@ -43,19 +43,19 @@ my %below = (
     'contract'          => ['contract/codec'],
     'contract/codec'    => ['contract'],
     'contract/messages' => ['contract'],
-    'trace'         => ['contract'],
+    'trace'         => ['contract', 'contract/messages'],
     'platform'      => ['contract', 'trace'],
     'store/visdata' => ['trace', @contract],
     'store/access'  => ['trace', 'platform', @contract],
     'store/patches' => ['trace', @patches],
     'store/clients' => ['trace', @clients],
     'proxy'         => [],
-    'monitor'       => ['trace', 'platform', 'proxy'],
+    'monitor'       => ['trace', 'platform', 'proxy', 'contract/messages'],
     'api'           => ['trace', 'platform', 'monitor', @contract, 'store/visdata', 'store/access', 'store/clients'],
     'server'        => ['trace', 'platform', 'proxy', 'monitor', @clients, 'api'],
 );
 
-# The tools: their own modules, and of src/ what is contract, the field tables and the one way
+# The tools: their own modules, and of src/ what is contract, the handle types and the one way
 # to the store's mutex. Never the rest of the library's code, for a tool is a client like any
 # other.
 my @shared_tools = qw(base process registry settings);
@@ -68,8 +68,8 @@ my %below_of_tools = (
     'kora4sim' => \@shared_tools,
 );
 my $tables_for_tools = join '|', qw(
-    contract/([a-z]+/)?[^/]+ store/patches/field_(tables|def) store/access/named_mutex
-    platform/(handles|open_mutex) api/patch_limits trace/trace);
+    contract/([a-z]+/)?[^/]+
+    platform/(handles|open_mutex));
 
 sub module_of {
     my ($path) = @_;
@@ -132,7 +132,7 @@ sub arrows_of_tools {
 
 sub is_pure {
     my ($file) = @_;
-    return $file =~ m{^src/(trace/trace\.h$|platform/thread_annotations\.h$|contract/)}
+    return $file =~ m{^src/(trace/(trace|format_check)\.h$|platform/thread_annotations\.h$|contract/)}
         || ($file =~ m{^src/store/}
             && $file !~ m{^src/store/access/(reg_prop_keys_access\.|(named_mutex|task_memory)\.cpp$)});
 }

@@ -5,15 +5,16 @@
 #include <functional>
 #include <map>
 
-#include "api/patch_limits.h"
 #include "checks/documents_compare.h"
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
+#include "contract/defaults.h"
 #include "contract/display_levels.h"
+#include "contract/field_tables.h"
+#include "contract/patch_limits.h"
 #include "contract/results.h"
 #include "contract/version.h"
 #include "store/clients/ui_keys_client.h"
-#include "store/patches/field_tables.h"
 #include "support/memory_key_access.h"
 
 namespace kora4::test {
@@ -101,7 +102,7 @@ std::vector<Row> Constants(const Document&) {
         {"display bands", Text(cDisplayBands)},
         {"level floor", FloatText(cLevelFloor)},
         {"excitation offset", FloatText(cExcitationOffset)},
-        {"sampling period", Text(cSamplingPeriodDefault)},
+        {"sampling period", Text(defaults::cSamplingPeriod)},
     };
 }
 

@@ -11,14 +11,14 @@
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
 #include "contract/codec/array_text.h"
+#include "contract/field_tables.h"
 #include "contract/general_settings.h"
 #include "contract/messages/trace_categories.h"
 #include "contract/registry_paths.h"
-#include "store/access/named_mutex.h"
+#include "contract/store_mutex.h"
+#include "contract/trace_flags.h"
 #include "store/clients/ui_keys_client.h"
-#include "store/patches/field_tables.h"
 #include "support/memory_key_access.h"
-#include "trace/trace.h"
 
 namespace kora4::test {
 
@@ -75,14 +75,15 @@ PropertyKey KeyOf(const std::string& family, std::uint32_t technology, std::uint
     if (family == "engine mask")
         return {pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid};
     if (family == "switches" || family == "fields")
-        return PresetPatchKey(preset, profile, family == "switches" ? pkey::cSwitchPid : pid);
+        return pkey::PresetPatch(preset, profile,
+                                 family == "switches" ? pkey::cSwitchPid : pid);
     if (family == "triggers")
         return PresetTriggerKey(preset);
     if (family == "global switches" || family == "global fields")
         return GlobalPatchKey(global, family == "global switches" ? pkey::cSwitchPid : pid);
     if (family == "global triggers")
         return GlobalTriggerKey(global);
-    return family == "names" ? ProfileNameKey(profile) : PropertyKey{};
+    return family == "names" ? pkey::ProfileName(profile) : PropertyKey{};
 }
 
 // "offset" when another technology gives other bits, "fixed" when none does.
@@ -192,7 +193,7 @@ std::uint32_t Observed(std::uint32_t pid, OpenClient& client, MemoryKeyAccess& s
         ADD_FAILURE() << "a setting that nobody knows: " << pid;
         return cNoProfile;
     }
-    return client.Settings().staticSettings[pRow - cStaticSettings];
+    return client.Settings().staticSettings[pRow - std::begin(cStaticSettings)];
 }
 
 // With 7 stored a switch is 1 and a number is 7; without a value both are their default.

@@ -15,9 +15,9 @@
 #include "contract/codec/array_text.h"
 #include "contract/codec/float_text.h"
 #include "contract/display_levels.h"
+#include "contract/field_tables.h"
 #include "contract/property_key.h"
 #include "contract/value_kind.h"
-#include "store/patches/field_tables.h"
 #include "store/visdata/vis_key_data.h"
 
 namespace kora4::test {

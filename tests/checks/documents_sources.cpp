@@ -121,7 +121,7 @@ std::string ChecksOf(const std::string& method) {
                 text += ReadProjectFile("src/api/" + file.path().filename().string());
         return text;
     }();
-    const std::size_t begin = sources.find("\"CKORA4ASL::" + method + "\"");
+    const std::size_t begin = sources.find("STDMETHODIMP CKORA4ASL::" + method + "(");
     EXPECT_NE(std::string::npos, begin) << method;
     if (begin == std::string::npos)
         return "?";

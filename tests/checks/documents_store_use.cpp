@@ -123,14 +123,14 @@ const std::map<std::string, std::vector<Scenario>>& Scenarios() {
         {"UnregisterChangeNotifications", {}},
         {"GetActiveProfile", Call([](Client& c) { c.GetActiveProfile(&number); })},
         {"SetActiveProfile", Call([](Client& c) { c.SetActiveProfile(cExisting); })},
-        {"RevertActiveProfile", CallAfter(
-                                    [](MemoryKeyAccess& store) {
-                                        store.Put(eKeySetDynamic,
-                                                  PresetPatchKey(eVolumeTech, cDemoMovieProfile,
-                                                                 pkey::cSwitchPid),
-                                                  0u);
-                                    },
-                                    [](Client& c) { c.RevertActiveProfile(); })},
+        {"RevertActiveProfile",
+         CallAfter(
+             [](MemoryKeyAccess& store) {
+                 store.Put(eKeySetDynamic,
+                           pkey::PresetPatch(eVolumeTech, cDemoMovieProfile, pkey::cSwitchPid),
+                           0u);
+             },
+             [](Client& c) { c.RevertActiveProfile(); })},
         {"SetDemoProfileAndEnable",
          Call([](Client& c) { c.SetDemoProfileAndEnable(cDemoMovieProfile, false); })},
         {"RevertFromDemoMode", CallInDemo([](Client& c) { c.RevertFromDemoMode(); })},
@@ -223,7 +223,7 @@ MethodUse Recorded(const std::vector<Scenario>& scenarios) {
     MethodUse use{.known = true, .mutex = false, .accesses = {}, .told = {}};
     for (const Scenario& scenario : scenarios) {
         MemoryKeyAccess store;
-        store.Put(eKeySetStatic, ProfileNameKey(cExisting), std::u16string(u"old"));
+        store.Put(eKeySetStatic, pkey::ProfileName(cExisting), std::u16string(u"old"));
         Client client(&store);
         Client other(&store);
         for (Client* pClient : {&client, &other}) {

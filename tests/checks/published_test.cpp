@@ -3,16 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <regex>
 #include <set>
 
+#include "checks/documents_markdown.h"
 #include "checks/documents_sources.h"
-#include "checks/trace_statements.h"
 #include "contract/general_settings.h"
 #include "contract/messages/trace_categories.h"
 #include "contract/messages/trace_messages.h"
+#include "contract/messages/trace_writers.h"
 #include "contract/results.h"
 #include "faults/trace_line_table.h"
 
@@ -81,162 +83,121 @@ std::string NameOf(const TraceMessage& row) {
     return std::string(row.function ? row.function : "any") + ":" + row.text;
 }
 
-// The tables of technologies are asserted by a macro; one row speaks for all of them.
-constexpr char cTablesFit[] = "KALASSERT failed: %s == %s[ (UINT) %s ]";
-// The frame of the API object's methods; the reasons are statements of their own.
-constexpr char cRefusal[] = "**** Error: %s";
-// Rows for what the trace itself writes for any function.
-const std::set<std::string> cOfAnyFunction = {">>", "<<", "<< hr: 0x%08x",
-                                              "KALASSERT failed: %s"};
+// --- the rows and the sources ----------------------------------------------------------------
 
-bool IsOf(const TraceMessage& row, const std::string& function) {
-    return row.function == nullptr || row.function == function;
+// The sources of the library but the catalogue and the trace itself.
+const std::map<std::string, std::string>& TracingSources() {
+    static const std::map<std::string, std::string> sources = [] {
+        const std::filesystem::path root(KORA4_ROOT);
+        std::map<std::string, std::string> found;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root / "src")) {
+            const std::string path =
+                std::filesystem::relative(entry.path(), root).generic_string();
+            if ((path.ends_with(".cpp") || path.ends_with(".h")) &&
+                !path.starts_with("src/trace/") && !path.starts_with("src/contract/"))
+                found[path] = ReadProjectFile(path);
+        }
+        return found;
+    }();
+    return sources;
 }
 
-std::string NameOf(const TraceStatement& statement, const std::string& function) {
-    return statement.place + ": " + function + ":" + statement.text;
+// What the first group of a pattern has found in a text, each once.
+std::set<std::string> Found(const std::string& text, const char* pPattern) {
+    const std::regex pattern(pPattern);
+    std::set<std::string> found;
+    for (std::sregex_iterator i(text.begin(), text.end(), pattern), end; i != end; ++i)
+        found.insert((*i)[1]);
+    return found;
 }
 
-// The lines, each with its function, that no row has to the letter.
-std::vector<std::string> WithoutMeaning(const std::vector<TraceStatement>& statements) {
-    std::vector<std::string> without;
-    for (const TraceStatement& statement : statements) {
-        if (statement.functions.empty())
-            without.push_back(NameOf(statement, "nobody"));
-        for (const std::string& function : statement.functions) {
-            const bool isKnown = std::ranges::any_of(Rows(), [&](const TraceMessage* pRow) {
-                return statement.text == pRow->text && IsOf(*pRow, function);
-            });
-            if (!isKnown && statement.text != cTablesFit)
-                without.push_back(NameOf(statement, function));
+std::set<std::string> FoundInSources(const char* pPattern) {
+    std::set<std::string> found;
+    for (const auto& [path, text] : TracingSources())
+        found.merge(Found(text, pPattern));
+    return found;
+}
+
+const char* const cCatalogue[] = {"src/contract/messages/trace_messages_api.h",
+                                  "src/contract/messages/trace_messages_general.h",
+                                  "src/contract/messages/trace_messages_store.h"};
+
+constexpr char cRowDefinition[] =
+    R"(inline constexpr auto (c\w+) =\s+(?:Line|Message|NullPointer))";
+
+TEST(PublishedTrace, ListsEveryRow) {
+    std::size_t named = 0;
+    for (const char* path : cCatalogue)
+        named += Found(ReadProjectFile(path), cRowDefinition).size();
+    EXPECT_GT(named, 100u);
+    std::set<std::string> rows;
+    for (const TraceMessage* pRow : Rows())
+        rows.insert(NameOf(*pRow));
+    // The assertions but the general one have no names.
+    EXPECT_EQ(named, rows.size() - (std::size(msg::cAssertionMessages) - 1));
+    EXPECT_EQ(Rows().size(), rows.size()) << "a row is listed twice";
+}
+
+// Whether a row puts something in place of a value of another row of its function.
+bool IsInstance(const TraceMessage& row) {
+    return std::ranges::any_of(Rows(), [&](const TraceMessage* pOther) {
+        const TraceMessage asWritten{nullptr, pOther->text, 0, "", ""};
+        contract::TraceValues values;
+        return pOther->function == row.function && pOther->mask == row.mask &&
+               std::string_view(pOther->text) != row.text &&
+               contract::MatchTraceText(asWritten, row.text, &values) != 0;
+    });
+}
+
+// The rows that no statement names, by what the row is for.
+TEST(PublishedTrace, HasNoMessageThatNobodyWrites) {
+    std::set<std::string> written = FoundInSources(R"(\bmsg::(c\w+)\b)");
+    // What the trace itself writes, and what other rows make more exact.
+    for (const char* general : {"cEntry", "cExit", "cExitResult", "cAssertion", "cRefused"})
+        written.insert(general);
+    std::set<std::string> silent;
+    for (const char* path : cCatalogue)
+        std::ranges::set_difference(Found(ReadProjectFile(path), cRowDefinition), written,
+                                    std::inserter(silent, silent.end()));
+    const std::set<std::string> instances = {"cGetBadProfile", "cSetBadProfile",
+                                             "cSetBadDemoProfile", "cWatchDenied",
+                                             "cWatchedKeyDeleted"};
+    EXPECT_EQ(instances, silent);
+    for (const TraceMessage* pRow :
+         {&msg::cGetBadProfile, &msg::cSetBadProfile, &msg::cSetBadDemoProfile,
+          &msg::cWatchDenied, &msg::cWatchedKeyDeleted})
+        EXPECT_TRUE(IsInstance(*pRow)) << NameOf(*pRow);
+    EXPECT_FALSE(IsInstance(msg::cSetVeltoEnable));
+}
+
+// An assertion shows its own source text; one of several technologies is made by a macro.
+std::set<std::string> Assertions() {
+    static const std::regex blanks(R"(\s+)");
+    std::set<std::string> texts;
+    for (const auto& [path, source] : TracingSources()) {
+        for (const std::string& text :
+             Found(source, R"(\bKALASSERT\(\w+,\s*((?:[^()]|\([^()]*\))+)\);)"))
+            texts.insert(std::regex_replace(text, blanks, " "));
+        for (const std::string& text :
+             Found(source, R"re(\bKALASSERT_TEXT\([^;]*?,\s*("(?:[^"\\]|\\.|"\s*")*")\);)re")) {
+            static const std::regex literal(R"re("((?:[^"\\]|\\.)*)")re");
+            std::string joined;
+            for (std::sregex_iterator i(text.begin(), text.end(), literal), end; i != end; ++i)
+                joined += (*i)[1];
+            texts.insert(std::regex_replace(joined, std::regex(R"(\\(.))"), "$1"));
         }
     }
-    return without;
+    return texts;
 }
 
-TEST(PublishedTrace, HasAMeaningForEveryLineOfEveryFunction) {
-    const std::vector<TraceStatement> statements = AllTraceStatements();
-    EXPECT_GT(statements.size(), 140u);
-    EXPECT_EQ(std::vector<std::string>{}, WithoutMeaning(statements));
-}
-
-TEST(PublishedTrace, FindsOutALineWithoutAMeaning) {
-    const auto findings = [](const std::string& source) {
-        return WithoutMeaning(
-            TraceStatementsIn({{"src/new.cpp",
-                                "Site cSite{cTag, \"CKORA4ASL::GetActiveProfile\"}; "
-                                "Method cMethod{\"CKORA4ASL::SetVeltoEnable\"};" +
-                                    source}}));
-    };
-    const auto one = [](const std::string& finding) {
-        return std::vector<std::string>{"src/new.cpp:" + finding};
-    };
-    EXPECT_EQ(
-        one("2: CKORA4ASL::GetActiveProfile:something new %d"),
-        findings("\nKALTRACE(trace::eMessages, cSite, \"something \" \"new %d\\n\", f(1));"));
-    EXPECT_EQ(one("1: CKORA4ASL::GetActiveProfile:KALASSERT failed: a(b, c) != NULL"),
-              findings("KALASSERT(cSite, a(b,\n  c) != NULL);"));
-    EXPECT_EQ(one("1: CKORA4ASL::GetActiveProfile:KALASSERT failed: !\"New\""),
-              findings(R"(KALASSERT_TEXT(cSite, a, "!\"New\"");)"));
-    EXPECT_EQ(one("1: CKORA4ASL::SetVeltoEnable:**** Error: pNew is Null"),
-              findings("{.badArgument = \"pNew is Null\"}"));
-    EXPECT_EQ(one("1: CKORA4ASL::SetVeltoEnable:>> new: %d"),
-              findings("{.entry = \"%s: %4d %s:>> new: %d\\n\"}"));
-    EXPECT_TRUE(findings("KALTRACE(trace::eEntry, cSite, \">>\\n\");").empty());
-    EXPECT_TRUE(findings("KALTRACE(trace::eMessages, cSite, \" is %s\\n\", a);").empty());
-}
-
-TEST(PublishedTrace, FindsOutALineOfAFunctionThatDoesNotWriteIt) {
-    const auto findings = [](const std::string& source) {
-        return WithoutMeaning(TraceStatementsIn({{"src/new.cpp", source}}));
-    };
-    const std::string helper =
-        "void Tell(int a, const Site& site) { KALTRACE(m, site, \" is %s\\n\", a); }\n";
-    const std::string profile = "Site cSite{cTag, \"CKORA4ASL::GetActiveProfile\"};\n";
-    const std::string table = "Method cMethod{\"CKORA4ASL::GetProfileTable\"};\n";
-    EXPECT_TRUE(findings(helper + profile + "Tell(1, cSite);").empty());
-    EXPECT_EQ(
-        std::vector<std::string>{"src/new.cpp:1: CKORA4ASL::GetProfileTable: is %s"},
-        findings(helper + profile + "Tell(1, cSite);" + table + "Tell(2, cMethod.site);"));
-    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:1: nobody: is %s"}, findings(helper));
-    EXPECT_EQ(std::vector<std::string>{"src/new.cpp:2: CKORA4ASL::GetProfileTable: is %s"},
-              findings(table + "KALTRACE(m, cMethod.site, \" is %s\\n\", a);"));
-}
-
-// Whether a statement writes what a row says, in the row's function. A row of a function may
-// be an instance of a more general statement; the frame's refusal is none, for what its text
-// stands for are statements of their own.
-bool Writes(const TraceStatement& statement, const TraceMessage& row) {
-    if (row.function == nullptr)
-        return statement.text == row.text;
-    if (!statement.functions.contains(row.function))
-        return false;
-    if (statement.text == row.text)
-        return true;
-    const TraceMessage asWritten{nullptr, statement.text.c_str(), 0, "", "", "", ""};
-    contract::TraceValues values;
-    return statement.text != cRefusal &&
-           contract::MatchTraceText(asWritten, row.text, &values) != 0;
-}
-
-bool IsWritten(const TraceMessage& row) {
-    static const std::vector<TraceStatement> statements = AllTraceStatements();
-    return std::ranges::any_of(
-        statements, [&](const TraceStatement& statement) { return Writes(statement, row); });
-}
-
-TEST(PublishedTrace, HasNoMessageThatItsFunctionDoesNotWrite) {
-    for (const TraceMessage* pRow : Rows()) {
-        EXPECT_TRUE(IsWritten(*pRow) || cOfAnyFunction.contains(pRow->text)) << NameOf(*pRow);
-    }
-}
-
-TEST(PublishedTrace, FindsOutAMessageThatItsFunctionDoesNotWrite) {
-    const auto isWritten = [](const std::string& method, const char* text) {
-        const std::string function = "CKORA4ASL::" + method;
-        return IsWritten({function.c_str(), text, trace::eMessages, "", "", "", ""});
-    };
-    EXPECT_TRUE(isWritten("GetVeltoEnable", "**** Error: pVeltoEnable is Null"));
-    EXPECT_FALSE(isWritten("ToggleVeltoEnable", "**** Error: pVeltoEnable is Null"));
-    EXPECT_TRUE(isWritten("GetVeltoEnable", "**** Error: APOERR_NOT_INITIALIZED"));
-    for (const char* silent : {"ToggleVeltoEnable", "GetTechnologyMasterEnables", "Initialize"})
-        EXPECT_FALSE(isWritten(silent, "**** Error: APOERR_NOT_INITIALIZED")) << silent;
-    EXPECT_TRUE(isWritten("GetVeltoDemoAppCommand", "**** Error: E_INVALIDARG"));
-    EXPECT_FALSE(isWritten("GetSimplePatchValue", "**** Error: E_INVALIDARG"));
-    EXPECT_TRUE(isWritten("GetActiveProfile", " is Movie"));
-    EXPECT_FALSE(isWritten("SetActiveProfile", " is Movie"));
-}
-
-TEST(PublishedTrace, NamesTheCategoriesOfTheStatements) {
-    const std::map<std::string, std::uint32_t> masks = {
-        {"trace::eResults", trace::eResults},
-        {"trace::eSecurity", trace::eSecurity},
-        {"trace::eAssertions", trace::eAssertions},
-        {"trace::eModuleEvents", trace::eModuleEvents},
-        {"trace::eProcessTracking", trace::eProcessTracking},
-        {"trace::eMessages", trace::eMessages},
-        {"trace::eVisualizationDump", trace::eVisualizationDump},
-        {"trace::eNotificationThreads", trace::eNotificationThreads},
-        {"trace::eEntry", trace::eEntry},
-        {"trace::eExitResult", trace::eExitResult},
-        {"trace::eStoreEntry", trace::eStoreEntry},
-        {"trace::eStoreExitResult", trace::eStoreExitResult},
-        {"trace::eMonitorEntry", trace::eMonitorEntry},
-        {"trace::eMonitorExitResult", trace::eMonitorExitResult},
-        {"trace::eModuleEntry", trace::eModuleEntry},
-        {"trace::eModuleExitResult", trace::eModuleExitResult},
-        {"trace::eTrackerEntry", trace::eTrackerEntry},
-        {"trace::eTrackerStartUp", trace::eTrackerStartUp},
-        {"cThreadExit", trace::eAllEntryExit | trace::eResults},
-    };
-    for (const TraceStatement& statement : AllTraceStatements()) {
-        ASSERT_TRUE(masks.contains(statement.mask)) << statement.place;
-        for (const TraceMessage* pRow : Rows())
-            if (Writes(statement, *pRow) && pRow->mask != 0) {
-                EXPECT_EQ(masks.at(statement.mask), pRow->mask)
-                    << statement.place << " " << NameOf(*pRow);
-            }
-    }
+TEST(PublishedTrace, HasAMeaningForEveryAssertionAndNoOther) {
+    const std::string prefix = "KALASSERT failed: ";
+    std::set<std::string> published;
+    for (const TraceMessage& row : msg::cAssertionMessages)
+        published.insert(std::string(row.text).substr(prefix.size()));
+    published.erase("%s");
+    EXPECT_GT(published.size(), 30u);
+    EXPECT_EQ(published, Assertions());
 }
 
 // Each side of the lock has a meaning of its own, and neither is the begin or end of a method.
@@ -251,23 +212,6 @@ TEST(PublishedTrace, TellsTheProcessTrackerFromTheMethods) {
         meanings.insert(meaning);
     }
     EXPECT_EQ(2u, meanings.size());
-}
-
-// What the formatter knows; anything else would be written as it stands.
-TEST(TraceStatements, HandOverAValueForEachConversionThatTheTraceKnows) {
-    const std::regex known(R"(%(?:0?\d*l?[dux]|0?\d*X|\d*s|ls|S|p|\d*f))");
-    for (const TraceStatement& statement : AllTraceStatements()) {
-        const auto begin =
-            std::sregex_iterator(statement.text.begin(), statement.text.end(), known);
-        const auto conversions =
-            static_cast<std::size_t>(std::distance(begin, std::sregex_iterator()));
-        EXPECT_EQ(std::ranges::count(statement.text, '%'),
-                  static_cast<std::ptrdiff_t>(conversions))
-            << statement.place << " " << statement.text;
-        if (statement.values) {
-            EXPECT_EQ(conversions, *statement.values) << statement.place;
-        }
-    }
 }
 
 TEST(PublishedTrace, NamesEachValueOfItsMessages) {
@@ -422,20 +366,20 @@ TEST(PublishedTags, AreThoseOfTheLines) {
     EXPECT_EQ(written, published);
 }
 
-TEST(PublishedWriters, AreThoseOfTheSites) {
-    const std::vector<std::string> functions = AllTracedFunctions();
-    EXPECT_GT(functions.size(), 100u);
-    std::set<std::string> used;
-    for (const std::string& function : functions) {
-        const contract::TraceWriter* const pWriter = contract::FindTraceWriter(function);
-        ASSERT_NE(nullptr, pWriter) << function;
-        used.insert(pWriter->name);
-    }
-    EXPECT_EQ(std::size(contract::cTraceWriters), used.size());
+// A function without a writer does not compile; here is that no writer is without a function.
+TEST(PublishedWriters, AllWriteLines) {
+    std::set<std::string> functions = FoundInSources(R"re("(~?\w+(?:::~?\w+)?)")re");
     for (const TraceMessage* pRow : Rows())
-        if (pRow->function) {
-            EXPECT_TRUE(std::ranges::count(functions, pRow->function)) << NameOf(*pRow);
-        }
+        if (pRow->function)
+            functions.insert(pRow->function);
+    std::set<std::string> writers;
+    for (const std::string& function : functions)
+        if (const contract::TraceWriter* const pWriter = contract::FindTraceWriter(function))
+            writers.insert(pWriter->name);
+    for (const contract::TraceWriter& writer : contract::cTraceWriters)
+        EXPECT_TRUE(writers.contains(writer.name)) << writer.name;
+    for (const contract::OddTraceFunction& odd : contract::cOddTraceFunctions)
+        EXPECT_TRUE(functions.contains(odd.name)) << odd.name;
 }
 
 }  // namespace

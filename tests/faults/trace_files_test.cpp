@@ -34,7 +34,7 @@ constexpr DWORD cPatience = 120000;  // milliseconds
 
 constexpr DWORD cShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-constexpr trace::Site cSite{"KORA4ASL", "Test::Write"};
+constexpr trace::Site cSite{contract::tag::cApi, "Test::Write", 0, 0};
 constexpr char cModuleFile[] = "C:\\KalLogs\\KORA4ASL.log";
 constexpr char cSharedFile[] = "C:\\KalLogs\\KalTrace.log";
 constexpr char cRivalModuleFile[] = "C:\\KalLogs\\Rival.log";
@@ -84,7 +84,7 @@ void AppendInTwoSteps(const char* pPath, const std::string& line) {
 using Writer = void (*)(int process, int index);
 
 void WriteTrace(int process, int index) {
-    trace::Write(trace::cDefaultFlags | trace::eLogFiles, cSite, 123, KALTRACE_HEAD "%s\n",
+    trace::Write(trace::cDefaultFlags | trace::eLogFiles, cSite, 123, "%s",
                  Message(process, index).c_str());
 }
 void WriteCarelessly(int process, int index) {

@@ -76,16 +76,17 @@ void Write(std::uint32_t flags, const Site& site, int line, const char* format, 
     record.format = format;
 
     char head[256];
-    std::snprintf(head, sizeof head, KALTRACE_HEAD, record.tag.c_str(), line, site.function);
-    const char* const pMessage = format + std::strlen(KALTRACE_HEAD);
-    if (PrintsWideStrings(pMessage)) {
-        record.text = std::string(head) + pMessage;
+    std::snprintf(head, sizeof head, contract::cTraceHead, record.tag.c_str(), line,
+                  site.function);
+    if (PrintsWideStrings(format)) {
+        record.text = std::string(head) + format;
     } else {
         std::va_list arguments;
         va_start(arguments, format);
-        record.text = head + FormatText(pMessage, arguments);
+        record.text = head + FormatText(format, arguments);
         va_end(arguments);
     }
+    record.text += '\n';
     const std::lock_guard<std::mutex> hold(SinkMutex());
     test::TraceRecords().push_back(std::move(record));
 }
@@ -94,14 +95,14 @@ bool IsDebuggerAttached() {
     return false;
 }
 
-void Scope::WriteExit(std::uint32_t flags) const {
+void ExitLine::WriteExit(std::uint32_t flags) const {
     if (m_pResult == nullptr) {
-        Write(flags, m_site, m_line, KALTRACE_HEAD "<<\n");
+        Write(flags, m_site, m_line, msg::cExit.text);
         return;
     }
     std::uint32_t hr;
     std::memcpy(&hr, m_pResult, sizeof hr);
-    Write(flags, m_site, m_line, KALTRACE_HEAD "<< hr: 0x%08x\n", hr);
+    Write(flags, m_site, m_line, msg::cExitResult.text, hr);
 }
 
 }  // namespace trace

@@ -2,9 +2,9 @@
 // Takes the store's mutex with patience, and gives it back.
 #include "registry/store_lock.h"
 
+#include "contract/store_mutex.h"
 #include "platform/open_mutex.h"
 #include "process/win32_failure.h"
-#include "store/access/named_mutex.h"
 
 namespace kora4::tools {
 

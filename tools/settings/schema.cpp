@@ -7,10 +7,10 @@
 #include <tuple>
 
 #include "base/failure.h"
+#include "contract/field_tables.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
 #include "settings/texts.h"
-#include "store/patches/field_tables.h"
 
 namespace kora4::tools {
 namespace {

@@ -5,12 +5,12 @@
 
 #include <algorithm>
 
-#include "api/patch_limits.h"
 #include "base/failure.h"
 #include "base/nearest.h"
 #include "base/text.h"
 #include "contract/field_ids.h"
 #include "contract/general_settings.h"
+#include "contract/patch_limits.h"
 #include "contract/profiles.h"
 
 namespace kora4::tools {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The trace in names: the bits of the flag word, the modules whose lines it writes, and the
-// files that the lines go to.
+// The bits of the trace's flag word in names.
 #ifndef KORA4_CONTRACT_MESSAGES_TRACE_CATEGORIES_H
 #define KORA4_CONTRACT_MESSAGES_TRACE_CATEGORIES_H
 
@@ -15,7 +14,7 @@ namespace kora4::contract {
 struct TraceBits {
     std::uint32_t bits;
     const char* name;
-    const char* constant;  // in trace/trace.h
+    const char* constant;  // in contract/trace_flags.h
     const char* lines;     // which lines it lets through
 };
 
@@ -61,34 +60,6 @@ constexpr std::uint32_t AllTraceCategories() {
     for (const TraceBits& category : cTraceCategories)
         bits |= category.bits;
     return bits & ~std::uint32_t{trace::eLogFiles};
-}
-
-// What the first word of a line names. It is the name of a log file, too.
-struct TraceTag {
-    const char* tag;
-    const char* writer;
-};
-
-// The modules that write lines, in alphabetical order.
-inline constexpr TraceTag cTraceTags[] = {
-    {"KOLFXPropKeysAccess", "the access to the registry keys"},
-    {"KORA4ASL", "the object that clients use, and registration"},
-    {"KORA4ASLDLL", "the library as a module: its entry points and class factories"},
-    {"KORA4KeysClient", "the client of the store, and its mutex"},
-    {"KORA4PropKey", "the set of values of a profile"},
-    {"KORA4PropKeyFields", "the fields of the technologies and their defaults"},
-    {"KORA4UIKeysClient", "the operations on the store"},
-    {"KORA4VisKeyData", "the reader of the engine's levels"},
-    {"RegKeyMonitor", "the monitor that watches the store for changes"},
-    {"RegKeySecurity", "the access lists of the store's keys"},
-};
-
-// Null when the library writes no such lines.
-constexpr const TraceTag* FindTraceTag(std::string_view tag) {
-    for (const TraceTag& known : cTraceTags)
-        if (tag == known.tag)
-            return &known;
-    return nullptr;
 }
 
 }  // namespace kora4::contract

@@ -17,13 +17,13 @@ namespace kora4::contract {
 // Calls `visit` with each row.
 template <typename Visit>
 constexpr void ForEachTraceMessage(Visit visit) {
-    for (const TraceMessage& message : cGeneralMessages)
+    for (const TraceMessage& message : msg::cGeneralMessages)
         visit(message);
-    for (const TraceMessage& message : cAssertionMessages)
+    for (const TraceMessage& message : msg::cAssertionMessages)
         visit(message);
-    for (const TraceMessage& message : cApiMessages)
+    for (const TraceMessage& message : msg::cApiMessages)
         visit(message);
-    for (const TraceMessage& message : cStoreMessages)
+    for (const TraceMessage& message : msg::cStoreMessages)
         visit(message);
 }
 
@@ -57,15 +57,6 @@ constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_vie
         }
     });
     return best;
-}
-
-// Null when nobody of that name writes lines.
-constexpr const TraceWriter* FindTraceWriter(std::string_view function) {
-    const std::string_view name = function.substr(0, function.find("::"));
-    for (const TraceWriter& writer : cTraceWriters)
-        if (name == writer.name)
-            return &writer;
-    return nullptr;
 }
 
 }  // namespace kora4::contract

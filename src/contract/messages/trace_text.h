@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "contract/messages/conversion.h"
 #include "contract/messages/trace_message.h"
 
 namespace kora4::contract {
@@ -107,28 +108,6 @@ constexpr bool CanBe(std::string_view kind, std::string_view text) {
     return true;
 }
 
-// A conversion of a format: "%08x", "%10f", "%ld".
-struct Conversion {
-    std::size_t length = 0;
-    std::size_t width = 0;
-    bool isPadded = false;  // with blanks
-    char kind = '\0';
-};
-
-// The conversion that `pattern` begins with, its per cent sign first.
-constexpr Conversion ConversionAt(std::string_view pattern) {
-    Conversion conversion;
-    std::size_t at = 1;
-    const bool hasZero = at < pattern.size() && pattern[at] == '0';
-    for (; at < pattern.size() && IsDigit(pattern[at]); ++at)
-        conversion.width = conversion.width * 10 + static_cast<std::size_t>(pattern[at] - '0');
-    at += Run(pattern.substr(at), [](char c) { return c == 'l' || c == 'h' || c == 'z'; });
-    conversion.isPadded = conversion.width != 0 && !hasZero;
-    conversion.kind = at < pattern.size() ? pattern[at] : '\0';
-    conversion.length = at + 1;
-    return conversion;
-}
-
 // How many characters at the front of the text a number takes; 0 when there is none.
 constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_view text) {
     const std::size_t sign = text.starts_with("-") ? 1 : 0;
@@ -207,7 +186,7 @@ constexpr bool Match(std::string_view pattern, std::string_view text, TraceValue
                 return true;
         return false;
     }
-    if (conversion.isPadded)
+    if (conversion.IsPadded())
         text = TrimmedLeft(text);
     const std::size_t length = LengthOfNumber(conversion, text);
     return length != 0 && MatchValue(pattern, text, conversion, length, before, pValues, kinds);

@@ -10,16 +10,14 @@
 namespace kora4 {
 
 NamedMutex::~NamedMutex() {
-    static constexpr trace::Site cSite{"KORA4KeysClient", "NamedMutex::~NamedMutex"};
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("NamedMutex::~NamedMutex");
     KALASSERT(cSite, !IsAcquired());
     FreeMutex();
 }
 
 HRESULT NamedMutex::Create(const char16_t* pwName) {
-    static constexpr trace::Site cSite{"KORA4KeysClient", "NamedMutex::Create"};
     HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("NamedMutex::Create", &hr);
     if (m_hMutex)
         return hr;
     m_hMutex = CreateOrOpenMutex(pwName);
@@ -29,16 +27,14 @@ HRESULT NamedMutex::Create(const char16_t* pwName) {
 }
 
 void NamedMutex::Acquire() {
-    static constexpr trace::Site cSite{"KORA4KeysClient", "NamedMutex::Acquire"};
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("NamedMutex::Acquire");
     WaitForSingleObject(m_hMutex, INFINITE);
     m_acquired = true;
 }
 
 HRESULT NamedMutex::Release() {
-    static constexpr trace::Site cSite{"KORA4UIKeysClient", "NamedMutex::Release"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("NamedMutex::Release", &hr);
     KALASSERT(cSite, IsAcquired());
     // Cleared first: once the mutex is free, another thread may set the flag.
     m_acquired = false;
@@ -48,8 +44,7 @@ HRESULT NamedMutex::Release() {
 }
 
 void NamedMutex::FreeMutex() {
-    static constexpr trace::Site cSite{"KORA4KeysClient", "NamedMutex::FreeMutex"};
-    trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("NamedMutex::FreeMutex");
     KALASSERT(cSite, !IsAcquired());
     if (m_hMutex)
         CloseHandle(m_hMutex);

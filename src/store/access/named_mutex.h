@@ -9,9 +9,6 @@
 
 namespace kora4 {
 
-// Without a namespace prefix: the mutex is that of the session.
-inline constexpr char16_t cStoreMutexName[] = u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}";
-
 // Owns the handle of the mutex. One object serves all threads of a client; Create and
 // FreeMutex are called by one of them, before and after all others.
 class CAPABILITY("named mutex") NamedMutex {

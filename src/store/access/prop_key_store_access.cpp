@@ -13,9 +13,6 @@ namespace kora4 {
 
 namespace {
 
-constexpr char cTag[] = "KORA4UIKeysClient";
-constexpr char cArrayWriterTag[] = "KORA4PropKey";
-
 template <typename Element>
 using Decoder = HRESULT (*)(const char16_t*, std::uint32_t*, Element*);
 
@@ -45,17 +42,14 @@ codec::ArrayFieldWriter FieldWriter() {
 
 HRESULT KORA4PropKeyStoreAccess::ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
                                           std::uint32_t* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadUINT"};
-    HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    return hr = m_access.ReadUINT(keySet, key, pValue);
+    KALTRACE_RETURN("KORA4PropKeyStoreAccess::ReadUINT",
+                    m_access.ReadUINT(keySet, key, pValue));
 }
 
 HRESULT KORA4PropKeyStoreAccess::ReadBool(KORA4KeySet keySet, const PropertyKey& key,
                                           bool* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadBool"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::ReadBool", &hr);
     std::uint32_t number = 0;
     hr = m_access.ReadUINT(keySet, key, &number);
     if (hr == result::cOk)
@@ -65,9 +59,8 @@ HRESULT KORA4PropKeyStoreAccess::ReadBool(KORA4KeySet keySet, const PropertyKey&
 
 HRESULT KORA4PropKeyStoreAccess::ReadFloat(KORA4KeySet keySet, const PropertyKey& key,
                                            float* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadFloat"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::ReadFloat", &hr);
     TaskPtr<char16_t> text;
     hr = m_access.ReadText(keySet, key, text.Put());
     if (hr == result::cOk && !codec::ParseFloat(text.Get(), pValue))
@@ -77,18 +70,15 @@ HRESULT KORA4PropKeyStoreAccess::ReadFloat(KORA4KeySet keySet, const PropertyKey
 
 HRESULT KORA4PropKeyStoreAccess::ReadNumericArray(KORA4KeySet keySet, const PropertyKey& key,
                                                   std::uint32_t* pCount, float* pElements) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadNumericArray"};
-    HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    return hr = ReadArray(m_access, keySet, key, &codec::DecodeNumericArray, pCount, pElements);
+    KALTRACE_RETURN(
+        "KORA4PropKeyStoreAccess::ReadNumericArray",
+        ReadArray(m_access, keySet, key, &codec::DecodeNumericArray, pCount, pElements));
 }
 
 HRESULT KORA4PropKeyStoreAccess::ReadFlagArray(KORA4KeySet keySet, const PropertyKey& key,
                                                std::uint32_t* pCount, std::uint32_t* pFlags) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::ReadFlagArray"};
-    HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    return hr = ReadArray(m_access, keySet, key, &codec::DecodeFlagArray, pCount, pFlags);
+    KALTRACE_RETURN("KORA4PropKeyStoreAccess::ReadFlagArray",
+                    ReadArray(m_access, keySet, key, &codec::DecodeFlagArray, pCount, pFlags));
 }
 
 std::uint32_t KORA4PropKeyStoreAccess::UINTOr(KORA4KeySet keySet, const PropertyKey& key,
@@ -105,9 +95,8 @@ bool KORA4PropKeyStoreAccess::BoolOr(KORA4KeySet keySet, const PropertyKey& key,
 
 HRESULT KORA4PropKeyStoreAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
                                            std::uint64_t value) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::WriteUINT"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteUINT", &hr);
     const auto dwValue = static_cast<std::uint32_t>(value);
     KALASSERT(cSite, dwValue == value);
     return hr = m_access.WriteUINT(keySet, key, dwValue);
@@ -115,17 +104,14 @@ HRESULT KORA4PropKeyStoreAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey
 
 HRESULT KORA4PropKeyStoreAccess::WriteBool(KORA4KeySet keySet, const PropertyKey& key,
                                            bool value) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::WriteBool"};
-    HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    return hr = m_access.WriteUINT(keySet, key, value ? 1 : 0);
+    KALTRACE_RETURN("KORA4PropKeyStoreAccess::WriteBool",
+                    m_access.WriteUINT(keySet, key, value ? 1 : 0));
 }
 
 HRESULT KORA4PropKeyStoreAccess::WriteFloat(KORA4KeySet keySet, const PropertyKey& key,
                                             float value) {
-    static constexpr trace::Site cSite{cTag, "KORA4PropKeyStoreAccess::WriteFloat"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteFloat", &hr);
     char16_t text[codec::cFloatTextChars];
     codec::FormatFloat(value, text);
     return hr = m_access.WriteText(keySet, key, text);
@@ -134,10 +120,8 @@ HRESULT KORA4PropKeyStoreAccess::WriteFloat(KORA4KeySet keySet, const PropertyKe
 HRESULT KORA4PropKeyStoreAccess::WriteNumericArray(KORA4KeySet keySet, const PropertyKey& key,
                                                    std::uint32_t scale, std::uint32_t count,
                                                    const float* pElements) {
-    static constexpr trace::Site cSite{cArrayWriterTag,
-                                       "KORA4PropKeyStoreAccess::WriteNumericArray"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteNumericArray", &hr);
     char16_t text[codec::cArrayTextChars];
     hr = codec::EncodeNumericArray(scale, count, pElements, text, FieldWriter());
     if (hr == result::cOk)
@@ -148,10 +132,8 @@ HRESULT KORA4PropKeyStoreAccess::WriteNumericArray(KORA4KeySet keySet, const Pro
 HRESULT KORA4PropKeyStoreAccess::WriteFlagArray(KORA4KeySet keySet, const PropertyKey& key,
                                                 std::uint32_t count,
                                                 const std::uint32_t* pFlags) {
-    static constexpr trace::Site cSite{cArrayWriterTag,
-                                       "KORA4PropKeyStoreAccess::WriteFlagArray"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteFlagArray", &hr);
     char16_t text[codec::cArrayTextChars];
     hr = codec::EncodeFlagArray(count, pFlags, text, FieldWriter());
     if (hr == result::cOk)
@@ -163,10 +145,8 @@ HRESULT KORA4PropKeyStoreAccess::WriteArrayNumericField(char16_t** ppCursor,
                                                         std::size_t* pCharsAvail,
                                                         codec::ArrayField field,
                                                         std::uint32_t value) {
-    static constexpr trace::Site cSite{cArrayWriterTag,
-                                       "KORA4PropKeyStoreAccess::WriteArrayNumericField"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteArrayNumericField", &hr);
     const char16_t* const pPiece = *ppCursor;
     const std::size_t charsAvail = *pCharsAvail;
     hr = codec::PutArrayField(ppCursor, pCharsAvail, field, value);

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "contract/messages/trace_messages_store.h"
 #include "contract/registry_paths.h"
 #include "contract/value_kind.h"
 #include "platform/win32_result.h"
@@ -18,8 +19,6 @@
 namespace kora4 {
 
 namespace {
-
-constexpr const char* cTag = "KOLFXPropKeysAccess";
 
 // How often a blob that grows between the query of its size and the read is tried: the engine
 // rewrites the visualization blob without holding the mutex.
@@ -58,6 +57,15 @@ const PROPERTYKEY& PlatformKey(const PropertyKey& key) {
     return reinterpret_cast<const PROPERTYKEY&>(key);
 }
 
+// Leaves the place alone when there is no memory.
+HRESULT HandOutCopy(const char16_t* pwText, char16_t** ppText) {
+    char16_t* const copy = DuplicateTaskText(pwText);
+    if (!copy)
+        return E_OUTOFMEMORY;
+    *ppText = copy;
+    return S_OK;
+}
+
 const char16_t* TextOrEmpty(const char16_t* pwText) {
     return pwText ? pwText : u"";
 }
@@ -71,9 +79,8 @@ void KORA4RegPropKeysAccess::SetPropertyStore(IPropertyStore* pIPropertyStore) {
 // ---- Opening and closing ------------------------------------------------------------
 
 HRESULT KORA4RegPropKeysAccess::Open(bool writable) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::Open"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4RegPropKeysAccess::Open", &hr);
     if (m_opened)
         return hr;
     KALASSERT_TEXT(cSite, !m_hStaticKeys && !m_hDynamicKeys && !m_hAppKeys,
@@ -103,25 +110,24 @@ HRESULT KORA4RegPropKeysAccess::Open(bool writable) {
 
 HRESULT KORA4RegPropKeysAccess::OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key,
                                               bool writable) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::OpenGlobalKey"};
+    static constexpr trace::Site cSite = trace::cSiteOf<msg::cOpenKeyEntry>;
+    HRESULT hr = S_OK;
+    const trace::ExitLine exitLine(cSite, __LINE__, &hr);
     KALASSERT(cSite, pwRegPath != NULL);
-    KALTRACE(trace::eStoreEntry, cSite, ">> pwRegPath: %S\n", pwRegPath);
+    KALTRACE(msg::cOpenKeyEntry, pwRegPath);
     HKEY hKey = nullptr;
     const LSTATUS status =
         writable ? RegCreateKeyExW(HKEY_LOCAL_MACHINE, pwRegPath, 0, nullptr,
                                    REG_OPTION_NON_VOLATILE, KEY_READ | KEY_WRITE, nullptr,
                                    &hKey, nullptr)
                  : RegOpenKeyExW(HKEY_LOCAL_MACHINE, pwRegPath, 0, KEY_READ, &hKey);
-    KALTRACE(trace::eStoreEntry, cSite, "reg open retStatus: %ld\n", status);
+    KALTRACE(msg::cOpenKeyStatus, status);
     key.Reset(status == ERROR_SUCCESS ? hKey : nullptr);
-    const HRESULT hr = writable ? ResultOfWrite(status) : ResultOfKeyLookup(status);
-    KALTRACE(trace::eStoreExitResult, cSite, "<< hr: 0x%08x\n", static_cast<unsigned>(hr));
-    return hr;
+    return hr = writable ? ResultOfWrite(status) : ResultOfKeyLookup(status);
 }
 
 void KORA4RegPropKeysAccess::Close() {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::Close"};
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4RegPropKeysAccess::Close");
     if (!m_opened)
         return;
     m_hAppKeys.Reset();
@@ -151,11 +157,11 @@ HKEY KORA4RegPropKeysAccess::HandleToWrite(const UniqueRegKey& key) const {
 
 // Their frame: refused before Open, then the property store or a registry key by key set.
 template <typename OnStore, typename OnKey>
-HRESULT KORA4RegPropKeysAccess::Operate(const trace::Site& site, int line, KORA4KeySet keySet,
+HRESULT KORA4RegPropKeysAccess::Operate(const trace::Place& place, KORA4KeySet keySet,
                                         HRESULT hrOtherKeySet, OnStore&& onStore,
                                         OnKey&& onKey) {
     HRESULT hr = hrOtherKeySet;
-    trace::Scope scope(site, line, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    const trace::Scope scope(place.site, place.line, &hr);
     if (!m_opened)
         hr = APOERR_NOT_INITIALIZED;
     else if (keySet == eKeySetPropertyStore)
@@ -167,25 +173,24 @@ HRESULT KORA4RegPropKeysAccess::Operate(const trace::Site& site, int line, KORA4
 
 HRESULT KORA4RegPropKeysAccess::ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
                                          std::uint32_t* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadUINT"};
     return Operate(
-        cSite, __LINE__, keySet, E_FAIL, [&] { return ReadPropStoreDWORD(key, pValue); },
+        "KORA4RegPropKeysAccess::ReadUINT", keySet, E_FAIL,
+        [&] { return ReadPropStoreDWORD(key, pValue); },
         [&](const UniqueRegKey& from) { return ReadRegistryDWORD(from.Get(), key, pValue); });
 }
 
 HRESULT KORA4RegPropKeysAccess::ReadText(KORA4KeySet keySet, const PropertyKey& key,
                                          char16_t** ppText) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadText"};
     return Operate(
-        cSite, __LINE__, keySet, E_FAIL, [&] { return ReadPropStoreText(key, ppText); },
+        "KORA4RegPropKeysAccess::ReadText", keySet, E_FAIL,
+        [&] { return ReadPropStoreText(key, ppText); },
         [&](const UniqueRegKey& from) { return ReadRegistryText(from.Get(), key, ppText); });
 }
 
 HRESULT KORA4RegPropKeysAccess::ReadBlob(KORA4KeySet keySet, const PropertyKey& key,
                                          std::uint32_t* pSize, std::uint8_t** ppData) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadBlob"};
     return Operate(
-        cSite, __LINE__, keySet, E_FAIL, [] { return E_FAIL; },
+        "KORA4RegPropKeysAccess::ReadBlob", keySet, E_FAIL, [] { return E_FAIL; },
         [&](const UniqueRegKey& from) {
             return ReadRegistryBlob(from.Get(), key, pSize, ppData);
         });
@@ -193,9 +198,9 @@ HRESULT KORA4RegPropKeysAccess::ReadBlob(KORA4KeySet keySet, const PropertyKey& 
 
 HRESULT KORA4RegPropKeysAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
                                           std::uint32_t value) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WriteUINT"};
     return Operate(
-        cSite, __LINE__, keySet, E_FAIL, [&] { return WritePropStoreDWORD(key, value); },
+        "KORA4RegPropKeysAccess::WriteUINT", keySet, E_FAIL,
+        [&] { return WritePropStoreDWORD(key, value); },
         [&](const UniqueRegKey& to) {
             return SetRegistryValue(HandleToWrite(to), key, REG_DWORD, &value, sizeof(value));
         });
@@ -203,9 +208,8 @@ HRESULT KORA4RegPropKeysAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey&
 
 HRESULT KORA4RegPropKeysAccess::WriteText(KORA4KeySet keySet, const PropertyKey& key,
                                           const char16_t* pwText) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WriteText"};
     return Operate(
-        cSite, __LINE__, keySet, E_FAIL,
+        "KORA4RegPropKeysAccess::WriteText", keySet, E_FAIL,
         [&] { return WritePropStoreText(key, TextOrEmpty(pwText)); },
         [&](const UniqueRegKey& to) {
             const auto* const pwWide = reinterpret_cast<const wchar_t*>(TextOrEmpty(pwText));
@@ -217,18 +221,16 @@ HRESULT KORA4RegPropKeysAccess::WriteText(KORA4KeySet keySet, const PropertyKey&
 
 HRESULT KORA4RegPropKeysAccess::WriteBlob(KORA4KeySet keySet, const PropertyKey& key,
                                           std::uint32_t size, const std::uint8_t* pData) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WriteBlob"};
     return Operate(
-        cSite, __LINE__, keySet, E_FAIL, [] { return E_FAIL; },
+        "KORA4RegPropKeysAccess::WriteBlob", keySet, E_FAIL, [] { return E_FAIL; },
         [&](const UniqueRegKey& to) {
             return SetRegistryValue(HandleToWrite(to), key, REG_BINARY, pData, size);
         });
 }
 
 HRESULT KORA4RegPropKeysAccess::Delete(KORA4KeySet keySet, const PropertyKey& key) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::Delete"};
     return Operate(
-        cSite, __LINE__, keySet, E_INVALIDARG, [] { return E_INVALIDARG; },
+        "KORA4RegPropKeysAccess::Delete", keySet, E_INVALIDARG, [] { return E_INVALIDARG; },
         [&](const UniqueRegKey& from) { return DeleteRegistryKey(from.Get(), key); });
 }
 
@@ -237,15 +239,14 @@ HRESULT KORA4RegPropKeysAccess::Delete(KORA4KeySet keySet, const PropertyKey& ke
 HRESULT KORA4RegPropKeysAccess::QueryRegistryValue(HKEY hKey, const PropertyKey& key,
                                                    DWORD expectedType, void* pData,
                                                    DWORD* pSize, LSTATUS* pStatus) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::QueryRegistryValue"};
     HRESULT hr = S_FALSE;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE(msg::cQueryValue.function, &hr);
     if (!hKey)
         return hr;
     const ValueName name(key);
     if (!name.IsValid())
         return hr = E_FAIL;
-    KALTRACE(trace::eStoreEntry, cSite, "to RegQueryValueEx of: %S\n", name.Get());
+    KALTRACE(msg::cQueryValue, name.Get());
     DWORD type = REG_NONE;
     const LSTATUS status =
         RegQueryValueExW(hKey, name.Get(), nullptr, &type, static_cast<BYTE*>(pData), pSize);
@@ -280,18 +281,13 @@ HRESULT KORA4RegPropKeysAccess::ReadRegistryText(HKEY hKey, const PropertyKey& k
     if (hr != S_OK)
         return hr;
     text[size / sizeof(char16_t)] = u'\0';
-    char16_t* const copy = DuplicateTaskText(text);
-    if (!copy)
-        return E_OUTOFMEMORY;
-    *ppText = copy;
-    return S_OK;
+    return HandOutCopy(text, ppText);
 }
 
 HRESULT KORA4RegPropKeysAccess::ReadRegistryBlob(HKEY hKey, const PropertyKey& key,
                                                  std::uint32_t* pSize, std::uint8_t** ppData) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadRegistryBlob"};
     HRESULT hr = S_FALSE;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4RegPropKeysAccess::ReadRegistryBlob", &hr);
     for (int attempt = 0; attempt < cBlobAttempts; ++attempt) {
         DWORD size = 0;
         hr = QueryRegistryValue(hKey, key, REG_BINARY, nullptr, &size);
@@ -316,102 +312,91 @@ HRESULT KORA4RegPropKeysAccess::ReadRegistryBlob(HKEY hKey, const PropertyKey& k
 
 HRESULT KORA4RegPropKeysAccess::SetRegistryValue(HKEY hKey, const PropertyKey& key, DWORD type,
                                                  const void* pData, DWORD size) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::SetRegistryValue"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE(msg::cSetValueStatus.function, &hr);
     if (!hKey)
         return hr;
     const ValueName name(key);
     if (!name.IsValid())
         return hr = E_FAIL;
     const LSTATUS status = RegSetKeyValueW(hKey, nullptr, name.Get(), type, pData, size);
-    KALTRACE(trace::eStoreEntry, cSite, "RegSetValue retStatus: %ld\n", status);
+    KALTRACE(msg::cSetValueStatus, status);
     return hr = ResultOfWrite(status);
 }
 
 HRESULT KORA4RegPropKeysAccess::DeleteRegistryKey(HKEY hKey, const PropertyKey& key) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::DeleteRegistryKey"};
     HRESULT hr = S_OK;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE(msg::cDeleteValue.function, &hr);
     if (!hKey)
         return hr;
     const ValueName name(key);
     if (!name.IsValid())
         return hr = E_FAIL;
-    KALTRACE(trace::eStoreEntry, cSite, "to RegDeleteValue of: %S\n", name.Get());
+    KALTRACE(msg::cDeleteValue, name.Get());
     const LSTATUS status = RegDeleteValueW(hKey, name.Get());
-    KALTRACE(trace::eStoreEntry, cSite, "RegDeleteValue retStatus: %ld\n", status);
+    KALTRACE(msg::cDeleteValueStatus, status);
     return hr = ResultOfValueLookup(status);
 }
 
 // ---- Property store -----------------------------------------------------------------------
 
+// Their frame: without a store they fail.
+template <typename Body>
+HRESULT KORA4RegPropKeysAccess::OnPropertyStore(const trace::Place& place, Body&& body) {
+    HRESULT hr = E_FAIL;
+    const trace::Scope scope(place.site, place.line, &hr);
+    KALASSERT_TEXT(place.site, m_spIPropertyStore, "m_spIPropertyStore != NULL");
+    if (m_spIPropertyStore)
+        hr = body();
+    return hr;
+}
+
 HRESULT KORA4RegPropKeysAccess::ReadPropStoreDWORD(const PropertyKey& key,
                                                    std::uint32_t* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadPropStoreDWORD"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    KALASSERT_TEXT(cSite, m_spIPropertyStore, "m_spIPropertyStore != NULL");
-    if (!m_spIPropertyStore)
-        return hr;
-    PropVariant value;
-    hr = m_spIPropertyStore->GetValue(PlatformKey(key), value.Put());
-    if (FAILED(hr))
-        return hr;
-    if (value->vt != VT_UI4)
-        return hr = S_FALSE;
-    *pValue = value->ulVal;
-    return hr = S_OK;
+    return OnPropertyStore("KORA4RegPropKeysAccess::ReadPropStoreDWORD", [&] {
+        PropVariant value;
+        const HRESULT hr = m_spIPropertyStore->GetValue(PlatformKey(key), value.Put());
+        if (FAILED(hr))
+            return hr;
+        if (value->vt != VT_UI4)
+            return S_FALSE;
+        *pValue = value->ulVal;
+        return S_OK;
+    });
 }
 
 HRESULT KORA4RegPropKeysAccess::WritePropStoreDWORD(const PropertyKey& key,
                                                     std::uint32_t value) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WritePropStoreDWORD"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    KALASSERT_TEXT(cSite, m_spIPropertyStore, "m_spIPropertyStore != NULL");
-    if (!m_spIPropertyStore)
-        return hr;
-    PropVariant variant;
-    variant->vt = VT_UI4;
-    variant->ulVal = value;
-    return hr = m_spIPropertyStore->SetValue(PlatformKey(key), variant.Get());
+    return OnPropertyStore("KORA4RegPropKeysAccess::WritePropStoreDWORD", [&] {
+        PropVariant variant;
+        variant->vt = VT_UI4;
+        variant->ulVal = value;
+        return m_spIPropertyStore->SetValue(PlatformKey(key), variant.Get());
+    });
 }
 
 HRESULT KORA4RegPropKeysAccess::ReadPropStoreText(const PropertyKey& key, char16_t** ppText) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::ReadPropStoreText"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    KALASSERT_TEXT(cSite, m_spIPropertyStore, "m_spIPropertyStore != NULL");
-    if (!m_spIPropertyStore)
-        return hr;
-    PropVariant value;
-    hr = m_spIPropertyStore->GetValue(PlatformKey(key), value.Put());
-    if (FAILED(hr))
-        return hr;
-    if (value->vt != VT_LPWSTR || !value->pwszVal)
-        return hr = S_FALSE;
-    char16_t* const copy = DuplicateTaskText(reinterpret_cast<const char16_t*>(value->pwszVal));
-    if (!copy)
-        return hr = E_OUTOFMEMORY;
-    *ppText = copy;
-    return hr = S_OK;
+    return OnPropertyStore("KORA4RegPropKeysAccess::ReadPropStoreText", [&] {
+        PropVariant value;
+        const HRESULT hr = m_spIPropertyStore->GetValue(PlatformKey(key), value.Put());
+        if (FAILED(hr))
+            return hr;
+        if (value->vt != VT_LPWSTR || !value->pwszVal)
+            return S_FALSE;
+        return HandOutCopy(reinterpret_cast<const char16_t*>(value->pwszVal), ppText);
+    });
 }
 
 HRESULT KORA4RegPropKeysAccess::WritePropStoreText(const PropertyKey& key,
                                                    const char16_t* pwText) {
-    static constexpr trace::Site cSite{cTag, "KORA4RegPropKeysAccess::WritePropStoreText"};
-    HRESULT hr = E_FAIL;
-    trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    KALASSERT_TEXT(cSite, m_spIPropertyStore, "m_spIPropertyStore != NULL");
-    if (!m_spIPropertyStore)
-        return hr;
-    PropVariant variant;
-    variant->pwszVal = reinterpret_cast<wchar_t*>(DuplicateTaskText(pwText));
-    if (!variant->pwszVal)
-        return hr = E_OUTOFMEMORY;
-    variant->vt = VT_LPWSTR;
-    return hr = m_spIPropertyStore->SetValue(PlatformKey(key), variant.Get());
+    return OnPropertyStore("KORA4RegPropKeysAccess::WritePropStoreText", [&] {
+        PropVariant variant;
+        variant->pwszVal = reinterpret_cast<wchar_t*>(DuplicateTaskText(pwText));
+        if (!variant->pwszVal)
+            return E_OUTOFMEMORY;
+        variant->vt = VT_LPWSTR;
+        return m_spIPropertyStore->SetValue(PlatformKey(key), variant.Get());
+    });
 }
 
 }  // namespace kora4

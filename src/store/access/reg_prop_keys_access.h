@@ -13,7 +13,7 @@
 namespace kora4 {
 
 namespace trace {
-struct Site;
+struct Place;
 }
 
 // The only place where values of the store touch the platform. The API object owns one
@@ -56,8 +56,8 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
 
   private:
     template <typename OnStore, typename OnKey>
-    HRESULT Operate(const trace::Site& site, int line, KORA4KeySet keySet,
-                    HRESULT hrOtherKeySet, OnStore&& onStore, OnKey&& onKey);
+    HRESULT Operate(const trace::Place& place, KORA4KeySet keySet, HRESULT hrOtherKeySet,
+                    OnStore&& onStore, OnKey&& onKey);
 
     // The registry key of a key set; null for a set that is not in the registry.
     const UniqueRegKey* RegistryKey(KORA4KeySet keySet) const;
@@ -80,6 +80,8 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     static HRESULT ReadRegistryDWORD(HKEY hKey, const PropertyKey& key, std::uint32_t* pValue);
     static HRESULT ReadRegistryText(HKEY hKey, const PropertyKey& key, char16_t** ppText);
 
+    template <typename Body>
+    HRESULT OnPropertyStore(const trace::Place& place, Body&& body);
     HRESULT ReadPropStoreDWORD(const PropertyKey& key, std::uint32_t* pValue);
     HRESULT WritePropStoreDWORD(const PropertyKey& key, std::uint32_t value);
     HRESULT ReadPropStoreText(const PropertyKey& key, char16_t** ppText);

@@ -6,12 +6,11 @@
 #include <algorithm>
 #include <cstring>
 
+#include "contract/messages/trace_messages_api.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 namespace {
-
-constexpr char cTag[] = "KORA4UIKeysClient";
 
 struct ApiTechnologyRow {
     KORA4PresetTechnology presetTech;
@@ -62,15 +61,13 @@ void StandardEQFromApi(StandardEQPatch& eq, const ApiGraphicEQ& in) {
 }  // namespace
 
 KORA4PresetTechnology PresetTechOf(ApiTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::PresetTechOf"};
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("KORA4UIKeysClient::PresetTechOf");
     const ApiTechnologyRow* pRow = RowOf(technology);
     return pRow ? pRow->presetTech : ePresetNoTech;
 }
 
 ApiTechnology APITechOf(KORA4PresetTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::APITechOf"};
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("KORA4UIKeysClient::APITechOf");
     const auto* pRow =
         std::find_if(std::begin(cApiTechnologies), std::end(cApiTechnologies),
                      [=](const ApiTechnologyRow& row) { return row.presetTech == technology; });
@@ -80,23 +77,20 @@ ApiTechnology APITechOf(KORA4PresetTechnology technology) {
 }
 
 std::uint32_t ASLPatchSizeOf(ApiTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ASLPatchSizeOf"};
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eEntry);
+    KALTRACE_SCOPE("KORA4UIKeysClient::ASLPatchSizeOf");
     const ApiTechnologyRow* pRow = RowOf(technology);
     return pRow ? pRow->size : 0;
 }
 
 HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
                               std::uint32_t* pSize, void** ppField) {
-    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::GetASLPatchUnionField"};
     HRESULT hr = result::cInvalidArg;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE(msg::cNoSimpleValue.function, &hr);
     *pSize = 0;
     *ppField = nullptr;
     const ApiTechnologyRow* pRow = RowOf(technology);
     if (!pRow || pRow->size != sizeof pValue->m_values) {
-        KALTRACE(trace::eMessages, cSite, "Invalid API technology: %d\n",
-                 static_cast<int>(technology));
+        KALTRACE(msg::cNoSimpleValue, static_cast<std::uint32_t>(technology));
         return hr;
     }
     *pSize = pRow->size;
@@ -111,9 +105,8 @@ RecordPart WorkingPartOf(ApiTechnology technology) {
 
 HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                    void* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::ToASLPatch"};
     HRESULT hr = result::cInvalidArg;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4UIKeysClient::ToASLPatch", &hr);
     if (size < ASLPatchSizeOf(technology))
         return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
@@ -131,9 +124,8 @@ HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::u
 
 HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                      const void* pValue) {
-    static constexpr trace::Site cSite{cTag, "KORA4UIKeysClient::FromASLPatch"};
     HRESULT hr = result::cInvalidArg;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4UIKeysClient::FromASLPatch", &hr);
     if (size < ASLPatchSizeOf(technology))
         return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);

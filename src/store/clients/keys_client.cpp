@@ -2,12 +2,12 @@
 // Loading of all settings, and the comparison of the store with the baseline.
 #include "store/clients/keys_client.h"
 
+#include "contract/messages/trace_messages_store.h"
+#include "contract/store_mutex.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 namespace {
-
-constexpr char cTag[] = "KORA4KeysClient";
 
 // What the engine acts on.
 constexpr bool IsEffective(std::uint32_t onElseOff, bool masterEnable) {
@@ -19,21 +19,18 @@ constexpr bool IsEffective(std::uint32_t onElseOff, bool masterEnable) {
 KORA4KeysClient::KORA4KeysClient(KORA4KeyAccess* pKeyAccess) : m_pKeyAccess(pKeyAccess) {}
 
 HRESULT KORA4KeysClient::ObjInitialize() {
-    static constexpr trace::Site cSite{cTag, "KORA4KeysClient::ObjInitialize"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE(msg::cMutexMade.function, &hr);
     if (!m_regKeysMutex.IsCreated()) {
         hr = m_regKeysMutex.Create(cStoreMutexName);
-        KALTRACE(trace::eExitResult, cSite, "Create on named muxtex %S hr: 0x%08x\n",
-                 cStoreMutexName, static_cast<unsigned>(hr));
+        KALTRACE(msg::cMutexMade, cStoreMutexName, hr);
     }
     return hr;
 }
 
 HRESULT KORA4KeysClient::InitialKeysLoad() {
-    static constexpr trace::Site cSite{cTag, "KORA4KeysClient::InitialKeysLoad"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4KeysClient::InitialKeysLoad", &hr);
     if (!m_regKeysMutex.IsCreated())
         return hr = APOERR_NOT_INITIALIZED;
 
@@ -87,8 +84,19 @@ void KORA4KeysClient::LoadDynamicSettings() {
     // The values of a demo profile are the built-in ones, its switches those of the store.
     if (isDemo)
         m_patches.LoadPresetOnElseOff(*m_pKeyAccess, m_baseline.profile);
-    KORA4ManagedPatchSet::Refresh();
+    RefreshPatches(m_baseline.profile, m_baseline.enable);
     m_baseline.words = m_patches;
+}
+
+void KORA4KeysClient::RefreshPatches(std::uint32_t profile, bool enable) {
+    // Each switch has a second one behind it, for demo profiles.
+    static_assert(cStaticSettings[0].pid == pkey::cFirstRefreshSwitchPid);
+    static_assert(cStaticSettings[1].pid == pkey::cFirstRefreshSwitchDemoPid);
+    static_assert(cStaticSettings[2].pid == pkey::cSecondRefreshSwitchPid);
+    static_assert(cStaticSettings[3].pid == pkey::cSecondRefreshSwitchDemoPid);
+    const std::uint32_t* const pSwitches =
+        m_settings.staticSettings + (IsDemoProfile(profile) ? 1 : 0);
+    m_patches.Refresh({enable, pSwitches[0] != 0, pSwitches[2] != 0});
 }
 
 std::uint32_t KORA4KeysClient::ReadActivePreset() {
@@ -105,10 +113,8 @@ std::uint32_t KORA4KeysClient::ReadTableCounter() {
 }
 
 HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activePreset) {
-    static constexpr trace::Site cSite{"KORA4UIKeysClient",
-                                       "KORA4KeysClient::UpdateActivePreset"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4KeysClient::UpdateActivePreset", &hr);
     KALASSERT_TEXT(cSite, IsAllowableProfile(activePreset.after),
                    "IsAllowableProfile( newActivePreset )");
     hr = Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid),
@@ -117,9 +123,8 @@ HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activeP
 }
 
 HRESULT KORA4KeysClient::DynamicKeyUpdate(StoreChanges* pChanges) {
-    static constexpr trace::Site cSite{cTag, "KORA4KeysClient::DynamicKeyUpdate"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4KeysClient::DynamicKeyUpdate", &hr);
     KALASSERT(cSite, m_regKeysMutex.IsAcquired());
 
     Baseline stored;
@@ -141,9 +146,8 @@ HRESULT KORA4KeysClient::DynamicKeyUpdate(StoreChanges* pChanges) {
 
 // `stored`: all but the words, which are loaded here.
 HRESULT KORA4KeysClient::DynamicPatchUpdates(const Baseline& stored, StoreChanges* pChanges) {
-    static constexpr trace::Site cSite{cTag, "KORA4KeysClient::DynamicPatchUpdates"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4KeysClient::DynamicPatchUpdates", &hr);
     KALASSERT(cSite, m_regKeysMutex.IsAcquired());
 
     // Trigger words before the data they announce: a writer changes them last.
@@ -177,7 +181,7 @@ HRESULT KORA4KeysClient::DynamicPatchUpdates(const Baseline& stored, StoreChange
             becameEffective(known.m_dwGlobalOnElseOff[t], now.m_dwGlobalOnElseOff[t]))
             m_patches.LoadGlobalPatchData(*m_pKeyAccess, static_cast<KORA4GlobalTechnology>(t));
     }
-    KORA4ManagedPatchSet::Refresh();
+    RefreshPatches(stored.profile, stored.enable);
     return hr;
 }
 

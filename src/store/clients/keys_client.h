@@ -4,10 +4,12 @@
 #ifndef KORA4_STORE_CLIENTS_KEYS_CLIENT_H
 #define KORA4_STORE_CLIENTS_KEYS_CLIENT_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <iterator>
 
+#include "contract/general_settings.h"
 #include "contract/profiles.h"
 #include "contract/property_key.h"
 #include "contract/result.h"
@@ -33,19 +35,25 @@ struct Baseline {
 };
 
 // Static settings that nothing depends on yet. They are part of the store all the same: every
-// client loads them, in this order, and keeps them as they are.
+// client loads them, in the order of their rows, and keeps them as they are.
 struct StaticSetting {
     std::uint32_t pid;
     bool isSwitch;
     std::uint32_t defaultNumber;
 };
-inline constexpr StaticSetting cStaticSettings[] = {
-    {pkey::cFirstRefreshSwitchPid, true, 0},  {pkey::cFirstRefreshSwitchDemoPid, true, 0},
-    {pkey::cSecondRefreshSwitchPid, true, 0}, {pkey::cSecondRefreshSwitchDemoPid, true, 0},
-    {pkey::cStaticSwitch54Pid, true, 0},      {pkey::cStaticSwitch55Pid, true, 0},
-    {pkey::cStaticSwitch56Pid, true, 0},      {pkey::cStaticNumber57Pid, false, 200},
-    {pkey::cStaticNumber58Pid, false, 0},     {pkey::cStaticSwitch59Pid, true, 0},
-};
+inline constexpr auto cStaticSettings = [] {
+    constexpr auto isCarried = [](const contract::GeneralSetting& setting) {
+        return setting.keySet == eKeySetStatic && setting.writtenBy == contract::cNobody;
+    };
+    std::array<StaticSetting, std::ranges::count_if(contract::cGeneralSettings, isCarried)>
+        rows;
+    auto row = rows.begin();
+    for (const contract::GeneralSetting& setting : contract::cGeneralSettings)
+        if (isCarried(setting))
+            *row++ = {setting.key.pid, setting.kind == ValueKind::eSwitch,
+                      setting.defaultNumber};
+    return rows;
+}();
 
 // The settings that are loaded and that nothing depends on yet; the static ones by their row.
 struct StoreSettings {
@@ -88,6 +96,8 @@ class KORA4KeysClient {
     }
 
     // General settings of the dynamic keys as stored now, or their defaults.
+    // Hands the patch set what belongs to that profile, after a load.
+    void RefreshPatches(std::uint32_t profile, bool enable) REQUIRES(m_regKeysMutex);
     std::uint32_t ReadActivePreset() REQUIRES(m_regKeysMutex);
     bool ReadMasterEnable() REQUIRES(m_regKeysMutex);
     std::uint32_t ReadTableCounter() REQUIRES(m_regKeysMutex);

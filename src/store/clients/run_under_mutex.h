@@ -9,14 +9,12 @@
 namespace kora4 {
 
 // The tag of the lines of every operation.
-inline constexpr char cUIKeysClientTag[] = "KORA4UIKeysClient";
-
 // See the declaration: the frame of every operation.
 template <typename Body>
-HRESULT KORA4UIKeysClient::RunUnderMutex(const trace::Site& site, int line, bool argumentsGood,
+HRESULT KORA4UIKeysClient::RunUnderMutex(const trace::Place& place, bool argumentsGood,
                                          Body&& body) {
     HRESULT hr = result::cInvalidArg;
-    const trace::Scope scope(site, line, trace::eEntry, trace::eExitResult, &hr);
+    const trace::Scope scope(place.site, place.line, &hr);
     if (argumentsGood) {
         const MutexHold hold(m_regKeysMutex);
         hr = body();

@@ -16,13 +16,11 @@
 namespace kora4 {
 
 namespace trace {
-struct Site;
+struct Place;
 }
 
 // The applications whose command lines the store carries, in the order of their keys.
 enum class CompanionCommand { eProfileEditor, eProfileSelector, eDemoApp };
-
-inline constexpr std::uint32_t cSamplingPeriodDefault = 50;  // milliseconds
 
 // Every operation answers E_INVALIDARG for an argument that is out of range, before it touches
 // the store, and otherwise what the store answers. Success codes 0x00040200 to 0x00040203
@@ -113,7 +111,7 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     // The frame of a store operation: entry line, E_INVALIDARG for bad arguments, the
     // body under the mutex, exit line.
     template <typename Body>
-    HRESULT RunUnderMutex(const trace::Site& site, int line, bool argumentsGood, Body&& body);
+    HRESULT RunUnderMutex(const trace::Place& place, bool argumentsGood, Body&& body);
 
     // Writes the master enable and moves the baseline by the rule of MoveOwn.
     HRESULT WriteEnable(const Change<bool>& enable) REQUIRES(m_regKeysMutex);

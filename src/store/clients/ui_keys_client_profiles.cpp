@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "store/access/profile_key.h"
 #include "store/clients/run_under_mutex.h"
 
 namespace kora4 {
@@ -18,55 +19,53 @@ static_assert(cSettableTechnologies.size() == eNumberKORA4PresetTechnologies - 1
 }  // namespace
 
 HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
-    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetActiveProfile"};
-    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
-        *pProfile = ReadActivePreset();
-        return result::cOk;
-    });
+    return RunUnderMutex("KORA4UIKeysClient::GetActiveProfile", true,
+                         [&]() REQUIRES(m_regKeysMutex) {
+                             *pProfile = ReadActivePreset();
+                             return result::cOk;
+                         });
 }
 
 HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
-    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::SetActiveProfile"};
     const bool argumentsGood = IsSelectableProfile(profile);
-    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
-        const std::uint32_t current = ReadActivePreset();
-        if (IsDemoProfile(current))
-            return KORA4_S_DEMO_MODE_ACTIVE;
-        TaskPtr<char16_t> name;
-        if (IsCustomProfile(profile) && ReadProfileName(profile, &name) != result::cOk)
-            return KORA4_S_NO_SUCH_CUSTOM_PROFILE;
-        return ProfileStateChange({current, profile}, nullptr);
-    });
+    return RunUnderMutex(
+        "KORA4UIKeysClient::SetActiveProfile", argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
+            const std::uint32_t current = ReadActivePreset();
+            if (IsDemoProfile(current))
+                return KORA4_S_DEMO_MODE_ACTIVE;
+            TaskPtr<char16_t> name;
+            if (IsCustomProfile(profile) && ReadProfileName(profile, &name) != result::cOk)
+                return KORA4_S_NO_SUCH_CUSTOM_PROFILE;
+            return ProfileStateChange({current, profile}, nullptr);
+        });
 }
 
 HRESULT KORA4UIKeysClient::RevertActiveProfile() {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::RevertActiveProfile"};
-    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
-        const std::uint32_t profile = ReadActivePreset();
-        if (!IsPresetProfile(profile))
-            return KORA4_S_NOT_A_PRESET_PROFILE;
+    return RunUnderMutex(
+        "KORA4UIKeysClient::RevertActiveProfile", true, [&]() REQUIRES(m_regKeysMutex) {
+            const std::uint32_t profile = ReadActivePreset();
+            if (!IsPresetProfile(profile))
+                return KORA4_S_NOT_A_PRESET_PROFILE;
 
-        // The paired demo profile stores the factory values.
-        const std::uint32_t demoProfile = DemoProfileOf(profile);
-        m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
-        KORA4ManagedPatchSet::Refresh();
-        HRESULT hr = result::cOk;
-        for (const KORA4PresetTechnology technology : cSettableTechnologies) {
-            hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
-                                            ReadKnown(profile, technology));
-            if (result::Failed(hr))
-                break;
-        }
-        return Overtake(hr, profile, OvertakenItems::cTechnologies);
-    });
+            // The paired demo profile stores the factory values.
+            const std::uint32_t demoProfile = DemoProfileOf(profile);
+            m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
+            RefreshPatches(profile, m_baseline.enable);
+            HRESULT hr = result::cOk;
+            for (const KORA4PresetTechnology technology : cSettableTechnologies) {
+                hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
+                                                ReadKnown(profile, technology));
+                if (result::Failed(hr))
+                    break;
+            }
+            return Overtake(hr, profile, OvertakenItems::cTechnologies);
+        });
 }
 
 HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bool enable) {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::SetDemoProfileAndEnable"};
     return RunUnderMutex(
-        cSite, __LINE__, IsDemoProfile(demoProfile), [&]() REQUIRES(m_regKeysMutex) {
+        "KORA4UIKeysClient::SetDemoProfileAndEnable", IsDemoProfile(demoProfile),
+        [&]() REQUIRES(m_regKeysMutex) {
             const std::uint32_t current = ReadActivePreset();
             if (IsDemoProfile(current) && !m_demoMode)
                 return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
@@ -83,40 +82,38 @@ HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bo
 }
 
 HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::RevertFromDemoMode"};
-    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
-        if (!m_demoMode)
-            return KORA4_S_DEMO_MODE_ACTIVE;
-        const std::uint32_t current = ReadActivePreset();
-        if (!IsDemoProfile(current))
-            return KORA4_S_NOT_IN_DEMO_PROFILE;
-        return RestoreStateBeforeDemo(current);
-    });
+    return RunUnderMutex("KORA4UIKeysClient::RevertFromDemoMode", true,
+                         [&]() REQUIRES(m_regKeysMutex) {
+                             if (!m_demoMode)
+                                 return KORA4_S_DEMO_MODE_ACTIVE;
+                             const std::uint32_t current = ReadActivePreset();
+                             if (!IsDemoProfile(current))
+                                 return KORA4_S_NOT_IN_DEMO_PROFILE;
+                             return RestoreStateBeforeDemo(current);
+                         });
 }
 
 HRESULT KORA4UIKeysClient::ForceRevertFromDemoMode() {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::ForceRevertFromDemoMode"};
-    return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
-        const std::uint32_t current = ReadActivePreset();
-        return IsDemoProfile(current) ? RestoreStateBeforeDemo(current) : result::cOk;
-    });
+    return RunUnderMutex(
+        "KORA4UIKeysClient::ForceRevertFromDemoMode", true, [&]() REQUIRES(m_regKeysMutex) {
+            const std::uint32_t current = ReadActivePreset();
+            return IsDemoProfile(current) ? RestoreStateBeforeDemo(current) : result::cOk;
+        });
 }
 
 HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
-    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::GetProfileTable"};
     std::array<TaskPtr<char16_t>, cSelectableProfileBound> names;
     for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = nullptr;
-    const HRESULT hr = RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
-        for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
-            const HRESULT hrName = ReadProfileName(p, &names[p]);
-            if (result::Failed(hrName))
-                return hrName;
-        }
-        return result::cOk;
-    });
+    const HRESULT hr = RunUnderMutex(
+        "KORA4UIKeysClient::GetProfileTable", true, [&]() REQUIRES(m_regKeysMutex) {
+            for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
+                const HRESULT hrName = ReadProfileName(p, &names[p]);
+                if (result::Failed(hrName))
+                    return hrName;
+            }
+            return result::cOk;
+        });
     // The caller's memory is not touched while the mutex is held.
     for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = names[i].Detach();
@@ -125,46 +122,45 @@ HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
 
 HRESULT KORA4UIKeysClient::CreateCustomProfile(std::uint32_t customProfile,
                                                const char16_t* pwName) {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::CreateCustomProfile"};
     const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
-    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
-        TaskPtr<char16_t> name;
-        const HRESULT hr = ReadProfileName(customProfile, &name);
-        if (hr == result::cOk)
-            return result::cFail;  // exists
-        if (hr != result::cFalse)
-            return hr;
-        // The name makes the profile exist, so it comes last. A profile whose values could
-        // not all be copied is still a profile: its missing values have defaults.
-        ActivePresetCopy(customProfile);
-        return WriteProfileName(customProfile, pwName);
-    });
+    return RunUnderMutex("KORA4UIKeysClient::CreateCustomProfile", argumentsGood,
+                         [&]() REQUIRES(m_regKeysMutex) {
+                             TaskPtr<char16_t> name;
+                             const HRESULT hr = ReadProfileName(customProfile, &name);
+                             if (hr == result::cOk)
+                                 return result::cFail;  // exists
+                             if (hr != result::cFalse)
+                                 return hr;
+                             // The name makes the profile exist, so it comes last. A profile
+                             // whose values could not all be copied is still a profile: its
+                             // missing values have defaults.
+                             ActivePresetCopy(customProfile);
+                             return WriteProfileName(customProfile, pwName);
+                         });
 }
 
 HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
                                                 const char16_t* pwName) {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::SetCustomProfileName"};
     const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
-    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
-        TaskPtr<char16_t> name;
-        if (ReadProfileName(customProfile, &name) != result::cOk)
-            return result::cFail;
-        return WriteProfileName(customProfile, pwName);
-    });
+    return RunUnderMutex("KORA4UIKeysClient::SetCustomProfileName", argumentsGood,
+                         [&]() REQUIRES(m_regKeysMutex) {
+                             TaskPtr<char16_t> name;
+                             if (ReadProfileName(customProfile, &name) != result::cOk)
+                                 return result::cFail;
+                             return WriteProfileName(customProfile, pwName);
+                         });
 }
 
 HRESULT KORA4UIKeysClient::DeleteCustomProfile(std::uint32_t customProfile) {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::DeleteCustomProfile"};
     const bool argumentsGood = IsCustomProfile(customProfile);
-    return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
-        if (ReadActivePreset() == customProfile)
-            return result::cFail;
-        const HRESULT hr = m_pKeyAccess->Delete(eKeySetStatic, ProfileNameKey(customProfile));
-        return hr == result::cOk ? AnnounceTableChange() : hr;
-    });
+    return RunUnderMutex("KORA4UIKeysClient::DeleteCustomProfile", argumentsGood,
+                         [&]() REQUIRES(m_regKeysMutex) {
+                             if (ReadActivePreset() == customProfile)
+                                 return result::cFail;
+                             const HRESULT hr = m_pKeyAccess->Delete(
+                                 eKeySetStatic, ProfileNameKey(customProfile));
+                             return hr == result::cOk ? AnnounceTableChange() : hr;
+                         });
 }
 
 HRESULT KORA4UIKeysClient::ReadProfileName(std::uint32_t customProfile,
@@ -190,10 +186,8 @@ HRESULT KORA4UIKeysClient::AnnounceTableChange() {
 
 HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profile,
                                               const Change<bool>* pEnable) {
-    static constexpr trace::Site cSite{cUIKeysClientTag,
-                                       "KORA4UIKeysClient::ProfileStateChange"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4UIKeysClient::ProfileStateChange", &hr);
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile.after),
                    "IsAllowableProfile( newProfile )");
 
@@ -205,7 +199,7 @@ HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profi
         hr = WriteEnable(*pEnable);
     if (result::Succeeded(hr)) {
         m_patches.LoadPresetPatches(*m_pKeyAccess, profile.after, false);
-        KORA4ManagedPatchSet::Refresh();
+        RefreshPatches(profile.after, m_baseline.enable);
     } else {
         m_patches.LoadPresetOnElseOff(*m_pKeyAccess, profile.after);
     }
@@ -239,9 +233,8 @@ HRESULT KORA4UIKeysClient::RestoreStateBeforeDemo(std::uint32_t demoProfile) {
 }
 
 HRESULT KORA4UIKeysClient::ActivePresetCopy(std::uint32_t customProfile) {
-    static constexpr trace::Site cSite{cUIKeysClientTag, "KORA4UIKeysClient::ActivePresetCopy"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eEntry, trace::eExitResult, &hr);
+    KALTRACE_SCOPE("KORA4UIKeysClient::ActivePresetCopy", &hr);
     KALASSERT_TEXT(cSite, IsCustomProfile(customProfile), "IsCustomProfile( customProfileID )");
 
     const std::uint32_t activeProfile = ReadActivePreset();

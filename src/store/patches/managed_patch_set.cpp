@@ -4,16 +4,15 @@
 
 #include "contract/profiles.h"
 #include "contract/property_key.h"
+#include "store/access/profile_key.h"
 #include "store/access/prop_key_store_access.h"
-#include "store/patches/field_def.h"
+#include "store/patches/field_access.h"
 #include "store/patches/own_write.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 
 namespace {
-
-constexpr char cTag[] = "KORA4PropKey";
 
 constexpr KORA4PresetTechnology PresetTech(std::uint32_t number) {
     return static_cast<KORA4PresetTechnology>(number);
@@ -29,8 +28,8 @@ HRESULT LoadFields(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t
     HRESULT hr = result::cOk;
     for (std::uint32_t i = 0; i < fields.numberFields && result::Succeeded(hr); ++i) {
         if (isWanted(fields.pFields[i]))
-            hr = fields.pFields[i].Load(access, key, defaultsIndex, defaultsOnly,
-                                        fields.pRecord);
+            hr = LoadField(fields.pFields[i], access, key, defaultsIndex, defaultsOnly,
+                           fields.pRecord);
     }
     return hr;
 }
@@ -57,14 +56,12 @@ static_assert(sm_globalTechGUIDOffset[eAudioOptimizerTech] ==
               KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET);
 
 KORA4ManagedPatchSet::KORA4ManagedPatchSet() {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::KORA4ManagedPatchSet"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::KORA4ManagedPatchSet");
     Reset();
 }
 
 void KORA4ManagedPatchSet::Reset() {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Reset"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::Reset");
     m_records = {};
     static_cast<TechnologyWords&>(*this) = {};
 }
@@ -72,9 +69,8 @@ void KORA4ManagedPatchSet::Reset() {
 HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                                               bool defaultsOnly,
                                               KORA4PresetTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatch"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatch", &hr);
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
                    "KORA4KeysClient::IsAllowableProfile( profile )");
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( technology )");
@@ -87,9 +83,8 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint3
 HRESULT KORA4ManagedPatchSet::LoadPresetPatchEnable(KORA4KeyAccess& access,
                                                     std::uint32_t profile, bool defaultsOnly,
                                                     KORA4PresetTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatchEnable"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatchEnable", &hr);
     if (technology >= eNumberKORA4PresetTechnologies)
         return hr = result::cInvalidArg;
     m_dwPresetOnElseOff[technology] = defaultsOnly
@@ -102,9 +97,8 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::u
                                                   bool defaultsOnly,
                                                   KORA4PresetTechnology technology,
                                                   const RecordPart& except) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatchData"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatchData", &hr);
     TechnologyFields fields;
     hr = GetTechnologyFields(technology, &fields);
     if (result::Failed(hr))
@@ -122,17 +116,15 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::u
 
 void KORA4ManagedPatchSet::LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile,
                                              bool defaultsOnly) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetPatches"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatches");
     for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
         LoadPresetPatch(access, profile, defaultsOnly, PresetTech(i));
 }
 
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatch(KORA4KeyAccess& access,
                                               KORA4GlobalTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatch"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatch", &hr);
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( globalTech )");
     hr = LoadGlobalPatchEnable(access, technology);
     if (result::Succeeded(hr))
@@ -142,9 +134,8 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatch(KORA4KeyAccess& access,
 
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatchEnable(KORA4KeyAccess& access,
                                                     KORA4GlobalTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatchEnable"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatchEnable", &hr);
     if (technology >= eNumberKORA4GlobalTechnologies)
         return hr = result::cInvalidArg;
     m_dwGlobalOnElseOff[technology] = ReadGlobalOnElseOff(access, technology);
@@ -153,9 +144,8 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatchEnable(KORA4KeyAccess& access,
 
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatchData(KORA4KeyAccess& access,
                                                   KORA4GlobalTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatchData"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatchData", &hr);
     TechnologyFields fields;
     hr = GetTechnologyFields(technology, &fields);
     // The version word is the first member of every record.
@@ -172,8 +162,7 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatchData(KORA4KeyAccess& access,
 }
 
 void KORA4ManagedPatchSet::LoadGlobalPatches(KORA4KeyAccess& access) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalPatches"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatches");
     for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
         LoadGlobalPatch(access, GlobalTech(i));
 }
@@ -181,9 +170,8 @@ void KORA4ManagedPatchSet::LoadGlobalPatches(KORA4KeyAccess& access) {
 HRESULT KORA4ManagedPatchSet::WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                                                KORA4PresetTechnology technology,
                                                bool bumpTrigger, const KnownWords& known) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatch"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::WritePresetPatch", &hr);
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( presetTech )");
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
                    "KORA4KeysClient::IsAllowableProfile( profile )");
@@ -201,9 +189,8 @@ HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
                                                      std::uint32_t profile,
                                                      KORA4PresetTechnology technology,
                                                      const KnownWords& known) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatchEnable"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::WritePresetPatchEnable", &hr);
     // No technology has the GUID offset of the volume: it would write that one's switch.
     if (!IsValidTechnology(technology))
         return hr = result::cInvalidArg;
@@ -219,22 +206,20 @@ HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
 HRESULT KORA4ManagedPatchSet::WritePresetTechPatchData(KORA4KeyAccess& access,
                                                        std::uint32_t profile,
                                                        KORA4PresetTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetTechPatchData"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::WritePresetTechPatchData", &hr);
     TechnologyFields fields;
     hr = GetTechnologyFields(technology, &fields);
     const PropertyKey key = PresetPatchKey(technology, profile, pkey::cSwitchPid);
     for (std::uint32_t i = 0; i < fields.numberFields && result::Succeeded(hr); ++i)
-        hr = fields.pFields[i].Write(access, key, fields.pRecord);
+        hr = WriteField(fields.pFields[i], access, key, fields.pRecord);
     return hr;
 }
 
 void KORA4ManagedPatchSet::BumpPresetTrigger(KORA4KeyAccess& access,
                                              KORA4PresetTechnology technology,
                                              std::uint32_t* pKnownTrigger) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::BumpPresetTrigger"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::BumpPresetTrigger");
     const PropertyKey key = PresetTriggerKey(technology);
     KORA4PropKeyStoreAccess values(access);
     const std::uint32_t before = values.UINTOr(eKeySetDynamic, key, 0);
@@ -247,8 +232,7 @@ void KORA4ManagedPatchSet::BumpPresetTrigger(KORA4KeyAccess& access,
 
 bool KORA4ManagedPatchSet::ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile,
                                                KORA4PresetTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::ReadPresetOnElseOff"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::ReadPresetOnElseOff");
     return KORA4PropKeyStoreAccess(access).BoolOr(
         eKeySetDynamic, PresetPatchKey(technology, profile, pkey::cSwitchPid),
         GetDefaultOnElseOff(technology, profile));
@@ -256,16 +240,14 @@ bool KORA4ManagedPatchSet::ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint
 
 bool KORA4ManagedPatchSet::ReadGlobalOnElseOff(KORA4KeyAccess& access,
                                                KORA4GlobalTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::ReadGlobalOnElseOff"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::ReadGlobalOnElseOff");
     return KORA4PropKeyStoreAccess(access).BoolOr(eKeySetDynamic,
                                                   GlobalPatchKey(technology, pkey::cSwitchPid),
                                                   GetDefaultOnElseOff(technology));
 }
 
 void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadTriggers"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadTriggers");
     KORA4PropKeyStoreAccess values(access);
     for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
         m_dwPresetTriggers[i] =
@@ -276,22 +258,20 @@ void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
 }
 
 void KORA4ManagedPatchSet::LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadPresetOnElseOff"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetOnElseOff");
     for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
         m_dwPresetOnElseOff[i] = ReadPresetOnElseOff(access, profile, PresetTech(i));
 }
 
 void KORA4ManagedPatchSet::LoadGlobalOnElseOff(KORA4KeyAccess& access) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::LoadGlobalOnElseOff"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalOnElseOff");
     for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
         m_dwGlobalOnElseOff[i] = ReadGlobalOnElseOff(access, GlobalTech(i));
 }
 
-void KORA4ManagedPatchSet::Refresh() {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::Refresh"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+void KORA4ManagedPatchSet::Refresh(const RefreshSwitches& switches) {
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::Refresh");
+    m_refreshSwitches = switches;
 }
 
 }  // namespace kora4

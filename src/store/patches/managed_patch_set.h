@@ -46,6 +46,15 @@ struct KnownWords {
     std::uint32_t* pTrigger = nullptr;
 };
 
+// What the patch set is handed at the end of each load. What follows from a technology's switch
+// and the enable is worked out where it matters; the two refresh switches of the settings have
+// no named meaning yet and change nothing.
+struct RefreshSwitches {
+    bool masterEnable = false;
+    bool first = false;
+    bool second = false;
+};
+
 // Not thread-safe: its owner holds the store's named mutex around every call that takes
 // a key access.
 class KORA4ManagedPatchSet : public TechnologyWords {
@@ -104,10 +113,8 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     void LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile);
     void LoadGlobalOnElseOff(KORA4KeyAccess& access);
 
-    // What follows from switches and enable is worked out where it matters, and the refresh
-    // switches of the settings have no meaning yet. What is left are the lines that log
-    // readers know: they end each load.
-    static void Refresh();
+    // Ends a load and takes over what it was made with.
+    void Refresh(const RefreshSwitches& switches);
 
     // E_INVALIDARG (and an assertion) for anything that is not a technology. The
     // next-generation surround has a record and no fields.
@@ -115,6 +122,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     HRESULT GetTechnologyFields(KORA4GlobalTechnology technology, TechnologyFields* pOut);
 
     PatchRecords m_records;
+    RefreshSwitches m_refreshSwitches;
 
   private:
     HRESULT WritePresetTechPatchData(KORA4KeyAccess& access, std::uint32_t profile,

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 // What the patch set knows about every technology: its field table and its defaults.
 #include "contract/defaults.h"
+#include "contract/field_tables.h"
 #include "contract/profiles.h"
-#include "store/patches/field_tables.h"
 #include "store/patches/managed_patch_set.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 
 namespace {
-
-constexpr char cTag[] = "KORA4PropKeyFields";
 
 // E_INVALIDARG, and `fields` stays clear, when there is no such technology.
 HRESULT FieldsOf(const fields::RecordDef* pRecords, std::uint32_t technology, bool isValid,
@@ -28,8 +26,7 @@ HRESULT FieldsOf(const fields::RecordDef* pRecords, std::uint32_t technology, bo
 }  // namespace
 
 std::uint32_t KORA4ManagedPatchSet::DefaultsIndexForProfile(std::uint32_t profile) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::DefaultsIndexForProfile"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::DefaultsIndexForProfile");
     const std::uint32_t defaultsIndex = DefaultsRowOf(profile);
     KALASSERT(cSite, defaultsIndex < 3);
     return defaultsIndex;
@@ -37,25 +34,22 @@ std::uint32_t KORA4ManagedPatchSet::DefaultsIndexForProfile(std::uint32_t profil
 
 bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4PresetTechnology technology,
                                                std::uint32_t profileNumber) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetDefaultOnElseOff"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::GetDefaultOnElseOff");
     const auto profile = static_cast<std::int32_t>(WithoutDemo(profileNumber));
     KALASSERT(cSite, !(profile < 0));
     return defaults::IsOn(technology, profileNumber);
 }
 
 bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4GlobalTechnology technology) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetDefaultOnElseOff"};
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreEntry);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::GetDefaultOnElseOff");
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "!\"Invalid global tech\"");
     return defaults::IsOn(technology);
 }
 
 HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4PresetTechnology technology,
                                                   TechnologyFields* pOut) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetTechnologyFields"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::GetTechnologyFields", &hr);
     const bool isValid = IsValidTechnology(technology);
     KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
     return hr = FieldsOf(fields::cPresetRecords, technology, isValid, m_records, pOut);
@@ -63,9 +57,8 @@ HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4PresetTechnology technolo
 
 HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4GlobalTechnology technology,
                                                   TechnologyFields* pOut) {
-    static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::GetTechnologyFields"};
     HRESULT hr = result::cOk;
-    const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
+    KALTRACE_SCOPE("KORA4ManagedPatchSet::GetTechnologyFields", &hr);
     const bool isValid = IsValidTechnology(technology);
     KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
     return hr = FieldsOf(fields::cGlobalRecords, technology, isValid, m_records, pOut);

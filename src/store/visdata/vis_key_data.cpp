@@ -5,14 +5,13 @@
 
 #include <cstring>
 
+#include "contract/messages/trace_messages_store.h"
 #include "contract/vis_layout.h"
 #include "trace/trace.h"
 
 namespace kora4 {
 
 namespace {
-
-constexpr char cTag[] = "KORA4VisKeyData";
 
 // Band `index` of an array that may stand at any address.
 double ReadBand(const std::uint8_t* pArray, std::uint32_t index) {
@@ -53,82 +52,69 @@ bool KORA4VisKeyData::ReadRecord(const std::uint8_t* pAPOData, Record* pRecord) 
 }
 
 std::uint32_t KORA4VisKeyData::GetNumAPOs() const {
-    static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::GetNumAPOs"};
-    KALTRACE(trace::eMonitorEntry, cSite, ">>\n");
+    trace::Enter(trace::cSiteOf<msg::cNumAPOs>, __LINE__);
     const std::uint32_t numberAPOs = vis::CountAPOs(m_pBlob, m_size);
-    KALTRACE(trace::eMonitorExitResult, cSite, "<< numberAPOs: %u\n", numberAPOs);
+    KALTRACE(msg::cNumAPOs, numberAPOs);
     return numberAPOs;
 }
 
 const std::uint8_t* KORA4VisKeyData::FirstAPOData() const {
-    static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::FirstAPOData"};
-    KALTRACE(trace::eMonitorEntry, cSite, ">>\n");
+    trace::Enter(trace::cSiteOf<msg::cFirstAPOData>, __LINE__);
     const std::uint8_t* const pAPOData = Begin();
-    KALTRACE(trace::eMonitorExitResult, cSite, "<< pAPOData: %p\n", pAPOData);
+    KALTRACE(msg::cFirstAPOData, pAPOData);
     return pAPOData;
 }
 
 const std::uint8_t* KORA4VisKeyData::NextAPOData(const std::uint8_t* pAPOData) const {
-    static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::NextAPOData"};
-    KALTRACE(trace::eMonitorEntry, cSite, ">>\n");
+    trace::Enter(trace::cSiteOf<msg::cNextAPOData>, __LINE__);
     Record record;
     Record next;
     const bool found = ReadRecord(pAPOData, &record) && ReadRecord(record.pEnd, &next);
     const std::uint8_t* const pNextAPOData = found ? record.pEnd : nullptr;
-    KALTRACE(trace::eMonitorExitResult, cSite, "<< pNextAPOData: %p\n", pNextAPOData);
+    KALTRACE(msg::cNextAPOData, pNextAPOData);
     return pNextAPOData;
 }
 
 void KORA4VisKeyData::GetData(const std::uint8_t* pAPOData, std::uint32_t* pNumBands,
                               const float** ppGains, const float** ppExcitation) const {
-    static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::GetData"};
-    KALTRACE(trace::eMonitorEntry, cSite, ">>\n");
+    trace::Enter(trace::cSiteOf<msg::cGetLevels>, __LINE__);
     Record record{};
     ReadRecord(pAPOData, &record);
     *pNumBands = record.numBands;
     *ppGains = reinterpret_cast<const float*>(record.pGains);
     *ppExcitation = reinterpret_cast<const float*>(record.pExcitation);
-    KALTRACE(trace::eMonitorExitResult, cSite, "<< numBands: %u pGains: %p pExcitation: %p\n",
-             *pNumBands, *ppGains, *ppExcitation);
+    KALTRACE(msg::cGetLevels, *pNumBands, *ppGains, *ppExcitation);
 }
 
 void KORA4VisKeyData::DebugPrint(const void* pModule, const char* pMessage) const {
-    static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::DebugPrint"};
     // No need to walk the records when all of these lines are off.
     constexpr std::uint32_t cAllLines =
         std::uint32_t{trace::eVisualizationDump} | trace::eMonitorExitResult;
     if (!trace::IsEnabled(trace::Flags(), cAllLines))
         return;
-    KALTRACE(trace::eMonitorEntry, cSite, ">> pModule: %p pMessage: %p\n", pModule, pMessage);
-    KALTRACE(trace::eVisualizationDump, cSite, "Vis Key Data: Module: %p: %s\n", pModule,
-             pMessage != nullptr ? pMessage : "");
+    const trace::ExitLine exitLine(trace::cSiteOf<msg::cPrintLevels>, __LINE__);
+    KALTRACE(msg::cPrintLevelsEntry, pModule, pMessage);
+    KALTRACE(msg::cPrintLevels, pModule, pMessage != nullptr ? pMessage : "");
     const std::uint32_t numAPOs = GetNumAPOs();
     const std::uint8_t* pAPOData = FirstAPOData();
-    KALTRACE(trace::eVisualizationDump, cSite, "    NumAPOs: %u pAPOData: %p\n", numAPOs,
-             pAPOData);
+    KALTRACE(msg::cPrintNumAPOs, numAPOs, pAPOData);
     for (std::uint32_t i = 0; i < numAPOs; ++i) {
         PrintRecord(i, pAPOData);
         pAPOData = NextAPOData(pAPOData);
     }
-    KALTRACE(trace::eMonitorEntry, cSite, "<<\n");
 }
 
 void KORA4VisKeyData::PrintRecord(std::uint32_t index, const std::uint8_t* pAPOData) const {
-    static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::DebugPrint"};
-    KALTRACE(trace::eVisualizationDump, cSite, "      APO: %u pAPOData: %p\n", index, pAPOData);
+    KALTRACE(msg::cPrintAPO, index, pAPOData);
     std::uint32_t numBands = 0;
     const float* pGains = nullptr;
     const float* pExcitation = nullptr;
     GetData(pAPOData, &numBands, &pGains, &pExcitation);
-    KALTRACE(trace::eVisualizationDump, cSite,
-             "        (APO %u) numBands: %u pGains: %p pExcitiation: %p\n", index, numBands,
-             pGains, pExcitation);
+    KALTRACE(msg::cPrintNumBands, index, numBands, pGains, pExcitation);
     const auto* const pGainBytes = reinterpret_cast<const std::uint8_t*>(pGains);
     const auto* const pExcitationBytes = reinterpret_cast<const std::uint8_t*>(pExcitation);
     for (std::uint32_t j = 0; j < numBands; ++j) {
-        KALTRACE(trace::eVisualizationDump, cSite,
-                 "        (Band %u) gain: %10f excitation: %10f\n", j, ReadBand(pGainBytes, j),
-                 ReadBand(pExcitationBytes, j));
+        KALTRACE(msg::cPrintBand, j, ReadBand(pGainBytes, j), ReadBand(pExcitationBytes, j));
     }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What clang refuses about locks. As it stands this compiles; with one VIOLATION it must not,
-// and the message must have the words below it. selftest.sh tries one after the other.
+// and the message must have the words below it. violations.sh tries one after the other.
 #include "api/callback_guard.h"
 #include "platform/slim_lock.h"
 #include "store/access/named_mutex.h"

@@ -8,13 +8,13 @@
 #include "contract/engine_masks.h"
 #include "contract/profiles.h"
 #include "contract/registry_paths.h"
+#include "contract/store_mutex.h"
+#include "contract/trace_flags.h"
 #include "registry/journal.h"
 #include "settings/schema.h"
-#include "store/access/named_mutex.h"
 #include "support/foreign_mutex.h"
 #include "support/key_security.h"
 #include "tools/kora4ctl/ctl_fixture.h"
-#include "trace/trace.h"
 
 namespace kora4::test {
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "base/text.h"
+#include "contract/store_mutex.h"
 #include "registry/journal.h"
-#include "store/access/named_mutex.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 #include "tools/support/raw_values.h"
 

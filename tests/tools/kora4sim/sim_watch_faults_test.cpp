@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <map>
 
-#include "store/access/named_mutex.h"
+#include "contract/store_mutex.h"
 #include "tools/kora4sim/sim_watch_fixture.h"
 
 namespace kora4::test {

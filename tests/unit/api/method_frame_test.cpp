@@ -11,15 +11,19 @@
 namespace kora4::test {
 namespace {
 
-constexpr Method cPlain{"CKORA4ASL::Plain", {.badArgument = "bad"}};
+constexpr auto cBad = msg::Message("CKORA4ASL::Plain", "**** Error: bad", "", "");
+constexpr auto cSaid = msg::Message(cBad.function, "said", "", "");
+constexpr auto cEntryWithArguments =
+    msg::Line("CKORA4ASL::WithArguments", ">> first: %d second: %d", trace::eEntry, "", "");
+
+constexpr Method cPlain{cBad.function, {.badArgument = cBad}};
 constexpr Method cStateFirst{
     "CKORA4ASL::StateFirst",
-    {.badArgument = "bad", .initialization = InitializationCheck::eBeforeArguments}};
+    {.badArgument = cBad, .initialization = InitializationCheck::eBeforeArguments}};
 constexpr Method cStateless{"CKORA4ASL::Stateless",
                             {.initialization = InitializationCheck::eNone}};
 constexpr Method cQuiet{"CKORA4ASL::Quiet", {.tellsNotInitialized = false}};
-constexpr Method cWithArguments{"CKORA4ASL::WithArguments",
-                                {.entry = "%s: %4d %s:>> first: %d second: %d\n"}};
+constexpr Method cWithArguments{cEntryWithArguments.function};
 
 HRESULT NeverRun() {
     ADD_FAILURE() << "the body ran";
@@ -28,7 +32,7 @@ HRESULT NeverRun() {
 
 class MethodFrame : public testing::Test {
   protected:
-    std::vector<std::string> Told() { return Messages(m_log.Read(cApiTag)); }
+    std::vector<std::string> Told() { return Messages(m_log.Read(contract::tag::cApi)); }
 
     TraceFlags m_flags{cEveryCategory | trace::eLogFiles};
     TraceLog m_log;
@@ -58,7 +62,7 @@ TEST_F(MethodFrame, AMethodMayNeedNoState) {
 
 TEST_F(MethodFrame, TheBodysLinesStandBetweenEntryAndExit) {
     RunMethod(cPlain, true, true, [] {
-        KALTRACE(trace::eMessages, cPlain.site, "said\n");
+        KALTRACE(cSaid);
         return S_FALSE;
     });
     EXPECT_THAT(Told(), ElementsAre(">>", "said", "<< hr: 0x00000001"));
@@ -78,7 +82,7 @@ TEST_F(MethodFrame, AMethodMayRefuseWithoutAnErrorLine) {
 }
 
 TEST_F(MethodFrame, TheEntryLineMayHaveArguments) {
-    RunMethod(
+    RunMethod<cEntryWithArguments>(
         cWithArguments, true, true, [] { return S_OK; }, 7, -1);
     EXPECT_THAT(Told(), ElementsAre(">> first: 7 second: -1", "<< hr: 0x00000000"));
 }
@@ -87,7 +91,7 @@ TEST_F(MethodFrame, TheLinesCarryTheLineOfTheMethodsTable) {
     static constexpr int cLine = __LINE__ + 1;
     static constexpr Method cHere{"CKORA4ASL::Here"};
     RunMethod(cHere, true, true, [] { return S_OK; });
-    for (const TraceLine& line : m_log.Read(cApiTag)) {
+    for (const TraceLine& line : m_log.Read(contract::tag::cApi)) {
         EXPECT_EQ(cLine, line.line);
         EXPECT_EQ("CKORA4ASL::Here", line.function);
     }

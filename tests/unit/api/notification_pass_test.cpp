@@ -168,7 +168,7 @@ TEST_F(NotificationPassTest, AWrongTechnologyFailsAnAssertionAndIsToldAllTheSame
     EXPECT_EQ(S_OK, Notify());
     EXPECT_EQ(1u, m_spRecorder->Log().size());
     EXPECT_THAT(
-        MessagesOf(log.Read(cApiTag), "CKORA4ASL::CallbackNotifications"),
+        MessagesOf(log.Read(contract::tag::cApi), "CKORA4ASL::CallbackNotifications"),
         ElementsAre(
             "KALASSERT failed: IsValidASLTechnology( presetPatchValues[ (UINT) presetTech "
             "].m_technology )",
@@ -183,7 +183,7 @@ TEST_F(NotificationPassTest, WhatIsWrongIsToldInSilenceWhileAssertionsAreNotTrac
     EXPECT_EQ(S_OK, Notify());
     EXPECT_EQ(1u, m_spRecorder->Log().size());
     EXPECT_EQ(S_OK, CallbackNotifications(nullptr, m_changes, m_registration, m_overtaken));
-    EXPECT_TRUE(log.Read(cApiTag).empty());
+    EXPECT_TRUE(log.Read(contract::tag::cApi).empty());
 }
 
 TEST_F(NotificationPassTest, WithoutACallbackAnAssertionFails) {
@@ -191,7 +191,7 @@ TEST_F(NotificationPassTest, WithoutACallbackAnAssertionFails) {
     const TraceLog log;
     ChangeEverything();
     EXPECT_EQ(S_OK, CallbackNotifications(nullptr, m_changes, m_registration, m_overtaken));
-    EXPECT_THAT(Messages(log.Read(cApiTag)),
+    EXPECT_THAT(Messages(log.Read(contract::tag::cApi)),
                 ElementsAre("KALASSERT failed: pICallback != NULL"));
 }
 

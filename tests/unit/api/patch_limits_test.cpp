@@ -37,7 +37,7 @@ TEST(PatchLimits, WhatIsNoTechnologyFailsAnAssertion) {
                                                sizeof value, &value));
     EXPECT_EQ(E_INVALIDARG,
               ValidatePatchField(static_cast<ApiTechnology>(0xFFFFFFFF), sizeof value, &value));
-    EXPECT_THAT(MessagesOf(log.Read(cApiTag), "CKORA4ASL::ValidatePatchField"),
+    EXPECT_THAT(MessagesOf(log.Read(contract::tag::cApi), "CKORA4ASL::ValidatePatchField"),
                 ElementsAre("KALASSERT failed: !\"Invalid ASL patch field.\"",
                             "KALASSERT failed: !\"Invalid ASL patch field.\""));
 }
@@ -48,7 +48,7 @@ TEST(PatchLimits, WhatIsNoTechnologyIsRefusedInSilenceWhileAssertionsAreNotTrace
     std::uint32_t value = 0;
     EXPECT_EQ(E_INVALIDARG, ValidatePatchField(ApiTechnology::eNumberKORA4APITechnologies,
                                                sizeof value, &value));
-    EXPECT_THAT(log.Read(cApiTag), IsEmpty());
+    EXPECT_THAT(log.Read(contract::tag::cApi), IsEmpty());
 }
 
 TEST(PatchLimits, GainsInsideTheLimitsStay) {
@@ -61,7 +61,7 @@ TEST(PatchLimits, GainsInsideTheLimitsStay) {
     EXPECT_EQ(S_OK, ValidateAndLimitGraphicEQ(&graphicEQ));
     EXPECT_EQ(12.0f, graphicEQ.m_gain[0]);
     EXPECT_EQ(-12.0f, graphicEQ.m_gain[1]);
-    EXPECT_THAT(log.Read(cApiTag), IsEmpty());
+    EXPECT_THAT(log.Read(contract::tag::cApi), IsEmpty());
 }
 
 TEST(PatchLimits, OnlyTheBandsInUseAreLimitedAndAtMostForty) {

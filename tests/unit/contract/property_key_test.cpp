@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Property keys: the families of keys and the value names under which they are stored.
 #include "contract/property_key.h"
+#include "store/access/profile_key.h"
 
 #include <gtest/gtest.h>
 
@@ -129,9 +130,9 @@ TEST(PlainKeys, AreThoseOfTheStoreAndLeaveNoLine) {
 TEST(PropKeyBase, PlacingANumberClearsWhatWasThere) {
     KORA4PropKeyBase key(pkey::cPresetPatchGuid, 7);
     key.SetTechField(0xFF);
-    key.SetPresetField(0xFF);
+    SetPresetField(key, 0xFF);
     key.SetTechField(0x105);
-    key.SetPresetField(0x102);
+    SetPresetField(key, 0x102);
     EXPECT_EQ((PropertyKey{{0x5E0A0205,
                             pkey::cPresetPatchGuid.data2,
                             pkey::cPresetPatchGuid.data3,
@@ -143,7 +144,7 @@ TEST(PropKeyBase, PlacingANumberClearsWhatWasThere) {
 TEST(PropKeyBase, AssertsThatAProfileIsNotNegativeAndPlacesItAllTheSame) {
     const test::StoreTrace trace(trace::eAssertions);
     KORA4PropKeyBase key(pkey::cProfileNameGuid, 0);
-    key.SetPresetField(-1);
+    SetPresetField(key, -1);
     EXPECT_EQ(test::Texts{"profile >= 0"}, trace.FailedAssertions("KORA4UIKeysClient"));
     EXPECT_EQ(0x71C4FF00u, key.Key().fmtid.data1);
 }

@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "contract/profiles.h"
+#include "store/access/profile_key.h"
 #include "store/access/prop_key_store_access.h"
-#include "store/patches/field_def.h"
+#include "store/patches/field_access.h"
 #include "store/patches/managed_patch_set.h"
 #include "support/memory_key_access.h"
 #include "support/store_traced.h"
@@ -24,7 +25,7 @@ class SuppressedAssertions : public testing::Test {
 
 TEST_F(SuppressedAssertions, ANegativeProfileIsPlacedInAKeyAllTheSame) {
     KORA4PropKeyBase key(pkey::cProfileNameGuid, 0);
-    key.SetPresetField(-1);
+    SetPresetField(key, -1);
     EXPECT_EQ(0x71C4FF00u, key.Key().fmtid.data1);
 }
 

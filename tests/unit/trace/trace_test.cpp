@@ -28,7 +28,11 @@ using test::TraceLog;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr trace::Site cSite{"KORA4ASL", "CKORA4ASL::GetActiveProfile"};
+constexpr trace::Site cSite = trace::SiteOf("CKORA4ASL::GetActiveProfile");
+
+#define TELL(mask, text, ...) \
+    KALTRACE_LINE(mask, cSite, __LINE__, text __VA_OPT__(, ) __VA_ARGS__)
+
 constexpr std::uint32_t cToFiles = trace::cDefaultFlags | trace::eLogFiles;
 constexpr std::size_t cLongestLine = 1023;
 
@@ -87,19 +91,19 @@ TEST(TraceFlagWord, HasTheMasksOfTheKindsOfLines) {
 TEST(TraceStatement, EvaluatesNoArgumentWhenSuppressed) {
     int evaluated = 0;
     const TraceFlags off(trace::eMasterSwitchOff | trace::eMessages);
-    KALTRACE(trace::eMessages, cSite, "%d\n", ++evaluated);
-    KALTRACE(trace::eSecurity, cSite, "%d\n", ++evaluated);
+    TELL(trace::eMessages, "%d", ++evaluated);
+    TELL(trace::eSecurity, "%d", ++evaluated);
     EXPECT_EQ(evaluated, 0);
     const TraceFlags on(trace::eMessages);
-    KALTRACE(trace::eMessages, cSite, "%d\n", ++evaluated);
+    TELL(trace::eMessages, "%d", ++evaluated);
     EXPECT_EQ(evaluated, 1);
 }
 
 TEST(TraceStatement, BeginsWithTagLineInFourColumnsAndFunction) {
     TraceLog log;
-    trace::Write(cToFiles, cSite, 7, KALTRACE_HEAD "a\n");
-    trace::Write(cToFiles, cSite, 123, KALTRACE_HEAD "b\n");
-    trace::Write(cToFiles, cSite, 12345, KALTRACE_HEAD "c\n");
+    trace::Write(cToFiles, cSite, 7, "a");
+    trace::Write(cToFiles, cSite, 123, "b");
+    trace::Write(cToFiles, cSite, 12345, "c");
     EXPECT_EQ(ReadRaw("KORA4ASL.log"),
               "KORA4ASL:    7 CKORA4ASL::GetActiveProfile:a\r\n"
               "KORA4ASL:  123 CKORA4ASL::GetActiveProfile:b\r\n"
@@ -110,7 +114,7 @@ TEST(TraceStatement, GivesItsOwnSourceLine) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
     const int line = __LINE__ + 1;
-    KALTRACE(trace::eMessages, cSite, "here\n");
+    TELL(trace::eMessages, "here");
     ASSERT_EQ(log.Read("KORA4ASL").size(), 1u);
     EXPECT_EQ(log.Read("KORA4ASL")[0].line, line);
 }
@@ -119,8 +123,8 @@ TEST(TraceStatement, PrintsNumbersWideStringsPointersAndFloats) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
     const auto* const p = reinterpret_cast<const void*>(std::uintptr_t{0x12ABCD});
-    KALTRACE(trace::eMessages, cSite, "%d %u 0x%08x %S %ls %p %f %10f|\n", -5, 4000000000u,
-             0x80004005u, L"wide", L"too", p, 1.5, -2.25);
+    TELL(trace::eMessages, "%d %u 0x%08x %S %ls %p %f %10f|", -5, 4000000000u, 0x80004005u,
+         L"wide", L"too", p, 1.5, -2.25);
     EXPECT_THAT(Messages(log.Read("KORA4ASL")),
                 ElementsAre("-5 4000000000 0x80004005 wide too 000000000012ABCD 1.500000 "
                             " -2.250000|"));
@@ -129,17 +133,9 @@ TEST(TraceStatement, PrintsNumbersWideStringsPointersAndFloats) {
 TEST(TraceStatement, KeepsNewlinesAndBlanksOfTheMessage) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "Process ID: %d\n\n", 5);
-    KALTRACE(trace::eMessages, cSite, " to %s\n", "x");
+    TELL(trace::eMessages, "Process ID: %d\n", 5);
+    TELL(trace::eMessages, " to %s", "x");
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("Process ID: 5\n", " to x"));
-}
-
-TEST(TraceStatement, EndsWithANewlineAlsoWhenTheFormatHasNone) {
-    TraceLog log;
-    const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "bare");
-    KALTRACE(trace::eMessages, cSite, "next\n");
-    EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("bare", "next"));
 }
 
 TEST(TraceStatement, CutsALongLineAndKeepsItsNewline) {
@@ -148,8 +144,7 @@ TEST(TraceStatement, CutsALongLineAndKeepsItsNewline) {
     for (std::size_t length : {cLongestLine - cHead.size() - 2, cLongestLine - cHead.size() - 1,
                                cLongestLine - cHead.size(), std::size_t{2500}}) {
         log.Clear();
-        trace::Write(cToFiles, cSite, 123, KALTRACE_HEAD "%s\n",
-                     longText.substr(0, length).c_str());
+        trace::Write(cToFiles, cSite, 123, "%s", longText.substr(0, length).c_str());
         const std::string whole = cHead + longText.substr(0, length);
         EXPECT_EQ(ReadRaw("KORA4ASL.log"), whole.substr(0, cLongestLine - 1) + "\r\n")
             << length;
@@ -159,7 +154,7 @@ TEST(TraceStatement, CutsALongLineAndKeepsItsNewline) {
 TEST(TraceStatement, CutsALongFunctionName) {
     TraceLog log;
     const std::string name(3000, 'f');
-    trace::Write(cToFiles, trace::Site{"KORA4ASL", name.c_str()}, 1, KALTRACE_HEAD "%s\n", "x");
+    trace::Write(cToFiles, trace::Site{"KORA4ASL", name.c_str(), 0, 0}, 1, "%s", "x");
     const std::string raw = ReadRaw("KORA4ASL.log");
     EXPECT_EQ(raw.size(), cLongestLine + 1);
     EXPECT_TRUE(raw.ends_with("ff\r\n"));
@@ -167,8 +162,7 @@ TEST(TraceStatement, CutsALongFunctionName) {
 
 TEST(TraceStatement, UsesTheTagBehindItsLastBackslash) {
     TraceLog log;
-    trace::Write(cToFiles, trace::Site{"src\\store\\KORA4VisKeyData", "f"}, 123,
-                 KALTRACE_HEAD "x\n");
+    trace::Write(cToFiles, trace::Site{"src\\store\\KORA4VisKeyData", "f", 0, 0}, 123, "x");
     EXPECT_EQ(ReadRaw("KORA4VisKeyData.log"), "KORA4VisKeyData:  123 f:x\r\n");
     EXPECT_EQ(ReadRaw("KalTrace.log"), "KORA4VisKeyData:  123 f:x\r\n");
 }
@@ -177,7 +171,7 @@ TEST(TraceStatement, LeavesTheLastErrorAlone) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
     SetLastError(1234);
-    KALTRACE(trace::eMessages, cSite, "x\n");
+    TELL(trace::eMessages, "x");
     EXPECT_EQ(GetLastError(), 1234u);
 }
 
@@ -186,7 +180,7 @@ TEST(TraceStatement, LeavesTheLastErrorAlone) {
 TEST(TraceFiles, AreNotWrittenWithTheDefaultWord) {
     TraceLog log;
     const TraceFlags flags(trace::cDefaultFlags);
-    KALTRACE(trace::eMessages, cSite, "x\n");
+    TELL(trace::eMessages, "x");
     EXPECT_FALSE(FileExists("C:\\KalLogs\\KORA4ASL.log"));
     EXPECT_FALSE(FileExists("C:\\KalLogs\\KalTrace.log"));
 }
@@ -194,11 +188,11 @@ TEST(TraceFiles, AreNotWrittenWithTheDefaultWord) {
 TEST(TraceFiles, GetEachLineInTheModulesFileAndTheSharedOne) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "one\n");
-    constexpr trace::Site cOther{"RegKeyMonitor", "RegKeyMonitor::Callback"};
-    KALTRACE(trace::eMessages, cOther, "two\n");
-    KALTRACE(trace::eMessages, cSite, "three\n");
-    KALTRACE(trace::eSecurity, cSite, "suppressed\n");
+    TELL(trace::eMessages, "one");
+    constexpr trace::Site cOther = trace::SiteOf("RegKeyMonitor::Callback");
+    KALTRACE_LINE(trace::eMessages, cOther, __LINE__, "two");
+    TELL(trace::eMessages, "three");
+    TELL(trace::eSecurity, "suppressed");
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("one", "three"));
     EXPECT_THAT(Messages(log.Read("RegKeyMonitor")), ElementsAre("two"));
     EXPECT_THAT(Messages(log.ReadShared()), ElementsAre("one", "two", "three"));
@@ -208,7 +202,7 @@ TEST(TraceFiles, AreAppendedTo) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
     std::ofstream("C:\\KalLogs\\KORA4ASL.log") << cHead << "before\n";
-    KALTRACE(trace::eMessages, cSite, "after\n");
+    TELL(trace::eMessages, "after");
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("before", "after"));
 }
 
@@ -216,7 +210,7 @@ TEST(TraceFiles, GoOnWithTheSharedFileWhenTheModulesCannotBeOpened) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
     ASSERT_TRUE(CreateDirectoryA("C:\\KalLogs\\KORA4ASL.log", nullptr));
-    KALTRACE(trace::eMessages, cSite, "x\n");
+    TELL(trace::eMessages, "x");
     EXPECT_THAT(Messages(log.ReadShared()), ElementsAre("x"));
     ASSERT_TRUE(RemoveDirectoryA("C:\\KalLogs\\KORA4ASL.log"));
 }
@@ -225,7 +219,7 @@ TEST(TraceFiles, GoOnWithTheModulesFileWhenTheSharedCannotBeOpened) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
     ASSERT_TRUE(CreateDirectoryA("C:\\KalLogs\\KalTrace.log", nullptr));
-    KALTRACE(trace::eMessages, cSite, "x\n");
+    TELL(trace::eMessages, "x");
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("x"));
     ASSERT_TRUE(RemoveDirectoryA("C:\\KalLogs\\KalTrace.log"));
 }
@@ -233,14 +227,14 @@ TEST(TraceFiles, GoOnWithTheModulesFileWhenTheSharedCannotBeOpened) {
 TEST(TraceFiles, AreLeftOutForATagThatMakesNoPath) {
     TraceLog log;
     const std::string tag(400, 't');
-    trace::Write(cToFiles, trace::Site{tag.c_str(), "f"}, 1, KALTRACE_HEAD "x\n");
+    trace::Write(cToFiles, trace::Site{tag.c_str(), "f", 0, 0}, 1, "x");
     EXPECT_EQ(log.ReadShared().size(), 1u);
 }
 
 TEST(TraceFiles, AreClosedAfterEachLine) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "x\n");
+    TELL(trace::eMessages, "x");
     for (const char* pPath : {"C:\\KalLogs\\KORA4ASL.log", "C:\\KalLogs\\KalTrace.log"})
         EXPECT_TRUE(DeleteFileA(pPath)) << pPath;
 }
@@ -249,7 +243,7 @@ TEST(TraceFiles, AreNotMadeWhenTheFolderIsMissing) {
     TraceLog log;
     ASSERT_TRUE(RemoveDirectoryA("C:\\KalLogs"));
     const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "x\n");
+    TELL(trace::eMessages, "x");
     EXPECT_FALSE(FileExists("C:\\KalLogs"));
 }
 
@@ -260,7 +254,7 @@ TEST(TraceFiles, GetWholeLinesFromSeveralThreads) {
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
             for (int j = 0; j < 25; ++j)
-                KALTRACE(trace::eMessages, cSite, "0123456789abcdef\n");
+                TELL(trace::eMessages, "0123456789abcdef");
         });
     }
     for (std::thread& thread : threads)
@@ -273,7 +267,7 @@ TEST(TraceFiles, GetWholeLinesFromSeveralThreads) {
 TEST(TraceFiles, GetLinesWhileReadersAndWritersHaveThemOpen) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "before\n");
+    TELL(trace::eMessages, "before");
     constexpr DWORD cShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
     for (const DWORD share : {cShare, cShare | FILE_SHARE_DELETE}) {
         for (const DWORD access : {DWORD{GENERIC_READ}, DWORD{FILE_APPEND_DATA}}) {
@@ -281,7 +275,7 @@ TEST(TraceFiles, GetLinesWhileReadersAndWritersHaveThemOpen) {
                                             OPEN_EXISTING, 0, nullptr);
             ASSERT_NE(INVALID_HANDLE_VALUE, file);
             const std::size_t count = log.ReadShared().size();
-            KALTRACE(trace::eMessages, cSite, "meanwhile\n");
+            TELL(trace::eMessages, "meanwhile");
             EXPECT_EQ(count + 1, log.ReadShared().size()) << access << " " << share;
             CloseHandle(file);
         }
@@ -292,13 +286,13 @@ TEST(TraceFiles, GetLinesWhileReadersAndWritersHaveThemOpen) {
 TEST(TraceFiles, AreLeftToWhoeverRefusesOtherWriters) {
     TraceLog log;
     const TraceFlags flags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "before\n");
+    TELL(trace::eMessages, "before");
     const HANDLE file = CreateFileA("C:\\KalLogs\\KalTrace.log", GENERIC_READ, FILE_SHARE_READ,
                                     nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(INVALID_HANDLE_VALUE, file);
-    KALTRACE(trace::eMessages, cSite, "meanwhile\n");
+    TELL(trace::eMessages, "meanwhile");
     CloseHandle(file);
-    KALTRACE(trace::eMessages, cSite, "after\n");
+    TELL(trace::eMessages, "after");
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("before", "meanwhile", "after"));
     EXPECT_THAT(Messages(log.ReadShared()), ElementsAre("before", "after"));
 }
@@ -309,8 +303,8 @@ TEST(TraceScope, WritesEntryAndExitAroundTheBody) {
     TraceLog log;
     const TraceFlags flags(cToFiles | trace::eAllEntryExit);
     {
-        const trace::Scope scope(cSite, 5, trace::eEntry, trace::eEntry);
-        KALTRACE(trace::eMessages, cSite, "body\n");
+        const trace::Scope scope(cSite, 5);
+        TELL(trace::eMessages, "body");
     }
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre(">>", "body", "<<"));
 }
@@ -320,7 +314,7 @@ TEST(TraceScope, PrintsTheResultThatIsThereAtTheEnd) {
     const TraceFlags flags(cToFiles | trace::eAllEntryExit);
     {
         HRESULT hr = S_OK;
-        const trace::Scope scope(cSite, 5, trace::eEntry, trace::eExitResult, &hr);
+        const trace::Scope scope(cSite, 5, &hr);
         hr = E_FAIL;
     }
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre(">>", "<< hr: 0x80004005"));
@@ -331,7 +325,7 @@ TEST(TraceScope, ShowsTheExitLineAloneWithTheResultsCategory) {
     const TraceFlags flags(trace::eLogFiles | trace::eResults);
     {
         const HRESULT hr = S_FALSE;
-        const trace::Scope scope(cSite, 5, trace::eEntry, trace::eExitResult, &hr);
+        const trace::Scope scope(cSite, 5, &hr);
     }
     EXPECT_THAT(Messages(log.Read("KORA4ASL")), ElementsAre("<< hr: 0x00000001"));
 }
@@ -341,7 +335,7 @@ TEST(TraceScope, WritesNothingWithTheDefaultWord) {
     const TraceFlags flags(cToFiles);
     {
         const HRESULT hr = S_OK;
-        const trace::Scope scope(cSite, 5, trace::eEntry, trace::eExitResult, &hr);
+        const trace::Scope scope(cSite, 5, &hr);
     }
     EXPECT_THAT(log.ReadShared(), IsEmpty());
 }
@@ -394,7 +388,7 @@ TEST(KalAssert, IsSilentWithoutItsCategory) {
 
 void EmitOneLineOfEachCategory() {
     for (std::uint32_t bit = 1; bit != 0; bit <<= 1)
-        KALTRACE(bit, cSite, "0x%08x\n", bit);
+        TELL(bit, "0x%08x", bit);
 }
 
 void EmitWith(std::uint32_t flags) {
@@ -405,22 +399,22 @@ void EmitWith(std::uint32_t flags) {
 void AssertWith(std::uint32_t flags) {
     trace::SetFlags(flags);
     KALASSERT(cSite, !"broken");
-    KALTRACE(trace::eMessages, cSite, "went on\n");
+    TELL(trace::eMessages, "went on");
 }
 
 void EmitWithoutLogFolder() {
     RemoveDirectoryA("C:\\KalLogs");
     trace::SetFlags(cToFiles);
-    KALTRACE(trace::eMessages, cSite, "no folder\n");
+    TELL(trace::eMessages, "no folder");
 }
 
 void EmitLongLine() {
     const std::string text(5000, 'x');
-    KALTRACE(trace::eMessages, cSite, "%s\n", text.c_str());
+    TELL(trace::eMessages, "%s", text.c_str());
 }
 
 void SayWhetherDebugged() {
-    KALTRACE(trace::eMessages, cSite, "%d\n", trace::IsDebuggerAttached() ? 1 : 0);
+    TELL(trace::eMessages, "%d", trace::IsDebuggerAttached() ? 1 : 0);
 }
 
 const std::vector<test::Scenario> cScenarios = {

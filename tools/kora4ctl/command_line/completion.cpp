@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "contract/messages/trace_categories.h"
+#include "contract/messages/trace_writers.h"
 #include "contract/profiles.h"
 #include "kora4ctl/explain/trace_word.h"
 #include "settings/names.h"

@@ -5,8 +5,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "api/patch_limits.h"
 #include "base/text.h"
+#include "contract/patch_limits.h"
 #include "kora4ctl/equalizer/equalizer.h"
 
 namespace kora4::tools {

@@ -6,11 +6,11 @@
 #include <cmath>
 #include <limits>
 
-#include "api/patch_limits.h"
 #include "base/failure.h"
 #include "base/text.h"
+#include "contract/field_tables.h"
+#include "contract/patch_limits.h"
 #include "kora4ctl/equalizer/equalizer.h"
-#include "store/patches/field_tables.h"
 
 namespace kora4::tools {
 

@@ -12,6 +12,7 @@
 #include "base/text.h"
 #include "contract/messages/trace_categories.h"
 #include "contract/messages/trace_messages.h"
+#include "contract/messages/trace_writers.h"
 #include "contract/results.h"
 #include "kora4ctl/explain/explain_values.h"
 

@@ -8,8 +8,8 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/messages/trace_text.h"
+#include "contract/trace_files.h"
 #include "process/files.h"
-#include "trace/trace.h"
 
 namespace kora4::tools {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "contract/trace_flags.h"
 #include "registry/store_access.h"
-#include "trace/trace.h"
 
 namespace kora4::tools {
 

@@ -5,15 +5,15 @@
 #include <cmath>
 #include <memory>
 
-#include "api/patch_limits.h"
 #include "base/failure.h"
 #include "base/text.h"
+#include "contract/field_tables.h"
+#include "contract/patch_limits.h"
 #include "contract/patch_records.h"
 #include "kora4ctl/command_line/options.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
-#include "store/patches/field_tables.h"
 
 namespace kora4::tools {
 

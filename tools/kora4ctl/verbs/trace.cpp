@@ -7,6 +7,7 @@
 #include "base/nearest.h"
 #include "base/text.h"
 #include "contract/messages/trace_categories.h"
+#include "contract/messages/trace_writers.h"
 #include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/explain/trace_log.h"
 #include "kora4ctl/explain/trace_word.h"

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "api/patch_limits.h"
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/field_ids.h"
+#include "contract/patch_limits.h"
 #include "contract/profiles.h"
 #include "contract/technologies.h"
 #include "kora4sim/engine/engine.h"

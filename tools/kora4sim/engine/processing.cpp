@@ -7,8 +7,8 @@
 #include <iterator>
 #include <numeric>
 
-#include "api/patch_limits.h"
 #include "contract/defaults.h"
+#include "contract/patch_limits.h"
 #include "settings/texts.h"
 
 namespace kora4::tools::sim {

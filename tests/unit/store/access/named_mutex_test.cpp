@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "contract/store_mutex.h"
 #include "platform/handles.h"
 #include "platform/open_mutex.h"
 #include "support/foreign_mutex.h"

@@ -14,7 +14,7 @@ class ClientBaseline : public ::testing::Test {
   protected:
     void SetUp() override {
         for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p)
-            m_store.PutText(eKeySetStatic, ProfileNameKey(p), u"custom");
+            m_store.PutText(eKeySetStatic, pkey::ProfileName(p), u"custom");
         ASSERT_EQ(m_own.Start(), result::cOk);
         ASSERT_EQ(m_foreign.Start(), result::cOk);
         ASSERT_EQ(m_own.Pass(), "");
@@ -102,7 +102,8 @@ TEST_F(ClientBaseline, OwnValueOverAForeignTriggerTellsTheCurrentValueOnce) {
 TEST_F(ClientBaseline, OwnValueKeepsAForeignFlagAndTellsIt) {
     ASSERT_EQ(m_foreign->SetTechnologyOnElseOff(eVolumeTech, false), result::cOk);
     ASSERT_EQ(SetVolume(m_own, 4), result::cOk);
-    EXPECT_EQ(m_store.m_access.NumberAt(eKeySetDynamic, PresetPatchKey(eVolumeTech, 0, 0)), 0u);
+    EXPECT_EQ(m_store.m_access.NumberAt(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, 0, 0)),
+              0u);
     EXPECT_EQ(m_own.Pass(), "flag1=0;");
     ExpectNothingMoreToTell();
 }

@@ -83,7 +83,7 @@ class DyingWriter : public ::testing::TestWithParam<Operation> {};
 // Runs the operation on a fresh store by a writer whose later writes all fail, and gives
 // the number of writes that it tried.
 unsigned RunDying(TestStore& store, const Operation& operation, unsigned survived) {
-    store.PutText(eKeySetStatic, ProfileNameKey(3), u"old");
+    store.PutText(eKeySetStatic, pkey::ProfileName(3), u"old");
     TestClient dying(store);
     EXPECT_EQ(dying.Start(), result::cOk);
     EXPECT_GE(operation.prepare(*dying.operator->()), result::cOk);
@@ -130,7 +130,7 @@ TEST(WriteOrder, ANameComesAfterTheValuesAndBeforeTheTableCounter) {
     const auto log = store.m_access.WriteLog();
     ASSERT_GE(log.size(), 2u);
     EXPECT_EQ(log[log.size() - 2], test::LogEntry(test::Operation::eWriteText, eKeySetStatic,
-                                                  ProfileNameKey(3), "name"));
+                                                  pkey::ProfileName(3), "name"));
     EXPECT_EQ(log.back(), test::WriteEntry(eKeySetDynamic,
                                            pkey::Setting(pkey::cProfileTableCounterPid), 1));
 }

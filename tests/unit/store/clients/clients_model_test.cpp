@@ -155,10 +155,11 @@ class Interleaving {
         for (std::uint32_t p = 0; p < cProfiles; ++p) {
             for (std::uint32_t t = eVolumeTech; t < eNumberKORA4PresetTechnologies; ++t) {
                 m_store.PutUINT(eKeySetDynamic,
-                                PresetPatchKey(static_cast<KORA4PresetTechnology>(t), p, 0), 1);
+                                pkey::PresetPatch(static_cast<KORA4PresetTechnology>(t), p, 0),
+                                1);
                 m_model.m_flags[p][t] = 1;
             }
-            m_store.PutText(eKeySetStatic, ProfileNameKey(p), u"name");
+            m_store.PutText(eKeySetStatic, pkey::ProfileName(p), u"name");
         }
         m_model.m_knownFlags = m_model.m_flags[0];
         EXPECT_EQ(m_own.Start(), result::cOk);

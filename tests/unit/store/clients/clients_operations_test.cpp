@@ -34,14 +34,14 @@ class ClientOperations : public ::testing::Test {
     }
     std::optional<std::uint32_t> StoredVolume(std::uint32_t profile) const {
         return m_store.m_access.NumberAt(eKeySetStatic,
-                                         PresetPatchKey(eVolumeTech, profile, cVolumeField));
+                                         pkey::PresetPatch(eVolumeTech, profile, cVolumeField));
     }
     std::uint32_t Trigger(KORA4PresetTechnology technology) const {
         return m_store.m_access.NumberAt(eKeySetDynamic, PresetTriggerKey(technology))
             .value_or(0);
     }
     bool Exists(std::uint32_t profile) const {
-        return m_store.m_access.Has(eKeySetStatic, ProfileNameKey(profile));
+        return m_store.m_access.Has(eKeySetStatic, pkey::ProfileName(profile));
     }
 
     TestStore m_store;
@@ -68,13 +68,13 @@ TEST_F(ClientOperations, SelectsPresetProfilesOnly) {
 }
 
 TEST_F(ClientOperations, SelectsACustomProfileThatExists) {
-    m_store.PutText(eKeySetStatic, ProfileNameKey(3), u"");
+    m_store.PutText(eKeySetStatic, pkey::ProfileName(3), u"");
     EXPECT_EQ(m_client->SetActiveProfile(3), result::cOk);
     EXPECT_EQ(m_store.Profile(), 3u);
 }
 
 TEST_F(ClientOperations, ACustomProfileWithAnUnreadableNameCannotBeSelected) {
-    m_store.m_access.Put(eKeySetStatic, ProfileNameKey(3), test::Unreadable{});
+    m_store.m_access.Put(eKeySetStatic, pkey::ProfileName(3), test::Unreadable{});
     EXPECT_EQ(m_client->SetActiveProfile(3), KORA4_S_NO_SUCH_CUSTOM_PROFILE);
 }
 
@@ -186,8 +186,8 @@ TEST_F(ClientOperations, LeavingADemoEndsItEvenWhenRestoringFails) {
 }
 
 TEST_F(ClientOperations, ValuesInADemoAreBuiltInAndFlagsAreStored) {
-    m_store.PutUINT(eKeySetStatic, PresetPatchKey(eVolumeTech, 241, cVolumeField), 5);
-    m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eVirtualSurroundTech, 241, 0), 1);
+    m_store.PutUINT(eKeySetStatic, pkey::PresetPatch(eVolumeTech, 241, cVolumeField), 5);
+    m_store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eVirtualSurroundTech, 241, 0), 1);
     ASSERT_EQ(m_client->SetDemoProfileAndEnable(241, true), result::cOk);
     EXPECT_EQ(Volume(), 0u);
     EXPECT_TRUE(IsOn(eVirtualSurroundTech)) << "stored on, built-in off";
@@ -205,8 +205,8 @@ TEST_F(ClientOperations, WritesInADemoStoreNothing) {
 }
 
 TEST_F(ClientOperations, RevertTakesWhatIsStoredUnderThePairedDemoProfile) {
-    m_store.PutUINT(eKeySetStatic, PresetPatchKey(eVolumeTech, 241, cVolumeField), 5);
-    m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, 241, 0), 0);
+    m_store.PutUINT(eKeySetStatic, pkey::PresetPatch(eVolumeTech, 241, cVolumeField), 5);
+    m_store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, 241, 0), 0);
     ASSERT_EQ(m_client->SetActiveProfile(1), result::cOk);
     ASSERT_EQ(SetVolume(9), result::cOk);
     const std::uint32_t trigger = Trigger(eVolumeTech);
@@ -218,7 +218,7 @@ TEST_F(ClientOperations, RevertTakesWhatIsStoredUnderThePairedDemoProfile) {
 }
 
 TEST_F(ClientOperations, OnlyPresetProfilesRevert) {
-    m_store.PutText(eKeySetStatic, ProfileNameKey(3), u"mine");
+    m_store.PutText(eKeySetStatic, pkey::ProfileName(3), u"mine");
     ASSERT_EQ(m_client->SetActiveProfile(3), result::cOk);
     m_store.m_access.ClearLog();
     EXPECT_EQ(m_client->RevertActiveProfile(), KORA4_S_NOT_A_PRESET_PROFILE);
@@ -229,20 +229,20 @@ TEST_F(ClientOperations, CreateCopiesTheStoredActiveProfileThenNamesAndAnnounces
     ASSERT_EQ(m_client->SetActiveProfile(1), result::cOk);
     ASSERT_EQ(SetVolume(9), result::cOk);
     // Changed by somebody else, and never loaded by this client.
-    m_store.PutUINT(eKeySetStatic, PresetPatchKey(eVolumeTech, 1, cVolumeField), 8);
-    m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eHeadphoneTech, 1, 0), 0);
+    m_store.PutUINT(eKeySetStatic, pkey::PresetPatch(eVolumeTech, 1, cVolumeField), 8);
+    m_store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eHeadphoneTech, 1, 0), 0);
     const std::uint32_t trigger = Trigger(eVolumeTech);
     EXPECT_EQ(m_client->CreateCustomProfile(5, u"Night"), result::cOk);
     EXPECT_EQ(StoredVolume(5), 8u);
-    EXPECT_EQ(m_store.m_access.NumberAt(eKeySetDynamic, PresetPatchKey(eHeadphoneTech, 5, 0)),
-              0u);
-    EXPECT_EQ(m_store.m_access.TextAt(eKeySetStatic, ProfileNameKey(5)), u"Night");
+    EXPECT_EQ(
+        m_store.m_access.NumberAt(eKeySetDynamic, pkey::PresetPatch(eHeadphoneTech, 5, 0)), 0u);
+    EXPECT_EQ(m_store.m_access.TextAt(eKeySetStatic, pkey::ProfileName(5)), u"Night");
     EXPECT_EQ(m_store.Setting(pkey::cProfileTableCounterPid), 1u);
     EXPECT_EQ(Trigger(eVolumeTech), trigger) << "a copy bumps no trigger";
 }
 
 TEST_F(ClientOperations, CreateInADemoCopiesWhatIsStoredUnderIt) {
-    m_store.PutUINT(eKeySetStatic, PresetPatchKey(eVolumeTech, 240, cVolumeField), 6);
+    m_store.PutUINT(eKeySetStatic, pkey::PresetPatch(eVolumeTech, 240, cVolumeField), 6);
     ASSERT_EQ(m_client->SetDemoProfileAndEnable(240, true), result::cOk);
     EXPECT_EQ(m_client->CreateCustomProfile(3, u"Demo copy"), result::cOk);
     EXPECT_EQ(StoredVolume(3), 6u);
@@ -270,7 +270,7 @@ TEST_F(ClientOperations, RenameNeedsAnExistingProfile) {
     EXPECT_EQ(m_client->SetCustomProfileName(3, nullptr), result::cInvalidArg);
     ASSERT_EQ(m_client->CreateCustomProfile(3, u"one"), result::cOk);
     EXPECT_EQ(m_client->SetCustomProfileName(3, u"two"), result::cOk);
-    EXPECT_EQ(m_store.m_access.TextAt(eKeySetStatic, ProfileNameKey(3)), u"two");
+    EXPECT_EQ(m_store.m_access.TextAt(eKeySetStatic, pkey::ProfileName(3)), u"two");
     EXPECT_EQ(m_store.Setting(pkey::cProfileTableCounterPid), 2u);
 }
 
@@ -288,7 +288,7 @@ TEST_F(ClientOperations, DeleteSparesTheActiveProfileAndToleratesAnAbsentOne) {
 }
 
 TEST_F(ClientOperations, AnUnreadableNameFailsButCanBeDeleted) {
-    m_store.m_access.Put(eKeySetStatic, ProfileNameKey(4), test::Unreadable{});
+    m_store.m_access.Put(eKeySetStatic, pkey::ProfileName(4), test::Unreadable{});
     char16_t* names[9];
     EXPECT_EQ(m_client->GetProfileTable(names), result::cFail);
     EXPECT_EQ(m_client->CreateCustomProfile(4, u"x"), result::cFail);
@@ -315,7 +315,7 @@ TEST_F(ClientOperations, TheProfileTableNamesTheCustomProfiles) {
 TEST_F(ClientOperations, AFailedTableReadHandsOutTheNamesBeforeIt) {
     ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(3, u"one"));
     ASSERT_EQ(result::cOk, m_client->CreateCustomProfile(5, u"three"));
-    m_store.m_access.Put(eKeySetStatic, ProfileNameKey(4), test::Unreadable{});
+    m_store.m_access.Put(eKeySetStatic, pkey::ProfileName(4), test::Unreadable{});
     char16_t junk = 0;
     char16_t* names[9];
     std::fill(std::begin(names), std::end(names), &junk);
@@ -342,7 +342,7 @@ TEST_F(ClientOperations, EnableReadsAnyNonZeroNumberAsOn) {
 TEST_F(ClientOperations, EveryStoredSwitchAboveOneIsOn) {
     for (const std::uint32_t stored : {2u, 0x80000000u}) {
         m_store.PutSetting(pkey::cMasterEnablePid, stored);
-        m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, 0, pkey::cSwitchPid),
+        m_store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, 0, pkey::cSwitchPid),
                         stored);
         EXPECT_EQ("", m_client.Pass());
         bool enable = false;
@@ -379,8 +379,9 @@ TEST_F(ClientOperations, SwitchesTakeStoreTechnologiesOneToSeven) {
 TEST_F(ClientOperations, SwitchesBelongToTheStoredActiveProfile) {
     m_store.PutSetting(pkey::cActivePresetPid, 2);  // this client was not told yet
     EXPECT_EQ(m_client->SetTechnologyOnElseOff(eVolumeTech, false), result::cOk);
-    EXPECT_EQ(m_store.m_access.NumberAt(eKeySetDynamic, PresetPatchKey(eVolumeTech, 2, 0)), 0u);
-    EXPECT_FALSE(m_store.m_access.Has(eKeySetDynamic, PresetPatchKey(eVolumeTech, 0, 0)));
+    EXPECT_EQ(m_store.m_access.NumberAt(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, 2, 0)),
+              0u);
+    EXPECT_FALSE(m_store.m_access.Has(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, 0, 0)));
 }
 
 TEST_F(ClientOperations, ValuesNeedATechnologyABufferAndRoom) {
@@ -403,7 +404,7 @@ TEST_F(ClientOperations, ValuesNeedATechnologyABufferAndRoom) {
 }
 
 TEST_F(ClientOperations, AValueKeepsTheOtherStoredFields) {
-    const PropertyKey other = PresetPatchKey(eVolumeTech, 0, 4);
+    const PropertyKey other = pkey::PresetPatch(eVolumeTech, 0, 4);
     m_store.PutUINT(eKeySetStatic, other, 0);  // by somebody else, built-in 1
     EXPECT_EQ(SetVolume(5), result::cOk);
     EXPECT_EQ(m_store.m_access.NumberAt(eKeySetStatic, other), 0u);
@@ -491,17 +492,17 @@ TEST_F(ClientOperations, ATableCounterAloneReportsTheTableAndReloadsNoPatch) {
 }
 
 TEST_F(ClientOperations, ATechnologyThatBecomesEffectiveIsReloaded) {
-    const PropertyKey field = PresetPatchKey(eVolumeTech, 0, cVolumeField);
+    const PropertyKey field = pkey::PresetPatch(eVolumeTech, 0, cVolumeField);
     const auto reloads = [&] {
         const std::string entry = test::ReadEntry(eKeySetStatic, field);
         const auto& log = m_store.m_access.Log();
         return std::count(log.begin(), log.end(), entry);
     };
-    m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, 0, 0), 0);
+    m_store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, 0, 0), 0);
     m_store.m_access.ClearLog();
     EXPECT_EQ(m_client.Pass(), "flag1=0;");
     EXPECT_EQ(reloads(), 0) << "set to clear";
-    m_store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, 0, 0), 1);
+    m_store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, 0, 0), 1);
     EXPECT_EQ(m_client.Pass(), "flag1=1;");
     EXPECT_EQ(reloads(), 1) << "clear to set";
 }

@@ -16,7 +16,7 @@ constexpr Items cNothing = 0;
 class ClientOvertaken : public ::testing::Test {
   protected:
     void SetUp() override {
-        m_store.PutText(eKeySetStatic, ProfileNameKey(3), u"custom");
+        m_store.PutText(eKeySetStatic, pkey::ProfileName(3), u"custom");
         ASSERT_EQ(result::cOk, m_own.Start());
         m_own.Pass();
     }

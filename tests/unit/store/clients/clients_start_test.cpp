@@ -51,12 +51,42 @@ TEST(ClientStart, ReadsEachValueOnce) {
 TEST(ClientStart, TakesTheStoredSwitchesOfADemoProfile) {
     TestStore store;
     store.PutSetting(pkey::cActivePresetPid, cDemoMovieProfile);
-    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 0);
+    store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, cDemoMovieProfile, 0), 0);
     TestClient client(store);
     ASSERT_EQ(result::cOk, client.Start());
     EXPECT_EQ("", client.Pass());
-    store.PutUINT(eKeySetDynamic, PresetPatchKey(eVolumeTech, cDemoMovieProfile, 0), 1);
+    store.PutUINT(eKeySetDynamic, pkey::PresetPatch(eVolumeTech, cDemoMovieProfile, 0), 1);
     EXPECT_EQ("flag1=1;", client.Pass());
+}
+
+class RefreshedClient : public KORA4UIKeysClient {
+  public:
+    explicit RefreshedClient(KORA4KeyAccess* pKeyAccess) : KORA4UIKeysClient(pKeyAccess) {
+        EXPECT_EQ(result::cOk, ObjInitialize());
+        EXPECT_EQ(result::cOk, InitialKeysLoad());
+    }
+
+    // The switches that the patch set has been handed, one letter each.
+    std::string Handed() const {
+        const RefreshSwitches& switches = m_patches.m_refreshSwitches;
+        return std::string(switches.masterEnable ? "E" : "-") + (switches.first ? "1" : "-") +
+               (switches.second ? "2" : "-");
+    }
+};
+
+TEST(ClientRefresh, HandsThePatchSetTheEnableAndTheRefreshSwitchesOfTheProfile) {
+    TestStore store;
+    store.PutSetting(pkey::cActivePresetPid, cDemoMovieProfile);
+    store.PutUINT(eKeySetStatic, pkey::Setting(pkey::cFirstRefreshSwitchPid), 1);
+    store.PutUINT(eKeySetStatic, pkey::Setting(pkey::cSecondRefreshSwitchDemoPid), 1);
+    RefreshedClient client(&store.m_access);
+    EXPECT_EQ("E-2", client.Handed());
+    EXPECT_EQ(result::cOk, client.ForceRevertFromDemoMode());
+    EXPECT_EQ("E1-", client.Handed());
+    store.PutSetting(pkey::cMasterEnablePid, 0);
+    ChangeSet changes;
+    EXPECT_EQ(result::cOk, client.AnalyseChanges(&changes));
+    EXPECT_EQ("-1-", client.Handed());
 }
 
 TEST(ClientMasterEnables, TheMaskIsReadOnce) {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // One field on its way between the store and a record, by type.
-#include "store/patches/field_def.h"
+#include "store/patches/field_access.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
 #include "contract/defaults.h"
-#include "store/patches/field_tables.h"
+#include "contract/field_tables.h"
 #include "support/memory_key_access.h"
 #include "support/store_traced.h"
 
@@ -65,9 +65,11 @@ class FieldDef : public testing::Test {
         m_store.Put(eKeySetStatic, {cGuid, pid}, std::move(value));
     }
     HRESULT Load(const KORA4FieldDef& field, std::uint32_t row = 0, bool defaultsOnly = false) {
-        return field.Load(m_store, cKey, row, defaultsOnly, &m_record);
+        return LoadField(field, m_store, cKey, row, defaultsOnly, &m_record);
     }
-    HRESULT Write(const KORA4FieldDef& field) { return field.Write(m_store, cKey, &m_record); }
+    HRESULT Write(const KORA4FieldDef& field) {
+        return WriteField(field, m_store, cKey, &m_record);
+    }
     std::string Entry(test::Operation operation, std::uint32_t pid,
                       const std::string& value = {}) {
         return test::LogEntry(operation, eKeySetStatic, {cGuid, pid}, value);

@@ -117,7 +117,7 @@ TEST(DynamicEQCurves, AreTheSixBuiltInOnes) {
     KORA4ManagedPatchSet patches;
     const DynamicEQPatch& eq = patches.m_records.dynamicEQ;
     for (std::uint32_t index = 0; index < 6; ++index) {
-        store.Put(eKeySetStatic, PresetPatchKey(eDynamicEQTech, cMovieProfile, 5), index);
+        store.Put(eKeySetStatic, pkey::PresetPatch(eDynamicEQTech, cMovieProfile, 5), index);
         patches.LoadPresetPatch(store, cMovieProfile, false, eDynamicEQTech);
         EXPECT_EQ(index, eq.curveIndex);
         EXPECT_EQ(Divided(curves[index], 256.0f), Taken(eq.curve, eq.curveCount)) << index;

@@ -24,7 +24,7 @@ class RandomStore {
     void Fill(test::MemoryKeyAccess& store, std::uint32_t profile) {
         for (std::uint32_t pid = 0; pid <= cLastPid; ++pid) {
             for (std::uint32_t t = 1; t < 8; ++t)
-                Maybe(store, PresetPatchKey(KORA4PresetTechnology(t), profile, pid));
+                Maybe(store, pkey::PresetPatch(KORA4PresetTechnology(t), profile, pid));
             for (std::uint32_t t = 1; t < 4; ++t)
                 Maybe(store, GlobalPatchKey(KORA4GlobalTechnology(t), pid));
         }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "contract/profiles.h"
-#include "store/patches/field_def.h"
+#include "store/patches/field_access.h"
 #include "support/memory_key_access.h"
 #include "support/store_traced.h"
 
@@ -28,7 +28,7 @@ class PatchSet : public testing::Test {
   protected:
     static PropertyKey Patch(KORA4PresetTechnology technology, std::uint32_t profile,
                              std::uint32_t pid) {
-        return PresetPatchKey(technology, profile, pid);
+        return pkey::PresetPatch(technology, profile, pid);
     }
     void StoreFlag(KORA4PresetTechnology technology, std::uint32_t profile,
                    std::uint32_t flag) {
@@ -477,7 +477,7 @@ TEST_F(PatchSet, TracesEntriesWithBit0x800AndResultsWithBit1) {
 
 TEST_F(PatchSet, TracesARefresh) {
     const test::StoreTrace trace(trace::eAllEntryExit);
-    KORA4ManagedPatchSet::Refresh();
+    m_patches.Refresh({});
     EXPECT_EQ((Texts{">>", "<<"}),
               MessagesOf(trace.Read("KORA4PropKey"), "KORA4ManagedPatchSet::Refresh"));
 }

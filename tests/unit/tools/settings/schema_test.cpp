@@ -46,10 +46,10 @@ TEST(Schema, PutsEachValueIntoItsKeySet) {
 
 TEST(Schema, MakesTheLibrarysKeys) {
     for (std::uint32_t profile : {0u, 1u, 4u, 8u, 240u, 242u}) {
-        EXPECT_EQ(FlagValue(cLeveler, profile).key, PresetPatchKey(eVolumeTech, profile, 0));
+        EXPECT_EQ(FlagValue(cLeveler, profile).key, pkey::PresetPatch(eVolumeTech, profile, 0));
         EXPECT_EQ(FieldValue(cLeveler, profile, 3).key,
-                  PresetPatchKey(eVolumeTech, profile, 3));
-        EXPECT_EQ(NameValue(profile).key, ProfileNameKey(profile));
+                  pkey::PresetPatch(eVolumeTech, profile, 3));
+        EXPECT_EQ(NameValue(profile).key, pkey::ProfileName(profile));
     }
     EXPECT_EQ(TriggerValue(cLeveler).key, PresetTriggerKey(eVolumeTech));
     const Technology optimizer{Family::eGlobal, eAudioOptimizerTech};

@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: MIT
 // One field of a technology record: what it is, where it lies in the record, under which
 // property id it is stored, and what it is when the store does not say.
-#ifndef KORA4_STORE_PATCHES_FIELD_DEF_H
-#define KORA4_STORE_PATCHES_FIELD_DEF_H
+#ifndef KORA4_CONTRACT_FIELD_DEF_H
+#define KORA4_CONTRACT_FIELD_DEF_H
 
 #include <cstddef>
 #include <cstdint>
 
-#include "contract/property_key.h"
-#include "contract/result.h"
+#include "contract/defaults.h"
 #include "contract/value_kind.h"
-#include "store/access/key_access.h"
 
 namespace kora4 {
-
-class KORA4PropKeyStoreAccess;
 
 // A kind as the one character that stands in the field tables.
 constexpr char16_t TypeCodeOf(ValueKind kind) {
@@ -33,7 +29,7 @@ inline constexpr char16_t cSelectedArrayField = TypeCodeOf(ValueKind::eCurveInde
 inline constexpr char16_t cFlagArrayField = TypeCodeOf(ValueKind::eFlagArray);
 
 // A row of a technology's field table (field_tables.h). All positions are in bytes from
-// the start of the record. Stateless; the caller holds the store's named mutex.
+// the start of the record.
 struct KORA4FieldDef {
     // 'u', 'b': one 32-bit number per defaults row. 'f': one float per row. 'F', 'B': one
     // pointer per row to a list of texts, one per array. 'S': an EnumFieldDef.
@@ -46,30 +42,10 @@ struct KORA4FieldDef {
     std::uint16_t m_numArrays;      // 0 for scalars
     std::uint16_t scale;            // 'F': fixed-point divisor of the text, 1 or 256
 
-    // Reads the field under `key` (its pid is replaced) from the static keys. Whatever cannot
-    // be read takes the default of row `defaultsIndex`, and so does everything with
-    // `defaultsOnly`, without asking the store. E_FAIL when a default is broken or the type
-    // code is unknown.
-    HRESULT Load(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t defaultsIndex,
-                 bool defaultsOnly, void* pRecord) const;
-
     // Where the record holds what the store has of the field: a scalar, a count, or an index.
     constexpr std::size_t StoredMember() const {
         return typeCode == cSelectedArrayField ? selectionMember : valueMember;
     }
-
-    // Writes the field; of several arrays none after the first failure.
-    HRESULT Write(KORA4KeyAccess& access, const PropertyKey& key, const void* pRecord) const;
-
-  private:
-    // One load: the place, the row and whether to ask the store.
-    struct Source;
-
-    HRESULT LoadFloatArrays(const Source& source, void* pRecord) const;
-    HRESULT LoadSelectedFloatArray(const Source& source, void* pRecord) const;
-    HRESULT LoadFlagArray(const Source& source, void* pRecord) const;
-    HRESULT WriteFloatArrays(KORA4PropKeyStoreAccess& values, PropertyKey key,
-                             const void* pRecord) const;
 };
 
 static_assert(offsetof(KORA4FieldDef, pDefaults) == 0);
@@ -82,6 +58,40 @@ static_assert(offsetof(KORA4FieldDef, m_numArrays) == 18);
 static_assert(offsetof(KORA4FieldDef, scale) == 20);
 static_assert(sizeof(KORA4FieldDef) == 24);
 
+// What a field, or one of its arrays, is when the store does not say; what it is not stays
+// clear. A selected array has a number, its index; an array is a text, null when there is none.
+struct FieldDefault {
+    std::uint32_t number = 0;
+    float real = 0;
+    const char16_t* pwText = nullptr;
+};
+
+inline FieldDefault DefaultOf(const KORA4FieldDef& field, std::uint32_t row,
+                              std::uint32_t array = 0) {
+    FieldDefault value;
+    switch (field.typeCode) {
+        case cUnsignedField:
+        case cBooleanField:
+            value.number = static_cast<const std::uint32_t*>(field.pDefaults)[row];
+            break;
+        case cFloatField:
+            value.real = static_cast<const float*>(field.pDefaults)[row];
+            break;
+        case cSelectedArrayField:
+            value.number =
+                static_cast<const EnumFieldDef*>(field.pDefaults)->pEnumDefaults[row];
+            break;
+        case cFloatArraysField:
+        case cFlagArrayField:
+            if (const auto texts = static_cast<const defaults::TextList*>(field.pDefaults)[row])
+                value.pwText = texts[array];
+            break;
+        default:
+            break;
+    }
+    return value;
+}
+
 }  // namespace kora4
 
-#endif  // KORA4_STORE_PATCHES_FIELD_DEF_H
+#endif  // KORA4_CONTRACT_FIELD_DEF_H

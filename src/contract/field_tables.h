@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 // The field table of every technology, and where each record lies in the patch set.
-#ifndef KORA4_STORE_PATCHES_FIELD_TABLES_H
-#define KORA4_STORE_PATCHES_FIELD_TABLES_H
+#ifndef KORA4_CONTRACT_FIELD_TABLES_H
+#define KORA4_CONTRACT_FIELD_TABLES_H
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 
 #include "contract/defaults.h"
+#include "contract/field_def.h"
 #include "contract/field_ids.h"
 #include "contract/patch_records.h"
+#include "contract/property_key.h"
 #include "contract/technologies.h"
-#include "store/patches/field_def.h"
 
 namespace kora4::fields {
 
@@ -231,4 +232,4 @@ static_assert(IsConsistent(cGlobalRecords));
 
 }  // namespace kora4::fields
 
-#endif  // KORA4_STORE_PATCHES_FIELD_TABLES_H
+#endif  // KORA4_CONTRACT_FIELD_TABLES_H

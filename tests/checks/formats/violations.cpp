@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// What the compiler refuses about trace statements. As it stands this compiles; with one
+// VIOLATION it must not, and the message must have the words below it. violations.sh tries one
+// after the other.
+#include "trace/trace.h"
+
+#ifndef VIOLATION
+#define VIOLATION 0
+#endif
+
+namespace kora4 {
+namespace {
+
+constexpr auto cCount = msg::Message("CKORA4ASL::Count", "%d of %u", "count,count", "");
+constexpr auto cTexts = msg::Message("CKORA4ASL::Texts", "%16s %S %ls", "name,name,name", "");
+constexpr auto cOthers = msg::Message("CKORA4ASL::Others", "%p %10f 0x%08x", "a,b,c", "");
+constexpr auto cWhole = msg::Message("CKORA4ASL::Whole", "100 per cent", "", "");
+constexpr auto cUnknown = msg::Message("CKORA4ASL::Unknown", "%e", "", "");
+constexpr auto cNobodys = msg::Message("Nobody::Writes", "this", "", "");
+
+}  // namespace
+
+void Fits(const void* pointer, float number, long long wide, const char16_t* text) {
+    KALTRACE(cCount, 1, 2u);
+    KALTRACE(cTexts, "a", L"b", text);
+    KALTRACE(cOthers, pointer, number, static_cast<unsigned>(wide));
+    KALTRACE(cWhole);
+#if VIOLATION == 1
+    // says: the message does not take these arguments
+    KALTRACE(cCount, 1);
+#elif VIOLATION == 2
+    // says: the message does not take these arguments
+    KALTRACE(cCount, 1, 2u, 3);
+#elif VIOLATION == 3
+    // says: the message does not take these arguments
+    KALTRACE(cCount, 1, wide);
+#elif VIOLATION == 4
+    // says: the message does not take these arguments
+    KALTRACE(cCount, 1, "two");
+#elif VIOLATION == 5
+    // says: the message does not take these arguments
+    KALTRACE(cTexts, L"a", L"b", text);
+#elif VIOLATION == 6
+    // says: the message does not take these arguments
+    KALTRACE(cTexts, "a", "b", text);
+#elif VIOLATION == 7
+    // says: the message does not take these arguments
+    KALTRACE(cOthers, number, number, 0u);
+#elif VIOLATION == 8
+    // says: the message does not take these arguments
+    KALTRACE(cOthers, pointer, 1, 0u);
+#elif VIOLATION == 9
+    // says: the message does not take these arguments
+    KALTRACE(cWhole, 1);
+#elif VIOLATION == 10
+    // says: the message does not take these arguments
+    KALTRACE(cUnknown, number);
+#elif VIOLATION == 11
+    // says: NotAsTheCatalogueHasIt
+    KALTRACE(cNobodys);
+#elif VIOLATION == 12
+    // says: NotAsTheCatalogueHasIt
+    KALTRACE_SCOPE("Nobody::Writes");
+#endif
+}
+
+}  // namespace kora4
