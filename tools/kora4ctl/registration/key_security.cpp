@@ -76,7 +76,7 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
     if (!ConvertSecurityDescriptorToStringSecurityDescriptorW(
             descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr))
         return "unreadable";
-    const LocalBlock memory(text);
+    const UniqueLocalMemory memory(text);
     return Narrow(text);
 }
 
