@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The methods of the API, by the identifiers of the settings table.
 #include "kora4ctl/access/api_settings.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ namespace kora4::tools {
 
 namespace {
 
-// None: there is no such value.
+// None when there is no such value.
 using Answer = std::optional<Value>;
 using Profile = std::optional<std::uint32_t>;
 

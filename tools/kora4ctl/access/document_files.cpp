@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reading, applying and printing that the verbs of the settings document share.
 #include "kora4ctl/access/document_files.h"
 
 #include "registry/journal.h"

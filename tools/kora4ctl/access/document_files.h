@@ -36,11 +36,13 @@ Plan ReadPlan(const std::string& path, Completeness completeness);
 std::vector<Difference> ApplyPlan(const Context& context, const Plan& plan,
                                   const HeldStore& store);
 
-// A document as a file has it.
+// The indented text with its final newline, as dump writes it into a file.
 std::string ToText(const Json& document);
 
 // One line a change; nothing when there is none.
 void PrintDifferences(Output& output, const std::vector<Difference>& differences);
+
+// One JSON object per difference, as an array.
 Json DocumentOf(const std::vector<Difference>& differences);
 
 }  // namespace kora4::tools

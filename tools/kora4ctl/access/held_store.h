@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "process/program.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 
 namespace kora4::tools {

@@ -21,6 +21,7 @@ enum class Way {
     eStore,
 };
 
+// One setting as it was read.
 struct Reading {
     const Setting* setting = nullptr;
     // What is in force; none when there is nothing, as for a command that is not stored.
@@ -31,6 +32,7 @@ struct Reading {
     // nobody asked.
     Json stored;
 
+    // Whether the value is within the limits of the API; a stored one need not be.
     bool IsInRange() const;
     // "7", "off", "none"
     std::string Text(bool withUnit = false) const;
@@ -38,17 +40,20 @@ struct Reading {
     Json Document() const;
 };
 
+// A setting before and after it was changed.
 struct Change {
     std::optional<Value> old;
     Reading now;
 };
 
+// How much of the store a reading looks at.
 enum class Detail {
     eValue,
     eStored,  // what the store holds, too
 };
 
-// Opens what it needs when it needs it. Single-threaded.
+// Reads and changes settings through the library where it can and through the store where it
+// must. Opens either one on first use. Single-threaded.
 class SettingAccess {
   public:
     explicit SettingAccess(const Context& context) : m_context(context) {}
@@ -65,12 +70,14 @@ class SettingAccess {
     // when nothing was stored because a demo profile is active.
     Change Set(const Setting& setting, std::optional<std::uint32_t> profile,
                const std::string& text, Limits limits, Detail detail);
-    // setting: a switch.
+    // Sets a switch to its opposite. The library toggles the master enable in one step; any
+    // other switch is read and then set, and another client may come in between.
     Change Toggle(const Setting& setting, std::optional<std::uint32_t> profile, Detail detail);
 
     // Whether the interface serves this setting of this profile.
     Way WayOf(const Setting& setting, std::optional<std::uint32_t> profile);
 
+    // The session, opened on first use. Failure with eNotReady when that is not possible.
     ApiSession& Api();
     // Asked of the library; any number that is stored.
     std::uint32_t ActiveProfile();

@@ -9,8 +9,8 @@
 
 namespace kora4::tools {
 
-// A list of words that stands at several places: "settings", "profiles". Two lists are no
-// lists: "files" are those of the disk, "values" depend on the setting before them.
+// A list of words that several places share: "settings", "profiles". Two lists are no lists:
+// "files" are those of the disk, "values" depend on the setting before them.
 struct WordList {
     std::string name;
     std::vector<std::string> words;
@@ -21,6 +21,7 @@ inline constexpr char cValueWords[] = "values";
 // Behind the name of a list: of an argument that can be given several times.
 inline constexpr char cRepeats[] = "...";
 
+// A verb as the command above it offers it.
 struct CompletedVerb {
     std::string name;
     std::string help;
@@ -41,6 +42,7 @@ struct CompletedCommand {
     std::vector<std::string> arguments;  // their lists of words: "settings", "settings..."
 };
 
+// Everything that a script needs.
 struct Completion {
     std::string program;
     std::vector<CompletedCommand> commands;

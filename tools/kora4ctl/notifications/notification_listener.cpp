@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The callback object that collects what the library tells, and the words for each kind of
+// change.
 #include "kora4ctl/notifications/notification_listener.h"
 
 #include <algorithm>
@@ -140,7 +142,8 @@ class NotificationListener::Callback final : public IVeltoKORA4APICallback {
             fill(told);
             m_told.push_back(std::move(told));
         } catch (const std::exception&) {
-            // Out of memory: one line less; the ones to come are worth more than an end of all.
+            // Out of memory: losing this line is better than ending the monitor with a
+            // failure.
         }
         return S_OK;
     }

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
+// Looks at the headers of the file, loads it and calls its entry points.
 #include "kora4ctl/registration/library_file.h"
 
 #include <vector>
 
 #include "base/failure.h"
-#include "base/results.h"
 #include "base/text.h"
+#include "process/files.h"
 
 namespace kora4::tools {
 namespace {
@@ -28,17 +29,15 @@ struct ProgramHead {
 }  // namespace
 
 FileKind KindOfFile(const std::string& path) {
-    const HANDLE opened = CreateFileW(Widen(path).c_str(), GENERIC_READ,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, 0, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) {
+    const UniqueHandle file = OpenPath(path, GENERIC_READ, OPEN_EXISTING,
+                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    if (!file) {
         const DWORD attributes = GetFileAttributesW(Widen(path).c_str());
         if (attributes == INVALID_FILE_ATTRIBUTES)
             return FileKind::eAbsent;
         return attributes & FILE_ATTRIBUTE_DIRECTORY ? FileKind::eNoProgram
                                                      : FileKind::eUnreadable;
     }
-    const UniqueHandle file(opened);
     IMAGE_DOS_HEADER dos{};
     ProgramHead head{};
     if (!ReadAt(file.Get(), 0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE ||
@@ -97,10 +96,10 @@ RegistrableLibrary::RegistrableLibrary(const std::string& path) {
     // A full path, and its folder for what it needs itself.
     m_module.Reset(LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (!m_module)
-        throw Failure(
-            ExitCode::eBadInput,
-            path + " cannot be loaded: " + InWords(HRESULT_FROM_WIN32(GetLastError())) + ".",
-            "The file is damaged, or a library that it needs is missing; install it again.");
+        throw Win32Failure(
+            GetLastError(), path + " cannot be loaded",
+            "The file is damaged, or a library that it needs is missing; install it again.",
+            ExitCode::eBadInput);
     m_register = Find("DllRegisterServer", path);
     m_unregister = Find("DllUnregisterServer", path);
 }

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 
@@ -30,12 +30,18 @@ std::string VersionText(const ULONG (&parts)[4]);
 // That of the version resource; empty without one.
 std::string FileVersion(const std::string& path);
 
+struct ModuleTraits {
+    using Type = HMODULE;
+    static void Close(HMODULE module) { FreeLibrary(module); }
+};
+
 // A loaded library that registers itself.
 class RegistrableLibrary {
   public:
-    // Failure with eBadInput for what is no such library, in one sentence.
+    // Failure with eBadInput for a file that is not such a library, in one sentence.
     explicit RegistrableLibrary(const std::string& path);
 
+    // Calls the library's own DllRegisterServer or DllUnregisterServer and returns its result.
     HRESULT Register() const { return m_register(); }
     HRESULT Unregister() const { return m_unregister(); }
 
@@ -43,7 +49,7 @@ class RegistrableLibrary {
     using Entry = HRESULT(WINAPI*)();
     Entry Find(const char* name, const std::string& path) const;
 
-    Unique<HMODULE, FreeLibrary> m_module;
+    UniqueResource<ModuleTraits> m_module;
     Entry m_register;
     Entry m_unregister;
 };

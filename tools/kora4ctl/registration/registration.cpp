@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads what is registered, key by key, tries to create the object, and says what is wrong
+// with it.
 #include "kora4ctl/registration/registration.h"
 
 #include <kora4api.h>
@@ -11,7 +13,7 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/version.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {

@@ -14,8 +14,11 @@ namespace kora4::tools {
 
 // "QXA64T.dll" beside this program. Paths are UTF-8.
 std::string LibraryBesideTool();
+
+// The path made absolute; as it is when that fails.
 std::string FullPath(const std::string& path);
 
+// For whom the class is registered.
 enum class RegisteredFor { eNobody, eMachine, eUser };
 
 // What COM finds, key by key; texts are empty where there is nothing.
@@ -34,11 +37,13 @@ struct Registration {
     FileKind file = FileKind::eAbsent;
     HRESULT creation = S_OK;  // of making an object; not tried without a file
 
+    // Whether the class is registered, or anything of the library at all.
     bool IsThere() const { return where != RegisteredFor::eNobody; }
     bool IsAnythingThere() const { return IsThere() || !appId.empty() || !typeLibrary.empty(); }
 };
 
-// An apartment of the thread's own for a while; one that it has already serves as well.
+// Enters an apartment for the length of a scope; one that the thread is in already serves as
+// well.
 class ApartmentScope {
   public:
     ApartmentScope() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
@@ -53,9 +58,10 @@ class ApartmentScope {
     HRESULT m_result;
 };
 
-// "{16CC6CDB-...}"
+// The identifier of the class that the library serves, "{16CC6CDB-...}".
 std::string ServedClass();
 
+// Reads everything that COM would, and makes an object to see whether that works.
 Registration ReadRegistration();
 
 // What is wrong with it; empty: all right. `expectedPath` may be empty: any file will do.

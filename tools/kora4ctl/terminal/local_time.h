@@ -9,10 +9,12 @@
 
 namespace kora4::tools {
 
+// A point in time, to the millisecond.
 class Moment {
   public:
     Moment() = default;
     explicit Moment(const FILETIME& time);
+    // The time of the call.
     static Moment Now();
 
     std::string Date() const;   // "2031-05-01"

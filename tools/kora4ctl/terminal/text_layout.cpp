@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Fits texts into columns: aligns, cuts, wraps, and replaces what a terminal would act on.
 #include "kora4ctl/terminal/text_layout.h"
 
 #include <algorithm>
@@ -90,8 +91,8 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
 void PrintBeside(Output& output, const std::string& heading, const std::string& text) {
     constexpr std::size_t cLeast = 20;
     const std::size_t indent = Columns(heading);
-    // Some consoles count the characters of a colour sequence as columns, and none may be left
-    // over at the end of the line.
+    // Wine's consoles count the characters of a colour sequence as columns, and none may be
+    // left over at the end of the line.
     const std::size_t taken = heading.size() + 1;
     const std::size_t columns =
         output.Width() > taken + cLeast ? output.Width() - taken : cLeast;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// kora4ctl doctor: what is wrong on this machine, and how to mend it.
+// kora4ctl doctor: what is wrong on this machine, and how to repair it.
 #include "kora4ctl/doctor/doctor.h"
 
 #include "base/text.h"
@@ -128,7 +128,7 @@ ExitCode Doctor(const Context& context, const Options& options) {
         output.Complain("Interrupted: not everything was looked at.");
         code = ExitCode::eFailed;
     }
-    // A thread that hangs in the library would hang the orderly end of the process as well.
+    // A thread that hangs in the library would also hang the ordinary end of the process.
     if (examination.hasHungThread)
         TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
     return code;

@@ -57,7 +57,7 @@ Fixed Fix(const Context& context, const HeldStore& store, const std::vector<Find
     return fixed;
 }
 
-// What was mended and cannot be loaded from the dump: a line for each.
+// One line for each repaired value that the dump cannot restore.
 std::vector<std::string> OutsideOfDumps(const std::vector<Difference>& changes) {
     std::vector<std::string> lines;
     for (const Difference& change : changes)

@@ -8,8 +8,8 @@
 #include "kora4ctl/registration/library_file.h"
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
-#include "process/handles.h"
-#include "registry/store_access.h"
+#include "platform/handles.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools {
 
@@ -104,7 +104,7 @@ bool IsElevated() {
            elevation.TokenIsElevated;
 }
 
-// The library's own answer to the wish to be registered.
+// What the library's own registration answered.
 void Expect(HRESULT hr, const std::string& path, const char* what) {
     if (SUCCEEDED(hr))
         return;

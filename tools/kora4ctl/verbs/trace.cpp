@@ -2,7 +2,6 @@
 // kora4ctl trace: what the library traces, and the log files that it writes.
 #include "base/failure.h"
 #include "base/nearest.h"
-#include "base/results.h"
 #include "base/text.h"
 #include "contract/messages/trace_categories.h"
 #include "kora4ctl/access/held_store.h"
@@ -12,6 +11,7 @@
 #include "kora4ctl/explain/trace_word.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
+#include "process/win32_failure.h"
 
 namespace kora4::tools {
 
@@ -58,15 +58,13 @@ void TellStored(const Context& context, const TraceWord& word) {
     context.output.Say(cTakesEffect);
 }
 
-// The library writes files into a folder that is there, and never makes it.
+// The library writes into an existing folder and never creates it.
 void MakeLogFolder(Output& output) {
     if (HasLogFolder())
         return;
     if (!CreateDirectoryW(Widen(LogFolder()).c_str(), nullptr))
-        throw Failure(ExitCode::eFailed,
-                      "The folder " + LogFolder() + " cannot be made: " +
-                          InWords(HRESULT_FROM_WIN32(GetLastError())) + ".",
-                      "Make it as an administrator; without it no log file is written.");
+        throw Win32Failure(GetLastError(), "The folder " + LogFolder() + " cannot be made",
+                           "Make it as an administrator; without it no log file is written.");
     output.Say("Made the folder " + LogFolder() + ".");
 }
 
@@ -117,7 +115,7 @@ Json DocumentOf(const std::string& line) {
             {"text", parsed->message}};
 }
 
-// Problems stand out, entry and exit stand back.
+// Problems are highlighted; entry and exit lines are dimmed.
 std::string Painted(const Output& output, const std::string& line) {
     const auto parsed = ParseTraceLine(line);
     if (!parsed)
