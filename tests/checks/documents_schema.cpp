@@ -442,7 +442,7 @@ std::vector<Row> TraceBits(const Document&) {
     std::ranges::for_each(contract::cTraceCategories, add);
     std::ranges::for_each(contract::cTraceMasterSwitch, add);
     std::vector<std::pair<std::string, std::uint32_t>> flags;
-    for (const auto& [name, number] : EnumeratorsOf("src/trace/trace.h", "Flag :"))
+    for (const auto& [name, number] : EnumeratorsOf("src/contract/trace_flags.h", "Flag :"))
         flags.emplace_back(name, number);
     EXPECT_EQ(flags, published);
     return rows;
