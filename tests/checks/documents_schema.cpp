@@ -74,12 +74,12 @@ PropertyKey KeyOf(const std::string& family, std::uint32_t technology, std::uint
         return pkey::Setting(pid);
     if (family == "engine mask")
         return {pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid};
-    if (family == "flags" || family == "fields")
-        return PresetPatchKey(preset, profile, family == "flags" ? pkey::cSwitchPid : pid);
+    if (family == "switches" || family == "fields")
+        return PresetPatchKey(preset, profile, family == "switches" ? pkey::cSwitchPid : pid);
     if (family == "triggers")
         return PresetTriggerKey(preset);
-    if (family == "global flags" || family == "global fields")
-        return GlobalPatchKey(global, family == "global flags" ? pkey::cSwitchPid : pid);
+    if (family == "global switches" || family == "global fields")
+        return GlobalPatchKey(global, family == "global switches" ? pkey::cSwitchPid : pid);
     if (family == "global triggers")
         return GlobalTriggerKey(global);
     return family == "names" ? ProfileNameKey(profile) : PropertyKey{};
@@ -271,7 +271,7 @@ bool FlagOf(std::uint32_t technology, std::uint32_t profile) {
         static_cast<KORA4PresetTechnology>(technology), profile);
 }
 
-// The preset profile whose flags these are, or "on" for all set.
+// The preset profile whose switches these are, or "on" for all set.
 std::string FlagsRow(std::uint32_t profile) {
     const auto isLike = [&](auto flagOf) {
         for (std::uint32_t t = eVolumeTech; t < eNumberKORA4PresetTechnologies; ++t)

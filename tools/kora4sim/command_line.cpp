@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The options of kora4sim, their checks, and the two things that it does: list its scenes, run
+// an engine.
 #include "kora4sim/command_line.h"
 
 #include <cmath>
@@ -9,6 +11,7 @@
 #include "kora4sim/engine/engine.h"
 #include "kora4sim/scene/scene.h"
 #include "process/program.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools::sim {
 
@@ -84,7 +87,7 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
     return options;
 }
 
-// That many processing objects: the scene's own, and its last one again and again.
+// As many processing objects as asked for: the scene's own, the last one repeated.
 void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
     if (root.count("--records") == 0)
         return;

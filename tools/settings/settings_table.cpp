@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Builds the table of settings from the schema and from what it does not say: names, aliases,
+// methods of the interface.
 #include "settings/settings_table.h"
 
 #include <algorithm>
@@ -273,7 +275,7 @@ std::vector<Setting> MakeTable() {
                 rows.push_back(GeneralRow(general));
     };
     addGeneral(contract::SettingRole::eUser);
-    // What people ask for comes first.
+    // What users ask for most comes first.
     std::stable_partition(rows.begin(), rows.end(), [](const Setting& setting) {
         return setting.role == Role::eActiveProfile;
     });

@@ -16,7 +16,7 @@ namespace kora4::tools {
 
 namespace {
 
-// None: there is no such value.
+// None when there is no such value.
 using Answer = std::optional<Value>;
 using Profile = std::optional<std::uint32_t>;
 

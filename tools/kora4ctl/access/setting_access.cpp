@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Chooses between the library and the store for each setting, and refuses what neither would
+// keep.
 #include "kora4ctl/access/setting_access.h"
 
 #include "base/failure.h"
@@ -11,8 +13,8 @@ namespace kora4::tools {
 
 namespace {
 
-// What is in force when the store holds nothing, or what is stored does not count: in a demo
-// profile values are the built-in ones, whatever is stored.
+// The value in force when nothing is stored, or when the stored one does not count: a demo
+// profile uses the built-in values, whatever is stored.
 std::optional<Value> BuiltIn(const SchemaValue& value) {
     const std::optional<StoredValue> standIn = value.Default();
     return standIn ? Decode(value, *standIn) : std::nullopt;
@@ -26,7 +28,7 @@ const char* NameOfWay(Way way) {
     return way == Way::eApi ? "api" : "store";
 }
 
-// A read-only setting has a place in the store all the same, and --stored gets there.
+// A setting that the API only reads can still be written in the store, with --stored.
 void RefuseUnlessWritable(const Setting& setting, Limits limits) {
     if (setting.perProfile && !setting.isStored)
         throw Failure(ExitCode::eBadInput, "'" + setting.name + "' is more than one value.",
@@ -41,7 +43,7 @@ void RefuseUnlessWritable(const Setting& setting, Limits limits) {
                       "start.");
 }
 
-// Where a setting stands in the store: the bands as one stand where their gains do.
+// Where a setting is stored; for the bands as a whole, where their gains are.
 const Setting* PlaceOf(const Setting& setting) {
     if (setting.isStored)
         return &setting;

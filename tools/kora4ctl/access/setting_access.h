@@ -12,7 +12,7 @@
 
 #include "process/api_session.h"
 #include "process/program.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 #include "settings/settings_table.h"
 
@@ -27,6 +27,7 @@ enum class Way {
     eStore,
 };
 
+// One setting as it was read.
 struct Reading {
     const Setting* setting = nullptr;
     // What is in force; none when there is nothing, as for a command that is not stored.
@@ -37,6 +38,7 @@ struct Reading {
     // nobody asked.
     Json stored;
 
+    // Whether the value is within the limits of the API; a stored one need not be.
     bool IsInRange() const;
     // "7", "off", "none"
     std::string Text(bool withUnit = false) const;
@@ -44,17 +46,20 @@ struct Reading {
     Json Document() const;
 };
 
+// A setting before and after it was changed.
 struct Change {
     std::optional<Value> old;
     Reading now;
 };
 
+// How much of the store a reading looks at.
 enum class Detail {
     eValue,
     eStored,  // what the store holds, too
 };
 
-// Opens what it needs when it needs it. Single-threaded.
+// Reads and changes settings through the library where it can and through the store where it
+// must. Opens either one on first use. Single-threaded.
 class SettingAccess {
   public:
     explicit SettingAccess(const Context& context) : m_context(context) {}
@@ -71,15 +76,19 @@ class SettingAccess {
     // when nothing was stored because a demo profile is active.
     Change Set(const Setting& setting, std::optional<std::uint32_t> profile,
                const std::string& text, Limits limits, Detail detail);
-    // setting: a switch.
+    // Sets a switch to its opposite. The library toggles the master enable in one step; any
+    // other switch is read and then set, and another client may come in between.
     Change Toggle(const Setting& setting, std::optional<std::uint32_t> profile, Detail detail);
 
     // Whether the interface serves this setting of this profile.
     Way WayOf(const Setting& setting, std::optional<std::uint32_t> profile);
 
+    // The session, opened on first use. Failure with eNotReady when that is not possible.
     ApiSession& Api();
     // Asked of the library; any number that is stored.
     std::uint32_t ActiveProfile();
+
+    // The store without and with its mutex; the caller owns both.
     std::unique_ptr<StoreAccess> Store(OpenMode mode) const { return OpenStore(mode); }
     StoreLock Lock() const { return StoreLock(cLockPatience, m_context.interrupt.Event()); }
 
@@ -93,10 +102,10 @@ class SettingAccess {
 };
 
 // Returns when nobody holds the store; what StoreLock throws otherwise. The library itself
-// waits for it without end, so this comes before it is started.
+// waits without a limit, so call this before using it.
 void WaitForStore(const Context& context);
 
-// As ActiveProfile, from the store; the caller holds its mutex.
+// Like ActiveProfile, but from the store; the caller holds its mutex.
 std::uint32_t StoredActiveProfile(StoreAccess& store);
 
 // Failure with eRefused when setters store nothing: the active profile is a demo profile, or
@@ -114,6 +123,9 @@ bool IsFrozenInDemo(const Setting& setting);
 std::optional<Value> ReadThroughApi(const Setting& setting,
                                     std::optional<std::uint32_t> profile,
                                     const ApiSession& api);
+
+// Writes through the method of the interface that serves the setting. Failure by the method's
+// result.
 void WriteThroughApi(const Setting& setting, std::optional<std::uint32_t> profile,
                      const Value& value, const ApiSession& api);
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Locking, reading and printing that the verbs of the settings document share.
 #include "kora4ctl/access/settings_document.h"
 
 #include "base/failure.h"

@@ -24,7 +24,7 @@ void TellIfAbandoned(const Context& context, const StoreLock& lock);
 // names the file, too.
 Plan ReadPlan(const std::string& path, Completeness completeness);
 
-// A document as a file has it.
+// The indented text with its final newline, as dump writes it into a file.
 std::string ToText(const Json& document);
 
 // "3 values"
@@ -32,6 +32,8 @@ std::string CountOfValues(std::size_t count);
 
 // One line a change; nothing when there is none.
 void PrintDifferences(Output& output, const std::vector<Difference>& differences);
+
+// One JSON object per difference, as an array.
 Json DocumentOf(const std::vector<Difference>& differences);
 
 }  // namespace kora4::tools

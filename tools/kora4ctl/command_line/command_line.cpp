@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Puts the program together: its summary, every verb, and the exit codes below the help.
 #include "kora4ctl/command_line/command_line.h"
 
 #include "kora4ctl/verbs.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Collects the completions from the command line itself, so that a new verb or option needs
+// nothing more.
 #include "kora4ctl/command_line/completion.h"
 
 #include <string_view>

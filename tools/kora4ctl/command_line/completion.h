@@ -9,8 +9,8 @@
 
 namespace kora4::tools {
 
-// A list of words that stands at several places: "settings", "profiles". Two lists are no
-// lists: "files" are those of the disk, "values" depend on the setting before them.
+// A list of words that several places share: "settings", "profiles". Two lists are no lists:
+// "files" are those of the disk, "values" depend on the setting before them.
 struct WordList {
     std::string name;
     std::vector<std::string> words;
@@ -18,6 +18,7 @@ struct WordList {
 inline constexpr char cFileWords[] = "files";
 inline constexpr char cValueWords[] = "values";
 
+// An option: its spellings, and the words that its value takes.
 struct CompletedOption {
     std::vector<std::string> names;  // "--lines", "-n"
     std::string help;
@@ -25,11 +26,13 @@ struct CompletedOption {
     std::string words;  // the list of its value; empty for none
 };
 
+// A positional argument.
 struct CompletedArgument {
     std::string words;  // as above
     bool repeats = false;
 };
 
+// A verb as the command above it offers it.
 struct CompletedVerb {
     std::string name;
     std::string help;
@@ -43,11 +46,13 @@ struct CompletedCommand {
     std::vector<CompletedArgument> arguments;
 };
 
+// The words that a setting's value may be.
 struct SettingWords {
     std::string name;
     std::vector<std::string> words;
 };
 
+// Everything that a script needs.
 struct Completion {
     std::string program;
     std::vector<CompletedCommand> commands;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Fits texts into columns: aligns, cuts, and replaces what a terminal would act on.
 #include "kora4ctl/command_line/options.h"
 
 #include <algorithm>

@@ -32,7 +32,7 @@ class ProfileOption {
 // Columns that line up, each line with two blanks before it; for texts of --help.
 std::string Aligned(const std::vector<std::vector<std::string>>& rows);
 
-// At most so many columns, with dots for what is left away at the end, or at the beginning.
+// At most so many columns; dots stand for what is cut off at the end, or at the beginning.
 std::string Cut(const std::string& text, std::size_t columns);
 std::string CutFront(const std::string& text, std::size_t columns);
 

@@ -10,8 +10,8 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "kora4ctl/doctor/doctor.h"
+#include "platform/handles.h"
 #include "process/api_session.h"
-#include "process/handles.h"
 #include "settings/schema.h"
 
 namespace kora4::tools {
@@ -22,7 +22,8 @@ using Microsoft::WRL::ComPtr;
 // Below this, in dB, nobody hears anything.
 constexpr float cSilence = -100;
 
-// In milliseconds: a call that does not hang is over by then, and the process ends in order.
+// In milliseconds. A call that does not hang has returned by then, and the process can end in
+// the ordinary way.
 constexpr DWORD cLastChance = 500;
 
 // What a trial finds out. Shared, because its thread may outlive whoever waits for it.
@@ -47,12 +48,12 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
     SetEvent(trial->done.Get());
 }
 
-// None: the trial hangs or was interrupted, which is among the findings of the result then.
+// None when the trial hangs or was interrupted; the result then has a finding that says so.
 std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
                              const TrialBody& body) {
     const auto trial = std::make_shared<Trial>();
     std::thread thread([trial, body] { Run(trial, body); });
-    // Room for what the trial itself waits for.
+    // Allows for the waits of the trial itself.
     const DWORD patience = 3 * examination.patience;
     const HANDLE events[] = {examination.context.interrupt.Event(), trial->done.Get()};
     const DWORD ended = WaitForMultipleObjects(2, events, FALSE, patience);
@@ -62,7 +63,7 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
         return trial;
     }
     if (ended == WAIT_OBJECT_0) {
-        // The person was faster; the library may be well.
+        // Interrupted by the user: that says nothing about the library.
         result.Add(Severity::eNote, "Interrupted.");
         if (WaitForSingleObject(trial->done.Get(), cLastChance) == WAIT_OBJECT_0) {
             thread.join();
@@ -103,7 +104,7 @@ void UseLibrary(Trial& trial) {
     trial.result.summary = "initialised in " + std::to_string(ready - begin) + " ms, answers";
 }
 
-// Hears of a value, nothing else.
+// Notes that a value was told, and ignores everything else.
 class ValueListener final : public IVeltoKORA4APICallback {
   public:
     explicit ValueListener(HANDLE told) : m_told(told) {}

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads and writes the bands through the library for the active profile, and through the store
+// for any other.
 #include "kora4ctl/equalizer/equalizer_access.h"
 
 #include <algorithm>

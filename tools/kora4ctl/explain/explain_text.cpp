@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Recognises a code or a trace line, looks it up in the published tables, and formats what is
+// known of it.
 #include "kora4ctl/explain/explain_text.h"
 
 #include <algorithm>
@@ -70,7 +72,7 @@ std::optional<std::uint32_t> ParseDecimal(std::string_view text) {
     }
     const auto number = Parsed(text, 10);
     const auto hex = text.size() == 8 ? Parsed(text, 16) : std::nullopt;
-    // 80004005 and its like are copied without their 0x more often than they are decimal.
+    // Digits like 80004005 are more often a code copied without its 0x than a decimal number.
     if (hex && contract::FindResult(*hex) && !(number && contract::FindResult(*number)))
         return hex;
     if (number && *number < 0x10000 && !contract::FindResult(*number))
@@ -101,7 +103,7 @@ Explanation OfCode(std::string_view input, std::uint32_t code) {
     return explanation;
 }
 
-// A result that somebody else's text has in it.
+// Finds a result inside any other text.
 std::optional<std::uint32_t> CodeIn(const std::string& text) {
     const std::string lower = Lower(text);
     for (std::size_t at = lower.find("0x"); at != std::string::npos;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// One function for each kind of value that trace lines print.
 #include "kora4ctl/explain/explain_values.h"
 
 #include <kora4api.h>
@@ -51,7 +52,7 @@ std::string OfTechnology(std::optional<std::uint32_t> number) {
     return "no technology";
 }
 
-// The enumerators of the API stand in lines as they are called.
+// Trace lines show the API's enumerators by name.
 std::string OfTechnologyName(std::string_view name) {
 #define KORA4_NAMED(technology) \
     { technology, #technology }

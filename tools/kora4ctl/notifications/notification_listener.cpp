@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The callback object that collects what the library tells, and the words for each kind of
+// change.
 #include "kora4ctl/notifications/notification_listener.h"
 
 #include <algorithm>
@@ -91,7 +93,8 @@ class NotificationListener::Callback final : public IVeltoKORA4APICallback {
         try {
             m_told.push_back({Moment::Now(), GetTickCount64(), change});
         } catch (const std::bad_alloc&) {
-            // One line less; the ones to come are worth more than an end of it all.
+            // Out of memory: losing this line is better than ending the monitor with a
+            // failure.
         }
         return S_OK;
     }

@@ -33,6 +33,7 @@ struct Notification {
     Json Document() const;
 };
 
+// A call of the library as it came in, before it is put into words.
 struct Told;
 
 // Registered with the object for as long as it lives. Belongs to the thread of the object's

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a look at the machine has shown.
+// What an inspection of the machine found.
 #ifndef KORA4_KORA4CTL_RECORDING_OBSERVATION_H
 #define KORA4_KORA4CTL_RECORDING_OBSERVATION_H
 
@@ -11,6 +11,7 @@
 
 namespace kora4::tools {
 
+// One thing found out, with what to do about it.
 struct Observation {
     Severity severity = Severity::eNote;
     std::string what;  // sentences

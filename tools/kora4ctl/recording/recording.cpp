@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The differences between two settings documents, and the reader that checks a recording line
+// by line.
 #include "kora4ctl/recording/recording.h"
 
 #include <algorithm>
@@ -15,7 +17,7 @@ namespace kora4::tools {
 
 namespace {
 
-// Where the members of a document's section are: of a profile or of none.
+// A section of a document: general, global, or one profile.
 struct Section {
     std::string profile;
     std::string group;  // "general", "global", or empty
@@ -121,7 +123,7 @@ bool IsSwitchName(const std::string& name) {
     return setting != nullptr && setting->IsSwitch() && setting->perProfile;
 }
 
-// Null: what was told was no number.
+// Null: the value told was not a number.
 bool IsPatchValue(const std::string& name, const Json& value) {
     const Setting* const setting = FindSetting(name);
     if (setting == nullptr || setting->writer != "SetSimplePatchValue")
@@ -185,7 +187,7 @@ void CheckEvent(const Json& line, const std::string& event) {
            "that is no value of the event '" + event + "'.");
 }
 
-// Takes a recording line by line.
+// Reads a recording line by line.
 class Reader {
   public:
     void Take(const Json& line) {
@@ -336,7 +338,7 @@ Recording ReadRecording(std::string_view text) {
                           "Line " + std::to_string(number) + ": " + failure.what(),
                           failure.Next());
         } catch (const Json::exception& error) {
-            // What no check above has seen is wrong with the file all the same.
+            // Whatever the checks above let through is still a fault of the file.
             const std::string message = error.what();
             const std::size_t begin = message.find("] ");
             Refuse("Line " + std::to_string(number) + ": " +

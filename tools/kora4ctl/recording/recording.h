@@ -33,11 +33,13 @@ struct RecordedGroup {
     Json changes = Json::array();
 };
 
+// A whole recording.
 struct Recording {
     Json start;  // settings documents
     std::vector<RecordedGroup> groups;
     Json end;
 
+    // The number of recorded lines between the first and the last.
     std::size_t Events() const;
 };
 

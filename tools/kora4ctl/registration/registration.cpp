@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads what is registered, key by key, tries to create the object, and says what is wrong
+// with it.
 #include "kora4ctl/registration/registration.h"
 
 #include <kora4api.h>
@@ -11,7 +13,7 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/version.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {
@@ -89,7 +91,8 @@ bool IsSamePath(const std::string& one, const std::string& other) {
     return canonical(one) == canonical(other);
 }
 
-// An apartment of the thread's own for a while; one that it has already serves as well.
+// Enters an apartment for the length of a scope; one that the thread is in already serves as
+// well.
 class ApartmentScope {
   public:
     ApartmentScope() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}

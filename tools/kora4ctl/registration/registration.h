@@ -14,6 +14,8 @@ namespace kora4::tools {
 
 // "QXA64T.dll" beside this program. Paths are UTF-8.
 std::string LibraryBesideTool();
+
+// The path made absolute; as it is when that fails.
 std::string FullPath(const std::string& path);
 
 // ---- The file ---------------------------------------------------------------------------
@@ -37,12 +39,13 @@ std::string FileVersion(const std::string& path);
 // A loaded library that registers itself.
 class RegistrableLibrary {
   public:
-    // Failure with eBadInput for what is no such library, in one sentence.
+    // Failure with eBadInput for a file that is not such a library, in one sentence.
     explicit RegistrableLibrary(const std::string& path);
     ~RegistrableLibrary();
     RegistrableLibrary(const RegistrableLibrary&) = delete;
     RegistrableLibrary& operator=(const RegistrableLibrary&) = delete;
 
+    // Calls the library's own DllRegisterServer or DllUnregisterServer and returns its result.
     HRESULT Register() const { return m_register(); }
     HRESULT Unregister() const { return m_unregister(); }
 
@@ -57,6 +60,7 @@ class RegistrableLibrary {
 
 // ---- The registration -------------------------------------------------------------------
 
+// For whom the class is registered.
 enum class RegisteredFor { eNobody, eMachine, eUser };
 
 // What COM finds, key by key; texts are empty where there is nothing.
@@ -75,13 +79,15 @@ struct Registration {
     FileKind file = FileKind::eAbsent;
     HRESULT creation = S_OK;  // of making an object; not tried without a file
 
+    // Whether the class is registered, or anything of the library at all.
     bool IsThere() const { return where != RegisteredFor::eNobody; }
     bool IsAnythingThere() const { return IsThere() || !appId.empty() || !typeLibrary.empty(); }
 };
 
-// "{16CC6CDB-...}"
+// The identifier of the class that the library serves, "{16CC6CDB-...}".
 std::string ServedClass();
 
+// Reads everything that COM would, and makes an object to see whether that works.
 Registration ReadRegistration();
 
 // What is wrong with it; empty: all right. `expectedPath` may be empty: any file will do.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads the local time with its offset from UTC, and writes it in two forms.
 #include "kora4ctl/terminal/local_time.h"
 
 #include <cstdlib>

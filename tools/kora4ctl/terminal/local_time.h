@@ -9,8 +9,10 @@
 
 namespace kora4::tools {
 
+// A point in time, to the millisecond.
 class Moment {
   public:
+    // The time of the call.
     static Moment Now();
 
     // "14:03:22.123"

@@ -69,8 +69,7 @@ ExitCode Enter(const Context& context, const DemoOptions& options) {
     return Tell(context, "In a demo.", ReadState(access));
 }
 
-// Who entered a demo is known to the library's object alone, and the one of an earlier run is
-// gone.
+// Only the object that entered a demo knows that it did, and that of an earlier run is gone.
 ExitCode Leave(const Context& context, const DemoOptions&) {
     SettingAccess access(context);
     const State before = ReadState(access);

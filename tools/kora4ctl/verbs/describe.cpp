@@ -92,7 +92,7 @@ std::optional<SchemaValue> PlaceOf(const Setting& setting,
     return setting.Stored(std::max(profile.value_or(first), first));
 }
 
-// The present value, or why there is none to be had: a description needs no library.
+// The present value, or why it cannot be read: a description needs no library.
 struct Present {
     std::optional<Reading> reading;
     std::string problem;

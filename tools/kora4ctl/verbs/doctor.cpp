@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// kora4ctl doctor: what is wrong on this machine, and how to mend it.
+// kora4ctl doctor: what is wrong on this machine, and how to repair it.
 #include "kora4ctl/doctor/doctor.h"
 
 #include <memory>
@@ -56,7 +56,7 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
 // A paragraph beside the two columns of words. What a program reads stays on one line.
 void PrintBeside(Output& output, const std::string& head, const std::string& text) {
     const std::size_t indent = cSeverityWidth + cNameWidth;
-    // Some consoles count the characters of a colour sequence as columns.
+    // Wine's consoles count the characters of a colour sequence as columns.
     const std::size_t taken = indent + 1 + head.size() - Columns(head);
     const std::size_t width = output.Width() > taken + 20 ? output.Width() - taken : 20;
     const std::vector<std::string> lines =
@@ -163,7 +163,7 @@ ExitCode Doctor(const Context& context, const Options& options) {
         output.Complain("Interrupted: not everything was looked at.");
         code = ExitCode::eFailed;
     }
-    // A thread that hangs in the library would hang the orderly end of the process as well.
+    // A thread that hangs in the library would also hang the ordinary end of the process.
     if (examination.hasHungThread)
         TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
     return code;

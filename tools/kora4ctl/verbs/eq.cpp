@@ -60,7 +60,7 @@ bool IsAllowed(float gain) {
     return gain >= cGraphicEQGainMin && gain <= cGraphicEQGainMax;
 }
 
-// The library would limit gains without a word.
+// The library would limit gains silently.
 Bands Limited(Bands bands, bool isClipped, Output& output) {
     for (std::size_t i = 0; i < bands.size(); ++i) {
         float& gain = bands[i].gain;

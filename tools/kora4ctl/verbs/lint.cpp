@@ -10,6 +10,7 @@
 #include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
+#include "registry/registry_store.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {
@@ -66,7 +67,7 @@ Fixed Fix(const Context& context, StoreAccess& store, const StoreLock& lock,
     return fixed;
 }
 
-// What was mended and cannot be loaded from the dump: a line for each.
+// One line for each repaired value that the dump cannot restore.
 std::vector<std::string> OutsideOfDumps(const std::vector<Difference>& changes) {
     std::vector<std::string> lines;
     for (const Difference& change : changes)

@@ -27,7 +27,7 @@ const char* KindOf(std::uint32_t profile) {
                                       : "unknown";
 }
 
-// What a JSON reader gets of a profile that something was done to.
+// The JSON form of a profile that was changed.
 ExitCode Tell(const Context& context, const std::string& sentence, const Json& document) {
     if (context.output.json)
         context.output.PrintJson(document);

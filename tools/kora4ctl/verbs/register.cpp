@@ -10,7 +10,7 @@
 #include "contract/version.h"
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools {
 
@@ -21,7 +21,7 @@ struct Options {
     bool check = false;
 };
 
-// Registration wants COM, as every program that registers a library has it.
+// Self-registration may use COM, so the caller initialises it.
 class ComHold {
   public:
     ComHold() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
@@ -127,7 +127,7 @@ bool IsElevated() {
     return !isKnown || elevation.TokenIsElevated;
 }
 
-// The library's own answer to the wish to be registered.
+// What the library's own registration answered.
 void Expect(HRESULT hr, const std::string& path, const char* what) {
     if (SUCCEEDED(hr))
         return;

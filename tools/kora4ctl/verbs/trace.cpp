@@ -5,14 +5,14 @@
 
 #include "base/failure.h"
 #include "base/nearest.h"
-#include "base/results.h"
 #include "base/text.h"
 #include "contract/messages/trace_categories.h"
 #include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/explain/trace_log.h"
 #include "kora4ctl/explain/trace_word.h"
 #include "kora4ctl/verbs.h"
-#include "registry/store_access.h"
+#include "process/win32_failure.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 
 namespace kora4::tools {
@@ -56,15 +56,13 @@ void TellStored(const Context& context, const TraceWord& word) {
     context.output.Say(cTakesEffect);
 }
 
-// The library writes files into a folder that is there, and never makes it.
+// The library writes into an existing folder and never creates it.
 void MakeLogFolder(Output& output) {
     if (HasLogFolder())
         return;
     if (!CreateDirectoryW(Widen(LogFolder()).c_str(), nullptr))
-        throw Failure(ExitCode::eFailed,
-                      "The folder " + LogFolder() + " cannot be made: " +
-                          InWords(HRESULT_FROM_WIN32(GetLastError())) + ".",
-                      "Make it as an administrator; without it no log file is written.");
+        throw Win32Failure(GetLastError(), "The folder " + LogFolder() + " cannot be made",
+                           "Make it as an administrator; without it no log file is written.");
     output.Say("Made the folder " + LogFolder() + ".");
 }
 
@@ -122,7 +120,7 @@ Json DocumentOf(const std::string& line) {
             {"text", parsed->text}};
 }
 
-// Problems stand out, entry and exit stand back.
+// Problems are highlighted; entry and exit lines are dimmed.
 std::string Painted(const Output& output, const std::string& line) {
     const std::optional<TraceLine> parsed = ParseTraceLine(line);
     if (!parsed)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The checks of a scene's members, and the messages that name their place.
 #include "kora4sim/scene/checked_json.h"
 
 #include <algorithm>
