@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Compiler settings, and the function that adds a module of the library.
+# Compiler settings, and the function that defines a module of the library.
 
 # Warnings are errors in every target of the project.
 add_library(kora4_warnings INTERFACE)
@@ -40,8 +40,8 @@ target_compile_options(kora4_library_settings INTERFACE
   "$<$<BOOL:${KORA4_COVERAGE}>:${coverage}>")
 target_link_options(kora4_library_settings INTERFACE $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
 
-# kora4_add_module(NAME SOURCES ... [LINK ...]): adds a module of src/ as a static library. Its
-# includes are rooted at src/ and sdk/include/.
+# kora4_add_module(NAME SOURCES ... [LINK ...]): one module under src/, a static library
+# that sees src/ and sdk/include/ as include roots.
 function(kora4_add_module name)
   cmake_parse_arguments(MODULE "" "" "SOURCES;LINK" ${ARGN})
   add_library(${name} STATIC ${MODULE_SOURCES})

@@ -34,15 +34,15 @@ clang_needs=(
   "clang++-16|clang-16"
   "ld.lld-16|lld-16"
 )
-test_needs=(
-  "${clang_needs[@]}"
-  "clang-format-14|clang-format-14"
-  "git|git"
-)
-
 bench_needs=(
   "/usr/include/benchmark/benchmark.h|libbenchmark-dev"
   "perl|perl"
+)
+test_needs=(
+  "${clang_needs[@]}"
+  "${bench_needs[@]}"
+  "clang-format-14|clang-format-14"
+  "git|git"
 )
 
 # missing_packages NEED...: the packages of the needs that are not met, one a line.

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Runs every method in each of its situations on a store in memory, and turns the recorded
+// operations into rows.
 #include "checks/documents_store_use.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Finds the transcripts in a document, runs their commands, and compares or replaces what
+// follows them.
 #include "tools/manuals/transcript.h"
 
 #include <gtest/gtest.h>

@@ -265,6 +265,36 @@ TEST(FloatParserAgainstTheLibrary, AgreesOnRandomDecimals) {
     }
 }
 
+// Most of these are read in 64 bits; the lengths go beyond that on both sides of the point.
+TEST(FloatParserAgainstTheLibrary, AgreesOnNumbersWithoutExponent) {
+    std::mt19937_64 random(4);
+    for (int i = 0; i < 300000; ++i) {
+        std::string text = std::to_string(random() % (std::uint64_t{1} << (random() % 64)));
+        const std::size_t places = random() % 14;
+        if (text.size() < places)
+            text.insert(0, places - text.size(), '0');
+        text.insert(text.size() - places, ".");
+        ExpectScannedLikeTheLibrary(text);
+    }
+}
+
+TEST(FloatParserAgainstTheLibrary, AgreesOnShortTies) {
+    for (std::uint32_t odd = 1; odd < 100000; odd += 2) {
+        // The middle between a float and the next one, and its neighbours.
+        const std::uint64_t middle = (std::uint64_t{1} << 25) + odd;
+        for (int places = 0; places <= 11; ++places) {
+            std::uint64_t scaled = middle;
+            for (int k = 0; k < places; ++k)
+                scaled *= 5;
+            for (const std::uint64_t number : {scaled - 1, scaled, scaled + 1}) {
+                std::string text = std::to_string(number);
+                text.insert(text.size() - static_cast<std::size_t>(places), ".");
+                ExpectScannedLikeTheLibrary(text);
+            }
+        }
+    }
+}
+
 TEST(FloatParserAgainstTheLibrary, AgreesBetweenNeighbouringFloats) {
     std::mt19937 random(3);
     for (int i = 0; i < 50000; ++i) {
