@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Who brings the object up, and who waits for that: the first caller runs, the others get its
-// result.
+// Lets the first caller initialise the object while the others wait for its result.
 #include "api/initialize_guard.h"
 
 #include "monitor/apartment.h"

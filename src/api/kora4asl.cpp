@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What belongs to the API object as a COM object: construction, the end, the interfaces it
-// has, its version. Its other methods stand in one file per area.
+// The API object as a COM object: construction, destruction, interfaces, version. Its other
+// methods are in one file per area.
 #include "api/kora4asl.h"
 
 #include "api/create_api_object.h"

@@ -15,7 +15,7 @@ namespace {
 
 std::atomic<GateStreamHolder::CancelObjectSource> s_cancelObjectSource{nullptr};
 
-// Not every platform's ole32 exports it, so it is not imported.
+// Wine 8's ole32 does not export it, so it is looked up instead of imported.
 GateStreamHolder::CancelObjectSource FindCancelObjectSource() {
     if (const auto source = s_cancelObjectSource.load())
         return source;

@@ -86,7 +86,7 @@ HRESULT RegKeyMonitor::MarshalInterface() {
     return hr;
 }
 
-// A start-up that takes longer than the grace period is a slow one, no failed one.
+// A start-up that takes longer than the grace period is slow, not failed.
 HRESULT RegKeyMonitor::AwaitReady(MonitorSession& session) {
     const HANDLE handles[] = {session.ReadyEvent(), session.Thread()};
     switch (WaitLettingCallsIn(handles, ARRAYSIZE(handles), cGraceMilliseconds)) {

@@ -16,6 +16,7 @@ class CAPABILITY("lock") SlimLock {
     SlimLock(const SlimLock&) = delete;
     SlimLock& operator=(const SlimLock&) = delete;
 
+    // For SlimHold; every other caller holds the lock by a scope.
     void Acquire() ACQUIRE() { AcquireSRWLockExclusive(&m_lock); }
     void Release() RELEASE() { ReleaseSRWLockExclusive(&m_lock); }
 

@@ -69,7 +69,7 @@ my %below_of_tools = (
 );
 my $tables_for_tools = join '|', qw(
     contract/([a-z]+/)?[^/]+ store/patches/field_(tables|def) store/access/named_mutex
-    platform/open_mutex api/patch_limits trace/trace);
+    platform/(handles|open_mutex) api/patch_limits trace/trace);
 
 sub module_of {
     my ($path) = @_;

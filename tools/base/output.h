@@ -5,6 +5,7 @@
 #define KORA4_BASE_OUTPUT_H
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,16 @@ namespace kora4::tools {
 // Members come out in the order in which they went in.
 using Json = nlohmann::ordered_json;
 
+// Null for an empty text, and for what is not there.
+inline Json OrNull(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+template <typename Value>
+Json OrNull(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json();
+}
+
+// How a piece of text stands out on a terminal.
 enum class Style { ePlain, eStrong, eDim, eGood, eWarning, eBad };
 
 // Single-threaded.
@@ -39,7 +50,7 @@ class Output {
     void Table(const std::vector<std::string>& headings,
                const std::vector<std::vector<std::string>>& rows);
 
-    // A message that a user may do without; silent with --quiet.
+    // An optional message; silent with --quiet.
     void Say(std::string_view message);
     // One that is shown always.
     void Complain(std::string_view message);
@@ -55,7 +66,7 @@ class Output {
 
     // Standard output cannot be written to any more.
     bool IsBroken() const { return m_isBroken; }
-    // And it is no reader that went away, who has what he wanted: the disk is full.
+    // Broken, but not because the reader went away with what it wanted: the disk is full.
     bool IsIncomplete() const { return m_isIncomplete; }
 
   private:

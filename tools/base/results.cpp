@@ -63,7 +63,7 @@ std::string InWords(HRESULT hr) {
 HRESULT Check(HRESULT hr, std::string_view doing) {
     const contract::Result* const pResult =
         contract::FindResult(static_cast<std::uint32_t>(hr));
-    // A success that nobody published is one all the same.
+    // An unpublished success code is still a success.
     if (hr == S_OK || hr == S_FALSE || (SUCCEEDED(hr) && !pResult))
         return hr;
     throw Failure(

@@ -69,7 +69,7 @@ Json ParseStrictJson(std::string_view text) {
         const auto* const mistake = dynamic_cast<const Json::parse_error*>(&error);
         if (mistake != nullptr && mistake->byte > text.size())
             Refuse("The document is cut off: it ends in the middle.");
-        // Without the parser's own number of the mistake, "[json.exception...] ".
+        // Drops the parser's own prefix, "[json.exception...] ".
         const std::string message = error.what();
         const std::size_t begin = message.find("] ");
         Refuse("The document is no JSON: " +

@@ -65,7 +65,7 @@ std::string Join(const std::vector<std::string>& texts, std::string_view between
 
 namespace {
 
-// Ranges of characters that terminals show two columns wide, or on top of the one before.
+// Ranges of characters that terminals draw two columns wide, or on top of the previous one.
 struct Range {
     std::uint32_t first;
     std::uint32_t last;
@@ -84,7 +84,7 @@ bool IsIn(const Range (&ranges)[count], std::uint32_t character) {
     return false;
 }
 
-// The character that begins at `at`, and `at` moved behind it.
+// Returns the character that begins at `at` and moves `at` behind it.
 std::uint32_t NextCharacter(std::string_view text, std::size_t& at) {
     const auto byte = static_cast<unsigned char>(text[at++]);
     const unsigned more = byte < 0xC0 ? 0 : byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;

@@ -10,7 +10,7 @@
 
 namespace kora4::tools {
 
-// Whatever is no well-formed text becomes U+FFFD.
+// Malformed text becomes U+FFFD.
 std::string Narrow(std::wstring_view text);
 std::wstring Widen(std::string_view text);
 
@@ -20,7 +20,10 @@ std::string Hex(std::uint32_t number, unsigned digits = 8);
 // The shortest decimal text that reads back as the same float: "7", "0.33", "-12".
 std::string Decimal(float number);
 
+// ASCII letters in lower case; the rest stays.
 std::string Lower(std::string_view text);
+
+// The texts in one, with `between` between any two.
 std::string Join(const std::vector<std::string>& texts, std::string_view between);
 
 // Terminal columns that a text takes: one a character, two for wide ones, none for

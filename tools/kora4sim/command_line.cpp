@@ -11,6 +11,7 @@
 #include "kora4sim/engine/engine.h"
 #include "kora4sim/scene/scene.h"
 #include "process/program.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools::sim {
 
@@ -86,7 +87,7 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
     return options;
 }
 
-// That many processing objects: the scene's own, and its last one again and again.
+// As many processing objects as asked for: the scene's own, the last one repeated.
 void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
     if (root.count("--records") == 0)
         return;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Wakes when something below the dynamic keys is written.
-#ifndef KORA4_REGISTRY_STORE_CHANGE_WATCH_H
-#define KORA4_REGISTRY_STORE_CHANGE_WATCH_H
+#ifndef KORA4_REGISTRY_CHANGE_WATCH_H
+#define KORA4_REGISTRY_CHANGE_WATCH_H
 
 #include <windows.h>
 
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 
@@ -20,8 +20,11 @@ class ChangeWatch {
     // Auto-reset; for a wait for several things. After a wait that took it, Rearm before
     // anything is read, or a write in between is lost.
     HANDLE Event() const { return m_event.Get(); }
+
+    // Asks for the next write. Failure as from the constructor when the platform refuses.
     void Rearm();
 
+    // How a wait ended.
     enum class Wake { eChanged, eInterrupted, eTimedOut };
     // Waits and, when something changed, arms again. `interrupt` may be null.
     Wake Wait(DWORD milliseconds, HANDLE interrupt);
@@ -33,4 +36,4 @@ class ChangeWatch {
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_REGISTRY_STORE_CHANGE_WATCH_H
+#endif  // KORA4_REGISTRY_CHANGE_WATCH_H

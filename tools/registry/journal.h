@@ -5,8 +5,8 @@
 // The file is written beside its place, flushed and moved there before the first value of
 // the store is written, and removed after the last: a journal that is not whole means that
 // the store was not touched.
-#ifndef KORA4_REGISTRY_STORE_JOURNAL_H
-#define KORA4_REGISTRY_STORE_JOURNAL_H
+#ifndef KORA4_REGISTRY_JOURNAL_H
+#define KORA4_REGISTRY_JOURNAL_H
 
 #include <optional>
 #include <string>
@@ -24,6 +24,7 @@ struct JournalEntry {
     std::optional<StoredValue> after;
 };
 
+// Everything that one change of many values will write.
 struct Journal {
     // In the order of writing: static and app values, then dynamic ones.
     std::vector<JournalEntry> entries;
@@ -47,6 +48,7 @@ class JournalFile {
     // platform refuses.
     void Remove() const;
 
+    // What was found in the place of the journal.
     enum class State {
         eAbsent,
         eCutShort,  // writing it was broken off: the store was not touched
@@ -63,4 +65,4 @@ class JournalFile {
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_REGISTRY_STORE_JOURNAL_H
+#endif  // KORA4_REGISTRY_JOURNAL_H

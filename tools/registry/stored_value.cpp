@@ -29,13 +29,13 @@ int DigitValue(char c) {
 std::string Shortened(std::string text, std::size_t longest) {
     if (text.size() <= longest)
         return text;
-    // Never inside a character of several bytes.
+    // Cuts between characters, never inside one of several bytes.
     while (longest > 0 && (static_cast<unsigned char>(text[longest]) & 0xC0) == 0x80)
         --longest;
     return text.substr(0, longest) + "...";
 }
 
-// What would break a line, or command a terminal, is shown as JSON would write it.
+// Control characters, which would break the line or act on a terminal, are escaped as in JSON.
 std::u16string WithoutControls(const std::u16string& text) {
     static constexpr char cDigits[] = "0123456789abcdef";
     std::u16string shown;

@@ -121,7 +121,7 @@ Verdict CheckContent(const SchemaValue& value, const Value& content) {
     return {};
 }
 
-// A text that is read, but is not stored as a text shall be.
+// Finds texts that readers accept although the terminator is missing or not at the end.
 Verdict CheckTermination(const StoredValue& stored) {
     if (stored.type != cTextType)
         return {};

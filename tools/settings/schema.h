@@ -23,6 +23,7 @@ namespace kora4::tools {
 
 using Kind = ValueKind;
 
+// What a value is for.
 enum class Role {
     eSetting,  // a setting that belongs to no technology: master enable, sampling period...
     eActiveProfile,
@@ -44,9 +45,9 @@ struct SchemaValue {
     PropertyKey key{};
     Kind kind = Kind::eNumber;
     Role role = Role::eSetting;
-    // Fields, flags and names of a profile.
+    // Fields, switches and names of a profile.
     std::optional<std::uint32_t> profile;
-    // Fields, flags and triggers.
+    // Fields, switches and triggers.
     Technology technology;
     // Which array of a field with several, from 0 on; how many there are (0: no array).
     unsigned array = 0;
@@ -54,7 +55,7 @@ struct SchemaValue {
     std::uint16_t scale = 0;  // of a numeric array: what is written
     // Fields: the row of the field table. Others: none.
     const KORA4FieldDef* field = nullptr;
-    // Switches and numbers that are no fields: what stands in for them when absent.
+    // Switches and numbers other than fields: what stands in for them when absent.
     std::optional<std::uint32_t> defaultNumber;
 
     // The built-in value, in the form in which it would be stored; none when absence means
@@ -65,6 +66,8 @@ struct SchemaValue {
     // The counter that announces a change; none when the value announces itself or is
     // announced by nothing.
     std::optional<PropertyKey> Announcement() const;
+
+    // The name under which the registry has the value.
     std::string Name() const { return ValueName(key); }
 };
 
@@ -76,19 +79,26 @@ const std::vector<SchemaValue>& Schema();
 // None for a key that the store does not know.
 const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key);
 
-// One value without the walk: a setting of the settings family, the flag (pid 0) or a field
+// One value without the walk: a setting of the settings family, the switch (pid 0) or a field
 // of a technology. `profile` is not looked at for global technologies.
 SchemaValue SettingValue(std::uint32_t pid);
 SchemaValue FlagValue(Technology technology, std::uint32_t profile);
 SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32_t pid);
 // All fields of a technology, each array for itself.
 std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profile);
+
+// The name of a custom profile, 3 to 8.
 SchemaValue NameValue(std::uint32_t customProfile);
+
+// The engine mask, which only the installer writes.
 SchemaValue EngineMaskValue();
+
+// The trigger word of a technology.
 SchemaValue TriggerValue(Technology technology);
 
 // ---- What a value says ------------------------------------------------------------------
 
+// The content of a value: the alternative follows from the kind.
 using Value = std::variant<bool, std::uint32_t, float, std::string, std::vector<float>,
                            std::vector<bool>, Bytes>;
 

@@ -68,7 +68,7 @@ Value FromNumber(const Setting& setting, double number, std::string_view text) {
     return static_cast<std::uint32_t>(number);
 }
 
-// The number of a value that is one.
+// The number in a value that holds one.
 std::optional<double> NumberOf(const Value& value) {
     if (const auto* const number = std::get_if<std::uint32_t>(&value))
         return *number;
@@ -161,7 +161,7 @@ Value ParseNumber(const Setting& setting, std::string_view text,
     return FromNumber(setting, *number, text);
 }
 
-// What is outside the limits; empty when all is within.
+// Says what lies outside the limits; empty when everything is inside.
 std::string OutOfRange(const Setting& setting, const Value& value) {
     const auto isOut = [&setting](double number) {
         // As the library compares: with the limits as floats.
@@ -277,7 +277,8 @@ Json ToJson(const Setting& setting, const Value& value) {
                 return word.word;
         return *number;
     }
-    // By way of the shortest text: a float as such would print digits that nobody typed.
+    // Through the shortest text: converting the float directly would show digits that nobody
+    // typed.
     const auto shortest = [](float number) { return std::stod(Decimal(number)); };
     if (const auto* const number = std::get_if<float>(&value))
         return shortest(*number);

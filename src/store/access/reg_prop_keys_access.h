@@ -42,6 +42,7 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     void Close();
     bool IsOpen() const { return m_opened; }
 
+    // KORA4KeyAccess.
     HRESULT ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
                      std::uint32_t* pValue) override;
     HRESULT ReadText(KORA4KeySet keySet, const PropertyKey& key, char16_t** ppText) override;
@@ -62,8 +63,8 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     // The registry key of a key set; null for a set that is not in the registry.
     const UniqueRegKey* RegistryKey(KORA4KeySet keySet) const;
 
-    // The app keys belong to the installer of the companion applications: what is written
-    // to them goes nowhere, whether they exist or not.
+    // The app keys belong to the installer of the companion applications: writes to them store
+    // nothing, whether they exist or not.
     HKEY HandleToWrite(const UniqueRegKey& key) const;
 
     static HRESULT OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key, bool writable);

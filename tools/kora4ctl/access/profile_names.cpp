@@ -14,7 +14,7 @@ namespace kora4::tools {
 
 namespace {
 
-// A longer one could be stored and not be read again.
+// A longer name could be stored but not read back.
 constexpr std::size_t cLongestName = cMaxTextBytes / sizeof(wchar_t) - 1;
 
 constexpr char cSeeTable[] = "See the custom profiles: kora4ctl profile table";

@@ -3,19 +3,17 @@
 #include "kora4ctl/explain/trace_log.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "base/failure.h"
-#include "base/results.h"
 #include "base/text.h"
-#include "contract/messages/trace_text.h"
-#include "process/handles.h"
+#include "kora4ctl/terminal/local_time.h"
+#include "process/files.h"
 #include "trace/trace.h"
 
 namespace kora4::tools {
 namespace {
 
-// None for what is not of that code page, when `flags` ask for that.
+// None for bytes outside the code page, if `flags` ask for that check.
 std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, DWORD flags) {
     const int length = static_cast<int>(bytes.size());
     const int count = MultiByteToWideChar(codePage, flags, bytes.data(), length, nullptr, 0);
@@ -26,22 +24,20 @@ std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, 
     return Narrow(wide);
 }
 
-// As much of what was read as tells one file from another.
+// Bytes kept from the end of the last read, to tell one file from another.
 constexpr std::size_t cTailBytes = 256;
 
 UniqueHandle OpenToRead(const std::string& path) {
-    const HANDLE file = CreateFileW(Widen(path).c_str(), GENERIC_READ,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file != INVALID_HANDLE_VALUE)
-        return UniqueHandle(file);
+    UniqueHandle file = OpenPath(path, GENERIC_READ, OPEN_EXISTING,
+                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
     const DWORD error = GetLastError();
+    if (file)
+        return file;
     // One that is being removed, or that somebody has for himself at this moment.
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
         error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING)
         return {};
-    throw Failure(ExitCode::eFailed,
-                  path + " cannot be read: " + InWords(HRESULT_FROM_WIN32(error)) + ".");
+    throw Win32Failure(error, path + " cannot be read");
 }
 
 // What is in the file from that place on.
@@ -61,16 +57,11 @@ std::string ReadFrom(HANDLE file, std::uint64_t offset) {
 
 }  // namespace
 
-std::optional<TraceLine> ParseTraceLine(std::string_view text) {
+std::optional<contract::TraceHead> ParseTraceLine(std::string_view line) {
     contract::TraceHead head;
-    if (!contract::ParseTraceHead(text, &head) || head.tag.data() != text.data())
+    if (!contract::ParseTraceHead(line, &head) || head.tag.data() != line.data())
         return {};
-    TraceLine line;
-    line.module = head.tag;
-    std::from_chars(head.line.data(), head.line.data() + head.line.size(), line.line);
-    line.function = head.function;
-    line.text = head.message;
-    return line;
+    return head;
 }
 
 std::string TextOfLine(const std::string& bytes, unsigned codePage) {
@@ -109,9 +100,8 @@ std::vector<LogFile> LogFiles() {
         LogFile file;
         file.name = Narrow(found.cFileName);
         file.bytes = std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
-        FILETIME local{};
-        FileTimeToLocalFileTime(&found.ftLastWriteTime, &local);
-        FileTimeToSystemTime(&local, &file.changed);
+        const Moment changed(found.ftLastWriteTime);
+        file.changed = changed.Date() + " " + changed.Time();
         files.push_back(std::move(file));
     } while (FindNextFileW(search, &found));
     FindClose(search);

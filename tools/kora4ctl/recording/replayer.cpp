@@ -10,6 +10,7 @@
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
 #include "registry/journal.h"
+#include "registry/registry_store.h"
 #include "settings/names.h"
 #include "settings/settings_table.h"
 #include "settings/transaction.h"
@@ -39,8 +40,8 @@ float NumberOf(const Setting& setting, const Json& value) {
 
 }  // namespace
 
-// Results of methods are not looked at anywhere in here: what a method refuses, the store
-// takes afterwards.
+// Results of methods are ignored throughout: what a method refuses is written to the store
+// afterwards.
 
 Replayer::Replayer() : m_store(OpenStore(OpenMode::eReadWrite)) {}
 

@@ -9,12 +9,10 @@
 #include "base/text.h"
 #include "contract/registry_paths.h"
 #include "kora4ctl/doctor/doctor.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {
-
-using LocalBlock = Unique<void*, &LocalFree>;
 
 struct Right {
     ACCESS_MASK bits;
@@ -28,18 +26,6 @@ constexpr Right cRights[] = {
     {KEY_CREATE_SUB_KEY, "make keys"},      {KEY_CREATE_LINK, "make links"},
     {READ_CONTROL, "read the access list"}, {DELETE, "delete the key"},
     {WRITE_DAC, "change the access list"},  {WRITE_OWNER, "change the owner"},
-};
-
-class WorldSid {
-  public:
-    WorldSid() {
-        DWORD size = sizeof m_memory;
-        CreateWellKnownSid(WinWorldSid, nullptr, m_memory, &size);
-    }
-    bool Is(PSID sid) { return EqualSid(sid, m_memory); }
-
-  private:
-    alignas(SID) BYTE m_memory[SECURITY_MAX_SID_SIZE] = {};
 };
 
 ACCESS_MASK Specific(ACCESS_MASK mask) {
@@ -56,7 +42,6 @@ struct Granted {
 
 Granted Read(PACL dacl) {
     Granted granted;
-    WorldSid world;
     for (DWORD i = 0; i < dacl->AceCount; ++i) {
         void* place = nullptr;
         if (!GetAce(dacl, i, &place))
@@ -67,7 +52,8 @@ Granted Read(PACL dacl) {
             continue;
         if (entry->Header.AceType == ACCESS_DENIED_ACE_TYPE)
             granted.hasDenials = true;
-        if (entry->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && world.Is(&entry->SidStart))
+        if (entry->Header.AceType == ACCESS_ALLOWED_ACE_TYPE &&
+            IsWellKnownSid(&entry->SidStart, WinWorldSid))
             granted.toEverybody |= Specific(entry->Mask);
     }
     return granted;
@@ -78,7 +64,7 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
     if (!ConvertSecurityDescriptorToStringSecurityDescriptorW(
             descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr))
         return "unreadable";
-    const LocalBlock memory(text);
+    const UniqueLocalMemory memory(text);
     return Narrow(text);
 }
 
@@ -94,7 +80,7 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
     if (opening == ERROR_FILE_NOT_FOUND)
         return;
     PACL dacl = nullptr;
-    LocalBlock descriptor;
+    UniqueLocalMemory descriptor;
     const DWORD status =
         opening != ERROR_SUCCESS
             ? static_cast<DWORD>(opening)

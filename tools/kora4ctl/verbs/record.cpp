@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl record: how settings change, into a file.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/notifications/notification_listener.h"
 #include "kora4ctl/recording/recording.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 #include "process/api_session.h"
-#include "process/handles.h"
+#include "process/files.h"
+#include "registry/registry_store.h"
 #include "settings/document.h"
 
 namespace kora4::tools {
@@ -35,11 +36,9 @@ class Lines {
     Lines(const std::string& path, Output& output) : m_path(path), m_output(output) {
         if (IsStandardOutput())
             return;
-        const HANDLE file = CreateFileW(Widen(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ,
-                                        nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file == INVALID_HANDLE_VALUE)
-            Fail("cannot be made");
-        m_file.Reset(file);
+        m_file = OpenPath(path, GENERIC_WRITE, CREATE_ALWAYS, FILE_SHARE_READ);
+        if (!m_file)
+            throw CannotBe("created", path, GetLastError());
     }
 
     void Add(const Json& line) {
@@ -53,18 +52,13 @@ class Lines {
         if (!WriteFile(m_file.Get(), text.data(), static_cast<DWORD>(text.size()), &written,
                        nullptr) ||
             written != text.size())
-            Fail("cannot be written");
+            throw CannotBe("written", m_path, GetLastError());
     }
 
     bool IsStandardOutput() const { return m_path == "-"; }
     bool IsBroken() const { return IsStandardOutput() && m_output.IsBroken(); }
 
   private:
-    [[noreturn]] void Fail(const std::string& what) const {
-        throw Failure(ExitCode::eFailed, "The file " + m_path + " " + what + ": " +
-                                             PlatformWords(GetLastError()) + ".");
-    }
-
     const std::string m_path;
     Output& m_output;
     UniqueHandle m_file;
@@ -118,7 +112,7 @@ class Recorder {
     bool IsToStandardOutput() const { return m_lines.IsStandardOutput(); }
     unsigned Count() const { return m_count; }
 
-    // How it ended: as wanted, or before.
+    // Whether it ended as asked, or before.
     Wake Run() {
         const Deadline deadline = m_limits.Start();
         for (std::vector<Notification> told; !m_lines.IsBroken();) {
@@ -191,21 +185,19 @@ ExitCode Record(const Context& context, const Options& options) {
     if (context.output.json)
         context.output.PrintJson({{"file", options.file}, {"notifications", recorder.Count()}});
     else
-        context.output.Say("Recorded " + std::to_string(recorder.Count()) +
-                           (recorder.Count() == 1 ? " notification" : " notifications") +
-                           " in " + options.file + ".");
+        context.output.Say("Recorded " + CountOf(recorder.Count(), "notification") + " in " +
+                           options.file + ".");
     return code;
 }
 
 }  // namespace
 
 void AddRecord(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("record", "write down how settings change");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("FILE", options->file, "where to; - is standard output")->required();
-    options->limits.AddTo(*verb, "notifications");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Record(context, *options); });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "record", "write down how settings change", Record);
+    verb.add_option("FILE", options.file, "where to; - is standard output")->required();
+    options.limits.AddTo(verb, "notifications");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -123,7 +123,7 @@ void Engine::Hold(const Fault& fault) {
     TellFault(fault, "the store's mutex is held", {{"seconds", fault.number}});
 }
 
-// Another program's user who plays with two sliders.
+// Imitates a user who moves two sliders in another program.
 void Engine::Burst(const Fault& fault) {
     const auto writes = static_cast<std::uint64_t>(fault.number);
     const SchemaValue leveler =
@@ -207,8 +207,8 @@ void Engine::SpoilProfile(const Fault& fault) {
               {{"name", NameOf(wrong.value)}, {"stored", Describe(wrong.wrong)}});
 }
 
-// What somebody has written in the meantime stays. The last spoilt comes back first, so that
-// a value that was spoilt twice is what it was at the beginning.
+// Values that another program has written since stay. The last one spoilt is restored first,
+// so that a value spoilt twice returns to its original.
 std::size_t Engine::Mend() {
     if (m_spoilt.empty())
         return 0;

@@ -91,8 +91,8 @@ HeldSettings::Dynamic HeldSettings::ReadDynamic(StoreAccess& store) {
     return now;
 }
 
-// What is stored under a demo profile are factory values for the profile that it shows; in
-// the demo itself the built-in ones are in force.
+// The values stored under a demo profile are the factory values of the profile that it shows;
+// the demo itself uses the built-in ones.
 std::vector<HeldSettings::Field> HeldSettings::ReadFields(Technology technology,
                                                           std::uint32_t profile,
                                                           StoreAccess& store) {

@@ -47,7 +47,7 @@ class Writer {
     std::vector<std::uint8_t>& m_bytes;
 };
 
-// The picture, but for the numbers that it states: of records, and of bands of the first one.
+// The picture with other counts than its own: of records, and of the first record's bands.
 StoredValue Stating(const Picture& picture, std::size_t records, std::size_t firstBands) {
     StoredValue value{cBinaryType, {}};
     Writer writer(value.bytes);
