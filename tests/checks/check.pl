@@ -153,7 +153,7 @@ sub pure {
 # --- lines: a file can be read in one sitting ---------------------------------------------
 
 sub lines {
-    for my $file (files('\.(h|c|cpp|idl|rc|rgs|def|cmake|sh|pl)$|CMakeLists\.txt$')) {
+    for my $file (files('\.(h|hpp|c|cpp|idl|rc|rgs|def|cmake|sh|pl)$|CMakeLists\.txt$')) {
         my @lines = lines_of($file);
         complain($file, 601, scalar(@lines) . ' lines; 600 are allowed') if @lines > 600;
     }
@@ -205,7 +205,7 @@ sub literals_in {
 }
 
 sub literals {
-    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|c|cpp|idl|rc|rgs|in|def)$')) {
+    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|hpp|c|cpp|idl|rc|rgs|in|def)$')) {
         my $text = join('', lines_of($file));
         # Comments go, their line ends stay.
         $text =~ s{("(?:[^"\\\n]|\\.)*")|//[^\n]*|(/\*.*?\*/)}
