@@ -83,7 +83,7 @@ void CallProfiles(IVeltoKORA4API* api) {
         api->SetActiveProfile(number);
     api->GetActiveProfile(&profile);
     api->RevertActiveProfile();
-    api->SetDemoProfileAndEnable(241, TRUE);
+    api->SetDemoProfileAndEnable(cDemoMusic, TRUE);
     api->RevertFromDemoMode();
     api->SetDemoProfileAndEnable(7, FALSE);
     api->ForceRevertFromDemoMode();

@@ -77,12 +77,12 @@ class StoreTest : public CtlTest {
 
     // The store, counters and all, is that to the byte.
     static void ExpectStore(const StoreValues& expected) {
-        EXPECT_EQ(DifferencesOf(expected, ReadStoreValues()), "");
+        EXPECT_EQ("", DifferencesOf(expected, ReadStoreValues()));
     }
     // The same but for the counters, which may have moved.
     static void ExpectSettings(const StoreValues& expected) {
-        EXPECT_EQ(DifferencesOf(WithoutCounters(expected), WithoutCounters(ReadStoreValues())),
-                  "");
+        EXPECT_EQ("",
+                  DifferencesOf(WithoutCounters(expected), WithoutCounters(ReadStoreValues())));
     }
     // Every client that listens to one of these counters reads again.
     static void ExpectMoved(const std::vector<PropertyKey>& counters,

@@ -54,7 +54,7 @@ TEST_F(SimCommandLine, LengthIsCountedInPictures) {
         "picture": "integer", "pictures": "integer", "failures": "integer",
         "reloads": "integer", "faults": "integer", "digest": "string"})"));
     EXPECT_EQ(21, summary["pictures"]);
-    EXPECT_GE(result.elapsed, 1000u);
+    EXPECT_LE(1000u, result.elapsed);
     EXPECT_EQ(10, EventOf(RunSim({"--for", "1", "--period", "100", "--json"}),
                           "summary")["pictures"]);
 }

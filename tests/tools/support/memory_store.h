@@ -42,6 +42,9 @@ class MemoryStore : public StoreAccess {
     void Count(const PropertyKey& key);
 };
 
+// Makes the changes of a plan.
+void Put(MemoryStore& store, const Plan& plan);
+
 // Values of every kind, most of them well stored, some of them garbage, many of them absent.
 class RandomStore {
   public:

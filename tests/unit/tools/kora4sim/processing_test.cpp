@@ -29,8 +29,8 @@ TEST(Curve, IgnoresWhatHasNoPartner) {
 TEST(Curve, TakesFrequenciesThatAreNoneWithoutTrouble) {
     const Curve curve = {{0, 0, -5, 100}, {1, 2, 3, 4}};
     EXPECT_EQ(4, curve.At(1000));
-    EXPECT_GE(curve.At(10), 1);
-    EXPECT_LE(curve.At(10), 4);
+    EXPECT_LE(1, curve.At(10));
+    EXPECT_GE(4, curve.At(10));
 }
 
 TEST(Processing, WithoutEffectiveTechnologiesChangesNothing) {
