@@ -82,6 +82,7 @@ struct PeakLimiterPatch {
     float value3;
 };
 
+// Two threshold curves, and a flag for each band.
 struct AudioRegulatorPatch {
     std::uint32_t structVersion;
     std::uint32_t freqCount;
@@ -94,6 +95,7 @@ struct AudioRegulatorPatch {
     std::uint32_t isolate[cMaxArrayElements];                  // 0 or 1
 };
 
+// A gain curve for each channel.
 struct AudioOptimizerPatch {
     std::uint32_t structVersion;
     std::uint32_t value3;

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "kora4ctl/recording/observation.h"
+#include "kora4ctl/doctor/observation.h"
 #include "process/program.h"
 #include "registry/registry_store.h"
 #include "registry/store_lock.h"
@@ -40,7 +40,7 @@ struct CheckResult {
 
     // Adds a finding; `next` says what to do about it.
     void Add(Severity severity, std::string what, std::string next = {}) {
-        findings.push_back({severity, std::move(what), std::move(next)});
+        tools::Add(findings, severity, std::move(what), std::move(next));
     }
 };
 

@@ -7,6 +7,7 @@
 #include "contract/results.h"
 #include "kora4ctl/explain/explain_text.h"
 #include "kora4ctl/explain/explain_values.h"
+#include "kora4ctl/terminal/text_layout.h"
 
 namespace kora4::tools {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What an inspection of the machine found.
-#ifndef KORA4_KORA4CTL_RECORDING_OBSERVATION_H
-#define KORA4_KORA4CTL_RECORDING_OBSERVATION_H
+#ifndef KORA4_KORA4CTL_DOCTOR_OBSERVATION_H
+#define KORA4_KORA4CTL_DOCTOR_OBSERVATION_H
 
 #include <algorithm>
 #include <string>
@@ -20,6 +20,11 @@ struct Observation {
 
 using Observations = std::vector<Observation>;
 
+inline void Add(Observations& observations, Severity severity, std::string what,
+                std::string next = {}) {
+    observations.push_back({severity, std::move(what), std::move(next)});
+}
+
 // Warnings and errors end a verb with findings, notes do not.
 inline bool NeedsMending(const Observations& observations) {
     return std::any_of(observations.begin(), observations.end(),
@@ -28,4 +33,4 @@ inline bool NeedsMending(const Observations& observations) {
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_KORA4CTL_RECORDING_OBSERVATION_H
+#endif  // KORA4_KORA4CTL_DOCTOR_OBSERVATION_H
