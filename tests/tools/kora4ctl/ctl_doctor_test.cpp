@@ -396,18 +396,18 @@ TEST_F(CtlDoctor, FindsSamplingPeriodsThatNobodyCanUse) {
 }
 
 TEST_F(CtlDoctor, FindsAnEngineThatPublishesNothing) {
-    WriteMask(cEngineTechnologies);
+    WriteMask(KORA4_ENGINE_FULL);
     EXPECT_TRUE(Has(Of("levels", Examine(cFindings)), "warning: No levels are published"));
 }
 
 TEST_F(CtlDoctor, FindsAnEngineThatHasStopped) {
-    WriteMask(cEngineTechnologies);
+    WriteMask(KORA4_ENGINE_FULL);
     WriteStoredBlob(eKeySetStatic, cLevels, Blob({-20, -30}));
     EXPECT_TRUE(Has(Of("levels", Examine(cFindings)), "the engine does not answer"));
 }
 
 TEST_F(CtlDoctor, TakesSilenceForWhatItIs) {
-    WriteMask(cEngineTechnologies);
+    WriteMask(KORA4_ENGINE_FULL);
     WriteStoredBlob(eKeySetStatic, cLevels, Blob({-144, -120}));
     EXPECT_TRUE(Has(Of("levels", Examine(cDone)), "they are silence"));
 }
@@ -419,7 +419,7 @@ TEST_F(CtlDoctor, FindsMalformedLevels) {
 }
 
 TEST_F(CtlDoctor, IsContentWithAnEngineAtWork) {
-    WriteMask(0x021F);
+    WriteMask(KORA4_ENGINE_STANDARD);
     std::atomic<bool> isOver = false;
     const UniqueHandle pause(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     std::thread engine([&] {

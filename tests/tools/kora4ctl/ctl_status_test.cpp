@@ -48,7 +48,7 @@ TEST_F(CtlStatus, TellsWhatWasChanged) {
     ASSERT_EQ(S_OK, Client().SetVeltoEnable(FALSE));
     ASSERT_EQ(S_OK, Client().SetVisualizationSamplingPeriod(20));
     const tools::SchemaValue mask = tools::EngineMaskValue();
-    WriteStoredUINT(mask.keySet, mask.key, 0x021F);
+    WriteStoredUINT(mask.keySet, mask.key, KORA4_ENGINE_STANDARD);
     const tools::SchemaValue levels = tools::SettingValue(pkey::cVisualizationDataPid);
     WriteStoredBlob(levels.keySet, levels.key, std::vector<std::uint8_t>(8));
     const Json status = DoneJson({"status"});
