@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Raw values in the three registry keys of the store.
 #include "registry/registry_store.h"
 
 #include <algorithm>

@@ -285,16 +285,16 @@ TEST_F(CtlTrace, ShowsTheNamesThatTheLibraryWrote) {
 TEST(TraceLine, IsTakenApart) {
     const auto line = tools::ParseTraceLine("KORA4ASL: 1204 CKORA4ASL::~CKORA4ASL:<< hr: 0x1");
     ASSERT_TRUE(line);
-    EXPECT_EQ(line->module, "KORA4ASL");
-    EXPECT_EQ(line->line, 1204u);
-    EXPECT_EQ(line->function, "CKORA4ASL::~CKORA4ASL");
-    EXPECT_EQ(line->text, "<< hr: 0x1");
+    EXPECT_EQ("KORA4ASL", line->tag);
+    EXPECT_EQ("1204", line->line);
+    EXPECT_EQ("CKORA4ASL::~CKORA4ASL", line->function);
+    EXPECT_EQ("<< hr: 0x1", line->message);
 }
 
 TEST(TraceLine, KeepsBlanksAtTheBeginningOfTheText) {
     const auto line = tools::ParseTraceLine("KORA4ASL:   12 F: to Music");
     ASSERT_TRUE(line);
-    EXPECT_EQ(line->text, " to Music");
+    EXPECT_EQ(" to Music", line->message);
 }
 
 TEST(TraceLine, IsNoneForOtherText) {

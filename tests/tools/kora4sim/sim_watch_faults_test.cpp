@@ -54,7 +54,9 @@ class SimWatchFaults : public SimWatchTest {
 
     Sliders Own() const { return {6, 0.75, "rich", m_own, 1.5, 2.5}; }
     Sliders MusicDefaults() const { return {0, 0.33, "open", m_default, 3.0, 10.0}; }
-    Sliders MovieDefaults() const { return {262151, 0.33, "balanced", m_default, 6.0, 10.0}; }
+    Sliders MovieDefaults() const {
+        return {cMovieVolume, 0.33, "balanced", m_default, 6.0, 10.0};
+    }
     // Every technology is told; the profile is the one that was active.
     Events AllTold(const Sliders& sliders) const {
         return {ToldValue("volume-leveler", sliders.leveler),

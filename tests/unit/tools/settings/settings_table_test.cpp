@@ -35,8 +35,10 @@ TEST(SettingsTable, HasEachNameOnce) {
     for (const Setting& setting : SettingsTable()) {
         EXPECT_TRUE(names.insert(setting.name).second) << setting.name;
         EXPECT_FALSE(setting.summary.empty()) << setting.name;
-        EXPECT_EQ(setting.reader.empty(), setting.access == Access::eStoreOnly) << setting.name;
-        EXPECT_EQ(setting.writer.empty(), setting.access != Access::eReadWrite) << setting.name;
+        EXPECT_EQ(setting.access == Access::eStoreOnly, *ReaderName(setting.methods) == 0)
+            << setting.name;
+        EXPECT_EQ(setting.access != Access::eReadWrite, *WriterName(setting.methods) == 0)
+            << setting.name;
     }
     for (const char* const name : {"profile",
                                    "enable",
