@@ -85,7 +85,7 @@ TEST_F(CtlTrace, FilesMakesTheFolderThatTheLibraryNeeds) {
     EXPECT_EQ(result.exitCode, cDone) << result;
     EXPECT_EQ(Stored(), trace::eMessages | trace::eLogFiles);
     EXPECT_TRUE(std::filesystem::is_directory(Folder()));
-    EXPECT_TRUE(Has(result.err, "Made the folder C:\\KalLogs.")) << result;
+    EXPECT_TRUE(Has(result.err, "Created the folder C:\\KalLogs.")) << result;
     EXPECT_FALSE(Has(RunCtl({"trace", "on", "--files"}).err, "Made"));
 }
 
@@ -103,7 +103,7 @@ TEST_F(CtlTrace, OffSilentTurnsTheMasterSwitch) {
 
 TEST_F(CtlTrace, RefusesAnUnknownCategoryAndStoresNothing) {
     RefusedUnchanged({"trace", "on", "messages", "result"}, cBadInput, "'results'");
-    RefusedUnchanged({"trace", "on", "everything"}, cBadInput, "There is no trace category");
+    RefusedUnchanged({"trace", "on", "everything"}, cBadInput, "Unknown trace category");
     RefusedUnchanged({"trace"}, cUsage, "on, off, show");
     RefusedUnchanged({"trace", "onn"}, cUsage, "'on'");
 }
@@ -195,7 +195,7 @@ TEST_F(CtlTrace, FollowsAFileThatComesIsEmptiedAndGoes) {
     EXPECT_EQ(tool.NextLine(), "KORA4ASL:    1 F:a first line of some length");
     std::ofstream(Folder() / "KalTrace.log", std::ios::trunc) << "KORA4ASL:    2 F:b\r\n";
     EXPECT_EQ(tool.NextLine(), "KORA4ASL:    2 F:b");
-    EXPECT_EQ(tool.NextErrorLine(), "The file begins anew.");
+    EXPECT_EQ(tool.NextErrorLine(), "The file was replaced; starting over.");
     ASSERT_TRUE(std::filesystem::remove(Folder() / "KalTrace.log"));
     Append("KORA4ASL:    3 F:c, in a file of that name\r\n");
     EXPECT_EQ(tool.NextLine(), "KORA4ASL:    3 F:c, in a file of that name");
