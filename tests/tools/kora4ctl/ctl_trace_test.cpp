@@ -85,8 +85,8 @@ TEST_F(CtlTrace, FilesMakesTheFolderThatTheLibraryNeeds) {
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_EQ(trace::eMessages | trace::eLogFiles, Stored());
     EXPECT_TRUE(std::filesystem::is_directory(Folder()));
-    EXPECT_TRUE(Has(result.err, "Made the folder C:\\KalLogs.")) << result;
-    EXPECT_FALSE(Has(RunCtl({"trace", "on", "--files"}).err, "Made"));
+    EXPECT_TRUE(Has(result.err, "Created the folder C:\\KalLogs.")) << result;
+    EXPECT_FALSE(Has(RunCtl({"trace", "on", "--files"}).err, "Created"));
 }
 
 TEST_F(CtlTrace, OffIsTheWordThatAProcessBeginsWith) {
@@ -103,7 +103,7 @@ TEST_F(CtlTrace, OffSilentTurnsTheMasterSwitch) {
 
 TEST_F(CtlTrace, RefusesAnUnknownCategoryAndStoresNothing) {
     RefusedUnchanged({"trace", "on", "messages", "result"}, cBadInput, "'results'");
-    RefusedUnchanged({"trace", "on", "everything"}, cBadInput, "There is no trace category");
+    RefusedUnchanged({"trace", "on", "everything"}, cBadInput, "Unknown trace category");
     RefusedUnchanged({"trace"}, cUsage, "on, off, show");
     RefusedUnchanged({"trace", "onn"}, cUsage, "'on'");
 }
@@ -197,7 +197,7 @@ TEST_F(CtlTrace, FollowsAFileThatComesIsEmptiedAndGoes) {
     EXPECT_EQ("KORA4ASL:    1 F:a first line of some length", tool.NextLine());
     std::ofstream(Folder() / "KalTrace.log", std::ios::trunc) << "KORA4ASL:    2 F:b\r\n";
     EXPECT_EQ("KORA4ASL:    2 F:b", tool.NextLine());
-    EXPECT_EQ("The file begins anew.", tool.NextErrorLine());
+    EXPECT_EQ("The file was replaced; starting over.", tool.NextErrorLine());
     ASSERT_TRUE(std::filesystem::remove(Folder() / "KalTrace.log"));
     Append("KORA4ASL:    3 F:c, in a file of that name\r\n");
     EXPECT_EQ("KORA4ASL:    3 F:c, in a file of that name", tool.NextLine());

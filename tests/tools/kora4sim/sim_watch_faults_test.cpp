@@ -190,7 +190,7 @@ class SimWatchFaults : public SimWatchTest {
         Run({fault});
         EXPECT_EQ(nullptr, LookNow()["gains"]);
         const ToolResult words = RunCtl({"levels", "--count", "1", "--timeout", "0.2"});
-        EXPECT_THAT(words.err, HasSubstr("no levels: no engine has published anything"));
+        EXPECT_THAT(words.err, HasSubstr("no levels: no engine has published any"));
         EXPECT_TRUE(m_levels->IsSilentFor(0));
         Run({}, "0.2");
         const Json last = LookNow();
