@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// How the store that answers at once finds a value.
 #include "native/stub_key_access.h"
 
 #include "store/access/task_memory.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The bare registry and mutex calls.
 #include "windows/bare.h"
 
 #include <cstring>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Watching, being told and reading without the library.
 #include "windows/bare_client.h"
 
 #include "proxy/proxy_factory.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The bare calls of each method, in its order.
 #include "windows/bare_methods.h"
 
 #include <array>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Counting platform calls, and writing the sequence down.
 #include "windows/call_list.h"
 
 #include <cstddef>

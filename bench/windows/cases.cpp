@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The table of methods with their calls, bare and through the library.
 #include "windows/cases.h"
 
 #include "contract/profiles.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Loading the library, and the objects of a client.
 #include "windows/client.h"
 
 #include <bit>

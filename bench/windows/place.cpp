@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The registry keys of both places, and the names of their values.
 #include "windows/place.h"
 
 #include <cstdio>

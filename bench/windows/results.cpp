@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Rows of figures as JSON.
 #include "windows/results.h"
 
 #include <filesystem>

@@ -1,11 +1,26 @@
 // SPDX-License-Identifier: MIT
-/* Result codes of the KORA4 API beside the platform's own.
+/* The numbers of the KORA4 API, and its result codes beside the platform's own.
  *
- * Plain C; needs nothing but the HRESULT type. A failure code has the top bit set;
+ * Plain C; the result codes need the HRESULT type. A failure code has the top bit set;
  * the informational codes are success codes: the call was understood and nothing was
  * changed. */
 #ifndef KORA4API_CODES_H
 #define KORA4API_CODES_H
+
+/* Profile numbers. */
+#define KORA4_PROFILE_MOVIE 0
+#define KORA4_PROFILE_MUSIC 1
+#define KORA4_PROFILE_GAMES 2
+#define KORA4_PROFILE_FIRST_CUSTOM 3 /* P1 */
+#define KORA4_PROFILE_LAST_CUSTOM 8  /* P6 */
+#define KORA4_PROFILE_DEMO_MOVIE 240
+#define KORA4_PROFILE_DEMO_MUSIC 241
+#define KORA4_PROFILE_DEMO_GAMES 242
+
+/* Capacities of the arrays that cross the API. */
+#define KORA4_PROFILE_TABLE_ENTRIES 9
+#define KORA4_VISUALIZATION_BANDS 20
+#define KORA4_GRAPHIC_EQ_MAX_BANDS 40
 
 #if defined(__cplusplus)
 #define KORA4_RESULT_CODE(code) static_cast<HRESULT>(code)

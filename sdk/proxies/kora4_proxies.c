@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+/* Registers the factory of the proxies for the calling apartment. */
 #include "kora4_proxies.h"
 
 #include "kora4api.h"

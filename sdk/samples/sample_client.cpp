@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Words for what the library gives, and the table of profiles and settings read.
 #include "sample_client.h"
 
 #include <algorithm>

@@ -39,7 +39,7 @@ STDMETHODIMP CKORA4ASL::GetVisualizationSamplingPeriod(ULONG* pSamplingPeriod) {
     static constexpr Method cMethod{"CKORA4ASL::GetVisualizationSamplingPeriod",
                                     {.badArgument = "NULL == pSamplingPeriod"}};
     return RunMethod(cMethod, m_initialized, pSamplingPeriod != nullptr, [&] {
-        std::uint32_t milliseconds = cSamplingPeriodDefault;
+        std::uint32_t milliseconds = defaults::cSamplingPeriod;
         const HRESULT hr = m_uiKeysClient.GetSamplingPeriod(&milliseconds);
         if (SUCCEEDED(hr))
             *pSamplingPeriod = milliseconds;

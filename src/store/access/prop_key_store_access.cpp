@@ -1,5 +1,6 @@
-// SPDX-License-Identifier: MIT Converts stored numbers and texts to typed values and back,
-// with the trace lines of each read and write.
+// SPDX-License-Identifier: MIT
+// Converts stored numbers and texts to typed values and back, with the trace lines of each
+// read and write.
 #include "store/access/prop_key_store_access.h"
 
 #include <algorithm>

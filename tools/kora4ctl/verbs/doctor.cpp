@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: MIT kora4ctl doctor: what is wrong on this machine, and how to
-// repair it.
+// SPDX-License-Identifier: MIT
+// kora4ctl doctor: what is wrong on this machine, and how to repair it.
 #include "kora4ctl/doctor/doctor.h"
 
 #include <memory>
