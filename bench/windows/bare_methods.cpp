@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The bare calls of each method, in its order.
+// One function for each method of the API with the calls that it cannot do without.
 #include "windows/bare_methods.h"
 
 #include <array>

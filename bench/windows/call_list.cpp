@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Counting platform calls, and writing the sequence down.
+// Writes a list of calls as text, with repeated groups folded.
 #include "windows/call_list.h"
 
 #include <cstddef>

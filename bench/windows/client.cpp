@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Loading the library, and the objects of a client.
+// Loads the library beside the program, makes objects and receives their notifications.
 #include "windows/client.h"
 
 #include <bit>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The thunks that stand in for imported functions, and what kind of call each function is.
+// Patches a module's import table with thunks in machine code that count a call and jump on;
+// counts the calls through the gate as well.
 #include "windows/import_hook.h"
 
 #include <algorithm>

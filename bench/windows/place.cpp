@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The registry keys of both places, and the names of their values.
+// Creates, fills and removes the keys of a store, and makes every value name beforehand.
 #include "windows/place.h"
 
 #include <cstdio>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Rows of figures as JSON.
+// Collects figures by group and name, and writes them as JSON.
 #include "windows/results.h"
 
 #include <filesystem>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Ticks as microseconds; median and percentile.
+// The length of a tick, and medians and percentiles of samples.
 #include "windows/timing.h"
 
 #include <windows.h>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/* Registers the factory of the proxies for the calling apartment. */
+/* Registers the generated proxy code of the SDK for an apartment, and ends that
+ * registration. */
 #include "kora4_proxies.h"
 
 #include "kora4api.h"

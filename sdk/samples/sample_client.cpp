@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Words for what the library gives, and the table of profiles and settings read.
+// The words for profiles, technologies and values, and the reading of all settings through the
+// API.
 #include "sample_client.h"
 
 #include <algorithm>

@@ -24,7 +24,7 @@ inline constexpr float cGraphicEQGainMax = 12.0f;   // dB
 // accepted or refused. The graphic EQ passes: its values are limited instead.
 HRESULT ValidatePatchField(ApiTechnology technology, std::uint32_t size, const void* pField);
 
-// Moves the gains of the first m_bands bands (of 40 at most) into their limits. S_OK.
+// Limits the gains of the first m_bands bands, 40 at most. Always S_OK.
 HRESULT ValidateAndLimitGraphicEQ(ApiGraphicEQ* pGraphicEQ);
 
 }  // namespace kora4

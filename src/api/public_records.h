@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The public records and the store's view of them are the same bits; here that is checked,
-// and here alone one is taken for the other.
+// The public records and the store's have the same layout. It is checked here, and only here
+// is one used as the other.
 #ifndef KORA4_API_PUBLIC_RECORDS_H
 #define KORA4_API_PUBLIC_RECORDS_H
 

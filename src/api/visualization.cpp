@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "api/kora4asl.h"
+#include "contract/defaults.h"
 #include "contract/display_levels.h"
 #include "store/access/task_memory.h"
 #include "store/visdata/vis_key_data.h"

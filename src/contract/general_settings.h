@@ -15,7 +15,7 @@
 
 namespace kora4::contract {
 
-// What a setting is to somebody who keeps or moves the settings of a machine.
+// Whose a setting is, for whoever saves or moves the settings of a machine.
 enum class SettingRole {
     eUser,     // what the user chose
     eMachine,  // what the installer, the engine or support put there
@@ -48,7 +48,7 @@ inline constexpr char cInstaller[] = "the installer";
 inline constexpr char cClientsAndEngine[] = "clients, engine";
 inline constexpr char cCarried[] = "carried; nothing depends on it yet";
 
-// The values that are carried along: written by nobody, looked at by everybody.
+// Values that everybody loads and nobody writes or uses yet.
 constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind kind,
                                  std::uint32_t defaultNumber, const char* meaning = cCarried) {
     return {name,

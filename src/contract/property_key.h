@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Property keys: how every value of the store is addressed, and the GUIDs and property
-// ids of the store. This is the one place where they stand.
+// Property keys: how every value of the store is addressed, and the GUIDs and property ids of
+// the store. They are defined here and nowhere else.
 #ifndef KORA4_CONTRACT_PROPERTY_KEY_H
 #define KORA4_CONTRACT_PROPERTY_KEY_H
 
@@ -33,7 +33,7 @@ struct PropertyKey {
 enum KORA4KeySet : std::uint32_t {
     eKeySetPropertyStore = 1,
     eKeySetStatic = 2,   // field values, static switches, profile names
-    eKeySetDynamic = 3,  // enable, active preset, on/off flags, counters and triggers
+    eKeySetDynamic = 3,  // enable, active preset, switches, counters and triggers
     eKeySetApp = 4,      // companion-application commands; never written from here
 };
 
@@ -84,8 +84,8 @@ inline constexpr std::uint32_t cProfileEditorCommandPid = 61;
 inline constexpr std::uint32_t cProfileSelectorCommandPid = 62;
 inline constexpr std::uint32_t cDemoAppCommandPid = 63;
 
-// Under cMasterEnablesGuid, and the on/off flag, enable or trigger word under the
-// technology families. Fields of a technology have their own ids.
+// Under cMasterEnablesGuid, and the switch or trigger word under the technology families.
+// Fields of a technology have their own ids.
 inline constexpr std::uint32_t cMasterEnablesPid = 0;
 inline constexpr std::uint32_t cSwitchPid = 0;
 inline constexpr std::uint32_t cTriggerPid = 0;

@@ -41,7 +41,7 @@ inline constexpr char cCreateAndRead[] = "Create the object again and read the s
 
 }  // namespace detail
 
-// What the methods of the interface answer.
+// What the methods of the interface return.
 inline constexpr Result cApiResults[] = {
     {CodeOf(result::cOk), "S_OK", "done", "The call did what it says.", ""},
     {CodeOf(result::cFalse), "S_FALSE",
@@ -95,7 +95,7 @@ inline constexpr Result cApiResults[] = {
      "Call Initialize and look at its result; when it fails, run 'kora4ctl doctor'."},
 };
 
-// What the class object, COM, the proxies and the registry answer.
+// What the class object, COM, the proxies and the registry return.
 inline constexpr Result cPlatformResults[] = {
     {0x80004001, "E_NOTIMPL", "not implemented",
      "The object has no such operation; the factory of a callback gate, for example, creates "

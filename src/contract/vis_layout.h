@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where everything stands in the value that the engine publishes, and which of its records
-// exist.
+// The layout of the value that the engine publishes, and the rule which of its records exist.
 //
 // The value is little-endian and packed: 4 reserved bytes, the number of APO records
 // (32 bits), the records. A record: 16 bytes of header, the number of bands n (32 bits),

@@ -14,8 +14,8 @@ HRESULT RegisterModule();
 // Removes what RegisterModule made. The first failure ends the work and is the result.
 HRESULT UnregisterModule();
 
-// The library's own step after a successful registration: creates the keys of the store
-// and opens them to every user. Unregistration leaves them alone.
+// The library's own step after a successful registration: creates the keys of the store and
+// opens them to every user. Unregistration leaves them in place.
 HRESULT OnRegisterServer();
 
 }  // namespace kora4

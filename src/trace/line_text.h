@@ -13,7 +13,7 @@ namespace kora4::trace {
 inline constexpr std::size_t cLineChars = 1024;
 
 // What the formats of trace statements may hold: %s, %S and %ls, %d, %u, %x, %X, %p and %f,
-// with a width and zeros before a number; an l before a number says nothing, its kinds have 32
+// with a width and zeros before a number; an l before a number is ignored: all numbers have 32
 // bits. From anything else on, a format is written as it stands: its arguments are unknown.
 //
 // Wide texts come from outside (names of profiles and keys, window titles): each of their

@@ -7,7 +7,7 @@
 
 namespace kora4::trace {
 
-// The platform's calls, so that tests can show what no test machine has.
+// The platform's calls, replaceable by tests: no test machine has every kind of link.
 struct FileCalls {
     decltype(&CreateFileA) pCreateFile = CreateFileA;
     decltype(&GetFileInformationByHandleEx) pGetInformation = GetFileInformationByHandleEx;

@@ -84,7 +84,6 @@ my %header_of = (
     'tools/kora4ctl/access/api_settings'    => 'kora4ctl/access/setting_access.h',
     'tools/kora4ctl/registration/key_security' => 'kora4ctl/doctor/doctor.h',
     'tools/kora4ctl/registration/library_file' => 'kora4ctl/registration/registration.h',
-    'tools/registry/registry_store'         => 'registry/store_access.h',
     'tools/settings/content'                => 'settings/schema.h',
     'tools/settings/setting_values'         => 'settings/settings_table.h',
 );
@@ -156,7 +155,7 @@ my %below_of_tools = (
 );
 my $tables_for_tools = join '|', qw(
     contract/([a-z]+/)?[^/]+ store/patches/field_(tables|def) store/access/named_mutex
-    platform/open_mutex api/patch_limits trace/trace);
+    platform/(handles|open_mutex) api/patch_limits trace/trace);
 
 sub module_of {
     my ($path) = @_;

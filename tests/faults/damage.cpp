@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The list of all values of the store, and the ways to damage each by its kind.
 #include "faults/damage.h"
 
 #include <bit>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Raw access to the keys, and decoders, defaults and rules written from the published format
+// alone.
 #include "faults/store_reader.h"
 
 #include <cmath>

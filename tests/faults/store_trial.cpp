@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The steps of a trial, one for each method, with the checks of results and of what was
+// written.
 #include "faults/store_trial.h"
 
 #include <gtest/gtest.h>
@@ -243,7 +245,7 @@ void StoreTrial::ExpectRestored(std::uint32_t profile, bool enable) {
 
 namespace {
 
-// A saved number that is no selectable profile counts as Movie.
+// A saved number that is not a selectable profile counts as Movie.
 std::uint32_t ProfileToRestore(const StoreReader& reader) {
     const std::uint32_t saved =
         reader.NumberOr(StoreKeys::eStatic, SettingName(cOwnDemoPids[1]), 0);

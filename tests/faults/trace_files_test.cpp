@@ -151,7 +151,7 @@ UniqueHandle StartWriter(const std::string& kind, int process, int lines) {
 
 struct Found {
     std::set<std::string> lines;
-    std::vector<std::string> others;  // what is no line of a writer, or there twice
+    std::vector<std::string> others;  // lines of no writer, or that are there twice
 };
 
 class Reader {
@@ -179,7 +179,7 @@ class Reader {
         }
     }
 
-    // All of it: what is left over is no line.
+    // All of it: whatever is left over is not a whole line.
     const Found& ReadToTheEnd() {
         Read();
         if (!m_text.empty())

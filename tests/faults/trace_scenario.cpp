@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The calls, good and bad, that make each module of the library write its lines.
 #include "faults/trace_scenario.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What a client that follows its notifications shows after each of them.
 #include "model/mirror.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Which call of the client overtakes which notification of a pass, and what is left to tell.
 #include "model/pass_model.h"
 
 namespace kora4::test {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Weighted draws of methods and arguments, odd values among them.
 #include "model/random_calls.h"
 
 #include <limits>

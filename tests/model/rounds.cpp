@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Plans a round on the model: changes, reactions of the callback, and what must be told.
 #include "model/rounds.h"
 
 #include <algorithm>
@@ -409,7 +410,7 @@ void RoundPlanner::ChangeValue(Writes& writes, const ToldTechnology& technology,
     Announce(writes, technology.raw);
 }
 
-// What somebody who is no client of the API changes in one go.
+// What a program that is not a client of the API changes at once.
 RoundPlanner::Writes RoundPlanner::SomeWrites() {
     Writes writes;
     std::uint32_t profile = Now().profile;

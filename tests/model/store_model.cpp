@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The tables of fields and defaults, and each method as a change of the model, written apart
+// from the library.
 #include "model/store_model.h"
 
 #include <algorithm>

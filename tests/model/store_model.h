@@ -64,7 +64,7 @@ class StoreModel {
     // What the last Perform wrote or deleted.
     const std::vector<Address>& Touched() const { return m_touched; }
 
-    // What somebody does who is no client of the API.
+    // What a program does that is not a client of the API.
     void Write(const Address& address, const Value& value);
     void WriteSetting(bool dynamic, std::uint32_t pid, std::uint32_t value);
     std::uint32_t Setting(bool dynamic, std::uint32_t pid, std::uint32_t fallback) const;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Follows every hypothesis about when an object compared, and drops those that what it told
+// refutes.
 #include "model/told_model.h"
 
 #include <algorithm>

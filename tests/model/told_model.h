@@ -44,7 +44,7 @@ using Hypotheses = std::vector<Hypothesis>;
 
 // A call that changed, or could have changed, the store or an object.
 struct Step {
-    std::optional<std::size_t> seat;  // none: somebody who is no client of the API
+    std::optional<std::size_t> seat;  // none: a program that is not a client of the API
     Command command;
     HRESULT hr;
     HRESULT answers[2];  // the right ones of an object that is not, and that is, in a demo

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The two threads that make changes, the client that watches, and what each reports.
 #include "model/worker.h"
 
 #include <array>

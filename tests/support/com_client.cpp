@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Loads the library, runs apartments, and records the calls of a callback as text.
 #include "support/com_client.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The seven operations on maps, with their log, their counts and the failures that a test
+// asked for.
 #include "support/memory_key_access.h"
 
 #include <algorithm>

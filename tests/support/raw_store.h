@@ -46,7 +46,7 @@ inline constexpr std::uint32_t cBlobPid = 4;
 inline constexpr std::uint32_t cTablePid = 5;
 inline constexpr std::uint32_t cTraceWordPid = 404;
 
-// Makes the three keys anew, empty, and deletes them at the end.
+// Creates the three keys empty, and deletes them at the end.
 class RawStore {
   public:
     RawStore();

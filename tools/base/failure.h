@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How a tool gives up: thrown wherever it cannot go on, told by main.
+// How a tool gives up: thrown wherever it cannot go on, and printed by main.
 #ifndef KORA4_BASE_FAILURE_H
 #define KORA4_BASE_FAILURE_H
 

@@ -40,7 +40,7 @@ class Output {
     void Table(const std::vector<std::string>& headings,
                const std::vector<std::vector<std::string>>& rows);
 
-    // A message that a user may do without; silent with --quiet.
+    // An optional message; silent with --quiet.
     void Say(std::string_view message);
     // One that is shown always.
     void Complain(std::string_view message);

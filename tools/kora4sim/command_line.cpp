@@ -11,6 +11,7 @@
 #include "kora4sim/engine/engine.h"
 #include "kora4sim/scene/scene.h"
 #include "process/program.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools::sim {
 

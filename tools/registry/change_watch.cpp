@@ -2,9 +2,8 @@
 // The registry notification behind the watch, armed again before anything is read.
 #include "registry/change_watch.h"
 
-#include "base/failure.h"
-#include "base/results.h"
 #include "contract/registry_paths.h"
+#include "process/win32_failure.h"
 
 namespace kora4::tools {
 namespace {
@@ -12,10 +11,10 @@ namespace {
 [[noreturn]] void Refuse(const char* doing, LSTATUS status) {
     const bool isMissing = status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND ||
                            status == ERROR_KEY_DELETED;
-    throw Failure(
-        isMissing ? ExitCode::eNotReady : ExitCode::eFailed,
-        std::string(doing) + ": " + InWords(HRESULT_FROM_WIN32(status)) + ".",
-        isMissing ? "Run 'kora4ctl register'." : "'kora4ctl doctor' looks for what is wrong.");
+    throw Win32Failure(
+        static_cast<DWORD>(status), doing,
+        isMissing ? "Run 'kora4ctl register'." : "'kora4ctl doctor' looks for what is wrong.",
+        isMissing ? ExitCode::eNotReady : ExitCode::eFailed);
 }
 
 }  // namespace
@@ -47,9 +46,7 @@ ChangeWatch::Wake ChangeWatch::Wait(DWORD milliseconds, HANDLE interrupt) {
         case WAIT_TIMEOUT:
             return Wake::eTimedOut;
         default:
-            throw Failure(ExitCode::eFailed, "Waiting for a change of the store failed: " +
-                                                 InWords(HRESULT_FROM_WIN32(GetLastError())) +
-                                                 ".");
+            throw Win32Failure(GetLastError(), "Waiting for a change of the store failed");
     }
 }
 

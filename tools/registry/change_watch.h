@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Wakes when something below the dynamic keys is written.
-#ifndef KORA4_REGISTRY_STORE_CHANGE_WATCH_H
-#define KORA4_REGISTRY_STORE_CHANGE_WATCH_H
+#ifndef KORA4_REGISTRY_CHANGE_WATCH_H
+#define KORA4_REGISTRY_CHANGE_WATCH_H
 
 #include <windows.h>
 
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 
@@ -36,4 +36,4 @@ class ChangeWatch {
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_REGISTRY_STORE_CHANGE_WATCH_H
+#endif  // KORA4_REGISTRY_CHANGE_WATCH_H

@@ -7,39 +7,15 @@
 
 #include <aclapi.h>
 
-#include <memory>
-
-#include "base/failure.h"
 #include "base/output.h"
-#include "base/results.h"
 #include "base/text.h"
-#include "process/handles.h"
+#include "process/files.h"
 
 namespace kora4::tools {
 namespace {
 
 constexpr char cFormat[] = "kora4-journal";
 constexpr int cVersion = 1;
-
-[[noreturn]] void Refuse(const std::string& doing, const std::string& path) {
-    const DWORD error = GetLastError();
-    throw Failure(ExitCode::eFailed,
-                  doing + " " + path + ": " + InWords(HRESULT_FROM_WIN32(error)) + ".",
-                  error == ERROR_ACCESS_DENIED
-                      ? "The file may belong to another user: run this as that user or as an "
-                        "administrator."
-                      : "");
-}
-
-std::string UnfinishedPath(const std::string& path) {
-    return path + ".new";
-}
-
-UniqueHandle Open(const std::string& path, DWORD access, DWORD disposition) {
-    const HANDLE file = CreateFileW(Widen(path).c_str(), access, FILE_SHARE_READ, nullptr,
-                                    disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    return UniqueHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
-}
 
 bool IsAbsent(DWORD error) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
@@ -50,30 +26,18 @@ bool Exists(const std::string& path) {
 }
 
 void MakeFolderOf(const std::string& path) {
-    const std::size_t end = path.find_last_of("\\/");
-    if (end == std::string::npos)
-        return;
-    const std::string folder = path.substr(0, end);
-    if (!CreateDirectoryW(Widen(folder).c_str(), nullptr) &&
+    const std::string folder = path.substr(0, path.find_last_of("\\/"));
+    if (folder != path && !CreateDirectoryW(Widen(folder).c_str(), nullptr) &&
         GetLastError() != ERROR_ALREADY_EXISTS)
-        Refuse("Creating the folder", folder);
+        throw Win32Failure(GetLastError(), "The folder " + folder + " cannot be created");
 }
 
 // ---- The owner --------------------------------------------------------------------------
 
-struct LocalDeleter {
-    void operator()(void* memory) const { LocalFree(memory); }
-};
-
-bool IsWellKnown(PSID owner, WELL_KNOWN_SID_TYPE type) {
-    return IsWellKnownSid(owner, type) != FALSE;
-}
-
 bool IsCurrentUser(PSID owner) {
-    HANDLE opened = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
+    UniqueHandle token;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()))
         return false;
-    const UniqueHandle token(opened);
     alignas(TOKEN_USER) unsigned char buffer[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
     DWORD length = 0;
     return GetTokenInformation(token.Get(), TokenUser, buffer, sizeof buffer, &length) &&
@@ -84,13 +48,13 @@ bool IsCurrentUser(PSID owner) {
 // would write on behalf of that user.
 bool IsTrusted(HANDLE file) {
     PSID owner = nullptr;
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    UniqueLocalMemory descriptor;
     if (GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr,
-                        nullptr, nullptr, &descriptor) != ERROR_SUCCESS)
+                        nullptr, nullptr, descriptor.Put()) != ERROR_SUCCESS)
         return false;
-    const std::unique_ptr<void, LocalDeleter> memory(descriptor);
-    return owner && (IsCurrentUser(owner) || IsWellKnown(owner, WinBuiltinAdministratorsSid) ||
-                     IsWellKnown(owner, WinLocalSystemSid));
+    return owner &&
+           (IsCurrentUser(owner) || IsWellKnownSid(owner, WinBuiltinAdministratorsSid) ||
+            IsWellKnownSid(owner, WinLocalSystemSid));
 }
 
 // ---- The text ---------------------------------------------------------------------------
@@ -164,47 +128,28 @@ std::string DefaultJournalPath() {
 
 void JournalFile::Write(const Journal& journal) const {
     MakeFolderOf(m_path);
-    const std::string unfinished = UnfinishedPath(m_path);
-    {
-        const UniqueHandle file = Open(unfinished, GENERIC_WRITE, CREATE_ALWAYS);
-        if (!file)
-            Refuse("Creating", unfinished);
-        const std::string text = ToText(journal);
-        DWORD written = 0;
-        if (!WriteFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &written,
-                       nullptr) ||
-            written != text.size() || !FlushFileBuffers(file.Get()))
-            Refuse("Writing", unfinished);
-    }
-    if (!MoveFileExW(Widen(unfinished).c_str(), Widen(m_path).c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-        Refuse("Putting the journal in its place at", m_path);
+    WriteWholeFile(m_path, ToText(journal));
 }
 
 void JournalFile::Remove() const {
     for (const std::string& path : {m_path, UnfinishedPath(m_path)})
         if (!DeleteFileW(Widen(path).c_str()) && !IsAbsent(GetLastError()))
-            Refuse("Removing", path);
+            throw CannotBe("removed", path, GetLastError());
 }
 
 JournalFile::State JournalFile::Read(Journal& journal) const {
-    const UniqueHandle file = Open(m_path, GENERIC_READ, OPEN_EXISTING);
+    const UniqueHandle file = OpenPath(m_path, GENERIC_READ, OPEN_EXISTING);
     if (!file) {
         if (!IsAbsent(GetLastError()))
-            Refuse("Opening", m_path);
+            throw CannotBe("opened", m_path, GetLastError());
         return Exists(UnfinishedPath(m_path)) ? State::eCutShort : State::eAbsent;
     }
     if (!IsTrusted(file.Get()))
         return State::eUnreadable;
     std::string text;
-    char buffer[4096];  // not cMaxTextBytes: any size will do
-    DWORD read = 0;
-    do {
-        if (!ReadFile(file.Get(), buffer, sizeof buffer, &read, nullptr))
-            Refuse("Reading", m_path);
-        text.append(buffer, read);
-    } while (read > 0);
-    // The only newline is written last: without it the journal was cut short.
+    if (!ReadToEnd(file.Get(), text))
+        throw CannotBe("read", m_path, GetLastError());
+    // The only newline is the last thing that is written.
     if (text.empty() || text.back() != '\n')
         return State::eCutShort;
     try {

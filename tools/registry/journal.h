@@ -5,8 +5,8 @@
 // The file is written beside its place, flushed and moved there before the first value of
 // the store is written, and removed after the last: a journal that is not whole means that
 // the store was not touched.
-#ifndef KORA4_REGISTRY_STORE_JOURNAL_H
-#define KORA4_REGISTRY_STORE_JOURNAL_H
+#ifndef KORA4_REGISTRY_JOURNAL_H
+#define KORA4_REGISTRY_JOURNAL_H
 
 #include <optional>
 #include <string>
@@ -65,4 +65,4 @@ class JournalFile {
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_REGISTRY_STORE_JOURNAL_H
+#endif  // KORA4_REGISTRY_JOURNAL_H

@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: MIT
-// Raw values in the three registry keys of the store.
-#include <windows.h>
+// Queries, sets and deletes values in the three registry keys of the store.
+#include "registry/registry_store.h"
 
 #include <algorithm>
 
-#include "base/failure.h"
-#include "base/results.h"
 #include "base/text.h"
 #include "contract/registry_paths.h"
-#include "process/handles.h"
-#include "registry/store_access.h"
+#include "process/win32_failure.h"
 
 namespace kora4::tools {
 namespace {
+
+StoreWrapper g_wrapper = nullptr;
 
 constexpr REGSAM cView = KEY_WOW64_64KEY;
 
@@ -40,8 +39,7 @@ const wchar_t* PathOf(KORA4KeySet keySet) {
         : status == ERROR_KEY_DELETED
             ? "The key was deleted meanwhile. Run 'kora4ctl register'."
             : "'kora4ctl doctor' looks for what is wrong.";
-    throw Failure(ExitCode::eFailed, doing + ": " + InWords(HRESULT_FROM_WIN32(status)) + ".",
-                  next);
+    throw Win32Failure(static_cast<DWORD>(status), doing, next);
 }
 
 std::wstring WideName(const PropertyKey& key) {
@@ -72,73 +70,33 @@ std::string KeySetPath(KORA4KeySet keySet) {
     return Narrow(PathOf(keySet));
 }
 
-// The open keys.
-class RegistryStore::Keys {
-  public:
-    explicit Keys(OpenMode mode) : m_access(mode == OpenMode::eRead ? KEY_READ : cReadWrite) {
-        OpenNeeded(eKeySetStatic, m_static);
-        OpenNeeded(eKeySetDynamic, m_dynamic);
-        // The installer owns these keys: users may read them, and most may not write.
-        for (const REGSAM access : {m_access, REGSAM{KEY_READ}}) {
-            const LSTATUS status = Open(eKeySetApp, access, m_app);
-            if (status != ERROR_ACCESS_DENIED)
-                break;
-        }
-    }
+RegistryStore::RegistryStore(OpenMode mode)
+    : m_access(mode == OpenMode::eRead ? KEY_READ : KEY_READ | KEY_WRITE) {
+    OpenNeeded(eKeySetStatic);
+    OpenNeeded(eKeySetDynamic);
+    // The installer's: a user may read them and most may not write.
+    if (Open(eKeySetApp, m_access) == ERROR_ACCESS_DENIED)
+        Open(eKeySetApp, KEY_READ);
+}
 
-    // Null when the key set is optional and absent.
-    HKEY Get(KORA4KeySet keySet) const { return Place(keySet).Get(); }
+LSTATUS RegistryStore::Open(KORA4KeySet keySet, REGSAM access) {
+    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, PathOf(keySet), 0, access | cView,
+                         KeyOf(keySet).Put());
+}
 
-    HKEY ToWrite(KORA4KeySet keySet) {
-        UniqueRegKey& key = Place(keySet);
-        if (!key) {
-            const LSTATUS status = RegCreateKeyExW(
-                HKEY_LOCAL_MACHINE, PathOf(keySet), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                m_access | cView, nullptr, key.Put(), nullptr);
-            if (status != ERROR_SUCCESS)
-                Refuse(status, "Creating the " + KeySetName(keySet) + " keys", keySet);
-        }
-        return key.Get();
-    }
-
-  private:
-    static constexpr REGSAM cReadWrite = KEY_READ | KEY_WRITE;
-
-    static LSTATUS Open(KORA4KeySet keySet, REGSAM access, UniqueRegKey& key) {
-        return RegOpenKeyExW(HKEY_LOCAL_MACHINE, PathOf(keySet), 0, access | cView, key.Put());
-    }
-
-    void OpenNeeded(KORA4KeySet keySet, UniqueRegKey& key) const {
-        const LSTATUS status = Open(keySet, m_access, key);
-        if (status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND)
-            throw Failure(ExitCode::eNotReady,
-                          "The settings store is not there: HKEY_LOCAL_MACHINE\\" +
-                              KeySetPath(keySet) + " does not exist.",
-                          "Run 'kora4ctl register'.");
-        if (status != ERROR_SUCCESS)
-            Refuse(status, "Opening the " + KeySetName(keySet) + " keys", keySet);
-    }
-
-    UniqueRegKey& Place(KORA4KeySet keySet) {
-        return keySet == eKeySetStatic    ? m_static
-               : keySet == eKeySetDynamic ? m_dynamic
-                                          : m_app;
-    }
-    const UniqueRegKey& Place(KORA4KeySet keySet) const {
-        return const_cast<Keys*>(this)->Place(keySet);
-    }
-
-    REGSAM m_access;
-    UniqueRegKey m_static;
-    UniqueRegKey m_dynamic;
-    UniqueRegKey m_app;
-};
-
-RegistryStore::RegistryStore(OpenMode mode) : m_keys(std::make_unique<Keys>(mode)) {}
-RegistryStore::~RegistryStore() = default;
+void RegistryStore::OpenNeeded(KORA4KeySet keySet) {
+    const LSTATUS status = Open(keySet, m_access);
+    if (status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND)
+        throw Failure(ExitCode::eNotReady,
+                      "The settings store is not there: HKEY_LOCAL_MACHINE\\" +
+                          KeySetPath(keySet) + " does not exist.",
+                      "Run 'kora4ctl register'.");
+    if (status != ERROR_SUCCESS)
+        Refuse(status, "Opening the " + KeySetName(keySet) + " keys", keySet);
+}
 
 std::optional<StoredValue> RegistryStore::Read(KORA4KeySet keySet, const PropertyKey& key) {
-    const HKEY hKey = m_keys->Get(keySet);
+    const HKEY hKey = KeyOf(keySet).Get();
     if (!hKey)
         return {};
     const std::wstring name = WideName(key);
@@ -162,15 +120,23 @@ std::optional<StoredValue> RegistryStore::Read(KORA4KeySet keySet, const Propert
 
 void RegistryStore::Write(KORA4KeySet keySet, const PropertyKey& key,
                           const StoredValue& value) {
-    const LSTATUS status =
-        RegSetValueExW(m_keys->ToWrite(keySet), WideName(key).c_str(), 0, value.type,
+    UniqueRegKey& hKey = KeyOf(keySet);
+    LSTATUS status = ERROR_SUCCESS;
+    if (!hKey)
+        status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, PathOf(keySet), 0, nullptr,
+                                 REG_OPTION_NON_VOLATILE, m_access | cView, nullptr, hKey.Put(),
+                                 nullptr);
+    if (status != ERROR_SUCCESS)
+        Refuse(status, "Creating the " + KeySetName(keySet) + " keys", keySet);
+    status =
+        RegSetValueExW(hKey.Get(), WideName(key).c_str(), 0, value.type,
                        Guarded(value.bytes).Data(), static_cast<DWORD>(value.bytes.size()));
     if (status != ERROR_SUCCESS)
         Refuse(status, "Writing " + Place(keySet, key), keySet);
 }
 
 void RegistryStore::Delete(KORA4KeySet keySet, const PropertyKey& key) {
-    const HKEY hKey = m_keys->Get(keySet);
+    const HKEY hKey = KeyOf(keySet).Get();
     if (!hKey)
         return;
     const LSTATUS status = RegDeleteValueW(hKey, WideName(key).c_str());
@@ -180,7 +146,7 @@ void RegistryStore::Delete(KORA4KeySet keySet, const PropertyKey& key) {
 
 std::vector<std::string> RegistryStore::ValueNames(KORA4KeySet keySet) {
     std::vector<std::string> names;
-    const HKEY hKey = m_keys->Get(keySet);
+    const HKEY hKey = KeyOf(keySet).Get();
     // The longest name of a registry value.
     constexpr DWORD cLongestName = 16383;
     std::wstring name(cLongestName + 1, L'\0');
@@ -196,6 +162,15 @@ std::vector<std::string> RegistryStore::ValueNames(KORA4KeySet keySet) {
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+std::unique_ptr<StoreAccess> OpenStore(OpenMode mode) {
+    std::unique_ptr<StoreAccess> store = std::make_unique<RegistryStore>(mode);
+    return g_wrapper ? g_wrapper(std::move(store)) : std::move(store);
+}
+
+void SetStoreWrapper(StoreWrapper wrapper) {
+    g_wrapper = wrapper;
 }
 
 }  // namespace kora4::tools

@@ -5,11 +5,6 @@
 #include <charconv>
 
 namespace kora4::tools {
-namespace {
-
-StoreWrapper g_wrapper = nullptr;
-
-}  // namespace
 
 std::uint32_t StoreAccess::Number(KORA4KeySet keySet, const PropertyKey& key,
                                   std::uint32_t absent) {
@@ -24,15 +19,6 @@ void StoreAccess::WriteNumber(KORA4KeySet keySet, const PropertyKey& key,
 
 void StoreAccess::Bump(const PropertyKey& counter) {
     WriteNumber(eKeySetDynamic, counter, Number(eKeySetDynamic, counter, 0) + 1);
-}
-
-std::unique_ptr<StoreAccess> OpenStore(OpenMode mode) {
-    std::unique_ptr<StoreAccess> store = std::make_unique<RegistryStore>(mode);
-    return g_wrapper ? g_wrapper(std::move(store)) : std::move(store);
-}
-
-void SetStoreWrapper(StoreWrapper wrapper) {
-    g_wrapper = wrapper;
 }
 
 std::string ValueName(const PropertyKey& key) {

@@ -2,9 +2,8 @@
 // Takes the store's mutex with patience, and gives it back.
 #include "registry/store_lock.h"
 
-#include "base/failure.h"
-#include "base/results.h"
 #include "platform/open_mutex.h"
+#include "process/win32_failure.h"
 #include "store/access/named_mutex.h"
 
 namespace kora4::tools {
@@ -13,10 +12,8 @@ UniqueHandle OpenStoreMutex() {
     UniqueHandle mutex(CreateOrOpenMutex(cStoreMutexName));
     if (mutex)
         return mutex;
-    throw Failure(
-        ExitCode::eFailed,
-        "The store's mutex cannot be opened: " + InWords(HRESULT_FROM_WIN32(GetLastError())) +
-            ".",
+    throw Win32Failure(
+        GetLastError(), "The store's mutex cannot be opened",
         "Another program has an object of that name, or keeps the mutex to itself: end it.");
 }
 
@@ -37,9 +34,7 @@ StoreLock::StoreLock(DWORD patience, HANDLE interrupt) : m_mutex(OpenStoreMutex(
                           "Another program holds the settings store and does not let go.",
                           "End the program that hangs, or try again.");
         default:
-            throw Failure(ExitCode::eFailed, "The wait for the store's mutex failed: " +
-                                                 InWords(HRESULT_FROM_WIN32(GetLastError())) +
-                                                 ".");
+            throw Win32Failure(GetLastError(), "The wait for the store's mutex failed");
     }
 }
 

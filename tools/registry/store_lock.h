@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The mutex that all readers and writers of the store share, held for a scope.
-#ifndef KORA4_REGISTRY_STORE_STORE_LOCK_H
-#define KORA4_REGISTRY_STORE_STORE_LOCK_H
+#ifndef KORA4_REGISTRY_STORE_LOCK_H
+#define KORA4_REGISTRY_STORE_LOCK_H
 
 #include <windows.h>
 
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 
@@ -33,4 +33,4 @@ class StoreLock {
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_REGISTRY_STORE_STORE_LOCK_H
+#endif  // KORA4_REGISTRY_STORE_LOCK_H

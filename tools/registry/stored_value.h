@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // One value of the store as the registry holds it: a type and bytes, right or wrong.
-#ifndef KORA4_REGISTRY_STORE_STORED_VALUE_H
-#define KORA4_REGISTRY_STORE_STORED_VALUE_H
+#ifndef KORA4_REGISTRY_STORED_VALUE_H
+#define KORA4_REGISTRY_STORED_VALUE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -65,4 +65,4 @@ std::string ToUtf8(std::u16string_view text);
 
 }  // namespace kora4::tools
 
-#endif  // KORA4_REGISTRY_STORE_STORED_VALUE_H
+#endif  // KORA4_REGISTRY_STORED_VALUE_H

@@ -27,9 +27,9 @@ namespace kora4::tools {
 inline constexpr char cDocumentFormat[] = "kora4-settings";
 inline constexpr int cDocumentVersion = 1;
 
-// User: active profile, enable, sampling period, and names, flags and fields of the profiles
-// 0 to 8. All: everything that is a setting. Trigger words, the table counter, the saved demo
-// state and the levels belong to neither.
+// User: active profile, enable, sampling period, and names, switches and fields of the
+// profiles 0 to 8. All: everything that is a setting. Trigger words, the table counter, the
+// saved demo state and the levels belong to neither.
 enum class Scope { eUser, eAll };
 
 // What a store shall hold at one place. None: nothing.

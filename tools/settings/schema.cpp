@@ -26,7 +26,7 @@ KORA4GlobalTechnology GlobalNumber(Technology technology) {
     return static_cast<KORA4GlobalTechnology>(technology.number);
 }
 
-// Of a flag, with pid 0, or of a field.
+// Of a switch, with pid 0, or of a field.
 PropertyKey PatchKey(Technology technology, std::uint32_t profile, std::uint32_t pid) {
     return technology.family == Family::ePreset
                ? pkey::PresetPatch(PresetNumber(technology), profile, pid)

@@ -45,9 +45,9 @@ struct SchemaValue {
     PropertyKey key{};
     Kind kind = Kind::eNumber;
     Role role = Role::eSetting;
-    // Fields, flags and names of a profile.
+    // Fields, switches and names of a profile.
     std::optional<std::uint32_t> profile;
-    // Fields, flags and triggers.
+    // Fields, switches and triggers.
     Technology technology;
     // Which array of a field with several, from 0 on; how many there are (0: no array).
     unsigned array = 0;
@@ -79,7 +79,7 @@ const std::vector<SchemaValue>& Schema();
 // None for a key that the store does not know.
 const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key);
 
-// One value without the walk: a setting of the settings family, the flag (pid 0) or a field
+// One value without the walk: a setting of the settings family, the switch (pid 0) or a field
 // of a technology. `profile` is not looked at for global technologies.
 SchemaValue SettingValue(std::uint32_t pid);
 SchemaValue FlagValue(Technology technology, std::uint32_t profile);

@@ -58,7 +58,7 @@ struct Setting {
     // A change by +N, -N, +N% or -N% is understood: numbers that cannot be negative.
     bool TakesRelative() const;
 
-    // Made by the table: pid in the settings family, or of the flag (0) or field.
+    // Made by the table: pid in the settings family, or of the switch (0) or field.
     std::uint32_t pid = 0;
     Role role = Role::eSetting;
 };

@@ -26,7 +26,7 @@ struct Applied {
 // Makes the store what the plan says. Writes the journal, the values of the static and app
 // keys, those of the dynamic keys, then the counters of the technologies whose fields changed
 // and of the table when names changed, and removes the journal. When a step fails or an
-// interrupt comes, puts back what was there, counts the counters once more and throws Failure
+// interrupt comes, puts back what was there, moves the counters once more and throws Failure
 // with eFailed, which says so; when putting back fails as well, it says that too and the
 // journal stays for Recover. A plan that changes nothing writes nothing at all.
 //

@@ -12,11 +12,11 @@
 namespace kora4 {
 
 // Every operation returns S_OK, S_FALSE when the value is absent (reads and Delete),
-// APOERR_NOT_INITIALIZED before the access is open, or a failure. On anything but S_OK
-// the outputs are untouched. The app keys are read only: writes to them succeed and go
-// nowhere, a deletion in them fails. Implementations are called with the store's named mutex
-// held (the trace word excepted, which Initialize reads without), by one thread at a time,
-// and call nothing back.
+// APOERR_NOT_INITIALIZED before the access is open, or a failure. On anything but S_OK the
+// outputs are untouched. The app keys are read only: writes to them succeed and store nothing,
+// a deletion in them fails. Implementations are called with the store's named mutex held (the
+// trace word excepted, which Initialize reads without), by one thread at a time, and call
+// nothing back.
 class KORA4KeyAccess {
   public:
     // Reads a number of 32 bits. A stored value of another type or size is a failure.

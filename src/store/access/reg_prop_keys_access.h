@@ -62,8 +62,8 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     // The registry key of a key set; null for a set that is not in the registry.
     const UniqueRegKey* RegistryKey(KORA4KeySet keySet) const;
 
-    // The app keys belong to the installer of the companion applications: what is written
-    // to them goes nowhere, whether they exist or not.
+    // The app keys belong to the installer of the companion applications: writes to them store
+    // nothing, whether they exist or not.
     HKEY HandleToWrite(const UniqueRegKey& key) const;
 
     static HRESULT OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key, bool writable);

@@ -113,20 +113,34 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     template <typename Body>
     HRESULT RunUnderMutex(const trace::Site& site, int line, bool argumentsGood, Body&& body);
 
+    // Writes the master enable and moves the baseline by the rule of MoveOwn.
     HRESULT WriteEnable(const Change<bool>& enable) REQUIRES(m_regKeysMutex);
-    // `pEnable`: null when the enable stays as it is.
+    // Stores another profile, with the enable if one is given, and reloads the working
+    // records. `pEnable`: null when the enable stays as it is.
     HRESULT ProfileStateChange(const Change<std::uint32_t>& profile,
                                const Change<bool>* pEnable) REQUIRES(m_regKeysMutex);
+
+    // What the client knows of a technology's words, with the switch as it is stored now.
     KnownWords ReadKnown(std::uint32_t profile, KORA4PresetTechnology technology)
         REQUIRES(m_regKeysMutex);
+
+    // Entering and leaving a demo: the profile and the enable from before it.
     void SaveStateBeforeDemo(std::uint32_t profile, bool enable) REQUIRES(m_regKeysMutex);
     HRESULT RestoreStateBeforeDemo(std::uint32_t demoProfile) REQUIRES(m_regKeysMutex);
+
+    // Copies the active profile's values to `customProfile`; the name is not part of it.
     HRESULT ActivePresetCopy(std::uint32_t customProfile) REQUIRES(m_regKeysMutex);
+
+    // S_FALSE when the profile does not exist.
     HRESULT ReadProfileName(std::uint32_t customProfile, TaskPtr<char16_t>* pName)
         REQUIRES(m_regKeysMutex);
+    // Stores the name and announces it.
     HRESULT WriteProfileName(std::uint32_t customProfile, const char16_t* pwName)
         REQUIRES(m_regKeysMutex);
+    // Announces a change of the table of custom profiles by its counter.
     HRESULT AnnounceTableChange() REQUIRES(m_regKeysMutex);
+
+    // Enters a technology's new value into the change set, in the API's terms.
     HRESULT DescribePatchChange(KORA4PresetTechnology technology, ChangeSet* pChanges)
         REQUIRES(m_regKeysMutex);
 

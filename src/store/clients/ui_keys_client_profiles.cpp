@@ -209,7 +209,7 @@ HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profi
     } else {
         m_patches.LoadPresetOnElseOff(*m_pKeyAccess, profile.after);
     }
-    // The flags of the baseline are those of its profile.
+    // The switches of the baseline are those of its profile.
     if (m_baseline.profile != knownProfile)
         std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.words.m_dwPresetOnElseOff);
     if (result::Succeeded(hr) && profile.after != m_analysedProfile)

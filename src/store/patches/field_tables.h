@@ -207,8 +207,8 @@ constexpr bool IsWithinRecord(const RecordDef& record, const KORA4FieldDef& fiel
             field.selectionMember + firstWord <= record.size);
 }
 
-// Property ids are unique, 0 belongs to the on/off flag, and several arrays take
-// consecutive ones; tables are in ascending order.
+// Property ids are unique, 0 belongs to the switch, and several arrays take consecutive ones;
+// tables are in ascending order.
 template <std::size_t Count>
 constexpr bool IsConsistent(const RecordDef (&records)[Count]) {
     for (const RecordDef& record : records) {

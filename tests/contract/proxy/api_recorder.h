@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Implementations of the public interfaces that note each call with its arguments and hand out
+// known values, to be reached through a proxy.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_API_RECORDER_H
 #define KORA4_TESTS_CONTRACT_PROXY_API_RECORDER_H
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// kora4ctl load that is broken off at each place in turn: by a write that fails, by a process
-// that dies, by Ctrl-C, and while it puts back what was there.
+// kora4ctl load, interrupted at each place in turn: by a write that fails, by a process that
+// dies, by Ctrl-C, and while it puts back what was there.
 #include "tools/kora4ctl/broken_load.h"
 
 namespace kora4::test {

@@ -212,7 +212,7 @@ TEST_F(CtlDump, WithAFileSaysWhereTheSettingsAre) {
 }
 
 TEST_F(CtlDump, IntoAPlaceWhereNoFileCanBeIsAFailureInWords) {
-    Refused({"dump", m_folder.File("no\\such\\folder.json")}, cFailed, "cannot be made");
+    Refused({"dump", m_folder.File("no\\such\\folder.json")}, cFailed, "cannot be created");
     Refused({"dump", m_folder.Path()}, cFailed, m_folder.Path());
 }
 

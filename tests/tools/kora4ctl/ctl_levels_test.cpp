@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// kora4ctl levels, where the output is no terminal: a line for each picture.
+// kora4ctl levels, where the output is not a terminal: a line for each picture.
 #include <gmock/gmock.h>
 
 #include <cstring>

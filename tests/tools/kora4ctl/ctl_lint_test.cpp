@@ -274,7 +274,8 @@ TEST_F(CtlLint, WithoutANameTheDumpGoesBesideTheJournal) {
 
 TEST_F(CtlLint, MendsNothingWhenTheDumpCannotBeWritten) {
     Put("volume-leveler", StoredValue::FromDword(11));
-    RefusedUnchanged({"lint", "--fix", "--backup", m_folder.Path()}, cFailed, "cannot be made");
+    RefusedUnchanged({"lint", "--fix", "--backup", m_folder.Path()}, cFailed,
+                     "cannot be created");
     RefusedUnchanged({"lint", "--backup", BackupFile()}, cUsage, "--fix");
 }
 

@@ -212,7 +212,7 @@ TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {
         std::string text = document.dump();
         const std::string mark = "\"THE BAD ONE\"";
         text.replace(text.find(mark), mark.size(), bad.value);
-        // What is no text at all has no place in a document.
+        // Malformed text has no place in a document.
         const bool isText = std::string_view(bad.value).find('\xC3') == std::string::npos;
         ExpectRefusal(
             text, isText ? std::string("profiles.") + bad.profile + "." + bad.name : "no JSON");

@@ -395,7 +395,7 @@ TEST_F(CtlRecord, TimeoutEndsItAndTheRecordingIsWhole) {
 
 TEST_F(CtlRecord, FileThatCannotBeMadeIsTold) {
     Refused({"record", "no such folder\\file", "--timeout", "0"}, cFailed,
-            "no such folder\\file cannot be made");
+            "no such folder\\file' cannot be created");
 }
 
 TEST_F(CtlRecord, WithoutALibraryItSaysSo) {

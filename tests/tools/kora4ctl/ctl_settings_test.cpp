@@ -38,7 +38,7 @@ std::optional<Value> DecodedOf(const Setting& setting, std::uint32_t profile) {
     return raw ? tools::Decode(place, {raw->type, raw->data}) : std::nullopt;
 }
 
-// A value of the right kind that is no default of anything.
+// A value of the right kind that is not a default.
 std::string TrialText(const Setting& setting) {
     if (setting.role == Role::eActiveProfile)
         return "games";

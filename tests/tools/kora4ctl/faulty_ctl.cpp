@@ -16,8 +16,8 @@
 
 #include "base/failure.h"
 #include "kora4ctl/command_line/command_line.h"
-#include "process/handles.h"
-#include "registry/store_access.h"
+#include "platform/handles.h"
+#include "registry/registry_store.h"
 
 namespace {
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Starts and ends the two programs, reads their JSON lines, and checks each line against the
+// documented events.
 #include "tools/kora4sim/sim_watch_fixture.h"
 
 #include <sstream>

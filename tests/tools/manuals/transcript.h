@@ -7,7 +7,7 @@
 //   7
 //   ```
 //
-// Understood: kora4ctl and kora4sim with arguments, in quotes where needed; `|` between two
+// Understood: programs of this project with arguments, in quotes where needed; `|` between two
 // of them; `> FILE`; `cat FILE`; `echo $?`; `sleep SECONDS`; `... &`, which starts a command,
 // waits for its first line and goes on; `wait`, which waits for that command's end and shows
 // the rest. Messages come behind the results of the same command.

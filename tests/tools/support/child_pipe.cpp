@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Overlapped reads and writes on a named pipe, advanced whenever the test waits.
 #include "tools/support/child_pipe.h"
 
 #include <gtest/gtest.h>

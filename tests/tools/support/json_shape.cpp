@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Compares a document with a shape, member by member, and names the first difference.
 #include "tools/support/json_shape.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Counts writes and fails at the chosen one; fills stores with right and wrong values at
+// random.
 #include "tools/support/memory_store.h"
 
 #include "base/failure.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads and replaces the content of all keys by registry calls, and damages values at random.
 #include "tools/support/raw_values.h"
 
 #include <gtest/gtest.h>

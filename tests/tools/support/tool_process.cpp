@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Starts a tool with its pipes and environment, collects what it prints, and ends it when it
+// takes too long.
 #include "tools/support/tool_process.h"
 
 #include <gtest/gtest.h>

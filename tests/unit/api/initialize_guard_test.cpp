@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// One Initialize at a time: re-entry, callers that wait in each kind of apartment, and waits
+// that fail.
 #include "api/initialize_guard.h"
 
 #include <gtest/gtest.h>

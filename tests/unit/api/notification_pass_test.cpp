@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// One pass of notifications: its order, its early end, and what is left out because it was
+// overtaken.
 #include "api/notification_pass.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Threads in apartments, waits that pump, the watched key, and the counts of what could leak.
 #include "unit/monitor/monitor_fixture.h"
 
 #include <objbase.h>

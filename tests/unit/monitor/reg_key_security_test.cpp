@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Keys opened to everyone: missing, existing and denying ones, links, and races with whoever
+// plants a link.
 #include "monitor/reg_key_security.h"
 
 #include <aclapi.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The debugger's loop around a child, and the choice of the scenario in the child.
 #include "unit/trace/debuggee.h"
 
 #include <windows.h>

@@ -12,7 +12,7 @@
 
 #include "process/api_session.h"
 #include "process/program.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 #include "settings/settings_table.h"
 
@@ -102,10 +102,10 @@ class SettingAccess {
 };
 
 // Returns when nobody holds the store; what StoreLock throws otherwise. The library itself
-// waits for it without end, so this comes before it is started.
+// waits without a limit, so call this before using it.
 void WaitForStore(const Context& context);
 
-// As ActiveProfile, from the store; the caller holds its mutex.
+// Like ActiveProfile, but from the store; the caller holds its mutex.
 std::uint32_t StoredActiveProfile(StoreAccess& store);
 
 // Failure with eRefused when setters store nothing: the active profile is a demo profile, or

@@ -9,8 +9,8 @@
 
 namespace kora4::tools {
 
-// A list of words that stands at several places: "settings", "profiles". Two lists are no
-// lists: "files" are those of the disk, "values" depend on the setting before them.
+// A list of words that several places share: "settings", "profiles". Two lists are no lists:
+// "files" are those of the disk, "values" depend on the setting before them.
 struct WordList {
     std::string name;
     std::vector<std::string> words;

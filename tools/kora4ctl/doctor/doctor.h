@@ -12,7 +12,7 @@
 
 #include "kora4ctl/recording/observation.h"
 #include "process/program.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 
 namespace kora4::tools {
@@ -29,7 +29,7 @@ struct Examination {
     bool isLibraryThere = false;  // registration: an object can be made
     bool isSilent = false;        // library: the levels that it reads are silence
     bool hasEngine = false;       // engine: a mask is stored
-    // A thread of this process hangs in a call: nothing but its end ends it.
+    // A call hangs on a thread of this process; only the end of the process ends it.
     bool hasHungThread = false;
 };
 

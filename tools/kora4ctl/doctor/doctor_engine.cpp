@@ -5,7 +5,7 @@
 #include "contract/general_settings.h"
 #include "contract/registry_paths.h"
 #include "kora4ctl/doctor/doctor.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 #include "settings/schema.h"
 
 namespace kora4::tools {

@@ -10,8 +10,8 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "kora4ctl/doctor/doctor.h"
+#include "platform/handles.h"
 #include "process/api_session.h"
-#include "process/handles.h"
 #include "settings/schema.h"
 
 namespace kora4::tools {

@@ -6,7 +6,7 @@
 #include "contract/registry_paths.h"
 #include "kora4ctl/doctor/doctor.h"
 #include "kora4ctl/registration/registration.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {

@@ -6,10 +6,9 @@
 #include <charconv>
 
 #include "base/failure.h"
-#include "base/results.h"
 #include "base/text.h"
 #include "contract/messages/trace_text.h"
-#include "process/handles.h"
+#include "process/files.h"
 #include "trace/trace.h"
 
 namespace kora4::tools {
@@ -30,18 +29,16 @@ std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, 
 constexpr std::size_t cTailBytes = 256;
 
 UniqueHandle OpenToRead(const std::string& path) {
-    const HANDLE file = CreateFileW(Widen(path).c_str(), GENERIC_READ,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                    nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file != INVALID_HANDLE_VALUE)
-        return UniqueHandle(file);
+    UniqueHandle file = OpenPath(path, GENERIC_READ, OPEN_EXISTING,
+                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
     const DWORD error = GetLastError();
-    // The file is being removed, or is open exclusively at this moment.
+    if (file)
+        return file;
+    // One that is being removed, or that somebody has for himself at this moment.
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
         error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING)
         return {};
-    throw Failure(ExitCode::eFailed,
-                  path + " cannot be read: " + InWords(HRESULT_FROM_WIN32(error)) + ".");
+    throw Win32Failure(error, path + " cannot be read");
 }
 
 // What is in the file from that place on.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a look at the machine has shown.
+// What an inspection of the machine found.
 #ifndef KORA4_KORA4CTL_RECORDING_OBSERVATION_H
 #define KORA4_KORA4CTL_RECORDING_OBSERVATION_H
 

@@ -10,6 +10,7 @@
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
 #include "registry/journal.h"
+#include "registry/registry_store.h"
 #include "settings/names.h"
 #include "settings/settings_table.h"
 #include "settings/transaction.h"

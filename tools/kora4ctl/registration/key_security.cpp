@@ -9,12 +9,10 @@
 #include "base/text.h"
 #include "contract/registry_paths.h"
 #include "kora4ctl/doctor/doctor.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {
-
-using LocalBlock = Unique<void*, &LocalFree>;
 
 struct Right {
     ACCESS_MASK bits;
@@ -94,7 +92,7 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
     if (opening == ERROR_FILE_NOT_FOUND)
         return;
     PACL dacl = nullptr;
-    LocalBlock descriptor;
+    UniqueLocalMemory descriptor;
     const DWORD status =
         opening != ERROR_SUCCESS
             ? static_cast<DWORD>(opening)

@@ -7,7 +7,8 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "kora4ctl/registration/registration.h"
-#include "process/handles.h"
+#include "platform/handles.h"
+#include "process/files.h"
 
 namespace kora4::tools {
 namespace {
@@ -37,22 +38,24 @@ struct VersionResource {
     VS_FIXEDFILEINFO info;
 };
 
-using UniqueModule = Unique<HMODULE, FreeLibrary>;
+struct ModuleTraits {
+    using Type = HMODULE;
+    static void Close(HMODULE module) { FreeLibrary(module); }
+};
+using UniqueModule = UniqueResource<ModuleTraits>;
 
 }  // namespace
 
 FileKind KindOfFile(const std::string& path) {
-    const HANDLE opened = CreateFileW(Widen(path).c_str(), GENERIC_READ,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, 0, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) {
+    const UniqueHandle file = OpenPath(path, GENERIC_READ, OPEN_EXISTING,
+                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+    if (!file) {
         const DWORD attributes = GetFileAttributesW(Widen(path).c_str());
         if (attributes == INVALID_FILE_ATTRIBUTES)
             return FileKind::eAbsent;
         return attributes & FILE_ATTRIBUTE_DIRECTORY ? FileKind::eNoProgram
                                                      : FileKind::eUnreadable;
     }
-    const UniqueHandle file(opened);
     IMAGE_DOS_HEADER dos{};
     ProgramHead head{};
     if (!ReadAt(file.Get(), 0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE ||
@@ -113,10 +116,10 @@ RegistrableLibrary::RegistrableLibrary(const std::string& path) {
     // A full path, and its folder for what it needs itself.
     m_module = LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!m_module)
-        throw Failure(
-            ExitCode::eBadInput,
-            path + " cannot be loaded: " + InWords(HRESULT_FROM_WIN32(GetLastError())) + ".",
-            "The file is damaged, or a library that it needs is missing; install it again.");
+        throw Win32Failure(
+            GetLastError(), path + " cannot be loaded",
+            "The file is damaged, or a library that it needs is missing; install it again.",
+            ExitCode::eBadInput);
     try {
         m_register = Find("DllRegisterServer", path);
         m_unregister = Find("DllUnregisterServer", path);

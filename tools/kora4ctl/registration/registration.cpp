@@ -13,7 +13,7 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/version.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 
 namespace kora4::tools {
 namespace {

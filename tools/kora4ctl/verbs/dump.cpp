@@ -5,6 +5,7 @@
 #include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools {
 

@@ -10,6 +10,7 @@
 #include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
+#include "registry/registry_store.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {

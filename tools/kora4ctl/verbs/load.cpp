@@ -4,6 +4,7 @@
 
 #include "kora4ctl/access/settings_document.h"
 #include "kora4ctl/verbs.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools {
 

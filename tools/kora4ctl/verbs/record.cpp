@@ -11,7 +11,8 @@
 #include "kora4ctl/recording/recording.h"
 #include "kora4ctl/verbs.h"
 #include "process/api_session.h"
-#include "process/handles.h"
+#include "process/files.h"
+#include "registry/registry_store.h"
 #include "settings/document.h"
 
 namespace kora4::tools {
@@ -35,11 +36,9 @@ class Lines {
     Lines(const std::string& path, Output& output) : m_path(path), m_output(output) {
         if (IsStandardOutput())
             return;
-        const HANDLE file = CreateFileW(Widen(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ,
-                                        nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file == INVALID_HANDLE_VALUE)
-            Fail("cannot be made");
-        m_file.Reset(file);
+        m_file = OpenPath(path, GENERIC_WRITE, CREATE_ALWAYS, FILE_SHARE_READ);
+        if (!m_file)
+            throw CannotBe("created", path, GetLastError());
     }
 
     void Add(const Json& line) {
@@ -53,18 +52,13 @@ class Lines {
         if (!WriteFile(m_file.Get(), text.data(), static_cast<DWORD>(text.size()), &written,
                        nullptr) ||
             written != text.size())
-            Fail("cannot be written");
+            throw CannotBe("written", m_path, GetLastError());
     }
 
     bool IsStandardOutput() const { return m_path == "-"; }
     bool IsBroken() const { return IsStandardOutput() && m_output.IsBroken(); }
 
   private:
-    [[noreturn]] void Fail(const std::string& what) const {
-        throw Failure(ExitCode::eFailed, "The file " + m_path + " " + what + ": " +
-                                             PlatformWords(GetLastError()) + ".");
-    }
-
     const std::string m_path;
     Output& m_output;
     UniqueHandle m_file;

@@ -10,7 +10,7 @@
 #include "contract/version.h"
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 
 namespace kora4::tools {
 

@@ -5,14 +5,14 @@
 
 #include "base/failure.h"
 #include "base/nearest.h"
-#include "base/results.h"
 #include "base/text.h"
 #include "contract/messages/trace_categories.h"
 #include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/explain/trace_log.h"
 #include "kora4ctl/explain/trace_word.h"
 #include "kora4ctl/verbs.h"
-#include "registry/store_access.h"
+#include "process/win32_failure.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 
 namespace kora4::tools {
@@ -61,10 +61,8 @@ void MakeLogFolder(Output& output) {
     if (HasLogFolder())
         return;
     if (!CreateDirectoryW(Widen(LogFolder()).c_str(), nullptr))
-        throw Failure(ExitCode::eFailed,
-                      "The folder " + LogFolder() + " cannot be made: " +
-                          InWords(HRESULT_FROM_WIN32(GetLastError())) + ".",
-                      "Make it as an administrator; without it no log file is written.");
+        throw Win32Failure(GetLastError(), "The folder " + LogFolder() + " cannot be made",
+                           "Make it as an administrator; without it no log file is written.");
     output.Say("Made the folder " + LogFolder() + ".");
 }
 

@@ -13,7 +13,7 @@ namespace kora4::tools::sim {
 // A gain for each frequency; the line between neighbours is straight over the octaves.
 struct Curve {
     std::vector<float> frequencies;  // Hz, ascending
-    std::vector<float> gains;        // dB; without a partner they do not count
+    std::vector<float> gains;        // dB; entries without a frequency are ignored
 
     // The gain at a frequency in Hz; beyond the ends it is that of the end. An empty curve has
     // 0.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Chance that can be repeated.
+// Repeatable random numbers.
 #ifndef KORA4_KORA4SIM_SIGNAL_NOISE_H
 #define KORA4_KORA4SIM_SIGNAL_NOISE_H
 
@@ -7,8 +7,8 @@
 
 namespace kora4::tools::sim {
 
-// Numbers that look like chance and depend on the seed and on what they are asked for, not
-// on how often or in which order: a picture is the same whatever was drawn before it.
+// Pseudo-random numbers that depend on the seed and on what is asked for, not on how often or
+// in which order: a picture is the same whatever was drawn before it.
 class Noise {
   public:
     explicit constexpr Noise(std::uint64_t seed) : m_seed(seed) {}

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The named mutex of the store: creation, ownership, release, and the order of calls when
+// creating is refused.
 #include "store/access/named_mutex.h"
 
 #include <gtest/gtest.h>

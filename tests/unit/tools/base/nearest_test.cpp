@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Suggestions for mistyped names.
 #include "base/nearest.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What the doctor says of a check that the user interrupts.
 #include "kora4ctl/doctor/doctor.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The picture of the levels in every size, and the levels as text and JSON.
 #include "kora4ctl/terminal/levels_picture.h"
 
 #include <gtest/gtest.h>

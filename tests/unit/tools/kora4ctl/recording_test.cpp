@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Changes between two settings documents, found and applied.
 #include "kora4ctl/recording/recording.h"
 
 #include <gtest/gtest.h>

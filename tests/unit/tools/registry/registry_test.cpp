@@ -6,9 +6,9 @@
 
 #include "base/failure.h"
 #include "faults/damage.h"
-#include "process/handles.h"
+#include "platform/handles.h"
 #include "registry/change_watch.h"
-#include "registry/store_access.h"
+#include "registry/registry_store.h"
 #include "registry/store_lock.h"
 #include "settings/document.h"
 #include "support/foreign_mutex.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The settings document: dumped and read back, refused with the place of the mistake, compared
+// with a store.
 #include "settings/document.h"
 
 #include <gtest/gtest.h>

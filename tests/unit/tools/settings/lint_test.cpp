@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The findings for damaged values, and repairs that leave nothing to repair.
 #include "settings/lint.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The list of all values held against the library's keys, defaults and codec.
 #include "settings/schema.h"
 
 #include <gtest/gtest.h>

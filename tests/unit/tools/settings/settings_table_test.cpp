@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The table of settings: names, what is allowed, and values parsed and formatted.
 #include "settings/settings_table.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Plain parsers and writers that work character by character on standard strings.
 #include "unit/tools/settings/slow_texts.h"
 
 #include <algorithm>

@@ -47,7 +47,7 @@ class Random {
     std::uint32_t Pick(std::uint32_t bound) {
         return static_cast<std::uint32_t>(m_random() % bound);
     }
-    // Any bits: large and small numbers, infinities and what is no number.
+    // Any bits: large and small numbers, infinities and NaNs.
     float Float() {
         if (Pick(2) == 0)
             return std::bit_cast<float>(static_cast<std::uint32_t>(m_random()));

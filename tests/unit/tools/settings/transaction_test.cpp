@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Plans applied and undone: the order of writes, a failure or interrupt at each of them, and
+// recovery from a journal.
 #include "settings/transaction.h"
 
 #include <gtest/gtest.h>

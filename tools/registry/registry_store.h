@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+// The store in the registry of this machine.
+#ifndef KORA4_REGISTRY_REGISTRY_STORE_H
+#define KORA4_REGISTRY_REGISTRY_STORE_H
+
+#include <windows.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/handles.h"
+#include "registry/store_access.h"
+
+namespace kora4::tools {
+
+enum class OpenMode { eRead, eReadWrite };
+
+// The registry: the three keys below HKEY_LOCAL_MACHINE in the 64-bit view, held open.
+// One thread at a time.
+class RegistryStore : public StoreAccess {
+  public:
+    // Failure with eNotReady naming 'kora4ctl register' when the static or the dynamic keys
+    // are missing; with eFailed when they may not be opened. The app keys are optional; a
+    // first write into them creates them.
+    explicit RegistryStore(OpenMode mode);
+
+    std::optional<StoredValue> Read(KORA4KeySet keySet, const PropertyKey& key) override;
+    void Write(KORA4KeySet keySet, const PropertyKey& key, const StoredValue& value) override;
+    void Delete(KORA4KeySet keySet, const PropertyKey& key) override;
+    std::vector<std::string> ValueNames(KORA4KeySet keySet) override;
+
+  private:
+    UniqueRegKey& KeyOf(KORA4KeySet keySet) { return m_keys[keySet - eKeySetStatic]; }
+    LSTATUS Open(KORA4KeySet keySet, REGSAM access);
+    void OpenNeeded(KORA4KeySet keySet);
+
+    REGSAM m_access;
+    UniqueRegKey m_keys[eKeySetApp - eKeySetStatic + 1];  // null: optional and absent
+};
+
+// Where a key set lies below HKEY_LOCAL_MACHINE.
+std::string KeySetPath(KORA4KeySet keySet);
+
+// How every verb opens the store: a RegistryStore, inside the wrapper when there is one.
+std::unique_ptr<StoreAccess> OpenStore(OpenMode mode);
+
+// For test programs: what stands between the tool and the registry from now on. Null: none.
+using StoreWrapper = std::unique_ptr<StoreAccess> (*)(std::unique_ptr<StoreAccess> store);
+void SetStoreWrapper(StoreWrapper wrapper);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_REGISTRY_REGISTRY_STORE_H
