@@ -3,8 +3,9 @@
  *
  * Plain C11 or C++; needs nothing but the platform's headers. The interfaces, records and
  * their documentation are in veltokora4api.h, which is generated from the interface
- * definition; the library's own numbers and result codes are in kora4api_codes.h. The GUIDs are
- * defined by veltokora4api_i.c, or in one source of the client by INITGUID.
+ * definition; the library's own result codes are in kora4api_codes.h, profile numbers, limits
+ * and other numbers in kora4api_constants.h. The GUIDs are defined by veltokora4api_i.c, or in
+ * one source of the client by INITGUID.
  *
  *   IVeltoKORA4API* pApi = NULL;
  *   CoCreateInstance(&CLSID_VeltoKORA4APITestCoclass, NULL, CLSCTX_INPROC_SERVER,
@@ -19,6 +20,16 @@
 #include <objbase.h>
 
 #include "kora4api_codes.h"
+#include "kora4api_constants.h"
+
+/* A COM interface has no destructor, which a careful compiler would like to be virtual. */
+#if defined(__cplusplus) && defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+#endif
 #include "veltokora4api.h"
+#if defined(__cplusplus) && defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
 
 #endif /* KORA4API_H */

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "kora4api_codes.h"
+#include "kora4api_constants.h"
 
 namespace kora4 {
 
@@ -15,7 +15,7 @@ inline constexpr std::uint32_t cMusicProfile = KORA4_PROFILE_MUSIC;
 inline constexpr std::uint32_t cGamesProfile = KORA4_PROFILE_GAMES;
 
 // The custom profiles P1 to P6 are the numbers 3 to 8. One exists while it has a name.
-inline constexpr std::uint32_t cFirstCustomProfile = KORA4_PROFILE_FIRST_CUSTOM;  // P1
+inline constexpr std::uint32_t cFirstCustomProfile = KORA4_PROFILE_FIRST_CUSTOM;
 
 // Every number below can be made the active profile.
 inline constexpr std::uint32_t cSelectableProfileBound = KORA4_PROFILE_TABLE_ENTRIES;
@@ -29,7 +29,10 @@ inline constexpr std::uint32_t cDemoGamesProfile = KORA4_PROFILE_DEMO_GAMES;
 inline constexpr std::uint32_t cNoProfile = 0xFFFFFFFF;
 
 // Only the preset profiles have a row of their own in the tables of defaults.
-inline constexpr std::uint32_t cDefaultedProfileBound = 3;
+inline constexpr std::uint32_t cDefaultedProfileBound = KORA4_PRESET_PROFILES;
+
+static_assert(cFirstCustomProfile + KORA4_CUSTOM_PROFILES == cSelectableProfileBound);
+static_assert(KORA4_PROFILE_LAST_CUSTOM + 1 == cSelectableProfileBound);
 
 // Movie, Music or Games.
 constexpr bool IsPresetProfile(std::uint32_t profile) {

@@ -82,7 +82,6 @@ my %header_of = (
     'src/store/patches/patch_set_defaults'  => 'store/patches/managed_patch_set.h',
     'sdk/proxies/kora4_proxies'             => 'kora4_proxies.h',
     'tools/kora4ctl/access/api_settings'    => 'kora4ctl/access/setting_access.h',
-    'tools/kora4ctl/registration/key_security' => 'kora4ctl/doctor/doctor.h',
     'tools/kora4ctl/registration/library_file' => 'kora4ctl/registration/registration.h',
     'tools/settings/content'                => 'settings/schema.h',
     'tools/settings/setting_values'         => 'settings/settings_table.h',
@@ -327,10 +326,10 @@ my (%number_names, %text_places);
 
 # Constants that have a value like any other number, and where it means nothing else all the same.
 my %watched = (
-    cEngineTechnologies => '.',
-    cMaxTextBytes       => '.',
-    cSamplingPeriod     => '^src/|^tools/(settings|kora4ctl)/',
-    cStaticNumber57     => '^src/',
+    KORA4_ENGINE_FULL             => '.',
+    KORA4_SAMPLING_PERIOD_DEFAULT => '^src/|^tools/(settings|kora4ctl)/',
+    cMaxTextBytes                 => '.',
+    cStaticNumber57               => '^src/',
 );
 
 sub value_of {
@@ -384,7 +383,7 @@ sub names_in_contract {
 }
 
 # A literal is a copy unless a comment at it says that it is something else, as in
-# 'not cSamplingPeriod: turns a second'.
+# 'not cMaxTextBytes: any size will do'.
 sub copies_in {
     my ($file, $text) = @_;
     my @with_comments = lines_of($file);

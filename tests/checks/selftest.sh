@@ -26,8 +26,8 @@ fresh() {
   put src/trace/trace.h '#include <cstdint>' '' '#include "contract/facts.h"'
   put src/contract/facts.h '#include <cstdint>' 'const wchar_t* const cName = L"Name of it";' \
     'const char* const cRule = "Never do that.";' \
-    'constexpr std::uint32_t cAnswer = 4242;' 'constexpr std::uint32_t cEngineTechnologies = 0x03FF;' \
-    'constexpr std::size_t cMaxTextBytes = 4096;' 'constexpr std::uint32_t cSamplingPeriod = 50;' \
+    'constexpr std::uint32_t cAnswer = 4242;' '#define KORA4_ENGINE_FULL 0x03FFu /* all */' \
+    'constexpr std::size_t cMaxTextBytes = 4096;' '#define KORA4_SAMPLING_PERIOD_DEFAULT 50' \
     'constexpr std::uint32_t cStaticNumber57 = 200;'
   put src/store/access/key_access.h '#include "contract/facts.h"'
   put src/store/access/task_memory.h
@@ -199,8 +199,8 @@ finds literals "a second copy of \"Never do that.\"" tools/kora4ctl/verbs/get.cp
 finds literals "4242 is cAnswer" src/api/api.h 'constexpr int cOther = 4242;'
 finds literals "0x1092 is cAnswer" tools/base/results.h 'if (a == 0x1092)'
 finds literals "4242u is cAnswer" src/contract/results.h 'constexpr unsigned cSame = 4242u;'
-finds literals "50 is cSamplingPeriod" src/api/api.h 'constexpr int cPeriod = 50;'
-finds literals "0x3ff is cEngineTechnologies" src/trace/trace.h 'mask = 0x3ff;'
+finds literals "50 is KORA4_SAMPLING_PERIOD_DEFAULT" src/api/api.h 'constexpr int cPeriod = 50;'
+finds literals "0x3ff is KORA4_ENGINE_FULL" src/trace/trace.h 'mask = 0x3ff;'
 finds literals "4096 is cMaxTextBytes" tools/registry/store.h 'char text[4096];'
 finds literals "a property id as a number" tools/registry/store.h 'auto key = pkey::Setting(3);'
 finds literals "a property id as a number" tools/registry/store.h 'if (key.pid == 404)'

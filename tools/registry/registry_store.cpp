@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Queries, sets and deletes values in the three registry keys of the store.
+// Raw values in the three registry keys of the store.
 #include "registry/registry_store.h"
 
 #include <algorithm>

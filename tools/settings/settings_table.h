@@ -23,6 +23,29 @@ enum class Access {
     eStoreOnly,  // not in the API: through the store
 };
 
+// Which methods of the API serve a setting: one that reads it, and mostly one that sets it.
+enum class ApiMethods {
+    eNone,
+    eActiveProfile,
+    eEnable,
+    eSamplingPeriod,
+    eEngineMask,
+    eEditorCommand,
+    eSelectorCommand,
+    eDemoCommand,
+    eVersion,
+    eProfileName,
+    eSwitch,
+    ePatchValue,
+    eFrequencies,
+    eGains,
+    eBands,  // both of these, which are read together and set one by one
+};
+
+// Their names, empty where there is none.
+const char* ReaderName(ApiMethods methods);
+const char* WriterName(ApiMethods methods);
+
 // What a value is called, besides its number.
 struct ValueWord {
     std::string word;
@@ -41,8 +64,7 @@ struct Setting {
     std::vector<ValueWord> words;  // of numbers; switches have on and off besides
     bool perProfile = false;
     Access access = Access::eStoreOnly;
-    std::string reader;  // methods of the API; empty for store-only settings
-    std::string writer;
+    ApiMethods methods = ApiMethods::eNone;
     Technology technology;
 
     // Not stored: the version, which only the library knows.

@@ -60,14 +60,14 @@ class CtlDoctor : public CtlTest {
     void TearDown() override {
         m_journal.Remove();
         // Whatever a test has made of the registration, the end of the fixture finds it whole.
-        EXPECT_EQ(LoadedLibrary().RegisterServer(), S_OK);
+        EXPECT_EQ(S_OK, LoadedLibrary().RegisterServer());
         CtlTest::TearDown();
     }
 
     static Json Examine(DWORD code, Words arguments = {}) {
         arguments.insert(arguments.begin(), {"doctor", "--json"});
         const ToolResult result = RunCtl(arguments);
-        EXPECT_EQ(result.exitCode, code) << result;
+        EXPECT_EQ(code, result.exitCode) << result;
         const Json document = ParsedJson(result.out);
         EXPECT_TRUE(HasShape(document, cShape));
         return document;
@@ -79,12 +79,12 @@ class CtlDoctor : public CtlTest {
             if (finding["check"] != check)
                 continue;
             if (finding["severity"] == "warning" || finding["severity"] == "error") {
-                EXPECT_NE(finding["next"], "") << finding;
+                EXPECT_NE("", finding["next"]) << finding;
             }
             text += finding["severity"].get<std::string>() + ": " +
                     finding["what"].get<std::string>() + "\n";
         }
-        EXPECT_NE(text, "") << "nothing is said of " << check;
+        EXPECT_NE("", text) << "nothing is said of " << check;
         return text;
     }
 
@@ -93,9 +93,9 @@ class CtlDoctor : public CtlTest {
 
 TEST_F(CtlDoctor, AHealthyMachineHasNotesAtWorst) {
     const Json document = Examine(cDone);
-    EXPECT_EQ(document["summary"]["errors"], 0) << document;
-    EXPECT_EQ(document["summary"]["warnings"], 0) << document;
-    EXPECT_EQ(document["summary"]["checks"], 12);
+    EXPECT_EQ(0, document["summary"]["errors"]) << document;
+    EXPECT_EQ(0, document["summary"]["warnings"]) << document;
+    EXPECT_EQ(12, document["summary"]["checks"]);
     for (const char* check :
          {"registration", "access", "mutex", "load", "values", "profile", "trace", "library"})
         EXPECT_TRUE(Of(check, document).starts_with("ok: ")) << document;
@@ -109,18 +109,18 @@ TEST_F(CtlDoctor, AHealthyMachineHasNotesAtWorst) {
 
 TEST_F(CtlDoctor, LeavesTheStoreAsItIs) {
     WriteRaw(eKeySetStatic, cPeriod, REG_SZ, L"x", 4);
-    WriteStoredUINT(eKeySetDynamic, cActiveProfile, 241);
+    WriteStoredUINT(eKeySetDynamic, cActiveProfile, KORA4_PROFILE_DEMO_MUSIC);
     const std::string before = StoreSnapshot();
     Examine(cFindings);
-    EXPECT_EQ(StoreSnapshot(), before);
+    EXPECT_EQ(before, StoreSnapshot());
 }
 
 TEST_F(CtlDoctor, WorksWithEverythingMissing) {
     Unregister();
     RemoveStore();
     const Json document = Examine(cFindings, {"--deep"});
-    EXPECT_EQ(Of("registration", document),
-              "error: The library is not registered on this machine.\n");
+    EXPECT_EQ("error: The library is not registered on this machine.\n",
+              Of("registration", document));
     EXPECT_TRUE(Has(Of("keys", document), "DynamicKeys does not exist."));
     for (const char* check : {"load", "values", "profile", "custom-profiles", "trace",
                               "library", "engine", "levels", "notifications"})
@@ -131,16 +131,15 @@ TEST_F(CtlDoctor, FindsAMissingRegistration) {
     Unregister();
     const Json document = Examine(cFindings);
     EXPECT_TRUE(Of("registration", document).starts_with("error: "));
-    EXPECT_EQ(Of("library", document),
-              "note: Not looked at, because the library cannot be loaded.\n");
+    EXPECT_EQ("note: Not looked at, because the library cannot be loaded.\n",
+              Of("library", document));
     EXPECT_TRUE(Of("values", document).starts_with("ok: "));
 }
 
 TEST_F(CtlDoctor, FindsMissingKeys) {
     RemoveKey(HKEY_LOCAL_MACHINE, cStaticKeysPath);
-    EXPECT_EQ(
-        Of("keys", Examine(cFindings)),
-        "error: HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\StaticKeys does not exist.\n");
+    EXPECT_EQ("error: HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\StaticKeys does not exist.\n",
+              Of("keys", Examine(cFindings)));
 }
 
 TEST_F(CtlDoctor, SaysNothingOfAppKeysThatAreThere) {
@@ -194,9 +193,10 @@ TEST_F(CtlDoctor, FindsALinkInPlaceOfAKeyThatRegisteringRefuses) {
     RemoveKey(HKEY_LOCAL_MACHINE, cStaticKeysPath);
     {
         const RegistryLink link(cStaticKeysPath, cVictim);
-        EXPECT_EQ(Of("keys", Examine(cFindings)),
-                  "error: HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\StaticKeys is a link to "
-                  "another key, which somebody has put in its place.\n");
+        EXPECT_EQ(
+            "error: HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\StaticKeys is a link to "
+            "another key, which somebody has put in its place.\n",
+            Of("keys", Examine(cFindings)));
         EXPECT_EQ(cFailed, RunCtl({"register"}).exitCode);
     }
     EXPECT_EQ(before, DaclOf(cVictim));
@@ -211,14 +211,14 @@ HANDLE OpenMutexOfStore() {
 
 TEST_F(CtlDoctor, FindsAMutexThatIsHeldAndLooksAtTheRest) {
     const UniqueHandle mutex(OpenMutexOfStore());
-    ASSERT_EQ(WaitForSingleObject(mutex.Get(), cBoundedWait), WAIT_OBJECT_0);
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex.Get(), cBoundedWait));
     const Json document = Examine(cFindings, {"--wait", "0.3"});
     ReleaseMutex(mutex.Get());
     EXPECT_TRUE(Has(Of("mutex", document),
                     "error: A program has held the store's mutex for more than 0.3 s"));
     EXPECT_TRUE(Of("values", document).starts_with("ok: "));
-    EXPECT_EQ(Of("library", document),
-              "note: Not looked at, because the store's mutex cannot be had.\n");
+    EXPECT_EQ("note: Not looked at, because the store's mutex cannot be had.\n",
+              Of("library", document));
     EXPECT_EQ(Of("load", document), Of("library", document));
 }
 
@@ -277,7 +277,7 @@ TEST_F(CtlDoctorLoad, IsUndone) {
     BreakLoad();
     const Json document = Examine(cDone);
     EXPECT_TRUE(Has(Of("load", document), "note: A change of the settings was broken off"));
-    EXPECT_EQ(ReadStoredUINT(eKeySetStatic, cPeriod), 40u);
+    EXPECT_EQ(40u, ReadStoredUINT(eKeySetStatic, cPeriod));
     EXPECT_FALSE(IsJournalThere());
     EXPECT_TRUE(Of("load", Examine(cDone)).starts_with("ok: "));
 }
@@ -286,7 +286,7 @@ TEST_F(CtlDoctorLoad, IsOnlyToldOfInADryRun) {
     BreakLoad();
     const Json document = Examine(cFindings, {"--dry-run"});
     EXPECT_TRUE(Has(Of("load", document), "warning: A change of the settings was broken off"));
-    EXPECT_EQ(ReadStoredUINT(eKeySetStatic, cPeriod), 60u);
+    EXPECT_EQ(60u, ReadStoredUINT(eKeySetStatic, cPeriod));
     EXPECT_TRUE(IsJournalThere());
 }
 
@@ -314,7 +314,7 @@ TEST_F(CtlDoctor, FindsADemoThatWasLeftOn) {
     EXPECT_FALSE(Has(Of("profile", document), "not known"));
     EXPECT_TRUE(Has(document.dump(), "kora4ctl demo force-leave"));
     Done({"demo", "force-leave"});
-    EXPECT_EQ(Of("profile", Examine(cDone)), "ok: games is active\n");
+    EXPECT_EQ("ok: games is active\n", Of("profile", Examine(cDone)));
 }
 
 TEST_F(CtlDoctor, SaysThatTheProfileBeforeADemoIsNotKnown) {
@@ -343,7 +343,7 @@ TEST_F(CtlDoctor, FindsACustomProfileWhoseNameCannotBeRead) {
     EXPECT_TRUE(Has(Of("custom-profiles", document), "error: The name of p3 cannot be read"));
     EXPECT_TRUE(Of("values", document).starts_with("ok: ")) << document;
     Done({"profile", "delete", "p3"});
-    EXPECT_EQ(Of("custom-profiles", Examine(cDone)), "ok: there are none\n");
+    EXPECT_EQ("ok: there are none\n", Of("custom-profiles", Examine(cDone)));
 }
 
 // ---- The trace --------------------------------------------------------------------------
@@ -396,18 +396,18 @@ TEST_F(CtlDoctor, FindsSamplingPeriodsThatNobodyCanUse) {
 }
 
 TEST_F(CtlDoctor, FindsAnEngineThatPublishesNothing) {
-    WriteMask(0x03FF);
+    WriteMask(KORA4_ENGINE_FULL);
     EXPECT_TRUE(Has(Of("levels", Examine(cFindings)), "warning: No levels are published"));
 }
 
 TEST_F(CtlDoctor, FindsAnEngineThatHasStopped) {
-    WriteMask(0x03FF);
+    WriteMask(KORA4_ENGINE_FULL);
     WriteStoredBlob(eKeySetStatic, cLevels, Blob({-20, -30}));
     EXPECT_TRUE(Has(Of("levels", Examine(cFindings)), "the engine does not answer"));
 }
 
 TEST_F(CtlDoctor, TakesSilenceForWhatItIs) {
-    WriteMask(0x03FF);
+    WriteMask(KORA4_ENGINE_FULL);
     WriteStoredBlob(eKeySetStatic, cLevels, Blob({-144, -120}));
     EXPECT_TRUE(Has(Of("levels", Examine(cDone)), "they are silence"));
 }
@@ -419,7 +419,7 @@ TEST_F(CtlDoctor, FindsMalformedLevels) {
 }
 
 TEST_F(CtlDoctor, IsContentWithAnEngineAtWork) {
-    WriteMask(0x021F);
+    WriteMask(KORA4_ENGINE_STANDARD);
     std::atomic<bool> isOver = false;
     const UniqueHandle pause(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     std::thread engine([&] {
@@ -432,7 +432,7 @@ TEST_F(CtlDoctor, IsContentWithAnEngineAtWork) {
     isOver = true;
     SetEvent(pause.Get());
     engine.join();
-    EXPECT_EQ(Of("levels", document), "ok: published, and changing\n");
+    EXPECT_EQ("ok: published, and changing\n", Of("levels", document));
 }
 
 // ---- The library ------------------------------------------------------------------------
@@ -441,8 +441,8 @@ TEST_F(CtlDoctor, DeepSeesANotificationArriveAndChangesNoSetting) {
     const Json before = DoneJson({"dump", "--all"});
     const Json document = Examine(cDone, {"--deep"});
     EXPECT_TRUE(Has(Of("notifications", document), "ok: one came after "));
-    EXPECT_EQ(document["summary"]["checks"], 13);
-    EXPECT_EQ(DoneJson({"dump", "--all"}), before);
+    EXPECT_EQ(13, document["summary"]["checks"]);
+    EXPECT_EQ(before, DoneJson({"dump", "--all"}));
 }
 
 TEST_F(CtlDoctor, RefusesWhatMakesNoSense) {

@@ -54,7 +54,7 @@ TEST_F(SimCommandLine, LengthIsCountedInPictures) {
         "picture": "integer", "pictures": "integer", "failures": "integer",
         "reloads": "integer", "faults": "integer", "digest": "string"})"));
     EXPECT_EQ(21, summary["pictures"]);
-    EXPECT_GE(result.elapsed, 1000u);
+    EXPECT_LE(1000u, result.elapsed);
     EXPECT_EQ(10, EventOf(RunSim({"--for", "1", "--period", "100", "--json"}),
                           "summary")["pictures"]);
 }
@@ -63,7 +63,7 @@ TEST_F(SimCommandLine, ForZeroOnlyPreparesTheStore) {
     const ToolResult result = RunSim({"--for", "0", "--json"});
     EXPECT_EQ(0u, result.exitCode);
     EXPECT_EQ(0, EventOf(result, "summary")["pictures"]);
-    EXPECT_EQ(0x03FFu, RawStore::Number(cStatic, MasterEnablesName()));
+    EXPECT_EQ(KORA4_ENGINE_FULL, RawStore::Number(cStatic, MasterEnablesName()));
     EXPECT_EQ(S_FALSE, Shown(Client().Get()).result);
 }
 
@@ -94,9 +94,9 @@ TEST_F(SimCommandLine, DefaultsAreWrittenWholeAndAnnounced) {
     const Json defaults = EventOf(result, "defaults");
     EXPECT_TRUE(HasShape(defaults, R"({"time": "string", "event": "=defaults",
         "cause": "=--write-defaults", "picture": "integer", "values": "integer"})"));
-    for (const DWORD profile : {0u, 1u, 2u, 3u, 8u, 240u, 242u}) {
-        const bool isMovie = profile % 240 != 1 && profile % 240 != 2;
-        EXPECT_EQ(isMovie ? 0x40007u : 0u,
+    for (const DWORD profile : {0u, 1u, 2u, 3u, 8u, cDemoMovie, cDemoGames}) {
+        const bool isMovie = profile % cDemoMovie != 1 && profile % cDemoMovie != 2;
+        EXPECT_EQ(isMovie ? cMovieVolume : 0u,
                   RawStore::Number(cStatic, PatchName(RawTechnology::eVolume, profile, 3)))
             << profile;
         EXPECT_EQ(1u, RawStore::Number(cDynamic, PatchName(RawTechnology::eVolume, profile, 0)))

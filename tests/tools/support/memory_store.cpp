@@ -165,6 +165,15 @@ MemoryStore::Values Filtered(const MemoryStore::Values& values, Scope scope, boo
 
 }  // namespace
 
+void Put(MemoryStore& store, const Plan& plan) {
+    for (const PlannedValue& planned : plan.values) {
+        if (planned.wanted)
+            store.Write(planned.value.keySet, planned.value.key, *planned.wanted);
+        else
+            store.Delete(planned.value.keySet, planned.value.key);
+    }
+}
+
 MemoryStore::Values Covered(const MemoryStore::Values& values, Scope scope) {
     return Filtered(values, scope, true);
 }

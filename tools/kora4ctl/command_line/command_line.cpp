@@ -20,7 +20,7 @@ constexpr char cFooter[] =
 void AddVerbs(Context& context) {
     context.root.require_subcommand(1);
     context.root.footer(cFooter);
-    for (AddVerb* add : cVerbs)
+    for (VerbAdder* add : cVerbs)
         add(context);
 }
 

@@ -3,13 +3,13 @@
 // exchanged with other equalizer tools.
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "api/patch_limits.h"
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/patch_records.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/equalizer/bands_picture.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
@@ -49,7 +49,6 @@ struct EqOptions {
     std::string bands = "stored";
     bool isClipped = false;
 };
-using Options = std::shared_ptr<EqOptions>;
 
 std::string NameOfBand(const Bands& bands, std::size_t index) {
     return "Band " + std::to_string(index + 1) + " (" + Decimal(bands[index].frequency) +
@@ -69,8 +68,8 @@ Bands Limited(Bands bands, bool isClipped, Output& output) {
         const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
                                  " dB is outside " + GainRange() + " dB";
         if (!isClipped)
-            throw Failure(ExitCode::eBadInput, what + "; nothing was changed.",
-                          "--clip takes the nearest gain that is allowed.");
+            throw BadInput(what + "; nothing was changed.",
+                           "--clip takes the nearest gain that is allowed.");
         gain = std::clamp(gain, cGraphicEQGainMin, cGraphicEQGainMax);
         output.Say(what + "; it becomes " + Decimal(gain) + ".");
     }
@@ -111,7 +110,7 @@ std::vector<std::string> RowOfBand(const Bands& bands, std::size_t index) {
             SignedGain(band.gain) + " dB", note};
 }
 
-ExitCode Show(Context& context, const EqOptions& options) {
+ExitCode Show(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
     Output& output = context.output;
@@ -138,7 +137,7 @@ ExitCode Show(Context& context, const EqOptions& options) {
 // ---- What changes the bands -------------------------------------------------------------
 
 // Writes the new bands, reads what became of them and tells the difference.
-ExitCode Apply(Context& context, const EqOptions& options, SettingAccess& access,
+ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& access,
                const Equalizer& before, const Bands& wanted) {
     Output& output = context.output;
     WriteEqualizer(access, options.profile.Get(), Limited(wanted, options.isClipped, output));
@@ -165,9 +164,8 @@ ExitCode Apply(Context& context, const EqOptions& options, SettingAccess& access
 float GainOf(std::string_view text) {
     float gain = 0;
     if (!ParseDecimal(text, gain))
-        throw Failure(ExitCode::eBadInput,
-                      "'" + std::string(text) + "' is no gain; it is a number of dB.",
-                      "Three forms are understood: see 'kora4ctl eq set --help'.");
+        throw BadInput("'" + std::string(text) + "' is no gain; it is a number of dB.",
+                       "Three forms are understood: see 'kora4ctl eq set --help'.");
     return StorableGain(static_cast<double>(gain));
 }
 
@@ -181,9 +179,9 @@ std::size_t NearestBand(const Bands& bands, float frequency) {
         bands.begin(), bands.end(),
         [&](const Band& a, const Band& b) { return distance(a) < distance(b); });
     if (nearest == bands.end() || !(nearest->frequency > 0))
-        throw Failure(ExitCode::eBadInput, "There is no band with a frequency above 0 Hz.",
-                      "Set bands by number with --band, or take new ones with 'kora4ctl eq "
-                      "import --bands file'.");
+        throw BadInput("There is no band with a frequency above 0 Hz.",
+                       "Set bands by number with --band, or take new ones with 'kora4ctl eq "
+                       "import --bands file'.");
     return static_cast<std::size_t>(nearest - bands.begin());
 }
 
@@ -195,13 +193,12 @@ Bands SetByFrequency(Bands bands, const std::vector<std::string>& values, Output
         if (sign == std::string::npos ||
             !ParseDecimal(std::string_view(value).substr(0, sign), frequency) ||
             !(frequency > 0))
-            throw Failure(ExitCode::eBadInput,
-                          "'" + value + "' is not FREQUENCY=GAIN, as in 1000=3.");
+            throw BadInput("'" + value + "' is not FREQUENCY=GAIN, as in 1000=3.");
         const std::size_t band = NearestBand(bands, frequency);
         if (isSet[band])
-            throw Failure(ExitCode::eBadInput, NameOfBand(bands, band) +
-                                                   " is the nearest to two of the "
-                                                   "frequencies; nothing was changed.");
+            throw BadInput(NameOfBand(bands, band) +
+                           " is the nearest to two of the "
+                           "frequencies; nothing was changed.");
         isSet[band] = true;
         if (bands[band].frequency != frequency)
             output.Say("Nearest to " + Decimal(frequency) + " Hz is the band at " +
@@ -215,26 +212,24 @@ Bands SetOneBand(Bands bands, unsigned band, const std::vector<std::string>& val
     if (values.size() != 1)
         throw Failure(ExitCode::eUsage, "--band takes one gain.");
     if (band < 1 || band > bands.size())
-        throw Failure(ExitCode::eBadInput, "There is no band " + std::to_string(band) +
-                                               "; the bands are 1 to " +
-                                               std::to_string(bands.size()) + ".");
+        throw BadInput("There is no band " + std::to_string(band) + "; the bands are 1 to " +
+                       std::to_string(bands.size()) + ".");
     bands[band - 1].gain = GainOf(values.front());
     return bands;
 }
 
 Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
     if (values.size() != bands.size())
-        throw Failure(ExitCode::eBadInput,
-                      "There are " + std::to_string(bands.size()) + " bands, and " +
-                          std::to_string(values.size()) + " gains were given.",
-                      "Single bands: 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
-                      "-2.5'.");
+        throw BadInput("There are " + std::to_string(bands.size()) + " bands, and " +
+                           std::to_string(values.size()) + " gains were given.",
+                       "Single bands: 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
+                       "-2.5'.");
     for (std::size_t i = 0; i < bands.size(); ++i)
         bands[i].gain = GainOf(values[i]);
     return bands;
 }
 
-ExitCode Set(Context& context, const EqOptions& options) {
+ExitCode Set(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     const bool isByFrequency =
@@ -247,7 +242,7 @@ ExitCode Set(Context& context, const EqOptions& options) {
     return Apply(context, options, access, before, wanted);
 }
 
-ExitCode Flat(Context& context, const EqOptions& options) {
+ExitCode Flat(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     Bands wanted = before.bands;
@@ -258,41 +253,39 @@ ExitCode Flat(Context& context, const EqOptions& options) {
 
 // ---- Files ------------------------------------------------------------------------------
 
-void RefuseBadFrequencies(const Bands& bands, const std::string& wish) {
+void CheckFrequencies(const Bands& bands, const std::string& wish) {
     const std::vector<std::string> problems = FrequencyProblems(bands);
     if (!problems.empty())
-        throw Failure(ExitCode::eBadInput, Join(problems, " ") + " " + wish,
-                      "Store usable bands with 'kora4ctl eq import --bands file FILE'.");
+        throw BadInput(Join(problems, " ") + " " + wish,
+                       "Store usable bands with 'kora4ctl eq import --bands file FILE'.");
     if (bands.empty())
-        throw Failure(ExitCode::eBadInput, "No bands are stored. " + wish,
-                      "Store some with 'kora4ctl eq import --bands file FILE'.");
+        throw BadInput("No bands are stored. " + wish,
+                       "Store some with 'kora4ctl eq import --bands file FILE'.");
 }
 
 // The bands of a file as the store can hold them: whole hertz.
 Bands BandsOfFile(const Bands& curve, Output& output) {
     if (curve.size() > cMaxArrayElements)
-        throw Failure(ExitCode::eBadInput,
-                      "The file has " + std::to_string(curve.size()) +
-                          " bands, and no more than " + std::to_string(cMaxArrayElements) +
-                          " can be stored.",
-                      "Without '--bands file' its curve is taken at the stored bands.");
+        throw BadInput("The file has " + std::to_string(curve.size()) +
+                           " bands, and no more than " + std::to_string(cMaxArrayElements) +
+                           " can be stored.",
+                       "Without '--bands file' its curve is taken at the stored bands.");
     Bands bands = curve;
     for (Band& band : bands) {
         const float stored = std::trunc(band.frequency);
         if (stored < 1 || stored > cHighestFrequency)
-            throw Failure(ExitCode::eBadInput, Decimal(band.frequency) +
-                                                   " Hz cannot be stored: bands lie from " +
-                                                   FrequencyRange() + ".");
+            throw BadInput(Decimal(band.frequency) + " Hz cannot be stored: bands lie from " +
+                           FrequencyRange() + ".");
         if (stored != band.frequency)
             output.Say(Decimal(band.frequency) + " Hz is stored as " + Decimal(stored) +
                        " Hz: bands have whole frequencies.");
         band = {stored, StorableGain(static_cast<double>(band.gain))};
     }
-    RefuseBadFrequencies(bands, "In whole hertz the bands of the file are no longer apart.");
+    CheckFrequencies(bands, "In whole hertz the bands of the file are no longer apart.");
     return bands;
 }
 
-ExitCode Import(Context& context, const EqOptions& options) {
+ExitCode Import(const Context& context, const EqOptions& options) {
     if (options.bands != "stored" && options.bands != "file")
         throw Failure(ExitCode::eUsage, "'" + options.bands +
                                             "' is no choice for --bands: it is 'stored' or "
@@ -303,14 +296,14 @@ ExitCode Import(Context& context, const EqOptions& options) {
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     if (options.bands == "file")
         return Apply(context, options, access, before, BandsOfFile(curve, context.output));
-    RefuseBadFrequencies(before.bands, "A curve cannot be taken there.");
+    CheckFrequencies(before.bands, "A curve cannot be taken there.");
     return Apply(context, options, access, before, Resample(curve, before.bands));
 }
 
-ExitCode Export(Context& context, const EqOptions& options) {
+ExitCode Export(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
-    RefuseBadFrequencies(equalizer.bands, "No equalizer tool could read that.");
+    CheckFrequencies(equalizer.bands, "No equalizer tool could read that.");
     const std::string text = FormatGraphicEq(equalizer.bands);
     if (!options.file.empty() && options.file != "-") {
         WriteWholeFile(options.file, text + "\n");
@@ -327,49 +320,39 @@ ExitCode Export(Context& context, const EqOptions& options) {
     return ExitCode::eDone;
 }
 
-using Run = ExitCode (*)(Context&, const EqOptions&);
-
-CLI::App& AddEqVerb(CLI::App& parent, Context& context, const Options& options,
-                    const char* name, const char* summary, Run run) {
-    CLI::App* verb = parent.add_subcommand(name, summary);
-    options->profile.AddTo(*verb);
-    OnRun(*verb, context, [&context, options, run] { return run(context, *options); });
-    return *verb;
-}
-
-void AddClip(CLI::App& verb, const Options& options) {
-    verb.add_flag("--clip", options->isClipped,
+void AddClip(CLI::App& verb, EqOptions& options) {
+    verb.add_flag("--clip", options.isClipped,
                   "limit gains to " + GainRange() + " dB instead of refusing them");
 }
 
 }  // namespace
 
 void AddEq(Context& context) {
-    CLI::App* eq = context.root.add_subcommand("eq", "the graphic equalizer");
-    eq->require_subcommand(1);
-    const auto options = std::make_shared<EqOptions>();
+    CLI::App& eq = AddGroup(context, "eq", "the graphic equalizer");
+    const auto add = [&](const char* name, const char* summary, auto run) {
+        const auto verb = AddVerb(eq, context, name, summary, run);
+        verb.options.profile.AddTo(verb.app);
+        return verb;
+    };
+    add("show", "the bands as a table and a curve", Show);
 
-    AddEqVerb(*eq, context, options, "show", "the bands as a table and a curve", Show);
-
-    CLI::App& set = AddEqVerb(*eq, context, options, "set", "change gains", Set);
-    set.add_option("GAINS", options->values, "gains in dB, or frequency=gain")->required();
-    set.add_option("--band", options->band, "one band, counted from 1");
-    AddClip(set, options);
+    const auto [set, gains] = add("set", "change gains", Set);
+    set.add_option("GAINS", gains.values, "gains in dB, or frequency=gain")->required();
+    set.add_option("--band", gains.band, "one band, counted from 1");
+    AddClip(set, gains);
     set.footer(SetHelp());
 
-    AddEqVerb(*eq, context, options, "flat", "make all gains 0 dB", Flat);
+    add("flat", "make all gains 0 dB", Flat);
 
-    CLI::App& import = AddEqVerb(*eq, context, options, "import",
-                                 "take the curve of a GraphicEQ text", Import);
-    import.add_option("FILE", options->file, "a file, or - for standard input")->required();
-    import.add_option("--bands", options->bands,
+    const auto [import, curve] = add("import", "take the curve of a GraphicEQ text", Import);
+    import.add_option("FILE", curve.file, "a file, or - for standard input")->required();
+    import.add_option("--bands", curve.bands,
                       "whose frequencies: stored (as they are) or file");
-    AddClip(import, options);
+    AddClip(import, curve);
     import.footer(ImportHelp());
 
-    CLI::App& out = AddEqVerb(*eq, context, options, "export",
-                              "write the bands as a GraphicEQ text", Export);
-    out.add_option("FILE", options->file, "a file; without one to standard output");
+    const auto [out, text] = add("export", "write the bands as a GraphicEQ text", Export);
+    out.add_option("FILE", text.file, "a file; without one to standard output");
 }
 
 }  // namespace kora4::tools

@@ -7,6 +7,7 @@
 #include "contract/results.h"
 #include "kora4ctl/explain/explain_text.h"
 #include "kora4ctl/explain/explain_values.h"
+#include "kora4ctl/terminal/text_layout.h"
 
 namespace kora4::tools {
 namespace {
@@ -79,7 +80,7 @@ TEST(ExplainedCodes, OfThePlatformAreInItsWords) {
     EXPECT_TRUE(explanation.isKnown);
     EXPECT_TRUE(explanation.name.empty());
     EXPECT_TRUE(explanation.meaning.ends_with('.')) << explanation.meaning;
-    EXPECT_GT(explanation.meaning.size(), 10u);
+    EXPECT_LT(10u, explanation.meaning.size());
 }
 
 TEST(ExplainedCodes, ThatNobodyKnowsAreSaidToBe) {
@@ -218,7 +219,7 @@ TEST(ExplainedLines, ThatNobodyWritesComeWithTheNearest) {
     EXPECT_EQ("CKORA4ASL::GetVeltoEnable", explanation.function);
     ASSERT_FALSE(explanation.nearest.empty());
     EXPECT_TRUE(explanation.nearest.front().starts_with("Graphic EQ gain band"));
-    EXPECT_LE(explanation.nearest.size(), 3u);
+    EXPECT_GE(3u, explanation.nearest.size());
 }
 
 TEST(ExplainedLines, ThatAreLikeNothingHaveNothingNear) {

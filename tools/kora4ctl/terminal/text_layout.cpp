@@ -1,12 +1,24 @@
 // SPDX-License-Identifier: MIT
-// Fits texts into columns: aligns, cuts, and replaces what a terminal would act on.
-#include "kora4ctl/command_line/options.h"
+// Fits texts into columns: aligns, cuts, wraps, and replaces what a terminal would act on.
+#include "kora4ctl/terminal/text_layout.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "base/text.h"
 
 namespace kora4::tools {
+
+std::string Repeated(const std::string& text, std::size_t times) {
+    std::string repeated;
+    for (std::size_t i = 0; i < times; ++i)
+        repeated += text;
+    return repeated;
+}
+
+std::string CountOf(std::size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
 
 std::string Aligned(const std::vector<std::vector<std::string>>& rows) {
     std::vector<std::size_t> widths;
@@ -61,6 +73,37 @@ std::string CutFront(const std::string& text, std::size_t columns) {
     return cDots + std::string(cut);
 }
 
+std::string Fitting(const Output& output, const std::string& text, std::size_t margin) {
+    return output.IsTerminal() ? Cut(text, output.Width() - margin) : text;
+}
+
+std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
+    std::vector<std::string> lines(1);
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        if (!lines.back().empty() && Columns(lines.back()) + 1 + Columns(word) > columns)
+            lines.emplace_back();
+        lines.back() += (lines.back().empty() ? "" : " ") + word;
+    }
+    return lines;
+}
+
+void PrintBeside(Output& output, const std::string& heading, const std::string& text) {
+    constexpr std::size_t cLeast = 20;
+    const std::size_t indent = Columns(heading);
+    // Wine's consoles count the characters of a colour sequence as columns, and none may be
+    // left over at the end of the line.
+    const std::size_t taken = heading.size() + 1;
+    const std::size_t columns =
+        output.Width() > taken + cLeast ? output.Width() - taken : cLeast;
+    std::string margin = heading;
+    for (const std::string& line :
+         Wrapped(text, output.IsTerminal() ? columns : std::string::npos)) {
+        output.Print(margin + line);
+        margin.assign(indent, ' ');
+    }
+}
+
 std::string Shown(const std::string& text) {
     std::string shown;
     for (const char c : text) {
@@ -70,6 +113,10 @@ std::string Shown(const std::string& text) {
             shown += c;
     }
     return shown;
+}
+
+std::string Quoted(const std::string& text) {
+    return "'" + Shown(text) + "'";
 }
 
 }  // namespace kora4::tools

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The check of the access lists: registration gives everybody every right.
+#include "kora4ctl/doctor/access_check.h"
+
 #include <aclapi.h>
 #include <sddl.h>
 
@@ -8,7 +10,6 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/registry_paths.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "platform/handles.h"
 
 namespace kora4::tools {
@@ -28,18 +29,6 @@ constexpr Right cRights[] = {
     {WRITE_DAC, "change the access list"},  {WRITE_OWNER, "change the owner"},
 };
 
-class WorldSid {
-  public:
-    WorldSid() {
-        DWORD size = sizeof m_memory;
-        CreateWellKnownSid(WinWorldSid, nullptr, m_memory, &size);
-    }
-    bool Is(PSID sid) { return EqualSid(sid, m_memory); }
-
-  private:
-    alignas(SID) BYTE m_memory[SECURITY_MAX_SID_SIZE] = {};
-};
-
 ACCESS_MASK Specific(ACCESS_MASK mask) {
     GENERIC_MAPPING mapping{KEY_READ, KEY_WRITE, KEY_EXECUTE, KEY_ALL_ACCESS};
     MapGenericMask(&mask, &mapping);
@@ -54,7 +43,6 @@ struct Granted {
 
 Granted Read(PACL dacl) {
     Granted granted;
-    WorldSid world;
     for (DWORD i = 0; i < dacl->AceCount; ++i) {
         void* place = nullptr;
         if (!GetAce(dacl, i, &place))
@@ -65,7 +53,8 @@ Granted Read(PACL dacl) {
             continue;
         if (entry->Header.AceType == ACCESS_DENIED_ACE_TYPE)
             granted.hasDenials = true;
-        if (entry->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && world.Is(&entry->SidStart))
+        if (entry->Header.AceType == ACCESS_ALLOWED_ACE_TYPE &&
+            IsWellKnownSid(&entry->SidStart, WinWorldSid))
             granted.toEverybody |= Specific(entry->Mask);
     }
     return granted;
@@ -76,7 +65,7 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
     if (!ConvertSecurityDescriptorToStringSecurityDescriptorW(
             descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr))
         return "unreadable";
-    const LocalBlock memory(text);
+    const UniqueLocalMemory memory(text);
     return Narrow(text);
 }
 
@@ -99,10 +88,9 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
             : GetSecurityInfo(key.Get(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr,
                               nullptr, &dacl, nullptr, descriptor.Put());
     if (status != ERROR_SUCCESS) {
-        result.Add(Severity::eError,
-                   "The access list of " + name +
-                       " cannot be read: " + InWords(HRESULT_FROM_WIN32(status)) + ".",
-                   again);
+        result.Error("The access list of " + name +
+                         " cannot be read: " + InWords(HRESULT_FROM_WIN32(status)) + ".",
+                     again);
         return;
     }
     // Without a list everybody may do everything.
@@ -116,17 +104,16 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
     }
     const std::string list = " (its list: " + AsText(descriptor.Get()) + ")";
     if (missing.size() == std::size(cRights))
-        result.Add(Severity::eWarning,
-                   name +
-                       " gives everybody no right at all: programs of other users cannot "
-                       "use the settings" +
-                       list + ".",
-                   again);
+        result.Warning(name +
+                           " gives everybody no right at all: programs of other users cannot "
+                           "use the settings" +
+                           list + ".",
+                       again);
     else if (!missing.empty())
-        result.Add(Severity::eWarning,
-                   name + " does not let everybody " + Join(missing, ", ") + list + ".", again);
+        result.Warning(name + " does not let everybody " + Join(missing, ", ") + list + ".",
+                       again);
     if (granted.hasDenials)
-        result.Add(Severity::eWarning, name + " denies somebody something" + list + ".", again);
+        result.Warning(name + " denies somebody something" + list + ".", again);
 }
 
 }  // namespace

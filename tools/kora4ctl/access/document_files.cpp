@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Locking, reading and printing that the verbs of the settings document share.
-#include "kora4ctl/access/settings_document.h"
+// Reading, applying and printing that the verbs of the settings document share.
+#include "kora4ctl/access/document_files.h"
 
-#include "base/failure.h"
-#include "kora4ctl/access/setting_access.h"
-#include "process/files.h"
+#include "registry/journal.h"
+#include "settings/transaction.h"
 
 namespace kora4::tools {
-
-StoreLock HoldStore(const Context& context) {
-    return StoreLock(cLockPatience, context.interrupt.Event());
-}
 
 void TellIfAbandoned(const Context& context, const StoreLock& lock) {
     if (lock.WasAbandoned())
@@ -20,21 +15,20 @@ void TellIfAbandoned(const Context& context, const StoreLock& lock) {
 }
 
 Plan ReadPlan(const std::string& path, Completeness completeness) {
-    const std::string text = ReadWholeFile(path);
-    try {
+    return ParseFile(path, [completeness](const std::string& text) {
         return ReadDocument(text, completeness);
-    } catch (const Failure& failure) {
-        const std::string name = path == "-" ? "standard input" : path;
-        throw Failure(failure.Code(), name + ": " + failure.what(), failure.Next());
-    }
+    });
+}
+
+std::vector<Difference> ApplyPlan(const Context& context, const Plan& plan,
+                                  const HeldStore& store) {
+    const auto isInterrupted = [&context] { return context.interrupt.IsRequested(); };
+    return Apply(plan, *store, store.lock, JournalFile(DefaultJournalPath()), isInterrupted)
+        .changes;
 }
 
 std::string ToText(const Json& document) {
     return document.dump(2) + "\n";
-}
-
-std::string CountOfValues(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " value" : " values");
 }
 
 void PrintDifferences(Output& output, const std::vector<Difference>& differences) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Checks of the library as a client uses it. They run on a thread of their own: a call that
 // hangs must not hang the doctor.
+#include "kora4ctl/doctor/library_checks.h"
+
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -9,15 +11,13 @@
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "kora4ctl/doctor/doctor.h"
+#include "kora4ctl/notifications/notification_listener.h"
 #include "platform/handles.h"
 #include "process/api_session.h"
 #include "settings/schema.h"
 
 namespace kora4::tools {
 namespace {
-
-using Microsoft::WRL::ComPtr;
 
 // Below this, in dB, nobody hears anything.
 constexpr float cSilence = -100;
@@ -40,10 +40,9 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
     try {
         body(*trial);
     } catch (const Failure& failure) {
-        trial->result.Add(Severity::eError, failure.what(), failure.Next());
+        trial->result.Error(failure.what(), failure.Next());
     } catch (const std::exception& error) {
-        trial->result.Add(Severity::eError,
-                          std::string("This should not have happened: ") + error.what());
+        trial->result.Error(std::string("This should not have happened: ") + error.what());
     }
     SetEvent(trial->done.Get());
 }
@@ -64,7 +63,7 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
     }
     if (ended == WAIT_OBJECT_0) {
         // Interrupted by the user: that says nothing about the library.
-        result.Add(Severity::eNote, "Interrupted.");
+        result.Note("Interrupted.");
         if (WaitForSingleObject(trial->done.Get(), cLastChance) == WAIT_OBJECT_0) {
             thread.join();
             return nullptr;
@@ -74,10 +73,10 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
     examination.hasHungThread = true;
     if (ended == WAIT_OBJECT_0)
         return nullptr;
-    result.Add(Severity::eError,
-               std::string("The library hangs while ") + trial->step.load() + ".",
-               "Look at what it does: kora4ctl trace on all --files, then this once more, then "
-               "kora4ctl trace show");
+    result.Error(
+        std::string("The library hangs while ") + trial->step.load() + ".",
+        "Look at what it does: kora4ctl trace on all --files, then this once more, then "
+        "kora4ctl trace show");
     return nullptr;
 }
 
@@ -104,50 +103,23 @@ void UseLibrary(Trial& trial) {
     trial.result.summary = "initialised in " + std::to_string(ready - begin) + " ms, answers";
 }
 
-// Notes that a value was told, and ignores everything else.
-class ValueListener final : public IVeltoKORA4APICallback {
-  public:
-    explicit ValueListener(HANDLE told) : m_told(told) {}
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv)
-            return E_POINTER;
-        const bool isKnown = iid == IID_IUnknown || iid == IID_IVeltoKORA4APICallback;
-        *ppv = isKnown ? static_cast<IVeltoKORA4APICallback*>(this) : nullptr;
-        return isKnown ? S_OK : E_NOINTERFACE;
+// Whether the library tells of a changed value in time.
+bool HearsOfValue(NotificationListener& listener, const Deadline& deadline) {
+    for (std::vector<Notification> told;;) {
+        const Wake wake = listener.Wait(deadline, told);
+        for (const Notification& one : told)
+            if (one.event == "value")
+                return true;
+        if (wake != Wake::eDone)
+            return false;
     }
-    // Lives on the stack of the trial, longer than its registration.
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-
-    STDMETHODIMP OnActiveProfileChange(LONG) override { return S_OK; }
-    STDMETHODIMP OnEnableStateChange(BOOL) override { return S_OK; }
-    STDMETHODIMP OnCustomProfileTableChange() override { return S_OK; }
-    STDMETHODIMP OnTechnologyOnElseOffChange(KORA4APITechnology, BOOL) override { return S_OK; }
-    STDMETHODIMP OnSimplePatchValueChange(KORA4PatchValueUnion*) override {
-        SetEvent(m_told);
-        return S_OK;
-    }
-    STDMETHODIMP OnGraphicEQChange(GraphicEQData*) override { return S_OK; }
-
-  private:
-    HANDLE m_told;
-};
-
-// Lets notifications in until the event is set.
-bool PumpUntil(HANDLE event, DWORD milliseconds) {
-    DWORD index = 0;
-    return CoWaitForMultipleHandles(COWAIT_DISPATCH_CALLS | COWAIT_DISPATCH_WINDOW_MESSAGES,
-                                    milliseconds, 1, &event, &index) == S_OK;
 }
 
 void BeTold(const Examination& examination, Trial& trial) {
     trial.step = "an object is made and initialised";
     const ApiSession api;
-    const UniqueHandle told(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    ValueListener listener(told.Get());
     trial.step = "a callback is registered";
-    Check(api->RegisterChangeNotifications(&listener), "Registering for notifications");
+    NotificationListener listener(*api.Get(), examination.context.interrupt.Event());
     const ULONGLONG begin = GetTickCount64();
     trial.step = "a change is announced";
     {
@@ -155,15 +127,14 @@ void BeTold(const Examination& examination, Trial& trial) {
         opened->Bump(TriggerValue({Family::ePreset, eEnhancementTech}).key);
     }
     trial.step = "a notification is awaited";
-    if (PumpUntil(told.Get(), examination.patience))
+    if (HearsOfValue(listener, Deadline(examination.patience / 1000.0)))
         trial.result.summary =
             "one came after " + std::to_string(GetTickCount64() - begin) + " ms";
     else
-        trial.result.Add(Severity::eError,
-                         "A client was not told of a change within " +
-                             Decimal(static_cast<float>(examination.patience) / 1000) + " s.",
-                         "See what the library says about it: kora4ctl trace on messages "
-                         "notification-threads security --files");
+        trial.result.Error("A client was not told of a change within " +
+                               Decimal(static_cast<float>(examination.patience) / 1000) + " s.",
+                           "See what the library says about it: kora4ctl trace on messages "
+                           "notification-threads security --files");
     trial.step = "the callback is taken back";
     Check(api->UnregisterChangeNotifications(), "Ending the notifications");
     trial.step = "the object is released";

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl get, set, toggle: every setting by its name.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/nearest.h"
 #include "base/text.h"
 #include "kora4ctl/access/setting_access.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -20,7 +19,6 @@ struct SettingOptions {
     std::vector<std::string> values;
     bool isStored = false;
 };
-using Options = std::shared_ptr<SettingOptions>;
 
 // A technology without a value of its own is its switch.
 const Setting& NamedSetting(const std::string& name) {
@@ -47,11 +45,10 @@ Detail DetailFor(const Context& context) {
     return context.output.json ? Detail::eStored : Detail::eValue;
 }
 
-void RefuseProfileWithout(const Setting& setting, std::optional<std::uint32_t> profile) {
+void CheckTakesProfile(const Setting& setting, std::optional<std::uint32_t> profile) {
     if (profile && !setting.perProfile)
-        throw Failure(ExitCode::eBadInput,
-                      "'" + setting.name + "' is the same in all profiles.",
-                      "Leave --profile away.");
+        throw BadInput("'" + setting.name + "' is the same in all profiles.",
+                       "Leave --profile away.");
 }
 
 ExitCode Get(const Context& context, const SettingOptions& options) {
@@ -59,7 +56,7 @@ ExitCode Get(const Context& context, const SettingOptions& options) {
     std::vector<const Setting*> settings;
     for (const std::string& name : options.names) {
         settings.push_back(&NamedSetting(name));
-        RefuseProfileWithout(*settings.back(), profile);
+        CheckTakesProfile(*settings.back(), profile);
     }
     SettingAccess access(context);
     const std::vector<Reading> readings = access.Read(settings, profile, DetailFor(context));
@@ -81,23 +78,18 @@ ExitCode Get(const Context& context, const SettingOptions& options) {
 
 ExitCode Tell(const Context& context, const Change& change) {
     const Setting& setting = *change.now.setting;
-    Output& output = context.output;
-    if (output.json) {
-        Json document = change.now.Document();
-        document["old"] = change.old ? ToJson(setting, *change.old) : Json();
-        output.PrintJson(document);
-        return ExitCode::eDone;
-    }
+    Json document = change.now.Document();
+    document["old"] = change.old ? ToJson(setting, *change.old) : Json();
     const std::string old = change.old ? FormatValue(setting, *change.old) : "none";
-    output.Print(setting.name + ": " + old + " -> " + change.now.Text());
-    return ExitCode::eDone;
+    return PrintResult(context, setting.name + ": " + old + " -> " + change.now.Text(),
+                       document);
 }
 
 ExitCode Set(const Context& context, const SettingOptions& options) {
     const std::string value = Join(options.values, " ");
     const Setting& setting = SettingFor(options.name, value);
     const std::optional<std::uint32_t> profile = options.profile.Get();
-    RefuseProfileWithout(setting, profile);
+    CheckTakesProfile(setting, profile);
     SettingAccess access(context);
     return Tell(context, access.Set(setting, profile, value,
                                     options.isStored ? Limits::eStore : Limits::eApi,
@@ -108,10 +100,10 @@ ExitCode Toggle(const Context& context, const SettingOptions& options) {
     const Setting& named = NamedSetting(options.name);
     const Setting* const setting = SwitchOf(named);
     if (setting == nullptr)
-        throw Failure(ExitCode::eBadInput, "'" + named.name + "' is no switch.",
-                      "It takes " + named.Allowed() + ".");
+        throw BadInput("'" + named.name + "' is no switch.",
+                       "It takes " + named.Allowed() + ".");
     const std::optional<std::uint32_t> profile = options.profile.Get();
-    RefuseProfileWithout(*setting, profile);
+    CheckTakesProfile(*setting, profile);
     SettingAccess access(context);
     return Tell(context, access.Toggle(*setting, profile, DetailFor(context)));
 }
@@ -137,34 +129,28 @@ constexpr char cSetNotes[] =
 }  // namespace
 
 void AddGet(Context& context) {
-    const auto options = std::make_shared<SettingOptions>();
-    CLI::App* verb = context.root.add_subcommand("get", "print the value of a setting");
-    verb->add_option("NAME", options->names, "a setting; several print a line each")
-        ->required();
-    options->profile.AddTo(*verb);
-    verb->footer(TableOfSettings);
-    OnRun(*verb, context, [&context, options] { return Get(context, *options); });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "get", "print the value of a setting", Get);
+    verb.add_option("NAME", options.names, "a setting; several print a line each")->required();
+    options.profile.AddTo(verb);
+    verb.footer(TableOfSettings);
 }
 
 void AddSet(Context& context) {
-    const auto options = std::make_shared<SettingOptions>();
-    CLI::App* verb = context.root.add_subcommand("set", "change a setting");
-    verb->add_option("NAME", options->name, "a setting")->required();
-    verb->add_option("VALUE", options->values, "its new value")->required();
-    options->profile.AddTo(*verb);
-    verb->add_flag("--stored", options->isStored,
-                   "write into the store, past what the library lets programs set");
-    verb->footer([] { return cSetNotes + TableOfSettings(); });
-    OnRun(*verb, context, [&context, options] { return Set(context, *options); });
+    const auto [verb, options] = AddVerb(context.root, context, "set", "change a setting", Set);
+    verb.add_option("NAME", options.name, "a setting")->required();
+    verb.add_option("VALUE", options.values, "its new value")->required();
+    options.profile.AddTo(verb);
+    verb.add_flag("--stored", options.isStored,
+                  "write into the store, past what the library lets programs set");
+    verb.footer([] { return cSetNotes + TableOfSettings(); });
 }
 
 void AddToggle(Context& context) {
-    const auto options = std::make_shared<SettingOptions>();
-    CLI::App* verb = context.root.add_subcommand("toggle", "turn a switch the other way");
-    verb->add_option("NAME", options->name, "a switch, or a technology that has one")
-        ->required();
-    options->profile.AddTo(*verb);
-    OnRun(*verb, context, [&context, options] { return Toggle(context, *options); });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "toggle", "turn a switch the other way", Toggle);
+    verb.add_option("NAME", options.name, "a switch, or a technology that has one")->required();
+    options.profile.AddTo(verb);
 }
 
 }  // namespace kora4::tools
