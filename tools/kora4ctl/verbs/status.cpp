@@ -294,7 +294,7 @@ void Print(const State& state, Output& output) {
     line("engine", EngineText(state.engineMask));
     line("levels", LevelsText(state));
     line("library", output.IsTerminal() ? LibraryText(state, width - cMargin - 1)
-                                        : LibraryText(state, 4096));
+                                        : LibraryText(state, std::string::npos));
     line("tool", "kora4ctl " KORA4_VERSION_TEXT);
 }
 
