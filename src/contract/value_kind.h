@@ -43,6 +43,8 @@ constexpr const char* NameOf(ValueKind kind) {
 
 // The largest REG_SZ that a reader takes, terminator included; longer ones count as absent.
 inline constexpr std::size_t cMaxTextBytes = 4096;
+// The same in UTF-16 characters, without the terminator.
+inline constexpr std::size_t cMaxTextChars = cMaxTextBytes / sizeof(char16_t) - 1;
 
 }  // namespace kora4
 

@@ -79,7 +79,7 @@ class BrokenLoad : public StoreTest {
     void ExpectUndone() {
         const StoreValues broken = ReadStoreValues();
         const std::string words = DoctorOnLoad();
-        EXPECT_NE(words.find("broken off half-way"), std::string::npos) << words;
+        EXPECT_NE(words.find("interrupted half-way"), std::string::npos) << words;
         ExpectSettings(m_stores.before);
         ExpectMoved(m_load.counters, broken);
         EXPECT_FALSE(HasJournal());

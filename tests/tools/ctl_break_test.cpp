@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// kora4ctl load that is broken off at each place in turn: by a write that fails, by a process
+// kora4ctl load that is interrupted at each place in turn: by a write that fails, by a process
 // that dies, by Ctrl-C, and while it puts back what was there.
 #include "tools/broken_load.h"
 
@@ -138,7 +138,7 @@ TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
     for (const Words& arguments :
          {Words{"load", DocumentFile()}, Words{"load", DocumentFile(), "--merge"},
           Words{"lint", "--fix"}}) {
-        Refused(arguments, cFailed, "broken off");
+        Refused(arguments, cFailed, "was interrupted");
         Refused(arguments, cFailed, "kora4ctl doctor");
         ExpectStore(half);
     }

@@ -276,7 +276,7 @@ class CtlDoctorLoad : public CtlDoctor {
 TEST_F(CtlDoctorLoad, IsUndone) {
     BreakLoad();
     const Json document = Examine(cDone);
-    EXPECT_TRUE(Has(Of("load", document), "note: A change of the settings was broken off"));
+    EXPECT_TRUE(Has(Of("load", document), "note: A change of the settings was interrupted"));
     EXPECT_EQ(ReadStoredUINT(eKeySetStatic, cPeriod), 40u);
     EXPECT_FALSE(IsJournalThere());
     EXPECT_TRUE(Of("load", Examine(cDone)).starts_with("ok: "));
@@ -285,7 +285,7 @@ TEST_F(CtlDoctorLoad, IsUndone) {
 TEST_F(CtlDoctorLoad, IsOnlyToldOfInADryRun) {
     BreakLoad();
     const Json document = Examine(cFindings, {"--dry-run"});
-    EXPECT_TRUE(Has(Of("load", document), "warning: A change of the settings was broken off"));
+    EXPECT_TRUE(Has(Of("load", document), "warning: A change of the settings was interrupted"));
     EXPECT_EQ(ReadStoredUINT(eKeySetStatic, cPeriod), 60u);
     EXPECT_TRUE(IsJournalThere());
 }

@@ -348,7 +348,7 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         const char* message;
     } cases[] = {
         {"", "it is empty"},
-        {"nothing\n", "Line 1: The document is no JSON"},
+        {"nothing\n", "Line 1: The document is not valid JSON"},
         {"[1]\n", "Line 1: it is no object with an 'event'"},
         {"{\"event\": \"start\"}\n", "Line 1: it is no recording"},
         {with("\"version\":1,\"time\"", "\"version\":2,\"time\""),
@@ -358,7 +358,7 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         {good.substr(0, good.size() / 2), "The document is cut off"},
         {std::string(200000, '[') + "\n", "Line 1: The document is nested too deeply"},
         {"{\"event\": \"start\", \"event\": \"start\"}\n",
-         "Line 1: event: the name is there twice"},
+         "Line 1: event: the name appears twice"},
         {good + rest, "something comes behind the end"},
         {with("\"event\":\"value\"", "\"event\":\"volume\""),
          "Line 2: there is no event 'volume'"},
@@ -368,7 +368,7 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         {with("\"value\":9,\"offset\"", "\"value\":-9,\"offset\""), "Line 2: that is no value"},
         {with("\"value\":9,\"offset\"", "\"value\":\"loud\",\"offset\""),
          "Line 2: that is no value"},
-        {with("\"offset\":", "\"offset\":-"), "'offset' is no number"},
+        {with("\"offset\":", "\"offset\":-"), "'offset' is not a number"},
         {with("\"changes\":[", "\"changed\":["), "unknown member 'changed'"},
         {with("\"name\":\"volume-leveler\"", "\"name\":\"volume-levler\""), "Line 2"},
         {with(change, "[{\"section\":\"format\""), "Line 2: 'section' of a change is neither"},

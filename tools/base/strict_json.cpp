@@ -47,7 +47,7 @@ class Guard {
         std::vector<std::string> path;
         for (const Object& open : m_open)
             path.push_back(open.current);
-        Refuse(Join(path, ".") + ": the name is there twice.");
+        Refuse(Join(path, ".") + ": the name appears twice.");
     }
 
     std::vector<Object> m_open;
@@ -71,7 +71,7 @@ Json ParseStrictJson(std::string_view text) {
         // Without the parser's own number of the mistake, "[json.exception...] ".
         const std::string message = error.what();
         const std::size_t begin = message.find("] ");
-        Refuse("The document is no JSON: " +
+        Refuse("The document is not valid JSON: " +
                message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
     }
 }

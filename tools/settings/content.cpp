@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include "settings/content.h"
+
 #include <cmath>
 #include <limits>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/patch_records.h"
-#include "settings/schema.h"
 #include "settings/texts.h"
 
 namespace kora4::tools {
@@ -49,10 +50,9 @@ StoredValue EncodeText(const std::string& content) {
     const std::u16string text = ToUtf16(content);
     if (text.find(u'\0') != std::u16string::npos)
         Refuse("A text cannot have a null character in it.");
-    if ((text.size() + 1) * sizeof(char16_t) > cMaxTextBytes)
+    if (text.size() > cMaxTextChars)
         Refuse("The text has " + std::to_string(text.size()) +
-               " characters; no reader takes more than " +
-               std::to_string(cMaxTextBytes / sizeof(char16_t) - 1) + ".");
+               " characters; no reader takes more than " + std::to_string(cMaxTextChars) + ".");
     return StoredValue::FromText(text);
 }
 
@@ -78,11 +78,9 @@ void CheckElements(const std::vector<float>& elements, std::uint32_t scale) {
         const double stored = std::trunc(static_cast<double>(element) * scale);
         if (stored >= lowest && stored <= highest)
             continue;
-        throw Failure(ExitCode::eBadInput,
-                      Decimal(element) +
-                          " cannot be stored in an array: the smallest number is " +
-                          Decimal(static_cast<float>(lowest / scale)) + " and the largest " +
-                          Decimal(static_cast<float>(highest / scale)) + ".");
+        Refuse(Decimal(element) + " cannot be stored in an array: the smallest number is " +
+               Decimal(static_cast<float>(lowest / scale)) + " and the largest " +
+               Decimal(static_cast<float>(highest / scale)) + ".");
     }
 }
 

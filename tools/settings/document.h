@@ -27,7 +27,7 @@ namespace kora4::tools {
 inline constexpr char cDocumentFormat[] = "kora4-settings";
 inline constexpr int cDocumentVersion = 1;
 
-// User: active profile, enable, sampling period, and names, flags and fields of the profiles
+// User: active profile, enable, sampling period, and names, switches and fields of the profiles
 // 0 to 8. All: everything that is a setting. Trigger words, the table counter, the saved demo
 // state and the levels belong to neither.
 enum class Scope { eUser, eAll };
@@ -55,12 +55,6 @@ enum class Completeness {
 // "profiles.music.volume-leveler: ...". Nothing else is asked or changed.
 Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact);
 Plan CheckDocument(const Json& document, Completeness completeness = Completeness::eExact);
-
-// One value in the forms above.
-Json StoredToJson(const Setting& setting, const SchemaValue& value, const StoredValue& stored);
-// `place` begins the message of the Failure.
-StoredValue StoredFromJson(const Setting& setting, const SchemaValue& value, const Json& json,
-                           const std::string& place);
 
 // One value that differs from what is wanted.
 struct Difference {

@@ -14,7 +14,7 @@
 namespace kora4::tools {
 
 enum class Severity {
-    eNote,     // worth knowing; nothing to mend
+    eNote,     // worth knowing; nothing to repair
     eWarning,  // read as it is, but nothing that the API would have set
     eError,    // not readable: the default is in force
 };

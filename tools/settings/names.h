@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "contract/technologies.h"
+
 namespace kora4::tools {
 
 // ---- Profiles: movie music games p1 ... p6 demo-movie demo-music demo-games ----------------
@@ -27,6 +29,8 @@ std::string ProfileName(std::uint32_t profile);
 std::uint32_t ParseProfile(std::string_view word);
 std::optional<std::uint32_t> FindProfile(std::string_view word);
 std::vector<std::string> ProfileNames();
+// "p1 to p6"
+std::string CustomProfiles();
 
 // ---- Technologies -----------------------------------------------------------------------
 
@@ -40,6 +44,13 @@ struct Technology {
     friend bool operator==(const Technology&, const Technology&) = default;
 };
 
+constexpr Technology Preset(KORA4PresetTechnology number) {
+    return {Family::ePreset, number};
+}
+constexpr Technology Global(KORA4GlobalTechnology number) {
+    return {Family::eGlobal, number};
+}
+
 struct TechnologyWord {
     const char* word;
     const char* title;  // "volume leveler", as in sentences
@@ -51,10 +62,8 @@ struct TechnologyWord {
 const std::vector<TechnologyWord>& AllTechnologies();
 
 const TechnologyWord& WordOf(Technology technology);
+// A word or a number of the API (0 to 5); null when there is none.
 const TechnologyWord* FindTechnology(std::string_view word);
-// A word or a number of the API (0 to 5). Failure with eBadInput.
-const TechnologyWord& ParseTechnology(std::string_view word);
-
 // "Open" of the intelligent EQ's curves: balanced open focused bright rich warm.
 const std::vector<std::string>& CurveNames();
 

@@ -10,6 +10,7 @@
 #include "contract/field_ids.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
+#include "store/patches/field_def.h"
 
 namespace kora4::tools {
 namespace {
@@ -120,28 +121,34 @@ constexpr Alias cAliases[] = {
 
 // ---- The rows ---------------------------------------------------------------------------
 
-void SetWords(Setting& setting, const std::vector<std::string>& words) {
-    for (std::uint32_t i = 0; i < words.size(); ++i)
-        setting.words.push_back({words[i], i});
+void SetMethods(Setting& setting, const char* reader, const char* writer) {
+    setting.reader = reader;
+    setting.writer = writer;
+    setting.access = setting.reader.empty()   ? Access::eStoreOnly
+                     : setting.writer.empty() ? Access::eReadOnly
+                                              : Access::eReadWrite;
+}
+
+// Whatever the profile of the value is.
+Setting RowOf(const SchemaValue& value) {
+    Setting setting;
+    setting.kind = value.kind;
+    setting.role = value.role;
+    setting.pid = value.key.pid;
+    setting.technology = value.technology;
+    setting.perProfile = value.profile.has_value();
+    return setting;
 }
 
 Setting GeneralRow(const contract::GeneralSetting& general) {
-    const SchemaValue value = general.key.fmtid == pkey::cMasterEnablesGuid
-                                  ? EngineMaskValue()
-                                  : SettingValue(general.key.pid);
-    Setting setting;
+    Setting setting =
+        RowOf(general.key.fmtid == pkey::cMasterEnablesGuid ? EngineMaskValue()
+                                                            : SettingValue(general.key.pid));
     setting.name = general.name;
     setting.summary = general.meaning;
-    setting.kind = value.kind;
-    setting.role = value.role;
-    setting.pid = general.key.pid;
-    for (const ApiMethods& methods : cGeneralMethods) {
-        if (setting.name != methods.name)
-            continue;
-        setting.reader = methods.reader;
-        setting.writer = methods.writer;
-        setting.access = setting.writer.empty() ? Access::eReadOnly : Access::eReadWrite;
-    }
+    for (const ApiMethods& methods : cGeneralMethods)
+        if (setting.name == methods.name)
+            SetMethods(setting, methods.reader, methods.writer);
     if (setting.role == Role::eActiveProfile) {
         for (const ProfileWord& profile : Profiles())
             setting.words.push_back({profile.word, profile.number});
@@ -158,9 +165,8 @@ Setting VersionRow() {
     setting.name = "version";
     setting.summary = "the version of the library's settings model";
     setting.kind = Kind::eText;
-    setting.access = Access::eReadOnly;
-    setting.reader = "GetVeltoKORA4Version";
     setting.isStored = false;
+    SetMethods(setting, "GetVeltoKORA4Version", "");
     return setting;
 }
 
@@ -172,44 +178,32 @@ Setting GraphicRow(const TechnologyWord& technology) {
     setting.kind = Kind::eNumericArray;
     setting.unit = "dB";
     setting.perProfile = true;
-    setting.access = Access::eReadOnly;
-    setting.reader = cGetGraphic;
     setting.isStored = false;
     setting.technology = technology.technology;
+    SetMethods(setting, cGetGraphic, "");
     return setting;
 }
 
 Setting NameRow() {
-    Setting setting;
+    Setting setting = RowOf(NameValue(cFirstCustomProfile));
     setting.name = "name";
     setting.summary = "the name of a custom profile; without one the profile does not exist";
-    setting.kind = Kind::eText;
-    setting.perProfile = true;
-    setting.access = Access::eReadWrite;
-    setting.reader = "GetProfileTable";
-    setting.writer = "SetCustomProfileName";
-    setting.role = Role::eName;
+    SetMethods(setting, "GetProfileTable", "SetCustomProfileName");
     return setting;
 }
 
 Setting SwitchRow(const TechnologyWord& technology) {
-    Setting setting;
+    Setting setting = RowOf(SwitchValue(technology.technology, cMovieProfile));
     setting.name = std::string(technology.word) + ".on";
     setting.summary = std::string("switches the ") + technology.title;
-    setting.kind = Kind::eSwitch;
-    setting.perProfile = technology.technology.family == Family::ePreset;
-    setting.technology = technology.technology;
-    setting.role = Role::eFlag;
-    if (technology.apiNumber) {
-        setting.access = Access::eReadWrite;
-        setting.reader = "GetTechnologyOnElseOff";
-        setting.writer = "SetTechnologyOnElseOff";
-    }
+    if (technology.apiNumber)
+        SetMethods(setting, "GetTechnologyOnElseOff", "SetTechnologyOnElseOff");
     return setting;
 }
 
 void NameField(Setting& setting, const TechnologyWord& technology, const SchemaValue& value) {
-    const bool isOptimizerGain = value.arrays == eAudioOptimizerMaxChannels;
+    const bool isOptimizerGain = value.technology == Global(eAudioOptimizerTech) &&
+                                 value.field->pid == pkey::cOptimizerGainPid;
     if (isOptimizerGain) {
         const std::string channel = std::to_string(value.array + 1);
         setting.name += ".gains-" + channel;
@@ -225,10 +219,7 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
         setting.unit = name.unit;
         setting.lowest = name.lowest;
         setting.highest = name.highest;
-        setting.reader = name.reader;
-        setting.writer = name.writer;
-        setting.access = setting.reader.empty() ? Access::eStoreOnly : Access::eReadWrite;
-        return;
+        return SetMethods(setting, name.reader, name.writer);
     }
     const std::string id = std::to_string(setting.pid);
     setting.name += ".field-" + id;
@@ -237,16 +228,12 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
 }
 
 Setting FieldRow(const TechnologyWord& technology, const SchemaValue& value) {
-    Setting setting;
+    Setting setting = RowOf(value);
     setting.name = technology.word;
-    setting.kind = value.kind;
-    setting.perProfile = technology.technology.family == Family::ePreset;
-    setting.technology = technology.technology;
-    setting.role = Role::eField;
-    setting.pid = value.key.pid;
     NameField(setting, technology, value);
     if (value.kind == Kind::eCurveIndex)
-        SetWords(setting, CurveNames());
+        for (std::uint32_t i = 0; i < CurveNames().size(); ++i)
+            setting.words.push_back({CurveNames()[i], i});
     return setting;
 }
 
@@ -291,8 +278,8 @@ SchemaValue Setting::Stored(std::uint32_t profile) const {
     if (!isStored)
         throw Failure(ExitCode::eFailed, "'" + name + "' is not one value of the store.");
     switch (role) {
-        case Role::eFlag:
-            return FlagValue(technology, profile);
+        case Role::eSwitch:
+            return SwitchValue(technology, profile);
         case Role::eField:
             return FieldValue(technology, profile, pid);
         case Role::eName:
@@ -356,7 +343,7 @@ const Setting* SettingOf(const SchemaValue& value) {
     for (const Setting& setting : SettingsTable()) {
         if (!setting.isStored || setting.role != value.role)
             continue;
-        const bool isOne = setting.role == Role::eName || setting.role == Role::eFlag;
+        const bool isOne = setting.role == Role::eName || setting.role == Role::eSwitch;
         if (setting.technology == value.technology && (isOne || setting.pid == value.key.pid))
             return &setting;
     }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
+#include "settings/content.h"
 #include "unit/tools/memory_store.h"
 
 namespace kora4::tools {
@@ -114,9 +115,9 @@ TEST(Document, TakesValuesThatTheApiWouldNot) {
 TEST(Document, RefusesWhatIsNoDocument) {
     ExpectRefusal("", {"empty"});
     ExpectRefusal("   \n", {"empty"});
-    ExpectRefusal("hello", {"no JSON", "line 1"});
-    ExpectRefusal(InMusic(R"("volume-leveler": 1e999)"), {"no JSON: number overflow"});
-    ExpectRefusal("[]", {"no object", "dump"});
+    ExpectRefusal("hello", {"not valid JSON", "line 1"});
+    ExpectRefusal(InMusic(R"("volume-leveler": 1e999)"), {"not valid JSON: number overflow"});
+    ExpectRefusal("[]", {"not an object", "dump"});
     ExpectRefusal("{}", {"format"});
     ExpectRefusal(R"({"format": "other", "version": 1, "scope": "user"})", {"format"});
     ExpectRefusal(R"({"format": "kora4-settings", "scope": "user"})", {"version"});

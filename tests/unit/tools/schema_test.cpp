@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "contract/profiles.h"
 #include "faults/damage.h"
+#include "settings/content.h"
 #include "settings/settings_table.h"
 #include "unit/tools/memory_store.h"
 
@@ -45,7 +46,7 @@ TEST(Schema, PutsEachValueIntoItsKeySet) {
 
 TEST(Schema, MakesTheLibrarysKeys) {
     for (std::uint32_t profile : {0u, 1u, 4u, 8u, 240u, 242u}) {
-        EXPECT_EQ(FlagValue(cLeveler, profile).key, PresetPatchKey(eVolumeTech, profile, 0));
+        EXPECT_EQ(SwitchValue(cLeveler, profile).key, PresetPatchKey(eVolumeTech, profile, 0));
         EXPECT_EQ(FieldValue(cLeveler, profile, 3).key,
                   PresetPatchKey(eVolumeTech, profile, 3));
         EXPECT_EQ(NameValue(profile).key, ProfileNameKey(profile));
@@ -83,9 +84,9 @@ TEST(Schema, DefaultsCanBeReadAndAreThoseOfTheRows) {
     EXPECT_EQ(amount(cDemoMovieProfile), 0x40007u);
     EXPECT_EQ(amount(cDemoMusicProfile), 0u);
     const Technology dialog{Family::ePreset, eEnhancementTech};
-    EXPECT_EQ(FlagValue(dialog, cMusicProfile).defaultNumber, 0u);
-    EXPECT_EQ(FlagValue(dialog, cDemoMusicProfile).defaultNumber, 0u);
-    EXPECT_EQ(FlagValue(dialog, cFirstCustomProfile).defaultNumber, 1u);
+    EXPECT_EQ(SwitchValue(dialog, cMusicProfile).defaultNumber, 0u);
+    EXPECT_EQ(SwitchValue(dialog, cDemoMusicProfile).defaultNumber, 0u);
+    EXPECT_EQ(SwitchValue(dialog, cFirstCustomProfile).defaultNumber, 1u);
 }
 
 TEST(Schema, AnEffectiveValueIsTheStoredOneOrTheDefault) {
@@ -127,7 +128,7 @@ TEST(Schema, RefusesToStoreWhatNoReaderTakes) {
 TEST(Schema, FieldsAndNamesAreAnnouncedAndNothingElse) {
     EXPECT_EQ(FieldValue(cLeveler, 4, 3).Announcement(), PresetTriggerKey(eVolumeTech));
     EXPECT_EQ(NameValue(3).Announcement(), pkey::Setting(pkey::cProfileTableCounterPid));
-    EXPECT_EQ(FlagValue(cLeveler, 4).Announcement(), std::nullopt);
+    EXPECT_EQ(SwitchValue(cLeveler, 4).Announcement(), std::nullopt);
     EXPECT_EQ(SettingValue(pkey::cSamplingPeriodPid).Announcement(), std::nullopt);
 }
 

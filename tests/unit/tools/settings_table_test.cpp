@@ -6,6 +6,7 @@
 #include <set>
 
 #include "base/failure.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 namespace {
@@ -217,9 +218,9 @@ TEST(Names, ProfilesByWordAndNumber) {
 }
 
 TEST(Names, TechnologiesByWordAndNumberOfTheApi) {
-    EXPECT_STREQ(ParseTechnology("2").word, "intelligent-eq");
-    EXPECT_STREQ(ParseTechnology("Peak-Limiter").word, "peak-limiter");
-    EXPECT_THROW(ParseTechnology("6"), Failure);
+    EXPECT_STREQ("intelligent-eq", FindTechnology("2")->word);
+    EXPECT_STREQ("peak-limiter", FindTechnology("Peak-Limiter")->word);
+    EXPECT_EQ(nullptr, FindTechnology("6"));
 }
 
 }  // namespace

@@ -125,7 +125,7 @@ Answer ReadBands(const Setting& setting, Profile, IVeltoKORA4API& api) {
 void RefuseBadFrequencies(const Setting& setting, const std::vector<float>& frequencies) {
     for (const float frequency : frequencies) {
         if (frequency < 1 || frequency > cHighestFrequency)
-            throw Failure(ExitCode::eBadInput, Decimal(frequency) + " is no value for '" +
+            throw Failure(ExitCode::eBadInput, Decimal(frequency) + " is not a value for '" +
                                                    setting.name + "': bands lie from " +
                                                    FrequencyRange() + ".");
     }

@@ -48,7 +48,8 @@ std::optional<std::string> TakeText(LPWSTR text) {
 void RefuseUnlessCustom(std::uint32_t profile) {
     if (!IsCustomProfile(profile))
         throw Failure(ExitCode::eBadInput, ProfileName(profile) + " is no custom profile.",
-                      "Only p1 to p6 have names, and can be created, renamed and deleted.");
+                      "Only " + CustomProfiles() +
+                          " have names, and can be created, renamed and deleted.");
 }
 
 ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
@@ -74,7 +75,7 @@ void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4AP
     if (hr == E_FAIL && Exists(profile, api))
         Fail(ProfileName(profile) + " exists already, as '" +
                  ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
-             "Rename it, delete it first, or take another one of p1 to p6.");
+             "Rename it, delete it first, or take another one of " + CustomProfiles() + ".");
     Check(hr, "Creating " + ProfileName(profile));
 }
 

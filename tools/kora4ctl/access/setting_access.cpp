@@ -6,6 +6,7 @@
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/document.h"
+#include "settings/document_values.h"
 
 namespace kora4::tools {
 

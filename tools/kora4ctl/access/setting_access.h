@@ -14,6 +14,7 @@
 #include "process/program.h"
 #include "registry/registry_store.h"
 #include "registry/store_lock.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {

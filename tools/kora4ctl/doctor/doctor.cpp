@@ -14,7 +14,7 @@ constexpr DoctorCheck cChecks[] = {
     {"keys", "the store's keys: there, readable, writable", eNothing, CheckKeys},
     {"access", "their access lists let every user in", eNothing, CheckAccess},
     {"mutex", "the store's mutex can be had", eNothing, CheckMutex},
-    {"load", "no change of the settings was broken off; mends one that was", eStore | eMutex,
+    {"load", "no change of the settings was interrupted; repairs one that was", eStore | eMutex,
      CheckLoad},
     {"values", "every stored value can be read and is in range", eStore, CheckValues},
     {"profile", "the active profile exists; no demo was left on", eStore, CheckProfile},
@@ -64,7 +64,7 @@ std::optional<CheckResult> RunCheck(const DoctorCheck& check, Examination& exami
     } catch (const Failure& failure) {
         return BrokenOff(failure.what(), failure.Next());
     } catch (const std::bad_alloc&) {
-        return BrokenOff("There is not enough memory.", "Close other programs.");
+        return BrokenOff("Out of memory.", "Close other programs.");
     } catch (const std::exception& error) {
         return BrokenOff(std::string("this should not have happened: ") + error.what(), "");
     }

@@ -41,8 +41,7 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
     } catch (const Failure& failure) {
         trial->result.Add(Severity::eError, failure.what(), failure.Next());
     } catch (const std::exception& error) {
-        trial->result.Add(Severity::eError,
-                          std::string("This should not have happened: ") + error.what());
+        trial->result.Add(Severity::eError, std::string("Internal error: ") + error.what());
     }
     SetEvent(trial->done.Get());
 }

@@ -73,7 +73,7 @@ CheckResult CheckLoad(Examination& examination) {
     const Recovered recovered = examination.isDryRun ? Inspect(*opened, journal)
                                                      : Recover(*opened, *opened.lock, journal);
     CheckResult result;
-    result.summary = "none was broken off";
+    result.summary = "none was interrupted";
     switch (recovered.outcome) {
         case Recovery::eNothing:
             break;

@@ -252,7 +252,8 @@ class Reader {
     }
 
     std::uint64_t TakeOffset(const Json& line) {
-        Demand(line["offset"].is_number_unsigned(), "'offset' is no number of milliseconds.");
+        Demand(line["offset"].is_number_unsigned(),
+               "'offset' is not a number of milliseconds.");
         const auto offset = line["offset"].get<std::uint64_t>();
         Demand(offset >= m_offset, "its 'offset' is before the one of the line above.");
         return m_offset = offset;

@@ -174,7 +174,7 @@ std::string Footer() {
     for (const DoctorCheck& check : DoctorChecks())
         text += "  " + Padded(check.name, cNameWidth) + check.summary + "\n";
     return text +
-           "\nA change of the settings that was broken off half-way is undone, or finished\n"
+           "\nA change of the settings that was interrupted half-way is undone, or finished\n"
            "when only its announcement was missing; with --dry-run it is only told.\n"
            "--deep makes every client read one value again, and changes no setting.\n"
            "\nIt ends with 0 when nothing is worse than a note, and with 7 otherwise.\n";

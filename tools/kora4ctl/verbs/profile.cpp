@@ -203,7 +203,8 @@ CLI::App& AddProfileVerb(CLI::App& parent, Context& context, const Options& opti
     return *verb;
 }
 
-constexpr char cNameHelp[] = "any text of at most 2047 UTF-16 characters, also ''";
+const std::string cNameHelp =
+    "any text of at most " + std::to_string(cMaxTextChars) + " UTF-16 characters, also ''";
 
 }  // namespace
 
@@ -217,17 +218,17 @@ void AddProfile(Context& context) {
     add("show", "all values of a profile", Show)
         .add_option("P", options->profile, "movie, music, ...; without one the active profile");
     add("use", "make a profile the active one", Use)
-        .add_option("P", options->profile, "movie, music, games, p1 to p6")
+        .add_option("P", options->profile, "movie, music, games, " + CustomProfiles())
         ->required();
     add("revert", "give the active preset profile its factory values", Revert);
     CLI::App& create = add("create", "copy the active profile to a custom one", Create);
-    create.add_option("P", options->profile, "p1 to p6")->required();
+    create.add_option("P", options->profile, CustomProfiles())->required();
     create.add_option("NAME", options->name, cNameHelp)->required();
     CLI::App& rename = add("rename", "give a custom profile another name", Rename);
-    rename.add_option("P", options->profile, "p1 to p6")->required();
+    rename.add_option("P", options->profile, CustomProfiles())->required();
     rename.add_option("NAME", options->name, cNameHelp)->required();
     add("delete", "delete a custom profile", Delete)
-        .add_option("P", options->profile, "p1 to p6")
+        .add_option("P", options->profile, CustomProfiles())
         ->required();
     add("table", "the profiles and their names", Table);
 }
