@@ -1,6 +1,6 @@
 #!/usr/bin/perl
 # SPDX-License-Identifier: MIT
-# report.pl [OPTION...] FIGURES...: puts the figures of a run into words.
+# report.pl [OPTION...] FIGURES...: prints the figures of a run as tables and verdicts.
 #
 #   FIGURES            what kora4_bench wrote, and what kora4_bench_native wrote
 #   --json FILE        writes all figures and verdicts there; - is standard output, instead

@@ -1,30 +1,30 @@
 # SPDX-License-Identifier: MIT
-# Compiler settings, and one function that makes a room of the house.
+# Compiler settings, and the function that defines a module of the library.
 
-# What every own target gets: warnings as errors.
+# Warnings are errors in every target of the project.
 add_library(kora4_warnings INTERFACE)
 target_compile_options(kora4_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion
   $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
   $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety;-Wthread-safety-beta>)
 
-# What every own target is told about the platform.
+# Platform definitions of every target of the project.
 add_library(kora4_platform_settings INTERFACE)
 if(WIN32)
   target_compile_definitions(kora4_platform_settings INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX COBJMACROS
     WINVER=0x0A00 _WIN32_WINNT=0x0A00)
 elseif(KORA4_SANITIZE)
-  # `undefined` leaves out the conversion of a float that the integer type cannot hold.
+  # `undefined` does not cover floats that are out of range of the integer type.
   set(sanitizers -fsanitize=address,undefined,float-cast-overflow)
   target_compile_options(kora4_platform_settings INTERFACE
     ${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(kora4_platform_settings INTERFACE ${sanitizers})
 endif()
 
-# What an instrumented library does: it counts, several threads at a time, and each process
-# writes its counts into a folder of its own when it ends or unloads the library, for the
-# writer locks nothing. scripts/coverage.sh adds them up.
+# Instrumented code counts atomically, because several threads run it. Each process writes its
+# counts to a folder of its own when it ends or unloads the library, because gcov does not lock
+# the files that it writes. scripts/coverage.sh adds them up.
 set(coverage
   --coverage -fprofile-update=atomic
   "-fprofile-dir=${CMAKE_BINARY_DIR}/counts/%q{KORA4_TEST_PREFIX}-%p"
@@ -40,7 +40,7 @@ target_compile_options(kora4_library_settings INTERFACE
   "$<$<BOOL:${KORA4_COVERAGE}>:${coverage}>")
 target_link_options(kora4_library_settings INTERFACE $<$<BOOL:${KORA4_COVERAGE}>:--coverage>)
 
-# kora4_add_module(NAME SOURCES ... [LINK ...]): one room under src/, a static library
+# kora4_add_module(NAME SOURCES ... [LINK ...]): one module under src/, a static library
 # that sees src/ and sdk/include/ as include roots.
 function(kora4_add_module name)
   cmake_parse_arguments(MODULE "" "" "SOURCES;LINK" ${ARGN})

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# GoogleTest from Debian's sources, and one function that makes a test program.
+# GoogleTest from Debian's sources, and the function that adds a test program.
 set(KORA4_GOOGLETEST /usr/src/googletest CACHE PATH "Where the sources of GoogleTest are")
 cmake_host_system_information(RESULT prefixes QUERY NUMBER_OF_LOGICAL_CORES)
 if(prefixes LESS 2)
@@ -12,12 +12,12 @@ set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
 add_subdirectory(${KORA4_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 
-# Test code is compiled often and run once: no optimisation, and no symbols in a release.
+# Test code is compiled often and runs once, so it is not optimised.
 add_library(kora4_test_settings INTERFACE)
 target_compile_options(kora4_test_settings INTERFACE $<$<CONFIG:Release>:-O0>)
 
-# The test framework's headers are compiled once for all programs. A compiler cache does
-# better without.
+# The test framework's headers are precompiled once for all programs, unless a compiler cache is
+# in use: it cannot cache with precompiled headers.
 if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
   file(WRITE ${CMAKE_BINARY_DIR}/test-headers/none.cpp "")
   add_library(kora4_test_headers OBJECT EXCLUDE_FROM_ALL
@@ -50,7 +50,7 @@ function(kora4_add_test name)
     kora4_test_settings ${TEST_LINK} GTest::gtest_main GTest::gmock)
   if(TARGET kora4_test_headers AND NOT TEST_SOURCES MATCHES "\\.c(;|$)")
     target_precompile_headers(${name} REUSE_FROM kora4_test_headers)
-    # A program with settings of its own does without.
+    # A program with settings of its own cannot use the precompiled headers.
     target_compile_options(${name} PRIVATE -Wno-error=invalid-pch)
   endif()
   if(NOT TEST_TIMEOUT)

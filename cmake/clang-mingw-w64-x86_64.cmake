@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# The same target compiled by clang and linked by lld, with the headers and libraries of
+# Cross-compilation to 64-bit Windows with clang and lld, using the headers and libraries of
 # mingw-w64's GCC.
 include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64-x86_64.cmake)
 

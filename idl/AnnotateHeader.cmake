@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Carries the documentation blocks of an interface definition into the header that was
-# generated from it, which knows no comments.
+# Copies the documentation blocks of an interface definition into the header generated from it,
+# because widl drops comments.
 #
 #   cmake -DIDL=file.idl -DHEADER_IN=raw.h -DHEADER_OUT=file.h -P AnnotateHeader.cmake
 #

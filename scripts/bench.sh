@@ -3,9 +3,9 @@
 # bench.sh [OPTION...]: installs what is missing, builds, and measures what the library costs
 # beside the bare platform calls that it needs. docs/performance.md says how to read it.
 #
-#   --smoke         a short run: shows that everything works, its figures say nothing
-#   --json [FILE]   writes all figures and verdicts to FILE; without one to standard output,
-#                   instead of the tables
+#   --smoke         a short run that shows that everything works; its figures mean nothing
+#   --json [FILE]   writes all figures and verdicts to FILE or, without one, to standard output in
+#                   place of the tables
 #   --save          makes this run the baseline, bench/baseline.json
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -31,12 +31,12 @@ while [ "$#" -gt 0 ]; do
   esac
   shift
 done
-[ -z "$save" ] || [ "${#smoke[@]}" = 0 ] || die "a short run is no baseline; leave --smoke or --save out."
+[ -z "$save" ] || [ "${#smoke[@]}" = 0 ] || die "a short run cannot be the baseline; omit --smoke or --save."
 
 work=$root/build/bench/work
 prefix=$root/build/bench/wine
 baseline=$root/bench/baseline.json
-# The last processor: the first one has most of the machine's own work.
+# The last processor, because most of the machine's own work runs on the first.
 processor=$(($(nproc) - 1))
 
 # Everything but the result goes to standard error.
@@ -50,12 +50,12 @@ processor=$(($(nproc) - 1))
   export WINEPREFIX=$prefix
   end_prefix "$prefix"
   trap 'end_prefix "$prefix"' EXIT
-  # Server and clients take turns on one processor: across two, the time of a call to the
-  # server says more of their caches and wake-ups than of the call.
+  # Server and clients share one processor: across two, the time of a call to the server would say
+  # more about caches and wake-ups than about the call.
   on_processor "$processor" "$wineserver" -p60
   read -r load _ </proc/loadavg
   say "measuring; the load of the machine is $load"
-  [ "${load%.*}" = 0 ] || say "other programs run: 99th percentiles and long calls will be off"
+  [ "${load%.*}" = 0 ] || say "other programs are running: 99th percentiles and long calls will be off"
   on_processor "$processor" "$root/build/bench/bin/kora4_bench_native" "${native[@]}" \
     --benchmark_out="$work/native.json" --benchmark_out_format=json >"$work/native.log" 2>&1 ||
     die "the native benchmarks fail; see build/bench/work/native.log."

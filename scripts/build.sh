@@ -11,7 +11,7 @@ case $preset in
     require "${build_needs[@]}"
     build "$preset" all
     dll=$root/build/$preset/bin/QXA64T.dll
-    [ -f "$dll" ] || die "the build made no $dll; look at the messages above."
+    [ -f "$dll" ] || die "the build produced no $dll; see the messages above."
     say "done: build/$preset/bin/QXA64T.dll ($(stat -c %s "$dll") bytes)"
     ;;
   clang)

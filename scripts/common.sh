@@ -15,8 +15,8 @@ die() {
   exit 1
 }
 
-# What is needed, as "what to look for|package". What begins with a slash is a file,
-# everything else a program.
+# What is needed, as "what to look for|package": a file if it begins with a slash, otherwise a
+# program.
 build_needs=(
   "cmake|cmake"
   "ninja|ninja-build"
@@ -34,15 +34,15 @@ clang_needs=(
   "clang++-16|clang-16"
   "ld.lld-16|lld-16"
 )
-test_needs=(
-  "${clang_needs[@]}"
-  "clang-format-14|clang-format-14"
-  "git|git"
-)
-
 bench_needs=(
   "/usr/include/benchmark/benchmark.h|libbenchmark-dev"
   "perl|perl"
+)
+test_needs=(
+  "${clang_needs[@]}"
+  "${bench_needs[@]}"
+  "clang-format-14|clang-format-14"
+  "git|git"
 )
 
 # missing_packages NEED...: the packages of the needs that are not met, one a line.
@@ -64,7 +64,7 @@ require() {
   [ -n "$packages" ] || return 0
   local install="apt-get install --no-install-recommends $packages"
   command -v apt-get >/dev/null ||
-    die "these packages of Debian 12 are missing, and this system has no apt-get to install them with: $packages."
+    die "these packages of Debian 12 are missing, and this system has no apt-get to install them: $packages."
   [ "$(id -u)" = 0 ] ||
     die "packages are missing; run this as root, or have root run: $install"
   say "installing missing packages: $packages"
@@ -81,7 +81,7 @@ require() {
   rm -f "$log"
   packages=$(missing_packages "$@" | tr '\n' ' ')
   [ -z "$packages" ] ||
-    die "after the installation these packages are still incomplete; install them again by hand: $packages"
+    die "these packages are still incomplete after the installation; install them again by hand: $packages"
 }
 
 # build PRESET TARGET...: configures and builds; the folder is build/PRESET.
@@ -93,7 +93,7 @@ build() {
   mkdir -p "$root/build"
   (cd "$root" && cmake --preset "$preset" -Wno-dev) >"$log" 2>&1 || {
     cat "$log" >&2
-    die "'$preset' cannot be configured; the messages above say why (after a change of compilers remove build/$preset and try again)."
+    die "'$preset' cannot be configured; the messages above say why (if the compiler has changed, remove build/$preset and try again)."
   }
   say "building '$preset' in build/$preset"
   cmake --build "$root/build/$preset" --target "$@" ||
@@ -103,16 +103,16 @@ build() {
 wine64=/usr/lib/wine/wine64
 wineserver=/usr/lib/wine/wineserver64
 
-# The settings under which every Windows program of this project runs: no messages of
-# Wine's own, no 32-bit or browser parts, nothing in the user's desktop menus, and a locale in
-# which files can have any name.
+# Every Windows program of this project runs with these settings: no messages from Wine itself, no
+# .NET and no browser engine, no entries in the desktop menus, and a locale that allows any file
+# name.
 wine_settings() {
   export LC_ALL=C.UTF-8
   export WINEDEBUG=${WINEDEBUG:--all}
   export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 }
 
-# on_processor NUMBER COMMAND...: on that processor only, where the system allows it.
+# on_processor NUMBER COMMAND...: runs it on that processor only, if the system allows it.
 on_processor() {
   local processor=$1
   shift
@@ -133,7 +133,7 @@ make_prefix() {
     rm -rf "$1"
     WINEPREFIX=$1 "$wine64" wineboot -i >/dev/null 2>&1 9>&- || exit 1
     touch "$1/.ready"
-  ) 9>"$1.lock" || die "no Wine prefix can be made in $1; is there enough room on the disk?"
+  ) 9>"$1.lock" || die "no Wine prefix can be made in $1; is there enough space on the disk?"
 }
 
 # end_prefix FOLDER: ends every process of that prefix, and its server.

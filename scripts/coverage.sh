@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # coverage.sh [CTEST-OPTION...]: installs what is missing, builds the library instrumented,
 # runs the tests under Wine, and prints which lines and branches of src/ they do not reach,
-# file by file, and the totals. Exits 0 only if every test passes and enough is reached.
+# file by file, and the totals. Exits 0 only if every test passes and the limits below are met.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -25,12 +25,12 @@ jobs=$(nproc)
 [ "$jobs" -le 4 ] || jobs=4
 failed=0
 say "running the tests, $jobs at a time"
-# The drive on which a Windows program finds the paths of this machine.
+# Windows programs find the paths of this machine on drive Z:.
 GCOV_PREFIX=Z: ctest --test-dir "$tree" --output-on-failure --no-tests=error -j "$jobs" \
   --label-exclude check "$@" || failed=1
 
-# add FOLDER: one process's counts to the sum. One that was cut off while it wrote has left
-# a file that cannot be read.
+# add FOLDER: adds the counts of one process to the sum. A process that was killed while it wrote
+# leaves a file that cannot be read.
 left_out=0
 add() {
   rm -rf "$sum.next"
@@ -45,15 +45,15 @@ add() {
 }
 
 processes=("$counts"/*/)
-[ -d "${processes[0]}" ] || die "no test has left any count; look at the tests' output above."
+[ -d "${processes[0]}" ] || die "no test has left any counts; see the output of the tests above."
 say "adding up the counts of ${#processes[@]} processes"
 rm -rf "$sum"
 for process in "${processes[@]}"; do
   add "$process"
 done
-[ "$left_out" = 0 ] || say "$left_out of them could not be read, because they were ended while they wrote"
+[ "$left_out" = 0 ] || say "$left_out of them could not be read, because the processes were killed while they wrote"
 
-# In a file's name the separators of its path are "#".
+# The names of the files have "#" in place of the separators of their paths.
 for file in "$sum"/*.gcda; do
   name=${file##*/}
   cp "$file" "$tree/${name//\#//}"
@@ -62,12 +62,12 @@ done
 report=$tree/coverage.json
 gcovr --root "$root" --object-directory "$tree" --gcov-executable "$gcov" \
   --filter "$root/src/" --json "$report" "$tree/src" ||
-  die "gcovr cannot read the counts; its messages are above (after a change of compilers remove build/coverage and try again)."
+  die "gcovr cannot read the counts; its messages are above (if the compiler has changed, remove build/coverage and try again)."
 say "lines, and those that no test reaches"
 gcovr --root "$root" --add-tracefile "$report" --txt
 say "branches, and the lines with some that no test takes"
 gcovr --root "$root" --add-tracefile "$report" --branches --txt
-say "in all, where at least $least_lines % of the lines and $least_branches % of the branches are asked for"
+say "totals; required are $least_lines % of the lines and $least_branches % of the branches"
 gcovr --root "$root" --add-tracefile "$report" --print-summary --output /dev/null \
   --fail-under-line "$least_lines" --fail-under-branch "$least_branches" ||
   die "too little of src/ is reached; the tables above say what is missing."

@@ -1,9 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# demo.sh: installs what is missing, builds, registers the library in a Wine prefix of its
-# own, and shows three programs at work: one changes settings, one publishes levels as the
-# audio engine does, and one is told and shows them. Exits 0 only if every change and all
-# levels arrived.
+# demo.sh: installs what is missing, builds, registers the library in a Wine prefix of its own, and
+# shows three programs at work: one changes settings, one publishes levels as the audio engine does,
+# and one is notified of both and shows them. Exits 0 only if every change and all levels arrive.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -13,7 +12,7 @@ build release all
 bin=$root/build/release/bin
 demo=$root/build/demo
 prefix=$demo/wine
-patience=10 # seconds that a change may take to arrive
+patience=10 # seconds within which a change must arrive
 
 # Where the engine publishes its levels (docs/store-schema.md).
 levels_key='SOFTWARE\Velto\KORA4\StaticKeys'
@@ -25,11 +24,11 @@ make_prefix "$prefix"
 export WINEPREFIX=$prefix
 trap 'exec 3>&- 4<&- 5>&- 6<&- 7>&- 8<&-; end_prefix "$prefix"' EXIT
 
-# What an earlier demo stored is forgotten.
+# Forget what an earlier demo has stored.
 "$wine64" reg delete 'HKLM\SOFTWARE\Velto\KORA4' /f >/dev/null 2>&1 || true
 say "registering QXA64T.dll"
 "$wine64" regsvr32 /s "Z:${bin//\//\\}\\QXA64T.dll" ||
-  die "regsvr32 cannot register $bin/QXA64T.dll; build it anew with scripts/build.sh."
+  die "regsvr32 cannot register $bin/QXA64T.dll; build it again with scripts/build.sh."
 
 # talk PROGRAM [ARGUMENT...]: starts a program between two pipes, PROGRAM.in and PROGRAM.out.
 talk() {
@@ -46,7 +45,7 @@ line() { printf '%s  %-8s %s\n' "$1" "$2" "$3"; }
 clock() { printf '%(%H:%M:%S)T.%03d' "$(($1 / 1000000))" "$(($1 / 1000 % 1000))"; }
 milliseconds() { printf '%d.%d ms' "$(($1 / 1000))" "$(($1 / 100 % 10))"; }
 
-# hear FD: takes one line of a program into when, kind, first, second, third.
+# hear FD: reads one line of a program into when, kind, first, second, third.
 hear() {
   local text
   IFS= read -r -t "$patience" -u "$1" text || return 1
@@ -74,7 +73,7 @@ echo
 
 changes=0 missing=0 slowest=0 shown=0 latest=0
 
-# told SETTING VALUE WHEN: waits until the watcher has been told that.
+# told SETTING VALUE WHEN: waits until the watcher has been told of that change.
 told() {
   local when kind first second third took
   while hear 4; do
@@ -89,8 +88,8 @@ told() {
   missing=$((missing + 1))
 }
 
-# change COMMAND: has the changer do something and follows what becomes of it. The order in
-# which the watcher is told is the library's: the enable first, then the profile.
+# change COMMAND: makes the changer carry out a command and waits for the notifications. Their order
+# is the library's: the enable first, then the profile.
 change() {
   local when kind first second third result=none
   local -a awaited=()
@@ -134,8 +133,8 @@ change 'profile P1'
 change 'profile Games'
 change 'delete P1'
 
-# show NUMBER: has the engine publish a picture of levels and waits until the watcher, which
-# reads them every sampling period, shows that one.
+# show NUMBER: makes the engine publish a picture of levels and waits until the watcher, which reads
+# them every sampling period, shows it.
 show() {
   local when kind first second third published levels took
   printf 'levels %s\n' "$1" >&7
@@ -160,7 +159,7 @@ for picture in $(seq 1 "$pictures"); do
   show "$picture"
 done
 
-# Without input the programs end by themselves.
+# The programs end when their input does.
 exec 3>&- 5>&- 7>&-
 for program in watcher changer engine; do
   wait -n || missing=$((missing + 1))

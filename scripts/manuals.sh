@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # manuals.sh [DOCUMENT...]: builds the tools, runs every console transcript in the manuals and
-# writes what the programs print now into the documents. Look at the difference before you
-# commit it: the tests only compare.
+# writes what the programs print now into the documents. Review the difference before you commit
+# it: the tests only compare.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 require "${build_needs[@]}" "${wine_needs[@]}"
-build release kora4ctl kora4sim QXA64T manuals_test
+build release kora4ctl kora4sim kora4_first_client QXA64T manuals_test
 [ "$#" -gt 0 ] || set -- README.md docs/kora4ctl.md docs/kora4sim.md
 
 prefix=$root/build/manuals/wine

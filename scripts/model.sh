@@ -1,14 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# model.sh [CALLS [SEED]]: installs what is missing, builds, and makes that many random API
-# calls (20000) from three objects in two processes, each checked against a model of what
-# the API promises; then as many again, many of them from callbacks. Prints the seed; exits 0
-# only if nothing differs.
+# model.sh [CALLS [SEED]]: installs what is missing, builds, and makes that many random API calls
+# (default 20000) from three objects in two processes, comparing each with a model of the API; then
+# as many again, many of them from callbacks. Prints the seed; exits 0 only if nothing differs.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 for number in "$@"; do
-  [[ $number =~ ^[0-9]+$ ]] || die "'$number' is no number; use: model.sh [CALLS [SEED]]."
+  [[ $number =~ ^[0-9]+$ ]] || die "'$number' is not a number; use: model.sh [CALLS [SEED]]."
 done
 [ "${1:-1}" -gt 0 ] || die "at least one call must be made; use: model.sh [CALLS [SEED]]."
 [ "$#" -le 2 ] || die "there are too many arguments; use: model.sh [CALLS [SEED]]."

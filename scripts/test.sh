@@ -8,7 +8,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 require "${build_needs[@]}" "${wine_needs[@]}" "${test_needs[@]}"
 build native all tests/all
 build release all tests/all
-# The library and the tools once more, by a compiler that also checks the locks.
+# Clang compiles the library and the tools once more and checks the locks.
 build clang all
 
 # One run over all trees, so that there is one summary.
@@ -18,7 +18,7 @@ printf 'subdirs("%s" "%s" "%s")\n' "$root/build/native" "$root/build/release" \
   "$root/build/clang" >"$all/CTestTestfile.cmake"
 
 trap '"$root/scripts/wine-pool.sh" end "$root/build/release/wine-pool" >/dev/null 2>&1' EXIT
-# No more at a time than there are prefixes, or tests would wait while their clocks run.
+# No more tests at a time than there are prefixes: a test that waits for one would time out.
 jobs=$(nproc)
 [ "$jobs" -le 4 ] || jobs=4
 say "running the tests, $jobs at a time"

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# A few equal Wine prefixes, so that tests that each want the one store of the machine for
-# themselves can run side by side.
+# A pool of equal Wine prefixes. Each test needs the settings store of a machine for itself; with
+# several prefixes, tests can run side by side.
 #
-#   wine-pool.sh start FOLDER COUNT          makes the prefixes, starts their servers
+#   wine-pool.sh start FOLDER COUNT          makes the prefixes and starts their servers
 #   wine-pool.sh run FOLDER PROGRAM [ARG...] runs a program in a prefix that is free
 #   wine-pool.sh end FOLDER                  ends every process of the prefixes
 set -euo pipefail
@@ -12,11 +12,11 @@ verb=$1
 pool=$(realpath -m "$2")
 shift 2
 
-# A server that is not ended by hand goes by itself after this many seconds.
+# A server that nobody ends exits by itself after this many seconds.
 linger=300
 
-# pinned PREFIX COMMAND...: on one processor, the same for all programs of a prefix. They
-# and their server take turns, and a wake-up across processors costs many times one at home.
+# pinned PREFIX COMMAND...: runs it on one processor, the same for all programs of a prefix. They and
+# their server take turns, and a wake-up on another processor costs many times as much.
 pinned() {
   local number=${1##*/}
   shift
@@ -46,8 +46,8 @@ end() {
   done
 }
 
-# run_in PREFIX PROGRAM...: a test that was cut off leaves its mark, and the next one
-# begins with a clean set of processes.
+# run_in PREFIX PROGRAM...: a test that was killed leaves the file .busy, so the next one ends all
+# processes of the prefix first.
 run_in() {
   local prefix=$1 result=0
   shift
@@ -56,10 +56,10 @@ run_in() {
     WINEPREFIX=$prefix pinned "$prefix" "$wineserver" "-p$linger" 2>/dev/null 9>&- || true
   fi
   touch "$prefix/.busy"
-  # Programs of two prefixes may have the same process id: this tells them apart.
+  # Programs of two prefixes may have the same process id; this tells them apart.
   export KORA4_TEST_PREFIX=${prefix##*/}
-  # Through files: a server that a program has to start anew outlives it, and whoever waits for
-  # the end of this output must not wait for that.
+  # The output goes through files: a server that the program had to restart outlives it and would
+  # keep a pipe open.
   WINEPREFIX=$prefix pinned "$prefix" "$wine64" "$@" \
     >"$prefix.out" 2>"$prefix.err" 9>&- || result=$?
   cat "$prefix.out"
@@ -78,7 +78,7 @@ run() {
         run_in "${prefix%/}" "$@"
       fi
     done
-    # All are taken: wait for the last one that was looked at.
+    # All are taken: wait for the last one tried.
     flock -w 5 9 && run_in "${prefix%/}" "$@"
   done
 }

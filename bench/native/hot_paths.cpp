@@ -23,7 +23,10 @@ class Client {
         trace::SetFlags(0);
         client.ObjInitialize();
         client.InitialKeysLoad();
-        client.RevertActiveProfile();
+        for (const std::uint32_t profile : {cGamesProfile, cMusicProfile, cMovieProfile}) {
+            client.SetActiveProfile(profile);
+            client.RevertActiveProfile();
+        }
         equalizer.m_bands = cManyBands;
         for (std::uint32_t band = 0; band < cManyBands; ++band) {
             equalizer.m_freq[band] = 100.0f * static_cast<float>(band + 1);
@@ -96,6 +99,16 @@ void Analyse(benchmark::State& state) {
         state.SkipWithError("something was found");
 }
 BENCHMARK(Analyse)->Name("analysis that finds nothing");
+
+void SwitchProfile(benchmark::State& state) {
+    Client& all = TheClient();
+    std::uint32_t profile = cMovieProfile;
+    for (auto _ : state) {
+        profile = profile == cMusicProfile ? cGamesProfile : cMusicProfile;
+        all.client.SetActiveProfile(profile);
+    }
+}
+BENCHMARK(SwitchProfile)->Name("profile switch");
 
 // A statement's share of a loop that does nothing else.
 void SuppressedTrace(benchmark::State& state) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Keeps values in an open-addressed table that neither allocates nor formats names.
 #include "native/stub_key_access.h"
 
 #include "store/access/task_memory.h"

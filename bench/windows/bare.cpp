@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The bare reads of texts and blobs, and the bare line to the debugger.
 #include "windows/bare.h"
 
 #include <cstring>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A watching client of platform calls alone: marshalled gate, watching thread, start and stop.
 #include "windows/bare_client.h"
 
 #include "proxy/proxy_factory.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// One function for each method of the API with the calls that it cannot do without.
 #include "windows/bare_methods.h"
 
 #include <array>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Writes a list of calls as text, with repeated groups folded.
 #include "windows/call_list.h"
 
 #include <cstddef>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The table of cases: how each method is called, what goes before it, and its bare equivalent.
 #include "windows/cases.h"
 
 #include "contract/profiles.h"

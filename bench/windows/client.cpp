@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Loads the library beside the program, makes objects and receives their notifications.
 #include "windows/client.h"
 
 #include <bit>

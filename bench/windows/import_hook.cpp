@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Patches a module's import table with thunks in machine code that count a call and jump on;
+// counts the calls through the gate as well.
 #include "windows/import_hook.h"
 
 #include <atomic>

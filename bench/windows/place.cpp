@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Creates, fills and removes the keys of a store, and makes every value name beforehand.
 #include "windows/place.h"
 
 #include <cstdio>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Collects figures by group and name, and writes them as JSON.
 #include "windows/results.h"
 
 #include <filesystem>

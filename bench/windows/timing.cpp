@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The length of a tick, and medians and percentiles of samples.
 #include "windows/timing.h"
 
 #include <windows.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+/* Registers the generated proxy code of the SDK for an apartment, and ends that
+ * registration. */
 #include "kora4_proxies.h"
 
 #include "kora4api.h"

@@ -9,7 +9,7 @@
 //
 //   TIME|published|RESULT|LEVELS   what a display is to show of it; RESULT 0: it is stored
 //
-// The engine is no client of the library: it knows the registry only.
+// The engine is not a client of the library: it knows the registry only.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

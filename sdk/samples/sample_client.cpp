@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The words for profiles, technologies and values, and the reading of all settings through the
+// API.
 #include "sample_client.h"
 
 #include <algorithm>

@@ -58,7 +58,7 @@ inline constexpr float cSilentExcitation = -108;
 std::string LevelsWord(const float* gains, const float* excitations);
 std::string LevelsBars(const float* gains);
 
-// The opposite direction; false: there is no such profile or technology.
+// The opposite direction; false when there is no such profile or technology.
 bool FindProfile(const std::string& word, LONG& profile);
 bool FindTechnology(const std::string& word, KORA4APITechnology& technology);
 

@@ -22,6 +22,7 @@ class CAPABILITY("callback lock") CallbackGuard {
     CallbackGuard(const CallbackGuard&) = delete;
     CallbackGuard& operator=(const CallbackGuard&) = delete;
 
+    // Takes the lock, or counts once more on the thread that holds it.
     void Enter() ACQUIRE() {
         EnterCriticalSection(&m_section);
         m_track.Enter();

@@ -57,10 +57,10 @@ void CKORA4ASL::LoadTraceFlags() {
         trace::SetFlags(flags);
 }
 
-// Notifications that came in since the load are made up for before the object counts as
+// Notifications that came in since the load are caught up with before the object counts as
 // initialised. Nobody can be registered yet, so there is nobody to tell. A notification that
-// comes in meanwhile waits, and is analysed by itself: another program that writes without
-// pause must not keep the object from becoming ready.
+// comes in meanwhile waits and gets its own analysis: a program that writes without pause must
+// not keep the object from becoming ready.
 HRESULT CKORA4ASL::BecomeReady() {
     const SlimHold hold(m_readinessLock);
     if (m_notificationMissed) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Lets the first caller initialise the object while the others wait for its result.
 #include "api/initialize_guard.h"
 
 #include "monitor/apartment.h"

@@ -10,15 +10,17 @@
 
 namespace kora4 {
 
-// A call that finds another thread at it waits, lets COM calls in meanwhile, and returns
-// that thread's result. A call that re-enters on the thread that is at it (COM let it in)
-// can neither wait nor go on: E_FAIL. No lock is held while `bringUp` runs.
+// A call that finds another thread initialising waits, lets COM calls in meanwhile, and
+// returns that thread's result. A call that re-enters on the initialising thread (COM let it
+// in) can neither wait nor go on: E_FAIL. No lock is held while `bringUp` runs.
 class InitializeGuard {
   public:
     InitializeGuard() = default;
     InitializeGuard(const InitializeGuard&) = delete;
     InitializeGuard& operator=(const InitializeGuard&) = delete;
 
+    // Calls `bringUp`, which returns an HRESULT, unless another call is running; then waits
+    // for that one's result.
     template <typename BringUp>
     HRESULT Run(BringUp&& bringUp) {
         HRESULT hr = E_FAIL;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The API object as a COM object: construction, destruction, interfaces, version. Its other
+// methods are in one file per area.
 #include "api/kora4asl.h"
 
 #include "api/create_api_object.h"

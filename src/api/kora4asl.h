@@ -90,17 +90,35 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
     HRESULT OnKeyChangeNotify() override;
 
   protected:
+    // The interface pointer for `iid`, without a reference; null for an interface that the
+    // object does not have.
     void* FindInterface(REFIID iid);
 
   private:
+    // Brings the object up step by step; a later call goes on where this one failed.
     HRESULT BringUp();
+
+    // Starts the monitor, after an earlier one that has ended by itself was cleared away.
     HRESULT StartMonitor();
+
+    // Reads the process-wide trace word from the store; the current one stays if there is
+    // none.
     void LoadTraceFlags();
+
+    // The last step: catches up with notifications that came in meanwhile, then lets methods
+    // in.
     HRESULT BecomeReady() EXCLUDES(m_readinessLock);
+
+    // False before the last step; the notification is then remembered for it.
     bool IsReadyForNotification() EXCLUDES(m_readinessLock);
+
+    // Makes the calls for `changes` to the callback, if it was registered before the analysis.
     HRESULT Notify(ChangeSet& changes);
 
+    // Replaces the registered callback and counts that; null unregisters.
     void SetCallback(IVeltoKORA4APICallback* pICallback) REQUIRES(m_callbackGuard);
+
+    // The common part of the three methods for companion applications.
     HRESULT GetCommand(const Method& method, CompanionCommand command, LPWSTR* ppwCommand);
 
     // Destroyed from the last to the first: the keys client goes before the key access that it

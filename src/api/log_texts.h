@@ -13,6 +13,7 @@
 
 namespace kora4::text {
 
+// The two texts of a selectable profile: lines of reading and of setting differ.
 struct ProfileName {
     const char* read;    // GetActiveProfile
     const char* chosen;  // SetActiveProfile
@@ -48,6 +49,7 @@ constexpr const Text& Pick(const Text (&texts)[count], std::uint32_t index, cons
 inline constexpr const char* cBadDemoProfileName = "bad Demo Profile index";
 inline constexpr const char* cBadTechnologyName = "KORA4APITechnology bad index";
 
+// The texts of a number; those for a bad one when the number has no text.
 constexpr const ProfileName& OfProfile(std::uint32_t profile) {
     return Pick(cProfileNames, profile, cBadProfileName);
 }

@@ -15,11 +15,13 @@
 
 namespace kora4 {
 
+// The tag of all lines of the API object; also the name of its log file.
 inline constexpr char cApiTag[] = "KORA4ASL";
 
 // Where the initialisation check stands. Clients rely on each method's own order.
 enum class InitializationCheck { eAfterArguments, eBeforeArguments, eNone };
 
+// What differs from method to method in the frame.
 struct MethodRules {
     // What the line of a refused argument says after "**** Error: "; null: no line.
     const char* badArgument = nullptr;
@@ -29,6 +31,8 @@ struct MethodRules {
     const char* entry = "%s: %4d %s:>>\n";
 };
 
+// What a method states of itself: its name in the trace and its rules. A static constexpr in
+// each method.
 struct Method {
     constexpr explicit Method(
         const char* function, const MethodRules& methodRules = {},

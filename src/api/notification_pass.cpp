@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// One pass of notifications: which callback method tells which change, in which order, and
+// when the pass ends early.
 #include "api/notification_pass.h"
 
 #include "api/method_frame.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The checks of values that clients set, each with the lines that tell what was accepted or
+// refused.
 #include "api/patch_limits.h"
 
 #include <algorithm>

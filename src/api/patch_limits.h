@@ -10,6 +10,7 @@
 
 namespace kora4 {
 
+// The volume leveler's amount is a whole number from 0 to this.
 inline constexpr std::uint32_t cVeltoVolumeLevelerAmountMax = 10;
 inline constexpr float cDialogEnhancerAmountMin = 0.0f;
 inline constexpr float cDialogEnhancerAmountMax = 1.0f;
@@ -18,12 +19,12 @@ inline constexpr float cSurroundCompBoostMax = 6.0f;
 inline constexpr float cGraphicEQGainMin = -12.0f;  // dB
 inline constexpr float cGraphicEQGainMax = 12.0f;   // dB
 
-// E_INVALIDARG for a value outside its limits, for a `size` in bytes that is too small for
-// the technology's value, and for what is no technology. A line tells what was accepted or
-// refused. The graphic EQ passes: its values are limited instead.
+// E_INVALIDARG for a value outside its limits, for a `size` in bytes that is too small for the
+// technology's value, and for a number that is not a technology. A trace line says what was
+// accepted or refused. The graphic EQ passes: its values are limited instead.
 HRESULT ValidatePatchField(ApiTechnology technology, std::uint32_t size, const void* pField);
 
-// Moves the gains of the first m_bands bands (of 40 at most) into their limits. S_OK.
+// Limits the gains of the first m_bands bands, 40 at most. Always S_OK.
 HRESULT ValidateAndLimitGraphicEQ(ApiGraphicEQ* pGraphicEQ);
 
 }  // namespace kora4

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The trace lines about the process and about the threads that take the callback lock.
 #include "api/process_track.h"
 
 #include "api/method_frame.h"

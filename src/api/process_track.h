@@ -6,6 +6,8 @@
 
 namespace kora4 {
 
+// Stateless. The constructor writes lines about the process, Enter and Leave about the calling
+// thread. With their categories off they write nothing.
 class ProcessTrack {
   public:
     ProcessTrack();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The public records and the store's view of them are the same bits; here that is checked,
-// and here alone one is taken for the other.
+// The public records and the store's have the same layout. It is checked here, and only here
+// is one used as the other.
 #ifndef KORA4_API_PUBLIC_RECORDS_H
 #define KORA4_API_PUBLIC_RECORDS_H
 
@@ -44,6 +44,7 @@ static_assert(sizeof(GraphicEQData::m_gain) == sizeof(ApiGraphicEQ::m_gain));
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
+// Views of the same memory under the other name. Nothing is copied, and ownership stays.
 inline KORA4PatchValueUnion* ToPublic(ApiPatchValue* pValue) {
     return reinterpret_cast<KORA4PatchValueUnion*>(pValue);
 }

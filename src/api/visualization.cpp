@@ -16,7 +16,7 @@ struct Levels {
 };
 
 // The loudest of the first `records` records that have the band. What follows the stated
-// number of records may look like one and is none.
+// number of records may look like a record but is not one.
 Levels LoudestOf(const KORA4VisKeyData& data, std::uint32_t records, std::uint32_t band) {
     Levels loudest;
     const std::uint8_t* pAPOData = data.FirstAPOData();

@@ -121,7 +121,7 @@ static_assert(std::size(cDynamicEQCurves) == eNumberIEQPatches);
 inline constexpr std::uint32_t cSamplingPeriod = 50;  // milliseconds
 inline constexpr std::uint32_t cStaticNumber57 = 200;
 
-// On/off defaults of the preset technologies: one flag per preset profile.
+// Built-in switches of the preset technologies: one flag per preset profile.
 inline constexpr std::uint32_t VeltoVolumeOnElseOffDefaults[] = {1, 1, 1};
 inline constexpr std::uint32_t DialogEnhancementOnElseOffDefaults[] = {1, 0, 0};
 inline constexpr std::uint32_t DynamicEQOnElseOffDefaults[] = {0, 1, 0};
@@ -138,6 +138,7 @@ static_assert(std::size(HeadphoneOnElseOffDefaults) == cDefaultedProfileBound);
 static_assert(std::size(VirtualSurroundOnElseOffDefaults) == cDefaultedProfileBound);
 static_assert(std::size(cNGSurroundOnElseOff) == cDefaultedProfileBound);
 
+// The flags by technology, then by preset profile; null for the number of no technology.
 inline constexpr const std::uint32_t* sm_presetOnElseOffDefaults[] = {
     nullptr,  // ePresetNoTech
     VeltoVolumeOnElseOffDefaults,
@@ -150,13 +151,16 @@ inline constexpr const std::uint32_t* sm_presetOnElseOffDefaults[] = {
 };
 static_assert(std::size(sm_presetOnElseOffDefaults) == eNumberKORA4PresetTechnologies);
 
-// A technology whose flag is missing is on, unless the profile has a row that says otherwise.
+// A technology whose switch is missing is on, unless the profile has a row that says
+// otherwise.
 constexpr bool IsOn(KORA4PresetTechnology technology, std::uint32_t profile) {
     const std::uint32_t row = WithoutDemo(profile);
     if (!IsValidTechnology(technology) || !IsPresetProfile(row))
         return true;
     return sm_presetOnElseOffDefaults[technology][row] != 0;
 }
+
+// Whether a global technology is on when its switch is missing: always.
 constexpr bool IsOn(KORA4GlobalTechnology) {
     return true;
 }

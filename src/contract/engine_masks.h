@@ -11,6 +11,7 @@ namespace kora4 {
 // The bits in use.
 inline constexpr std::uint32_t cEngineTechnologies = 0x03FF;
 
+// An engine that is installed in the field, with the mask that its installer writes.
 struct EngineConfiguration {
     std::uint32_t mask;
     const char* name;

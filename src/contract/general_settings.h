@@ -15,13 +15,15 @@
 
 namespace kora4::contract {
 
-// What a setting is to somebody who keeps or moves the settings of a machine.
+// Whose a setting is, for whoever saves or moves the settings of a machine.
 enum class SettingRole {
     eUser,     // what the user chose
     eMachine,  // what the installer, the engine or support put there
     ePassing,  // no setting: a counter, a saved state, the engine's levels
 };
 
+// One row: what a setting is, where it is stored, and who writes and reads it. The texts are
+// those of the documents and of kora4ctl.
 struct GeneralSetting {
     const char* name;
     PropertyKey key;
@@ -33,6 +35,7 @@ struct GeneralSetting {
     const char* writtenBy;  // methods and people; "-" when nobody does
     const char* readBy;
 
+    // Whether absence stands for a number; a text or blob that is absent has no value.
     constexpr bool HasDefault() const {
         return kind == ValueKind::eSwitch || kind == ValueKind::eNumber;
     }
@@ -44,7 +47,7 @@ inline constexpr char cNobody[] = "-";
 inline constexpr char cClientsAndEngine[] = "clients, engine";
 inline constexpr char cCarried[] = "carried; nothing depends on it yet";
 
-// The values that are carried along: written by nobody, looked at by everybody.
+// Values that everybody loads and nobody writes or uses yet.
 constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind kind,
                                  std::uint32_t defaultNumber, const char* meaning = cCarried) {
     return {name,
@@ -58,6 +61,7 @@ constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind 
             cClientsAndEngine};
 }
 
+// The command line of a companion application.
 constexpr GeneralSetting Command(const char* name, std::uint32_t pid, const char* meaning) {
     return {
         name,    pkey::Setting(pid), eKeySetApp,  ValueKind::eText, SettingRole::eMachine, 0,

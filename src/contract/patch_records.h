@@ -9,11 +9,16 @@
 
 namespace kora4 {
 
+// Places of every array in a record. The count beside an array says how many are in use.
 inline constexpr std::uint32_t cMaxArrayElements = 40;
+// Threshold arrays of the audio regulator.
 inline constexpr std::uint32_t eRegulatorThresholds = 2;
+// Gain arrays of the audio optimizer, one per channel.
 inline constexpr std::uint32_t eAudioOptimizerMaxChannels = 8;
+// Built-in curves of the dynamic EQ, which clients know as the intelligent EQ.
 inline constexpr std::uint32_t eNumberIEQPatches = 6;
 
+// What clients know as the volume leveler.
 struct VolumePatch {
     std::uint32_t structVersion;
     std::uint32_t amount;  // the volume leveler's slider
@@ -24,12 +29,14 @@ struct VolumePatch {
     float level8;
 };
 
+// What clients know as the dialog enhancer.
 struct EnhancementPatch {
     std::uint32_t structVersion;
     float amount;  // the dialog enhancer's slider
     float value4;
 };
 
+// What clients know as the intelligent EQ. The curve is built in; the store has its index.
 struct DynamicEQPatch {
     std::uint32_t structVersion;
     std::uint32_t freqCount;
@@ -40,6 +47,7 @@ struct DynamicEQPatch {
     std::uint32_t curveIndex;        // the intelligent EQ's patch index
 };
 
+// What clients know as the graphic EQ: a gain for each frequency.
 struct StandardEQPatch {
     std::uint32_t structVersion;
     std::uint32_t freqCount;
@@ -48,27 +56,33 @@ struct StandardEQPatch {
     float stdEqGain[cMaxArrayElements];  // dB
 };
 
+// What clients know as the virtualizer for headphones.
 struct HeadphonePatch {
     std::uint32_t structVersion;
     float surroundBoost;  // the headphone virtualizer's slider
     float value4;
 };
 
+// What clients know as the virtualizer for speakers.
 struct VirtualSurroundPatch {
     std::uint32_t structVersion;
     float surroundBoost;  // the speaker virtualizer's slider
     float value4;
 };
 
+// Next-generation surround: a switch and no values, and no method of the API reaches it.
 struct NGSurroundPatch {
     std::uint32_t structVersion;
 };
 
+// The global technologies follow. No method of the API reaches them; the engine reads them
+// from the store.
 struct PeakLimiterPatch {
     std::uint32_t structVersion;
     float value3;
 };
 
+// Two threshold curves, and a flag for each band.
 struct AudioRegulatorPatch {
     std::uint32_t structVersion;
     std::uint32_t freqCount;
@@ -81,6 +95,7 @@ struct AudioRegulatorPatch {
     std::uint32_t isolate[cMaxArrayElements];                  // 0 or 1
 };
 
+// A gain curve for each channel.
 struct AudioOptimizerPatch {
     std::uint32_t structVersion;
     std::uint32_t value3;

@@ -7,31 +7,49 @@
 
 namespace kora4 {
 
+// The preset profiles. They always exist and can be reverted to their factory values.
 inline constexpr std::uint32_t cMovieProfile = 0;
 inline constexpr std::uint32_t cMusicProfile = 1;
 inline constexpr std::uint32_t cGamesProfile = 2;
+
+// The custom profiles P1 to P6 are the numbers 3 to 8. One exists while it has a name.
 inline constexpr std::uint32_t cFirstCustomProfile = 3;  // P1
+
+// Every number below can be made the active profile.
 inline constexpr std::uint32_t cSelectableProfileBound = 9;
+
+// The demo profiles, entered and left by the demo methods only.
 inline constexpr std::uint32_t cDemoMovieProfile = 0xF0;
 inline constexpr std::uint32_t cDemoMusicProfile = 0xF1;
 inline constexpr std::uint32_t cDemoGamesProfile = 0xF2;
+
+// Stands for "not known yet"; never stored.
 inline constexpr std::uint32_t cNoProfile = 0xFFFFFFFF;
 
 // Only the preset profiles have a row of their own in the tables of defaults.
 inline constexpr std::uint32_t cDefaultedProfileBound = 3;
 
+// Movie, Music or Games.
 constexpr bool IsPresetProfile(std::uint32_t profile) {
     return profile < cDefaultedProfileBound;
 }
+
+// A number that a custom profile may have, whether it exists or not.
 constexpr bool IsCustomProfile(std::uint32_t profile) {
     return profile >= cFirstCustomProfile && profile < cSelectableProfileBound;
 }
+
+// A profile that a user can be in: preset or custom.
 constexpr bool IsSelectableProfile(std::uint32_t profile) {
     return profile < cSelectableProfileBound;
 }
+
+// One of the three demo profiles.
 constexpr bool IsDemoProfile(std::uint32_t profile) {
     return profile >= cDemoMovieProfile && profile <= cDemoGamesProfile;
 }
+
+// Any number that may stand in the store as the active profile.
 constexpr bool IsAllowableProfile(std::uint32_t profile) {
     return IsSelectableProfile(profile) || IsDemoProfile(profile);
 }

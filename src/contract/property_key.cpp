@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+// Builds the keys of technologies and profiles, and the value names under which the registry
+// has them. Value names are formatted on every access to the store, so by table and without
+// printf.
 #include "contract/property_key.h"
 
 #include <array>

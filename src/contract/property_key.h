@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Property keys: how every value of the store is addressed, and the GUIDs and property
-// ids of the store. This is the one place where they stand.
+// Property keys: how every value of the store is addressed, and the GUIDs and property ids of
+// the store. They are defined here and nowhere else.
 #ifndef KORA4_CONTRACT_PROPERTY_KEY_H
 #define KORA4_CONTRACT_PROPERTY_KEY_H
 
@@ -21,6 +21,7 @@ struct KeyGuid {
     friend constexpr bool operator==(const KeyGuid&, const KeyGuid&) = default;
 };
 
+// The address of a value within its key set.
 struct PropertyKey {
     KeyGuid fmtid;
     std::uint32_t pid;
@@ -32,7 +33,7 @@ struct PropertyKey {
 enum KORA4KeySet : std::uint32_t {
     eKeySetPropertyStore = 1,
     eKeySetStatic = 2,   // field values, static switches, profile names
-    eKeySetDynamic = 3,  // enable, active preset, on/off flags, counters and triggers
+    eKeySetDynamic = 3,  // enable, active preset, switches, counters and triggers
     eKeySetApp = 4,      // companion-application commands; never written from here
 };
 
@@ -83,13 +84,14 @@ inline constexpr std::uint32_t cProfileEditorCommandPid = 61;
 inline constexpr std::uint32_t cProfileSelectorCommandPid = 62;
 inline constexpr std::uint32_t cDemoAppCommandPid = 63;
 
-// Under cMasterEnablesGuid, and the on/off flag, enable or trigger word under the
-// technology families. Fields of a technology have their own ids.
+// Under cMasterEnablesGuid, and the switch or trigger word under the technology families.
+// Fields of a technology have their own ids.
 inline constexpr std::uint32_t cMasterEnablesPid = 0;
 inline constexpr std::uint32_t cSwitchPid = 0;
 inline constexpr std::uint32_t cTriggerPid = 0;
 inline constexpr std::uint32_t cProfileNamePid = 0;
 
+// The key of a general setting.
 constexpr PropertyKey Setting(std::uint32_t pid) {
     return PropertyKey{cSettingsGuid, pid};
 }
@@ -100,8 +102,11 @@ constexpr PropertyKey Setting(std::uint32_t pid) {
 // profile into bits 8 to 15 of the first field of the GUID.
 class KORA4PropKeyBase {
   public:
+    // `pid` is kept as it is.
     constexpr KORA4PropKeyBase(const KeyGuid& base, std::uint32_t pid) : m_key{base, pid} {}
 
+    // Places the low eight bits of a technology's offset (sm_presetTechGUIDOffset and its
+    // like).
     constexpr void SetTechField(std::uint32_t offset) { Place(offset, 0); }
 
     // Places the low eight bits of `profile`.
@@ -121,7 +126,7 @@ class KORA4PropKeyBase {
     PropertyKey m_key;
 };
 
-// The keys of the technologies. A number that is no technology gets offset 0; a negative
+// The keys of the technologies. A number that is not a technology gets offset 0; a negative
 // profile leaves the profile bits 0.
 PropertyKey PresetPatchKey(KORA4PresetTechnology technology, std::uint32_t profile,
                            std::uint32_t pid);

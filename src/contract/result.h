@@ -22,6 +22,7 @@ inline constexpr HRESULT cPointer = static_cast<HRESULT>(0x80004003);
 inline constexpr HRESULT cInvalidArg = static_cast<HRESULT>(0x80070057);
 inline constexpr HRESULT cOutOfMemory = static_cast<HRESULT>(0x8007000E);
 
+// Success codes include those that tell that nothing was changed, cFalse among them.
 constexpr bool Succeeded(HRESULT hr) {
     return hr >= 0;
 }

@@ -11,6 +11,7 @@
 
 namespace kora4::contract {
 
+// One result code with what a person needs to know about it.
 struct Result {
     std::uint32_t code;
     const char* name;
@@ -19,6 +20,7 @@ struct Result {
     const char* next;     // what to do, in sentences; empty when there is nothing to do
 };
 
+// The code as documents and tables have it, without a sign.
 constexpr std::uint32_t CodeOf(HRESULT hr) {
     return static_cast<std::uint32_t>(hr);
 }
@@ -26,7 +28,7 @@ constexpr std::uint32_t CodeOf(HRESULT hr) {
 // The facility of a Win32 error number that was made a result.
 constexpr std::uint32_t cWin32Results = 0x80070000;
 
-// What the methods of the interface answer.
+// What the methods of the interface return.
 inline constexpr Result cApiResults[] = {
     {CodeOf(result::cOk), "S_OK", "done", "The call did what it says.", ""},
     {CodeOf(result::cFalse), "S_FALSE",
@@ -80,7 +82,7 @@ inline constexpr Result cApiResults[] = {
      "Call Initialize and look at its result; when it fails, run 'kora4ctl doctor'."},
 };
 
-// What the class object, COM, the proxies and the registry answer.
+// What the class object, COM, the proxies and the registry return.
 inline constexpr Result cPlatformResults[] = {
     {0x80004001, "E_NOTIMPL", "not implemented",
      "The object has no such operation; the factory of a callback gate, for example, creates "

@@ -8,6 +8,8 @@
 
 namespace kora4 {
 
+// Technologies with a record per profile. The numbers index every table; stored keys use the
+// offsets below instead.
 enum KORA4PresetTechnology : std::uint32_t {
     ePresetNoTech = 0,
     eVolumeTech,
@@ -20,6 +22,7 @@ enum KORA4PresetTechnology : std::uint32_t {
     eNumberKORA4PresetTechnologies
 };
 
+// Technologies with one record for the whole machine.
 enum KORA4GlobalTechnology : std::uint32_t {
     eGlobalNoTech = 0,
     ePeakLimiterTech,
@@ -28,6 +31,7 @@ enum KORA4GlobalTechnology : std::uint32_t {
     eNumberKORA4GlobalTechnologies
 };
 
+// Whether the number is that of a technology; the number of no technology is not.
 constexpr bool IsValidTechnology(KORA4PresetTechnology technology) {
     return technology > ePresetNoTech && technology < eNumberKORA4PresetTechnologies;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The flag word of the trace: its categories, and the unions of them that statements use.
 #ifndef KORA4_CONTRACT_TRACE_FLAGS_H
 #define KORA4_CONTRACT_TRACE_FLAGS_H
@@ -37,6 +38,7 @@ enum Mask : std::uint32_t {
     eTrackerStartUp = eProcessTracking | eApiEntryExit,                // 0x210
 };
 
+// The word with which every process begins, until an object reads the stored one.
 inline constexpr std::uint32_t cDefaultFlags = eMessages;
 
 }  // namespace kora4::trace

@@ -19,6 +19,7 @@ enum class ValueKind : char16_t {
     eBlob = u'x',          // REG_BINARY
 };
 
+// The kind as the documents and `kora4ctl describe` name it.
 constexpr const char* NameOf(ValueKind kind) {
     switch (kind) {
         case ValueKind::eSwitch:

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where everything stands in the value that the engine publishes, and which of its records
-// exist.
+// The layout of the value that the engine publishes, and the rule which of its records exist.
 //
 // The value is little-endian and packed: 4 reserved bytes, the number of APO records
 // (32 bits), the records. A record: 16 bytes of header, the number of bands n (32 bits),
@@ -20,10 +19,12 @@ inline constexpr std::size_t cRecordHeadSize = 24;
 inline constexpr std::size_t cNumBandsOffset = 16;
 inline constexpr std::size_t cBandSize = 2 * sizeof(float);
 
+// Bytes of a record with that many bands.
 constexpr std::size_t RecordSize(std::size_t numBands) {
     return cRecordHeadSize + numBands * cBandSize;
 }
 
+// A 32-bit number at any address: the value is packed.
 inline std::uint32_t ReadNumber(const std::uint8_t* p) {
     std::uint32_t number;
     std::memcpy(&number, p, sizeof number);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Finds out the apartment of a thread, and waits in the way that lets COM calls into it.
 #include "monitor/apartment.h"
 
 #include <algorithm>
@@ -36,9 +37,9 @@ HRESULT ComWait(const Apartment& apartment, const HANDLE* handles, DWORD count,
         flags, milliseconds, count, const_cast<HANDLE*>(handles), pIndex);
 }
 
-// A call that came in before, while the host's own loop took another message, does not
-// wake the wait on every platform; a message that is new does. It is taken back: a host
-// that does not pump would gather them.
+// A call that came in before, while the host's own loop took another message, does not wake
+// the wait under Wine 8, and Windows does not promise it; a message that is new does. It is
+// taken back: a host that does not pump would gather them.
 class WakingMessage {
   public:
     explicit WakingMessage(bool isNeeded)
@@ -60,7 +61,8 @@ class WakingMessage {
     const UINT m_message;
 };
 
-// The wait without calls between two that fail, or that the host breaks off.
+// How long to wait without COM calls between two COM waits that fail, or that the host's
+// filter ends early.
 constexpr DWORD cPlainMilliseconds = 5;
 
 DWORD TimeLeft(ULONGLONG begin, DWORD milliseconds) {

@@ -10,8 +10,8 @@
 
 namespace kora4 {
 
-// Identifies an apartment within the process: a single-threaded one by its thread's id,
-// the others by numbers that are no thread ids.
+// Identifies an apartment within the process: a single-threaded one by its thread's id, the
+// others by numbers that no thread has.
 using ApartmentId = DWORD;
 
 inline constexpr ApartmentId cMultithreadedApartment = 0;
@@ -26,8 +26,8 @@ ApartmentId CurrentApartment();
 // is tried again. WAIT_OBJECT_0 plus the index, WAIT_TIMEOUT or WAIT_FAILED: a bad handle.
 DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds);
 
-// What is asked of the platform, for tests: only Windows has the apartments of packaged
-// applications.
+// The two platform calls that know of packaged applications, whose single-threaded apartments
+// only Windows has. Tests put their own in place.
 struct ApartmentCalls {
     using GetType = HRESULT(WINAPI*)(APTTYPE* pType, APTTYPEQUALIFIER* pQualifier);
     using Wait = HRESULT(WINAPI*)(DWORD flags, DWORD milliseconds, ULONG count, HANDLE* handles,
@@ -36,10 +36,11 @@ struct ApartmentCalls {
     GetType getType;
     Wait wait;
 };
-// Must stay while it is set; null restores the platform's own.
+// `pCalls` must outlive its use; null restores the platform's own.
 void SetApartmentCalls(const ApartmentCalls* pCalls);
 
-// Keeps the multithreaded apartment in being, whatever threads come and go.
+// Keeps the multithreaded apartment alive, whatever threads come and go. Holds nothing
+// until Acquire. Any thread; the hold may end on another one.
 class MtaUsage {
   public:
     MtaUsage() = default;
@@ -47,7 +48,9 @@ class MtaUsage {
     MtaUsage(const MtaUsage&) = delete;
     MtaUsage& operator=(const MtaUsage&) = delete;
 
+    // Begins the hold, once. S_OK when it has begun already; otherwise what COM answers.
     HRESULT Acquire() { return m_cookie ? S_OK : CoIncrementMTAUsage(&m_cookie); }
+    // Ends the hold. Harmless when there is none.
     void Release() {
         if (const CO_MTA_USAGE_COOKIE cookie = std::exchange(m_cookie, nullptr))
             CoDecrementMTAUsage(cookie);

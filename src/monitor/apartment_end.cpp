@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The spy on COM initialisation that notices the last CoUninitialize of a single-threaded
+// apartment before it takes effect.
 #include "monitor/apartment_end.h"
 
 #include <objbase.h>

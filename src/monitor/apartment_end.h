@@ -9,6 +9,7 @@
 
 namespace kora4 {
 
+// Is told of the end of an apartment. Not reference-counted: it outlives its ApartmentEnd.
 class ApartmentEndListener {
   public:
     // On the apartment's thread, which can still let calls in.
@@ -18,8 +19,8 @@ class ApartmentEndListener {
     ~ApartmentEndListener() = default;
 };
 
-// A platform may lose the calls that stand at the door of an apartment when it ends, and
-// their callers wait for ever. So whoever has callers there is told in time.
+// Calls that wait to enter an apartment may be lost when it ends, and their callers then wait
+// for ever (seen under Wine 8). So whoever has callers there is told in time.
 //
 // Used on the apartment's thread. Does nothing in other kinds of apartment.
 class ApartmentEnd {
@@ -31,6 +32,8 @@ class ApartmentEnd {
 
     // E_OUTOFMEMORY, or what the platform says. Harmless when watching already.
     HRESULT Watch(ApartmentEndListener* pListener);
+
+    // Stops watching; the listener is not told any more. Harmless when not watching.
     void Unwatch();
 
   private:

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The table of apartments in which the gate's proxy/stub factory is registered, and how many
+// monitors share each registration.
 #include "monitor/gate_factory.h"
 
 #include <objbase.h>
@@ -16,9 +18,9 @@
 namespace kora4 {
 namespace {
 
-// The registration in one apartment. `generation` tells the shares in this registration
-// from those in an earlier one that ended unrevoked with its apartment, whose thread id
-// may be in use again.
+// The registration in one apartment. `generation` distinguishes its shares from those of an
+// earlier registration that ended with its apartment, unrevoked: the thread id may be in use
+// again.
 struct ApartmentEntry {
     ApartmentId apartment;
     DWORD generation;
@@ -58,9 +60,9 @@ void Remove(ApartmentEntry** ppEntry) REQUIRES(s_lock) {
     delete pEntry;
 }
 
-// A platform that keeps several registrations of one class hands out a cookie each time:
-// the newest then serves all shares. One that keeps a single registration hands out
-// cookie 0 while it has one, so that a cookie means that the old one is no more.
+// Windows keeps several registrations of one class and hands out a cookie each time: the
+// newest then serves all shares. Wine 8 keeps a single one and hands out cookie 0 while it has
+// it, so that a cookie means that the old registration is gone.
 void TakeNewCookie(ApartmentEntry& entry, DWORD cookie) REQUIRES(s_lock) {
     if (!cookie)
         return;
@@ -89,7 +91,7 @@ HRESULT GateFactoryRegistration::Register() {
     DWORD cookie = 0;
     hr = CoRegisterClassObject(iid, spFactory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
                                &cookie);
-    // A platform that keeps a single registration may also refuse the next one.
+    // One that keeps a single registration, as Wine 8 does, might refuse the next one too.
     if (hr == CO_E_OBJISREG)
         hr = S_OK;
     if (SUCCEEDED(hr)) {

@@ -9,17 +9,17 @@
 
 namespace kora4 {
 
-// One monitor's share in the registration of the factory of ICOMCallbackGate in one
-// apartment. The interface is not in the system's interface table, so every apartment
-// that marshals or unmarshals the gate needs the factory registered there.
+// One monitor's share in the registration of the factory of ICOMCallbackGate in one apartment.
+// The interface is not in the system's interface table, so every apartment that marshals or
+// unmarshals the gate needs the factory registered there.
 //
-// All monitors of the process share one registration per apartment, counted in a table
-// of the module: a platform may keep only one class object per class and apartment, and
-// one monitor that ends must not take the factory from one that starts. The table's lock
+// All monitors of the process share one registration per apartment, counted in a table of the
+// module: Wine 8 keeps only one class object per class and apartment (Windows keeps several),
+// and one monitor that ends must not take the factory from one that starts. The table's lock
 // is a leaf.
 //
-// Register and Revoke belong on a thread of the apartment. Revoked elsewhere, the share
-// is given up, but the registration stays for the apartment's next monitor, or until the
+// Register and Revoke belong on a thread of the apartment. Revoked elsewhere, the share is
+// given up, but the registration stays for the apartment's next monitor, or until the
 // apartment ends (RevokeLeft). It points into the module, which stays locked meanwhile.
 class GateFactoryRegistration {
   public:
@@ -30,11 +30,15 @@ class GateFactoryRegistration {
 
     // Gives up what was registered before, then registers in the calling thread's apartment.
     HRESULT Register();
+
+    // Gives the share up; with the last one of an apartment the registration ends. Harmless
+    // without a share.
     void Revoke();
 
     // Ends a registration that was left in the calling thread's apartment without a share.
     static void RevokeLeft();
 
+    // Whether this holds a share.
     bool IsRegistered() const { return m_registered; }
     // Meaningful only while registered.
     ApartmentId Apartment() const { return m_apartment; }

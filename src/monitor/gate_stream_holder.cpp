@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Marshals the gate, unmarshals it on the monitor thread, and cancels the call that is
+// outstanding there.
 #include "monitor/gate_stream_holder.h"
 
 #include <objbase.h>
@@ -13,7 +15,7 @@ namespace {
 
 std::atomic<GateStreamHolder::CancelObjectSource> s_cancelObjectSource{nullptr};
 
-// Not every platform's ole32 exports it, so it is not imported.
+// Wine 8's ole32 does not export it, so it is looked up instead of imported.
 GateStreamHolder::CancelObjectSource FindCancelObjectSource() {
     if (const auto source = s_cancelObjectSource.load())
         return source;

@@ -18,6 +18,7 @@ namespace kora4 {
 // before the thread is created, the thread alone unmarshals, and the thread id is atomic.
 class GateStreamHolder {
   public:
+    // CoGetCancelObject, or what a test puts in its place.
     using CancelObjectSource = HRESULT(WINAPI*)(DWORD threadId, REFIID iid, void** ppv);
 
     GateStreamHolder() = default;
@@ -43,11 +44,12 @@ class GateStreamHolder {
     // Undoes what Unmarshal or Marshal registered; there is no thread to cancel any more.
     void Revoke(GateFactoryRegistration& registration);
 
-    // Asks COM to end the call that the unmarshalling thread has outstanding. Where the
-    // platform has no call cancellation nothing happens; the caller's wait then has to
-    // let the call in.
+    // Asks COM to end the call that the unmarshalling thread has outstanding. Where there is
+    // no call cancellation (Wine 8) nothing happens; the caller's wait then has to let the
+    // call in.
     void CancelOutstandingCall();
 
+    // True between Marshal and Unmarshal.
     bool HasStream() const { return m_pStream != nullptr; }
     // 0 when no thread can be cancelled.
     DWORD ThreadId() const { return m_threadId.load(); }

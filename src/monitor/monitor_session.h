@@ -23,22 +23,25 @@ namespace kora4 {
 // It locks the module while it lives, and carries the thread's own reference to the
 // module, without which the code could be unmapped below a thread that is ending.
 //
-// It also holds the multithreaded apartment. Were the thread the last one there when it
-// ends, the platform would tear the apartment down inside the loader's lock. So the thread
-// leaves the apartment before it gives its reference to the session back, and whoever gives
-// back the last one gives the apartment up, in its own code.
+// It also holds the multithreaded apartment. Were the thread the last one there when it ends,
+// the platform would tear the apartment down inside the loader's lock. So the thread leaves
+// the apartment before it gives its reference to the session back, and whoever releases the
+// last one gives up the apartment, outside the loader's lock.
 //
 // And it keeps what the thread holds: its gate, its share of the gate's factory, the watched
-// key and the change event. Only the thread touches them. What a thread held that was ended
-// by force, another one gives back. Two things nobody can give back: the dead thread's place
+// key and the change event. Only the thread touches them. Another thread gives back what a
+// thread held that was ended by force. Two things are lost for good: the dead thread's place
 // in the multithreaded apartment, which then lasts as long as the process, and what the
 // platform held for a call that the thread was in.
 class MonitorSession {
   public:
+    // `root` and `subkey` name the watched key. Neither is copied or closed: both must live
+    // until the thread has ended.
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
     MonitorSession(const MonitorSession&) = delete;
     MonitorSession& operator=(const MonitorSession&) = delete;
 
+    // Reference counting; any thread.
     ULONG AddRef() { return static_cast<ULONG>(m_references.fetch_add(1) + 1); }
     ULONG Release();
 
@@ -46,6 +49,7 @@ class MonitorSession {
     HRESULT MakeControls();
 
     // Creates the thread on `procedure`; it gets this session with a reference of its own.
+    // False, and nothing is held, when the thread cannot be created.
     bool CreateMonitorThread(LPTHREAD_START_ROUTINE procedure);
 
     // The owner's side: the thread is to end, and nobody will wait for it. False when the
@@ -66,8 +70,11 @@ class MonitorSession {
     // thread from ending; then it ends later, by itself.
     void AwaitThreadEnd() const;
 
+    // Whether the thread was created and has not ended yet.
     bool IsThreadRunning() const;
 
+    // What was set by the constructor, MakeControls and CreateMonitorThread. The session keeps
+    // all of it: callers close nothing.
     HKEY RootKey() const { return m_rootKey; }
     const wchar_t* Subkey() const { return m_pwSubkey; }
     HANDLE StopEvent() const { return m_stopEvent.Get(); }
@@ -76,14 +83,16 @@ class MonitorSession {
     HANDLE Thread() const { return m_thread.Get(); }
     GateStreamHolder& Holder() { return m_gateHolder; }
 
-    // The thread's side. UnmarshalGate gives it the gate, WatchedKey and ChangeEvent have
-    // room for what it watches with.
+    // The thread's side. UnmarshalGate gives it the gate; WatchedKey and ChangeEvent hold what
+    // it watches with. Only the thread uses these three.
     HRESULT UnmarshalGate();
     ICOMCallbackGate* Gate() const { return m_spGate.Get(); }
     UniqueRegKey& WatchedKey() { return m_watchedKey; }
     UniqueHandle& ChangeEvent() { return m_changeEvent; }
     // The thread has stopped watching for good: gives back all of these.
     void GiveBack();
+
+    // Whether the thread has stopped watching, or was made to. Any thread.
     bool HasWatchEnded() const { return m_parting.load() != eWatching; }
 
     // Entries into the owner's Callback. A call through the gate that failed without one has

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The owner's side of the monitor: start, stop, and the callback that comes in through the
+// gate. What runs on the thread stands in reg_key_monitor_thread.cpp.
 #include "monitor/reg_key_monitor.h"
 
 #include <cstdint>
@@ -84,7 +86,7 @@ HRESULT RegKeyMonitor::MarshalInterface() {
     return hr;
 }
 
-// A start-up that takes longer than the grace period is a slow one, no failed one.
+// A start-up that takes longer than the grace period is slow, not failed.
 HRESULT RegKeyMonitor::AwaitReady(MonitorSession& session) {
     const HANDLE handles[] = {session.ReadyEvent(), session.Thread()};
     switch (WaitLettingCallsIn(handles, ARRAYSIZE(handles), cGraceMilliseconds)) {

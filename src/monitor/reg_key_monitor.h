@@ -75,27 +75,42 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
     static constexpr DWORD cGraceMilliseconds = 5000;
 
   protected:
+    // Called by the wrapper's QueryInterface; takes no reference.
     void* FindInterface(REFIID iid);
 
     // The run in progress, or the last one until TerminateRegMonitor; null when idle.
     MonitorSessionPtr Session() EXCLUDES(m_guard);
 
-    // The inner steps. Those of the thread are static: they have nothing of this object.
+    // The steps of a start, on the owner's thread: events and apartment of a new session; the
+    // gate marshalled into it; the wait until the watch is armed or the thread has given up.
     HRESULT MakeControls(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client)
         EXCLUDES(m_guard);
     HRESULT MarshalInterface();
     HRESULT AwaitReady(MonitorSession& session);
-    // Null: there is nothing to halt.
+    // Ends the thread of a session: asks, cancels its call, waits, and ends it by force if it
+    // must. Null: there is nothing to end.
     void HaltMonitorThread(MonitorSession* pSession);
+
+    // Drops the session `pSession` from the object if it is still the current one.
     void CloseAndReset(const MonitorSession* pSession) EXCLUDES(m_guard);
 
+    // The thread from its first to its last call. These functions are static: the thread has
+    // nothing of this object, only the session and the gate.
     static DWORD WINAPI RegMonitorEntry(void* pParameter);
     static HRESULT RunRegMonitor(MonitorSession* pSession);
     static HRESULT WatchKey(MonitorSession& session);
+
+    // Waits for changes and for the stop event, and calls the gate for each change. Returns
+    // S_OK when told to stop or when the wait itself fails, otherwise the failure that ended
+    // it.
     static HRESULT RegMonitorLoop(const MonitorSession& session, HKEY key, HANDLE changeEvent,
                                   ICOMCallbackGate* pICOMCallbackGate);
+
+    // Calls again while the owner's message filter turns the call away.
     static HRESULT CallThroughGate(const MonitorSession& session,
                                    ICOMCallbackGate* pICOMCallbackGate);
+
+    // Asks for one signal at the next write below the key.
     static HRESULT ArmNotification(HKEY key, HANDLE changeEvent);
     // Why a watch cannot be armed, in words for the trace.
     static const char* ReasonOfArmingError(LSTATUS status);
@@ -115,11 +130,17 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
 
     void OnApartmentEnd() override;
 
+    // Enter and leave a Callback: keep the list of calls in progress. EnterCallback returns
+    // the client, or null when there is none.
     RegKeyMonitorClient* EnterCallback(CallbackFrame& frame) EXCLUDES(m_guard);
     void LeaveCallback(const CallbackFrame& frame) EXCLUDES(m_guard);
-    // On the calling thread, or on any.
+    // Whether a Callback of the session is in progress, on the calling thread or on any.
     bool IsInCallback(const MonitorSession* pSession, bool onAnyThread) EXCLUDES(m_guard);
+
+    // Whether a thread that has not ended in time may still do so without force.
     bool CanThreadEndByItself(const MonitorSession& session);
+
+    // Disconnects the gate, so that nothing left on its connection keeps this object alive.
     void CutReferences();
     // Takes the session away from the object and the client from the gate.
     MonitorSessionPtr DetachSession() EXCLUDES(m_guard);

@@ -7,6 +7,7 @@
 
 namespace kora4 {
 
+// The owner of a monitor. Not reference-counted: the owner ends the monitor before it goes.
 class RegKeyMonitorClient {
   public:
     // A value under the watched key was written. Called in the owner's apartment. A

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Creates keys without following links and gives them the access list for everyone, in an
+// order that nobody can use to slip another key into its place.
 #include "monitor/reg_key_security.h"
 
 #include <aclapi.h>
@@ -23,7 +25,7 @@ constexpr SECURITY_INFORMATION cAllParts =
 
 constexpr REGSAM cKeyAccess = KEY_READ | KEY_SET_VALUE;
 
-// ERROR_STOPPED_ON_SYMLINK, which not every platform's headers have.
+// ERROR_STOPPED_ON_SYMLINK, which the headers of mingw-w64 10 lack.
 constexpr LSTATUS cStoppedOnLink = 681;
 
 // The key below `parent`, or for an empty path `parent` once more; if it is a link, the link
@@ -52,8 +54,8 @@ LSTATUS OpenUnlinked(const RegKeyCalls& calls, HKEY parent, const wchar_t* pwPat
     return status;
 }
 
-// An access list may deny everything to everybody, but its owner may still set another one.
-// Whatever else stands in the way of opening the key, it gets its former list back.
+// An access list may deny everything to everybody, but its owner may still set another one. If
+// the key cannot be opened for another reason, it gets its former list back.
 LSTATUS RepairAndOpen(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueRegKey& key) {
     UniqueRegKey denied;
     LSTATUS status = OpenItself(calls, HKEY_LOCAL_MACHINE, pwPath, WRITE_DAC, denied);
@@ -75,7 +77,7 @@ LSTATUS RepairAndOpen(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueReg
 }
 
 // Creating follows links, even to places where nothing is yet. A key is therefore opened
-// first, and one that had to be created is opened anew: somebody may have put a link there
+// first, and one that had to be created is opened again: somebody may have put a link there
 // meanwhile. Only the last part of a path is looked at. The others are listed before it, or
 // lie where none but administrators may create a key or a link.
 LSTATUS OpenOrCreate(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueRegKey& key) {
@@ -93,9 +95,10 @@ LSTATUS OpenOrCreate(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueRegK
     return status;
 }
 
-// The handle lacks WRITE_DAC. Wine 8 refuses to set a list through such a one; Windows opens
-// the key anew by itself, and does not say whether that follows links. So it is opened here,
-// through the handle that was looked at, never by name: the name could mean another key by now.
+// The handle lacks WRITE_DAC. Wine 8 refuses to set a list through such a one; Windows
+// re-opens the key by itself, and does not say whether that follows links. So it is opened
+// here, through the handle that was looked at, never by name: the name could mean another key
+// by now.
 HRESULT SetDacl(HKEY hKey, PACL dacl) {
     UniqueRegKey key;
     const LSTATUS status = OpenItself(RegKeyCalls(), hKey, L"", READ_CONTROL | WRITE_DAC, key);
@@ -155,7 +158,7 @@ HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& 
         }
         key.Reset();
     }
-    // The marker of an entry line on an exit line: readers of the log know it like this.
+    // An exit line with the marker of an entry line: log readers know it this way.
     KALTRACE(trace::eExitResult, cSite, ">> hr: 0x%08x\n", static_cast<unsigned>(hr));
     return hr;
 }

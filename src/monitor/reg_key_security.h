@@ -7,7 +7,8 @@
 
 namespace kora4 {
 
-// The platform's part in coming by a key.
+// The two calls that open and create a key, so that a test can put a link between one and the
+// next.
 struct RegKeyCalls {
     decltype(&RegOpenKeyExW) open = &RegOpenKeyExW;
     decltype(&RegCreateKeyExW) create = &RegCreateKeyExW;
@@ -22,6 +23,7 @@ class RegKeySecurity {
     // that fails. E_POINTER without a list, S_OK for an empty one.
     static HRESULT MakeRegKeysAccessible(const wchar_t* const* ppwKeyNames);
 
+    // One key of that list: S_OK, or E_FAIL.
     static HRESULT MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& calls = {});
 
     // Creates or opens the key; the caller closes the handle. E_FAIL for a link that

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Security descriptors from text, from a key and as text; privileges switched on and back.
 #include "monitor/security_types.h"
 
 #include <aclapi.h>

@@ -13,6 +13,7 @@ namespace kora4 {
 // then GetLastError.
 class SecurityDescriptor {
   public:
+    // The descriptor that a text in SDDL states; empty when it states none.
     static SecurityDescriptor FromSddl(const wchar_t* pwSddl);
     // `parts` are the SECURITY_INFORMATION bits to read.
     static SecurityDescriptor OfRegKey(HKEY hKey, SECURITY_INFORMATION parts);
@@ -33,6 +34,8 @@ class SecurityDescriptor {
       private:
         UniqueLocalMemory m_memory;
     };
+
+    // The descriptor as text; `parts` as for OfRegKey.
     Text ToSddl(SECURITY_INFORMATION parts) const;
 
   private:

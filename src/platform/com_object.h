@@ -14,7 +14,7 @@
 
 namespace kora4 {
 
-// True of the count that AddRef returned when the last reference had gone before.
+// True for a count that AddRef returns after the last reference has gone.
 constexpr bool IsGoing(ULONG references) {
     return references > static_cast<ULONG>(LONG_MAX);
 }

@@ -32,7 +32,11 @@ class UniqueResource {
         Reset();
         return &m_value;
     }
+
+    // Gives the value away; the caller closes it.
     Type Detach() { return std::exchange(m_value, Type{}); }
+
+    // Gives back what was held and takes over `value`.
     void Reset(Type value = Type{}) {
         const Type old = std::exchange(m_value, value);
         if (old != Type{})
@@ -43,14 +47,19 @@ class UniqueResource {
     Type m_value{};
 };
 
+// Closes a kernel handle. INVALID_HANDLE_VALUE is not taken for "none".
 struct HandleTraits {
     using Type = HANDLE;
     static void Close(HANDLE handle) { CloseHandle(handle); }
 };
+
+// Closes a registry key.
 struct RegKeyTraits {
     using Type = HKEY;
     static void Close(HKEY key) { RegCloseKey(key); }
 };
+
+// Frees what the platform allocated with LocalAlloc.
 struct LocalMemoryTraits {
     using Type = void*;
     static void Close(void* memory) { LocalFree(memory); }

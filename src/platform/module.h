@@ -9,11 +9,14 @@
 
 namespace kora4 {
 
+// What the module as a whole has. Any thread; the instance is set once, in DllMain.
 class Module {
   public:
     static void SetInstance(HINSTANCE instance) { sm_instance = instance; }
     static HINSTANCE Instance() { return sm_instance; }
 
+    // Counts what keeps the module loaded: objects, monitors, locks of clients.
+    // DllCanUnloadNow answers by IsLocked.
     static void Lock() { sm_locks.fetch_add(1); }
     static void Unlock() { sm_locks.fetch_sub(1); }
     static bool IsLocked() { return sm_locks.load() != 0; }

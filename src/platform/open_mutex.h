@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How the library and the tools come by the store's mutex: one way for all.
+// How the library and the tools create or open the store's mutex: one way for both.
 #ifndef KORA4_PLATFORM_OPEN_MUTEX_H
 #define KORA4_PLATFORM_OPEN_MUTEX_H
 
@@ -7,14 +7,14 @@
 
 namespace kora4 {
 
-// The platform's part.
+// The two calls that CreateOrOpenMutex makes, replaceable by tests.
 struct MutexCalls {
     decltype(&CreateMutexW) create = &CreateMutexW;
     decltype(&OpenMutexW) open = &OpenMutexW;
 };
 
-// The caller closes the handle; null, with GetLastError set, when there is none. Nobody owns
-// the mutex by being handed it.
+// The caller closes the handle; null, with GetLastError set, when there is none. The caller
+// does not own the mutex yet.
 //
 // Creating asks for every right to a mutex that exists. One that a program with another token
 // made, an elevated one for instance, grants less: SYNCHRONIZE is all that waiting and

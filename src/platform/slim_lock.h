@@ -16,6 +16,7 @@ class CAPABILITY("lock") SlimLock {
     SlimLock(const SlimLock&) = delete;
     SlimLock& operator=(const SlimLock&) = delete;
 
+    // For SlimHold; every other caller holds the lock by a scope.
     void Acquire() ACQUIRE() { AcquireSRWLockExclusive(&m_lock); }
     void Release() RELEASE() { ReleaseSRWLockExclusive(&m_lock); }
 
@@ -23,6 +24,7 @@ class CAPABILITY("lock") SlimLock {
     SRWLOCK m_lock = SRWLOCK_INIT;
 };
 
+// Holds a SlimLock for the length of a scope.
 class SCOPED_CAPABILITY SlimHold {
   public:
     explicit SlimHold(SlimLock& lock) ACQUIRE(lock) : m_lock(lock) { m_lock.Acquire(); }

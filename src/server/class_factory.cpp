@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The class object: makes objects of its class and counts server locks.
 #include "server/class_factory.h"
 
 #include <wrl/client.h>

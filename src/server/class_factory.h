@@ -16,8 +16,9 @@ class ClassFactory : public IClassFactory {
     // A new factory of `served`, queried for `iid`.
     static HRESULT Create(const ServedClass& served, REFIID iid, void** ppv);
 
-    // IClassFactory
+    // IClassFactory. CreateInstance gives CLASS_E_NOAGGREGATION with an outer object.
     STDMETHODIMP CreateInstance(IUnknown* pOuter, REFIID iid, void** ppv) override;
+    // Adds to or takes from the module's lock count.
     STDMETHODIMP LockServer(BOOL lock) override;
 
   protected:

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The table of served classes: how each is made, and which script registers it.
 #include "server/class_table.h"
 
 #include <veltokora4api.h>

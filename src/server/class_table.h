@@ -9,12 +9,14 @@
 
 namespace kora4 {
 
+// A class with how it is made and registered.
 struct ServedClass {
     const CLSID* clsid;
     HRESULT (*create)(REFIID iid, void** ppv);
     int script;  // the resource with its registrar script
 };
 
+// All rows. The table is static.
 std::span<const ServedClass> ClassTable();
 
 // Null for a class that is not served.

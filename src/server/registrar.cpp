@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The two receivers of a walked script: one creates keys and values, one removes them.
 #include "server/registrar.h"
 
 #include <array>

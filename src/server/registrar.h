@@ -19,8 +19,8 @@ namespace kora4 {
 // nothing of an older registration is left in it.
 HRESULT RegisterScript(std::string_view script, std::span<const ScriptParameter> parameters);
 
-// Removes what RegisterScript made: ForceRemove keys with their subtree, NoRemove keys not
-// at all, other keys when no subkey is left in them. What is not there is no error.
+// Removes what RegisterScript made: ForceRemove keys with their subtree, NoRemove keys not at
+// all, other keys when no subkey is left in them. Missing keys are not an error.
 HRESULT UnregisterScript(std::string_view script, std::span<const ScriptParameter> parameters);
 
 }  // namespace kora4

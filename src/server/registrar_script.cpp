@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Tokens, parameters and grammar of registrar scripts.
 #include "server/registrar_script.h"
 
 #include <algorithm>
@@ -232,7 +233,7 @@ class Walker {
         ScriptText name;
         ScriptText text;
         HRESULT hr = m_depth < cMaxScriptDepth ? Name(name) : result::cFail;
-        // A backslash would make several keys of one, which nothing would remove again.
+        // A backslash would create nested keys, which nothing would remove again.
         if (result::Succeeded(hr) &&
             std::u16string_view(name.Get(), name.Length()).find(u'\\') !=
                 std::u16string_view::npos)

@@ -24,11 +24,13 @@
 
 namespace kora4 {
 
+// What %NAME% in a script stands for. Both texts are borrowed.
 struct ScriptParameter {
     std::string_view name;
     std::u16string_view text;
 };
 
+// The roots that a script may have: HKCR, HKCU, HKLM, HKU.
 enum class ScriptRoot { eClassesRoot, eCurrentUser, eLocalMachine, eUsers };
 
 // What becomes of a key on unregistration, and of an old one on registration.
@@ -62,6 +64,8 @@ class RegistrarScriptSink {
     // A named value of the key that was opened last and not yet ended (depth 0: the root).
     virtual HRESULT OnValue(std::size_t depth, const ScriptText& name,
                             const ScriptText& text) = 0;
+
+    // The key that was opened last and not yet ended is complete.
     virtual HRESULT OnKeyEnd(std::size_t depth) = 0;
 
   protected:

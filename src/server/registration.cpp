@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The steps of registering and unregistering: scripts from the resources, the type library,
+// and the keys of the store.
 #include "server/registration.h"
 
 #include <oleauto.h>
@@ -32,7 +34,8 @@ constexpr std::u16string_view cAppId = u"{D4086C01-F20F-480F-A293-938122C6452B}"
 constexpr const wchar_t* cSettingKeys[] = {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath,
                                            nullptr};
 
-// Texts of the registration do not depend on the language of the calling thread.
+// Sets the thread's locale to the system's for a scope, so that registered texts do not depend
+// on the caller's language.
 class SystemThreadLocale {
   public:
     SystemThreadLocale() : m_former(GetThreadLocale()) {
@@ -50,7 +53,7 @@ class SystemThreadLocale {
 class ModulePath {
   public:
     HRESULT Load() {
-        // The longest path that the platform knows.
+        // The longest path that Windows knows.
         constexpr DWORD capacity = 32768;
         m_path.reset(new (std::nothrow) wchar_t[capacity]);
         if (!m_path)

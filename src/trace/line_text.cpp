@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Formats a trace line into a fixed buffer, conversion by conversion, without the heap and
+// without the locale of the host.
 #include "trace/line_text.h"
 
 #include <windows.h>
@@ -128,7 +130,7 @@ void LineText::AppendInteger(const Conversion& conversion, std::uint64_t value,
     PutWhole(text + begin, sizeof text - begin);
 }
 
-// The platform's own figures, also for what is no number. It writes the decimal point of the
+// The C runtime's own digits, also for NaN and infinities. It writes the decimal point of the
 // locale that the host has set, which may take several bytes.
 void LineText::AppendFloat(const Conversion& conversion, double value) {
     char text[330];  // 309 digits before the point, 6 behind it
@@ -139,7 +141,7 @@ void LineText::AppendFloat(const Conversion& conversion, double value) {
         ++whole;
     const char* pFraction = text + whole;
     const bool hasPoint = whole > 0 && IsDigit(text[whole - 1]) && *pFraction != '\0';
-    // "1.#QNAN0" is how some run-times put what is no number.
+    // "1.#QNAN0" is how some C runtimes write NaN.
     while (hasPoint && *pFraction != '\0' && !IsDigit(*pFraction) && *pFraction != '#')
         ++pFraction;
     const std::size_t fraction = std::strlen(pFraction);

@@ -13,7 +13,7 @@ namespace kora4::trace {
 inline constexpr std::size_t cLineChars = 1024;
 
 // What the formats of trace statements may hold: %s, %S and %ls, %d, %u, %x, %X, %p and %f,
-// with a width and zeros before a number; an l before a number says nothing, its kinds have 32
+// with a width and zeros before a number; an l before a number is ignored: all numbers have 32
 // bits. From anything else on, a format is written as it stands: its arguments are unknown.
 //
 // Wide texts come from outside (names of profiles and keys, window titles): each of their
@@ -23,10 +23,13 @@ inline constexpr std::size_t cLineChars = 1024;
 // point whatever locale the host has chosen.
 class LineText {
   public:
+    // `codePage` is that of wide texts in the line; CP_ACP outside tests.
     explicit LineText(unsigned codePage) : m_codePage(codePage) {}
     LineText(const LineText&) = delete;
     LineText& operator=(const LineText&) = delete;
 
+    // Appends what the format and its arguments give. Arguments are of the kinds that the
+    // conversions name; nothing checks that here.
     void AppendList(const char* pFormat, std::va_list* pArguments);
     void Append(const char* pFormat, ...);
     // Ends the line with a newline, unless it has one, and gives the whole of it.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Appends lines to log files, and refuses to follow links on the way to them.
 #include "trace/log_file.h"
 
 #include <cstddef>

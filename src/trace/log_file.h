@@ -7,7 +7,7 @@
 
 namespace kora4::trace {
 
-// The platform's calls, so that tests can show what no test machine has.
+// The platform's calls, replaceable by tests: no test machine has every kind of link.
 struct FileCalls {
     decltype(&CreateFileA) pCreateFile = CreateFileA;
     decltype(&GetFileInformationByHandleEx) pGetInformation = GetFileInformationByHandleEx;
@@ -17,7 +17,7 @@ struct FileCalls {
 
 // Appends a line to the file of a module and to the shared one, with the line ends of a text
 // file. Nothing stays open between lines: a crash loses nothing, and whoever wants to remove a
-// file may. A file that cannot be opened is left out, and so is all that is reached through a
+// file may. A file that cannot be opened is skipped, and so is everything reached through a
 // link:
 // - the folder, when it is a reparse point, or stands elsewhere than its path says;
 // - a file that is a reparse point, has more than one name, or stands elsewhere.

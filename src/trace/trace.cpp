@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Puts a trace line together and sends it to the debugger and to the log files.
 #include "trace/trace.h"
 
 #include <windows.h>

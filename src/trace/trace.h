@@ -36,14 +36,17 @@ inline constexpr char cSharedLog[] = "KalTrace";
 // Read unsynchronised by every statement; replaced only by CKORA4ASL::Initialize.
 inline std::atomic<std::uint32_t> g_flags{cDefaultFlags};
 
+// The flag word of this moment. One copy serves a whole statement.
 inline std::uint32_t Flags() {
     return g_flags.load(std::memory_order_relaxed);
 }
 
+// Replaces the flag word for the whole process.
 inline void SetFlags(std::uint32_t flags) {
     g_flags.store(flags, std::memory_order_relaxed);
 }
 
+// Whether a statement with `mask` produces a line. The master switch overrules every bit.
 constexpr bool IsEnabled(std::uint32_t flags, std::uint32_t mask) {
     return (flags & eMasterSwitch) != eMasterSwitchOff && (flags & mask) != 0;
 }

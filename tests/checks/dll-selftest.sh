@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# dll-selftest.sh ROOT WORK: dll.sh passes a good library and finds each fault in a bad one.
+# dll-selftest.sh ROOT WORK: dll.sh accepts a good library and finds each fault in a bad one.
 set -euo pipefail
 check=$1/tests/checks/dll.sh work=$2
 failures=0

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# dll.sh LIBRARY EXPORTS MAX_BYTES: what the built library shows to the loader. EXPORTS is a
-# file with one name a line. MAX_BYTES 0 means that the size does not matter.
+# dll.sh LIBRARY EXPORTS MAX_BYTES: checks the exports, imports and size of the built library.
+# EXPORTS is a file with one name per line. MAX_BYTES 0 allows any size.
 set -euo pipefail
 library=$1 exports=$2 max=$3
 objdump=x86_64-w64-mingw32-objdump
@@ -26,7 +26,7 @@ system=" advapi32.dll kernel32.dll msvcrt.dll ole32.dll oleaut32.dll propsys.dll
 imports=$(sed -n 's/^.*DLL Name: *//p' <<<"$table" | tr 'A-Z' 'a-z')
 [ -n "$imports" ] || complain "has no import table"
 for import in $imports; do
-  [[ $system == *" $import "* ]] || complain "imports $import, which is no part of the system"
+  [[ $system == *" $import "* ]] || complain "imports $import, which is not part of the system"
 done
 
 bytes=$(stat -c %s "$library")

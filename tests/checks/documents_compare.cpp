@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Compares marked tables row by row, and formats what is missing or too much.
 #include "checks/documents_compare.h"
 
 #include <algorithm>

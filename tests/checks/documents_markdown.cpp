@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads Markdown line by line: marks, tables, cells without their markup.
 #include "checks/documents_markdown.h"
 
 #include <gtest/gtest.h>

@@ -74,12 +74,12 @@ PropertyKey KeyOf(const std::string& family, std::uint32_t technology, std::uint
         return pkey::Setting(pid);
     if (family == "engine mask")
         return {pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid};
-    if (family == "flags" || family == "fields")
-        return PresetPatchKey(preset, profile, family == "flags" ? pkey::cSwitchPid : pid);
+    if (family == "switches" || family == "fields")
+        return PresetPatchKey(preset, profile, family == "switches" ? pkey::cSwitchPid : pid);
     if (family == "triggers")
         return PresetTriggerKey(preset);
-    if (family == "global flags" || family == "global fields")
-        return GlobalPatchKey(global, family == "global flags" ? pkey::cSwitchPid : pid);
+    if (family == "global switches" || family == "global fields")
+        return GlobalPatchKey(global, family == "global switches" ? pkey::cSwitchPid : pid);
     if (family == "global triggers")
         return GlobalTriggerKey(global);
     return family == "names" ? ProfileNameKey(profile) : PropertyKey{};
@@ -271,7 +271,7 @@ bool FlagOf(std::uint32_t technology, std::uint32_t profile) {
         static_cast<KORA4PresetTechnology>(technology), profile);
 }
 
-// The preset profile whose flags these are, or "on" for all set.
+// The preset profile whose switches these are, or "on" for all set.
 std::string FlagsRow(std::uint32_t profile) {
     const auto isLike = [&](auto flagOf) {
         for (std::uint32_t t = eVolumeTech; t < eNumberKORA4PresetTechnologies; ++t)
@@ -442,7 +442,7 @@ std::vector<Row> TraceBits(const Document&) {
     std::ranges::for_each(contract::cTraceCategories, add);
     std::ranges::for_each(contract::cTraceMasterSwitch, add);
     std::vector<std::pair<std::string, std::uint32_t>> flags;
-    for (const auto& [name, number] : EnumeratorsOf("src/trace/trace.h", "Flag :"))
+    for (const auto& [name, number] : EnumeratorsOf("src/contract/trace_flags.h", "Flag :"))
         flags.emplace_back(name, number);
     EXPECT_EQ(flags, published);
     return rows;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The comparisons of docs/store-schema.md that concern texts, bounds and the visualization
+// blob.
 #include "checks/documents_schema_texts.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads interface definitions and headers with regular expressions: enumerators, macros,
+// methods.
 #include "checks/documents_sources.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Runs every method in each of its situations on a store in memory, and turns the recorded
+// operations into rows.
 #include "checks/documents_store_use.h"
 
 #include <gtest/gtest.h>
@@ -20,10 +22,10 @@ using Pids = Family::Pids;
 const std::vector<Family> cFamilies = {
     {"settings", pkey::cSettingsGuid, false, false, Pids::eAll},
     {"engine mask", pkey::cMasterEnablesGuid, false, false, Pids::eZero},
-    {"flags", pkey::cPresetPatchGuid, true, true, Pids::eZero},
+    {"switches", pkey::cPresetPatchGuid, true, true, Pids::eZero},
     {"fields", pkey::cPresetPatchGuid, true, true, Pids::eOthers},
     {"triggers", pkey::cPresetTriggerGuid, true, false, Pids::eZero},
-    {"global flags", pkey::cGlobalPatchGuid, true, false, Pids::eZero},
+    {"global switches", pkey::cGlobalPatchGuid, true, false, Pids::eZero},
     {"global fields", pkey::cGlobalPatchGuid, true, false, Pids::eOthers},
     {"global triggers", pkey::cGlobalTriggerGuid, true, false, Pids::eZero},
     {"names", pkey::cProfileNameGuid, false, true, Pids::eZero},

@@ -116,7 +116,7 @@ std::vector<std::string> WithoutMeaning(const std::vector<TraceStatement>& state
 
 TEST(PublishedTrace, HasAMeaningForEveryLineOfEveryFunction) {
     const std::vector<TraceStatement> statements = AllTraceStatements();
-    EXPECT_GT(statements.size(), 140u);
+    EXPECT_LT(140u, statements.size());
     EXPECT_EQ(std::vector<std::string>{}, WithoutMeaning(statements));
 }
 
@@ -424,7 +424,7 @@ TEST(PublishedTags, AreThoseOfTheLines) {
 
 TEST(PublishedWriters, AreThoseOfTheSites) {
     const std::vector<std::string> functions = AllTracedFunctions();
-    EXPECT_GT(functions.size(), 100u);
+    EXPECT_LT(100u, functions.size());
     std::set<std::string> used;
     for (const std::string& function : functions) {
         const contract::TraceWriter* const pWriter = contract::FindTraceWriter(function);

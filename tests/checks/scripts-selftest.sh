@@ -1,21 +1,21 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# scripts-selftest.sh ROOT WORK: the scripts, on a machine that lacks something, say in one
-# sentence what is wrong and what to do, and never pretend that all is well.
+# scripts-selftest.sh ROOT WORK: on a machine that lacks something, the scripts say in one sentence
+# what is wrong and what to do, and do not exit with success.
 set -euo pipefail
 root=$1 work=$2
 failures=0
 rm -rf "$work"
 mkdir -p "$work/bin"
 
-# fake NAME BODY: a program of that name that comes first in the path.
+# fake NAME BODY: puts a program of that name first in the path.
 fake() {
   printf '#!/bin/sh\n%s\n' "$2" >"$work/bin/$1"
   chmod +x "$work/bin/$1"
 }
 
-# expect RESULT WORDS COMMAND: runs COMMAND with common.sh at hand. What it says on
-# standard error is one line, or nothing if it succeeds.
+# expect RESULT WORDS COMMAND: sources common.sh and runs COMMAND, which must print one line on
+# standard error if it fails and none if it succeeds.
 expect() {
   local wanted=$1 words=$2 result=0 sentences
   PATH=$work/bin:$PATH bash -c "set -euo pipefail; source '$root/scripts/common.sh'; $3" \
@@ -35,14 +35,14 @@ fake apt-get 'exit 0'
 fake id 'echo 1000'
 expect 1 'run this as root, or have root run: apt-get install --no-install-recommends strange-package' "$lacking"
 fake id 'echo 0'
-expect 1 'still incomplete; install them again by hand: strange-package' "$lacking"
+expect 1 'still incomplete after the installation; install them again by hand: strange-package' "$lacking"
 fake apt-get 'echo "no network here"; exit 100'
 expect 1 'check the network and the package sources, then run: apt-get update' "$lacking"
 fake apt-get "touch '$work/brought'"
 expect 0 'installing missing packages: strange-package' "require '$work/brought|strange-package'"
 expect 0 'nothing to do' 'require "/|base" "sh|dash"; echo nothing to do'
 
-# Without any package at all: only the shell itself is there.
+# Without any package: only the shell and a few basic tools.
 rm -f "$work/bin/"*
 ln -s /bin/bash /bin/sh /usr/bin/dirname /usr/bin/basename /usr/bin/sort /usr/bin/tr "$work/bin/"
 if PATH=$work/bin "$work/bin/bash" "$root/scripts/build.sh" release >"$work/out" 2>&1 ||

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Finds the trace statements of the library's sources, the function that each stands in, and
+// its format.
 #include "checks/trace_statements.h"
 
 #include <algorithm>

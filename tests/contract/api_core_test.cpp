@@ -89,7 +89,7 @@ std::vector<Call> AllSettingsCalls(Outs& outs) {
         {"SetActiveProfile", [](Api p) { return p->SetActiveProfile(1); }, {}},
         {"RevertActiveProfile", [](Api p) { return p->RevertActiveProfile(); }, {}},
         {"SetDemoProfileAndEnable",
-         [](Api p) { return p->SetDemoProfileAndEnable(240, TRUE); },
+         [](Api p) { return p->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE); },
          {}},
         {"RevertFromDemoMode", [](Api p) { return p->RevertFromDemoMode(); }, {}},
         {"ForceRevertFromDemoMode", [](Api p) { return p->ForceRevertFromDemoMode(); }, {}},

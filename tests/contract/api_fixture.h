@@ -79,6 +79,18 @@ class ApiTraceTest : public ApiTest {
     TraceLog m_log;
 };
 
+// The same with an object, of which nothing is in the log yet.
+class ApiObjectTraceTest : public ApiTraceTest {
+  protected:
+    void SetUp() override {
+        ApiTraceTest::SetUp();
+        m_spApi = Initialized();
+        m_log.Clear();
+    }
+
+    ComPtr<IVeltoKORA4API> m_spApi;
+};
+
 }  // namespace kora4::test
 
 #endif  // KORA4_TESTS_CONTRACT_API_FIXTURE_H

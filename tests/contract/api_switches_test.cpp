@@ -98,15 +98,7 @@ TEST_F(ApiSwitches, TheMaskOfTheEngineIsTheOneOfInitialize) {
     EXPECT_EQ(0x021Fu, mask);
 }
 
-class ApiSwitchesTrace : public ApiTraceTest {
-  protected:
-    void SetUp() override {
-        ApiTraceTest::SetUp();
-        m_spApi = Initialized();
-        m_log.Clear();
-    }
-    ComPtr<IVeltoKORA4API> m_spApi;
-};
+class ApiSwitchesTrace : public ApiObjectTraceTest {};
 
 constexpr char cOk[] = "<< hr: 0x00000000";
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A vectored exception handler that takes the texts on their way to a debugger.
 #include "faults/debug_output.h"
 
 #include <atomic>

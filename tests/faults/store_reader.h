@@ -72,7 +72,7 @@ struct FieldValue {
     std::uint32_t number = 0;
     float real = 0;
     std::uint32_t count = 0;
-    std::array<float, 40> elements{};
+    std::array<float, cMostElements> elements{};
 
     friend bool operator==(const FieldValue&, const FieldValue&) = default;
 };
@@ -90,13 +90,6 @@ std::optional<FieldValue> DecodeArray(const std::wstring& text);
 
 // What reading gives after `value` was written: the encodings lose what does not fit.
 FieldValue AfterWriting(const Field& field, const FieldValue& value);
-
-constexpr bool IsDemo(std::uint32_t profile) {
-    return profile >= 240 && profile <= 242;
-}
-constexpr bool IsSelectable(std::uint32_t profile) {
-    return profile < 9;
-}
 
 class StoreReader {
   public:

@@ -13,6 +13,9 @@ namespace kora4::test {
 
 namespace {
 
+// Decibels, of a band without a level.
+constexpr float cNoLevel = -144.0f;
+
 constexpr RawTechnology cOffsets[] = {
     RawTechnology::eVolume,      RawTechnology::eStandardEQ, RawTechnology::eDynamicEQ,
     RawTechnology::eEnhancement, RawTechnology::eHeadphone,  RawTechnology::eVirtualSurround};
@@ -53,8 +56,8 @@ struct Levels {
 // The loudest of the stated records, as far as they lie in the blob.
 Levels LevelsOf(const std::vector<std::uint8_t>& blob) {
     Levels levels;
-    std::fill(std::begin(levels.gain), std::end(levels.gain), -144.0f);
-    std::fill(std::begin(levels.excitation), std::end(levels.excitation), -144.0f);
+    std::fill(std::begin(levels.gain), std::end(levels.gain), cNoLevel);
+    std::fill(std::begin(levels.excitation), std::end(levels.excitation), cNoLevel);
     const auto number = [&](std::size_t at) {
         std::uint32_t value = 0;
         std::memcpy(&value, blob.data() + at, sizeof value);
@@ -299,7 +302,7 @@ void StoreTrial::CheckGetEQ() {
     std::memset(&data, 0x5A, sizeof data);
     EXPECT_EQ(S_OK, m_spApi->GetGraphicEQData(&data));
     EXPECT_EQ(right.m_bands, data.m_bands);
-    for (std::size_t i = 0; i < 40; ++i) {
+    for (std::size_t i = 0; i < cMostElements; ++i) {
         EXPECT_EQ(right.m_freq[i], data.m_freq[i]) << i;
         EXPECT_EQ(right.m_gain[i], data.m_gain[i]) << i;
     }
@@ -324,7 +327,7 @@ void StoreTrial::CheckSetEQ() {
     GraphicEQData data = SomeEQ();
     const GraphicEQData given = data;
     Values values(2);
-    values[0].count = values[1].count = std::min<std::uint32_t>(given.m_bands, 40);
+    values[0].count = values[1].count = std::min<std::uint32_t>(given.m_bands, cMostElements);
     for (std::uint32_t i = 0; i < values[0].count; ++i) {
         const float gain = given.m_gain[i];
         values[0].elements[i] = given.m_freq[i];

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Matches a written line with a format by its literal parts and by the look of its values.
 #include <cctype>
 #include <string_view>
 

@@ -32,8 +32,8 @@ class TraceLines : public testing::Test {
   protected:
     void SetUp() override { ASSERT_FALSE(m_table.empty()); }
 
-    // The lines of the table that came out under a flag word. A line that is not in the
-    // table, or that is no whole line, fails the test.
+    // The lines of the table that came out under a flag word. A line that is not in the table,
+    // or that is not a whole line, fails the test.
     std::set<std::string> LinesUnder(std::uint32_t word) {
         DriveEveryLine(word, m_output);
         std::set<std::string> names;

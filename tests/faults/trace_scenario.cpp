@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The calls, good and bad, that make each module of the library write its lines.
 #include "faults/trace_scenario.h"
 
 #include <gtest/gtest.h>
@@ -82,7 +83,7 @@ void CallProfiles(IVeltoKORA4API* api) {
         api->SetActiveProfile(number);
     api->GetActiveProfile(&profile);
     api->RevertActiveProfile();
-    api->SetDemoProfileAndEnable(241, TRUE);
+    api->SetDemoProfileAndEnable(cDemoMusic, TRUE);
     api->RevertFromDemoMode();
     api->SetDemoProfileAndEnable(7, FALSE);
     api->ForceRevertFromDemoMode();

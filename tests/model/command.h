@@ -9,7 +9,8 @@
 #include <cstdint>
 #include <string>
 
-#include "veltokora4api.h"
+#include "kora4api.h"
+#include "support/raw_store.h"
 
 namespace kora4::test {
 
@@ -44,7 +45,7 @@ enum class Action : std::uint32_t {
 };
 
 inline constexpr std::size_t cNameCapacity = 32;
-inline constexpr std::size_t cProfiles = 9;
+inline constexpr std::size_t cProfiles = cProfileBound;
 
 // `number` is a profile, a technology or a period; `flag` an enable or a switch.
 struct Command {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Writes and reads numbers and arrays as the store keeps them, with the limits of the API.
 #include "model/encodings.h"
 
 #include <algorithm>

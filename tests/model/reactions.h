@@ -25,7 +25,7 @@ struct RawWrite {
     wchar_t text[cRawTextCapacity];
 };
 
-// A change by somebody who is no client of the API, seen by all as one.
+// A change by a program that is not a client of the API; all see it as one.
 struct RawChange {
     LONG count;
     RawWrite writes[cMaxRawWrites];

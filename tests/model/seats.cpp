@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Threads and processes that serve a driver through shared memory, with and without a message
+// filter.
 #include "model/seats.h"
 
 #include <cstdio>

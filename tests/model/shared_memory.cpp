@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Starts children, maps shared memory, and ends the program with a message.
 #include "model/shared_memory.h"
 #include "support/start_process.h"
 

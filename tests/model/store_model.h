@@ -13,16 +13,17 @@
 #include <vector>
 
 #include "model/seats.h"
+#include "support/baseline_model.h"
 #include "support/raw_store.h"
 
 namespace kora4::test {
 
-// The technologies that clients are told of, in the order in which they are told.
+// The names of the technologies that clients are told of.
 struct ToldTechnology {
     RawTechnology raw;
     KORA4APITechnology api;
 };
-inline constexpr std::array<ToldTechnology, 6> cToldTechnologies = {{
+inline constexpr std::array<ToldTechnology, cToldTechnologyCount> cToldTechnologies = {{
     {RawTechnology::eVolume, eVolumeLeveler},
     {RawTechnology::eEnhancement, eDialogEnhancer},
     {RawTechnology::eDynamicEQ, eIntelligentEQ},
@@ -32,19 +33,10 @@ inline constexpr std::array<ToldTechnology, 6> cToldTechnologies = {{
 }};
 
 // What a client can know of the store: the values are those of the active profile.
-struct View {
-    std::uint32_t profile;
-    bool enable;
-    std::uint32_t table;
-    std::array<std::uint32_t, cToldTechnologies.size()> triggers;
-    std::array<bool, cToldTechnologies.size()> switches;
-    std::array<ULONG, cToldTechnologies.size()> values;  // the graphic EQ's is not used
+struct View : StoreState {
+    std::array<ULONG, cToldTechnologyCount> values;  // the graphic EQ's is not used
     GraphicEQData eq;
 };
-
-constexpr bool IsDemo(std::uint32_t profile) {
-    return profile >= 240 && profile <= 242;
-}
 
 class StoreModel {
   public:
@@ -64,7 +56,7 @@ class StoreModel {
     // What the last Perform wrote or deleted.
     const std::vector<Address>& Touched() const { return m_touched; }
 
-    // What somebody does who is no client of the API.
+    // What a program does that is not a client of the API.
     void Write(const Address& address, const Value& value);
     void WriteSetting(bool dynamic, std::uint32_t pid, std::uint32_t value);
     std::uint32_t Setting(bool dynamic, std::uint32_t pid, std::uint32_t fallback) const;
@@ -99,6 +91,8 @@ class StoreModel {
 };
 
 const ToldTechnology* FindTechnology(LONG api);
+// The place of one that there is.
+std::size_t IndexOf(LONG api);
 
 }  // namespace kora4::test
 

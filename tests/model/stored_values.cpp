@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads and writes the model's values in the registry, and describes the first difference.
 #include "model/stored_values.h"
 
 #include <cstring>

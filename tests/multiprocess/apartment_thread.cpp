@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The loop of such a thread: runs tasks, and pumps messages when it is told to.
 #include "multiprocess/apartment_thread.h"
 
 namespace kora4::test {

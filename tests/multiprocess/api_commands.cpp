@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The table of commands and the reading of their words; raw writes for changes that no method
+// makes.
 #include "multiprocess/api_commands.h"
 
 #include <cstdio>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Starts this program as a child, and exchanges lines with it over pipes.
 #include "multiprocess/child_process.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Counts handles, threads and the next TLS index; handles by the system's table, since Wine 8
+// reports none by GetProcessHandleCount.
 #include "multiprocess/process_counts.h"
 
 #include <tlhelp32.h>

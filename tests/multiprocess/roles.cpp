@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The roles of a child: a peer that obeys commands, and one that changes settings without
+// rest.
 #include "multiprocess/roles.h"
 
 #include <cstdio>

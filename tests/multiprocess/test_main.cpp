@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The main program of the multi-process tests: roles of children, a watchdog for tests that
+// hang, and children that end with it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>

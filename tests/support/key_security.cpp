@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Sets access lists by text, and makes registry links, each undone at the end of a scope.
 #include "support/key_security.h"
 
 #include <aclapi.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A NamedMutex that counts what is done to it and never waits.
 #include "support/native_named_mutex.h"
 
 #include <algorithm>

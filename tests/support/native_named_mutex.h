@@ -19,7 +19,7 @@ struct NamedMutexRecord {
     bool failRelease = false;
 
     bool IsHeld() const { return heldNow != 0; }
-    // Begins anew; what is held stays held.
+    // Starts counting again; a mutex that is held stays held.
     void Clear();
 };
 

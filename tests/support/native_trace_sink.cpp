@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Stands in for trace.cpp: formats statements into records that TraceLog reads.
 #include "support/native_trace_sink.h"
 
 #include <cstdarg>

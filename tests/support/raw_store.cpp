@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Value names put together from numbers, and registry calls on them.
 #include "support/raw_store.h"
 
 #include <cwchar>

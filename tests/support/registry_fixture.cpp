@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Registry helpers that report what fails, the dump of a key, and the registration of the
+// library for a test.
 #include "support/registry_fixture.h"
 
 #include <objbase.h>

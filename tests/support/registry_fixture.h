@@ -30,7 +30,7 @@ struct RawValue {
 
 bool KeyExists(HKEY root, const std::wstring& path);
 void CreateKey(HKEY root, const std::wstring& path);
-// With its subkeys. An absent key is no error.
+// With its subkeys. An absent key is not an error.
 void RemoveKey(HKEY root, const std::wstring& path);
 
 void WriteValue(HKEY root, const std::wstring& path, const std::wstring& name, DWORD type,

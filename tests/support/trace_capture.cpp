@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads the log files of the trace on Windows; native_trace_sink.cpp does it natively.
 #include "support/trace_capture.h"
 
 #include <windows.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Splits a log into lines and each line into tag, line number, function and message.
 #include <cctype>
 
 #include "support/trace_capture.h"
@@ -11,7 +12,7 @@ bool IsTagCharacter(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
 }
 
-// Where the colon is that ends the function's name: one that is no half of "::".
+// Finds the colon that ends the function's name, which is not half of a "::".
 std::size_t FindSingleColon(std::string_view text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != ':')

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The checks of a member, and the messages that name its place.
 #include "base/checked_json.h"
 
 #include <algorithm>

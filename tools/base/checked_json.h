@@ -29,11 +29,17 @@ class CheckedJson {
     // An array of that many elements.
     std::vector<CheckedJson> Elements(std::size_t least, std::size_t most) const;
 
+    // A number within the limits, both included.
     double Number(double least, double most) const;
+
+    // A whole number within the limits.
     unsigned Count(unsigned least, unsigned most) const;
+    // A text.
     std::string Text() const;
     // One of these words.
     std::string Word(const std::vector<std::string>& words) const;
+
+    // True or false.
     bool Switch() const;
 
     // The raw value, for what may have several forms.

@@ -5,6 +5,7 @@
 
 namespace kora4::tools {
 
+// The exit codes of both tools; --help lists them.
 enum class ExitCode : int {
     eDone = 0,
     eFailed = 1,

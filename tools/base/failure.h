@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How a tool gives up: thrown wherever it cannot go on, told by main.
+// How a tool gives up: thrown wherever it cannot go on, and printed by main.
 #ifndef KORA4_BASE_FAILURE_H
 #define KORA4_BASE_FAILURE_H
 
@@ -11,6 +11,7 @@
 
 namespace kora4::tools {
 
+// An exit code with the words for it.
 class Failure : public std::exception {
   public:
     // what: one sentence with its full stop, in the user's words; never a bare number.
@@ -18,6 +19,7 @@ class Failure : public std::exception {
     Failure(ExitCode code, std::string what, std::string next = {})
         : m_code(code), m_what(std::move(what)), m_next(std::move(next)) {}
 
+    // What main returns for it.
     ExitCode Code() const { return m_code; }
     const char* what() const noexcept override { return m_what.c_str(); }
     const std::string& Next() const { return m_next; }

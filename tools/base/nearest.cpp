@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Edit distance between names, and the sentence that suggests the nearest ones.
 #include "base/nearest.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace {
 
 constexpr std::size_t cMost = 3;
 
-// How many letters have to be changed, put in, taken out or swapped with their neighbour.
+// Edit distance: letters to change, insert, remove, or swap with their neighbour.
 std::size_t Distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> beforeLast(b.size() + 1);
     std::vector<std::size_t> last(b.size() + 1);
@@ -32,7 +33,7 @@ std::size_t Distance(std::string_view a, std::string_view b) {
     return last[b.size()];
 }
 
-// A third of the letters may be wrong, and one of a short word.
+// The distance that still counts as near: a third of the letters, at least one.
 std::size_t Allowed(std::string_view word) {
     return std::max<std::size_t>(1, word.size() / 3);
 }
@@ -50,7 +51,7 @@ std::vector<std::string> Nearest(std::string_view word, const std::vector<std::s
     for (const std::string& name : names) {
         const std::string other = Lower(name);
         const std::size_t distance = Distance(lower, other);
-        // The beginning of a name is no mistake, but less near than a slip of the finger.
+        // A prefix is not a typing error, but less near than one.
         if (!lower.empty() && distance <= Allowed(lower))
             candidates.push_back({2 * distance, &name});
         else if (!lower.empty() && other.starts_with(lower))

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Writing to consoles, files and pipes: consoles take UTF-16 and colour sequences, everything
+// else takes UTF-8 bytes.
 #include "base/output.h"
 
 #include <windows.h>
@@ -17,7 +19,7 @@ bool IsConsole(HANDLE file) {
     return GetConsoleMode(file, &mode) != 0;
 }
 
-// Switches the interpretation of colour sequences on; false: there is none.
+// Switches the interpretation of colour sequences on; false when there is none.
 bool TakesColours(HANDLE console) {
     DWORD mode = 0;
     return std::getenv("NO_COLOR") == nullptr && GetConsoleMode(console, &mode) != 0 &&
@@ -29,7 +31,7 @@ bool WriteAll(HANDLE file, bool isConsole, std::string_view text) {
     if (isConsole) {
         const std::wstring wide = Widen(text);
         for (std::size_t done = 0; done < wide.size();) {
-            // Old consoles refuse more than this at a time.
+            // Consoles before Windows 8 refuse a piece of more than 64 KB.
             const DWORD chunk =
                 static_cast<DWORD>(std::min<std::size_t>(wide.size() - done, 8000));
             DWORD written = 0;
@@ -60,7 +62,7 @@ CONSOLE_SCREEN_BUFFER_INFO ScreenOf(HANDLE console) {
 constexpr const char* cSequences[] = {"",         "\x1b[1m",  "\x1b[90m",
                                       "\x1b[32m", "\x1b[33m", "\x1b[31m"};
 
-// What is no UTF-8 (a garbage name in the store) must not stop the output.
+// Bytes that are not UTF-8 (a garbage name in the store) must not stop the output.
 std::string Dump(const Json& document, int indent) {
     return document.dump(indent, ' ', false, Json::error_handler_t::replace);
 }

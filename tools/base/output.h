@@ -24,6 +24,7 @@ Json OrNull(const std::optional<Value>& value) {
     return value ? Json(*value) : Json();
 }
 
+// How a piece of text stands out on a terminal.
 enum class Style { ePlain, eStrong, eDim, eGood, eWarning, eBad };
 
 // Single-threaded.
@@ -49,7 +50,7 @@ class Output {
     void Table(const std::vector<std::string>& headings,
                const std::vector<std::vector<std::string>>& rows);
 
-    // A message that a user may do without; silent with --quiet.
+    // An optional message; silent with --quiet.
     void Say(std::string_view message);
     // One that is shown always.
     void Complain(std::string_view message);
@@ -65,7 +66,7 @@ class Output {
 
     // Standard output cannot be written to any more.
     bool IsBroken() const { return m_isBroken; }
-    // And it is no reader that went away, who has what he wanted: the disk is full.
+    // Broken, but not because the reader went away with what it wanted: the disk is full.
     bool IsIncomplete() const { return m_isIncomplete; }
 
   private:

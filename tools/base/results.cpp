@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Names and meanings of results, from the published tables or else from the platform, and the
+// exit code that each becomes.
 #include "base/results.h"
 
 #include <algorithm>
@@ -59,7 +61,7 @@ std::string InWords(HRESULT hr) {
 HRESULT Check(HRESULT hr, std::string_view doing) {
     const contract::Result* const pResult =
         contract::FindResult(static_cast<std::uint32_t>(hr));
-    // A success that nobody published is one all the same.
+    // An unpublished success code is still a success.
     if (hr == S_OK || hr == S_FALSE || (SUCCEEDED(hr) && !pResult))
         return hr;
     throw Failure(ExitCodeOf(hr),

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A guard around the JSON parser, which by itself accepts repeated names and any depth.
 #include "base/strict_json.h"
 
 #include <set>
@@ -68,7 +69,7 @@ Json ParseStrictJson(std::string_view text) {
         const auto* const mistake = dynamic_cast<const Json::parse_error*>(&error);
         if (mistake != nullptr && mistake->byte > text.size())
             Refuse("The document is cut off: it ends in the middle.");
-        // Without the parser's own number of the mistake, "[json.exception...] ".
+        // Drops the parser's own prefix, "[json.exception...] ".
         const std::string message = error.what();
         const std::size_t begin = message.find("] ");
         Refuse("The document is not valid JSON: " +

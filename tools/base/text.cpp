@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// UTF-8 to UTF-16 and back, numbers as text, and how wide a text is on a terminal.
 #include "base/text.h"
 
 #include <windows.h>
@@ -73,8 +74,8 @@ std::string Join(const std::vector<std::string>& texts, std::string_view between
 
 namespace {
 
-// Ranges of characters that terminals show two columns wide, or on top of the one before.
-struct Characters {
+// Ranges of characters that terminals draw two columns wide, or on top of the previous one.
+struct Range {
     std::uint32_t first;
     std::uint32_t last;
 };
@@ -92,7 +93,7 @@ bool IsIn(const Characters (&ranges)[count], std::uint32_t character) {
     return false;
 }
 
-// The character that begins at `at`, and `at` moved behind it.
+// Returns the character that begins at `at` and moves `at` behind it.
 std::uint32_t NextCharacter(std::string_view text, std::size_t& at) {
     const auto byte = static_cast<unsigned char>(text[at++]);
     const unsigned more = byte < 0xC0 ? 0 : byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;

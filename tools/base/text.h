@@ -13,7 +13,7 @@
 
 namespace kora4::tools {
 
-// Whatever is no well-formed text becomes U+FFFD.
+// Malformed text becomes U+FFFD.
 std::string Narrow(std::wstring_view text);
 std::wstring Widen(std::string_view text);
 
@@ -41,7 +41,10 @@ std::optional<Number> ReadNumber(std::string_view text, int base = 10) {
 // "0 to 10", "0.001 to 600"; whole numbers in full.
 std::string Range(double least, double most);
 
+// ASCII letters in lower case; the rest stays.
 std::string Lower(std::string_view text);
+
+// The texts in one, with `between` between any two.
 std::string Join(const std::vector<std::string>& texts, std::string_view between);
 
 // Terminal columns that a text takes: one a character, two for wide ones, none for

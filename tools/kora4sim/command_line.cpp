@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The options of kora4sim, their checks, and the two things that it does: list its scenes, run
+// an engine.
 #include "kora4sim/command_line.h"
 
 #include <cmath>
@@ -80,7 +82,7 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
     return options;
 }
 
-// That many processing objects: the scene's own, and its last one again and again.
+// As many processing objects as asked for: the scene's own, the last one repeated.
 void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
     if (root.count("--records") == 0)
         return;

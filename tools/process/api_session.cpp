@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Creates and initialises the object, and says in words why that failed.
 #include "process/api_session.h"
 
 #include "base/failure.h"

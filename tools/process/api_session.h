@@ -20,6 +20,8 @@ class ApiSession {
     ApiSession& operator=(const ApiSession&) = delete;
 
     IVeltoKORA4API* operator->() const { return m_api.Get(); }
+
+    // The initialised object, for as long as the session lives; no reference is added.
     IVeltoKORA4API* Get() const { return m_api.Get(); }
 
   private:

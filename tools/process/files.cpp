@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads and replaces whole files; what a file held before is there until everything new is on
+// disk.
 #include "process/files.h"
 
 #include <algorithm>

@@ -15,7 +15,7 @@
 
 namespace kora4::tools {
 
-// Nothing that a tool reads is nearly as large.
+// Far more than any file that a tool reads has.
 inline constexpr std::size_t cMaxFileBytes = 16 * 1024 * 1024;
 
 // Null, with GetLastError set, when the file cannot be opened. Others may read and replace it

@@ -8,7 +8,8 @@
 
 namespace kora4::tools {
 
-// One at a time in a process.
+// Handles Ctrl-C for the process while it lives. One at a time; its methods may be called on
+// any thread.
 class Interrupt {
   public:
     Interrupt();
@@ -18,6 +19,8 @@ class Interrupt {
 
     // Manual-reset: signalled from the first Ctrl-C on.
     HANDLE Event() const;
+
+    // Whether Ctrl-C has come.
     bool IsRequested() const;
 
     // Waits that long or until interrupted; true: interrupted.

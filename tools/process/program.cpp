@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Parses a command line, complains in the tools' own words, and turns what is thrown into exit
+// codes.
 #include "process/program.h"
 
 #include <algorithm>
@@ -36,7 +38,7 @@ bool IsOption(const std::string& argument) {
            !(argument[1] >= '0' && argument[1] <= '9');
 }
 
-// What is wrong with a command line that the parser refused, in our words.
+// Describes in the tools' own words what the parser refused.
 class Complaint {
   public:
     Complaint(const CLI::App& root, const std::vector<std::string>& arguments) : m_app(&root) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The registry notification behind the watch, armed again before anything is read.
 #include "registry/change_watch.h"
 
 #include "contract/registry_paths.h"

@@ -18,8 +18,11 @@ class ChangeWatch {
     // Auto-reset; for a wait for several things. After a wait that took it, Rearm before
     // anything is read, or a write in between is lost.
     HANDLE Event() const { return m_event.Get(); }
+
+    // Asks for the next write. Failure as from the constructor when the platform refuses.
     void Rearm();
 
+    // How a wait ended.
     enum class Wake { eChanged, eInterrupted, eTimedOut };
     // Waits and, when something changed, arms again. `interrupt` may be null.
     Wake Wait(DWORD milliseconds, HANDLE interrupt);

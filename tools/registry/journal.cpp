@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The journal as a file: its text, who may have written it, and how it gets to its place
+// whole.
 #include "registry/journal.h"
 
 #include <windows.h>
@@ -42,8 +44,8 @@ bool IsCurrentUser(PSID owner) {
            EqualSid(owner, reinterpret_cast<TOKEN_USER*>(buffer)->User.Sid);
 }
 
-// Every user may put a file into that folder, and an administrator who mends the store from it
-// would write what that user may not.
+// Every user may create a file in that folder; an administrator who repairs the store from one
+// would write on behalf of that user.
 bool IsTrusted(HANDLE file) {
     PSID owner = nullptr;
     UniqueLocalMemory descriptor;

@@ -24,6 +24,7 @@ struct JournalEntry {
     std::optional<StoredValue> after;
 };
 
+// Everything that one change of many values will write.
 struct Journal {
     // In the order of writing: static and app values, then dynamic ones.
     std::vector<JournalEntry> entries;
@@ -47,6 +48,7 @@ class JournalFile {
     // platform refuses.
     void Remove() const;
 
+    // What was found in the place of the journal.
     enum class State {
         eAbsent,
         eCutShort,  // writing it was interrupted: the store was not touched

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Raw values in the three registry keys of the store.
 #include "registry/registry_store.h"
 
 #include <algorithm>
@@ -48,7 +49,7 @@ std::string Place(KORA4KeySet keySet, const PropertyKey& key) {
     return ValueName(key) + " in the " + KeySetName(keySet) + " keys";
 }
 
-// The platform adds the terminator that it happens to find behind a text without one; what
+// Windows and Wine add the terminator that they happen to find behind a text without one; what
 // is written shall be what is there.
 class Guarded {
   public:

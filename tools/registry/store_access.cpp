@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What all implementations of StoreAccess share, and the names of values and key sets.
 #include "registry/store_access.h"
 
 #include <charconv>
@@ -50,7 +51,7 @@ std::optional<PropertyKey> ParseValueName(std::string_view name) {
     for (std::size_t i = 0; i < std::size(cBytePlaces); ++i)
         read(cBytePlaces[i], 2, 16, key.fmtid.data4[i]);
     read(cPidPlace, name.size() - cPidPlace, 10, key.pid);
-    // Whatever was no digit, or stood elsewhere, makes another name.
+    // Anything but digits, or digits elsewhere, makes another name.
     if (ValueName(key) != name)
         return {};
     return key;

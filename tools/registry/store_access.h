@@ -12,18 +12,20 @@
 
 namespace kora4::tools {
 
-// Raw values of the key sets 2 to 4. Whoever reads what belongs together, and whoever
-// writes, holds the store's mutex (store_lock.h). What the platform refuses is thrown as
-// Failure with eFailed: what was tried, in words, and what to do about it.
+// Raw values of the key sets 2 to 4. Hold the store's mutex to write, and to read values that
+// belong together (store_lock.h). What the platform refuses is thrown as Failure with eFailed:
+// what was tried, in words, and what to do about it.
 class StoreAccess {
   public:
     virtual ~StoreAccess() = default;
 
     // None when the value, or the whole key of an optional key set, is absent.
     virtual std::optional<StoredValue> Read(KORA4KeySet keySet, const PropertyKey& key) = 0;
+
+    // Stores the value, whatever is there.
     virtual void Write(KORA4KeySet keySet, const PropertyKey& key,
                        const StoredValue& value) = 0;
-    // An absent value is no error.
+    // An absent value is not an error.
     virtual void Delete(KORA4KeySet keySet, const PropertyKey& key) = 0;
     // The names of all values of a key set, known or not, sorted.
     virtual std::vector<std::string> ValueNames(KORA4KeySet keySet) = 0;
@@ -33,6 +35,8 @@ class StoreAccess {
              const std::optional<StoredValue>& value);
     // A REG_DWORD of four bytes; otherwise `absent`.
     std::uint32_t Number(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t absent);
+
+    // Stores a REG_DWORD.
     void WriteNumber(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t number);
     // A counter plus one, which is how a change of values is announced. One that is absent
     // or unreadable counts as 0.
@@ -41,7 +45,7 @@ class StoreAccess {
 
 // "{5C2E8A47-...},2"
 std::string ValueName(const PropertyKey& key);
-// The property key that such a name stands for; none when it is no such name to the letter.
+// The property key that such a name stands for; none unless the text is exactly such a name.
 std::optional<PropertyKey> ParseValueName(std::string_view name);
 
 // "static", "dynamic", "app".

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Takes the store's mutex with patience, and gives it back.
 #include "registry/store_lock.h"
 
 #include "platform/open_mutex.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Makes and reads the three types that the store has, and shows every other one.
 #include "registry/stored_value.h"
 
 #include <cstring>
@@ -18,13 +19,13 @@ std::u16string CharactersOf(const Bytes& bytes) {
 std::string Shortened(std::string text, std::size_t longest) {
     if (text.size() <= longest)
         return text;
-    // Never inside a character of several bytes.
+    // Cuts between characters, never inside one of several bytes.
     while (longest > 0 && (static_cast<unsigned char>(text[longest]) & 0xC0) == 0x80)
         --longest;
     return text.substr(0, longest) + "...";
 }
 
-// What would break a line, or command a terminal, is shown as JSON would write it.
+// Control characters, which would break the line or act on a terminal, are escaped as in JSON.
 std::u16string WithoutControls(const std::u16string& text) {
     std::u16string shown;
     for (const char16_t unit : text) {

@@ -16,13 +16,17 @@ namespace kora4::tools {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// The type is checked by the readers below, not on construction: anything that the registry
+// can hold fits.
 struct StoredValue {
     std::uint32_t type = 0;  // REG_DWORD, REG_SZ, REG_BINARY, or whatever stands there
     Bytes bytes;
 
+    // REG_DWORD of four bytes.
     static StoredValue FromDword(std::uint32_t number);
     // REG_SZ with its terminator.
     static StoredValue FromText(std::u16string_view text);
+    // REG_BINARY.
     static StoredValue FromBlob(Bytes bytes);
 
     // A REG_DWORD of four bytes; none for anything else.
@@ -30,6 +34,8 @@ struct StoredValue {
     // A REG_SZ as the library reads it: up to the first terminator, or to its end when there
     // is none; an odd last byte is dropped. None for another type and above cMaxTextBytes.
     std::optional<std::u16string> AsText() const;
+
+    // A REG_BINARY; none for another type.
     std::optional<Bytes> AsBlob() const;
 
     friend bool operator==(const StoredValue&, const StoredValue&) = default;
@@ -40,7 +46,7 @@ inline constexpr std::uint32_t cTextType = 1;
 inline constexpr std::uint32_t cBinaryType = 3;
 inline constexpr std::uint32_t cDwordType = 4;
 
-// "REG_DWORD"; "type 12" for a number that is no registry type.
+// "REG_DWORD"; "type 12" for a number that is not a registry type.
 std::string TypeName(std::uint32_t type);
 
 // What is stored, for people, in one line: the number, the text in quotes, or the bytes in
@@ -48,10 +54,12 @@ std::string TypeName(std::uint32_t type);
 // usual form.
 std::string Describe(const StoredValue& value, std::size_t longest = 60);
 
+// Two lower-case digits a byte, without separators.
 std::string ToHex(const Bytes& bytes);
-// None when the text is no even number of hexadecimal digits.
+// None unless the text is an even number of hexadecimal digits.
 std::optional<Bytes> FromHex(std::string_view digits);
 
+// Between UTF-8 and UTF-16. Malformed text becomes U+FFFD.
 std::u16string ToUtf16(std::string_view text);
 std::string ToUtf8(std::u16string_view text);
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Between stored bytes and typed values, as the library reads and writes them.
 #include "settings/content.h"
 
 #include <cmath>
@@ -70,7 +71,7 @@ void CheckCount(std::size_t count) {
                ".");
 }
 
-// An element has 16 bits, and what does not fit would come back as another number.
+// An element has 16 bits; one that does not fit would read back as another number.
 void CheckElements(const std::vector<float>& elements, std::uint32_t scale) {
     const double lowest = std::numeric_limits<std::int16_t>::min();
     const double highest = std::numeric_limits<std::int16_t>::max();

@@ -15,6 +15,7 @@
 
 namespace kora4::tools {
 
+// The content of a value: the alternative follows from the kind.
 using Value = std::variant<bool, std::uint32_t, float, std::string, std::vector<float>,
                            std::vector<bool>, Bytes>;
 

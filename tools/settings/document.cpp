@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads, checks and writes settings documents, and compares one with the store.
 #include "settings/document.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ bool Has(const Setting& setting, std::uint32_t profile) {
 
 // ---- Reading ------------------------------------------------------------------------------
 
-// What some programs put in front of a text, and the encoding that others redirect into.
+// Converts UTF-16 with its byte order mark, into which some programs redirect, to UTF-8.
 std::string WithoutMark(std::string_view text) {
     if (!text.starts_with("\xFF\xFE"))
         return std::string(text);
@@ -176,7 +177,7 @@ Json DumpSection(StoreAccess& store, const std::vector<const Setting*>& settings
     return section;
 }
 
-// What is no setting has the form of its kind.
+// A value that is not a setting has the form of its kind.
 Json ToDocument(const SchemaValue& value, const std::optional<StoredValue>& stored) {
     if (!stored)
         return nullptr;

@@ -27,9 +27,9 @@ namespace kora4::tools {
 inline constexpr char cDocumentFormat[] = "kora4-settings";
 inline constexpr int cDocumentVersion = 1;
 
-// User: active profile, enable, sampling period, and names, switches and fields of the profiles
-// 0 to 8. All: everything that is a setting. Trigger words, the table counter, the saved demo
-// state and the levels belong to neither.
+// User: active profile, enable, sampling period, and names, switches and fields of the
+// profiles 0 to 8. All: everything that is a setting. Trigger words, the table counter, the
+// saved demo state and the levels belong to neither.
 enum class Scope { eUser, eAll };
 
 // What a store shall hold at one place. None: nothing.
@@ -38,14 +38,16 @@ struct PlannedValue {
     std::optional<StoredValue> wanted;
 };
 
+// What shall be stored after a document is applied, value by value.
 struct Plan {
     Scope scope = Scope::eUser;
     std::vector<PlannedValue> values;
 };
 
-// The caller holds the store's mutex.
+// The document of what is stored now. The caller holds the store's mutex.
 Json Dump(StoreAccess& store, Scope scope);
 
+// What becomes of values that the document does not have.
 enum class Completeness {
     eExact,  // what the document does not have shall not be stored
     eMerge,  // what it does not have stays as it is
@@ -70,7 +72,8 @@ struct Difference {
     Json Document() const;
 };
 
-// The caller holds the store's mutex.
+// What differs between the plan and the store, in the plan's order. The caller holds the
+// store's mutex.
 std::vector<Difference> Compare(const Plan& plan, StoreAccess& store);
 
 }  // namespace kora4::tools

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The rules that a stored value is held against, and how each breach is repaired.
 #include "settings/lint.h"
 
 #include <algorithm>
@@ -120,7 +121,7 @@ Verdict CheckContent(const SchemaValue& value, const Value& content) {
     return {};
 }
 
-// A text that is read, but is not stored as a text shall be.
+// Finds texts that readers accept although the terminator is missing or not at the end.
 Verdict CheckTermination(const StoredValue& stored) {
     if (stored.type != cTextType)
         return {};

@@ -13,6 +13,7 @@
 
 namespace kora4::tools {
 
+// How bad a finding is.
 enum class Severity {
     eNote,     // worth knowing; nothing to repair
     eWarning,  // read as it is, but nothing that the API would have set
@@ -22,6 +23,7 @@ enum class Severity {
 // "note", "warning", "error".
 const char* SeverityName(Severity severity);
 
+// What is wrong with one stored value, and what can be done about it.
 struct Finding {
     Severity severity = Severity::eNote;
     KORA4KeySet keySet = eKeySetStatic;
@@ -37,10 +39,14 @@ struct Finding {
 
     // "error: music: volume-leveler: ..."
     std::string Line() const;
+
+    // {"severity", "name", "profile", "keys", "value", "stored", "problem", "repair"}, absent:
+    // null.
     Json Document() const;
 };
 
-// Most severe first, then in the order of the schema. The caller holds the store's mutex.
+// Checks every stored value. Most severe first, then in the order of the schema. The caller
+// holds the store's mutex.
 std::vector<Finding> Lint(StoreAccess& store);
 
 // Errors and warnings: what makes `lint` end with findings. Notes do not.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The tables of words for profiles, technologies and curves, and their look-up.
 #include "settings/names.h"
 
 #include "base/failure.h"

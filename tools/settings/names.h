@@ -15,6 +15,7 @@ namespace kora4::tools {
 
 // ---- Profiles: movie music games p1 ... p6 demo-movie demo-music demo-games ----------------
 
+// A profile as users write it.
 struct ProfileWord {
     const char* word;
     std::uint32_t number;
@@ -23,17 +24,22 @@ struct ProfileWord {
 // All twelve, in the order of their numbers; the first nine can be selected.
 const std::vector<ProfileWord>& Profiles();
 
-// The word; for a number that is no profile the number itself.
+// The word; for a number that is not a profile, the number itself.
 std::string ProfileName(std::uint32_t profile);
 // A word in any case, or a profile's number. Failure with eBadInput and the nearest words.
 std::uint32_t ParseProfile(std::string_view word);
+
+// A word in any case, or a profile's number; none when it is neither.
 std::optional<std::uint32_t> FindProfile(std::string_view word);
+
+// The words of all twelve, for messages and completion.
 std::vector<std::string> ProfileNames();
 // "p1 to p6"
 std::string CustomProfiles();
 
 // ---- Technologies -----------------------------------------------------------------------
 
+// The two families of the store, and none for values of no technology.
 enum class Family { eNone, ePreset, eGlobal };
 
 // Number as in KORA4PresetTechnology or KORA4GlobalTechnology.
@@ -51,6 +57,7 @@ constexpr Technology Global(KORA4GlobalTechnology number) {
     return {Family::eGlobal, number};
 }
 
+// A technology as users write it, and as sentences name it.
 struct TechnologyWord {
     const char* word;
     const char* title;  // "volume leveler", as in sentences
@@ -61,9 +68,12 @@ struct TechnologyWord {
 // All ten: the six of the API in the API's order, next-gen-surround, the global ones.
 const std::vector<TechnologyWord>& AllTechnologies();
 
+// The row of a technology that exists.
 const TechnologyWord& WordOf(Technology technology);
-// A word or a number of the API (0 to 5); null when there is none.
+
+// By word in any case or by number of the API; null when there is none.
 const TechnologyWord* FindTechnology(std::string_view word);
+
 // "Open" of the intelligent EQ's curves: balanced open focused bright rich warm.
 const std::vector<std::string>& CurveNames();
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Builds the list of all values of the store from the contract's tables.
 #include "settings/schema.h"
 
 #include <algorithm>

@@ -22,6 +22,7 @@ namespace kora4::tools {
 
 using Kind = ValueKind;
 
+// What a value is for.
 enum class Role {
     eSetting,  // a setting that belongs to no technology: master enable, sampling period...
     eActiveProfile,
@@ -50,7 +51,7 @@ struct SchemaValue {
     std::uint16_t scale = 0;  // of a numeric array: what is written
     // Fields: the row of the field table. Others: none.
     const KORA4FieldDef* field = nullptr;
-    // Switches and numbers that are no fields: what stands in for them when absent.
+    // Switches and numbers other than fields: what stands in for them when absent.
     std::optional<std::uint32_t> defaultNumber;
 
     // The built-in value, in the form in which it would be stored; none when absence means
@@ -61,6 +62,8 @@ struct SchemaValue {
     // The counter that announces a change; none when the value announces itself or is
     // announced by nothing.
     std::optional<PropertyKey> Announcement() const;
+
+    // The name under which the registry has the value.
     std::string Name() const { return ValueName(key); }
 };
 
@@ -82,8 +85,14 @@ SchemaValue SwitchValue(Technology technology, std::uint32_t profile);
 SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32_t pid);
 // All fields of a technology, each array for itself.
 std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profile);
+
+// The name of a custom profile, 3 to 8.
 SchemaValue NameValue(std::uint32_t customProfile);
+
+// The engine mask, which only the installer writes.
 SchemaValue EngineMaskValue();
+
+// The trigger word of a technology.
 SchemaValue TriggerValue(Technology technology);
 
 }  // namespace kora4::tools

@@ -58,7 +58,7 @@ Value FromNumber(const Setting& setting, double number, std::string_view text) {
     return static_cast<std::uint32_t>(number);
 }
 
-// The number of a value that is one.
+// The number in a value that holds one.
 std::optional<double> NumberOf(const Value& value) {
     if (const auto* const number = std::get_if<std::uint32_t>(&value))
         return *number;
@@ -151,7 +151,7 @@ Value ParseNumber(const Setting& setting, std::string_view text,
     return FromNumber(setting, *number, text);
 }
 
-// What is outside the limits; empty when all is within.
+// Says what lies outside the limits; empty when everything is inside.
 std::string OutOfRange(const Setting& setting, const Value& value) {
     const auto isOut = [&setting](double number) {
         // As the library compares: with the limits as floats.

@@ -13,6 +13,7 @@
 
 namespace kora4::tools {
 
+// Whether a value may be larger than what the API takes.
 enum class Limits {
     eApi,    // what the API lets a client set
     eStore,  // whatever can be stored
@@ -26,6 +27,8 @@ Value ParseValue(const Setting& setting, std::string_view text,
 
 // Failure with eBadInput unless the value is within the limits of the API.
 void CheckRange(const Setting& setting, const Value& value);
+
+// Whether the value is within the limits of the API.
 bool IsInRange(const Setting& setting, const Value& value);
 
 // For people: "on", "7", "0.33", "open", "32 64 125"; with the unit: "50 ms".

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Builds the table of settings from the schema and from what it does not say: names, aliases,
+// methods of the interface.
 #include "settings/settings_table.h"
 
 #include <algorithm>
@@ -17,20 +19,63 @@ namespace {
 
 // ---- What the tables of the store do not say ----------------------------------------------
 
-struct ApiMethods {
-    const char* name;
+struct MethodNames {
+    ApiMethods methods;
     const char* reader;
     const char* writer;
 };
 
-constexpr ApiMethods cGeneralMethods[] = {
-    {"enable", "GetVeltoEnable", "SetVeltoEnable"},
-    {"profile", "GetActiveProfile", "SetActiveProfile"},
-    {"sampling-period", "GetVisualizationSamplingPeriod", "SetVisualizationSamplingPeriod"},
-    {"engine-mask", "GetTechnologyMasterEnables", ""},
-    {"profile-editor-command", "GetVeltoProfileEditorCommand", ""},
-    {"profile-selector-command", "GetVeltoProfileSelectorCommand", ""},
-    {"demo-app-command", "GetVeltoDemoAppCommand", ""},
+constexpr MethodNames cMethodNames[] = {
+    {ApiMethods::eNone, "", ""},
+    {ApiMethods::eActiveProfile, "GetActiveProfile", "SetActiveProfile"},
+    {ApiMethods::eEnable, "GetVeltoEnable", "SetVeltoEnable"},
+    {ApiMethods::eSamplingPeriod, "GetVisualizationSamplingPeriod",
+     "SetVisualizationSamplingPeriod"},
+    {ApiMethods::eEngineMask, "GetTechnologyMasterEnables", ""},
+    {ApiMethods::eEditorCommand, "GetVeltoProfileEditorCommand", ""},
+    {ApiMethods::eSelectorCommand, "GetVeltoProfileSelectorCommand", ""},
+    {ApiMethods::eDemoCommand, "GetVeltoDemoAppCommand", ""},
+    {ApiMethods::eVersion, "GetVeltoKORA4Version", ""},
+    {ApiMethods::eProfileName, "GetProfileTable", "SetCustomProfileName"},
+    {ApiMethods::eSwitch, "GetTechnologyOnElseOff", "SetTechnologyOnElseOff"},
+    {ApiMethods::ePatchValue, "GetSimplePatchValue", "SetSimplePatchValue"},
+    {ApiMethods::eFrequencies, "GetGraphicEQData", "SetGraphicEQData"},
+    {ApiMethods::eGains, "GetGraphicEQData", "SetGraphicEQData"},
+    {ApiMethods::eBands, "GetGraphicEQData", ""},
+};
+
+constexpr const MethodNames& NamesOf(ApiMethods methods) {
+    return cMethodNames[static_cast<std::size_t>(methods)];
+}
+
+constexpr bool AreMethodsInOrder() {
+    for (const MethodNames& names : cMethodNames)
+        if (&NamesOf(names.methods) != &names)
+            return false;
+    return true;
+}
+static_assert(AreMethodsInOrder());
+
+void SetMethods(Setting& setting, ApiMethods methods) {
+    setting.methods = methods;
+    setting.access = methods == ApiMethods::eNone    ? Access::eStoreOnly
+                     : *NamesOf(methods).writer == 0 ? Access::eReadOnly
+                                                     : Access::eReadWrite;
+}
+
+struct GeneralMethods {
+    const char* name;
+    ApiMethods methods;
+};
+
+constexpr GeneralMethods cGeneralMethods[] = {
+    {"enable", ApiMethods::eEnable},
+    {"profile", ApiMethods::eActiveProfile},
+    {"sampling-period", ApiMethods::eSamplingPeriod},
+    {"engine-mask", ApiMethods::eEngineMask},
+    {"profile-editor-command", ApiMethods::eEditorCommand},
+    {"profile-selector-command", ApiMethods::eSelectorCommand},
+    {"demo-app-command", ApiMethods::eDemoCommand},
 };
 
 // A field that has a name of its own; the others are called by their property ids.
@@ -42,24 +87,18 @@ struct FieldName {
     const char* unit;
     std::optional<double> lowest;
     std::optional<double> highest;
-    const char* reader;
-    const char* writer;
+    ApiMethods methods;
 };
-
-constexpr char cGetSimple[] = "GetSimplePatchValue";
-constexpr char cSetSimple[] = "SetSimplePatchValue";
-constexpr char cGetGraphic[] = "GetGraphicEQData";
-constexpr char cSetGraphic[] = "SetGraphicEQData";
 
 // The one value of a technology of the API.
 constexpr FieldName Simple(const char* technology, std::uint32_t pid, const char* summary,
                            double lowest, double highest) {
-    return {technology, pid, "", summary, "", lowest, highest, cGetSimple, cSetSimple};
+    return {technology, pid, "", summary, "", lowest, highest, ApiMethods::ePatchValue};
 }
 
 constexpr FieldName StoreOnly(const char* technology, std::uint32_t pid, const char* suffix,
                               const char* summary, const char* unit = "") {
-    return {technology, pid, suffix, summary, unit, {}, {}, "", ""};
+    return {technology, pid, suffix, summary, unit, {}, {}, ApiMethods::eNone};
 }
 
 constexpr FieldName cFieldNames[] = {
@@ -67,9 +106,9 @@ constexpr FieldName cFieldNames[] = {
            cVeltoVolumeLevelerAmountMax),
     {"graphic-eq", pkey::cStandardEQFreqPid, ".frequencies",
      "frequencies of the graphic equalizer's bands", "Hz", std::nullopt, std::nullopt,
-     cGetGraphic, cSetGraphic},
+     ApiMethods::eFrequencies},
     {"graphic-eq", pkey::cStandardEQGainPid, ".gains", "gains of the graphic equalizer's bands",
-     "dB", cGraphicEQGainMin, cGraphicEQGainMax, cGetGraphic, cSetGraphic},
+     "dB", cGraphicEQGainMin, cGraphicEQGainMax, ApiMethods::eGains},
     Simple("intelligent-eq", pkey::cDynamicEQCurvePid, "curve of the intelligent equalizer", 0,
            eNumberIEQPatches - 1),
     StoreOnly("intelligent-eq", pkey::cDynamicEQLevelPid, ".level",
@@ -121,14 +160,6 @@ constexpr Alias cAliases[] = {
 
 // ---- The rows ---------------------------------------------------------------------------
 
-void SetMethods(Setting& setting, const char* reader, const char* writer) {
-    setting.reader = reader;
-    setting.writer = writer;
-    setting.access = setting.reader.empty()   ? Access::eStoreOnly
-                     : setting.writer.empty() ? Access::eReadOnly
-                                              : Access::eReadWrite;
-}
-
 // Whatever the profile of the value is.
 Setting RowOf(const SchemaValue& value) {
     Setting setting;
@@ -146,9 +177,12 @@ Setting GeneralRow(const contract::GeneralSetting& general) {
                                                             : SettingValue(general.key.pid));
     setting.name = general.name;
     setting.summary = general.meaning;
-    for (const ApiMethods& methods : cGeneralMethods)
-        if (setting.name == methods.name)
-            SetMethods(setting, methods.reader, methods.writer);
+    setting.kind = value.kind;
+    setting.role = value.role;
+    setting.pid = general.key.pid;
+    for (const GeneralMethods& one : cGeneralMethods)
+        if (setting.name == one.name)
+            SetMethods(setting, one.methods);
     if (setting.role == Role::eActiveProfile) {
         for (const ProfileWord& profile : Profiles())
             setting.words.push_back({profile.word, profile.number});
@@ -166,7 +200,7 @@ Setting VersionRow() {
     setting.summary = "the version of the library's settings model";
     setting.kind = Kind::eText;
     setting.isStored = false;
-    SetMethods(setting, "GetVeltoKORA4Version", "");
+    SetMethods(setting, ApiMethods::eVersion);
     return setting;
 }
 
@@ -180,7 +214,7 @@ Setting GraphicRow(const TechnologyWord& technology) {
     setting.perProfile = true;
     setting.isStored = false;
     setting.technology = technology.technology;
-    SetMethods(setting, cGetGraphic, "");
+    SetMethods(setting, ApiMethods::eBands);
     return setting;
 }
 
@@ -188,7 +222,7 @@ Setting NameRow() {
     Setting setting = RowOf(NameValue(cFirstCustomProfile));
     setting.name = "name";
     setting.summary = "the name of a custom profile; without one the profile does not exist";
-    SetMethods(setting, "GetProfileTable", "SetCustomProfileName");
+    SetMethods(setting, ApiMethods::eProfileName);
     return setting;
 }
 
@@ -197,7 +231,7 @@ Setting SwitchRow(const TechnologyWord& technology) {
     setting.name = std::string(technology.word) + ".on";
     setting.summary = std::string("switches the ") + technology.title;
     if (technology.apiNumber)
-        SetMethods(setting, "GetTechnologyOnElseOff", "SetTechnologyOnElseOff");
+        SetMethods(setting, ApiMethods::eSwitch);
     return setting;
 }
 
@@ -219,7 +253,7 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
         setting.unit = name.unit;
         setting.lowest = name.lowest;
         setting.highest = name.highest;
-        return SetMethods(setting, name.reader, name.writer);
+        return SetMethods(setting, name.methods);
     }
     const std::string id = std::to_string(setting.pid);
     setting.name += ".field-" + id;
@@ -260,7 +294,7 @@ std::vector<Setting> MakeTable() {
                 rows.push_back(GeneralRow(general));
     };
     addGeneral(contract::SettingRole::eUser);
-    // What people ask for comes first.
+    // What users ask for most comes first.
     std::stable_partition(rows.begin(), rows.end(), [](const Setting& setting) {
         return setting.role == Role::eActiveProfile;
     });
@@ -295,6 +329,14 @@ bool Setting::TakesRelative() const {
     if (IsArray() || role == Role::eActiveProfile)
         return false;
     return (lowest && *lowest >= 0 && highest) || unit == "ms";
+}
+
+const char* ReaderName(ApiMethods methods) {
+    return NamesOf(methods).reader;
+}
+
+const char* WriterName(ApiMethods methods) {
+    return NamesOf(methods).writer;
 }
 
 const std::vector<Setting>& SettingsTable() {

@@ -15,11 +15,35 @@
 
 namespace kora4::tools {
 
+// Who can change a setting.
 enum class Access {
     eReadWrite,  // through the API (of the active profile)
     eReadOnly,   // the API reads it and has no setter
     eStoreOnly,  // not in the API: through the store
 };
+
+// Which methods of the API serve a setting: one that reads it, and mostly one that sets it.
+enum class ApiMethods {
+    eNone,
+    eActiveProfile,
+    eEnable,
+    eSamplingPeriod,
+    eEngineMask,
+    eEditorCommand,
+    eSelectorCommand,
+    eDemoCommand,
+    eVersion,
+    eProfileName,
+    eSwitch,
+    ePatchValue,
+    eFrequencies,
+    eGains,
+    eBands,  // both of these, which are read together and set one by one
+};
+
+// Their names, empty where there is none.
+const char* ReaderName(ApiMethods methods);
+const char* WriterName(ApiMethods methods);
 
 // What a value is called, besides its number.
 struct ValueWord {
@@ -27,6 +51,7 @@ struct ValueWord {
     std::uint32_t number;
 };
 
+// One row of the table.
 struct Setting {
     std::string name;     // "volume-leveler", "volume-leveler.on"
     std::string summary;  // one line without a full stop
@@ -38,8 +63,7 @@ struct Setting {
     std::vector<ValueWord> words;  // of numbers; switches have on and off besides
     bool perProfile = false;
     Access access = Access::eStoreOnly;
-    std::string reader;  // methods of the API; empty for store-only settings
-    std::string writer;
+    ApiMethods methods = ApiMethods::eNone;
     Technology technology;
 
     // Not stored: the version, which only the library knows.
@@ -69,17 +93,18 @@ const Setting* FindSetting(std::string_view name);
 // The same; Failure with eBadInput and the nearest names.
 const Setting& SettingNamed(std::string_view name);
 // "volume-leveler" and "volume-leveler.on" both give "volume-leveler.on"; null when the
-// setting is no switch and has none.
+// setting is not a switch and has none.
 const Setting* SwitchOf(const Setting& setting);
 // The setting that a value of the store belongs to; null for triggers and the like.
 const Setting* SettingOf(const SchemaValue& value);
 
-// What a value of the store is called: the setting's name, or for what is no setting "levels",
-// "table-counter", "volume-leveler trigger"; with the profile in front: "music:
-// volume-leveler".
+// What a value of the store is called: the setting's name, or, for a value that is not a
+// setting, "levels", "table-counter", "volume-leveler trigger"; with the profile in front:
+// "music: volume-leveler".
 std::string NameOf(const SchemaValue& value);
 std::string PlaceOf(const SchemaValue& value);
 
+// All names, in the order of `list`.
 std::vector<std::string> SettingNames();
 // For completion: on and off, words, profiles; empty for plain numbers.
 std::vector<std::string> CompletionWords(const Setting& setting);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Adapts the codec of the contract to strings and vectors.
 #include "settings/texts.h"
 
 #include "contract/codec/array_text.h"

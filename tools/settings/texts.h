@@ -10,6 +10,7 @@
 
 namespace kora4::tools {
 
+// Six decimals, as the library writes it.
 std::u16string FormatFloatText(float value);
 // None when the text does not begin with a decimal number that a float can hold.
 std::optional<float> ParseFloatText(const std::u16string& text);
@@ -20,7 +21,10 @@ std::optional<std::u16string> FormatNumericArray(std::uint32_t scale,
 // None when the text is malformed.
 std::optional<std::vector<float>> ParseNumericArray(const std::u16string& text);
 
+// None for more flags than a text has room for.
 std::optional<std::u16string> FormatFlagArray(const std::vector<bool>& flags);
+
+// None when the text is malformed.
 std::optional<std::vector<bool>> ParseFlagArray(const std::u16string& text);
 
 }  // namespace kora4::tools

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Applies a plan under a journal, undoes it, and recovers from a journal that was left.
 #include "settings/transaction.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ Journal JournalOf(const std::vector<Difference>& differences) {
 void RefuseOverJournal(const JournalFile& file) {
     Journal ignored;
     const JournalFile::State state = file.Read(ignored);
-    // What was cut short never touched the store; writing anew replaces it.
+    // A journal that was cut short never touched the store; this one replaces it.
     if (state == JournalFile::State::eAbsent || state == JournalFile::State::eCutShort)
         return;
     throw Failure(ExitCode::eFailed,
@@ -37,8 +38,8 @@ void RefuseOverJournal(const JournalFile& file) {
                   "Run 'kora4ctl doctor' first: it undoes or finishes that change.");
 }
 
-// Puts every value back that is not what it was, and tells the clients once more. Goes on
-// after a refusal; the first one is thrown at the end.
+// Restores every value that has changed and announces it again. Continues after a refusal and
+// throws the first one at the end.
 void Restore(StoreAccess& store, const Journal& journal) {
     std::exception_ptr refusal;
     const auto attempt = [&refusal](auto step) {
@@ -107,14 +108,14 @@ std::string PlaceOf(const JournalEntry& entry) {
     return value ? PlaceOf(*value) : ValueName(entry.key);
 }
 
-// What a journal and the store say together.
+// What a journal says about the values that the store holds now.
 struct Examination {
     Recovered found;
     Journal journal;
     std::vector<JournalEntry> toRestore;
 };
 
-// Nothing but values of the store is ever written from a journal, whoever made the file.
+// Only values of the store are ever written from a journal, whoever wrote the file.
 bool IsOfStore(const Journal& journal) {
     return std::all_of(journal.entries.begin(), journal.entries.end(),
                        [](const JournalEntry& entry) {

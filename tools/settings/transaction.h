@@ -17,6 +17,7 @@ namespace kora4::tools {
 // Asked before each write; true: stop and put everything back.
 using IsInterrupted = std::function<bool()>;
 
+// What Apply has done.
 struct Applied {
     std::vector<Difference> changes;  // what was written, in the order of the plan
     std::size_t announcements = 0;    // counters that moved
@@ -25,7 +26,7 @@ struct Applied {
 // Makes the store what the plan says. Writes the journal, the values of the static and app
 // keys, those of the dynamic keys, then the counters of the technologies whose fields changed
 // and of the table when names changed, and removes the journal. When a step fails or an
-// interrupt comes, puts back what was there, counts the counters once more and throws Failure
+// interrupt comes, puts back what was there, moves the counters once more and throws Failure
 // with eFailed, which says so; when putting back fails as well, it says that too and the
 // journal stays for Recover. A plan that changes nothing writes nothing at all.
 //
@@ -33,6 +34,7 @@ struct Applied {
 Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock& lock,
               const JournalFile& journal, const IsInterrupted& isInterrupted = {});
 
+// What became of a journal that was found.
 enum class Recovery {
     eNothing,     // no journal
     eNotBegun,    // the journal was not whole, so the store was not touched; removed
@@ -41,6 +43,7 @@ enum class Recovery {
     eUnreadable,  // whole, but no journal of this program: left alone
 };
 
+// The outcome with the values that it concerns.
 struct Recovered {
     Recovery outcome = Recovery::eNothing;
     bool isDone = true;                 // false from Inspect: what Recover would do

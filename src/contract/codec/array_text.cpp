@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads and writes the texts of arrays. Every change of an equalizer passes here, so there is
+// a fast way for the form that the writer itself produces.
 #include "contract/codec/array_text.h"
 
 #include <algorithm>
@@ -46,8 +48,8 @@ constexpr bool EndsToken(char16_t c) {
     return c == u',' || c == u'\0' || IsWhiteSpace(c);
 }
 
-// A number that was read, and where the next token's white space begins; null after a
-// token that is no number.
+// A number that was read, and where the next token's white space begins; null after a token
+// that is not a number.
 struct Token {
     const char16_t* pNext;
     std::uint32_t value;
@@ -100,7 +102,8 @@ inline Token NextToken(const char16_t* p) {
 }
 
 // Reads the count and that many elements, which `convert` turns from numbers into what is
-// stored; it gives false for a number that is no element. Clears the places behind them.
+// stored; it returns false for a number that cannot be an element. Clears the places behind
+// them.
 template <typename Element, typename Convert>
 bool ReadElements(const char16_t* p, std::uint32_t* pCount, Element* pElements,
                   Convert convert) {

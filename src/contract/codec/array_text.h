@@ -18,6 +18,7 @@
 
 namespace kora4::codec {
 
+// Places that every array has in memory. A stored count may not be larger.
 inline constexpr std::uint32_t cArrayCapacity = cMaxArrayElements;
 
 // Scales that can be written are 1 to cScaleLimit - 1.
@@ -26,7 +27,7 @@ inline constexpr std::uint32_t cScaleLimit = 0x8000;
 // The buffer in which an array's text is built, terminator included.
 inline constexpr std::size_t cArrayTextChars = 1024;
 
-// A piece of an array's text is only begun with this much room left.
+// Characters that must be left before a piece of the text is begun.
 inline constexpr std::size_t cArrayFieldRoom = 32;
 
 // A token of this many characters or more is refused.
@@ -61,7 +62,7 @@ enum class ArrayField : std::uint32_t {
 HRESULT PutArrayField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
                       std::uint32_t value);
 
-// What may take the place of PutArrayField, to tell of each piece.
+// A stand-in for PutArrayField: the store passes one that traces each piece.
 using ArrayFieldWriter = decltype(&PutArrayField);
 
 // Builds the zero-terminated text. pElements and pFlags hold `count` entries and may be

@@ -16,6 +16,7 @@ class BigNumber {
   public:
     explicit BigNumber(std::uint32_t value) { MultiplyAdd(1, value); }
 
+    // The number of bits without leading zeros; 0 for zero.
     int BitLength() const {
         if (m_used == 0)
             return 0;
@@ -35,6 +36,7 @@ class BigNumber {
             m_limbs[m_used++] = static_cast<std::uint32_t>(carry);
     }
 
+    // this = this * 10^power, for a power that is not negative.
     void MultiplyByPowerOfTen(int power) {
         constexpr std::uint32_t cPowers[] = {1,      10,      100,      1000,     10000,
                                              100000, 1000000, 10000000, 100000000};
@@ -45,6 +47,7 @@ class BigNumber {
             MultiplyAdd(cPowers[power], 0);
     }
 
+    // this = this * 2^bits, for a number of bits that is not negative.
     void ShiftLeft(int bits) {
         const std::size_t limbs = static_cast<std::size_t>(bits) / 32;
         const int rest = bits % 32;
@@ -61,6 +64,7 @@ class BigNumber {
 
     bool IsZero() const { return m_used == 0; }
 
+    // Whether this number is less than the other one.
     bool IsBelow(const BigNumber& other) const {
         if (m_used != other.m_used)
             return m_used < other.m_used;
@@ -71,7 +75,7 @@ class BigNumber {
         return false;
     }
 
-    // Takes away a number that is not larger.
+    // this = this - other, for an `other` that is not larger.
     void Subtract(const BigNumber& other) {
         std::uint64_t borrow = 0;
         for (std::size_t i = 0; i < m_used; ++i) {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Writes a float with six decimals, exactly rounded, in integer arithmetic: locale, C runtime
+// and the rounding mode of the processor belong to the host.
 #include <array>
 #include <bit>
 #include <cstdint>

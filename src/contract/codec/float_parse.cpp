@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads a decimal text as the nearest float, in integer arithmetic: locale, C runtime and the
+// rounding mode of the processor belong to the host.
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -69,7 +71,7 @@ const char16_t* ReadDigits(const char16_t* p, DecimalNumber& number) {
     return any ? p : nullptr;
 }
 
-// The exponent at p, or 0 when what stands there is none.
+// The exponent at p, or 0 when there is none.
 std::int64_t ReadExponent(const char16_t* p) {
     if (*p != u'e' && *p != u'E')
         return 0;
@@ -83,8 +85,33 @@ std::int64_t ReadExponent(const char16_t* p) {
     return negative ? -exponent : exponent;
 }
 
-// The bits of the float nearest to a decimal number that is not zero; false when it is
-// too large.
+// The bits of the float nearest to quotient * 2^exponent, or to a little more when there is a
+// remainder; false when it is too large. The quotient has the mantissa and one bit to round by,
+// or more; denormals have fewer.
+bool RoundToFloat(std::uint64_t quotient, bool hasRemainder, int exponent,
+                  std::uint32_t* pBits) {
+    const int excess =
+        std::max(static_cast<int>(std::bit_width(quotient)) - (cMantissaBits + 2), 0);
+    const bool sticky = hasRemainder || (quotient & ((std::uint64_t{1} << excess) - 1)) != 0;
+    auto mantissa = static_cast<std::uint32_t>(quotient >> excess);
+    const bool half = (mantissa & 1) != 0;
+    mantissa >>= 1;
+    exponent += excess + 1;
+    if (half && (sticky || (mantissa & 1) != 0))
+        ++mantissa;
+    if (mantissa >> (cMantissaBits + 1) != 0) {
+        mantissa >>= 1;
+        ++exponent;
+    }
+    if (exponent > cHighestExponent)
+        return false;
+    // A mantissa without its leading bit is a denormal's and adds no exponent.
+    const auto biased = static_cast<std::uint32_t>(exponent - cLowestExponent);
+    *pBits = (biased << cMantissaBits) + mantissa;
+    return true;
+}
+
+// The same for a decimal number that is not zero.
 bool RoundToFloat(const DecimalNumber& number, std::uint32_t* pBits) {
     const std::int64_t place = number.exponent + number.digitCount - 1;
     if (place >= cHighestPlace)
@@ -116,27 +143,50 @@ bool RoundToFloat(const DecimalNumber& number, std::uint32_t* pBits) {
         }
     }
 
-    bool sticky = !numerator.IsZero();
-    if (quotient >> (cMantissaBits + 2) != 0) {
-        sticky = sticky || (quotient & 1) != 0;
-        quotient >>= 1;
-        ++exponent;
-    }
-    const bool half = (quotient & 1) != 0;
-    quotient >>= 1;
-    ++exponent;
-    if (half && (sticky || (quotient & 1) != 0))
-        ++quotient;
-    if (quotient >> (cMantissaBits + 1) != 0) {
-        quotient >>= 1;
-        ++exponent;
-    }
-    if (exponent > cHighestExponent)
+    return RoundToFloat(quotient, !numerator.IsZero(), exponent, pBits);
+}
+
+// Reads a number of any length; false when there is none, or none that a float can hold.
+bool ReadLong(const char16_t* p, std::uint32_t* pBits) {
+    DecimalNumber number;
+    p = ReadDigits(p, number);
+    if (p == nullptr)
         return false;
-    // A mantissa without its leading bit is a denormal's and adds no exponent.
-    const auto biased = static_cast<std::uint32_t>(exponent - cLowestExponent);
-    *pBits = (biased << cMantissaBits) + quotient;
-    return true;
+    *pBits = 0;
+    if (number.digitCount == 0)
+        return true;
+    number.exponent += ReadExponent(p);
+    return RoundToFloat(number, pBits);
+}
+
+// The same for what the library writes itself and nearly everybody else: few digits and no
+// exponent, so that 64 bits are enough. False for all others.
+bool ReadShort(const char16_t* p, std::uint32_t* pBits) {
+    constexpr int cShortDigits = 18;                   // less than 2^63
+    constexpr std::uint64_t cMaxPower = 100000000000;  // leaves a quotient of 27 bits or more
+    std::uint64_t digits = 0;
+    std::uint64_t power = 1;  // of ten, by the digits behind the point
+    int count = 0;
+    bool afterPoint = false;
+    for (; count <= cShortDigits; ++p) {
+        if (IsDigit(*p)) {
+            digits = digits * 10 + static_cast<std::uint64_t>(*p - u'0');
+            power *= afterPoint ? 10 : 1;
+            ++count;
+        } else if (*p == u'.' && !afterPoint) {
+            afterPoint = true;
+        } else {
+            break;
+        }
+    }
+    if (count == 0 || count > cShortDigits || power > cMaxPower || *p == u'e' || *p == u'E')
+        return false;
+    *pBits = 0;
+    if (digits == 0)
+        return true;
+    const int shift = std::countl_zero(digits);
+    digits <<= shift;
+    return RoundToFloat(digits / power, digits % power != 0, -shift, pBits);
 }
 
 }  // namespace
@@ -151,16 +201,9 @@ bool ParseFloat(const char16_t* pText, float* pValue) {
     if (p[0] == u'0' && (p[1] == u'x' || p[1] == u'X'))
         return false;
 
-    DecimalNumber number;
-    p = ReadDigits(p, number);
-    if (p == nullptr)
+    std::uint32_t bits;
+    if (!ReadShort(p, &bits) && !ReadLong(p, &bits))
         return false;
-    std::uint32_t bits = 0;
-    if (number.digitCount != 0) {
-        number.exponent += ReadExponent(p);
-        if (!RoundToFloat(number, &bits))
-            return false;
-    }
     *pValue = std::bit_cast<float>(bits | (negative ? 1u << 31 : 0u));
     return true;
 }

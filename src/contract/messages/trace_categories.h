@@ -11,6 +11,7 @@
 
 namespace kora4::contract {
 
+// A bit or field of the flag word in words.
 struct TraceBits {
     std::uint32_t bits;
     const char* name;
@@ -68,6 +69,7 @@ struct TraceTag {
     const char* writer;
 };
 
+// The modules that write lines, in alphabetical order.
 inline constexpr TraceTag cTraceTags[] = {
     {"KOLFXPropKeysAccess", "the access to the registry keys"},
     {"KORA4ASL", "the object that clients use, and registration"},

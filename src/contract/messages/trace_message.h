@@ -9,6 +9,7 @@
 
 namespace kora4::contract {
 
+// One message that the trace can write, and what is to be known about it.
 struct TraceMessage {
     const char* function;  // null: of any function
     // The message as the statement has it, without the newline at its end: each conversion

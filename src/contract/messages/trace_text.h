@@ -71,6 +71,8 @@ constexpr std::string_view Without(std::string_view list, std::size_t parts) {
     }
     return list;
 }
+
+// The part of a list at `index`; empty behind its end.
 constexpr std::string_view PartOf(std::string_view list, std::size_t index) {
     list = Without(list, index);
     return list.substr(0, list.find(','));
@@ -85,7 +87,7 @@ constexpr bool BeginsWithOneOf(std::string_view text,
     return false;
 }
 
-// Whether a text can be a value of that kind, where the kind has a look of its own.
+// Whether a text can be a value of that kind, where the kind has a recognisable form.
 constexpr bool CanBe(std::string_view kind, std::string_view text) {
     if (kind == "switch") {
         constexpr std::string_view cSwitches[] = {"On", "Off", "Enabled", "Disabled"};
@@ -113,6 +115,7 @@ struct Conversion {
     char kind = '\0';
 };
 
+// The conversion that `pattern` begins with, its per cent sign first.
 constexpr Conversion ConversionAt(std::string_view pattern) {
     Conversion conversion;
     std::size_t at = 1;
@@ -126,7 +129,7 @@ constexpr Conversion ConversionAt(std::string_view pattern) {
     return conversion;
 }
 
-// How many characters at the front of the text a number takes; 0: there is none.
+// How many characters at the front of the text a number takes; 0 when there is none.
 constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_view text) {
     const std::size_t sign = text.starts_with("-") ? 1 : 0;
     switch (conversion.kind) {
@@ -166,6 +169,7 @@ constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_v
 constexpr bool Match(std::string_view pattern, std::string_view text, TraceValues* pValues,
                      std::string_view kinds);
 
+// Matches from a conversion on, whose value takes `length` characters of the text.
 constexpr bool MatchValue(std::string_view pattern, std::string_view text,
                           const Conversion& conversion, std::size_t length,
                           const TraceValues& before, TraceValues* pValues,
@@ -209,7 +213,7 @@ constexpr bool Match(std::string_view pattern, std::string_view text, TraceValue
     return length != 0 && MatchValue(pattern, text, conversion, length, before, pValues, kinds);
 }
 
-// Characters that are no part of a conversion.
+// Characters outside conversions.
 constexpr std::size_t ExactCharacters(std::string_view pattern) {
     std::size_t exact = 0;
     while (!pattern.empty()) {
@@ -220,6 +224,7 @@ constexpr std::size_t ExactCharacters(std::string_view pattern) {
     return exact;
 }
 
+// How many values a pattern holds.
 constexpr std::size_t ConversionsIn(std::string_view pattern) {
     std::size_t count = 0;
     while (!pattern.empty()) {
@@ -232,8 +237,8 @@ constexpr std::size_t ConversionsIn(std::string_view pattern) {
 
 }  // namespace detail
 
-// How many characters of the row stand in the message word by word; 0 when the message is
-// not of the row. Blanks around a message do not count. A message of several lines is also
+// How many characters of the row stand in the message word by word; 0 when the message does
+// not match the row. Blanks around a message do not count. A message of several lines is also
 // matched by each of its lines.
 constexpr std::size_t MatchTraceText(const TraceMessage& row, std::string_view message,
                                      TraceValues* pValues) {

@@ -12,13 +12,14 @@
 namespace kora4 {
 
 // Every operation returns S_OK, S_FALSE when the value is absent (reads and Delete),
-// APOERR_NOT_INITIALIZED before the access is open, or a failure. On anything but S_OK
-// the outputs are untouched. The app keys are read only: writes to them succeed and go
-// nowhere, a deletion in them fails. Implementations are called with the store's named mutex
-// held (the trace word excepted, which Initialize reads without), by one thread at a time,
-// and call nothing back.
+// APOERR_NOT_INITIALIZED before the access is open, or a failure. On anything but S_OK the
+// outputs are untouched. The app keys are read only: writes to them succeed and store nothing,
+// a deletion in them fails. Implementations are called with the store's named mutex held (the
+// trace word excepted, which Initialize reads without), by one thread at a time, and call
+// nothing back.
 class KORA4KeyAccess {
   public:
+    // Reads a number of 32 bits. A stored value of another type or size is a failure.
     virtual HRESULT ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
                              std::uint32_t* pValue) = 0;
 
@@ -29,6 +30,7 @@ class KORA4KeyAccess {
     virtual HRESULT ReadBlob(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t* pSize,
                              std::uint8_t** ppData) = 0;
 
+    // Stores a 32-bit number.
     virtual HRESULT WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
                               std::uint32_t value) = 0;
 
@@ -36,9 +38,11 @@ class KORA4KeyAccess {
     virtual HRESULT WriteText(KORA4KeySet keySet, const PropertyKey& key,
                               const char16_t* pwText) = 0;
 
+    // `size` is in bytes. The data is copied before the return.
     virtual HRESULT WriteBlob(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t size,
                               const std::uint8_t* pData) = 0;
 
+    // Removes the value; S_FALSE when there is none.
     virtual HRESULT Delete(KORA4KeySet keySet, const PropertyKey& key) = 0;
 
   protected:

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The named mutex on the platform's calls, with the trace lines that log readers know of it.
 #include "store/access/named_mutex.h"
 
 #include <windows.h>

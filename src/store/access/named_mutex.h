@@ -9,8 +9,11 @@
 
 namespace kora4 {
 
+// Without a namespace prefix: the mutex is that of the session.
 inline constexpr char16_t cStoreMutexName[] = u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}";
 
+// Owns the handle of the mutex. One object serves all threads of a client; Create and
+// FreeMutex are called by one of them, before and after all others.
 class CAPABILITY("named mutex") NamedMutex {
   public:
     NamedMutex() = default;
@@ -26,10 +29,15 @@ class CAPABILITY("named mutex") NamedMutex {
     // its dead owner left behind counts as owned, and a failed wait must not strand a
     // client that could still read and repair the store.
     void Acquire() ACQUIRE();
+
+    // True while a thread of this process holds the mutex through this object. Only that
+    // thread can rely on the answer.
     bool IsAcquired() const { return m_acquired; }
 
     // E_FAIL when the platform refuses the release.
     HRESULT Release() RELEASE();
+
+    // Closes the handle; the mutex itself lasts as long as any process has one.
     void FreeMutex();
 
   private:

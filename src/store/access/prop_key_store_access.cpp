@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Converts stored numbers and texts to typed values and back, with the trace lines of each
+// read and write.
 #include "store/access/prop_key_store_access.h"
 
 #include <algorithm>
@@ -32,7 +34,7 @@ HRESULT ReadArray(KORA4KeyAccess& access, KORA4KeySet keySet, const PropertyKey&
     return hr;
 }
 
-// Asked once a text: the pieces outnumber everything else that is traced.
+// Decided once per text: the pieces outnumber everything else that is traced.
 codec::ArrayFieldWriter FieldWriter() {
     return trace::IsEnabled(trace::Flags(), trace::eStoreExitResult)
                ? &KORA4PropKeyStoreAccess::WriteArrayNumericField

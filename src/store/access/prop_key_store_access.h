@@ -10,12 +10,14 @@
 
 namespace kora4 {
 
-// Reads hand out S_OK with the value, S_FALSE when it is absent, or a failure; on
-// anything but S_OK the caller takes its default.
+// Reads hand out S_OK with the value, S_FALSE when it is absent, or a failure; on anything but
+// S_OK the caller takes its default. Borrows the access, which must outlive it; has no state
+// of its own and costs nothing to make. Used under the store's named mutex, like the access.
 class KORA4PropKeyStoreAccess {
   public:
     explicit KORA4PropKeyStoreAccess(KORA4KeyAccess& access) : m_access(access) {}
 
+    // Nothing but a number of four bytes is read.
     HRESULT ReadUINT(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t* pValue);
     // Any non-zero number reads as true.
     HRESULT ReadBool(KORA4KeySet keySet, const PropertyKey& key, bool* pValue);
@@ -33,8 +35,11 @@ class KORA4PropKeyStoreAccess {
     std::uint32_t UINTOr(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t fallback);
     bool BoolOr(KORA4KeySet keySet, const PropertyKey& key, bool fallback);
 
+    // Stores the low 32 bits.
     HRESULT WriteUINT(KORA4KeySet keySet, const PropertyKey& key, std::uint64_t value);
+    // Stores 0 or 1.
     HRESULT WriteBool(KORA4KeySet keySet, const PropertyKey& key, bool value);
+    // Stores a text with six decimals.
     HRESULT WriteFloat(KORA4KeySet keySet, const PropertyKey& key, float value);
     // E_INVALIDARG, and nothing is written, for a scale of 0 or of 32768 and above.
     HRESULT WriteNumericArray(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t scale,

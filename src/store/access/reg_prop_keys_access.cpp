@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The seven operations: their common frame, then each of them on the registry and on the
+// property store.
 #include "store/access/reg_prop_keys_access.h"
 
 #include <propidl.h>
@@ -270,8 +272,8 @@ HRESULT KORA4RegPropKeysAccess::ReadRegistryDWORD(HKEY hKey, const PropertyKey& 
 
 HRESULT KORA4RegPropKeysAccess::ReadRegistryText(HKEY hKey, const PropertyKey& key,
                                                  char16_t** ppText) {
-    // One place more than a value may fill: the terminator of a text that was stored
-    // without one. An odd last byte is no character and is dropped.
+    // One place more than a value may fill: the terminator of a text that was stored without
+    // one. An odd last byte is dropped.
     char16_t text[cMaxTextBytes / sizeof(char16_t) + 1];
     DWORD size = cMaxTextBytes;
     const HRESULT hr = QueryRegistryValue(hKey, key, REG_SZ, text, &size);

@@ -30,16 +30,19 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     KORA4RegPropKeysAccess(const KORA4RegPropKeysAccess&) = delete;
     KORA4RegPropKeysAccess& operator=(const KORA4RegPropKeysAccess&) = delete;
 
-    // Key set 1 lives in the store that is handed in here; without one its operations
-    // fail with E_FAIL.
+    // Key set 1 lives in the store that is handed in here; without one its operations fail
+    // with E_FAIL. Takes a reference of its own.
     void SetPropertyStore(IPropertyStore* pIPropertyStore);
 
     // S_FALSE: open, but at least one key does not exist. The app keys are opened
     // read-only in any case; the other two are created when `writable` is set.
     HRESULT Open(bool writable);
+
+    // Closes the keys; the property store stays. Harmless when not open.
     void Close();
     bool IsOpen() const { return m_opened; }
 
+    // KORA4KeyAccess.
     HRESULT ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
                      std::uint32_t* pValue) override;
     HRESULT ReadText(KORA4KeySet keySet, const PropertyKey& key, char16_t** ppText) override;
@@ -60,8 +63,8 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     // The registry key of a key set; null for a set that is not in the registry.
     const UniqueRegKey* RegistryKey(KORA4KeySet keySet) const;
 
-    // The app keys belong to the installer of the companion applications: what is written
-    // to them goes nowhere, whether they exist or not.
+    // The app keys belong to the installer of the companion applications: writes to them store
+    // nothing, whether they exist or not.
     HKEY HandleToWrite(const UniqueRegKey& key) const;
 
     static HRESULT OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key, bool writable);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Task memory from COM's allocator. Native tests have one of their own.
 #include "store/access/task_memory.h"
 
 #include <objbase.h>

@@ -10,6 +10,8 @@ namespace kora4 {
 
 // Null when there is no memory.
 void* AllocTaskMemory(std::size_t bytes);
+
+// Null is accepted.
 void FreeTaskMemory(void* memory);
 
 // A zero-terminated copy of `text`; null when there is no memory.

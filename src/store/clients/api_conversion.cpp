@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The mapping of technologies, and the copying of values between the API's records and the
+// working records.
 #include "store/clients/api_conversion.h"
 
 #include <algorithm>

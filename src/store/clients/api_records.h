@@ -11,6 +11,7 @@
 
 namespace kora4 {
 
+// Technologies as clients number them. The order is that of the public enumeration.
 enum class ApiTechnology : std::uint32_t {
     eVolumeLeveler = 0,
     eGraphicEQ,
@@ -21,6 +22,7 @@ enum class ApiTechnology : std::uint32_t {
     eNumberKORA4APITechnologies
 };
 
+// Whether a client's number is that of a technology.
 constexpr bool IsValidASLTechnology(std::uint32_t technology) {
     return technology < static_cast<std::uint32_t>(ApiTechnology::eNumberKORA4APITechnologies);
 }
@@ -39,6 +41,7 @@ struct ApiPatchValue {
 static_assert(sizeof(ApiPatchValue) == 8);
 static_assert(offsetof(ApiPatchValue, m_values) == 4);
 
+// The graphic EQ: m_bands entries of each array are in use.
 struct ApiGraphicEQ {
     std::uint32_t m_bands;
     float m_freq[cMaxArrayElements];

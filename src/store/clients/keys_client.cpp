@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Loading of all settings, and the comparison of the store with the baseline.
 #include "store/clients/keys_client.h"
 
 #include "trace/trace.h"

@@ -28,7 +28,7 @@ struct Baseline {
     std::uint32_t profile = cMovieProfile;
     bool enable = true;
     std::uint32_t tableCounter = 0;
-    // The on/off flags are those of `profile`.
+    // The switches are those of `profile`.
     TechnologyWords words;
 };
 
@@ -53,6 +53,9 @@ struct StoreSettings {
     std::uint32_t staticSettings[std::size(cStaticSettings)] = {};
 };
 
+// Holds the working records, the baseline and the mutex; the key access is borrowed and must
+// outlive it. What is marked as guarded is used by whoever holds the named mutex, whichever
+// thread that is.
 class KORA4KeysClient {
   public:
     explicit KORA4KeysClient(KORA4KeyAccess* pKeyAccess);
@@ -75,13 +78,16 @@ class KORA4KeysClient {
     // Compares the store with the baseline, reloads what changed and moves the baseline.
     HRESULT DynamicKeyUpdate(StoreChanges* pChanges) REQUIRES(m_regKeysMutex);
 
-    // Writes the active preset.
+    // Writes the active preset and moves the baseline with it.
     HRESULT UpdateActivePreset(const Change<std::uint32_t>& activePreset)
         REQUIRES(m_regKeysMutex);
 
+    // The typed view of the key access. Made for each use; it holds nothing.
     KORA4PropKeyStoreAccess Values() REQUIRES(m_regKeysMutex) {
         return KORA4PropKeyStoreAccess(*m_pKeyAccess);
     }
+
+    // General settings of the dynamic keys as stored now, or their defaults.
     std::uint32_t ReadActivePreset() REQUIRES(m_regKeysMutex);
     bool ReadMasterEnable() REQUIRES(m_regKeysMutex);
     std::uint32_t ReadTableCounter() REQUIRES(m_regKeysMutex);
@@ -96,9 +102,12 @@ class KORA4KeysClient {
     std::array<TaskPtr<char16_t>, 3> m_commands;
 
   private:
+    // The parts of the initial load, in their order.
     void LoadMasterEnables() REQUIRES(m_regKeysMutex);
     void LoadStaticSettings() REQUIRES(m_regKeysMutex);
     void LoadDynamicSettings() REQUIRES(m_regKeysMutex);
+
+    // Fills in which technologies have changed, and reloads those that a client may ask for.
     HRESULT DynamicPatchUpdates(const Baseline& stored, StoreChanges* pChanges)
         REQUIRES(m_regKeysMutex);
 };

@@ -25,6 +25,8 @@ class OvertakenItems {
 
     static constexpr Items cEnable = 1;
     static constexpr Items cProfile = 2;
+
+    // The switch, or the value, of one technology.
     static constexpr Items Switch(std::uint32_t presetTechnology) {
         return Items{1} << (8 + presetTechnology);
     }
@@ -34,6 +36,7 @@ class OvertakenItems {
     // The switches and values of every technology.
     static constexpr Items cTechnologies = 0x00FFFF00;
 
+    // A new analysis has begun: nothing is overtaken yet.
     void Clear() { m_items = 0; }
     void Add(Items items) { m_items |= items; }
     bool Contains(Items item) const { return (m_items & item) != 0; }

@@ -8,8 +8,10 @@
 
 namespace kora4 {
 
+// The tag of the lines of every operation.
 inline constexpr char cUIKeysClientTag[] = "KORA4UIKeysClient";
 
+// See the declaration: the frame of every operation.
 template <typename Body>
 HRESULT KORA4UIKeysClient::RunUnderMutex(const trace::Site& site, int line, bool argumentsGood,
                                          Body&& body) {

@@ -47,7 +47,7 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
         if (!IsPresetProfile(profile))
             return KORA4_S_NOT_A_PRESET_PROFILE;
 
-        // What is stored under the paired demo profile are the factory values.
+        // The paired demo profile stores the factory values.
         const std::uint32_t demoProfile = DemoProfileOf(profile);
         m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
         KORA4ManagedPatchSet::Refresh();
@@ -209,7 +209,7 @@ HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profi
     } else {
         m_patches.LoadPresetOnElseOff(*m_pKeyAccess, profile.after);
     }
-    // The flags of the baseline are those of its profile.
+    // The switches of the baseline are those of its profile.
     if (m_baseline.profile != knownProfile)
         std::ranges::copy(m_patches.m_dwPresetOnElseOff, m_baseline.words.m_dwPresetOnElseOff);
     if (result::Succeeded(hr) && profile.after != m_analysedProfile)
@@ -218,7 +218,7 @@ HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profi
 }
 
 void KORA4UIKeysClient::SaveStateBeforeDemo(std::uint32_t profile, bool enable) {
-    // A demo whose return way cannot be saved is entered all the same.
+    // The demo is entered even if the way back cannot be saved.
     Values().WriteUINT(eKeySetStatic, pkey::Setting(pkey::cSavedProfilePid), profile);
     Values().WriteBool(eKeySetStatic, pkey::Setting(pkey::cSavedEnablePid), enable);
 }

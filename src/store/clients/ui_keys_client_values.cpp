@@ -44,7 +44,7 @@ HRESULT KORA4UIKeysClient::GetTechnologyOnElseOff(KORA4PresetTechnology technolo
                                        "KORA4UIKeysClient::GetTechnologyOnElseOff"};
     const bool argumentsGood = IsValidTechnology(technology);
     return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
-        // On/off flags are the stored ones in a demo profile too.
+        // Switches are the stored ones in a demo profile too.
         const HRESULT hr = m_patches.LoadPresetPatchEnable(*m_pKeyAccess, ReadActivePreset(),
                                                            false, technology);
         if (result::Succeeded(hr))
@@ -89,7 +89,7 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
     const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0 &&
                                size >= ASLPatchSizeOf(technology);
     return RunUnderMutex(cSite, __LINE__, argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
-        // The flag and the fields that the caller does not set are those of the store.
+        // The switch and the fields that the caller does not set are those of the store.
         const std::uint32_t profile = ReadActivePreset();
         const bool isDemo = IsDemoProfile(profile);
         HRESULT hr =
@@ -102,14 +102,14 @@ HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t
         if (result::Succeeded(hr))
             hr = m_patches.WritePresetPatch(
                 *m_pKeyAccess, profile, presetTech, true,
-                // The flag is written back as it was read.
+                // The switch is written back as it was read.
                 {.pTrigger = &m_baseline.words.m_dwPresetTriggers[presetTech]});
         return Overtake(hr, profile, OvertakenItems::Value(presetTech));
     });
 }
 
-// What an own write of a technology is to move; reads the on/off flag that it replaces. The
-// flags that the client knows are those of one profile.
+// What an own write of a technology is to move; reads the switch that it replaces. The
+// switches that the client knows are those of one profile.
 KnownWords KORA4UIKeysClient::ReadKnown(std::uint32_t profile,
                                         KORA4PresetTechnology technology) {
     TechnologyWords& words = m_baseline.words;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads and writes one field of a record according to its row in the field table.
 #include "store/patches/field_def.h"
 
 #include <algorithm>

@@ -16,6 +16,7 @@ namespace kora4 {
 
 class KORA4PropKeyStoreAccess;
 
+// A kind as the one character that stands in the field tables.
 constexpr char16_t TypeCodeOf(ValueKind kind) {
     return static_cast<char16_t>(kind);
 }
@@ -45,10 +46,10 @@ struct KORA4FieldDef {
     std::uint16_t m_numArrays;      // 0 for scalars
     std::uint16_t scale;            // 'F': fixed-point divisor of the text, 1 or 256
 
-    // Reads the field under `key` (its pid is replaced) from the static keys. Whatever
-    // cannot be read takes the default of row `defaultsIndex`, and so does everything
-    // with `defaultsOnly`, without asking the store. E_FAIL when a default is broken or
-    // the type code is none.
+    // Reads the field under `key` (its pid is replaced) from the static keys. Whatever cannot
+    // be read takes the default of row `defaultsIndex`, and so does everything with
+    // `defaultsOnly`, without asking the store. E_FAIL when a default is broken or the type
+    // code is unknown.
     HRESULT Load(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t defaultsIndex,
                  bool defaultsOnly, void* pRecord) const;
 

@@ -20,10 +20,13 @@ namespace kora4::fields {
 template <std::size_t Rows>
 inline constexpr bool cIsDefaultsTable = Rows == 1 || Rows == cDefaultedProfileBound;
 
+// A position as the tables hold it; every record is shorter than 64 KB.
 constexpr std::uint16_t Position(std::size_t offset) {
     return static_cast<std::uint16_t>(offset);
 }
 
+// The builders of one row each: `pid` is the property id, the other numbers are offsets of
+// members in the record.
 template <std::size_t Rows>
 constexpr KORA4FieldDef Unsigned(std::uint16_t pid, std::size_t value,
                                  const std::uint32_t (&rows)[Rows]) {
@@ -153,6 +156,7 @@ struct RecordDef {
     std::uint32_t numberFields;
 };
 
+// The entry for a technology whose record has fields.
 template <std::size_t Count>
 constexpr RecordDef Record(std::size_t position, std::size_t size,
                            const KORA4FieldDef (&table)[Count]) {
@@ -160,6 +164,7 @@ constexpr RecordDef Record(std::size_t position, std::size_t size,
             Count};
 }
 
+// The entry of no technology.
 inline constexpr RecordDef cNoRecord{0, 0, nullptr, 0};
 
 inline constexpr RecordDef cPresetRecords[] = {
@@ -202,8 +207,8 @@ constexpr bool IsWithinRecord(const RecordDef& record, const KORA4FieldDef& fiel
             field.selectionMember + firstWord <= record.size);
 }
 
-// Property ids are unique, 0 belongs to the on/off flag, and several arrays take
-// consecutive ones; tables are in ascending order.
+// Property ids are unique, 0 belongs to the switch, and several arrays take consecutive ones;
+// tables are in ascending order.
 template <std::size_t Count>
 constexpr bool IsConsistent(const RecordDef (&records)[Count]) {
     for (const RecordDef& record : records) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Loads and writes records, switches and trigger words, technology by technology.
 #include "store/patches/managed_patch_set.h"
 
 #include "contract/profiles.h"
@@ -203,7 +204,7 @@ HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
     static constexpr trace::Site cSite{cTag, "KORA4ManagedPatchSet::WritePresetPatchEnable"};
     HRESULT hr = result::cOk;
     const trace::Scope scope(cSite, __LINE__, trace::eStoreEntry, trace::eStoreExitResult, &hr);
-    // No technology has the GUID offset of the volume: it would write that one's flag.
+    // No technology has the GUID offset of the volume: it would write that one's switch.
     if (!IsValidTechnology(technology))
         return hr = result::cInvalidArg;
     if (!IsSelectableProfile(profile))

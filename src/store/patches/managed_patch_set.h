@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The working copy of all technology records for one profile, with the on/off flags and
-// the trigger words, and their way to and from the store.
+// The working copy of all technology records for one profile, with the switches and the
+// trigger words, and their way to and from the store.
 #ifndef KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
 #define KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
 
@@ -29,8 +29,7 @@ struct RecordPart {
     std::size_t size = 0;
 };
 
-// The words of the technologies that clients watch, by technology number; the number of no
-// technology has none.
+// The words of the technologies that clients watch, by technology number; entry 0 is not used.
 struct TechnologyWords {
     std::uint32_t m_dwPresetOnElseOff[eNumberKORA4PresetTechnologies] = {};
     std::uint32_t m_dwGlobalOnElseOff[eNumberKORA4GlobalTechnologies] = {};
@@ -53,13 +52,15 @@ class KORA4ManagedPatchSet : public TechnologyWords {
   public:
     KORA4ManagedPatchSet();
 
-    // Clears records, flags and trigger words.
+    // Clears records, switches and trigger words.
     void Reset();
 
-    // Loads the on/off flag and the record of one technology of a profile. With
-    // `defaultsOnly` the store is not asked and the built-in defaults are taken.
+    // Loads the switch and the record of one technology of a profile. With `defaultsOnly` the
+    // store is not asked and the built-in defaults are taken.
     HRESULT LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile, bool defaultsOnly,
                             KORA4PresetTechnology technology);
+
+    // The halves of LoadPresetPatch: the switch, and the fields.
     HRESULT LoadPresetPatchEnable(KORA4KeyAccess& access, std::uint32_t profile,
                                   bool defaultsOnly, KORA4PresetTechnology technology);
     // Fields that lie in `except` are left as they are: their values are about to be replaced.
@@ -69,13 +70,14 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     // Every preset technology, 1 to 7; the results are not combined.
     void LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile, bool defaultsOnly);
 
+    // The same for a global technology, which has one record for all profiles.
     HRESULT LoadGlobalPatch(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
     HRESULT LoadGlobalPatchEnable(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
     HRESULT LoadGlobalPatchData(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
     void LoadGlobalPatches(KORA4KeyAccess& access);
 
-    // Writes flag, fields and, with `bumpTrigger` and after everything else succeeded,
-    // the technology's trigger word. A profile that is not selectable is never written: S_OK.
+    // Writes switch, fields and, with `bumpTrigger` and after everything else succeeded, the
+    // technology's trigger word. A profile that is not selectable is never written: S_OK.
     HRESULT WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                              KORA4PresetTechnology technology, bool bumpTrigger,
                              const KnownWords& known = {});
@@ -90,7 +92,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     static bool GetDefaultOnElseOff(KORA4PresetTechnology technology, std::uint32_t profile);
     static bool GetDefaultOnElseOff(KORA4GlobalTechnology technology);
 
-    // The stored on/off flag of a technology in a profile, or its default.
+    // The stored switch of a technology in a profile, or its default.
     static bool ReadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile,
                                     KORA4PresetTechnology technology);
     static bool ReadGlobalOnElseOff(KORA4KeyAccess& access, KORA4GlobalTechnology technology);
@@ -98,7 +100,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     // Reads all trigger words, of preset technologies 1 to 7 and global ones 1 to 3; a word
     // that cannot be read is 0.
     void LoadTriggers(KORA4KeyAccess& access);
-    // Reads the on/off flags of preset technologies 1 to 7 and the global enables 1 to 3.
+    // Reads the switches of preset technologies 1 to 7, and of global ones 1 to 3.
     void LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile);
     void LoadGlobalOnElseOff(KORA4KeyAccess& access);
 
@@ -107,7 +109,7 @@ class KORA4ManagedPatchSet : public TechnologyWords {
     // readers know: they end each load.
     static void Refresh();
 
-    // E_INVALIDARG (and an assertion) for anything that is no technology. The
+    // E_INVALIDARG (and an assertion) for anything that is not a technology. The
     // next-generation surround has a record and no fields.
     HRESULT GetTechnologyFields(KORA4PresetTechnology technology, TechnologyFields* pOut);
     HRESULT GetTechnologyFields(KORA4GlobalTechnology technology, TechnologyFields* pOut);

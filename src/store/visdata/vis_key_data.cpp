@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Walks over the records of a levels blob, each step checked against its size; writes the
+// content to the trace.
 #include "store/visdata/vis_key_data.h"
 
 #include <cstring>
@@ -92,7 +94,7 @@ void KORA4VisKeyData::GetData(const std::uint8_t* pAPOData, std::uint32_t* pNumB
 
 void KORA4VisKeyData::DebugPrint(const void* pModule, const char* pMessage) const {
     static constexpr trace::Site cSite{cTag, "KORA4VisKeyData::DebugPrint"};
-    // With all of its lines off there is nothing to walk the records for.
+    // No need to walk the records when all of these lines are off.
     constexpr std::uint32_t cAllLines =
         std::uint32_t{trace::eVisualizationDump} | trace::eMonitorExitResult;
     if (!trace::IsEnabled(trace::Flags(), cAllLines))

@@ -24,8 +24,8 @@ class KORA4VisKeyData {
     // of head. A record stands there when GetNumAPOs is not 0.
     const std::uint8_t* FirstAPOData() const;
 
-    // The record behind pAPOData; null for null, for what is no record of this blob, and
-    // when no whole record follows.
+    // The record behind pAPOData; null for null, for a pointer that is not a record of this
+    // blob, and when no whole record follows.
     const std::uint8_t* NextAPOData(const std::uint8_t* pAPOData) const;
 
     // The bands of a record; 0, null and null when pAPOData is null or no record of this

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+/* The callback object of the plain C client: a vtable of functions that note what they are
+ * told. */
 #include "c_callback.h"
 
 #include <string.h>

@@ -2,8 +2,8 @@
 /* A client's callback in C: an object with a function table of its own, that counts what it
  * is told and remembers the last value of each kind. Lives in one single-threaded
  * apartment. */
-#ifndef KORA4_TESTS_C_CALLBACK_H
-#define KORA4_TESTS_C_CALLBACK_H
+#ifndef KORA4_TESTS_CONTRACT_C_CLIENT_C_CALLBACK_H
+#define KORA4_TESTS_CONTRACT_C_CLIENT_C_CALLBACK_H
 
 #include "kora4api.h"
 
@@ -26,4 +26,4 @@ typedef struct Callback {
 /* With one reference, which is the caller's; the storage stays the caller's. */
 void Callback_Construct(Callback* pThis);
 
-#endif /* KORA4_TESTS_C_CALLBACK_H */
+#endif /* KORA4_TESTS_CONTRACT_C_CLIENT_C_CALLBACK_H */

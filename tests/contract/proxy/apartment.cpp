@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The thread behind an apartment, with the message loop of a single-threaded one, and the
+// carrying of a pointer from one apartment to another.
 #include "contract/proxy/apartment.h"
 
 #include <gtest/gtest.h>

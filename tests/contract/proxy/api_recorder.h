@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Implementations of the public interfaces that note each call with its arguments and hand out
+// known values, to be reached through a proxy.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_API_RECORDER_H
 #define KORA4_TESTS_CONTRACT_PROXY_API_RECORDER_H
 
@@ -59,7 +61,7 @@ inline KORA4PatchValueUnion SampleValue(KORA4APITechnology technology, ULONG see
 inline GraphicEQData SampleEQ(ULONG seed) {
     GraphicEQData data;
     data.m_bands = seed;
-    for (ULONG i = 0; i < 40; ++i) {
+    for (ULONG i = 0; i < KORA4_GRAPHIC_EQ_MAX_BANDS; ++i) {
         data.m_freq[i] = static_cast<float>(1000 * seed + i);
         data.m_gain[i] = static_cast<float>(2000 * seed + i);
     }
@@ -150,7 +152,7 @@ class ApiRecorder : public Recorder<IVeltoKORA4API> {
     }
     STDMETHODIMP GetProfileTable(LPWSTR names[9]) override {
         std::string in;
-        for (int i = 0; i < 9; ++i) {
+        for (int i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
             in += Narrow(names[i]) + ",";
             const auto& name = m_names[static_cast<size_t>(i)];
             if (!m_leaveNames)

@@ -70,7 +70,9 @@ TEST_P(Api, ProfileNumbersTravelSigned) {
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetActiveProfile(&id); }));
     EXPECT_EQ(-7, id);
     EXPECT_EQ(S_OK, Through([](auto* api) { return api->SetActiveProfile(-2); }));
-    EXPECT_EQ(S_OK, Through([](auto* api) { return api->SetDemoProfileAndEnable(241, 5); }));
+    EXPECT_EQ(S_OK, Through([](auto* api) {
+                  return api->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, 5);
+              }));
     EXPECT_EQ(S_OK, Through([](auto* api) { return api->DeleteCustomProfile(8); }));
     EXPECT_EQ(
         "7 GetActiveProfile;8 SetActiveProfile -2;10 SetDemoProfileAndEnable 241 5;"
@@ -180,7 +182,7 @@ TEST_P(Api, ProfileTableComesOutWithItsNulls) {
     LPWSTR names[9] = {};
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetProfileTable(names); }));
     EXPECT_EQ("22 GetProfileTable null,null,null,null,null,null,null,null,null,;", Log());
-    for (size_t i = 0; i < 9; ++i) {
+    for (size_t i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
         if (m_object->m_names[i]) {
             ASSERT_NE(nullptr, names[i]) << i;
             EXPECT_STREQ(m_object->m_names[i]->c_str(), names[i]) << i;
@@ -196,10 +198,10 @@ TEST_P(Api, ProfileTableCanBeAllNullAndAllNames) {
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetProfileTable(names); }));
     for (LPWSTR name : names)
         EXPECT_EQ(nullptr, name);
-    for (size_t i = 0; i < 9; ++i)
+    for (size_t i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i)
         m_object->m_names[i] = L"name " + std::to_wstring(i);
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetProfileTable(names); }));
-    for (size_t i = 0; i < 9; ++i) {
+    for (size_t i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
         ASSERT_NE(nullptr, names[i]) << i;
         EXPECT_STREQ(m_object->m_names[i]->c_str(), names[i]);
         CoTaskMemFree(names[i]);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Registers the proxy code of the library itself, all its interfaces included.
 #include <gtest/gtest.h>
 #include <wrl/client.h>
 

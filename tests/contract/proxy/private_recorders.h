@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The same for the interfaces that are not public: the gate and those of the processing
+// objects.
 #ifndef KORA4_TESTS_CONTRACT_PROXY_PRIVATE_RECORDERS_H
 #define KORA4_TESTS_CONTRACT_PROXY_PRIVATE_RECORDERS_H
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// One record of reached slots for the whole test program.
 #include "contract/proxy/recorder.h"
 
 namespace kora4::test {

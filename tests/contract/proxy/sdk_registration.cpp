@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Registers the proxies with the call of the SDK, as a client does.
 #include <gtest/gtest.h>
 
 #include "contract/proxy/registration.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Turns types, parameters and members of a type library into text.
 #include "contract/typelib/type_text.h"
 
 #include <wrl/client.h>

@@ -46,8 +46,8 @@ std::string TextOf(ITypeInfo* info, const TYPEDESC& type);
 // "offset type name" for each field, "type name = value" for each constant.
 std::vector<std::string> Variables(ITypeInfo* info);
 
-// "slot name(in type name, out type name)" for each method after those of IUnknown. A
-// method that is no plain COM method giving an HRESULT has that in front.
+// "slot name(in type name, out type name)" for each method after those of IUnknown. A method
+// other than a plain COM method with an HRESULT has that in front.
 std::vector<std::string> Methods(ITypeInfo* info);
 
 }  // namespace kora4::test

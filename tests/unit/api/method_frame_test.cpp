@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The frame of the API's methods: order of the checks, results, and the lines around a body.
 #include "api/method_frame.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// One pass of notifications: its order, its early end, and what is left out because it was
+// overtaken.
 #include "api/notification_pass.h"
 
 #include <gmock/gmock.h>
@@ -75,7 +77,7 @@ TEST_F(NotificationPassTest, AProfileSwitchReplacesTheTechnologies) {
     ChangeEverything();
     m_changes.enable = true;
     m_changes.profileChanged = true;
-    m_changes.profile = 241;
+    m_changes.profile = cDemoMusicProfile;
     EXPECT_EQ(S_OK, Notify());
     EXPECT_THAT(m_spRecorder->Log(),
                 ElementsAre("OnEnableStateChange(1)", "OnActiveProfileChange(241)",

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The limits of values: sizes, unknown technologies, and gains that are moved into their
+// range.
 #include "api/patch_limits.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Which result each Win32 error becomes, for values, keys and writes.
 #include "platform/win32_result.h"
 
 #include <gtest/gtest.h>

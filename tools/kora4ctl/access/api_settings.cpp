@@ -1,22 +1,23 @@
 // SPDX-License-Identifier: MIT
-// The settings that the library's interface reads and writes, by the names of its methods.
+// The methods of the API, by the identifiers of the settings table.
+#include "kora4ctl/access/api_settings.h"
+
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
-#include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/equalizer/equalizer.h"
+#include "kora4ctl/registration/library_file.h"
 
 namespace kora4::tools {
 
 namespace {
 
-// None: there is no such value.
+// None when there is no such value.
 using Answer = std::optional<Value>;
 using Profile = std::optional<std::uint32_t>;
 
@@ -67,10 +68,7 @@ Answer ReadVersion(const Setting&, Profile, IVeltoKORA4API& api) {
     ULONG numbers[4] = {};
     Check(api.GetVeltoKORA4Version(&numbers[0], &numbers[1], &numbers[2], &numbers[3]),
           "Reading the version");
-    std::string version = std::to_string(numbers[0]);
-    for (unsigned i = 1; i < 4; ++i)
-        version += "." + std::to_string(numbers[i]);
-    return version;
+    return VersionText(numbers);
 }
 
 Answer ReadSwitch(const Setting& setting, Profile, IVeltoKORA4API& api) {
@@ -111,41 +109,41 @@ GraphicEQData ReadEq(const Setting& setting, IVeltoKORA4API& api) {
     return eq;
 }
 
-bool HasFrequencies(const Setting& setting) {
-    return setting.unit == "Hz";
-}
-
-Answer ReadBands(const Setting& setting, Profile, IVeltoKORA4API& api) {
+Answer ReadFrequencies(const Setting& setting, Profile, IVeltoKORA4API& api) {
     const GraphicEQData eq = ReadEq(setting, api);
-    const float* const first = HasFrequencies(setting) ? eq.m_freq : eq.m_gain;
-    return std::vector<float>(first, first + eq.m_bands);
+    return std::vector<float>(eq.m_freq, eq.m_freq + eq.m_bands);
 }
 
-// The library would store other frequencies as something else.
-void RefuseBadFrequencies(const Setting& setting, const std::vector<float>& frequencies) {
-    for (const float frequency : frequencies) {
+Answer ReadGains(const Setting& setting, Profile, IVeltoKORA4API& api) {
+    const GraphicEQData eq = ReadEq(setting, api);
+    return std::vector<float>(eq.m_gain, eq.m_gain + eq.m_bands);
+}
+
+void WriteFrequencies(const Setting& setting, Profile, const Value& value,
+                      IVeltoKORA4API& api) {
+    const auto& wanted = std::get<std::vector<float>>(value);
+    // The library would store other frequencies as something else.
+    for (const float frequency : wanted) {
         if (frequency < 1 || frequency > cHighestFrequency)
             throw Failure(ExitCode::eBadInput, Decimal(frequency) + " is not a value for '" +
                                                    setting.name + "': bands lie from " +
                                                    FrequencyRange() + ".");
     }
+    GraphicEQData eq = ReadEq(setting, api);
+    eq.m_bands = static_cast<ULONG>(std::min(wanted.size(), std::size(eq.m_freq)));
+    std::copy_n(wanted.begin(), eq.m_bands, eq.m_freq);
+    Check(api.SetGraphicEQData(&eq), "Setting " + setting.name);
 }
 
-void WriteBands(const Setting& setting, Profile, const Value& value, IVeltoKORA4API& api) {
+void WriteGains(const Setting& setting, Profile, const Value& value, IVeltoKORA4API& api) {
     const auto& wanted = std::get<std::vector<float>>(value);
     GraphicEQData eq = ReadEq(setting, api);
-    if (HasFrequencies(setting)) {
-        RefuseBadFrequencies(setting, wanted);
-        eq.m_bands = static_cast<ULONG>(std::min(wanted.size(), std::size(eq.m_freq)));
-        std::copy_n(wanted.begin(), eq.m_bands, eq.m_freq);
-    } else if (wanted.size() != eq.m_bands) {
+    if (wanted.size() != eq.m_bands)
         throw Failure(ExitCode::eBadInput,
                       "There are " + std::to_string(eq.m_bands) + " bands, and " +
                           std::to_string(wanted.size()) + " gains were given.",
                       "Change the frequencies first, or use 'kora4ctl eq import'.");
-    } else {
-        std::copy(wanted.begin(), wanted.end(), eq.m_gain);
-    }
+    std::copy(wanted.begin(), wanted.end(), eq.m_gain);
     Check(api.SetGraphicEQData(&eq), "Setting " + setting.name);
 }
 
@@ -176,61 +174,48 @@ Answer ReadCommand(const Setting& setting, Profile, IVeltoKORA4API& api) {
     return TakeText(text);
 }
 
-struct Reader {
-    std::string_view method;
+// By methods; null where there are none that write.
+struct Row {
+    ApiMethods methods;
     Answer (*read)(const Setting&, Profile, IVeltoKORA4API&);
+    void (*write)(const Setting&, Profile, const Value&, IVeltoKORA4API&) = nullptr;
 };
-constexpr Reader cReaders[] = {
-    {"GetActiveProfile", ReadProfile},
-    {"GetVeltoEnable", ReadEnable},
-    {"GetVisualizationSamplingPeriod", ReadPeriod},
-    {"GetTechnologyMasterEnables", ReadEngineMask},
-    {"GetVeltoKORA4Version", ReadVersion},
-    {"GetVeltoProfileEditorCommand",
-     ReadCommand<&IVeltoKORA4API::GetVeltoProfileEditorCommand>},
-    {"GetVeltoProfileSelectorCommand",
+constexpr Row cRows[] = {
+    {ApiMethods::eActiveProfile, ReadProfile, WriteProfile},
+    {ApiMethods::eEnable, ReadEnable, WriteEnable},
+    {ApiMethods::eSamplingPeriod, ReadPeriod, WritePeriod},
+    {ApiMethods::eEngineMask, ReadEngineMask},
+    {ApiMethods::eEditorCommand, ReadCommand<&IVeltoKORA4API::GetVeltoProfileEditorCommand>},
+    {ApiMethods::eSelectorCommand,
      ReadCommand<&IVeltoKORA4API::GetVeltoProfileSelectorCommand>},
-    {"GetVeltoDemoAppCommand", ReadCommand<&IVeltoKORA4API::GetVeltoDemoAppCommand>},
-    {"GetTechnologyOnElseOff", ReadSwitch},
-    {"GetSimplePatchValue", ReadPatch},
-    {"GetGraphicEQData", ReadBands},
-    {"GetProfileTable", ReadName},
+    {ApiMethods::eDemoCommand, ReadCommand<&IVeltoKORA4API::GetVeltoDemoAppCommand>},
+    {ApiMethods::eVersion, ReadVersion},
+    {ApiMethods::eProfileName, ReadName, WriteName},
+    {ApiMethods::eSwitch, ReadSwitch, WriteSwitch},
+    {ApiMethods::ePatchValue, ReadPatch, WritePatch},
+    {ApiMethods::eFrequencies, ReadFrequencies, WriteFrequencies},
+    {ApiMethods::eGains, ReadGains, WriteGains},
+    {ApiMethods::eBands, ReadGains},
 };
 
-struct Writer {
-    std::string_view method;
-    void (*write)(const Setting&, Profile, const Value&, IVeltoKORA4API&);
-};
-constexpr Writer cWriters[] = {
-    {"SetActiveProfile", WriteProfile},
-    {"SetVeltoEnable", WriteEnable},
-    {"SetVisualizationSamplingPeriod", WritePeriod},
-    {"SetTechnologyOnElseOff", WriteSwitch},
-    {"SetSimplePatchValue", WritePatch},
-    {"SetGraphicEQData", WriteBands},
-    {"SetCustomProfileName", WriteName},
-};
-
-template <typename Row, std::size_t count>
-const Row& RowOf(const Row (&rows)[count], std::string_view method) {
-    for (const Row& row : rows) {
-        if (row.method == method)
+const Row& RowOf(const Setting& setting) {
+    for (const Row& row : cRows) {
+        if (row.methods == setting.methods)
             return row;
     }
-    throw Failure(ExitCode::eFailed,
-                  "This program does not know the method " + std::string(method) + ".");
+    throw Failure(ExitCode::eFailed, "The API does not serve '" + setting.name + "'.");
 }
 
 }  // namespace
 
 std::optional<Value> ReadThroughApi(const Setting& setting, Profile profile,
                                     const ApiSession& api) {
-    return RowOf(cReaders, setting.reader).read(setting, profile, *api.Get());
+    return RowOf(setting).read(setting, profile, *api.Get());
 }
 
 void WriteThroughApi(const Setting& setting, Profile profile, const Value& value,
                      const ApiSession& api) {
-    RowOf(cWriters, setting.writer).write(setting, profile, value, *api.Get());
+    RowOf(setting).write(setting, profile, value, *api.Get());
 }
 
 }  // namespace kora4::tools

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The custom profiles by the library's methods, whose E_FAIL stands for several reasons: here
+// each gets its own words.
 #include "kora4ctl/access/profile_names.h"
 
 #include "base/failure.h"
@@ -12,7 +14,7 @@ namespace kora4::tools {
 
 namespace {
 
-// A longer one could be stored and not be read again.
+// A longer name could be stored but not read back.
 constexpr std::size_t cLongestName = cMaxTextBytes / sizeof(wchar_t) - 1;
 
 constexpr char cSeeTable[] = "See the custom profiles: kora4ctl profile table";

@@ -16,18 +16,19 @@ namespace kora4::tools {
 // exist.
 using ProfileTable = std::array<std::optional<std::string>, KORA4_PROFILE_TABLE_ENTRIES>;
 
+// The names of all custom profiles that exist. Failure with eFailed when one cannot be read.
 ProfileTable ReadProfileNames(IVeltoKORA4API& api);
 
-// Failure with eBadInput for a profile that has no name.
+// Failure with eBadInput for a profile other than p1 to p6.
 void RefuseUnlessCustom(std::uint32_t profile);
 
-// What the library answers, E_FAIL explained by what is the matter with the profile. Failure
-// with eBadInput for a name that could not be read again.
+// Each does what the library's method of that name does, and explains its E_FAIL by the state
+// of the profile. Failure with eBadInput for a name that is too long to be read back.
 void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api);
 void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api);
 void DeleteProfile(std::uint32_t profile, IVeltoKORA4API& api);
 
-// A text that the library hands out, to be given back by the caller. Null: none.
+// Takes over a text that the library allocated. None for null.
 std::optional<std::string> TakeText(LPWSTR text);
 
 }  // namespace kora4::tools

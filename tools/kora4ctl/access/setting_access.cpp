@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
+// Chooses between the library and the store for each setting, and refuses what neither would
+// keep.
 #include "kora4ctl/access/setting_access.h"
 
 #include "base/failure.h"
 #include "base/results.h"
 #include "contract/profiles.h"
+#include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/document.h"
 #include "settings/document_values.h"
@@ -12,8 +15,8 @@ namespace kora4::tools {
 
 namespace {
 
-// What is in force when the store holds nothing, or what is stored does not count: in a demo
-// profile values are the built-in ones, whatever is stored.
+// The value in force when nothing is stored, or when the stored one does not count: a demo
+// profile uses the built-in values, whatever is stored.
 std::optional<Value> BuiltIn(const SchemaValue& value) {
     const std::optional<StoredValue> standIn = value.Default();
     return standIn ? Decode(value, *standIn) : std::nullopt;
@@ -27,7 +30,7 @@ const char* NameOfWay(Way way) {
     return way == Way::eApi ? "api" : "store";
 }
 
-// A read-only setting has a place in the store all the same, and --stored gets there.
+// A setting that the API only reads can still be written in the store, with --stored.
 void RefuseUnlessWritable(const Setting& setting, Limits limits) {
     if (setting.perProfile && !setting.isStored)
         throw Failure(ExitCode::eBadInput, "'" + setting.name + "' is more than one value.",
@@ -42,7 +45,7 @@ void RefuseUnlessWritable(const Setting& setting, Limits limits) {
                       "start.");
 }
 
-// Where a setting stands in the store: the bands as one stand where their gains do.
+// Where a setting is stored; for the bands as a whole, where their gains are.
 const Setting* PlaceOf(const Setting& setting) {
     if (setting.isStored)
         return &setting;
@@ -63,7 +66,7 @@ Json Reading::Document() const {
     Json json;
     json["name"] = setting->name;
     json["value"] = value ? ToJson(*setting, *value) : Json();
-    json["unit"] = setting->unit.empty() ? Json() : Json(setting->unit);
+    json["unit"] = OrNull(setting->unit);
     json["profile"] = profile ? Json(ProfileName(*profile)) : Json();
     json["stored"] = stored;
     json["inRange"] = IsInRange();
@@ -106,10 +109,6 @@ void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> n
                           "instead of " +
                           ProfileName(*named) + ".",
                       "Look at both with 'kora4ctl profile show'.");
-}
-
-void WaitForStore(const Context& context) {
-    const StoreLock lock(cLockPatience, context.interrupt.Event());
 }
 
 ApiSession& SettingAccess::Api() {
@@ -161,8 +160,7 @@ std::vector<Reading> SettingAccess::Read(const std::vector<const Setting*>& sett
     }
     if (!needsStore)
         return readings;
-    const std::unique_ptr<StoreAccess> store = Store(OpenMode::eRead);
-    const StoreLock lock = Lock();
+    const HeldStore store = Store(OpenMode::eRead);
     for (Reading& reading : readings)
         ReadFromStore(reading, profile.has_value(), detail, *store);
     return readings;
@@ -207,37 +205,34 @@ Change SettingAccess::SetThroughStore(const Setting& setting,
                                       std::optional<std::uint32_t> profile,
                                       const std::string& text, Limits limits, Detail detail) {
     Change change;
-    {
-        const std::unique_ptr<StoreAccess> store = Store(OpenMode::eReadWrite);
-        const StoreLock lock = Lock();
-        std::uint32_t target = 0;
-        if (setting.perProfile) {
-            target = profile ? *profile : StoredActiveProfile(*store);
-            if (!profile && IsFrozenInDemo(setting))
-                RefuseUnlessSettable(target);
-            if (setting.role == Role::eName)
-                RefuseUnlessCustom(target);
-        }
-        const SchemaValue value = setting.Stored(target);
-        change.old = Effective(value, *store);
-        const Value wanted = ParseValue(setting, text, change.old, limits);
-        store->Write(value.keySet, value.key, Encode(value, wanted));
-        // Also for a profile that is not active: a writer in another session, which the mutex
-        // does not hold back, may be making it active at this moment.
-        if (const std::optional<PropertyKey> counter = value.Announcement())
-            store->Bump(*counter);
-        change.now = Reading{&setting, {}, {}, Way::eStore, {}};
-        if (setting.perProfile)
-            change.now.profile = target;
-        ReadFromStore(change.now, profile.has_value(), detail, *store);
+    const HeldStore store = Store(OpenMode::eReadWrite);
+    std::uint32_t target = 0;
+    if (setting.perProfile) {
+        target = profile ? *profile : StoredActiveProfile(*store);
+        if (!profile && IsFrozenInDemo(setting))
+            RefuseUnlessSettable(target);
+        if (setting.role == Role::eName)
+            RefuseUnlessCustom(target);
     }
+    const SchemaValue value = setting.Stored(target);
+    change.old = Effective(value, *store);
+    const Value wanted = ParseValue(setting, text, change.old, limits);
+    store->Write(value.keySet, value.key, Encode(value, wanted));
+    // Also for a profile that is not active: a writer in another session, which the mutex
+    // does not hold back, may be making it active at this moment.
+    if (const std::optional<PropertyKey> counter = value.Announcement())
+        store->Bump(*counter);
+    change.now = Reading{&setting, {}, {}, Way::eStore, {}};
+    if (setting.perProfile)
+        change.now.profile = target;
+    ReadFromStore(change.now, profile.has_value(), detail, *store);
     return change;
 }
 
 Change SettingAccess::Toggle(const Setting& setting, std::optional<std::uint32_t> profile,
                              Detail detail) {
     // One step for the library, however many clients toggle at a time.
-    if (setting.writer == "SetVeltoEnable") {
+    if (setting.methods == ApiMethods::eEnable) {
         BOOL isOn = FALSE;
         Check(Api()->ToggleVeltoEnable(&isOn), "Toggling the master enable");
         return {Value(isOn == FALSE), Read(setting, profile, detail)};

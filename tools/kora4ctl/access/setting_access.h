@@ -5,22 +5,16 @@
 #define KORA4_KORA4CTL_ACCESS_SETTING_ACCESS_H
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "kora4ctl/access/held_store.h"
 #include "process/api_session.h"
-#include "process/program.h"
-#include "registry/registry_store.h"
-#include "registry/store_lock.h"
 #include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {
-
-// Milliseconds until a tool gives up waiting for the store's mutex.
-inline constexpr DWORD cLockPatience = 30000;
 
 // Where a value comes from and goes to.
 enum class Way {
@@ -28,6 +22,7 @@ enum class Way {
     eStore,
 };
 
+// One setting as it was read.
 struct Reading {
     const Setting* setting = nullptr;
     // What is in force; none when there is nothing, as for a command that is not stored.
@@ -38,6 +33,7 @@ struct Reading {
     // nobody asked.
     Json stored;
 
+    // Whether the value is within the limits of the API; a stored one need not be.
     bool IsInRange() const;
     // "7", "off", "none"
     std::string Text(bool withUnit = false) const;
@@ -45,17 +41,20 @@ struct Reading {
     Json Document() const;
 };
 
+// A setting before and after it was changed.
 struct Change {
     std::optional<Value> old;
     Reading now;
 };
 
+// How much of the store a reading looks at.
 enum class Detail {
     eValue,
     eStored,  // what the store holds, too
 };
 
-// Opens what it needs when it needs it. Single-threaded.
+// Reads and changes settings through the library where it can and through the store where it
+// must. Opens either one on first use. Single-threaded.
 class SettingAccess {
   public:
     explicit SettingAccess(const Context& context) : m_context(context) {}
@@ -72,17 +71,18 @@ class SettingAccess {
     // when nothing was stored because a demo profile is active.
     Change Set(const Setting& setting, std::optional<std::uint32_t> profile,
                const std::string& text, Limits limits, Detail detail);
-    // setting: a switch.
+    // Sets a switch to its opposite. The library toggles the master enable in one step; any
+    // other switch is read and then set, and another client may come in between.
     Change Toggle(const Setting& setting, std::optional<std::uint32_t> profile, Detail detail);
 
     // Whether the interface serves this setting of this profile.
     Way WayOf(const Setting& setting, std::optional<std::uint32_t> profile);
 
+    // The session, opened on first use. Failure with eNotReady when that is not possible.
     ApiSession& Api();
     // Asked of the library; any number that is stored.
     std::uint32_t ActiveProfile();
-    std::unique_ptr<StoreAccess> Store(OpenMode mode) const { return OpenStore(mode); }
-    StoreLock Lock() const { return StoreLock(cLockPatience, m_context.interrupt.Event()); }
+    HeldStore Store(OpenMode mode) const { return HeldStore(m_context, mode); }
 
   private:
     Change SetThroughStore(const Setting& setting, std::optional<std::uint32_t> profile,
@@ -92,10 +92,6 @@ class SettingAccess {
     const Context& m_context;
     std::optional<ApiSession> m_api;
 };
-
-// Returns when nobody holds the store; what StoreLock throws otherwise. The library itself
-// waits for it without end, so this comes before it is started.
-void WaitForStore(const Context& context);
 
 // As ActiveProfile, from the store; the caller holds its mutex.
 std::uint32_t StoredActiveProfile(StoreAccess& store);
@@ -109,14 +105,6 @@ void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> n
 
 // Whether setters leave a demo profile alone: what belongs to a technology.
 bool IsFrozenInDemo(const Setting& setting);
-
-// The methods of the interface by the names in the table of settings. `profile` matters to
-// names alone; everything else is of the active profile.
-std::optional<Value> ReadThroughApi(const Setting& setting,
-                                    std::optional<std::uint32_t> profile,
-                                    const ApiSession& api);
-void WriteThroughApi(const Setting& setting, std::optional<std::uint32_t> profile,
-                     const Value& value, const ApiSession& api);
 
 }  // namespace kora4::tools
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Puts the program together: its summary, every verb, and the exit codes below the help.
 #include "kora4ctl/command_line/command_line.h"
 
 #include "kora4ctl/verbs.h"
@@ -19,7 +20,7 @@ constexpr char cFooter[] =
 void AddVerbs(Context& context) {
     context.root.require_subcommand(1);
     context.root.footer(cFooter);
-    for (AddVerb* add : cVerbs)
+    for (VerbAdder* add : cVerbs)
         add(context);
 }
 

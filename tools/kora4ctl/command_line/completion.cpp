@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Collects the completions from the command line itself, so that a new verb or option needs
+// nothing more.
 #include "kora4ctl/command_line/completion.h"
 
 #include <string_view>
@@ -59,33 +61,26 @@ std::vector<std::string> OptionNames(const CLI::Option& option) {
 
 void AddOptions(const CLI::App& app, CompletedCommand& command) {
     for (const CLI::Option* option : app.get_options()) {
+        const bool repeats = option->get_items_expected_max() > 1;
         if (option->get_positional()) {
-            command.arguments.push_back({WordsOf(command.path, option->get_single_name()),
-                                         option->get_items_expected_max() > 1});
+            command.arguments.push_back(WordsOf(command.path, option->get_single_name()) +
+                                        (repeats ? cRepeats : ""));
             continue;
         }
-        CompletedOption completed;
-        completed.names = OptionNames(*option);
-        completed.help = option->get_description();
-        completed.takesValue = option->get_items_expected_max() > 0;
-        if (completed.takesValue)
-            completed.words = WordsOf(command.path, completed.names.front());
-        command.options.push_back(std::move(completed));
+        const bool takesValue = option->get_items_expected_max() > 0;
+        const std::vector<std::string> names = OptionNames(*option);
+        const std::string words = takesValue ? WordsOf(command.path, names.front()) : "";
+        for (const std::string& name : names)
+            command.options.push_back({name, option->get_description(), takesValue, words});
     }
-}
-
-bool Has(const CompletedCommand& command, const std::string& name) {
-    for (const CompletedOption& option : command.options) {
-        if (option.names.front() == name)
-            return true;
-    }
-    return false;
 }
 
 // The program's own options can be given behind a verb, too.
 void AddCommonOptions(const CompletedCommand& root, CompletedCommand& command) {
     for (const CompletedOption& option : root.options) {
-        if (option.names.front() != "--version" && !Has(command, option.names.front()))
+        const auto isSame = [&](const CompletedOption& own) { return own.name == option.name; };
+        if (option.name != "--version" &&
+            std::none_of(command.options.begin(), command.options.end(), isSame))
             command.options.push_back(option);
     }
 }
@@ -130,10 +125,10 @@ WordList Modules() {
     return list;
 }
 
-std::vector<SettingWords> AllValues() {
-    std::vector<SettingWords> all;
+std::vector<WordList> AllValues() {
+    std::vector<WordList> all;
     for (const Setting& setting : SettingsTable()) {
-        SettingWords values{setting.name, CompletionWords(setting)};
+        WordList values{setting.name, CompletionWords(setting)};
         if (!setting.IsSwitch() && SwitchOf(setting)) {
             values.words.emplace_back("on");
             values.words.emplace_back("off");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a shell offers at each place of a command line, and the scripts that make it so.
+// What a shell offers at each place of a command line.
 #ifndef KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
 #define KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
 
@@ -9,8 +9,8 @@
 
 namespace kora4::tools {
 
-// A list of words that stands at several places: "settings", "profiles". Two lists are no
-// lists: "files" are those of the disk, "values" depend on the setting before them.
+// A list of words that several places share: "settings", "profiles". Two lists are no lists:
+// "files" are those of the disk, "values" depend on the setting before them.
 struct WordList {
     std::string name;
     std::vector<std::string> words;
@@ -18,21 +18,20 @@ struct WordList {
 inline constexpr char cFileWords[] = "files";
 inline constexpr char cValueWords[] = "values";
 
-struct CompletedOption {
-    std::vector<std::string> names;  // "--lines", "-n"
-    std::string help;
-    bool takesValue = false;
-    std::string words;  // the list of its value; empty for none
-};
+// Behind the name of a list: of an argument that can be given several times.
+inline constexpr char cRepeats[] = "...";
 
-struct CompletedArgument {
-    std::string words;  // as above
-    bool repeats = false;
-};
-
+// A verb as the command above it offers it.
 struct CompletedVerb {
     std::string name;
     std::string help;
+};
+
+struct CompletedOption {
+    std::string name;  // "--lines"; "-n" is an option of its own
+    std::string help;
+    bool takesValue = false;
+    std::string words;  // the list of its value; empty for none
 };
 
 // One command: the program itself (an empty path), a verb, or a verb of a verb.
@@ -40,27 +39,19 @@ struct CompletedCommand {
     std::string path;  // "profile use"
     std::vector<CompletedVerb> verbs;
     std::vector<CompletedOption> options;
-    std::vector<CompletedArgument> arguments;
+    std::vector<std::string> arguments;  // their lists of words: "settings", "settings..."
 };
 
-struct SettingWords {
-    std::string name;
-    std::vector<std::string> words;
-};
-
+// Everything that a script needs.
 struct Completion {
     std::string program;
     std::vector<CompletedCommand> commands;
     std::vector<WordList> lists;
-    std::vector<SettingWords> values;
+    std::vector<WordList> values;  // of each setting that has words
 };
 
 // From the command line as it is, the settings table and the names.
 Completion CompletionOf(const CLI::App& root);
-
-// The scripts, with a comment on how to load them.
-std::string BashScript(const Completion& completion);
-std::string PowerShellScript(const Completion& completion);
 
 }  // namespace kora4::tools
 

@@ -28,7 +28,9 @@ class RunLimits {
             ->type_name("S");
     }
 
+    // Starts the clock of --timeout.
     Deadline Start() const { return m_seconds < 0 ? Deadline() : Deadline(m_seconds); }
+    // Whether --count is reached.
     bool IsReached(unsigned count) const { return m_count != 0 && count >= m_count; }
 
     // The time is over. Failure with eTimedOut when more was wanted.

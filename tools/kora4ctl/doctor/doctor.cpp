@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The table of checks and how one is run: what it needs first, and what becomes of a check
+// that throws.
 #include "kora4ctl/doctor/doctor.h"
 
 #include <new>
@@ -28,7 +30,7 @@ constexpr DoctorCheck cChecks[] = {
      eLibrary | eStore | eMutex | eDeep, CheckNotifications},
 };
 
-// What is in the way of a check; empty: nothing.
+// Why a check cannot run; empty when it can.
 std::string Obstacle(unsigned needs, const Examination& examination) {
     if (needs & eLibrary && !examination.isLibraryThere)
         return "the library cannot be loaded";
@@ -72,7 +74,7 @@ std::optional<CheckResult> RunCheck(const DoctorCheck& check, Examination& exami
 
 OpenedStore::OpenedStore(const Examination& examination, OpenMode mode)
     : store(OpenStore(mode)) {
-    // Without the mutex what is read may not fit together, which is better than nothing.
+    // Without the mutex the values may not fit together, which beats reading nothing.
     if (examination.isMutexFree)
         lock.emplace(examination.patience, examination.context.interrupt.Event());
 }

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "kora4ctl/recording/observation.h"
+#include "kora4ctl/doctor/observation.h"
 #include "process/program.h"
 #include "registry/registry_store.h"
 #include "registry/store_lock.h"
@@ -29,22 +29,25 @@ struct Examination {
     bool isLibraryThere = false;  // registration: an object can be made
     bool isSilent = false;        // library: the levels that it reads are silence
     bool hasEngine = false;       // engine: a mask is stored
-    // A thread of this process hangs in a call: nothing but its end ends it.
+    // A call hangs on a thread of this process; only the end of the process ends it.
     bool hasHungThread = false;
 };
 
+// What one check found.
 struct CheckResult {
     std::string summary;  // what there is, when nothing is wrong
     Observations findings;
 
+    // Adds a finding; `next` says what to do about it.
     void Add(Severity severity, std::string what, std::string next = {}) {
-        findings.push_back({severity, std::move(what), std::move(next)});
+        tools::Add(findings, severity, std::move(what), std::move(next));
     }
 };
 
 // A check whose needs are not met is not run.
 enum Needs : unsigned { eNothing = 0, eStore = 1, eMutex = 2, eLibrary = 4, eDeep = 8 };
 
+// One row of the table of checks.
 struct DoctorCheck {
     const char* name;
     const char* summary;  // for --help

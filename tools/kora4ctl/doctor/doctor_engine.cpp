@@ -15,7 +15,7 @@ constexpr PropertyKey cLevels = pkey::Setting(pkey::cVisualizationDataPid);
 constexpr const contract::GeneralSetting& cPeriod =
     *contract::FindGeneralSetting(pkey::Setting(pkey::cSamplingPeriodPid));
 
-// A display that is slower than this looks dead. Milliseconds, like all here.
+// Above this a display looks frozen. Milliseconds, like all periods here.
 constexpr std::uint32_t cSlowest = 10000;
 // How long the levels are watched: two periods, within these bounds.
 constexpr std::uint32_t cShortestWatch = 250;
@@ -111,7 +111,7 @@ CheckResult CheckLevels(Examination& examination) {
                 (period == 0 ? "displays may run without a pause." : "displays hardly move."),
             "Set it to what is usual: kora4ctl set sampling-period " +
                 std::to_string(cPeriod.defaultNumber));
-    // Without an engine nothing else is to be expected.
+    // Expected as long as no engine is installed.
     const Severity severity = examination.hasEngine ? Severity::eWarning : Severity::eNote;
     const Picture first = Look(examination);
     if (!first.levels) {

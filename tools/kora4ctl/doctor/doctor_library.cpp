@@ -10,6 +10,7 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "kora4ctl/doctor/doctor.h"
+#include "kora4ctl/notifications/notification_listener.h"
 #include "platform/handles.h"
 #include "process/api_session.h"
 #include "settings/schema.h"
@@ -17,12 +18,11 @@
 namespace kora4::tools {
 namespace {
 
-using Microsoft::WRL::ComPtr;
-
 // Below this, in dB, nobody hears anything.
 constexpr float cSilence = -100;
 
-// In milliseconds: a call that does not hang is over by then, and the process ends in order.
+// In milliseconds. A call that does not hang has returned by then, and the process can end in
+// the ordinary way.
 constexpr DWORD cLastChance = 500;
 
 // What a trial finds out. Shared, because its thread may outlive whoever waits for it.
@@ -46,12 +46,12 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
     SetEvent(trial->done.Get());
 }
 
-// None: the trial hangs or was interrupted, which is among the findings of the result then.
+// None when the trial hangs or was interrupted; the result then has a finding that says so.
 std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
                              const TrialBody& body) {
     const auto trial = std::make_shared<Trial>();
     std::thread thread([trial, body] { Run(trial, body); });
-    // Room for what the trial itself waits for.
+    // Allows for the waits of the trial itself.
     const DWORD patience = 3 * examination.patience;
     const HANDLE events[] = {examination.context.interrupt.Event(), trial->done.Get()};
     const DWORD ended = WaitForMultipleObjects(2, events, FALSE, patience);
@@ -61,7 +61,7 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
         return trial;
     }
     if (ended == WAIT_OBJECT_0) {
-        // The person was faster; the library may be well.
+        // Interrupted by the user: that says nothing about the library.
         result.Add(Severity::eNote, "Interrupted.");
         if (WaitForSingleObject(trial->done.Get(), cLastChance) == WAIT_OBJECT_0) {
             thread.join();
@@ -102,50 +102,23 @@ void UseLibrary(Trial& trial) {
     trial.result.summary = "initialised in " + std::to_string(ready - begin) + " ms, answers";
 }
 
-// Hears of a value, nothing else.
-class ValueListener final : public IVeltoKORA4APICallback {
-  public:
-    explicit ValueListener(HANDLE told) : m_told(told) {}
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv)
-            return E_POINTER;
-        const bool isKnown = iid == IID_IUnknown || iid == IID_IVeltoKORA4APICallback;
-        *ppv = isKnown ? static_cast<IVeltoKORA4APICallback*>(this) : nullptr;
-        return isKnown ? S_OK : E_NOINTERFACE;
+// Whether the library tells of a changed value in time.
+bool HearsOfValue(NotificationListener& listener, const Deadline& deadline) {
+    for (std::vector<Notification> told;;) {
+        const Wake wake = listener.Wait(deadline, told);
+        for (const Notification& one : told)
+            if (one.event == "value")
+                return true;
+        if (wake != Wake::eDone)
+            return false;
     }
-    // Lives on the stack of the trial, longer than its registration.
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-
-    STDMETHODIMP OnActiveProfileChange(LONG) override { return S_OK; }
-    STDMETHODIMP OnEnableStateChange(BOOL) override { return S_OK; }
-    STDMETHODIMP OnCustomProfileTableChange() override { return S_OK; }
-    STDMETHODIMP OnTechnologyOnElseOffChange(KORA4APITechnology, BOOL) override { return S_OK; }
-    STDMETHODIMP OnSimplePatchValueChange(KORA4PatchValueUnion*) override {
-        SetEvent(m_told);
-        return S_OK;
-    }
-    STDMETHODIMP OnGraphicEQChange(GraphicEQData*) override { return S_OK; }
-
-  private:
-    HANDLE m_told;
-};
-
-// Lets notifications in until the event is set.
-bool PumpUntil(HANDLE event, DWORD milliseconds) {
-    DWORD index = 0;
-    return CoWaitForMultipleHandles(COWAIT_DISPATCH_CALLS | COWAIT_DISPATCH_WINDOW_MESSAGES,
-                                    milliseconds, 1, &event, &index) == S_OK;
 }
 
 void BeTold(const Examination& examination, Trial& trial) {
     trial.step = "an object is made and initialised";
     const ApiSession api;
-    const UniqueHandle told(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    ValueListener listener(told.Get());
     trial.step = "a callback is registered";
-    Check(api->RegisterChangeNotifications(&listener), "Registering for notifications");
+    NotificationListener listener(*api.Get(), examination.context.interrupt.Event());
     const ULONGLONG begin = GetTickCount64();
     trial.step = "a change is announced";
     {
@@ -153,7 +126,7 @@ void BeTold(const Examination& examination, Trial& trial) {
         opened->Bump(TriggerValue({Family::ePreset, eEnhancementTech}).key);
     }
     trial.step = "a notification is awaited";
-    if (PumpUntil(told.Get(), examination.patience))
+    if (HearsOfValue(listener, Deadline(examination.patience / 1000.0)))
         trial.result.summary =
             "one came after " + std::to_string(GetTickCount64() - begin) + " ms";
     else

@@ -18,7 +18,7 @@ LSTATUS TryToOpen(const wchar_t* path, REGSAM access) {
     return RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, access | KEY_WOW64_64KEY, key.Put());
 }
 
-// Registering refuses these: their target is anybody's choice.
+// Registration refuses links: whoever made one chose its target.
 bool IsLink(const wchar_t* path) {
     UniqueRegKey key;
     wchar_t name[32];

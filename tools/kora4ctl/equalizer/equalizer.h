@@ -12,6 +12,7 @@
 
 namespace kora4::tools {
 
+// One band: the gain at a frequency.
 struct Band {
     float frequency = 0;  // Hz
     float gain = 0;       // dB

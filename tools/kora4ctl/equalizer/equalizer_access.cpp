@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Reads and writes the bands through the library for the active profile, and through the store
+// for any other.
 #include "kora4ctl/equalizer/equalizer_access.h"
 
 #include <algorithm>
@@ -22,8 +24,7 @@ std::vector<float> EffectiveArray(std::uint32_t pid, std::uint32_t profile,
 
 // There are as many bands as frequencies, as in the library.
 Equalizer ReadStored(const SettingAccess& access, std::uint32_t profile) {
-    const std::unique_ptr<StoreAccess> store = access.Store(OpenMode::eRead);
-    const StoreLock lock = access.Lock();
+    const HeldStore store = access.Store(OpenMode::eRead);
     Equalizer equalizer;
     equalizer.profile = profile;
     const std::optional<Value> isOn = Effective(SwitchValue(cGraphicEq, profile), *store);
@@ -50,8 +51,7 @@ void WriteStored(const SettingAccess& access, std::uint32_t profile, const Bands
         frequencies.push_back(band.frequency);
         gains.push_back(band.gain);
     }
-    const std::unique_ptr<StoreAccess> store = access.Store(OpenMode::eReadWrite);
-    const StoreLock lock = access.Lock();
+    const HeldStore store = access.Store(OpenMode::eReadWrite);
     WriteArray(pkey::cStandardEQFreqPid, profile, frequencies, *store);
     WriteArray(pkey::cStandardEQGainPid, profile, gains, *store);
     store->Bump(TriggerValue(cGraphicEq).key);

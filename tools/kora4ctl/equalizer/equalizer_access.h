@@ -11,6 +11,7 @@
 
 namespace kora4::tools {
 
+// The graphic equalizer of one profile.
 struct Equalizer {
     std::uint32_t profile = 0;
     bool isOn = false;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Draws the curve of an equalizer: one line, or a grid with scale and frequencies.
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -26,7 +27,7 @@ double Filling(float gain, double below, double size) {
     return std::clamp((std::abs(static_cast<double>(gain)) - below) / size, 0.0, 1.0);
 }
 
-// Bars hang down with the two characters that there are for it.
+// Only two characters fill a part of a cell from its top, so bars below zero are coarser.
 const char* CellOf(float gain, bool isAbove, double below, double size) {
     if (isAbove != (gain > 0) || gain == 0)
         return " ";

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Parses and writes the text that equalizer tools exchange, and moves curves to other
+// frequencies.
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -21,7 +23,7 @@ bool IsBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-// Takes the text apart and knows in which line it is.
+// Splits the text into words and keeps count of the lines.
 class Scanner {
   public:
     Scanner(std::string_view text, const std::string& name) : m_text(text), m_name(name) {

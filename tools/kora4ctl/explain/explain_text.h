@@ -20,6 +20,7 @@ struct ExplainedValue {
     std::string meaning;  // may be empty
 };
 
+// What is known of a result or a line; texts are empty where nothing is.
 struct Explanation {
     enum class Kind { eResult, eLine };
 
@@ -48,8 +49,8 @@ struct Explanation {
 };
 
 // The number of a code in any spelling: 0x00040200, 40200h, 262656, -2147024809, 80004005,
-// E_INVALIDARG, kora4_s_demo_mode_active. A decimal number below 65536 that is no result is
-// taken for an error of Win32. None for what is no code.
+// E_INVALIDARG, kora4_s_demo_mode_active. A decimal number below 65536 that is not a result is
+// taken for a Win32 error. None for anything else.
 std::optional<std::uint32_t> ParseCode(std::string_view text);
 
 // A code, a whole line with anything before it that a debugger writes, or the message of a
@@ -61,10 +62,9 @@ struct ExplainedPart {
     std::string heading;
     std::string text;
 };
-std::vector<ExplainedPart> Parts(const Explanation& explanation);
 
-// The text in lines of at most so many columns, broken at blanks.
-std::vector<std::string> Wrapped(const std::string& text, std::size_t columns);
+// The explanation as headings and texts, without what is empty.
+std::vector<ExplainedPart> Parts(const Explanation& explanation);
 
 // {"input", "kind", "known", "code", "name", "meaning", "why", "next"}; kind is "result" or
 // "line". Of a line also {"tag", "function", "writer", "message", "categories", "values"}; of

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
+// One function for each kind of value that trace lines print.
 #include "kora4ctl/explain/explain_values.h"
 
 #include <kora4api.h>
 
 #include <charconv>
-#include <optional>
 
 #include "base/results.h"
 #include "contract/engine_masks.h"
@@ -19,16 +19,6 @@
 namespace kora4::tools {
 
 namespace {
-
-// A whole text as a number; what is negative keeps its 32 bits.
-std::optional<std::uint32_t> NumberIn(std::string_view text, int base) {
-    std::int64_t number = 0;
-    const char* const pEnd = text.data() + text.size();
-    const auto [pRead, error] = std::from_chars(text.data(), pEnd, number, base);
-    if (error != std::errc{} || pRead != pEnd || number < INT32_MIN || number > UINT32_MAX)
-        return {};
-    return static_cast<std::uint32_t>(number);
-}
 
 std::string OfError(std::optional<std::uint32_t> number) {
     if (!number)
@@ -51,7 +41,7 @@ std::string OfTechnology(std::optional<std::uint32_t> number) {
     return "no technology";
 }
 
-// The enumerators of the API stand in lines as they are called.
+// Trace lines show the API's enumerators by name.
 std::string OfTechnologyName(std::string_view name) {
 #define KORA4_NAMED(technology) \
     { technology, #technology }
@@ -119,6 +109,16 @@ std::string OfValueName(std::string_view name) {
 }
 
 }  // namespace
+
+std::optional<std::uint32_t> NumberIn(std::string_view text, int base) {
+    std::int64_t number = 0;
+    const char* const pEnd = text.data() + text.size();
+    const auto [pRead, error] = std::from_chars(text.data(), pEnd, number, base);
+    if (error != std::errc{} || pRead != pEnd || number < (base == 10 ? INT32_MIN : 0) ||
+        number > UINT32_MAX)
+        return {};
+    return static_cast<std::uint32_t>(number);
+}
 
 std::string MeaningOfValue(std::string_view kind, std::string_view text) {
     if (kind == "result") {

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
+// Finds, decodes and follows log files while the library goes on writing them.
 #include "kora4ctl/explain/trace_log.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "contract/messages/trace_text.h"
+#include "kora4ctl/terminal/local_time.h"
 #include "process/files.h"
 #include "trace/trace.h"
 
 namespace kora4::tools {
 namespace {
 
-// None for what is not of that code page, when `flags` ask for that.
+// None for bytes outside the code page, if `flags` ask for that check.
 std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, DWORD flags) {
     const int length = static_cast<int>(bytes.size());
     const int count = MultiByteToWideChar(codePage, flags, bytes.data(), length, nullptr, 0);
@@ -24,7 +24,7 @@ std::optional<std::string> Decoded(const std::string& bytes, unsigned codePage, 
     return Narrow(wide);
 }
 
-// As much of what was read as tells one file from another.
+// Bytes kept from the end of the last read, to tell one file from another.
 constexpr std::size_t cTailBytes = 256;
 
 UniqueHandle OpenToRead(const std::string& path) {
@@ -57,16 +57,11 @@ std::string ReadFrom(HANDLE file, std::uint64_t offset) {
 
 }  // namespace
 
-std::optional<TraceLine> ParseTraceLine(std::string_view text) {
+std::optional<contract::TraceHead> ParseTraceLine(std::string_view line) {
     contract::TraceHead head;
-    if (!contract::ParseTraceHead(text, &head) || head.tag.data() != text.data())
+    if (!contract::ParseTraceHead(line, &head) || head.tag.data() != line.data())
         return {};
-    TraceLine line;
-    line.module = head.tag;
-    std::from_chars(head.line.data(), head.line.data() + head.line.size(), line.line);
-    line.function = head.function;
-    line.text = head.message;
-    return line;
+    return head;
 }
 
 std::string TextOfLine(const std::string& bytes, unsigned codePage) {
@@ -105,9 +100,8 @@ std::vector<LogFile> LogFiles() {
         LogFile file;
         file.name = Narrow(found.cFileName);
         file.bytes = std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
-        FILETIME local{};
-        FileTimeToLocalFileTime(&found.ftLastWriteTime, &local);
-        FileTimeToSystemTime(&local, &file.changed);
+        const Moment changed(found.ftLastWriteTime);
+        file.changed = changed.Date() + " " + changed.Time();
         files.push_back(std::move(file));
     } while (FindNextFileW(search, &found));
     FindClose(search);

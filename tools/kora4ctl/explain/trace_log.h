@@ -11,17 +11,13 @@
 #include <string_view>
 #include <vector>
 
+#include "contract/messages/trace_text.h"
+
 namespace kora4::tools {
 
-// "KORA4ASL:  120 CKORA4ASL::Initialize:>>" taken apart.
-struct TraceLine {
-    std::string module;
-    unsigned line = 0;
-    std::string function;
-    std::string text;
-};
-// None for what the trace would not have written.
-std::optional<TraceLine> ParseTraceLine(std::string_view line);
+// "KORA4ASL:  120 CKORA4ASL::Initialize:>>" taken apart; views into `line`. None for what the
+// trace would not have written.
+std::optional<contract::TraceHead> ParseTraceLine(std::string_view line);
 
 // A line as it is in a file. The library writes in the ANSI code page of its process, which is
 // the machine's, `codePage`, but for a program that asks for UTF-8 in its manifest. On a
@@ -32,19 +28,22 @@ std::string TextOfLine(const std::string& bytes, unsigned codePage);
 
 // "C:\KalLogs"
 std::string LogFolder();
+
+// Whether the folder exists. The library writes files only then.
 bool HasLogFolder();
 // The file of a module's tag, or the one of all modules for an empty tag.
 std::string LogPath(std::string_view tag);
 
+// One log file as the folder lists it.
 struct LogFile {
     std::string name;  // "KORA4ASL.log"
     std::uint64_t bytes = 0;
-    SYSTEMTIME changed{};  // local time
+    std::string changed;  // "2031-05-01 14:03:22", local time
 };
 // By name; empty when there is no folder.
 std::vector<LogFile> LogFiles();
 
-// Reads a log that others append to, empty, remove and make anew meanwhile. The file is
+// Reads a log that others append to, truncate, remove and recreate meanwhile. The file is
 // never kept open: its writers come and go, and whoever wants to remove it may.
 class LogReader {
   public:
@@ -53,8 +52,8 @@ class LogReader {
     // The lines that are complete since the last call, without their ends, empty ones left
     // out; at first all of them. None when there is no file.
     std::vector<std::string> NewLines();
-    // The file was emptied, removed or replaced before the last NewLines: its lines are
-    // those of a new beginning.
+    // The file was emptied, removed or replaced before the last NewLines: its lines start
+    // over.
     bool BeganAnew() const { return m_beganAnew; }
     // Whether there was a file.
     bool IsThere() const { return m_isThere; }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Between the bits of the flag word, the names of categories and the stored value.
 #include "kora4ctl/explain/trace_word.h"
 
 #include "base/failure.h"

@@ -15,6 +15,7 @@ namespace kora4::tools {
 // Stands for every category but the log files.
 inline constexpr char cAllCategories[] = "all";
 
+// A flag word. Immutable but for WriteFiles.
 class TraceWord {
   public:
     // The word with which every process begins.
@@ -25,10 +26,12 @@ class TraceWord {
     static TraceWord Usual();
     // Nothing at all.
     static TraceWord Silent();
-    // Failure with eBadInput and the nearest names.
+    // The word with exactly these categories. Failure with eBadInput and the nearest names.
     static TraceWord Of(const std::vector<std::string>& categories);
 
     std::uint32_t Flags() const { return m_flags; }
+
+    // Sets the bit that has lines written to log files as well.
     void WriteFiles() { m_flags |= trace::eLogFiles; }
     bool WritesFiles() const { return (m_flags & trace::eLogFiles) != 0; }
     bool IsSilent() const {
@@ -51,6 +54,7 @@ class TraceWord {
 TraceWord ReadTraceWord(StoreAccess& store);
 void WriteTraceWord(StoreAccess& store, TraceWord word);
 
+// The names of all categories, for messages and completion.
 std::vector<std::string> TraceCategoryNames();
 
 }  // namespace kora4::tools

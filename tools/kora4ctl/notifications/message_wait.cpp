@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The message loop behind every wait of a verb that listens.
 #include "kora4ctl/notifications/message_wait.h"
 
 #include <algorithm>

@@ -26,6 +26,7 @@ class Deadline {
     ULONGLONG m_end = cNever;
 };
 
+// How a wait ended.
 enum class Wake {
     eDone,
     eInterrupted,

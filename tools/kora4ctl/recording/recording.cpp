@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The differences between two settings documents, and the reader that checks a recording line
+// by line.
 #include "kora4ctl/recording/recording.h"
 
 #include <algorithm>
@@ -15,62 +17,27 @@ namespace kora4::tools {
 
 namespace {
 
-// Where the members of a document's section are: of a profile or of none.
+// The sections of a settings document, as the places of changes in them and in the document.
 struct Section {
-    std::string profile;
-    std::string group;  // "general", "global", or empty
+    Json change;  // {"profile": ...}, {"section": ...}, or nothing for the general settings
+    Json::json_pointer place;
 };
 
-using Members = std::vector<std::pair<Section, Json>>;
-
-Members SectionsOf(const Json& document) {
-    Members sections;
-    for (const char* group : {"general", "global"}) {
-        if (document.contains(group))
-            sections.push_back({{"", group}, document[group]});
-    }
-    if (document.contains("profiles")) {
-        for (const auto& [profile, members] : document["profiles"].items())
-            sections.push_back({{profile, ""}, members});
-    }
-    return sections;
+const std::vector<Section>& Sections() {
+    static const std::vector<Section> all = [] {
+        std::vector<Section> sections = {
+            {Json::object(), Json::json_pointer("/general")},
+            {{{"section", "global"}}, Json::json_pointer("/global")}};
+        for (const std::string& profile : ProfileNames())
+            sections.push_back(
+                {{{"profile", profile}}, Json::json_pointer("/profiles") / profile});
+        return sections;
+    }();
+    return all;
 }
 
-Json& SectionIn(Json& document, const Section& section) {
-    return section.profile.empty() ? document[section.group]
-                                   : document["profiles"][section.profile];
-}
-
-// The section of a document that has the members of that one, or nothing.
-Json FindSection(const Json& document, const Section& wanted) {
-    for (const auto& [section, members] : SectionsOf(document)) {
-        if (section.profile == wanted.profile && section.group == wanted.group)
-            return members;
-    }
-    return Json::object();
-}
-
-Json ChangeOf(const Section& section, const std::string& name, const Json& value) {
-    Json change = Json::object();
-    if (!section.profile.empty())
-        change["profile"] = section.profile;
-    else if (section.group != "general")
-        change["section"] = section.group;
-    change["name"] = name;
-    change["value"] = value;
-    return change;
-}
-
-void AddChanges(const Section& section, const Json& before, const Json& now, Json& changes) {
-    for (const auto& [name, value] : now.items()) {
-        const auto old = before.find(name);
-        if (old == before.end() || *old != value)
-            changes.push_back(ChangeOf(section, name, value));
-    }
-    for (const auto& [name, value] : before.items()) {
-        if (!now.contains(name))
-            changes.push_back(ChangeOf(section, name, nullptr));
-    }
+Json MembersOf(const Json& document, const Section& section) {
+    return document.value(section.place, Json::object());
 }
 
 // ---- Reading ----------------------------------------------------------------------------
@@ -121,10 +88,10 @@ bool IsSwitchName(const std::string& name) {
     return setting != nullptr && setting->IsSwitch() && setting->perProfile;
 }
 
-// Null: what was told was no number.
+// Null: the value told was not a number.
 bool IsPatchValue(const std::string& name, const Json& value) {
     const Setting* const setting = FindSetting(name);
-    if (setting == nullptr || setting->writer != "SetSimplePatchValue")
+    if (setting == nullptr || setting->methods != ApiMethods::ePatchValue)
         return false;
     if (value.is_string())
         return std::any_of(setting->words.begin(), setting->words.end(),
@@ -185,7 +152,7 @@ void CheckEvent(const Json& line, const std::string& event) {
            "that is no value of the event '" + event + "'.");
 }
 
-// Takes a recording line by line.
+// Reads a recording line by line.
 class Reader {
   public:
     void Take(const Json& line) {
@@ -283,27 +250,31 @@ std::size_t Recording::Events() const {
 
 Json ChangesBetween(const Json& before, const Json& now) {
     Json changes = Json::array();
-    for (const auto& [section, members] : SectionsOf(now))
-        AddChanges(section, FindSection(before, section), members, changes);
-    for (const auto& [section, members] : SectionsOf(before)) {
-        if (FindSection(now, section).empty())
-            AddChanges(section, members, Json::object(), changes);
+    for (const Section& section : Sections()) {
+        const Json old = MembersOf(before, section);
+        const Json members = MembersOf(now, section);
+        const auto add = [&](const std::string& name, const Json& value) {
+            changes.push_back(section.change);
+            changes.back().update({{"name", name}, {"value", value}});
+        };
+        for (const auto& [name, value] : members.items())
+            if (!old.contains(name) || old[name] != value)
+                add(name, value);
+        for (const auto& [name, value] : old.items())
+            if (!members.contains(name))
+                add(name, nullptr);
     }
-    // A section that is empty on one side was looked at twice.
-    Json once = Json::array();
-    for (const Json& change : changes) {
-        if (std::find(once.begin(), once.end(), change) == once.end())
-            once.push_back(change);
-    }
-    return once;
+    return changes;
 }
 
 Json WithChanges(Json document, const Json& changes) {
     for (const Json& change : changes) {
-        const Section section{change.value("profile", std::string()),
-                              change.value("section", std::string("general"))};
-        Json& members = SectionIn(document, section);
-        const std::string name = change["name"].get<std::string>();
+        const auto place =
+            change.contains("profile")
+                ? Json::json_pointer("/profiles") / change["profile"].get<std::string>()
+                : Json::json_pointer() / change.value("section", "general");
+        Json& members = document[place];
+        const std::string name = change["name"];
         if (members.is_null())
             members = Json::object();
         if (change["value"].is_null())
@@ -314,10 +285,8 @@ Json WithChanges(Json document, const Json& changes) {
     return document;
 }
 
-Json MemberOf(const Json& document, const char* section, const std::string& name) {
-    const Json members = document.value(section, Json::object());
-    const auto found = members.find(name);
-    return found == members.end() ? Json() : *found;
+Json MemberOf(const Json& document, const std::string& section, const std::string& name) {
+    return document.value(Json::json_pointer("/" + section) / name, Json());
 }
 
 Recording ReadRecording(std::string_view text) {
@@ -337,7 +306,7 @@ Recording ReadRecording(std::string_view text) {
                           "Line " + std::to_string(number) + ": " + failure.what(),
                           failure.Next());
         } catch (const Json::exception& error) {
-            // What no check above has seen is wrong with the file all the same.
+            // Whatever the checks above let through is still a fault of the file.
             const std::string message = error.what();
             const std::size_t begin = message.find("] ");
             Refuse("Line " + std::to_string(number) + ": " +

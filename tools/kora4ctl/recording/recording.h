@@ -33,11 +33,13 @@ struct RecordedGroup {
     Json changes = Json::array();
 };
 
+// A whole recording.
 struct Recording {
     Json start;  // settings documents
     std::vector<RecordedGroup> groups;
     Json end;
 
+    // The number of recorded lines between the first and the last.
     std::size_t Events() const;
 };
 
@@ -47,7 +49,7 @@ Json ChangesBetween(const Json& before, const Json& now);
 Json WithChanges(Json document, const Json& changes);
 
 // A member of a section of a document; null when it is not there.
-Json MemberOf(const Json& document, const char* section, const std::string& name);
+Json MemberOf(const Json& document, const std::string& section, const std::string& name);
 
 // Reads and checks a whole recording: each line, and that the settings are a valid document
 // at each moment. Failure with eBadInput names the line.

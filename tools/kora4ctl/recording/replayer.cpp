@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Makes the events of a recording again, one kind after the other.
 #include "kora4ctl/recording/replayer.h"
 
 #include <algorithm>
@@ -39,8 +40,8 @@ float NumberOf(const Setting& setting, const Json& value) {
 
 }  // namespace
 
-// Results of methods are not looked at anywhere in here: what a method refuses, the store
-// takes afterwards.
+// Results of methods are ignored throughout: what a method refuses is written to the store
+// afterwards.
 
 Replayer::Replayer() : m_store(OpenStore(OpenMode::eReadWrite)) {}
 

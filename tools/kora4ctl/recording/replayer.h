@@ -24,11 +24,14 @@ class Replayer {
 
     // The settings as they were when the recording began.
     void Restore(const Json& settings);
+
+    // Makes the changes of one group.
     void Make(const RecordedGroup& group);
     // What is stored otherwise than there.
     std::vector<Difference> DifferencesFrom(const Json& settings);
 
   private:
+    // Each makes one kind of change by the library's methods and ignores their results.
     void Create(const Json& table);
     void Delete(const Json& table);
     void GoTo(const Json& profile, bool isEnabled);
@@ -36,6 +39,8 @@ class Replayer {
     void SetBands(const Json& bands);
     bool IsEnabled();
     std::string NameOf(LONG profile);
+
+    // The settings as stored now; and writing what the library did not take.
     Json Stored();
     void Store(const Json& settings);
 

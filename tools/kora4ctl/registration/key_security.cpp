@@ -28,18 +28,6 @@ constexpr Right cRights[] = {
     {WRITE_DAC, "change the access list"},  {WRITE_OWNER, "change the owner"},
 };
 
-class WorldSid {
-  public:
-    WorldSid() {
-        DWORD size = sizeof m_memory;
-        CreateWellKnownSid(WinWorldSid, nullptr, m_memory, &size);
-    }
-    bool Is(PSID sid) { return EqualSid(sid, m_memory); }
-
-  private:
-    alignas(SID) BYTE m_memory[SECURITY_MAX_SID_SIZE] = {};
-};
-
 ACCESS_MASK Specific(ACCESS_MASK mask) {
     GENERIC_MAPPING mapping{KEY_READ, KEY_WRITE, KEY_EXECUTE, KEY_ALL_ACCESS};
     MapGenericMask(&mask, &mapping);
@@ -54,7 +42,6 @@ struct Granted {
 
 Granted Read(PACL dacl) {
     Granted granted;
-    WorldSid world;
     for (DWORD i = 0; i < dacl->AceCount; ++i) {
         void* place = nullptr;
         if (!GetAce(dacl, i, &place))
@@ -65,7 +52,8 @@ Granted Read(PACL dacl) {
             continue;
         if (entry->Header.AceType == ACCESS_DENIED_ACE_TYPE)
             granted.hasDenials = true;
-        if (entry->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && world.Is(&entry->SidStart))
+        if (entry->Header.AceType == ACCESS_ALLOWED_ACE_TYPE &&
+            IsWellKnownSid(&entry->SidStart, WinWorldSid))
             granted.toEverybody |= Specific(entry->Mask);
     }
     return granted;
@@ -76,7 +64,7 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
     if (!ConvertSecurityDescriptorToStringSecurityDescriptorW(
             descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr))
         return "unreadable";
-    const LocalBlock memory(text);
+    const UniqueLocalMemory memory(text);
     return Narrow(text);
 }
 

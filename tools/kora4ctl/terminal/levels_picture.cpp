@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Lays the bars of the levels out in the columns and lines that there are.
 #include "kora4ctl/terminal/levels_picture.h"
 
 #include <algorithm>
@@ -12,12 +13,12 @@ namespace kora4::tools {
 
 namespace {
 
-// What the bars can show, dB. What is outside is drawn at the end.
+// The range of the bars, in dB. Levels outside are drawn at its ends.
 constexpr float cTop = 24;
 constexpr float cBottom = -84;
 constexpr float cScaleStep = 12;
 
-// Gains from here on are worth a warning, dB, and those that the picture cannot show.
+// Gains from here on deserve a warning, and those beyond the top of the bars, in dB.
 constexpr float cHot = 12;
 constexpr float cOver = cTop;
 

@@ -33,7 +33,7 @@ std::string LevelText(float level);
 
 // "gain -12.5 ...  excitation -3.0 ..."
 std::string LevelsLine(const Levels& levels);
-// {"gains": [...], "excitations": [...]}; null for what is no number.
+// {"gains": [...], "excitations": [...]}; null for NaN and infinities.
 Json LevelsDocument(const Levels& levels);
 
 }  // namespace kora4::tools

@@ -10,6 +10,7 @@
 
 namespace kora4::tools {
 
+// A piece of text in one style.
 struct Span {
     Style style = Style::ePlain;
     std::string text;
@@ -17,6 +18,7 @@ struct Span {
 
 using StyledLine = std::vector<Span>;
 
+// The text without its styles.
 inline std::string PlainText(const StyledLine& line) {
     std::string text;
     for (const Span& span : line)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Draws styled lines into the cells of a console, and leaves the console as it was.
 #include "kora4ctl/terminal/terminal_screen.h"
 
 #include <algorithm>
@@ -78,7 +79,7 @@ void TerminalScreen::Show(const std::vector<StyledLine>& lines) {
     CHAR_INFO blank{};
     blank.Char.UnicodeChar = L' ';
     blank.Attributes = m_plain;
-    // The whole window: what a picture of another size has left goes, too.
+    // The whole window, to clear what a larger picture left behind.
     std::vector<CHAR_INFO> cells(width * height, blank);
     m_lines = std::min(lines.size(), height);
     for (std::size_t row = 0; row < m_lines; ++row) {

@@ -21,7 +21,7 @@ class TerminalScreen {
     TerminalScreen(const TerminalScreen&) = delete;
     TerminalScreen& operator=(const TerminalScreen&) = delete;
 
-    // False: standard output is no terminal.
+    // False when standard output is not a terminal.
     bool IsUsable() const { return m_isUsable; }
 
     // Room for a picture. The last line stays free for what comes after it.

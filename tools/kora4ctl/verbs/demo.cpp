@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl demo: into a demonstration and out of it.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/verbs.h"
 #include "settings/names.h"
 
@@ -34,14 +33,11 @@ State ReadState(SettingAccess& access) {
 
 ExitCode Tell(const Context& context, const std::string& what, const State& now) {
     const std::string name = ProfileName(now.profile);
-    if (context.output.json)
-        context.output.PrintJson({{"profile", name},
-                                  {"demo", IsDemoProfile(now.profile)},
-                                  {"enable", now.isEnabled}});
-    else
-        context.output.Print(what + " Active is " + name + ", the master enable is " +
-                             (now.isEnabled ? "on" : "off") + ".");
-    return ExitCode::eDone;
+    return PrintResult(
+        context,
+        what + " Active is " + name + ", the master enable is " +
+            (now.isEnabled ? "on" : "off") + ".",
+        {{"profile", name}, {"demo", IsDemoProfile(now.profile)}, {"enable", now.isEnabled}});
 }
 
 // The preset profile's name says which demo.
@@ -69,9 +65,8 @@ ExitCode Enter(const Context& context, const DemoOptions& options) {
     return Tell(context, "In a demo.", ReadState(access));
 }
 
-// Who entered a demo is known to the library's object alone, and the one of an earlier run is
-// gone.
-ExitCode Leave(const Context& context, const DemoOptions&) {
+// Only the object that entered a demo knows that it did, and that of an earlier run is gone.
+ExitCode Leave(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State before = ReadState(access);
     const HRESULT hr = access.Api()->RevertFromDemoMode();
@@ -88,7 +83,7 @@ ExitCode Leave(const Context& context, const DemoOptions&) {
     return Tell(context, "The demo was left.", ReadState(access));
 }
 
-ExitCode ForceLeave(const Context& context, const DemoOptions&) {
+ExitCode ForceLeave(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State before = ReadState(access);
     Check(access.Api()->ForceRevertFromDemoMode(), "Leaving the demo");
@@ -109,21 +104,17 @@ constexpr char cLeaveHelp[] =
 }  // namespace
 
 void AddDemo(Context& context) {
-    CLI::App* demo = context.root.add_subcommand("demo", "the demonstration mode");
-    demo->require_subcommand(1);
-    const auto options = std::make_shared<DemoOptions>();
-    CLI::App* enter = demo->add_subcommand("enter", "show a profile as it was made");
-    enter->add_option("P", options->profile, "movie, music or games")->required();
-    auto* const on = enter->add_flag("--on", options->isOn,
-                                     "with the master enable on (this is the default)");
-    enter->add_flag("--off", options->isOff, "with the master enable off")->excludes(on);
-    enter->footer(cEnterHelp);
-    OnRun(*enter, context, [&context, options] { return Enter(context, *options); });
-    CLI::App* leave = demo->add_subcommand("leave", "end a demo that this program entered");
-    leave->footer(cLeaveHelp);
-    OnRun(*leave, context, [&context, options] { return Leave(context, *options); });
-    CLI::App* force = demo->add_subcommand("force-leave", "end a demo, whoever entered it");
-    OnRun(*force, context, [&context, options] { return ForceLeave(context, *options); });
+    CLI::App& demo = AddGroup(context, "demo", "the demonstration mode");
+    const auto [enter, options] =
+        AddVerb(demo, context, "enter", "show a profile as it was made", Enter);
+    enter.add_option("P", options.profile, "movie, music or games")->required();
+    auto* const on =
+        enter.add_flag("--on", options.isOn, "with the master enable on (this is the default)");
+    enter.add_flag("--off", options.isOff, "with the master enable off")->excludes(on);
+    enter.footer(cEnterHelp);
+    AddVerb(demo, context, "leave", "end a demo that this program entered", Leave)
+        .app.footer(cLeaveHelp);
+    AddVerb(demo, context, "force-leave", "end a demo, whoever entered it", ForceLeave);
 }
 
 }  // namespace kora4::tools

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl diff: a document against the store.
-#include <memory>
-
-#include "kora4ctl/access/settings_document.h"
+#include "kora4ctl/access/document_files.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/verbs.h"
-#include "registry/registry_store.h"
 
 namespace kora4::tools {
 
@@ -23,9 +21,8 @@ ExitCode Diff(const Context& context, const Options& options) {
         ReadPlan(options.file, options.merge ? Completeness::eMerge : Completeness::eExact);
     std::vector<Difference> differences;
     {
-        const std::unique_ptr<StoreAccess> store = OpenStore(OpenMode::eRead);
-        const StoreLock lock = HoldStore(context);
-        TellIfAbandoned(context, lock);
+        const HeldStore store(context, OpenMode::eRead);
+        TellIfAbandoned(context, store.lock);
         differences = Compare(plan, *store);
     }
     Output& output = context.output;
@@ -42,14 +39,12 @@ ExitCode Diff(const Context& context, const Options& options) {
 }  // namespace
 
 void AddDiff(Context& context) {
-    CLI::App* verb =
-        context.root.add_subcommand("diff", "compare the settings with those of a document");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("FILE", options->file, "a document of 'dump'; - is standard input")
+    const auto [verb, options] = AddVerb(context.root, context, "diff",
+                                         "compare the settings with those of a document", Diff);
+    verb.add_option("FILE", options.file, "a document of 'dump'; - is standard input")
         ->required();
-    verb->add_flag("--merge", options->merge, "pass over what the document does not have");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Diff(context, *options); });
+    verb.add_flag("--merge", options.merge, "pass over what the document does not have");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

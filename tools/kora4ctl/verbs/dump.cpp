@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl dump: the settings as one JSON document.
-#include <memory>
-
-#include "kora4ctl/access/settings_document.h"
+#include "kora4ctl/access/document_files.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/verbs.h"
-#include "process/files.h"
-#include "registry/registry_store.h"
 
 namespace kora4::tools {
 
@@ -28,9 +25,8 @@ constexpr char cFooter[] =
 ExitCode Dump(const Context& context, const Options& options) {
     Json document;
     {
-        const std::unique_ptr<StoreAccess> store = OpenStore(OpenMode::eRead);
-        const StoreLock lock = HoldStore(context);
-        TellIfAbandoned(context, lock);
+        const HeldStore store(context, OpenMode::eRead);
+        TellIfAbandoned(context, store.lock);
         document = Dump(*store, options.all ? Scope::eAll : Scope::eUser);
     }
     if (options.file.empty()) {
@@ -48,13 +44,11 @@ ExitCode Dump(const Context& context, const Options& options) {
 }  // namespace
 
 void AddDump(Context& context) {
-    CLI::App* verb =
-        context.root.add_subcommand("dump", "write the settings as one JSON document");
-    const auto options = std::make_shared<Options>();
-    verb->add_flag("--all", options->all, "everything that is a setting, not the user's only");
-    verb->add_option("FILE", options->file, "where to; without it, standard output");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Dump(context, *options); });
+    const auto [verb, options] = AddVerb<Options>(
+        context.root, context, "dump", "write the settings as one JSON document", Dump);
+    verb.add_flag("--all", options.all, "everything that is a setting, not the user's only");
+    verb.add_option("FILE", options.file, "where to; without it, standard output");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -3,13 +3,12 @@
 // exchanged with other equalizer tools.
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "api/patch_limits.h"
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/patch_records.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
@@ -49,7 +48,6 @@ struct EqOptions {
     std::string bands = "stored";
     bool isClipped = false;
 };
-using Options = std::shared_ptr<EqOptions>;
 
 std::string NameOfBand(const Bands& bands, std::size_t index) {
     return "Band " + std::to_string(index + 1) + " (" + Decimal(bands[index].frequency) +
@@ -60,7 +58,7 @@ bool IsAllowed(float gain) {
     return gain >= cGraphicEQGainMin && gain <= cGraphicEQGainMax;
 }
 
-// The library would limit gains without a word.
+// The library would limit gains silently.
 Bands Limited(Bands bands, bool isClipped, Output& output) {
     for (std::size_t i = 0; i < bands.size(); ++i) {
         float& gain = bands[i].gain;
@@ -111,7 +109,7 @@ std::vector<std::string> RowOfBand(const Bands& bands, std::size_t index) {
             SignedGain(band.gain) + " dB", note};
 }
 
-ExitCode Show(Context& context, const EqOptions& options) {
+ExitCode Show(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
     Output& output = context.output;
@@ -138,7 +136,7 @@ ExitCode Show(Context& context, const EqOptions& options) {
 // ---- What changes the bands -------------------------------------------------------------
 
 // Writes the new bands, reads what became of them and tells the difference.
-ExitCode Apply(Context& context, const EqOptions& options, SettingAccess& access,
+ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& access,
                const Equalizer& before, const Bands& wanted) {
     Output& output = context.output;
     WriteEqualizer(access, options.profile.Get(), Limited(wanted, options.isClipped, output));
@@ -234,7 +232,7 @@ Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
     return bands;
 }
 
-ExitCode Set(Context& context, const EqOptions& options) {
+ExitCode Set(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     const bool isByFrequency =
@@ -247,7 +245,7 @@ ExitCode Set(Context& context, const EqOptions& options) {
     return Apply(context, options, access, before, wanted);
 }
 
-ExitCode Flat(Context& context, const EqOptions& options) {
+ExitCode Flat(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     Bands wanted = before.bands;
@@ -292,7 +290,7 @@ Bands BandsOfFile(const Bands& curve, Output& output) {
     return bands;
 }
 
-ExitCode Import(Context& context, const EqOptions& options) {
+ExitCode Import(const Context& context, const EqOptions& options) {
     if (options.bands != "stored" && options.bands != "file")
         throw Failure(ExitCode::eUsage, "'" + options.bands +
                                             "' is no choice for --bands: it is 'stored' or "
@@ -307,7 +305,7 @@ ExitCode Import(Context& context, const EqOptions& options) {
     return Apply(context, options, access, before, Resample(curve, before.bands));
 }
 
-ExitCode Export(Context& context, const EqOptions& options) {
+ExitCode Export(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
     RefuseBadFrequencies(equalizer.bands, "No equalizer tool could read that.");
@@ -327,49 +325,39 @@ ExitCode Export(Context& context, const EqOptions& options) {
     return ExitCode::eDone;
 }
 
-using Run = ExitCode (*)(Context&, const EqOptions&);
-
-CLI::App& AddEqVerb(CLI::App& parent, Context& context, const Options& options,
-                    const char* name, const char* summary, Run run) {
-    CLI::App* verb = parent.add_subcommand(name, summary);
-    options->profile.AddTo(*verb);
-    OnRun(*verb, context, [&context, options, run] { return run(context, *options); });
-    return *verb;
-}
-
-void AddClip(CLI::App& verb, const Options& options) {
-    verb.add_flag("--clip", options->isClipped,
+void AddClip(CLI::App& verb, EqOptions& options) {
+    verb.add_flag("--clip", options.isClipped,
                   "limit gains to " + GainRange() + " dB instead of refusing them");
 }
 
 }  // namespace
 
 void AddEq(Context& context) {
-    CLI::App* eq = context.root.add_subcommand("eq", "the graphic equalizer");
-    eq->require_subcommand(1);
-    const auto options = std::make_shared<EqOptions>();
+    CLI::App& eq = AddGroup(context, "eq", "the graphic equalizer");
+    const auto add = [&](const char* name, const char* summary, auto run) {
+        const auto verb = AddVerb(eq, context, name, summary, run);
+        verb.options.profile.AddTo(verb.app);
+        return verb;
+    };
+    add("show", "the bands as a table and a curve", Show);
 
-    AddEqVerb(*eq, context, options, "show", "the bands as a table and a curve", Show);
-
-    CLI::App& set = AddEqVerb(*eq, context, options, "set", "change gains", Set);
-    set.add_option("GAINS", options->values, "gains in dB, or frequency=gain")->required();
-    set.add_option("--band", options->band, "one band, counted from 1");
-    AddClip(set, options);
+    const auto [set, gains] = add("set", "change gains", Set);
+    set.add_option("GAINS", gains.values, "gains in dB, or frequency=gain")->required();
+    set.add_option("--band", gains.band, "one band, counted from 1");
+    AddClip(set, gains);
     set.footer(SetHelp());
 
-    AddEqVerb(*eq, context, options, "flat", "make all gains 0 dB", Flat);
+    add("flat", "make all gains 0 dB", Flat);
 
-    CLI::App& import = AddEqVerb(*eq, context, options, "import",
-                                 "take the curve of a GraphicEQ text", Import);
-    import.add_option("FILE", options->file, "a file, or - for standard input")->required();
-    import.add_option("--bands", options->bands,
+    const auto [import, curve] = add("import", "take the curve of a GraphicEQ text", Import);
+    import.add_option("FILE", curve.file, "a file, or - for standard input")->required();
+    import.add_option("--bands", curve.bands,
                       "whose frequencies: stored (as they are) or file");
-    AddClip(import, options);
+    AddClip(import, curve);
     import.footer(ImportHelp());
 
-    CLI::App& out = AddEqVerb(*eq, context, options, "export",
-                              "write the bands as a GraphicEQ text", Export);
-    out.add_option("FILE", options->file, "a file; without one to standard output");
+    const auto [out, text] = add("export", "write the bands as a GraphicEQ text", Export);
+    out.add_option("FILE", text.file, "a file; without one to standard output");
 }
 
 }  // namespace kora4::tools

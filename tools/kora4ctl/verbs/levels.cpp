@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl levels: what the engine measures, live.
 #include <algorithm>
-#include <memory>
 #include <optional>
 
 #include "base/results.h"
 #include "contract/defaults.h"
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/levels_picture.h"
 #include "kora4ctl/terminal/local_time.h"
 #include "kora4ctl/terminal/terminal_screen.h"
@@ -105,7 +105,7 @@ class Display {
             document.update(LevelsDocument(*look.levels));
         else
             document.update({{"gains", nullptr}, {"excitations", nullptr}});
-        document["error"] = look.error.empty() ? Json() : Json(look.error);
+        document["error"] = OrNull(look.error);
         return document;
     }
 
@@ -148,15 +148,14 @@ ExitCode ShowLevels(const Context& context, const Options& options) {
 }  // namespace
 
 void AddLevels(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("levels", "show the engine's levels, live");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("--fps", options->fps,
-                     "look so many times a second; without it, every sampling period")
+    const auto [verb, options] =
+        AddVerb(context.root, context, "levels", "show the engine's levels, live", ShowLevels);
+    verb.add_option("--fps", options.fps,
+                    "look so many times a second; without it, every sampling period")
         ->check(CLI::Range(0.1, 100.0))
         ->type_name("N");
-    options->limits.AddTo(*verb, "pictures");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return ShowLevels(context, *options); });
+    options.limits.AddTo(verb, "pictures");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

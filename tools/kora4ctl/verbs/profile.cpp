@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl profile: the profiles, one by one and as a table.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -18,7 +17,6 @@ struct ProfileOptions {
     std::string profile;
     std::string name;
 };
-using Options = std::shared_ptr<ProfileOptions>;
 
 const char* KindOf(std::uint32_t profile) {
     return IsPresetProfile(profile)   ? "preset"
@@ -27,20 +25,10 @@ const char* KindOf(std::uint32_t profile) {
                                       : "unknown";
 }
 
-// What a JSON reader gets of a profile that something was done to.
-ExitCode Tell(const Context& context, const std::string& sentence, const Json& document) {
-    if (context.output.json)
-        context.output.PrintJson(document);
-    else
-        context.output.Print(sentence);
-    return ExitCode::eDone;
-}
-
-Json TextOrNull(const std::optional<std::string>& text) {
-    return text ? Json(*text) : Json();
-}
-
 // ---- show -------------------------------------------------------------------------------
+
+// Columns in front of the values.
+constexpr std::size_t cShowMargin = 44;
 
 void PrintReadings(const std::vector<Reading>& readings, Output& output) {
     std::vector<std::vector<std::string>> rows;
@@ -51,9 +39,8 @@ void PrintReadings(const std::vector<Reading>& readings, Output& output) {
             note += note.empty() ? "!" : " !";
             isAnyOutside = true;
         }
-        const std::string value = reading.Text(true);
-        rows.push_back({reading.setting->name, note,
-                        output.IsTerminal() ? Cut(value, output.Width() - 44) : value});
+        rows.push_back(
+            {reading.setting->name, note, Fitting(output, reading.Text(true), cShowMargin)});
     }
     output.Table({"setting", "", "value"}, rows);
     if (isAnyOutside)
@@ -85,13 +72,13 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
         output.PrintJson({{"profile", ProfileName(profile)},
                           {"number", profile},
                           {"kind", KindOf(profile)},
-                          {"name", TextOrNull(name)},
+                          {"name", OrNull(name)},
                           {"active", profile == active},
                           {"settings", documents}});
         return ExitCode::eDone;
     }
     output.Print(output.Paint(Style::eStrong, ProfileName(profile)) + ", " + KindOf(profile) +
-                 " profile" + (name ? " '" + Shown(*name) + "'" : std::string()) +
+                 " profile" + (name ? " " + Quoted(*name) : std::string()) +
                  (profile == active ? ", active" : ""));
     if (IsCustomProfile(profile) && !name)
         output.Print("does not exist; these values would count");
@@ -112,15 +99,16 @@ ExitCode Use(const Context& context, const ProfileOptions& options) {
     Check(access.Api()->SetActiveProfile(static_cast<LONG>(profile)),
           "Making " + ProfileName(profile) + " the active profile");
     const std::string now = ProfileName(access.ActiveProfile());
-    return Tell(context, "profile: " + ProfileName(before) + " -> " + now,
-                {{"profile", now}, {"old", ProfileName(before)}});
+    return PrintResult(context, "profile: " + ProfileName(before) + " -> " + now,
+                       {{"profile", now}, {"old", ProfileName(before)}});
 }
 
-ExitCode Revert(const Context& context, const ProfileOptions&) {
+ExitCode Revert(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::string profile = ProfileName(access.ActiveProfile());
     Check(access.Api()->RevertActiveProfile(), "Reverting " + profile);
-    return Tell(context, profile + " has its factory values again.", {{"profile", profile}});
+    return PrintResult(context, profile + " has its factory values again.",
+                       {{"profile", profile}});
 }
 
 ExitCode Create(const Context& context, const ProfileOptions& options) {
@@ -128,7 +116,7 @@ ExitCode Create(const Context& context, const ProfileOptions& options) {
     SettingAccess access(context);
     CreateProfile(profile, options.name, *access.Api().Get());
     const std::string from = ProfileName(access.ActiveProfile());
-    return Tell(
+    return PrintResult(
         context,
         ProfileName(profile) + " '" + options.name + "' was made as a copy of " + from + ".",
         {{"profile", ProfileName(profile)}, {"name", options.name}, {"from", from}});
@@ -141,18 +129,18 @@ ExitCode Rename(const Context& context, const ProfileOptions& options) {
     IVeltoKORA4API& api = *access.Api().Get();
     const std::optional<std::string> old = ReadProfileNames(api)[profile];
     RenameProfile(profile, options.name, api);
-    return Tell(
+    return PrintResult(
         context,
         ProfileName(profile) + ": '" + old.value_or("") + "' -> '" + options.name + "'",
-        {{"profile", ProfileName(profile)}, {"name", options.name}, {"old", TextOrNull(old)}});
+        {{"profile", ProfileName(profile)}, {"name", options.name}, {"old", OrNull(old)}});
 }
 
 ExitCode Delete(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     SettingAccess access(context);
     DeleteProfile(profile, *access.Api().Get());
-    return Tell(context, ProfileName(profile) + " was deleted.",
-                {{"profile", ProfileName(profile)}});
+    return PrintResult(context, ProfileName(profile) + " was deleted.",
+                       {{"profile", ProfileName(profile)}});
 }
 
 // ---- table ------------------------------------------------------------------------------
@@ -160,7 +148,7 @@ ExitCode Delete(const Context& context, const ProfileOptions& options) {
 // Columns in front of the names.
 constexpr std::size_t cTableMargin = 36;
 
-ExitCode Table(const Context& context, const ProfileOptions&) {
+ExitCode Table(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::uint32_t active = access.ActiveProfile();
     const ProfileTable names = ReadProfileNames(*access.Api().Get());
@@ -173,14 +161,11 @@ ExitCode Table(const Context& context, const ProfileOptions&) {
                              {"number", profile},
                              {"kind", KindOf(profile)},
                              {"exists", exists},
-                             {"name", TextOrNull(names[profile])},
+                             {"name", OrNull(names[profile])},
                              {"active", profile == active}});
-        const std::string name = "'" + Shown(names[profile].value_or("")) + "'";
-        const std::string shown =
-            output.IsTerminal() ? Cut(name, output.Width() - cTableMargin) : name;
         rows.push_back({ProfileName(profile), std::to_string(profile), KindOf(profile),
                         profile == active ? "active" : "",
-                        names[profile] ? "'" + Shown(*names[profile]) + "'"
+                        names[profile] ? Fitting(output, Quoted(*names[profile]), cTableMargin)
                         : exists       ? ""
                                        : "-"});
     }
@@ -194,42 +179,33 @@ ExitCode Table(const Context& context, const ProfileOptions&) {
     return ExitCode::eDone;
 }
 
-using Run = ExitCode (*)(const Context&, const ProfileOptions&);
-
-CLI::App& AddProfileVerb(CLI::App& parent, Context& context, const Options& options,
-                         const char* name, const char* summary, Run run) {
-    CLI::App* verb = parent.add_subcommand(name, summary);
-    OnRun(*verb, context, [&context, options, run] { return run(context, *options); });
-    return *verb;
-}
-
 const std::string cNameHelp =
     "any text of at most " + std::to_string(cMaxTextChars) + " UTF-16 characters, also ''";
 
 }  // namespace
 
 void AddProfile(Context& context) {
-    CLI::App* profile = context.root.add_subcommand("profile", "the profiles");
-    profile->require_subcommand(1);
-    const auto options = std::make_shared<ProfileOptions>();
-    const auto add = [&](const char* name, const char* summary, Run run) -> CLI::App& {
-        return AddProfileVerb(*profile, context, options, name, summary, run);
+    CLI::App& profile = AddGroup(context, "profile", "the profiles");
+    const auto add = [&](const char* name, const char* summary, auto run) {
+        return AddVerb(profile, context, name, summary, run);
     };
-    add("show", "all values of a profile", Show)
-        .add_option("P", options->profile, "movie, music, ...; without one the active profile");
-    add("use", "make a profile the active one", Use)
-        .add_option("P", options->profile, "movie, music, games, " + CustomProfiles())
-        ->required();
+    const auto addForCustom = [&](const char* name, const char* summary, auto run) {
+        const auto verb = add(name, summary, run);
+        verb.app.add_option("P", verb.options.profile, CustomProfiles())->required();
+        return verb;
+    };
+    const auto addWithName = [&](const char* name, const char* summary, auto run) {
+        const auto verb = addForCustom(name, summary, run);
+        verb.app.add_option("NAME", verb.options.name, cNameHelp)->required();
+    };
+    const auto [show, shown] = add("show", "all values of a profile", Show);
+    show.add_option("P", shown.profile, "movie, music, ...; without one the active profile");
+    const auto [use, used] = add("use", "make a profile the active one", Use);
+    use.add_option("P", used.profile, "movie, music, games, " + CustomProfiles())->required();
     add("revert", "give the active preset profile its factory values", Revert);
-    CLI::App& create = add("create", "copy the active profile to a custom one", Create);
-    create.add_option("P", options->profile, CustomProfiles())->required();
-    create.add_option("NAME", options->name, cNameHelp)->required();
-    CLI::App& rename = add("rename", "give a custom profile another name", Rename);
-    rename.add_option("P", options->profile, CustomProfiles())->required();
-    rename.add_option("NAME", options->name, cNameHelp)->required();
-    add("delete", "delete a custom profile", Delete)
-        .add_option("P", options->profile, CustomProfiles())
-        ->required();
+    addWithName("create", "copy the active profile to a custom one", Create);
+    addWithName("rename", "give a custom profile another name", Rename);
+    addForCustom("delete", "delete a custom profile", Delete);
     add("table", "the profiles and their names", Table);
 }
 

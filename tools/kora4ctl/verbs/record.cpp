@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl record: how settings change, into a file.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/notifications/notification_listener.h"
 #include "kora4ctl/recording/recording.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 #include "process/api_session.h"
 #include "process/files.h"
@@ -112,7 +112,7 @@ class Recorder {
     bool IsToStandardOutput() const { return m_lines.IsStandardOutput(); }
     unsigned Count() const { return m_count; }
 
-    // How it ended: as wanted, or before.
+    // Whether it ended as asked, or before.
     Wake Run() {
         const Deadline deadline = m_limits.Start();
         for (std::vector<Notification> told; !m_lines.IsBroken();) {
@@ -185,21 +185,19 @@ ExitCode Record(const Context& context, const Options& options) {
     if (context.output.json)
         context.output.PrintJson({{"file", options.file}, {"notifications", recorder.Count()}});
     else
-        context.output.Say("Recorded " + std::to_string(recorder.Count()) +
-                           (recorder.Count() == 1 ? " notification" : " notifications") +
-                           " in " + options.file + ".");
+        context.output.Say("Recorded " + CountOf(recorder.Count(), "notification") + " in " +
+                           options.file + ".");
     return code;
 }
 
 }  // namespace
 
 void AddRecord(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("record", "write down how settings change");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("FILE", options->file, "where to; - is standard output")->required();
-    options->limits.AddTo(*verb, "notifications");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Record(context, *options); });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "record", "write down how settings change", Record);
+    verb.add_option("FILE", options.file, "where to; - is standard output")->required();
+    options.limits.AddTo(verb, "notifications");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl register, unregister: the library in the machine's registration.
-#include <objbase.h>
-
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/version.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/registration/library_file.h"
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
+#include "platform/handles.h"
 #include "registry/registry_store.h"
 
 namespace kora4::tools {
@@ -21,29 +20,9 @@ struct Options {
     bool check = false;
 };
 
-// Registration wants COM, as every program that registers a library has it.
-class ComHold {
-  public:
-    ComHold() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-    ~ComHold() {
-        if (SUCCEEDED(m_result))
-            CoUninitialize();
-    }
-    ComHold(const ComHold&) = delete;
-    ComHold& operator=(const ComHold&) = delete;
-
-  private:
-    HRESULT m_result;
-};
-
 const char* WordOf(RegisteredFor where) {
     constexpr const char* cWords[] = {"nobody", "machine", "user"};
     return cWords[static_cast<int>(where)];
-}
-
-// A text, or null where there is none.
-Json TextOrNull(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
 }
 
 Json FindingsOf(const Observations& observations) {
@@ -58,14 +37,14 @@ Json DocumentOf(const Registration& found, const Observations& observations) {
     return {{"registered", found.IsThere()},
             {"for", found.IsThere() ? Json(WordOf(found.where)) : Json(nullptr)},
             {"class", ServedClass()},
-            {"title", TextOrNull(found.title)},
-            {"path", TextOrNull(found.path)},
-            {"threadingModel", TextOrNull(found.threadingModel)},
-            {"appId", TextOrNull(found.appId)},
-            {"typeLibrary", TextOrNull(found.typeLibrary)},
+            {"title", OrNull(found.title)},
+            {"path", OrNull(found.path)},
+            {"threadingModel", OrNull(found.threadingModel)},
+            {"appId", OrNull(found.appId)},
+            {"typeLibrary", OrNull(found.typeLibrary)},
             {"fileExists", found.IsThere() && found.file != FileKind::eAbsent},
-            {"fileVersion", TextOrNull(found.fileVersion)},
-            {"apiVersion", TextOrNull(found.apiVersion)},
+            {"fileVersion", OrNull(found.fileVersion)},
+            {"apiVersion", OrNull(found.apiVersion)},
             {"toolVersion", KORA4_VERSION_TEXT},
             {"findings", FindingsOf(observations)}};
 }
@@ -117,17 +96,15 @@ ExitCode Check(const Context& context, const Options& options) {
 }
 
 bool IsElevated() {
-    HANDLE opened = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
-        return true;
+    UniqueHandle token;
     TOKEN_ELEVATION elevation{};
     DWORD size = sizeof elevation;
-    const bool isKnown = GetTokenInformation(opened, TokenElevation, &elevation, size, &size);
-    CloseHandle(opened);
-    return !isKnown || elevation.TokenIsElevated;
+    return !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) ||
+           !GetTokenInformation(token.Get(), TokenElevation, &elevation, size, &size) ||
+           elevation.TokenIsElevated;
 }
 
-// The library's own answer to the wish to be registered.
+// What the library's own registration answered.
 void Expect(HRESULT hr, const std::string& path, const char* what) {
     if (SUCCEEDED(hr))
         return;
@@ -139,19 +116,21 @@ void Expect(HRESULT hr, const std::string& path, const char* what) {
 }
 
 ExitCode Register(const Context& context, const Options& options) {
+    if (options.check)
+        return Check(context, options);
     Output& output = context.output;
     const std::string path =
         FullPath(options.path.empty() ? LibraryBesideTool() : options.path);
     const std::string before = ReadRegistration().path;
     {
-        const ComHold com;
+        const ApartmentScope apartment;
         const RegistrableLibrary library(path);
         Expect(library.Register(), path, "registered");
     }
     const Registration now = ReadRegistration();
     if (output.json) {
         Json document = DocumentOf(now, Examine(now, path));
-        document["before"] = TextOrNull(before);
+        document["before"] = OrNull(before);
         output.PrintJson(document);
         return ExitCode::eDone;
     }
@@ -177,13 +156,13 @@ ExitCode Unregister(const Context& context, const Options& options) {
         path = before.path;
     path = FullPath(path);
     if (before.IsAnythingThere()) {
-        const ComHold com;
+        const ApartmentScope apartment;
         const RegistrableLibrary library(path);
         Expect(library.Unregister(), path, "unregistered");
     }
     const Registration now = ReadRegistration();
     if (output.json) {
-        output.PrintJson({{"registered", now.IsThere()}, {"before", TextOrNull(before.path)}});
+        output.PrintJson({{"registered", now.IsThere()}, {"before", OrNull(before.path)}});
     } else if (!before.IsAnythingThere()) {
         output.Say("The library was not registered; nothing to do.");
     } else {
@@ -209,27 +188,22 @@ constexpr char cRegisterFooter[] =
 }  // namespace
 
 void AddRegister(Context& context) {
-    const auto options = std::make_shared<Options>();
-    CLI::App* verb =
-        context.root.add_subcommand("register", "register the library, or look at what is");
-    verb->add_option("PATH", options->path, "the library")->type_name("PATH");
-    verb->add_flag("--check", options->check,
-                   "only tell what is registered, where, and whether it works");
-    verb->footer(cRegisterFooter);
-    OnRun(*verb, context, [&context, options] {
-        return options->check ? Check(context, *options) : Register(context, *options);
-    });
+    const auto [verb, options] = AddVerb(context.root, context, "register",
+                                         "register the library, or look at what is", Register);
+    verb.add_option("PATH", options.path, "the library")->type_name("PATH");
+    verb.add_flag("--check", options.check,
+                  "only tell what is registered, where, and whether it works");
+    verb.footer(cRegisterFooter);
 }
 
 void AddUnregister(Context& context) {
-    const auto options = std::make_shared<Options>();
-    CLI::App* verb =
-        context.root.add_subcommand("unregister", "take the library out of the registration");
-    verb->add_option("PATH", options->path, "the library")->type_name("PATH");
-    verb->footer(
+    const auto [verb, options] =
+        AddVerb(context.root, context, "unregister", "take the library out of the registration",
+                Unregister);
+    verb.add_option("PATH", options.path, "the library")->type_name("PATH");
+    verb.footer(
         "PATH is QXA64T.dll beside this program when it is not given, and the\n"
         "registered file when there is none. The settings stay as they are.\n");
-    OnRun(*verb, context, [&context, options] { return Unregister(context, *options); });
 }
 
 }  // namespace kora4::tools

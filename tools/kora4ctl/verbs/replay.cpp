@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl replay: a recording, made again.
-#include <memory>
-
-#include "base/failure.h"
-#include "kora4ctl/access/settings_document.h"
+#include "kora4ctl/access/document_files.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/notifications/message_wait.h"
 #include "kora4ctl/recording/recording.h"
 #include "kora4ctl/recording/replayer.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
-#include "process/files.h"
 
 namespace kora4::tools {
 
@@ -27,16 +25,6 @@ constexpr char cFooter[] =
     "of the recording's end; when there are differences, they are told and the exit code is "
     "1.\n"
     "Ctrl-C ends it after the change that is being made.\n";
-
-Recording Read(const std::string& path) {
-    const std::string text = ReadWholeFile(path);
-    try {
-        return ReadRecording(text);
-    } catch (const Failure& failure) {
-        const std::string name = path == "-" ? "standard input" : path;
-        throw Failure(failure.Code(), name + ": " + failure.what(), failure.Next());
-    }
-}
 
 // Waits for a group's moment. Failure when Ctrl-C comes first.
 void WaitForMoment(const Context& context, const Options& options, ULONGLONG begin,
@@ -62,7 +50,7 @@ ExitCode Tell(Output& output, const Recording& recording,
     } else {
         PrintDifferences(output, differences);
         output.Say(isSame ? "The settings are those of the recording's end."
-                          : CountOfValues(differences.size()) +
+                          : CountOf(differences.size(), "value") +
                                 " differ from those of the recording's end, told as what is "
                                 "and what was recorded.");
     }
@@ -70,7 +58,7 @@ ExitCode Tell(Output& output, const Recording& recording,
 }
 
 ExitCode Replay(const Context& context, const Options& options) {
-    const Recording recording = Read(options.file);
+    const Recording recording = ParseFile(options.file, ReadRecording);
     Replayer replayer;
     if (!options.noStart)
         replayer.Restore(recording.start);
@@ -85,18 +73,17 @@ ExitCode Replay(const Context& context, const Options& options) {
 }  // namespace
 
 void AddReplay(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("replay", "make recorded changes again");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("FILE", options->file, "a file of 'record'; - is standard input")
+    const auto [verb, options] =
+        AddVerb(context.root, context, "replay", "make recorded changes again", Replay);
+    verb.add_option("FILE", options.file, "a file of 'record'; - is standard input")
         ->required();
-    verb->add_option("--speed", options->speed,
-                     "how many times as fast as recorded (this is 1); 0 is as fast as it goes")
+    verb.add_option("--speed", options.speed,
+                    "how many times as fast as recorded (this is 1); 0 is as fast as it goes")
         ->check(CLI::Range(0.0, 1e6))
         ->type_name("X");
-    verb->add_flag("--no-start", options->noStart,
-                   "begin with the settings as they are, not as recorded");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Replay(context, *options); });
+    verb.add_flag("--no-start", options.noStart,
+                  "begin with the settings as they are, not as recorded");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -11,9 +11,10 @@
 #include "contract/version.h"
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/registration/registration.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -150,7 +151,7 @@ Json DocumentOf(const State& state) {
 std::string NameOfProfile(const State& state) {
     const std::string word = ProfileName(state.profile);
     if (state.names && state.profile < state.names->size() && (*state.names)[state.profile])
-        return word + " '" + Shown(*(*state.names)[state.profile]) + "'";
+        return word + " " + Quoted(*(*state.names)[state.profile]);
     return IsAllowableProfile(state.profile) ? word : word + ", which is no profile";
 }
 
@@ -177,10 +178,7 @@ std::string Position(const Reading& reading, std::size_t columns) {
     const double share =
         std::clamp((value - *setting.lowest) / (*setting.highest - *setting.lowest), 0.0, 1.0);
     const auto filled = static_cast<std::size_t>(share * static_cast<double>(columns) + 0.5);
-    std::string bar;
-    for (std::size_t i = 0; i < columns; ++i)
-        bar += i < filled ? "█" : "░";
-    return bar + " " + setting.Allowed();
+    return Repeated("█", filled) + Repeated("░", columns - filled) + " " + setting.Allowed();
 }
 
 std::string Frequencies(const Bands& bands) {
@@ -230,7 +228,7 @@ std::string CustomNames(const State& state) {
     std::vector<std::string> texts;
     for (std::uint32_t i = 0; i < state.names->size(); ++i) {
         if ((*state.names)[i])
-            texts.push_back(ProfileName(i) + " '" + Shown(*(*state.names)[i]) + "'");
+            texts.push_back(ProfileName(i) + " " + Quoted(*(*state.names)[i]));
     }
     return texts.empty() ? "none" : Join(texts, ", ");
 }
@@ -299,7 +297,7 @@ void Print(const State& state, Output& output) {
     line("tool", "kora4ctl " KORA4_VERSION_TEXT);
 }
 
-ExitCode Status(const Context& context) {
+ExitCode Status(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State state = ReadState(access);
     if (context.output.json)
@@ -312,8 +310,7 @@ ExitCode Status(const Context& context) {
 }  // namespace
 
 void AddStatus(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("status", "everything at a glance");
-    OnRun(*verb, context, [&context] { return Status(context); });
+    AddVerb(context.root, context, "status", "everything at a glance", Status);
 }
 
 }  // namespace kora4::tools

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl watch: every notification of the library.
-#include <memory>
-
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/notifications/notification_listener.h"
 #include "kora4ctl/verbs.h"
 #include "process/api_session.h"
@@ -52,11 +51,10 @@ ExitCode Watch(const Context& context, const RunLimits& limits) {
 }  // namespace
 
 void AddWatch(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("watch", "tell every change as it happens");
-    const auto limits = std::make_shared<RunLimits>();
-    limits->AddTo(*verb, "notifications");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, limits] { return Watch(context, *limits); });
+    const auto [verb, limits] =
+        AddVerb(context.root, context, "watch", "tell every change as it happens", Watch);
+    limits.AddTo(verb, "notifications");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The engine's loop: prepares the store, publishes a picture per period, looks at what was
+// announced, and sums up at the end.
 #include "kora4sim/engine/engine.h"
 
 #include <algorithm>
@@ -97,7 +99,7 @@ ExitCode Engine::Run() {
         if (!m_interrupt.IsRequested())
             LookAtStore();
     } catch (const Failure&) {
-        // A wait for the mutex that Ctrl-C ended is an end like any other.
+        // Ctrl-C during a wait for the mutex ends the run in the ordinary way.
         if (!m_interrupt.IsRequested())
             throw;
     }
@@ -106,7 +108,8 @@ ExitCode Engine::Run() {
 
 // ---- The store --------------------------------------------------------------------------
 
-// Told is without the mutex: whoever reads may take a pause, and the others must not wait.
+// Reports are written without the mutex: their reader may pause, and the other programs must
+// not wait for that.
 void Engine::PrepareStore() {
     std::size_t written = 0;
     std::string problem;
@@ -150,7 +153,7 @@ std::size_t Engine::WriteDefaults() {
     return written;
 }
 
-// An engine without its applications is an engine still.
+// The engine runs without companion applications.
 std::string Engine::WriteCommands(const Commands& commands) {
     const std::pair<std::uint32_t, const std::optional<std::string>*> rows[] = {
         {pkey::cProfileEditorCommandPid, &commands.profileEditor},
@@ -171,7 +174,7 @@ std::string Engine::WriteCommands(const Commands& commands) {
     return {};
 }
 
-// What another program holds on to is looked at later: an engine does not stop playing.
+// If another program holds the mutex, the engine looks later: it must not stop playing.
 void Engine::LookAtStore() {
     std::vector<Seen> seen;
     bool wasAbandoned = false;
@@ -229,7 +232,7 @@ void Engine::WaitForNextPicture() {
         if (wake != ChangeWatch::Wake::eChanged)
             return;
         LookAtStore();
-        // Whoever writes without a pause must not keep the pictures from coming.
+        // A program that writes without pause must not delay the pictures.
         if (Clock::now() >= due)
             return;
     }

@@ -25,11 +25,12 @@
 
 namespace kora4::tools::sim {
 
-// The stored sampling period is taken into these bounds: 0 would be without a pause, and
-// more than ten seconds without a life.
+// The stored sampling period is clamped to these bounds: 0 would publish without pause, and
+// above ten seconds the engine would look dead.
 inline constexpr std::uint32_t cShortestPeriod = 10;    // ms
 inline constexpr std::uint32_t cLongestPeriod = 10000;  // ms
 
+// What the command line chooses.
 struct EngineOptions {
     std::optional<std::uint64_t> runMilliseconds;  // none: until interrupted
     std::uint64_t seed = 1;
@@ -56,27 +57,37 @@ class Engine {
   private:
     using Clock = std::chrono::steady_clock;
 
+    // The beginning: commands, engine mask and, if asked for, defaults; then the engine's own
+    // load.
     void PrepareStore();
     // How many values were written.
     std::size_t WriteDefaults();
     // Why the commands could not be written; empty when they are.
     std::string WriteCommands(const Commands& commands);
     void TellReady();
+
+    // The end: releases the mutex, removes the levels if asked to, and reports the sums.
     ExitCode Finish();
 
     bool IsOver() const;
     void WaitForNextPicture();
+
+    // Takes over what was announced since the last picture, and the period.
     void LookAtStore();
     void LookAtPeriod();
     std::uint32_t StoredPeriod();
 
+    // Writes the picture of this moment, or what a fault makes of it.
     void Publish();
     StoredValue MakeValue();
 
+    // Faults whose moment has come.
     void ApplyDueFaults();
     void Apply(const Fault& fault);
     void TellFault(const Fault& fault, const std::string& effect,
                    Json details = Json::object());
+
+    // One function for each kind of fault.
     void Die(const Fault& fault);
     void Hold(const Fault& fault);
     void Burst(const Fault& fault);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The table of faults, and the parser of their texts.
 #include "kora4sim/engine/faults.h"
 
 #include <cmath>

@@ -11,6 +11,7 @@
 
 namespace kora4::tools::sim {
 
+// What can go wrong; the table of Faults says what each means.
 enum class FaultKind {
     eStop,
     eGarbage,
@@ -26,6 +27,7 @@ enum class FaultKind {
 // Where a fault was asked for.
 enum class FaultCause { eCommandLine, eTimeline };
 
+// One fault at one moment.
 struct Fault {
     FaultKind kind = FaultKind::eResume;
     std::string argument;  // the kind's name; empty for none
@@ -43,6 +45,7 @@ struct FaultArgument {
     std::string meaning;
 };
 
+// A kind of fault with its name, its argument and its help text.
 struct FaultDef {
     FaultKind kind;
     const char* name;
@@ -59,13 +62,16 @@ struct FaultDef {
 
 // All of them, in the order of --help.
 std::span<const FaultDef> Faults();
+
+// The row of a kind.
 const FaultDef& DefOf(FaultKind kind);
-// "1 to 100000"; empty when the argument is no number.
+// "1 to 100000"; empty when the argument is not a number.
 std::string RangeOf(const FaultDef& def);
 // The names that the argument may have; empty when it is a number or there is none.
 std::vector<FaultArgument> ArgumentsOf(FaultKind kind);
 
-// A fault by the name and argument; Failure with eBadInput, in words, when there is no such.
+// A fault by the name and argument; Failure with eBadInput, in words, when there is no such
+// fault.
 Fault MakeFault(std::string_view name, std::string_view argument, double atSeconds,
                 FaultCause cause);
 // "NAME[=ARGUMENT][@SECONDS]".

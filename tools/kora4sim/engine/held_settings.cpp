@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Loads settings and finds what was announced, as the store's contract asks of an engine:
+// values are read again only when their trigger has moved.
 #include "kora4sim/engine/held_settings.h"
 
 #include <algorithm>
@@ -77,8 +79,8 @@ HeldSettings::Dynamic HeldSettings::ReadDynamic(StoreAccess& store) {
     return now;
 }
 
-// What is stored under a demo profile are factory values for the profile that it shows; in
-// the demo itself the built-in ones are in force.
+// The values stored under a demo profile are the factory values of the profile that it shows;
+// the demo itself uses the built-in ones.
 std::vector<HeldSettings::Field> HeldSettings::ReadFields(Technology technology,
                                                           std::uint32_t profile,
                                                           StoreAccess& store) {

@@ -16,7 +16,7 @@
 
 namespace kora4::tools::sim {
 
-// A value that the engine took over: the words of the settings table.
+// A value that the engine reloaded, with its name in the settings table.
 struct Change {
     std::string name;
     Json from, to;
@@ -31,7 +31,7 @@ struct Seen {
     Json details = Json::object();
 };
 
-// Whoever calls it holds the store's mutex, but for MakeProcessing and Document.
+// The caller holds the store's mutex, except for MakeProcessing and Document.
 class HeldSettings {
   public:
     // Everything: all technologies of the active profile.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The model behind the pictures: how much each technology adds at a frequency and a level.
 #include "kora4sim/engine/processing.h"
 
 #include <algorithm>

@@ -13,9 +13,13 @@ namespace kora4::tools::sim {
 // A gain for each frequency; the line between neighbours is straight over the octaves.
 struct Curve {
     std::vector<float> frequencies;  // Hz, ascending
-    std::vector<float> gains;        // dB; without a partner they do not count
+    std::vector<float> gains;        // dB; entries without a frequency are ignored
 
+    // The gain at a frequency in Hz; beyond the ends it is that of the end. An empty curve has
+    // 0.
     double At(double frequency) const;
+
+    // The mean of the gains.
     double Mean() const;
 };
 
@@ -44,6 +48,7 @@ std::vector<float> BuiltInCurve(std::uint32_t index);
 // In Hz, of a place among the bands (see PlaceOf): the engine's own band frequencies.
 double FrequencyAt(double place);
 
+// The levels of all processing objects at one moment: the signal, shaped by the processing.
 Picture MakePicture(const Signal& signal, std::uint64_t milliseconds,
                     const std::vector<RecordShape>& shapes, const Processing& processing);
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Formats events as lines of text or JSON, with the time in each.
 #include "kora4sim/engine/reporter.h"
 
 #include <windows.h>

@@ -15,6 +15,7 @@ enum class Weight {
     eMilestone,  // the beginning, the end, and trouble
 };
 
+// Writes to standard output through Output. Single-threaded.
 class Reporter {
   public:
     explicit Reporter(Output& output) : m_output(output) {}

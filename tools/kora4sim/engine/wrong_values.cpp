@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The ways to spoil a stored value: wrong type, malformed text, too long, no such profile.
 #include "kora4sim/engine/wrong_values.h"
 
 #include "contract/profiles.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Reads scene files, member by member, and finds them beside the program or by path.
 #include "kora4sim/scene/scene.h"
 
 #include <windows.h>

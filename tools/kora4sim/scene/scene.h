@@ -26,6 +26,7 @@ struct Commands {
     std::optional<std::string> demoApp;
 };
 
+// A scene file as read and checked.
 struct Scene {
     std::string name;  // of the file, without its ending
     std::string description;
@@ -53,7 +54,7 @@ class SceneFolder {
     // Sorted.
     std::vector<std::string> Names() const;
     // A name, or the path of a file (whatever has a separator or ends in .json). Failure with
-    // eBadInput when there is none, or it is no scene.
+    // eBadInput when there is none, or the file is not a scene.
     Scene Load(std::string_view nameOrPath) const;
 
   private:

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Lays a picture out as bytes, and the table of everything that can be wrong with them.
 #include "kora4sim/signal/blob.h"
 
 #include <algorithm>
@@ -26,7 +27,7 @@ void Put(Bytes& bytes, Number number) {
     bytes.insert(bytes.end(), first, first + sizeof number);
 }
 
-// The picture, but for the numbers that it states: of records, and of bands of the first one.
+// The picture with other counts than its own: of records, and of the first record's bands.
 StoredValue Stating(const Picture& picture, std::size_t records, std::size_t firstBands) {
     Bytes bytes;
     Put(bytes, cReserved);

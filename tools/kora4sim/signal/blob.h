@@ -30,12 +30,11 @@ struct Spoiling {
     StoredValue (*make)(const Moment& now);
 };
 
-// Values that are no levels, and values that state wrong numbers.
+// Values that are not levels, and values that state wrong counts.
 std::span<const Spoiling> Garbage();
 std::span<const Spoiling> WrongCounts();
 
-// A number that tells sequences of values apart: the same values in the same order, the same
-// number.
+// A digest of a sequence of values: the same values in the same order give the same digest.
 class Digest {
   public:
     void Add(const StoredValue& value);

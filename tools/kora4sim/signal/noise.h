@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Chance that can be repeated.
+// Repeatable random numbers.
 #ifndef KORA4_KORA4SIM_SIGNAL_NOISE_H
 #define KORA4_KORA4SIM_SIGNAL_NOISE_H
 
@@ -7,12 +7,13 @@
 
 namespace kora4::tools::sim {
 
-// Numbers that look like chance and depend on the seed and on what they are asked for, not
-// on how often or in which order: a picture is the same whatever was drawn before it.
+// Pseudo-random numbers that depend on the seed and on what is asked for, not on how often or
+// in which order: a picture is the same whatever was drawn before it.
 class Noise {
   public:
     explicit constexpr Noise(std::uint64_t seed) : m_seed(seed) {}
 
+    // 64 even bits for a number and a part of it.
     constexpr std::uint64_t Word(std::uint64_t which, std::uint64_t part = 0) const {
         return Mixed(Mixed(m_seed ^ Mixed(which)) + part);
     }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The formulas of music, speech and sweep.
 #include "kora4sim/signal/spectra.h"
 
 #include <algorithm>

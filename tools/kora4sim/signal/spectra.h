@@ -12,6 +12,7 @@
 
 namespace kora4::tools::sim {
 
+// The kinds of sound.
 enum class SpectrumKind {
     eMusic,    // band levels that breathe, and a beat in the lower half
     eSpeech,   // band levels that follow syllables, with pauses between groups of them
@@ -19,6 +20,7 @@ enum class SpectrumKind {
     eSilence,  // nothing at all
 };
 
+// The sound of a scene: its kind, and the numbers that shape it.
 struct Spectrum {
     SpectrumKind kind = SpectrumKind::eSilence;
     // Music and speech: dB, from the lowest band to the highest; any number of points.

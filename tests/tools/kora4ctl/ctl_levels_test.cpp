@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+// kora4ctl levels, where the output is not a terminal: a line for each picture.
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <limits>
+
+#include "support/raw_store.h"
+#include "tools/kora4ctl/ctl_fixture.h"
+
+namespace kora4::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+constexpr DWORD cTimedOut = 6;
+constexpr char cNoLevels[] = "no levels: no engine has published anything (start kora4sim)";
+
+class CtlLevels : public CtlTest {
+  protected:
+    // One processing object whose bands all have that gain, and an excitation 20 dB below.
+    static void Publish(float gain) {
+        std::vector<std::uint8_t> blob;
+        const auto append = [&blob](const auto number) {
+            const std::size_t begin = blob.size();
+            blob.resize(begin + sizeof number);
+            std::memcpy(blob.data() + begin, &number, sizeof number);
+        };
+        append(std::uint32_t{0});
+        append(std::uint32_t{1});
+        blob.resize(blob.size() + 16);
+        append(std::uint32_t{KORA4_VISUALIZATION_BANDS});
+        append(std::uint32_t{0});
+        for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i)
+            append(gain);
+        for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i)
+            append(gain - 20);
+        RawStore::SetBytes(cStatic, SettingName(cBlobPid), blob);
+    }
+    static std::string Twenty(const std::string& number) {
+        std::string text;
+        for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i)
+            text += " " + number;
+        return text;
+    }
+};
+
+TEST_F(CtlLevels, EachPictureIsALine) {
+    Publish(-30);
+    RunningTool tool("kora4ctl", {"levels", "--count", "2"});
+    EXPECT_THAT(tool.NextLine(), MatchesRegex("..:..:......  gain" + Twenty("-30.0") +
+                                              "  excitation" + Twenty("-14.0")));
+    EXPECT_TRUE(tool.IsSilentFor(300));
+    Publish(-12.25);
+    EXPECT_THAT(tool.NextLine(), HasSubstr("gain" + Twenty("-12.2")));
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
+}
+
+TEST_F(CtlLevels, JsonHasNumbersAndNullForNone) {
+    RunningTool tool("kora4ctl", {"levels", "--json", "--fps", "50"});
+    const char* const shape =
+        R"({"time": "string", "gains": "null", "excitations": "null", "error": "null"})";
+    EXPECT_TRUE(HasShape(ParsedJson(tool.NextLine()), shape));
+    Publish(-30);
+    const Json picture = ParsedJson(tool.NextLine());
+    EXPECT_TRUE(HasShape(picture, R"({"time": "string", "gains": ["number"],
+                                      "excitations": ["number"], "error": "null"})"));
+    EXPECT_EQ(20u, picture["gains"].size());
+    EXPECT_EQ(-30, picture["gains"][19]);
+    EXPECT_EQ(-14, picture["excitations"][0]);
+    tool.PressCtrlC();
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
+}
+
+TEST_F(CtlLevels, WithoutAnEngineItSaysSoOnce) {
+    RunningTool tool("kora4ctl", {"levels", "--timeout", "0.5"});
+    EXPECT_EQ(cNoLevels, tool.NextErrorLine());
+    const ToolResult result = tool.WaitForEnd();
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ("", result.out);
+    EXPECT_THAT(result.err, MatchesRegex(std::string(cNoLevels, 9) + ".*\n"));
+}
+
+TEST_F(CtlLevels, LevelsThatCannotBeReadAreToldInWords) {
+    RawStore::SetNumber(cStatic, SettingName(cBlobPid), 7);
+    RunningTool tool("kora4ctl", {"levels", "--json"});
+    const Json picture = ParsedJson(tool.NextLine());
+    EXPECT_TRUE(HasShape(picture, R"({"time": "string", "gains": "null",
+                                      "excitations": "null", "error": "string"})"));
+    EXPECT_THAT(picture["error"].get<std::string>(), HasSubstr("E_FAIL"));
+    Publish(-6);
+    EXPECT_THAT(tool.NextLine(), HasSubstr("\"error\":null"));
+}
+
+TEST_F(CtlLevels, NumbersThatAreNoneAreNull) {
+    Publish(std::numeric_limits<float>::quiet_NaN());
+    const ToolResult result = RunCtl({"levels", "--json", "--count", "1"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_TRUE(HasShape(ParsedJson(result.out), R"({"time": "string",
+        "gains": ["number|null"], "excitations": ["number|null"], "error": "null"})"));
+}
+
+TEST_F(CtlLevels, PeriodIsTheStoresOne) {
+    Publish(-30);
+    Done({"set", "sampling-period", "1500"});
+    RunningTool tool("kora4ctl", {"levels"});
+    tool.NextLine();
+    Publish(-20);
+    EXPECT_TRUE(tool.IsSilentFor(300));
+    EXPECT_THAT(tool.NextLine(), HasSubstr("-20.0"));
+}
+
+TEST_F(CtlLevels, TimeoutBeforeTheCountIsTold) {
+    const ToolResult result = RunCtl({"levels", "--count", "1", "--timeout", "0.2"});
+    EXPECT_EQ(cTimedOut, result.exitCode) << result;
+    EXPECT_THAT(result.err, HasSubstr("After 0.2 s there were 0 of 1 pictures."));
+}
+
+TEST_F(CtlLevels, CtrlCAndAReaderThatGoesAwayEndItAsDone) {
+    Publish(-30);
+    RunningTool interrupted("kora4ctl", {"levels"});
+    interrupted.NextLine();
+    interrupted.PressCtrlC();
+    EXPECT_EQ(cDone, interrupted.WaitForEnd().exitCode);
+    RunningTool unread("kora4ctl", {"levels"});
+    unread.NextLine();
+    unread.CloseOutput();
+    Publish(-20);
+    EXPECT_EQ(cDone, unread.WaitForEnd().exitCode);
+}
+
+TEST_F(CtlLevels, NothingOfATerminalIsInAPipe) {
+    Publish(-30);
+    const ToolResult result = RunCtl({"levels", "--count", "1"});
+    EXPECT_EQ(std::string::npos, result.out.find('\x1b'));
+    EXPECT_EQ(1u, result.Lines().size());
+}
+
+TEST_F(CtlLevels, WithoutALibraryItSaysSo) {
+    Unregister();
+    Refused({"levels"}, cNotReady, "kora4ctl register");
+}
+
+TEST_F(CtlLevels, WrongUseIsRefused) {
+    Refused({"levels", "--fps", "0"}, cUsage, "--fps");
+    Refused({"levels", "--fps", "fast"}, cUsage, "--fps");
+    Refused({"levels", "--count", "-1"}, cUsage, "--count");
+}
+
+}  // namespace
+}  // namespace kora4::test

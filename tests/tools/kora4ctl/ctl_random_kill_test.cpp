@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+// kora4ctl load that is killed at any moment.
+//
+// KORA4_SEED in the environment repeats a run.
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+
+#include "tools/kora4ctl/broken_load.h"
+
+namespace kora4::test {
+namespace {
+
+// Milliseconds, with the parts of one.
+double Now() {
+    LARGE_INTEGER frequency;
+    LARGE_INTEGER now;
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&now);
+    return static_cast<double>(now.QuadPart) * 1000 / static_cast<double>(frequency.QuadPart);
+}
+
+// Not asleep: the platform's pauses are as long as a whole load.
+void SpinFor(double milliseconds) {
+    const double end = Now() + milliseconds;
+    while (Now() < end)
+        SwitchToThread();
+}
+
+// The shipped program, ended from outside.
+class RandomlyKilledLoad : public BrokenLoad {
+  protected:
+    void SetUp() override {
+        BrokenLoad::SetUp();
+        Prepare(Scope::eAll);
+        MakeFile(OldFile(), DocumentText(m_stores.before, Scope::eAll));
+    }
+    std::string OldFile() const { return m_folder.File("old.json"); }
+
+    // What a whole load takes, and how long of that its journal is there.
+    struct Times {
+        double whole = 0;
+        double writing = 0;
+    };
+    Times Measure() {
+        Times times;
+        for (const std::string& file : {DocumentFile(), OldFile()}) {
+            const double begin = Now();
+            RunningTool tool("kora4ctl", {"load", file});
+            WaitForJournal(tool);
+            const double writes = Now();
+            while (Exists(JournalPath()) && tool.IsRunning())
+                SwitchToThread();
+            times.writing = std::max(times.writing, Now() - writes);
+            EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
+            times.whole = std::max(times.whole, Now() - begin);
+        }
+        return times;
+    }
+    void WaitForJournal(const RunningTool& tool) const {
+        while (!Exists(JournalPath()) && tool.IsRunning())
+            SwitchToThread();
+    }
+};
+
+TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
+    constexpr int cKills = 200;
+    const char* const given = std::getenv("KORA4_SEED");
+    const auto seed = given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 0))
+                            : std::random_device{}();
+    std::mt19937 random(seed);
+    const Times times = Measure();
+    std::printf("KORA4_SEED=%u, a load takes %.0f ms and writes for %.0f ms\n",
+                static_cast<unsigned>(seed), times.whole, times.writing);
+    bool isNew = false;
+    int journals = 0;
+    int undone = 0;
+    int finished = 0;
+    for (int i = 0; i < cKills && !HasFailure(); ++i) {
+        SCOPED_TRACE("KORA4_SEED=" + std::to_string(seed) + ", kill " + std::to_string(i));
+        const StoreValues& old = isNew ? m_stores.after : m_stores.before;
+        const StoreValues& wanted = isNew ? m_stores.before : m_stores.after;
+        {
+            RunningTool tool("kora4ctl", {"load", isNew ? OldFile() : DocumentFile()});
+            // Half of them are hit at any time, the others while they write.
+            const bool whileWriting = i % 2 == 1;
+            if (whileWriting)
+                WaitForJournal(tool);
+            const double latest = whileWriting ? times.writing : times.whole * 1.2;
+            SpinFor(std::uniform_real_distribution<>(0, latest)(random));
+            tool.Kill();
+        }
+        const bool hadJournal = HasJournal();
+        journals += hadJournal;
+        const std::string words = DoctorOnLoad();
+        EXPECT_FALSE(HasJournal());
+        EXPECT_EQ(hadJournal, words.find("none was interrupted") == std::string::npos) << words;
+        const bool isDone = tools::Covered(ReadStoreValues(), Scope::eAll) ==
+                            tools::Covered(wanted, Scope::eAll);
+        if (!isDone) {
+            EXPECT_EQ("", DifferencesOf(tools::Covered(old, Scope::eAll),
+                                        tools::Covered(ReadStoreValues(), Scope::eAll)))
+                << words;
+        }
+        undone += words.find("half-way") != std::string::npos;
+        finished += words.find("announced") != std::string::npos;
+        isNew = isNew != isDone;
+    }
+    std::printf("%d left a journal: %d undone, %d finished\n", journals, undone, finished);
+    // Otherwise nothing was tried.
+    EXPECT_LT(cKills / 10, undone);
+}
+
+}  // namespace
+}  // namespace kora4::test

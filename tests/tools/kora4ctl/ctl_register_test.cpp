@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: MIT
+// kora4ctl register, unregister and register --check.
+#include <objbase.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "base/text.h"
+#include "tools/kora4ctl/ctl_fixture.h"
+
+namespace kora4::test {
+namespace {
+
+constexpr DWORD cFindings = 7;
+
+constexpr char cShape[] =
+    R"({"registered": "boolean", "for": "string|null", "class": "string",
+        "title": "string|null", "path": "string|null", "threadingModel": "string|null",
+        "appId": "string|null", "typeLibrary": "string|null", "fileExists": "boolean",
+        "fileVersion": "string|null", "apiVersion": "string|null", "toolVersion": "string",
+        "findings": [{"severity": "string", "what": "string", "next": "string"}]})";
+
+std::wstring ClassKey() {
+    wchar_t guid[40] = {};
+    StringFromGUID2(CLSID_VeltoKORA4APITestCoclass, guid, 40);
+    return std::wstring(L"CLSID\\") + guid;
+}
+
+std::wstring ServerKey() {
+    return ClassKey() + L"\\InprocServer32";
+}
+
+void WriteText(HKEY root, const std::wstring& key, const wchar_t* name,
+               const std::wstring& text) {
+    CreateKey(root, key);
+    WriteValue(root, key, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+}
+
+std::string Library() {
+    return tools::Narrow(LibraryPath());
+}
+
+// A file of the folder in which the test runs, gone at its end.
+class OwnFile {
+  public:
+    explicit OwnFile(const std::string& name)
+        : m_path(std::filesystem::absolute(name)), m_name(tools::Narrow(m_path.wstring())) {}
+    ~OwnFile() {
+        std::error_code error;
+        std::filesystem::remove(m_path, error);
+    }
+    OwnFile(const OwnFile&) = delete;
+    OwnFile& operator=(const OwnFile&) = delete;
+
+    const std::string& Name() const { return m_name; }
+    void CopyFrom(const std::wstring& other) const {
+        std::filesystem::copy_file(other, m_path,
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    void Write(const std::string& content) const {
+        std::ofstream(m_path, std::ios::binary) << content;
+    }
+    // Puts a word into the head of the program, counted from its signature.
+    void Patch(std::streamoff place, std::uint16_t word) const {
+        std::fstream file(m_path, std::ios::binary | std::ios::in | std::ios::out);
+        std::uint32_t head = 0;
+        file.seekg(0x3C).read(reinterpret_cast<char*>(&head), sizeof head);
+        file.seekp(head + place).write(reinterpret_cast<const char*>(&word), sizeof word);
+    }
+
+  private:
+    std::filesystem::path m_path;
+    std::string m_name;
+};
+
+class CtlRegister : public CtlTest {
+  protected:
+    // Whatever a test has made of the registration, the end of the fixture finds it whole.
+    void TearDown() override {
+        EXPECT_EQ(S_OK, LoadedLibrary().RegisterServer());
+        CtlTest::TearDown();
+    }
+
+    // What --check says, with the code that it ends with.
+    static Json Check(DWORD code, Words arguments = {}) {
+        arguments.insert(arguments.begin(), {"register", "--check", "--json"});
+        const ToolResult result = RunCtl(arguments);
+        EXPECT_EQ(code, result.exitCode) << result;
+        const Json document = ParsedJson(result.out);
+        EXPECT_TRUE(HasShape(document, cShape));
+        return document;
+    }
+    static std::string Findings(const Json& document) {
+        std::string text;
+        for (const Json& finding : document["findings"]) {
+            EXPECT_NE("", finding["next"]) << finding;
+            text += finding["severity"].get<std::string>() + ": " +
+                    finding["what"].get<std::string>() + "\n";
+        }
+        return text;
+    }
+};
+
+bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+TEST_F(CtlRegister, CheckTellsEverythingOfAnOrderlyRegistration) {
+    const Json found = Check(cDone);
+    EXPECT_EQ(true, found["registered"]);
+    EXPECT_EQ("machine", found["for"]);
+    EXPECT_EQ(tools::Lower(Library()), tools::Lower(found["path"].get<std::string>()));
+    EXPECT_EQ(found["typeLibrary"], found["path"]);
+    EXPECT_EQ("Both", found["threadingModel"]);
+    EXPECT_EQ(true, found["fileExists"]);
+    EXPECT_EQ(found["fileVersion"], found["toolVersion"]);
+    EXPECT_EQ(found["apiVersion"], found["toolVersion"]);
+    EXPECT_EQ(Json::array(), found["findings"]);
+    const std::string text = Done({"register", "--check"});
+    EXPECT_TRUE(Has(text, "the machine (HKEY_LOCAL_MACHINE)")) << text;
+    EXPECT_TRUE(Has(text, Library())) << text;
+}
+
+TEST_F(CtlRegister, CheckOfTheRegisteredFileIsContent) {
+    EXPECT_EQ("", Findings(Check(cDone, {Library()})));
+}
+
+TEST_F(CtlRegister, CheckOfAnotherFileSaysWhichIsRegistered) {
+    EXPECT_TRUE(Has(Findings(Check(cFindings, {"C:\\elsewhere\\QXA64T.dll"})),
+                    "warning: Another file is registered: "));
+}
+
+TEST_F(CtlRegister, CheckWithoutARegistrationEndsWithFour) {
+    Unregister();
+    const Json found = Check(cNotReady);
+    EXPECT_EQ(false, found["registered"]);
+    EXPECT_EQ(nullptr, found["path"]);
+    EXPECT_EQ("error: The library is not registered on this machine.\n", Findings(found));
+}
+
+TEST_F(CtlRegister, CheckFindsAMissingFile) {
+    WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", L"C:\\gone\\QXA64T.dll");
+    const Json found = Check(cFindings);
+    EXPECT_EQ(false, found["fileExists"]);
+    EXPECT_TRUE(Has(Findings(found), "error: The registered file does not exist."));
+}
+
+TEST_F(CtlRegister, CheckFindsAFileThatIsNoLibrary) {
+    const OwnFile file("no-library.dll");
+    file.Write("This is a text.");
+    WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", tools::Widen(file.Name()));
+    EXPECT_TRUE(
+        Has(Findings(Check(cFindings)), "error: The registered file is no library at all."));
+}
+
+TEST_F(CtlRegister, CheckFindsALibraryThatMakesNoObject) {
+    WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", L"C:\\windows\\system32\\msvcrt.dll");
+    EXPECT_TRUE(Has(Findings(Check(cFindings)),
+                    "error: No object can be made of the registered library: "));
+}
+
+TEST_F(CtlRegister, CheckFindsAWrongAndAMissingThreadingModel) {
+    WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"ThreadingModel", L"Apartment");
+    EXPECT_TRUE(Has(Findings(Check(cFindings)),
+                    "error: The threading model is 'Apartment' and should be 'Both'"));
+    RegDeleteKeyValueW(HKEY_CLASSES_ROOT, ServerKey().c_str(), L"ThreadingModel");
+    EXPECT_TRUE(Has(Findings(Check(cFindings)), "error: The threading model is missing"));
+}
+
+TEST_F(CtlRegister, CheckFindsMissingEntriesOfTheApplication) {
+    RemoveKey(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL");
+    const Json found = Check(cFindings);
+    EXPECT_EQ(nullptr, found["appId"]);
+    EXPECT_TRUE(Has(Findings(found), "warning: The entries of the application (AppID)"));
+}
+
+TEST_F(CtlRegister, CheckFindsAMissingTypeLibrary) {
+    wchar_t guid[40] = {};
+    StringFromGUID2(LIBID_KORA4ASLLib, guid, 40);
+    RemoveKey(HKEY_CLASSES_ROOT, std::wstring(L"TypeLib\\") + guid);
+    const Json found = Check(cFindings);
+    EXPECT_EQ(nullptr, found["typeLibrary"]);
+    EXPECT_TRUE(Has(Findings(found), "warning: The type library is not registered."));
+}
+
+TEST_F(CtlRegister, RegistersTheLibraryBesideTheProgram) {
+    Unregister();
+    RemoveStore();
+    const std::string text = Done({"register"});
+    EXPECT_TRUE(Has(text, Library())) << text;
+    EXPECT_TRUE(Has(text, "StaticKeys")) << text;
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetStatic)));
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetDynamic)));
+    EXPECT_EQ(true, Check(cDone)["registered"]);
+}
+
+TEST_F(CtlRegister, RegistersAFileThatIsNamedAndSaysWhichWasBefore) {
+    const OwnFile copy("copy of QXA64T.dll");
+    copy.CopyFrom(LibraryPath());
+    const Json document = DoneJson({"register", copy.Name()});
+    EXPECT_EQ(document["path"], copy.Name());
+    EXPECT_EQ(tools::Lower(document["before"].get<std::string>()), tools::Lower(Library()));
+    EXPECT_EQ("", Done({"unregister", copy.Name()}));
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, ClassKey()));
+}
+
+TEST_F(CtlRegister, IsSilentWhenToldSo) {
+    const ToolResult result = RunCtl({"register", "--quiet"});
+    EXPECT_EQ(cDone, result.exitCode);
+    EXPECT_EQ("", result.out);
+    EXPECT_EQ("", result.err);
+}
+
+TEST_F(CtlRegister, RefusesWhatIsNoSuchLibraryInASentence) {
+    const std::string before = DumpKey(HKEY_CLASSES_ROOT, ClassKey());
+    const OwnFile text("text.dll");
+    text.Write("MZ, but nothing behind");
+    const OwnFile narrow("narrow.dll");
+    narrow.CopyFrom(LibraryPath());
+    narrow.Patch(4, IMAGE_FILE_MACHINE_I386);
+    const std::string program = tools::Narrow(ProgramFolder()) + "\\kora4ctl.exe";
+    for (const char* verb : {"register", "unregister"}) {
+        Refused({verb, "C:\\no\\such.dll"}, cBadInput, "does not exist.");
+        Refused({verb, "C:\\windows"}, cBadInput, "is no library at all.");
+        Refused({verb, text.Name()}, cBadInput, "is no library at all.");
+        Refused({verb, program}, cBadInput, "is a program, not a library.");
+        Refused({verb, narrow.Name()}, cBadInput, "is not a library for 64-bit x64 programs.");
+        Refused({verb, "C:\\windows\\system32\\msvcrt.dll"}, cBadInput,
+                "it has no DllRegisterServer.");
+    }
+    EXPECT_EQ(before, DumpKey(HKEY_CLASSES_ROOT, ClassKey()));
+}
+
+TEST_F(CtlRegister, UnregistersAndKeepsTheSettings) {
+    WriteStoredUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), 2);
+    const std::string store = StoreSnapshot();
+    const Json document = DoneJson({"unregister"});
+    EXPECT_EQ(false, document["registered"]);
+    EXPECT_EQ(tools::Lower(document["before"].get<std::string>()), tools::Lower(Library()));
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, ClassKey()));
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL"));
+    EXPECT_EQ(store, StoreSnapshot());
+}
+
+TEST_F(CtlRegister, UnregisteringTwiceIsNoFailure) {
+    Unregister();
+    const ToolResult result = RunCtl({"unregister"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_TRUE(Has(result.err, "was not registered")) << result;
+}
+
+TEST_F(CtlRegister, OtherVerbsNameTheCommandThatMendsAMissingRegistration) {
+    Unregister();
+    const ToolResult result = RunCtl({"get", "profile"});
+    EXPECT_EQ(cNotReady, result.exitCode) << result;
+    EXPECT_TRUE(Has(result.err, "kora4ctl register")) << result;
+}
+
+}  // namespace
+}  // namespace kora4::test

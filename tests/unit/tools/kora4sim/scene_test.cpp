@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: MIT
+// Scene files: what is read from them, and what is said of bad ones.
+#include "kora4sim/scene/scene.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "base/failure.h"
+#include "contract/engine_masks.h"
+#include "support/text_limits.h"
+
+namespace kora4::tools::sim {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr char cFile[] = "some\\folder\\mine.json";
+
+constexpr char cWhole[] = R"({
+  "format": "kora4sim-scene", "version": 1, "description": "What it is",
+  "engine": { "mask": "0x021f", "commands": { "demo-app": "demo.exe /x", "profile-editor": "" } },
+  "records": [ { "bands": 20 }, { "bands": 0, "offset": -6.5 } ],
+  "spectrum": { "kind": "speech", "levels": [-20, -30.5], "swing": 9, "rate": 3, "noise": 1,
+                "pauses": 0.5 },
+  "follow-settings": false,
+  "timeline": [ { "at": 3, "fault": "resume" },
+                { "at": 0.5, "fault": "garbage", "argument": "nan" },
+                { "at": 1, "fault": "burst", "argument": 20 } ]
+})";
+
+// The smallest scene, with something in place of one of its members.
+std::string With(const std::string& member, const std::string& value) {
+    std::string text = "{";
+    const std::pair<const char*, const char*> members[] = {
+        {"format", "\"kora4sim-scene\""},
+        {"version", "1"},
+        {"engine", "{\"mask\": 1}"},
+        {"records", "[{\"bands\": 4}]"},
+        {"spectrum", "{\"kind\": \"silence\"}"},
+    };
+    bool isThere = false;
+    for (const auto& [name, usual] : members) {
+        isThere |= member == name;
+        text += std::string(text.size() > 1 ? ", " : "") + "\"" + name +
+                "\": " + (member == name ? value : usual);
+    }
+    return text + (isThere ? "" : ", \"" + member + "\": " + value) + "}";
+}
+
+// What is said of a scene; empty when it is taken.
+std::string Refusal(const std::string& text) {
+    try {
+        ReadScene(text, cFile);
+    } catch (const Failure& failure) {
+        EXPECT_EQ(ExitCode::eBadInput, failure.Code()) << text;
+        const std::string what = failure.what();
+        EXPECT_EQ(0u, what.rfind(cFile, 0)) << what;
+        EXPECT_EQ('.', what.find("Did you mean") == std::string::npos ? what.back() : '.');
+        return what;
+    }
+    return {};
+}
+
+TEST(ReadScene, TakesEveryMember) {
+    const Scene scene = ReadScene(cWhole, cFile);
+    EXPECT_EQ("mine", scene.name);
+    EXPECT_EQ("What it is", scene.description);
+    EXPECT_EQ(0x021Fu, scene.mask);
+    ASSERT_TRUE(scene.commands);
+    EXPECT_EQ("", scene.commands->profileEditor);
+    EXPECT_FALSE(scene.commands->profileSelector);
+    EXPECT_EQ("demo.exe /x", scene.commands->demoApp);
+    ASSERT_EQ(2u, scene.records.size());
+    EXPECT_EQ(20u, scene.records[0].bands);
+    EXPECT_EQ(0, scene.records[0].offset);
+    EXPECT_EQ(0u, scene.records[1].bands);
+    EXPECT_EQ(-6.5, scene.records[1].offset);
+    EXPECT_EQ(SpectrumKind::eSpeech, scene.spectrum.kind);
+    EXPECT_THAT(scene.spectrum.levels, ElementsAre(-20, -30.5));
+    EXPECT_EQ(9, scene.spectrum.swing);
+    EXPECT_EQ(3, scene.spectrum.rate);
+    EXPECT_EQ(1, scene.spectrum.noise);
+    EXPECT_EQ(0.5, scene.spectrum.pauses);
+    EXPECT_FALSE(scene.followsSettings);
+}
+
+TEST(ReadScene, PutsTheTimelineIntoItsOrder) {
+    const std::vector<Fault> timeline = ReadScene(cWhole, cFile).timeline;
+    ASSERT_EQ(3u, timeline.size());
+    EXPECT_EQ("garbage=nan", timeline[0].Text());
+    EXPECT_EQ(500u, timeline[0].atMilliseconds);
+    EXPECT_EQ(FaultCause::eTimeline, timeline[0].cause);
+    EXPECT_EQ("burst=20", timeline[1].Text());
+    EXPECT_EQ(20, timeline[1].number);
+    EXPECT_EQ("resume", timeline[2].Text());
+}
+
+TEST(ReadScene, DoesWithWhatIsNeeded) {
+    const Scene scene = ReadScene(With("version", "1"), cFile);
+    EXPECT_FALSE(scene.commands);
+    EXPECT_TRUE(scene.followsSettings);
+    EXPECT_TRUE(scene.timeline.empty());
+    EXPECT_EQ(1u, scene.mask);
+}
+
+TEST(ReadScene, RefusesWhatIsNoJsonAndSaysWhere) {
+    EXPECT_EQ(std::string(cFile) + ": The document is empty.", Refusal(""));
+    EXPECT_THAT(Refusal("{\n  \"format\": \"kora4sim-scene\",\n  oops\n}"),
+                HasSubstr("not valid JSON: parse error at line 3, column "));
+    EXPECT_THAT(Refusal(std::string(cWhole).substr(0, 200)), HasSubstr("cut off"));
+    EXPECT_THAT(Refusal(std::string(cWhole) + "x"), HasSubstr("not valid JSON"));
+}
+
+TEST(ReadScene, RefusesMembersThatStandTwice) {
+    EXPECT_THAT(Refusal("{\"format\": \"kora4sim-scene\", \"version\": 1, \"version\": 1}"),
+                HasSubstr("version: the name appears twice."));
+}
+
+TEST(ReadScene, RefusesOtherFormatsAndVersions) {
+    EXPECT_THAT(Refusal("[]"), HasSubstr("this is not a scene"));
+    EXPECT_THAT(Refusal("{}"), HasSubstr("this is not a scene"));
+    EXPECT_THAT(Refusal(With("format", "\"kora4-settings\"")),
+                HasSubstr("format: this is not a scene"));
+    EXPECT_THAT(Refusal(With("version", "2")),
+                HasSubstr("version: version 2 of scenes is not supported; this program reads "
+                          "version 1."));
+    EXPECT_THAT(Refusal(With("version", "\"1\"")), HasSubstr("whole number"));
+}
+
+TEST(ReadScene, NamesTheNearestMember) {
+    EXPECT_THAT(Refusal(With("spektrum", "{}")),
+                HasSubstr("spektrum: no such member is known here. "));
+    EXPECT_THAT(Refusal(With("time", "[]")), HasSubstr("Did you mean 'timeline'?"));
+    EXPECT_THAT(Refusal("{\"format\": \"kora4sim-scene\", \"version\": 1, \"records\": []}"),
+                HasSubstr("the member 'engine' is missing"));
+    EXPECT_THAT(Refusal(With("records", "[{\"bands\": 1, \"gain\": 2}]")),
+                HasSubstr("records[0].gain: no such member is known here"));
+}
+
+TEST(ReadScene, RefusesBadEngines) {
+    for (const char* mask : {"\"3FF\"", "\"0x\"", "\"0x1G\"", "\"0x123456789\"", "-1", "1.5",
+                             "4294967296", "null", "true"})
+        EXPECT_THAT(Refusal(With("engine", std::string("{\"mask\": ") + mask + "}")),
+                    HasSubstr("engine.mask: this must be a text like \"0x03ff\""))
+            << mask;
+    EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"editor\": \"x\"}}")),
+                HasSubstr("engine.commands.editor: no such member is known here"));
+    EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"demo-app\": 7}}")),
+                HasSubstr("engine.commands.demo-app: this must be a text."));
+    const std::string tooLong(test::cLongestTextChars + 1, 'x');
+    EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"demo-app\": \"" +
+                                           tooLong + "\"}}")),
+                HasSubstr("at most 2047 characters"));
+    EXPECT_EQ("", Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"demo-app\": \"" +
+                                             tooLong.substr(1) + "\"}}")));
+}
+
+TEST(ReadScene, RefusesBadRecords) {
+    EXPECT_THAT(Refusal(With("records", "7")), HasSubstr("records: this must be an array."));
+    for (const char* bands : {"-1", "65", "2.5", "\"20\"", "null", "1e300"})
+        EXPECT_THAT(Refusal(With("records",
+                                 std::string("[{\"bands\": 1}, {\"bands\": ") + bands + "}]")),
+                    HasSubstr("records[1].bands: this must be a whole number from 0 to 64."))
+            << bands;
+    EXPECT_THAT(Refusal(With("records", "[{\"bands\": 1, \"offset\": 21}]")),
+                HasSubstr("records[0].offset: this must be a number from -100 to 20."));
+    std::string many = "[";
+    for (int i = 0; i < 65; ++i)
+        many += std::string(i == 0 ? "" : ",") + "{\"bands\": 1}";
+    EXPECT_THAT(Refusal(With("records", many + "]")),
+                HasSubstr("records: this must have 0 to 64 elements; it has 65."));
+}
+
+TEST(ReadScene, RefusesBadSpectra) {
+    EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"speach\"}")),
+                HasSubstr("spectrum.kind: 'speach' is not known here"));
+    EXPECT_THAT(Refusal(With("spectrum", "{}")), HasSubstr("the member 'kind' is missing"));
+    EXPECT_THAT(Refusal(With("spectrum", "7")), HasSubstr("spectrum: this must be an object."));
+    EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"silence\", \"noise\": 2}")),
+                HasSubstr("spectrum.noise: no such member is known here"));
+    EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"sweep\", \"levels\": []}")),
+                HasSubstr("spectrum.levels: no such member is known here"));
+    EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"sweep\", \"seconds\": 0}")),
+                HasSubstr("spectrum.seconds: this must be a number from 0.1 to 3600."));
+    EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"music\"}")),
+                HasSubstr("the member 'levels' is missing"));
+    EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"music\", \"levels\": []}")),
+                HasSubstr("spectrum.levels: this must have 1 to 128 elements; it has 0."));
+    EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"music\", \"levels\": [-10, 1]}")),
+                HasSubstr("spectrum.levels[1]: this must be a number from -144 to 0."));
+    EXPECT_THAT(
+        Refusal(With("spectrum", "{\"kind\": \"music\", \"levels\": [-1], \"pauses\": 0.1}")),
+        HasSubstr("spectrum.pauses: no such member is known here"));
+}
+
+TEST(ReadScene, RefusesBadTimelines) {
+    EXPECT_THAT(Refusal(With("timeline", "[{\"at\": 1, \"fault\": \"stopp\"}]")),
+                HasSubstr("timeline[0]: There is no fault 'stopp'. "));
+    EXPECT_THAT(Refusal(With("timeline", "[{\"at\": -1, \"fault\": \"stop\"}]")),
+                HasSubstr("timeline[0].at: this must be a number from 0 to 86400."));
+    EXPECT_THAT(Refusal(With("timeline", "[{\"at\": 1}]")),
+                HasSubstr("timeline[0]: the member 'fault' is missing"));
+    EXPECT_THAT(
+        Refusal(With("timeline", "[{\"at\": 1, \"fault\": \"hold\", \"argument\": 0}]")),
+        HasSubstr("timeline[0]: '0' is not an argument for the fault 'hold'"));
+    EXPECT_THAT(
+        Refusal(With("timeline", "[{\"at\": 1, \"fault\": \"die\", \"argument\": []}]")),
+        HasSubstr("timeline[0].argument: this must be a text."));
+    EXPECT_THAT(Refusal(With("follow-settings", "1")),
+                HasSubstr("follow-settings: this must be true or false."));
+}
+
+TEST(SceneFolder, HasTheScenesThatAreShipped) {
+    EXPECT_THAT(SceneFolder().Names(),
+                ElementsAre("engine-basic", "engine-full", "engine-standard", "music",
+                            "silence", "speech", "sweep"));
+    for (const std::string& name : SceneFolder().Names()) {
+        const Scene scene = SceneFolder().Load(name);
+        EXPECT_EQ(name, scene.name);
+        EXPECT_FALSE(scene.description.empty()) << name;
+        EXPECT_TRUE(scene.commands) << name;
+        EXPECT_FALSE(scene.records.empty()) << name;
+    }
+}
+
+TEST(SceneFolder, HasASceneForEachKnownEngine) {
+    std::vector<std::uint32_t> masks;
+    for (const char* name : {"engine-full", "engine-standard", "engine-basic"})
+        masks.push_back(SceneFolder().Load(name).mask);
+    std::vector<std::uint32_t> known;
+    for (const EngineConfiguration& configuration : cEngineConfigurations)
+        known.push_back(configuration.mask);
+    EXPECT_EQ(known, masks);
+}
+
+TEST(SceneFolder, TakesNamesInAnyCaseAndPaths) {
+    EXPECT_EQ("music", SceneFolder().Load("Music").name);
+    EXPECT_EQ("music", SceneFolder().Load(SceneFolder().Path() + "\\music.json").name);
+}
+
+std::string LoadRefusal(const SceneFolder& folder, const std::string& name) {
+    try {
+        folder.Load(name);
+    } catch (const Failure& failure) {
+        EXPECT_EQ(ExitCode::eBadInput, failure.Code());
+        return failure.what();
+    }
+    return {};
+}
+
+TEST(SceneFolder, AnswersUnknownNamesWithTheNearest) {
+    EXPECT_EQ("There is no scene 'musi'. Did you mean 'music'?",
+              LoadRefusal(SceneFolder(), "musi"));
+    EXPECT_THAT(LoadRefusal(SceneFolder(), "xyzzy"),
+                HasSubstr("It is one of: engine-basic, engine-full"));
+    EXPECT_THAT(LoadRefusal(SceneFolder(), "nowhere\\music.json"), HasSubstr("nowhere"));
+    EXPECT_THAT(LoadRefusal(SceneFolder("C:\\no such folder"), "music"),
+                HasSubstr("There are no scenes in 'C:\\no such folder'."));
+}
+
+}  // namespace
+}  // namespace kora4::tools::sim

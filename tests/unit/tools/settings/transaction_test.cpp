@@ -1,0 +1,366 @@
+// SPDX-License-Identifier: MIT
+// Plans applied and undone: the order of writes, a failure or interrupt at each of them, and
+// recovery from a journal.
+#include "settings/transaction.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "process/files.h"
+#include "tools/support/memory_store.h"
+
+namespace kora4::tools {
+namespace {
+
+// A folder of this process, with the journal in it, gone at the end.
+class Transaction : public testing::Test {
+  protected:
+    Transaction() {
+        wchar_t folder[MAX_PATH];
+        GetTempPathW(MAX_PATH, folder);
+        m_folder = Narrow(folder) + "kora4-journal-" + std::to_string(GetCurrentProcessId());
+        CreateDirectoryW(Widen(m_folder).c_str(), nullptr);
+        m_file.emplace(m_folder + "\\load.journal");
+        m_file->Remove();
+    }
+    ~Transaction() override {
+        m_file->Remove();
+        RemoveDirectoryW(Widen(m_folder).c_str());
+    }
+
+    const JournalFile& File() const { return *m_file; }
+    bool HasJournal() const {
+        Journal journal;
+        return File().Read(journal) != JournalFile::State::eAbsent;
+    }
+
+    // Two random stores: the one that is, and the document of one that shall be.
+    void Prepare(std::uint32_t seed) {
+        RandomStore random(seed);
+        m_before = random.Values(6);
+        MemoryStore wanted;
+        wanted.values = random.Values(6);
+        m_after = wanted.values;
+        m_plan = ReadDocument(Dump(wanted, Scope::eAll).dump());
+        m_store = {};
+        m_store.values = m_before;
+    }
+
+    // Nothing moved but the counters, which are no settings.
+    void ExpectBefore(const std::string& where) {
+        EXPECT_EQ(Covered(m_before, Scope::eAll), Covered(m_store.values, Scope::eAll))
+            << where;
+    }
+    void ExpectAfter(const std::string& where) {
+        EXPECT_EQ(Covered(m_after, Scope::eAll), Covered(m_store.values, Scope::eAll)) << where;
+    }
+    void ExpectEither(const std::string& where, Recovery outcome) {
+        if (outcome == Recovery::eFinished)
+            ExpectAfter(where);
+        else
+            ExpectBefore(where);
+    }
+
+    // How many writes applying the whole plan takes.
+    int Writes() {
+        MemoryStore store;
+        store.values = m_before;
+        const StoreLock lock;
+        Apply(m_plan, store, lock, File());
+        return store.writes;
+    }
+
+    Plan m_plan;
+    MemoryStore m_store;
+    MemoryStore::Values m_before;
+    MemoryStore::Values m_after;
+
+  private:
+    std::string m_folder;
+    std::optional<JournalFile> m_file;
+};
+
+std::string At(int n) {
+    return "write " + std::to_string(n);
+}
+
+TEST_F(Transaction, MakesTheStoreWhatTheDocumentSays) {
+    for (std::uint32_t seed = 0; seed < 50; ++seed) {
+        Prepare(seed);
+        const StoreLock lock;
+        Apply(m_plan, m_store, lock, File());
+        ExpectAfter(std::to_string(seed));
+        EXPECT_FALSE(HasJournal());
+    }
+}
+
+TEST_F(Transaction, WritesNothingWhenNothingChanges) {
+    Prepare(1);
+    const StoreLock lock;
+    Apply(m_plan, m_store, lock, File());
+    m_store.writes = 0;
+    const Applied again = Apply(m_plan, m_store, lock, File());
+    EXPECT_TRUE(again.changes.empty());
+    EXPECT_EQ(0u, again.announcements);
+    EXPECT_EQ(0, m_store.writes);
+}
+
+TEST_F(Transaction, WritesStaticValuesThenDynamicOnesThenCounters) {
+    Prepare(2);
+    const StoreLock lock;
+    const Applied applied = Apply(m_plan, m_store, lock, File());
+    ASSERT_EQ(applied.changes.size() + applied.announcements, m_store.written.size());
+    EXPECT_LT(3u, applied.announcements);
+    int phase = 0;
+    for (const std::string& name : m_store.written) {
+        const PropertyKey key = *ParseValueName(name);
+        const SchemaValue* dynamic = FindInSchema(eKeySetDynamic, key);
+        const bool isCounter = dynamic && (dynamic->role == Role::eTrigger ||
+                                           dynamic->role == Role::eTableCounter);
+        const int its = isCounter ? 2 : dynamic ? 1 : 0;
+        EXPECT_GE(its, phase) << name;
+        phase = its;
+    }
+}
+
+TEST_F(Transaction, CountsWhatAnnouncesTheChangesAndNothingElse) {
+    const SchemaValue amount = SettingNamed("volume-leveler").Stored(1);
+    const SchemaValue flag = SettingNamed("dialog-enhancer.on").Stored(1);
+    const SchemaValue name = SettingNamed("name").Stored(3);
+    m_store.WriteNumber(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 0xFFFFFFFF);
+    m_plan.values = {{amount, StoredValue::FromDword(3)},
+                     {flag, StoredValue::FromDword(1)},
+                     {name, StoredValue::FromText(u"x")}};
+    const StoreLock lock;
+    EXPECT_EQ(2u, Apply(m_plan, m_store, lock, File()).announcements);
+    EXPECT_EQ(0u, m_store.Number(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 7));
+    EXPECT_EQ(7u, m_store.Number(eKeySetDynamic, PresetTriggerKey(eEnhancementTech), 7));
+    EXPECT_EQ(1u,
+              m_store.Number(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), 7));
+}
+
+TEST_F(Transaction, AFailureAtEachWriteLeavesTheOldStateAndSaysSo) {
+    Prepare(3);
+    const int writes = Writes();
+    ASSERT_LT(40, writes);
+    for (int n = 0; n < writes; ++n) {
+        m_store = {};
+        m_store.values = m_before;
+        m_store.writesToFailure = n;
+        const StoreLock lock;
+        try {
+            Apply(m_plan, m_store, lock, File());
+            ADD_FAILURE() << At(n) << " did not fail";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(ExitCode::eFailed, failure.Code());
+            EXPECT_NE(std::string::npos, std::string(failure.what()).find("has been put back"));
+        }
+        ExpectBefore(At(n));
+        EXPECT_FALSE(HasJournal());
+    }
+}
+
+TEST_F(Transaction, AnInterruptAtEachPlaceLeavesTheOldState) {
+    Prepare(4);
+    const int writes = Writes();
+    for (int n = 0; n < writes; n += 3) {
+        m_store = {};
+        m_store.values = m_before;
+        int left = n;
+        const StoreLock lock;
+        EXPECT_THROW(Apply(m_plan, m_store, lock, File(), [&left] { return left-- == 0; }),
+                     Failure);
+        ExpectBefore(At(n));
+        EXPECT_FALSE(HasJournal());
+    }
+}
+
+TEST_F(Transaction, WhenPuttingBackFailsTheJournalStaysAndMendsTheRest) {
+    Prepare(5);
+    const int writes = Writes();
+    for (int n = 0; n < writes; n += 2) {
+        m_store = {};
+        m_store.values = m_before;
+        m_store.writesToFailure = n;
+        m_store.staysBroken = true;
+        {
+            const StoreLock lock;
+            try {
+                Apply(m_plan, m_store, lock, File());
+                ADD_FAILURE() << At(n) << " did not fail";
+            } catch (const Failure& failure) {
+                EXPECT_NE(std::string::npos,
+                          std::string(failure.what()).find("failed as well"));
+                EXPECT_NE(std::string::npos, failure.Next().find("doctor"));
+            }
+        }
+        EXPECT_TRUE(HasJournal());
+        m_store.writesToFailure = MemoryStore::cNever;
+        const StoreLock lock;
+        ExpectEither(At(n), Recover(m_store, lock, File()).outcome);
+        EXPECT_FALSE(HasJournal());
+    }
+}
+
+TEST_F(Transaction, AKillAtEachWriteIsMended) {
+    Prepare(6);
+    const int writes = Writes();
+    int finished = 0;
+    for (int n = 0; n < writes; ++n) {
+        m_store = {};
+        m_store.values = m_before;
+        m_store.writesToDeath = n;
+        {
+            const StoreLock lock;
+            EXPECT_THROW(Apply(m_plan, m_store, lock, File()), Died);
+        }
+        m_store.writesToDeath = MemoryStore::cNever;
+        const StoreLock lock;
+        const Recovered seen = Inspect(m_store, File());
+        EXPECT_TRUE(HasJournal());
+        const Recovered recovered = Recover(m_store, lock, File());
+        EXPECT_EQ(recovered.outcome, seen.outcome);
+        EXPECT_EQ(recovered.restored, seen.restored);
+        finished += recovered.outcome == Recovery::eFinished;
+        ExpectEither(At(n), recovered.outcome);
+        EXPECT_FALSE(HasJournal());
+        EXPECT_TRUE(recovered.foreign.empty());
+    }
+    // Only where nothing but announcements was missing.
+    EXPECT_LT(0, finished);
+    EXPECT_GT(12, finished);
+}
+
+TEST_F(Transaction, AKillWhilePuttingBackIsMended) {
+    Prepare(7);
+    const int writes = Writes();
+    for (int n = 0; n < writes; n += 9) {
+        for (int more = 0; more < n; more += 7) {
+            m_store = {};
+            m_store.values = m_before;
+            m_store.writesToDeath = n;
+            {
+                const StoreLock lock;
+                EXPECT_THROW(Apply(m_plan, m_store, lock, File()), Died);
+            }
+            {
+                m_store.writesToDeath = more;
+                const StoreLock lock;
+                try {
+                    Recover(m_store, lock, File());
+                } catch (const Died&) {
+                    EXPECT_TRUE(HasJournal());
+                }
+            }
+            m_store.writesToDeath = MemoryStore::cNever;
+            const StoreLock lock;
+            const Recovered recovered = Recover(m_store, lock, File());
+            if (recovered.outcome != Recovery::eNothing)
+                ExpectEither(At(n) + ", then " + At(more), recovered.outcome);
+            EXPECT_FALSE(HasJournal());
+        }
+    }
+}
+
+TEST_F(Transaction, WhatSomebodyElseChangedAfterTheKillStays) {
+    Prepare(8);
+    const int writes = Writes();
+    m_store.writesToDeath = writes / 2;
+    {
+        const StoreLock lock;
+        EXPECT_THROW(Apply(m_plan, m_store, lock, File()), Died);
+    }
+    m_store.writesToDeath = MemoryStore::cNever;
+    Journal journal;
+    ASSERT_EQ(JournalFile::State::eWhole, File().Read(journal));
+    const JournalEntry& entry = journal.entries.front();
+    const StoredValue foreign = StoredValue::FromText(u"somebody else's");
+    m_store.Write(entry.keySet, entry.key, foreign);
+    const StoreLock lock;
+    const Recovered recovered = Recover(m_store, lock, File());
+    EXPECT_EQ(Recovery::eUndone, recovered.outcome);
+    ASSERT_EQ(1u, recovered.foreign.size());
+    EXPECT_EQ(foreign, m_store.Read(entry.keySet, entry.key));
+    m_store.values.erase({entry.keySet, ValueName(entry.key)});
+    m_before.erase({entry.keySet, ValueName(entry.key)});
+    ExpectBefore("all the others");
+}
+
+TEST_F(Transaction, NothingIsChangedOverTheJournalOfAnother) {
+    Prepare(9);
+    File().Write({});
+    const StoreLock lock;
+    try {
+        Apply(m_plan, m_store, lock, File());
+        FAIL() << "applied";
+    } catch (const Failure& failure) {
+        EXPECT_NE(std::string::npos, failure.Next().find("doctor"));
+    }
+    EXPECT_EQ(m_before, m_store.values);
+}
+
+TEST_F(Transaction, NothingIsChangedWhenTheJournalCannotBeWritten) {
+    Prepare(10);
+    const JournalFile nowhere("Z:\\no\\such\\folder\\load.journal");
+    const StoreLock lock;
+    try {
+        Apply(m_plan, m_store, lock, nowhere);
+        FAIL() << "applied";
+    } catch (const Failure& failure) {
+        EXPECT_NE(std::string::npos, std::string(failure.what()).find("Nothing was changed"));
+    }
+    EXPECT_EQ(m_before, m_store.values);
+}
+
+TEST_F(Transaction, AJournalThatWasCutShortMeansThatNothingWasWritten) {
+    Prepare(11);
+    m_store.writesToDeath = 0;
+    {
+        const StoreLock lock;
+        EXPECT_THROW(Apply(m_plan, m_store, lock, File()), Died);
+    }
+    m_store.writesToDeath = MemoryStore::cNever;
+    const std::string whole = ReadWholeFile(File().Path());
+    for (const std::size_t length : {std::size_t{0}, std::size_t{1}, whole.size() - 1}) {
+        WriteWholeFile(File().Path(), whole.substr(0, length));
+        const StoreLock lock;
+        EXPECT_EQ(Recovery::eNotBegun, Recover(m_store, lock, File()).outcome) << length;
+        EXPECT_FALSE(HasJournal());
+        EXPECT_EQ(m_before, m_store.values);
+    }
+    WriteWholeFile(File().Path() + ".new", whole.substr(0, 10));
+    const StoreLock lock;
+    EXPECT_EQ(Recovery::eNotBegun, Recover(m_store, lock, File()).outcome);
+    EXPECT_FALSE(HasJournal());
+}
+
+TEST_F(Transaction, AFileThatIsNoJournalIsLeftAlone) {
+    Prepare(12);
+    Journal strange;
+    strange.entries.push_back(
+        {eKeySetStatic, pkey::Setting(9999), {}, StoredValue::FromDword(1)});
+    File().Write(strange);
+    const std::string unknownValue = ReadWholeFile(File().Path());
+    for (const std::string& text :
+         {std::string("hello\n"), std::string("{}\n"), unknownValue}) {
+        WriteWholeFile(File().Path(), text);
+        const StoreLock lock;
+        const Recovered recovered = Recover(m_store, lock, File());
+        EXPECT_EQ(Recovery::eUnreadable, recovered.outcome) << text;
+        EXPECT_TRUE(HasJournal());
+        EXPECT_EQ(m_before, m_store.values);
+        EXPECT_NE(std::string::npos, recovered.InWords().find(File().Path()));
+    }
+}
+
+TEST_F(Transaction, WithoutAJournalThereIsNothingToMend) {
+    Prepare(13);
+    const StoreLock lock;
+    EXPECT_EQ(Recovery::eNothing, Recover(m_store, lock, File()).outcome);
+    EXPECT_EQ(m_before, m_store.values);
+}
+
+}  // namespace
+}  // namespace kora4::tools
