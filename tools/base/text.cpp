@@ -75,7 +75,7 @@ std::string Join(const std::vector<std::string>& texts, std::string_view between
 namespace {
 
 // Ranges of characters that terminals draw two columns wide, or on top of the previous one.
-struct Range {
+struct Characters {
     std::uint32_t first;
     std::uint32_t last;
 };

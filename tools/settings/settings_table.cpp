@@ -177,9 +177,6 @@ Setting GeneralRow(const contract::GeneralSetting& general) {
                                                             : SettingValue(general.key.pid));
     setting.name = general.name;
     setting.summary = general.meaning;
-    setting.kind = value.kind;
-    setting.role = value.role;
-    setting.pid = general.key.pid;
     for (const GeneralMethods& one : cGeneralMethods)
         if (setting.name == one.name)
             SetMethods(setting, one.methods);

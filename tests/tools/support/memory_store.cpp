@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "contract/profiles.h"
+#include "settings/content.h"
 
 namespace kora4::tools {
 
