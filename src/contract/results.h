@@ -30,54 +30,48 @@ constexpr std::uint32_t cWin32Results = 0x80070000;
 
 // What the methods of the interface return.
 inline constexpr Result cApiResults[] = {
-    {CodeOf(result::cOk), "S_OK", "done", "The call did what it says.", ""},
-    {CodeOf(result::cFalse), "S_FALSE",
-     "what was asked for is absent: no levels published, no such profile to delete",
+    {CodeOf(result::cOk), "S_OK", KORA4_MEANING_S_OK, "The call did what it says.", ""},
+    {CodeOf(result::cFalse), "S_FALSE", KORA4_MEANING_S_FALSE,
      "Reading the levels: the engine has published none. Deleting a custom profile: there is "
      "none of that number. In the store: the value does not exist.",
      "Start the engine or kora4sim to have levels; otherwise nothing needs to be done."},
     {CodeOf(KORA4_S_DEMO_MODE_ACTIVE), "KORA4_S_DEMO_MODE_ACTIVE",
-     "nothing changed: a demo profile is active that must be left first; or, for "
-     "RevertFromDemoMode, this object entered no demo",
+     KORA4_MEANING_DEMO_MODE_ACTIVE,
      "A client entered the demo mode, and only that client leaves it with "
      "RevertFromDemoMode. A client that ended in its demo leaves the demo profile active.",
      "Leave the demo in the client that entered it, or run 'kora4ctl demo force-leave'."},
     {CodeOf(KORA4_S_NOT_IN_DEMO_PROFILE), "KORA4_S_NOT_IN_DEMO_PROFILE",
-     "nothing changed: this object entered a demo, but no demo profile is active any more",
+     KORA4_MEANING_NOT_IN_DEMO_PROFILE,
      "Somebody else ended the demo meanwhile, for example with ForceRevertFromDemoMode.",
      "Nothing: an ordinary profile is active already."},
     {CodeOf(KORA4_S_NO_SUCH_CUSTOM_PROFILE), "KORA4_S_NO_SUCH_CUSTOM_PROFILE",
-     "nothing changed: the custom profile does not exist",
+     KORA4_MEANING_NO_SUCH_CUSTOM_PROFILE,
      "A custom profile, P1 to P6, exists once it has been created and until it is deleted; "
      "its name can be read then.",
      "See which there are with 'kora4ctl profile table', or create it with 'kora4ctl profile "
      "create'."},
     {CodeOf(KORA4_S_NOT_A_PRESET_PROFILE), "KORA4_S_NOT_A_PRESET_PROFILE",
-     "nothing changed: the active profile is not a preset profile",
+     KORA4_MEANING_NOT_A_PRESET_PROFILE,
      "Only Movie, Music and Games have factory values to go back to; custom and demo profiles "
      "have none.",
      "Make a preset profile the active one first: 'kora4ctl profile use music'."},
-    {CodeOf(result::cPointer), "E_POINTER", "creating the object with a null out pointer",
+    {CodeOf(result::cPointer), "E_POINTER", KORA4_MEANING_E_POINTER,
      "The class factory was given no place for the interface pointer.",
      "Pass the address of an interface pointer."},
-    {CodeOf(result::cFail), "E_FAIL",
-     "the store failed; the profile exists already, does not exist, or is active; a key to "
-     "watch is missing",
+    {CodeOf(result::cFail), "E_FAIL", KORA4_MEANING_E_FAIL,
      "Creating a custom profile that exists, renaming one that does not, deleting the active "
      "one; a registry key of the store that was deleted, or that this user may not open; "
      "Initialize when the library was never registered or is already running on this thread.",
      "Run 'kora4ctl doctor', which looks at the keys and their access lists. For a profile, "
      "see 'kora4ctl profile table'."},
-    {CodeOf(result::cOutOfMemory), "E_OUTOFMEMORY", "no memory",
+    {CodeOf(result::cOutOfMemory), "E_OUTOFMEMORY", KORA4_MEANING_E_OUTOFMEMORY,
      "The process could not get the memory for an object or a text.",
      "Close what takes the memory, or restart the program."},
-    {CodeOf(result::cInvalidArg), "E_INVALIDARG",
-     "a null pointer, or a number or value outside its range",
+    {CodeOf(result::cInvalidArg), "E_INVALIDARG", KORA4_MEANING_E_INVALIDARG,
      "The argument was refused before anything was read or written.",
      "See what is allowed with 'kora4ctl describe NAME'. The trace names the argument: "
      "'kora4ctl trace on messages'."},
-    {CodeOf(APOERR_NOT_INITIALIZED), "APOERR_NOT_INITIALIZED",
-     "Initialize has not succeeded yet",
+    {CodeOf(APOERR_NOT_INITIALIZED), "APOERR_NOT_INITIALIZED", KORA4_MEANING_NOT_INITIALIZED,
      "Every method but Initialize and GetVeltoKORA4Version needs an initialised object.",
      "Call Initialize and look at its result; when it fails, run 'kora4ctl doctor'."},
 };

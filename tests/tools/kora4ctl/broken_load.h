@@ -27,6 +27,7 @@ class Event {
     UniqueHandle m_event;
 };
 
+// A load of one random store over another that fails, dies or waits at a write.
 class BrokenLoad : public StoreTest {
   protected:
     // Levels would make doctor watch for others.

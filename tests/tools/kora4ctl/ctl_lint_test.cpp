@@ -296,7 +296,7 @@ TEST_F(CtlLint, ClientsSeeTheDefaultsAfterTheRepair) {
     Done({"lint", "--fix", "--backup", BackupFile()});
     EXPECT_TRUE(recorder->WaitForLine("OnSimplePatchValueChange(eVolumeLeveler, 262151)"));
     ASSERT_EQ(S_OK, Client().GetSimplePatchValue(&value));
-    EXPECT_EQ(262151u, value.m_values.m_volumeSlider);
+    EXPECT_EQ(defaults::cVolumeAmount[cMovieProfile], value.m_values.m_volumeSlider);
 }
 
 TEST_F(CtlLint, WithoutAStoreNamesTheCommandThatMendsIt) {

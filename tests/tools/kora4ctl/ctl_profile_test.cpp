@@ -35,7 +35,7 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
     const std::string name = "Sp\xC3\xA4t \xE2\x98\xBE \xF0\x9F\x8E\xA7";
     EXPECT_EQ(DoneJson({"profile", "create", "p1", name}),
               Json({{"profile", "p1"}, {"name", name}, {"from", "movie"}}));
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     ASSERT_EQ(S_OK, Client().GetProfileTable(names));
     EXPECT_STREQ(L"Sp\u00E4t \u263E \U0001F3A7", names[3]);
     for (LPWSTR text : names)

@@ -94,9 +94,9 @@ TEST_F(SimCommandLine, DefaultsAreWrittenWholeAndAnnounced) {
     const Json defaults = EventOf(result, "defaults");
     EXPECT_TRUE(HasShape(defaults, R"({"time": "string", "event": "=defaults",
         "cause": "=--write-defaults", "picture": "integer", "values": "integer"})"));
-    for (const DWORD profile : {0u, 1u, 2u, 3u, 8u, 240u, 242u}) {
-        const bool isMovie = profile % 240 != 1 && profile % 240 != 2;
-        EXPECT_EQ(isMovie ? 0x40007u : 0u,
+    for (const DWORD profile : {0u, 1u, 2u, 3u, 8u, cDemoMovie, cDemoGames}) {
+        const bool isMovie = profile % cDemoMovie != 1 && profile % cDemoMovie != 2;
+        EXPECT_EQ(isMovie ? cMovieVolume : 0u,
                   RawStore::Number(cStatic, PatchName(RawTechnology::eVolume, profile, 3)))
             << profile;
         EXPECT_EQ(1u, RawStore::Number(cDynamic, PatchName(RawTechnology::eVolume, profile, 0)))

@@ -27,6 +27,7 @@ using Texts = std::vector<std::string>;
 inline constexpr float cNoGain = -144;
 inline constexpr float cNoExcitation = -108;
 
+// What a client of the library reads of the levels.
 struct ShownLevels {
     HRESULT result = E_FAIL;
     float gains[KORA4_VISUALIZATION_BANDS] = {};
@@ -81,6 +82,7 @@ class RunningSim {
     Json m_ready;
 };
 
+// kora4sim on an empty store, with a client of the library beside it.
 class SimTest : public testing::Test {
   protected:
     SimTest() : m_apartment(COINIT_APARTMENTTHREADED) {}

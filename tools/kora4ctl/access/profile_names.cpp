@@ -22,10 +22,9 @@ constexpr char cSeeTable[] = "See the custom profiles: kora4ctl profile table";
 std::wstring StorableName(const std::string& name) {
     std::wstring wide = Widen(name);
     if (wide.size() > cLongestName)
-        throw Failure(ExitCode::eBadInput, "The name has " + std::to_string(wide.size()) +
-                                               " UTF-16 characters; a longer one than " +
-                                               std::to_string(cLongestName) +
-                                               " could not be read again.");
+        throw BadInput("The name has " + std::to_string(wide.size()) +
+                       " UTF-16 characters; a longer one than " + std::to_string(cLongestName) +
+                       " could not be read again.");
     return wide;
 }
 
@@ -47,11 +46,11 @@ std::optional<std::string> TakeText(LPWSTR text) {
     return narrow;
 }
 
-void RefuseUnlessCustom(std::uint32_t profile) {
+void CheckIsCustom(std::uint32_t profile) {
     if (!IsCustomProfile(profile))
-        throw Failure(ExitCode::eBadInput, ProfileName(profile) + " is no custom profile.",
-                      "Only " + CustomProfiles() +
-                          " have names, and can be created, renamed and deleted.");
+        throw BadInput(ProfileName(profile) + " is no custom profile.",
+                       "Only " + CustomProfiles() +
+                           " have names, and can be created, renamed and deleted.");
 }
 
 ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
@@ -71,7 +70,7 @@ ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
 }
 
 void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     const HRESULT hr =
         api.CreateCustomProfile(static_cast<LONG>(profile), StorableName(name).c_str());
     if (hr == E_FAIL && Exists(profile, api))
@@ -82,7 +81,7 @@ void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4AP
 }
 
 void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     const HRESULT hr =
         api.SetCustomProfileName(static_cast<LONG>(profile), StorableName(name).c_str());
     if (hr == E_FAIL && !Exists(profile, api))
@@ -92,7 +91,7 @@ void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4AP
 }
 
 void DeleteProfile(std::uint32_t profile, IVeltoKORA4API& api) {
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     const HRESULT hr = api.DeleteCustomProfile(static_cast<LONG>(profile));
     if (hr == S_FALSE)
         throw Failure(ExitCode::eRefused,

@@ -31,18 +31,16 @@ const char* NameOfWay(Way way) {
 }
 
 // A setting that the API only reads can still be written in the store, with --stored.
-void RefuseUnlessWritable(const Setting& setting, Limits limits) {
+void CheckWritable(const Setting& setting, Limits limits) {
     if (setting.perProfile && !setting.isStored)
-        throw Failure(ExitCode::eBadInput, "'" + setting.name + "' is more than one value.",
-                      "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
+        throw BadInput("'" + setting.name + "' is more than one value.",
+                       "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
     if (!setting.isStored)
-        throw Failure(ExitCode::eBadInput,
-                      "'" + setting.name + "' is the library's own and cannot be set.");
+        throw BadInput("'" + setting.name + "' is the library's own and cannot be set.");
     if (setting.access == Access::eReadOnly && limits == Limits::eApi)
-        throw Failure(ExitCode::eBadInput,
-                      "The library has no method that sets '" + setting.name + "'.",
-                      "Write it into the store with --stored; programs read it when they "
-                      "start.");
+        throw BadInput("The library has no method that sets '" + setting.name + "'.",
+                       "Write it into the store with --stored; programs read it when they "
+                       "start.");
 }
 
 // Where a setting is stored; for the bands as a whole, where their gains are.
@@ -79,7 +77,7 @@ std::uint32_t StoredActiveProfile(StoreAccess& store) {
     return store.Number(active.keySet, active.key, cMovieProfile);
 }
 
-void RefuseUnlessSettable(std::uint32_t activeProfile) {
+void CheckSettable(std::uint32_t activeProfile) {
     if (IsSelectableProfile(activeProfile))
         return;
     const std::string name = ProfileName(activeProfile);
@@ -100,8 +98,8 @@ bool IsFrozenInDemo(const Setting& setting) {
     return setting.perProfile && setting.technology.family == Family::ePreset;
 }
 
-void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
-    RefuseUnlessSettable(activeProfile);
+void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
+    CheckSettable(activeProfile);
     if (named && *named != activeProfile)
         throw Failure(ExitCode::eFailed,
                       "Another program made " + ProfileName(activeProfile) +
@@ -189,14 +187,14 @@ void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
 
 Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,
                           const std::string& text, Limits limits, Detail detail) {
-    RefuseUnlessWritable(setting, limits);
+    CheckWritable(setting, limits);
     if (limits == Limits::eStore || WayOf(setting, profile) == Way::eStore)
         return SetThroughStore(setting, profile, text, limits, detail);
     Change change;
     change.old = ReadThroughApi(setting, profile, Api());
     WriteThroughApi(setting, profile, ParseValue(setting, text, change.old, limits), Api());
     if (IsFrozenInDemo(setting))
-        RefuseUnlessSet(ActiveProfile(), profile);
+        CheckWasSet(ActiveProfile(), profile);
     change.now = Read(setting, profile, detail);
     return change;
 }
@@ -210,9 +208,9 @@ Change SettingAccess::SetThroughStore(const Setting& setting,
     if (setting.perProfile) {
         target = profile ? *profile : StoredActiveProfile(*store);
         if (!profile && IsFrozenInDemo(setting))
-            RefuseUnlessSettable(target);
+            CheckSettable(target);
         if (setting.role == Role::eName)
-            RefuseUnlessCustom(target);
+            CheckIsCustom(target);
     }
     const SchemaValue value = setting.Stored(target);
     change.old = Effective(value, *store);

@@ -6,6 +6,11 @@
 #include <new>
 
 #include "base/failure.h"
+#include "kora4ctl/doctor/access_check.h"
+#include "kora4ctl/doctor/engine_checks.h"
+#include "kora4ctl/doctor/library_checks.h"
+#include "kora4ctl/doctor/machine_checks.h"
+#include "kora4ctl/doctor/store_checks.h"
 
 namespace kora4::tools {
 namespace {
@@ -43,7 +48,7 @@ std::string Obstacle(unsigned needs, const Examination& examination) {
 
 CheckResult BrokenOff(const std::string& what, const std::string& next) {
     CheckResult result;
-    result.Add(Severity::eError, "This could not be looked at: " + what, next);
+    result.Error("This could not be looked at: " + what, next);
     return result;
 }
 
@@ -58,7 +63,7 @@ std::optional<CheckResult> RunCheck(const DoctorCheck& check, Examination& exami
         return {};
     if (const std::string obstacle = Obstacle(check.needs, examination); !obstacle.empty()) {
         CheckResult result;
-        result.Add(Severity::eNote, "Not looked at, because " + obstacle + ".");
+        result.Note("Not looked at, because " + obstacle + ".");
         return result;
     }
     try {

@@ -92,7 +92,7 @@ void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
         eq.m_gain[i] = bands[i].gain;
     }
     Check(access.Api()->SetGraphicEQData(&eq), "Setting the graphic equalizer");
-    RefuseUnlessSet(access.ActiveProfile(), profile);
+    CheckWasSet(access.ActiveProfile(), profile);
 }
 
 }  // namespace kora4::tools

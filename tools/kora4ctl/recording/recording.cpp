@@ -42,13 +42,9 @@ Json MembersOf(const Json& document, const Section& section) {
 
 // ---- Reading ----------------------------------------------------------------------------
 
-[[noreturn]] void Refuse(const std::string& what) {
-    throw Failure(ExitCode::eBadInput, what);
-}
-
 void Demand(bool isRight, const std::string& what) {
     if (!isRight)
-        Refuse(what);
+        throw BadInput(what);
 }
 
 void CheckMembers(const Json& object, const std::set<std::string>& allowed,
@@ -309,8 +305,8 @@ Recording ReadRecording(std::string_view text) {
             // Whatever the checks above let through is still a fault of the file.
             const std::string message = error.what();
             const std::size_t begin = message.find("] ");
-            Refuse("Line " + std::to_string(number) + ": " +
-                   message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+            throw BadInput("Line " + std::to_string(number) + ": " +
+                           message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
         }
     }
     return reader.Result();

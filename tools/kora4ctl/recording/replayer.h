@@ -36,6 +36,7 @@ class Replayer {
     void Delete(const Json& table);
     void GoTo(const Json& profile, bool isEnabled);
     void Change(const Json& event);
+    void Set(const Setting& setting, const Value& value);
     void SetBands(const Json& bands);
     bool IsEnabled();
     std::string NameOf(LONG profile);

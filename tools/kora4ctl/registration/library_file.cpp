@@ -91,8 +91,8 @@ std::string FileVersion(const std::string& path) {
 
 RegistrableLibrary::RegistrableLibrary(const std::string& path) {
     if (const FileKind kind = KindOfFile(path); kind != FileKind::eLibrary)
-        throw Failure(ExitCode::eBadInput, path + " " + WhatIsWrong(kind) + ".",
-                      "Give the path of QXA64T.dll: kora4ctl register PATH");
+        throw BadInput(path + " " + WhatIsWrong(kind) + ".",
+                       "Give the path of QXA64T.dll: kora4ctl register PATH");
     // A full path, and its folder for what it needs itself.
     m_module.Reset(LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (!m_module)
@@ -109,8 +109,7 @@ RegistrableLibrary::Entry RegistrableLibrary::Find(const char* name,
     const auto found =
         reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module.Get(), name)));
     if (!found)
-        throw Failure(
-            ExitCode::eBadInput,
+        throw BadInput(
             path + " is a library that does not register itself: it has no " + name + ".",
             "Give the path of QXA64T.dll: kora4ctl register PATH");
     return found;

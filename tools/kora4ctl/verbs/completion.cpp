@@ -32,8 +32,8 @@ ExitCode Print(const Context& context, const Options& options) {
         }
         names.emplace_back(shell.name);
     }
-    throw Failure(ExitCode::eBadInput, "There is no completion for '" + options.shell + "'. " +
-                                           Suggestion(options.shell, names));
+    throw BadInput("There is no completion for '" + options.shell + "'. " +
+                   Suggestion(options.shell, names));
 }
 
 }  // namespace

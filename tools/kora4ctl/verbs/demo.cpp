@@ -46,8 +46,8 @@ std::uint32_t DemoOf(const std::string& word) {
     if (IsPresetProfile(profile))
         return DemoProfileOf(profile);
     if (!IsDemoProfile(profile))
-        throw Failure(ExitCode::eBadInput, "There is no demo of " + ProfileName(profile) + ".",
-                      "There is one of movie, music and games.");
+        throw BadInput("There is no demo of " + ProfileName(profile) + ".",
+                       "There is one of movie, music and games.");
     return profile;
 }
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl describe, list: what settings there are, and what they are.
+#include <set>
+
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/profiles.h"
@@ -46,17 +48,14 @@ std::optional<Value> DefaultOf(const Setting& setting, std::uint32_t profile) {
 
 std::string DefaultText(const Setting& setting) {
     std::vector<std::string> texts;
-    bool isOneForAll = true;
-    std::string first;
+    std::set<std::string> different;
     for (const DefaultsRow& row : cDefaultsRows) {
         const std::optional<Value> value = DefaultOf(setting, row.profile);
         const std::string text = value ? FormatValue(setting, *value, true) : "none";
-        if (row.profile == cMovieProfile)
-            first = text;
-        isOneForAll &= text == first;
+        different.insert(text);
         texts.push_back(std::string(row.name) + " " + text);
     }
-    return isOneForAll ? first : Join(texts, ", ");
+    return different.size() == 1 ? *different.begin() : Join(texts, ", ");
 }
 
 Json DefaultDocument(const Setting& setting) {

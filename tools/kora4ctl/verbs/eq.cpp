@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "contract/patch_records.h"
 #include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/equalizer/bands_picture.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
@@ -67,8 +68,8 @@ Bands Limited(Bands bands, bool isClipped, Output& output) {
         const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
                                  " dB is outside " + GainRange() + " dB";
         if (!isClipped)
-            throw Failure(ExitCode::eBadInput, what + "; nothing was changed.",
-                          "--clip takes the nearest gain that is allowed.");
+            throw BadInput(what + "; nothing was changed.",
+                           "--clip takes the nearest gain that is allowed.");
         gain = std::clamp(gain, cGraphicEQGainMin, cGraphicEQGainMax);
         output.Say(what + "; it becomes " + Decimal(gain) + ".");
     }
@@ -163,9 +164,8 @@ ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& 
 float GainOf(std::string_view text) {
     float gain = 0;
     if (!ParseDecimal(text, gain))
-        throw Failure(ExitCode::eBadInput,
-                      "'" + std::string(text) + "' is no gain; it is a number of dB.",
-                      "Three forms are understood: see 'kora4ctl eq set --help'.");
+        throw BadInput("'" + std::string(text) + "' is no gain; it is a number of dB.",
+                       "Three forms are understood: see 'kora4ctl eq set --help'.");
     return StorableGain(static_cast<double>(gain));
 }
 
@@ -179,9 +179,9 @@ std::size_t NearestBand(const Bands& bands, float frequency) {
         bands.begin(), bands.end(),
         [&](const Band& a, const Band& b) { return distance(a) < distance(b); });
     if (nearest == bands.end() || !(nearest->frequency > 0))
-        throw Failure(ExitCode::eBadInput, "There is no band with a frequency above 0 Hz.",
-                      "Set bands by number with --band, or take new ones with 'kora4ctl eq "
-                      "import --bands file'.");
+        throw BadInput("There is no band with a frequency above 0 Hz.",
+                       "Set bands by number with --band, or take new ones with 'kora4ctl eq "
+                       "import --bands file'.");
     return static_cast<std::size_t>(nearest - bands.begin());
 }
 
@@ -193,13 +193,12 @@ Bands SetByFrequency(Bands bands, const std::vector<std::string>& values, Output
         if (sign == std::string::npos ||
             !ParseDecimal(std::string_view(value).substr(0, sign), frequency) ||
             !(frequency > 0))
-            throw Failure(ExitCode::eBadInput,
-                          "'" + value + "' is not FREQUENCY=GAIN, as in 1000=3.");
+            throw BadInput("'" + value + "' is not FREQUENCY=GAIN, as in 1000=3.");
         const std::size_t band = NearestBand(bands, frequency);
         if (isSet[band])
-            throw Failure(ExitCode::eBadInput, NameOfBand(bands, band) +
-                                                   " is the nearest to two of the "
-                                                   "frequencies; nothing was changed.");
+            throw BadInput(NameOfBand(bands, band) +
+                           " is the nearest to two of the "
+                           "frequencies; nothing was changed.");
         isSet[band] = true;
         if (bands[band].frequency != frequency)
             output.Say("Nearest to " + Decimal(frequency) + " Hz is the band at " +
@@ -213,20 +212,18 @@ Bands SetOneBand(Bands bands, unsigned band, const std::vector<std::string>& val
     if (values.size() != 1)
         throw Failure(ExitCode::eUsage, "--band takes one gain.");
     if (band < 1 || band > bands.size())
-        throw Failure(ExitCode::eBadInput, "There is no band " + std::to_string(band) +
-                                               "; the bands are 1 to " +
-                                               std::to_string(bands.size()) + ".");
+        throw BadInput("There is no band " + std::to_string(band) + "; the bands are 1 to " +
+                       std::to_string(bands.size()) + ".");
     bands[band - 1].gain = GainOf(values.front());
     return bands;
 }
 
 Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
     if (values.size() != bands.size())
-        throw Failure(ExitCode::eBadInput,
-                      "There are " + std::to_string(bands.size()) + " bands, and " +
-                          std::to_string(values.size()) + " gains were given.",
-                      "Single bands: 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
-                      "-2.5'.");
+        throw BadInput("There are " + std::to_string(bands.size()) + " bands, and " +
+                           std::to_string(values.size()) + " gains were given.",
+                       "Single bands: 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
+                       "-2.5'.");
     for (std::size_t i = 0; i < bands.size(); ++i)
         bands[i].gain = GainOf(values[i]);
     return bands;
@@ -256,37 +253,35 @@ ExitCode Flat(const Context& context, const EqOptions& options) {
 
 // ---- Files ------------------------------------------------------------------------------
 
-void RefuseBadFrequencies(const Bands& bands, const std::string& wish) {
+void CheckFrequencies(const Bands& bands, const std::string& wish) {
     const std::vector<std::string> problems = FrequencyProblems(bands);
     if (!problems.empty())
-        throw Failure(ExitCode::eBadInput, Join(problems, " ") + " " + wish,
-                      "Store usable bands with 'kora4ctl eq import --bands file FILE'.");
+        throw BadInput(Join(problems, " ") + " " + wish,
+                       "Store usable bands with 'kora4ctl eq import --bands file FILE'.");
     if (bands.empty())
-        throw Failure(ExitCode::eBadInput, "No bands are stored. " + wish,
-                      "Store some with 'kora4ctl eq import --bands file FILE'.");
+        throw BadInput("No bands are stored. " + wish,
+                       "Store some with 'kora4ctl eq import --bands file FILE'.");
 }
 
 // The bands of a file as the store can hold them: whole hertz.
 Bands BandsOfFile(const Bands& curve, Output& output) {
     if (curve.size() > cMaxArrayElements)
-        throw Failure(ExitCode::eBadInput,
-                      "The file has " + std::to_string(curve.size()) +
-                          " bands, and no more than " + std::to_string(cMaxArrayElements) +
-                          " can be stored.",
-                      "Without '--bands file' its curve is taken at the stored bands.");
+        throw BadInput("The file has " + std::to_string(curve.size()) +
+                           " bands, and no more than " + std::to_string(cMaxArrayElements) +
+                           " can be stored.",
+                       "Without '--bands file' its curve is taken at the stored bands.");
     Bands bands = curve;
     for (Band& band : bands) {
         const float stored = std::trunc(band.frequency);
         if (stored < 1 || stored > cHighestFrequency)
-            throw Failure(ExitCode::eBadInput, Decimal(band.frequency) +
-                                                   " Hz cannot be stored: bands lie from " +
-                                                   FrequencyRange() + ".");
+            throw BadInput(Decimal(band.frequency) + " Hz cannot be stored: bands lie from " +
+                           FrequencyRange() + ".");
         if (stored != band.frequency)
             output.Say(Decimal(band.frequency) + " Hz is stored as " + Decimal(stored) +
                        " Hz: bands have whole frequencies.");
         band = {stored, StorableGain(static_cast<double>(band.gain))};
     }
-    RefuseBadFrequencies(bands, "In whole hertz the bands of the file are no longer apart.");
+    CheckFrequencies(bands, "In whole hertz the bands of the file are no longer apart.");
     return bands;
 }
 
@@ -301,14 +296,14 @@ ExitCode Import(const Context& context, const EqOptions& options) {
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     if (options.bands == "file")
         return Apply(context, options, access, before, BandsOfFile(curve, context.output));
-    RefuseBadFrequencies(before.bands, "A curve cannot be taken there.");
+    CheckFrequencies(before.bands, "A curve cannot be taken there.");
     return Apply(context, options, access, before, Resample(curve, before.bands));
 }
 
 ExitCode Export(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
-    RefuseBadFrequencies(equalizer.bands, "No equalizer tool could read that.");
+    CheckFrequencies(equalizer.bands, "No equalizer tool could read that.");
     const std::string text = FormatGraphicEq(equalizer.bands);
     if (!options.file.empty() && options.file != "-") {
         WriteWholeFile(options.file, text + "\n");

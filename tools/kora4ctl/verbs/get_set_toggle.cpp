@@ -45,11 +45,10 @@ Detail DetailFor(const Context& context) {
     return context.output.json ? Detail::eStored : Detail::eValue;
 }
 
-void RefuseProfileWithout(const Setting& setting, std::optional<std::uint32_t> profile) {
+void CheckTakesProfile(const Setting& setting, std::optional<std::uint32_t> profile) {
     if (profile && !setting.perProfile)
-        throw Failure(ExitCode::eBadInput,
-                      "'" + setting.name + "' is the same in all profiles.",
-                      "Leave --profile away.");
+        throw BadInput("'" + setting.name + "' is the same in all profiles.",
+                       "Leave --profile away.");
 }
 
 ExitCode Get(const Context& context, const SettingOptions& options) {
@@ -57,7 +56,7 @@ ExitCode Get(const Context& context, const SettingOptions& options) {
     std::vector<const Setting*> settings;
     for (const std::string& name : options.names) {
         settings.push_back(&NamedSetting(name));
-        RefuseProfileWithout(*settings.back(), profile);
+        CheckTakesProfile(*settings.back(), profile);
     }
     SettingAccess access(context);
     const std::vector<Reading> readings = access.Read(settings, profile, DetailFor(context));
@@ -90,7 +89,7 @@ ExitCode Set(const Context& context, const SettingOptions& options) {
     const std::string value = Join(options.values, " ");
     const Setting& setting = SettingFor(options.name, value);
     const std::optional<std::uint32_t> profile = options.profile.Get();
-    RefuseProfileWithout(setting, profile);
+    CheckTakesProfile(setting, profile);
     SettingAccess access(context);
     return Tell(context, access.Set(setting, profile, value,
                                     options.isStored ? Limits::eStore : Limits::eApi,
@@ -101,10 +100,10 @@ ExitCode Toggle(const Context& context, const SettingOptions& options) {
     const Setting& named = NamedSetting(options.name);
     const Setting* const setting = SwitchOf(named);
     if (setting == nullptr)
-        throw Failure(ExitCode::eBadInput, "'" + named.name + "' is no switch.",
-                      "It takes " + named.Allowed() + ".");
+        throw BadInput("'" + named.name + "' is no switch.",
+                       "It takes " + named.Allowed() + ".");
     const std::optional<std::uint32_t> profile = options.profile.Get();
-    RefuseProfileWithout(*setting, profile);
+    CheckTakesProfile(*setting, profile);
     SettingAccess access(context);
     return Tell(context, access.Toggle(*setting, profile, DetailFor(context)));
 }

@@ -91,9 +91,8 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
 ExitCode Use(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     if (!IsSelectableProfile(profile))
-        throw Failure(ExitCode::eBadInput,
-                      ProfileName(profile) + " is a demo profile and is entered, not used.",
-                      "Enter it with 'kora4ctl demo enter'.");
+        throw BadInput(ProfileName(profile) + " is a demo profile and is entered, not used.",
+                       "Enter it with 'kora4ctl demo enter'.");
     SettingAccess access(context);
     const std::uint32_t before = access.ActiveProfile();
     Check(access.Api()->SetActiveProfile(static_cast<LONG>(profile)),
@@ -124,7 +123,7 @@ ExitCode Create(const Context& context, const ProfileOptions& options) {
 
 ExitCode Rename(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     SettingAccess access(context);
     IVeltoKORA4API& api = *access.Api().Get();
     const std::optional<std::string> old = ReadProfileNames(api)[profile];

@@ -25,15 +25,14 @@ const char* WordOf(RegisteredFor where) {
     return cWords[static_cast<int>(where)];
 }
 
-Json FindingsOf(const Observations& observations) {
+Json FindingsOf(const Diagnosis& diagnosis) {
     Json findings = Json::array();
-    for (const Observation& one : observations)
-        findings.push_back(
-            {{"severity", SeverityName(one.severity)}, {"what", one.what}, {"next", one.next}});
+    for (const Observation& one : diagnosis.findings)
+        findings.push_back(DocumentOf(one));
     return findings;
 }
 
-Json DocumentOf(const Registration& found, const Observations& observations) {
+Json DocumentOf(const Registration& found, const Diagnosis& diagnosis) {
     return {{"registered", found.IsThere()},
             {"for", found.IsThere() ? Json(WordOf(found.where)) : Json(nullptr)},
             {"class", ServedClass()},
@@ -46,7 +45,7 @@ Json DocumentOf(const Registration& found, const Observations& observations) {
             {"fileVersion", OrNull(found.fileVersion)},
             {"apiVersion", OrNull(found.apiVersion)},
             {"toolVersion", KORA4_VERSION_TEXT},
-            {"findings", FindingsOf(observations)}};
+            {"findings", FindingsOf(diagnosis)}};
 }
 
 std::string OrNothing(const std::string& text) {
@@ -74,25 +73,25 @@ void PrintRegistration(Output& output, const Registration& found, const Rows& mo
 ExitCode Check(const Context& context, const Options& options) {
     Output& output = context.output;
     const Registration found = ReadRegistration();
-    const Observations observations =
+    const Diagnosis diagnosis =
         Examine(found, options.path.empty() ? std::string() : FullPath(options.path));
     if (output.json) {
-        output.PrintJson(DocumentOf(found, observations));
+        output.PrintJson(DocumentOf(found, diagnosis));
     } else {
         if (found.IsThere())
             PrintRegistration(output, found);
-        for (const Observation& one : observations) {
+        for (const Observation& one : diagnosis.findings) {
             const Style style =
                 one.severity == Severity::eError ? Style::eBad : Style::eWarning;
             output.Print(output.Paint(style, SeverityName(one.severity)) + ": " + one.what);
             output.Print("  " + one.next);
         }
-        if (observations.empty())
+        if (diagnosis.findings.empty())
             output.Say("The registration is in order.");
     }
     if (!found.IsThere())
         return ExitCode::eNotReady;
-    return NeedsMending(observations) ? ExitCode::eFindings : ExitCode::eDone;
+    return diagnosis.NeedsRepair() ? ExitCode::eFindings : ExitCode::eDone;
 }
 
 bool IsElevated() {
@@ -128,8 +127,9 @@ ExitCode Register(const Context& context, const Options& options) {
         Expect(library.Register(), path, "registered");
     }
     const Registration now = ReadRegistration();
+    const Diagnosis diagnosis = Examine(now, path);
     if (output.json) {
-        Json document = DocumentOf(now, Examine(now, path));
+        Json document = DocumentOf(now, diagnosis);
         document["before"] = OrNull(before);
         output.PrintJson(document);
         return ExitCode::eDone;
@@ -141,7 +141,7 @@ ExitCode Register(const Context& context, const Options& options) {
                            {"", "HKEY_LOCAL_MACHINE\\" + KeySetPath(eKeySetDynamic)}});
     if (!before.empty() && Lower(before) != Lower(now.path))
         output.Say("Registered before: " + before);
-    for (const Observation& one : Examine(now, path))
+    for (const Observation& one : diagnosis.findings)
         output.Complain(std::string(SeverityName(one.severity)) + ": " + one.what);
     return ExitCode::eDone;
 }

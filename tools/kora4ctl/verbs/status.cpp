@@ -12,6 +12,7 @@
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/equalizer/bands_picture.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/terminal/text_layout.h"

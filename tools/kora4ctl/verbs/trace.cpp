@@ -99,8 +99,7 @@ std::string TagOf(const std::string& module) {
             return known.tag;
         tags.emplace_back(known.tag);
     }
-    throw Failure(
-        ExitCode::eBadInput,
+    throw BadInput(
         "No module of the library is called '" + module + "'. " + Suggestion(module, tags),
         "More: kora4ctl trace show --help");
 }

@@ -81,10 +81,10 @@ TEST(Schema, DefaultsCanBeReadAndAreThoseOfTheRows) {
         return std::get<std::uint32_t>(*Decode(FieldValue(cLeveler, profile, 3),
                                                *FieldValue(cLeveler, profile, 3).Default()));
     };
-    EXPECT_EQ(0x40007u, amount(cMovieProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cMovieProfile));
     EXPECT_EQ(0u, amount(cMusicProfile));
-    EXPECT_EQ(0x40007u, amount(cFirstCustomProfile));
-    EXPECT_EQ(0x40007u, amount(cDemoMovieProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cFirstCustomProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cDemoMovieProfile));
     EXPECT_EQ(0u, amount(cDemoMusicProfile));
     const Technology dialog{Family::ePreset, eEnhancementTech};
     EXPECT_EQ(0u, SwitchValue(dialog, cMusicProfile).defaultNumber);

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The check of the access lists: registration gives everybody every right.
+#include "kora4ctl/doctor/access_check.h"
+
 #include <aclapi.h>
 #include <sddl.h>
 
@@ -8,7 +10,6 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/registry_paths.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "platform/handles.h"
 
 namespace kora4::tools {
@@ -87,10 +88,9 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
             : GetSecurityInfo(key.Get(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr,
                               nullptr, &dacl, nullptr, descriptor.Put());
     if (status != ERROR_SUCCESS) {
-        result.Add(Severity::eError,
-                   "The access list of " + name +
-                       " cannot be read: " + InWords(HRESULT_FROM_WIN32(status)) + ".",
-                   again);
+        result.Error("The access list of " + name +
+                         " cannot be read: " + InWords(HRESULT_FROM_WIN32(status)) + ".",
+                     again);
         return;
     }
     // Without a list everybody may do everything.
@@ -104,17 +104,16 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
     }
     const std::string list = " (its list: " + AsText(descriptor.Get()) + ")";
     if (missing.size() == std::size(cRights))
-        result.Add(Severity::eWarning,
-                   name +
-                       " gives everybody no right at all: programs of other users cannot "
-                       "use the settings" +
-                       list + ".",
-                   again);
+        result.Warning(name +
+                           " gives everybody no right at all: programs of other users cannot "
+                           "use the settings" +
+                           list + ".",
+                       again);
     else if (!missing.empty())
-        result.Add(Severity::eWarning,
-                   name + " does not let everybody " + Join(missing, ", ") + list + ".", again);
+        result.Warning(name + " does not let everybody " + Join(missing, ", ") + list + ".",
+                       again);
     if (granted.hasDenials)
-        result.Add(Severity::eWarning, name + " denies somebody something" + list + ".", again);
+        result.Warning(name + " denies somebody something" + list + ".", again);
 }
 
 }  // namespace

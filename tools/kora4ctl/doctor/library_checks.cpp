@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Checks of the library as a client uses it. They run on a thread of their own: a call that
 // hangs must not hang the doctor.
+#include "kora4ctl/doctor/library_checks.h"
+
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -9,7 +11,6 @@
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "kora4ctl/notifications/notification_listener.h"
 #include "platform/handles.h"
 #include "process/api_session.h"
@@ -39,9 +40,9 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
     try {
         body(*trial);
     } catch (const Failure& failure) {
-        trial->result.Add(Severity::eError, failure.what(), failure.Next());
+        trial->result.Error(failure.what(), failure.Next());
     } catch (const std::exception& error) {
-        trial->result.Add(Severity::eError, std::string("Internal error: ") + error.what());
+        trial->result.Error(std::string("Internal error: ") + error.what());
     }
     SetEvent(trial->done.Get());
 }
@@ -62,7 +63,7 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
     }
     if (ended == WAIT_OBJECT_0) {
         // Interrupted by the user: that says nothing about the library.
-        result.Add(Severity::eNote, "Interrupted.");
+        result.Note("Interrupted.");
         if (WaitForSingleObject(trial->done.Get(), cLastChance) == WAIT_OBJECT_0) {
             thread.join();
             return nullptr;
@@ -72,10 +73,10 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
     examination.hasHungThread = true;
     if (ended == WAIT_OBJECT_0)
         return nullptr;
-    result.Add(Severity::eError,
-               std::string("The library hangs while ") + trial->step.load() + ".",
-               "Look at what it does: kora4ctl trace on all --files, then this once more, then "
-               "kora4ctl trace show");
+    result.Error(
+        std::string("The library hangs while ") + trial->step.load() + ".",
+        "Look at what it does: kora4ctl trace on all --files, then this once more, then "
+        "kora4ctl trace show");
     return nullptr;
 }
 
@@ -130,11 +131,10 @@ void BeTold(const Examination& examination, Trial& trial) {
         trial.result.summary =
             "one came after " + std::to_string(GetTickCount64() - begin) + " ms";
     else
-        trial.result.Add(Severity::eError,
-                         "A client was not told of a change within " +
-                             Decimal(static_cast<float>(examination.patience) / 1000) + " s.",
-                         "See what the library says about it: kora4ctl trace on messages "
-                         "notification-threads security --files");
+        trial.result.Error("A client was not told of a change within " +
+                               Decimal(static_cast<float>(examination.patience) / 1000) + " s.",
+                           "See what the library says about it: kora4ctl trace on messages "
+                           "notification-threads security --files");
     trial.step = "the callback is taken back";
     Check(api->UnregisterChangeNotifications(), "Ending the notifications");
     trial.step = "the object is released";

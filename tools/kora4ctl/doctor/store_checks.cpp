@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Checks of what is stored.
+#include "kora4ctl/doctor/store_checks.h"
+
 #include "base/text.h"
 #include "contract/profiles.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "kora4ctl/explain/trace_log.h"
 #include "kora4ctl/explain/trace_word.h"
 #include "settings/names.h"
@@ -37,18 +38,17 @@ bool Exists(StoreAccess& store, std::uint32_t customProfile) {
 }
 
 void LookAtDemo(StoreAccess& store, std::uint32_t demo, CheckResult& result) {
-    result.Add(Severity::eWarning,
-               "The demo profile " + ProfileName(demo) +
-                   " is active: no other profile can be chosen, and values that are set are "
-                   "not kept. Which program left it on cannot be told.",
-               "Leave the demo in the program that shows it; when that is gone: kora4ctl "
-               "demo force-leave");
+    result.Warning(
+        "The demo profile " + ProfileName(demo) +
+            " is active: no other profile can be chosen, and values that are set are "
+            "not kept. Which program left it on cannot be told.",
+        "Leave the demo in the program that shows it; when that is gone: kora4ctl "
+        "demo force-leave");
     const std::optional<StoredValue> saved = store.Read(eKeySetStatic, cSavedProfile);
     const std::optional<std::uint32_t> number = saved ? saved->AsDword() : std::nullopt;
     if (!number || !IsSelectableProfile(*number))
-        result.Add(Severity::eNote,
-                   "The profile from before the demo is not known: leaving the demo makes " +
-                       ProfileName(cMovieProfile) + " active.");
+        result.Note("The profile from before the demo is not known: leaving the demo makes " +
+                    ProfileName(cMovieProfile) + " active.");
 }
 
 }  // namespace
@@ -78,15 +78,16 @@ CheckResult CheckLoad(Examination& examination) {
         case Recovery::eNothing:
             break;
         case Recovery::eUnreadable:
-            result.Add(Severity::eError, recovered.InWords(),
-                       "Use the program that wrote it, or remove the file: " + journal.Path());
+            result.Error(
+                recovered.InWords(),
+                "Use the program that wrote it, or remove the file: " + journal.Path());
             break;
         default:
             if (examination.isDryRun)
-                result.Add(Severity::eWarning, recovered.InWords(), "kora4ctl doctor");
+                result.Warning(recovered.InWords(), "kora4ctl doctor");
             else
-                result.Add(Severity::eNote, recovered.InWords() + Restored(recovered),
-                           "Nothing, that is mended now.");
+                result.Note(recovered.InWords() + Restored(recovered),
+                            "Nothing, that is mended now.");
     }
     return result;
 }
@@ -106,18 +107,16 @@ CheckResult CheckValues(Examination& examination) {
     CheckResult result;
     result.summary = "all of them can be read, and are in range";
     if (errors)
-        result.Add(Severity::eError,
-                   Count(errors, "value cannot be read: its default is in force.",
-                         "values cannot be read: their defaults are in force."),
-                   "See which: kora4ctl lint; repair: kora4ctl lint --fix");
+        result.Error(Count(errors, "value cannot be read: its default is in force.",
+                           "values cannot be read: their defaults are in force."),
+                     "See which: kora4ctl lint; repair: kora4ctl lint --fix");
     if (warnings)
-        result.Add(Severity::eWarning,
-                   Count(warnings, "value is", "values are") +
-                       " nothing that a client would have set.",
-                   "See which: kora4ctl lint; repair: kora4ctl lint --fix");
+        result.Warning(Count(warnings, "value is", "values are") +
+                           " nothing that a client would have set.",
+                       "See which: kora4ctl lint; repair: kora4ctl lint --fix");
     if (notes)
-        result.Add(Severity::eNote, Count(notes, "value is", "values are") + " worth a look.",
-                   "See which: kora4ctl lint");
+        result.Note(Count(notes, "value is", "values are") + " worth a look.",
+                    "See which: kora4ctl lint");
     return result;
 }
 
@@ -130,14 +129,12 @@ CheckResult CheckProfile(Examination& examination) {
     if (IsDemoProfile(profile))
         LookAtDemo(*opened, profile, result);
     else if (!IsAllowableProfile(profile))
-        result.Add(Severity::eWarning,
-                   "The active profile is " + std::to_string(profile) +
-                       ", which is no profile: the values of movie are in force, and every "
-                       "technology is on.",
-                   useAnother);
+        result.Warning("The active profile is " + std::to_string(profile) +
+                           ", which is no profile: the values of movie are in force, and every "
+                           "technology is on.",
+                       useAnother);
     else if (IsCustomProfile(profile) && !Exists(*opened, profile))
-        result.Add(
-            Severity::eWarning,
+        result.Warning(
             "The custom profile " + ProfileName(profile) + " is active, and does not exist.",
             useAnother);
     return result;
@@ -154,11 +151,10 @@ CheckResult CheckCustomProfiles(Examination& examination) {
             continue;
         ++count;
         if (!stored->AsText())
-            result.Add(Severity::eError,
-                       "The name of " + ProfileName(profile) + " cannot be read (" +
-                           Describe(*stored, 20) +
-                           "): no client can show the table of profiles, nor use this one.",
-                       "Delete the profile: kora4ctl profile delete " + ProfileName(profile));
+            result.Error("The name of " + ProfileName(profile) + " cannot be read (" +
+                             Describe(*stored, 20) +
+                             "): no client can show the table of profiles, nor use this one.",
+                         "Delete the profile: kora4ctl profile delete " + ProfileName(profile));
     }
     result.summary =
         count == 0 ? "there are none" : Count(count, "custom profile", "custom profiles");
@@ -172,29 +168,25 @@ CheckResult CheckTrace(Examination& examination) {
     CheckResult result;
     result.summary = word.InWords();
     if (word.IsSilent()) {
-        result.Add(Severity::eNote,
-                   "The master switch of the trace is off: not even errors are traced.", off);
+        result.Note("The master switch of the trace is off: not even errors are traced.", off);
         return result;
     }
     if (word.WritesFiles()) {
-        result.Add(Severity::eWarning,
-                   "Log files are switched on: every line opens, writes and closes two files, "
-                   "in every program that uses the library, and they grow without end.",
-                   "When you have seen enough: kora4ctl trace off");
+        result.Warning(
+            "Log files are switched on: every line opens, writes and closes two files, "
+            "in every program that uses the library, and they grow without end.",
+            "When you have seen enough: kora4ctl trace off");
         if (!HasLogFolder())
-            result.Add(Severity::eWarning,
-                       "The folder of the log files, " + LogFolder() +
-                           ", does not exist: nothing is written.",
-                       "Make the folder, or run: kora4ctl trace on --files");
+            result.Warning("The folder of the log files, " + LogFolder() +
+                               ", does not exist: nothing is written.",
+                           "Make the folder, or run: kora4ctl trace on --files");
     } else if (word.Flags() & ~TraceWord().Flags() & ~word.UnknownBits()) {
-        result.Add(Severity::eNote, "More than messages is traced: " + word.InWords() + ".",
-                   off);
+        result.Note("More than messages is traced: " + word.InWords() + ".", off);
     }
     if (word.UnknownBits())
-        result.Add(Severity::eWarning,
-                   "The trace word " + Hex(word.Flags()) +
-                       " has bits that mean nothing: " + Hex(word.UnknownBits(), 0) + ".",
-                   off);
+        result.Warning("The trace word " + Hex(word.Flags()) +
+                           " has bits that mean nothing: " + Hex(word.UnknownBits(), 0) + ".",
+                       off);
     return result;
 }
 
