@@ -93,6 +93,8 @@ class Engine {
     void Burst(const Fault& fault);
     void SpoilFields(const Fault& fault);
     void SpoilProfile(const Fault& fault);
+
+    // Puts back what faults have spoilt; returns how many values that were.
     std::size_t RestoreValues();
 
     const Scene& m_scene;
