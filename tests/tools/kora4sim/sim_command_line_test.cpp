@@ -249,7 +249,8 @@ TEST_F(SimCommandLine, BadSceneFilesAreRefusedWithTheirPlace) {
     WriteFile("newer.json", R"({"format": "kora4sim-scene", "version": 2})");
     ToolResult result = RunSim({"newer.json", "--for", "1"});
     EXPECT_EQ(5u, result.exitCode);
-    EXPECT_THAT(result.err, HasSubstr("newer.json: version: version 2 of scenes is not supported"));
+    EXPECT_THAT(result.err,
+                HasSubstr("newer.json: version: version 2 of scenes is not supported"));
     WriteFile("broken.json", "{\n\"format\": \"kora4sim-scene\",\n\"version\": 1");
     result = RunSim({"broken.json", "--for", "1"});
     EXPECT_EQ(5u, result.exitCode);
