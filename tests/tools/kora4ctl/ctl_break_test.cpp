@@ -138,7 +138,7 @@ TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
     for (const Words& arguments :
          {Words{"load", DocumentFile()}, Words{"load", DocumentFile(), "--merge"},
           Words{"lint", "--fix"}}) {
-        Refused(arguments, cFailed, "broken off");
+        Refused(arguments, cFailed, "was interrupted");
         Refused(arguments, cFailed, "kora4ctl doctor");
         ExpectStore(half);
     }

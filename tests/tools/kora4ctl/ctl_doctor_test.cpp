@@ -275,7 +275,7 @@ class CtlDoctorLoad : public CtlDoctor {
 TEST_F(CtlDoctorLoad, IsUndone) {
     BreakLoad();
     const Json document = Examine(cDone);
-    EXPECT_TRUE(Has(Of("load", document), "note: A change of the settings was broken off"));
+    EXPECT_TRUE(Has(Of("load", document), "note: A change of the settings was interrupted"));
     EXPECT_EQ(40u, ReadStoredUINT(eKeySetStatic, cPeriod));
     EXPECT_FALSE(IsJournalThere());
     EXPECT_TRUE(Of("load", Examine(cDone)).starts_with("ok: "));
@@ -284,7 +284,7 @@ TEST_F(CtlDoctorLoad, IsUndone) {
 TEST_F(CtlDoctorLoad, IsOnlyToldOfInADryRun) {
     BreakLoad();
     const Json document = Examine(cFindings, {"--dry-run"});
-    EXPECT_TRUE(Has(Of("load", document), "warning: A change of the settings was broken off"));
+    EXPECT_TRUE(Has(Of("load", document), "warning: A change of the settings was interrupted"));
     EXPECT_EQ(60u, ReadStoredUINT(eKeySetStatic, cPeriod));
     EXPECT_TRUE(IsJournalThere());
 }

@@ -384,7 +384,7 @@ TEST_F(CtlDiff, MergingPassesOverWhatTheDocumentDoesNotHave) {
 }
 
 TEST_F(CtlDiff, RefusesBadDocuments) {
-    RefusedUnchanged({"diff", "-"}, cBadInput, "no JSON", "hello");
+    RefusedUnchanged({"diff", "-"}, cBadInput, "not valid JSON", "hello");
     RefusedUnchanged({"diff", "-"}, cBadInput, "empty", "");
     RefusedUnchanged({"diff"}, cUsage, "FILE");
 }

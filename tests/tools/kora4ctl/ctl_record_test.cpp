@@ -350,7 +350,7 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         const char* message;
     } cases[] = {
         {"", "it is empty"},
-        {"nothing\n", "Line 1: The document is no JSON"},
+        {"nothing\n", "Line 1: The document is not valid JSON"},
         {"[1]\n", "Line 1: it is not an object with an 'event'"},
         {"{\"event\": \"start\"}\n", "Line 1: it is not a recording"},
         {with("\"version\":1,\"time\"", "\"version\":2,\"time\""),
@@ -360,7 +360,7 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         {good.substr(0, good.size() / 2), "The document is cut off"},
         {std::string(200000, '[') + "\n", "Line 1: The document is nested too deeply"},
         {"{\"event\": \"start\", \"event\": \"start\"}\n",
-         "Line 1: event: the name is there twice"},
+         "Line 1: event: the name appears twice"},
         {good + rest, "there is a line after the end"},
         {with("\"event\":\"value\"", "\"event\":\"volume\""), "Line 2: unknown event 'volume'"},
         {with("\"event\":\"value\"", "\"event\":\"switch\""), "Line 2: the value does not fit"},

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "registry/stored_value.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 #include "support/raw_store.h"
 #include "tools/kora4ctl/ctl_fixture.h"

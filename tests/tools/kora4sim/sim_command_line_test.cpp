@@ -206,7 +206,7 @@ TEST_F(SimCommandLine, BadInputIsRefusedInWordsAndChangesNothing) {
         {{"--fault", "garbige=nan"}, 5, "Did you mean 'garbage'?"},
         {{"--fault", "garbage=nam"}, 5, "Did you mean 'nan'?"},
         {{"--fault", "hold=0"}, 5, "0.001 to 600 seconds"},
-        {{"--fault", "stop@soon"}, 5, "is no number of seconds"},
+        {{"--fault", "stop@soon"}, 5, "is not a number of seconds"},
         {{"--for", "-1"}, 5, "--for takes 0 to 86400 seconds."},
         {{"--for", "nan"}, 5, "--for takes 0 to 86400 seconds."},
         {{"--period", "9"}, 5, "--period takes 10 to 10000 milliseconds."},
@@ -249,7 +249,8 @@ TEST_F(SimCommandLine, BadSceneFilesAreRefusedWithTheirPlace) {
     WriteFile("newer.json", R"({"format": "kora4sim-scene", "version": 2})");
     ToolResult result = RunSim({"newer.json", "--for", "1"});
     EXPECT_EQ(5u, result.exitCode);
-    EXPECT_THAT(result.err, HasSubstr("newer.json: version: version 2 of scenes is not known"));
+    EXPECT_THAT(result.err,
+                HasSubstr("newer.json: version: version 2 of scenes is not supported"));
     WriteFile("broken.json", "{\n\"format\": \"kora4sim-scene\",\n\"version\": 1");
     result = RunSim({"broken.json", "--for", "1"});
     EXPECT_EQ(5u, result.exitCode);

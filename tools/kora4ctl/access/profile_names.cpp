@@ -49,7 +49,8 @@ std::optional<std::string> TakeText(LPWSTR text) {
 void CheckIsCustom(std::uint32_t profile) {
     if (!IsCustomProfile(profile))
         throw BadInput(ProfileName(profile) + " is not a custom profile.",
-                       "Only p1 to p6 have names and can be created, renamed and deleted.");
+                       "Only " + CustomProfiles() +
+                           " have names and can be created, renamed and deleted.");
 }
 
 ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
@@ -75,7 +76,7 @@ void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4AP
     if (hr == E_FAIL && Exists(profile, api))
         Fail(ProfileName(profile) + " already exists, as '" +
                  ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
-             "Rename it, delete it first, or choose another of p1 to p6.");
+             "Rename it, delete it first, or choose another of " + CustomProfiles() + ".");
     Check(hr, "Creating " + ProfileName(profile));
 }
 

@@ -9,6 +9,7 @@
 #include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/document.h"
+#include "settings/document_values.h"
 
 namespace kora4::tools {
 

@@ -11,6 +11,7 @@
 
 #include "kora4ctl/access/held_store.h"
 #include "process/api_session.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {

@@ -178,7 +178,8 @@ ExitCode Table(const Context& context, const NoOptions&) {
     return ExitCode::eDone;
 }
 
-constexpr char cNameHelp[] = "any text of at most 2047 UTF-16 characters; '' is allowed";
+const std::string cNameHelp = "any text of at most " + std::to_string(cMaxTextChars) +
+                              " UTF-16 characters; '' is allowed";
 
 }  // namespace
 
@@ -189,7 +190,7 @@ void AddProfile(Context& context) {
     };
     const auto addForCustom = [&](const char* name, const char* summary, auto run) {
         const auto verb = add(name, summary, run);
-        verb.app.add_option("P", verb.options.profile, "p1 to p6")->required();
+        verb.app.add_option("P", verb.options.profile, CustomProfiles())->required();
         return verb;
     };
     const auto addWithName = [&](const char* name, const char* summary, auto run) {
@@ -199,7 +200,7 @@ void AddProfile(Context& context) {
     const auto [show, shown] = add("show", "show all values of a profile", Show);
     show.add_option("P", shown.profile, "movie, music, ...; the active profile if omitted");
     const auto [use, used] = add("use", "select the active profile", Use);
-    use.add_option("P", used.profile, "movie, music, games, p1 to p6")->required();
+    use.add_option("P", used.profile, "movie, music, games, " + CustomProfiles())->required();
     add("revert", "reset the active preset profile to its factory values", Revert);
     addWithName("create", "create a custom profile as a copy of the active one", Create);
     addWithName("rename", "rename a custom profile", Rename);

@@ -9,6 +9,7 @@
 #include "base/failure.h"
 #include "contract/defaults.h"
 #include "contract/profiles.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 namespace {
@@ -223,9 +224,9 @@ TEST(Names, ProfilesByWordAndNumber) {
 }
 
 TEST(Names, TechnologiesByWordAndNumberOfTheApi) {
-    EXPECT_STREQ("intelligent-eq", ParseTechnology("2").word);
-    EXPECT_STREQ("peak-limiter", ParseTechnology("Peak-Limiter").word);
-    EXPECT_THROW(ParseTechnology("6"), Failure);
+    EXPECT_STREQ("intelligent-eq", FindTechnology("2")->word);
+    EXPECT_STREQ("peak-limiter", FindTechnology("Peak-Limiter")->word);
+    EXPECT_EQ(nullptr, FindTechnology("6"));
 }
 
 }  // namespace
