@@ -75,7 +75,7 @@ TEST_F(CtlEq, SetTakesAGainForEachBand) {
         "4000 Hz: 0.0 -> -4.5 dB\n",
         Done({"eq", "set", "3", "2", "1", "0", "-1", "-2", "-3", "-4.5", "0", "0"}));
     EXPECT_EQ((std::vector<float>{3, 2, 1, 0, -1, -2, -3, -4.5, 0, 0}), Gains());
-    RefusedUnchanged({"eq", "set", "1", "2"}, cBadInput, "10 bands");
+    RefusedUnchanged({"eq", "set", "1", "2"}, cBadInput, "Expected 10 gains, got 2.");
 }
 
 TEST_F(CtlEq, SetTakesFrequenciesAndFindsTheNearestBand) {

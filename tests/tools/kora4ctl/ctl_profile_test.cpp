@@ -50,7 +50,7 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
 
 TEST_F(CtlProfile, CreateAndRenameSayWhyNot) {
     Done({"profile", "create", "p1", ""});
-    RefusedUnchanged({"profile", "create", "p1", "x"}, cFailed, "exists already");
+    RefusedUnchanged({"profile", "create", "p1", "x"}, cFailed, "already exists");
     RefusedUnchanged({"profile", "rename", "p2", "x"}, cFailed, "does not exist");
     RefusedUnchanged({"profile", "create", "music", "x"}, cBadInput, "not a custom profile");
     RefusedUnchanged({"profile", "delete", "games"}, cBadInput, "not a custom profile");
