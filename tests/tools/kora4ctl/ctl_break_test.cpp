@@ -160,7 +160,7 @@ TEST_F(InterruptedLoad, LeavesTheMutexAbandonedAndTheNextOneSaysSo) {
     EXPECT_EQ(cDied, LoadWith(At("die", 5)).exitCode);
     const ToolResult dump = RunCtl({"dump"});
     EXPECT_EQ(cDone, dump.exitCode) << dump;
-    EXPECT_NE(std::string::npos, dump.err.find("died with it")) << dump;
+    EXPECT_NE(std::string::npos, dump.err.find("died while holding it")) << dump;
     EXPECT_EQ("", RunCtl({"dump"}).err);
 }
 

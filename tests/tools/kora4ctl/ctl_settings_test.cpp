@@ -272,7 +272,7 @@ TEST_F(CtlSettings, UnknownNamesGetTheNearestOnes) {
     Refused({"set", "dialog-enhacer", "1"}, cBadInput, "dialog-enhancer");
     Refused({"get", "enable", "--profil", "music"}, cUsage, "--profile");
     Refused({"get", "volume-leveler", "--profile", "musik"}, cBadInput, "music");
-    Refused({"toggle", "sampling-period"}, cBadInput, "no switch");
+    Refused({"toggle", "sampling-period"}, cBadInput, "not a switch");
     Refused({"get", "enable", "--profile", "music"}, cBadInput, "all profiles");
     Refused({"get"}, cUsage, "NAME");
     Refused({"set", "enable"}, cUsage, "VALUE");

@@ -63,7 +63,7 @@ TEST_F(SimCommandLine, ForZeroOnlyPreparesTheStore) {
     const ToolResult result = RunSim({"--for", "0", "--json"});
     EXPECT_EQ(0u, result.exitCode);
     EXPECT_EQ(0, EventOf(result, "summary")["pictures"]);
-    EXPECT_EQ(0x03FFu, RawStore::Number(cStatic, MasterEnablesName()));
+    EXPECT_EQ(KORA4_ENGINE_FULL, RawStore::Number(cStatic, MasterEnablesName()));
     EXPECT_EQ(S_FALSE, Shown(Client().Get()).result);
 }
 

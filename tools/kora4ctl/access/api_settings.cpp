@@ -99,8 +99,8 @@ void WriteFrequencies(const Setting& setting, Profile, const Value& value, Api& 
     // The library would store other frequencies as something else.
     for (const float frequency : wanted) {
         if (frequency < 1 || frequency > cHighestFrequency)
-            throw BadInput(Decimal(frequency) + " is no value for '" + setting.name +
-                           "': bands lie from " + FrequencyRange() + ".");
+            throw BadInput("Invalid value '" + Decimal(frequency) + "' for '" + setting.name +
+                           "': frequencies range from " + FrequencyRange() + ".");
     }
     GraphicEQData eq = ReadEq(setting, api);
     eq.m_bands = static_cast<ULONG>(std::min(wanted.size(), std::size(eq.m_freq)));
@@ -112,8 +112,8 @@ void WriteGains(const Setting& setting, Profile, const Value& value, Api& api) {
     const auto& wanted = std::get<std::vector<float>>(value);
     GraphicEQData eq = ReadEq(setting, api);
     if (wanted.size() != eq.m_bands)
-        throw BadInput("There are " + std::to_string(eq.m_bands) + " bands, and " +
-                           std::to_string(wanted.size()) + " gains were given.",
+        throw BadInput("Expected " + std::to_string(eq.m_bands) + " gains, got " +
+                           std::to_string(wanted.size()) + ".",
                        "Change the frequencies first, or use 'kora4ctl eq import'.");
     std::copy(wanted.begin(), wanted.end(), eq.m_gain);
     Check(api.SetGraphicEQData(&eq), "Setting " + setting.name);

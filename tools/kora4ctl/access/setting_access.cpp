@@ -32,13 +32,13 @@ const char* NameOfWay(Way way) {
 // A setting that the API only reads can still be written in the store, with --stored.
 void CheckWritable(const Setting& setting, Limits limits) {
     if (setting.perProfile && !setting.isStored)
-        throw BadInput("'" + setting.name + "' is more than one value.",
+        throw BadInput("'" + setting.name + "' has more than one value.",
                        "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
     if (!setting.isStored)
-        throw BadInput("'" + setting.name + "' is the library's own and cannot be set.");
+        throw BadInput("'" + setting.name + "' belongs to the library and cannot be set.");
     if (setting.access == Access::eReadOnly && limits == Limits::eApi)
         throw BadInput("The library has no method that sets '" + setting.name + "'.",
-                       "Write it into the store with --stored; programs read it when they "
+                       "Write it to the store with --stored; programs read it when they "
                        "start.");
 }
 
@@ -84,13 +84,13 @@ void CheckSettable(std::uint32_t activeProfile) {
         throw Failure(
             ExitCode::eRefused,
             "Nothing was stored: the demo profile " + name +
-                " is active, and in a demo nothing is set.",
-            "Leave the demo with 'kora4ctl demo force-leave', or name another profile "
+                " is active, and values cannot be changed in a demo.",
+            "Leave the demo with 'kora4ctl demo force-leave', or choose another profile "
             "with --profile.");
     throw Failure(ExitCode::eRefused,
                   "Nothing was stored: profile number " + name +
-                      " is active, and there is no such profile.",
-                  "Make another one active: kora4ctl profile use music");
+                      " is active, but there is no such profile.",
+                  "Select another: kora4ctl profile use music");
 }
 
 bool IsFrozenInDemo(const Setting& setting) {
@@ -102,10 +102,10 @@ void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named
     if (named && *named != activeProfile)
         throw Failure(ExitCode::eFailed,
                       "Another program made " + ProfileName(activeProfile) +
-                          " the active profile at this moment, and may have got the value "
+                          " the active profile meanwhile, and the value may have gone there "
                           "instead of " +
                           ProfileName(*named) + ".",
-                      "Look at both with 'kora4ctl profile show'.");
+                      "Check both with 'kora4ctl profile show'.");
 }
 
 ApiSession& SettingAccess::Api() {

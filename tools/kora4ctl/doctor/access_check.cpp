@@ -23,8 +23,8 @@ struct Right {
 // In the order of what a client misses most.
 constexpr Right cRights[] = {
     {KEY_QUERY_VALUE, "read values"},       {KEY_SET_VALUE, "write values"},
-    {KEY_NOTIFY, "be told of changes"},     {KEY_ENUMERATE_SUB_KEYS, "list keys"},
-    {KEY_CREATE_SUB_KEY, "make keys"},      {KEY_CREATE_LINK, "make links"},
+    {KEY_NOTIFY, "be notified of changes"}, {KEY_ENUMERATE_SUB_KEYS, "list subkeys"},
+    {KEY_CREATE_SUB_KEY, "create subkeys"}, {KEY_CREATE_LINK, "create links"},
     {READ_CONTROL, "read the access list"}, {DELETE, "delete the key"},
     {WRITE_DAC, "change the access list"},  {WRITE_OWNER, "change the owner"},
 };
@@ -71,8 +71,8 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
 
 void LookAtAccess(const wchar_t* path, CheckResult& result) {
     constexpr char again[] =
-        "Run as an administrator: kora4ctl register (it sets the access lists anew; for a key "
-        "that denies even that, its owner has to run it)";
+        "Run as an administrator: kora4ctl register (it resets the access lists; for a key "
+        "that denies even this, its owner must run it)";
     const std::string name = "HKEY_LOCAL_MACHINE\\" + Narrow(path);
     UniqueRegKey key;
     const LSTATUS opening =
@@ -102,18 +102,18 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
         if ((granted.toEverybody & right.bits) != right.bits)
             missing.emplace_back(right.words);
     }
-    const std::string list = " (its list: " + AsText(descriptor.Get()) + ")";
+    const std::string list = " (access list: " + AsText(descriptor.Get()) + ")";
     if (missing.size() == std::size(cRights))
         result.Warning(name +
-                           " gives everybody no right at all: programs of other users cannot "
+                           " grants everyone no rights: other users' programs cannot "
                            "use the settings" +
                            list + ".",
                        again);
     else if (!missing.empty())
-        result.Warning(name + " does not let everybody " + Join(missing, ", ") + list + ".",
+        result.Warning(name + " does not let everyone " + Join(missing, ", ") + list + ".",
                        again);
     if (granted.hasDenials)
-        result.Warning(name + " denies somebody something" + list + ".", again);
+        result.Warning(name + " contains entries that deny access" + list + ".", again);
 }
 
 }  // namespace
@@ -122,7 +122,7 @@ CheckResult CheckAccess(Examination&) {
     CheckResult result;
     for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
         LookAtAccess(path, result);
-    result.summary = "every user may read and write";
+    result.summary = "every user can read and write";
     return result;
 }
 

@@ -41,7 +41,7 @@ std::string PathInWords(const wchar_t* path) {
 bool LookAtKey(const wchar_t* path, bool isWritten, CheckResult& result) {
     const std::string name = PathInWords(path);
     if (IsLink(path)) {
-        result.Error(name + " is a link to another key, which somebody has put in its place.",
+        result.Error(name + " is a link to another key; registration does not create links.",
                      "Remove the link, and run as an administrator: kora4ctl register");
         return false;
     }
@@ -80,10 +80,10 @@ CheckResult CheckKeys(Examination& examination) {
     examination.isStoreThere = isStaticThere && isDynamicThere;
     if (result.findings.empty() && TryToOpen(cAppKeysPath, KEY_READ) == ERROR_FILE_NOT_FOUND)
         result.Note(
-            "The keys of the companion programs (AppKeys) are not there: nobody has "
-            "installed such programs.",
-            "Nothing, unless the product brings a profile editor or the like.");
-    result.summary = "there, readable and writable";
+            "The companion programs' keys (AppKeys) do not exist: no such program is "
+            "installed.",
+            "No action needed, unless the product includes a profile editor or the like.");
+    result.summary = "present, readable and writable";
     return result;
 }
 
@@ -95,16 +95,17 @@ CheckResult CheckMutex(Examination& examination) {
         if (lock.WasAbandoned())
             result.Warning(
                 "A program died while it held the store's mutex. The mutex is free "
-                "again; what that program was writing may be half done.",
-                "See whether the values are right: kora4ctl lint");
+                "again; what that program was writing may be incomplete.",
+                "Check the values: kora4ctl lint");
     } catch (const Failure& failure) {
         if (failure.Code() != ExitCode::eTimedOut)
             throw;
-        result.Error("A program has held the store's mutex for more than " +
-                         Decimal(static_cast<float>(examination.patience) / 1000) +
-                         " s, and every client waits for it. Which one cannot be told.",
-                     "End the programs that use the settings until they go on; the one that "
-                     "hangs is the one.");
+        result.Error(
+            "A program has held the store's mutex for more than " +
+                Decimal(static_cast<float>(examination.patience) / 1000) +
+                " s, and every client is waiting for it. The program is unknown.",
+            "End programs that use the settings, one by one, until the others continue; "
+            "the last one ended held it.");
     }
     result.summary = "free";
     return result;

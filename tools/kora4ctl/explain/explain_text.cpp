@@ -89,11 +89,11 @@ Explanation OfCode(std::string_view input, std::uint32_t code) {
     }
     const std::string words = PlatformWords(code);
     explanation.isKnown = !words.empty();
-    explanation.meaning = words.empty()
-                              ? "Neither the library nor the platform has words for it."
-                              : Sentence(words);
+    explanation.meaning =
+        words.empty() ? "Unknown to the library and to the platform." : Sentence(words);
     if (explanation.isKnown)
-        explanation.why = "These are the platform's words; the library gives no such result.";
+        explanation.why =
+            "This is the platform's description; the library does not return this result.";
     return explanation;
 }
 
@@ -222,11 +222,11 @@ Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
         std::vector<std::string> names;
         ForEachResult([&](const contract::Result& result) { names.push_back(result.name); });
         explanation.kind = Explanation::Kind::eResult;
-        explanation.meaning = "There is no result of that name among the known ones.";
+        explanation.meaning = "There is no known result of that name.";
         explanation.nearest = Nearest(input, names);
         return explanation;
     }
-    explanation.meaning = "The library writes no such line.";
+    explanation.meaning = "The library does not write such a line.";
     explanation.nearest = NearestMessages(head.function.empty() ? input : head.message);
     return explanation;
 }

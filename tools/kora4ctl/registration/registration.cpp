@@ -104,7 +104,7 @@ void AskForVersion(Registration& registration) {
 }
 
 constexpr char cReRegister[] =
-    "Register the right one, as an administrator: kora4ctl register PATH";
+    "Register the right file, as an administrator: kora4ctl register PATH";
 
 std::string OrNothing(const std::string& version) {
     return version.empty() ? "nothing" : version;
@@ -116,20 +116,20 @@ void ExamineFile(const Registration& registration, Diagnosis& found) {
         return;
     }
     if (FAILED(registration.creation)) {
-        found.Error("No object can be made of the registered library: " +
+        found.Error("The registered library cannot create an object: " +
                         InWords(registration.creation) + ".",
                     cReRegister);
         return;
     }
     if (registration.fileVersion != KORA4_VERSION_TEXT)
-        found.Warning("The registered file says version " +
+        found.Warning("The registered file's version is " +
                           OrNothing(registration.fileVersion) +
-                          ", this program is of version " KORA4_VERSION_TEXT ".",
-                      "Use the library and the program of one version.");
+                          ", this program's is " KORA4_VERSION_TEXT ".",
+                      "Use the library and the program of the same version.");
     if (registration.apiVersion != registration.fileVersion)
-        found.Warning("The library says that it is version " + registration.apiVersion +
-                          ", its file says " + OrNothing(registration.fileVersion) + ".",
-                      "The file was changed or mixed up; install it again.");
+        found.Warning("The library reports version " + registration.apiVersion + ", its file " +
+                          OrNothing(registration.fileVersion) + ".",
+                      "The file was modified or replaced; reinstall it.");
 }
 
 }  // namespace
@@ -199,23 +199,23 @@ Diagnosis Examine(const Registration& registration, const std::string& expectedP
                              ? "missing"
                              : "'" + registration.threadingModel + "'") +
                         " and should be '" + Narrow(cThreadingModel) +
-                        "': objects end up in another apartment than the one that makes them.",
+                        "': objects are created in another apartment than their client's.",
                     again);
     if (registration.hidesMachine)
         found.Warning(
-            "The registration of this user hides that of the machine: programs that run "
-            "elevated use another one than all others.",
-            "Remove the one of the user, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" +
-                ServedClass());
+            "This user's registration hides the machine's: programs that run "
+            "elevated use a different one.",
+            "Remove the user's, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" + ServedClass());
     else if (registration.where == RegisteredFor::eUser)
-        found.Warning("It is registered for this user only.", again);
+        found.Warning("The library is registered for this user only.", again);
     if (registration.appTitle.empty())
-        found.Warning("The entries of the application (AppID) are missing.", again);
+        found.Warning("The application entries (AppID) are missing.", again);
     if (registration.typeLibrary.empty())
         found.Warning("The type library is not registered.", again);
     else if (!IsSamePath(registration.typeLibrary, registration.path))
-        found.Warning("The type library is that of another file: " + registration.typeLibrary,
-                      again);
+        found.Warning(
+            "The type library of another file is registered: " + registration.typeLibrary,
+            again);
     return found;
 }
 

@@ -117,7 +117,7 @@ std::string PresentText(const Present& present) {
     if (reading.value && reading.stored.is_null() && reading.setting->isStored)
         text += ", the default";
     if (!reading.IsInRange())
-        text += ", outside what programs may set";
+        text += ", outside what programs can set";
     return text;
 }
 
@@ -241,16 +241,15 @@ ExitCode List(const Context& context, const DescribeOptions& options) {
 }  // namespace
 
 void AddDescribe(Context& context) {
-    const auto [verb, options] =
-        AddVerb(context.root, context, "describe",
-                "say what a setting is and where it is stored", Describe);
-    verb.add_option("NAME", options.names, "settings; without one all of them");
+    const auto [verb, options] = AddVerb(context.root, context, "describe",
+                                         "describe a setting and where it is stored", Describe);
+    verb.add_option("NAME", options.names, "settings; all if omitted");
     options.profile.AddTo(verb);
 }
 
 void AddList(Context& context) {
     const auto [verb, options] =
-        AddVerb(context.root, context, "list", "all settings with their values", List);
+        AddVerb(context.root, context, "list", "list all settings and their values", List);
     options.profile.AddTo(verb);
 }
 

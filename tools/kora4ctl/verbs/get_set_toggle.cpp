@@ -48,7 +48,7 @@ Detail DetailFor(const Context& context) {
 void CheckTakesProfile(const Setting& setting, std::optional<std::uint32_t> profile) {
     if (profile && !setting.perProfile)
         throw BadInput("'" + setting.name + "' is the same in all profiles.",
-                       "Leave --profile away.");
+                       "Omit --profile.");
 }
 
 ExitCode Get(const Context& context, const SettingOptions& options) {
@@ -100,7 +100,7 @@ ExitCode Toggle(const Context& context, const SettingOptions& options) {
     const Setting& named = NamedSetting(options.name);
     const Setting* const setting = SwitchOf(named);
     if (setting == nullptr)
-        throw BadInput("'" + named.name + "' is no switch.",
+        throw BadInput("'" + named.name + "' is not a switch.",
                        "It takes " + named.Allowed() + ".");
     const std::optional<std::uint32_t> profile = options.profile.Get();
     CheckTakesProfile(*setting, profile);
@@ -116,7 +116,7 @@ std::string TableOfSettings() {
         rows.push_back({setting.name, setting.Allowed() + (isReadOnly ? "; read only" : "")});
     }
     return "Settings:\n" + Aligned(rows) +
-           "A technology by its name alone is its value; 'on' and 'off' are of its switch.\n"
+           "A technology's name alone means its value; 'on' and 'off' set its switch.\n"
            "Profiles: " +
            Join(ProfileNames(), " ") + "\n";
 }
@@ -124,14 +124,15 @@ std::string TableOfSettings() {
 constexpr char cSetNotes[] =
     "Values: numbers, on/off/true/false/yes/no, the words in the table, and relative ones: "
     "+1,\n"
-    "-10% (per cent of the range). Arrays are numbers between blanks or commas.\n\n";
+    "-10% (per cent of the range). Separate the numbers of an array with blanks or commas.\n\n";
 
 }  // namespace
 
 void AddGet(Context& context) {
     const auto [verb, options] =
         AddVerb(context.root, context, "get", "print the value of a setting", Get);
-    verb.add_option("NAME", options.names, "a setting; several print a line each")->required();
+    verb.add_option("NAME", options.names, "a setting; several print one line each")
+        ->required();
     options.profile.AddTo(verb);
     verb.footer(TableOfSettings);
 }
@@ -142,13 +143,13 @@ void AddSet(Context& context) {
     verb.add_option("VALUE", options.values, "its new value")->required();
     options.profile.AddTo(verb);
     verb.add_flag("--stored", options.isStored,
-                  "write into the store, past what the library lets programs set");
+                  "write to the store, bypassing the library and its limits");
     verb.footer([] { return cSetNotes + TableOfSettings(); });
 }
 
 void AddToggle(Context& context) {
     const auto [verb, options] =
-        AddVerb(context.root, context, "toggle", "turn a switch the other way", Toggle);
+        AddVerb(context.root, context, "toggle", "toggle a switch", Toggle);
     verb.add_option("NAME", options.name, "a switch, or a technology that has one")->required();
     options.profile.AddTo(verb);
 }
