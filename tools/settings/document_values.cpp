@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Both directions of one value: from the store to JSON, and from JSON, checked, to the store.
 #include "settings/document_values.h"
 
 #include <cmath>

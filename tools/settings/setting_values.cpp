@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The parsing and the printing of values by their kinds, and the ranges that they must keep to.
 #include "settings/setting_values.h"
 
 #include <algorithm>

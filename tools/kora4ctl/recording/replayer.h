@@ -11,6 +11,7 @@
 #include "process/api_session.h"
 #include "registry/store_access.h"
 #include "settings/document.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The ways in which a stored value can be wrong, as bytes.
 #include "kora4sim/engine/spoilt_values.h"
 
 namespace kora4::tools::sim {
