@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "api/kora4asl.h"
+#include "contract/defaults.h"
 #include "contract/display_levels.h"
 #include "store/access/task_memory.h"
 #include "store/visdata/vis_key_data.h"
@@ -39,7 +40,7 @@ STDMETHODIMP CKORA4ASL::GetVisualizationSamplingPeriod(ULONG* pSamplingPeriod) {
     static constexpr Method cMethod{"CKORA4ASL::GetVisualizationSamplingPeriod",
                                     {.badArgument = "NULL == pSamplingPeriod"}};
     return RunMethod(cMethod, m_initialized, pSamplingPeriod != nullptr, [&] {
-        std::uint32_t milliseconds = cSamplingPeriodDefault;
+        std::uint32_t milliseconds = defaults::cSamplingPeriod;
         const HRESULT hr = m_uiKeysClient.GetSamplingPeriod(&milliseconds);
         if (SUCCEEDED(hr))
             *pSamplingPeriod = milliseconds;

@@ -46,7 +46,9 @@ constexpr const char* NameOf(ValueKind kind) {
 
 // The largest REG_SZ that a reader takes, terminator included; longer ones count as absent.
 inline constexpr std::size_t cMaxTextBytes = 4096;
-static_assert(cMaxTextBytes == (KORA4_CUSTOM_NAME_MAX_LENGTH + 1) * sizeof(char16_t));
+// The same in UTF-16 characters, without the terminator.
+inline constexpr std::size_t cMaxTextChars = cMaxTextBytes / sizeof(char16_t) - 1;
+static_assert(cMaxTextChars == KORA4_CUSTOM_NAME_MAX_LENGTH);
 
 }  // namespace kora4
 

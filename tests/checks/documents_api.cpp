@@ -107,7 +107,7 @@ std::vector<Row> Constants(const Document&) {
         {"level floor", FloatText(cLevelFloor)},
         {"excitation offset", FloatText(cExcitationOffset)},
         {"silent excitation", FloatText(KORA4_SILENT_EXCITATION)},
-        {"sampling period", Text(cSamplingPeriodDefault)},
+        {"sampling period", Text(defaults::cSamplingPeriod)},
     };
 }
 

@@ -11,6 +11,7 @@
 
 namespace kora4::test {
 
+// A statement that writes a trace line, as it stands in a source.
 struct TraceStatement {
     std::string place;  // "src/api/switches.cpp:28"
     // The format behind the head, without one newline at its end. Conditions that the
@@ -24,6 +25,7 @@ struct TraceStatement {
     std::optional<std::size_t> values;
 };
 
+// A source file with its path below the project.
 struct TraceSource {
     std::string path;
     std::string text;

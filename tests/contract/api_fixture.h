@@ -32,6 +32,7 @@ inline std::string PointerText(const void* pointer) {
     return text;
 }
 
+// An empty store, an apartment and the library.
 class ApiTest : public testing::Test {
   protected:
     explicit ApiTest(DWORD model = COINIT_APARTMENTTHREADED) : m_apartment(model) {}

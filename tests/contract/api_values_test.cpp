@@ -88,7 +88,7 @@ TEST_F(ApiValues, TheVirtualizersTakeZeroToSix) {
 }
 
 TEST_F(ApiValues, AStoredValueOutsideTheLimitsIsReadAsItIs) {
-    EXPECT_EQ(0x40007u, Get(eVolumeLeveler).m_values.m_volumeSlider);
+    EXPECT_EQ(cMovieVolume, Get(eVolumeLeveler).m_values.m_volumeSlider);
     EXPECT_EQ(10.0f, Get(eVirtualizerSpkr).m_values.m_speakerVirtualizerSlider);
 }
 

@@ -40,10 +40,6 @@ Record Flat(std::size_t bands, float gain, float excitation) {
     return {std::vector<float>(bands, gain), std::vector<float>(bands, excitation)};
 }
 
-// Decibels where there is no level.
-constexpr float cNoGain = -144.0f;
-constexpr float cNoExcitation = -108.0f;
-
 class ApiVisualization : public ApiTest {
   protected:
     void SetUp() override {
@@ -87,8 +83,8 @@ TEST_F(ApiVisualization, WithoutDataTheArraysAreLeft) {
 TEST_F(ApiVisualization, BandsThatNobodyHasReadAsTheFloor) {
     EXPECT_EQ(S_OK, Read(Blob({Flat(10, -3.0f, -40.0f)})));
     for (int band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
-        EXPECT_EQ(band < 10 ? -3.0f : cNoGain, m_gain[band]) << band;
-        EXPECT_EQ(band < 10 ? -4.0f : cNoExcitation, m_excitation[band]) << band;
+        EXPECT_EQ(band < 10 ? -3.0f : KORA4_SILENT_GAIN, m_gain[band]) << band;
+        EXPECT_EQ(band < 10 ? -4.0f : KORA4_SILENT_EXCITATION, m_excitation[band]) << band;
     }
 }
 
@@ -106,8 +102,8 @@ TEST_F(ApiVisualization, EachBandIsTheLoudestOfAllRecords) {
 
 TEST_F(ApiVisualization, NothingIsBelowTheFloor) {
     EXPECT_EQ(S_OK, Read(Blob({Flat(25, -200.0f, -200.0f)})));
-    EXPECT_THAT(m_gain, testing::Each(cNoGain));
-    EXPECT_THAT(m_excitation, testing::Each(cNoExcitation));
+    EXPECT_THAT(m_gain, testing::Each(KORA4_SILENT_GAIN));
+    EXPECT_THAT(m_excitation, testing::Each(KORA4_SILENT_EXCITATION));
 }
 
 TEST_F(ApiVisualization, AShortBlobHoldsTheRecordsThatFit) {
@@ -117,7 +113,7 @@ TEST_F(ApiVisualization, AShortBlobHoldsTheRecordsThatFit) {
     EXPECT_EQ(S_OK, Read(blob));
     EXPECT_THAT(m_gain, testing::Each(-5.0f));
     EXPECT_EQ(S_OK, Read(Bytes{1, 2, 3}));
-    EXPECT_THAT(m_gain, testing::Each(cNoGain));
+    EXPECT_THAT(m_gain, testing::Each(KORA4_SILENT_GAIN));
 }
 
 TEST_F(ApiVisualization, WhatFollowsTheStatedNumberOfRecordsDoesNotCount) {
@@ -128,8 +124,8 @@ TEST_F(ApiVisualization, WhatFollowsTheStatedNumberOfRecordsDoesNotCount) {
     EXPECT_THAT(m_gain, testing::Each(-5.0f));
     blob[4] = 0;
     EXPECT_EQ(S_OK, Read(blob));
-    EXPECT_THAT(m_gain, testing::Each(cNoGain));
-    EXPECT_THAT(m_excitation, testing::Each(cNoExcitation));
+    EXPECT_THAT(m_gain, testing::Each(KORA4_SILENT_GAIN));
+    EXPECT_THAT(m_excitation, testing::Each(KORA4_SILENT_EXCITATION));
 }
 
 using Command = HRESULT (STDMETHODCALLTYPE IVeltoKORA4API::*)(LPWSTR*);

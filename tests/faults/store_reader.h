@@ -18,6 +18,7 @@
 
 namespace kora4::test {
 
+// A value as the registry holds it.
 struct StoredValue {
     DWORD type = REG_NONE;
     std::vector<std::uint8_t> data;
@@ -57,6 +58,7 @@ struct Field {
     std::uint32_t scale = 0;     // arrays only: of the written text
 };
 
+// A technology with its fields. `flagRows` are the switches of Movie, Music and Games.
 struct Technology {
     RawTechnology offset;
     std::uint32_t flagRows[3];
@@ -79,6 +81,7 @@ struct FieldValue {
 
 enum class TextState { eAbsent, eUnreadable, eReadable };
 
+// A text as a reader finds it.
 struct StoredText {
     TextState state = TextState::eAbsent;
     std::wstring text;
@@ -91,6 +94,7 @@ std::optional<FieldValue> DecodeArray(const std::wstring& text);
 // What reading gives after `value` was written: the encodings lose what does not fit.
 FieldValue AfterWriting(const Field& field, const FieldValue& value);
 
+// Says what each setting is, whatever the store holds.
 class StoreReader {
   public:
     explicit StoreReader(const StoreKeys& keys) : m_keys(keys) {}

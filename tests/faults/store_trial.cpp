@@ -295,7 +295,7 @@ void StoreTrial::CheckForceRevert() {
 void StoreTrial::CheckTable() {
     // The first name that cannot be read ends the table.
     HRESULT expected = S_OK;
-    StoredText names[9];
+    StoredText names[KORA4_PROFILE_TABLE_ENTRIES];
     for (std::uint32_t profile = cFirstCustom; profile < cProfileBound && expected == S_OK;
          ++profile) {
         names[profile] = m_reader.Text(StoreKeys::eStatic, ProfileNameName(profile));
@@ -303,7 +303,7 @@ void StoreTrial::CheckTable() {
             expected = E_FAIL;
     }
     const auto before = SometimesEverything();
-    LPWSTR table[9] = {};
+    LPWSTR table[KORA4_PROFILE_TABLE_ENTRIES] = {};
     const HRESULT hr = m_spApi->GetProfileTable(table);
     EXPECT_EQ(expected, hr);
     Note("GetProfileTable", hr);

@@ -49,8 +49,8 @@ std::uint32_t BitsOf(float value) {
 }
 
 struct Levels {
-    float gain[20];
-    float excitation[20];
+    float gain[KORA4_VISUALIZATION_BANDS];
+    float excitation[KORA4_VISUALIZATION_BANDS];
 };
 
 // The loudest of the stated records, as far as they lie in the blob.
@@ -73,7 +73,7 @@ Levels LevelsOf(const std::vector<std::uint8_t>& blob) {
         const std::size_t bands = number(at + 16);
         if (bands * 8 > blob.size() - at - 24)
             break;
-        for (std::size_t band = 0; band < bands && band < 20; ++band) {
+        for (std::size_t band = 0; band < bands && band < KORA4_VISUALIZATION_BANDS; ++band) {
             const float gain = level(at + 24 + 4 * band);
             const float excitation = level(at + 24 + 4 * (bands + band));
             if (gain > levels.gain[band])
@@ -117,7 +117,7 @@ void StoreTrial::CheckLevels() {
     Note("GetVisualizationData", hr);
     ExpectUntouched(before);
     const Levels right = expected == S_OK ? LevelsOf(blob->data) : untouched;
-    for (std::size_t band = 0; band < 20; ++band) {
+    for (std::size_t band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
         EXPECT_EQ(BitsOf(right.gain[band]), BitsOf(levels.gain[band])) << band;
         EXPECT_EQ(BitsOf(right.excitation[band]), BitsOf(levels.excitation[band])) << band;
     }

@@ -14,6 +14,7 @@
 
 namespace kora4::test {
 
+// The calls, those that make and register an object among them.
 enum class Action : std::uint32_t {
     eOpen,   // makes, initialises and registers an object, in place of one that is there
     eClose,  // releases it

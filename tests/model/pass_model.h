@@ -25,6 +25,7 @@ struct OwnCall {
     bool Overtakes(const Told& told, std::uint32_t profile) const;
 };
 
+// A pass on its way: what it still has to tell.
 class PassModel {
   public:
     PassModel(const Baseline& known, const View& view)

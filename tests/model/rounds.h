@@ -22,12 +22,14 @@ namespace kora4::test {
 // thread of the multithreaded apartment; and another process, whose owner can be busy.
 enum : std::size_t { eIdleSeat, eMtaSeat, eProcessSeat };
 
+// A call or a change of the plan, with all that must come of it.
 struct PlannedStep {
     Step step;  // without a seat: `change`, from outside
     RawChange change{};
     Reply expected{};
 };
 
+// One round of the plan.
 struct Round {
     std::size_t seat = 0;
     bool busy = false;   // its owner turns calls away during the first steps
@@ -52,6 +54,7 @@ struct Round {
     }
 };
 
+// Plans the rounds and makes their changes on the model.
 class RoundPlanner {
   public:
     RoundPlanner(StoreModel& model, RandomCalls& random);

@@ -38,6 +38,7 @@ struct View : StoreState {
     GraphicEQData eq;
 };
 
+// The store, and the API's methods as changes of it.
 class StoreModel {
   public:
     using Value = std::variant<std::uint32_t, std::wstring>;

@@ -19,6 +19,7 @@ namespace kora4::test {
 // What a comparison with the store tells an object with that baseline, in its order.
 std::vector<Told> ToldBy(const Baseline& baseline, const View& view);
 
+// One possible state of an object that agrees with what it was told so far.
 struct Hypothesis {
     Baseline known;
     bool inDemo = false;        // the object has entered a demo and not left it

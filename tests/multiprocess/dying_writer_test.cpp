@@ -28,7 +28,7 @@ void ExpectSuccess(IVeltoKORA4API& api, const std::string& command) {
 }
 
 void ExpectTextsToBeGiven(IVeltoKORA4API& api) {
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     EXPECT_EQ(S_OK, api.GetProfileTable(names));
     for (LPWSTR name : names)
         CoTaskMemFree(name);
@@ -45,8 +45,8 @@ void ExpectVisualizationToWork(IVeltoKORA4API& api) {
     ULONG period = 0;
     EXPECT_EQ(S_OK, api.GetVisualizationSamplingPeriod(&period));
     EXPECT_EQ(S_OK, api.SetVisualizationSamplingPeriod(period));
-    float gain[20] = {};
-    float excitation[20] = {};
+    float gain[KORA4_VISUALIZATION_BANDS] = {};
+    float excitation[KORA4_VISUALIZATION_BANDS] = {};
     // Nobody has stored any.
     EXPECT_EQ(S_FALSE, api.GetVisualizationData(gain, excitation));
 }

@@ -196,9 +196,9 @@ TEST_F(SdkConstants, EngineMasksAreTheBitsOfTheirTechnologies) {
             mask |= KORA4_ENGINE_TECHNOLOGY_BIT(technology);
         return mask;
     };
-    EXPECT_EQ(bits({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}), ULONG{KORA4_ENGINE_FULL});
-    EXPECT_EQ(bits({1, 2, 3, 4, 5, 10}), ULONG{KORA4_ENGINE_STANDARD});
-    EXPECT_EQ(bits({7, 9}), ULONG{KORA4_ENGINE_BASIC});
+    EXPECT_EQ(ULONG{KORA4_ENGINE_FULL}, bits({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+    EXPECT_EQ(ULONG{KORA4_ENGINE_STANDARD}, bits({1, 2, 3, 4, 5, 10}));
+    EXPECT_EQ(ULONG{KORA4_ENGINE_BASIC}, bits({7, 9}));
 
     RawStore::SetNumber(cStatic, MasterEnablesName(), KORA4_ENGINE_STANDARD);
     const ComPtr<IVeltoKORA4API> spLater = m_library.Create();

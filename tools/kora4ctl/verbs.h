@@ -10,29 +10,9 @@ namespace kora4::tools {
 
 using VerbAdder = void(Context& context);
 
-VerbAdder AddStatus;
-VerbAdder AddGet;
-VerbAdder AddSet;
-VerbAdder AddToggle;
-VerbAdder AddDescribe;
-VerbAdder AddList;
-VerbAdder AddProfile;
-VerbAdder AddDemo;
-VerbAdder AddEq;
-VerbAdder AddLevels;
-VerbAdder AddWatch;
-VerbAdder AddRecord;
-VerbAdder AddReplay;
-VerbAdder AddRegister;
-VerbAdder AddUnregister;
-VerbAdder AddExplain;
-VerbAdder AddTrace;
-VerbAdder AddDoctor;
-VerbAdder AddDump;
-VerbAdder AddLoad;
-VerbAdder AddDiff;
-VerbAdder AddLint;
-VerbAdder AddCompletion;
+VerbAdder AddStatus, AddGet, AddSet, AddToggle, AddDescribe, AddList, AddProfile, AddDemo,
+    AddEq, AddLevels, AddWatch, AddRecord, AddReplay, AddRegister, AddUnregister, AddExplain,
+    AddTrace, AddDoctor, AddDump, AddLoad, AddDiff, AddLint, AddCompletion;
 
 // All of them, in the order of --help.
 inline constexpr VerbAdder* cVerbs[] = {

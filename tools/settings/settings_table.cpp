@@ -12,6 +12,7 @@
 #include "contract/field_ids.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
+#include "store/patches/field_def.h"
 
 namespace kora4::tools {
 namespace {
@@ -159,21 +160,23 @@ constexpr Alias cAliases[] = {
 
 // ---- The rows ---------------------------------------------------------------------------
 
-void SetWords(Setting& setting, const std::vector<std::string>& words) {
-    for (std::uint32_t i = 0; i < words.size(); ++i)
-        setting.words.push_back({words[i], i});
+// Whatever the profile of the value is.
+Setting RowOf(const SchemaValue& value) {
+    Setting setting;
+    setting.kind = value.kind;
+    setting.role = value.role;
+    setting.pid = value.key.pid;
+    setting.technology = value.technology;
+    setting.perProfile = value.profile.has_value();
+    return setting;
 }
 
 Setting GeneralRow(const contract::GeneralSetting& general) {
-    const SchemaValue value = general.key.fmtid == pkey::cMasterEnablesGuid
-                                  ? EngineMaskValue()
-                                  : SettingValue(general.key.pid);
-    Setting setting;
+    Setting setting =
+        RowOf(general.key.fmtid == pkey::cMasterEnablesGuid ? EngineMaskValue()
+                                                            : SettingValue(general.key.pid));
     setting.name = general.name;
     setting.summary = general.meaning;
-    setting.kind = value.kind;
-    setting.role = value.role;
-    setting.pid = general.key.pid;
     for (const GeneralMethods& one : cGeneralMethods)
         if (setting.name == one.name)
             SetMethods(setting, one.methods);
@@ -193,8 +196,8 @@ Setting VersionRow() {
     setting.name = "version";
     setting.summary = "the version of the library's settings model";
     setting.kind = Kind::eText;
-    SetMethods(setting, ApiMethods::eVersion);
     setting.isStored = false;
+    SetMethods(setting, ApiMethods::eVersion);
     return setting;
 }
 
@@ -206,38 +209,32 @@ Setting GraphicRow(const TechnologyWord& technology) {
     setting.kind = Kind::eNumericArray;
     setting.unit = "dB";
     setting.perProfile = true;
-    SetMethods(setting, ApiMethods::eBands);
     setting.isStored = false;
     setting.technology = technology.technology;
+    SetMethods(setting, ApiMethods::eBands);
     return setting;
 }
 
 Setting NameRow() {
-    Setting setting;
+    Setting setting = RowOf(NameValue(cFirstCustomProfile));
     setting.name = "name";
     setting.summary = "the name of a custom profile; without one the profile does not exist";
-    setting.kind = Kind::eText;
-    setting.perProfile = true;
     SetMethods(setting, ApiMethods::eProfileName);
-    setting.role = Role::eName;
     return setting;
 }
 
 Setting SwitchRow(const TechnologyWord& technology) {
-    Setting setting;
+    Setting setting = RowOf(SwitchValue(technology.technology, cMovieProfile));
     setting.name = std::string(technology.word) + ".on";
     setting.summary = std::string("switches the ") + technology.title;
-    setting.kind = Kind::eSwitch;
-    setting.perProfile = technology.technology.family == Family::ePreset;
-    setting.technology = technology.technology;
-    setting.role = Role::eFlag;
     if (technology.apiNumber)
         SetMethods(setting, ApiMethods::eSwitch);
     return setting;
 }
 
 void NameField(Setting& setting, const TechnologyWord& technology, const SchemaValue& value) {
-    const bool isOptimizerGain = value.arrays == eAudioOptimizerMaxChannels;
+    const bool isOptimizerGain = value.technology == Global(eAudioOptimizerTech) &&
+                                 value.field->pid == pkey::cOptimizerGainPid;
     if (isOptimizerGain) {
         const std::string channel = std::to_string(value.array + 1);
         setting.name += ".gains-" + channel;
@@ -253,8 +250,7 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
         setting.unit = name.unit;
         setting.lowest = name.lowest;
         setting.highest = name.highest;
-        SetMethods(setting, name.methods);
-        return;
+        return SetMethods(setting, name.methods);
     }
     const std::string id = std::to_string(setting.pid);
     setting.name += ".field-" + id;
@@ -263,16 +259,12 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
 }
 
 Setting FieldRow(const TechnologyWord& technology, const SchemaValue& value) {
-    Setting setting;
+    Setting setting = RowOf(value);
     setting.name = technology.word;
-    setting.kind = value.kind;
-    setting.perProfile = technology.technology.family == Family::ePreset;
-    setting.technology = technology.technology;
-    setting.role = Role::eField;
-    setting.pid = value.key.pid;
     NameField(setting, technology, value);
     if (value.kind == Kind::eCurveIndex)
-        SetWords(setting, CurveNames());
+        for (std::uint32_t i = 0; i < CurveNames().size(); ++i)
+            setting.words.push_back({CurveNames()[i], i});
     return setting;
 }
 
@@ -317,8 +309,8 @@ SchemaValue Setting::Stored(std::uint32_t profile) const {
     if (!isStored)
         throw Failure(ExitCode::eFailed, "'" + name + "' is not one value of the store.");
     switch (role) {
-        case Role::eFlag:
-            return FlagValue(technology, profile);
+        case Role::eSwitch:
+            return SwitchValue(technology, profile);
         case Role::eField:
             return FieldValue(technology, profile, pid);
         case Role::eName:
@@ -390,7 +382,7 @@ const Setting* SettingOf(const SchemaValue& value) {
     for (const Setting& setting : SettingsTable()) {
         if (!setting.isStored || setting.role != value.role)
             continue;
-        const bool isOne = setting.role == Role::eName || setting.role == Role::eFlag;
+        const bool isOne = setting.role == Role::eName || setting.role == Role::eSwitch;
         if (setting.technology == value.technology && (isOne || setting.pid == value.key.pid))
             return &setting;
     }

@@ -4,6 +4,7 @@
 #define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_API_H
 
 #include "contract/messages/trace_message.h"
+#include "contract/results.h"
 
 namespace kora4::contract {
 
@@ -14,7 +15,6 @@ inline constexpr char cExitLineDecides[] =
     "result ('kora4ctl trace on results').";
 inline constexpr char cNullPointer[] =
     "The client passed a null pointer; the method answered E_INVALIDARG and did nothing.";
-inline constexpr char cPassPointer[] = "Pass a valid pointer.";
 inline constexpr char cRefusedValue[] =
     "The value was refused with E_INVALIDARG and nothing was stored.";
 inline constexpr char cSeeLimits[] = "See the limits with 'kora4ctl describe'.";

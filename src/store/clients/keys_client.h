@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <iterator>
 
+#include "contract/defaults.h"
 #include "contract/profiles.h"
 #include "contract/property_key.h"
 #include "contract/result.h"
@@ -40,11 +41,16 @@ struct StaticSetting {
     std::uint32_t defaultNumber;
 };
 inline constexpr StaticSetting cStaticSettings[] = {
-    {pkey::cFirstRefreshSwitchPid, true, 0},  {pkey::cFirstRefreshSwitchDemoPid, true, 0},
-    {pkey::cSecondRefreshSwitchPid, true, 0}, {pkey::cSecondRefreshSwitchDemoPid, true, 0},
-    {pkey::cStaticSwitch54Pid, true, 0},      {pkey::cStaticSwitch55Pid, true, 0},
-    {pkey::cStaticSwitch56Pid, true, 0},      {pkey::cStaticNumber57Pid, false, 200},
-    {pkey::cStaticNumber58Pid, false, 0},     {pkey::cStaticSwitch59Pid, true, 0},
+    {pkey::cFirstRefreshSwitchPid, true, 0},
+    {pkey::cFirstRefreshSwitchDemoPid, true, 0},
+    {pkey::cSecondRefreshSwitchPid, true, 0},
+    {pkey::cSecondRefreshSwitchDemoPid, true, 0},
+    {pkey::cStaticSwitch54Pid, true, 0},
+    {pkey::cStaticSwitch55Pid, true, 0},
+    {pkey::cStaticSwitch56Pid, true, 0},
+    {pkey::cStaticNumber57Pid, false, defaults::cStaticNumber57},
+    {pkey::cStaticNumber58Pid, false, 0},
+    {pkey::cStaticSwitch59Pid, true, 0},
 };
 
 // The settings that are loaded and that nothing depends on yet; the static ones by their row.

@@ -22,8 +22,6 @@ struct Site;
 // The applications whose command lines the store carries, in the order of their keys.
 enum class CompanionCommand { eProfileEditor, eProfileSelector, eDemoApp };
 
-inline constexpr std::uint32_t cSamplingPeriodDefault = 50;  // milliseconds
-
 // Every operation answers E_INVALIDARG for an argument that is out of range, before it touches
 // the store, and otherwise what the store answers. Success codes 0x00040200 to 0x00040203
 // (kora4api_codes.h) mean that nothing changed. Pointers are not tested for null where the API

@@ -123,7 +123,7 @@ HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
                                        "KORA4UIKeysClient::GetSamplingPeriod"};
     return RunUnderMutex(cSite, __LINE__, true, [&]() REQUIRES(m_regKeysMutex) {
         *pMilliseconds = Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
-                                         cSamplingPeriodDefault);
+                                         defaults::cSamplingPeriod);
         return result::cOk;
     });
 }

@@ -68,6 +68,7 @@ inline GraphicEQData SampleEQ(ULONG seed) {
     return data;
 }
 
+// Records the calls of the public interface.
 class ApiRecorder : public Recorder<IVeltoKORA4API> {
   public:
     // What the methods hand out.
@@ -117,11 +118,12 @@ class ApiRecorder : public Recorder<IVeltoKORA4API> {
     STDMETHODIMP SetVisualizationSamplingPeriod(ULONG period) override {
         return Saw(14, "SetVisualizationSamplingPeriod", period);
     }
-    STDMETHODIMP GetVisualizationData(float gain[20], float excitation[20]) override {
+    STDMETHODIMP GetVisualizationData(float gain[KORA4_VISUALIZATION_BANDS],
+                                      float excitation[KORA4_VISUALIZATION_BANDS]) override {
         std::ostringstream in;
-        for (int i = 0; i < 20; ++i)
+        for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i)
             in << gain[i] << "/" << excitation[i] << ",";
-        for (int i = 0; i < 20; ++i) {
+        for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i) {
             gain[i] = -static_cast<float>(i) - 0.5f;
             excitation[i] = static_cast<float>(i) + 100.25f;
         }
@@ -150,7 +152,7 @@ class ApiRecorder : public Recorder<IVeltoKORA4API> {
         *enable = m_bool;
         return Saw(21, "ToggleVeltoEnable");
     }
-    STDMETHODIMP GetProfileTable(LPWSTR names[9]) override {
+    STDMETHODIMP GetProfileTable(LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES]) override {
         std::string in;
         for (int i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
             in += Narrow(names[i]) + ",";
@@ -201,6 +203,7 @@ class ApiRecorder : public Recorder<IVeltoKORA4API> {
     const char* InterfaceName() const override { return "IVeltoKORA4API"; }
 };
 
+// Records the calls of a client's callback.
 class CallbackRecorder : public Recorder<IVeltoKORA4APICallback> {
   public:
     STDMETHODIMP OnActiveProfileChange(LONG id) override {

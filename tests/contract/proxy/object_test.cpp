@@ -85,7 +85,7 @@ void CallProfiles(IVeltoKORA4API* api, Transcript& t) {
     t.Note(24, "CreateCustomProfile", api->CreateCustomProfile(5, L"Day"));
     t.Note(23, "SetCustomProfileName", api->SetCustomProfileName(4, L"Noon"));
     t.Note(23, "SetCustomProfileName", api->SetCustomProfileName(8, L"Noon"));
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     const HRESULT hr = api->GetProfileTable(names);
     std::string table;
     for (const LPWSTR name : names)
@@ -118,11 +118,11 @@ void CallDisplay(IVeltoKORA4API* api, Transcript& t) {
         hr = api->SetVisualizationSamplingPeriod(period);
         t.Note(14, "SetVisualizationSamplingPeriod", hr);
     }
-    float gain[20] = {};
-    float excitation[20] = {};
+    float gain[KORA4_VISUALIZATION_BANDS] = {};
+    float excitation[KORA4_VISUALIZATION_BANDS] = {};
     HRESULT hr = api->GetVisualizationData(gain, excitation);
     std::ostringstream levels;
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i)
         levels << gain[i] << "/" << excitation[i] << ",";
     t.Note(15, "GetVisualizationData", hr, levels.str());
     LPWSTR text = nullptr;

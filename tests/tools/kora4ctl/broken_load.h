@@ -27,6 +27,7 @@ class Event {
     UniqueHandle m_event;
 };
 
+// A load of one random store over another that fails, dies or waits at a write.
 class BrokenLoad : public StoreTest {
   protected:
     // Levels would make doctor watch for others.
@@ -79,7 +80,7 @@ class BrokenLoad : public StoreTest {
     void ExpectUndone() {
         const StoreValues broken = ReadStoreValues();
         const std::string words = DoctorOnLoad();
-        EXPECT_NE(std::string::npos, words.find("broken off half-way")) << words;
+        EXPECT_NE(std::string::npos, words.find("interrupted half-way")) << words;
         ExpectSettings(m_stores.before);
         ExpectMoved(m_load.counters, broken);
         EXPECT_FALSE(HasJournal());

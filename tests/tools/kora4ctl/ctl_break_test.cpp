@@ -138,7 +138,7 @@ TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
     for (const Words& arguments :
          {Words{"load", DocumentFile()}, Words{"load", DocumentFile(), "--merge"},
           Words{"lint", "--fix"}}) {
-        Refused(arguments, cFailed, "broken off");
+        Refused(arguments, cFailed, "was interrupted");
         Refused(arguments, cFailed, "kora4ctl doctor");
         ExpectStore(half);
     }
@@ -160,7 +160,7 @@ TEST_F(InterruptedLoad, LeavesTheMutexAbandonedAndTheNextOneSaysSo) {
     EXPECT_EQ(cDied, LoadWith(At("die", 5)).exitCode);
     const ToolResult dump = RunCtl({"dump"});
     EXPECT_EQ(cDone, dump.exitCode) << dump;
-    EXPECT_NE(std::string::npos, dump.err.find("died with it")) << dump;
+    EXPECT_NE(std::string::npos, dump.err.find("died while holding it")) << dump;
     EXPECT_EQ("", RunCtl({"dump"}).err);
 }
 

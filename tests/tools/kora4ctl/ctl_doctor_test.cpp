@@ -99,12 +99,12 @@ TEST_F(CtlDoctor, AHealthyMachineHasNotesAtWorst) {
     for (const char* check :
          {"registration", "access", "mutex", "load", "values", "profile", "trace", "library"})
         EXPECT_TRUE(Of(check, document).starts_with("ok: ")) << document;
-    EXPECT_TRUE(Has(Of("keys", document), "note: The keys of the companion programs"));
+    EXPECT_TRUE(Has(Of("keys", document), "note: The companion programs' keys"));
     EXPECT_TRUE(Has(Of("engine", document), "note: No engine is installed"));
     const std::string text = Done({"doctor"});
     EXPECT_TRUE(Has(text, "ok       registration")) << text;
     EXPECT_TRUE(Has(text, "-> ")) << text;
-    EXPECT_TRUE(Has(text, "\nNothing is wrong, ")) << text;
+    EXPECT_TRUE(Has(text, "\nNo problems, ")) << text;
 }
 
 TEST_F(CtlDoctor, LeavesTheStoreAsItIs) {
@@ -124,15 +124,14 @@ TEST_F(CtlDoctor, WorksWithEverythingMissing) {
     EXPECT_TRUE(Has(Of("keys", document), "DynamicKeys does not exist."));
     for (const char* check : {"load", "values", "profile", "custom-profiles", "trace",
                               "library", "engine", "levels", "notifications"})
-        EXPECT_TRUE(Of(check, document).starts_with("note: Not looked at, because "));
+        EXPECT_TRUE(Of(check, document).starts_with("note: Skipped: "));
 }
 
 TEST_F(CtlDoctor, FindsAMissingRegistration) {
     Unregister();
     const Json document = Examine(cFindings);
     EXPECT_TRUE(Of("registration", document).starts_with("error: "));
-    EXPECT_EQ("note: Not looked at, because the library cannot be loaded.\n",
-              Of("library", document));
+    EXPECT_EQ("note: Skipped: the library cannot be loaded.\n", Of("library", document));
     EXPECT_TRUE(Of("values", document).starts_with("ok: "));
 }
 
@@ -150,20 +149,20 @@ TEST_F(CtlDoctor, SaysNothingOfAppKeysThatAreThere) {
 TEST_F(CtlDoctor, FindsAnAccessListThatLetsNobodyWrite) {
     SetDacl(cStaticKeysPath, L"D:(A;;KA;;;BA)(A;;KR;;;WD)");
     const std::string text = Of("access", Examine(cFindings));
-    EXPECT_TRUE(Has(text, "StaticKeys does not let everybody write values, make keys")) << text;
+    EXPECT_TRUE(Has(text, "StaticKeys does not let everyone write values, create subkeys"))
+        << text;
     EXPECT_FALSE(Has(text, "read values")) << text;
-    EXPECT_TRUE(Has(text, "its list: D:")) << text;
+    EXPECT_TRUE(Has(text, "access list: D:")) << text;
 }
 
 TEST_F(CtlDoctor, FindsAnAccessListWithoutEverybody) {
     SetDacl(cDynamicKeysPath, L"D:(A;;KA;;;BA)");
-    EXPECT_TRUE(
-        Has(Of("access", Examine(cFindings)), "DynamicKeys gives everybody no right at all"));
+    EXPECT_TRUE(Has(Of("access", Examine(cFindings)), "DynamicKeys grants everyone no rights"));
 }
 
 TEST_F(CtlDoctor, FindsAnAccessListThatDenies) {
     SetDacl(cBaseKeyPath, L"D:(D;;KW;;;BG)(A;;KA;;;WD)");
-    EXPECT_TRUE(Has(Of("access", Examine(cFindings)), "denies somebody something"));
+    EXPECT_TRUE(Has(Of("access", Examine(cFindings)), "contains entries that deny access"));
 }
 
 TEST_F(CtlDoctor, RegisteringMendsTheAccessLists) {
@@ -177,7 +176,7 @@ TEST_F(CtlDoctor, RegisteringMendsAKeyThatDeniesEverybody) {
     const DeniedKey denied(cDynamicKeysPath);
     const Json document = Examine(cFindings);
     EXPECT_TRUE(Has(Of("keys", document), "DynamicKeys cannot be opened: "));
-    EXPECT_TRUE(Has(Of("access", document), "denies somebody something"));
+    EXPECT_TRUE(Has(Of("access", document), "contains entries that deny access"));
     EXPECT_TRUE(Has(document.dump(), "kora4ctl register"));
     Done({"register"});
     const Json mended = Examine(cDone);
@@ -195,7 +194,7 @@ TEST_F(CtlDoctor, FindsALinkInPlaceOfAKeyThatRegisteringRefuses) {
         const RegistryLink link(cStaticKeysPath, cVictim);
         EXPECT_EQ(
             "error: HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\StaticKeys is a link to "
-            "another key, which somebody has put in its place.\n",
+            "another key; registration does not create links.\n",
             Of("keys", Examine(cFindings)));
         EXPECT_EQ(cFailed, RunCtl({"register"}).exitCode);
     }
@@ -217,7 +216,7 @@ TEST_F(CtlDoctor, FindsAMutexThatIsHeldAndLooksAtTheRest) {
     EXPECT_TRUE(Has(Of("mutex", document),
                     "error: A program has held the store's mutex for more than 0.3 s"));
     EXPECT_TRUE(Of("values", document).starts_with("ok: "));
-    EXPECT_EQ("note: Not looked at, because the store's mutex cannot be had.\n",
+    EXPECT_EQ("note: Skipped: the store's mutex cannot be acquired.\n",
               Of("library", document));
     EXPECT_EQ(Of("load", document), Of("library", document));
 }
@@ -237,7 +236,7 @@ TEST_F(CtlDoctor, FindsAMutexWhoseNameMeansSomethingElse) {
     ASSERT_TRUE(event);
     const Json document = Examine(cFindings);
     EXPECT_TRUE(Has(Of("mutex", document),
-                    "error: This could not be looked at: The store's mutex cannot be opened: "))
+                    "error: This check failed: The store's mutex cannot be opened: "))
         << document;
 }
 
@@ -276,7 +275,7 @@ class CtlDoctorLoad : public CtlDoctor {
 TEST_F(CtlDoctorLoad, IsUndone) {
     BreakLoad();
     const Json document = Examine(cDone);
-    EXPECT_TRUE(Has(Of("load", document), "note: A change of the settings was broken off"));
+    EXPECT_TRUE(Has(Of("load", document), "note: A change of the settings was interrupted"));
     EXPECT_EQ(40u, ReadStoredUINT(eKeySetStatic, cPeriod));
     EXPECT_FALSE(IsJournalThere());
     EXPECT_TRUE(Of("load", Examine(cDone)).starts_with("ok: "));
@@ -285,7 +284,7 @@ TEST_F(CtlDoctorLoad, IsUndone) {
 TEST_F(CtlDoctorLoad, IsOnlyToldOfInADryRun) {
     BreakLoad();
     const Json document = Examine(cFindings, {"--dry-run"});
-    EXPECT_TRUE(Has(Of("load", document), "warning: A change of the settings was broken off"));
+    EXPECT_TRUE(Has(Of("load", document), "warning: A change of the settings was interrupted"));
     EXPECT_EQ(60u, ReadStoredUINT(eKeySetStatic, cPeriod));
     EXPECT_TRUE(IsJournalThere());
 }
@@ -303,7 +302,7 @@ TEST_F(CtlDoctor, CountsValuesThatNobodyWouldHaveSet) {
     const tools::SchemaValue slider =
         tools::FieldValue({tools::Family::ePreset, eVolumeTech}, cMusicProfile, 3);
     WriteStoredUINT(slider.keySet, slider.key, 11);
-    EXPECT_TRUE(Has(Of("values", Examine(cFindings)), "warning: 1 value is nothing that"));
+    EXPECT_TRUE(Has(Of("values", Examine(cFindings)), "warning: 1 value is outside what"));
 }
 
 TEST_F(CtlDoctor, FindsADemoThatWasLeftOn) {
@@ -311,7 +310,7 @@ TEST_F(CtlDoctor, FindsADemoThatWasLeftOn) {
     WriteStoredUINT(eKeySetStatic, cSavedProfile, cGamesProfile);
     const Json document = Examine(cFindings);
     EXPECT_TRUE(Has(Of("profile", document), "warning: The demo profile demo-music is active"));
-    EXPECT_FALSE(Has(Of("profile", document), "not known"));
+    EXPECT_FALSE(Has(Of("profile", document), "before the demo is unknown"));
     EXPECT_TRUE(Has(document.dump(), "kora4ctl demo force-leave"));
     Done({"demo", "force-leave"});
     EXPECT_EQ("ok: games is active\n", Of("profile", Examine(cDone)));
@@ -320,7 +319,7 @@ TEST_F(CtlDoctor, FindsADemoThatWasLeftOn) {
 TEST_F(CtlDoctor, SaysThatTheProfileBeforeADemoIsNotKnown) {
     WriteStoredUINT(eKeySetDynamic, cActiveProfile, cDemoMovieProfile);
     EXPECT_TRUE(Has(Of("profile", Examine(cFindings)),
-                    "note: The profile from before the demo is not known"));
+                    "note: The profile from before the demo is unknown"));
 }
 
 TEST_F(CtlDoctor, FindsAnActiveProfileThatIsNone) {
@@ -333,7 +332,7 @@ TEST_F(CtlDoctor, FindsAnActiveProfileThatIsNone) {
 TEST_F(CtlDoctor, FindsAnActiveCustomProfileThatDoesNotExist) {
     WriteStoredUINT(eKeySetDynamic, cActiveProfile, 4);
     EXPECT_TRUE(Has(Of("profile", Examine(cFindings)),
-                    "warning: The custom profile p2 is active, and does not exist."));
+                    "warning: The custom profile p2 is active but does not exist."));
 }
 
 TEST_F(CtlDoctor, FindsACustomProfileWhoseNameCannotBeRead) {
@@ -353,18 +352,17 @@ TEST_F(CtlDoctor, FindsLogFilesThatAreSwitchedOn) {
     std::filesystem::remove_all(L"C:\\KalLogs", isAbsent);
     WriteStoredUINT(eKeySetStatic, cTraceWord, trace::eLogFiles);
     const std::string text = Of("trace", Examine(cFindings));
-    EXPECT_TRUE(Has(text, "warning: Log files are switched on"));
-    EXPECT_TRUE(Has(text, "warning: The folder of the log files, C:\\KalLogs, does not exist"));
+    EXPECT_TRUE(Has(text, "warning: Log files are on"));
+    EXPECT_TRUE(Has(text, "warning: The log folder, C:\\KalLogs, does not exist"));
 }
 
 TEST_F(CtlDoctor, NotesWhatElseIsUnusualAboutTheTrace) {
     WriteStoredUINT(eKeySetStatic, cTraceWord, trace::eMasterSwitchOff);
-    EXPECT_TRUE(
-        Has(Of("trace", Examine(cDone)), "note: The master switch of the trace is off"));
+    EXPECT_TRUE(Has(Of("trace", Examine(cDone)), "note: The trace's master switch is off"));
     WriteStoredUINT(eKeySetStatic, cTraceWord, trace::eMessages | trace::eResults);
-    EXPECT_TRUE(Has(Of("trace", Examine(cDone)), "note: More than messages is traced"));
+    EXPECT_TRUE(Has(Of("trace", Examine(cDone)), "note: More than messages are traced"));
     WriteStoredUINT(eKeySetStatic, cTraceWord, 0x80000400);
-    EXPECT_TRUE(Has(Of("trace", Examine(cFindings)), "bits that mean nothing: 0x80000000"));
+    EXPECT_TRUE(Has(Of("trace", Examine(cFindings)), "unknown bits: 0x80000000"));
 }
 
 // ---- The engine -------------------------------------------------------------------------
@@ -377,7 +375,7 @@ TEST_F(CtlDoctor, KnowsTheEnginesByTheirMasks) {
     }
     WriteMask(0x1234);
     EXPECT_TRUE(Has(Of("engine", Examine(cFindings)),
-                    "warning: The engine mask 0x1234 is that of no known engine."));
+                    "warning: The engine mask 0x1234 is not that of a known engine."));
 }
 
 TEST_F(CtlDoctor, FindsAnEngineMaskThatCannotBeRead) {
@@ -396,20 +394,20 @@ TEST_F(CtlDoctor, FindsSamplingPeriodsThatNobodyCanUse) {
 }
 
 TEST_F(CtlDoctor, FindsAnEngineThatPublishesNothing) {
-    WriteMask(cEngineTechnologies);
+    WriteMask(KORA4_ENGINE_FULL);
     EXPECT_TRUE(Has(Of("levels", Examine(cFindings)), "warning: No levels are published"));
 }
 
 TEST_F(CtlDoctor, FindsAnEngineThatHasStopped) {
-    WriteMask(cEngineTechnologies);
+    WriteMask(KORA4_ENGINE_FULL);
     WriteStoredBlob(eKeySetStatic, cLevels, Blob({-20, -30}));
     EXPECT_TRUE(Has(Of("levels", Examine(cFindings)), "the engine does not answer"));
 }
 
 TEST_F(CtlDoctor, TakesSilenceForWhatItIs) {
-    WriteMask(cEngineTechnologies);
+    WriteMask(KORA4_ENGINE_FULL);
     WriteStoredBlob(eKeySetStatic, cLevels, Blob({-144, -120}));
-    EXPECT_TRUE(Has(Of("levels", Examine(cDone)), "they are silence"));
+    EXPECT_TRUE(Has(Of("levels", Examine(cDone)), "there is only silence"));
 }
 
 TEST_F(CtlDoctor, FindsMalformedLevels) {
@@ -419,7 +417,7 @@ TEST_F(CtlDoctor, FindsMalformedLevels) {
 }
 
 TEST_F(CtlDoctor, IsContentWithAnEngineAtWork) {
-    WriteMask(0x021F);
+    WriteMask(KORA4_ENGINE_STANDARD);
     std::atomic<bool> isOver = false;
     const UniqueHandle pause(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     std::thread engine([&] {
@@ -432,7 +430,7 @@ TEST_F(CtlDoctor, IsContentWithAnEngineAtWork) {
     isOver = true;
     SetEvent(pause.Get());
     engine.join();
-    EXPECT_EQ("ok: published, and changing\n", Of("levels", document));
+    EXPECT_EQ("ok: published and changing\n", Of("levels", document));
 }
 
 // ---- The library ------------------------------------------------------------------------

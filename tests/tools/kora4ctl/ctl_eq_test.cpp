@@ -75,7 +75,7 @@ TEST_F(CtlEq, SetTakesAGainForEachBand) {
         "4000 Hz: 0.0 -> -4.5 dB\n",
         Done({"eq", "set", "3", "2", "1", "0", "-1", "-2", "-3", "-4.5", "0", "0"}));
     EXPECT_EQ((std::vector<float>{3, 2, 1, 0, -1, -2, -3, -4.5, 0, 0}), Gains());
-    RefusedUnchanged({"eq", "set", "1", "2"}, cBadInput, "10 bands");
+    RefusedUnchanged({"eq", "set", "1", "2"}, cBadInput, "Expected 10 gains, got 2.");
 }
 
 TEST_F(CtlEq, SetTakesFrequenciesAndFindsTheNearestBand) {
@@ -84,7 +84,7 @@ TEST_F(CtlEq, SetTakesFrequenciesAndFindsTheNearestBand) {
     RefusedUnchanged({"eq", "set", "1000=3", "1001=2"}, cBadInput, "two");
     RefusedUnchanged({"eq", "set", "1000=3", "2"}, cBadInput, "FREQUENCY=GAIN");
     RefusedUnchanged({"eq", "set", "-5=3"}, cBadInput, "FREQUENCY=GAIN");
-    RefusedUnchanged({"eq", "set", "1000=x"}, cBadInput, "no gain");
+    RefusedUnchanged({"eq", "set", "1000=x"}, cBadInput, "not a gain");
 }
 
 TEST_F(CtlEq, SetTakesOneBandByNumber) {
@@ -150,21 +150,21 @@ TEST_F(CtlEq, ImportSaysWhatItCannotTakeAndWhere) {
         const char* text;
         const char* complaint;
     } cases[] = {
-        {"", "nothing in it"},
-        {"# only\n", "nothing in it"},
-        {"Preamp: -6 dB\n", "line 1: 'Preamp:' where 'GraphicEQ:' should be"},
-        {"\n\nGraphicEQ:\n", "no band"},
-        {"GraphicEQ: 20 1; 30\n", "no gain"},
-        {"GraphicEQ: 20 1,5; 30 2\n", "decimals take a point"},
-        {"GraphicEQ: 20 1;\n30 x", "line 2: 'x' is no gain"},
-        {"GraphicEQ: 20 1 30 2", "where ';' should be"},
-        {"GraphicEQ: 20 1;; 30 2", "no frequency"},
+        {"", "the file is empty"},
+        {"# only\n", "the file is empty"},
+        {"Preamp: -6 dB\n", "line 1: 'Preamp:' instead of 'GraphicEQ:'"},
+        {"\n\nGraphicEQ:\n", "no bands"},
+        {"GraphicEQ: 20 1; 30\n", "expected a gain"},
+        {"GraphicEQ: 20 1,5; 30 2\n", "use a decimal point"},
+        {"GraphicEQ: 20 1;\n30 x", "line 2: 'x' is not a gain"},
+        {"GraphicEQ: 20 1 30 2", "instead of ';'"},
+        {"GraphicEQ: 20 1;; 30 2", "expected a frequency"},
         {"GraphicEQ: 30 1; 20 2", "not above 30"},
         {"GraphicEQ: 30 1; 30 2", "not above 30"},
         {"GraphicEQ: 0 1", "not above 0 Hz"},
         {"GraphicEQ: -20 1", "not above 0 Hz"},
-        {"GraphicEQ: 20 nan", "'nan' is no gain"},
-        {"GraphicEQ: 20 inf", "'inf' is no gain"},
+        {"GraphicEQ: 20 nan", "'nan' is not a gain"},
+        {"GraphicEQ: 20 inf", "'inf' is not a gain"},
         {"GraphicEQ: 20 1; 30 13", "outside -12 to +12"},
         {"GraphicEQ: 20 1\nGraphicEQ: 30 1", "line 2"},
     };
@@ -184,7 +184,7 @@ TEST_F(CtlEq, BandsOfAFileMustFitTheStore) {
     Done({"eq", "import", "-"}, many);
     RefusedUnchanged(import, cBadInput, "32768 Hz cannot be stored", "GraphicEQ: 32768 0");
     RefusedUnchanged(import, cBadInput, "0.5 Hz cannot be stored", "GraphicEQ: 0.5 0");
-    RefusedUnchanged(import, cBadInput, "no longer apart", "GraphicEQ: 20.1 0; 20.9 1");
+    RefusedUnchanged(import, cBadInput, "coincide", "GraphicEQ: 20.1 0; 20.9 1");
     const ToolResult result = RunCtl(import, "GraphicEQ: 62.5 3");
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_NE(std::string::npos, result.err.find("62 Hz")) << result;
@@ -222,7 +222,7 @@ TEST_F(CtlEq, BadStoredFrequenciesAreToldAndCanBeReplaced) {
     EXPECT_EQ(1u, shown["problems"].size()) << shown.dump();
     EXPECT_EQ(false, shown["bands"][2]["inRange"]);
     EXPECT_NE(std::string::npos, Done({"eq", "show"}).find("! bad frequency"));
-    RefusedUnchanged({"eq", "export"}, cBadInput, "Band 2 is stored with -32768 Hz");
+    RefusedUnchanged({"eq", "export"}, cBadInput, "Band 2 is stored at -32768 Hz");
     RefusedUnchanged({"eq", "import", "-"}, cBadInput, "--bands file", "GraphicEQ: 20 1");
     // The third gain is stored past the limits, and the library would limit it.
     RefusedUnchanged({"eq", "set", "900=3"}, cBadInput, "Band 3 (100 Hz): 20 dB");
@@ -236,7 +236,7 @@ TEST_F(CtlEq, NoBandsAreNoCurve) {
     StoreArray(3, L"0001,0000");
     EXPECT_NE(std::string::npos, Done({"eq", "show"}).find("no bands are stored"));
     RefusedUnchanged({"eq", "export"}, cBadInput, "No bands");
-    RefusedUnchanged({"eq", "set", "1000=1"}, cBadInput, "no band");
+    RefusedUnchanged({"eq", "set", "1000=1"}, cBadInput, "No band");
 }
 
 TEST_F(CtlEq, NothingWorksWithoutTheLibrary) {

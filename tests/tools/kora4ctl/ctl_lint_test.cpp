@@ -81,7 +81,7 @@ TEST_F(CtlLint, HasNothingToSayOfAStoreThatClientsMade) {
     EXPECT_EQ(Json::array(), Findings(cDone));
     const ToolResult words = RunCtl({"lint"});
     EXPECT_EQ("", words.out);
-    EXPECT_NE(std::string::npos, words.err.find("All stored values are right.")) << words;
+    EXPECT_NE(std::string::npos, words.err.find("All stored values are valid.")) << words;
     ASSERT_EQ(S_OK, Client().RevertFromDemoMode());
 }
 
@@ -220,7 +220,8 @@ TEST_F(CtlLint, WhatIsNoSettingIsNamedToo) {
     const StoreValues before = ReadStoreValues();
     // The name is in the dump; what no dump holds is told, with what stood there.
     const ToolResult words = RunCtl({"lint", "--fix", "--backup", BackupFile()});
-    const std::size_t begin = words.err.find("Mended too, but no settings, so not in there: ");
+    const std::size_t begin =
+        words.err.find("Also repaired, but not settings and so not saved: ");
     ASSERT_NE(std::string::npos, begin) << words;
     const std::string told = words.err.substr(begin, words.err.find('\n', begin) - begin);
     EXPECT_EQ(2, std::count(told.begin(), told.end(), ';')) << told;
@@ -296,7 +297,7 @@ TEST_F(CtlLint, ClientsSeeTheDefaultsAfterTheRepair) {
     Done({"lint", "--fix", "--backup", BackupFile()});
     EXPECT_TRUE(recorder->WaitForLine("OnSimplePatchValueChange(eVolumeLeveler, 262151)"));
     ASSERT_EQ(S_OK, Client().GetSimplePatchValue(&value));
-    EXPECT_EQ(262151u, value.m_values.m_volumeSlider);
+    EXPECT_EQ(defaults::cVolumeAmount[cMovieProfile], value.m_values.m_volumeSlider);
 }
 
 TEST_F(CtlLint, WithoutAStoreNamesTheCommandThatMendsIt) {
@@ -383,7 +384,7 @@ TEST_F(CtlDiff, MergingPassesOverWhatTheDocumentDoesNotHave) {
 }
 
 TEST_F(CtlDiff, RefusesBadDocuments) {
-    RefusedUnchanged({"diff", "-"}, cBadInput, "no JSON", "hello");
+    RefusedUnchanged({"diff", "-"}, cBadInput, "not valid JSON", "hello");
     RefusedUnchanged({"diff", "-"}, cBadInput, "empty", "");
     RefusedUnchanged({"diff"}, cUsage, "FILE");
 }

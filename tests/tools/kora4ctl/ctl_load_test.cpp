@@ -130,12 +130,12 @@ TEST_F(CtlLoad, TakesWhatOtherProgramsMakeOfADocument) {
 
 TEST_F(CtlLoad, RefusesWhatIsNoDocument) {
     ExpectRefusal("", "empty");
-    ExpectRefusal("hello", "no JSON");
-    ExpectRefusal("[1, 2]", "no object");
+    ExpectRefusal("hello", "not valid JSON");
+    ExpectRefusal("[1, 2]", "not an object");
     ExpectRefusal("{}", "format");
-    ExpectRefusal(std::string(1000, '\0'), "no JSON");
-    ExpectRefusal(std::string("\xFF\xFE\x00\xD8", 4), "no JSON");
-    ExpectRefusal(WithBody("") + "x", "no JSON");
+    ExpectRefusal(std::string(1000, '\0'), "not valid JSON");
+    ExpectRefusal(std::string("\xFF\xFE\x00\xD8", 4), "not valid JSON");
+    ExpectRefusal(WithBody("") + "x", "not valid JSON");
     ExpectRefusal(std::string(100000, '['), "nested too deeply");
 }
 
@@ -215,8 +215,8 @@ TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {
         text.replace(text.find(mark), mark.size(), bad.value);
         // Malformed text has no place in a document.
         const bool isText = std::string_view(bad.value).find('\xC3') == std::string::npos;
-        ExpectRefusal(
-            text, isText ? std::string("profiles.") + bad.profile + "." + bad.name : "no JSON");
+        ExpectRefusal(text, isText ? std::string("profiles.") + bad.profile + "." + bad.name
+                                   : "not valid JSON");
     }
     ExpectRefusal(WithBody(R"("global": {"audio-regulator.isolated": [1]})"),
                   "global.audio-regulator.isolated");

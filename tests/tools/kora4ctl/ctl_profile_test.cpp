@@ -35,7 +35,7 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
     const std::string name = "Sp\xC3\xA4t \xE2\x98\xBE \xF0\x9F\x8E\xA7";
     EXPECT_EQ(DoneJson({"profile", "create", "p1", name}),
               Json({{"profile", "p1"}, {"name", name}, {"from", "movie"}}));
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     ASSERT_EQ(S_OK, Client().GetProfileTable(names));
     EXPECT_STREQ(L"Sp\u00E4t \u263E \U0001F3A7", names[3]);
     for (LPWSTR text : names)
@@ -50,10 +50,10 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
 
 TEST_F(CtlProfile, CreateAndRenameSayWhyNot) {
     Done({"profile", "create", "p1", ""});
-    RefusedUnchanged({"profile", "create", "p1", "x"}, cFailed, "exists already");
+    RefusedUnchanged({"profile", "create", "p1", "x"}, cFailed, "already exists");
     RefusedUnchanged({"profile", "rename", "p2", "x"}, cFailed, "does not exist");
-    RefusedUnchanged({"profile", "create", "music", "x"}, cBadInput, "no custom profile");
-    RefusedUnchanged({"profile", "delete", "games"}, cBadInput, "no custom profile");
+    RefusedUnchanged({"profile", "create", "music", "x"}, cBadInput, "not a custom profile");
+    RefusedUnchanged({"profile", "delete", "games"}, cBadInput, "not a custom profile");
     RefusedUnchanged({"profile", "create", "p9", "x"}, cBadInput, "no profile 'p9'");
     RefusedUnchanged({"profile", "create", "p2"}, cUsage, "NAME");
 }
@@ -113,7 +113,7 @@ TEST_F(CtlProfile, ShowHasTheValuesOfActiveAndInactiveProfiles) {
 
 TEST_F(CtlProfile, RevertGivesTheFactoryValuesOfPresetProfilesOnly) {
     Done({"set", "dialog-enhancer", "0.75"});
-    EXPECT_EQ("movie has its factory values again.\n", Done({"profile", "revert"}));
+    EXPECT_EQ("movie was reset to its factory values.\n", Done({"profile", "revert"}));
     EXPECT_EQ("0.33\n", Done({"get", "dialog-enhancer"}));
     Done({"profile", "create", "p1", "x"});
     Done({"profile", "use", "p1"});

@@ -232,7 +232,8 @@ TEST_F(CtlRecord, LinesAreInTheFileWhenTheyCome) {
     SetVolume(9);
     WaitForLines(2);
     tool->Kill();
-    RefusedUnchanged({"replay", cFile}, cBadInput, "its end is missing: it was cut short");
+    RefusedUnchanged({"replay", cFile}, cBadInput,
+                     "its end is missing: the recording was cut short");
 }
 
 TEST_F(CtlRecord, StandardOutputCanBeReplayedFromStandardInput) {
@@ -349,27 +350,27 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         const char* message;
     } cases[] = {
         {"", "it is empty"},
-        {"nothing\n", "Line 1: The document is no JSON"},
-        {"[1]\n", "Line 1: it is no object with an 'event'"},
-        {"{\"event\": \"start\"}\n", "Line 1: it is no recording"},
+        {"nothing\n", "Line 1: The document is not valid JSON"},
+        {"[1]\n", "Line 1: it is not an object with an 'event'"},
+        {"{\"event\": \"start\"}\n", "Line 1: it is not a recording"},
         {with("\"version\":1,\"time\"", "\"version\":2,\"time\""),
-         "Line 1: it is of another version"},
+         "Line 1: its version is not"},
         {start, "its end is missing"},
-        {rest, "Line 1: it is no recording"},
+        {rest, "Line 1: it is not a recording"},
         {good.substr(0, good.size() / 2), "The document is cut off"},
         {std::string(200000, '[') + "\n", "Line 1: The document is nested too deeply"},
         {"{\"event\": \"start\", \"event\": \"start\"}\n",
-         "Line 1: event: the name is there twice"},
-        {good + rest, "something comes behind the end"},
-        {with("\"event\":\"value\"", "\"event\":\"volume\""),
-         "Line 2: there is no event 'volume'"},
-        {with("\"event\":\"value\"", "\"event\":\"switch\""), "Line 2: that is no value"},
+         "Line 1: event: the name appears twice"},
+        {good + rest, "there is a line after the end"},
+        {with("\"event\":\"value\"", "\"event\":\"volume\""), "Line 2: unknown event 'volume'"},
+        {with("\"event\":\"value\"", "\"event\":\"switch\""), "Line 2: the value does not fit"},
         {with("\"value\":9,\"offset\"", "\"value\":[9],\"offset\""),
-         "Line 2: that is no value"},
-        {with("\"value\":9,\"offset\"", "\"value\":-9,\"offset\""), "Line 2: that is no value"},
+         "Line 2: the value does not fit"},
+        {with("\"value\":9,\"offset\"", "\"value\":-9,\"offset\""),
+         "Line 2: the value does not fit"},
         {with("\"value\":9,\"offset\"", "\"value\":\"loud\",\"offset\""),
-         "Line 2: that is no value"},
-        {with("\"offset\":", "\"offset\":-"), "'offset' is no number"},
+         "Line 2: the value does not fit"},
+        {with("\"offset\":", "\"offset\":-"), "'offset' is not a number"},
         {with("\"changes\":[", "\"changed\":["), "unknown member 'changed'"},
         {with("\"name\":\"volume-leveler\"", "\"name\":\"volume-levler\""), "Line 2"},
         {with(change, "[{\"section\":\"format\""), "Line 2: 'section' of a change is neither"},
@@ -377,8 +378,9 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
          "Line 2: 'section' of a change is neither"},
         {with(change, "[{\"section\":\"\""), "Line 2: 'section' of a change is neither"},
         {with(change, change + ",\"section\":\"global\""), "Line 2: a change has both"},
-        {with(change, "[{\"profile\":\"film\""), "Line 2: 'profile' of a change is no profile"},
-        {with(change, "[{\"profile\":\"\""), "Line 2: 'profile' of a change is no profile"},
+        {with(change, "[{\"profile\":\"film\""),
+         "Line 2: 'profile' of a change is not a profile"},
+        {with(change, "[{\"profile\":\"\""), "Line 2: 'profile' of a change is not a profile"},
         {with("\"value\":9,\"offset\"", "\"value\":1e999,\"offset\""), "Line 2: "},
     };
     for (const auto& [text, message] : cases)

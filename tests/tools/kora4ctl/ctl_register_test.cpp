@@ -150,13 +150,13 @@ TEST_F(CtlRegister, CheckFindsAFileThatIsNoLibrary) {
     file.Write("This is a text.");
     WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", tools::Widen(file.Name()));
     EXPECT_TRUE(
-        Has(Findings(Check(cFindings)), "error: The registered file is no library at all."));
+        Has(Findings(Check(cFindings)), "error: The registered file is not a library."));
 }
 
 TEST_F(CtlRegister, CheckFindsALibraryThatMakesNoObject) {
     WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", L"C:\\windows\\system32\\msvcrt.dll");
     EXPECT_TRUE(Has(Findings(Check(cFindings)),
-                    "error: No object can be made of the registered library: "));
+                    "error: The registered library cannot create an object: "));
 }
 
 TEST_F(CtlRegister, CheckFindsAWrongAndAMissingThreadingModel) {
@@ -171,7 +171,7 @@ TEST_F(CtlRegister, CheckFindsMissingEntriesOfTheApplication) {
     RemoveKey(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL");
     const Json found = Check(cFindings);
     EXPECT_EQ(nullptr, found["appId"]);
-    EXPECT_TRUE(Has(Findings(found), "warning: The entries of the application (AppID)"));
+    EXPECT_TRUE(Has(Findings(found), "warning: The application entries (AppID)"));
 }
 
 TEST_F(CtlRegister, CheckFindsAMissingTypeLibrary) {
@@ -221,12 +221,12 @@ TEST_F(CtlRegister, RefusesWhatIsNoSuchLibraryInASentence) {
     const std::string program = tools::Narrow(ProgramFolder()) + "\\kora4ctl.exe";
     for (const char* verb : {"register", "unregister"}) {
         Refused({verb, "C:\\no\\such.dll"}, cBadInput, "does not exist.");
-        Refused({verb, "C:\\windows"}, cBadInput, "is no library at all.");
-        Refused({verb, text.Name()}, cBadInput, "is no library at all.");
+        Refused({verb, "C:\\windows"}, cBadInput, "is not a library.");
+        Refused({verb, text.Name()}, cBadInput, "is not a library.");
         Refused({verb, program}, cBadInput, "is a program, not a library.");
         Refused({verb, narrow.Name()}, cBadInput, "is not a library for 64-bit x64 programs.");
         Refused({verb, "C:\\windows\\system32\\msvcrt.dll"}, cBadInput,
-                "it has no DllRegisterServer.");
+                "it does not export DllRegisterServer.");
     }
     EXPECT_EQ(before, DumpKey(HKEY_CLASSES_ROOT, ClassKey()));
 }

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "registry/stored_value.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 #include "support/raw_store.h"
 #include "tools/kora4ctl/ctl_fixture.h"
@@ -272,7 +273,7 @@ TEST_F(CtlSettings, UnknownNamesGetTheNearestOnes) {
     Refused({"set", "dialog-enhacer", "1"}, cBadInput, "dialog-enhancer");
     Refused({"get", "enable", "--profil", "music"}, cUsage, "--profile");
     Refused({"get", "volume-leveler", "--profile", "musik"}, cBadInput, "music");
-    Refused({"toggle", "sampling-period"}, cBadInput, "no switch");
+    Refused({"toggle", "sampling-period"}, cBadInput, "not a switch");
     Refused({"get", "enable", "--profile", "music"}, cBadInput, "all profiles");
     Refused({"get"}, cUsage, "NAME");
     Refused({"set", "enable"}, cUsage, "VALUE");

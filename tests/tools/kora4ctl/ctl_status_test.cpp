@@ -48,7 +48,7 @@ TEST_F(CtlStatus, TellsWhatWasChanged) {
     ASSERT_EQ(S_OK, Client().SetVeltoEnable(FALSE));
     ASSERT_EQ(S_OK, Client().SetVisualizationSamplingPeriod(20));
     const tools::SchemaValue mask = tools::EngineMaskValue();
-    WriteStoredUINT(mask.keySet, mask.key, 0x021F);
+    WriteStoredUINT(mask.keySet, mask.key, KORA4_ENGINE_STANDARD);
     const tools::SchemaValue levels = tools::SettingValue(pkey::cVisualizationDataPid);
     WriteStoredBlob(levels.keySet, levels.key, std::vector<std::uint8_t>(8));
     const Json status = DoneJson({"status"});
@@ -64,7 +64,7 @@ TEST_F(CtlStatus, TellsWhatWasChanged) {
     const std::string text = Done({"status"});
     for (const char* const part :
          {"p1 'Late evening'", "master enable is off", "0x021f, standard engine",
-          "published, to be read every 20 ms", "262151 !", "7.2.7000.4"})
+          "published; read every 20 ms", "262151 !", "7.2.7000.4"})
         EXPECT_TRUE(Has(text, part)) << part << "\n" << text;
 }
 
@@ -73,7 +73,7 @@ TEST_F(CtlStatus, TellsADemo) {
     EXPECT_EQ(true, DoneJson({"status"})["demo"]);
     const std::string text = Done({"status"});
     EXPECT_TRUE(Has(text, "demo-games")) << text;
-    EXPECT_TRUE(Has(text, "nothing is set")) << text;
+    EXPECT_TRUE(Has(text, "cannot be changed")) << text;
 }
 
 TEST_F(CtlStatus, UnreadableThingsDoNotKeepItFromTellingTheRest) {

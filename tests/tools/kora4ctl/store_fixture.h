@@ -51,6 +51,7 @@ class TestFolder {
     std::string m_path;
 };
 
+// kora4ctl on a store that the test fills and reads value by value.
 class StoreTest : public CtlTest {
   protected:
     void SetUp() override {

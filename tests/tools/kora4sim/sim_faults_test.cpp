@@ -82,7 +82,7 @@ TEST_F(SimFaults, InfiniteGarbageIsShownAsItIs) {
     const ShownLevels levels = ShownWith("garbage=infinite");
     EXPECT_EQ(S_OK, levels.result);
     EXPECT_TRUE(std::isinf(levels.gains[0]));
-    EXPECT_EQ(cNoGain, levels.gains[1]) << "minus infinity is never the loudest";
+    EXPECT_EQ(KORA4_SILENT_GAIN, levels.gains[1]) << "minus infinity is never the loudest";
 }
 
 TEST_F(SimFaults, LevelsThatAreThereAreShownWhateverIsStated) {

@@ -5,7 +5,6 @@
 #include <fstream>
 #include <set>
 
-#include "contract/engine_masks.h"
 #include "tools/kora4sim/sim_watch_fixture.h"
 
 namespace kora4::test {
@@ -24,13 +23,13 @@ struct SceneExpectation {
 };
 
 constexpr SceneExpectation cScenes[] = {
-    {"music", cEngineTechnologies, "full engine", 20, false, true, " /music"},
-    {"speech", cEngineTechnologies, "full engine", 20, false, true, " /speech"},
-    {"silence", cEngineTechnologies, "full engine", 20, true, true, ""},
-    {"sweep", cEngineTechnologies, "full engine", 20, false, true, " /sweep"},
-    {"engine-full", cEngineTechnologies, "full engine", 20, false, true, ""},
-    {"engine-standard", 0x021F, "standard engine", 20, false, true, nullptr},
-    {"engine-basic", 0x0140, "basic engine", 10, false, false, nullptr},
+    {"music", KORA4_ENGINE_FULL, "full engine", 20, false, true, " /music"},
+    {"speech", KORA4_ENGINE_FULL, "full engine", 20, false, true, " /speech"},
+    {"silence", KORA4_ENGINE_FULL, "full engine", 20, true, true, ""},
+    {"sweep", KORA4_ENGINE_FULL, "full engine", 20, false, true, " /sweep"},
+    {"engine-full", KORA4_ENGINE_FULL, "full engine", 20, false, true, ""},
+    {"engine-standard", KORA4_ENGINE_STANDARD, "standard engine", 20, false, true, nullptr},
+    {"engine-basic", KORA4_ENGINE_BASIC, "basic engine", 10, false, false, nullptr},
 };
 
 class SimWatchScenes : public SimWatchTest,
@@ -51,12 +50,12 @@ class SimWatchScenes : public SimWatchTest,
             const bool isThere = band < GetParam().bands;
             const float gain = picture["gains"][band];
             const float excitation = picture["excitations"][band];
-            EXPECT_EQ(isThere, gain != cNoGain);
+            EXPECT_EQ(isThere, gain != KORA4_SILENT_GAIN);
             EXPECT_GE(36, gain);
-            EXPECT_LE(cNoExcitation, excitation);
+            EXPECT_LE(KORA4_SILENT_EXCITATION, excitation);
             EXPECT_GE(36, excitation);
             if (!isThere || GetParam().isStill) {
-                EXPECT_EQ(cNoExcitation, excitation);
+                EXPECT_EQ(KORA4_SILENT_EXCITATION, excitation);
             }
         }
     }

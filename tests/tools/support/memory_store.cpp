@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "contract/profiles.h"
+#include "settings/content.h"
 
 namespace kora4::tools {
 
@@ -141,7 +142,7 @@ bool IsCovered(const std::pair<KORA4KeySet, std::string>& place, Scope scope) {
         case Role::eSavedDemoState:
         case Role::eVisualization:
             return false;
-        case Role::eFlag:
+        case Role::eSwitch:
         case Role::eField:
         case Role::eName:
             return scope == Scope::eAll || (value->profile && *value->profile < 9);

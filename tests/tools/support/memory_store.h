@@ -16,6 +16,7 @@ namespace kora4::tools {
 // Thrown by a dying store: nothing that handles failures handles this.
 struct Died {};
 
+// The store as the tools use it, in memory.
 class MemoryStore : public StoreAccess {
   public:
     using Values = std::map<std::pair<KORA4KeySet, std::string>, StoredValue>;

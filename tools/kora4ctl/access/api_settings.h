@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "process/api_session.h"
+#include "settings/content.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {

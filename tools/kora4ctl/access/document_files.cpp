@@ -10,8 +10,9 @@ namespace kora4::tools {
 void TellIfAbandoned(const Context& context, const StoreLock& lock) {
     if (lock.WasAbandoned())
         context.output.Say(
-            "The program that held the settings store last died with it: what it was writing "
-            "may be half done. 'kora4ctl doctor' looks at it.");
+            "The program that last held the settings store died while holding it; what it was "
+            "writing "
+            "may be incomplete. Run 'kora4ctl doctor' to check.");
 }
 
 Plan ReadPlan(const std::string& path, Completeness completeness) {

@@ -9,6 +9,7 @@
 #include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/document.h"
+#include "settings/document_values.h"
 
 namespace kora4::tools {
 
@@ -30,18 +31,16 @@ const char* NameOfWay(Way way) {
 }
 
 // A setting that the API only reads can still be written in the store, with --stored.
-void RefuseUnlessWritable(const Setting& setting, Limits limits) {
+void CheckWritable(const Setting& setting, Limits limits) {
     if (setting.perProfile && !setting.isStored)
-        throw Failure(ExitCode::eBadInput, "'" + setting.name + "' is more than one value.",
-                      "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
+        throw BadInput("'" + setting.name + "' has more than one value.",
+                       "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
     if (!setting.isStored)
-        throw Failure(ExitCode::eBadInput,
-                      "'" + setting.name + "' is the library's own and cannot be set.");
+        throw BadInput("'" + setting.name + "' belongs to the library and cannot be set.");
     if (setting.access == Access::eReadOnly && limits == Limits::eApi)
-        throw Failure(ExitCode::eBadInput,
-                      "The library has no method that sets '" + setting.name + "'.",
-                      "Write it into the store with --stored; programs read it when they "
-                      "start.");
+        throw BadInput("The library has no method that sets '" + setting.name + "'.",
+                       "Write it to the store with --stored; programs read it when they "
+                       "start.");
 }
 
 // Where a setting is stored; for the bands as a whole, where their gains are.
@@ -78,7 +77,7 @@ std::uint32_t StoredActiveProfile(StoreAccess& store) {
     return store.Number(active.keySet, active.key, cMovieProfile);
 }
 
-void RefuseUnlessSettable(std::uint32_t activeProfile) {
+void CheckSettable(std::uint32_t activeProfile) {
     if (IsSelectableProfile(activeProfile))
         return;
     const std::string name = ProfileName(activeProfile);
@@ -86,28 +85,28 @@ void RefuseUnlessSettable(std::uint32_t activeProfile) {
         throw Failure(
             ExitCode::eRefused,
             "Nothing was stored: the demo profile " + name +
-                " is active, and in a demo nothing is set.",
-            "Leave the demo with 'kora4ctl demo force-leave', or name another profile "
+                " is active, and values cannot be changed in a demo.",
+            "Leave the demo with 'kora4ctl demo force-leave', or choose another profile "
             "with --profile.");
     throw Failure(ExitCode::eRefused,
                   "Nothing was stored: profile number " + name +
-                      " is active, and there is no such profile.",
-                  "Make another one active: kora4ctl profile use music");
+                      " is active, but there is no such profile.",
+                  "Select another: kora4ctl profile use music");
 }
 
 bool IsFrozenInDemo(const Setting& setting) {
     return setting.perProfile && setting.technology.family == Family::ePreset;
 }
 
-void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
-    RefuseUnlessSettable(activeProfile);
+void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
+    CheckSettable(activeProfile);
     if (named && *named != activeProfile)
         throw Failure(ExitCode::eFailed,
                       "Another program made " + ProfileName(activeProfile) +
-                          " the active profile at this moment, and may have got the value "
+                          " the active profile meanwhile, and the value may have gone there "
                           "instead of " +
                           ProfileName(*named) + ".",
-                      "Look at both with 'kora4ctl profile show'.");
+                      "Check both with 'kora4ctl profile show'.");
 }
 
 ApiSession& SettingAccess::Api() {
@@ -188,14 +187,14 @@ void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
 
 Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,
                           const std::string& text, Limits limits, Detail detail) {
-    RefuseUnlessWritable(setting, limits);
+    CheckWritable(setting, limits);
     if (limits == Limits::eStore || WayOf(setting, profile) == Way::eStore)
         return SetThroughStore(setting, profile, text, limits, detail);
     Change change;
     change.old = ReadThroughApi(setting, profile, Api());
     WriteThroughApi(setting, profile, ParseValue(setting, text, change.old, limits), Api());
     if (IsFrozenInDemo(setting))
-        RefuseUnlessSet(ActiveProfile(), profile);
+        CheckWasSet(ActiveProfile(), profile);
     change.now = Read(setting, profile, detail);
     return change;
 }
@@ -209,9 +208,9 @@ Change SettingAccess::SetThroughStore(const Setting& setting,
     if (setting.perProfile) {
         target = profile ? *profile : StoredActiveProfile(*store);
         if (!profile && IsFrozenInDemo(setting))
-            RefuseUnlessSettable(target);
+            CheckSettable(target);
         if (setting.role == Role::eName)
-            RefuseUnlessCustom(target);
+            CheckIsCustom(target);
     }
     const SchemaValue value = setting.Stored(target);
     change.old = Effective(value, *store);

@@ -11,6 +11,7 @@
 
 #include "kora4ctl/access/held_store.h"
 #include "process/api_session.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {
@@ -97,10 +98,10 @@ std::uint32_t StoredActiveProfile(StoreAccess& store);
 
 // Failure with eRefused when setters store nothing: the active profile is a demo profile, or
 // none of those that there are.
-void RefuseUnlessSettable(std::uint32_t activeProfile);
+void CheckSettable(std::uint32_t activeProfile);
 // The same after a setter, and Failure with eFailed when the profile that was meant is no
 // longer the active one.
-void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named);
+void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named);
 
 // Whether setters leave a demo profile alone: what belongs to a technology.
 bool IsFrozenInDemo(const Setting& setting);

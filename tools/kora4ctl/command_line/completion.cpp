@@ -99,30 +99,21 @@ void Walk(const CLI::App& app, const std::string& path, Completion& completion) 
         Walk(*verb, path + (path.empty() ? "" : " ") + verb->get_name(), completion);
 }
 
-template <typename Predicate>
-WordList ProfilesThat(const char* name, Predicate isWanted) {
+// The words of those elements that are wanted.
+template <typename Elements, typename IsWanted, typename Word>
+WordList ListOf(const char* name, const Elements& elements, IsWanted isWanted, Word word) {
     WordList list{name, {}};
-    for (const ProfileWord& profile : Profiles()) {
-        if (isWanted(profile.number))
-            list.words.emplace_back(profile.word);
+    for (const auto& element : elements) {
+        if (isWanted(element))
+            list.words.emplace_back(word(element));
     }
     return list;
 }
 
-WordList Switches() {
-    WordList list{"switches", {}};
-    for (const Setting& setting : SettingsTable()) {
-        if (SwitchOf(setting))
-            list.words.push_back(setting.name);
-    }
-    return list;
-}
-
-WordList Modules() {
-    WordList list{"modules", {}};
-    for (const contract::TraceTag& tag : contract::cTraceTags)
-        list.words.emplace_back(tag.tag);
-    return list;
+WordList ProfilesThat(const char* name, bool (*isWanted)(std::uint32_t)) {
+    return ListOf(
+        name, Profiles(), [&](const ProfileWord& one) { return isWanted(one.number); },
+        [](const ProfileWord& one) { return one.word; });
 }
 
 std::vector<WordList> AllValues() {
@@ -147,13 +138,17 @@ Completion CompletionOf(const CLI::App& root) {
     Walk(root, {}, completion);
     completion.lists = {
         {"settings", SettingNames()},
-        Switches(),
+        ListOf(
+            "switches", SettingsTable(), [](const Setting& one) { return SwitchOf(one); },
+            [](const Setting& one) { return one.name; }),
         {"profiles", ProfileNames()},
         ProfilesThat("selectable-profiles", IsSelectableProfile),
         ProfilesThat("custom-profiles", IsCustomProfile),
         ProfilesThat("preset-profiles", IsPresetProfile),
         {"categories", TraceCategoryNames()},
-        Modules(),
+        ListOf(
+            "modules", contract::cTraceTags, [](const auto&) { return true; },
+            [](const contract::TraceTag& one) { return one.tag; }),
         {"shells", {"bash", "powershell"}},
     };
     completion.values = AllValues();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The completion scripts of bash and PowerShell, made from the verbs and their options.
 #include "kora4ctl/command_line/completion_scripts.h"
 
 #include <algorithm>

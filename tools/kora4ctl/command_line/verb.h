@@ -45,7 +45,7 @@ class ProfileOption {
   public:
     void AddTo(CLI::App& verb) {
         verb.add_option("--profile", m_word,
-                        "of this profile (music, p1, ...) instead of the active one");
+                        "use this profile (music, p1, ...) instead of the active one");
     }
     // Failure with eBadInput when there is no such profile.
     std::optional<std::uint32_t> Get() const {

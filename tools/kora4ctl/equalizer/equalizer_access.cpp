@@ -27,7 +27,7 @@ Equalizer ReadStored(const SettingAccess& access, std::uint32_t profile) {
     const HeldStore store = access.Store(OpenMode::eRead);
     Equalizer equalizer;
     equalizer.profile = profile;
-    const std::optional<Value> isOn = Effective(FlagValue(cGraphicEq, profile), *store);
+    const std::optional<Value> isOn = Effective(SwitchValue(cGraphicEq, profile), *store);
     equalizer.isOn = isOn && std::get<bool>(*isOn);
     const std::vector<float> frequencies =
         EffectiveArray(pkey::cStandardEQFreqPid, profile, *store);
@@ -92,7 +92,7 @@ void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
         eq.m_gain[i] = bands[i].gain;
     }
     Check(access.Api()->SetGraphicEQData(&eq), "Setting the graphic equalizer");
-    RefuseUnlessSet(access.ActiveProfile(), profile);
+    CheckWasSet(access.ActiveProfile(), profile);
 }
 
 }  // namespace kora4::tools

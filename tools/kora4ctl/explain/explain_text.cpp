@@ -24,6 +24,21 @@ std::string Sentence(std::string text) {
     return text.ends_with('.') ? text : text + ".";
 }
 
+constexpr std::string_view cLetters = "abcdefghijklmnopqrstuvwxyz_";
+constexpr std::string_view cNameCharacters = "abcdefghijklmnopqrstuvwxyz_0123456789";
+
+// In lower case and in their order: what those characters make up.
+std::vector<std::string> WordsOf(std::string_view text, std::string_view characters) {
+    const std::string lower = Lower(text);
+    std::vector<std::string> words;
+    for (std::size_t end = 0, begin = 0;
+         (begin = lower.find_first_of(characters, end)) != std::string::npos;) {
+        end = std::min(lower.find_first_not_of(characters, begin), lower.size());
+        words.push_back(lower.substr(begin, end - begin));
+    }
+    return words;
+}
+
 // --- codes -------------------------------------------------------------------------------
 
 template <typename Visit>
@@ -74,11 +89,11 @@ Explanation OfCode(std::string_view input, std::uint32_t code) {
     }
     const std::string words = PlatformWords(code);
     explanation.isKnown = !words.empty();
-    explanation.meaning = words.empty()
-                              ? "Neither the library nor the platform has words for it."
-                              : Sentence(words);
+    explanation.meaning =
+        words.empty() ? "Unknown to the library and to the platform." : Sentence(words);
     if (explanation.isKnown)
-        explanation.why = "These are the platform's words; the library gives no such result.";
+        explanation.why =
+            "This is the platform's description; the library does not return this result.";
     return explanation;
 }
 
@@ -91,16 +106,9 @@ std::optional<std::uint32_t> CodeIn(const std::string& text) {
         if (digits.size() == 8 && IsHex(digits) && NumberIn(digits, 16) >= 0x80000000u)
             return NumberIn(digits, 16);
     }
-    std::string word;
-    for (const char c : lower + " ") {
-        const bool isOfName = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
-        if (isOfName) {
-            word += c;
-        } else {
-            if (const auto code = CodeNamed(word); code && word.find('_') != std::string::npos)
-                return code;
-            word.clear();
-        }
+    for (const std::string& word : WordsOf(lower, cNameCharacters)) {
+        if (const auto code = CodeNamed(word); code && word.find('_') != std::string::npos)
+            return code;
     }
     return {};
 }
@@ -163,18 +171,11 @@ Explanation OfLine(std::string_view input, const contract::TraceHead& head,
 
 // --- what comes near ---------------------------------------------------------------------
 
-std::set<std::string> WordsOf(std::string_view text) {
+std::set<std::string> LongWordsOf(std::string_view text) {
     std::set<std::string> words;
-    std::string word;
-    for (const char c : Lower(text) + " ") {
-        if ((c >= 'a' && c <= 'z') || c == '_') {
-            word += c;
-        } else {
-            if (word.size() > 2)
-                words.insert(word);
-            word.clear();
-        }
-    }
+    for (const std::string& word : WordsOf(text, cLetters))
+        if (word.size() > 2)
+            words.insert(word);
     return words;
 }
 
@@ -190,10 +191,10 @@ double Likeness(const std::set<std::string>& a, const std::set<std::string>& b) 
 std::vector<std::string> NearestMessages(std::string_view message) {
     constexpr double cLeast = 0.3;
     constexpr std::size_t cMost = 3;
-    const std::set<std::string> words = WordsOf(message);
+    const std::set<std::string> words = LongWordsOf(message);
     std::vector<std::pair<double, std::string>> alike;
     contract::ForEachTraceMessage([&](const contract::TraceMessage& row) {
-        const double likeness = Likeness(words, WordsOf(row.text));
+        const double likeness = Likeness(words, LongWordsOf(row.text));
         if (likeness >= cLeast)
             alike.emplace_back(-likeness, contract::detail::Trimmed(row.text));
     });
@@ -208,8 +209,7 @@ std::vector<std::string> NearestMessages(std::string_view message) {
 
 bool IsName(std::string_view text) {
     return text.find('_') != std::string_view::npos &&
-           Lower(text).find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_") ==
-               std::string::npos;
+           Lower(text).find_first_not_of(cNameCharacters) == std::string::npos;
 }
 
 Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
@@ -222,11 +222,11 @@ Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
         std::vector<std::string> names;
         ForEachResult([&](const contract::Result& result) { names.push_back(result.name); });
         explanation.kind = Explanation::Kind::eResult;
-        explanation.meaning = "There is no result of that name among the known ones.";
+        explanation.meaning = "There is no known result of that name.";
         explanation.nearest = Nearest(input, names);
         return explanation;
     }
-    explanation.meaning = "The library writes no such line.";
+    explanation.meaning = "The library does not write such a line.";
     explanation.nearest = NearestMessages(head.function.empty() ? input : head.message);
     return explanation;
 }

@@ -68,7 +68,7 @@ std::string OfMask(std::optional<std::uint32_t> mask) {
     if (!mask)
         return {};
     const char* const pName = NameOfEngine(*mask);
-    return pName ? pName : "no configuration that is known by name";
+    return pName ? pName : "no known configuration";
 }
 
 std::string OfReason(std::optional<std::uint32_t> reason) {
@@ -105,7 +105,7 @@ std::string OfValueName(std::string_view name) {
     for (const KORA4KeySet keySet : {eKeySetDynamic, eKeySetStatic, eKeySetApp})
         if (const SchemaValue* const pValue = FindInSchema(keySet, *key))
             return OfSchemaValue(*pValue);
-    return "no value that the store knows";
+    return "not a value of the store";
 }
 
 }  // namespace

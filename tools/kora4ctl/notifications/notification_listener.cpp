@@ -12,6 +12,7 @@
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/names.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {

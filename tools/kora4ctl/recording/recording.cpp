@@ -42,18 +42,14 @@ Json MembersOf(const Json& document, const Section& section) {
 
 // ---- Reading ----------------------------------------------------------------------------
 
-[[noreturn]] void Refuse(const std::string& what) {
-    throw Failure(ExitCode::eBadInput, what);
-}
-
 void Demand(bool isRight, const std::string& what) {
     if (!isRight)
-        Refuse(what);
+        throw BadInput(what);
 }
 
 void CheckMembers(const Json& object, const std::set<std::string>& allowed,
                   const std::set<std::string>& needed, const std::string& what) {
-    Demand(object.is_object(), what + " is no object.");
+    Demand(object.is_object(), what + " is not an object.");
     for (const auto& [name, value] : object.items())
         Demand(allowed.contains(name), what + " has an unknown member '" + name + "'.");
     for (const std::string& name : needed)
@@ -68,17 +64,17 @@ void CheckPlace(const Json& change) {
     Demand(!hasSection || change["section"] == "general" || change["section"] == "global",
            "'section' of a change is neither 'general' nor 'global'.");
     Demand(!hasProfile || FindProfile(change["profile"].get<std::string>()).has_value(),
-           "'profile' of a change is no profile.");
+           "'profile' of a change is not a profile.");
 }
 
 void CheckChanges(const Json& changes) {
-    Demand(changes.is_array(), "'changes' is no array.");
+    Demand(changes.is_array(), "'changes' is not an array.");
     for (const Json& change : changes) {
         CheckMembers(change, {"profile", "section", "name", "value"}, {"name", "value"},
                      "a change");
         for (const char* name : {"profile", "section", "name"})
             Demand(!change.contains(name) || change[name].is_string(),
-                   std::string("'") + name + "' of a change is no text.");
+                   std::string("'") + name + "' of a change is not a text.");
         CheckPlace(change);
     }
 }
@@ -144,12 +140,12 @@ bool IsRightValue(const std::string& event, const std::string& name, const Json&
 void CheckEvent(const Json& line, const std::string& event) {
     static const std::set<std::string> cEvents = {"enable", "profile",    "switch",
                                                   "value",  "graphic-eq", "table"};
-    Demand(cEvents.contains(event), "there is no event '" + event + "'.");
+    Demand(cEvents.contains(event), "unknown event '" + event + "'.");
     CheckMembers(line, {"offset", "event", "name", "value", "changes"},
                  {"offset", "event", "name", "value"}, "the line");
     Demand(line["name"].is_string() &&
                IsRightValue(event, line["name"].get<std::string>(), line["value"]),
-           "that is no value of the event '" + event + "'.");
+           "the value does not fit the event '" + event + "'.");
 }
 
 // Reads a recording line by line.
@@ -157,8 +153,8 @@ class Reader {
   public:
     void Take(const Json& line) {
         Demand(line.is_object() && line.contains("event") && line["event"].is_string(),
-               "it is no object with an 'event'.");
-        Demand(!m_isOver, "something comes behind the end.");
+               "it is not an object with an 'event'.");
+        Demand(!m_isOver, "there is a line after the end.");
         const std::string event = line["event"].get<std::string>();
         if (!m_isBegun)
             TakeStart(line, event);
@@ -170,16 +166,16 @@ class Reader {
 
     Recording Result() {
         Demand(m_isBegun, "it is empty.");
-        Demand(m_isOver, "its end is missing: it was cut short.");
+        Demand(m_isOver, "its end is missing: the recording was cut short.");
         return std::move(m_recording);
     }
 
   private:
     void TakeStart(const Json& line, const std::string& event) {
         Demand(event == "start" && line.value("format", Json()) == cRecordingFormat,
-               "it is no recording of 'kora4ctl record'.");
+               "it is not a recording of 'kora4ctl record'.");
         Demand(line.value("version", Json()) == cRecordingVersion,
-               "it is of another version than " + std::to_string(cRecordingVersion) + ".");
+               "its version is not " + std::to_string(cRecordingVersion) + ".");
         CheckMembers(line, {"event", "format", "version", "time", "settings"}, {"settings"},
                      "the line");
         m_recording.start = m_state = CheckedSettings(line["settings"]);
@@ -189,7 +185,7 @@ class Reader {
     void TakeEnd(const Json& line) {
         CheckMembers(line, {"event", "offset", "settings"}, {"offset", "settings"}, "the line");
         TakeOffset(line);
-        Demand(m_isGroupOver, "the line before has no 'changes'.");
+        Demand(m_isGroupOver, "the previous line has no 'changes'.");
         m_recording.end = CheckedSettings(line["settings"]);
         m_isOver = true;
     }
@@ -219,9 +215,10 @@ class Reader {
     }
 
     std::uint64_t TakeOffset(const Json& line) {
-        Demand(line["offset"].is_number_unsigned(), "'offset' is no number of milliseconds.");
+        Demand(line["offset"].is_number_unsigned(),
+               "'offset' is not a number of milliseconds.");
         const auto offset = line["offset"].get<std::uint64_t>();
-        Demand(offset >= m_offset, "its 'offset' is before the one of the line above.");
+        Demand(offset >= m_offset, "its 'offset' is less than the previous line's.");
         return m_offset = offset;
     }
 
@@ -308,8 +305,8 @@ Recording ReadRecording(std::string_view text) {
             // Whatever the checks above let through is still a fault of the file.
             const std::string message = error.what();
             const std::size_t begin = message.find("] ");
-            Refuse("Line " + std::to_string(number) + ": " +
-                   message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+            throw BadInput("Line " + std::to_string(number) + ": " +
+                           message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
         }
     }
     return reader.Result();

@@ -54,9 +54,9 @@ std::string WhatIsWrong(FileKind kind) {
         case FileKind::eAbsent:
             return "does not exist";
         case FileKind::eUnreadable:
-            return "may not be read by this user";
+            return "cannot be read by this user";
         case FileKind::eNoProgram:
-            return "is no library at all";
+            return "is not a library";
         case FileKind::eNoLibrary:
             return "is a program, not a library";
         case FileKind::eOtherSystem:
@@ -91,14 +91,14 @@ std::string FileVersion(const std::string& path) {
 
 RegistrableLibrary::RegistrableLibrary(const std::string& path) {
     if (const FileKind kind = KindOfFile(path); kind != FileKind::eLibrary)
-        throw Failure(ExitCode::eBadInput, path + " " + WhatIsWrong(kind) + ".",
-                      "Give the path of QXA64T.dll: kora4ctl register PATH");
+        throw BadInput(path + " " + WhatIsWrong(kind) + ".",
+                       "Give the path of QXA64T.dll: kora4ctl register PATH");
     // A full path, and its folder for what it needs itself.
     m_module.Reset(LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (!m_module)
         throw Win32Failure(
             GetLastError(), path + " cannot be loaded",
-            "The file is damaged, or a library that it needs is missing; install it again.",
+            "The file is damaged, or a library that it needs is missing; reinstall it.",
             ExitCode::eBadInput);
     m_register = Find("DllRegisterServer", path);
     m_unregister = Find("DllUnregisterServer", path);
@@ -109,9 +109,8 @@ RegistrableLibrary::Entry RegistrableLibrary::Find(const char* name,
     const auto found =
         reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module.Get(), name)));
     if (!found)
-        throw Failure(
-            ExitCode::eBadInput,
-            path + " is a library that does not register itself: it has no " + name + ".",
+        throw BadInput(
+            path + " is not a self-registering library: it does not export " + name + ".",
             "Give the path of QXA64T.dll: kora4ctl register PATH");
     return found;
 }

@@ -104,35 +104,32 @@ void AskForVersion(Registration& registration) {
 }
 
 constexpr char cReRegister[] =
-    "Register the right one, as an administrator: kora4ctl register PATH";
+    "Register the right file, as an administrator: kora4ctl register PATH";
 
 std::string OrNothing(const std::string& version) {
     return version.empty() ? "nothing" : version;
 }
 
-void ExamineFile(const Registration& registration, Observations& found) {
+void ExamineFile(const Registration& registration, Diagnosis& found) {
     if (registration.file != FileKind::eLibrary) {
-        Add(found, Severity::eError,
-            "The registered file " + WhatIsWrong(registration.file) + ".", cReRegister);
+        found.Error("The registered file " + WhatIsWrong(registration.file) + ".", cReRegister);
         return;
     }
     if (FAILED(registration.creation)) {
-        Add(found, Severity::eError,
-            "No object can be made of the registered library: " +
-                InWords(registration.creation) + ".",
-            cReRegister);
+        found.Error("The registered library cannot create an object: " +
+                        InWords(registration.creation) + ".",
+                    cReRegister);
         return;
     }
     if (registration.fileVersion != KORA4_VERSION_TEXT)
-        Add(found, Severity::eWarning,
-            "The registered file says version " + OrNothing(registration.fileVersion) +
-                ", this program is of version " KORA4_VERSION_TEXT ".",
-            "Use the library and the program of one version.");
+        found.Warning("The registered file's version is " +
+                          OrNothing(registration.fileVersion) +
+                          ", this program's is " KORA4_VERSION_TEXT ".",
+                      "Use the library and the program of the same version.");
     if (registration.apiVersion != registration.fileVersion)
-        Add(found, Severity::eWarning,
-            "The library says that it is version " + registration.apiVersion +
-                ", its file says " + OrNothing(registration.fileVersion) + ".",
-            "The file was changed or mixed up; install it again.");
+        found.Warning("The library reports version " + registration.apiVersion + ", its file " +
+                          OrNothing(registration.fileVersion) + ".",
+                      "The file was modified or replaced; reinstall it.");
 }
 
 }  // namespace
@@ -182,45 +179,43 @@ Registration ReadRegistration() {
     return found;
 }
 
-Observations Examine(const Registration& registration, const std::string& expectedPath) {
-    Observations found;
+Diagnosis Examine(const Registration& registration, const std::string& expectedPath) {
+    Diagnosis found;
     const std::string again = "Register it again, as an administrator: kora4ctl register";
     if (!registration.IsThere()) {
-        Add(found, Severity::eError, "The library is not registered on this machine.",
-            "Register it, as an administrator: kora4ctl register PATH\\" +
-                Narrow(cLibraryName));
+        found.Error("The library is not registered on this machine.",
+                    "Register it, as an administrator: kora4ctl register PATH\\" +
+                        Narrow(cLibraryName));
         return found;
     }
     ExamineFile(registration, found);
     if (!expectedPath.empty() && !IsSamePath(expectedPath, registration.path))
-        Add(found, Severity::eWarning, "Another file is registered: " + registration.path,
-            "Register this one, as an administrator: kora4ctl register \"" + expectedPath +
-                "\"");
+        found.Warning("Another file is registered: " + registration.path,
+                      "Register this one, as an administrator: kora4ctl register \"" +
+                          expectedPath + "\"");
     if (registration.threadingModel != Narrow(cThreadingModel))
-        Add(found, Severity::eError,
-            "The threading model is " +
-                (registration.threadingModel.empty()
-                     ? "missing"
-                     : "'" + registration.threadingModel + "'") +
-                " and should be '" + Narrow(cThreadingModel) +
-                "': objects end up in another apartment than the one that makes them.",
-            again);
+        found.Error("The threading model is " +
+                        (registration.threadingModel.empty()
+                             ? "missing"
+                             : "'" + registration.threadingModel + "'") +
+                        " and should be '" + Narrow(cThreadingModel) +
+                        "': objects are created in another apartment than their client's.",
+                    again);
     if (registration.hidesMachine)
-        Add(found, Severity::eWarning,
-            "The registration of this user hides that of the machine: programs that run "
-            "elevated use another one than all others.",
-            "Remove the one of the user, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" +
-                ServedClass());
+        found.Warning(
+            "This user's registration hides the machine's: programs that run "
+            "elevated use a different one.",
+            "Remove the user's, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" + ServedClass());
     else if (registration.where == RegisteredFor::eUser)
-        Add(found, Severity::eWarning, "It is registered for this user only.", again);
+        found.Warning("The library is registered for this user only.", again);
     if (registration.appTitle.empty())
-        Add(found, Severity::eWarning, "The entries of the application (AppID) are missing.",
-            again);
+        found.Warning("The application entries (AppID) are missing.", again);
     if (registration.typeLibrary.empty())
-        Add(found, Severity::eWarning, "The type library is not registered.", again);
+        found.Warning("The type library is not registered.", again);
     else if (!IsSamePath(registration.typeLibrary, registration.path))
-        Add(found, Severity::eWarning,
-            "The type library is that of another file: " + registration.typeLibrary, again);
+        found.Warning(
+            "The type library of another file is registered: " + registration.typeLibrary,
+            again);
     return found;
 }
 

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "kora4ctl/doctor/observation.h"
+#include "kora4ctl/doctor/diagnosis.h"
 #include "kora4ctl/registration/library_file.h"
 
 namespace kora4::tools {
@@ -65,7 +65,7 @@ std::string ServedClass();
 Registration ReadRegistration();
 
 // What is wrong with it; empty: all right. `expectedPath` may be empty: any file will do.
-Observations Examine(const Registration& registration, const std::string& expectedPath = {});
+Diagnosis Examine(const Registration& registration, const std::string& expectedPath = {});
 
 }  // namespace kora4::tools
 

@@ -32,8 +32,8 @@ ExitCode Print(const Context& context, const Options& options) {
         }
         names.emplace_back(shell.name);
     }
-    throw Failure(ExitCode::eBadInput, "There is no completion for '" + options.shell + "'. " +
-                                           Suggestion(options.shell, names));
+    throw BadInput("No completion for '" + options.shell + "'. " +
+                   Suggestion(options.shell, names));
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ ExitCode Print(const Context& context, const Options& options) {
 void AddCompletion(Context& context) {
     const auto [verb, options] =
         AddVerb(context.root, context, "completion",
-                "a script that completes the command line in a shell", Print);
+                "print a script that completes the command line in a shell", Print);
     verb.add_option("SHELL", options.shell, "bash or powershell")
         ->required()
         ->type_name("SHELL");

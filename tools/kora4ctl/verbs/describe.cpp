@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl describe, list: what settings there are, and what they are.
+#include <set>
+
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/profiles.h"
@@ -46,17 +48,14 @@ std::optional<Value> DefaultOf(const Setting& setting, std::uint32_t profile) {
 
 std::string DefaultText(const Setting& setting) {
     std::vector<std::string> texts;
-    bool isOneForAll = true;
-    std::string first;
+    std::set<std::string> different;
     for (const DefaultsRow& row : cDefaultsRows) {
         const std::optional<Value> value = DefaultOf(setting, row.profile);
         const std::string text = value ? FormatValue(setting, *value, true) : "none";
-        if (row.profile == cMovieProfile)
-            first = text;
-        isOneForAll &= text == first;
+        different.insert(text);
         texts.push_back(std::string(row.name) + " " + text);
     }
-    return isOneForAll ? first : Join(texts, ", ");
+    return different.size() == 1 ? *different.begin() : Join(texts, ", ");
 }
 
 Json DefaultDocument(const Setting& setting) {
@@ -118,7 +117,7 @@ std::string PresentText(const Present& present) {
     if (reading.value && reading.stored.is_null() && reading.setting->isStored)
         text += ", the default";
     if (!reading.IsInRange())
-        text += ", outside what programs may set";
+        text += ", outside what programs can set";
     return text;
 }
 
@@ -242,16 +241,15 @@ ExitCode List(const Context& context, const DescribeOptions& options) {
 }  // namespace
 
 void AddDescribe(Context& context) {
-    const auto [verb, options] =
-        AddVerb(context.root, context, "describe",
-                "say what a setting is and where it is stored", Describe);
-    verb.add_option("NAME", options.names, "settings; without one all of them");
+    const auto [verb, options] = AddVerb(context.root, context, "describe",
+                                         "describe a setting and where it is stored", Describe);
+    verb.add_option("NAME", options.names, "settings; all if omitted");
     options.profile.AddTo(verb);
 }
 
 void AddList(Context& context) {
     const auto [verb, options] =
-        AddVerb(context.root, context, "list", "all settings with their values", List);
+        AddVerb(context.root, context, "list", "list all settings and their values", List);
     options.profile.AddTo(verb);
 }
 

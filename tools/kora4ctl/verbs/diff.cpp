@@ -14,7 +14,7 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "Each line shows what is stored, and what the document has. Exit code 7: they differ.\n";
+    "Each line shows the stored value and the document's. Exit code 7: they differ.\n";
 
 ExitCode Diff(const Context& context, const Options& options) {
     const Plan plan =
@@ -30,7 +30,7 @@ ExitCode Diff(const Context& context, const Options& options) {
         output.PrintJson(
             Json{{"same", differences.empty()}, {"differences", DocumentOf(differences)}});
     else if (differences.empty())
-        output.Say("The settings are those of the document.");
+        output.Say("The settings match the document.");
     else
         PrintDifferences(output, differences);
     return differences.empty() ? ExitCode::eDone : ExitCode::eFindings;
@@ -39,11 +39,11 @@ ExitCode Diff(const Context& context, const Options& options) {
 }  // namespace
 
 void AddDiff(Context& context) {
-    const auto [verb, options] = AddVerb(context.root, context, "diff",
-                                         "compare the settings with those of a document", Diff);
-    verb.add_option("FILE", options.file, "a document of 'dump'; - is standard input")
+    const auto [verb, options] =
+        AddVerb(context.root, context, "diff", "compare the settings with a document", Diff);
+    verb.add_option("FILE", options.file, "a document of 'dump', or - for standard input")
         ->required();
-    verb.add_flag("--merge", options.merge, "pass over what the document does not have");
+    verb.add_flag("--merge", options.merge, "ignore settings that the document does not have");
     verb.footer(cFooter);
 }
 

@@ -72,7 +72,7 @@ std::string Summary(const Tally& tally) {
     if (tally.Warnings())
         parts.push_back(CountOf(tally.Warnings(), "warning"));
     if (parts.empty())
-        parts.emplace_back("Nothing is wrong");
+        parts.emplace_back("No problems");
     if (tally.Notes())
         parts.push_back(CountOf(tally.Notes(), "note"));
     return Join(parts, ", ") + ".";
@@ -125,7 +125,7 @@ ExitCode Doctor(const Context& context, const Options& options) {
     }
     ExitCode code = tally.Errors() + tally.Warnings() ? ExitCode::eFindings : ExitCode::eDone;
     if (context.interrupt.IsRequested()) {
-        output.Complain("Interrupted: not everything was looked at.");
+        output.Complain("Interrupted: some checks were not run.");
         code = ExitCode::eFailed;
     }
     // A thread that hangs in the library would also hang the ordinary end of the process.
@@ -138,11 +138,12 @@ std::string Footer() {
     std::vector<std::vector<std::string>> rows;
     for (const DoctorCheck& check : DoctorChecks())
         rows.push_back({check.name, check.summary});
-    return "It looks at:\n" + Aligned(rows) +
-           "\nA change of the settings that was broken off half-way is undone, or finished\n"
-           "when only its announcement was missing; with --dry-run it is only told.\n"
-           "--deep makes every client read one value again, and changes no setting.\n"
-           "\nIt ends with 0 when nothing is worse than a note, and with 7 otherwise.\n";
+    return "Checks:\n" + Aligned(rows) +
+           "\nAn interrupted load is undone, or finished if only its announcement was "
+           "missing;\n"
+           "with --dry-run it is only reported.\n"
+           "--deep makes every client read one value again and changes no setting.\n"
+           "\nThe exit code is 0 if nothing is worse than a note, and 7 otherwise.\n";
 }
 
 }  // namespace
@@ -150,13 +151,12 @@ std::string Footer() {
 void AddDoctor(Context& context) {
     const auto [verb, options] =
         AddVerb(context.root, context, "doctor",
-                "what is wrong on this machine, and how to mend it", Doctor);
-    CLI::Option* const dryRun =
-        verb.add_flag("--dry-run", options.dryRun, "change nothing at all");
-    verb.add_flag("--deep", options.deep, "see whether notifications arrive, too")
+                "find what is wrong on this machine, and how to repair it", Doctor);
+    CLI::Option* const dryRun = verb.add_flag("--dry-run", options.dryRun, "change nothing");
+    verb.add_flag("--deep", options.deep, "also check that notifications arrive")
         ->excludes(dryRun);
     verb.add_option("--wait", options.wait,
-                    "how long to wait for the mutex and for answers, in seconds")
+                    "how long to wait for the mutex and the library, in seconds")
         ->type_name("SECONDS")
         ->capture_default_str()
         ->check(CLI::Range(0.1, 60.0));

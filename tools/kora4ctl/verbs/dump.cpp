@@ -14,13 +14,13 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "Without --all: the active profile, the master enable, the sampling period, and the "
-    "names,\n"
-    "switches and values of the profiles movie to p6. With --all also the factory values of "
-    "the\n"
-    "demo profiles, the global technologies, and what the installer and support have set.\n"
-    "A value that is not stored is not in the document. Counters, the state before a demo and\n"
-    "the levels are no settings and never are. 'kora4ctl load' takes the document back.\n";
+    "Without --all: the active profile, the master enable, the sampling period, and the\n"
+    "names, switches and values of the profiles movie to p6. With --all, also the factory\n"
+    "values of the demo profiles, the global technologies, and what the installer and\n"
+    "support have set.\n"
+    "A value that is not stored is not in the document. Counters, the state before a demo\n"
+    "and the levels are not settings and never included. 'kora4ctl load' loads the\n"
+    "document.\n";
 
 ExitCode Dump(const Context& context, const Options& options) {
     Json document;
@@ -37,7 +37,7 @@ ExitCode Dump(const Context& context, const Options& options) {
     if (context.output.json)
         context.output.PrintJson(Json{{"file", options.file}, {"scope", document["scope"]}});
     else
-        context.output.Say("The settings are in " + options.file + ".");
+        context.output.Say("The settings were written to " + options.file + ".");
     return ExitCode::eDone;
 }
 
@@ -46,8 +46,8 @@ ExitCode Dump(const Context& context, const Options& options) {
 void AddDump(Context& context) {
     const auto [verb, options] = AddVerb<Options>(
         context.root, context, "dump", "write the settings as one JSON document", Dump);
-    verb.add_flag("--all", options.all, "everything that is a setting, not the user's only");
-    verb.add_option("FILE", options.file, "where to; without it, standard output");
+    verb.add_flag("--all", options.all, "all settings, not only the user's");
+    verb.add_option("FILE", options.file, "the output file; standard output if omitted");
     verb.footer(cFooter);
 }
 

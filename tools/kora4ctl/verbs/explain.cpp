@@ -66,13 +66,12 @@ ExitCode Run(const Context& context, const Words& words) {
 
 void AddExplain(Context& context) {
     const auto [verb, words] =
-        AddVerb(context.root, context, "explain",
-                "say in words what a result or a line of the trace means", Run);
+        AddVerb(context.root, context, "explain", "explain a result or a trace line", Run);
     verb.add_option("text", words,
-                    "a result (0x80004005, 40200h, -2147024809, E_INVALIDARG), a line of the "
-                    "trace or its message, or - for the lines of standard input")
+                    "a result (0x80004005, 40200h, -2147024809, E_INVALIDARG), a trace line "
+                    "or its message, or - for the lines of standard input")
         ->required();
-    verb.footer("Exit code 5: there is something that nobody knows; what comes near is shown.");
+    verb.footer("Exit code 5: an input is unknown; the nearest known ones are shown.");
 }
 
 }  // namespace kora4::tools

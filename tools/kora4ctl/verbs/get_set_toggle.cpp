@@ -45,11 +45,10 @@ Detail DetailFor(const Context& context) {
     return context.output.json ? Detail::eStored : Detail::eValue;
 }
 
-void RefuseProfileWithout(const Setting& setting, std::optional<std::uint32_t> profile) {
+void CheckTakesProfile(const Setting& setting, std::optional<std::uint32_t> profile) {
     if (profile && !setting.perProfile)
-        throw Failure(ExitCode::eBadInput,
-                      "'" + setting.name + "' is the same in all profiles.",
-                      "Leave --profile away.");
+        throw BadInput("'" + setting.name + "' is the same in all profiles.",
+                       "Omit --profile.");
 }
 
 ExitCode Get(const Context& context, const SettingOptions& options) {
@@ -57,7 +56,7 @@ ExitCode Get(const Context& context, const SettingOptions& options) {
     std::vector<const Setting*> settings;
     for (const std::string& name : options.names) {
         settings.push_back(&NamedSetting(name));
-        RefuseProfileWithout(*settings.back(), profile);
+        CheckTakesProfile(*settings.back(), profile);
     }
     SettingAccess access(context);
     const std::vector<Reading> readings = access.Read(settings, profile, DetailFor(context));
@@ -90,7 +89,7 @@ ExitCode Set(const Context& context, const SettingOptions& options) {
     const std::string value = Join(options.values, " ");
     const Setting& setting = SettingFor(options.name, value);
     const std::optional<std::uint32_t> profile = options.profile.Get();
-    RefuseProfileWithout(setting, profile);
+    CheckTakesProfile(setting, profile);
     SettingAccess access(context);
     return Tell(context, access.Set(setting, profile, value,
                                     options.isStored ? Limits::eStore : Limits::eApi,
@@ -101,10 +100,10 @@ ExitCode Toggle(const Context& context, const SettingOptions& options) {
     const Setting& named = NamedSetting(options.name);
     const Setting* const setting = SwitchOf(named);
     if (setting == nullptr)
-        throw Failure(ExitCode::eBadInput, "'" + named.name + "' is no switch.",
-                      "It takes " + named.Allowed() + ".");
+        throw BadInput("'" + named.name + "' is not a switch.",
+                       "It takes " + named.Allowed() + ".");
     const std::optional<std::uint32_t> profile = options.profile.Get();
-    RefuseProfileWithout(*setting, profile);
+    CheckTakesProfile(*setting, profile);
     SettingAccess access(context);
     return Tell(context, access.Toggle(*setting, profile, DetailFor(context)));
 }
@@ -117,7 +116,7 @@ std::string TableOfSettings() {
         rows.push_back({setting.name, setting.Allowed() + (isReadOnly ? "; read only" : "")});
     }
     return "Settings:\n" + Aligned(rows) +
-           "A technology by its name alone is its value; 'on' and 'off' are of its switch.\n"
+           "A technology's name alone means its value; 'on' and 'off' set its switch.\n"
            "Profiles: " +
            Join(ProfileNames(), " ") + "\n";
 }
@@ -125,14 +124,15 @@ std::string TableOfSettings() {
 constexpr char cSetNotes[] =
     "Values: numbers, on/off/true/false/yes/no, the words in the table, and relative ones: "
     "+1,\n"
-    "-10% (per cent of the range). Arrays are numbers between blanks or commas.\n\n";
+    "-10% (per cent of the range). Separate the numbers of an array with blanks or commas.\n\n";
 
 }  // namespace
 
 void AddGet(Context& context) {
     const auto [verb, options] =
         AddVerb(context.root, context, "get", "print the value of a setting", Get);
-    verb.add_option("NAME", options.names, "a setting; several print a line each")->required();
+    verb.add_option("NAME", options.names, "a setting; several print one line each")
+        ->required();
     options.profile.AddTo(verb);
     verb.footer(TableOfSettings);
 }
@@ -143,13 +143,13 @@ void AddSet(Context& context) {
     verb.add_option("VALUE", options.values, "its new value")->required();
     options.profile.AddTo(verb);
     verb.add_flag("--stored", options.isStored,
-                  "write into the store, past what the library lets programs set");
+                  "write to the store, bypassing the library and its limits");
     verb.footer([] { return cSetNotes + TableOfSettings(); });
 }
 
 void AddToggle(Context& context) {
     const auto [verb, options] =
-        AddVerb(context.root, context, "toggle", "turn a switch the other way", Toggle);
+        AddVerb(context.root, context, "toggle", "toggle a switch", Toggle);
     verb.add_option("NAME", options.name, "a switch, or a technology that has one")->required();
     options.profile.AddTo(verb);
 }

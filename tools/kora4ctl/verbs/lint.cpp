@@ -23,14 +23,14 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "error    cannot be read: the built-in default is in force\n"
-    "warning  read as it is, but nothing that the API would have set\n"
-    "note     worth knowing; nothing to mend\n"
+    "error    cannot be read: the built-in default is in effect\n"
+    "warning  readable, but outside what the API can set\n"
+    "note     worth knowing; needs no repair\n"
     "A value that equals a built-in default passes, whatever the limits of the API.\n"
-    "--fix writes a dump of all settings first, then deletes what is wrong, so that the\n"
-    "defaults are in force, and stores texts without a terminator properly. What is no\n"
-    "setting (counters, levels, what a demo has saved) is in no dump; it is named when it is\n"
-    "mended. Exit code 7: there were errors or warnings, and they are still there.\n";
+    "--fix first writes a dump of all settings, then deletes invalid values, so that their\n"
+    "defaults are in effect, and terminates texts that lack a terminator. Values that are not\n"
+    "settings (counters, levels, the state saved for a demo) are in no dump; --fix names the\n"
+    "ones that it repairs. Exit code 7: there are errors or warnings that were not repaired.\n";
 
 // Beside the journal, with the time in its name: an earlier dump is never written over.
 std::string DefaultBackup() {
@@ -96,14 +96,14 @@ void Tell(Output& output, const std::vector<Finding>& findings, const Fixed& fix
     }
     Print(output, findings);
     if (!fixed.backup.empty()) {
-        output.Say("All settings as they were before are in " + fixed.backup + ".");
+        output.Say("The settings as they were are saved in " + fixed.backup + ".");
         if (const std::vector<std::string> others = OutsideOfDumps(fixed.changes);
             !others.empty())
-            output.Say("Mended too, but no settings, so not in there: " + Join(others, "; ") +
-                       ".");
-        output.Say(CountOf(fixed.changes.size(), "value") + " mended.");
+            output.Say("Also repaired, but not settings and so not saved: " +
+                       Join(others, "; ") + ".");
+        output.Say(CountOf(fixed.changes.size(), "value") + " repaired.");
     } else if (findings.empty()) {
-        output.Say("All stored values are right.");
+        output.Say("All stored values are valid.");
     }
 }
 
@@ -126,10 +126,10 @@ ExitCode Lint(const Context& context, const Options& options) {
 void AddLint(Context& context) {
     const auto [verb, options] =
         AddVerb<Options>(context.root, context, "lint",
-                         "hold each stored value against its type, range and encoding", Lint);
+                         "check each stored value's type, range and encoding", Lint);
     CLI::Option* const fix =
-        verb.add_flag("--fix", options.fix, "mend what is wrong, after a dump of all settings");
-    verb.add_option("--backup", options.backup, "the file of that dump")->needs(fix);
+        verb.add_flag("--fix", options.fix, "repair what is wrong, after dumping all settings");
+    verb.add_option("--backup", options.backup, "the file for that dump")->needs(fix);
     verb.footer(cFooter);
 }
 

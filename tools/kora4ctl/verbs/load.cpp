@@ -16,12 +16,13 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "The whole document is checked before anything is written; one bad value and nothing is.\n"
-    "Afterwards the settings that the document's scope covers are those of the document: what\n"
-    "it does not have is deleted, and its default is in force. With --merge that stays as it "
-    "is.\n"
-    "When a write fails, or Ctrl-C comes, what was there before is put back. When the program\n"
-    "is killed, 'kora4ctl doctor' finds the journal that it left, and undoes or finishes it.\n";
+    "The whole document is checked first; if one value is bad, nothing is written.\n"
+    "Afterwards the settings in the document's scope are those of the document: a setting\n"
+    "that it does not have is deleted, so that its default is in effect; with --merge it is\n"
+    "kept.\n"
+    "If a write fails, or on Ctrl-C, the previous settings are restored. If the program is\n"
+    "killed, 'kora4ctl doctor' finds the journal that it left and undoes or finishes the\n"
+    "load.\n";
 
 void Tell(Output& output, const std::vector<Difference>& changes, bool dryRun) {
     if (output.json) {
@@ -29,7 +30,7 @@ void Tell(Output& output, const std::vector<Difference>& changes, bool dryRun) {
         return;
     }
     if (changes.empty()) {
-        output.Say("The settings are those of the document already; nothing was written.");
+        output.Say("The settings already match the document; nothing was written.");
         return;
     }
     PrintDifferences(output, changes);
@@ -57,11 +58,11 @@ ExitCode Load(const Context& context, const Options& options) {
 
 void AddLoad(Context& context) {
     const auto [verb, options] = AddVerb(context.root, context, "load",
-                                         "take the settings of a document, all or none", Load);
-    verb.add_option("FILE", options.file, "a document of 'dump'; - is standard input")
+                                         "load the settings of a document, all or none", Load);
+    verb.add_option("FILE", options.file, "a document of 'dump', or - for standard input")
         ->required();
-    verb.add_flag("--dry-run", options.dryRun, "only tell what would change");
-    verb.add_flag("--merge", options.merge, "leave alone what the document does not have");
+    verb.add_flag("--dry-run", options.dryRun, "only print what would change");
+    verb.add_flag("--merge", options.merge, "keep settings that the document does not have");
     verb.footer(cFooter);
 }
 

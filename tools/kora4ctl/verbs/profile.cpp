@@ -44,7 +44,7 @@ void PrintReadings(const std::vector<Reading>& readings, Output& output) {
     }
     output.Table({"setting", "", "value"}, rows);
     if (isAnyOutside)
-        output.Print("! is outside what programs may set");
+        output.Print("! outside what programs can set");
 }
 
 ExitCode Show(const Context& context, const ProfileOptions& options) {
@@ -81,7 +81,7 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
                  " profile" + (name ? " " + Quoted(*name) : std::string()) +
                  (profile == active ? ", active" : ""));
     if (IsCustomProfile(profile) && !name)
-        output.Print("does not exist; these values would count");
+        output.Print("does not exist; these values would be in effect");
     PrintReadings(readings, output);
     return ExitCode::eDone;
 }
@@ -91,9 +91,8 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
 ExitCode Use(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     if (!IsSelectableProfile(profile))
-        throw Failure(ExitCode::eBadInput,
-                      ProfileName(profile) + " is a demo profile and is entered, not used.",
-                      "Enter it with 'kora4ctl demo enter'.");
+        throw BadInput(ProfileName(profile) + " is a demo profile and cannot be selected.",
+                       "Enter it with 'kora4ctl demo enter'.");
     SettingAccess access(context);
     const std::uint32_t before = access.ActiveProfile();
     Check(access.Api()->SetActiveProfile(static_cast<LONG>(profile)),
@@ -107,7 +106,7 @@ ExitCode Revert(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::string profile = ProfileName(access.ActiveProfile());
     Check(access.Api()->RevertActiveProfile(), "Reverting " + profile);
-    return PrintResult(context, profile + " has its factory values again.",
+    return PrintResult(context, profile + " was reset to its factory values.",
                        {{"profile", profile}});
 }
 
@@ -118,13 +117,13 @@ ExitCode Create(const Context& context, const ProfileOptions& options) {
     const std::string from = ProfileName(access.ActiveProfile());
     return PrintResult(
         context,
-        ProfileName(profile) + " '" + options.name + "' was made as a copy of " + from + ".",
+        ProfileName(profile) + " '" + options.name + "' was created as a copy of " + from + ".",
         {{"profile", ProfileName(profile)}, {"name", options.name}, {"from", from}});
 }
 
 ExitCode Rename(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     SettingAccess access(context);
     IVeltoKORA4API& api = *access.Api().Get();
     const std::optional<std::string> old = ReadProfileNames(api)[profile];
@@ -175,37 +174,38 @@ ExitCode Table(const Context& context, const NoOptions&) {
     }
     output.Table({"profile", "number", "kind", "", "name"}, rows);
     if (!IsSelectableProfile(active))
-        output.Say("Active is " + ProfileName(active) + ".");
+        output.Say("The active profile is " + ProfileName(active) + ".");
     return ExitCode::eDone;
 }
 
-constexpr char cNameHelp[] = "any text of at most 2047 UTF-16 characters, also ''";
+const std::string cNameHelp = "any text of at most " + std::to_string(cMaxTextChars) +
+                              " UTF-16 characters; '' is allowed";
 
 }  // namespace
 
 void AddProfile(Context& context) {
-    CLI::App& profile = AddGroup(context, "profile", "the profiles");
+    CLI::App& profile = AddGroup(context, "profile", "show and change profiles");
     const auto add = [&](const char* name, const char* summary, auto run) {
         return AddVerb(profile, context, name, summary, run);
     };
     const auto addForCustom = [&](const char* name, const char* summary, auto run) {
         const auto verb = add(name, summary, run);
-        verb.app.add_option("P", verb.options.profile, "p1 to p6")->required();
+        verb.app.add_option("P", verb.options.profile, CustomProfiles())->required();
         return verb;
     };
     const auto addWithName = [&](const char* name, const char* summary, auto run) {
         const auto verb = addForCustom(name, summary, run);
         verb.app.add_option("NAME", verb.options.name, cNameHelp)->required();
     };
-    const auto [show, shown] = add("show", "all values of a profile", Show);
-    show.add_option("P", shown.profile, "movie, music, ...; without one the active profile");
-    const auto [use, used] = add("use", "make a profile the active one", Use);
-    use.add_option("P", used.profile, "movie, music, games, p1 to p6")->required();
-    add("revert", "give the active preset profile its factory values", Revert);
-    addWithName("create", "copy the active profile to a custom one", Create);
-    addWithName("rename", "give a custom profile another name", Rename);
+    const auto [show, shown] = add("show", "show all values of a profile", Show);
+    show.add_option("P", shown.profile, "movie, music, ...; the active profile if omitted");
+    const auto [use, used] = add("use", "select the active profile", Use);
+    use.add_option("P", used.profile, "movie, music, games, " + CustomProfiles())->required();
+    add("revert", "reset the active preset profile to its factory values", Revert);
+    addWithName("create", "create a custom profile as a copy of the active one", Create);
+    addWithName("rename", "rename a custom profile", Rename);
     addForCustom("delete", "delete a custom profile", Delete);
-    add("table", "the profiles and their names", Table);
+    add("table", "list the profiles and their names", Table);
 }
 
 }  // namespace kora4::tools

@@ -25,10 +25,10 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "The first line has the settings, then comes a line for each notification with its offset\n"
-    "in milliseconds, and what else became different; the last line has the settings at the\n"
-    "end. Each line is on disk when the next one comes. Ctrl-C ends the recording; a program\n"
-    "that is killed leaves one without its end, which 'kora4ctl replay' does not take.\n";
+    "The first line has the settings; then there is a line for each notification, with its\n"
+    "offset in milliseconds and whatever else changed; the last line has the settings at the\n"
+    "end. Each line is on disk before the next one comes. Ctrl-C ends the recording; if the\n"
+    "program is killed, the recording has no end and 'kora4ctl replay' does not accept it.\n";
 
 // Lines into a file or to standard output.
 class Lines {
@@ -175,7 +175,7 @@ class Recorder {
 ExitCode Record(const Context& context, const Options& options) {
     WaitForStore(context);
     Recorder recorder(context, options);
-    context.output.Say("Recording; Ctrl-C ends it.");
+    context.output.Say("Recording; press Ctrl-C to stop.");
     const Wake wake = recorder.Run();
     recorder.End();
     const ExitCode code =
@@ -194,8 +194,9 @@ ExitCode Record(const Context& context, const Options& options) {
 
 void AddRecord(Context& context) {
     const auto [verb, options] =
-        AddVerb(context.root, context, "record", "write down how settings change", Record);
-    verb.add_option("FILE", options.file, "where to; - is standard output")->required();
+        AddVerb(context.root, context, "record", "record how settings change", Record);
+    verb.add_option("FILE", options.file, "the output file, or - for standard output")
+        ->required();
     options.limits.AddTo(verb, "notifications");
     verb.footer(cFooter);
 }

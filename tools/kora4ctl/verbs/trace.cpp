@@ -18,7 +18,7 @@ namespace kora4::tools {
 namespace {
 
 constexpr char cTakesEffect[] =
-    "It takes effect when a client calls Initialize the next time; start the program again.";
+    "It takes effect when a client next calls Initialize; restart the program.";
 
 using Rows = std::vector<std::vector<std::string>>;
 
@@ -63,9 +63,10 @@ void MakeLogFolder(Output& output) {
     if (HasLogFolder())
         return;
     if (!CreateDirectoryW(Widen(LogFolder()).c_str(), nullptr))
-        throw Win32Failure(GetLastError(), "The folder " + LogFolder() + " cannot be made",
-                           "Make it as an administrator; without it no log file is written.");
-    output.Say("Made the folder " + LogFolder() + ".");
+        throw Win32Failure(
+            GetLastError(), "The folder " + LogFolder() + " cannot be created",
+            "Create it as an administrator; without it, no log files are written.");
+    output.Say("Created the folder " + LogFolder() + ".");
 }
 
 ExitCode On(const Context& context, const OnOptions& options) {
@@ -99,10 +100,8 @@ std::string TagOf(const std::string& module) {
             return known.tag;
         tags.emplace_back(known.tag);
     }
-    throw Failure(
-        ExitCode::eBadInput,
-        "No module of the library is called '" + module + "'. " + Suggestion(module, tags),
-        "More: kora4ctl trace show --help");
+    throw BadInput("The library has no module '" + module + "'. " + Suggestion(module, tags),
+                   "For the list: kora4ctl trace show --help");
 }
 
 Json DocumentOf(const std::string& line) {
@@ -164,9 +163,10 @@ ExitCode ShowOnce(const Context& context, const ShowOptions& options, const std:
         output.PrintJson(document);
         return ExitCode::eDone;
     }
-    output.Table({}, {{"trace word", Hex(word.Flags()) + "  " + word.InWords()},
-                      {"log files", word.WritesFiles() ? "on" : "off"},
-                      {"folder", HasLogFolder() ? LogFolder() : LogFolder() + " (not there)"}});
+    output.Table(
+        {}, {{"trace word", Hex(word.Flags()) + "  " + word.InWords()},
+             {"log files", word.WritesFiles() ? "on" : "off"},
+             {"folder", HasLogFolder() ? LogFolder() : LogFolder() + " (does not exist)"}});
     if (!files.empty()) {
         Rows rows;
         for (const LogFile& file : files)
@@ -196,7 +196,7 @@ ExitCode Follow(const Context& context, const ShowOptions& options, const std::s
     while (!output.IsBroken() && !context.interrupt.WaitFor(cLookPeriod)) {
         lines = reader.NewLines();
         if (reader.BeganAnew())
-            output.Say("The file begins anew.");
+            output.Say("The file was replaced; starting over.");
         PrintLines(output, lines);
     }
     return ExitCode::eDone;
@@ -225,35 +225,36 @@ std::string ModuleHelp() {
 }
 
 void AddOn(CLI::App& trace, Context& context) {
-    const auto [on, options] =
-        AddVerb(trace, context, "on", "trace these categories, and no others", On);
+    const auto [on, options] = AddVerb(trace, context, "on", "trace only these categories", On);
     on.add_option("CATEGORY", options.categories,
-                  "which lines; without one: " + Join(TraceWord::Usual().CategoryNames(), ", "))
+                  "which lines; by default: " + Join(TraceWord::Usual().CategoryNames(), ", "))
         ->type_name("CATEGORY");
     on.add_flag("--files", options.files,
-                "write log files too; makes their folder, " + LogFolder());
-    on.footer(CategoryHelp() + "\n" + cTakesEffect +
-              "\nEach line costs a call of the debugger's output, with --files two files "
-              "are\nopened and closed for it as well.\n");
+                "also write log files; creates their folder, " + LogFolder());
+    on.footer(
+        CategoryHelp() + "\n" + cTakesEffect +
+        "\nEach line costs a call to the debugger's output; with --files, two files are also\n"
+        "opened and closed for it.\n");
 }
 
 void AddOff(CLI::App& trace, Context& context) {
     const auto [off, options] =
-        AddVerb(trace, context, "off", "back to messages only, and no log files", Off);
-    off.add_flag("--silent", options.silent, "not even messages: the master switch off");
+        AddVerb(trace, context, "off", "trace messages only, without log files", Off);
+    off.add_flag("--silent", options.silent, "turn the master switch off: not even messages");
     off.footer(std::string(cTakesEffect) + "\n");
 }
 
 void AddShow(CLI::App& trace, Context& context) {
     const auto [show, options] =
-        AddVerb(trace, context, "show", "what is traced, the log files, their lines", Show);
+        AddVerb(trace, context, "show", "show what is traced, and the log files", Show);
     show.add_flag("--follow,-f", options.follow,
                   "print lines as they are written, until Ctrl-C");
-    show.add_option("--lines,-n", options.lines, "how many of the last lines to begin with")
+    show.add_option("--lines,-n", options.lines, "how many of the last lines to show first")
         ->type_name("NUMBER")
         ->capture_default_str()
         ->check(CLI::Range(0u, 1000000u));
-    show.add_option("--module", options.module, "the log of one module instead of the shared")
+    show.add_option("--module", options.module,
+                    "the log of this module instead of the shared one")
         ->type_name("MODULE");
     show.footer(ModuleHelp());
 }
@@ -261,7 +262,7 @@ void AddShow(CLI::App& trace, Context& context) {
 }  // namespace
 
 void AddTrace(Context& context) {
-    CLI::App& trace = AddGroup(context, "trace", "what the library writes about what it does");
+    CLI::App& trace = AddGroup(context, "trace", "control and read the library's trace");
     AddOn(trace, context);
     AddOff(trace, context);
     AddShow(trace, context);

@@ -12,13 +12,14 @@ namespace kora4::tools {
 namespace {
 
 constexpr char cFooter[] =
-    "A line for each: the time, what changed, and what it is now. The message 'Watching...'\n"
-    "says that changes are told from now on; with --json, so does a first line with the event\n"
-    "\"ready\". Every further line has \"time\", \"event\" (\"enable\", \"profile\", "
-    "\"switch\",\n"
-    "\"value\", \"graphic-eq\" or \"table\"), \"name\" and \"value\".\n"
-    "Only the active profile's values are told, and with another profile the profile alone.\n"
-    "Ends with Ctrl-C, when nobody reads the output any more, and as the options say.\n";
+    "One line for each change: the time, what changed, and its new value. The message\n"
+    "'Watching...' says that changes are reported from now on; with --json, so does a first\n"
+    "line with the event \"ready\". Every further line has \"time\", \"event\" (\"enable\",\n"
+    "\"profile\", \"switch\", \"value\", \"graphic-eq\" or \"table\"), \"name\" and "
+    "\"value\".\n"
+    "Only the active profile's values are reported; when the profile changes, only the\n"
+    "profile.\n"
+    "Ends on Ctrl-C, when the output is closed, and as the options say.\n";
 
 ExitCode Watch(const Context& context, const RunLimits& limits) {
     Output& output = context.output;
@@ -28,7 +29,7 @@ ExitCode Watch(const Context& context, const RunLimits& limits) {
     const Deadline deadline = limits.Start();
     if (output.json)
         output.PrintJsonLine({{"time", Moment::Now().Iso()}, {"event", "ready"}});
-    output.Say("Watching; Ctrl-C ends it.");
+    output.Say("Watching; press Ctrl-C to stop.");
     unsigned count = 0;
     for (std::vector<Notification> told; !output.IsBroken();) {
         const Wake wake = listener.Wait(deadline, told);
@@ -52,7 +53,7 @@ ExitCode Watch(const Context& context, const RunLimits& limits) {
 
 void AddWatch(Context& context) {
     const auto [verb, limits] =
-        AddVerb(context.root, context, "watch", "tell every change as it happens", Watch);
+        AddVerb(context.root, context, "watch", "print every change as it happens", Watch);
     limits.AddTo(verb, "notifications");
     verb.footer(cFooter);
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "contract/defaults.h"
 #include "unit/store/clients/clients_support.h"
 
 namespace kora4 {
@@ -55,7 +56,7 @@ TEST_F(ClientOperations, AnEmptyStoreIsMovieAndEnabled) {
     EXPECT_EQ(result::cOk, m_client->GetVeltoEnable(&enable));
     EXPECT_EQ(0u, profile);
     EXPECT_TRUE(enable);
-    EXPECT_EQ(262151u, Volume());
+    EXPECT_EQ(defaults::cVolumeAmount[cMovieProfile], Volume());
 }
 
 TEST_F(ClientOperations, SelectsPresetProfilesOnly) {

@@ -103,7 +103,7 @@ TEST_F(PatchSet, AsksTheStoreForNothingWhenOnlyDefaultsAreWanted) {
               m_patches.LoadPresetPatch(m_store, cDemoMovieProfile, true, eVolumeTech));
     EXPECT_EQ(0u, m_store.Operations());
     EXPECT_EQ(1u, m_patches.m_dwPresetOnElseOff[eVolumeTech]);
-    EXPECT_EQ(0x40007u, m_patches.m_records.volume.amount);
+    EXPECT_EQ(defaults::cVolumeAmount[cMovieProfile], m_patches.m_records.volume.amount);
 }
 
 TEST_F(PatchSet, LoadsWhatIsStoredUnderADemoProfileWhenAskedTo) {

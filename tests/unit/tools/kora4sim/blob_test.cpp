@@ -24,7 +24,7 @@ StoredValue Spoilt(std::span<const Spoiling> spoilings, const std::string& name,
                    const Picture& picture = cPicture) {
     for (const Spoiling& spoiling : spoilings) {
         if (name == spoiling.name)
-            return spoiling.make(picture, cNoise, cNumber);
+            return spoiling.make({picture, cNoise, cNumber});
     }
     ADD_FAILURE() << name;
     return {};
@@ -104,11 +104,11 @@ TEST(Garbage, RandomBytesDifferFromPictureToPictureAndRepeatWithTheSeed) {
         if (std::string(spoiling.name) != "random")
             continue;
         for (std::uint64_t number = 0; number < 50; ++number) {
-            const StoredValue value = spoiling.make(cPicture, cNoise, number);
+            const StoredValue value = spoiling.make({cPicture, cNoise, number});
             EXPECT_LE(1u, value.bytes.size());
             EXPECT_GE(600u, value.bytes.size());
-            EXPECT_EQ(value, spoiling.make(cPicture, Noise(7), number));
-            EXPECT_NE(value, spoiling.make(cPicture, Noise(8), number));
+            EXPECT_EQ(value, spoiling.make({cPicture, Noise(7), number}));
+            EXPECT_NE(value, spoiling.make({cPicture, Noise(8), number}));
             values.insert(ToHex(value.bytes));
             ReadBack(value);
         }
@@ -183,7 +183,8 @@ TEST(WrongCounts, FortyOneBandsAreReallyThere) {
 
 TEST(WrongCounts, OfAPictureWithoutRecordsAreHarmless) {
     for (const Spoiling& spoiling : WrongCounts())
-        EXPECT_TRUE(ReadBack(spoiling.make({}, cNoise, cNumber)).empty()) << spoiling.name;
+        EXPECT_TRUE(ReadBack(spoiling.make({Picture(), cNoise, cNumber})).empty())
+            << spoiling.name;
 }
 
 std::string DigestOf(const std::vector<StoredValue>& values) {

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "contract/defaults.h"
+#include "contract/profiles.h"
+
 namespace kora4::tools::sim {
 namespace {
 
@@ -53,7 +56,7 @@ TEST(Processing, LevelerLiftsWhatIsQuietByItsAmount) {
     processing.leveler = 5;
     EXPECT_EQ(2.5, processing.GainAt(1000, -50));
     // As in the defaults of Movie.
-    processing.leveler = 0x40007;
+    processing.leveler = defaults::cVolumeAmount[cMovieProfile];
     EXPECT_EQ(5, processing.GainAt(1000, -50));
 }
 

@@ -9,6 +9,7 @@
 
 #include "contract/profiles.h"
 #include "contract/technologies.h"
+#include "settings/content.h"
 
 namespace kora4::tools::sim {
 namespace {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
+#include "settings/content.h"
 #include "support/text_limits.h"
 #include "tools/support/memory_store.h"
 
@@ -108,9 +109,9 @@ TEST(Document, TakesValuesThatTheApiWouldNot) {
 TEST(Document, RefusesWhatIsNoDocument) {
     ExpectRefusal("", {"empty"});
     ExpectRefusal("   \n", {"empty"});
-    ExpectRefusal("hello", {"no JSON", "line 1"});
-    ExpectRefusal(InMusic(R"("volume-leveler": 1e999)"), {"no JSON: number overflow"});
-    ExpectRefusal("[]", {"no object", "dump"});
+    ExpectRefusal("hello", {"not valid JSON", "line 1"});
+    ExpectRefusal(InMusic(R"("volume-leveler": 1e999)"), {"not valid JSON: number overflow"});
+    ExpectRefusal("[]", {"not an object", "dump"});
     ExpectRefusal("{}", {"format"});
     ExpectRefusal(R"({"format": "other", "version": 1, "scope": "user"})", {"format"});
     ExpectRefusal(R"({"format": "kora4-settings", "scope": "user"})", {"version"});

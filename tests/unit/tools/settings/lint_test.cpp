@@ -163,7 +163,7 @@ TEST(Lint, UnknownNamesAreNotesAndStay) {
     store.values[{eKeySetStatic, "Something"}] = StoredValue::FromDword(1);
     store.Write(eKeySetStatic, pkey::Setting(999), StoredValue::FromDword(1));
     // A flag belongs into the dynamic keys.
-    store.Write(eKeySetStatic, FlagValue({Family::ePreset, 1}, 0).key,
+    store.Write(eKeySetStatic, SwitchValue({Family::ePreset, 1}, 0).key,
                 StoredValue::FromDword(1));
     const std::vector<Finding> findings = Lint(store);
     EXPECT_EQ(3u, findings.size());

@@ -10,6 +10,7 @@
 #include "contract/patch_records.h"
 #include "contract/profiles.h"
 #include "faults/damage.h"
+#include "settings/content.h"
 #include "settings/settings_table.h"
 #include "support/text_limits.h"
 #include "tools/support/memory_store.h"
@@ -48,7 +49,7 @@ TEST(Schema, PutsEachValueIntoItsKeySet) {
 
 TEST(Schema, MakesTheLibrarysKeys) {
     for (std::uint32_t profile : {0u, 1u, 4u, 8u, 240u, 242u}) {
-        EXPECT_EQ(PresetPatchKey(eVolumeTech, profile, 0), FlagValue(cLeveler, profile).key);
+        EXPECT_EQ(PresetPatchKey(eVolumeTech, profile, 0), SwitchValue(cLeveler, profile).key);
         EXPECT_EQ(PresetPatchKey(eVolumeTech, profile, 3),
                   FieldValue(cLeveler, profile, 3).key);
         EXPECT_EQ(ProfileNameKey(profile), NameValue(profile).key);
@@ -80,15 +81,15 @@ TEST(Schema, DefaultsCanBeReadAndAreThoseOfTheRows) {
         return std::get<std::uint32_t>(*Decode(FieldValue(cLeveler, profile, 3),
                                                *FieldValue(cLeveler, profile, 3).Default()));
     };
-    EXPECT_EQ(0x40007u, amount(cMovieProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cMovieProfile));
     EXPECT_EQ(0u, amount(cMusicProfile));
-    EXPECT_EQ(0x40007u, amount(cFirstCustomProfile));
-    EXPECT_EQ(0x40007u, amount(cDemoMovieProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cFirstCustomProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cDemoMovieProfile));
     EXPECT_EQ(0u, amount(cDemoMusicProfile));
     const Technology dialog{Family::ePreset, eEnhancementTech};
-    EXPECT_EQ(0u, FlagValue(dialog, cMusicProfile).defaultNumber);
-    EXPECT_EQ(0u, FlagValue(dialog, cDemoMusicProfile).defaultNumber);
-    EXPECT_EQ(1u, FlagValue(dialog, cFirstCustomProfile).defaultNumber);
+    EXPECT_EQ(0u, SwitchValue(dialog, cMusicProfile).defaultNumber);
+    EXPECT_EQ(0u, SwitchValue(dialog, cDemoMusicProfile).defaultNumber);
+    EXPECT_EQ(1u, SwitchValue(dialog, cFirstCustomProfile).defaultNumber);
 }
 
 TEST(Schema, AnEffectiveValueIsTheStoredOneOrTheDefault) {
@@ -130,7 +131,7 @@ TEST(Schema, RefusesToStoreWhatNoReaderTakes) {
 TEST(Schema, FieldsAndNamesAreAnnouncedAndNothingElse) {
     EXPECT_EQ(PresetTriggerKey(eVolumeTech), FieldValue(cLeveler, 4, 3).Announcement());
     EXPECT_EQ(pkey::Setting(pkey::cProfileTableCounterPid), NameValue(3).Announcement());
-    EXPECT_EQ(std::nullopt, FlagValue(cLeveler, 4).Announcement());
+    EXPECT_EQ(std::nullopt, SwitchValue(cLeveler, 4).Announcement());
     EXPECT_EQ(std::nullopt, SettingValue(pkey::cSamplingPeriodPid).Announcement());
 }
 

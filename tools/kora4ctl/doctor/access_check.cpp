@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The check of the access lists: registration gives everybody every right.
+#include "kora4ctl/doctor/access_check.h"
+
 #include <aclapi.h>
 #include <sddl.h>
 
@@ -8,7 +10,6 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/registry_paths.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "platform/handles.h"
 
 namespace kora4::tools {
@@ -22,8 +23,8 @@ struct Right {
 // In the order of what a client misses most.
 constexpr Right cRights[] = {
     {KEY_QUERY_VALUE, "read values"},       {KEY_SET_VALUE, "write values"},
-    {KEY_NOTIFY, "be told of changes"},     {KEY_ENUMERATE_SUB_KEYS, "list keys"},
-    {KEY_CREATE_SUB_KEY, "make keys"},      {KEY_CREATE_LINK, "make links"},
+    {KEY_NOTIFY, "be notified of changes"}, {KEY_ENUMERATE_SUB_KEYS, "list subkeys"},
+    {KEY_CREATE_SUB_KEY, "create subkeys"}, {KEY_CREATE_LINK, "create links"},
     {READ_CONTROL, "read the access list"}, {DELETE, "delete the key"},
     {WRITE_DAC, "change the access list"},  {WRITE_OWNER, "change the owner"},
 };
@@ -70,8 +71,8 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
 
 void LookAtAccess(const wchar_t* path, CheckResult& result) {
     constexpr char again[] =
-        "Run as an administrator: kora4ctl register (it sets the access lists anew; for a key "
-        "that denies even that, its owner has to run it)";
+        "Run as an administrator: kora4ctl register (it resets the access lists; for a key "
+        "that denies even this, its owner must run it)";
     const std::string name = "HKEY_LOCAL_MACHINE\\" + Narrow(path);
     UniqueRegKey key;
     const LSTATUS opening =
@@ -87,10 +88,9 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
             : GetSecurityInfo(key.Get(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr,
                               nullptr, &dacl, nullptr, descriptor.Put());
     if (status != ERROR_SUCCESS) {
-        result.Add(Severity::eError,
-                   "The access list of " + name +
-                       " cannot be read: " + InWords(HRESULT_FROM_WIN32(status)) + ".",
-                   again);
+        result.Error("The access list of " + name +
+                         " cannot be read: " + InWords(HRESULT_FROM_WIN32(status)) + ".",
+                     again);
         return;
     }
     // Without a list everybody may do everything.
@@ -102,19 +102,18 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
         if ((granted.toEverybody & right.bits) != right.bits)
             missing.emplace_back(right.words);
     }
-    const std::string list = " (its list: " + AsText(descriptor.Get()) + ")";
+    const std::string list = " (access list: " + AsText(descriptor.Get()) + ")";
     if (missing.size() == std::size(cRights))
-        result.Add(Severity::eWarning,
-                   name +
-                       " gives everybody no right at all: programs of other users cannot "
-                       "use the settings" +
-                       list + ".",
-                   again);
+        result.Warning(name +
+                           " grants everyone no rights: other users' programs cannot "
+                           "use the settings" +
+                           list + ".",
+                       again);
     else if (!missing.empty())
-        result.Add(Severity::eWarning,
-                   name + " does not let everybody " + Join(missing, ", ") + list + ".", again);
+        result.Warning(name + " does not let everyone " + Join(missing, ", ") + list + ".",
+                       again);
     if (granted.hasDenials)
-        result.Add(Severity::eWarning, name + " denies somebody something" + list + ".", again);
+        result.Warning(name + " contains entries that deny access" + list + ".", again);
 }
 
 }  // namespace
@@ -123,7 +122,7 @@ CheckResult CheckAccess(Examination&) {
     CheckResult result;
     for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
         LookAtAccess(path, result);
-    result.summary = "every user may read and write";
+    result.summary = "every user can read and write";
     return result;
 }
 

@@ -1,35 +1,31 @@
 // SPDX-License-Identifier: MIT
 // A JSON value that is checked while it is read: every complaint names its place.
-#ifndef KORA4_KORA4SIM_SCENE_CHECKED_JSON_H
-#define KORA4_KORA4SIM_SCENE_CHECKED_JSON_H
+#ifndef KORA4_BASE_CHECKED_JSON_H
+#define KORA4_BASE_CHECKED_JSON_H
 
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "base/failure.h"
 #include "base/output.h"
 
-namespace kora4::tools::sim {
+namespace kora4::tools {
 
-// Parses a whole document. Failure with eBadInput names the line and the column of what is
-// no JSON, and members that stand twice.
-Json ParseJson(std::string_view text, const std::string& file);
-
-// A value inside a document that outlives it.
+// A value inside a document that outlives it. What is not as demanded is thrown as Failure
+// with eBadInput.
 class CheckedJson {
   public:
-    CheckedJson(const Json& value, std::string file, std::string place = {})
+    // file: begins every complaint; may be empty.
+    explicit CheckedJson(const Json& value, std::string file = {}, std::string place = {})
         : m_value(value), m_file(std::move(file)), m_place(std::move(place)) {}
 
     // An object that has no other members than these, and all that are needed.
     void CheckMembers(const std::vector<std::string>& needed,
                       const std::vector<std::string>& optional = {}) const;
-    bool Has(const char* member) const { return m_value.contains(member); }
-
-    // The member of an object, which must be there (CheckMembers).
-    CheckedJson operator[](const char* member) const;
+    bool Has(const std::string& member) const { return m_value.contains(member); }
+    CheckedJson operator[](const std::string& member) const;
+    // The member, or an empty object in its place.
+    CheckedJson Section(const std::string& member) const;
     // An array of that many elements.
     std::vector<CheckedJson> Elements(std::size_t least, std::size_t most) const;
 
@@ -50,14 +46,16 @@ class CheckedJson {
     const Json& Raw() const { return m_value; }
 
     // "scene.json: records[1].bands: <what>", to be thrown.
-    Failure Bad(const std::string& what) const;
+    Failure Bad(const std::string& what, const std::string& next = {}) const;
 
   private:
+    CheckedJson Child(const Json& value, const std::string& member) const;
+
     const Json& m_value;
     std::string m_file;
     std::string m_place;
 };
 
-}  // namespace kora4::tools::sim
+}  // namespace kora4::tools
 
-#endif  // KORA4_KORA4SIM_SCENE_CHECKED_JSON_H
+#endif  // KORA4_BASE_CHECKED_JSON_H

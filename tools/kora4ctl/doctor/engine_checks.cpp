@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Checks of the engine's side of the store.
+#include "kora4ctl/doctor/engine_checks.h"
+
 #include "base/text.h"
 #include "contract/engine_masks.h"
 #include "contract/general_settings.h"
 #include "contract/registry_paths.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "platform/handles.h"
 #include "settings/schema.h"
 
@@ -80,16 +81,15 @@ CheckResult CheckEngine(Examination& examination) {
     CheckResult result;
     result.summary = name ? std::string(name) + " (mask " + Hex(mask, 4) + ")" : "";
     if (!stored)
-        result.Add(Severity::eNote, "No engine is installed: there is no engine mask.",
-                   "Install the product's engine, or let kora4sim stand in for it.");
+        result.Note("No engine is installed: the engine mask is not set.",
+                    "Install the product's engine, or run kora4sim in its place.");
     else if (!stored->AsDword())
-        result.Add(Severity::eError, "The engine mask cannot be read: " + Describe(*stored, 30),
-                   "Install the engine again, or run: kora4ctl lint --fix");
+        result.Error("The engine mask cannot be read: " + Describe(*stored, 30),
+                     "Reinstall the engine, or run: kora4ctl lint --fix");
     else if (!name)
-        result.Add(
-            Severity::eWarning,
-            "The engine mask " + Hex(mask, 4) + " is that of no known engine.",
-            "Install the engine again; a known one has " +
+        result.Warning(
+            "The engine mask " + Hex(mask, 4) + " is not that of a known engine.",
+            "Reinstall the engine; known engines have " +
                 [] {
                     std::vector<std::string> masks;
                     for (const EngineConfiguration& known : cEngineConfigurations)
@@ -105,12 +105,11 @@ CheckResult CheckLevels(Examination& examination) {
     const std::uint32_t period =
         OpenedStore(examination)->Number(cPeriod.keySet, cPeriod.key, cPeriod.defaultNumber);
     if (period == 0 || period > cSlowest)
-        result.Add(
-            Severity::eWarning,
-            "The sampling period is " + std::to_string(period) + " ms: " +
-                (period == 0 ? "displays may run without a pause." : "displays hardly move."),
-            "Set it to what is usual: kora4ctl set sampling-period " +
-                std::to_string(cPeriod.defaultNumber));
+        result.Warning("The sampling period is " + std::to_string(period) + " ms: " +
+                           (period == 0 ? "displays may refresh without pause."
+                                        : "displays will hardly move."),
+                       "Set it to the default: kora4ctl set sampling-period " +
+                           std::to_string(cPeriod.defaultNumber));
     // Expected as long as no engine is installed.
     const Severity severity = examination.hasEngine ? Severity::eWarning : Severity::eNote;
     const Picture first = Look(examination);
@@ -120,19 +119,19 @@ CheckResult CheckLevels(Examination& examination) {
         return result;
     }
     if (const std::string problem = Malformation(examination); !problem.empty())
-        result.Add(Severity::eError, "The engine's levels are malformed: " + problem + ".",
-                   "Restart the engine; should that not help, install it again.");
+        result.Error("The engine's levels are malformed: " + problem + ".",
+                     "Restart the engine; if that does not help, reinstall it.");
     const std::uint32_t watch = std::clamp(period > cLongestWatch ? cLongestWatch : period * 2,
                                            cShortestWatch, cLongestWatch);
     if (!ChangesWithin(examination, first, watch))
         result.Add(examination.isSilent ? Severity::eNote : severity,
                    "The levels have not changed for " + std::to_string(watch) +
-                       (examination.isSilent ? " ms; they are silence."
+                       (examination.isSilent ? " ms: there is only silence."
                                              : " ms: the engine does not answer."),
-                   examination.isSilent ? "Play something and look again."
-                                        : "Play something; when nothing changes then either, "
+                   examination.isSilent ? "Play something and run this again."
+                                        : "Play something; if the levels still do not change, "
                                           "restart the engine.");
-    result.summary = "published, and changing";
+    result.summary = "published and changing";
     return result;
 }
 

@@ -1,21 +1,16 @@
 // SPDX-License-Identifier: MIT
-// The checks of a scene's members, and the messages that name their place.
-#include "kora4sim/scene/checked_json.h"
+// The checks of a member, and the messages that name its place.
+#include "base/checked_json.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "base/nearest.h"
-#include "base/strict_json.h"
 #include "base/text.h"
 
-namespace kora4::tools::sim {
+namespace kora4::tools {
 
 namespace {
-
-std::string Shown(double number) {
-    return Decimal(static_cast<float>(number));
-}
 
 std::string Quoted(const std::vector<std::string>& names) {
     return "'" + Join(names, "', '") + "'";
@@ -23,17 +18,11 @@ std::string Quoted(const std::vector<std::string>& names) {
 
 }  // namespace
 
-Json ParseJson(std::string_view text, const std::string& file) {
-    try {
-        return ParseStrictJson(text);
-    } catch (const Failure& failure) {
-        throw Failure(failure.Code(), file + ": " + failure.what());
-    }
-}
-
-Failure CheckedJson::Bad(const std::string& what) const {
-    const std::string place = m_place.empty() ? "" : m_place + ": ";
-    return Failure(ExitCode::eBadInput, m_file + ": " + place + what);
+Failure CheckedJson::Bad(const std::string& what, const std::string& next) const {
+    std::string sentence;
+    for (const std::string& part : {m_file, m_place})
+        sentence += part.empty() ? "" : part + ": ";
+    return Failure(ExitCode::eBadInput, sentence + what, next);
 }
 
 void CheckedJson::CheckMembers(const std::vector<std::string>& needed,
@@ -44,7 +33,8 @@ void CheckedJson::CheckMembers(const std::vector<std::string>& needed,
     known.insert(known.end(), optional.begin(), optional.end());
     for (const auto& [name, value] : m_value.items()) {
         if (std::find(known.begin(), known.end(), name) == known.end())
-            throw Bad("there is no member '" + name + "' here. " + Suggestion(name, known));
+            throw Child(value, name)
+                .Bad("no such member is known here. " + Suggestion(name, known));
     }
     for (const std::string& name : needed) {
         if (!m_value.contains(name))
@@ -53,34 +43,43 @@ void CheckedJson::CheckMembers(const std::vector<std::string>& needed,
     }
 }
 
-CheckedJson CheckedJson::operator[](const char* member) const {
-    return {m_value.at(member), m_file, m_place.empty() ? member : m_place + "." + member};
+CheckedJson CheckedJson::Child(const Json& value, const std::string& member) const {
+    return CheckedJson(value, m_file, m_place.empty() ? member : m_place + "." + member);
+}
+
+CheckedJson CheckedJson::operator[](const std::string& member) const {
+    return Child(m_value.at(member), member);
+}
+
+CheckedJson CheckedJson::Section(const std::string& member) const {
+    static const Json cEmpty = Json::object();
+    return Child(Has(member) ? m_value.at(member) : cEmpty, member);
 }
 
 std::vector<CheckedJson> CheckedJson::Elements(std::size_t least, std::size_t most) const {
     if (!m_value.is_array())
         throw Bad("this must be an array.");
     if (m_value.size() < least || m_value.size() > most)
-        throw Bad("this must have " + std::to_string(least) + " to " + std::to_string(most) +
+        throw Bad("this must have " +
+                  Range(static_cast<double>(least), static_cast<double>(most)) +
                   " elements; it has " + std::to_string(m_value.size()) + ".");
     std::vector<CheckedJson> elements;
     for (std::size_t i = 0; i < m_value.size(); ++i)
-        elements.push_back({m_value[i], m_file, m_place + "[" + std::to_string(i) + "]"});
+        elements.emplace_back(m_value[i], m_file, m_place + "[" + std::to_string(i) + "]");
     return elements;
 }
 
 double CheckedJson::Number(double least, double most) const {
     const double number = m_value.is_number() ? m_value.get<double>() : least - 1;
     if (!(number >= least) || !(number <= most))
-        throw Bad("this must be a number from " + Shown(least) + " to " + Shown(most) + ".");
+        throw Bad("this must be a number from " + Range(least, most) + ".");
     return number;
 }
 
 unsigned CheckedJson::Count(unsigned least, unsigned most) const {
     const double number = m_value.is_number() ? m_value.get<double>() : -1.0;
     if (number != std::floor(number) || number < least || number > most)
-        throw Bad("this must be a whole number from " + std::to_string(least) + " to " +
-                  std::to_string(most) + ".");
+        throw Bad("this must be a whole number from " + Range(least, most) + ".");
     return static_cast<unsigned>(number);
 }
 
@@ -103,4 +102,4 @@ bool CheckedJson::Switch() const {
     return m_value.get<bool>();
 }
 
-}  // namespace kora4::tools::sim
+}  // namespace kora4::tools

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Draws the curve of an equalizer: one line, or a grid with scale and frequencies.
+#include "kora4ctl/equalizer/bands_picture.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -7,20 +9,13 @@
 
 #include "api/patch_limits.h"
 #include "base/text.h"
-#include "kora4ctl/equalizer/equalizer.h"
+#include "kora4ctl/terminal/text_layout.h"
 
 namespace kora4::tools {
 
 namespace {
 
 constexpr std::array<const char*, 9> cHeights = {" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
-
-std::string Repeated(const char* text, std::size_t times) {
-    std::string repeated;
-    for (std::size_t i = 0; i < times; ++i)
-        repeated += text;
-    return repeated;
-}
 
 // How much of a cell is filled that begins `below` dB away from zero and is `size` dB high.
 double Filling(float gain, double below, double size) {

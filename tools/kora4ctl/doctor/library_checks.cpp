@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Checks of the library as a client uses it. They run on a thread of their own: a call that
 // hangs must not hang the doctor.
+#include "kora4ctl/doctor/library_checks.h"
+
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -9,7 +11,6 @@
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "kora4ctl/notifications/notification_listener.h"
 #include "platform/handles.h"
 #include "process/api_session.h"
@@ -39,10 +40,9 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
     try {
         body(*trial);
     } catch (const Failure& failure) {
-        trial->result.Add(Severity::eError, failure.what(), failure.Next());
+        trial->result.Error(failure.what(), failure.Next());
     } catch (const std::exception& error) {
-        trial->result.Add(Severity::eError,
-                          std::string("This should not have happened: ") + error.what());
+        trial->result.Error(std::string("Unexpected error: ") + error.what());
     }
     SetEvent(trial->done.Get());
 }
@@ -63,7 +63,7 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
     }
     if (ended == WAIT_OBJECT_0) {
         // Interrupted by the user: that says nothing about the library.
-        result.Add(Severity::eNote, "Interrupted.");
+        result.Note("Interrupted.");
         if (WaitForSingleObject(trial->done.Get(), cLastChance) == WAIT_OBJECT_0) {
             thread.join();
             return nullptr;
@@ -73,10 +73,9 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
     examination.hasHungThread = true;
     if (ended == WAIT_OBJECT_0)
         return nullptr;
-    result.Add(Severity::eError,
-               std::string("The library hangs while ") + trial->step.load() + ".",
-               "Look at what it does: kora4ctl trace on all --files, then this once more, then "
-               "kora4ctl trace show");
+    result.Error(std::string("The library hangs while ") + trial->step.load() + ".",
+                 "See what it does: run kora4ctl trace on all --files, then this again, then "
+                 "kora4ctl trace show");
     return nullptr;
 }
 
@@ -90,7 +89,7 @@ bool AreSilent(IVeltoKORA4API& api) {
 }
 
 void UseLibrary(Trial& trial) {
-    trial.step = "an object is made and initialised";
+    trial.step = "an object is created and initialised";
     const ULONGLONG begin = GetTickCount64();
     const ApiSession api;
     const ULONGLONG ready = GetTickCount64();
@@ -116,7 +115,7 @@ bool HearsOfValue(NotificationListener& listener, const Deadline& deadline) {
 }
 
 void BeTold(const Examination& examination, Trial& trial) {
-    trial.step = "an object is made and initialised";
+    trial.step = "an object is created and initialised";
     const ApiSession api;
     trial.step = "a callback is registered";
     NotificationListener listener(*api.Get(), examination.context.interrupt.Event());
@@ -126,17 +125,16 @@ void BeTold(const Examination& examination, Trial& trial) {
         const OpenedStore opened(examination, OpenMode::eReadWrite);
         opened->Bump(TriggerValue({Family::ePreset, eEnhancementTech}).key);
     }
-    trial.step = "a notification is awaited";
+    trial.step = "a notification is expected";
     if (HearsOfValue(listener, Deadline(examination.patience / 1000.0)))
         trial.result.summary =
             "one came after " + std::to_string(GetTickCount64() - begin) + " ms";
     else
-        trial.result.Add(Severity::eError,
-                         "A client was not told of a change within " +
-                             Decimal(static_cast<float>(examination.patience) / 1000) + " s.",
-                         "See what the library says about it: kora4ctl trace on messages "
-                         "notification-threads security --files");
-    trial.step = "the callback is taken back";
+        trial.result.Error("A client was not notified of a change within " +
+                               Decimal(static_cast<float>(examination.patience) / 1000) + " s.",
+                           "See what the library reports: kora4ctl trace on messages "
+                           "notification-threads security --files");
+    trial.step = "the callback is unregistered";
     Check(api->UnregisterChangeNotifications(), "Ending the notifications");
     trial.step = "the object is released";
 }

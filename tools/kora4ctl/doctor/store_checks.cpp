@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Checks of what is stored.
+#include "kora4ctl/doctor/store_checks.h"
+
 #include "base/text.h"
 #include "contract/profiles.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "kora4ctl/explain/trace_log.h"
 #include "kora4ctl/explain/trace_word.h"
 #include "settings/names.h"
@@ -37,18 +38,17 @@ bool Exists(StoreAccess& store, std::uint32_t customProfile) {
 }
 
 void LookAtDemo(StoreAccess& store, std::uint32_t demo, CheckResult& result) {
-    result.Add(Severity::eWarning,
-               "The demo profile " + ProfileName(demo) +
-                   " is active: no other profile can be chosen, and values that are set are "
-                   "not kept. Which program left it on cannot be told.",
-               "Leave the demo in the program that shows it; when that is gone: kora4ctl "
-               "demo force-leave");
+    result.Warning(
+        "The demo profile " + ProfileName(demo) +
+            " is active: other profiles cannot be selected, and changed values are "
+            "not stored. The program that entered it is unknown.",
+        "Leave the demo in the program that shows it; if that is gone, run: kora4ctl "
+        "demo force-leave");
     const std::optional<StoredValue> saved = store.Read(eKeySetStatic, cSavedProfile);
     const std::optional<std::uint32_t> number = saved ? saved->AsDword() : std::nullopt;
     if (!number || !IsSelectableProfile(*number))
-        result.Add(Severity::eNote,
-                   "The profile from before the demo is not known: leaving the demo makes " +
-                       ProfileName(cMovieProfile) + " active.");
+        result.Note("The profile from before the demo is unknown: leaving the demo makes " +
+                    ProfileName(cMovieProfile) + " active.");
 }
 
 }  // namespace
@@ -73,20 +73,21 @@ CheckResult CheckLoad(Examination& examination) {
     const Recovered recovered = examination.isDryRun ? Inspect(*opened, journal)
                                                      : Recover(*opened, *opened.lock, journal);
     CheckResult result;
-    result.summary = "none was broken off";
+    result.summary = "none was interrupted";
     switch (recovered.outcome) {
         case Recovery::eNothing:
             break;
         case Recovery::eUnreadable:
-            result.Add(Severity::eError, recovered.InWords(),
-                       "Use the program that wrote it, or remove the file: " + journal.Path());
+            result.Error(
+                recovered.InWords(),
+                "Use the program that wrote it, or remove the file: " + journal.Path());
             break;
         default:
             if (examination.isDryRun)
-                result.Add(Severity::eWarning, recovered.InWords(), "kora4ctl doctor");
+                result.Warning(recovered.InWords(), "kora4ctl doctor");
             else
-                result.Add(Severity::eNote, recovered.InWords() + Restored(recovered),
-                           "Nothing, that is mended now.");
+                result.Note(recovered.InWords() + Restored(recovered),
+                            "No action needed; already repaired.");
     }
     return result;
 }
@@ -104,41 +105,38 @@ CheckResult CheckValues(Examination& examination) {
     }
     const auto [notes, warnings, errors] = counts;
     CheckResult result;
-    result.summary = "all of them can be read, and are in range";
+    result.summary = "all readable and in range";
     if (errors)
-        result.Add(Severity::eError,
-                   Count(errors, "value cannot be read: its default is in force.",
-                         "values cannot be read: their defaults are in force."),
-                   "See which: kora4ctl lint; repair: kora4ctl lint --fix");
+        result.Error(Count(errors, "value cannot be read: its default is in effect.",
+                           "values cannot be read: their defaults are in effect."),
+                     "List them: kora4ctl lint; repair them: kora4ctl lint --fix");
     if (warnings)
-        result.Add(Severity::eWarning,
-                   Count(warnings, "value is", "values are") +
-                       " nothing that a client would have set.",
-                   "See which: kora4ctl lint; repair: kora4ctl lint --fix");
+        result.Warning(
+            Count(warnings, "value is", "values are") + " outside what a client can set.",
+            "List them: kora4ctl lint; repair them: kora4ctl lint --fix");
     if (notes)
-        result.Add(Severity::eNote, Count(notes, "value is", "values are") + " worth a look.",
-                   "See which: kora4ctl lint");
+        result.Note(Count(notes, "value is", "values are") + " worth checking.",
+                    "List them: kora4ctl lint");
     return result;
 }
 
 CheckResult CheckProfile(Examination& examination) {
     const OpenedStore opened(examination);
     const std::uint32_t profile = opened->Number(eKeySetDynamic, cActiveProfile, cMovieProfile);
-    constexpr char useAnother[] = "Choose another one: kora4ctl profile use movie";
+    constexpr char useAnother[] = "Select another: kora4ctl profile use movie";
     CheckResult result;
     result.summary = ProfileName(profile) + " is active";
     if (IsDemoProfile(profile))
         LookAtDemo(*opened, profile, result);
     else if (!IsAllowableProfile(profile))
-        result.Add(Severity::eWarning,
-                   "The active profile is " + std::to_string(profile) +
-                       ", which is no profile: the values of movie are in force, and every "
-                       "technology is on.",
-                   useAnother);
+        result.Warning(
+            "The active profile is " + std::to_string(profile) +
+                ", which is not a profile: the values of movie are in effect, and every "
+                "technology is on.",
+            useAnother);
     else if (IsCustomProfile(profile) && !Exists(*opened, profile))
-        result.Add(
-            Severity::eWarning,
-            "The custom profile " + ProfileName(profile) + " is active, and does not exist.",
+        result.Warning(
+            "The custom profile " + ProfileName(profile) + " is active but does not exist.",
             useAnother);
     return result;
 }
@@ -154,11 +152,10 @@ CheckResult CheckCustomProfiles(Examination& examination) {
             continue;
         ++count;
         if (!stored->AsText())
-            result.Add(Severity::eError,
-                       "The name of " + ProfileName(profile) + " cannot be read (" +
-                           Describe(*stored, 20) +
-                           "): no client can show the table of profiles, nor use this one.",
-                       "Delete the profile: kora4ctl profile delete " + ProfileName(profile));
+            result.Error("The name of " + ProfileName(profile) + " cannot be read (" +
+                             Describe(*stored, 20) +
+                             "): no client can list the profiles or use this one.",
+                         "Delete the profile: kora4ctl profile delete " + ProfileName(profile));
     }
     result.summary =
         count == 0 ? "there are none" : Count(count, "custom profile", "custom profiles");
@@ -168,33 +165,29 @@ CheckResult CheckCustomProfiles(Examination& examination) {
 CheckResult CheckTrace(Examination& examination) {
     const OpenedStore opened(examination);
     const TraceWord word = ReadTraceWord(*opened);
-    constexpr char off[] = "Back to messages only: kora4ctl trace off";
+    constexpr char off[] = "Trace messages only: kora4ctl trace off";
     CheckResult result;
     result.summary = word.InWords();
     if (word.IsSilent()) {
-        result.Add(Severity::eNote,
-                   "The master switch of the trace is off: not even errors are traced.", off);
+        result.Note("The trace's master switch is off: not even errors are traced.", off);
         return result;
     }
     if (word.WritesFiles()) {
-        result.Add(Severity::eWarning,
-                   "Log files are switched on: every line opens, writes and closes two files, "
-                   "in every program that uses the library, and they grow without end.",
-                   "When you have seen enough: kora4ctl trace off");
+        result.Warning(
+            "Log files are on: every line opens, writes and closes two files "
+            "in every program that uses the library, and the files grow without limit.",
+            "When you are done: kora4ctl trace off");
         if (!HasLogFolder())
-            result.Add(Severity::eWarning,
-                       "The folder of the log files, " + LogFolder() +
-                           ", does not exist: nothing is written.",
-                       "Make the folder, or run: kora4ctl trace on --files");
+            result.Warning(
+                "The log folder, " + LogFolder() + ", does not exist: nothing is written.",
+                "Create it, or run: kora4ctl trace on --files");
     } else if (word.Flags() & ~TraceWord().Flags() & ~word.UnknownBits()) {
-        result.Add(Severity::eNote, "More than messages is traced: " + word.InWords() + ".",
-                   off);
+        result.Note("More than messages are traced: " + word.InWords() + ".", off);
     }
     if (word.UnknownBits())
-        result.Add(Severity::eWarning,
-                   "The trace word " + Hex(word.Flags()) +
-                       " has bits that mean nothing: " + Hex(word.UnknownBits(), 0) + ".",
-                   off);
+        result.Warning("The trace word " + Hex(word.Flags()) +
+                           " has unknown bits: " + Hex(word.UnknownBits(), 0) + ".",
+                       off);
     return result;
 }
 

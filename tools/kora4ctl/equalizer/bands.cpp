@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Parses and writes the text that equalizer tools exchange, and moves curves to other
 // frequencies.
+#include "kora4ctl/equalizer/bands.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -9,7 +11,6 @@
 #include "api/patch_limits.h"
 #include "base/failure.h"
 #include "base/text.h"
-#include "kora4ctl/equalizer/equalizer.h"
 #include "store/patches/field_tables.h"
 
 namespace kora4::tools {
@@ -50,15 +51,14 @@ class Scanner {
         if (ParseDecimal(word, number))
             return number;
         if (word.empty())
-            Refuse(std::string("there is no ") + what + " where one should be");
-        Refuse("'" + word + "' is no " + what +
-               (word.find(',') != std::string::npos ? "; decimals take a point" : ""));
+            Fail(std::string("expected a ") + what);
+        Fail("'" + word + "' is not a " + what +
+             (word.find(',') != std::string::npos ? "; use a decimal point" : ""));
     }
 
-    [[noreturn]] void Refuse(const std::string& what) const {
-        throw Failure(ExitCode::eBadInput,
-                      m_name + ", line " + std::to_string(m_line) + ": " + what + ".",
-                      "It should read: GraphicEQ: 20 -1.5; 25 0; 31.5 2 ...");
+    [[noreturn]] void Fail(const std::string& what) const {
+        throw BadInput(m_name + ", line " + std::to_string(m_line) + ": " + what + ".",
+                       "Expected: GraphicEQ: 20 -1.5; 25 0; 31.5 2 ...");
     }
 
     std::string Word() {
@@ -92,10 +92,10 @@ Band ReadBand(Scanner& scanner, const Bands& before) {
     Band band;
     band.frequency = scanner.Number("frequency");
     if (!(band.frequency > 0))
-        scanner.Refuse("the frequency " + Decimal(band.frequency) + " is not above 0 Hz");
+        scanner.Fail("the frequency " + Decimal(band.frequency) + " is not above 0 Hz");
     if (!before.empty() && band.frequency <= before.back().frequency)
-        scanner.Refuse("the frequency " + Decimal(band.frequency) + " is not above " +
-                       Decimal(before.back().frequency) + ", the one before");
+        scanner.Fail("the frequency " + Decimal(band.frequency) + " is not above " +
+                     Decimal(before.back().frequency) + ", the previous one");
     band.gain = scanner.Number("gain");
     return band;
 }
@@ -113,17 +113,17 @@ bool ParseDecimal(std::string_view text, float& number) {
 Bands ParseGraphicEq(std::string_view text, const std::string& name) {
     Scanner scanner(text, name);
     if (scanner.IsAtEnd())
-        scanner.Refuse("there is nothing in it");
+        scanner.Fail("the file is empty");
     if (!scanner.Takes(cKeyword))
-        scanner.Refuse("'" + scanner.Word() + "' where 'GraphicEQ:' should be");
+        scanner.Fail("'" + scanner.Word() + "' instead of 'GraphicEQ:'");
     Bands bands;
     while (!scanner.IsAtEnd()) {
         bands.push_back(ReadBand(scanner, bands));
         if (!scanner.IsAtEnd() && !scanner.Takes(";"))
-            scanner.Refuse("'" + scanner.Word() + "' where ';' should be");
+            scanner.Fail("'" + scanner.Word() + "' instead of ';'");
     }
     if (bands.empty())
-        scanner.Refuse("there is no band behind 'GraphicEQ:'");
+        scanner.Fail("no bands after 'GraphicEQ:'");
     return bands;
 }
 
@@ -139,11 +139,11 @@ std::string FormatGraphicEq(const Bands& bands) {
 std::string FrequencyProblem(const Bands& bands, std::size_t index) {
     const float frequency = bands[index].frequency;
     const std::string band =
-        "Band " + std::to_string(index + 1) + " is stored with " + Decimal(frequency) + " Hz";
+        "Band " + std::to_string(index + 1) + " is stored at " + Decimal(frequency) + " Hz";
     if (!(frequency > 0))
-        return band + ", which is no frequency.";
+        return band + ", which is not a valid frequency.";
     if (index > 0 && frequency <= bands[index - 1].frequency)
-        return band + ", not above the band before.";
+        return band + ", which is not above the previous band.";
     return {};
 }
 

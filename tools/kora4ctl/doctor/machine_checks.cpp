@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Checks of what registration leaves on the machine, and of the mutex.
+#include "kora4ctl/doctor/machine_checks.h"
+
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/registry_paths.h"
-#include "kora4ctl/doctor/doctor.h"
 #include "kora4ctl/registration/registration.h"
 #include "platform/handles.h"
 
@@ -40,24 +41,22 @@ std::string PathInWords(const wchar_t* path) {
 bool LookAtKey(const wchar_t* path, bool isWritten, CheckResult& result) {
     const std::string name = PathInWords(path);
     if (IsLink(path)) {
-        result.Add(Severity::eError,
-                   name + " is a link to another key, which somebody has put in its place.",
-                   "Remove the link, and run as an administrator: kora4ctl register");
+        result.Error(name + " is a link to another key; registration does not create links.",
+                     "Remove the link, and run as an administrator: kora4ctl register");
         return false;
     }
     const LSTATUS reading = TryToOpen(path, KEY_READ);
     if (reading == ERROR_FILE_NOT_FOUND) {
-        result.Add(Severity::eError, name + " does not exist.", cRegister);
+        result.Error(name + " does not exist.", cRegister);
         return false;
     }
     if (reading != ERROR_SUCCESS) {
-        result.Add(Severity::eError,
-                   name + " cannot be opened: " + InWords(HRESULT_FROM_WIN32(reading)) + ".",
-                   cRegister);
+        result.Error(name + " cannot be opened: " + InWords(HRESULT_FROM_WIN32(reading)) + ".",
+                     cRegister);
         return false;
     }
     if (isWritten && TryToOpen(path, KEY_SET_VALUE) != ERROR_SUCCESS)
-        result.Add(Severity::eError, name + " cannot be written by this user.", cRegister);
+        result.Error(name + " cannot be written by this user.", cRegister);
     return true;
 }
 
@@ -67,7 +66,7 @@ CheckResult CheckRegistration(Examination& examination) {
     const Registration found = ReadRegistration();
     examination.isLibraryThere = found.file == FileKind::eLibrary && SUCCEEDED(found.creation);
     CheckResult result;
-    result.findings = Examine(found);
+    result.findings = Examine(found).findings;
     result.summary = found.path + ", version " + found.fileVersion + ", for the " +
                      (found.where == RegisteredFor::eUser ? "user" : "machine");
     return result;
@@ -80,11 +79,11 @@ CheckResult CheckKeys(Examination& examination) {
     const bool isDynamicThere = LookAtKey(cDynamicKeysPath, true, result);
     examination.isStoreThere = isStaticThere && isDynamicThere;
     if (result.findings.empty() && TryToOpen(cAppKeysPath, KEY_READ) == ERROR_FILE_NOT_FOUND)
-        result.Add(Severity::eNote,
-                   "The keys of the companion programs (AppKeys) are not there: nobody has "
-                   "installed such programs.",
-                   "Nothing, unless the product brings a profile editor or the like.");
-    result.summary = "there, readable and writable";
+        result.Note(
+            "The companion programs' keys (AppKeys) do not exist: no such program is "
+            "installed.",
+            "No action needed, unless the product includes a profile editor or the like.");
+    result.summary = "present, readable and writable";
     return result;
 }
 
@@ -94,19 +93,19 @@ CheckResult CheckMutex(Examination& examination) {
         const StoreLock lock(examination.patience, examination.context.interrupt.Event());
         examination.isMutexFree = true;
         if (lock.WasAbandoned())
-            result.Add(Severity::eWarning,
-                       "A program died while it held the store's mutex. The mutex is free "
-                       "again; what that program was writing may be half done.",
-                       "See whether the values are right: kora4ctl lint");
+            result.Warning(
+                "A program died while it held the store's mutex. The mutex is free "
+                "again; what that program was writing may be incomplete.",
+                "Check the values: kora4ctl lint");
     } catch (const Failure& failure) {
         if (failure.Code() != ExitCode::eTimedOut)
             throw;
-        result.Add(Severity::eError,
-                   "A program has held the store's mutex for more than " +
-                       Decimal(static_cast<float>(examination.patience) / 1000) +
-                       " s, and every client waits for it. Which one cannot be told.",
-                   "End the programs that use the settings until they go on; the one that "
-                   "hangs is the one.");
+        result.Error(
+            "A program has held the store's mutex for more than " +
+                Decimal(static_cast<float>(examination.patience) / 1000) +
+                " s, and every client is waiting for it. The program is unknown.",
+            "End programs that use the settings, one by one, until the others continue; "
+            "the last one ended held it.");
     }
     result.summary = "free";
     return result;
