@@ -3,10 +3,11 @@
 // counts the calls through the gate as well.
 #include "windows/import_hook.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstring>
-#include <map>
+#include <iterator>
 #include <string_view>
 
 #include "comcallbackgate.h"
@@ -20,77 +21,81 @@ constexpr char cSilent[] = "";
 // The kind of a query is that of the value.
 constexpr char cQuery[] = "query";
 
-const std::map<std::string_view, const char*>& KindsByFunction() {
-    static const std::map<std::string_view, const char*> kinds = {
-        {"RegQueryValueExW", cQuery},
-        {"RegSetKeyValueW", call::cSet},
-        {"RegSetValueExW", call::cSet},
-        {"RegDeleteValueW", call::cDelete},
-        {"RegNotifyChangeKeyValue", call::cArm},
-        {"RegOpenKeyExW", call::cOpen},
-        {"RegCreateKeyExW", call::cOpen},
-        {"RegCloseKey", call::cClose},
-        {"CloseHandle", call::cClose},
-        {"WaitForSingleObject", call::cWait},
-        {"WaitForMultipleObjects", call::cWait},
-        {"CoWaitForMultipleHandles", call::cWait},
-        {"ReleaseMutex", call::cRelease},
-        {"CreateEventW", call::cCreate},
-        {"CreateMutexW", call::cCreate},
-        {"OpenMutexW", call::cOpen},
-        {"CreateThread", call::cCreate},
-        {"DuplicateHandle", call::cCreate},
-        {"SetEvent", call::cSignal},
-        {"OutputDebugStringA", call::cLine},
-        {"CoTaskMemAlloc", call::cAllocation},
-        {"malloc", call::cAllocation},
-        {"calloc", call::cAllocation},
-        {"realloc", call::cAllocation},
-        {"GetModuleHandleW", call::cModule},
-        {"GetModuleHandleExW", call::cModule},
-        {"GetProcAddress", call::cModule},
-        {"FreeLibrary", call::cModule},
-        {"FreeLibraryAndExitThread", call::cModule},
-        {"PeekMessageW", call::cMessage},
-        {"PostThreadMessageW", call::cMessage},
-        {"RegisterWindowMessageW", call::cMessage},
-        {"NdrClientCall2", call::cCom},
-        // An allocation is given back; it is counted once.
-        {"CoTaskMemFree", cSilent},
-        {"IUnknown_AddRef_Proxy", cSilent},
-        {"IUnknown_QueryInterface_Proxy", cSilent},
-        {"IUnknown_Release_Proxy", cSilent},
-        {"PropVariantClear", cSilent},
-        {"CoGetApartmentType", cSilent},
-        {"AcquireSRWLockExclusive", cSilent},
-        {"ReleaseSRWLockExclusive", cSilent},
-        {"InitializeCriticalSection", cSilent},
-        {"InitializeCriticalSectionEx", cSilent},
-        {"EnterCriticalSection", cSilent},
-        {"TryEnterCriticalSection", cSilent},
-        {"LeaveCriticalSection", cSilent},
-        {"DeleteCriticalSection", cSilent},
-        {"GetCurrentProcess", cSilent},
-        {"GetCurrentProcessId", cSilent},
-        {"GetCurrentThread", cSilent},
-        {"GetCurrentThreadId", cSilent},
-        {"GetLastError", cSilent},
-        {"SetLastError", cSilent},
-        {"GetTickCount64", cSilent},
-        {"IsDebuggerPresent", cSilent},
-        {"GetStartupInfoW", cSilent},
-        {"TlsGetValue", cSilent},
-        {"MultiByteToWideChar", cSilent},
-        {"WideCharToMultiByte", cSilent},
-        {"IsDBCSLeadByteEx", cSilent},
-    };
-    return kinds;
-}
+struct FunctionKind {
+    std::string_view function;
+    const char* kind;
+};
+
+constexpr FunctionKind cKinds[] = {
+    {"RegQueryValueExW", cQuery},
+    {"RegSetKeyValueW", call::cSet},
+    {"RegSetValueExW", call::cSet},
+    {"RegDeleteValueW", call::cDelete},
+    {"RegNotifyChangeKeyValue", call::cArm},
+    {"RegOpenKeyExW", call::cOpen},
+    {"RegCreateKeyExW", call::cOpen},
+    {"RegCloseKey", call::cClose},
+    {"CloseHandle", call::cClose},
+    {"WaitForSingleObject", call::cWait},
+    {"WaitForMultipleObjects", call::cWait},
+    {"CoWaitForMultipleHandles", call::cWait},
+    {"ReleaseMutex", call::cRelease},
+    {"CreateEventW", call::cCreate},
+    {"CreateMutexW", call::cCreate},
+    {"OpenMutexW", call::cOpen},
+    {"CreateThread", call::cCreate},
+    {"DuplicateHandle", call::cCreate},
+    {"SetEvent", call::cSignal},
+    {"OutputDebugStringA", call::cLine},
+    {"CoTaskMemAlloc", call::cAllocation},
+    {"malloc", call::cAllocation},
+    {"calloc", call::cAllocation},
+    {"realloc", call::cAllocation},
+    {"GetModuleHandleW", call::cModule},
+    {"GetModuleHandleExW", call::cModule},
+    {"GetProcAddress", call::cModule},
+    {"FreeLibrary", call::cModule},
+    {"FreeLibraryAndExitThread", call::cModule},
+    {"PeekMessageW", call::cMessage},
+    {"PostThreadMessageW", call::cMessage},
+    {"RegisterWindowMessageW", call::cMessage},
+    {"NdrClientCall2", call::cCom},
+    // An allocation is given back; it is counted once.
+    {"CoTaskMemFree", cSilent},
+    {"IUnknown_AddRef_Proxy", cSilent},
+    {"IUnknown_QueryInterface_Proxy", cSilent},
+    {"IUnknown_Release_Proxy", cSilent},
+    {"PropVariantClear", cSilent},
+    {"CoGetApartmentType", cSilent},
+    {"AcquireSRWLockExclusive", cSilent},
+    {"ReleaseSRWLockExclusive", cSilent},
+    {"InitializeCriticalSection", cSilent},
+    {"InitializeCriticalSectionEx", cSilent},
+    {"EnterCriticalSection", cSilent},
+    {"TryEnterCriticalSection", cSilent},
+    {"LeaveCriticalSection", cSilent},
+    {"DeleteCriticalSection", cSilent},
+    {"GetCurrentProcess", cSilent},
+    {"GetCurrentProcessId", cSilent},
+    {"GetCurrentThread", cSilent},
+    {"GetCurrentThreadId", cSilent},
+    {"GetLastError", cSilent},
+    {"SetLastError", cSilent},
+    {"GetTickCount64", cSilent},
+    {"IsDebuggerPresent", cSilent},
+    {"GetStartupInfoW", cSilent},
+    {"TlsGetValue", cSilent},
+    {"MultiByteToWideChar", cSilent},
+    {"WideCharToMultiByte", cSilent},
+    {"IsDBCSLeadByteEx", cSilent},
+};
 
 const char* KindOf(const char* dll, const char* function) {
-    const auto found = KindsByFunction().find(function);
-    if (found != KindsByFunction().end())
-        return found->second;
+    const auto found =
+        std::find_if(std::begin(cKinds), std::end(cKinds),
+                     [function](const FunctionKind& row) { return row.function == function; });
+    if (found != std::end(cKinds))
+        return found->kind;
     // Of the C run-time only the allocations count, of the stubs nothing: they are the
     // other half of a call that is counted where it is made.
     if (_stricmp(dll, "msvcrt.dll") == 0 || _stricmp(dll, "rpcrt4.dll") == 0)

@@ -90,8 +90,8 @@ std::vector<Record> Picture(unsigned number) {
 std::string Expected(const std::vector<Record>& records) {
     float gains[KORA4_VISUALIZATION_BANDS];
     float excitations[KORA4_VISUALIZATION_BANDS];
-    std::fill(std::begin(gains), std::end(gains), sample::cSilentGain);
-    std::fill(std::begin(excitations), std::end(excitations), sample::cSilentExcitation);
+    std::fill(std::begin(gains), std::end(gains), KORA4_SILENT_GAIN);
+    std::fill(std::begin(excitations), std::end(excitations), KORA4_SILENT_EXCITATION);
     for (const Record& record : records) {
         for (std::size_t band = 0; band < record.gains.size(); ++band) {
             gains[band] = std::max(gains[band], record.gains[band]);

@@ -49,10 +49,6 @@ std::string ValueName(KORA4APITechnology technology);
 std::string ValueWord(const KORA4PatchValueUnion& value);
 std::string CurveWord(const GraphicEQData& curve);
 
-// What GetVisualizationData says of a band that no part of the engine has.
-inline constexpr float cSilentGain = -144;
-inline constexpr float cSilentExcitation = -108;
-
 // Levels of all display bands in dB: the gains, a slash, the excitations. And the gains as
 // bars, one character a band: a full block is 0 dB, a blank is -60 dB or less.
 std::string LevelsWord(const float* gains, const float* excitations);

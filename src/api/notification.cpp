@@ -15,8 +15,7 @@ HRESULT CKORA4ASL::OnKeyChangeNotify() {
     // would keep nothing alive.
     if (IsGoing(references))
         return S_OK;
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE(msg::cAnalysisBegins.function, &hr);
+    KALTRACE_RESULT(hr, S_OK, msg::cAnalysisBegins.function);
     if (!IsReadyForNotification())
         return hr;
     ChangeSet changes;

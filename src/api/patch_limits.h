@@ -11,7 +11,6 @@
 
 namespace kora4 {
 
-// The volume leveler's amount is a whole number from 0 to this.
 // E_INVALIDARG for a value outside its limits, for a `size` in bytes that is too small for the
 // technology's value, and for a number that is not a technology. A trace line says what was
 // accepted or refused. The graphic EQ passes: its values are limited instead.

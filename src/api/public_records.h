@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kora4api_constants.h"
 #include "store/clients/api_records.h"
 #include "veltokora4api.h"
 
@@ -28,6 +29,8 @@ KORA4_SAME_TECHNOLOGY(eNumberKORA4APITechnologies);
 
 static_assert(sizeof(::KORA4APITechnology) == sizeof(ApiTechnology));
 
+static_assert(::eNumberKORA4APITechnologies == KORA4_TECHNOLOGIES);
+
 static_assert(sizeof(KORA4PatchValueUnion) == sizeof(ApiPatchValue));
 static_assert(alignof(KORA4PatchValueUnion) == alignof(ApiPatchValue));
 static_assert(offsetof(KORA4PatchValueUnion, m_technology) ==
@@ -41,6 +44,7 @@ static_assert(offsetof(GraphicEQData, m_bands) == offsetof(ApiGraphicEQ, m_bands
 static_assert(offsetof(GraphicEQData, m_freq) == offsetof(ApiGraphicEQ, m_freq));
 static_assert(offsetof(GraphicEQData, m_gain) == offsetof(ApiGraphicEQ, m_gain));
 static_assert(sizeof(GraphicEQData::m_gain) == sizeof(ApiGraphicEQ::m_gain));
+static_assert(sizeof(GraphicEQData::m_freq) == sizeof(float) * KORA4_GRAPHIC_EQ_MAX_BANDS);
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 

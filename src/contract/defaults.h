@@ -10,6 +10,7 @@
 #include "contract/patch_records.h"
 #include "contract/profiles.h"
 #include "contract/technologies.h"
+#include "kora4api_constants.h"
 
 namespace kora4 {
 
@@ -25,7 +26,7 @@ namespace defaults {
 
 // One value per defaults row. The Movie amount of the volume leveler is unlike the other
 // two on purpose: readers of the store rely on it.
-inline constexpr std::uint32_t cVolumeAmount[] = {0x40007, 0, 0};
+inline constexpr std::uint32_t cVolumeAmount[] = {KORA4_VOLUME_LEVELER_MOVIE_DEFAULT, 0, 0};
 inline constexpr std::uint32_t cVolumeSwitch4[] = {1, 1, 1};
 inline constexpr std::uint32_t cVolumeSwitch5[] = {0, 0, 0};
 inline constexpr float cVolumeLevel6[] = {-20.0f, -20.0f, -20.0f};
@@ -40,7 +41,9 @@ inline constexpr float cDynamicEQLevel[] = {0.6f, 0.6f, 0.6f};
 inline constexpr float cHeadphoneSurroundBoost[] = {6.0f, 3.0f, 0.0f};
 inline constexpr float cHeadphoneValue4[] = {0.0f, 0.0f, 0.0f};
 
-inline constexpr float cVirtualSurroundBoost[] = {10.0f, 10.0f, 10.0f};
+inline constexpr float cVirtualSurroundBoost[] = {KORA4_SPEAKER_VIRTUALIZER_DEFAULT,
+                                                  KORA4_SPEAKER_VIRTUALIZER_DEFAULT,
+                                                  KORA4_SPEAKER_VIRTUALIZER_DEFAULT};
 inline constexpr float cVirtualSurroundValue4[] = {6.0f, 0.0f, 0.0f};
 
 // Global technologies have the one row.
@@ -118,7 +121,7 @@ inline constexpr EnumFieldDef cDynamicEQCurve{cDynamicEQCurveIndex, cDynamicEQCu
 static_assert(std::size(cDynamicEQCurves) == eNumberIEQPatches);
 
 // Of settings that belong to no technology and are not 0.
-inline constexpr std::uint32_t cSamplingPeriod = 50;  // milliseconds
+inline constexpr std::uint32_t cSamplingPeriod = KORA4_SAMPLING_PERIOD_DEFAULT;  // milliseconds
 inline constexpr std::uint32_t cStaticNumber57 = 200;
 
 // Built-in switches of the preset technologies: one flag per preset profile.

@@ -6,10 +6,14 @@
 
 #include <cstdint>
 
+#include "kora4api_constants.h"
+
 namespace kora4 {
 
 // The bits in use.
-inline constexpr std::uint32_t cEngineTechnologies = 0x03FF;
+inline constexpr std::uint32_t cEngineTechnologies = KORA4_ENGINE_FULL;
+static_assert(cEngineTechnologies + 1 ==
+              KORA4_ENGINE_TECHNOLOGY_BIT(KORA4_ENGINE_TECHNOLOGIES + 1));
 
 // An engine that is installed in the field, with the mask that its installer writes.
 struct EngineConfiguration {
@@ -19,8 +23,8 @@ struct EngineConfiguration {
 
 inline constexpr EngineConfiguration cEngineConfigurations[] = {
     {cEngineTechnologies, "full engine"},
-    {0x021F, "standard engine"},
-    {0x0140, "basic engine"},
+    {KORA4_ENGINE_STANDARD, "standard engine"},
+    {KORA4_ENGINE_BASIC, "basic engine"},
 };
 
 // Null for a mask that nobody knows by name, 0 among them.

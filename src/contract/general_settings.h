@@ -46,6 +46,7 @@ inline constexpr char cNobody[] = "-";
 
 namespace detail {
 
+inline constexpr char cInstaller[] = "the installer";
 inline constexpr char cClientsAndEngine[] = "clients, engine";
 inline constexpr char cCarried[] = "carried; nothing depends on it yet";
 
@@ -67,7 +68,7 @@ constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind 
 constexpr GeneralSetting Command(const char* name, std::uint32_t pid, const char* meaning) {
     return {
         name,    pkey::Setting(pid), eKeySetApp,  ValueKind::eText, SettingRole::eMachine, 0,
-        meaning, "the installer",    "Initialize"};
+        meaning, cInstaller,         "Initialize"};
 }
 
 }  // namespace detail
@@ -130,7 +131,7 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
      SettingRole::eMachine,
      0,
      "which technologies the installed engine carries: bit n is number n + 1 of the engine",
-     "the installer",
+     detail::cInstaller,
      "Initialize"},
 };
 

@@ -7,16 +7,18 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kora4api_constants.h"
+
 namespace kora4 {
 
 // Places of every array in a record. The count beside an array says how many are in use.
-inline constexpr std::uint32_t cMaxArrayElements = 40;
+inline constexpr std::uint32_t cMaxArrayElements = KORA4_GRAPHIC_EQ_MAX_BANDS;
 // Threshold arrays of the audio regulator.
 inline constexpr std::uint32_t eRegulatorThresholds = 2;
 // Gain arrays of the audio optimizer, one per channel.
 inline constexpr std::uint32_t eAudioOptimizerMaxChannels = 8;
 // Built-in curves of the dynamic EQ, which clients know as the intelligent EQ.
-inline constexpr std::uint32_t eNumberIEQPatches = 6;
+inline constexpr std::uint32_t eNumberIEQPatches = KORA4_INTELLIGENT_EQ_CURVES;
 
 // What clients know as the volume leveler.
 struct VolumePatch {
@@ -82,6 +84,7 @@ struct PeakLimiterPatch {
     float value3;
 };
 
+// Two threshold curves, and a flag for each band.
 struct AudioRegulatorPatch {
     std::uint32_t structVersion;
     std::uint32_t freqCount;
@@ -94,6 +97,7 @@ struct AudioRegulatorPatch {
     std::uint32_t isolate[cMaxArrayElements];                  // 0 or 1
 };
 
+// A gain curve for each channel.
 struct AudioOptimizerPatch {
     std::uint32_t structVersion;
     std::uint32_t value3;

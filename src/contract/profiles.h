@@ -5,29 +5,34 @@
 
 #include <cstdint>
 
+#include "kora4api_constants.h"
+
 namespace kora4 {
 
 // The preset profiles. They always exist and can be reverted to their factory values.
-inline constexpr std::uint32_t cMovieProfile = 0;
-inline constexpr std::uint32_t cMusicProfile = 1;
-inline constexpr std::uint32_t cGamesProfile = 2;
+inline constexpr std::uint32_t cMovieProfile = KORA4_PROFILE_MOVIE;
+inline constexpr std::uint32_t cMusicProfile = KORA4_PROFILE_MUSIC;
+inline constexpr std::uint32_t cGamesProfile = KORA4_PROFILE_GAMES;
 
 // The custom profiles P1 to P6 are the numbers 3 to 8. One exists while it has a name.
-inline constexpr std::uint32_t cFirstCustomProfile = 3;  // P1
+inline constexpr std::uint32_t cFirstCustomProfile = KORA4_PROFILE_FIRST_CUSTOM;
 
 // Every number below can be made the active profile.
-inline constexpr std::uint32_t cSelectableProfileBound = 9;
+inline constexpr std::uint32_t cSelectableProfileBound = KORA4_PROFILE_TABLE_ENTRIES;
 
 // The demo profiles, entered and left by the demo methods only.
-inline constexpr std::uint32_t cDemoMovieProfile = 0xF0;
-inline constexpr std::uint32_t cDemoMusicProfile = 0xF1;
-inline constexpr std::uint32_t cDemoGamesProfile = 0xF2;
+inline constexpr std::uint32_t cDemoMovieProfile = KORA4_PROFILE_DEMO_MOVIE;
+inline constexpr std::uint32_t cDemoMusicProfile = KORA4_PROFILE_DEMO_MUSIC;
+inline constexpr std::uint32_t cDemoGamesProfile = KORA4_PROFILE_DEMO_GAMES;
 
 // Stands for "not known yet"; never stored.
 inline constexpr std::uint32_t cNoProfile = 0xFFFFFFFF;
 
 // Only the preset profiles have a row of their own in the tables of defaults.
-inline constexpr std::uint32_t cDefaultedProfileBound = 3;
+inline constexpr std::uint32_t cDefaultedProfileBound = KORA4_PRESET_PROFILES;
+
+static_assert(cFirstCustomProfile + KORA4_CUSTOM_PROFILES == cSelectableProfileBound);
+static_assert(KORA4_PROFILE_LAST_CUSTOM + 1 == cSelectableProfileBound);
 
 // Movie, Music or Games.
 constexpr bool IsPresetProfile(std::uint32_t profile) {

@@ -28,56 +28,63 @@ constexpr std::uint32_t CodeOf(HRESULT hr) {
 // The facility of a Win32 error number that was made a result.
 constexpr std::uint32_t cWin32Results = 0x80070000;
 
+namespace detail {
+
+// What helps against several of them.
+inline constexpr char cPassPointer[] = "Pass a valid pointer.";
+inline constexpr char cRegisterInPlace[] =
+    "See 'kora4ctl register --check', then register the library where it is.";
+inline constexpr char cInstallAgain[] =
+    "Install the library again and run 'kora4ctl register'.";
+inline constexpr char cCreateAgain[] = "Release the proxy and create the object again.";
+inline constexpr char cCreateAndRead[] = "Create the object again and read the settings.";
+
+}  // namespace detail
+
 // What the methods of the interface return.
 inline constexpr Result cApiResults[] = {
-    {CodeOf(result::cOk), "S_OK", "done", "The call did what it says.", ""},
-    {CodeOf(result::cFalse), "S_FALSE",
-     "what was asked for is absent: no levels published, no such profile to delete",
+    {CodeOf(result::cOk), "S_OK", KORA4_MEANING_S_OK, "The call did what it says.", ""},
+    {CodeOf(result::cFalse), "S_FALSE", KORA4_MEANING_S_FALSE,
      "Reading the levels: the engine has published none. Deleting a custom profile: there is "
      "none of that number. In the store: the value does not exist.",
      "Start the engine or kora4sim to have levels; otherwise nothing needs to be done."},
     {CodeOf(KORA4_S_DEMO_MODE_ACTIVE), "KORA4_S_DEMO_MODE_ACTIVE",
-     "nothing changed: a demo profile is active that must be left first; or, for "
-     "RevertFromDemoMode, this object entered no demo",
+     KORA4_MEANING_DEMO_MODE_ACTIVE,
      "A client entered the demo mode, and only that client leaves it with "
      "RevertFromDemoMode. A client that ended in its demo leaves the demo profile active.",
      "Leave the demo in the client that entered it, or run 'kora4ctl demo force-leave'."},
     {CodeOf(KORA4_S_NOT_IN_DEMO_PROFILE), "KORA4_S_NOT_IN_DEMO_PROFILE",
-     "nothing changed: this object entered a demo, but no demo profile is active any more",
+     KORA4_MEANING_NOT_IN_DEMO_PROFILE,
      "Somebody else ended the demo meanwhile, for example with ForceRevertFromDemoMode.",
      "Nothing: an ordinary profile is active already."},
     {CodeOf(KORA4_S_NO_SUCH_CUSTOM_PROFILE), "KORA4_S_NO_SUCH_CUSTOM_PROFILE",
-     "nothing changed: the custom profile does not exist",
+     KORA4_MEANING_NO_SUCH_CUSTOM_PROFILE,
      "A custom profile, P1 to P6, exists once it has been created and until it is deleted; "
      "its name can be read then.",
      "See which there are with 'kora4ctl profile table', or create it with 'kora4ctl profile "
      "create'."},
     {CodeOf(KORA4_S_NOT_A_PRESET_PROFILE), "KORA4_S_NOT_A_PRESET_PROFILE",
-     "nothing changed: the active profile is not a preset profile",
+     KORA4_MEANING_NOT_A_PRESET_PROFILE,
      "Only Movie, Music and Games have factory values to go back to; custom and demo profiles "
      "have none.",
      "Make a preset profile the active one first: 'kora4ctl profile use music'."},
-    {CodeOf(result::cPointer), "E_POINTER", "creating the object with a null out pointer",
+    {CodeOf(result::cPointer), "E_POINTER", KORA4_MEANING_E_POINTER,
      "The class factory was given no place for the interface pointer.",
      "Pass the address of an interface pointer."},
-    {CodeOf(result::cFail), "E_FAIL",
-     "the store failed; the profile exists already, does not exist, or is active; a key to "
-     "watch is missing",
+    {CodeOf(result::cFail), "E_FAIL", KORA4_MEANING_E_FAIL,
      "Creating a custom profile that exists, renaming one that does not, deleting the active "
      "one; a registry key of the store that was deleted, or that this user may not open; "
      "Initialize when the library was never registered or is already running on this thread.",
      "Run 'kora4ctl doctor', which looks at the keys and their access lists. For a profile, "
      "see 'kora4ctl profile table'."},
-    {CodeOf(result::cOutOfMemory), "E_OUTOFMEMORY", "no memory",
+    {CodeOf(result::cOutOfMemory), "E_OUTOFMEMORY", KORA4_MEANING_E_OUTOFMEMORY,
      "The process could not get the memory for an object or a text.",
      "Close what takes the memory, or restart the program."},
-    {CodeOf(result::cInvalidArg), "E_INVALIDARG",
-     "a null pointer, or a number or value outside its range",
+    {CodeOf(result::cInvalidArg), "E_INVALIDARG", KORA4_MEANING_E_INVALIDARG,
      "The argument was refused before anything was read or written.",
      "See what is allowed with 'kora4ctl describe NAME'. The trace names the argument: "
      "'kora4ctl trace on messages'."},
-    {CodeOf(APOERR_NOT_INITIALIZED), "APOERR_NOT_INITIALIZED",
-     "Initialize has not succeeded yet",
+    {CodeOf(APOERR_NOT_INITIALIZED), "APOERR_NOT_INITIALIZED", KORA4_MEANING_NOT_INITIALIZED,
      "Every method but Initialize and GetVeltoKORA4Version needs an initialised object.",
      "Call Initialize and look at its result; when it fails, run 'kora4ctl doctor'."},
 };
@@ -106,7 +113,7 @@ inline constexpr Result cPlatformResults[] = {
      "Nothing, when the object was being released; otherwise repeat the call."},
     {0x80010007, "RPC_E_SERVER_DIED", "the process on the other side is gone",
      "It ended while a call was running; the call may or may not have been done.",
-     "Create the object again and read the settings."},
+     detail::cCreateAndRead},
     {0x80010012, "RPC_E_SERVER_DIED_DNE", "the process on the other side is gone",
      "It ended before the call reached it: the call was not done.",
      "Create the object again and repeat the call."},
@@ -118,7 +125,7 @@ inline constexpr Result cPlatformResults[] = {
      "Go on with the apartment that the thread has, or use another thread."},
     {0x80010108, "RPC_E_DISCONNECTED", "the object is no longer connected to its clients",
      "The object, its apartment or its process has ended; a proxy is all that is left.",
-     "Release the proxy and create the object again."},
+     detail::cCreateAgain},
     {0x8001010D, "RPC_E_CANTCALLOUT_ININPUTSYNCCALL",
      "no call can go out while a message that was sent is being handled",
      "The thread is inside the handling of a message that another thread sent and waits for.",
@@ -147,15 +154,13 @@ inline constexpr Result cPlatformResults[] = {
      "Call CoInitializeEx first; a client needs an apartment as long as it has the object."},
     {0x800401F8, "CO_E_DLLNOTFOUND", "the file of the library is not where it is registered",
      "The library was moved or deleted after it had been registered.",
-     "See 'kora4ctl register --check', then register the library where it is."},
+     detail::cRegisterInPlace},
     {0x800401F9, "CO_E_ERRORINDLL", "the file of the library cannot be loaded",
-     "The registered file is damaged, or is no library of this system.",
-     "Install the library again and run 'kora4ctl register'."},
+     "The registered file is damaged, or is no library of this system.", detail::cInstallAgain},
     {0x800401FC, "CO_E_OBJISREG", "registered already",
      "The callback gate of this apartment is registered; that is no failure.", ""},
     {0x800401FD, "CO_E_OBJNOTCONNECTED", "the object is not connected to its clients",
-     "The object has ended, or its apartment has.",
-     "Release the proxy and create the object again."},
+     "The object has ended, or its apartment has.", detail::cCreateAgain},
     {0x80070002, "ERROR_FILE_NOT_FOUND", "the file, key or value does not exist",
      "A key of the store that was never created, or was deleted.",
      "Run 'kora4ctl doctor'; registering the library creates the keys."},
@@ -172,10 +177,9 @@ inline constexpr Result cPlatformResults[] = {
      "End the programs that use it and try again."},
     {0x8007007E, "ERROR_MOD_NOT_FOUND", "the file of the library, or one it needs, is missing",
      "The library is registered at a place where it is not, or no longer.",
-     "See 'kora4ctl register --check', then register the library where it is."},
+     detail::cRegisterInPlace},
     {0x8007007F, "ERROR_PROC_NOT_FOUND", "the file has no such entry point",
-     "The registered file is no COM library, or of another version.",
-     "Install the library again and run 'kora4ctl register'."},
+     "The registered file is no COM library, or of another version.", detail::cInstallAgain},
     {0x800700C1, "ERROR_BAD_EXE_FORMAT", "the file is no program of this bitness",
      "The library is for 64-bit Windows programs; the file may also be damaged.",
      "Use a 64-bit client, or install the library again."},
@@ -193,11 +197,9 @@ inline constexpr Result cPlatformResults[] = {
      "Only some administrators may see the audit part of an access list.",
      "Repeat it as an administrator, if that part is needed."},
     {0x800706BA, "RPC_S_SERVER_UNAVAILABLE", "the process on the other side is not there",
-     "It ended, or its apartment did, and a proxy is all that is left.",
-     "Release the proxy and create the object again."},
+     "It ended, or its apartment did, and a proxy is all that is left.", detail::cCreateAgain},
     {0x800706BE, "RPC_S_CALL_FAILED", "the call to the other side broke off",
-     "The process on the other side ended while the call was running.",
-     "Create the object again and read the settings."},
+     "The process on the other side ended while the call was running.", detail::cCreateAndRead},
     {0x800706C5, "RPC_S_INVALID_TAG",
      "the record's m_technology has no value that could cross an apartment",
      "The proxy has to know which member of the record is in use; eGraphicEQ and numbers that "
@@ -206,7 +208,7 @@ inline constexpr Result cPlatformResults[] = {
     {0x800706F4, "RPC_X_NULL_REF_POINTER", "a null pointer, found by the proxy",
      "Through a proxy a null pointer fails before it reaches the object, which would answer "
      "E_INVALIDARG.",
-     "Pass a valid pointer."},
+     detail::cPassPointer},
     {0x800706F5, "RPC_X_ENUM_VALUE_OUT_OF_RANGE",
      "a technology number that the proxy does not let through",
      "Through a proxy an enumerator must fit into 16 bits.",

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+#include "kora4api_constants.h"
+
 namespace kora4 {
 
 // The numbers of those that fields may be are the type codes of the field tables.
@@ -44,6 +46,9 @@ constexpr const char* NameOf(ValueKind kind) {
 
 // The largest REG_SZ that a reader takes, terminator included; longer ones count as absent.
 inline constexpr std::size_t cMaxTextBytes = 4096;
+// The same in UTF-16 characters, without the terminator.
+inline constexpr std::size_t cMaxTextChars = cMaxTextBytes / sizeof(char16_t) - 1;
+static_assert(cMaxTextChars == KORA4_CUSTOM_NAME_MAX_LENGTH);
 
 }  // namespace kora4
 

@@ -29,8 +29,7 @@ GateStreamHolder::CancelObjectSource FindCancelObjectSource() {
 
 HRESULT GateStreamHolder::Marshal(REFIID iid, IUnknown* pObject,
                                   GateFactoryRegistration& registration) {
-    HRESULT hr = E_INVALIDARG;
-    KALTRACE_SCOPE("GateStreamHolder::Marshal", &hr);
+    KALTRACE_RESULT(hr, E_INVALIDARG, "GateStreamHolder::Marshal");
     if (!pObject)
         return hr;
     ReleaseStream();
@@ -42,8 +41,7 @@ HRESULT GateStreamHolder::Marshal(REFIID iid, IUnknown* pObject,
 
 HRESULT GateStreamHolder::Unmarshal(REFIID iid, void** ppv,
                                     GateFactoryRegistration& registration) {
-    HRESULT hr = E_INVALIDARG;
-    KALTRACE_SCOPE("GateStreamHolder::Unmarshal", &hr);
+    KALTRACE_RESULT(hr, E_INVALIDARG, "GateStreamHolder::Unmarshal");
     if (!ppv)
         return hr;
     hr = E_FAIL;

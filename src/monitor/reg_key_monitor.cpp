@@ -32,8 +32,7 @@ void* RegKeyMonitor::FindInterface(REFIID iid) {
 
 HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
                                        RegKeyMonitorClient* client) {
-    HRESULT hr = E_INVALIDARG;
-    KALTRACE_SCOPE(msg::cThreadCreated.function, &hr);
+    KALTRACE_RESULT(hr, E_INVALIDARG, msg::cThreadCreated.function);
     if (!root || !subkey || !client)
         return hr;
     hr = E_FAIL;
@@ -61,8 +60,7 @@ HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
 
 HRESULT RegKeyMonitor::MakeControls(HKEY root, const wchar_t* subkey,
                                     RegKeyMonitorClient* client) {
-    HRESULT hr = E_OUTOFMEMORY;
-    KALTRACE_SCOPE("RegKeyMonitor::MakeControls", &hr);
+    KALTRACE_RESULT(hr, E_OUTOFMEMORY, "RegKeyMonitor::MakeControls");
     MonitorSessionPtr spSession;
     // Not Attach: the one of mingw-w64 takes a reference.
     *spSession.GetAddressOf() = new (std::nothrow) MonitorSession(root, subkey);
@@ -76,8 +74,7 @@ HRESULT RegKeyMonitor::MakeControls(HKEY root, const wchar_t* subkey,
 }
 
 HRESULT RegKeyMonitor::MarshalInterface() {
-    HRESULT hr = E_FAIL;
-    KALTRACE_SCOPE("RegKeyMonitor::MarshalInterface", &hr);
+    KALTRACE_RESULT(hr, E_FAIL, "RegKeyMonitor::MarshalInterface");
     if (const MonitorSessionPtr spSession = Session())
         hr = spSession->Holder().Marshal(__uuidof(ICOMCallbackGate), this, m_gateRegistration);
     return hr;

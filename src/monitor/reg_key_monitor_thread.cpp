@@ -35,8 +35,7 @@ DWORD WINAPI RegKeyMonitor::RegMonitorEntry(void* pParameter) {
 }
 
 HRESULT RegKeyMonitor::RunRegMonitor(MonitorSession* pSession) {
-    HRESULT hr = E_FAIL;
-    KALTRACE_SCOPE("RegKeyMonitor::RunRegMonitor", &hr);
+    KALTRACE_RESULT(hr, E_FAIL, "RegKeyMonitor::RunRegMonitor");
     if (!pSession)
         return hr;
     hr = pSession->UnmarshalGate();
@@ -92,8 +91,7 @@ const char* RegKeyMonitor::ReasonOfArmingError(LSTATUS status) {
 
 HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
                                       HANDLE changeEvent, ICOMCallbackGate* pICOMCallbackGate) {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE(msg::cCallingThroughGate.function, &hr);
+    KALTRACE_RESULT(hr, S_OK, msg::cCallingThroughGate.function);
     KALASSERT(cSite, pICOMCallbackGate != NULL);
     if (!pICOMCallbackGate)
         return hr = E_FAIL;

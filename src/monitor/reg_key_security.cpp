@@ -130,8 +130,7 @@ HRESULT OpenToWorld(HKEY hKey) {
 }  // namespace
 
 HRESULT RegKeySecurity::MakeRegKeysAccessible(const wchar_t* const* ppwKeyNames) {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE(msg::cMakeKeyResult.function, &hr);
+    KALTRACE_RESULT(hr, S_OK, msg::cMakeKeyResult.function);
     if (!ppwKeyNames)
         return hr = E_POINTER;
     for (; *ppwKeyNames && SUCCEEDED(hr); ++ppwKeyNames) {
@@ -162,8 +161,7 @@ HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& 
 
 HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
                                      const RegKeyCalls& calls) {
-    HRESULT hr = E_FAIL;
-    KALTRACE_SCOPE(msg::cCreateKeyStatus.function, &hr);
+    KALTRACE_RESULT(hr, E_FAIL, msg::cCreateKeyStatus.function);
     KALASSERT(cSite, (pwKeyName != NULL) && (pKeyHandle != NULL));
     if (!pwKeyName || !pKeyHandle)
         return hr;
@@ -177,8 +175,7 @@ HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
 }
 
 HRESULT RegKeySecurity::ListSecurityString(HKEY hKey) {
-    HRESULT hr = E_FAIL;
-    KALTRACE_SCOPE(msg::cNoDescriptor.function, &hr);
+    KALTRACE_RESULT(hr, E_FAIL, msg::cNoDescriptor.function);
     const SecurityDescriptor descriptor = [hKey] {
         // The audit part of a descriptor is readable with this privilege only.
         const PrivilegeHold security(SE_SECURITY_NAME);

@@ -20,8 +20,7 @@ HRESULT ClassFactory::Create(const ServedClass& served, REFIID iid, void** ppv) 
 }
 
 HRESULT ClassFactory::CreateInstance(IUnknown* pOuter, REFIID iid, void** ppv) {
-    HRESULT hr = E_POINTER;
-    KALTRACE_SCOPE("ClassFactory::CreateInstance", &hr);
+    KALTRACE_RESULT(hr, E_POINTER, "ClassFactory::CreateInstance");
     if (!ppv)
         return hr;
     *ppv = nullptr;
@@ -30,8 +29,7 @@ HRESULT ClassFactory::CreateInstance(IUnknown* pOuter, REFIID iid, void** ppv) {
 }
 
 HRESULT ClassFactory::LockServer(BOOL lock) {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE("ClassFactory::LockServer", &hr);
+    KALTRACE_RESULT(hr, S_OK, "ClassFactory::LockServer");
     if (lock)
         Module::Lock();
     else

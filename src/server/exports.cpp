@@ -55,8 +55,7 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* pReserved) {
 }
 
 STDAPI DllCanUnloadNow() {
-    HRESULT hr = S_FALSE;
-    KALTRACE_SCOPE("DllCanUnloadNow", &hr);
+    KALTRACE_RESULT(hr, S_FALSE, "DllCanUnloadNow");
     if (!Module::IsLocked())
         hr = S_OK;
     return hr;
@@ -70,8 +69,7 @@ STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
 }
 
 STDAPI DllRegisterServer() {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE("DllRegisterServer", &hr);
+    KALTRACE_RESULT(hr, S_OK, "DllRegisterServer");
     hr = RegisterModule();
     if (SUCCEEDED(hr))
         hr = OnRegisterServer();

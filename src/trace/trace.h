@@ -175,11 +175,15 @@ class Scope : public ExitLine {
     static constexpr ::kora4::trace::Site cSite = ::kora4::trace::SiteOf(function); \
     const ::kora4::trace::Scope kalScope_(cSite, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
 
+// The same with `hr`, a variable that it declares with its first value.
+#define KALTRACE_RESULT(hr, first, function) \
+    HRESULT hr = first;                      \
+    KALTRACE_SCOPE(function, &hr)
+
 // The whole of a function that returns the result of an expression.
 #define KALTRACE_RETURN(function, expression) \
-    decltype(expression) kalResult_{};        \
-    KALTRACE_SCOPE(function, &kalResult_);    \
-    return kalResult_ = (expression)
+    KALTRACE_RESULT(hr, {}, function);        \
+    return hr = (expression)
 
 // Stops in place when a debugger is attached.
 #if defined(_MSC_VER)

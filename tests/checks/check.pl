@@ -34,6 +34,91 @@ sub lines_of {
     return @lines;
 }
 
+# The text of a source file without its comments; the line ends stay.
+sub code_of {
+    my ($file) = @_;
+    my $text = join('', lines_of($file));
+    $text =~ s{("(?:[^"\\\n]|\\.)*")|//[^\n]*|(/\*.*?\*/)}
+              {defined $1 ? $1 : defined $2 ? $2 =~ tr/\n//cdr : ''}gse;
+    return $text;
+}
+
+sub line_at {
+    my ($text, $position) = @_;
+    return 1 + (substr($text, 0, $position) =~ tr/\n//);
+}
+
+# --- headers: whose a file is, and what it is for ---------------------------------------
+
+# What cannot hold a comment, or is compared line for line, or is the licence itself.
+my $without_header = qr{(^|/)LICENSE$|\.json$|\.rgs(\.in)?$|(^|/)exports\.txt$};
+my $licence = 'SPDX-License-Identifier: MIT';
+
+sub headers {
+    for my $file (grep { $_ !~ $without_header } files('.')) {
+        my @lines = lines_of($file);
+        my $first = @lines && $lines[0] =~ /^#!/ ? 1 : 0;
+        my ($head, $purpose) = map { $lines[$_] // '' } $first, $first + 1;
+        complain($file, $first + 1, "does not begin with '$licence'"), next
+            unless $head =~ m{^(//|#|;|<!--|/\*) \Q$licence\E( -->)?$};
+        complain($file, $first + 2, 'no comment that says its purpose follows the licence')
+            unless $purpose =~ m{^(//|#|;|/\*| \*) .*\w};
+    }
+}
+
+# --- files: a file is called after what it holds, and a folder can be overlooked ---------
+
+# Programs and the library begin in these.
+my $entry_point = qr{(^|/)(main|hot_paths|exports)\.cpp$|^sdk/samples/};
+
+# What implements a header of another name.
+my %header_of = (
+    (map { ("src/api/$_" => 'api/kora4asl.h') }
+        qw(commands initialization notification patch_values profiles switches visualization)),
+    'src/contract/codec/float_format'       => 'contract/codec/float_text.h',
+    'src/contract/codec/float_parse'        => 'contract/codec/float_text.h',
+    'src/proxy/local_slots'                 => 'kaltrixveltokora4.h',
+    'src/store/access/profile_key'          => 'contract/property_key.h',
+    'src/store/patches/patch_set_defaults'  => 'store/patches/managed_patch_set.h',
+    'sdk/proxies/kora4_proxies'             => 'kora4_proxies.h',
+    'tools/kora4ctl/access/api_settings'    => 'kora4ctl/access/setting_access.h',
+    'tools/kora4ctl/registration/library_file' => 'kora4ctl/registration/registration.h',
+    'tools/settings/content'                => 'settings/schema.h',
+    'tools/settings/setting_values'         => 'settings/settings_table.h',
+);
+my $most_files = 20;
+
+sub files_rule {
+    my %files_in;
+    my $is_project = -f "$root/tests/checks/check.pl";
+    for my $gone (grep { $is_project && !-f "$root/$_.cpp" && !-f "$root/$_.c" } sort keys %header_of) {
+        complain('tests/checks/check.pl', 1, "there is no $gone to name a header for");
+    }
+    for my $file (files('^(src|tools|sdk|bench|tests|fuzz|idl)/.*\.(h|c|cpp|idl)$')) {
+        complain($file, 1, 'a file name has lower-case words and underscores only')
+            unless $file =~ m{(^|/)[a-z][a-z0-9]*(_[a-z0-9]+)*\.\w+$};
+        next unless $file =~ m{^((?:src|tools|sdk|bench)(?:/.*)?)/([^/]+)\.(h|c|cpp)$};
+        my ($folder, $name, $kind) = ($1, $2, $3);
+        $files_in{$folder}{$name} = 1;
+        next if $kind eq 'h' || $file =~ $entry_point;
+        # Its own header, that of what it is a part of (doctor_store.cpp: doctor.h), or that of
+        # its folder (verbs/eq.cpp: verbs.h).
+        my @words = split(/_/, $name);
+        my @names = map { join('_', @words[0 .. $_]) } reverse 0 .. $#words;
+        next if -f "$root/$folder.h" || grep { -f "$root/$folder/$_.h" } @names;
+        my $header = $header_of{"$folder/$name"};
+        complain($file, 1, 'there is no header of its name or of what it is a part of'), next
+            unless $header;
+        complain($file, 1, "does not include $header, which it is said to implement")
+            unless grep { /^#include "\Q$header\E"/ } lines_of($file);
+    }
+    for my $folder (sort keys %files_in) {
+        my $number = keys %{$files_in{$folder}};
+        complain($folder, 1, "holds $number files, a header and its source being one; $most_files are allowed")
+            if $number > $most_files;
+    }
+}
+
 # --- arrows: an include points down, and only where the table lets it ---------------
 
 my @contract = qw(contract contract/codec contract/messages);
@@ -101,6 +186,34 @@ sub arrows {
         }
     }
     arrows_of_tools(\%contract);
+    arrows_of_document();
+}
+
+# The tables of the document that say what a module may include, in the order of the document.
+sub arrows_of_document {
+    my $document = 'docs/architecture.md';
+    my @tables = (\%below, \%below_of_tools);
+    my ($table, $number, %seen) = (undef, 0);
+    my @lines = (-f "$root/$document" ? lines_of($document) : (), "\n");
+    for (@lines) {
+        $number++;
+        if (/^\| Module \| May include \|$/) {
+            $table = shift @tables or complain($document, $number, 'a table too many');
+            %seen = ();
+        } elsif ($table && /^\| `([^`]+)` \| (.*) \|$/) {
+            my ($module, $cell) = ($1, $2);
+            $seen{$module} = 1;
+            my $said = join(', ', sort $cell =~ /`([^`]+)`/g);
+            my $checked = join(', ', sort grep { $_ ne $module } @{$table->{$module} // ['nothing of it']});
+            complain($document, $number, "$module: it says '$said', the check says '$checked'")
+                if $said ne $checked;
+        } elsif ($table && !/^\|/) {
+            complain($document, $number, "the table above lacks $_")
+                for grep { !$seen{$_} } sort keys %$table;
+            $table = undef;
+        }
+    }
+    complain($document, $number, 'a table of what a module may include is missing') for @tables;
 }
 
 sub arrows_of_tools {
@@ -153,7 +266,7 @@ sub pure {
 # --- lines: a file can be read in one sitting ---------------------------------------------
 
 sub lines {
-    for my $file (files('\.(h|c|cpp|idl|rc|rgs|def|cmake|sh|pl)$|CMakeLists\.txt$')) {
+    for my $file (files('\.(h|hpp|c|cpp|idl|rc|rgs|def|cmake|sh|pl)$|CMakeLists\.txt$')) {
         my @lines = lines_of($file);
         complain($file, 601, scalar(@lines) . ' lines; 600 are allowed') if @lines > 600;
     }
@@ -204,16 +317,121 @@ sub literals_in {
     }
 }
 
+# --- the same of the contract's numbers and texts, which have names there
+
+my $contract_header = qr{^(src/contract|sdk/include)/.*\.h$};
+my $a_number = '(?<![\w.])-?(?:0[xX][0-9A-Fa-f]{1,8}|\d+(?:\.\d*)?)[uUfFlL]*(?![\w.])';
+my $a_text = '^(?!\s*#\s*include).*?\K(?:\bL|\bu)?"(?:[^"\\\\\n]|\\\\.)+"';
+my (%number_names, %text_places);
+
+# Constants that have a value like any other number, and where it means nothing else all the same.
+my %watched = (
+    KORA4_ENGINE_FULL             => '.',
+    KORA4_SAMPLING_PERIOD_DEFAULT => '^src/|^tools/(settings|kora4ctl)/',
+    cMaxTextBytes                 => '.',
+    cStaticNumber57               => '^src/',
+);
+
+sub value_of {
+    my ($literal) = @_;
+    return $literal =~ /^0[xX]/ ? hex($literal =~ s/[uUlL]+$//r) : 0 + ($literal =~ s/[uUfFlL]+$//r);
+}
+
+# Below 100, round, or bits side by side: such a number can be anything.
+sub is_any_number {
+    my ($value) = @_;
+    my $size = abs($value);
+    return 1 if $size < 100 || $size =~ /^[1-9]0+$/;
+    return 0 if $size != int($size);
+    $size >>= 1 while !($size & 1);
+    return !($size & ($size + 1));
+}
+
+# How the constants are found that a literal may stand for.
+sub keys_of {
+    my ($literal) = @_;
+    my $value = value_of($literal);
+    return is_any_number($value) ? $literal =~ /^0[xX]/ ? sprintf('0x%X', $value) : "watched $value" : $value;
+}
+
+# One word belongs to the language, or is a name that the code has, too.
+sub is_a_word {
+    my ($text) = @_;
+    return length($text) < 5 || $text =~ /^[\w-]*$/ || $text !~ /[A-Za-z]/;
+}
+
+sub without_texts {
+    my ($text) = @_;
+    return $text =~ s/"(?:[^"\\\n]|\\.)*"/'"' . '.' x (length($&) - 2) . '"'/ger;
+}
+
+sub names_in_contract {
+    my ($file, $text) = @_;
+    my $code = without_texts($text);
+    while ($code =~ /\b(\w+)\s*=\s*($a_number)\s*[,;}]|#define\s+(\w+)\s+($a_number)\s*$/gm) {
+        my ($name, $literal) = ($1 // $3, $2 // $4);
+        $number_names{keys_of($literal)}{$name} = 1
+            if !is_any_number(value_of($literal)) || $watched{$name};
+    }
+    return if $file =~ m{^src/contract/messages/};    # the statements of the trace have these
+    while ($text =~ /$a_text/gm) {
+        my $what = $&;
+        my $line = line_at($text, pos $text);
+        my $plain = substr($what =~ s/^[Lu]//r, 1, -1);
+        $text_places{$plain} //= [$file, $line, $what =~ /^[Lu]/] unless is_a_word($plain);
+    }
+}
+
+# A literal is a copy unless a comment at it says that it is something else, as in
+# 'not cMaxTextBytes: any size will do'.
+sub copies_in {
+    my ($file, $text) = @_;
+    my @with_comments = lines_of($file);
+    my $code = without_texts($text);
+    while ($code =~ /$a_number/g) {
+        my ($literal, $line) = ($&, line_at($code, pos $code));
+        my @names = grep { $file =~ ($watched{$_} // '.') }
+            sort keys %{$number_names{keys_of($literal)} // {}} or next;
+        my ($above, $here) = @with_comments[$line - 2, $line - 1];
+        my $own = join('|', @names);
+        next if "$above$here" =~ /\bnot ($own)\b/;
+        # The definition itself; in the contract a second constant may be 50 as well.
+        my $any = is_any_number(value_of($literal)) ? '\w+' : $names[0];
+        next if $file =~ $contract_header && $here =~ /\b$any\s*=\s*\Q$literal\E|#define\s+$any\s/;
+        complain($file, $line, "$literal is $own of the contract");
+    }
+    while ($text =~ /$a_text/gm) {
+        my ($what, $line) = ($&, line_at($text, pos $text));
+        my $first = $text_places{substr($what =~ s/^[Lu]//r, 1, -1)} or next;
+        next if "$first->[0] $first->[1]" eq "$file $line" || $first->[2] && $what =~ /^[Lu]/;
+        complain($file, $line, "a second copy of $what, which stands at $first->[0]:$first->[1]");
+    }
+    # Property ids have names, or stand in the tables of the fields.
+    my $id = '\bpid\s*[=!]=\s*\d+\b|\b(?:Setting|(?:Preset|Global)Patch(?:Key)?)\((?:[^;()]*,)?\s*\d+\s*\)';
+    while ($code =~ /$id/g) {
+        complain($file, line_at($code, pos $code), "a property id as a number: $&");
+    }
+}
+
+sub copies_of_the_contract {
+    my @sources = files('^(src|sdk|tools)/.*\.(h|c|cpp|rc)$');
+    my %code = map { $_ => code_of($_) } @sources;
+    names_in_contract($_, $code{$_}) for grep { $_ =~ $contract_header } @sources;
+    my %found = map { $_ => 1 } map { keys %$_ } values %number_names;
+    complain('tests/checks/check.pl', 1, "there is no $_ in the contract to be watched")
+        for grep { !$found{$_} } sort keys %watched;
+    # The samples are clients: they know the public header and what the documents say.
+    copies_in($_, $code{$_}) for grep { !m{^sdk/samples/} } @sources;
+}
+
 sub literals {
-    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|c|cpp|idl|rc|rgs|in|def)$')) {
-        my $text = join('', lines_of($file));
-        # Comments go, their line ends stay.
-        $text =~ s{("(?:[^"\\\n]|\\.)*")|//[^\n]*|(/\*.*?\*/)}
-                  {defined $1 ? $1 : defined $2 ? $2 =~ tr/\n//cdr : ''}gse;
-        my $at = sub { ($file, 1 + (substr($text, 0, $_[0]) =~ tr/\n//)) };
+    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|hpp|c|cpp|idl|rc|rgs|in|def)$')) {
+        my $text = code_of($file);
+        my $at = sub { ($file, line_at($text, $_[0])) };
         guids_in($text, $at);
         literals_in($text, $at) if $file =~ m{^(src|tools)/};
     }
+    copies_of_the_contract();
     for my $what (sort keys %places) {
         my @where = @{$places{$what}};
         next if @where < 2;
@@ -221,6 +439,74 @@ sub literals {
         complain($_->[0], $_->[1], "a second copy of the $what, which stands at $first")
             for @where[1 .. $#where];
     }
+}
+
+# --- functions: one screen and a bit ------------------------------------------------------
+
+my $most_lines = 60;
+
+# What an opening brace belongs to, by what stands before it since the last statement. After a
+# name without a blank, as in 'member{', comes a value.
+sub kind_of_brace {
+    my ($head) = @_;
+    $head =~ s/^(?:\s|(?:public|protected|private):)*(?:template\s*<.*?>\s*)?//s;
+    return 'scope' if $head =~ /^(?:inline\s+)?(?:class|struct|union|enum|namespace|extern)\b/ && $head !~ /\)\s*$/;
+    my $behind = qr{const|noexcept|override|final|->\s*[\w:<>*&\s]+|[A-Z_]+\([^()]*\)};
+    return 'function' if $head =~ /\s$/ && $head =~ /\)(?:\s+$behind)*\s*$|\)\s*:\s.*[)}]\s*$/s;
+    return 'value';
+}
+
+# The functions of a file that clang-format has been over, outermost ones only: a lambda is a
+# part of the function around it.
+sub functions {
+    for my $file (files('^(src|tools|sdk|bench)/.*\.(h|c|cpp)$')) {
+        my $text = code_of($file) =~ s{R"(\w*)\((.*?)\)\1"}{'""' . ($2 =~ tr/\n//cdr)}gser;
+        $text =~ s/'(?:[^'\\\n]|\\.)'/' '/g;
+        $text = without_texts($text) =~ s/^[ \t]*#(?:.*\\\n)*.*$/$& =~ tr{\n}{}cdr/germ;
+        my ($head_at, $begin, $inside, @open) = (0, 0, 0);
+        while ($text =~ /[{};]/g) {
+            my ($at, $sign) = ($-[0], $&);
+            my $kind = 'statement';
+            if ($sign eq '{') {
+                my $head = substr($text, $head_at, $at - $head_at);
+                $kind = $inside ? 'block' : kind_of_brace($head);
+                push @open, $kind;
+                if ($kind eq 'function') {
+                    $head =~ /^(?:\s|(?:public|protected|private):)*/;
+                    ($inside, $begin) = (1, line_at($text, $head_at + length($&)));
+                }
+            } elsif ($sign eq '}') {
+                $kind = pop(@open) // 'none';
+                if ($kind eq 'function') {
+                    my $length = line_at($text, $at) - $begin + 1;
+                    complain($file, $begin, "a function of $length lines; $most_lines are allowed")
+                        if $length > $most_lines;
+                    $inside = 0;
+                }
+            }
+            # A value is a part of what it stands in.
+            $head_at = $at + 1 if $kind ne 'value';
+        }
+        complain($file, 1, 'its braces do not match') if @open;
+    }
+}
+
+# --- comments: headers say what they promise ------------------------------------------------
+
+my $least_share = 25;    # per cent of the lines that are not blank
+
+sub comments {
+    my ($comments, $all) = (0, 0);
+    for my $file (files('^(src|tools|sdk/include)(/.*)?/[^/]+\.h$')) {
+        my $lines = join('', lines_of($file));
+        $comments += () = $lines =~ m{//|(?<=\n)[ \t]*/?\*}g;
+        $all += () = $lines =~ /\S[^\n]*\n/g;
+    }
+    return unless $all;
+    my $share = 100 * $comments / $all;
+    complain('headers', 1, sprintf('%.1f %% of the lines are comments; %d are the least', $share, $least_share))
+        if $share < $least_share;
+    printf "comments: %d of %d lines of the headers, %.1f %%\n", $comments, $all, $share;
 }
 
 # --- words: nothing unfinished, and nothing that a reader of the repository cannot follow --
@@ -247,7 +533,8 @@ sub words {
 }
 
 my %rules = (
-    arrows => \&arrows, pure => \&pure, lines => \&lines, literals => \&literals, words => \&words,
+    arrows => \&arrows, comments => \&comments, files => \&files_rule, functions => \&functions,
+    headers => \&headers, lines => \&lines, literals => \&literals, pure => \&pure, words => \&words,
 );
 die "usage: check.pl @{[join '|', sort keys %rules]} ROOT\n"
     unless defined $rule && $rules{$rule} && defined $root && -d $root;

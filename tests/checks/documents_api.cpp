@@ -21,7 +21,7 @@ namespace kora4::test {
 
 namespace {
 
-constexpr char cApiHeader[] = "sdk/include/kora4api.h";
+constexpr char cConstants[] = "sdk/include/kora4api_constants.h";
 constexpr char cApiInterface[] = "IVeltoKORA4API";
 constexpr char cCallbackInterface[] = "IVeltoKORA4APICallback";
 constexpr std::uint32_t cFirstSlot = 3;  // behind those of IUnknown
@@ -82,33 +82,39 @@ std::vector<Row> Results(const Document&) {
     return rows;
 }
 
-std::uint32_t Macro(const char* name) {
-    const std::vector<NamedNumber> macros = MacrosOf(cApiHeader, name);
-    return macros.empty() ? 0 : macros[0].number;
-}
-
 std::vector<Row> Constants(const Document&) {
-    EXPECT_EQ(cSelectableProfileBound, Macro("KORA4_PROFILE_TABLE_ENTRIES"));
-    EXPECT_EQ(cMaxArrayElements, Macro("KORA4_GRAPHIC_EQ_MAX_BANDS"));
-    EXPECT_EQ(cDisplayBands, Macro("KORA4_VISUALIZATION_BANDS"));
+    // The lengths of the arrays that the interface definition writes as numbers.
+    const std::map<std::string, std::uint32_t> lengths = {
+        {"GetProfileTable", KORA4_PROFILE_TABLE_ENTRIES},
+        {"GetVisualizationData", KORA4_VISUALIZATION_BANDS}};
+    for (const IdlMethod& method : MethodsOf(cApiInterface)) {
+        if (const auto found = lengths.find(method.name); found != lengths.end()) {
+            const std::string length = "[" + Text(found->second) + "]";
+            EXPECT_NE(std::string::npos, method.parameters.find(length)) << method.name;
+        }
+    }
     return {
         {"version", KORA4_VERSION_TEXT},
         {"profile table entries", Text(cSelectableProfileBound)},
         {"graphic EQ bands", Text(cMaxArrayElements)},
         {"graphic EQ bytes", Text(sizeof(ApiGraphicEQ))},
         {"patch value bytes", Text(sizeof(ApiPatchValue))},
+        {"custom name length", Text(cMaxTextBytes / sizeof(char16_t) - 1)},
+        {"leveler of Movie", Text(defaults::cVolumeAmount[cMovieProfile])},
+        {"speaker virtualizer", FloatText(defaults::cVirtualSurroundBoost[cMovieProfile])},
         {"graphic EQ lowest gain", FloatText(cGraphicEQGainMin)},
         {"graphic EQ highest gain", FloatText(cGraphicEQGainMax)},
         {"display bands", Text(cDisplayBands)},
         {"level floor", FloatText(cLevelFloor)},
         {"excitation offset", FloatText(cExcitationOffset)},
+        {"silent excitation", FloatText(KORA4_SILENT_EXCITATION)},
         {"sampling period", Text(defaults::cSamplingPeriod)},
     };
 }
 
 std::vector<Row> ProfileConstants(const Document&) {
     std::vector<Row> rows;
-    for (const NamedNumber& macro : MacrosOf(cApiHeader, "KORA4_PROFILE_"))
+    for (const NamedNumber& macro : MacrosOf(cConstants, "KORA4_PROFILE_"))
         if (macro.name != "KORA4_PROFILE_TABLE_ENTRIES")
             rows.push_back({macro.name, Text(macro.number)});
     return rows;

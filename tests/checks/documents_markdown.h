@@ -18,6 +18,7 @@ struct MarkedTable {
     std::string block;      // of a fenced block
 };
 
+// A document by its marked tables.
 struct Document {
     std::vector<MarkedTable> tables;
 

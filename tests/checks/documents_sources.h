@@ -12,6 +12,7 @@
 
 namespace kora4::test {
 
+// A name with the number that a source gives it.
 struct NamedNumber {
     std::string name;
     std::uint32_t number;
@@ -24,6 +25,7 @@ std::vector<NamedNumber> EnumeratorsOf(const std::string& path, const std::strin
 // `#define PREFIX... NUMBER` and `#define PREFIX... KORA4_RESULT_CODE(NUMBER)`, in order.
 std::vector<NamedNumber> MacrosOf(const std::string& path, const std::string& prefix);
 
+// A method as the interface definition declares it.
 struct IdlMethod {
     std::string name;
     std::string parameters;  // "[in] LONG a, [out] BOOL *b"

@@ -21,6 +21,7 @@ struct Family {
 };
 extern const std::vector<Family> cFamilies;
 
+// One access of a method to the store, as a document would state it.
 struct Access {
     std::string family;  // what belongs to none keeps the whole log entry
     bool write;
@@ -29,6 +30,7 @@ struct Access {
     std::uint32_t pid;
 };
 
+// What a method was seen to do with the store.
 struct MethodUse {
     bool known = false;
     bool mutex = false;

@@ -7,29 +7,44 @@ root=$1 work=$2
 checks=$root/tests/checks
 failures=0
 
+# put FILE LINE...: a file with its head, which says nothing.
+put() {
+  local file=$1
+  shift
+  printf '%s\n' '// SPDX-License-Identifier: MIT' "// What $file is for." "$@" >"$file"
+}
+
 # fresh: a little tree that breaks no rule.
 fresh() {
   rm -rf "$work/tree"
   mkdir -p "$work/tree"/src/{contract,trace,platform,store/{access,clients},monitor,api,server}
-  mkdir -p "$work/tree"/{idl,sdk/include,tools/{base,registry,settings,kora4ctl/verbs,kora4sim/engine}}
+  mkdir -p "$work/tree"/{docs,idl,sdk/include,tools/{base,registry,settings,kora4ctl/verbs,kora4sim/engine}}
   cd "$work/tree"
   cp "$root/.clang-format" .
-  echo '[uuid(01234567-89AB-CDEF-0123-456789ABCDEF)] interface IThing;' >idl/thing.idl
-  printf '#include <cstdint>\n\n#include "contract/facts.h"\n' >src/trace/trace.h
-  echo '#include <cstdint>' >src/contract/facts.h
-  echo 'const wchar_t* const cName = L"Name of it";' >>src/contract/facts.h
-  echo '#include "contract/facts.h"' >src/store/access/key_access.h
-  echo '#include <windows.h>' >src/store/access/task_memory.cpp
-  echo '#include "store/access/key_access.h"' >src/store/clients/client.h
-  printf '#include <windows.h>\n\n#include "thing.h"\n#include "trace/trace.h"\n' >src/monitor/monitor.cpp
-  echo '#include "store/clients/client.h"' >src/api/api.h
-  echo '#include "api/api.h"' >src/server/server.cpp
-  echo '#include "contract/facts.h"' >src/contract/results.h
-  printf '#include <string>\n\n#include "contract/results.h"\n' >tools/base/results.h
-  echo '#include "base/results.h"' >tools/registry/store.h
-  echo '#include "registry/store.h"' >tools/settings/settings.h
-  echo '#include "settings/settings.h"' >tools/kora4ctl/verbs/get.cpp
-  printf '#include "settings/settings.h"\n#include "thing.h"\n' >tools/kora4sim/engine/engine.cpp
+  cp "$root/docs/architecture.md" docs/
+  put idl/thing.idl '[uuid(01234567-89AB-CDEF-0123-456789ABCDEF)] interface IThing;'
+  put src/trace/trace.h '#include <cstdint>' '' '#include "contract/facts.h"'
+  put src/contract/facts.h '#include <cstdint>' 'const wchar_t* const cName = L"Name of it";' \
+    'const char* const cRule = "Never do that.";' \
+    'constexpr std::uint32_t cAnswer = 4242;' '#define KORA4_ENGINE_FULL 0x03FFu /* all */' \
+    'constexpr std::size_t cMaxTextBytes = 4096;' '#define KORA4_SAMPLING_PERIOD_DEFAULT 50' \
+    'constexpr std::uint32_t cStaticNumber57 = 200;'
+  put src/store/access/key_access.h '#include "contract/facts.h"'
+  put src/store/access/task_memory.h
+  put src/store/access/task_memory.cpp '#include <windows.h>'
+  put src/store/clients/client.h '#include "store/access/key_access.h"'
+  put src/monitor/monitor.h
+  put src/monitor/monitor.cpp '#include <windows.h>' '' '#include "thing.h"' '#include "trace/trace.h"'
+  put src/api/api.h '#include "store/clients/client.h"'
+  put src/server/exports.cpp '#include "api/api.h"'
+  put src/contract/results.h '#include "contract/facts.h"'
+  put tools/base/results.h '#include <string>' '' '#include "contract/results.h"'
+  put tools/registry/store.h '#include "base/results.h"'
+  put tools/settings/settings.h '#include "registry/store.h"'
+  put tools/kora4ctl/verbs.h
+  put tools/kora4ctl/verbs/get.cpp '#include "settings/settings.h"'
+  put tools/kora4sim/engine/engine.h
+  put tools/kora4sim/engine/engine.cpp '#include "settings/settings.h"' '#include "thing.h"'
 }
 
 report() {
@@ -62,13 +77,29 @@ finds() {
 # allows RULE FILE TEXT
 allows() {
   fresh
+  mkdir -p "$(dirname "$2")"
   printf '%b\n' "$3" >>"$2"
   local result=0
   run "$1" || result=1
   report "$1 allows ${3%%\\n*} in $2" "$result"
 }
 
-for rule in arrows pure lines literals words format; do
+# changes RULE WORDS FILE SED: FILE edited by SED makes RULE complain with WORDS.
+changes() {
+  fresh
+  sed -i "$4" "$3"
+  local result=0
+  if run "$1" || ! grep -qF -- "$2" "$work/output"; then result=1; fi
+  report "$1 finds '$2' in $3 after $4" "$result"
+}
+
+# lines NUMBER TEXT: that many of them.
+lines() {
+  local i
+  for ((i = 0; i < $1; i++)); do printf '%s\n' "$2"; done
+}
+
+for rule in arrows comments files functions headers lines literals pure words format; do
   fresh
   result=0
   run "$rule" || result=1
@@ -81,6 +112,47 @@ for rule in arrows pure lines literals words format; do
   report "$rule refuses to pass an empty tree" "$result"
 done
 
+license='// SPDX-License-Identifier: MIT'
+changes headers "does not begin with" src/api/api.h 1d
+changes headers "does not begin with" src/api/api.h "1s/$/ and what it is for/"
+changes headers "no comment that says its purpose" src/api/api.h 2d
+finds headers "does not begin with" scripts/run.sh '#!/bin/sh\n# What it is for.'
+allows headers run.sh '#!/bin/sh\n# SPDX-License-Identifier: MIT\n# What it is for.'
+allows headers docs/tables.md '<!-- SPDX-License-Identifier: MIT -->\n# Tables'
+allows headers settings.json '{}'
+
+finds files "lower-case words" tests/unit/ThingTest.cpp "$license"
+finds files "lower-case words" src/api/api-texts.h "$license"
+finds files "no header of its name" src/api/lost.cpp "$license"
+finds files "does not include api/kora4asl.h" src/api/commands.cpp "$license"
+allows files src/api/api_texts.cpp "$license"
+allows files src/api/commands.cpp '#include "api/kora4asl.h"'
+allows files tests/unit/thing_test.cpp "$license"
+fresh
+for i in {1..20}; do put "src/api/part_$i.h"; done
+result=0
+if run files || ! grep -qF 'holds 21 files' "$work/output"; then result=1; fi
+report "files counts the files of a folder" "$result"
+
+body=$(lines 58 '    Do();')
+finds functions "a function of 61 lines" src/api/api.cpp "int Thing::Do() {\n$body\n    Do();\n}"
+finds functions "a function of 61 lines" src/api/api.cpp \
+  "Thing::Thing(int a)\n    : m_a{a}, m_b(a) {\n$body\n}"
+finds functions "a function of 61 lines" src/api/api.cpp \
+  "class Thing final : public Base {\n    template <typename T>\n    auto Do(T t = {}) const -> int REQUIRES(m_lock) {\n$(lines 58 '        Do();')\n    }\n};"
+finds functions "braces do not match" src/api/api.cpp 'void Do() {\n    if (a) {\n}'
+allows functions src/api/api.cpp "namespace a {\nint Do() {\n$body\n}\n}  // namespace a"
+allows functions src/api/api.cpp "constexpr Row cRows[] = {\n$(lines 70 '    Row(1),')\n};"
+allows functions src/api/api.cpp "struct Thing {\n$(lines 70 '    int Do();')\n};"
+
+finds comments "% of the lines are comments" src/api/api.h "$(lines 99 'int i;')"
+
+document=docs/architecture.md
+changes arrows "monitor: it says" $document '/^| `monitor` | `/s/ `platform`,//'
+changes arrows "base: it says 'store', the check says ''" $document '/^| `base` | nothing/s/nothing/`store`/'
+changes arrows "lacks monitor" $document '/^| `monitor` | `/d'
+changes arrows "lost: it says" $document '/^| `monitor` | `/s/monitor/lost/'
+changes arrows "a table of what a module may include is missing" $document '/| Module | May include |/d'
 up='must not include'
 finds arrows "contract $up store/access" src/contract/facts.h '#include "store/access/key_access.h"'
 finds arrows "store/access $up store/clients" src/store/access/key_access.h '#include "store/clients/client.h"'
@@ -106,13 +178,13 @@ finds pure "platform header" src/trace/trace.h '#include <wrl/client.h>'
 finds pure "platform header" src/platform/thread_annotations.h '#include <windows.h>'
 finds pure "includes one that is not" src/store/clients/client.h '#include "store/access/task_memory.cpp"'
 allows pure src/platform/open_mutex.h '#include <windows.h>'
-finds lines "601 lines" src/api/api.h "$(printf '// line\\n%.0s' {1..599})// last"
+finds lines "601 lines" src/api/api.h "$(printf '// line\\n%.0s' {1..597})// last"
 guid='0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}'
 fresh
 finds literals "a second copy of the GUID" src/api/api.h "constexpr KeyGuid cOther{$guid};"
 finds literals "a second copy of the GUID" tools/registry/store.h "constexpr KeyGuid cOther{$guid};"
 finds literals "a second copy of the text Name of it" tools/settings/settings.h 'auto name = u"Name of it";'
-finds lines "601 lines" tools/registry/store.h "$(printf '// line\\n%.0s' {1..599})// last"
+finds lines "601 lines" tools/registry/store.h "$(printf '// line\\n%.0s' {1..597})// last"
 finds format "code should be clang-formatted" tools/registry/store.h 'int  f( ) ;'
 finds pure "platform header" src/contract/results.h '#include <windows.h>'
 finds literals "a second copy of the text Name of it" src/api/api.h 'auto name = u"Name of it";'
@@ -122,6 +194,21 @@ finds literals "a second copy of the array" src/api/api.h \
   'auto a = "0014,0001,0002,0003,0004";\nauto b = "0014,0001,0002,0003,0004";'
 allows literals src/api/api.h '// as in L"Name of it"\n/* L"Name of it" */'
 allows literals src/api/api.h 'int a[] = {0, 0, 0, 0};\nint b[] = {0, 0, 0, 0};'
+finds literals "a second copy of \"Name of it\"" tools/settings/settings.h 'auto name = "Name of it";'
+finds literals "a second copy of \"Never do that.\"" tools/kora4ctl/verbs/get.cpp 'Print("Never do that.");'
+finds literals "4242 is cAnswer" src/api/api.h 'constexpr int cOther = 4242;'
+finds literals "0x1092 is cAnswer" tools/base/results.h 'if (a == 0x1092)'
+finds literals "4242u is cAnswer" src/contract/results.h 'constexpr unsigned cSame = 4242u;'
+finds literals "50 is KORA4_SAMPLING_PERIOD_DEFAULT" src/api/api.h 'constexpr int cPeriod = 50;'
+finds literals "0x3ff is KORA4_ENGINE_FULL" src/trace/trace.h 'mask = 0x3ff;'
+finds literals "4096 is cMaxTextBytes" tools/registry/store.h 'char text[4096];'
+finds literals "a property id as a number" tools/registry/store.h 'auto key = pkey::Setting(3);'
+finds literals "a property id as a number" tools/registry/store.h 'if (key.pid == 404)'
+changes literals "there is no cMaxTextBytes" src/contract/facts.h '/cMaxTextBytes/d'
+allows literals tools/registry/store.h 'char text[4096];  // not cMaxTextBytes: any size will do'
+allows literals tools/registry/store.h '// 4242, as in "Never do that."'
+allows literals src/contract/results.h 'constexpr int cSecondPid = 50;'
+allows literals sdk/samples/client.cpp 'int answer = 4242;'
 finds words "unfinished mark" src/api/api.h "// TO""DO: more"
 finds words "skipped test" src/api/api.h "GTEST_SK""IP();"
 finds words "path of somebody" src/api/api.h "auto p = \"/wor""k/x\";"

@@ -69,9 +69,9 @@ struct Outs {
     BOOL flag = -77;
     ULONG number = 77;
     LPWSTR text = nullptr;
-    LPWSTR table[9] = {};
-    float gain[20] = {};
-    float excitation[20] = {};
+    LPWSTR table[KORA4_PROFILE_TABLE_ENTRIES] = {};
+    float gain[KORA4_VISUALIZATION_BANDS] = {};
+    float excitation[KORA4_VISUALIZATION_BANDS] = {};
     KORA4PatchValueUnion value{eVolumeLeveler, {}};
     GraphicEQData graphicEQ{};
 };
@@ -89,7 +89,7 @@ std::vector<Call> AllSettingsCalls(Outs& outs) {
         {"SetActiveProfile", [](Api p) { return p->SetActiveProfile(1); }, {}},
         {"RevertActiveProfile", [](Api p) { return p->RevertActiveProfile(); }, {}},
         {"SetDemoProfileAndEnable",
-         [](Api p) { return p->SetDemoProfileAndEnable(240, TRUE); },
+         [](Api p) { return p->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE); },
          {}},
         {"RevertFromDemoMode", [](Api p) { return p->RevertFromDemoMode(); }, {}},
         {"ForceRevertFromDemoMode", [](Api p) { return p->ForceRevertFromDemoMode(); }, {}},

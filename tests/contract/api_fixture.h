@@ -32,6 +32,7 @@ inline std::string PointerText(const void* pointer) {
     return text;
 }
 
+// An empty store, an apartment and the library.
 class ApiTest : public testing::Test {
   protected:
     explicit ApiTest(DWORD model = COINIT_APARTMENTTHREADED) : m_apartment(model) {}
@@ -77,6 +78,18 @@ class ApiTraceTest : public ApiTest {
     }
 
     TraceLog m_log;
+};
+
+// The same with an object, of which nothing is in the log yet.
+class ApiObjectTraceTest : public ApiTraceTest {
+  protected:
+    void SetUp() override {
+        ApiTraceTest::SetUp();
+        m_spApi = Initialized();
+        m_log.Clear();
+    }
+
+    ComPtr<IVeltoKORA4API> m_spApi;
 };
 
 }  // namespace kora4::test

@@ -134,7 +134,7 @@ TEST_F(ApiNotifications, AnObjectIsNotToldOfItsOwnChanges) {
     m_spApi->SetSimplePatchValue(&value);
     m_spApi->SetGraphicEQData(&graphicEQ);
     m_spApi->CreateCustomProfile(3, L"own");
-    m_spApi->SetDemoProfileAndEnable(240, FALSE);
+    m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, FALSE);
     m_spApi->RevertFromDemoMode();
     m_spApi->RevertActiveProfile();
     EXPECT_EQ(Lines{cBarrier}, LogAfterBarrier(*m_spRecorder.Get()));
@@ -165,7 +165,7 @@ TEST_F(ApiNotifications, ACallbackThatUnregistersItselfEndsThePass) {
     ChangeEnableAndProfile();
     ASSERT_TRUE(m_spRecorder->WaitForLines(1));
     EXPECT_EQ(Lines{"OnEnableStateChange(0)"}, m_spRecorder->Log());
-    EXPECT_EQ(1, m_spRecorder->References());
+    EXPECT_EQ(1u, m_spRecorder->References());
 }
 
 TEST_F(ApiNotifications, ACallbackThatDropsItsLastReferencesLivesUntilItsCallReturns) {
@@ -189,7 +189,7 @@ TEST_F(ApiNotifications, RegisteringTheSamePointerAgainDoesNotEndThePass) {
     });
     ChangeEnableAndProfile();
     EXPECT_TRUE(m_spRecorder->WaitForLine("OnActiveProfileChange(1)"));
-    EXPECT_EQ(2, m_spRecorder->References());
+    EXPECT_EQ(2u, m_spRecorder->References());
 }
 
 TEST_F(ApiNotifications, ACallbackThatLeavesAndComesBackHearsLaterPassesOnly) {
@@ -211,7 +211,7 @@ TEST_F(ApiNotifications, AReplacementHearsLaterPassesOnly) {
     ASSERT_TRUE(m_spRecorder->WaitForLines(1));
     EXPECT_EQ(Lines{cBarrier}, LogAfterBarrier(*spNext.Get()));
     EXPECT_EQ(Lines{"OnEnableStateChange(0)"}, m_spRecorder->Log());
-    EXPECT_EQ(1, m_spRecorder->References());
+    EXPECT_EQ(1u, m_spRecorder->References());
 }
 
 // Also the library can be unloaded within a second of the callback's return.
@@ -252,7 +252,7 @@ TEST_F(ApiMtaNotifications, AReleaseByAnotherThreadDuringAPassDoesNotWaitForIt) 
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(inside.Get(), cBoundedWait));
     const ULONGLONG start = GetTickCount64();
     m_spApi.Reset();
-    EXPECT_LT(GetTickCount64() - start, 1000u);
+    EXPECT_GT(1000u, GetTickCount64() - start);
     EXPECT_EQ(S_FALSE, m_library.CanUnloadNow());
     SetEvent(goOn.Get());
     EXPECT_TRUE(PumpUntil([&] { return m_library.CanUnloadNow() == S_OK; }, nullptr, 1000));
@@ -282,7 +282,7 @@ TEST_F(ApiMtaNotifications, UnregisteringFromAnotherThreadWaitsForThePass) {
     EXPECT_FALSE(returnedDuringThePass);
     EXPECT_EQ((Lines{"OnEnableStateChange(0)", "OnActiveProfileChange(1)"}),
               m_spRecorder->Log());
-    EXPECT_EQ(1, m_spRecorder->References());
+    EXPECT_EQ(1u, m_spRecorder->References());
 }
 
 TEST_F(ApiMtaNotifications, ManyObjectsComeAndGoWhileAnotherProgramWrites) {
@@ -321,7 +321,7 @@ TEST_F(ApiMtaNotifications, AnObjectBecomesReadyWhileAnotherProgramWritesWithout
         longest = std::max(longest, GetTickCount64() - start);
     }
     stop = true;
-    EXPECT_LT(longest, 10000u) << "milliseconds";
+    EXPECT_GT(10000u, longest) << "milliseconds";
 }
 
 TEST_F(ApiNotifications, ACallbackMayUseTheObject) {

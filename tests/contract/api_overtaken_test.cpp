@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "contract/api_fixture.h"
+#include "support/counted.h"
 
 namespace kora4::test {
 namespace {
@@ -165,26 +166,10 @@ TEST_F(ApiMtaOvertaken, AWriteOfAnotherThreadOvertakesToo) {
 }
 
 // A callback that is told nothing and does something when it goes.
-class LastWords final : public IVeltoKORA4APICallback {
+class LastWords final : public Counted<IVeltoKORA4APICallback> {
   public:
-    explicit LastWords(std::function<void()> words) : m_words(std::move(words)) {}
+    explicit LastWords(std::function<void()> words) : Counted(0), m_words(std::move(words)) {}
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IVeltoKORA4APICallback);
-        *ppv = known ? this : nullptr;
-        if (known)
-            AddRef();
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) {
-            m_words();
-            delete this;
-        }
-        return left;
-    }
     STDMETHODIMP OnActiveProfileChange(LONG) override { return E_UNEXPECTED; }
     STDMETHODIMP OnEnableStateChange(BOOL) override { return E_UNEXPECTED; }
     STDMETHODIMP OnCustomProfileTableChange() override { return E_UNEXPECTED; }
@@ -197,9 +182,8 @@ class LastWords final : public IVeltoKORA4APICallback {
     STDMETHODIMP OnGraphicEQChange(GraphicEQData*) override { return E_UNEXPECTED; }
 
   private:
-    ~LastWords() = default;
+    ~LastWords() override { m_words(); }
 
-    std::atomic<ULONG> m_references{0};
     std::function<void()> m_words;
 };
 
@@ -301,7 +285,7 @@ TEST_F(ApiLastReference, HeldByTheCallbackThatIsReplaced) {
     OwnedByItsCallback()->RegisterChangeNotifications(spNext.Get());
     ExpectDestroyedAfter("RegisterChangeNotifications");
     EXPECT_EQ(S_OK, m_library.CanUnloadNow());
-    EXPECT_EQ(1, spNext->References());
+    EXPECT_EQ(1u, spNext->References());
 }
 
 }  // namespace

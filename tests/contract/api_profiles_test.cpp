@@ -24,7 +24,7 @@ struct ProfileTable {
         for (LPWSTR name : names)
             CoTaskMemFree(name);
     }
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     HRESULT hr;
 };
 
@@ -58,7 +58,9 @@ TEST_F(ApiProfiles, SettingAPresetStoresIt) {
 }
 
 TEST_F(ApiProfiles, OnlySelectableNumbersAreAccepted) {
-    for (LONG profile : {-1, 9, 239, 240, 241, 242, 243, 0x7FFFFFFF})
+    for (LONG profile : {-1, KORA4_PROFILE_TABLE_ENTRIES, KORA4_PROFILE_DEMO_MOVIE - 1,
+                         KORA4_PROFILE_DEMO_MOVIE, KORA4_PROFILE_DEMO_MUSIC,
+                         KORA4_PROFILE_DEMO_GAMES, KORA4_PROFILE_DEMO_GAMES + 1, 0x7FFFFFFF})
         EXPECT_EQ(E_INVALIDARG, m_spApi->SetActiveProfile(profile)) << profile;
     EXPECT_EQ(cNone, StoredProfile());
 }
@@ -71,15 +73,16 @@ TEST_F(ApiProfiles, ACustomProfileThatWasNeverCreatedIsNotChosen) {
 
 TEST_F(ApiProfiles, DuringADemoNoProfileCanBeChosen) {
     EXPECT_EQ(S_OK, m_spApi->SetActiveProfile(2));
-    EXPECT_EQ(S_OK, m_spApi->SetDemoProfileAndEnable(240, TRUE));
+    EXPECT_EQ(S_OK, m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
     EXPECT_EQ(KORA4_S_DEMO_MODE_ACTIVE, m_spApi->SetActiveProfile(1));
-    EXPECT_EQ(240, ActiveProfile());
+    EXPECT_EQ(KORA4_PROFILE_DEMO_MOVIE, ActiveProfile());
     EXPECT_EQ(S_OK, m_spApi->RevertFromDemoMode());
     EXPECT_EQ(2, ActiveProfile());
 }
 
 TEST_F(ApiProfiles, OnlyDemoNumbersEnterADemo) {
-    for (LONG profile : {0, 8, 239, 243, -16})
+    for (LONG profile : {KORA4_PROFILE_MOVIE, KORA4_PROFILE_LAST_CUSTOM,
+                         KORA4_PROFILE_DEMO_MOVIE - 1, KORA4_PROFILE_DEMO_GAMES + 1, -16})
         EXPECT_EQ(E_INVALIDARG, m_spApi->SetDemoProfileAndEnable(profile, TRUE)) << profile;
     EXPECT_EQ(cNone, StoredProfile());
 }
@@ -87,19 +90,20 @@ TEST_F(ApiProfiles, OnlyDemoNumbersEnterADemo) {
 TEST_F(ApiProfiles, LeavingTwoDemosRestoresWhatWasBeforeTheFirst) {
     m_spApi->SetActiveProfile(1);
     m_spApi->SetVeltoEnable(FALSE);
-    EXPECT_EQ(S_OK, m_spApi->SetDemoProfileAndEnable(240, 5));
+    EXPECT_EQ(S_OK, m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, 5));
     EXPECT_EQ(1u, StoredEnable());
-    EXPECT_EQ(S_OK, m_spApi->SetDemoProfileAndEnable(241, TRUE));
+    EXPECT_EQ(S_OK, m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE));
     EXPECT_EQ(S_OK, m_spApi->RevertFromDemoMode());
     EXPECT_EQ(1u, StoredProfile());
     EXPECT_EQ(0u, StoredEnable());
 }
 
 TEST_F(ApiProfiles, ADemoOfAnotherClientIsNotLeftByTheOrdinaryWay) {
-    RawStore::SetNumber(cDynamic, SettingName(cProfilePid), 241);
+    RawStore::SetNumber(cDynamic, SettingName(cProfilePid), KORA4_PROFILE_DEMO_MUSIC);
     EXPECT_EQ(KORA4_S_DEMO_MODE_ACTIVE, m_spApi->RevertFromDemoMode());
-    EXPECT_EQ(KORA4_S_DEMO_MODE_ACTIVE, m_spApi->SetDemoProfileAndEnable(240, TRUE));
-    EXPECT_EQ(241u, StoredProfile());
+    EXPECT_EQ(KORA4_S_DEMO_MODE_ACTIVE,
+              m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
+    EXPECT_EQ(KORA4_PROFILE_DEMO_MUSIC, StoredProfile());
     EXPECT_EQ(S_OK, m_spApi->ForceRevertFromDemoMode());
     EXPECT_EQ(0u, StoredProfile());
 }
@@ -111,7 +115,7 @@ TEST_F(ApiProfiles, AForcedRevertOutsideADemoDoesNothing) {
 }
 
 TEST_F(ApiProfiles, ADemoThatAnotherProgramEndedIsToldApart) {
-    m_spApi->SetDemoProfileAndEnable(240, TRUE);
+    m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE);
     {
         // Unseen by a pass: the notification comes in only when this thread lets it in.
         RawStore::SetNumber(cDynamic, SettingName(cProfilePid), 1);
@@ -155,7 +159,8 @@ TEST_F(ApiProfiles, TheTableHasTheNamesAtTheNumbersOfTheProfiles) {
 }
 
 TEST_F(ApiProfiles, OnlyCustomNumbersAreCreatedNamedAndDeleted) {
-    for (LONG profile : {0, 2, 9, 240, -1}) {
+    for (LONG profile : {KORA4_PROFILE_MOVIE, KORA4_PROFILE_GAMES, KORA4_PROFILE_TABLE_ENTRIES,
+                         KORA4_PROFILE_DEMO_MOVIE, -1}) {
         EXPECT_EQ(E_INVALIDARG, m_spApi->CreateCustomProfile(profile, L"n")) << profile;
         EXPECT_EQ(E_INVALIDARG, m_spApi->SetCustomProfileName(profile, L"n")) << profile;
         EXPECT_EQ(E_INVALIDARG, m_spApi->DeleteCustomProfile(profile)) << profile;
@@ -204,24 +209,17 @@ TEST_F(ApiProfiles, ANewCustomProfileHasTheActiveProfilesValues) {
     EXPECT_EQ(8u, RawStore::Number(cStatic, PatchName(RawTechnology::eVolume, 7, 3)));
 }
 
-class ApiProfilesTrace : public ApiTraceTest {
-  protected:
-    void SetUp() override {
-        ApiTraceTest::SetUp();
-        m_spApi = Initialized();
-        m_log.Clear();
-    }
-    ComPtr<IVeltoKORA4API> m_spApi;
-};
+class ApiProfilesTrace : public ApiObjectTraceTest {};
 
 TEST_F(ApiProfilesTrace, ReadingNamesTheProfile) {
-    const std::pair<DWORD, const char*> profiles[] = {{0, "Movie\t(0)\tProfile"},
-                                                      {1, "Music\t(1)\tProfile"},
-                                                      {2, "Games\t(2)\tProfile"},
-                                                      {3, "P1: Custom Profile"},
-                                                      {8, "P6: Custom Profile"},
-                                                      {9, "KORA4APITechnology bad index"},
-                                                      {240, "KORA4APITechnology bad index"}};
+    const std::pair<DWORD, const char*> profiles[] = {
+        {0, "Movie\t(0)\tProfile"},
+        {1, "Music\t(1)\tProfile"},
+        {2, "Games\t(2)\tProfile"},
+        {3, "P1: Custom Profile"},
+        {8, "P6: Custom Profile"},
+        {9, "KORA4APITechnology bad index"},
+        {KORA4_PROFILE_DEMO_MOVIE, "KORA4APITechnology bad index"}};
     for (const auto& [profile, name] : profiles) {
         RawStore::SetNumber(cDynamic, SettingName(cProfilePid), profile);
         m_log.Clear();
@@ -235,7 +233,7 @@ TEST_F(ApiProfilesTrace, ReadingNamesTheProfile) {
 TEST_F(ApiProfilesTrace, ChoosingNamesTheProfileWhateverTheResult) {
     m_spApi->SetActiveProfile(0);
     m_spApi->SetActiveProfile(4);
-    m_spApi->SetActiveProfile(240);
+    m_spApi->SetActiveProfile(KORA4_PROFILE_DEMO_MOVIE);
     EXPECT_EQ((Lines{">> profile: 0", " to Movie (0) Profile", "<< hr: 0x00000000",
                      ">> profile: 4", " to P2:   (4) ", "<< hr: 0x00040202", ">> profile: 240",
                      " to bad Profile index", "<< hr: 0x80070057"}),
@@ -256,7 +254,7 @@ TEST_F(ApiProfilesTrace, AFailedRevertTellsOfSuccessAllTheSame) {
 }
 
 TEST_F(ApiProfilesTrace, DemosAreNamed) {
-    m_spApi->SetDemoProfileAndEnable(242, 7);
+    m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, 7);
     m_spApi->SetDemoProfileAndEnable(1, FALSE);
     EXPECT_EQ(
         (Lines{">> demoProfileID: 242 demoVeltoEnable: 7", " to Demo Games (0xF2) Profile",

@@ -91,22 +91,14 @@ TEST_F(ApiSwitches, TheMaskOfTheEngineIsTheOneOfInitialize) {
     ULONG mask = 99;
     EXPECT_EQ(S_OK, m_spApi->GetTechnologyMasterEnables(&mask));
     EXPECT_EQ(0u, mask);
-    RawStore::SetNumber(cStatic, MasterEnablesName(), 0x021F);
+    RawStore::SetNumber(cStatic, MasterEnablesName(), KORA4_ENGINE_STANDARD);
     EXPECT_EQ(S_OK, m_spApi->GetTechnologyMasterEnables(&mask));
     EXPECT_EQ(0u, mask);
     EXPECT_EQ(S_OK, Initialized()->GetTechnologyMasterEnables(&mask));
-    EXPECT_EQ(0x021Fu, mask);
+    EXPECT_EQ(KORA4_ENGINE_STANDARD, mask);
 }
 
-class ApiSwitchesTrace : public ApiTraceTest {
-  protected:
-    void SetUp() override {
-        ApiTraceTest::SetUp();
-        m_spApi = Initialized();
-        m_log.Clear();
-    }
-    ComPtr<IVeltoKORA4API> m_spApi;
-};
+class ApiSwitchesTrace : public ApiObjectTraceTest {};
 
 constexpr char cOk[] = "<< hr: 0x00000000";
 
@@ -139,8 +131,9 @@ TEST_F(ApiSwitchesTrace, SwitchesAreToldInSixteenColumns) {
 }
 
 TEST_F(ApiSwitchesTrace, TheMaskIsClassifiedInOneLine) {
-    const std::pair<DWORD, const char*> masks[] = {
-        {0x03FF, "(0x03FF)"}, {0x021F, "(0x021F)"}, {0x0140, "(0x0140)"}};
+    const std::pair<DWORD, const char*> masks[] = {{KORA4_ENGINE_FULL, "(0x03FF)"},
+                                                   {KORA4_ENGINE_STANDARD, "(0x021F)"},
+                                                   {KORA4_ENGINE_BASIC, "(0x0140)"}};
     for (const auto& [stored, text] : masks) {
         RawStore::SetNumber(cStatic, MasterEnablesName(), stored);
         ComPtr<IVeltoKORA4API> spApi = Initialized();

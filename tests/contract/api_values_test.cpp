@@ -88,7 +88,7 @@ TEST_F(ApiValues, TheVirtualizersTakeZeroToSix) {
 }
 
 TEST_F(ApiValues, AStoredValueOutsideTheLimitsIsReadAsItIs) {
-    EXPECT_EQ(0x40007u, Get(eVolumeLeveler).m_values.m_volumeSlider);
+    EXPECT_EQ(cMovieVolume, Get(eVolumeLeveler).m_values.m_volumeSlider);
     EXPECT_EQ(10.0f, Get(eVirtualizerSpkr).m_values.m_speakerVirtualizerSlider);
 }
 
@@ -110,8 +110,9 @@ TEST_F(ApiValues, ValuesBelongToTheActiveProfile) {
 }
 
 TEST_F(ApiValues, ADemoProfileReadsAsItsBuiltInValues) {
-    RawStore::SetNumber(cStatic, PatchName(RawTechnology::eVolume, 241, 3), 9);
-    m_spApi->SetDemoProfileAndEnable(241, TRUE);
+    RawStore::SetNumber(cStatic, PatchName(RawTechnology::eVolume, KORA4_PROFILE_DEMO_MUSIC, 3),
+                        9);
+    m_spApi->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE);
     EXPECT_EQ(0u, Get(eVolumeLeveler).m_values.m_volumeSlider);
     EXPECT_EQ(S_OK, Set(Number(eVolumeLeveler, 4)));
     EXPECT_EQ(0u, Get(eVolumeLeveler).m_values.m_volumeSlider);
@@ -127,7 +128,7 @@ TEST_F(ApiValues, SettingAnnouncesTheTechnology) {
 GraphicEQData TenBands() {
     GraphicEQData graphicEQ{};
     graphicEQ.m_bands = 10;
-    for (int band = 0; band < 40; ++band) {
+    for (int band = 0; band < KORA4_GRAPHIC_EQ_MAX_BANDS; ++band) {
         graphicEQ.m_freq[band] = 100.0f * static_cast<float>(band + 1);
         graphicEQ.m_gain[band] = 0.5f * static_cast<float>(band % 10);
     }
@@ -141,7 +142,7 @@ TEST_F(ApiValues, TheGraphicEQReadsBackWithZerosBehindItsBands) {
     read.m_bands = 99;
     EXPECT_EQ(S_OK, m_spApi->GetGraphicEQData(&read));
     EXPECT_EQ(10u, read.m_bands);
-    for (int band = 0; band < 40; ++band) {
+    for (int band = 0; band < KORA4_GRAPHIC_EQ_MAX_BANDS; ++band) {
         EXPECT_EQ(band < 10 ? written.m_freq[band] : 0.0f, read.m_freq[band]) << band;
         EXPECT_EQ(band < 10 ? written.m_gain[band] : 0.0f, read.m_gain[band]) << band;
     }
@@ -170,7 +171,7 @@ TEST_F(ApiValues, MoreThanFortyBandsAreStoredAsForty) {
     EXPECT_EQ(0xFFFFFFFFu, graphicEQ.m_bands);
     GraphicEQData read{};
     m_spApi->GetGraphicEQData(&read);
-    EXPECT_EQ(40u, read.m_bands);
+    EXPECT_EQ(ULONG{KORA4_GRAPHIC_EQ_MAX_BANDS}, read.m_bands);
     EXPECT_EQ(4000.0f, read.m_freq[39]);
 }
 

@@ -51,8 +51,8 @@ class ApiVisualization : public ApiTest {
         return m_spApi->GetVisualizationData(m_gain, m_excitation);
     }
     ComPtr<IVeltoKORA4API> m_spApi;
-    float m_gain[20] = {1};
-    float m_excitation[20] = {1};
+    float m_gain[KORA4_VISUALIZATION_BANDS] = {1};
+    float m_excitation[KORA4_VISUALIZATION_BANDS] = {1};
 };
 
 TEST_F(ApiVisualization, ThePeriodIsFiftyWhenNoneIsStored) {
@@ -82,14 +82,14 @@ TEST_F(ApiVisualization, WithoutDataTheArraysAreLeft) {
 
 TEST_F(ApiVisualization, BandsThatNobodyHasReadAsTheFloor) {
     EXPECT_EQ(S_OK, Read(Blob({Flat(10, -3.0f, -40.0f)})));
-    for (int band = 0; band < 20; ++band) {
-        EXPECT_EQ(band < 10 ? -3.0f : -144.0f, m_gain[band]) << band;
-        EXPECT_EQ(band < 10 ? -4.0f : -108.0f, m_excitation[band]) << band;
+    for (int band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
+        EXPECT_EQ(band < 10 ? -3.0f : KORA4_SILENT_GAIN, m_gain[band]) << band;
+        EXPECT_EQ(band < 10 ? -4.0f : KORA4_SILENT_EXCITATION, m_excitation[band]) << band;
     }
 }
 
 TEST_F(ApiVisualization, EachBandIsTheLoudestOfAllRecords) {
-    Record first = Flat(20, -30.0f, -30.0f);
+    Record first = Flat(KORA4_VISUALIZATION_BANDS, -30.0f, -30.0f);
     Record second = Flat(4, -30.0f, -30.0f);
     first.gains[3] = -20.0f;
     second.gains[3] = -10.0f;
@@ -102,28 +102,30 @@ TEST_F(ApiVisualization, EachBandIsTheLoudestOfAllRecords) {
 
 TEST_F(ApiVisualization, NothingIsBelowTheFloor) {
     EXPECT_EQ(S_OK, Read(Blob({Flat(25, -200.0f, -200.0f)})));
-    EXPECT_THAT(m_gain, testing::Each(-144.0f));
-    EXPECT_THAT(m_excitation, testing::Each(-108.0f));
+    EXPECT_THAT(m_gain, testing::Each(KORA4_SILENT_GAIN));
+    EXPECT_THAT(m_excitation, testing::Each(KORA4_SILENT_EXCITATION));
 }
 
 TEST_F(ApiVisualization, AShortBlobHoldsTheRecordsThatFit) {
-    Bytes blob = Blob({Flat(20, -5.0f, -5.0f), Flat(20, -1.0f, -1.0f)});
+    Bytes blob = Blob({Flat(KORA4_VISUALIZATION_BANDS, -5.0f, -5.0f),
+                       Flat(KORA4_VISUALIZATION_BANDS, -1.0f, -1.0f)});
     blob.pop_back();
     EXPECT_EQ(S_OK, Read(blob));
     EXPECT_THAT(m_gain, testing::Each(-5.0f));
     EXPECT_EQ(S_OK, Read(Bytes{1, 2, 3}));
-    EXPECT_THAT(m_gain, testing::Each(-144.0f));
+    EXPECT_THAT(m_gain, testing::Each(KORA4_SILENT_GAIN));
 }
 
 TEST_F(ApiVisualization, WhatFollowsTheStatedNumberOfRecordsDoesNotCount) {
-    Bytes blob = Blob({Flat(20, -5.0f, -5.0f), Flat(20, -1.0f, -1.0f)});
+    Bytes blob = Blob({Flat(KORA4_VISUALIZATION_BANDS, -5.0f, -5.0f),
+                       Flat(KORA4_VISUALIZATION_BANDS, -1.0f, -1.0f)});
     blob[4] = 1;
     EXPECT_EQ(S_OK, Read(blob));
     EXPECT_THAT(m_gain, testing::Each(-5.0f));
     blob[4] = 0;
     EXPECT_EQ(S_OK, Read(blob));
-    EXPECT_THAT(m_gain, testing::Each(-144.0f));
-    EXPECT_THAT(m_excitation, testing::Each(-108.0f));
+    EXPECT_THAT(m_gain, testing::Each(KORA4_SILENT_GAIN));
+    EXPECT_THAT(m_excitation, testing::Each(KORA4_SILENT_EXCITATION));
 }
 
 using Command = HRESULT (STDMETHODCALLTYPE IVeltoKORA4API::*)(LPWSTR*);
@@ -169,8 +171,8 @@ class ApiVisualizationTrace : public ApiTraceTest {};
 
 TEST_F(ApiVisualizationTrace, ThePeriodAndTheDataAreTold) {
     ComPtr<IVeltoKORA4API> spApi = Initialized();
-    float gain[20];
-    float excitation[20];
+    float gain[KORA4_VISUALIZATION_BANDS];
+    float excitation[KORA4_VISUALIZATION_BANDS];
     ULONG period = 0;
     spApi->SetVisualizationSamplingPeriod(40);
     spApi->GetVisualizationSamplingPeriod(&period);
@@ -201,8 +203,8 @@ TEST_F(ApiVisualizationTrace, TheBlobIsDumpedAsReadByTheApi) {
     RawStore::SetBytes(cStatic, SettingName(cBlobPid), Blob({Flat(1, -3.0f, -4.0f)}));
     ComPtr<IVeltoKORA4API> spApi = Initialized();
     m_log.Clear();
-    float gain[20];
-    float excitation[20];
+    float gain[KORA4_VISUALIZATION_BANDS];
+    float excitation[KORA4_VISUALIZATION_BANDS];
     EXPECT_EQ(S_OK, spApi->GetVisualizationData(gain, excitation));
     const Lines dump = MessagesOf(m_log.Read("KORA4VisKeyData"), "KORA4VisKeyData::DebugPrint");
     EXPECT_THAT(dump, testing::Contains("Vis Key Data: Module: " + PointerText(spApi.Get()) +

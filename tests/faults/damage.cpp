@@ -12,8 +12,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t cLongestText = 4096;  // bytes
-
 Bytes BytesOf(const std::wstring& text, bool terminated) {
     Bytes bytes((text.size() + (terminated ? 1 : 0)) * sizeof(wchar_t));
     if (!bytes.empty())
@@ -95,7 +93,7 @@ std::vector<SchemaValue> CommonSchema() {
         values.push_back({StoreKeys::eStatic, SettingName(pid), eNumber});
     for (std::uint32_t pid = 61; pid < 64; ++pid)
         values.push_back({StoreKeys::eApp, SettingName(pid), eText});
-    for (std::uint32_t profile = 3; profile < 9; ++profile)
+    for (std::uint32_t profile = cFirstCustom; profile < cProfileBound; ++profile)
         values.push_back({StoreKeys::eStatic, ProfileNameName(profile), eText});
     for (const Technology& technology : Technologies())
         values.push_back({StoreKeys::eDynamic, TriggerName(technology.offset), eNumber});
@@ -105,9 +103,9 @@ std::vector<SchemaValue> CommonSchema() {
 std::vector<SchemaValue> WholeSchema() {
     std::vector<SchemaValue> values = CommonSchema();
     AddGlobals(values);
-    for (std::uint32_t profile = 0; profile < 9; ++profile)
+    for (std::uint32_t profile = 0; profile < cProfileBound; ++profile)
         Append(values, SchemaOfProfile(profile));
-    for (std::uint32_t profile = 240; profile < 243; ++profile)
+    for (std::uint32_t profile = cDemoMovie; profile <= cDemoGames; ++profile)
         Append(values, SchemaOfProfile(profile));
     return values;
 }
@@ -223,7 +221,8 @@ Bytes Damage::Blob() {
 }
 
 Bytes Damage::RightBytes(ValueKind kind, DWORD* pType) {
-    constexpr std::uint32_t cProfiles[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 240, 241, 242};
+    constexpr std::uint32_t cProfiles[] = {0, 1, 2, 3,          4,          5,
+                                           6, 7, 8, cDemoMovie, cDemoMusic, cDemoGames};
     *pType = REG_SZ;
     switch (kind) {
         case ValueKind::eNumber:
@@ -241,7 +240,7 @@ Bytes Damage::RightBytes(ValueKind kind, DWORD* pType) {
         case ValueKind::eFlagArray:
             return BytesOf(ArrayText(kind == ValueKind::eFlagArray), true);
         case ValueKind::eText:
-            return BytesOf(SomeText(OneIn(8) ? 2047 : 40), true);
+            return BytesOf(SomeText(OneIn(8) ? cLongestText / 2 - 1 : 40), true);
         case ValueKind::eBlob:
             break;
     }

@@ -15,6 +15,7 @@ namespace kora4::test {
 
 enum class ValueKind { eNumber, eFlag, eProfile, eFloat, eArray, eFlagArray, eText, eBlob };
 
+// A value that the store may hold, and what kind it should be.
 struct SchemaValue {
     StoreKeys::Key key;
     std::wstring name;
@@ -28,6 +29,7 @@ std::vector<SchemaValue> SchemaOfProfile(std::uint32_t profile);
 // The settings that do not belong to a profile, the names and the blob.
 std::vector<SchemaValue> CommonSchema();
 
+// Draws values for the store, most of them bad in one way or another.
 class Damage {
   public:
     explicit Damage(std::uint32_t seed) : m_random(seed) {}

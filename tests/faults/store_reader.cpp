@@ -13,8 +13,6 @@
 namespace kora4::test {
 namespace {
 
-constexpr std::size_t cLongestText = 4096;  // bytes, terminator included
-
 constexpr char cStdFreq[] = "1,a,20,40,7d,fa,1f4,3e8,7d0,fa0,1f40,3e80";
 constexpr char cStdGain[] = "100,a,0,0,0,0,0,0,0,0,0,0";
 constexpr char cDynFreq[] =
@@ -169,7 +167,7 @@ const std::vector<Technology>& Technologies() {
     static const std::vector<Technology> technologies = {
         {RawTechnology::eVolume,
          {1, 1, 1},
-         {{3, eNumber, {262151, 0, 0}},
+         {{3, eNumber, {cMovieVolume, 0, 0}},
           {4, eFlag, {1, 1, 1}},
           {5, eFlag, {0, 0, 0}},
           {6, eFloat, {-20, -20, -20}},
@@ -230,7 +228,7 @@ std::optional<FieldValue> DecodeArray(const std::wstring& text) {
     Tokens tokens(text);
     const auto scale = tokens.Next();
     const auto count = scale ? tokens.Next() : std::nullopt;
-    if (!count || *scale == 0 || *count > 40)
+    if (!count || *scale == 0 || *count > cMostElements)
         return std::nullopt;
     FieldValue value;
     value.count = *count;
@@ -262,7 +260,7 @@ FieldValue AfterWriting(const Field& field, const FieldValue& value) {
 }
 
 FieldValue DefaultOf(const Field& field, std::uint32_t profile) {
-    const std::uint32_t base = IsDemo(profile) ? profile - 240 : profile;
+    const std::uint32_t base = IsDemo(profile) ? profile - cDemoMovie : profile;
     const std::uint32_t row = base < 3 ? base : 0;
     if (field.kind == FieldKind::eArray)
         return *DecodeArray(Widen(field.text));
@@ -313,7 +311,7 @@ std::uint32_t StoreReader::TableCounter() const {
 }
 
 bool StoreReader::Flag(const Technology& technology, std::uint32_t profile) const {
-    const std::uint32_t base = IsDemo(profile) ? profile - 240 : profile;
+    const std::uint32_t base = IsDemo(profile) ? profile - cDemoMovie : profile;
     const std::uint32_t fallback = base < 3 ? technology.flagRows[base] : 1;
     return NumberOr(StoreKeys::eDynamic, PatchName(technology.offset, NameNumber(profile), 0),
                     fallback) != 0;

@@ -18,6 +18,7 @@
 
 namespace kora4::test {
 
+// A value as the registry holds it.
 struct StoredValue {
     DWORD type = REG_NONE;
     std::vector<std::uint8_t> data;
@@ -57,6 +58,7 @@ struct Field {
     std::uint32_t scale = 0;     // arrays only: of the written text
 };
 
+// A technology with its fields. `flagRows` are the switches of Movie, Music and Games.
 struct Technology {
     RawTechnology offset;
     std::uint32_t flagRows[3];
@@ -72,13 +74,14 @@ struct FieldValue {
     std::uint32_t number = 0;
     float real = 0;
     std::uint32_t count = 0;
-    std::array<float, 40> elements{};
+    std::array<float, cMostElements> elements{};
 
     friend bool operator==(const FieldValue&, const FieldValue&) = default;
 };
 
 enum class TextState { eAbsent, eUnreadable, eReadable };
 
+// A text as a reader finds it.
 struct StoredText {
     TextState state = TextState::eAbsent;
     std::wstring text;
@@ -91,13 +94,7 @@ std::optional<FieldValue> DecodeArray(const std::wstring& text);
 // What reading gives after `value` was written: the encodings lose what does not fit.
 FieldValue AfterWriting(const Field& field, const FieldValue& value);
 
-constexpr bool IsDemo(std::uint32_t profile) {
-    return profile >= 240 && profile <= 242;
-}
-constexpr bool IsSelectable(std::uint32_t profile) {
-    return profile < 9;
-}
-
+// Says what each setting is, whatever the store holds.
 class StoreReader {
   public:
     explicit StoreReader(const StoreKeys& keys) : m_keys(keys) {}

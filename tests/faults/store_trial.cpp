@@ -191,8 +191,8 @@ void StoreTrial::CheckRevertActiveProfile() {
     std::vector<std::uint32_t> triggers;
     if (profile < 3) {
         for (const Technology& technology : Technologies()) {
-            factory.push_back(ValuesOf(technology, 240 + profile));
-            flags.push_back(m_reader.Flag(technology, 240 + profile));
+            factory.push_back(ValuesOf(technology, cDemoMovie + profile));
+            flags.push_back(m_reader.Flag(technology, cDemoMovie + profile));
             triggers.push_back(
                 m_reader.NumberOr(StoreKeys::eDynamic, TriggerName(technology.offset), 0));
         }
@@ -212,7 +212,7 @@ void StoreTrial::CheckRevertActiveProfile() {
 
 void StoreTrial::CheckSetDemo() {
     const std::uint32_t target =
-        m_damage.OneIn(8) ? m_damage.SomeNumber() : 240 + m_damage.Pick(3);
+        m_damage.OneIn(8) ? m_damage.SomeNumber() : cDemoMovie + m_damage.Pick(3);
     const bool enable = m_damage.OneIn(2);
     const std::uint32_t profile = m_reader.Profile();
     const bool enableBefore = m_reader.Enable();
@@ -295,19 +295,20 @@ void StoreTrial::CheckForceRevert() {
 void StoreTrial::CheckTable() {
     // The first name that cannot be read ends the table.
     HRESULT expected = S_OK;
-    StoredText names[9];
-    for (std::uint32_t profile = 3; profile < 9 && expected == S_OK; ++profile) {
+    StoredText names[KORA4_PROFILE_TABLE_ENTRIES];
+    for (std::uint32_t profile = cFirstCustom; profile < cProfileBound && expected == S_OK;
+         ++profile) {
         names[profile] = m_reader.Text(StoreKeys::eStatic, ProfileNameName(profile));
         if (names[profile].state == TextState::eUnreadable)
             expected = E_FAIL;
     }
     const auto before = SometimesEverything();
-    LPWSTR table[9] = {};
+    LPWSTR table[KORA4_PROFILE_TABLE_ENTRIES] = {};
     const HRESULT hr = m_spApi->GetProfileTable(table);
     EXPECT_EQ(expected, hr);
     Note("GetProfileTable", hr);
     ExpectUntouched(before);
-    for (std::uint32_t profile = 0; profile < 9; ++profile) {
+    for (std::uint32_t profile = 0; profile < cProfileBound; ++profile) {
         const bool named = names[profile].state == TextState::eReadable;
         EXPECT_EQ(named, table[profile] != nullptr) << profile;
         if (named && table[profile]) {
@@ -321,7 +322,7 @@ void StoreTrial::CheckRename() {
     const std::uint32_t profile = m_damage.Pick(10);
     const std::wstring name = m_damage.SomeText(60);
     const std::wstring valueName = ProfileNameName(profile);
-    const bool custom = profile >= 3 && profile < 9;
+    const bool custom = IsCustom(profile);
     const bool exists =
         custom && m_reader.Text(StoreKeys::eStatic, valueName).state == TextState::eReadable;
     const HRESULT expected = !custom ? E_INVALIDARG : exists ? S_OK : E_FAIL;
@@ -341,7 +342,7 @@ void StoreTrial::CheckCreate() {
     const std::uint32_t profile = m_damage.Pick(10);
     const std::wstring name = m_damage.SomeText(60);
     const std::wstring valueName = ProfileNameName(profile);
-    const bool custom = profile >= 3 && profile < 9;
+    const bool custom = IsCustom(profile);
     const bool absent =
         custom && m_reader.Text(StoreKeys::eStatic, valueName).state == TextState::eAbsent;
     const std::uint32_t source = m_reader.Profile();

@@ -19,6 +19,7 @@
 
 namespace kora4::test {
 
+// Calls an object on a damaged store and holds what it answers against the reader.
 class StoreTrial {
   public:
     StoreTrial(StoreKeys& keys, Damage& damage) : m_keys(keys), m_damage(damage) {}

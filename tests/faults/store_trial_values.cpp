@@ -13,6 +13,9 @@ namespace kora4::test {
 
 namespace {
 
+// Decibels, of a band without a level.
+constexpr float cNoLevel = -144.0f;
+
 constexpr RawTechnology cOffsets[] = {
     RawTechnology::eVolume,      RawTechnology::eStandardEQ, RawTechnology::eDynamicEQ,
     RawTechnology::eEnhancement, RawTechnology::eHeadphone,  RawTechnology::eVirtualSurround};
@@ -46,15 +49,15 @@ std::uint32_t BitsOf(float value) {
 }
 
 struct Levels {
-    float gain[20];
-    float excitation[20];
+    float gain[KORA4_VISUALIZATION_BANDS];
+    float excitation[KORA4_VISUALIZATION_BANDS];
 };
 
 // The loudest of the stated records, as far as they lie in the blob.
 Levels LevelsOf(const std::vector<std::uint8_t>& blob) {
     Levels levels;
-    std::fill(std::begin(levels.gain), std::end(levels.gain), -144.0f);
-    std::fill(std::begin(levels.excitation), std::end(levels.excitation), -144.0f);
+    std::fill(std::begin(levels.gain), std::end(levels.gain), cNoLevel);
+    std::fill(std::begin(levels.excitation), std::end(levels.excitation), cNoLevel);
     const auto number = [&](std::size_t at) {
         std::uint32_t value = 0;
         std::memcpy(&value, blob.data() + at, sizeof value);
@@ -70,7 +73,7 @@ Levels LevelsOf(const std::vector<std::uint8_t>& blob) {
         const std::size_t bands = number(at + 16);
         if (bands * 8 > blob.size() - at - 24)
             break;
-        for (std::size_t band = 0; band < bands && band < 20; ++band) {
+        for (std::size_t band = 0; band < bands && band < KORA4_VISUALIZATION_BANDS; ++band) {
             const float gain = level(at + 24 + 4 * band);
             const float excitation = level(at + 24 + 4 * (bands + band));
             if (gain > levels.gain[band])
@@ -114,7 +117,7 @@ void StoreTrial::CheckLevels() {
     Note("GetVisualizationData", hr);
     ExpectUntouched(before);
     const Levels right = expected == S_OK ? LevelsOf(blob->data) : untouched;
-    for (std::size_t band = 0; band < 20; ++band) {
+    for (std::size_t band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
         EXPECT_EQ(BitsOf(right.gain[band]), BitsOf(levels.gain[band])) << band;
         EXPECT_EQ(BitsOf(right.excitation[band]), BitsOf(levels.excitation[band])) << band;
     }
@@ -299,7 +302,7 @@ void StoreTrial::CheckGetEQ() {
     std::memset(&data, 0x5A, sizeof data);
     EXPECT_EQ(S_OK, m_spApi->GetGraphicEQData(&data));
     EXPECT_EQ(right.m_bands, data.m_bands);
-    for (std::size_t i = 0; i < 40; ++i) {
+    for (std::size_t i = 0; i < cMostElements; ++i) {
         EXPECT_EQ(right.m_freq[i], data.m_freq[i]) << i;
         EXPECT_EQ(right.m_gain[i], data.m_gain[i]) << i;
     }
@@ -324,7 +327,7 @@ void StoreTrial::CheckSetEQ() {
     GraphicEQData data = SomeEQ();
     const GraphicEQData given = data;
     Values values(2);
-    values[0].count = values[1].count = std::min<std::uint32_t>(given.m_bands, 40);
+    values[0].count = values[1].count = std::min<std::uint32_t>(given.m_bands, cMostElements);
     for (std::uint32_t i = 0; i < values[0].count; ++i) {
         const float gain = given.m_gain[i];
         values[0].elements[i] = given.m_freq[i];

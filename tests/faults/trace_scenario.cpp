@@ -83,11 +83,11 @@ void CallProfiles(IVeltoKORA4API* api) {
         api->SetActiveProfile(number);
     api->GetActiveProfile(&profile);
     api->RevertActiveProfile();
-    api->SetDemoProfileAndEnable(241, TRUE);
+    api->SetDemoProfileAndEnable(cDemoMusic, TRUE);
     api->RevertFromDemoMode();
     api->SetDemoProfileAndEnable(7, FALSE);
     api->ForceRevertFromDemoMode();
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     api->GetProfileTable(names);
     for (const LPWSTR name : names)
         CoTaskMemFree(name);
@@ -100,8 +100,8 @@ void CallSwitches(IVeltoKORA4API* api) {
     BOOL on = FALSE;
     ULONG mask = 0;
     ULONG period = 0;
-    float gain[20];
-    float excitation[20];
+    float gain[KORA4_VISUALIZATION_BANDS];
+    float excitation[KORA4_VISUALIZATION_BANDS];
     api->GetVeltoEnable(&on);
     api->SetVeltoEnable(FALSE);
     api->ToggleVeltoEnable(&on);
@@ -175,8 +175,8 @@ void BeNotified(IVeltoKORA4API* api) {
 }
 
 void CallOnLostStore(IVeltoKORA4API* api) {
-    float gain[20];
-    float excitation[20];
+    float gain[KORA4_VISUALIZATION_BANDS];
+    float excitation[KORA4_VISUALIZATION_BANDS];
     RawStore::DeleteKeys();
     api->SetVisualizationSamplingPeriod(40);
     api->GetVisualizationData(gain, excitation);
@@ -209,7 +209,7 @@ void DriveEveryLine(std::uint32_t word, DebugOutput& output) {
     AttachOnceMore(library.Module());
     std::thread([] {}).join();
     Api api = Create(library);
-    float levels[20] = {};
+    float levels[KORA4_VISUALIZATION_BANDS] = {};
     CallEverything(api.Get());
     api->UnregisterChangeNotifications();
     api->RegisterChangeNotifications(CallbackRecorder::Create().Get());

@@ -9,10 +9,12 @@
 #include <cstdint>
 #include <string>
 
-#include "veltokora4api.h"
+#include "kora4api.h"
+#include "support/raw_store.h"
 
 namespace kora4::test {
 
+// The calls, those that make and register an object among them.
 enum class Action : std::uint32_t {
     eOpen,   // makes, initialises and registers an object, in place of one that is there
     eClose,  // releases it
@@ -44,7 +46,7 @@ enum class Action : std::uint32_t {
 };
 
 inline constexpr std::size_t cNameCapacity = 32;
-inline constexpr std::size_t cProfiles = 9;
+inline constexpr std::size_t cProfiles = cProfileBound;
 
 // `number` is a profile, a technology or a period; `flag` an enable or a switch.
 struct Command {

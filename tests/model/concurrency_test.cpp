@@ -83,8 +83,8 @@ TEST_F(Concurrency, NoChangeIsLostNoValueIsMixedAndTheLastStateIsTold) {
         GetExitCodeProcess(m_processes[i].Get(), &exitCode);
         EXPECT_EQ(0u, exitCode) << "worker " << i;
         EXPECT_EQ(0u, report.failures) << "worker " << i << ": " << report.firstFailure;
-        EXPECT_GT(report.calls, 0u);
-        EXPECT_GT(report.itemsCompared, 1u) << "worker " << i << ", whose observer was told "
+        EXPECT_LT(0u, report.calls);
+        EXPECT_LT(1u, report.itemsCompared) << "worker " << i << ", whose observer was told "
                                             << report.toldToObserver << " times";
     }
 

@@ -8,11 +8,12 @@
 #include <cstdint>
 #include <string>
 
+#include "support/raw_store.h"
 #include "veltokora4api.h"
 
 namespace kora4::test {
 
-inline constexpr ULONG cMaxBands = 40;
+inline constexpr ULONG cMaxBands = cMostElements;
 inline constexpr unsigned cHertzScale = 1;
 inline constexpr unsigned cGainScale = 256;
 

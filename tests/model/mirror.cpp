@@ -8,30 +8,23 @@
 
 namespace kora4::test {
 
-namespace {
-
-std::size_t IndexOf(LONG api) {
-    return static_cast<std::size_t>(FindTechnology(api) - cToldTechnologies.data());
-}
-
-}  // namespace
-
-Mirror::Doubts Mirror::DoubtsOf(const View& view, const Known& known) {
+Mirror::Doubts Mirror::DoubtsOf(const View& view, const Baseline& known) {
     Doubts doubts;
-    doubts.profile = known.profile != view.profile;
-    doubts.enable = known.enable != view.enable;
+    const StoreState& told = known.Known();
+    doubts.profile = told.profile != view.profile;
+    doubts.enable = told.enable != view.enable;
     for (std::size_t i = 0; i < doubts.switches.size(); ++i)
-        doubts.switches[i] = doubts.profile || known.switches[i] != view.switches[i];
+        doubts.switches[i] = doubts.profile || told.switches[i] != view.switches[i];
     return doubts;
 }
 
-void Mirror::ReadAll(const View& view, const Known& known) {
+void Mirror::ReadAll(const View& view, const Baseline& known) {
     m_shown = view;
     m_doubts = DoubtsOf(view, known);
 }
 
 // Everything but the enable and the profile table belongs to the profile.
-void Mirror::ReadProfile(const View& view, const Known& known) {
+void Mirror::ReadProfile(const View& view, const Baseline& known) {
     View shown = view;
     shown.enable = m_shown.enable;
     shown.table = m_shown.table;
@@ -48,7 +41,7 @@ void Mirror::ShowValue(std::size_t technology, const View& view) {
         m_shown.values[technology] = view.values[technology];
 }
 
-void Mirror::Hear(const Told& told, const View& view, const Known& known) {
+void Mirror::Hear(const Told& told, const View& view, const Baseline& known) {
     switch (told.kind) {
         case ToldKind::eProfile:
             ReadProfile(view, known);
@@ -74,37 +67,26 @@ void Mirror::Hear(const Told& told, const View& view, const Known& known) {
     }
 }
 
-void Mirror::Did(const OwnCall& call, const Known& known) {
+void Mirror::Did(const OwnCall& call, const Baseline& known) {
     const View& before = call.before;
     const View& after = call.after;
     const Doubts doubts = DoubtsOf(before, known);
-    const auto show = [&](std::size_t technology, bool value, bool onElseOff) {
-        // What goes into a profile that is not shown changes nothing that is.
-        if (!call.Stored() || before.profile != m_shown.profile)
-            return;
-        if (value)
-            ShowValue(technology, after);
-        if (onElseOff) {
-            m_shown.switches[technology] = after.switches[technology];
-            m_doubts.switches[technology] = doubts.switches[technology];
+    const OwnWrite written = call.Written();
+    // What goes into a profile that is not shown changes nothing that is.
+    for (std::size_t i = 0; i < cToldTechnologyCount && before.profile == m_shown.profile;
+         ++i) {
+        if (written.technology && *written.technology != i)
+            continue;
+        if (written.values)
+            ShowValue(i, after);
+        if (written.switches) {
+            m_shown.switches[i] = after.switches[i];
+            m_doubts.switches[i] = doubts.switches[i];
         }
-    };
+    }
     switch (call.command.action) {
-        case Action::eSetSimplePatchValue:
-            show(IndexOf(call.command.value.m_technology), true, false);
-            break;
-        case Action::eSetGraphicEQData:
-            show(IndexOf(eGraphicEQ), true, false);
-            break;
-        case Action::eSetTechnologyOnElseOff:
-            show(IndexOf(call.command.number), false, true);
-            break;
-        case Action::eRevertActiveProfile:
-            for (std::size_t i = 0; i < cToldTechnologies.size(); ++i)
-                show(i, true, true);
-            break;
         case Action::eOpen:
-            ReadAll(after, Known::Of(after));
+            ReadAll(after, Baseline(after));
             break;
         case Action::eRegister:
         case Action::eRegisterOther:
@@ -115,12 +97,12 @@ void Mirror::Did(const OwnCall& call, const Known& known) {
     }
     if (call.command.action == Action::eSetActiveProfile || before.profile != after.profile) {
         // An object that knew the profile before knows the new one, with its switches.
-        Known moved = known;
+        Baseline moved = known;
         moved.MoveWithOwn(before, after);
         ReadProfile(after, moved);
         m_doubts.profile = doubts.profile;
     }
-    if (call.StoredEnable()) {
+    if (written.enable) {
         m_shown.enable = after.enable;
         m_doubts.enable = doubts.enable;
     }

@@ -17,12 +17,12 @@ namespace kora4::test {
 // an item is shown, but not compared until it is told, or read or written again.
 class Mirror {
   public:
-    explicit Mirror(const View& view) { ReadAll(view, Known::Of(view)); }
+    explicit Mirror(const View& view) { ReadAll(view, Baseline(view)); }
 
-    void ReadAll(const View& view, const Known& known);
+    void ReadAll(const View& view, const Baseline& known);
     // Told while the store was as `view`.
-    void Hear(const Told& told, const View& view, const Known& known);
-    void Did(const OwnCall& call, const Known& known);
+    void Hear(const Told& told, const View& view, const Baseline& known);
+    void Did(const OwnCall& call, const Baseline& known);
 
     // Each item that is shown otherwise than stored; empty when none is.
     std::string Difference(const View& view) const;
@@ -36,8 +36,8 @@ class Mirror {
         std::array<bool, cToldTechnologies.size()> switches{};
     };
 
-    static Doubts DoubtsOf(const View& view, const Known& known);
-    void ReadProfile(const View& view, const Known& known);
+    static Doubts DoubtsOf(const View& view, const Baseline& known);
+    void ReadProfile(const View& view, const Baseline& known);
     void ShowValue(std::size_t technology, const View& view);
 
     View m_shown{};

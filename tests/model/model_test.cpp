@@ -5,15 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
-#include <memory>
 
+#include "model/arena.h"
 #include "model/encodings.h"
 #include "model/random_calls.h"
-#include "model/stored_values.h"
-#include "model/told_model.h"
 #include "support/desktop_hold.h"
 
 namespace kora4::test {
@@ -24,10 +20,9 @@ constexpr unsigned cCallsPerBarrier = 25;
 constexpr std::size_t cLogLines = 120;
 
 // No client ever enters it: a change to it is always the driver's.
-constexpr std::uint32_t cBarrierProfile = 242;
+constexpr std::uint32_t cBarrierProfile = cDemoGames;
 
-// The seats: the driver's own thread, a thread of the multithreaded apartment, and another
-// process.
+// The seats of the arena.
 enum : std::size_t { eOwnThread, eOtherThread, eOtherProcess };
 constexpr const char* cSeatNames[cSeats] = {"driver", "thread", "process"};
 
@@ -37,13 +32,10 @@ constexpr bool MayChangeRegistration(std::size_t seat) {
     return seat != eOtherThread;
 }
 
-class ModelTest {
+class ModelTest : Arena {
   public:
     ModelTest(unsigned calls, std::uint32_t seed)
-        : m_calls(calls),
-          m_seed(seed),
-          m_random(seed),
-          m_meeting(L"kora4-model-" + std::to_wstring(GetCurrentProcessId())) {}
+        : Arena(L"model"), m_calls(calls), m_seed(seed), m_random(seed) {}
 
     void Run();
 
@@ -54,7 +46,6 @@ class ModelTest {
     };
 
     void FillStore();
-    void Enter();
     void RandomCall();
     void MakeCall(std::size_t seat, const Command& command);
     void CheckReply(const Command& command, const Reply& expected, const Reply& reply);
@@ -64,10 +55,10 @@ class ModelTest {
     void LetCallsIn();
 
     void Barrier();
-    Evidence EvidenceOf(std::size_t seat, std::vector<Told>* pTold);
+    Evidence EvidenceOf(std::size_t seat, const std::vector<Told>& told) const;
     bool HasToldEverything(std::size_t seat);
     bool HasToldBarrier(std::size_t seat);
-    void AwaitAll(bool (ModelTest::*done)(std::size_t), const char* what);
+    void RequireOfAll(bool (ModelTest::*done)(std::size_t), const char* what);
     void BeginBatch();
 
     [[noreturn]] void Differ(const std::string& what);
@@ -76,23 +67,14 @@ class ModelTest {
     const unsigned m_calls;
     const std::uint32_t m_seed;
     RandomCalls m_random;
-    RawStore m_store;
-    StoreModel m_model;
-    Apartment m_apartment{COINIT_APARTMENTTHREADED};
-    ApiLibrary m_library;
-    Meeting m_meeting;
-    std::unique_ptr<StoredValues> m_pStored;
-    std::array<std::unique_ptr<Seat>, cSeats> m_seats;
 
     unsigned m_call = 0;
     std::vector<LogEntry> m_log;
 
     // Since the last barrier.
-    LONG m_clockBase = 0;
     std::vector<Step> m_steps;
     std::vector<View> m_views;
     std::array<bool, cSeats> m_wereRegistered{};
-    std::array<Hypotheses, cSeats> m_starts;
 
     // Of now.
     std::array<bool, cSeats> m_registered{};
@@ -109,14 +91,15 @@ void ModelTest::Run() {
     const ULONGLONG start = GetTickCount64();
     FillStore();
     Enter();
+    m_registered.fill(true);
+    BeginBatch();
     while (m_call < m_calls) {
         RandomCall();
         if (m_call % cCallsPerBarrier == 0)
             Barrier();
     }
     Barrier();
-    for (auto& pSeat : m_seats)
-        pSeat.reset();
+    Leave();
     std::printf(
         "no difference: %u calls, %u barriers, %llu calls of callbacks and %llu stored "
         "values compared, %llu s\n",
@@ -128,11 +111,10 @@ void ModelTest::Run() {
 void ModelTest::FillStore() {
     using enum RawTechnology;
     constexpr std::uint32_t cMask = 0x03FF;
-    m_pStored = std::make_unique<StoredValues>();
     m_model.Write({false, SettingName(cTraceWordPid)}, std::uint32_t{0});
     m_model.Write({false, MasterEnablesName()}, cMask);
-    for (std::uint32_t demo = 240; demo <= 242; ++demo) {
-        if (demo == 241)
+    for (std::uint32_t demo = cDemoMovie; demo <= cDemoGames; ++demo) {
+        if (demo == cDemoMusic)
             continue;
         m_model.WriteField(eVolume, demo, 3, demo - 236);
         m_model.WriteField(eHeadphone, demo, 3, L"1.250000");
@@ -142,25 +124,6 @@ void ModelTest::FillStore() {
         m_model.WriteSwitch(eDynamicEQ, demo, true);
     }
     m_model.Write({false, ProfileNameName(4)}, L"from the start");
-    for (const auto& [address, value] : m_model.Stored())
-        m_pStored->Write(address, value);
-}
-
-void ModelTest::Enter() {
-    if (!m_library.IsLoaded())
-        Die("QXA64T.dll cannot be loaded");
-    m_seats[eOwnThread] = std::make_unique<Seat>(m_meeting, eOwnThread, m_library);
-    m_seats[eOtherThread] = Seat::InThread(m_meeting, eOtherThread);
-    m_seats[eOtherProcess] = Seat::InProcess(m_meeting, eOtherProcess);
-    Command open{};
-    open.action = Action::eOpen;
-    for (std::size_t seat = 0; seat < cSeats; ++seat) {
-        if (const HRESULT hr = m_seats[seat]->Ask(open).hr; hr != S_OK)
-            Die("an object cannot be initialised: " + std::to_string(hr));
-        m_registered[seat] = true;
-        m_starts[seat] = {{Known::Of(m_model.Look()), false, 0}};
-    }
-    BeginBatch();
 }
 
 void ModelTest::BeginBatch() {
@@ -265,7 +228,7 @@ void ModelTest::CheckTouched() {
         std::optional<StoreModel::Value> expected;
         if (found != m_model.Stored().end())
             expected = found->second;
-        const auto stored = m_pStored->Read(address);
+        const auto stored = m_storedValues.Read(address);
         ++m_stored;
         if (stored != expected)
             Differ("stored after the call: " + Text(address, stored) +
@@ -282,7 +245,7 @@ void ModelTest::Change(
     {
         const RawTransaction transaction;
         for (const auto& [address, value] : changes) {
-            m_pStored->Write(address, value);
+            m_storedValues.Write(address, value);
             m_model.Write(address, value);
         }
     }
@@ -305,13 +268,13 @@ void ModelTest::Barrier() {
     const std::uint32_t count = m_model.Setting(true, cTablePid, 0);
 
     Change({{table, count + 1}});
-    AwaitAll(&ModelTest::HasToldEverything, "was not told what stands");
+    RequireOfAll(&ModelTest::HasToldEverything, "was not told what stands");
     Change({{profile, cBarrierProfile}, {table, count + 2}});
-    AwaitAll(&ModelTest::HasToldBarrier, "was not told the change of the barrier");
+    RequireOfAll(&ModelTest::HasToldBarrier, "was not told the change of the barrier");
 
     for (std::size_t seat = 0; seat < cSeats; ++seat) {
-        std::vector<Told> told;
-        const Evidence evidence = EvidenceOf(seat, &told);
+        const std::vector<Told> told = ToldTo(seat);
+        const Evidence evidence = EvidenceOf(seat, told);
         Hypotheses left =
             Explain(m_starts[seat], seat, m_wereRegistered[seat], m_steps, m_views, evidence);
         std::erase_if(left, [&](const Hypothesis& h) { return h.explained != told.size(); });
@@ -323,7 +286,7 @@ void ModelTest::Barrier() {
         m_starts[seat] = left;
         m_told += told.size();
     }
-    const StoreModel::Values stored = m_pStored->ReadAll();
+    const StoreModel::Values stored = m_storedValues.ReadAll();
     m_stored += stored.size();
     if (const std::string difference = Difference(m_model.Stored(), stored);
         !difference.empty())
@@ -332,16 +295,13 @@ void ModelTest::Barrier() {
     Change({{profile, active}});
 }
 
-Evidence ModelTest::EvidenceOf(std::size_t seat, std::vector<Told>* pTold) {
-    const LONG count = m_seats[seat]->ToldCount();
-    for (LONG i = 0; i < count; ++i)
-        pTold->push_back(m_seats[seat]->ToldAt(i));
-    return {pTold, m_clockBase, seat == eOwnThread, seat == eOtherThread};
+Evidence ModelTest::EvidenceOf(std::size_t seat, const std::vector<Told>& told) const {
+    return {&told, m_clockBase, seat == eOwnThread, seat == eOtherThread};
 }
 
 bool ModelTest::HasToldEverything(std::size_t seat) {
-    std::vector<Told> told;
-    const Evidence evidence = EvidenceOf(seat, &told);
+    const std::vector<Told> told = ToldTo(seat);
+    const Evidence evidence = EvidenceOf(seat, told);
     const Hypotheses left =
         Explain(m_starts[seat], seat, m_wereRegistered[seat], m_steps, m_views, evidence);
     return std::any_of(left.begin(), left.end(), [&](const Hypothesis& h) {
@@ -356,22 +316,9 @@ bool ModelTest::HasToldBarrier(std::size_t seat) {
            m_seats[seat]->ToldAt(count - 2).Says(Told::Profile(cBarrierProfile));
 }
 
-void ModelTest::AwaitAll(bool (ModelTest::*done)(std::size_t), const char* what) {
-    std::array<bool, cSeats> isDone{};
-    std::array<LONG, cSeats> looked;
-    looked.fill(-1);
-    PumpUntil(
-        [&] {
-            for (std::size_t seat = 0; seat < cSeats; ++seat) {
-                const LONG count = m_seats[seat]->ToldCount();
-                if (!isDone[seat] && count != looked[seat]) {
-                    looked[seat] = count;
-                    isDone[seat] = (this->*done)(seat);
-                }
-            }
-            return std::find(isDone.begin(), isDone.end(), false) == isDone.end();
-        },
-        m_meeting.ToldEvent());
+void ModelTest::RequireOfAll(bool (ModelTest::*done)(std::size_t), const char* what) {
+    const std::array<bool, cSeats> isDone =
+        AwaitAll([&](std::size_t seat) { return (this->*done)(seat); });
     for (std::size_t seat = 0; seat < cSeats; ++seat) {
         if (!isDone[seat])
             Differ(std::string("the object of the ") + cSeatNames[seat] + " " + what +
@@ -413,12 +360,9 @@ int main(int argc, char** argv) {
     const int served = ServeSeatIfAsked(argc, argv);
     if (served >= 0)
         return served;
-    const unsigned long calls = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : cDefaultCalls;
-    const unsigned long seed = argc > 2 ? std::strtoul(argv[2], nullptr, 10)
-                                        : static_cast<unsigned long>(std::time(nullptr));
-    if (calls == 0)
-        Die("usage: model_test [CALLS [SEED]]");
+    const ModelArguments arguments =
+        ArgumentsOf(argc, argv, cDefaultCalls, "usage: model_test [CALLS [SEED]]");
     const DesktopHold desktop;
-    ModelTest(static_cast<unsigned>(calls), static_cast<std::uint32_t>(seed)).Run();
+    ModelTest(arguments.count, arguments.seed).Run();
     return 0;
 }

@@ -5,6 +5,7 @@
 #include <cwchar>
 
 #include "model/seats.h"
+#include "support/counted.h"
 
 namespace kora4::test {
 
@@ -16,29 +17,14 @@ constexpr LONG cUntouchedNumber = 0x5A5A5A5A;
 
 }  // namespace
 
-class Occupant::Recorder final : public IVeltoKORA4APICallback {
+class Occupant::Recorder final : public Counted<IVeltoKORA4APICallback> {
   public:
     Recorder(Occupant& occupant, LONG number)
-        : m_occupant(occupant),
+        : Counted(1),
+          m_occupant(occupant),
           m_meeting(occupant.m_meeting),
           m_channel(m_meeting.State().channels[occupant.m_seat]),
           m_number(number) {}
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        *ppv = nullptr;
-        if (iid != __uuidof(IUnknown) && iid != __uuidof(IVeltoKORA4APICallback))
-            return E_NOINTERFACE;
-        *ppv = static_cast<IVeltoKORA4APICallback*>(this);
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
-    }
 
     STDMETHODIMP OnActiveProfileChange(LONG profileID) override {
         return Add(Told::Profile(profileID));
@@ -82,7 +68,6 @@ class Occupant::Recorder final : public IVeltoKORA4APICallback {
         return S_OK;
     }
 
-    std::atomic<ULONG> m_references{1};
     Occupant& m_occupant;
     Meeting& m_meeting;
     Channel& m_channel;

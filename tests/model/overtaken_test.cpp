@@ -6,14 +6,11 @@
 // pass says what each call of the callback must be. Ends with 1 at a difference.
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <ctime>
 #include <cwchar>
-#include <memory>
 
+#include "model/arena.h"
 #include "model/mirror.h"
 #include "model/rounds.h"
-#include "model/stored_values.h"
 #include "support/desktop_hold.h"
 
 namespace kora4::test {
@@ -24,20 +21,19 @@ constexpr const char* cSeatNames[cSeats] = {"idle", "mta", "process"};
 constexpr LONG cMostTurnedAway = 3;
 constexpr int cTriesOfAMeeting = 10;  // a millisecond each
 
-class OvertakenTest {
+class OvertakenTest : Arena {
   public:
     OvertakenTest(unsigned steps, std::uint32_t seed)
-        : m_steps(steps),
+        : Arena(L"overtaken"),
+          m_steps(steps),
           m_seed(seed),
           m_random(seed),
-          m_planner(m_model, m_random),
-          m_meeting(L"kora4-overtaken-" + std::to_wstring(GetCurrentProcessId())) {}
+          m_planner(m_model, m_random) {}
 
     void Run();
 
   private:
     void FillStore();
-    void Enter();
 
     void Play();
     void Prepare();
@@ -64,19 +60,10 @@ class OvertakenTest {
     const unsigned m_steps;
     const std::uint32_t m_seed;
     RandomCalls m_random;
-    RawStore m_store;
-    StoreModel m_model;
     RoundPlanner m_planner;
-    Apartment m_apartment{COINIT_APARTMENTTHREADED};
-    ApiLibrary m_library;
-    Meeting m_meeting;
-    std::unique_ptr<StoredValues> m_pStored;
-    std::array<std::unique_ptr<Seat>, cSeats> m_seats;
     std::vector<Mirror> m_mirrors;
 
     Round m_round;
-    LONG m_clockBase = 0;
-    std::array<Hypotheses, cSeats> m_starts;
 
     unsigned m_rounds = 0;
     unsigned m_stepsMade = 0;
@@ -94,13 +81,13 @@ void OvertakenTest::Run() {
     const ULONGLONG start = GetTickCount64();
     FillStore();
     Enter();
+    m_mirrors.assign(cSeats, Mirror(m_model.Look()));
     for (; m_stepsMade < m_steps; ++m_rounds) {
         m_round = m_planner.Next();
         Play();
         m_stepsMade += static_cast<unsigned>(m_round.steps.size());
     }
-    for (auto& pSeat : m_seats)
-        pSeat.reset();
+    Leave();
     std::printf(
         "no difference: %u steps in %u rounds, %llu reactions, %llu calls of callbacks, %llu "
         "overtaken ones not made, %u rounds of a busy owner, %u of an own call in the midst of "
@@ -111,30 +98,11 @@ void OvertakenTest::Run() {
 }
 
 void OvertakenTest::FillStore() {
-    m_pStored = std::make_unique<StoredValues>();
     m_model.Write({false, SettingName(cTraceWordPid)}, std::uint32_t{0});
     m_model.Write({false, ProfileNameName(3)}, L"from the start");
-    for (std::uint32_t demo = 240; demo <= 241; ++demo) {
+    for (std::uint32_t demo = cDemoMovie; demo <= cDemoMusic; ++demo) {
         m_model.WriteField(RawTechnology::eVolume, demo, 3, demo - 236);
         m_model.WriteSwitch(RawTechnology::eEnhancement, demo, false);
-    }
-    for (const auto& [address, value] : m_model.Stored())
-        m_pStored->Write(address, value);
-}
-
-void OvertakenTest::Enter() {
-    if (!m_library.IsLoaded())
-        Die("QXA64T.dll cannot be loaded");
-    m_seats[eIdleSeat] = std::make_unique<Seat>(m_meeting, eIdleSeat, m_library);
-    m_seats[eMtaSeat] = Seat::InThread(m_meeting, eMtaSeat);
-    m_seats[eProcessSeat] = Seat::InProcess(m_meeting, eProcessSeat);
-    Command open{};
-    open.action = Action::eOpen;
-    for (std::size_t seat = 0; seat < cSeats; ++seat) {
-        if (const HRESULT hr = m_seats[seat]->Ask(open).hr; hr != S_OK)
-            Die("an object cannot be initialised: " + std::to_string(hr));
-        m_starts[seat] = {{Known::Of(m_model.Look()), false, 0}};
-        m_mirrors.emplace_back(m_model.Look());
     }
 }
 
@@ -304,9 +272,7 @@ bool OvertakenTest::HasMetAPass(std::size_t seat) const {
 // Whether what it was told is right and all there is to tell after so many steps.
 bool OvertakenTest::IsExplained(std::size_t seat, std::size_t count,
                                 bool ownCallsMeetPasses) const {
-    std::vector<Told> told;
-    for (LONG i = 0; i < m_seats[seat]->ToldCount(); ++i)
-        told.push_back(m_seats[seat]->ToldAt(i));
+    const std::vector<Told> told = ToldTo(seat);
     std::vector<Step> steps;
     for (std::size_t i = 0; i < count; ++i)
         steps.push_back(m_round.steps[i].step);
@@ -320,22 +286,8 @@ bool OvertakenTest::IsExplained(std::size_t seat, std::size_t count,
 
 // The other objects have looked at the store when they pleased.
 void OvertakenTest::AwaitOthers(std::size_t steps) {
-    std::array<bool, cSeats> isSettled{};
-    std::array<LONG, cSeats> looked;
-    looked.fill(-1);
-    isSettled[m_round.seat] = true;
-    PumpUntil(
-        [&] {
-            for (std::size_t seat = 0; seat < cSeats; ++seat) {
-                const LONG count = m_seats[seat]->ToldCount();
-                if (!isSettled[seat] && count != looked[seat]) {
-                    looked[seat] = count;
-                    isSettled[seat] = IsSettled(seat, steps);
-                }
-            }
-            return std::find(isSettled.begin(), isSettled.end(), false) == isSettled.end();
-        },
-        m_meeting.ToldEvent());
+    const std::array<bool, cSeats> isSettled = AwaitAll(
+        [&](std::size_t seat) { return seat == m_round.seat || IsSettled(seat, steps); });
     for (std::size_t seat = 0; seat < cSeats; ++seat) {
         if (!isSettled[seat])
             Differ(std::string("what the object of the seat '") + cSeatNames[seat] +
@@ -348,20 +300,20 @@ void OvertakenTest::BeginAnew() {
     const View& view = m_round.views.back();
     for (std::size_t seat = 0; seat < cSeats; ++seat) {
         if (seat != m_round.seat) {
-            m_mirrors[seat].ReadAll(view, Known::Of(view));
+            m_mirrors[seat].ReadAll(view, Baseline(view));
             m_meetings += HasMetAPass(seat);
         }
         m_told += static_cast<unsigned long long>(m_seats[seat]->ToldCount());
         m_starts[seat].clear();
         for (const bool inDemo : {false, true}) {
             if (m_planner.MayBe(seat, inDemo))
-                m_starts[seat].push_back({Known::Of(view), inDemo, 0});
+                m_starts[seat].push_back({Baseline(view), inDemo, 0});
         }
     }
 }
 
 void OvertakenTest::CheckStore() {
-    if (const std::string difference = Difference(m_model.Stored(), m_pStored->ReadAll());
+    if (const std::string difference = Difference(m_model.Stored(), m_storedValues.ReadAll());
         !difference.empty())
         Differ("the store differs:\n" + difference);
 }
@@ -432,12 +384,9 @@ int main(int argc, char** argv) {
     const int served = ServeSeatIfAsked(argc, argv);
     if (served >= 0)
         return served;
-    const unsigned long steps = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : cDefaultSteps;
-    const unsigned long seed = argc > 2 ? std::strtoul(argv[2], nullptr, 10)
-                                        : static_cast<unsigned long>(std::time(nullptr));
-    if (steps == 0)
-        Die("usage: overtaken_test [STEPS [SEED]]");
+    const ModelArguments arguments =
+        ArgumentsOf(argc, argv, cDefaultSteps, "usage: overtaken_test [STEPS [SEED]]");
     const DesktopHold desktop;
-    OvertakenTest(static_cast<unsigned>(steps), static_cast<std::uint32_t>(seed)).Run();
+    OvertakenTest(arguments.count, arguments.seed).Run();
     return 0;
 }

@@ -4,63 +4,72 @@
 
 namespace kora4::test {
 
-// The values and switches of a demo cannot be changed, and only a demo can be left.
-bool OwnCall::Stored() const {
-    switch (command.action) {
-        case Action::eSetSimplePatchValue:
-        case Action::eSetGraphicEQData:
-        case Action::eSetTechnologyOnElseOff:
-            return !IsDemo(before.profile);
-        case Action::eRevertFromDemoMode:
-        case Action::eForceRevertFromDemoMode:
-            return IsDemo(before.profile);
-        case Action::eSetActiveProfile:
-        case Action::eSetDemoProfileAndEnable:
-        case Action::eRevertActiveProfile:
-        case Action::eSetVeltoEnable:
-        case Action::eToggleVeltoEnable:
-            return true;
-        default:
-            return false;
+namespace {
+
+News NewsOf(const Told& told) {
+    switch (told.kind) {
+        case ToldKind::eProfile:
+            return {News::Kind::eProfile};
+        case ToldKind::eEnable:
+            return {News::Kind::eEnable};
+        case ToldKind::eTable:
+            return {News::Kind::eTable};
+        case ToldKind::eOnElseOff:
+            return {News::Kind::eSwitch, IndexOf(told.number)};
+        case ToldKind::eValue:
+            return {News::Kind::eValue, IndexOf(told.number)};
+        case ToldKind::eEQ:
+            break;
     }
+    return {News::Kind::eValue, IndexOf(eGraphicEQ)};
 }
 
-bool OwnCall::StoredEnable() const {
-    return Stored() && (command.action == Action::eSetVeltoEnable ||
-                        command.action == Action::eToggleVeltoEnable ||
-                        command.action == Action::eSetDemoProfileAndEnable ||
-                        command.action == Action::eRevertFromDemoMode ||
-                        command.action == Action::eForceRevertFromDemoMode);
+}  // namespace
+
+// The values and switches of a demo cannot be changed, and only a demo can be left.
+OwnWrite OwnCall::Written() const {
+    const bool inDemo = IsDemo(before.profile);
+    OwnWrite written;
+    written.profileBefore = before.profile;
+    written.profileAfter = after.profile;
+    switch (command.action) {
+        case Action::eSetSimplePatchValue:
+            written.values = !inDemo;
+            written.technology = IndexOf(command.value.m_technology);
+            break;
+        case Action::eSetGraphicEQData:
+            written.values = !inDemo;
+            written.technology = IndexOf(eGraphicEQ);
+            break;
+        case Action::eSetTechnologyOnElseOff:
+            written.switches = !inDemo;
+            written.technology = IndexOf(command.number);
+            break;
+        case Action::eRevertActiveProfile:
+            written.values = written.switches = true;
+            break;
+        case Action::eSetActiveProfile:
+            written.profile = true;
+            break;
+        case Action::eSetDemoProfileAndEnable:
+            written.profile = written.enable = true;
+            break;
+        case Action::eRevertFromDemoMode:
+        case Action::eForceRevertFromDemoMode:
+            written.profile = written.enable = inDemo;
+            break;
+        case Action::eSetVeltoEnable:
+        case Action::eToggleVeltoEnable:
+            written.enable = true;
+            break;
+        default:
+            break;
+    }
+    return written;
 }
 
 bool OwnCall::Overtakes(const Told& told, std::uint32_t profile) const {
-    if (!Stored() || told.kind == ToldKind::eTable)
-        return false;
-    if (told.kind == ToldKind::eEnable)
-        return StoredEnable();
-    const bool isValue = told.kind == ToldKind::eValue;
-    const bool isEQ = told.kind == ToldKind::eEQ;
-    const bool isSwitch = told.kind == ToldKind::eOnElseOff;
-    const bool inProfile = before.profile == profile;
-    switch (command.action) {
-        case Action::eSetSimplePatchValue:
-            return inProfile && isValue &&
-                   told.number == static_cast<LONG>(command.value.m_technology);
-        case Action::eSetGraphicEQData:
-            return inProfile && isEQ;
-        case Action::eSetTechnologyOnElseOff:
-            return inProfile && isSwitch && told.number == command.number;
-        case Action::eRevertActiveProfile:
-            return inProfile && (isValue || isEQ || isSwitch);
-        case Action::eSetActiveProfile:
-        case Action::eSetDemoProfileAndEnable:
-        case Action::eRevertFromDemoMode:
-        case Action::eForceRevertFromDemoMode:
-            // Whatever others have stored since.
-            return after.profile != profile;
-        default:
-            return false;
-    }
+    return Written().Overtakes(NewsOf(told), profile);
 }
 
 std::optional<Told> PassModel::Next() {

@@ -19,17 +19,17 @@ struct OwnCall {
     const View& before;
     const View& after;
 
-    // Whether it wrote anything of what clients are told.
-    bool Stored() const;
-    bool StoredEnable() const;
+    // What it wrote of what clients are told.
+    OwnWrite Written() const;
     // Whether what a pass about `profile` has found, and not told yet, is told no more.
     bool Overtakes(const Told& told, std::uint32_t profile) const;
 };
 
+// A pass on its way: what it still has to tell.
 class PassModel {
   public:
-    PassModel(const Known& known, const View& view)
-        : m_profile(view.profile), m_left(known.Compare(view)) {}
+    PassModel(const Baseline& known, const View& view)
+        : m_profile(view.profile), m_left(ToldBy(known, view)) {}
 
     // The next call of the callback, if there is one more.
     std::optional<Told> Next();

@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "model/encodings.h"
+
 namespace kora4::test {
 
 namespace {
@@ -13,7 +15,7 @@ struct Weighted {
     std::uint32_t weight;
 };
 
-// The last demo profile, 242, is left to the driver.
+// The last demo profile is left to the driver.
 constexpr Weighted cActions[] = {
     {Action::eGetActiveProfile, 3},       {Action::eSetActiveProfile, 12},
     {Action::eRevertActiveProfile, 2},    {Action::eSetDemoProfileAndEnable, 4},
@@ -89,15 +91,17 @@ void RandomCalls::DrawArguments(Command* pCommand) {
             // Custom profiles are few, so that they are met again.
             pCommand->number = static_cast<LONG>(Below(5));
             if (OneIn(10))
-                pCommand->number = static_cast<LONG>(OneIn(4) ? 240 : Below(9));
+                pCommand->number =
+                    static_cast<LONG>(OneIn(4) ? cDemoMovie : Below(cProfileBound));
             break;
         case Action::eSetDemoProfileAndEnable:
-            pCommand->number = static_cast<LONG>(240 + Below(2));
+            pCommand->number = static_cast<LONG>(cDemoMovie + Below(2));
             break;
         case Action::eSetCustomProfileName:
         case Action::eCreateCustomProfile:
         case Action::eDeleteCustomProfile:
-            pCommand->number = static_cast<LONG>(OneIn(8) ? Below(9) : 3 + Below(2));
+            pCommand->number =
+                static_cast<LONG>(OneIn(8) ? Below(cProfileBound) : cFirstCustom + Below(2));
             DrawName(pCommand->name);
             break;
         case Action::eSetSamplingPeriod:
@@ -152,7 +156,7 @@ KORA4PatchValueUnion RandomCalls::SliderValue() {
 
 GraphicEQData RandomCalls::EQ() {
     GraphicEQData eq{};
-    eq.m_bands = OneIn(10) ? 40 + Below(3) : Below(13);
+    eq.m_bands = OneIn(10) ? cMaxBands + Below(3) : Below(13);
     for (ULONG i = 0; i < std::size(eq.m_freq); ++i) {
         eq.m_freq[i] =
             OneIn(40) ? cOddElements[Below(std::size(cOddElements))] : Between(20.0f, 20000.0f);

@@ -11,6 +11,7 @@
 
 namespace kora4::test {
 
+// The source of all random choices of a run.
 class RandomCalls {
   public:
     explicit RandomCalls(std::uint32_t seed) : m_random(seed) {}

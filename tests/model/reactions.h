@@ -33,6 +33,7 @@ struct RawChange {
     void Perform() const;
 };
 
+// What a callback does in one of its calls.
 struct Reaction {
     LONG atTold;           // in this call of the callback since the last Forget, the first is 0
     bool fromOtherThread;  // of the multithreaded apartment; the callback waits for it

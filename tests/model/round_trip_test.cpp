@@ -237,7 +237,7 @@ TEST_F(RoundTrip, AGraphicEQOfAnyNumberOfBands) {
     std::vector<Trip> trips;
     for (ULONG i = 0; i < 25 * 43; ++i) {
         GraphicEQData eq{};
-        eq.m_bands = i % 43;  // above 40 as well
+        eq.m_bands = i % (cMaxBands + 3);  // above the most as well
         for (ULONG band = 0; band < cMaxBands; ++band) {
             eq.m_freq[band] = frequency(m_random);
             eq.m_gain[band] = gain(m_random);
@@ -282,11 +282,11 @@ TEST_F(RoundTrip, AGraphicEQAtTheBordersOfItsElements) {
 }
 
 TEST_F(RoundTrip, EveryProfile) {
-    for (std::uint32_t custom = 3; custom <= 8; ++custom)
+    for (std::uint32_t custom = cFirstCustom; custom < cProfileBound; ++custom)
         RawStore::SetText(cStatic, ProfileNameName(custom), L"custom");
     std::vector<Trip> trips;
-    for (LONG from = 0; from < 9; ++from) {
-        for (LONG to = 0; to < 9; ++to) {
+    for (LONG from = 0; from < KORA4_PROFILE_TABLE_ENTRIES; ++from) {
+        for (LONG to = 0; to < KORA4_PROFILE_TABLE_ENTRIES; ++to) {
             if (to == from)
                 continue;
             for (const LONG profile : {from, to}) {
@@ -305,7 +305,10 @@ TEST_F(RoundTrip, EveryProfile) {
 
 TEST_F(RoundTrip, EveryDemoProfile) {
     std::vector<Trip> trips;
-    for (const LONG demo : {240, 241, 242, 240, 242, 241, 240}) {
+    for (const LONG demo :
+         {KORA4_PROFILE_DEMO_MOVIE, KORA4_PROFILE_DEMO_MUSIC, KORA4_PROFILE_DEMO_GAMES,
+          KORA4_PROFILE_DEMO_MOVIE, KORA4_PROFILE_DEMO_GAMES, KORA4_PROFILE_DEMO_MUSIC,
+          KORA4_PROFILE_DEMO_MOVIE}) {
         trips.push_back(NumberTrip(Action::eSetDemoProfileAndEnable, demo, TRUE,
                                    Action::eGetActiveProfile, demo));
         trips.back().told = Told::Profile(demo);

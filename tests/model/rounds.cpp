@@ -12,7 +12,7 @@ namespace kora4::test {
 namespace {
 
 // No client ever enters it: a change to it is always a marker.
-constexpr std::uint32_t cMarkerProfile = 242;
+constexpr std::uint32_t cMarkerProfile = cDemoGames;
 
 constexpr std::uint32_t cTriggers = 4;
 constexpr std::size_t cReactingPasses = 3;
@@ -55,7 +55,7 @@ Round RoundPlanner::Next() {
     m_round = {};
     m_round.seat = Below(cSeats);
     m_round.views = {m_model.Look()};
-    m_known = Known::Of(Now());
+    m_known = Baseline(Now());
     m_registered = true;
     m_round.busy = OneIn(25) && m_round.seat == eProcessSeat;
     m_round.meets = OneIn(5) && m_round.seat == eIdleSeat;
@@ -118,7 +118,7 @@ void RoundPlanner::Extend(const PlannedStep& planned, PassModel* pPass) {
         pPass->Own({step.command, before, after});
     switch (step.command.action) {
         case Action::eOpen:
-            m_known = Known::Of(after);
+            m_known = Baseline(after);
             m_opened = true;
             ++m_recorder[m_round.seat];
             break;
@@ -182,7 +182,7 @@ void RoundPlanner::PlanMeeting() {
     const std::uint32_t count = 1 + Below(2);
     for (std::uint32_t i = 0; i < count; ++i) {
         if (OneIn(2)) {
-            const std::vector<Told> news = m_known.Compare(Now());
+            const std::vector<Told> news = ToldBy(m_known, Now());
             if (!news.empty())
                 AddCall(eMtaSeat, Answer(news[Below(static_cast<std::uint32_t>(news.size()))]));
         } else {
@@ -201,7 +201,7 @@ void RoundPlanner::AddSomeCall(std::size_t seat) {
 void RoundPlanner::PlanPass(bool reacting) {
     PassModel pass(m_known, Now());
     const LONG recorder = m_recorder[m_round.seat];
-    m_known = Known::Of(Now());
+    m_known = Baseline(Now());
     m_opened = false;
     // A demo that is over is over also for the object that has entered it.
     if (!IsDemo(Now().profile))
@@ -247,8 +247,9 @@ void RoundPlanner::PlanExcursion(PassModel& pass, const Told& told) {
     if (OneIn(2)) {
         command.action =
             OneIn(3) ? Action::eSetDemoProfileAndEnable : Action::eSetActiveProfile;
-        command.number = static_cast<LONG>(
-            command.action == Action::eSetActiveProfile ? (OneIn(2) ? profile : visited) : 240);
+        command.number = static_cast<LONG>(command.action == Action::eSetActiveProfile
+                                               ? (OneIn(2) ? profile : visited)
+                                               : cDemoMovie);
     }
     React(pass, command);
     if (m_registered && !m_opened && OneIn(2))
@@ -291,7 +292,7 @@ Command RoundPlanner::SomeReaction(const PassModel& pass, const Told& told) {
                                     Action::eSetDemoProfileAndEnable,
                                     Action::eRevertFromDemoMode, Action::eToggleVeltoEnable};
         command.action = cWide[Below(std::size(cWide))];
-        command.number = static_cast<LONG>(240 + Below(2));
+        command.number = static_cast<LONG>(cDemoMovie + Below(2));
     } else if (drawn < 59) {
         constexpr Action cRegistrations[] = {Action::eRegister, Action::eRegisterOther,
                                              Action::eUnregister};
@@ -368,7 +369,7 @@ void RoundPlanner::PlanMarker() {
     const std::uint32_t profile = Now().profile;
     Writes writes;
     if (IsDemo(profile)) {
-        m_profileToRestore = profile == cMarkerProfile ? 240 : profile;
+        m_profileToRestore = profile == cMarkerProfile ? cDemoMovie : profile;
         writes[{true, SettingName(cProfilePid)}] = cMarkerProfile;
     } else {
         writes[{false, PatchName(RawTechnology::eVolume, profile, 3)}] = m_marker++;
@@ -415,7 +416,7 @@ RoundPlanner::Writes RoundPlanner::SomeWrites() {
     Writes writes;
     std::uint32_t profile = Now().profile;
     if (OneIn(8)) {
-        profile = Below(8) == 0 ? 240 + Below(2) : Below(4);
+        profile = Below(8) == 0 ? cDemoMovie + Below(2) : Below(4);
         writes[{true, SettingName(cProfilePid)}] = profile;
     }
     if (OneIn(2))

@@ -22,12 +22,14 @@ namespace kora4::test {
 // thread of the multithreaded apartment; and another process, whose owner can be busy.
 enum : std::size_t { eIdleSeat, eMtaSeat, eProcessSeat };
 
+// A call or a change of the plan, with all that must come of it.
 struct PlannedStep {
     Step step;  // without a seat: `change`, from outside
     RawChange change{};
     Reply expected{};
 };
 
+// One round of the plan.
 struct Round {
     std::size_t seat = 0;
     bool busy = false;   // its owner turns calls away during the first steps
@@ -38,8 +40,8 @@ struct Round {
     std::vector<PlannedStep> steps;
     std::size_t firstReaction = 0;
     std::size_t firstClosing = 0;
-    std::vector<View> views;   // the store before steps[i]; the last one: after all
-    std::vector<Known> known;  // to the seat's object, before steps[i]
+    std::vector<View> views;      // the store before steps[i]; the last one: after all
+    std::vector<Baseline> known;  // to the seat's object, before steps[i]
     std::vector<Reaction> reactions;
 
     std::vector<Told> told;  // to the seat, with the recorders
@@ -47,11 +49,12 @@ struct Round {
     std::vector<std::size_t> toldAtClosing;
     unsigned dropped = 0;  // not told, because an own call has overtaken it
 
-    Known KnownBefore(std::size_t step) const {
-        return step < known.size() ? known[step] : Known::Of(views.back());
+    Baseline KnownBefore(std::size_t step) const {
+        return step < known.size() ? known[step] : Baseline(views.back());
     }
 };
 
+// Plans the rounds and makes their changes on the model.
 class RoundPlanner {
   public:
     RoundPlanner(StoreModel& model, RandomCalls& random);
@@ -102,7 +105,7 @@ class RoundPlanner {
 
     // Of the round.
     Round m_round;
-    Known m_known;
+    Baseline m_known;
     bool m_registered = true;
     bool m_opened = false;  // by a reaction of the pass
 };

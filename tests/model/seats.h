@@ -52,6 +52,7 @@ struct Told {
 inline constexpr std::size_t cSeats = 3;
 inline constexpr LONG cToldCapacity = 4096;
 
+// The memory through which the driver and one seat speak.
 struct Channel {
     Command command;
     Reply reply;
@@ -73,6 +74,7 @@ struct Channel {
     std::atomic<LONG> turnedAway;
 };
 
+// All of the shared memory.
 struct SharedState {
     // Moves before each call or change that the driver makes or has planned.
     std::atomic<LONG> clock;

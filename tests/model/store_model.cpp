@@ -41,7 +41,7 @@ std::array<Value, 3> Texts1(Texts text) {
 const std::vector<Field>& Fields() {
     using enum RawTechnology;
     static const std::vector<Field> fields = {
-        {eVolume, 3, Numbers(0x40007, 0, 0)},
+        {eVolume, 3, Numbers(cMovieVolume, 0, 0)},
         {eVolume, 4, Numbers(1, 1, 1)},
         {eVolume, 5, Numbers(0, 0, 0)},
         {eVolume, 6, Texts1(L"-20.000000")},
@@ -72,23 +72,16 @@ constexpr RawTechnology cTechnologies[] = {
     RawTechnology::eStandardEQ, RawTechnology::eHeadphone,   RawTechnology::eVirtualSurround,
     RawTechnology::eNGSurround};
 
-constexpr bool IsPreset(std::uint32_t profile) {
-    return profile <= 2;
-}
-constexpr bool IsCustom(std::uint32_t profile) {
-    return profile >= 3 && profile <= 8;
-}
-
 // By profile, or by the one that a demo shows; a custom one has those of Movie.
 std::size_t RowOf(std::uint32_t profile) {
     if (IsDemo(profile))
-        return profile - 240;
+        return profile - cDemoMovie;
     return IsPreset(profile) ? profile : 0;
 }
 
 // A custom profile has everything on.
 bool BuiltInSwitch(RawTechnology technology, std::uint32_t profile) {
-    const std::uint32_t shown = IsDemo(profile) ? profile - 240 : profile;
+    const std::uint32_t shown = IsDemo(profile) ? profile - cDemoMovie : profile;
     switch (technology) {
         case RawTechnology::eEnhancement:
             return shown != 1 && shown != 2;
@@ -138,6 +131,10 @@ const ToldTechnology* FindTechnology(LONG api) {
     const auto found = std::find_if(cToldTechnologies.begin(), cToldTechnologies.end(),
                                     [=](const ToldTechnology& t) { return t.api == api; });
     return found == cToldTechnologies.end() ? nullptr : &*found;
+}
+
+std::size_t IndexOf(LONG api) {
+    return static_cast<std::size_t>(FindTechnology(api) - cToldTechnologies.data());
 }
 
 std::uint32_t StoreModel::Number(const Address& address, std::uint32_t fallback) const {
@@ -254,8 +251,8 @@ void StoreModel::LeaveDemo() {
 void StoreModel::Revert() {
     const std::uint32_t profile = Profile();
     for (const RawTechnology technology : cTechnologies) {
-        WriteRecord(technology, profile, Switch(technology, profile + 240),
-                    ReadRecord(technology, profile + 240, false));
+        WriteRecord(technology, profile, Switch(technology, profile + cDemoMovie),
+                    ReadRecord(technology, profile + cDemoMovie, false));
         Announce(TriggerName(technology));
     }
 }

@@ -13,16 +13,17 @@
 #include <vector>
 
 #include "model/seats.h"
+#include "support/baseline_model.h"
 #include "support/raw_store.h"
 
 namespace kora4::test {
 
-// The technologies that clients are told of, in the order in which they are told.
+// The names of the technologies that clients are told of.
 struct ToldTechnology {
     RawTechnology raw;
     KORA4APITechnology api;
 };
-inline constexpr std::array<ToldTechnology, 6> cToldTechnologies = {{
+inline constexpr std::array<ToldTechnology, cToldTechnologyCount> cToldTechnologies = {{
     {RawTechnology::eVolume, eVolumeLeveler},
     {RawTechnology::eEnhancement, eDialogEnhancer},
     {RawTechnology::eDynamicEQ, eIntelligentEQ},
@@ -32,20 +33,12 @@ inline constexpr std::array<ToldTechnology, 6> cToldTechnologies = {{
 }};
 
 // What a client can know of the store: the values are those of the active profile.
-struct View {
-    std::uint32_t profile;
-    bool enable;
-    std::uint32_t table;
-    std::array<std::uint32_t, cToldTechnologies.size()> triggers;
-    std::array<bool, cToldTechnologies.size()> switches;
-    std::array<ULONG, cToldTechnologies.size()> values;  // the graphic EQ's is not used
+struct View : StoreState {
+    std::array<ULONG, cToldTechnologyCount> values;  // the graphic EQ's is not used
     GraphicEQData eq;
 };
 
-constexpr bool IsDemo(std::uint32_t profile) {
-    return profile >= 240 && profile <= 242;
-}
-
+// The store, and the API's methods as changes of it.
 class StoreModel {
   public:
     using Value = std::variant<std::uint32_t, std::wstring>;
@@ -99,6 +92,8 @@ class StoreModel {
 };
 
 const ToldTechnology* FindTechnology(LONG api);
+// The place of one that there is.
+std::size_t IndexOf(LONG api);
 
 }  // namespace kora4::test
 

@@ -9,56 +9,31 @@
 
 namespace kora4::test {
 
-Known Known::Of(const View& view) {
-    return {view.profile, view.enable, view.table, view.triggers, view.switches};
-}
-
-std::vector<Told> Known::Compare(const View& view) const {
+std::vector<Told> ToldBy(const Baseline& baseline, const View& view) {
     std::vector<Told> told;
-    if (enable != view.enable)
-        told.push_back(Told::Enable(view.enable));
-    if (profile != view.profile) {
-        // The client is expected to read everything again.
-        told.push_back(Told::Profile(static_cast<LONG>(view.profile)));
-    } else {
-        for (std::size_t i = 0; i < cToldTechnologies.size(); ++i) {
-            const KORA4APITechnology api = cToldTechnologies[i].api;
-            if (switches[i] != view.switches[i])
-                told.push_back(Told::OnElseOff(api, view.switches[i]));
-            if (triggers[i] != view.triggers[i])
-                told.push_back(api == eGraphicEQ ? Told::EQ(view.eq)
-                                                 : Told::Value(api, view.values[i]));
+    for (const News& news : baseline.Compare(view)) {
+        const KORA4APITechnology api = cToldTechnologies[news.technology].api;
+        switch (news.kind) {
+            case News::Kind::eEnable:
+                told.push_back(Told::Enable(view.enable));
+                break;
+            case News::Kind::eProfile:
+                told.push_back(Told::Profile(static_cast<LONG>(view.profile)));
+                break;
+            case News::Kind::eSwitch:
+                told.push_back(Told::OnElseOff(api, view.switches[news.technology]));
+                break;
+            case News::Kind::eValue:
+                told.push_back(api == eGraphicEQ
+                                   ? Told::EQ(view.eq)
+                                   : Told::Value(api, view.values[news.technology]));
+                break;
+            case News::Kind::eTable:
+                told.push_back(Told::Table());
+                break;
         }
     }
-    if (table != view.table)
-        told.push_back(Told::Table());
     return told;
-}
-
-namespace {
-
-template <typename T>
-void Move(T& known, const T& before, const T& after) {
-    if (known == before)
-        known = after;
-}
-
-}  // namespace
-
-void Known::MoveWithOwn(const View& before, const View& after) {
-    if (before.profile != after.profile) {
-        if (profile == before.profile) {
-            profile = after.profile;
-            switches = after.switches;
-        }
-    } else if (profile == after.profile) {
-        for (std::size_t i = 0; i < switches.size(); ++i)
-            Move(switches[i], before.switches[i], after.switches[i]);
-    }
-    Move(enable, before.enable, after.enable);
-    Move(table, before.table, after.table);
-    for (std::size_t i = 0; i < triggers.size(); ++i)
-        Move(triggers[i], before.triggers[i], after.triggers[i]);
 }
 
 namespace {
@@ -131,11 +106,11 @@ void Compared(Hypotheses& hypotheses, const View& view, bool registered,
     Hypotheses next;
     for (const Hypothesis& before : hypotheses) {
         Hypothesis after = before;
-        after.known = Known::Of(view);
+        after.known = Baseline(view);
         // Somebody else has ended the demo.
         if (!IsDemo(view.profile))
             after.inDemo = false;
-        const std::vector<Told> told = before.known.Compare(view);
+        const std::vector<Told> told = ToldBy(before.known, view);
         if (!registered || !evidence.pTold) {
             AddOnce(next, after);
         } else {
@@ -176,7 +151,7 @@ void Stepped(Hypotheses& hypotheses, const Step& step, bool own, const View& bef
         if (step.hr != step.answers[hypothesis.inDemo])
             continue;
         if (step.command.action == Action::eOpen)
-            hypothesis = {Known::Of(after), false, hypothesis.explained};
+            hypothesis = {Baseline(after), false, hypothesis.explained};
         else if (step.command.action == Action::eSetDemoProfileAndEnable && step.hr == S_OK)
             hypothesis.inDemo = true;
         else if (LeavesDemo(step, before))

@@ -6,35 +6,22 @@
 #ifndef KORA4_TESTS_MODEL_TOLD_MODEL_H
 #define KORA4_TESTS_MODEL_TOLD_MODEL_H
 
-#include <array>
 #include <optional>
 #include <span>
 #include <vector>
 
 #include "model/seats.h"
 #include "model/store_model.h"
+#include "support/baseline_model.h"
 
 namespace kora4::test {
 
-// What an object takes for the state of the store, because it has told it or done it.
-struct Known {
-    std::uint32_t profile = 0;
-    bool enable = true;
-    std::uint32_t table = 0;
-    std::array<std::uint32_t, cToldTechnologies.size()> triggers{};
-    std::array<bool, cToldTechnologies.size()> switches{};  // those of `profile`
+// What a comparison with the store tells an object with that baseline, in its order.
+std::vector<Told> ToldBy(const Baseline& baseline, const View& view);
 
-    static Known Of(const View& view);
-    // What a comparison with the store tells, in its order.
-    std::vector<Told> Compare(const View& view) const;
-    // The object itself has changed the store: an item that it knew before it knows now.
-    void MoveWithOwn(const View& before, const View& after);
-
-    friend bool operator==(const Known&, const Known&) = default;
-};
-
+// One possible state of an object that agrees with what it was told so far.
 struct Hypothesis {
-    Known known;
+    Baseline known;
     bool inDemo = false;        // the object has entered a demo and not left it
     std::size_t explained = 0;  // of what it was told
 

@@ -14,6 +14,7 @@
 #include "kora4api_codes.h"
 #include "model/encodings.h"
 #include "support/com_client.h"
+#include "support/counted.h"
 
 namespace kora4::test {
 
@@ -50,28 +51,12 @@ struct LastTold {
     std::optional<GraphicEQData> eq;
 };
 
-class Watcher final : public IVeltoKORA4APICallback {
+class Watcher final : public Counted<IVeltoKORA4APICallback> {
   public:
-    explicit Watcher(WorkerReport& report) : m_report(report) {}
+    explicit Watcher(WorkerReport& report) : Counted(1), m_report(report) {}
 
     LastTold m_last;
     std::uint32_t m_told = 0;  // of its thread, like m_last
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        *ppv = nullptr;
-        if (iid != __uuidof(IUnknown) && iid != __uuidof(IVeltoKORA4APICallback))
-            return E_NOINTERFACE;
-        *ppv = static_cast<IVeltoKORA4APICallback*>(this);
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
-    }
 
     STDMETHODIMP OnActiveProfileChange(LONG profileID) override {
         CountCall();
@@ -118,7 +103,6 @@ class Watcher final : public IVeltoKORA4APICallback {
         ++m_report.told;
     }
 
-    std::atomic<ULONG> m_references{1};
     WorkerReport& m_report;
 };
 

@@ -34,6 +34,7 @@ struct WorkerReport {
     char firstFailure[400];
 };
 
+// The memory that the workers share.
 struct WorkersState {
     WorkerReport reports[cWorkers];
 };

@@ -15,6 +15,7 @@
 
 namespace kora4::test {
 
+// The apartment in which an object's owner lives, and how it lets calls in.
 enum class OwnerKind {
     eStaPumping,  // lets calls in all the time
     eStaIdle,     // lets calls in only when the test says so

@@ -58,7 +58,7 @@ TEST_P(Cycles, OfObjectsLeaveNothingBehind) {
         WatchingClient client;
         EXPECT_EQ(S_OK, client.Start(library));
         client.spApi.Reset();
-        EXPECT_EQ(1, client.spRecorder->References());
+        EXPECT_EQ(1u, client.spRecorder->References());
         EXPECT_EQ(S_OK, library.CanUnloadNow());
     });
 }
@@ -73,7 +73,7 @@ TEST_P(Cycles, OfObjectsWithNotificationsOnTheirWayLeaveNothingBehind) {
         client.spApi.Reset();
         PumpUntil([&] { return library.CanUnloadNow() == S_OK; }, nullptr, 1000);
         EXPECT_EQ(S_OK, library.CanUnloadNow());
-        EXPECT_EQ(1, client.spRecorder->References());
+        EXPECT_EQ(1u, client.spRecorder->References());
     });
 }
 

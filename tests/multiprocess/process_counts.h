@@ -9,6 +9,7 @@
 
 namespace kora4::test {
 
+// What of this process grows when something leaks.
 struct ProcessCounts {
     std::size_t handles;
     std::size_t threads;

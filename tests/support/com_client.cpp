@@ -78,7 +78,8 @@ ComPtr<IVeltoKORA4API> ApiLibrary::Create() const {
     return spApi;
 }
 
-CallbackRecorder::CallbackRecorder() : m_called(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+CallbackRecorder::CallbackRecorder()
+    : Counted(1), m_called(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
 
 CallbackRecorder::~CallbackRecorder() {
     if (m_pDestroyed)
@@ -131,28 +132,6 @@ HRESULT CallbackRecorder::Record(const std::string& method, const std::string& a
     }
     SetEvent(m_called.Get());
     return reaction ? reaction() : S_OK;
-}
-
-STDMETHODIMP CallbackRecorder::QueryInterface(REFIID iid, void** ppv) {
-    if (!ppv)
-        return E_POINTER;
-    *ppv = nullptr;
-    if (iid != __uuidof(IUnknown) && iid != __uuidof(IVeltoKORA4APICallback))
-        return E_NOINTERFACE;
-    *ppv = static_cast<IVeltoKORA4APICallback*>(this);
-    AddRef();
-    return S_OK;
-}
-
-STDMETHODIMP_(ULONG) CallbackRecorder::AddRef() {
-    return static_cast<ULONG>(++m_references);
-}
-
-STDMETHODIMP_(ULONG) CallbackRecorder::Release() {
-    const LONG left = --m_references;
-    if (left == 0)
-        delete this;
-    return static_cast<ULONG>(left);
 }
 
 namespace {

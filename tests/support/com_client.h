@@ -14,8 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "kora4api.h"
 #include "platform/handles.h"
-#include "veltokora4api.h"
+#include "support/counted.h"
 
 namespace kora4::test {
 
@@ -60,7 +61,7 @@ class ApiLibrary {
 
 // A client's callback. Appends a line for each call to its log, for example
 // "OnEnableStateChange(1)"; runs what the test has hung to the call, and returns its result.
-class CallbackRecorder final : public IVeltoKORA4APICallback {
+class CallbackRecorder final : public Counted<IVeltoKORA4APICallback> {
   public:
     static Microsoft::WRL::ComPtr<CallbackRecorder> Create();
 
@@ -76,13 +77,8 @@ class CallbackRecorder final : public IVeltoKORA4APICallback {
 
     // The thread of the last call.
     DWORD CallThread() const { return m_callThread; }
-    LONG References() const { return m_references; }
     // Set when the last reference goes; the pointer must live longer than this object.
     void TellDestruction(std::atomic<bool>* pDestroyed) { m_pDestroyed = pDestroyed; }
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override;
-    STDMETHODIMP_(ULONG) AddRef() override;
-    STDMETHODIMP_(ULONG) Release() override;
 
     STDMETHODIMP OnActiveProfileChange(LONG profileID) override;
     STDMETHODIMP OnEnableStateChange(BOOL onElseOff) override;
@@ -98,7 +94,6 @@ class CallbackRecorder final : public IVeltoKORA4APICallback {
 
     HRESULT Record(const std::string& method, const std::string& arguments);
 
-    std::atomic<LONG> m_references{1};
     mutable std::mutex m_mutex;
     std::vector<std::string> m_log;
     std::map<std::string, std::function<HRESULT()>> m_reactions;

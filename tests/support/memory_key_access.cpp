@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "contract/property_key.h"
+#include "contract/value_kind.h"
 #include "store/access/task_memory.h"
 
 namespace kora4::test {
@@ -14,7 +15,6 @@ namespace kora4::test {
 namespace {
 
 // The registry access reads texts into a buffer of this size, terminator included.
-constexpr std::size_t cMaxTextBytes = 4096;
 
 constexpr const char* cOperationNames[] = {"R", "RT", "RB", "W", "WT", "WB", "D"};
 static_assert(std::size(cOperationNames) == static_cast<std::size_t>(Operation::eCount));

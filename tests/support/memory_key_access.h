@@ -19,6 +19,7 @@
 
 namespace kora4::test {
 
+// The operations by name, for the log and for injected failures.
 enum class Operation {
     eReadUINT,
     eReadText,
@@ -48,6 +49,7 @@ std::string LogEntry(Operation operation, KORA4KeySet keySet, const PropertyKey&
 std::string ReadEntry(KORA4KeySet keySet, const PropertyKey& key);
 std::string WriteEntry(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t value);
 
+// The store in memory. Logs each operation, and fails or runs a test's hook when told to.
 class MemoryKeyAccess final : public KORA4KeyAccess {
   public:
     // --- the seven operations --------------------------------------------------------------

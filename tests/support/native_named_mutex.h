@@ -8,6 +8,7 @@
 
 namespace kora4::test {
 
+// What was done with the store's mutex.
 struct NamedMutexRecord {
     unsigned created = 0;  // successful creations since Clear
     unsigned acquired = 0;

@@ -38,6 +38,33 @@ std::wstring GlobalPatchName(std::uint32_t offset, std::uint32_t pid);
 std::wstring GlobalTriggerName(std::uint32_t offset);
 std::wstring ProfileNameName(std::uint32_t profile);
 
+// Profile numbers: 0 to 2 are Movie, Music and Games, and each has a demo.
+inline constexpr std::uint32_t cFirstCustom = 3;
+inline constexpr std::uint32_t cProfileBound = 9;  // of those that can be selected
+inline constexpr std::uint32_t cDemoMovie = 240;
+inline constexpr std::uint32_t cDemoMusic = 241;
+inline constexpr std::uint32_t cDemoGames = 242;
+
+constexpr bool IsPreset(std::uint32_t profile) {
+    return profile < cFirstCustom;
+}
+constexpr bool IsCustom(std::uint32_t profile) {
+    return profile >= cFirstCustom && profile < cProfileBound;
+}
+constexpr bool IsSelectable(std::uint32_t profile) {
+    return profile < cProfileBound;
+}
+constexpr bool IsDemo(std::uint32_t profile) {
+    return profile >= cDemoMovie && profile <= cDemoGames;
+}
+
+// The volume of Movie, unless one is stored: more than a client may set.
+inline constexpr std::uint32_t cMovieVolume = 262151;
+
+// What the store holds of one text, in bytes, and of one array, in elements.
+inline constexpr std::size_t cLongestText = 4096;
+inline constexpr std::size_t cMostElements = 40;
+
 // Property ids of SettingName.
 inline constexpr std::uint32_t cEnablePid = 1;
 inline constexpr std::uint32_t cProfilePid = 2;

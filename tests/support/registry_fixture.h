@@ -19,6 +19,7 @@ namespace kora4::test {
 // Everything below ends the test program with a message when the registry refuses what a
 // test prepares: a test on a half-prepared store would prove nothing.
 
+// A value as the registry holds it.
 struct RawValue {
     DWORD type = REG_NONE;
     std::vector<std::uint8_t> data;
@@ -78,6 +79,7 @@ std::string StoreSnapshot();
 std::wstring ProgramFolder();
 std::wstring LibraryPath();
 
+// A loaded library, for UniqueResource.
 struct LibraryTraits {
     using Type = HMODULE;
     static void Close(HMODULE module) { FreeLibrary(module); }

@@ -12,6 +12,7 @@
 
 namespace kora4::test {
 
+// Has these categories traced for the length of a scope, and reads what the store wrote.
 class StoreTrace {
   public:
     explicit StoreTrace(std::uint32_t categories) : m_flags(categories | trace::eLogFiles) {}

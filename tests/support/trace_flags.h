@@ -11,6 +11,7 @@ namespace kora4::test {
 
 inline constexpr std::uint32_t cEveryCategory = 0x00018F35;
 
+// The flag word for the length of a scope.
 class TraceFlags {
   public:
     explicit TraceFlags(std::uint32_t flags) : m_saved(trace::Flags()) {

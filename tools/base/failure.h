@@ -30,6 +30,13 @@ class Failure : public std::exception {
     std::string m_next;
 };
 
+// A value or a file that cannot be taken; nothing was changed.
+class BadInput : public Failure {
+  public:
+    explicit BadInput(std::string what, std::string next = {})
+        : Failure(ExitCode::eBadInput, std::move(what), std::move(next)) {}
+};
+
 }  // namespace kora4::tools
 
 #endif  // KORA4_BASE_FAILURE_H

@@ -5,6 +5,7 @@
 #define KORA4_BASE_OUTPUT_H
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,15 @@ namespace kora4::tools {
 
 // Members come out in the order in which they went in.
 using Json = nlohmann::ordered_json;
+
+// Null for an empty text, and for what is not there.
+inline Json OrNull(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+template <typename Value>
+Json OrNull(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json();
+}
 
 // How a piece of text stands out on a terminal.
 enum class Style { ePlain, eStrong, eDim, eGood, eWarning, eBad };

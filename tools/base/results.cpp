@@ -54,10 +54,8 @@ std::string InWords(HRESULT hr) {
     if (const contract::Result* const pResult = contract::FindResult(code))
         return std::string(pResult->name) + " (" + Hex(code) + "): " + pResult->meaning;
     const std::string words = PlatformWords(code);
-    return words.empty()
-               ? "a result that neither the library nor the platform has words for (" +
-                     Hex(code) + ")"
-               : words + " (" + Hex(code) + ")";
+    return words.empty() ? "an unknown result (" + Hex(code) + ")"
+                         : words + " (" + Hex(code) + ")";
 }
 
 HRESULT Check(HRESULT hr, std::string_view doing) {
@@ -66,9 +64,9 @@ HRESULT Check(HRESULT hr, std::string_view doing) {
     // An unpublished success code is still a success.
     if (hr == S_OK || hr == S_FALSE || (SUCCEEDED(hr) && !pResult))
         return hr;
-    throw Failure(
-        ExitCodeOf(hr), Sentence(doing, SUCCEEDED(hr) ? " was refused: " : " failed: ", hr),
-        pResult ? pResult->next : "Run 'kora4ctl doctor', which looks for the reason.");
+    throw Failure(ExitCodeOf(hr),
+                  Sentence(doing, SUCCEEDED(hr) ? " was refused: " : " failed: ", hr),
+                  pResult ? pResult->next : "Run 'kora4ctl doctor' to find out why.");
 }
 
 }  // namespace kora4::tools

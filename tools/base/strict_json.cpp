@@ -16,16 +16,12 @@ namespace {
 // No file of the tools needs more than a few levels.
 constexpr int cDeepest = 64;
 
-[[noreturn]] void Refuse(const std::string& what) {
-    throw Failure(ExitCode::eBadInput, what);
-}
-
 // Watches a text being parsed.
 class Guard {
   public:
     void Take(int depth, Json::parse_event_t event, const Json& parsed) {
         if (depth > cDeepest)
-            Refuse("The document is nested too deeply.");
+            throw BadInput("The document is nested too deeply.");
         if (event == Json::parse_event_t::object_start)
             m_open.emplace_back();
         else if (event == Json::parse_event_t::object_end)
@@ -48,7 +44,7 @@ class Guard {
         std::vector<std::string> path;
         for (const Object& open : m_open)
             path.push_back(open.current);
-        Refuse(Join(path, ".") + ": the name is there twice.");
+        throw BadInput(Join(path, ".") + ": the name appears twice.");
     }
 
     std::vector<Object> m_open;
@@ -58,7 +54,7 @@ class Guard {
 
 Json ParseStrictJson(std::string_view text) {
     if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
-        Refuse("The document is empty.");
+        throw BadInput("The document is empty.");
     Guard guard;
     try {
         return Json::parse(text, [&guard](int depth, Json::parse_event_t event, Json& parsed) {
@@ -68,12 +64,12 @@ Json ParseStrictJson(std::string_view text) {
     } catch (const Json::exception& error) {
         const auto* const mistake = dynamic_cast<const Json::parse_error*>(&error);
         if (mistake != nullptr && mistake->byte > text.size())
-            Refuse("The document is cut off: it ends in the middle.");
+            throw BadInput("The document is cut off: it ends in the middle.");
         // Drops the parser's own prefix, "[json.exception...] ".
         const std::string message = error.what();
         const std::size_t begin = message.find("] ");
-        Refuse("The document is no JSON: " +
-               message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+        throw BadInput("The document is not valid JSON: " +
+                       message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
     }
 }
 

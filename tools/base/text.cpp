@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <charconv>
+#include <cmath>
 
 namespace kora4::tools {
 
@@ -44,6 +45,14 @@ std::string Decimal(float number) {
     return std::string(buffer, result.ptr);
 }
 
+std::string Range(double least, double most) {
+    const auto shown = [](double number) {
+        return number == std::floor(number) ? std::to_string(static_cast<long long>(number))
+                                            : Decimal(static_cast<float>(number));
+    };
+    return shown(least) + " to " + shown(most);
+}
+
 std::string Lower(std::string_view text) {
     std::string lower(text);
     for (char& c : lower) {
@@ -66,18 +75,18 @@ std::string Join(const std::vector<std::string>& texts, std::string_view between
 namespace {
 
 // Ranges of characters that terminals draw two columns wide, or on top of the previous one.
-struct Range {
+struct Characters {
     std::uint32_t first;
     std::uint32_t last;
 };
-constexpr Range cWide[] = {{0x1100, 0x115F}, {0x2E80, 0xA4CF},   {0xAC00, 0xD7A3},
-                           {0xF900, 0xFAFF}, {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
-                           {0xFFE0, 0xFFE6}, {0x1F300, 0x1FAFF}, {0x20000, 0x3FFFD}};
-constexpr Range cCombining[] = {{0x0300, 0x036F}, {0x200B, 0x200F}, {0xFE00, 0xFE0F}};
+constexpr Characters cWide[] = {{0x1100, 0x115F}, {0x2E80, 0xA4CF},   {0xAC00, 0xD7A3},
+                                {0xF900, 0xFAFF}, {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
+                                {0xFFE0, 0xFFE6}, {0x1F300, 0x1FAFF}, {0x20000, 0x3FFFD}};
+constexpr Characters cCombining[] = {{0x0300, 0x036F}, {0x200B, 0x200F}, {0xFE00, 0xFE0F}};
 
 template <std::size_t count>
-bool IsIn(const Range (&ranges)[count], std::uint32_t character) {
-    for (const Range& range : ranges) {
+bool IsIn(const Characters (&ranges)[count], std::uint32_t character) {
+    for (const Characters& range : ranges) {
         if (character >= range.first && character <= range.last)
             return true;
     }

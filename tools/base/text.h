@@ -3,9 +3,12 @@
 #ifndef KORA4_BASE_TEXT_H
 #define KORA4_BASE_TEXT_H
 
+#include <charconv>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace kora4::tools {
@@ -19,6 +22,24 @@ std::string Hex(std::uint32_t number, unsigned digits = 8);
 
 // The shortest decimal text that reads back as the same float: "7", "0.33", "-12".
 std::string Decimal(float number);
+
+// The number that the whole text is: digits of the base, or a decimal fraction. None for
+// anything else, and for what the type cannot hold.
+template <typename Number>
+std::optional<Number> ReadNumber(std::string_view text, int base = 10) {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    std::from_chars_result read{};
+    if constexpr (std::is_floating_point_v<Number>)
+        read = std::from_chars(text.data(), end, number);
+    else
+        read = std::from_chars(text.data(), end, number, base);
+    const bool isRead = !text.empty() && read.ec == std::errc{} && read.ptr == end;
+    return isRead ? std::optional(number) : std::nullopt;
+}
+
+// "0 to 10", "0.001 to 600"; whole numbers in full.
+std::string Range(double least, double most);
 
 // ASCII letters in lower case; the rest stays.
 std::string Lower(std::string_view text);

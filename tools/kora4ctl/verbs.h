@@ -8,34 +8,14 @@
 
 namespace kora4::tools {
 
-using AddVerb = void(Context& context);
+using VerbAdder = void(Context& context);
 
-AddVerb AddStatus;
-AddVerb AddGet;
-AddVerb AddSet;
-AddVerb AddToggle;
-AddVerb AddDescribe;
-AddVerb AddList;
-AddVerb AddProfile;
-AddVerb AddDemo;
-AddVerb AddEq;
-AddVerb AddLevels;
-AddVerb AddWatch;
-AddVerb AddRecord;
-AddVerb AddReplay;
-AddVerb AddRegister;
-AddVerb AddUnregister;
-AddVerb AddExplain;
-AddVerb AddTrace;
-AddVerb AddDoctor;
-AddVerb AddDump;
-AddVerb AddLoad;
-AddVerb AddDiff;
-AddVerb AddLint;
-AddVerb AddCompletion;
+VerbAdder AddStatus, AddGet, AddSet, AddToggle, AddDescribe, AddList, AddProfile, AddDemo,
+    AddEq, AddLevels, AddWatch, AddRecord, AddReplay, AddRegister, AddUnregister, AddExplain,
+    AddTrace, AddDoctor, AddDump, AddLoad, AddDiff, AddLint, AddCompletion;
 
 // All of them, in the order of --help.
-inline constexpr AddVerb* cVerbs[] = {
+inline constexpr VerbAdder* cVerbs[] = {
     AddStatus,  AddGet,      AddSet,        AddToggle,  AddDescribe,  AddList,
     AddProfile, AddDemo,     AddEq,         AddLevels,  AddWatch,     AddRecord,
     AddReplay,  AddRegister, AddUnregister, AddExplain, AddTrace,     AddDoctor,

@@ -18,8 +18,8 @@ namespace kora4::tools::sim {
 namespace {
 
 constexpr char cSummary[] =
-    "Stands in for the KORA4 audio engine: publishes levels, takes over the settings that are\n"
-    "announced in the store, says what it saw, and goes wrong on demand.";
+    "Stands in for the KORA4 audio engine: publishes levels, applies the settings that are\n"
+    "announced in the store, reports what it sees, and goes wrong on demand.";
 
 constexpr char cExitCodes[] =
     "Exit codes: 0 done, 1 failed (also after the fault die), 2 wrong command line, 4 the "
@@ -53,11 +53,6 @@ std::string FaultHelp() {
             help += "    " + Padded(argument.name, cNameColumns - 2) + argument.meaning + "\n";
     }
     return help;
-}
-
-// "10 to 10000"; the ends are whole numbers.
-std::string Range(std::uint32_t lowest, double highest) {
-    return std::to_string(lowest) + " to " + std::to_string(std::llround(highest));
 }
 
 Failure OutOfRange(const char* option, const std::string& range) {
@@ -111,7 +106,7 @@ ExitCode ListScenes(Output& output) {
     if (output.json)
         output.PrintJson(document);
     else
-        output.Table({"SCENE", "ENGINE", "WHAT IT IS"}, rows);
+        output.Table({"SCENE", "ENGINE", "DESCRIPTION"}, rows);
     return ExitCode::eDone;
 }
 
@@ -133,31 +128,33 @@ void AddOptions(Context& context) {
     root.add_flag("--list", choices->list, "list the scenes and exit");
     root.add_option(
             "--for", choices->seconds,
-            "end after that many seconds, " + Range(0, cLongestRun) + "; without it: at Ctrl-C")
+            "end after this many seconds, " + Range(0, cLongestRun) + "; default: at Ctrl-C")
         ->type_name("S");
-    root.add_option("--seed", choices->seed,
-                    "what chance begins with, 0 to 2^64-1 (default: 1); the same seed, scene "
-                    "and length publish the same values")
+    root.add_option(
+            "--seed", choices->seed,
+            "seed of the random numbers, 0 to 2^64-1 (default: 1); the same seed, scene "
+            "and length publish the same values")
         ->type_name("N");
     root.add_option("--period", choices->period,
-                    "publish each MS milliseconds, " + Range(cShortestPeriod, cLongestPeriod) +
+                    "publish every MS milliseconds, " + Range(cShortestPeriod, cLongestPeriod) +
                         ", whatever the store says")
         ->type_name("MS");
     root.add_option("--records", choices->records,
-                    "publish that many processing objects, " + Range(0, cMostRecords) +
+                    "publish this many processing objects, " + Range(0, cMostRecords) +
                         ", instead of the scene's")
         ->type_name("N");
-    root.add_flag("--no-publish", choices->noPublish, "only look, publish no levels");
+    root.add_flag("--no-publish", choices->noPublish,
+                  "follow the store, but publish no levels");
     root.add_option("--fault", choices->faults,
-                    "go wrong, at once or that many seconds after the start, " +
+                    "go wrong, at once or this many seconds after the start, " +
                         Range(0, cLongestRun) + "; may be repeated")
         ->type_name("NAME[=ARG][@S]")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     root.add_flag("--write-defaults", choices->writeDefaults,
-                  "first write every built-in value of every profile into the store");
+                  "first write the built-in values of all profiles into the store");
     root.add_flag("--clean", choices->clean,
-                  "remove the levels from the store at the end; without it the last ones stay");
+                  "remove the levels from the store at the end; otherwise the last ones stay");
     root.footer(FaultHelp() + "\n" + cExitCodes);
     OnRun(root, context, [choices, &context] {
         return choices->list ? ListScenes(context.output) : RunEngine(*choices, context);

@@ -17,7 +17,7 @@ constexpr char cRegister[] =
 ApiSession::Apartment::Apartment() {
     const HRESULT hr = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (FAILED(hr))
-        throw Failure(ExitCode::eFailed, "COM does not start: " + InWords(hr) + ".");
+        throw Failure(ExitCode::eFailed, "COM cannot be initialised: " + InWords(hr) + ".");
 }
 
 ApiSession::Apartment::~Apartment() {
@@ -39,7 +39,7 @@ ApiSession::ApiSession() {
     if (FAILED(hr))
         throw Failure(ExitCode::eNotReady,
                       "The library cannot reach its settings: " + InWords(hr) + ".",
-                      "Look for the reason: kora4ctl doctor");
+                      "Find out why: kora4ctl doctor");
 }
 
 ApiSession::~ApiSession() = default;

@@ -165,13 +165,13 @@ int RunProgram(const char* name, const char* summary, const std::vector<std::str
         code = ParseAndRun(context, arguments);
         if (output.IsIncomplete())
             throw Failure(ExitCode::eFailed,
-                          "Standard output cannot be written; the result is not complete.");
+                          "Standard output cannot be written; the result is incomplete.");
     } catch (const Failure& failure) {
         code = Tell(output, name, failure);
     } catch (const std::bad_alloc&) {
-        output.Complain(std::string(name) + ": There is not enough memory.");
+        output.Complain(std::string(name) + ": Out of memory.");
     } catch (const std::exception& error) {
-        output.Complain(std::string(name) + ": This should not have happened: " + error.what());
+        output.Complain(std::string(name) + ": Internal error: " + error.what());
     }
     return static_cast<int>(code);
 }

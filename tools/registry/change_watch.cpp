@@ -13,7 +13,7 @@ namespace {
                            status == ERROR_KEY_DELETED;
     throw Win32Failure(
         static_cast<DWORD>(status), doing,
-        isMissing ? "Run 'kora4ctl register'." : "'kora4ctl doctor' looks for what is wrong.",
+        isMissing ? "Run 'kora4ctl register'." : "Run 'kora4ctl doctor' to find out why.",
         isMissing ? ExitCode::eNotReady : ExitCode::eFailed);
 }
 

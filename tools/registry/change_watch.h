@@ -14,8 +14,6 @@ class ChangeWatch {
   public:
     // Armed from the start. Failure with eNotReady when there are no dynamic keys.
     ChangeWatch();
-    ChangeWatch(const ChangeWatch&) = delete;
-    ChangeWatch& operator=(const ChangeWatch&) = delete;
 
     // Auto-reset; for a wait for several things. After a wait that took it, Rearm before
     // anything is read, or a write in between is lost.

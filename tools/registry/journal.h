@@ -51,7 +51,7 @@ class JournalFile {
     // What was found in the place of the journal.
     enum class State {
         eAbsent,
-        eCutShort,  // writing it was broken off: the store was not touched
+        eCutShort,  // writing it was interrupted: the store was not touched
         eWhole,
         eUnreadable,  // whole and yet no journal, or one of a newer program
     };

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Raw values in the three registry keys of the store.
 #include "registry/registry_store.h"
 
 #include <algorithm>
@@ -35,9 +36,8 @@ const wchar_t* PathOf(KORA4KeySet keySet) {
                   ? "The app keys belong to the installer: run this as an administrator."
                   : "Run 'kora4ctl register' as an administrator: it lets every user write "
                     "the store."
-        : status == ERROR_KEY_DELETED
-            ? "The key was deleted meanwhile. Run 'kora4ctl register'."
-            : "'kora4ctl doctor' looks for what is wrong.";
+        : status == ERROR_KEY_DELETED ? "The key has been deleted. Run 'kora4ctl register'."
+                                      : "Run 'kora4ctl doctor' to find out why.";
     throw Win32Failure(static_cast<DWORD>(status), doing, next);
 }
 

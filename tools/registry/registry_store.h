@@ -15,6 +15,7 @@
 
 namespace kora4::tools {
 
+// Whether the tool may write into what it opens.
 enum class OpenMode { eRead, eReadWrite };
 
 // The registry: the three keys below HKEY_LOCAL_MACHINE in the 64-bit view, held open.

@@ -6,6 +6,14 @@
 
 namespace kora4::tools {
 
+void StoreAccess::Put(KORA4KeySet keySet, const PropertyKey& key,
+                      const std::optional<StoredValue>& value) {
+    if (value)
+        Write(keySet, key, *value);
+    else
+        Delete(keySet, key);
+}
+
 std::uint32_t StoreAccess::Number(KORA4KeySet keySet, const PropertyKey& key,
                                   std::uint32_t absent) {
     const std::optional<StoredValue> value = Read(keySet, key);

@@ -30,6 +30,9 @@ class StoreAccess {
     // The names of all values of a key set, known or not, sorted.
     virtual std::vector<std::string> ValueNames(KORA4KeySet keySet) = 0;
 
+    // Writes the value, or deletes it when there is none.
+    void Put(KORA4KeySet keySet, const PropertyKey& key,
+             const std::optional<StoredValue>& value);
     // A REG_DWORD of four bytes; otherwise `absent`.
     std::uint32_t Number(KORA4KeySet keySet, const PropertyKey& key, std::uint32_t absent);
 

@@ -31,10 +31,10 @@ StoreLock::StoreLock(DWORD patience, HANDLE interrupt) : m_mutex(OpenStoreMutex(
                           "Interrupted while waiting for the store: nothing was done.");
         case WAIT_TIMEOUT:
             throw Failure(ExitCode::eTimedOut,
-                          "Another program holds the settings store and does not let go.",
-                          "End the program that hangs, or try again.");
+                          "Another program holds the settings store and does not release it.",
+                          "End the program that hangs, or try again later.");
         default:
-            throw Win32Failure(GetLastError(), "The wait for the store's mutex failed");
+            throw Win32Failure(GetLastError(), "Waiting for the store's mutex failed");
     }
 }
 

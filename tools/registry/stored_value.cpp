@@ -16,16 +16,6 @@ std::u16string CharactersOf(const Bytes& bytes) {
     return text;
 }
 
-int DigitValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 std::string Shortened(std::string text, std::size_t longest) {
     if (text.size() <= longest)
         return text;
@@ -37,16 +27,12 @@ std::string Shortened(std::string text, std::size_t longest) {
 
 // Control characters, which would break the line or act on a terminal, are escaped as in JSON.
 std::u16string WithoutControls(const std::u16string& text) {
-    static constexpr char cDigits[] = "0123456789abcdef";
     std::u16string shown;
     for (const char16_t unit : text) {
-        if (unit >= 0x20 && (unit < 0x7F || unit > 0x9F)) {
+        if (unit >= 0x20 && (unit < 0x7F || unit > 0x9F))
             shown += unit;
-            continue;
-        }
-        shown += u"\\u00";
-        shown += static_cast<char16_t>(cDigits[unit >> 4]);
-        shown += static_cast<char16_t>(cDigits[unit & 0xF]);
+        else
+            shown += u"\\u" + ToUtf16(Hex(unit, 4).substr(2));
     }
     return shown;
 }
@@ -142,11 +128,11 @@ std::optional<Bytes> FromHex(std::string_view digits) {
     Bytes bytes;
     bytes.reserve(digits.size() / 2);
     for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const int high = DigitValue(digits[i]);
-        const int low = DigitValue(digits[i + 1]);
-        if (high < 0 || low < 0)
+        const std::optional<std::uint8_t> byte =
+            ReadNumber<std::uint8_t>(digits.substr(i, 2), 16);
+        if (!byte)
             return {};
-        bytes.push_back(static_cast<std::uint8_t>(high << 4 | low));
+        bytes.push_back(*byte);
     }
     return bytes;
 }

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Between stored bytes and typed values, as the library reads and writes them.
+#include "settings/content.h"
+
 #include <cmath>
 #include <limits>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/patch_records.h"
-#include "settings/schema.h"
 #include "settings/texts.h"
 
 namespace kora4::tools {
@@ -32,43 +33,40 @@ std::optional<Value> DecodeText(Kind kind, const std::u16string& text) {
     }
 }
 
-[[noreturn]] void Refuse(const std::string& reason) {
-    throw Failure(ExitCode::eBadInput, reason);
-}
-
 StoredValue EncodeNumber(Kind kind, const Value& content) {
     if (const bool* const on = std::get_if<bool>(&content); on && kind == Kind::eSwitch)
         return StoredValue::FromDword(*on ? 1 : 0);
     const std::uint32_t number = std::get<std::uint32_t>(content);
     if (kind == Kind::eCurveIndex && number >= eNumberIEQPatches)
-        Refuse("There are " + std::to_string(eNumberIEQPatches) +
-               " curves, counted from 0; no reader takes " + std::to_string(number) + ".");
+        throw BadInput("There are " + std::to_string(eNumberIEQPatches) +
+                       " curves, counted from 0; no reader takes " + std::to_string(number) +
+                       ".");
     return StoredValue::FromDword(number);
 }
 
 StoredValue EncodeText(const std::string& content) {
     const std::u16string text = ToUtf16(content);
     if (text.find(u'\0') != std::u16string::npos)
-        Refuse("A text cannot have a null character in it.");
-    if ((text.size() + 1) * sizeof(char16_t) > cMaxTextBytes)
-        Refuse("The text has " + std::to_string(text.size()) +
-               " characters; no reader takes more than " +
-               std::to_string(cMaxTextBytes / sizeof(char16_t) - 1) + ".");
+        throw BadInput("A text cannot have a null character in it.");
+    if (text.size() > cMaxTextChars)
+        throw BadInput("The text has " + std::to_string(text.size()) +
+                       " characters; no reader takes more than " +
+                       std::to_string(cMaxTextChars) + ".");
     return StoredValue::FromText(text);
 }
 
 StoredValue EncodeFloat(float content) {
     const std::u16string text = FormatFloatText(content);
     if (!ParseFloatText(text))
-        Refuse("Only a number that is neither infinite nor undefined can be stored.");
+        throw BadInput("Only a number that is neither infinite nor undefined can be stored.");
     return StoredValue::FromText(text);
 }
 
 void CheckCount(std::size_t count) {
     if (count > cMaxArrayElements)
-        Refuse("The array has " + std::to_string(count) +
-               " elements; no reader takes more than " + std::to_string(cMaxArrayElements) +
-               ".");
+        throw BadInput("The array has " + std::to_string(count) +
+                       " elements; no reader takes more than " +
+                       std::to_string(cMaxArrayElements) + ".");
 }
 
 // An element has 16 bits; one that does not fit would read back as another number.
@@ -79,11 +77,10 @@ void CheckElements(const std::vector<float>& elements, std::uint32_t scale) {
         const double stored = std::trunc(static_cast<double>(element) * scale);
         if (stored >= lowest && stored <= highest)
             continue;
-        throw Failure(ExitCode::eBadInput,
-                      Decimal(element) +
-                          " cannot be stored in an array: the smallest number is " +
-                          Decimal(static_cast<float>(lowest / scale)) + " and the largest " +
-                          Decimal(static_cast<float>(highest / scale)) + ".");
+        throw BadInput(Decimal(element) +
+                       " cannot be stored in an array: the smallest number is " +
+                       Decimal(static_cast<float>(lowest / scale)) + " and the largest " +
+                       Decimal(static_cast<float>(highest / scale)) + ".");
     }
 }
 

@@ -4,12 +4,11 @@
 
 #include <algorithm>
 
-#include "base/failure.h"
-#include "base/nearest.h"
+#include "base/checked_json.h"
 #include "base/strict_json.h"
-#include "base/text.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
+#include "settings/document_values.h"
 
 namespace kora4::tools {
 namespace {
@@ -17,13 +16,10 @@ namespace {
 constexpr char cGeneral[] = "general";
 constexpr char cProfiles[] = "profiles";
 constexpr char cGlobal[] = "global";
+constexpr char cMadeByDump[] = "Settings documents are made by 'kora4ctl dump'.";
 
 const char* ScopeName(Scope scope) {
     return scope == Scope::eAll ? "all" : "user";
-}
-
-[[noreturn]] void Refuse(const std::string& what, const std::string& next = {}) {
-    throw Failure(ExitCode::eBadInput, what, next);
 }
 
 // ---- What a document covers -----------------------------------------------------------------
@@ -74,79 +70,59 @@ std::string WithoutMark(std::string_view text) {
     return ToUtf8(wide);
 }
 
-const Json& Member(const Json& document, const char* name, const char* meaning) {
-    const auto member = document.find(name);
-    if (member == document.end())
-        Refuse(std::string("The document has no '") + name + "', which " + meaning + ".",
-               "Settings documents are made by 'kora4ctl dump'.");
-    return *member;
+CheckedJson Member(const CheckedJson& document, const char* name, const char* meaning) {
+    if (!document.Has(name))
+        throw document.Bad(
+            std::string("The document has no '") + name + "', which " + meaning + ".",
+            cMadeByDump);
+    return document[name];
 }
 
-Scope ReadHead(const Json& document) {
-    if (!document.is_object())
-        Refuse("The document is JSON, but no object.",
-               "Settings documents are made by 'kora4ctl dump'.");
-    if (Member(document, "format", "says what it is") != cDocumentFormat)
-        Refuse(std::string("format: this is no settings document; one says '") +
-               cDocumentFormat + "'.");
-    const Json& version = Member(document, "version", "says how to read it");
-    if (!version.is_number_integer() || version.get<std::int64_t>() < 1)
-        Refuse("version: it must be a number from 1 on.");
-    if (version.get<std::int64_t>() != cDocumentVersion)
-        Refuse("version " + version.dump() +
-               " is newer than this program knows: " + std::to_string(cDocumentVersion) + ".");
-    const Json& scope = Member(document, "scope", "says what it covers");
+Scope ReadHead(const CheckedJson& document) {
+    if (!document.Raw().is_object())
+        throw document.Bad("The document is JSON, but not an object.", cMadeByDump);
+    const CheckedJson format = Member(document, "format", "says what it is");
+    if (format.Raw() != cDocumentFormat)
+        throw format.Bad(std::string("this is not a settings document, which says '") +
+                         cDocumentFormat + "'.");
+    const CheckedJson version = Member(document, "version", "says how to read it");
+    if (!version.Raw().is_number_integer() || version.Raw().get<std::int64_t>() < 1)
+        throw version.Bad("this must be a number from 1 on.");
+    if (version.Raw() != cDocumentVersion)
+        throw document.Bad(
+            "version " + version.Raw().dump() +
+            " is newer than this program knows: " + std::to_string(cDocumentVersion) + ".");
+    const CheckedJson scope = Member(document, "scope", "says what it covers");
     for (const Scope known : {Scope::eUser, Scope::eAll})
-        if (scope == ScopeName(known))
+        if (scope.Raw() == ScopeName(known))
             return known;
-    Refuse("scope: it must be 'user' or 'all'.");
-}
-
-// Every member is known, or the document is refused with the nearest names.
-void CheckMembers(const Json& object, const std::string& place,
-                  const std::vector<std::string>& known) {
-    if (!object.is_object())
-        Refuse(place + ": it must be an object.");
-    for (const auto& [name, value] : object.items())
-        if (std::find(known.begin(), known.end(), name) == known.end())
-            Refuse((place.empty() ? "" : place + ".") + name + ": this name is not known here.",
-                   Suggestion(name, known));
+    throw scope.Bad("this must be 'user' or 'all'.");
 }
 
 class Reader {
   public:
     Reader(const Json& document, Completeness completeness)
         : m_document(document), m_completeness(completeness) {
-        m_plan.scope = ReadHead(document);
+        m_plan.scope = ReadHead(m_document);
     }
 
     Plan Read() {
-        CheckMembers(m_document, {},
-                     {"format", "version", "scope", cGeneral, cProfiles, cGlobal});
-        ReadSection(cGeneral, Section(m_document, cGeneral), cGeneral, {});
-        const Json& profiles = Section(m_document, cProfiles);
+        m_document.CheckMembers({},
+                                {"format", "version", "scope", cGeneral, cProfiles, cGlobal});
+        ReadSection(cGeneral, m_document.Section(cGeneral), {});
+        const CheckedJson profiles = m_document.Section(cProfiles);
         std::vector<std::string> names;
         for (const std::uint32_t profile : ProfilesOf(m_plan.scope))
             names.push_back(ProfileName(profile));
-        CheckMembers(profiles, cProfiles, names);
-        for (const std::uint32_t profile : ProfilesOf(m_plan.scope)) {
-            const std::string name = ProfileName(profile);
-            ReadSection(cProfiles, Section(profiles, name), std::string(cProfiles) + "." + name,
-                        profile);
-        }
-        ReadSection(cGlobal, Section(m_document, cGlobal), cGlobal, {});
+        profiles.CheckMembers({}, names);
+        for (const std::uint32_t profile : ProfilesOf(m_plan.scope))
+            ReadSection(cProfiles, profiles.Section(ProfileName(profile)), profile);
+        ReadSection(cGlobal, m_document.Section(cGlobal), {});
         return std::move(m_plan);
     }
 
   private:
-    // An absent section is an empty one.
-    static const Json& Section(const Json& parent, const std::string& name) {
-        static const Json cEmpty = Json::object();
-        const auto member = parent.find(name);
-        return member == parent.end() ? cEmpty : *member;
-    }
-
-    void ReadSection(const char* section, const Json& json, const std::string& place,
+    void ReadSection(const char* section, const CheckedJson& json,
                      std::optional<std::uint32_t> profile) {
         std::vector<const Setting*> settings = SettingsOf(section, m_plan.scope);
         if (profile)
@@ -154,35 +130,34 @@ class Reader {
         std::vector<std::string> names;
         for (const Setting* const setting : settings)
             names.push_back(setting->name);
-        CheckScope(section, json, place, names);
-        CheckMembers(json, place, names);
+        CheckScope(section, json, names);
+        json.CheckMembers({}, names);
         for (const Setting* const setting : settings) {
             const SchemaValue value = setting->Stored(profile.value_or(0));
-            const auto member = json.find(setting->name);
-            if (member != json.end())
-                m_plan.values.push_back({value, StoredFromJson(*setting, value, *member,
-                                                               place + "." + setting->name)});
+            if (json.Has(setting->name))
+                m_plan.values.push_back(
+                    {value, StoredFromJson(*setting, value, json[setting->name])});
             else if (m_completeness == Completeness::eExact)
                 m_plan.values.push_back({value, {}});
         }
     }
 
     // A better word for what only documents of scope all may have.
-    void CheckScope(const char* section, const Json& json, const std::string& place,
+    void CheckScope(const char* section, const CheckedJson& json,
                     const std::vector<std::string>& names) const {
-        if (m_plan.scope == Scope::eAll || !json.is_object())
+        if (m_plan.scope == Scope::eAll)
             return;
         for (const Setting* const setting : SettingsOf(section, Scope::eAll)) {
             const bool isCovered =
                 std::find(names.begin(), names.end(), setting->name) != names.end();
-            if (!isCovered && !setting->perProfile && json.contains(setting->name))
-                Refuse(place + "." + setting->name +
-                           ": documents of scope 'user' do not cover this setting.",
-                       "Change the scope to 'all', which then covers all the others, too.");
+            if (!isCovered && !setting->perProfile && json.Has(setting->name))
+                throw json[setting->name].Bad(
+                    "documents of scope 'user' do not cover this setting.",
+                    "Change the scope to 'all', which then covers all the others, too.");
         }
     }
 
-    const Json& m_document;
+    const CheckedJson m_document;
     Completeness m_completeness;
     Plan m_plan;
 };
@@ -253,7 +228,7 @@ std::string Difference::Line() const {
 
 Json Difference::Document() const {
     return {{"name", name},
-            {"profile", profile ? Json(ProfileName(*profile)) : Json(nullptr)},
+            {"profile", OrNull(profile ? ProfileName(*profile) : std::string())},
             {"stored", ToDocument(value, stored)},
             {"wanted", ToDocument(value, wanted)}};
 }

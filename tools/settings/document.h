@@ -58,12 +58,6 @@ enum class Completeness {
 Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact);
 Plan CheckDocument(const Json& document, Completeness completeness = Completeness::eExact);
 
-// One value in the forms above.
-Json StoredToJson(const Setting& setting, const SchemaValue& value, const StoredValue& stored);
-// `place` begins the message of the Failure.
-StoredValue StoredFromJson(const Setting& setting, const SchemaValue& value, const Json& json,
-                           const std::string& place);
-
 // One value that differs from what is wanted.
 struct Difference {
     SchemaValue value;

@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: MIT
-// One value of the settings document.
+// Both directions of one value: from the store to JSON, and from JSON, checked, to the store.
+#include "settings/document_values.h"
+
 #include <cmath>
 #include <limits>
 
-#include "base/failure.h"
-#include "settings/document.h"
+#include "settings/content.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 namespace {
 
 constexpr std::size_t cMaxDataBytes = 1024 * 1024;
-
-[[noreturn]] void Refuse(const std::string& place, const std::string& reason,
-                         const std::string& next = {}) {
-    throw Failure(ExitCode::eBadInput, place + ": " + reason + ".", next);
-}
 
 std::string Shown(const Json& json) {
     std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -22,101 +19,88 @@ std::string Shown(const Json& json) {
     return text.size() > cLongest ? "this value" : text;
 }
 
-[[noreturn]] void RefuseForm(const Setting& setting, const std::string& place,
-                             const Json& json) {
-    Refuse(place, Shown(json) + " is no value for it", "Allowed: " + setting.Allowed() + ".");
+Failure BadForm(const Setting& setting, const CheckedJson& json) {
+    return json.Bad(Shown(json.Raw()) + " is not a value for it.",
+                    "Allowed: " + setting.Allowed() + ".");
 }
 
-std::uint32_t ReadWhole(const Setting& setting, const std::string& place, const Json& json) {
+bool IsWhole(const Json& json) {
     constexpr auto cLargest = std::numeric_limits<std::uint32_t>::max();
-    if (!json.is_number_unsigned() || json.get<std::uint64_t>() > cLargest)
-        RefuseForm(setting, place, json);
-    return json.get<std::uint32_t>();
+    return json.is_number_unsigned() && json.get<std::uint64_t>() <= cLargest;
 }
 
-float ReadFloat(const Setting& setting, const std::string& place, const Json& json) {
-    if (!json.is_number())
-        RefuseForm(setting, place, json);
-    const auto number = json.get<double>();
+float ReadFloat(const Setting& setting, const CheckedJson& json) {
+    if (!json.Raw().is_number())
+        throw BadForm(setting, json);
+    const auto number = static_cast<float>(json.Raw().get<double>());
     // Half a step beyond the largest float rounds down to it.
-    if (!std::isfinite(static_cast<float>(number)))
-        Refuse(place, Shown(json) + " is too large");
-    return static_cast<float>(number);
+    if (!std::isfinite(number))
+        throw json.Bad(Shown(json.Raw()) + " is too large.");
+    return number;
 }
 
-std::uint32_t ReadWord(const Setting& setting, const std::string& place, const Json& json) {
-    const auto text = json.get<std::string>();
-    for (const ValueWord& word : setting.words)
-        if (word.word == text)
-            return word.number;
-    RefuseForm(setting, place, json);
-}
-
-Value ReadArray(const Setting& setting, const std::string& place, const Json& json) {
-    if (!json.is_array())
-        RefuseForm(setting, place, json);
+Value ReadArray(const Setting& setting, const CheckedJson& json) {
+    if (!json.Raw().is_array())
+        throw BadForm(setting, json);
     std::vector<float> numbers;
     std::vector<bool> flags;
-    for (const Json& element : json) {
-        const std::string at =
-            place + "[" + std::to_string(numbers.size() + flags.size()) + "]";
+    for (const CheckedJson& element : json.Elements(0, json.Raw().size())) {
         if (setting.kind == Kind::eNumericArray)
-            numbers.push_back(ReadFloat(setting, at, element));
-        else if (element.is_boolean())
-            flags.push_back(element.get<bool>());
+            numbers.push_back(ReadFloat(setting, element));
+        else if (element.Raw().is_boolean())
+            flags.push_back(element.Switch());
         else
-            RefuseForm(setting, at, element);
+            throw BadForm(setting, element);
     }
     return setting.kind == Kind::eNumericArray ? Value(numbers) : Value(flags);
 }
 
-Value ReadContent(const Setting& setting, const std::string& place, const Json& json) {
-    switch (setting.kind) {
-        case Kind::eSwitch:
-            return json.is_boolean() ? Value(json.get<bool>())
-                                     : Value(ReadWhole(setting, place, json));
-        case Kind::eNumber:
-        case Kind::eCurveIndex:
-            return json.is_string() ? ReadWord(setting, place, json)
-                                    : ReadWhole(setting, place, json);
-        case Kind::eFloat:
-            return ReadFloat(setting, place, json);
-        case Kind::eNumericArray:
-        case Kind::eFlagArray:
-            return ReadArray(setting, place, json);
-        default:
-            break;
-    }
-    if (!json.is_string())
-        RefuseForm(setting, place, json);
-    return json.get<std::string>();
+Value ReadContent(const Setting& setting, const CheckedJson& json) {
+    const Json& raw = json.Raw();
+    const bool isNumber = setting.kind == Kind::eNumber || setting.kind == Kind::eCurveIndex;
+    if (setting.kind == Kind::eFloat)
+        return ReadFloat(setting, json);
+    if (setting.IsArray())
+        return ReadArray(setting, json);
+    if (setting.IsSwitch() && raw.is_boolean())
+        return json.Switch();
+    if ((setting.IsSwitch() || isNumber) && IsWhole(raw))
+        return raw.get<std::uint32_t>();
+    if (isNumber && raw.is_string())
+        for (const ValueWord& word : setting.words)
+            if (raw == word.word)
+                return word.number;
+    if (setting.IsSwitch() || isNumber || !raw.is_string())
+        throw BadForm(setting, json);
+    return json.Text();
 }
 
-StoredValue ReadText(const std::string& place, const Json& json) {
-    if (!json.is_string())
-        Refuse(place, "'text' must be a text");
-    SchemaValue text;
-    text.kind = Kind::eText;
-    return Encode(text, json.get<std::string>());
+// Encode knows the reason and not the place.
+StoredValue Encoded(const SchemaValue& value, const Value& content, const CheckedJson& json) {
+    try {
+        return Encode(value, content);
+    } catch (const Failure& failure) {
+        throw json.Bad(failure.what(), failure.Next());
+    }
 }
 
 // {"text": ...} or {"type": ..., "data": ...}: what is stored, to the byte.
-StoredValue ReadRaw(const std::string& place, const Json& json) {
-    if (json.size() == 1 && json.contains("text"))
-        return ReadText(place, json.at("text"));
-    if (json.size() != 2 || !json.contains("type") || !json.contains("data"))
-        Refuse(place, "an object here has either 'text', or 'type' and 'data'");
-    const Json& type = json.at("type");
-    if (!type.is_number_unsigned() ||
-        type.get<std::uint64_t>() > std::numeric_limits<std::uint32_t>::max())
-        Refuse(place, "'type' must be the number of a registry type");
-    const Json& data = json.at("data");
-    const std::optional<Bytes> bytes =
-        data.is_string() ? FromHex(data.get<std::string>()) : std::nullopt;
+StoredValue ReadRaw(const CheckedJson& json) {
+    if (json.Raw().size() == 1 && json.Has("text")) {
+        SchemaValue text;
+        text.kind = Kind::eText;
+        return Encoded(text, json["text"].Text(), json);
+    }
+    if (json.Raw().size() != 2 || !json.Has("type") || !json.Has("data"))
+        throw json.Bad("an object here has either 'text', or 'type' and 'data'.");
+    const Json& type = json["type"].Raw();
+    if (!IsWhole(type))
+        throw json.Bad("'type' must be the number of a registry type.");
+    const std::optional<Bytes> bytes = FromHex(json["data"].Text());
     if (!bytes)
-        Refuse(place, "'data' must be an even number of hexadecimal digits");
+        throw json.Bad("'data' must be an even number of hexadecimal digits.");
     if (bytes->size() > cMaxDataBytes)
-        Refuse(place, "'data' is too large for a value of the registry");
+        throw json.Bad("'data' is too large for a value of the registry.");
     return {type.get<std::uint32_t>(), *bytes};
 }
 
@@ -124,7 +108,7 @@ StoredValue ReadRaw(const std::string& place, const Json& json) {
 bool IsExact(const Setting& setting, const SchemaValue& value, const Json& json,
              const StoredValue& stored) {
     try {
-        return StoredFromJson(setting, value, json, {}) == stored;
+        return StoredFromJson(setting, value, CheckedJson(json)) == stored;
     } catch (const Failure&) {
         return false;
     }
@@ -151,18 +135,10 @@ Json StoredToJson(const Setting& setting, const SchemaValue& value, const Stored
     return {{"type", stored.type}, {"data", ToHex(stored.bytes)}};
 }
 
-StoredValue StoredFromJson(const Setting& setting, const SchemaValue& value, const Json& json,
-                           const std::string& place) {
-    try {
-        return json.is_object() ? ReadRaw(place, json)
-                                : Encode(value, ReadContent(setting, place, json));
-    } catch (const Failure& failure) {
-        // Encode knows the reason and not the place.
-        const std::string reason = failure.what();
-        if (reason.starts_with(place + ":") || reason.starts_with(place + "["))
-            throw;
-        throw Failure(failure.Code(), place + ": " + reason, failure.Next());
-    }
+StoredValue StoredFromJson(const Setting& setting, const SchemaValue& value,
+                           const CheckedJson& json) {
+    return json.Raw().is_object() ? ReadRaw(json)
+                                  : Encoded(value, ReadContent(setting, json), json);
 }
 
 }  // namespace kora4::tools

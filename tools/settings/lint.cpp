@@ -10,6 +10,8 @@
 #include "contract/patch_records.h"
 #include "contract/profiles.h"
 #include "contract/vis_layout.h"
+#include "settings/content.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 namespace {
@@ -20,7 +22,7 @@ struct Problem {
     std::string text;
     // By default the value is deleted, and the built-in default is in force.
     std::optional<StoredValue> repaired;
-    bool isMended = true;
+    bool isRepaired = true;
 };
 
 using Verdict = std::optional<Problem>;
@@ -65,11 +67,11 @@ std::string WhyUnreadable(const SchemaValue& value, const StoredValue& stored) {
                " bytes is too long; readers take " + std::to_string(cMaxTextBytes);
     switch (value.kind) {
         case Kind::eFloat:
-            return "the text is no number";
+            return "the text is not a number";
         case Kind::eNumericArray:
-            return "the text is no array of numbers";
+            return "the text is not an array of numbers";
         default:
-            return "the text is no array of flags";
+            return "the text is not an array of flags";
     }
 }
 
@@ -78,20 +80,18 @@ Verdict CheckProfile(const SchemaValue& value, std::uint32_t profile) {
     const bool isRight = isSaved ? IsSelectableProfile(profile) : IsAllowableProfile(profile);
     if (isRight)
         return {};
-    return Warning(isSaved ? "no profile to come back to has this number; leaving the demo "
-                             "goes to movie"
+    return Warning(isSaved ? "no profile has this number; leaving the demo activates movie"
                            : "no profile has this number");
 }
 
 Verdict CheckMask(std::uint32_t mask) {
     if ((mask & ~cEngineTechnologies) == 0)
         return {};
-    Problem problem{Severity::eNote,
-                    "bits above " + std::to_string(std::bit_width(cEngineTechnologies) - 1) +
-                        " stand for nothing: " + Hex(mask),
-                    {},
-                    false};
-    return problem;
+    return Problem{Severity::eNote,
+                   "bits above " + std::to_string(std::bit_width(cEngineTechnologies) - 1) +
+                       " have no meaning: " + Hex(mask),
+                   {},
+                   false};
 }
 
 Verdict CheckLevels(const Bytes& blob) {
@@ -102,8 +102,8 @@ Verdict CheckLevels(const Bytes& blob) {
     const std::uint32_t records = vis::CountAPOs(blob.data(), blob.size());
     if (records == stated)
         return {};
-    return Warning("the levels say that there are " + std::to_string(stated) +
-                   " records, and hold " + std::to_string(records));
+    return Warning("the levels state " + std::to_string(stated) + " records but hold " +
+                   std::to_string(records));
 }
 
 Verdict CheckContent(const SchemaValue& value, const Value& content) {
@@ -151,10 +151,10 @@ Verdict Check(const SchemaValue& value, const StoredValue& stored) {
 }
 
 std::string RepairOf(const SchemaValue& value, const Problem& problem) {
-    if (!problem.isMended)
+    if (!problem.isRepaired)
         return {};
     if (problem.repaired)
-        return "stored properly, with the content that readers see now";
+        return "stored properly, with the content that readers see";
     const std::optional<StoredValue> builtIn = value.Default();
     return builtIn ? "deleted, so that the default is in force: " + Describe(*builtIn)
                    : "deleted";
@@ -170,7 +170,7 @@ Finding FindingOf(const SchemaValue& value, const StoredValue& stored, Problem p
     finding.stored = Describe(stored);
     finding.problem = problem.text;
     finding.repair = RepairOf(value, problem);
-    if (problem.isMended)
+    if (problem.isRepaired)
         finding.fix = PlannedValue{value, problem.repaired};
     return finding;
 }
@@ -183,7 +183,7 @@ void AddUnknown(std::vector<Finding>& findings, StoreAccess& store, KORA4KeySet 
         Finding finding;
         finding.keySet = keySet;
         finding.valueName = name;
-        finding.problem = "no value of this name is known here";
+        finding.problem = "no value of this name is known";
         if (key)
             if (const std::optional<StoredValue> stored = store.Read(keySet, *key))
                 finding.stored = Describe(*stored);
@@ -208,17 +208,14 @@ std::string Finding::Line() const {
 }
 
 Json Finding::Document() const {
-    const auto orNull = [](const std::string& text) {
-        return text.empty() ? Json() : Json(text);
-    };
     return {{"severity", SeverityName(severity)},
-            {"name", orNull(name)},
-            {"profile", profile ? Json(ProfileName(*profile)) : Json(nullptr)},
+            {"name", OrNull(name)},
+            {"profile", OrNull(profile ? ProfileName(*profile) : std::string())},
             {"keys", KeySetName(keySet)},
             {"value", valueName},
-            {"stored", orNull(stored)},
+            {"stored", OrNull(stored)},
             {"problem", problem},
-            {"repair", orNull(repair)}};
+            {"repair", OrNull(repair)}};
 }
 
 std::vector<Finding> Lint(StoreAccess& store) {

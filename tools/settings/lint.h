@@ -15,7 +15,7 @@ namespace kora4::tools {
 
 // How bad a finding is.
 enum class Severity {
-    eNote,     // worth knowing; nothing to mend
+    eNote,     // worth knowing; nothing to repair
     eWarning,  // read as it is, but nothing that the API would have set
     eError,    // not readable: the default is in force
 };

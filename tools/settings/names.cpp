@@ -2,8 +2,6 @@
 // The tables of words for profiles, technologies and curves, and their look-up.
 #include "settings/names.h"
 
-#include <charconv>
-
 #include "base/failure.h"
 #include "base/nearest.h"
 #include "base/text.h"
@@ -11,25 +9,6 @@
 #include "contract/technologies.h"
 
 namespace kora4::tools {
-namespace {
-
-constexpr Technology Preset(KORA4PresetTechnology number) {
-    return {Family::ePreset, number};
-}
-constexpr Technology Global(KORA4GlobalTechnology number) {
-    return {Family::eGlobal, number};
-}
-
-std::optional<std::uint32_t> ReadNumber(std::string_view word) {
-    std::uint32_t number = 0;
-    const char* const end = word.data() + word.size();
-    const auto result = std::from_chars(word.data(), end, number);
-    if (word.empty() || result.ec != std::errc{} || result.ptr != end)
-        return {};
-    return number;
-}
-
-}  // namespace
 
 const std::vector<ProfileWord>& Profiles() {
     static const std::vector<ProfileWord> profiles = {
@@ -52,7 +31,7 @@ std::string ProfileName(std::uint32_t profile) {
 
 std::optional<std::uint32_t> FindProfile(std::string_view word) {
     const std::string lower = Lower(word);
-    const std::optional<std::uint32_t> number = ReadNumber(word);
+    const std::optional<std::uint32_t> number = ReadNumber<std::uint32_t>(word);
     for (const ProfileWord& known : Profiles())
         if (lower == known.word || number == known.number)
             return known.number;
@@ -64,6 +43,10 @@ std::uint32_t ParseProfile(std::string_view word) {
         return *profile;
     throw Failure(ExitCode::eBadInput, "There is no profile '" + std::string(word) + "'.",
                   Suggestion(word, ProfileNames()));
+}
+
+std::string CustomProfiles() {
+    return ProfileName(cFirstCustomProfile) + " to " + ProfileName(cSelectableProfileBound - 1);
 }
 
 std::vector<std::string> ProfileNames() {
@@ -99,21 +82,11 @@ const TechnologyWord& WordOf(Technology technology) {
 
 const TechnologyWord* FindTechnology(std::string_view word) {
     const std::string lower = Lower(word);
-    const std::optional<std::uint32_t> number = ReadNumber(word);
+    const std::optional<std::uint32_t> number = ReadNumber<std::uint32_t>(word);
     for (const TechnologyWord& known : AllTechnologies())
         if (lower == known.word || (number && number == known.apiNumber))
             return &known;
     return nullptr;
-}
-
-const TechnologyWord& ParseTechnology(std::string_view word) {
-    if (const TechnologyWord* const known = FindTechnology(word))
-        return *known;
-    std::vector<std::string> names;
-    for (const TechnologyWord& known : AllTechnologies())
-        names.emplace_back(known.word);
-    throw Failure(ExitCode::eBadInput, "There is no technology '" + std::string(word) + "'.",
-                  Suggestion(word, names));
 }
 
 const std::vector<std::string>& CurveNames() {

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "contract/technologies.h"
+
 namespace kora4::tools {
 
 // ---- Profiles: movie music games p1 ... p6 demo-movie demo-music demo-games ----------------
@@ -32,6 +34,8 @@ std::optional<std::uint32_t> FindProfile(std::string_view word);
 
 // The words of all twelve, for messages and completion.
 std::vector<std::string> ProfileNames();
+// "p1 to p6"
+std::string CustomProfiles();
 
 // ---- Technologies -----------------------------------------------------------------------
 
@@ -45,6 +49,13 @@ struct Technology {
 
     friend bool operator==(const Technology&, const Technology&) = default;
 };
+
+constexpr Technology Preset(KORA4PresetTechnology number) {
+    return {Family::ePreset, number};
+}
+constexpr Technology Global(KORA4GlobalTechnology number) {
+    return {Family::eGlobal, number};
+}
 
 // A technology as users write it, and as sentences name it.
 struct TechnologyWord {
@@ -62,8 +73,6 @@ const TechnologyWord& WordOf(Technology technology);
 
 // By word in any case or by number of the API; null when there is none.
 const TechnologyWord* FindTechnology(std::string_view word);
-// A word or a number of the API (0 to 5). Failure with eBadInput.
-const TechnologyWord& ParseTechnology(std::string_view word);
 
 // "Open" of the intelligent EQ's curves: balanced open focused bright rich warm.
 const std::vector<std::string>& CurveNames();

@@ -2,6 +2,7 @@
 // Builds the list of all values of the store from the contract's tables.
 #include "settings/schema.h"
 
+#include <algorithm>
 #include <map>
 #include <span>
 #include <tuple>
@@ -73,11 +74,6 @@ bool FlagDefault(Technology technology, std::uint32_t profile) {
 
 // ---- The walk ---------------------------------------------------------------------------
 
-// How many values a field takes: the selected curve is built in, only its index is stored.
-unsigned StoredArrays(const KORA4FieldDef& field) {
-    return field.typeCode == cSelectedArrayField ? 0 : field.m_numArrays;
-}
-
 Role RoleOf(const GeneralSetting& setting) {
     if (setting.key.fmtid == pkey::cMasterEnablesGuid)
         return Role::eEngineMask;
@@ -94,7 +90,7 @@ Role RoleOf(const GeneralSetting& setting) {
         case pkey::cTraceFlagsPid:
             return Role::eTraceWord;
         default:
-            return setting.keySet == eKeySetApp ? Role::eCommand : Role::eSetting;
+            return Role::eSetting;
     }
 }
 
@@ -124,7 +120,6 @@ SchemaValue FromField(Technology technology, std::uint32_t profile, const KORA4F
     value.kind = static_cast<Kind>(field.typeCode);
     value.role = Role::eField;
     value.array = array;
-    value.arrays = StoredArrays(field);
     value.scale = field.scale;
     value.field = &field;
     return value;
@@ -132,7 +127,7 @@ SchemaValue FromField(Technology technology, std::uint32_t profile, const KORA4F
 
 void AddTechnology(std::vector<SchemaValue>& values, Technology technology,
                    std::uint32_t profile) {
-    values.push_back(FlagValue(technology, profile));
+    values.push_back(SwitchValue(technology, profile));
     for (SchemaValue& value : FieldValues(technology, profile))
         values.push_back(std::move(value));
 }
@@ -185,6 +180,12 @@ std::optional<PropertyKey> SchemaValue::Announcement() const {
     return {};
 }
 
+void AddAnnouncement(std::vector<PropertyKey>& counters, const SchemaValue& value) {
+    const std::optional<PropertyKey> counter = value.Announcement();
+    if (counter && std::find(counters.begin(), counters.end(), *counter) == counters.end())
+        counters.push_back(*counter);
+}
+
 const std::vector<SchemaValue>& Schema() {
     static const std::vector<SchemaValue> schema = Walk();
     return schema;
@@ -219,23 +220,20 @@ SchemaValue EngineMaskValue() {
         PropertyKey{pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid}));
 }
 
-SchemaValue FlagValue(Technology technology, std::uint32_t profile) {
+SchemaValue SwitchValue(Technology technology, std::uint32_t profile) {
     SchemaValue value = OfTechnology(technology, profile);
     value.keySet = eKeySetDynamic;
     value.key = PatchKey(technology, profile, pkey::cSwitchPid);
     value.kind = Kind::eSwitch;
-    value.role = Role::eFlag;
+    value.role = Role::eSwitch;
     value.defaultNumber = FlagDefault(technology, profile);
     return value;
 }
 
 SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32_t pid) {
-    for (const KORA4FieldDef& field : FieldsOf(technology)) {
-        const unsigned arrays = StoredArrays(field);
-        const unsigned array = pid - field.pid;
-        if (pid >= field.pid && array < (arrays == 0 ? 1 : arrays))
-            return FromField(technology, profile, field, array);
-    }
+    for (const SchemaValue& value : FieldValues(technology, profile))
+        if (value.key.pid == pid)
+            return value;
     throw Failure(ExitCode::eFailed, "A " + std::string(WordOf(technology).title) +
                                          " has no field of property id " + std::to_string(pid) +
                                          ".");
@@ -244,8 +242,9 @@ SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32
 std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profile) {
     std::vector<SchemaValue> values;
     for (const KORA4FieldDef& field : FieldsOf(technology)) {
-        const unsigned arrays = StoredArrays(field);
-        for (unsigned array = 0; array < (arrays == 0 ? 1 : arrays); ++array)
+        // A scalar is one value, and so is a selected curve: only its index is stored.
+        const unsigned count = std::max<unsigned>(1, field.m_numArrays);
+        for (unsigned array = 0; array < count; ++array)
             values.push_back(FromField(technology, profile, field, array));
     }
     return values;

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "contract/value_kind.h"
@@ -27,15 +26,14 @@ using Kind = ValueKind;
 enum class Role {
     eSetting,  // a setting that belongs to no technology: master enable, sampling period...
     eActiveProfile,
-    eFlag,   // a technology is on
-    eField,  // a value of a technology
-    eName,   // of a custom profile
+    eSwitch,  // a technology is on
+    eField,   // a value of a technology
+    eName,    // of a custom profile
     eTrigger,
     eTableCounter,
     eSavedDemoState,
     eVisualization,
     eEngineMask,
-    eCommand,  // of a companion application
     eTraceWord,
 };
 
@@ -49,9 +47,7 @@ struct SchemaValue {
     std::optional<std::uint32_t> profile;
     // Fields, switches and triggers.
     Technology technology;
-    // Which array of a field with several, from 0 on; how many there are (0: no array).
-    unsigned array = 0;
-    unsigned arrays = 0;
+    unsigned array = 0;       // which one of a field with several, from 0 on
     std::uint16_t scale = 0;  // of a numeric array: what is written
     // Fields: the row of the field table. Others: none.
     const KORA4FieldDef* field = nullptr;
@@ -71,6 +67,9 @@ struct SchemaValue {
     std::string Name() const { return ValueName(key); }
 };
 
+// Adds the counter that announces a change of the value, each once.
+void AddAnnouncement(std::vector<PropertyKey>& counters, const SchemaValue& value);
+
 // Every value: settings, engine mask, commands, trace word, names of the custom profiles,
 // global technologies with their triggers, preset technologies of the twelve profiles with
 // their triggers.
@@ -82,7 +81,7 @@ const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key);
 // One value without the walk: a setting of the settings family, the switch (pid 0) or a field
 // of a technology. `profile` is not looked at for global technologies.
 SchemaValue SettingValue(std::uint32_t pid);
-SchemaValue FlagValue(Technology technology, std::uint32_t profile);
+SchemaValue SwitchValue(Technology technology, std::uint32_t profile);
 SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32_t pid);
 // All fields of a technology, each array for itself.
 std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profile);
@@ -95,22 +94,6 @@ SchemaValue EngineMaskValue();
 
 // The trigger word of a technology.
 SchemaValue TriggerValue(Technology technology);
-
-// ---- What a value says ------------------------------------------------------------------
-
-// The content of a value: the alternative follows from the kind.
-using Value = std::variant<bool, std::uint32_t, float, std::string, std::vector<float>,
-                           std::vector<bool>, Bytes>;
-
-// As the library reads it; none when it counts as absent: another type, malformed, a curve
-// that there is not.
-std::optional<Value> Decode(const SchemaValue& value, const StoredValue& stored);
-// What is in force: the stored value, or the default; none when there is neither.
-std::optional<Value> Effective(const SchemaValue& value, StoreAccess& store);
-// As the library writes it. `content` is of the alternative that the kind decodes to, or
-// a number for a switch. Failure with eBadInput for what cannot be stored so that it reads
-// back (too many elements, a text too long).
-StoredValue Encode(const SchemaValue& value, const Value& content);
 
 }  // namespace kora4::tools
 

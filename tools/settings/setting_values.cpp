@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The values of settings as people and programs write them.
+// The parsing and the printing of values by their kinds, and the ranges that they must keep to.
+#include "settings/setting_values.h"
+
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <limits>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/patch_records.h"
-#include "settings/settings_table.h"
 
 namespace kora4::tools {
 namespace {
@@ -22,7 +22,7 @@ std::string NumberText(double number) {
 [[noreturn]] void Refuse(const Setting& setting, std::string_view text,
                          const std::string& reason = {}) {
     throw Failure(ExitCode::eBadInput,
-                  "'" + std::string(text) + "' is no value for '" + setting.name + "'" +
+                  "'" + std::string(text) + "' is not a value for '" + setting.name + "'" +
                       (reason.empty() ? "." : ": " + reason + "."),
                   "Allowed: " + setting.Allowed() + ".");
 }
@@ -35,20 +35,11 @@ std::string_view Trimmed(std::string_view text) {
 }
 
 // A decimal number that takes all of the text, or a hexadecimal one where `isWhole`.
-std::optional<double> ReadNumber(std::string_view text, bool isWhole) {
-    const bool isHex = isWhole && (text.starts_with("0x") || text.starts_with("0X"));
-    const char* const end = text.data() + text.size();
-    if (isHex) {
-        std::uint32_t number = 0;
-        const auto result = std::from_chars(text.data() + 2, end, number, 16);
-        const bool isRead = result.ec == std::errc{} && result.ptr == end && text.size() > 2;
-        return isRead ? std::optional<double>(number) : std::nullopt;
-    }
-    double number = 0;
-    const auto result = std::from_chars(text.data(), end, number);
-    if (text.empty() || result.ec != std::errc{} || result.ptr != end || !std::isfinite(number))
-        return {};
-    return number;
+std::optional<double> NumberIn(std::string_view text, bool isWhole) {
+    if (isWhole && (text.starts_with("0x") || text.starts_with("0X")))
+        return ReadNumber<std::uint32_t>(text.substr(2), 16);
+    const std::optional<double> number = ReadNumber<double>(text);
+    return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
 bool IsWhole(Kind kind) {
@@ -85,18 +76,18 @@ Value ParseRelative(const Setting& setting, std::string_view text,
     const bool isPercent = amount.ends_with('%');
     if (isPercent)
         amount = Trimmed(amount.substr(0, amount.size() - 1));
-    std::optional<double> step = ReadNumber(amount, IsWhole(setting.kind));
+    std::optional<double> step = NumberIn(amount, IsWhole(setting.kind));
     if (!step || *step < 0)
         Refuse(setting, text);
     if (isPercent && !setting.highest)
-        Refuse(setting, text, "per cent are of the range, and it has none");
+        Refuse(setting, text, "a percentage is of the range, and it has none");
     if (isPercent)
         *step *= (*setting.highest - *setting.lowest) / 100;
     if (isPercent && IsWhole(setting.kind) && *step > 0)
         *step = std::max(1.0, std::round(*step));
     const std::optional<double> start = current ? NumberOf(*current) : std::nullopt;
     if (!start)
-        Refuse(setting, text, "there is no present value to start from");
+        Refuse(setting, text, "there is no current value to start from");
     const double wanted = *start + (isMinus ? -*step : *step);
     return FromNumber(setting,
                       std::clamp(wanted, setting.lowest.value_or(0),
@@ -135,9 +126,9 @@ Value ParseArray(const Setting& setting, std::string_view text) {
             flags.push_back(ParseSwitch(setting, element));
             continue;
         }
-        const std::optional<double> number = ReadNumber(element, false);
+        const std::optional<double> number = NumberIn(element, false);
         if (!number)
-            Refuse(setting, text, "'" + std::string(element) + "' is no number");
+            Refuse(setting, text, "'" + std::string(element) + "' is not a number");
         numbers.push_back(static_cast<float>(*number));
     }
     return setting.kind == Kind::eFlagArray ? Value(flags) : Value(numbers);
@@ -155,7 +146,7 @@ Value ParseNumber(const Setting& setting, std::string_view text,
         return ParseRelative(setting, text, current);
     if (text.starts_with('+'))
         text.remove_prefix(1);
-    const std::optional<double> number = ReadNumber(text, IsWhole(setting.kind));
+    const std::optional<double> number = NumberIn(text, IsWhole(setting.kind));
     if (!number)
         Refuse(setting, text);
     return FromNumber(setting, *number, text);
@@ -177,12 +168,63 @@ std::string OutOfRange(const Setting& setting, const Value& value) {
     return {};
 }
 
+const ValueWord* WordFor(const Setting& setting, std::uint32_t number) {
+    for (const ValueWord& word : setting.words)
+        if (word.number == number)
+            return &word;
+    return nullptr;
+}
+
+struct TextMaker {
+    const Setting& setting;
+    std::string unit;
+
+    std::string operator()(bool isOn) const { return isOn ? "on" : "off"; }
+    std::string operator()(std::uint32_t number) const {
+        if (const ValueWord* const word = WordFor(setting, number))
+            return word->word;
+        const bool isMask =
+            setting.role == Role::eEngineMask || setting.role == Role::eTraceWord;
+        return isMask ? Hex(number) : std::to_string(number) + unit;
+    }
+    std::string operator()(float number) const { return Decimal(number) + unit; }
+    std::string operator()(const std::string& text) const { return text; }
+    std::string operator()(const Bytes& bytes) const { return ToHex(bytes); }
+    template <typename Element>
+    std::string operator()(const std::vector<Element>& elements) const {
+        std::vector<std::string> texts;
+        for (const Element element : elements)
+            texts.push_back(TextMaker{setting, {}}(element));
+        return Join(texts, " ") + unit;
+    }
+};
+
+struct JsonMaker {
+    const Setting& setting;
+
+    Json operator()(bool isOn) const { return isOn; }
+    Json operator()(std::uint32_t number) const {
+        const ValueWord* const word = WordFor(setting, number);
+        return word ? Json(word->word) : Json(number);
+    }
+    // By way of the shortest text: a float as such would print digits that nobody typed.
+    Json operator()(float number) const { return std::stod(Decimal(number)); }
+    Json operator()(const std::string& text) const { return text; }
+    Json operator()(const Bytes& bytes) const { return ToHex(bytes); }
+    template <typename Element>
+    Json operator()(const std::vector<Element>& elements) const {
+        Json array = Json::array();
+        for (const Element element : elements)
+            array.push_back((*this)(element));
+        return array;
+    }
+};
+
 }  // namespace
 
 std::string Setting::Allowed() const {
     const std::string most = "up to " + std::to_string(cMaxArrayElements);
-    const std::string range =
-        highest ? NumberText(*lowest) + " to " + NumberText(*highest) : std::string();
+    const std::string range = highest ? Range(*lowest, *highest) : std::string();
     switch (kind) {
         case Kind::eSwitch:
             return "on or off";
@@ -202,8 +244,7 @@ std::string Setting::Allowed() const {
         return Join(CompletionWords(*this), ", ") + ", or " + range;
     if (!range.empty())
         return range + (unit.empty() ? "" : " " + unit);
-    return (IsWhole(kind) ? "a whole number from 0 to " +
-                                std::to_string(std::numeric_limits<std::uint32_t>::max())
+    return (IsWhole(kind) ? "a whole number from " + Range(0, cLargestNumber)
                           : std::string("any number")) +
            (unit.empty() ? std::string() : ", " + unit);
 }
@@ -242,58 +283,11 @@ void CheckRange(const Setting& setting, const Value& value) {
 
 std::string FormatValue(const Setting& setting, const Value& value, bool withUnit) {
     const std::string unit = withUnit && !setting.unit.empty() ? " " + setting.unit : "";
-    if (const auto* const on = std::get_if<bool>(&value))
-        return *on ? "on" : "off";
-    if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
-        for (const ValueWord& word : setting.words)
-            if (word.number == *number)
-                return word.word;
-        const bool isMask =
-            setting.role == Role::eEngineMask || setting.role == Role::eTraceWord;
-        return isMask ? Hex(*number) : std::to_string(*number) + unit;
-    }
-    if (const auto* const number = std::get_if<float>(&value))
-        return Decimal(*number) + unit;
-    if (const auto* const text = std::get_if<std::string>(&value))
-        return *text;
-    if (const auto* const bytes = std::get_if<Bytes>(&value))
-        return ToHex(*bytes);
-    std::vector<std::string> elements;
-    if (const auto* const numbers = std::get_if<std::vector<float>>(&value))
-        for (const float number : *numbers)
-            elements.push_back(Decimal(number));
-    if (const auto* const flags = std::get_if<std::vector<bool>>(&value))
-        for (const bool flag : *flags)
-            elements.emplace_back(flag ? "on" : "off");
-    return Join(elements, " ") + unit;
+    return std::visit(TextMaker{setting, unit}, value);
 }
 
 Json ToJson(const Setting& setting, const Value& value) {
-    if (const auto* const on = std::get_if<bool>(&value))
-        return *on;
-    if (const auto* const number = std::get_if<std::uint32_t>(&value)) {
-        for (const ValueWord& word : setting.words)
-            if (word.number == *number)
-                return word.word;
-        return *number;
-    }
-    // Through the shortest text: converting the float directly would show digits that nobody
-    // typed.
-    const auto shortest = [](float number) { return std::stod(Decimal(number)); };
-    if (const auto* const number = std::get_if<float>(&value))
-        return shortest(*number);
-    if (const auto* const text = std::get_if<std::string>(&value))
-        return *text;
-    if (const auto* const bytes = std::get_if<Bytes>(&value))
-        return ToHex(*bytes);
-    Json elements = Json::array();
-    if (const auto* const numbers = std::get_if<std::vector<float>>(&value))
-        for (const float number : *numbers)
-            elements.push_back(shortest(number));
-    if (const auto* const flags = std::get_if<std::vector<bool>>(&value))
-        for (const bool flag : *flags)
-            elements.push_back(flag);
-    return elements;
+    return std::visit(JsonMaker{setting}, value);
 }
 
 }  // namespace kora4::tools

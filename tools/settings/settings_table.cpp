@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "base/nearest.h"
 #include "base/text.h"
+#include "contract/field_def.h"
 #include "contract/field_ids.h"
 #include "contract/general_settings.h"
 #include "contract/patch_limits.h"
@@ -18,20 +19,63 @@ namespace {
 
 // ---- What the tables of the store do not say ----------------------------------------------
 
-struct ApiMethods {
-    const char* name;
+struct MethodNames {
+    ApiMethods methods;
     const char* reader;
     const char* writer;
 };
 
-constexpr ApiMethods cGeneralMethods[] = {
-    {"enable", "GetVeltoEnable", "SetVeltoEnable"},
-    {"profile", "GetActiveProfile", "SetActiveProfile"},
-    {"sampling-period", "GetVisualizationSamplingPeriod", "SetVisualizationSamplingPeriod"},
-    {"engine-mask", "GetTechnologyMasterEnables", ""},
-    {"profile-editor-command", "GetVeltoProfileEditorCommand", ""},
-    {"profile-selector-command", "GetVeltoProfileSelectorCommand", ""},
-    {"demo-app-command", "GetVeltoDemoAppCommand", ""},
+constexpr MethodNames cMethodNames[] = {
+    {ApiMethods::eNone, "", ""},
+    {ApiMethods::eActiveProfile, "GetActiveProfile", "SetActiveProfile"},
+    {ApiMethods::eEnable, "GetVeltoEnable", "SetVeltoEnable"},
+    {ApiMethods::eSamplingPeriod, "GetVisualizationSamplingPeriod",
+     "SetVisualizationSamplingPeriod"},
+    {ApiMethods::eEngineMask, "GetTechnologyMasterEnables", ""},
+    {ApiMethods::eEditorCommand, "GetVeltoProfileEditorCommand", ""},
+    {ApiMethods::eSelectorCommand, "GetVeltoProfileSelectorCommand", ""},
+    {ApiMethods::eDemoCommand, "GetVeltoDemoAppCommand", ""},
+    {ApiMethods::eVersion, "GetVeltoKORA4Version", ""},
+    {ApiMethods::eProfileName, "GetProfileTable", "SetCustomProfileName"},
+    {ApiMethods::eSwitch, "GetTechnologyOnElseOff", "SetTechnologyOnElseOff"},
+    {ApiMethods::ePatchValue, "GetSimplePatchValue", "SetSimplePatchValue"},
+    {ApiMethods::eFrequencies, "GetGraphicEQData", "SetGraphicEQData"},
+    {ApiMethods::eGains, "GetGraphicEQData", "SetGraphicEQData"},
+    {ApiMethods::eBands, "GetGraphicEQData", ""},
+};
+
+constexpr const MethodNames& NamesOf(ApiMethods methods) {
+    return cMethodNames[static_cast<std::size_t>(methods)];
+}
+
+constexpr bool AreMethodsInOrder() {
+    for (const MethodNames& names : cMethodNames)
+        if (&NamesOf(names.methods) != &names)
+            return false;
+    return true;
+}
+static_assert(AreMethodsInOrder());
+
+void SetMethods(Setting& setting, ApiMethods methods) {
+    setting.methods = methods;
+    setting.access = methods == ApiMethods::eNone    ? Access::eStoreOnly
+                     : *NamesOf(methods).writer == 0 ? Access::eReadOnly
+                                                     : Access::eReadWrite;
+}
+
+struct GeneralMethods {
+    const char* name;
+    ApiMethods methods;
+};
+
+constexpr GeneralMethods cGeneralMethods[] = {
+    {"enable", ApiMethods::eEnable},
+    {"profile", ApiMethods::eActiveProfile},
+    {"sampling-period", ApiMethods::eSamplingPeriod},
+    {"engine-mask", ApiMethods::eEngineMask},
+    {"profile-editor-command", ApiMethods::eEditorCommand},
+    {"profile-selector-command", ApiMethods::eSelectorCommand},
+    {"demo-app-command", ApiMethods::eDemoCommand},
 };
 
 // A field that has a name of its own; the others are called by their property ids.
@@ -43,24 +87,18 @@ struct FieldName {
     const char* unit;
     std::optional<double> lowest;
     std::optional<double> highest;
-    const char* reader;
-    const char* writer;
+    ApiMethods methods;
 };
-
-constexpr char cGetSimple[] = "GetSimplePatchValue";
-constexpr char cSetSimple[] = "SetSimplePatchValue";
-constexpr char cGetGraphic[] = "GetGraphicEQData";
-constexpr char cSetGraphic[] = "SetGraphicEQData";
 
 // The one value of a technology of the API.
 constexpr FieldName Simple(const char* technology, std::uint32_t pid, const char* summary,
                            double lowest, double highest) {
-    return {technology, pid, "", summary, "", lowest, highest, cGetSimple, cSetSimple};
+    return {technology, pid, "", summary, "", lowest, highest, ApiMethods::ePatchValue};
 }
 
 constexpr FieldName StoreOnly(const char* technology, std::uint32_t pid, const char* suffix,
                               const char* summary, const char* unit = "") {
-    return {technology, pid, suffix, summary, unit, {}, {}, "", ""};
+    return {technology, pid, suffix, summary, unit, {}, {}, ApiMethods::eNone};
 }
 
 constexpr FieldName cFieldNames[] = {
@@ -68,9 +106,9 @@ constexpr FieldName cFieldNames[] = {
            cVeltoVolumeLevelerAmountMax),
     {"graphic-eq", pkey::cStandardEQFreqPid, ".frequencies",
      "frequencies of the graphic equalizer's bands", "Hz", std::nullopt, std::nullopt,
-     cGetGraphic, cSetGraphic},
+     ApiMethods::eFrequencies},
     {"graphic-eq", pkey::cStandardEQGainPid, ".gains", "gains of the graphic equalizer's bands",
-     "dB", cGraphicEQGainMin, cGraphicEQGainMax, cGetGraphic, cSetGraphic},
+     "dB", cGraphicEQGainMin, cGraphicEQGainMax, ApiMethods::eGains},
     Simple("intelligent-eq", pkey::cDynamicEQCurvePid, "curve of the intelligent equalizer", 0,
            eNumberIEQPatches - 1),
     StoreOnly("intelligent-eq", pkey::cDynamicEQLevelPid, ".level",
@@ -122,28 +160,26 @@ constexpr Alias cAliases[] = {
 
 // ---- The rows ---------------------------------------------------------------------------
 
-void SetWords(Setting& setting, const std::vector<std::string>& words) {
-    for (std::uint32_t i = 0; i < words.size(); ++i)
-        setting.words.push_back({words[i], i});
+// Whatever the profile of the value is.
+Setting RowOf(const SchemaValue& value) {
+    Setting setting;
+    setting.kind = value.kind;
+    setting.role = value.role;
+    setting.pid = value.key.pid;
+    setting.technology = value.technology;
+    setting.perProfile = value.profile.has_value();
+    return setting;
 }
 
 Setting GeneralRow(const contract::GeneralSetting& general) {
-    const SchemaValue value = general.key.fmtid == pkey::cMasterEnablesGuid
-                                  ? EngineMaskValue()
-                                  : SettingValue(general.key.pid);
-    Setting setting;
+    Setting setting =
+        RowOf(general.key.fmtid == pkey::cMasterEnablesGuid ? EngineMaskValue()
+                                                            : SettingValue(general.key.pid));
     setting.name = general.name;
     setting.summary = general.meaning;
-    setting.kind = value.kind;
-    setting.role = value.role;
-    setting.pid = general.key.pid;
-    for (const ApiMethods& methods : cGeneralMethods) {
-        if (setting.name != methods.name)
-            continue;
-        setting.reader = methods.reader;
-        setting.writer = methods.writer;
-        setting.access = setting.writer.empty() ? Access::eReadOnly : Access::eReadWrite;
-    }
+    for (const GeneralMethods& one : cGeneralMethods)
+        if (setting.name == one.name)
+            SetMethods(setting, one.methods);
     if (setting.role == Role::eActiveProfile) {
         for (const ProfileWord& profile : Profiles())
             setting.words.push_back({profile.word, profile.number});
@@ -160,9 +196,8 @@ Setting VersionRow() {
     setting.name = "version";
     setting.summary = "the version of the library's settings model";
     setting.kind = Kind::eText;
-    setting.access = Access::eReadOnly;
-    setting.reader = "GetVeltoKORA4Version";
     setting.isStored = false;
+    SetMethods(setting, ApiMethods::eVersion);
     return setting;
 }
 
@@ -174,44 +209,32 @@ Setting GraphicRow(const TechnologyWord& technology) {
     setting.kind = Kind::eNumericArray;
     setting.unit = "dB";
     setting.perProfile = true;
-    setting.access = Access::eReadOnly;
-    setting.reader = cGetGraphic;
     setting.isStored = false;
     setting.technology = technology.technology;
+    SetMethods(setting, ApiMethods::eBands);
     return setting;
 }
 
 Setting NameRow() {
-    Setting setting;
+    Setting setting = RowOf(NameValue(cFirstCustomProfile));
     setting.name = "name";
     setting.summary = "the name of a custom profile; without one the profile does not exist";
-    setting.kind = Kind::eText;
-    setting.perProfile = true;
-    setting.access = Access::eReadWrite;
-    setting.reader = "GetProfileTable";
-    setting.writer = "SetCustomProfileName";
-    setting.role = Role::eName;
+    SetMethods(setting, ApiMethods::eProfileName);
     return setting;
 }
 
 Setting SwitchRow(const TechnologyWord& technology) {
-    Setting setting;
+    Setting setting = RowOf(SwitchValue(technology.technology, cMovieProfile));
     setting.name = std::string(technology.word) + ".on";
     setting.summary = std::string("switches the ") + technology.title;
-    setting.kind = Kind::eSwitch;
-    setting.perProfile = technology.technology.family == Family::ePreset;
-    setting.technology = technology.technology;
-    setting.role = Role::eFlag;
-    if (technology.apiNumber) {
-        setting.access = Access::eReadWrite;
-        setting.reader = "GetTechnologyOnElseOff";
-        setting.writer = "SetTechnologyOnElseOff";
-    }
+    if (technology.apiNumber)
+        SetMethods(setting, ApiMethods::eSwitch);
     return setting;
 }
 
 void NameField(Setting& setting, const TechnologyWord& technology, const SchemaValue& value) {
-    const bool isOptimizerGain = value.arrays == eAudioOptimizerMaxChannels;
+    const bool isOptimizerGain = value.technology == Global(eAudioOptimizerTech) &&
+                                 value.field->pid == pkey::cOptimizerGainPid;
     if (isOptimizerGain) {
         const std::string channel = std::to_string(value.array + 1);
         setting.name += ".gains-" + channel;
@@ -227,10 +250,7 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
         setting.unit = name.unit;
         setting.lowest = name.lowest;
         setting.highest = name.highest;
-        setting.reader = name.reader;
-        setting.writer = name.writer;
-        setting.access = setting.reader.empty() ? Access::eStoreOnly : Access::eReadWrite;
-        return;
+        return SetMethods(setting, name.methods);
     }
     const std::string id = std::to_string(setting.pid);
     setting.name += ".field-" + id;
@@ -239,16 +259,12 @@ void NameField(Setting& setting, const TechnologyWord& technology, const SchemaV
 }
 
 Setting FieldRow(const TechnologyWord& technology, const SchemaValue& value) {
-    Setting setting;
+    Setting setting = RowOf(value);
     setting.name = technology.word;
-    setting.kind = value.kind;
-    setting.perProfile = technology.technology.family == Family::ePreset;
-    setting.technology = technology.technology;
-    setting.role = Role::eField;
-    setting.pid = value.key.pid;
     NameField(setting, technology, value);
     if (value.kind == Kind::eCurveIndex)
-        SetWords(setting, CurveNames());
+        for (std::uint32_t i = 0; i < CurveNames().size(); ++i)
+            setting.words.push_back({CurveNames()[i], i});
     return setting;
 }
 
@@ -293,8 +309,8 @@ SchemaValue Setting::Stored(std::uint32_t profile) const {
     if (!isStored)
         throw Failure(ExitCode::eFailed, "'" + name + "' is not one value of the store.");
     switch (role) {
-        case Role::eFlag:
-            return FlagValue(technology, profile);
+        case Role::eSwitch:
+            return SwitchValue(technology, profile);
         case Role::eField:
             return FieldValue(technology, profile, pid);
         case Role::eName:
@@ -310,6 +326,14 @@ bool Setting::TakesRelative() const {
     if (IsArray() || role == Role::eActiveProfile)
         return false;
     return (lowest && *lowest >= 0 && highest) || unit == "ms";
+}
+
+const char* ReaderName(ApiMethods methods) {
+    return NamesOf(methods).reader;
+}
+
+const char* WriterName(ApiMethods methods) {
+    return NamesOf(methods).writer;
 }
 
 const std::vector<Setting>& SettingsTable() {
@@ -358,7 +382,7 @@ const Setting* SettingOf(const SchemaValue& value) {
     for (const Setting& setting : SettingsTable()) {
         if (!setting.isStored || setting.role != value.role)
             continue;
-        const bool isOne = setting.role == Role::eName || setting.role == Role::eFlag;
+        const bool isOne = setting.role == Role::eName || setting.role == Role::eSwitch;
         if (setting.technology == value.technology && (isOne || setting.pid == value.key.pid))
             return &setting;
     }

@@ -11,7 +11,6 @@
 #include <string_view>
 #include <vector>
 
-#include "base/output.h"
 #include "settings/schema.h"
 
 namespace kora4::tools {
@@ -22,6 +21,29 @@ enum class Access {
     eReadOnly,   // the API reads it and has no setter
     eStoreOnly,  // not in the API: through the store
 };
+
+// Which methods of the API serve a setting: one that reads it, and mostly one that sets it.
+enum class ApiMethods {
+    eNone,
+    eActiveProfile,
+    eEnable,
+    eSamplingPeriod,
+    eEngineMask,
+    eEditorCommand,
+    eSelectorCommand,
+    eDemoCommand,
+    eVersion,
+    eProfileName,
+    eSwitch,
+    ePatchValue,
+    eFrequencies,
+    eGains,
+    eBands,  // both of these, which are read together and set one by one
+};
+
+// Their names, empty where there is none.
+const char* ReaderName(ApiMethods methods);
+const char* WriterName(ApiMethods methods);
 
 // What a value is called, besides its number.
 struct ValueWord {
@@ -41,8 +63,7 @@ struct Setting {
     std::vector<ValueWord> words;  // of numbers; switches have on and off besides
     bool perProfile = false;
     Access access = Access::eStoreOnly;
-    std::string reader;  // methods of the API; empty for store-only settings
-    std::string writer;
+    ApiMethods methods = ApiMethods::eNone;
     Technology technology;
 
     // Not stored: the version, which only the library knows.
@@ -87,29 +108,6 @@ std::string PlaceOf(const SchemaValue& value);
 std::vector<std::string> SettingNames();
 // For completion: on and off, words, profiles; empty for plain numbers.
 std::vector<std::string> CompletionWords(const Setting& setting);
-
-// Whether a value may be larger than what the API takes.
-enum class Limits {
-    eApi,    // what the API lets a client set
-    eStore,  // whatever can be stored
-};
-
-// What a user typed: `on`, `7`, `0.5`, `open`, `+1`, `-10%`; arrays as numbers between commas
-// or blanks. A relative value starts from `current` and stops at the ends of the range;
-// per cent are of the range. Failure with eBadInput says what is allowed.
-Value ParseValue(const Setting& setting, std::string_view text,
-                 const std::optional<Value>& current = {}, Limits limits = Limits::eApi);
-
-// Failure with eBadInput unless the value is within the limits of the API.
-void CheckRange(const Setting& setting, const Value& value);
-
-// Whether the value is within the limits of the API.
-bool IsInRange(const Setting& setting, const Value& value);
-
-// For people: "on", "7", "0.33", "open", "32 64 125"; with the unit: "50 ms".
-std::string FormatValue(const Setting& setting, const Value& value, bool withUnit = false);
-// true, 7, 0.33, "open", [32, 64]. Numbers without a word are numbers.
-Json ToJson(const Setting& setting, const Value& value);
 
 }  // namespace kora4::tools
 

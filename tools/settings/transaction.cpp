@@ -9,19 +9,6 @@
 namespace kora4::tools {
 namespace {
 
-class Interrupted : public Failure {
-  public:
-    Interrupted() : Failure(ExitCode::eFailed, "Interrupted.") {}
-};
-
-void Put(StoreAccess& store, KORA4KeySet keySet, const PropertyKey& key,
-         const std::optional<StoredValue>& value) {
-    if (value)
-        store.Write(keySet, key, *value);
-    else
-        store.Delete(keySet, key);
-}
-
 // Values before what announces them: those of the dynamic keys announce themselves.
 std::vector<Difference> InOrderOfWriting(std::vector<Difference> differences) {
     std::stable_partition(differences.begin(), differences.end(),
@@ -34,10 +21,7 @@ Journal JournalOf(const std::vector<Difference>& differences) {
     for (const Difference& difference : differences) {
         journal.entries.push_back({difference.value.keySet, difference.value.key,
                                    difference.stored, difference.wanted});
-        const std::optional<PropertyKey> counter = difference.value.Announcement();
-        const auto& counters = journal.counters;
-        if (counter && std::find(counters.begin(), counters.end(), *counter) == counters.end())
-            journal.counters.push_back(*counter);
+        AddAnnouncement(journal.counters, difference.value);
     }
     return journal;
 }
@@ -49,7 +33,7 @@ void RefuseOverJournal(const JournalFile& file) {
     if (state == JournalFile::State::eAbsent || state == JournalFile::State::eCutShort)
         return;
     throw Failure(ExitCode::eFailed,
-                  "An earlier change of the settings was broken off; its journal is " +
+                  "An earlier change of the settings was interrupted; its journal is " +
                       file.Path() + ". Nothing was changed.",
                   "Run 'kora4ctl doctor' first: it undoes or finishes that change.");
 }
@@ -69,7 +53,7 @@ void Restore(StoreAccess& store, const Journal& journal) {
     for (const JournalEntry& entry : journal.entries) {
         attempt([&] {
             if (store.Read(entry.keySet, entry.key) != entry.before)
-                Put(store, entry.keySet, entry.key, entry.before);
+                store.Put(entry.keySet, entry.key, entry.before);
         });
     }
     for (const PropertyKey& counter : journal.counters)
@@ -95,11 +79,11 @@ void Restore(StoreAccess& store, const Journal& journal) {
 void WriteAll(StoreAccess& store, const Journal& journal, const IsInterrupted& isInterrupted) {
     const auto check = [&isInterrupted] {
         if (isInterrupted && isInterrupted())
-            throw Interrupted();
+            throw Failure(ExitCode::eFailed, "Interrupted.");
     };
     for (const JournalEntry& entry : journal.entries) {
         check();
-        Put(store, entry.keySet, entry.key, entry.after);
+        store.Put(entry.keySet, entry.key, entry.after);
     }
     for (const PropertyKey& counter : journal.counters) {
         check();
@@ -107,26 +91,13 @@ void WriteAll(StoreAccess& store, const Journal& journal, const IsInterrupted& i
     }
 }
 
-void Begin(const Journal& journal, const JournalFile& file) {
+// A step with the journal, and in which sentences its failure stands.
+template <typename Step>
+void Explained(const std::string& before, const std::string& after, Step step) {
     try {
-        file.Write(journal);
+        step();
     } catch (const Failure& failure) {
-        throw Failure(failure.Code(),
-                      "The journal that a change of the settings needs cannot be written. " +
-                          std::string(failure.what()) + " Nothing was changed.",
-                      failure.Next());
-    }
-}
-
-void End(const JournalFile& file) {
-    try {
-        file.Remove();
-    } catch (const Failure& failure) {
-        throw Failure(failure.Code(),
-                      std::string("Everything was written, but the journal cannot be "
-                                  "removed. ") +
-                          failure.what(),
-                      failure.Next());
+        throw Failure(failure.Code(), before + failure.what() + after, failure.Next());
     }
 }
 
@@ -180,19 +151,18 @@ Examination Examine(StoreAccess& store, const JournalFile& file) {
     examination.found.journal = file.Path();
     switch (file.Read(examination.journal)) {
         case JournalFile::State::eAbsent:
-            examination.found.outcome = Recovery::eNothing;
             break;
         case JournalFile::State::eCutShort:
             examination.found.outcome = Recovery::eNotBegun;
             break;
+        case JournalFile::State::eWhole:
+            if (IsOfStore(examination.journal)) {
+                ExamineValues(examination, store);
+                break;
+            }
+            [[fallthrough]];
         case JournalFile::State::eUnreadable:
             examination.found.outcome = Recovery::eUnreadable;
-            break;
-        case JournalFile::State::eWhole:
-            if (IsOfStore(examination.journal))
-                ExamineValues(examination, store);
-            else
-                examination.found.outcome = Recovery::eUnreadable;
             break;
     }
     return examination;
@@ -213,27 +183,25 @@ Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock&, const Jour
         return applied;
     const Journal journal = JournalOf(InOrderOfWriting(applied.changes));
     applied.announcements = journal.counters.size();
-    Begin(journal, file);
+    Explained("The journal that a change of the settings needs cannot be written. ",
+              " Nothing was changed.", [&] { file.Write(journal); });
     try {
         WriteAll(store, journal, isInterrupted);
     } catch (const std::exception& failure) {
         GiveUp(store, journal, file, failure.what());
     }
-    End(file);
+    Explained("Everything was written, but the journal cannot be removed. ", "",
+              [&] { file.Remove(); });
     return applied;
 }
 
 Recovered Recover(StoreAccess& store, const StoreLock&, const JournalFile& file) {
     const Examination examination = Examine(store, file);
-    switch (examination.found.outcome) {
-        case Recovery::eNothing:
-        case Recovery::eUnreadable:
-            return examination.found;
-        default:
-            break;
-    }
+    const Recovery outcome = examination.found.outcome;
+    if (outcome == Recovery::eNothing || outcome == Recovery::eUnreadable)
+        return examination.found;
     for (const JournalEntry& entry : examination.toRestore)
-        Put(store, entry.keySet, entry.key, entry.before);
+        store.Put(entry.keySet, entry.key, entry.before);
     for (const PropertyKey& counter : examination.journal.counters)
         store.Bump(counter);
     file.Remove();
@@ -250,33 +218,34 @@ std::string Recovered::InWords() const {
     std::string words;
     switch (outcome) {
         case Recovery::eNothing:
-            return "No change of the settings was broken off.";
+            return "No change of the settings was interrupted.";
         case Recovery::eUnreadable:
             return "There is a journal of a change of the settings that this program cannot "
                    "read, or that another user made: " +
                    journal + ". It was left alone.";
         case Recovery::eNotBegun:
             return std::string(
-                       "A change of the settings was broken off before it changed "
+                       "A change of the settings was interrupted before it changed "
                        "anything; its journal ") +
-                   (isDone ? "was" : "can be") + " removed.";
+                   (isDone ? "was removed." : "can be removed.");
         case Recovery::eFinished:
             words = std::string(
-                        "A change of the settings was broken off after its last value; "
-                        "it ") +
+                        "A change of the settings was interrupted after its last "
+                        "value; it ") +
                     (isDone ? "was announced to the clients." : "has yet to be announced.");
             break;
         case Recovery::eUndone:
-            words = "A change of the settings was broken off half-way; " +
+            words = "A change of the settings was interrupted half-way; " +
                     Count(restored.size()) +
-                    (isDone ? (restored.size() == 1 ? " was" : " were")
-                            : (restored.size() == 1 ? " is to be" : " are to be")) +
-                    std::string(" put back.");
+                    (restored.size() == 1 ? isDone ? " was" : " is to be"
+                     : isDone             ? " were"
+                                          : " are to be") +
+                    " put back.";
             break;
     }
     if (!foreign.empty())
         words += " " + Count(foreign.size()) + " that somebody else has changed since " +
-                 (foreign.size() == 1 ? "stays" : "stay") + " as it is.";
+                 (foreign.size() == 1 ? "stays as it is." : "stay as they are.");
     return words;
 }
 

@@ -33,21 +33,11 @@ struct TraceMessage {
 // The rows; a statement names one as msg::cSetVeltoEnable.
 namespace msg {
 
-inline constexpr char cNullPointer[] =
-    "The client passed a null pointer; the method answered E_INVALIDARG and did nothing.";
-inline constexpr char cPassPointer[] = "Pass a valid pointer.";
-
 // What the API object reports.
 constexpr TraceMessage Message(const char* function, const char* text, const char* values,
                                const char* meaning, const char* why = "",
                                const char* next = "") {
     return {function, text, trace::eMessages, values, meaning, why, next};
-}
-
-// The refusal of a null pointer.
-constexpr TraceMessage NullPointer(const char* function, const char* text, const char* meaning,
-                                   const char* next = cPassPointer) {
-    return Message(function, text, "", meaning, cNullPointer, next);
 }
 
 // A line of another category.

@@ -4,6 +4,7 @@
 #define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_API_H
 
 #include "contract/messages/trace_message.h"
+#include "contract/results.h"
 
 namespace kora4::contract {
 
@@ -12,6 +13,8 @@ namespace msg {
 inline constexpr char cExitLineDecides[] =
     "The line is written whatever became of the call; the exit line of the function has the "
     "result ('kora4ctl trace on results').";
+inline constexpr char cNullPointer[] =
+    "The client passed a null pointer; the method answered E_INVALIDARG and did nothing.";
 inline constexpr char cRefusedValue[] =
     "The value was refused with E_INVALIDARG and nothing was stored.";
 inline constexpr char cSeeLimits[] = "See the limits with 'kora4ctl describe'.";
@@ -23,6 +26,12 @@ inline constexpr char cLockLine[] = "processID: 0x%08x threadID: 0x%08x threadPr
 inline constexpr char cLockUse[] =
     "It is held while a callback is registered or unregistered, and while the client is told of"
     " changes; no other method takes it.";
+
+// The refusal of a null pointer.
+constexpr TraceMessage NullPointer(const char* function, const char* text, const char* meaning,
+                                   const char* next = detail::cPassPointer) {
+    return Message(function, text, "", meaning, cNullPointer, next);
+}
 
 // Life of an object.
 inline constexpr auto cVersion =

@@ -16,8 +16,7 @@ NamedMutex::~NamedMutex() {
 }
 
 HRESULT NamedMutex::Create(const char16_t* pwName) {
-    HRESULT hr = E_FAIL;
-    KALTRACE_SCOPE("NamedMutex::Create", &hr);
+    KALTRACE_RESULT(hr, E_FAIL, "NamedMutex::Create");
     if (m_hMutex)
         return hr;
     m_hMutex = CreateOrOpenMutex(pwName);
@@ -33,8 +32,7 @@ void NamedMutex::Acquire() {
 }
 
 HRESULT NamedMutex::Release() {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE("NamedMutex::Release", &hr);
+    KALTRACE_RESULT(hr, S_OK, "NamedMutex::Release");
     KALASSERT(cSite, IsAcquired());
     // Cleared first: once the mutex is free, another thread may set the flag.
     m_acquired = false;

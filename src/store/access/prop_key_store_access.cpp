@@ -48,8 +48,7 @@ HRESULT KORA4PropKeyStoreAccess::ReadUINT(KORA4KeySet keySet, const PropertyKey&
 
 HRESULT KORA4PropKeyStoreAccess::ReadBool(KORA4KeySet keySet, const PropertyKey& key,
                                           bool* pValue) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::ReadBool", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::ReadBool");
     std::uint32_t number = 0;
     hr = m_access.ReadUINT(keySet, key, &number);
     if (hr == result::cOk)
@@ -59,8 +58,7 @@ HRESULT KORA4PropKeyStoreAccess::ReadBool(KORA4KeySet keySet, const PropertyKey&
 
 HRESULT KORA4PropKeyStoreAccess::ReadFloat(KORA4KeySet keySet, const PropertyKey& key,
                                            float* pValue) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::ReadFloat", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::ReadFloat");
     TaskPtr<char16_t> text;
     hr = m_access.ReadText(keySet, key, text.Put());
     if (hr == result::cOk && !codec::ParseFloat(text.Get(), pValue))
@@ -95,8 +93,7 @@ bool KORA4PropKeyStoreAccess::BoolOr(KORA4KeySet keySet, const PropertyKey& key,
 
 HRESULT KORA4PropKeyStoreAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey& key,
                                            std::uint64_t value) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteUINT", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::WriteUINT");
     const auto dwValue = static_cast<std::uint32_t>(value);
     KALASSERT(cSite, dwValue == value);
     return hr = m_access.WriteUINT(keySet, key, dwValue);
@@ -110,8 +107,7 @@ HRESULT KORA4PropKeyStoreAccess::WriteBool(KORA4KeySet keySet, const PropertyKey
 
 HRESULT KORA4PropKeyStoreAccess::WriteFloat(KORA4KeySet keySet, const PropertyKey& key,
                                             float value) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteFloat", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::WriteFloat");
     char16_t text[codec::cFloatTextChars];
     codec::FormatFloat(value, text);
     return hr = m_access.WriteText(keySet, key, text);
@@ -120,8 +116,7 @@ HRESULT KORA4PropKeyStoreAccess::WriteFloat(KORA4KeySet keySet, const PropertyKe
 HRESULT KORA4PropKeyStoreAccess::WriteNumericArray(KORA4KeySet keySet, const PropertyKey& key,
                                                    std::uint32_t scale, std::uint32_t count,
                                                    const float* pElements) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteNumericArray", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::WriteNumericArray");
     char16_t text[codec::cArrayTextChars];
     hr = codec::EncodeNumericArray(scale, count, pElements, text, FieldWriter());
     if (hr == result::cOk)
@@ -132,8 +127,7 @@ HRESULT KORA4PropKeyStoreAccess::WriteNumericArray(KORA4KeySet keySet, const Pro
 HRESULT KORA4PropKeyStoreAccess::WriteFlagArray(KORA4KeySet keySet, const PropertyKey& key,
                                                 std::uint32_t count,
                                                 const std::uint32_t* pFlags) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteFlagArray", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::WriteFlagArray");
     char16_t text[codec::cArrayTextChars];
     hr = codec::EncodeFlagArray(count, pFlags, text, FieldWriter());
     if (hr == result::cOk)
@@ -145,8 +139,7 @@ HRESULT KORA4PropKeyStoreAccess::WriteArrayNumericField(char16_t** ppCursor,
                                                         std::size_t* pCharsAvail,
                                                         codec::ArrayField field,
                                                         std::uint32_t value) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4PropKeyStoreAccess::WriteArrayNumericField", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::WriteArrayNumericField");
     const char16_t* const pPiece = *ppCursor;
     const std::size_t charsAvail = *pCharsAvail;
     hr = codec::PutArrayField(ppCursor, pCharsAvail, field, value);

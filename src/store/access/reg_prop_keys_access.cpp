@@ -79,8 +79,7 @@ void KORA4RegPropKeysAccess::SetPropertyStore(IPropertyStore* pIPropertyStore) {
 // ---- Opening and closing ------------------------------------------------------------
 
 HRESULT KORA4RegPropKeysAccess::Open(bool writable) {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE("KORA4RegPropKeysAccess::Open", &hr);
+    KALTRACE_RESULT(hr, S_OK, "KORA4RegPropKeysAccess::Open");
     if (m_opened)
         return hr;
     KALASSERT_TEXT(cSite, !m_hStaticKeys && !m_hDynamicKeys && !m_hAppKeys,
@@ -239,8 +238,7 @@ HRESULT KORA4RegPropKeysAccess::Delete(KORA4KeySet keySet, const PropertyKey& ke
 HRESULT KORA4RegPropKeysAccess::QueryRegistryValue(HKEY hKey, const PropertyKey& key,
                                                    DWORD expectedType, void* pData,
                                                    DWORD* pSize, LSTATUS* pStatus) {
-    HRESULT hr = S_FALSE;
-    KALTRACE_SCOPE(msg::cQueryValue.function, &hr);
+    KALTRACE_RESULT(hr, S_FALSE, msg::cQueryValue.function);
     if (!hKey)
         return hr;
     const ValueName name(key);
@@ -286,8 +284,7 @@ HRESULT KORA4RegPropKeysAccess::ReadRegistryText(HKEY hKey, const PropertyKey& k
 
 HRESULT KORA4RegPropKeysAccess::ReadRegistryBlob(HKEY hKey, const PropertyKey& key,
                                                  std::uint32_t* pSize, std::uint8_t** ppData) {
-    HRESULT hr = S_FALSE;
-    KALTRACE_SCOPE("KORA4RegPropKeysAccess::ReadRegistryBlob", &hr);
+    KALTRACE_RESULT(hr, S_FALSE, "KORA4RegPropKeysAccess::ReadRegistryBlob");
     for (int attempt = 0; attempt < cBlobAttempts; ++attempt) {
         DWORD size = 0;
         hr = QueryRegistryValue(hKey, key, REG_BINARY, nullptr, &size);
@@ -312,8 +309,7 @@ HRESULT KORA4RegPropKeysAccess::ReadRegistryBlob(HKEY hKey, const PropertyKey& k
 
 HRESULT KORA4RegPropKeysAccess::SetRegistryValue(HKEY hKey, const PropertyKey& key, DWORD type,
                                                  const void* pData, DWORD size) {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE(msg::cSetValueStatus.function, &hr);
+    KALTRACE_RESULT(hr, S_OK, msg::cSetValueStatus.function);
     if (!hKey)
         return hr;
     const ValueName name(key);
@@ -325,8 +321,7 @@ HRESULT KORA4RegPropKeysAccess::SetRegistryValue(HKEY hKey, const PropertyKey& k
 }
 
 HRESULT KORA4RegPropKeysAccess::DeleteRegistryKey(HKEY hKey, const PropertyKey& key) {
-    HRESULT hr = S_OK;
-    KALTRACE_SCOPE(msg::cDeleteValue.function, &hr);
+    KALTRACE_RESULT(hr, S_OK, msg::cDeleteValue.function);
     if (!hKey)
         return hr;
     const ValueName name(key);

@@ -42,6 +42,7 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     void Close();
     bool IsOpen() const { return m_opened; }
 
+    // KORA4KeyAccess.
     HRESULT ReadUINT(KORA4KeySet keySet, const PropertyKey& key,
                      std::uint32_t* pValue) override;
     HRESULT ReadText(KORA4KeySet keySet, const PropertyKey& key, char16_t** ppText) override;

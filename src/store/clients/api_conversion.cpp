@@ -84,8 +84,7 @@ std::uint32_t ASLPatchSizeOf(ApiTechnology technology) {
 
 HRESULT GetASLPatchUnionField(ApiTechnology technology, ApiPatchValue* pValue,
                               std::uint32_t* pSize, void** ppField) {
-    HRESULT hr = result::cInvalidArg;
-    KALTRACE_SCOPE(msg::cNoSimpleValue.function, &hr);
+    KALTRACE_RESULT(hr, result::cInvalidArg, msg::cNoSimpleValue.function);
     *pSize = 0;
     *ppField = nullptr;
     const ApiTechnologyRow* pRow = RowOf(technology);
@@ -105,8 +104,7 @@ RecordPart WorkingPartOf(ApiTechnology technology) {
 
 HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                    void* pValue) {
-    HRESULT hr = result::cInvalidArg;
-    KALTRACE_SCOPE("KORA4UIKeysClient::ToASLPatch", &hr);
+    KALTRACE_RESULT(hr, result::cInvalidArg, "KORA4UIKeysClient::ToASLPatch");
     if (size < ASLPatchSizeOf(technology))
         return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
@@ -124,8 +122,7 @@ HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::u
 
 HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint32_t size,
                      const void* pValue) {
-    HRESULT hr = result::cInvalidArg;
-    KALTRACE_SCOPE("KORA4UIKeysClient::FromASLPatch", &hr);
+    KALTRACE_RESULT(hr, result::cInvalidArg, "KORA4UIKeysClient::FromASLPatch");
     if (size < ASLPatchSizeOf(technology))
         return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);

@@ -19,8 +19,7 @@ constexpr bool IsEffective(std::uint32_t onElseOff, bool masterEnable) {
 KORA4KeysClient::KORA4KeysClient(KORA4KeyAccess* pKeyAccess) : m_pKeyAccess(pKeyAccess) {}
 
 HRESULT KORA4KeysClient::ObjInitialize() {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE(msg::cMutexMade.function, &hr);
+    KALTRACE_RESULT(hr, result::cOk, msg::cMutexMade.function);
     if (!m_regKeysMutex.IsCreated()) {
         hr = m_regKeysMutex.Create(cStoreMutexName);
         KALTRACE(msg::cMutexMade, cStoreMutexName, hr);
@@ -29,8 +28,7 @@ HRESULT KORA4KeysClient::ObjInitialize() {
 }
 
 HRESULT KORA4KeysClient::InitialKeysLoad() {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4KeysClient::InitialKeysLoad", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4KeysClient::InitialKeysLoad");
     if (!m_regKeysMutex.IsCreated())
         return hr = APOERR_NOT_INITIALIZED;
 
@@ -113,8 +111,7 @@ std::uint32_t KORA4KeysClient::ReadTableCounter() {
 }
 
 HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activePreset) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4KeysClient::UpdateActivePreset", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4KeysClient::UpdateActivePreset");
     KALASSERT_TEXT(cSite, IsAllowableProfile(activePreset.after),
                    "IsAllowableProfile( newActivePreset )");
     hr = Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid),
@@ -123,8 +120,7 @@ HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activeP
 }
 
 HRESULT KORA4KeysClient::DynamicKeyUpdate(StoreChanges* pChanges) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4KeysClient::DynamicKeyUpdate", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4KeysClient::DynamicKeyUpdate");
     KALASSERT(cSite, m_regKeysMutex.IsAcquired());
 
     Baseline stored;
@@ -146,8 +142,7 @@ HRESULT KORA4KeysClient::DynamicKeyUpdate(StoreChanges* pChanges) {
 
 // `stored`: all but the words, which are loaded here.
 HRESULT KORA4KeysClient::DynamicPatchUpdates(const Baseline& stored, StoreChanges* pChanges) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4KeysClient::DynamicPatchUpdates", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4KeysClient::DynamicPatchUpdates");
     KALASSERT(cSite, m_regKeysMutex.IsAcquired());
 
     // Trigger words before the data they announce: a writer changes them last.

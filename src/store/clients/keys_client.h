@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <iterator>
+#include <string_view>
 
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
@@ -43,10 +44,11 @@ struct StaticSetting {
 };
 inline constexpr auto cStaticSettings = [] {
     constexpr auto isCarried = [](const contract::GeneralSetting& setting) {
-        return setting.keySet == eKeySetStatic && setting.writtenBy == contract::cNobody;
+        return setting.keySet == eKeySetStatic &&
+               std::string_view(setting.writtenBy) == contract::cNobody;
     };
-    std::array<StaticSetting, std::ranges::count_if(contract::cGeneralSettings, isCarried)>
-        rows;
+    constexpr auto cCount = std::ranges::count_if(contract::cGeneralSettings, isCarried);
+    std::array<StaticSetting, static_cast<std::size_t>(cCount)> rows;
     auto row = rows.begin();
     for (const contract::GeneralSetting& setting : contract::cGeneralSettings)
         if (isCarried(setting))

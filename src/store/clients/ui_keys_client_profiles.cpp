@@ -186,8 +186,7 @@ HRESULT KORA4UIKeysClient::AnnounceTableChange() {
 
 HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profile,
                                               const Change<bool>* pEnable) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4UIKeysClient::ProfileStateChange", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::ProfileStateChange");
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile.after),
                    "IsAllowableProfile( newProfile )");
 
@@ -233,8 +232,7 @@ HRESULT KORA4UIKeysClient::RestoreStateBeforeDemo(std::uint32_t demoProfile) {
 }
 
 HRESULT KORA4UIKeysClient::ActivePresetCopy(std::uint32_t customProfile) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4UIKeysClient::ActivePresetCopy", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::ActivePresetCopy");
     KALASSERT_TEXT(cSite, IsCustomProfile(customProfile), "IsCustomProfile( customProfileID )");
 
     const std::uint32_t activeProfile = ReadActivePreset();

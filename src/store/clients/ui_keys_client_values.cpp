@@ -144,8 +144,7 @@ HRESULT KORA4UIKeysClient::GetVisualizationBlob(std::uint32_t* pSize, std::uint8
 }
 
 HRESULT KORA4UIKeysClient::GetCommand(CompanionCommand command, char16_t** ppwCommand) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4UIKeysClient::GetCommand", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::GetCommand");
     *ppwCommand = nullptr;
     if (const char16_t* pwHeld = m_commands[static_cast<std::size_t>(command)].Get()) {
         *ppwCommand = DuplicateTaskText(pwHeld);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The way of a field between its record and the store, by the type of the field.
 #include "store/patches/field_access.h"
 
 #include <algorithm>
@@ -54,8 +55,7 @@ struct FieldLoad {
 };
 
 HRESULT FieldLoad::Run() {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4FieldDef::Load", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4FieldDef::Load");
     switch (field.typeCode) {
         case cUnsignedField:
             if (defaultsOnly ||
@@ -91,8 +91,7 @@ HRESULT FieldLoad::Run() {
 }
 
 HRESULT FieldLoad::LoadFloatArrays() {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4FieldDef::LoadFloatArrays", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4FieldDef::LoadFloatArrays");
     auto* pCount = Value<std::uint32_t>();
     auto* pElements = MemberAt<float>(pRecord, field.arrayMember);
     for (std::uint16_t i = 0; i < field.m_numArrays;
@@ -110,8 +109,7 @@ HRESULT FieldLoad::LoadFloatArrays() {
 }
 
 HRESULT FieldLoad::LoadSelectedFloatArray() {
-    HRESULT hr = result::cFail;
-    KALTRACE_SCOPE("KORA4FieldDef::LoadSelectedFloatArray", &hr);
+    KALTRACE_RESULT(hr, result::cFail, "KORA4FieldDef::LoadSelectedFloatArray");
     const auto* pEnumFieldDef = static_cast<const EnumFieldDef*>(field.pDefaults);
     KALASSERT_TEXT(cSite, 1 == field.m_numArrays, "1 == m_numArrays");
     KALASSERT_TEXT(cSite, pEnumFieldDef, "pEnumFieldDef != NULL");
@@ -169,8 +167,7 @@ HRESULT LoadField(const KORA4FieldDef& field, KORA4KeyAccess& access, const Prop
 
 HRESULT WriteField(const KORA4FieldDef& field, KORA4KeyAccess& access, const PropertyKey& key,
                    const void* pRecord) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4FieldDef::Write", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4FieldDef::Write");
     KORA4PropKeyStoreAccess values(access);
     const PropertyKey fieldKey{key.fmtid, field.pid};
     // A scalar, a count, or the index of a selected array.

@@ -36,25 +36,6 @@ HRESULT LoadFields(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t
 
 }  // namespace
 
-// The key of every technology, by name: a table out of order would put one technology's values
-// under the key of another.
-static_assert(sm_presetTechGUIDOffset[ePresetNoTech] == 0);
-static_assert(sm_presetTechGUIDOffset[eVolumeTech] == KORA4_PKEY_VOLUME_GUID_OFFSET);
-static_assert(sm_presetTechGUIDOffset[eEnhancementTech] == KORA4_PKEY_ENHANCEMENT_GUID_OFFSET);
-static_assert(sm_presetTechGUIDOffset[eDynamicEQTech] == KORA4_PKEY_DYN_EQ_GUID_OFFSET);
-static_assert(sm_presetTechGUIDOffset[eStandardEQTech] == KORA4_PKEY_STD_EQ_GUID_OFFSET);
-static_assert(sm_presetTechGUIDOffset[eHeadphoneTech] == KORA4_PKEY_HEADPHONE_GUID_OFFSET);
-static_assert(sm_presetTechGUIDOffset[eVirtualSurroundTech] ==
-              KORA4_PKEY_VIRTUAL_SURROUND_GUID_OFFSET);
-static_assert(sm_presetTechGUIDOffset[eNGSurroundTech] ==
-              KORA4_PKEY_NEXT_GEN_SURROUND_GUID_OFFSET);
-static_assert(sm_globalTechGUIDOffset[eGlobalNoTech] == 0);
-static_assert(sm_globalTechGUIDOffset[ePeakLimiterTech] == KORA4_PKEY_PEAK_LIMITER_GUID_OFFSET);
-static_assert(sm_globalTechGUIDOffset[eAudioRegulatorTech] ==
-              KORA4_PKEY_AUDIO_REGULATOR_GUID_OFFSET);
-static_assert(sm_globalTechGUIDOffset[eAudioOptimizerTech] ==
-              KORA4_PKEY_AUDIO_OPTIMIZER_GUID_OFFSET);
-
 KORA4ManagedPatchSet::KORA4ManagedPatchSet() {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::KORA4ManagedPatchSet");
     Reset();
@@ -69,8 +50,7 @@ void KORA4ManagedPatchSet::Reset() {
 HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                                               bool defaultsOnly,
                                               KORA4PresetTechnology technology) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatch", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadPresetPatch");
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
                    "KORA4KeysClient::IsAllowableProfile( profile )");
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( technology )");
@@ -83,8 +63,7 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint3
 HRESULT KORA4ManagedPatchSet::LoadPresetPatchEnable(KORA4KeyAccess& access,
                                                     std::uint32_t profile, bool defaultsOnly,
                                                     KORA4PresetTechnology technology) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatchEnable", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadPresetPatchEnable");
     if (technology >= eNumberKORA4PresetTechnologies)
         return hr = result::cInvalidArg;
     m_dwPresetOnElseOff[technology] = defaultsOnly
@@ -97,8 +76,7 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::u
                                                   bool defaultsOnly,
                                                   KORA4PresetTechnology technology,
                                                   const RecordPart& except) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatchData", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadPresetPatchData");
     TechnologyFields fields;
     hr = GetTechnologyFields(technology, &fields);
     if (result::Failed(hr))
@@ -123,8 +101,7 @@ void KORA4ManagedPatchSet::LoadPresetPatches(KORA4KeyAccess& access, std::uint32
 
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatch(KORA4KeyAccess& access,
                                               KORA4GlobalTechnology technology) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatch", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadGlobalPatch");
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( globalTech )");
     hr = LoadGlobalPatchEnable(access, technology);
     if (result::Succeeded(hr))
@@ -134,8 +111,7 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatch(KORA4KeyAccess& access,
 
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatchEnable(KORA4KeyAccess& access,
                                                     KORA4GlobalTechnology technology) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatchEnable", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadGlobalPatchEnable");
     if (technology >= eNumberKORA4GlobalTechnologies)
         return hr = result::cInvalidArg;
     m_dwGlobalOnElseOff[technology] = ReadGlobalOnElseOff(access, technology);
@@ -144,8 +120,7 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatchEnable(KORA4KeyAccess& access,
 
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatchData(KORA4KeyAccess& access,
                                                   KORA4GlobalTechnology technology) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatchData", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadGlobalPatchData");
     TechnologyFields fields;
     hr = GetTechnologyFields(technology, &fields);
     // The version word is the first member of every record.
@@ -170,8 +145,7 @@ void KORA4ManagedPatchSet::LoadGlobalPatches(KORA4KeyAccess& access) {
 HRESULT KORA4ManagedPatchSet::WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
                                                KORA4PresetTechnology technology,
                                                bool bumpTrigger, const KnownWords& known) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::WritePresetPatch", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::WritePresetPatch");
     KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( presetTech )");
     KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
                    "KORA4KeysClient::IsAllowableProfile( profile )");
@@ -189,8 +163,7 @@ HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
                                                      std::uint32_t profile,
                                                      KORA4PresetTechnology technology,
                                                      const KnownWords& known) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::WritePresetPatchEnable", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::WritePresetPatchEnable");
     // No technology has the GUID offset of the volume: it would write that one's switch.
     if (!IsValidTechnology(technology))
         return hr = result::cInvalidArg;
@@ -206,8 +179,7 @@ HRESULT KORA4ManagedPatchSet::WritePresetPatchEnable(KORA4KeyAccess& access,
 HRESULT KORA4ManagedPatchSet::WritePresetTechPatchData(KORA4KeyAccess& access,
                                                        std::uint32_t profile,
                                                        KORA4PresetTechnology technology) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::WritePresetTechPatchData", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::WritePresetTechPatchData");
     TechnologyFields fields;
     hr = GetTechnologyFields(technology, &fields);
     const PropertyKey key = PresetPatchKey(technology, profile, pkey::cSwitchPid);

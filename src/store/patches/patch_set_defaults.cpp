@@ -48,8 +48,7 @@ bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4GlobalTechnology technology)
 
 HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4PresetTechnology technology,
                                                   TechnologyFields* pOut) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::GetTechnologyFields", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::GetTechnologyFields");
     const bool isValid = IsValidTechnology(technology);
     KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
     return hr = FieldsOf(fields::cPresetRecords, technology, isValid, m_records, pOut);
@@ -57,8 +56,7 @@ HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4PresetTechnology technolo
 
 HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4GlobalTechnology technology,
                                                   TechnologyFields* pOut) {
-    HRESULT hr = result::cOk;
-    KALTRACE_SCOPE("KORA4ManagedPatchSet::GetTechnologyFields", &hr);
+    KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::GetTechnologyFields");
     const bool isValid = IsValidTechnology(technology);
     KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
     return hr = FieldsOf(fields::cGlobalRecords, technology, isValid, m_records, pOut);

@@ -61,13 +61,14 @@ inline KORA4PatchValueUnion SampleValue(KORA4APITechnology technology, ULONG see
 inline GraphicEQData SampleEQ(ULONG seed) {
     GraphicEQData data;
     data.m_bands = seed;
-    for (ULONG i = 0; i < 40; ++i) {
+    for (ULONG i = 0; i < KORA4_GRAPHIC_EQ_MAX_BANDS; ++i) {
         data.m_freq[i] = static_cast<float>(1000 * seed + i);
         data.m_gain[i] = static_cast<float>(2000 * seed + i);
     }
     return data;
 }
 
+// Records the calls of the public interface.
 class ApiRecorder : public Recorder<IVeltoKORA4API> {
   public:
     // What the methods hand out.
@@ -117,11 +118,12 @@ class ApiRecorder : public Recorder<IVeltoKORA4API> {
     STDMETHODIMP SetVisualizationSamplingPeriod(ULONG period) override {
         return Saw(14, "SetVisualizationSamplingPeriod", period);
     }
-    STDMETHODIMP GetVisualizationData(float gain[20], float excitation[20]) override {
+    STDMETHODIMP GetVisualizationData(float gain[KORA4_VISUALIZATION_BANDS],
+                                      float excitation[KORA4_VISUALIZATION_BANDS]) override {
         std::ostringstream in;
-        for (int i = 0; i < 20; ++i)
+        for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i)
             in << gain[i] << "/" << excitation[i] << ",";
-        for (int i = 0; i < 20; ++i) {
+        for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i) {
             gain[i] = -static_cast<float>(i) - 0.5f;
             excitation[i] = static_cast<float>(i) + 100.25f;
         }
@@ -150,9 +152,9 @@ class ApiRecorder : public Recorder<IVeltoKORA4API> {
         *enable = m_bool;
         return Saw(21, "ToggleVeltoEnable");
     }
-    STDMETHODIMP GetProfileTable(LPWSTR names[9]) override {
+    STDMETHODIMP GetProfileTable(LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES]) override {
         std::string in;
-        for (int i = 0; i < 9; ++i) {
+        for (int i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
             in += Narrow(names[i]) + ",";
             const auto& name = m_names[static_cast<size_t>(i)];
             if (!m_leaveNames)
@@ -201,6 +203,7 @@ class ApiRecorder : public Recorder<IVeltoKORA4API> {
     const char* InterfaceName() const override { return "IVeltoKORA4API"; }
 };
 
+// Records the calls of a client's callback.
 class CallbackRecorder : public Recorder<IVeltoKORA4APICallback> {
   public:
     STDMETHODIMP OnActiveProfileChange(LONG id) override {

@@ -70,7 +70,9 @@ TEST_P(Api, ProfileNumbersTravelSigned) {
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetActiveProfile(&id); }));
     EXPECT_EQ(-7, id);
     EXPECT_EQ(S_OK, Through([](auto* api) { return api->SetActiveProfile(-2); }));
-    EXPECT_EQ(S_OK, Through([](auto* api) { return api->SetDemoProfileAndEnable(241, 5); }));
+    EXPECT_EQ(S_OK, Through([](auto* api) {
+                  return api->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, 5);
+              }));
     EXPECT_EQ(S_OK, Through([](auto* api) { return api->DeleteCustomProfile(8); }));
     EXPECT_EQ(
         "7 GetActiveProfile;8 SetActiveProfile -2;10 SetDemoProfileAndEnable 241 5;"
@@ -91,10 +93,10 @@ TEST_P(Api, SamplingPeriodTravelsUnsignedBothWays) {
 }
 
 TEST_P(Api, VisualizationArraysTravelInAndOutWhole) {
-    float gain[20];
-    float excitation[20];
+    float gain[KORA4_VISUALIZATION_BANDS];
+    float excitation[KORA4_VISUALIZATION_BANDS];
     std::ostringstream in;
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i) {
         gain[i] = static_cast<float>(i);
         excitation[i] = static_cast<float>(-i) - 1;
         in << gain[i] << "/" << excitation[i] << ",";
@@ -102,7 +104,7 @@ TEST_P(Api, VisualizationArraysTravelInAndOutWhole) {
     EXPECT_EQ(S_OK,
               Through([&](auto* api) { return api->GetVisualizationData(gain, excitation); }));
     EXPECT_EQ("15 GetVisualizationData " + in.str() + ";", Log());
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i) {
         EXPECT_EQ(-static_cast<float>(i) - 0.5f, gain[i]);
         EXPECT_EQ(static_cast<float>(i) + 100.25f, excitation[i]);
     }
@@ -177,10 +179,10 @@ TEST_P(Api, ProfileTableComesOutWithItsNulls) {
     m_object->m_names[3] = L"P1";
     m_object->m_names[5] = L"";
     m_object->m_names[8] = std::wstring(300, L'x');
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetProfileTable(names); }));
     EXPECT_EQ("22 GetProfileTable null,null,null,null,null,null,null,null,null,;", Log());
-    for (size_t i = 0; i < 9; ++i) {
+    for (size_t i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
         if (m_object->m_names[i]) {
             ASSERT_NE(nullptr, names[i]) << i;
             EXPECT_STREQ(m_object->m_names[i]->c_str(), names[i]) << i;
@@ -192,14 +194,14 @@ TEST_P(Api, ProfileTableComesOutWithItsNulls) {
 }
 
 TEST_P(Api, ProfileTableCanBeAllNullAndAllNames) {
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetProfileTable(names); }));
     for (LPWSTR name : names)
         EXPECT_EQ(nullptr, name);
-    for (size_t i = 0; i < 9; ++i)
+    for (size_t i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i)
         m_object->m_names[i] = L"name " + std::to_wstring(i);
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetProfileTable(names); }));
-    for (size_t i = 0; i < 9; ++i) {
+    for (size_t i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
         ASSERT_NE(nullptr, names[i]) << i;
         EXPECT_STREQ(m_object->m_names[i]->c_str(), names[i]);
         CoTaskMemFree(names[i]);
@@ -208,7 +210,7 @@ TEST_P(Api, ProfileTableCanBeAllNullAndAllNames) {
 
 TEST_P(Api, ProfileTableTakesStringsIn) {
     m_object->m_leaveNames = true;
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     names[0] = TaskCopy(L"first");
     names[8] = TaskCopy(L"last");
     EXPECT_EQ(S_OK, Through([&](auto* api) { return api->GetProfileTable(names); }));
@@ -366,7 +368,7 @@ TEST_P(Api, NullReferencesFailInTheProxy) {
 }
 
 TEST_P(Api, NullArraysFailInTheProxy) {
-    float levels[20] = {};
+    float levels[KORA4_VISUALIZATION_BANDS] = {};
     EXPECT_HRESULT_FAILED(
         Through([&](auto* a) { return a->GetVisualizationData(nullptr, levels); }));
     EXPECT_HRESULT_FAILED(

@@ -41,6 +41,7 @@ struct SharedApartments {
 };
 SharedApartments& Apartments();
 
+// An object of one apartment, and a user of it in another.
 template <typename Object, typename Interface>
 class Border : public testing::TestWithParam<ApartmentKind> {
   protected:

@@ -9,7 +9,9 @@ namespace {
 using Callback = Border<CallbackRecorder, IVeltoKORA4APICallback>;
 
 TEST_P(Callback, NumbersAndFlagsArrive) {
-    EXPECT_EQ(S_OK, Through([](auto* c) { return c->OnActiveProfileChange(242); }));
+    EXPECT_EQ(S_OK, Through([](auto* c) {
+                  return c->OnActiveProfileChange(KORA4_PROFILE_DEMO_GAMES);
+              }));
     EXPECT_EQ(S_OK, Through([](auto* c) { return c->OnEnableStateChange(TRUE); }));
     EXPECT_EQ(S_OK, Through([](auto* c) { return c->OnCustomProfileTableChange(); }));
     EXPECT_EQ(S_OK, Through([](auto* c) {

@@ -10,6 +10,7 @@
 
 #include "contract/proxy/api_recorder.h"
 #include "contract/proxy/border.h"
+#include "support/counted.h"
 #include "support/raw_store.h"
 #include "support/registry_fixture.h"
 
@@ -84,7 +85,7 @@ void CallProfiles(IVeltoKORA4API* api, Transcript& t) {
     t.Note(24, "CreateCustomProfile", api->CreateCustomProfile(5, L"Day"));
     t.Note(23, "SetCustomProfileName", api->SetCustomProfileName(4, L"Noon"));
     t.Note(23, "SetCustomProfileName", api->SetCustomProfileName(8, L"Noon"));
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     const HRESULT hr = api->GetProfileTable(names);
     std::string table;
     for (const LPWSTR name : names)
@@ -97,12 +98,14 @@ void CallProfiles(IVeltoKORA4API* api, Transcript& t) {
     t.Note(25, "DeleteCustomProfile", api->DeleteCustomProfile(8));
     t.Note(25, "DeleteCustomProfile", api->DeleteCustomProfile(5));
     t.Note(11, "RevertFromDemoMode", api->RevertFromDemoMode());
-    t.Note(10, "SetDemoProfileAndEnable", api->SetDemoProfileAndEnable(241, FALSE));
+    t.Note(10, "SetDemoProfileAndEnable",
+           api->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, FALSE));
     get();
     t.Note(8, "SetActiveProfile", api->SetActiveProfile(2));
     t.Note(11, "RevertFromDemoMode", api->RevertFromDemoMode());
     get();
-    t.Note(10, "SetDemoProfileAndEnable", api->SetDemoProfileAndEnable(242, TRUE));
+    t.Note(10, "SetDemoProfileAndEnable",
+           api->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, TRUE));
     t.Note(12, "ForceRevertFromDemoMode", api->ForceRevertFromDemoMode());
     get();
 }
@@ -115,11 +118,11 @@ void CallDisplay(IVeltoKORA4API* api, Transcript& t) {
         hr = api->SetVisualizationSamplingPeriod(period);
         t.Note(14, "SetVisualizationSamplingPeriod", hr);
     }
-    float gain[20] = {};
-    float excitation[20] = {};
+    float gain[KORA4_VISUALIZATION_BANDS] = {};
+    float excitation[KORA4_VISUALIZATION_BANDS] = {};
     HRESULT hr = api->GetVisualizationData(gain, excitation);
     std::ostringstream levels;
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < KORA4_VISUALIZATION_BANDS; ++i)
         levels << gain[i] << "/" << excitation[i] << ",";
     t.Note(15, "GetVisualizationData", hr, levels.str());
     LPWSTR text = nullptr;
@@ -199,23 +202,9 @@ void CallEverything(IVeltoKORA4API* api, IVeltoKORA4APICallback* callback, Trans
 }
 
 // A client's callback that may be called on any thread.
-class ToldClient final : public IVeltoKORA4APICallback {
+class ToldClient final : public Counted<IVeltoKORA4APICallback> {
   public:
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IVeltoKORA4APICallback)
-            return E_NOINTERFACE;
-        *ppv = static_cast<IVeltoKORA4APICallback*>(this);
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
-    }
+    ToldClient() : Counted(0) {}
 
     STDMETHODIMP OnActiveProfileChange(LONG profile) override {
         return Told(3, "OnActiveProfileChange", profile);
@@ -249,7 +238,6 @@ class ToldClient final : public IVeltoKORA4APICallback {
         }
     }
     DWORD ThreadId() const { return m_threadId; }
-    ULONG References() const { return m_references; }
 
   private:
     ~ToldClient() = default;
@@ -267,7 +255,6 @@ class ToldClient final : public IVeltoKORA4APICallback {
         return S_OK;
     }
 
-    std::atomic<ULONG> m_references{0};
     std::mutex m_mutex;
     std::vector<std::string> m_lines;
     UniqueHandle m_told{CreateEventW(nullptr, FALSE, FALSE, nullptr)};

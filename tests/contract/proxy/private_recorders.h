@@ -23,6 +23,7 @@ ULONG Digest(const T* elements, size_t count) {
     return digest;
 }
 
+// Records the calls of the gate of the monitor.
 class GateRecorder : public Recorder<ICOMCallbackGate> {
   public:
     STDMETHODIMP Callback(ULONG value) override { return Saw(3, "Callback", value); }
@@ -31,6 +32,7 @@ class GateRecorder : public Recorder<ICOMCallbackGate> {
     const char* InterfaceName() const override { return "ICOMCallbackGate"; }
 };
 
+// Records the calls of the version interface.
 class VersionRecorder : public Recorder<IKaltrixVersion> {
   public:
     STDMETHODIMP GetVersionCharacter(LONG index, CHAR* pCharacter) override {
@@ -42,6 +44,7 @@ class VersionRecorder : public Recorder<IKaltrixVersion> {
     const char* InterfaceName() const override { return "IKaltrixVersion"; }
 };
 
+// Records the calls of the processor's interface.
 class ProcessorRecorder : public Recorder<IKaltrixAudioProcessor> {
   public:
     STDMETHODIMP Control(LONG code, UINT64 first, INT64 second) override {
@@ -61,6 +64,7 @@ class ProcessorRecorder : public Recorder<IKaltrixAudioProcessor> {
     const char* InterfaceName() const override { return "IKaltrixAudioProcessor"; }
 };
 
+// Records the calls of the processor's interface for this engine.
 class Kora4Recorder : public Recorder<IKaltrixVeltoKORA4> {
   public:
     STDMETHODIMP LocalAttach(void*) override { return Saw(3, "LocalAttach"); }

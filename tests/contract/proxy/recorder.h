@@ -7,11 +7,12 @@
 #include <objbase.h>
 #include <windows.h>
 
-#include <atomic>
 #include <cstring>
 #include <map>
 #include <sstream>
 #include <string>
+
+#include "support/counted.h"
 
 namespace kora4::test {
 
@@ -31,24 +32,8 @@ Enumeration NumberAs(int number) {
 // `I`: the interface that the derived class implements. Belongs to its references; its
 // methods run on the owner's thread, its fields are read after the call has returned.
 template <typename I>
-class Recorder : public I {
+class Recorder : public Counted<I> {
   public:
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        *ppv = nullptr;
-        if (iid != IID_IUnknown && iid != __uuidof(I))
-            return E_NOINTERFACE;
-        *ppv = static_cast<I*>(this);
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
-    }
-
     // What the next calls return.
     HRESULT m_result = S_OK;
 
@@ -66,7 +51,7 @@ class Recorder : public I {
     bool m_throughProxy = true;
 
   protected:
-    virtual ~Recorder() = default;
+    Recorder() : Counted<I>(0) {}
     virtual const char* InterfaceName() const = 0;
 
     template <typename... Arguments>
@@ -82,7 +67,6 @@ class Recorder : public I {
     }
 
   private:
-    std::atomic<ULONG> m_references{0};
     std::string m_log;
 };
 

@@ -93,15 +93,15 @@ TEST_F(ApiWire, GraphicEQIsCopiedAsItIs) {
 }
 
 TEST_F(ApiWire, VisualizationArraysAreEightyBytesEach) {
-    float gain[20] = {};
-    float excitation[20] = {};
+    float gain[KORA4_VISUALIZATION_BANDS] = {};
+    float excitation[KORA4_VISUALIZATION_BANDS] = {};
     EXPECT_EQ(S_OK, m_proxy->GetVisualizationData(gain, excitation));
     EXPECT_EQ(160u, SentSize());
     EXPECT_EQ(164u, m_channel->m_reply.size());
 }
 
 TEST_F(ApiWire, TableOfNullsIsNineNullReferents) {
-    LPWSTR names[9] = {};
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
     EXPECT_EQ(S_OK, m_proxy->GetProfileTable(names));
     ASSERT_EQ(36u, SentSize());
     EXPECT_EQ(Bytes(36, 0), m_channel->m_request);

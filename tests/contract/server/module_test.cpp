@@ -31,16 +31,16 @@ class ModuleTest : public ::testing::Test {
 
     ComPtr<IClassFactory> Factory() const {
         ComPtr<IClassFactory> factory;
-        EXPECT_EQ(m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory,
-                                           reinterpret_cast<void**>(factory.GetAddressOf())),
-                  S_OK);
+        EXPECT_EQ(S_OK,
+                  m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory,
+                                           reinterpret_cast<void**>(factory.GetAddressOf())));
         return factory;
     }
     ComPtr<IVeltoKORA4API> Create() const {
         ComPtr<IVeltoKORA4API> api;
-        EXPECT_EQ(Factory()->CreateInstance(nullptr, IID_IVeltoKORA4API,
-                                            reinterpret_cast<void**>(api.GetAddressOf())),
-                  S_OK);
+        EXPECT_EQ(S_OK,
+                  Factory()->CreateInstance(nullptr, IID_IVeltoKORA4API,
+                                            reinterpret_cast<void**>(api.GetAddressOf())));
         return api;
     }
 
@@ -53,9 +53,9 @@ class ModuleTest : public ::testing::Test {
 TEST_F(ModuleTest, TheTestClassHasAClassObject) {
     for (const IID& iid : {IID_IClassFactory, IID_IUnknown}) {
         ComPtr<IUnknown> object;
-        EXPECT_EQ(m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, iid,
-                                           reinterpret_cast<void**>(object.GetAddressOf())),
-                  S_OK);
+        EXPECT_EQ(S_OK,
+                  m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, iid,
+                                           reinterpret_cast<void**>(object.GetAddressOf())));
         EXPECT_TRUE(object);
     }
 }
@@ -64,25 +64,23 @@ TEST_F(ModuleTest, OtherClassesAreNotAvailable) {
     for (const CLSID& clsid : {CLSID_VeltoKORA4APIAnalogCoclass, CLSID_VeltoKORA4APIHDMICoclass,
                                IID_IVeltoKORA4API, GUID{}}) {
         void* object = this;
-        EXPECT_EQ(m_library.GetClassObject(clsid, IID_IClassFactory, &object),
-                  CLASS_E_CLASSNOTAVAILABLE);
-        EXPECT_EQ(object, nullptr);
+        EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+                  m_library.GetClassObject(clsid, IID_IClassFactory, &object));
+        EXPECT_EQ(nullptr, object);
     }
 }
 
 TEST_F(ModuleTest, AClassObjectHasNoOtherInterface) {
     void* object = this;
-    EXPECT_EQ(
-        m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IVeltoKORA4API, &object),
-        E_NOINTERFACE);
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(m_library.CanUnloadNow(), S_OK);
+    EXPECT_EQ(E_NOINTERFACE, m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass,
+                                                      IID_IVeltoKORA4API, &object));
+    EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(S_OK, m_library.CanUnloadNow());
 }
 
 TEST_F(ModuleTest, AClassObjectNeedsAPlaceToGo) {
-    EXPECT_EQ(
-        m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory, nullptr),
-        E_POINTER);
+    EXPECT_EQ(E_POINTER, m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass,
+                                                  IID_IClassFactory, nullptr));
 }
 
 TEST_F(ModuleTest, TheFactoryCreatesTheApiObject) {
@@ -92,56 +90,56 @@ TEST_F(ModuleTest, TheFactoryCreatesTheApiObject) {
 TEST_F(ModuleTest, TheFactoryRefusesAggregation) {
     const auto factory = Factory();
     void* object = this;
-    EXPECT_EQ(factory->CreateInstance(factory.Get(), IID_IUnknown, &object),
-              CLASS_E_NOAGGREGATION);
-    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(CLASS_E_NOAGGREGATION,
+              factory->CreateInstance(factory.Get(), IID_IUnknown, &object));
+    EXPECT_EQ(nullptr, object);
 }
 
 TEST_F(ModuleTest, TheFactoryRefusesUnknownInterfaces) {
     void* object = this;
-    EXPECT_EQ(Factory()->CreateInstance(nullptr, IID_IClassFactory, &object), E_NOINTERFACE);
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(m_library.CanUnloadNow(), S_OK);
+    EXPECT_EQ(E_NOINTERFACE, Factory()->CreateInstance(nullptr, IID_IClassFactory, &object));
+    EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(S_OK, m_library.CanUnloadNow());
 }
 
 TEST_F(ModuleTest, TheFactoryNeedsAPlaceForTheObject) {
-    EXPECT_EQ(Factory()->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, Factory()->CreateInstance(nullptr, IID_IUnknown, nullptr));
 }
 
 // ---- The lock count -----------------------------------------------------------------------
 
 TEST_F(ModuleTest, CanBeUnloadedWhileNothingIsInUse) {
-    EXPECT_EQ(m_library.CanUnloadNow(), S_OK);
+    EXPECT_EQ(S_OK, m_library.CanUnloadNow());
 }
 
 TEST_F(ModuleTest, AnObjectKeepsItLoaded) {
     auto api = Create();
-    EXPECT_EQ(m_library.CanUnloadNow(), S_FALSE);
+    EXPECT_EQ(S_FALSE, m_library.CanUnloadNow());
     api.Reset();
-    EXPECT_EQ(m_library.CanUnloadNow(), S_OK);
+    EXPECT_EQ(S_OK, m_library.CanUnloadNow());
 }
 
 TEST_F(ModuleTest, AFactoryKeepsItLoaded) {
     auto factory = Factory();
-    EXPECT_EQ(m_library.CanUnloadNow(), S_FALSE);
+    EXPECT_EQ(S_FALSE, m_library.CanUnloadNow());
     factory.Reset();
-    EXPECT_EQ(m_library.CanUnloadNow(), S_OK);
+    EXPECT_EQ(S_OK, m_library.CanUnloadNow());
 }
 
 TEST_F(ModuleTest, EachServerLockKeepsItLoadedUntilItIsDropped) {
-    EXPECT_EQ(Factory()->LockServer(TRUE), S_OK);
-    EXPECT_EQ(Factory()->LockServer(TRUE), S_OK);
-    EXPECT_EQ(m_library.CanUnloadNow(), S_FALSE);
-    EXPECT_EQ(Factory()->LockServer(FALSE), S_OK);
-    EXPECT_EQ(m_library.CanUnloadNow(), S_FALSE);
-    EXPECT_EQ(Factory()->LockServer(FALSE), S_OK);
-    EXPECT_EQ(m_library.CanUnloadNow(), S_OK);
+    EXPECT_EQ(S_OK, Factory()->LockServer(TRUE));
+    EXPECT_EQ(S_OK, Factory()->LockServer(TRUE));
+    EXPECT_EQ(S_FALSE, m_library.CanUnloadNow());
+    EXPECT_EQ(S_OK, Factory()->LockServer(FALSE));
+    EXPECT_EQ(S_FALSE, m_library.CanUnloadNow());
+    EXPECT_EQ(S_OK, Factory()->LockServer(FALSE));
+    EXPECT_EQ(S_OK, m_library.CanUnloadNow());
 }
 
 TEST_F(ModuleTest, AnInitialisedObjectAndItsMonitorKeepItLoadedUntilBothAreGone) {
     auto api = Create();
-    ASSERT_EQ(api->Initialize(), S_OK);
-    EXPECT_EQ(m_library.CanUnloadNow(), S_FALSE);
+    ASSERT_EQ(S_OK, api->Initialize());
+    EXPECT_EQ(S_FALSE, m_library.CanUnloadNow());
     api.Reset();
     EXPECT_TRUE(PumpUntil([this] { return m_library.CanUnloadNow() == S_OK; }, nullptr, 2000));
 }
@@ -162,15 +160,14 @@ std::vector<std::string> ScriptTokens(HMODULE module, int id) {
 }
 
 TEST_F(ModuleTest, CarriesTheScriptOfItsAppId) {
-    EXPECT_EQ(ScriptTokens(m_library.Module(), 101),
-              (std::vector<std::string>{"HKCR", "{", "NoRemove", "AppID", "{", "'%APPID%'", "=",
+    EXPECT_EQ((std::vector<std::string>{"HKCR", "{", "NoRemove", "AppID", "{", "'%APPID%'", "=",
                                         "s", "'QXA64T'", "'QXA64T.DLL'", "{", "val", "AppID",
-                                        "=", "s", "'%APPID%'", "}", "}", "}"}));
+                                        "=", "s", "'%APPID%'", "}", "}", "}"}),
+              ScriptTokens(m_library.Module(), 101));
 }
 
 TEST_F(ModuleTest, CarriesTheScriptOfItsClass) {
-    EXPECT_EQ(ScriptTokens(m_library.Module(), 102),
-              (std::vector<std::string>{"HKCR",
+    EXPECT_EQ((std::vector<std::string>{"HKCR",
                                         "{",
                                         "NoRemove",
                                         "CLSID",
@@ -198,16 +195,16 @@ TEST_F(ModuleTest, CarriesTheScriptOfItsClass) {
                                         "}",
                                         "}",
                                         "}",
-                                        "}"}));
+                                        "}"}),
+              ScriptTokens(m_library.Module(), 102));
 }
 
 TEST_F(ModuleTest, CarriesItsTypeLibraryAsResourceOne) {
     ComPtr<ITypeLib> typeLib;
-    EXPECT_EQ(
-        LoadTypeLibEx((LibraryPath() + L"\\1").c_str(), REGKIND_NONE, typeLib.GetAddressOf()),
-        S_OK);
+    EXPECT_EQ(S_OK, LoadTypeLibEx((LibraryPath() + L"\\1").c_str(), REGKIND_NONE,
+                                  typeLib.GetAddressOf()));
     TLIBATTR* attributes = nullptr;
-    ASSERT_EQ(typeLib->GetLibAttr(&attributes), S_OK);
+    ASSERT_EQ(S_OK, typeLib->GetLibAttr(&attributes));
     EXPECT_EQ(attributes->guid, LIBID_KORA4ASLLib);
     typeLib->ReleaseTLibAttr(attributes);
 }
@@ -237,9 +234,9 @@ class VersionResource : public ::testing::Test {
 
 TEST_F(VersionResource, SaysTheVersionInNumbers) {
     const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(Query(L"\\"));
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->dwFileVersionMS, MAKELONG(2, 7) + 0u);
-    EXPECT_EQ(info->dwFileVersionLS, MAKELONG(4, 7000) + 0u);
+    ASSERT_NE(nullptr, info);
+    EXPECT_EQ(MAKELONG(2, 7) + 0u, info->dwFileVersionMS);
+    EXPECT_EQ(MAKELONG(4, 7000) + 0u, info->dwFileVersionLS);
     EXPECT_EQ(info->dwProductVersionMS, info->dwFileVersionMS);
     EXPECT_EQ(info->dwProductVersionLS, info->dwFileVersionLS);
 }
@@ -269,7 +266,7 @@ class ModuleTrace : public ModuleTest {
         ModuleTest::SetUp();
         WriteStoredUINT(eKeySetStatic, pkey::Setting(pkey::cTraceFlagsPid), 0x01000900);
         m_api = Create();
-        ASSERT_EQ(m_api->Initialize(), S_OK);
+        ASSERT_EQ(S_OK, m_api->Initialize());
         m_log.Clear();
     }
 
@@ -293,8 +290,8 @@ TEST_F(ModuleTrace, ClassObjectRequestsTellTheBeginningsOfTheirGuids) {
 
 TEST_F(ModuleTrace, TheUnloadQuestionIsTracedWithItsAnswer) {
     m_library.CanUnloadNow();
-    EXPECT_EQ(MessagesOf(Lines(), "DllCanUnloadNow"),
-              (std::vector<std::string>{">>", "<< hr: 0x00000001"}));
+    EXPECT_EQ((std::vector<std::string>{">>", "<< hr: 0x00000001"}),
+              MessagesOf(Lines(), "DllCanUnloadNow"));
 }
 
 TEST_F(ModuleTrace, ThreadsAreTracedWhenTheyComeAndGo) {
@@ -321,16 +318,15 @@ TEST(ModuleUnload, TwoThousandCyclesLeaveNothingBehind) {
     const auto cycle = [] {
         const LoadedLibrary library;
         ComPtr<IClassFactory> factory;
-        ASSERT_EQ(library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory,
-                                         reinterpret_cast<void**>(factory.GetAddressOf())),
-                  S_OK);
+        ASSERT_EQ(S_OK,
+                  library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory,
+                                         reinterpret_cast<void**>(factory.GetAddressOf())));
         ComPtr<IVeltoKORA4API> api;
-        ASSERT_EQ(factory->CreateInstance(nullptr, IID_IVeltoKORA4API,
-                                          reinterpret_cast<void**>(api.GetAddressOf())),
-                  S_OK);
+        ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IVeltoKORA4API,
+                                                reinterpret_cast<void**>(api.GetAddressOf())));
         api.Reset();
         factory.Reset();
-        ASSERT_EQ(library.CanUnloadNow(), S_OK);
+        ASSERT_EQ(S_OK, library.CanUnloadNow());
     };
     const auto nextTlsIndex = [] {
         const DWORD index = TlsAlloc();
@@ -348,9 +344,9 @@ TEST(ModuleUnload, TwoThousandCyclesLeaveNothingBehind) {
     const std::uintptr_t handleBefore = nextHandle();
     for (int i = 0; i < cCycles && !HasFatalFailure(); ++i)
         cycle();
-    EXPECT_EQ(nextTlsIndex(), tlsBefore);
-    EXPECT_EQ(nextHandle(), handleBefore);
-    EXPECT_EQ(GetModuleHandleW(L"QXA64T.dll"), nullptr);
+    EXPECT_EQ(tlsBefore, nextTlsIndex());
+    EXPECT_EQ(handleBefore, nextHandle());
+    EXPECT_EQ(nullptr, GetModuleHandleW(L"QXA64T.dll"));
 }
 
 }  // namespace

@@ -113,34 +113,34 @@ std::string Narrow(const std::wstring& ascii) {
 }
 
 TEST_F(Registration, WritesTheClassWithItsServerAndThreadingModel) {
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
     EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, cClass),
               "[]\n REG_SZ KORA4 ASL Test COM Class\n[InprocServer32]\n REG_SZ " +
                   Narrow(LibraryPath()) + "\nThreadingModel REG_SZ Both\n");
 }
 
 TEST_F(Registration, WritesTheAppId) {
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, cAppId), "[]\n REG_SZ QXA64T\n");
-    EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, cAppIdOfLibrary),
-              "[]\nAppID REG_SZ {D4086C01-F20F-480F-A293-938122C6452B}\n");
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ("[]\n REG_SZ QXA64T\n", DumpKey(HKEY_CLASSES_ROOT, cAppId));
+    EXPECT_EQ("[]\nAppID REG_SZ {D4086C01-F20F-480F-A293-938122C6452B}\n",
+              DumpKey(HKEY_CLASSES_ROOT, cAppIdOfLibrary));
 }
 
 TEST_F(Registration, RegistersTheTypeLibraryOfTheLibraryItself) {
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cTypeLibPath, L""), LibraryPath());
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(LibraryPath(), ReadString(HKEY_CLASSES_ROOT, cTypeLibPath, L""));
     ComPtr<ITypeLib> typeLib;
-    EXPECT_EQ(LoadRegTypeLib(LIBID_KORA4ASLLib, 1, 0, 0x409, typeLib.GetAddressOf()), S_OK);
+    EXPECT_EQ(S_OK, LoadRegTypeLib(LIBID_KORA4ASLLib, 1, 0, 0x409, typeLib.GetAddressOf()));
 }
 
 TEST_F(Registration, CreatesTheSettingKeysAndNoneForTheApplications) {
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(cEmptyStore, StoreSnapshot());
 }
 
 TEST_F(Registration, AddsNothingElseToTheClasses) {
     const std::string before = Classes();
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     const std::string typeLib = "[TYPELIB\\{4D455D10-5B43-48E6-AE4E-308A29CFE9D1}";
     EXPECT_EQ(NewKeys(before, Classes()),
               (std::vector<std::string>{
@@ -155,12 +155,12 @@ TEST_F(Registration, AddsNothingElseToTheClasses) {
                   typeLib + "\\1.0]",
                   typeLib + "]",
               }));
-    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
-    EXPECT_EQ(NewKeys(before, Classes()), std::vector<std::string>{});
+    EXPECT_EQ(S_OK, m_library.UnregisterServer());
+    EXPECT_EQ(std::vector<std::string>{}, NewKeys(before, Classes()));
 }
 
 TEST_F(Registration, DoesNotRegisterTheClassesThatAreNotServed) {
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
     EXPECT_FALSE(
         KeyExists(HKEY_CLASSES_ROOT, L"CLSID\\{B612768B-F11E-43EA-976C-1B226F8741FE}"));
     EXPECT_FALSE(
@@ -168,58 +168,58 @@ TEST_F(Registration, DoesNotRegisterTheClassesThatAreNotServed) {
 }
 
 TEST_F(Registration, TwiceIsOnce) {
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
     const std::string classes = Classes();
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(Classes(), classes);
-    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(classes, Classes());
+    EXPECT_EQ(cEmptyStore, StoreSnapshot());
 }
 
 TEST_F(Registration, ReplacesAnOldClassKeyWhole) {
     CreateKey(HKEY_CLASSES_ROOT, std::wstring(cClass) + L"\\LocalServer32");
     WriteValue(HKEY_CLASSES_ROOT, cClassServer, L"old", REG_SZ, L"1", 4);
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, std::wstring(cClass) + L"\\LocalServer32"));
     EXPECT_FALSE(ReadValue(HKEY_CLASSES_ROOT, cClassServer, L"old"));
 }
 
 TEST_F(Registration, KeepsTheSettingsThatAreStoredAlready) {
     WriteStoredUINT(eKeySetDynamic, cSomeSetting, 2);
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(ReadStoredUINT(eKeySetDynamic, cSomeSetting), 2u);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(2u, ReadStoredUINT(eKeySetDynamic, cSomeSetting));
 }
 
 TEST_F(Registration, UnregistrationRemovesTheClassTheAppIdAndTheTypeLibrary) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(S_OK, m_library.UnregisterServer());
     for (const wchar_t* const path : {cClass, cAppId, cAppIdOfLibrary, cTypeLib})
         EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, path)) << Narrow(path);
 }
 
 TEST_F(Registration, UnregistrationKeepsTheParentsOfItsKeys) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(S_OK, m_library.UnregisterServer());
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, L"CLSID"));
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, L"AppID"));
 }
 
 TEST_F(Registration, UnregistrationKeepsTheSettings) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     WriteStoredUINT(eKeySetDynamic, cSomeSetting, 2);
     const std::string before = StoreSnapshot();
-    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
-    EXPECT_EQ(StoreSnapshot(), before);
+    EXPECT_EQ(S_OK, m_library.UnregisterServer());
+    EXPECT_EQ(before, StoreSnapshot());
 }
 
 TEST_F(Registration, UnregistrationRemovesAClassKeyWithWhatOthersPutThere) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     CreateKey(HKEY_CLASSES_ROOT, std::wstring(cClass) + L"\\Foreign\\Deep");
-    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    EXPECT_EQ(S_OK, m_library.UnregisterServer());
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
 }
 
 TEST_F(Registration, AFailureOfUnregistrationIsTheResultAndSkipsTheRest) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     RemoveKey(HKEY_CLASSES_ROOT, cTypeLib);
     EXPECT_HRESULT_FAILED(m_library.UnregisterServer());
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
@@ -228,16 +228,16 @@ TEST_F(Registration, AFailureOfUnregistrationIsTheResultAndSkipsTheRest) {
 
 TEST_F(Registration, AFailureToMakeTheSettingKeysIsTheResultButTheClassIsRegistered) {
     UniqueRegKey base;  // under a volatile key only volatile ones can be created
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, cBase, 0, nullptr, REG_OPTION_VOLATILE,
-                              KEY_WRITE, nullptr, base.Put(), nullptr),
-              ERROR_SUCCESS);
-    EXPECT_EQ(m_library.RegisterServer(), E_FAIL);
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExW(HKEY_LOCAL_MACHINE, cBase, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_WRITE, nullptr, base.Put(), nullptr));
+    EXPECT_EQ(E_FAIL, m_library.RegisterServer());
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, cClassServer));
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, cTypeLib));
 }
 
 TEST_F(Registration, AgainRepairsKeysThatDenyEverybody) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     WriteStoredUINT(eKeySetDynamic, cSomeSetting, 2);
     for (const wchar_t* const path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath}) {
         const DeniedKey denied(path);
@@ -251,7 +251,7 @@ TEST_F(Registration, NeverOpensWhatALinkInPlaceOfAKeyLeadsTo) {
     constexpr wchar_t cVictim[] = L"SOFTWARE\\KORA4 registration test";
     CreateKey(HKEY_LOCAL_MACHINE, cVictim);
     const std::wstring before = DaclOf(cVictim);
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     RemoveKey(HKEY_LOCAL_MACHINE, cDynamicKeysPath);
     {
         const RegistryLink link(cDynamicKeysPath, cVictim);
@@ -264,40 +264,39 @@ TEST_F(Registration, NeverOpensWhatALinkInPlaceOfAKeyLeadsTo) {
 TEST_F(Registration, TheThreadsLocaleIsAsBeforeInEveryCase) {
     const LCID former = GetThreadLocale();
     ASSERT_TRUE(SetThreadLocale(0x0407));
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(GetThreadLocale(), 0x0407u);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(0x0407u, GetThreadLocale());
     RemoveKey(HKEY_CLASSES_ROOT, cTypeLib);
     EXPECT_HRESULT_FAILED(m_library.UnregisterServer());
-    EXPECT_EQ(GetThreadLocale(), 0x0407u);
+    EXPECT_EQ(0x0407u, GetThreadLocale());
     SetThreadLocale(former);
 }
 
 TEST_F(Registration, TheRegisteredClassIsCreatedInEachKindOfApartment) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     for (const DWORD model : {DWORD{COINIT_MULTITHREADED}, DWORD{COINIT_APARTMENTTHREADED}}) {
         std::thread([model] {
             const Apartment apartment(model);
             ComPtr<IVeltoKORA4API> api;
-            EXPECT_EQ(CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr,
-                                       CLSCTX_INPROC_SERVER, IID_IVeltoKORA4API,
-                                       reinterpret_cast<void**>(api.GetAddressOf())),
-                      S_OK);
+            EXPECT_EQ(S_OK, CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr,
+                                             CLSCTX_INPROC_SERVER, IID_IVeltoKORA4API,
+                                             reinterpret_cast<void**>(api.GetAddressOf())));
             // Without a proxy: a class for both models lives where it is created.
             ComPtr<IUnknown> proxy;
-            EXPECT_EQ(api.Get()->QueryInterface(IID_IClientSecurity,
-                                                reinterpret_cast<void**>(proxy.GetAddressOf())),
-                      E_NOINTERFACE);
+            EXPECT_EQ(E_NOINTERFACE,
+                      api.Get()->QueryInterface(
+                          IID_IClientSecurity, reinterpret_cast<void**>(proxy.GetAddressOf())));
         }).join();
     }
 }
 
 TEST_F(Registration, TheSystemsRegistrationProgramWorks) {
-    EXPECT_EQ(RunProgram(L"regsvr32.exe /s \"" + LibraryPath() + L"\""), 0u);
-    EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cClassServer, L""), LibraryPath());
-    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
-    EXPECT_EQ(RunProgram(L"regsvr32.exe /u /s \"" + LibraryPath() + L"\""), 0u);
+    EXPECT_EQ(0u, RunProgram(L"regsvr32.exe /s \"" + LibraryPath() + L"\""));
+    EXPECT_EQ(LibraryPath(), ReadString(HKEY_CLASSES_ROOT, cClassServer, L""));
+    EXPECT_EQ(cEmptyStore, StoreSnapshot());
+    EXPECT_EQ(0u, RunProgram(L"regsvr32.exe /u /s \"" + LibraryPath() + L"\""));
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
-    EXPECT_EQ(StoreSnapshot(), cEmptyStore);
+    EXPECT_EQ(cEmptyStore, StoreSnapshot());
 }
 
 class RegistrationFromFolder : public Registration,
@@ -305,22 +304,21 @@ class RegistrationFromFolder : public Registration,
 
 TEST_P(RegistrationFromFolder, AnyPathWorks) {
     wchar_t temp[MAX_PATH];
-    ASSERT_NE(GetTempPathW(MAX_PATH, temp), 0u);
+    ASSERT_NE(0u, GetTempPathW(MAX_PATH, temp));
     const std::wstring folder = std::wstring(temp) + GetParam();
     const std::wstring path = folder + L"\\QXA64T.dll";
     CreateDirectoryW(folder.c_str(), nullptr);
     ASSERT_TRUE(CopyFileW(LibraryPath().c_str(), path.c_str(), FALSE));
     {
         const RegisteredLibrary registered(path);
-        EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cClassServer, L""), path);
-        EXPECT_EQ(ReadString(HKEY_CLASSES_ROOT, cTypeLibPath, L""), path);
+        EXPECT_EQ(path, ReadString(HKEY_CLASSES_ROOT, cClassServer, L""));
+        EXPECT_EQ(path, ReadString(HKEY_CLASSES_ROOT, cTypeLibPath, L""));
         ComPtr<ITypeLib> typeLib;
-        EXPECT_EQ(LoadRegTypeLib(LIBID_KORA4ASLLib, 1, 0, 0x409, typeLib.GetAddressOf()), S_OK);
+        EXPECT_EQ(S_OK, LoadRegTypeLib(LIBID_KORA4ASLLib, 1, 0, 0x409, typeLib.GetAddressOf()));
         ComPtr<IUnknown> object;
-        EXPECT_EQ(
-            CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr, CLSCTX_INPROC_SERVER,
-                             IID_IUnknown, reinterpret_cast<void**>(object.GetAddressOf())),
-            S_OK);
+        EXPECT_EQ(S_OK, CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr,
+                                         CLSCTX_INPROC_SERVER, IID_IUnknown,
+                                         reinterpret_cast<void**>(object.GetAddressOf())));
     }
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, cClass));
     CoFreeUnusedLibrariesEx(0, 0);
@@ -335,25 +333,23 @@ INSTANTIATE_TEST_SUITE_P(Folders, RegistrationFromFolder,
                                            L"KORA4 ''all'' 5% {\u00e4} %"));
 
 TEST_F(Registration, IsTracedUnderTheModuleAndTheHookUnderTheApi) {
-    ASSERT_EQ(m_library.RegisterServer(), S_OK);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
     WriteStoredUINT(eKeySetStatic, pkey::Setting(pkey::cTraceFlagsPid), 0x01000801);
     ComPtr<IClassFactory> factory;
-    ASSERT_EQ(m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory,
-                                       reinterpret_cast<void**>(factory.GetAddressOf())),
-              S_OK);
+    ASSERT_EQ(S_OK, m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IClassFactory,
+                                             reinterpret_cast<void**>(factory.GetAddressOf())));
     ComPtr<IVeltoKORA4API> api;
-    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IVeltoKORA4API,
-                                      reinterpret_cast<void**>(api.GetAddressOf())),
-              S_OK);
-    ASSERT_EQ(api->Initialize(), S_OK);
+    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IVeltoKORA4API,
+                                            reinterpret_cast<void**>(api.GetAddressOf())));
+    ASSERT_EQ(S_OK, api->Initialize());
     TraceLog log;
-    EXPECT_EQ(m_library.RegisterServer(), S_OK);
-    EXPECT_EQ(m_library.UnregisterServer(), S_OK);
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(S_OK, m_library.UnregisterServer());
     const auto module = log.Read("KORA4ASLDLL");
     const std::vector<std::string> success{">>", "<< hr: 0x00000000"};
-    EXPECT_EQ(MessagesOf(module, "DllRegisterServer"), success);
-    EXPECT_EQ(MessagesOf(module, "DllUnregisterServer"), success);
-    EXPECT_EQ(MessagesOf(log.Read("KORA4ASL"), "OnRegisterServer"), success);
+    EXPECT_EQ(success, MessagesOf(module, "DllRegisterServer"));
+    EXPECT_EQ(success, MessagesOf(module, "DllUnregisterServer"));
+    EXPECT_EQ(success, MessagesOf(log.Read("KORA4ASL"), "OnRegisterServer"));
 }
 
 }  // namespace

@@ -19,11 +19,11 @@ TEST_P(FailingLoad, AtEachWriteLeavesTheOldStore) {
         SCOPED_TRACE("write " + std::to_string(n));
         const StoreValues before = ReadStoreValues();
         const ToolResult result = LoadWith(At("fail", n));
-        EXPECT_EQ(result.exitCode, cFailed) << result;
-        EXPECT_EQ(result.out, "") << result;
-        EXPECT_NE(result.err.find("refused for a trial"), std::string::npos) << result;
-        EXPECT_NE(result.err.find("What was there before has been put back."),
-                  std::string::npos)
+        EXPECT_EQ(cFailed, result.exitCode) << result;
+        EXPECT_EQ("", result.out) << result;
+        EXPECT_NE(std::string::npos, result.err.find("refused for a trial")) << result;
+        EXPECT_NE(std::string::npos,
+                  result.err.find("What was there before has been put back."))
             << result;
         EXPECT_FALSE(HasJournal());
         ExpectSettings(m_stores.before);
@@ -31,7 +31,7 @@ TEST_P(FailingLoad, AtEachWriteLeavesTheOldStore) {
     }
     // And there is no further write.
     ReplaceStoreValues(m_stores.before);
-    EXPECT_EQ(LoadWith(At("fail", m_load.Writes() + 1)).exitCode, cDone);
+    EXPECT_EQ(cDone, LoadWith(At("fail", m_load.Writes() + 1)).exitCode);
     ExpectStore(m_load.after);
 }
 
@@ -58,10 +58,10 @@ TEST_F(InterruptedLoad, ByCtrlCLeavesTheOldStoreAndSaysSo) {
         EXPECT_TRUE(HasJournal());
         tool.PressCtrlC();
         const ToolResult result = tool.WaitForEnd();
-        EXPECT_EQ(result.exitCode, cFailed) << result;
-        EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.err.find("Interrupted. What was there before has been put back."),
-                  std::string::npos)
+        EXPECT_EQ(cFailed, result.exitCode) << result;
+        EXPECT_EQ("", result.out);
+        EXPECT_NE(std::string::npos,
+                  result.err.find("Interrupted. What was there before has been put back."))
             << result;
         EXPECT_FALSE(HasJournal());
         ExpectSettings(m_stores.before);
@@ -77,9 +77,9 @@ TEST_F(InterruptedLoad, IsSeenByNoClientAsLongAsItRuns) {
     RunningTool other("kora4ctl", {"dump", "--all"});
     EXPECT_TRUE(other.IsSilentFor(1000));
     goOn.Set();
-    EXPECT_EQ(tool.WaitForEnd().exitCode, cDone);
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
     const ToolResult dump = other.WaitForEnd();
-    EXPECT_EQ(dump.exitCode, cDone) << dump;
+    EXPECT_EQ(cDone, dump.exitCode) << dump;
     EXPECT_EQ(WithoutReturns(dump.out), DocumentText(m_stores.after, Scope::eAll));
     ExpectStore(m_load.after);
 }
@@ -89,10 +89,10 @@ TEST_F(InterruptedLoad, WhosePuttingBackFailsKeepsItsJournalAndDoctorDoesTheRest
         SCOPED_TRACE("writes from " + std::to_string(n));
         ReplaceStoreValues(m_stores.before);
         const ToolResult result = LoadWith(At("fail-from", n));
-        EXPECT_EQ(result.exitCode, cFailed) << result;
-        EXPECT_NE(result.err.find("failed as well"), std::string::npos) << result;
-        EXPECT_NE(result.err.find(JournalPath()), std::string::npos) << result;
-        EXPECT_NE(result.err.find("kora4ctl doctor"), std::string::npos) << result;
+        EXPECT_EQ(cFailed, result.exitCode) << result;
+        EXPECT_NE(std::string::npos, result.err.find("failed as well")) << result;
+        EXPECT_NE(std::string::npos, result.err.find(JournalPath())) << result;
+        EXPECT_NE(std::string::npos, result.err.find("kora4ctl doctor")) << result;
         EXPECT_TRUE(HasJournal());
         ExpectMended(n);
     }
@@ -107,7 +107,7 @@ TEST_F(InterruptedLoad, ThatDiesWhilePuttingBackIsMendedByDoctor) {
             SCOPED_TRACE("fails at " + std::to_string(n) + ", dies at " + std::to_string(m));
             ReplaceStoreValues(m_stores.before);
             const ToolResult result = LoadWith(At("fail", n) + " " + At("die", m));
-            EXPECT_EQ(result.exitCode, cDied) << result;
+            EXPECT_EQ(cDied, result.exitCode) << result;
             EXPECT_TRUE(HasJournal());
             // Nothing was put back yet where all values were written.
             if (n > m_load.changes && m == n + 1) {
@@ -124,44 +124,44 @@ TEST_F(InterruptedLoad, WhoseDoctorDiesTooIsMendedByTheNextOne) {
     for (std::size_t m = 1; m < n + m_load.counters.size() && !HasFailure(); m += 23) {
         SCOPED_TRACE("doctor dies at " + std::to_string(m));
         ReplaceStoreValues(m_stores.before);
-        EXPECT_EQ(LoadWith(At("die", n)).exitCode, cDied);
-        EXPECT_EQ(RunTool(cFaulty, {"doctor"}, {}, Faults(At("die", m))).exitCode, cDied);
+        EXPECT_EQ(cDied, LoadWith(At("die", n)).exitCode);
+        EXPECT_EQ(cDied, RunTool(cFaulty, {"doctor"}, {}, Faults(At("die", m))).exitCode);
         EXPECT_TRUE(HasJournal());
         ExpectUndone();
     }
 }
 
 TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
-    EXPECT_EQ(LoadWith(At("die", m_load.changes / 2)).exitCode, cDied);
+    EXPECT_EQ(cDied, LoadWith(At("die", m_load.changes / 2)).exitCode);
     const StoreValues half = ReadStoreValues();
     const std::string journal = ContentOf(JournalPath());
     for (const Words& arguments :
          {Words{"load", DocumentFile()}, Words{"load", DocumentFile(), "--merge"},
           Words{"lint", "--fix"}}) {
-        Refused(arguments, cFailed, "broken off");
+        Refused(arguments, cFailed, "was interrupted");
         Refused(arguments, cFailed, "kora4ctl doctor");
         ExpectStore(half);
     }
     const Json told = ParsedJson(RunCtl({"doctor", "--dry-run", "--json"}).out);
     const Json* const finding = FindingOfLoad(told);
     ASSERT_TRUE(finding);
-    EXPECT_EQ((*finding)["severity"], "warning");
-    EXPECT_NE((*finding)["what"].get<std::string>().find("are to be put back"),
-              std::string::npos)
+    EXPECT_EQ("warning", (*finding)["severity"]);
+    EXPECT_NE(std::string::npos,
+              (*finding)["what"].get<std::string>().find("are to be put back"))
         << *finding;
     ExpectStore(half);
-    EXPECT_EQ(ContentOf(JournalPath()), journal);
+    EXPECT_EQ(journal, ContentOf(JournalPath()));
     ExpectUndone();
-    EXPECT_EQ(RunCtl({"load", DocumentFile()}).exitCode, cDone);
+    EXPECT_EQ(cDone, RunCtl({"load", DocumentFile()}).exitCode);
     ExpectSettings(m_load.after);
 }
 
 TEST_F(InterruptedLoad, LeavesTheMutexAbandonedAndTheNextOneSaysSo) {
-    EXPECT_EQ(LoadWith(At("die", 5)).exitCode, cDied);
+    EXPECT_EQ(cDied, LoadWith(At("die", 5)).exitCode);
     const ToolResult dump = RunCtl({"dump"});
-    EXPECT_EQ(dump.exitCode, cDone) << dump;
-    EXPECT_NE(dump.err.find("died with it"), std::string::npos) << dump;
-    EXPECT_EQ(RunCtl({"dump"}).err, "");
+    EXPECT_EQ(cDone, dump.exitCode) << dump;
+    EXPECT_NE(std::string::npos, dump.err.find("died while holding it")) << dump;
+    EXPECT_EQ("", RunCtl({"dump"}).err);
 }
 
 TEST_F(InterruptedLoad, WhoseJournalCannotBeMadeChangesNothing) {
@@ -169,29 +169,29 @@ TEST_F(InterruptedLoad, WhoseJournalCannotBeMadeChangesNothing) {
     MakeFile(file, "in the way");
     const Environment nowhere = {{"ProgramData", file}};
     const ToolResult result = RunTool("kora4ctl", {"load", DocumentFile()}, {}, nowhere);
-    EXPECT_EQ(result.exitCode, cFailed) << result;
-    EXPECT_NE(result.err.find("Nothing was changed"), std::string::npos) << result;
+    EXPECT_EQ(cFailed, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.err.find("Nothing was changed")) << result;
     ExpectStore(m_stores.before);
 }
 
 TEST_F(InterruptedLoad, WithAJournalThatIsNoneIsSaidByDoctorAndLeftAlone) {
-    ASSERT_EQ(LoadWith(At("die", 1)).exitCode, cDied);
+    ASSERT_EQ(cDied, LoadWith(At("die", 1)).exitCode);
     MakeFile(JournalPath(), "{\"format\": \"something else\"}\n");
     const Json told = ParsedJson(RunCtl({"doctor", "--json"}).out);
     const Json* const finding = FindingOfLoad(told);
     ASSERT_TRUE(finding);
-    EXPECT_EQ((*finding)["severity"], "error");
-    EXPECT_NE((*finding)["next"].get<std::string>().find(JournalPath()), std::string::npos);
+    EXPECT_EQ("error", (*finding)["severity"]);
+    EXPECT_NE(std::string::npos, (*finding)["next"].get<std::string>().find(JournalPath()));
     EXPECT_TRUE(HasJournal());
     ExpectStore(m_stores.before);
 }
 
 TEST_F(InterruptedLoad, WhoseJournalWasNotWholeIsNoMoreThanANote) {
-    ASSERT_EQ(LoadWith(At("die", 1)).exitCode, cDied);
+    ASSERT_EQ(cDied, LoadWith(At("die", 1)).exitCode);
     const std::string whole = ContentOf(JournalPath());
     for (const std::size_t length : {std::size_t{0}, whole.size() / 2, whole.size() - 1}) {
         MakeFile(JournalPath(), whole.substr(0, length));
-        EXPECT_NE(DoctorOnLoad().find("before it changed anything"), std::string::npos);
+        EXPECT_NE(std::string::npos, DoctorOnLoad().find("before it changed anything"));
         ExpectStore(m_stores.before);
         EXPECT_FALSE(HasJournal());
     }

@@ -16,8 +16,8 @@ bool Has(const std::string& text, const std::string& part) {
 
 std::string Script(const char* shell) {
     const ToolResult result = RunCtl({"completion", shell});
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ("", result.err);
     return result.out;
 }
 
@@ -48,7 +48,7 @@ TEST_P(CompletionScript, HasEachVerbAndEachOption) {
             for (const std::string& name : option->get_lnames())
                 EXPECT_TRUE(Has(script, "--" + name)) << path << " --" << name;
     });
-    EXPECT_GT(commands, 25);
+    EXPECT_LT(25, commands);
 }
 
 TEST_P(CompletionScript, HasEachSettingProfileAndCategory) {
@@ -72,7 +72,7 @@ TEST(PowerShellScript, ClosesWhatItOpens) {
     bool isComment = false;
     for (const char c : Script("powershell")) {
         if (c == '\n') {
-            EXPECT_EQ(quote, 0) << "a text goes on behind the end of its line";
+            EXPECT_EQ(0, quote) << "a text goes on behind the end of its line";
             isComment = false;
         } else if (quote) {
             quote = c == quote ? '\0' : quote;
@@ -88,14 +88,14 @@ TEST(PowerShellScript, ClosesWhatItOpens) {
             open.pop_back();
         }
     }
-    EXPECT_EQ(open, "");
+    EXPECT_EQ("", open);
 }
 
 TEST(CompletionVerb, RefusesOtherShells) {
     const ToolResult result = RunCtl({"completion", "bsh"});
-    EXPECT_EQ(result.exitCode, cBadInput) << result;
+    EXPECT_EQ(cBadInput, result.exitCode) << result;
     EXPECT_TRUE(Has(result.err, "'bash'")) << result;
-    EXPECT_EQ(RunCtl({"completion"}).exitCode, cUsage);
+    EXPECT_EQ(cUsage, RunCtl({"completion"}).exitCode);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "support/text_limits.h"
 #include "tools/kora4ctl/store_fixture.h"
 
 namespace kora4::test {
@@ -44,8 +45,8 @@ void AddLargeOnes(RandomStore& random, StoreValues& values) {
         const auto& schema = tools::Schema();
         const tools::SchemaValue& value =
             schema[random.Pick(static_cast<std::uint32_t>(schema.size()))];
-        std::u16string text(2048 + random.Pick(20000), u'x');
-        text[random.Pick(2048)] = 0xD800;
+        std::u16string text(cLongestTextChars + 1 + random.Pick(20000), u'x');
+        text[random.Pick(cLongestTextChars + 1)] = 0xD800;
         values[{value.keySet, value.Name()}] = StoredValue::FromText(text);
     }
 }
@@ -85,7 +86,7 @@ TEST_P(CtlDumpAndLoad, AreTheIdentityOnRandomStores) {
 TEST_P(CtlDumpAndLoad, LeaveAnEmptyStoreEmpty) {
     ReplaceStoreValues({});
     const std::string text = Done(DumpOf(GetParam()));
-    EXPECT_EQ(ParsedJson(text)["general"].size(), 0u);
+    EXPECT_EQ(0u, ParsedJson(text)["general"].size());
     RandomStore random(7);
     const StoreValues other = random.Values(3);
     ReplaceStoreValues(other);
@@ -101,8 +102,8 @@ TEST_P(CtlDumpAndLoad, TakeTheSameWayThroughAFile) {
     Words dump = DumpOf(GetParam());
     const std::string text = Done(dump);
     dump.push_back(file);
-    EXPECT_EQ(Done(dump), "");
-    EXPECT_EQ(ContentOf(file), text);
+    EXPECT_EQ("", Done(dump));
+    EXPECT_EQ(text, ContentOf(file));
     ReplaceStoreValues(stores.before);
     Done({"load", file});
     ExpectStore(LoadOf(stores.before, stores.after, GetParam()).after);
@@ -168,7 +169,7 @@ TEST_F(CtlDump, OfTheUserHasNothingThatBelongsToTheWholeMachine) {
     const Json all = ParsedJson(Done({"dump", "--all"}));
     EXPECT_TRUE(HasShape(all, cAllShape));
     EXPECT_TRUE(all["profiles"].contains("demo-movie"));
-    EXPECT_GT(all["global"].size(), 3u);
+    EXPECT_LT(3u, all["global"].size());
     EXPECT_EQ(all["profiles"]["music"], user["profiles"]["music"]);
 }
 
@@ -182,33 +183,33 @@ TEST_F(CtlDump, HasNoCountersNoSavedStateAndNoLevels) {
             value.role == tools::Role::eVisualization)
             values[{value.keySet, value.Name()}] = StoredValue::FromText(u"a trial text");
     ReplaceStoreValues(values);
-    EXPECT_EQ(Done({"dump", "--all"}), text);
+    EXPECT_EQ(text, Done({"dump", "--all"}));
 }
 
 TEST_F(CtlDump, OfASettingThatAClientMadeIsAsPeopleWouldWriteIt) {
-    ASSERT_EQ(Client().SetActiveProfile(1), S_OK);
-    ASSERT_EQ(Client().CreateCustomProfile(3, L"Sp\u00E4t"), S_OK);
+    ASSERT_EQ(S_OK, Client().SetActiveProfile(1));
+    ASSERT_EQ(S_OK, Client().CreateCustomProfile(3, L"Sp\u00E4t"));
     KORA4PatchValueUnion value = {};
     value.m_technology = eVolumeLeveler;
     value.m_values.m_volumeSlider = 7;
-    ASSERT_EQ(Client().SetSimplePatchValue(&value), S_OK);
+    ASSERT_EQ(S_OK, Client().SetSimplePatchValue(&value));
     const Json document = ParsedJson(Done({"dump"}));
-    EXPECT_EQ(document["general"]["profile"], "music");
-    EXPECT_EQ(document["profiles"]["music"]["volume-leveler"], 7);
-    EXPECT_EQ(document["profiles"]["p1"]["name"], "Sp\xC3\xA4t");
+    EXPECT_EQ("music", document["general"]["profile"]);
+    EXPECT_EQ(7, document["profiles"]["music"]["volume-leveler"]);
+    EXPECT_EQ("Sp\xC3\xA4t", document["profiles"]["p1"]["name"]);
 }
 
 TEST_F(CtlDump, WithAFileSaysWhereTheSettingsAre) {
     const std::string file = m_folder.File("here.json");
     const ToolResult said = RunCtl({"dump", file});
-    EXPECT_EQ(said.exitCode, cDone) << said;
-    EXPECT_EQ(said.out, "");
-    EXPECT_NE(said.err.find(file), std::string::npos) << said;
-    EXPECT_EQ(RunCtl({"dump", file, "--quiet"}).err, "");
+    EXPECT_EQ(cDone, said.exitCode) << said;
+    EXPECT_EQ("", said.out);
+    EXPECT_NE(std::string::npos, said.err.find(file)) << said;
+    EXPECT_EQ("", RunCtl({"dump", file, "--quiet"}).err);
     const Json result = DoneJson({"dump", "--all", file});
     EXPECT_TRUE(HasShape(result, R"({"file": "string", "scope": "=all"})"));
-    EXPECT_EQ(result["file"], file);
-    EXPECT_EQ(ParsedJson(ContentOf(file))["scope"], "all");
+    EXPECT_EQ(file, result["file"]);
+    EXPECT_EQ("all", ParsedJson(ContentOf(file))["scope"]);
 }
 
 TEST_F(CtlDump, IntoAPlaceWhereNoFileCanBeIsAFailureInWords) {

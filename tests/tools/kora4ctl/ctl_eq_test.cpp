@@ -27,12 +27,12 @@ class CtlEq : public CtlTest {
 
     std::vector<float> Gains() {
         GraphicEQData eq = {};
-        EXPECT_EQ(Client().GetGraphicEQData(&eq), S_OK);
+        EXPECT_EQ(S_OK, Client().GetGraphicEQData(&eq));
         return {eq.m_gain, eq.m_gain + eq.m_bands};
     }
     std::vector<float> Frequencies() {
         GraphicEQData eq = {};
-        EXPECT_EQ(Client().GetGraphicEQData(&eq), S_OK);
+        EXPECT_EQ(S_OK, Client().GetGraphicEQData(&eq));
         return {eq.m_freq, eq.m_freq + eq.m_bands};
     }
     static void StoreArray(std::uint32_t pid, const wchar_t* text) {
@@ -56,38 +56,39 @@ TEST_F(CtlEq, ShowHasBandsAndACurve) {
     Done({"eq", "set", "6", "-6", "0", "0", "0", "0", "0", "0", "0", "12"});
     const Json shown = DoneJson({"eq", "show"});
     EXPECT_TRUE(HasShape(shown, cShape));
-    ASSERT_EQ(shown["bands"].size(), 10u);
-    EXPECT_EQ(shown["bands"][0]["frequency"], 32);
-    EXPECT_EQ(shown["bands"][1]["gain"], -6);
+    ASSERT_EQ(10u, shown["bands"].size());
+    EXPECT_EQ(32, shown["bands"][0]["frequency"]);
+    EXPECT_EQ(-6, shown["bands"][1]["gain"]);
     const std::string text = Done({"eq", "show"});
     for (const char* const part : {"graphic equalizer of movie, on", "16000 Hz", "+12.0 dB",
                                    "-6.0 dB", "+12 ", "\xE2\x96\x88"})
-        EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+        EXPECT_NE(std::string::npos, text.find(part)) << part << "\n" << text;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);)
-        EXPECT_LE(tools::ToUtf16(line).size(), 80u) << line;
+        EXPECT_GE(80u, tools::ToUtf16(line).size()) << line;
 }
 
 TEST_F(CtlEq, SetTakesAGainForEachBand) {
-    EXPECT_EQ(Done({"eq", "set", "3", "2", "1", "0", "-1", "-2", "-3", "-4.5", "0", "0"}),
-              "32 Hz: 0.0 -> +3.0 dB\n64 Hz: 0.0 -> +2.0 dB\n125 Hz: 0.0 -> +1.0 dB\n"
-              "500 Hz: 0.0 -> -1.0 dB\n1000 Hz: 0.0 -> -2.0 dB\n2000 Hz: 0.0 -> -3.0 dB\n"
-              "4000 Hz: 0.0 -> -4.5 dB\n");
-    EXPECT_EQ(Gains(), (std::vector<float>{3, 2, 1, 0, -1, -2, -3, -4.5, 0, 0}));
-    RefusedUnchanged({"eq", "set", "1", "2"}, cBadInput, "10 bands");
+    EXPECT_EQ(
+        "32 Hz: 0.0 -> +3.0 dB\n64 Hz: 0.0 -> +2.0 dB\n125 Hz: 0.0 -> +1.0 dB\n"
+        "500 Hz: 0.0 -> -1.0 dB\n1000 Hz: 0.0 -> -2.0 dB\n2000 Hz: 0.0 -> -3.0 dB\n"
+        "4000 Hz: 0.0 -> -4.5 dB\n",
+        Done({"eq", "set", "3", "2", "1", "0", "-1", "-2", "-3", "-4.5", "0", "0"}));
+    EXPECT_EQ((std::vector<float>{3, 2, 1, 0, -1, -2, -3, -4.5, 0, 0}), Gains());
+    RefusedUnchanged({"eq", "set", "1", "2"}, cBadInput, "Expected 10 gains, got 2.");
 }
 
 TEST_F(CtlEq, SetTakesFrequenciesAndFindsTheNearestBand) {
-    EXPECT_EQ(Done({"eq", "set", "1000=3", "3900=-2"}),
-              "1000 Hz: 0.0 -> +3.0 dB\n4000 Hz: 0.0 -> -2.0 dB\n");
+    EXPECT_EQ("1000 Hz: 0.0 -> +3.0 dB\n4000 Hz: 0.0 -> -2.0 dB\n",
+              Done({"eq", "set", "1000=3", "3900=-2"}));
     RefusedUnchanged({"eq", "set", "1000=3", "1001=2"}, cBadInput, "two");
     RefusedUnchanged({"eq", "set", "1000=3", "2"}, cBadInput, "FREQUENCY=GAIN");
     RefusedUnchanged({"eq", "set", "-5=3"}, cBadInput, "FREQUENCY=GAIN");
-    RefusedUnchanged({"eq", "set", "1000=x"}, cBadInput, "no gain");
+    RefusedUnchanged({"eq", "set", "1000=x"}, cBadInput, "not a gain");
 }
 
 TEST_F(CtlEq, SetTakesOneBandByNumber) {
-    EXPECT_EQ(Done({"eq", "set", "--band", "3", "-2.5"}), "125 Hz: 0.0 -> -2.5 dB\n");
+    EXPECT_EQ("125 Hz: 0.0 -> -2.5 dB\n", Done({"eq", "set", "--band", "3", "-2.5"}));
     RefusedUnchanged({"eq", "set", "--band", "11", "1"}, cBadInput, "1 to 10");
     RefusedUnchanged({"eq", "set", "--band", "0", "1"}, cBadInput, "1 to 10");
     RefusedUnchanged({"eq", "set", "--band", "1", "1", "2"}, cUsage, "one gain");
@@ -96,34 +97,34 @@ TEST_F(CtlEq, SetTakesOneBandByNumber) {
 TEST_F(CtlEq, GainsOutsideTheLimitsAreRefusedUnlessClipped) {
     RefusedUnchanged({"eq", "set", "1000=12.5"}, cBadInput, "-12 to +12 dB");
     const ToolResult result = RunCtl({"eq", "set", "1000=12.5", "--clip"});
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_NE(result.err.find("becomes 12"), std::string::npos) << result;
-    EXPECT_EQ(Gains()[5], 12.0f);
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.err.find("becomes 12")) << result;
+    EXPECT_EQ(12.0f, Gains()[5]);
 }
 
 TEST_F(CtlEq, FlatMakesAllGainsZero) {
     Done({"eq", "set", "1000=3", "32=-3"});
     Done({"eq", "flat"});
-    EXPECT_EQ(Gains(), std::vector<float>(10, 0.0f));
+    EXPECT_EQ(std::vector<float>(10, 0.0f), Gains());
 }
 
 TEST_F(CtlEq, AnotherProfileHasItsOwn) {
-    EXPECT_EQ(Done({"eq", "set", "1000=3", "--profile", "games"}), "1000 Hz: 0.0 -> +3.0 dB\n");
-    EXPECT_EQ(Gains(), std::vector<float>(10, 0.0f));
-    EXPECT_EQ(DoneJson({"eq", "show", "--profile", "games"})["bands"][5]["gain"], 3);
-    ASSERT_EQ(Client().SetActiveProfile(2), S_OK);
-    EXPECT_EQ(Gains()[5], 3.0f);
+    EXPECT_EQ("1000 Hz: 0.0 -> +3.0 dB\n", Done({"eq", "set", "1000=3", "--profile", "games"}));
+    EXPECT_EQ(std::vector<float>(10, 0.0f), Gains());
+    EXPECT_EQ(3, DoneJson({"eq", "show", "--profile", "games"})["bands"][5]["gain"]);
+    ASSERT_EQ(S_OK, Client().SetActiveProfile(2));
+    EXPECT_EQ(3.0f, Gains()[5]);
 }
 
 TEST_F(CtlEq, OtherClientsAreTold) {
     const auto recorder = CallbackRecorder::Create();
-    ASSERT_EQ(Client().RegisterChangeNotifications(recorder.Get()), S_OK);
+    ASSERT_EQ(S_OK, Client().RegisterChangeNotifications(recorder.Get()));
     Done({"eq", "set", "32=5"});
     EXPECT_TRUE(recorder->WaitForLine("OnGraphicEQChange(10 bands, first gain 5)"));
 }
 
 TEST_F(CtlEq, InADemoNothingIsSet) {
-    ASSERT_EQ(Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE), S_OK);
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
     RefusedUnchanged({"eq", "set", "1000=3"}, cRefused, "demo-movie");
     RefusedUnchanged({"eq", "flat"}, cRefused, "force-leave");
 }
@@ -132,16 +133,16 @@ TEST_F(CtlEq, ImportTakesTheCurveAtTheStoredBands) {
     // An octave down half way is the mean of the ends; beyond them the curve is constant.
     Done({"eq", "import", "-"}, "# made by hand\r\n\r\ngraphiceq: 500 -6; 2000 6; # loud\n");
     const std::vector<float> gains = Gains();
-    EXPECT_EQ(gains, (std::vector<float>{-6, -6, -6, -6, -6, 0, 6, 6, 6, 6}));
-    EXPECT_EQ(Frequencies()[5], 1000.0f);
+    EXPECT_EQ((std::vector<float>{-6, -6, -6, -6, -6, 0, 6, 6, 6, 6}), gains);
+    EXPECT_EQ(1000.0f, Frequencies()[5]);
 }
 
 TEST_F(CtlEq, ImportTakesTheFrequenciesOfTheFileWhenAsked) {
     Write("GraphicEQ: 25 1; 40 -2.5; 63 3; 20000 -12\n");
-    EXPECT_EQ(Done({"eq", "import", "--bands", "file", cFile}),
-              "25 Hz: +1.0 dB\n40 Hz: -2.5 dB\n63 Hz: +3.0 dB\n20000 Hz: -12.0 dB\n");
-    EXPECT_EQ(Frequencies(), (std::vector<float>{25, 40, 63, 20000}));
-    EXPECT_EQ(Gains(), (std::vector<float>{1, -2.5, 3, -12}));
+    EXPECT_EQ("25 Hz: +1.0 dB\n40 Hz: -2.5 dB\n63 Hz: +3.0 dB\n20000 Hz: -12.0 dB\n",
+              Done({"eq", "import", "--bands", "file", cFile}));
+    EXPECT_EQ((std::vector<float>{25, 40, 63, 20000}), Frequencies());
+    EXPECT_EQ((std::vector<float>{1, -2.5, 3, -12}), Gains());
 }
 
 TEST_F(CtlEq, ImportSaysWhatItCannotTakeAndWhere) {
@@ -149,21 +150,21 @@ TEST_F(CtlEq, ImportSaysWhatItCannotTakeAndWhere) {
         const char* text;
         const char* complaint;
     } cases[] = {
-        {"", "nothing in it"},
-        {"# only\n", "nothing in it"},
-        {"Preamp: -6 dB\n", "line 1: 'Preamp:' where 'GraphicEQ:' should be"},
-        {"\n\nGraphicEQ:\n", "no band"},
-        {"GraphicEQ: 20 1; 30\n", "no gain"},
-        {"GraphicEQ: 20 1,5; 30 2\n", "decimals take a point"},
-        {"GraphicEQ: 20 1;\n30 x", "line 2: 'x' is no gain"},
-        {"GraphicEQ: 20 1 30 2", "where ';' should be"},
-        {"GraphicEQ: 20 1;; 30 2", "no frequency"},
+        {"", "the file is empty"},
+        {"# only\n", "the file is empty"},
+        {"Preamp: -6 dB\n", "line 1: 'Preamp:' instead of 'GraphicEQ:'"},
+        {"\n\nGraphicEQ:\n", "no bands"},
+        {"GraphicEQ: 20 1; 30\n", "expected a gain"},
+        {"GraphicEQ: 20 1,5; 30 2\n", "use a decimal point"},
+        {"GraphicEQ: 20 1;\n30 x", "line 2: 'x' is not a gain"},
+        {"GraphicEQ: 20 1 30 2", "instead of ';'"},
+        {"GraphicEQ: 20 1;; 30 2", "expected a frequency"},
         {"GraphicEQ: 30 1; 20 2", "not above 30"},
         {"GraphicEQ: 30 1; 30 2", "not above 30"},
         {"GraphicEQ: 0 1", "not above 0 Hz"},
         {"GraphicEQ: -20 1", "not above 0 Hz"},
-        {"GraphicEQ: 20 nan", "'nan' is no gain"},
-        {"GraphicEQ: 20 inf", "'inf' is no gain"},
+        {"GraphicEQ: 20 nan", "'nan' is not a gain"},
+        {"GraphicEQ: 20 inf", "'inf' is not a gain"},
         {"GraphicEQ: 20 1; 30 13", "outside -12 to +12"},
         {"GraphicEQ: 20 1\nGraphicEQ: 30 1", "line 2"},
     };
@@ -183,10 +184,10 @@ TEST_F(CtlEq, BandsOfAFileMustFitTheStore) {
     Done({"eq", "import", "-"}, many);
     RefusedUnchanged(import, cBadInput, "32768 Hz cannot be stored", "GraphicEQ: 32768 0");
     RefusedUnchanged(import, cBadInput, "0.5 Hz cannot be stored", "GraphicEQ: 0.5 0");
-    RefusedUnchanged(import, cBadInput, "no longer apart", "GraphicEQ: 20.1 0; 20.9 1");
+    RefusedUnchanged(import, cBadInput, "coincide", "GraphicEQ: 20.1 0; 20.9 1");
     const ToolResult result = RunCtl(import, "GraphicEQ: 62.5 3");
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_NE(result.err.find("62 Hz"), std::string::npos) << result;
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.err.find("62 Hz")) << result;
 }
 
 TEST_F(CtlEq, ExportAndImportAreTheIdentity) {
@@ -195,20 +196,21 @@ TEST_F(CtlEq, ExportAndImportAreTheIdentity) {
     const std::vector<float> gains = Gains();
     const std::vector<float> frequencies = Frequencies();
     const std::string text = Done({"eq", "export"});
-    EXPECT_EQ(text, "GraphicEQ: 21 -1.5; 333 0.00390625; 1000 11.996094; 32767 -12\n");
+    EXPECT_EQ("GraphicEQ: 21 -1.5; 333 0.00390625; 1000 11.996094; 32767 -12\n", text);
     Done({"eq", "flat"});
     Done({"eq", "import", "-"}, text);
-    EXPECT_EQ(Gains(), gains);
-    EXPECT_EQ(Frequencies(), frequencies);
+    EXPECT_EQ(gains, Gains());
+    EXPECT_EQ(frequencies, Frequencies());
 }
 
 TEST_F(CtlEq, ExportWritesAFile) {
     const ToolResult result = RunCtl({"eq", "export", cFile});
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(Content(),
-              "GraphicEQ: 32 0; 64 0; 125 0; 250 0; 500 0; 1000 0; 2000 0; 4000 0; 8000 0; "
-              "16000 0\n");
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ("", result.out);
+    EXPECT_EQ(
+        "GraphicEQ: 32 0; 64 0; 125 0; 250 0; 500 0; 1000 0; 2000 0; 4000 0; 8000 0; "
+        "16000 0\n",
+        Content());
     Refused({"eq", "export", "no-such-folder\\file.txt"}, cFailed, "no-such-folder");
     EXPECT_TRUE(HasShape(DoneJson({"eq", "export"}), cShape));
 }
@@ -217,24 +219,24 @@ TEST_F(CtlEq, BadStoredFrequenciesAreToldAndCanBeReplaced) {
     StoreArray(3, L"0001,0003,03e8,8000,0064");
     StoreArray(4, L"0100,0003,0000,0100,1400");
     const Json shown = DoneJson({"eq", "show"});
-    EXPECT_EQ(shown["problems"].size(), 1u) << shown.dump();
-    EXPECT_EQ(shown["bands"][2]["inRange"], false);
-    EXPECT_NE(Done({"eq", "show"}).find("! bad frequency"), std::string::npos);
-    RefusedUnchanged({"eq", "export"}, cBadInput, "Band 2 is stored with -32768 Hz");
+    EXPECT_EQ(1u, shown["problems"].size()) << shown.dump();
+    EXPECT_EQ(false, shown["bands"][2]["inRange"]);
+    EXPECT_NE(std::string::npos, Done({"eq", "show"}).find("! bad frequency"));
+    RefusedUnchanged({"eq", "export"}, cBadInput, "Band 2 is stored at -32768 Hz");
     RefusedUnchanged({"eq", "import", "-"}, cBadInput, "--bands file", "GraphicEQ: 20 1");
     // The third gain is stored past the limits, and the library would limit it.
     RefusedUnchanged({"eq", "set", "900=3"}, cBadInput, "Band 3 (100 Hz): 20 dB");
     Done({"eq", "set", "900=3", "--clip"});
-    EXPECT_EQ(Gains(), (std::vector<float>{3, 1, 12}));
+    EXPECT_EQ((std::vector<float>{3, 1, 12}), Gains());
     Done({"eq", "import", "-", "--bands", "file"}, "GraphicEQ: 20 1");
-    EXPECT_EQ(Frequencies(), std::vector<float>{20});
+    EXPECT_EQ(std::vector<float>{20}, Frequencies());
 }
 
 TEST_F(CtlEq, NoBandsAreNoCurve) {
     StoreArray(3, L"0001,0000");
-    EXPECT_NE(Done({"eq", "show"}).find("no bands are stored"), std::string::npos);
+    EXPECT_NE(std::string::npos, Done({"eq", "show"}).find("no bands are stored"));
     RefusedUnchanged({"eq", "export"}, cBadInput, "No bands");
-    RefusedUnchanged({"eq", "set", "1000=1"}, cBadInput, "no band");
+    RefusedUnchanged({"eq", "set", "1000=1"}, cBadInput, "No band");
 }
 
 TEST_F(CtlEq, NothingWorksWithoutTheLibrary) {

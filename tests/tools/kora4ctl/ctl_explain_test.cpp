@@ -54,23 +54,23 @@ std::vector<std::string> Unknown(const std::string& log, std::size_t* pLines) {
             unknown.push_back(document["input"]);
     }
     *pLines = result.Lines().size();
-    EXPECT_EQ(result.exitCode, unknown.empty() ? cDone : cBadInput) << result.err;
+    EXPECT_EQ(unknown.empty() ? cDone : cBadInput, result.exitCode) << result.err;
     return unknown;
 }
 
 TEST(CtlExplain, KnowsEachPublishedCodeByNumberAndByName) {
     ForEachResult([](const contract::Result& published) {
         const ToolResult byNumber = RunCtl({"explain", Hex(published.code)});
-        EXPECT_EQ(byNumber.exitCode, cDone) << byNumber;
-        EXPECT_NE(byNumber.out.find(published.name), std::string::npos) << byNumber;
+        EXPECT_EQ(cDone, byNumber.exitCode) << byNumber;
+        EXPECT_NE(std::string::npos, byNumber.out.find(published.name)) << byNumber;
         // A meaning becomes a sentence.
-        EXPECT_NE(byNumber.out.find(std::string(published.meaning).substr(1)),
-                  std::string::npos)
+        EXPECT_NE(std::string::npos,
+                  byNumber.out.find(std::string(published.meaning).substr(1)))
             << byNumber;
         const ToolResult byName = RunCtl({"explain", published.name});
-        EXPECT_EQ(byName.exitCode, cDone) << byName;
-        EXPECT_NE(byName.out.find(Hex(published.code)), std::string::npos) << byName;
-        EXPECT_NE(byName.out.find(std::string(published.meaning).substr(1)), std::string::npos)
+        EXPECT_EQ(cDone, byName.exitCode) << byName;
+        EXPECT_NE(std::string::npos, byName.out.find(Hex(published.code))) << byName;
+        EXPECT_NE(std::string::npos, byName.out.find(std::string(published.meaning).substr(1)))
             << byName;
     });
 }
@@ -81,56 +81,56 @@ TEST(CtlExplain, HasTheShapeOfAResultForEachCode) {
         input += std::string(published.name) + "\n";
     });
     const ToolResult result = RunCtl({"explain", "-", "--json"}, input);
-    EXPECT_EQ(result.exitCode, cDone) << result;
+    EXPECT_EQ(cDone, result.exitCode) << result;
     const std::vector<std::string> lines = result.Lines();
-    EXPECT_EQ(lines.size(),
-              std::size(contract::cApiResults) + std::size(contract::cPlatformResults));
+    EXPECT_EQ(std::size(contract::cApiResults) + std::size(contract::cPlatformResults),
+              lines.size());
     for (const std::string& line : lines)
         EXPECT_TRUE(HasShape(ParsedJson(line), cResultShape));
     const Json one = ParsedJson(RunCtl({"explain", "40200h", "--json"}).out);
     EXPECT_TRUE(HasShape(one, cResultShape));
-    EXPECT_EQ(one["name"], "KORA4_S_DEMO_MODE_ACTIVE");
-    EXPECT_EQ(one["code"], "0x00040200");
+    EXPECT_EQ("KORA4_S_DEMO_MODE_ACTIVE", one["name"]);
+    EXPECT_EQ("0x00040200", one["code"]);
 }
 
 TEST(CtlExplain, TakesWordsOfALineWithoutQuotes) {
     const ToolResult result = RunCtl({"explain", "eVolumeLeveler", "set", "to", "4"});
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_NE(result.out.find("volume leveler"), std::string::npos) << result;
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.out.find("volume leveler")) << result;
 }
 
 TEST(CtlExplain, SaysOfAnUnknownOneWhatComesNear) {
     const ToolResult name = RunCtl({"explain", "E_INVALDARG"});
-    EXPECT_EQ(name.exitCode, cBadInput) << name;
-    EXPECT_NE(name.out.find("E_INVALIDARG"), std::string::npos) << name;
+    EXPECT_EQ(cBadInput, name.exitCode) << name;
+    EXPECT_NE(std::string::npos, name.out.find("E_INVALIDARG")) << name;
     for (const char* const text : {"0xa1234567", "the quick brown fox"}) {
         const ToolResult result = RunCtl({"explain", text, "--json"});
-        EXPECT_EQ(result.exitCode, cBadInput) << result;
+        EXPECT_EQ(cBadInput, result.exitCode) << result;
         const Json document = ParsedJson(result.out);
-        EXPECT_EQ(document["known"], false);
+        EXPECT_EQ(false, document["known"]);
         EXPECT_TRUE(HasShape(document, document["kind"] == "line" ? cLineShape : cResultShape));
         EXPECT_FALSE(document["meaning"].get<std::string>().empty());
     }
     // One among many is enough.
-    EXPECT_EQ(RunCtl({"explain", "-"}, "S_OK\nzzz\nS_FALSE\n").exitCode, cBadInput);
-    EXPECT_EQ(RunCtl({"explain", "-"}, "S_OK\n\n   \r\nS_FALSE\r\n").exitCode, cDone);
-    EXPECT_EQ(RunCtl({"explain", "-"}, "").exitCode, cDone);
+    EXPECT_EQ(cBadInput, RunCtl({"explain", "-"}, "S_OK\nzzz\nS_FALSE\n").exitCode);
+    EXPECT_EQ(cDone, RunCtl({"explain", "-"}, "S_OK\n\n   \r\nS_FALSE\r\n").exitCode);
+    EXPECT_EQ(cDone, RunCtl({"explain", "-"}, "").exitCode);
 }
 
 TEST(CtlExplain, NeedsSomethingToExplain) {
     const ToolResult result = RunCtl({"explain"});
-    EXPECT_EQ(result.exitCode, cUsage) << result;
-    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(cUsage, result.exitCode) << result;
+    EXPECT_EQ("", result.out);
 }
 
 TEST(CtlExplain, AnswersEachLineAsItComes) {
     RunningTool tool("kora4ctl", {"explain", "-", "--json"});
     for (const char* const name : {"S_OK", "E_FAIL", "E_POINTER"}) {
         tool.Send(std::string(name) + "\n");
-        EXPECT_EQ(ParsedJson(tool.NextLine())["name"], name);
+        EXPECT_EQ(name, ParsedJson(tool.NextLine())["name"]);
     }
     tool.EndInput();
-    EXPECT_EQ(tool.WaitForEnd().exitCode, cDone);
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
 }
 
 TEST(CtlExplain, KnowsEachLineOfTheLogFile) {
@@ -145,9 +145,9 @@ TEST(CtlExplain, KnowsEachLineOfTheLogFile) {
                            written.assign(std::istreambuf_iterator<char>(file), {});
                        });
     log.Clear();
-    ASSERT_GT(ParseTrace(written).size(), 500u);
+    ASSERT_LT(500u, ParseTrace(written).size());
     std::size_t lines = 0;
-    EXPECT_EQ(Unknown(written, &lines), std::vector<std::string>());
+    EXPECT_EQ(std::vector<std::string>(), Unknown(written, &lines));
     EXPECT_GE(lines, ParseTrace(written).size());
 }
 
@@ -155,9 +155,9 @@ TEST(CtlExplain, KnowsEachLineThatADebuggerHears) {
     const Apartment apartment(COINIT_APARTMENTTHREADED);
     DebugOutput output;
     DriveEveryLine(cEveryCategory, output);
-    ASSERT_GT(output.Texts().size(), 500u);
+    ASSERT_LT(500u, output.Texts().size());
     std::size_t lines = 0;
-    EXPECT_EQ(Unknown(output.Log(), &lines), std::vector<std::string>());
+    EXPECT_EQ(std::vector<std::string>(), Unknown(output.Log(), &lines));
     EXPECT_GE(lines, output.Texts().size());
 }
 

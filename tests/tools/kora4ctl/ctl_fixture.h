@@ -48,7 +48,7 @@ class CtlTest : public testing::Test {
         if (!m_client) {
             m_client = m_library.Create();
             EXPECT_TRUE(m_client);
-            EXPECT_EQ(m_client->Initialize(), S_OK);
+            EXPECT_EQ(S_OK, m_client->Initialize());
         }
         return *m_client.Get();
     }
@@ -58,7 +58,7 @@ class CtlTest : public testing::Test {
     // Runs it to its end; the test fails unless it is done. What it printed.
     static std::string Done(const Words& arguments, std::string_view input = {}) {
         const ToolResult result = RunCtl(arguments, input);
-        EXPECT_EQ(result.exitCode, cDone) << result;
+        EXPECT_EQ(cDone, result.exitCode) << result;
         return WithoutReturns(result.out);
     }
     static Json DoneJson(Words arguments, std::string_view input = {}) {
@@ -70,16 +70,16 @@ class CtlTest : public testing::Test {
     static void Refused(const Words& arguments, DWORD code, std::string_view text,
                         std::string_view input = {}) {
         const ToolResult result = RunCtl(arguments, input);
-        EXPECT_EQ(result.exitCode, code) << result;
-        EXPECT_EQ(result.out, "") << result;
-        EXPECT_NE(result.err.find(text), std::string::npos) << result;
+        EXPECT_EQ(code, result.exitCode) << result;
+        EXPECT_EQ("", result.out) << result;
+        EXPECT_NE(std::string::npos, result.err.find(text)) << result;
     }
     // The same, and the store is what it was.
     static void RefusedUnchanged(const Words& arguments, DWORD code, std::string_view text,
                                  std::string_view input = {}) {
         const std::string before = StoreSnapshot();
         Refused(arguments, code, text, input);
-        EXPECT_EQ(StoreSnapshot(), before);
+        EXPECT_EQ(before, StoreSnapshot());
     }
 
     static std::string WithoutReturns(std::string text) {

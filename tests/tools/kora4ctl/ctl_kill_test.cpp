@@ -33,7 +33,7 @@ TEST_P(KilledLoad, AtEachWriteIsMendedByDoctor) {
     for (std::size_t n = 1; n <= m_load.Writes() && !HasFailure(); ++n) {
         SCOPED_TRACE("dies before write " + std::to_string(n));
         const ToolResult result = LoadWith(At("die", n));
-        EXPECT_EQ(result.exitCode, cDied) << result;
+        EXPECT_EQ(cDied, result.exitCode) << result;
         EXPECT_TRUE(HasJournal());
         EXPECT_EQ(Written(), std::min(n - 1, m_load.changes));
         ExpectMended(n);
@@ -43,7 +43,7 @@ TEST_P(KilledLoad, AtEachWriteIsMendedByDoctor) {
 }
 
 TEST_P(KilledLoad, BehindTheLastWriteIsFinishedByDoctor) {
-    EXPECT_EQ(LoadWith(At("die-after", m_load.Writes())).exitCode, cDied);
+    EXPECT_EQ(cDied, LoadWith(At("die-after", m_load.Writes())).exitCode);
     EXPECT_TRUE(HasJournal());
     ExpectStore(m_load.after);
     ExpectFinished();

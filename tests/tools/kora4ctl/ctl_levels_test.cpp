@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 
 constexpr DWORD cTimedOut = 6;
-constexpr char cNoLevels[] = "no levels: no engine has published anything (start kora4sim)";
+constexpr char cNoLevels[] = "no levels: no engine has published any (start kora4sim)";
 
 class CtlLevels : public CtlTest {
   protected:

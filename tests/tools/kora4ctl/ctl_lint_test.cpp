@@ -2,7 +2,10 @@
 // kora4ctl lint and diff.
 #include <algorithm>
 
+#include "contract/defaults.h"
+#include "contract/profiles.h"
 #include "settings/settings_table.h"
+#include "support/text_limits.h"
 #include "tools/kora4ctl/store_fixture.h"
 
 namespace kora4::test {
@@ -50,10 +53,10 @@ class CtlLint : public StoreTest {
 
     static Json Findings(DWORD code) {
         const ToolResult result = RunCtl({"lint", "--json"});
-        EXPECT_EQ(result.exitCode, code) << result;
+        EXPECT_EQ(code, result.exitCode) << result;
         const Json document = ParsedJson(result.out);
         EXPECT_TRUE(HasShape(document, cLintShape));
-        EXPECT_EQ(document["backup"], nullptr);
+        EXPECT_EQ(nullptr, document["backup"]);
         EXPECT_TRUE(document["fixed"].empty());
         return document["findings"];
     }
@@ -62,30 +65,30 @@ class CtlLint : public StoreTest {
 };
 
 TEST_F(CtlLint, HasNothingToSayOfAStoreThatClientsMade) {
-    ASSERT_EQ(Client().CreateCustomProfile(3, L"Late"), S_OK);
+    ASSERT_EQ(S_OK, Client().CreateCustomProfile(3, L"Late"));
     for (const LONG profile : {0L, 1L, 2L, 3L}) {
-        ASSERT_EQ(Client().SetActiveProfile(profile), S_OK);
+        ASSERT_EQ(S_OK, Client().SetActiveProfile(profile));
         KORA4PatchValueUnion value = {};
         value.m_technology = eVolumeLeveler;
         value.m_values.m_volumeSlider = 10;
-        EXPECT_EQ(Client().SetSimplePatchValue(&value), S_OK);
+        EXPECT_EQ(S_OK, Client().SetSimplePatchValue(&value));
         GraphicEQData equalizer = {};
-        EXPECT_EQ(Client().GetGraphicEQData(&equalizer), S_OK);
-        EXPECT_EQ(Client().SetGraphicEQData(&equalizer), S_OK);
+        EXPECT_EQ(S_OK, Client().GetGraphicEQData(&equalizer));
+        EXPECT_EQ(S_OK, Client().SetGraphicEQData(&equalizer));
     }
-    ASSERT_EQ(Client().RevertActiveProfile(), KORA4_S_NOT_A_PRESET_PROFILE);
-    ASSERT_EQ(Client().SetDemoProfileAndEnable(240, TRUE), S_OK);
-    EXPECT_EQ(Findings(cDone), Json::array());
+    ASSERT_EQ(KORA4_S_NOT_A_PRESET_PROFILE, Client().RevertActiveProfile());
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
+    EXPECT_EQ(Json::array(), Findings(cDone));
     const ToolResult words = RunCtl({"lint"});
-    EXPECT_EQ(words.out, "");
-    EXPECT_NE(words.err.find("All stored values are right."), std::string::npos) << words;
-    ASSERT_EQ(Client().RevertFromDemoMode(), S_OK);
+    EXPECT_EQ("", words.out);
+    EXPECT_NE(std::string::npos, words.err.find("All stored values are valid.")) << words;
+    ASSERT_EQ(S_OK, Client().RevertFromDemoMode());
 }
 
 TEST_F(CtlLint, BuiltInDefaultsPassWhateverTheLimitsAre) {
-    Put("volume-leveler", StoredValue::FromDword(262151));
+    Put("volume-leveler", StoredValue::FromDword(defaults::cVolumeAmount[cMovieProfile]));
     Put("speaker-virtualizer", Text(u"10.000000"));
-    EXPECT_EQ(Findings(cDone), Json::array());
+    EXPECT_EQ(Json::array(), Findings(cDone));
     // Each row of the table of defaults, in each profile.
     for (std::size_t row = 0; row < 3; ++row) {
         StoreValues values;
@@ -95,9 +98,9 @@ TEST_F(CtlLint, BuiltInDefaultsPassWhateverTheLimitsAre) {
                 values[{value.keySet, value.Name()}] = rows[std::min(row, rows.size() - 1)];
         }
         ReplaceStoreValues(values);
-        EXPECT_EQ(Findings(cDone), Json::array()) << row;
+        EXPECT_EQ(Json::array(), Findings(cDone)) << row;
         const ToolResult fixed = RunCtl({"lint", "--fix", "--backup", BackupFile()});
-        EXPECT_EQ(fixed.exitCode, cDone) << fixed;
+        EXPECT_EQ(cDone, fixed.exitCode) << fixed;
         EXPECT_FALSE(Exists(BackupFile()));
         ExpectStore(values);
     }
@@ -126,36 +129,37 @@ TEST_P(CtlLintOn, IsNamedAndMended) {
     const tools::Setting& setting = tools::SettingNamed(wrong.name);
     const tools::SchemaValue place = setting.Stored(1);
     const Json findings = Findings(cFindings);
-    ASSERT_EQ(findings.size(), 1u) << findings;
-    EXPECT_EQ(findings[0]["severity"], wrong.severity);
-    EXPECT_EQ(findings[0]["name"], wrong.name);
-    EXPECT_EQ(findings[0]["profile"], setting.perProfile ? Json("music") : Json(nullptr));
-    EXPECT_EQ(findings[0]["keys"], place.keySet == eKeySetStatic    ? "static"
-                                   : place.keySet == eKeySetDynamic ? "dynamic"
-                                                                    : "app");
-    EXPECT_EQ(findings[0]["value"], place.Name());
-    EXPECT_NE(findings[0]["problem"].get<std::string>().find(wrong.problem), std::string::npos)
+    ASSERT_EQ(1u, findings.size()) << findings;
+    EXPECT_EQ(wrong.severity, findings[0]["severity"]);
+    EXPECT_EQ(wrong.name, findings[0]["name"]);
+    EXPECT_EQ(setting.perProfile ? Json("music") : Json(nullptr), findings[0]["profile"]);
+    EXPECT_EQ(place.keySet == eKeySetStatic    ? "static"
+              : place.keySet == eKeySetDynamic ? "dynamic"
+                                               : "app",
+              findings[0]["keys"]);
+    EXPECT_EQ(place.Name(), findings[0]["value"]);
+    EXPECT_NE(std::string::npos, findings[0]["problem"].get<std::string>().find(wrong.problem))
         << findings;
-    EXPECT_NE(findings[0]["repair"], nullptr);
+    EXPECT_NE(nullptr, findings[0]["repair"]);
     const ToolResult words = RunCtl({"lint"});
-    EXPECT_EQ(words.exitCode, cFindings);
-    EXPECT_EQ(words.out.find(wrong.severity), 0u) << words;
-    EXPECT_NE(words.out.find(wrong.name), std::string::npos) << words;
-    EXPECT_NE(words.out.find(wrong.problem), std::string::npos) << words;
+    EXPECT_EQ(cFindings, words.exitCode);
+    EXPECT_EQ(0u, words.out.find(wrong.severity)) << words;
+    EXPECT_NE(std::string::npos, words.out.find(wrong.name)) << words;
+    EXPECT_NE(std::string::npos, words.out.find(wrong.problem)) << words;
     ExpectStore(before);
 
     const Json fix = DoneJson({"lint", "--fix", "--backup", BackupFile()});
     EXPECT_TRUE(HasShape(fix, cLintShape));
-    EXPECT_EQ(fix["findings"], findings);
-    ASSERT_EQ(fix["fixed"].size(), 1u);
+    EXPECT_EQ(findings, fix["findings"]);
+    ASSERT_EQ(1u, fix["fixed"].size());
     EXPECT_EQ(fix["fixed"][0]["name"], wrong.name);
     EXPECT_EQ(fix["backup"], BackupFile());
-    EXPECT_EQ(Findings(cDone), Json::array());
+    EXPECT_EQ(Json::array(), Findings(cDone));
     EXPECT_FALSE(HasJournal());
     // The dump brings back what was there, to the byte.
     Done({"load", BackupFile(), "--quiet"});
     ExpectSettings(before);
-    EXPECT_EQ(Findings(cFindings), findings);
+    EXPECT_EQ(findings, Findings(cFindings));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -182,8 +186,9 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"NoFlags", "audio-regulator.isolated", Text(u"0029"), "error",
               "no array of flags"},
         Wrong{"NoCurve", "intelligent-eq", StoredValue::FromDword(6), "error", "6 curves"},
-        Wrong{"TooLong", "demo-app-command", StoredValue::FromText(std::u16string(2048, u'x')),
-              "error", "too long"},
+        Wrong{"TooLong", "demo-app-command",
+              StoredValue::FromText(std::u16string(cLongestTextChars + 1, u'x')), "error",
+              "too long"},
         Wrong{"AmountOutOfRange", "volume-leveler", StoredValue::FromDword(11), "warning",
               "out of range"},
         Wrong{"FloatOutOfRange", "dialog-enhancer", Text(u"1.000001"), "warning",
@@ -205,24 +210,26 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(CtlLint, WhatIsNoSettingIsNamedToo) {
     Put(tools::TriggerValue({tools::Family::ePreset, 0}), Text(u"1"));
     Put(tools::SettingValue(pkey::cVisualizationDataPid), {cBinaryType, {1, 2, 3}});
-    Put(tools::SettingValue(pkey::cSavedProfilePid), StoredValue::FromDword(240));
+    Put(tools::SettingValue(pkey::cSavedProfilePid),
+        StoredValue::FromDword(KORA4_PROFILE_DEMO_MOVIE));
     Put(tools::NameValue(4), StoredValue::FromDword(1));
     const Json findings = Findings(cFindings);
-    ASSERT_EQ(findings.size(), 4u) << findings;
+    ASSERT_EQ(4u, findings.size()) << findings;
     for (const Json& finding : findings)
-        EXPECT_NE(finding["name"], nullptr) << finding;
+        EXPECT_NE(nullptr, finding["name"]) << finding;
     const StoreValues before = ReadStoreValues();
     // The name is in the dump; what no dump holds is told, with what stood there.
     const ToolResult words = RunCtl({"lint", "--fix", "--backup", BackupFile()});
-    const std::size_t begin = words.err.find("Mended too, but no settings, so not in there: ");
-    ASSERT_NE(begin, std::string::npos) << words;
+    const std::size_t begin =
+        words.err.find("Also repaired, but not settings and so not saved: ");
+    ASSERT_NE(std::string::npos, begin) << words;
     const std::string told = words.err.substr(begin, words.err.find('\n', begin) - begin);
-    EXPECT_EQ(std::count(told.begin(), told.end(), ';'), 2) << told;
-    EXPECT_NE(told.find("240 -> not stored"), std::string::npos) << told;
-    EXPECT_EQ(Findings(cDone), Json::array());
+    EXPECT_EQ(2, std::count(told.begin(), told.end(), ';')) << told;
+    EXPECT_NE(std::string::npos, told.find("240 -> not stored")) << told;
+    EXPECT_EQ(Json::array(), Findings(cDone));
     ReplaceStoreValues(before);
-    EXPECT_EQ(DoneJson({"lint", "--fix", "--backup", BackupFile()})["fixed"].size(), 4u);
-    EXPECT_EQ(Findings(cDone), Json::array());
+    EXPECT_EQ(4u, DoneJson({"lint", "--fix", "--backup", BackupFile()})["fixed"].size());
+    EXPECT_EQ(Json::array(), Findings(cDone));
 }
 
 TEST_F(CtlLint, UnknownNamesAreNotesAndStay) {
@@ -230,10 +237,10 @@ TEST_F(CtlLint, UnknownNamesAreNotesAndStay) {
     WriteValue(HKEY_LOCAL_MACHINE, path, L"Something \u00E4", REG_SZ, L"x", 4);
     const StoreValues before = ReadStoreValues();
     const Json findings = Findings(cDone);
-    ASSERT_EQ(findings.size(), 1u);
-    EXPECT_EQ(findings[0]["severity"], "note");
-    EXPECT_EQ(findings[0]["value"], "Something \xC3\xA4");
-    EXPECT_EQ(findings[0]["repair"], nullptr);
+    ASSERT_EQ(1u, findings.size());
+    EXPECT_EQ("note", findings[0]["severity"]);
+    EXPECT_EQ("Something \xC3\xA4", findings[0]["value"]);
+    EXPECT_EQ(nullptr, findings[0]["repair"]);
     Done({"lint", "--fix", "--backup", BackupFile()});
     ExpectStore(before);
     EXPECT_FALSE(Exists(BackupFile()));
@@ -248,18 +255,17 @@ TEST_F(CtlLint, MendsAnyStoreAfterADumpOfIt) {
         ReplaceStoreValues(before);
         const Json findings = Findings(cFindings);
         const ToolResult result = RunCtl({"lint", "--fix", "--backup", BackupFile()});
-        EXPECT_EQ(result.exitCode, cDone) << result;
-        EXPECT_NE(result.err.find(BackupFile()), std::string::npos) << result;
+        EXPECT_EQ(cDone, result.exitCode) << result;
+        EXPECT_NE(std::string::npos, result.err.find(BackupFile())) << result;
         EXPECT_EQ(ContentOf(BackupFile()), DocumentText(before, Scope::eAll));
         for (const Json& left : Findings(cDone))
-            EXPECT_EQ(left["severity"], "note") << left;
+            EXPECT_EQ("note", left["severity"]) << left;
         mended += static_cast<int>(findings.size());
         Done({"load", BackupFile(), "--quiet"});
-        EXPECT_EQ(DifferencesOf(tools::Covered(before, Scope::eAll),
-                                tools::Covered(ReadStoreValues(), Scope::eAll)),
-                  "");
+        EXPECT_EQ("", DifferencesOf(tools::Covered(before, Scope::eAll),
+                                    tools::Covered(ReadStoreValues(), Scope::eAll)));
     }
-    EXPECT_GT(mended, 100);
+    EXPECT_LT(100, mended);
 }
 
 TEST_F(CtlLint, WithoutANameTheDumpGoesBesideTheJournal) {
@@ -267,7 +273,7 @@ TEST_F(CtlLint, WithoutANameTheDumpGoesBesideTheJournal) {
     const StoreValues before = ReadStoreValues();
     const std::string backup = DoneJson({"lint", "--fix"})["backup"];
     const std::string folder = JournalPath().substr(0, JournalPath().rfind('\\'));
-    EXPECT_EQ(backup.find(folder + "\\before-fix-"), 0u) << backup;
+    EXPECT_EQ(0u, backup.find(folder + "\\before-fix-")) << backup;
     EXPECT_EQ(ContentOf(backup), DocumentText(before, Scope::eAll));
     EXPECT_TRUE(DeleteFileW(tools::Widen(backup).c_str()));
 }
@@ -281,17 +287,17 @@ TEST_F(CtlLint, MendsNothingWhenTheDumpCannotBeWritten) {
 
 TEST_F(CtlLint, ClientsSeeTheDefaultsAfterTheRepair) {
     const auto recorder = CallbackRecorder::Create();
-    ASSERT_EQ(Client().RegisterChangeNotifications(recorder.Get()), S_OK);
+    ASSERT_EQ(S_OK, Client().RegisterChangeNotifications(recorder.Get()));
     const tools::SchemaValue place = tools::SettingNamed("volume-leveler").Stored(0);
     Put(place, StoredValue::FromDword(99));
     KORA4PatchValueUnion value = {};
     value.m_technology = eVolumeLeveler;
-    ASSERT_EQ(Client().GetSimplePatchValue(&value), S_OK);
-    EXPECT_EQ(value.m_values.m_volumeSlider, 99u);
+    ASSERT_EQ(S_OK, Client().GetSimplePatchValue(&value));
+    EXPECT_EQ(99u, value.m_values.m_volumeSlider);
     Done({"lint", "--fix", "--backup", BackupFile()});
     EXPECT_TRUE(recorder->WaitForLine("OnSimplePatchValueChange(eVolumeLeveler, 262151)"));
-    ASSERT_EQ(Client().GetSimplePatchValue(&value), S_OK);
-    EXPECT_EQ(value.m_values.m_volumeSlider, 262151u);
+    ASSERT_EQ(S_OK, Client().GetSimplePatchValue(&value));
+    EXPECT_EQ(defaults::cVolumeAmount[cMovieProfile], value.m_values.m_volumeSlider);
 }
 
 TEST_F(CtlLint, WithoutAStoreNamesTheCommandThatMendsIt) {
@@ -313,11 +319,11 @@ TEST_P(CtlDiff, OfTheStoreItselfFindsNothing) {
     ReplaceStoreValues(values);
     const std::string text = DocumentText(values, GetParam());
     const ToolResult result = RunCtl({"diff", "-"}, text);
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ("", result.out);
     const Json document = DoneJson({"diff", "-"}, text);
     EXPECT_TRUE(HasShape(document, cDiffShape));
-    EXPECT_EQ(document["same"], true);
+    EXPECT_EQ(true, document["same"]);
     EXPECT_TRUE(document["differences"].empty());
 }
 
@@ -327,14 +333,14 @@ TEST_P(CtlDiff, TellsEachValueThatDiffers) {
     const std::string text = DocumentText(stores.after, GetParam());
     const std::size_t changes = LoadOf(stores.before, stores.after, GetParam()).changes;
     const ToolResult words = RunCtl({"diff", "-"}, text);
-    EXPECT_EQ(words.exitCode, cFindings) << words;
-    EXPECT_EQ(words.Lines().size(), changes);
+    EXPECT_EQ(cFindings, words.exitCode) << words;
+    EXPECT_EQ(changes, words.Lines().size());
     const ToolResult result = RunCtl({"diff", "-", "--json"}, text);
-    EXPECT_EQ(result.exitCode, cFindings) << result;
+    EXPECT_EQ(cFindings, result.exitCode) << result;
     const Json document = ParsedJson(result.out);
     EXPECT_TRUE(HasShape(document, cDiffShape));
-    EXPECT_EQ(document["same"], false);
-    EXPECT_EQ(document["differences"].size(), changes);
+    EXPECT_EQ(false, document["same"]);
+    EXPECT_EQ(changes, document["differences"].size());
     ExpectStore(stores.before);
     // A load of it makes just these changes.
     EXPECT_EQ(DoneJson({"load", "-", "--dry-run"}, text)["changes"], document["differences"]);
@@ -351,13 +357,14 @@ TEST_F(CtlDiff, ShowsWhatIsStoredAndWhatTheDocumentHas) {
         R"({"format": "kora4-settings", "version": 1, "scope": "user",
             "profiles": {"music": {"volume-leveler": 5}, "p1": {"name": "Late"}}})";
     const ToolResult words = RunCtl({"diff", "-"}, text);
-    EXPECT_EQ(words.Lines(), (std::vector<std::string>{"music: volume-leveler: 7 -> 5",
-                                                       "p1: name: not stored -> \"Late\""}));
+    EXPECT_EQ((std::vector<std::string>{"music: volume-leveler: 7 -> 5",
+                                        "p1: name: not stored -> \"Late\""}),
+              words.Lines());
     const Json differences = ParsedJson(RunCtl({"diff", "-", "--json"}, text).out);
     EXPECT_EQ(differences["differences"][0],
               ParsedJson(R"({"name": "volume-leveler", "profile": "music", "stored": 7,
                              "wanted": 5})"));
-    EXPECT_EQ(differences["differences"][1]["stored"], nullptr);
+    EXPECT_EQ(nullptr, differences["differences"][1]["stored"]);
 }
 
 TEST_F(CtlDiff, MergingPassesOverWhatTheDocumentDoesNotHave) {
@@ -369,15 +376,15 @@ TEST_F(CtlDiff, MergingPassesOverWhatTheDocumentDoesNotHave) {
                            R"("profiles": {"music": {"volume-leveler": )") +
                value + "}}}";
     };
-    EXPECT_EQ(RunCtl({"diff", "-", "--merge"}, document("7")).exitCode, cDone);
+    EXPECT_EQ(cDone, RunCtl({"diff", "-", "--merge"}, document("7")).exitCode);
     const ToolResult five = RunCtl({"diff", "-", "--merge"}, document("5"));
-    EXPECT_EQ(five.exitCode, cFindings) << five;
-    EXPECT_EQ(five.Lines(), std::vector<std::string>{"music: volume-leveler: 7 -> 5"});
-    EXPECT_GT(RunCtl({"diff", "-"}, document("7")).Lines().size(), 50u);
+    EXPECT_EQ(cFindings, five.exitCode) << five;
+    EXPECT_EQ(std::vector<std::string>{"music: volume-leveler: 7 -> 5"}, five.Lines());
+    EXPECT_LT(50u, RunCtl({"diff", "-"}, document("7")).Lines().size());
 }
 
 TEST_F(CtlDiff, RefusesBadDocuments) {
-    RefusedUnchanged({"diff", "-"}, cBadInput, "no JSON", "hello");
+    RefusedUnchanged({"diff", "-"}, cBadInput, "not valid JSON", "hello");
     RefusedUnchanged({"diff", "-"}, cBadInput, "empty", "");
     RefusedUnchanged({"diff"}, cUsage, "FILE");
 }

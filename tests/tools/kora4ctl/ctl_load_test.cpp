@@ -2,6 +2,7 @@
 // kora4ctl load as a person uses it: good and bad documents, and the clients beside it.
 #include "settings/settings_table.h"
 #include "support/raw_store.h"
+#include "support/text_limits.h"
 #include "tools/kora4ctl/store_fixture.h"
 
 namespace kora4::test {
@@ -44,10 +45,10 @@ TEST_F(CtlLoad, SaysEachChange) {
     const std::string text = DocumentText(m_stores.after, Scope::eAll);
     const ExpectedLoad load = LoadOf(m_stores.before, m_stores.after, Scope::eAll);
     const ToolResult result = RunCtl({"load", "-"}, text);
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(result.Lines().size(), load.changes);
-    EXPECT_NE(result.err.find(std::to_string(load.changes) + " values changed."),
-              std::string::npos)
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ(load.changes, result.Lines().size());
+    EXPECT_NE(std::string::npos,
+              result.err.find(std::to_string(load.changes) + " values changed."))
         << result.err;
     ExpectStore(load.after);
 }
@@ -57,17 +58,17 @@ TEST_F(CtlLoad, SaysEachChangeInJson) {
     const ExpectedLoad load = LoadOf(m_stores.before, m_stores.after, Scope::eUser);
     const Json result = DoneJson({"load", "-"}, text);
     EXPECT_TRUE(HasShape(result, cResultShape));
-    EXPECT_EQ(result["dryRun"], false);
-    EXPECT_EQ(result["changes"].size(), load.changes);
+    EXPECT_EQ(false, result["dryRun"]);
+    EXPECT_EQ(load.changes, result["changes"].size());
     ExpectStore(load.after);
 }
 
 TEST_F(CtlLoad, OfWhatIsThereAlreadyWritesNothing) {
     const std::string text = Done({"dump", "--all"});
     const ToolResult result = RunCtl({"load", "-"}, text);
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(result.out, "");
-    EXPECT_NE(result.err.find("nothing was written"), std::string::npos) << result;
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ("", result.out);
+    EXPECT_NE(std::string::npos, result.err.find("nothing was written")) << result;
     ExpectStore(m_stores.before);
 }
 
@@ -75,13 +76,13 @@ TEST_F(CtlLoad, AsATrialTellsAndChangesNothing) {
     const std::string text = DocumentText(m_stores.after, Scope::eAll);
     const std::size_t changes = LoadOf(m_stores.before, m_stores.after, Scope::eAll).changes;
     const ToolResult trial = RunCtl({"load", "-", "--dry-run"}, text);
-    EXPECT_EQ(trial.exitCode, cDone) << trial;
-    EXPECT_EQ(trial.Lines().size(), changes);
-    EXPECT_NE(trial.err.find("would change"), std::string::npos) << trial.err;
+    EXPECT_EQ(cDone, trial.exitCode) << trial;
+    EXPECT_EQ(changes, trial.Lines().size());
+    EXPECT_NE(std::string::npos, trial.err.find("would change")) << trial.err;
     const Json result = DoneJson({"load", "-", "--dry-run"}, text);
     EXPECT_TRUE(HasShape(result, cResultShape));
-    EXPECT_EQ(result["dryRun"], true);
-    EXPECT_EQ(result["changes"].size(), changes);
+    EXPECT_EQ(true, result["dryRun"]);
+    EXPECT_EQ(changes, result["changes"].size());
     ExpectStore(m_stores.before);
     EXPECT_FALSE(HasJournal());
     EXPECT_EQ(WithoutReturns(RunCtl({"load", "-"}, text).out), WithoutReturns(trial.out));
@@ -97,15 +98,15 @@ TEST_F(CtlLoad, MergingLeavesAloneWhatTheDocumentDoesNotHave) {
         expected[{place.keySet, place.Name()}] = stored;
     }
     const Json result = DoneJson({"load", "-", "--merge"}, text);
-    EXPECT_EQ(result["changes"].size(), 2u);
+    EXPECT_EQ(2u, result["changes"].size());
     ExpectStore(LoadOf(m_stores.before, expected, Scope::eAll).after);
 }
 
 TEST_F(CtlLoad, WithoutMergingDeletesWhatTheDocumentDoesNotHave) {
     Done({"load", "-"}, InMusic(R"("volume-leveler": 5)"));
     const StoreValues left = tools::Covered(ReadStoreValues(), Scope::eAll);
-    ASSERT_EQ(left.size(), 1u);
-    EXPECT_EQ(left.begin()->second, tools::StoredValue::FromDword(5));
+    ASSERT_EQ(1u, left.size());
+    EXPECT_EQ(tools::StoredValue::FromDword(5), left.begin()->second);
 }
 
 TEST_F(CtlLoad, TakesWhatOtherProgramsMakeOfADocument) {
@@ -129,12 +130,12 @@ TEST_F(CtlLoad, TakesWhatOtherProgramsMakeOfADocument) {
 
 TEST_F(CtlLoad, RefusesWhatIsNoDocument) {
     ExpectRefusal("", "empty");
-    ExpectRefusal("hello", "no JSON");
-    ExpectRefusal("[1, 2]", "no object");
+    ExpectRefusal("hello", "not valid JSON");
+    ExpectRefusal("[1, 2]", "not an object");
     ExpectRefusal("{}", "format");
-    ExpectRefusal(std::string(1000, '\0'), "no JSON");
-    ExpectRefusal(std::string("\xFF\xFE\x00\xD8", 4), "no JSON");
-    ExpectRefusal(WithBody("") + "x", "no JSON");
+    ExpectRefusal(std::string(1000, '\0'), "not valid JSON");
+    ExpectRefusal(std::string("\xFF\xFE\x00\xD8", 4), "not valid JSON");
+    ExpectRefusal(WithBody("") + "x", "not valid JSON");
     ExpectRefusal(std::string(100000, '['), "nested too deeply");
 }
 
@@ -159,7 +160,7 @@ TEST_F(CtlLoad, RefusesDocumentsOfOtherVersionsAndScopes) {
 TEST_F(CtlLoad, RefusesADocumentThatIsCutOffAnywhere) {
     tools::RandomStore random(5);
     const std::string text = DocumentText(random.Values(5), Scope::eUser);
-    ASSERT_GT(text.size(), 3000u);
+    ASSERT_LT(3000u, text.size());
     for (std::size_t length = 0; length < text.size() - 2 && !HasFailure(); length += 100)
         ExpectRefusal(text.substr(0, length), length == 0 ? "empty" : "");
     ExpectRefusal(text.substr(0, text.size() - 2), "cut off");
@@ -185,7 +186,7 @@ TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {
         const char* name;
         const char* value;
     };
-    const std::string tooLong = "\"" + std::string(2048, 'x') + "\"";
+    const std::string tooLong = "\"" + std::string(cLongestTextChars + 1, 'x') + "\"";
     const std::string tooMany = Json(std::vector<int>(41)).dump();
     for (const Bad& bad : {Bad{"music", "volume-leveler.on", "\"maybe\""},
                            Bad{"music", "volume-leveler", "-1"},
@@ -214,8 +215,8 @@ TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {
         text.replace(text.find(mark), mark.size(), bad.value);
         // Malformed text has no place in a document.
         const bool isText = std::string_view(bad.value).find('\xC3') == std::string::npos;
-        ExpectRefusal(
-            text, isText ? std::string("profiles.") + bad.profile + "." + bad.name : "no JSON");
+        ExpectRefusal(text, isText ? std::string("profiles.") + bad.profile + "." + bad.name
+                                   : "not valid JSON");
     }
     ExpectRefusal(WithBody(R"("global": {"audio-regulator.isolated": [1]})"),
                   "global.audio-regulator.isolated");
@@ -261,7 +262,7 @@ class CtlLoadBesideAClient : public StoreTest {
   protected:
     void SetUp() override {
         StoreTest::SetUp();
-        ASSERT_EQ(Client().RegisterChangeNotifications(m_recorder.Get()), S_OK);
+        ASSERT_EQ(S_OK, Client().RegisterChangeNotifications(m_recorder.Get()));
     }
     void Merge(const std::string& body) {
         m_recorder->ClearLog();
@@ -297,8 +298,8 @@ TEST_F(CtlLoadBesideAClient, AWholeDocumentIsToldAtOnce) {
                                    "OnTechnologyOnElseOffChange(eGraphicEQ, 0)",
                                    "OnSimplePatchValueChange(eVolumeLeveler, 3)"})
         ExpectTold(line);
-    EXPECT_NE(tools::Join(m_recorder->Log(), "\n").find("OnGraphicEQChange("),
-              std::string::npos);
+    EXPECT_NE(std::string::npos,
+              tools::Join(m_recorder->Log(), "\n").find("OnGraphicEQChange("));
 }
 
 TEST_F(CtlLoadBesideAClient, AnotherProfileIsToldAndItsValuesAreThere) {
@@ -308,8 +309,8 @@ TEST_F(CtlLoadBesideAClient, AnotherProfileIsToldAndItsValuesAreThere) {
     ExpectTold("OnCustomProfileTableChange()");
     KORA4PatchValueUnion value = {};
     value.m_technology = eVolumeLeveler;
-    EXPECT_EQ(Client().GetSimplePatchValue(&value), S_OK);
-    EXPECT_EQ(value.m_values.m_volumeSlider, 3u);
+    EXPECT_EQ(S_OK, Client().GetSimplePatchValue(&value));
+    EXPECT_EQ(3u, value.m_values.m_volumeSlider);
 }
 
 // ---- The mutex ----------------------------------------------------------------------------
@@ -324,7 +325,7 @@ TEST_F(CtlLoad, WaitsForAProgramThatHoldsTheStore) {
     ExpectStore(m_stores.before);
     hold.reset();
     const ToolResult result = tool.WaitForEnd();
-    EXPECT_EQ(result.exitCode, cDone) << result;
+    EXPECT_EQ(cDone, result.exitCode) << result;
     ExpectStore(LoadOf(m_stores.before, m_stores.after, Scope::eAll).after);
 }
 
@@ -336,8 +337,8 @@ TEST_F(CtlLoad, CtrlCEndsTheWait) {
     EXPECT_TRUE(tool.IsSilentFor(1000));
     tool.PressCtrlC();
     const ToolResult result = tool.WaitForEnd();
-    EXPECT_EQ(result.exitCode, cFailed) << result;
-    EXPECT_NE(result.err.find("Interrupted while waiting"), std::string::npos) << result;
+    EXPECT_EQ(cFailed, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.err.find("Interrupted while waiting")) << result;
     ExpectStore(m_stores.before);
 }
 
@@ -352,10 +353,10 @@ TEST_F(CtlLoad, NobodyWaitsForeverForAProgramThatDoesNotLetGo) {
         tools.push_back(std::make_unique<RunningTool>("kora4ctl", arguments));
     for (const std::unique_ptr<RunningTool>& tool : tools) {
         const ToolResult result = tool->WaitForEnd();
-        EXPECT_EQ(result.exitCode, cTimedOut) << result;
-        EXPECT_EQ(result.out, "");
-        EXPECT_NE(result.err.find("holds the settings store"), std::string::npos) << result;
-        EXPECT_GT(result.elapsed, 29000u);
+        EXPECT_EQ(cTimedOut, result.exitCode) << result;
+        EXPECT_EQ("", result.out);
+        EXPECT_NE(std::string::npos, result.err.find("holds the settings store")) << result;
+        EXPECT_LT(29000u, result.elapsed);
     }
     ExpectStore(m_stores.before);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl profile and demo.
+#include "support/text_limits.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 
 namespace kora4::test {
@@ -9,24 +10,24 @@ class CtlProfile : public CtlTest {
   protected:
     LONG Active() {
         LONG profile = -1;
-        EXPECT_EQ(Client().GetActiveProfile(&profile), S_OK);
+        EXPECT_EQ(S_OK, Client().GetActiveProfile(&profile));
         return profile;
     }
 };
 using CtlDemo = CtlProfile;
 
 TEST_F(CtlProfile, UseTellsOldAndNew) {
-    EXPECT_EQ(Done({"profile", "use", "music"}), "profile: movie -> music\n");
-    EXPECT_EQ(Active(), 1);
-    EXPECT_EQ(DoneJson({"profile", "use", "2"}),
-              Json({{"profile", "games"}, {"old", "music"}}));
+    EXPECT_EQ("profile: movie -> music\n", Done({"profile", "use", "music"}));
+    EXPECT_EQ(1, Active());
+    EXPECT_EQ(Json({{"profile", "games"}, {"old", "music"}}),
+              DoneJson({"profile", "use", "2"}));
 }
 
 TEST_F(CtlProfile, UseSaysWhyNot) {
     RefusedUnchanged({"profile", "use", "p3"}, cRefused, "does not exist");
     RefusedUnchanged({"profile", "use", "demo-movie"}, cBadInput, "demo enter");
     RefusedUnchanged({"profile", "use", "musc"}, cBadInput, "music");
-    ASSERT_EQ(Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE), S_OK);
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
     RefusedUnchanged({"profile", "use", "music"}, cRefused, "demo");
 }
 
@@ -34,55 +35,58 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
     const std::string name = "Sp\xC3\xA4t \xE2\x98\xBE \xF0\x9F\x8E\xA7";
     EXPECT_EQ(DoneJson({"profile", "create", "p1", name}),
               Json({{"profile", "p1"}, {"name", name}, {"from", "movie"}}));
-    LPWSTR names[9] = {};
-    ASSERT_EQ(Client().GetProfileTable(names), S_OK);
-    EXPECT_STREQ(names[3], L"Sp\u00E4t \u263E \U0001F3A7");
+    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
+    ASSERT_EQ(S_OK, Client().GetProfileTable(names));
+    EXPECT_STREQ(L"Sp\u00E4t \u263E \U0001F3A7", names[3]);
     for (LPWSTR text : names)
         CoTaskMemFree(text);
     EXPECT_EQ(Done({"profile", "rename", "3", "Two"}), "p1: '" + name + "' -> 'Two'\n");
-    EXPECT_EQ(Done({"profile", "use", "p1"}), "profile: movie -> p1\n");
+    EXPECT_EQ("profile: movie -> p1\n", Done({"profile", "use", "p1"}));
     RefusedUnchanged({"profile", "delete", "p1"}, cFailed, "active");
     Done({"profile", "use", "movie"});
-    EXPECT_EQ(Done({"profile", "delete", "p1"}), "p1 was deleted.\n");
+    EXPECT_EQ("p1 was deleted.\n", Done({"profile", "delete", "p1"}));
     RefusedUnchanged({"profile", "delete", "p1"}, cRefused, "does not exist");
 }
 
 TEST_F(CtlProfile, CreateAndRenameSayWhyNot) {
     Done({"profile", "create", "p1", ""});
-    RefusedUnchanged({"profile", "create", "p1", "x"}, cFailed, "exists already");
+    RefusedUnchanged({"profile", "create", "p1", "x"}, cFailed, "already exists");
     RefusedUnchanged({"profile", "rename", "p2", "x"}, cFailed, "does not exist");
-    RefusedUnchanged({"profile", "create", "music", "x"}, cBadInput, "no custom profile");
-    RefusedUnchanged({"profile", "delete", "games"}, cBadInput, "no custom profile");
+    RefusedUnchanged({"profile", "create", "music", "x"}, cBadInput, "not a custom profile");
+    RefusedUnchanged({"profile", "delete", "games"}, cBadInput, "not a custom profile");
     RefusedUnchanged({"profile", "create", "p9", "x"}, cBadInput, "no profile 'p9'");
     RefusedUnchanged({"profile", "create", "p2"}, cUsage, "NAME");
 }
 
 TEST_F(CtlProfile, NamesAreAsLongAsCanBeReadAgain) {
-    Done({"profile", "create", "p1", std::string(2047, 'n')});
-    EXPECT_EQ(Done({"get", "name", "--profile", "p1"}), std::string(2047, 'n') + "\n");
-    RefusedUnchanged({"profile", "create", "p2", std::string(2048, 'n')}, cBadInput, "2047");
-    RefusedUnchanged({"profile", "rename", "p1", std::string(2048, 'n')}, cBadInput, "2047");
+    Done({"profile", "create", "p1", std::string(cLongestTextChars, 'n')});
+    EXPECT_EQ(std::string(cLongestTextChars, 'n') + "\n",
+              Done({"get", "name", "--profile", "p1"}));
+    RefusedUnchanged({"profile", "create", "p2", std::string(cLongestTextChars + 1, 'n')},
+                     cBadInput, "2047");
+    RefusedUnchanged({"profile", "rename", "p1", std::string(cLongestTextChars + 1, 'n')},
+                     cBadInput, "2047");
 }
 
 TEST_F(CtlProfile, AnUnreadableNameIsExplained) {
     WriteStoredUINT(eKeySetStatic, pkey::ProfileName(5), 1);
     Refused({"profile", "table"}, cFailed, "lint");
-    EXPECT_EQ(Done({"profile", "delete", "p3"}), "p3 was deleted.\n");
+    EXPECT_EQ("p3 was deleted.\n", Done({"profile", "delete", "p3"}));
     Done({"profile", "table"});
 }
 
 TEST_F(CtlProfile, TableHasNineRows) {
     Done({"profile", "create", "p2", "Second"});
     const Json table = DoneJson({"profile", "table"});
-    ASSERT_EQ(table.size(), 9u);
+    ASSERT_EQ(9u, table.size());
     EXPECT_TRUE(HasShape(table, R"([{"profile": "string", "number": "integer",
         "kind": "string", "exists": "boolean", "name": "string|null",
         "active": "boolean"}])"));
-    EXPECT_EQ(table[0]["active"], true);
-    EXPECT_EQ(table[4]["name"], "Second");
-    EXPECT_EQ(table[5]["exists"], false);
+    EXPECT_EQ(true, table[0]["active"]);
+    EXPECT_EQ("Second", table[4]["name"]);
+    EXPECT_EQ(false, table[5]["exists"]);
     const std::string text = Done({"profile", "table"});
-    EXPECT_NE(text.find("'Second'"), std::string::npos) << text;
+    EXPECT_NE(std::string::npos, text.find("'Second'")) << text;
 }
 
 TEST_F(CtlProfile, ShowHasTheValuesOfActiveAndInactiveProfiles) {
@@ -103,14 +107,14 @@ TEST_F(CtlProfile, ShowHasTheValuesOfActiveAndInactiveProfiles) {
             }
         }
     }
-    EXPECT_EQ(DoneJson({"profile", "show"})["profile"], "movie");
-    EXPECT_NE(Done({"profile", "show", "p4"}).find("does not exist"), std::string::npos);
+    EXPECT_EQ("movie", DoneJson({"profile", "show"})["profile"]);
+    EXPECT_NE(std::string::npos, Done({"profile", "show", "p4"}).find("does not exist"));
 }
 
 TEST_F(CtlProfile, RevertGivesTheFactoryValuesOfPresetProfilesOnly) {
     Done({"set", "dialog-enhancer", "0.75"});
-    EXPECT_EQ(Done({"profile", "revert"}), "movie has its factory values again.\n");
-    EXPECT_EQ(Done({"get", "dialog-enhancer"}), "0.33\n");
+    EXPECT_EQ("movie was reset to its factory values.\n", Done({"profile", "revert"}));
+    EXPECT_EQ("0.33\n", Done({"get", "dialog-enhancer"}));
     Done({"profile", "create", "p1", "x"});
     Done({"profile", "use", "p1"});
     RefusedUnchanged({"profile", "revert"}, cRefused, "KORA4_S_NOT_A_PRESET_PROFILE");
@@ -124,25 +128,25 @@ TEST_F(CtlProfile, SubcommandsAreNamedWhenOneIsMissingOrWrong) {
 
 TEST_F(CtlDemo, EnterAndForceLeaveRestoreProfileAndEnable) {
     Done({"profile", "use", "music"});
-    EXPECT_EQ(DoneJson({"demo", "enter", "games", "--off"}),
-              Json({{"profile", "demo-games"}, {"demo", true}, {"enable", false}}));
-    EXPECT_EQ(Active(), KORA4_PROFILE_DEMO_GAMES);
+    EXPECT_EQ(Json({{"profile", "demo-games"}, {"demo", true}, {"enable", false}}),
+              DoneJson({"demo", "enter", "games", "--off"}));
+    EXPECT_EQ(KORA4_PROFILE_DEMO_GAMES, Active());
     RefusedUnchanged({"demo", "enter", "movie"}, cRefused, "demo-games");
     RefusedUnchanged({"demo", "leave"}, cRefused, "force-leave");
-    EXPECT_EQ(DoneJson({"demo", "force-leave"}),
-              Json({{"profile", "music"}, {"demo", false}, {"enable", true}}));
-    EXPECT_EQ(Active(), 1);
+    EXPECT_EQ(Json({{"profile", "music"}, {"demo", false}, {"enable", true}}),
+              DoneJson({"demo", "force-leave"}));
+    EXPECT_EQ(1, Active());
 }
 
 TEST_F(CtlDemo, WithoutADemoThereIsNothingToLeave) {
     RefusedUnchanged({"demo", "leave"}, cRefused, "no demo is active");
     const std::string text = Done({"demo", "force-leave"});
-    EXPECT_NE(text.find("No demo was active"), std::string::npos) << text;
+    EXPECT_NE(std::string::npos, text.find("No demo was active")) << text;
 }
 
 TEST_F(CtlDemo, EnterTakesTheThreeDemosByAnyOfTheirNames) {
     for (const char* const name : {"movie", "demo-movie", "240"}) {
-        EXPECT_EQ(DoneJson({"demo", "enter", name})["profile"], "demo-movie") << name;
+        EXPECT_EQ("demo-movie", DoneJson({"demo", "enter", name})["profile"]) << name;
         Done({"demo", "force-leave"});
     }
     RefusedUnchanged({"demo", "enter", "p1"}, cBadInput, "movie, music and games");

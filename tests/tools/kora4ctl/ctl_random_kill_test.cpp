@@ -52,7 +52,7 @@ class RandomlyKilledLoad : public BrokenLoad {
             while (Exists(JournalPath()) && tool.IsRunning())
                 SwitchToThread();
             times.writing = std::max(times.writing, Now() - writes);
-            EXPECT_EQ(tool.WaitForEnd().exitCode, cDone);
+            EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
             times.whole = std::max(times.whole, Now() - begin);
         }
         return times;
@@ -94,13 +94,12 @@ TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
         journals += hadJournal;
         const std::string words = DoctorOnLoad();
         EXPECT_FALSE(HasJournal());
-        EXPECT_EQ(words.find("none was broken off") == std::string::npos, hadJournal) << words;
+        EXPECT_EQ(hadJournal, words.find("none was interrupted") == std::string::npos) << words;
         const bool isDone = tools::Covered(ReadStoreValues(), Scope::eAll) ==
                             tools::Covered(wanted, Scope::eAll);
         if (!isDone) {
-            EXPECT_EQ(DifferencesOf(tools::Covered(old, Scope::eAll),
-                                    tools::Covered(ReadStoreValues(), Scope::eAll)),
-                      "")
+            EXPECT_EQ("", DifferencesOf(tools::Covered(old, Scope::eAll),
+                                        tools::Covered(ReadStoreValues(), Scope::eAll)))
                 << words;
         }
         undone += words.find("half-way") != std::string::npos;
@@ -109,7 +108,7 @@ TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
     }
     std::printf("%d left a journal: %d undone, %d finished\n", journals, undone, finished);
     // Otherwise nothing was tried.
-    EXPECT_GT(undone, cKills / 10);
+    EXPECT_LT(cKills / 10, undone);
 }
 
 }  // namespace

@@ -111,7 +111,8 @@ class RandomChanges {
                 break;
             case 9:
                 if (Below(2) != 0)
-                    m_api.SetDemoProfileAndEnable(240 + Below(3), Below(2));
+                    m_api.SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE + Below(3),
+                                                  Below(2));
                 else
                     m_api.ForceRevertFromDemoMode();
                 break;
@@ -191,7 +192,7 @@ TEST_P(CtlRecordRandom, ReplayEndsInTheSameSettings) {
     const std::string end = Done({"dump"});
     const std::vector<Json> lines = Lines(Recorded());
     EXPECT_EQ(ParsedJson(end), lines.back()["settings"]);
-    EXPECT_GT(lines.size(), 20u);
+    EXPECT_LT(20u, lines.size());
     for (int i = 0; i < 20; ++i)
         changes.Make();
     const ToolResult replay = RunCtl({"replay", cFile, "--speed", "0"});
@@ -213,7 +214,7 @@ TEST_F(CtlRecord, EachLineHasItsShape) {
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_THAT(result.err, HasSubstr("Recorded 3 notifications in"));
     const std::vector<Json> lines = Lines(Recorded());
-    ASSERT_GE(lines.size(), 5u);
+    ASSERT_LE(5u, lines.size());
     EXPECT_TRUE(HasShape(lines.front(), cStartShape));
     EXPECT_EQ(1, lines.front()["settings"]["profiles"]["movie"]["volume-leveler"]);
     EXPECT_TRUE(HasShape(lines.back(), cEndShape));
@@ -231,7 +232,8 @@ TEST_F(CtlRecord, LinesAreInTheFileWhenTheyCome) {
     SetVolume(9);
     WaitForLines(2);
     tool->Kill();
-    RefusedUnchanged({"replay", cFile}, cBadInput, "its end is missing: it was cut short");
+    RefusedUnchanged({"replay", cFile}, cBadInput,
+                     "its end is missing: the recording was cut short");
 }
 
 TEST_F(CtlRecord, StandardOutputCanBeReplayedFromStandardInput) {
@@ -253,10 +255,10 @@ TEST_F(CtlRecord, ChangesAreMadeInTheirTime) {
     EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
     const ToolResult asRecorded = RunCtl({"replay", cFile});
     EXPECT_EQ(cDone, asRecorded.exitCode) << asRecorded;
-    EXPECT_GE(asRecorded.elapsed, 2000u);
+    EXPECT_LE(2000u, asRecorded.elapsed);
     const ToolResult faster = RunCtl({"replay", cFile, "--speed", "4"});
     EXPECT_EQ(cDone, faster.exitCode) << faster;
-    EXPECT_GE(faster.elapsed, 500u);
+    EXPECT_LE(500u, faster.elapsed);
     EXPECT_LT(faster.elapsed, asRecorded.elapsed);
 }
 
@@ -275,7 +277,7 @@ TEST_F(CtlRecord, OthersAreToldOfWhatIsReplayed) {
 TEST_F(CtlRecord, DemoIsEnteredAndLeftAsInTheRecording) {
     EXPECT_EQ(S_OK, Client().SetActiveProfile(1));
     const auto tool = Record();
-    EXPECT_EQ(S_OK, Client().SetDemoProfileAndEnable(242, FALSE));
+    EXPECT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, FALSE));
     WaitForLines(3);
     End(*tool);
     EXPECT_EQ(S_OK, Client().RevertFromDemoMode());
@@ -348,27 +350,27 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         const char* message;
     } cases[] = {
         {"", "it is empty"},
-        {"nothing\n", "Line 1: The document is no JSON"},
-        {"[1]\n", "Line 1: it is no object with an 'event'"},
-        {"{\"event\": \"start\"}\n", "Line 1: it is no recording"},
+        {"nothing\n", "Line 1: The document is not valid JSON"},
+        {"[1]\n", "Line 1: it is not an object with an 'event'"},
+        {"{\"event\": \"start\"}\n", "Line 1: it is not a recording"},
         {with("\"version\":1,\"time\"", "\"version\":2,\"time\""),
-         "Line 1: it is of another version"},
+         "Line 1: its version is not"},
         {start, "its end is missing"},
-        {rest, "Line 1: it is no recording"},
+        {rest, "Line 1: it is not a recording"},
         {good.substr(0, good.size() / 2), "The document is cut off"},
         {std::string(200000, '[') + "\n", "Line 1: The document is nested too deeply"},
         {"{\"event\": \"start\", \"event\": \"start\"}\n",
-         "Line 1: event: the name is there twice"},
-        {good + rest, "something comes behind the end"},
-        {with("\"event\":\"value\"", "\"event\":\"volume\""),
-         "Line 2: there is no event 'volume'"},
-        {with("\"event\":\"value\"", "\"event\":\"switch\""), "Line 2: that is no value"},
+         "Line 1: event: the name appears twice"},
+        {good + rest, "there is a line after the end"},
+        {with("\"event\":\"value\"", "\"event\":\"volume\""), "Line 2: unknown event 'volume'"},
+        {with("\"event\":\"value\"", "\"event\":\"switch\""), "Line 2: the value does not fit"},
         {with("\"value\":9,\"offset\"", "\"value\":[9],\"offset\""),
-         "Line 2: that is no value"},
-        {with("\"value\":9,\"offset\"", "\"value\":-9,\"offset\""), "Line 2: that is no value"},
+         "Line 2: the value does not fit"},
+        {with("\"value\":9,\"offset\"", "\"value\":-9,\"offset\""),
+         "Line 2: the value does not fit"},
         {with("\"value\":9,\"offset\"", "\"value\":\"loud\",\"offset\""),
-         "Line 2: that is no value"},
-        {with("\"offset\":", "\"offset\":-"), "'offset' is no number"},
+         "Line 2: the value does not fit"},
+        {with("\"offset\":", "\"offset\":-"), "'offset' is not a number"},
         {with("\"changes\":[", "\"changed\":["), "unknown member 'changed'"},
         {with("\"name\":\"volume-leveler\"", "\"name\":\"volume-levler\""), "Line 2"},
         {with(change, "[{\"section\":\"format\""), "Line 2: 'section' of a change is neither"},
@@ -376,8 +378,9 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
          "Line 2: 'section' of a change is neither"},
         {with(change, "[{\"section\":\"\""), "Line 2: 'section' of a change is neither"},
         {with(change, change + ",\"section\":\"global\""), "Line 2: a change has both"},
-        {with(change, "[{\"profile\":\"film\""), "Line 2: 'profile' of a change is no profile"},
-        {with(change, "[{\"profile\":\"\""), "Line 2: 'profile' of a change is no profile"},
+        {with(change, "[{\"profile\":\"film\""),
+         "Line 2: 'profile' of a change is not a profile"},
+        {with(change, "[{\"profile\":\"\""), "Line 2: 'profile' of a change is not a profile"},
         {with("\"value\":9,\"offset\"", "\"value\":1e999,\"offset\""), "Line 2: "},
     };
     for (const auto& [text, message] : cases)

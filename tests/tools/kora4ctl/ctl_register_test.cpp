@@ -77,7 +77,7 @@ class CtlRegister : public CtlTest {
   protected:
     // Whatever a test has made of the registration, the end of the fixture finds it whole.
     void TearDown() override {
-        EXPECT_EQ(LoadedLibrary().RegisterServer(), S_OK);
+        EXPECT_EQ(S_OK, LoadedLibrary().RegisterServer());
         CtlTest::TearDown();
     }
 
@@ -85,7 +85,7 @@ class CtlRegister : public CtlTest {
     static Json Check(DWORD code, Words arguments = {}) {
         arguments.insert(arguments.begin(), {"register", "--check", "--json"});
         const ToolResult result = RunCtl(arguments);
-        EXPECT_EQ(result.exitCode, code) << result;
+        EXPECT_EQ(code, result.exitCode) << result;
         const Json document = ParsedJson(result.out);
         EXPECT_TRUE(HasShape(document, cShape));
         return document;
@@ -93,7 +93,7 @@ class CtlRegister : public CtlTest {
     static std::string Findings(const Json& document) {
         std::string text;
         for (const Json& finding : document["findings"]) {
-            EXPECT_NE(finding["next"], "") << finding;
+            EXPECT_NE("", finding["next"]) << finding;
             text += finding["severity"].get<std::string>() + ": " +
                     finding["what"].get<std::string>() + "\n";
         }
@@ -107,22 +107,22 @@ bool Has(const std::string& text, const std::string& part) {
 
 TEST_F(CtlRegister, CheckTellsEverythingOfAnOrderlyRegistration) {
     const Json found = Check(cDone);
-    EXPECT_EQ(found["registered"], true);
-    EXPECT_EQ(found["for"], "machine");
-    EXPECT_EQ(tools::Lower(found["path"].get<std::string>()), tools::Lower(Library()));
+    EXPECT_EQ(true, found["registered"]);
+    EXPECT_EQ("machine", found["for"]);
+    EXPECT_EQ(tools::Lower(Library()), tools::Lower(found["path"].get<std::string>()));
     EXPECT_EQ(found["typeLibrary"], found["path"]);
-    EXPECT_EQ(found["threadingModel"], "Both");
-    EXPECT_EQ(found["fileExists"], true);
+    EXPECT_EQ("Both", found["threadingModel"]);
+    EXPECT_EQ(true, found["fileExists"]);
     EXPECT_EQ(found["fileVersion"], found["toolVersion"]);
     EXPECT_EQ(found["apiVersion"], found["toolVersion"]);
-    EXPECT_EQ(found["findings"], Json::array());
+    EXPECT_EQ(Json::array(), found["findings"]);
     const std::string text = Done({"register", "--check"});
     EXPECT_TRUE(Has(text, "the machine (HKEY_LOCAL_MACHINE)")) << text;
     EXPECT_TRUE(Has(text, Library())) << text;
 }
 
 TEST_F(CtlRegister, CheckOfTheRegisteredFileIsContent) {
-    EXPECT_EQ(Findings(Check(cDone, {Library()})), "");
+    EXPECT_EQ("", Findings(Check(cDone, {Library()})));
 }
 
 TEST_F(CtlRegister, CheckOfAnotherFileSaysWhichIsRegistered) {
@@ -133,15 +133,15 @@ TEST_F(CtlRegister, CheckOfAnotherFileSaysWhichIsRegistered) {
 TEST_F(CtlRegister, CheckWithoutARegistrationEndsWithFour) {
     Unregister();
     const Json found = Check(cNotReady);
-    EXPECT_EQ(found["registered"], false);
-    EXPECT_EQ(found["path"], nullptr);
-    EXPECT_EQ(Findings(found), "error: The library is not registered on this machine.\n");
+    EXPECT_EQ(false, found["registered"]);
+    EXPECT_EQ(nullptr, found["path"]);
+    EXPECT_EQ("error: The library is not registered on this machine.\n", Findings(found));
 }
 
 TEST_F(CtlRegister, CheckFindsAMissingFile) {
     WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", L"C:\\gone\\QXA64T.dll");
     const Json found = Check(cFindings);
-    EXPECT_EQ(found["fileExists"], false);
+    EXPECT_EQ(false, found["fileExists"]);
     EXPECT_TRUE(Has(Findings(found), "error: The registered file does not exist."));
 }
 
@@ -150,13 +150,13 @@ TEST_F(CtlRegister, CheckFindsAFileThatIsNoLibrary) {
     file.Write("This is a text.");
     WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", tools::Widen(file.Name()));
     EXPECT_TRUE(
-        Has(Findings(Check(cFindings)), "error: The registered file is no library at all."));
+        Has(Findings(Check(cFindings)), "error: The registered file is not a library."));
 }
 
 TEST_F(CtlRegister, CheckFindsALibraryThatMakesNoObject) {
     WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", L"C:\\windows\\system32\\msvcrt.dll");
     EXPECT_TRUE(Has(Findings(Check(cFindings)),
-                    "error: No object can be made of the registered library: "));
+                    "error: The registered library cannot create an object: "));
 }
 
 TEST_F(CtlRegister, CheckFindsAWrongAndAMissingThreadingModel) {
@@ -170,8 +170,8 @@ TEST_F(CtlRegister, CheckFindsAWrongAndAMissingThreadingModel) {
 TEST_F(CtlRegister, CheckFindsMissingEntriesOfTheApplication) {
     RemoveKey(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL");
     const Json found = Check(cFindings);
-    EXPECT_EQ(found["appId"], nullptr);
-    EXPECT_TRUE(Has(Findings(found), "warning: The entries of the application (AppID)"));
+    EXPECT_EQ(nullptr, found["appId"]);
+    EXPECT_TRUE(Has(Findings(found), "warning: The application entries (AppID)"));
 }
 
 TEST_F(CtlRegister, CheckFindsAMissingTypeLibrary) {
@@ -179,7 +179,7 @@ TEST_F(CtlRegister, CheckFindsAMissingTypeLibrary) {
     StringFromGUID2(LIBID_KORA4ASLLib, guid, 40);
     RemoveKey(HKEY_CLASSES_ROOT, std::wstring(L"TypeLib\\") + guid);
     const Json found = Check(cFindings);
-    EXPECT_EQ(found["typeLibrary"], nullptr);
+    EXPECT_EQ(nullptr, found["typeLibrary"]);
     EXPECT_TRUE(Has(Findings(found), "warning: The type library is not registered."));
 }
 
@@ -191,7 +191,7 @@ TEST_F(CtlRegister, RegistersTheLibraryBesideTheProgram) {
     EXPECT_TRUE(Has(text, "StaticKeys")) << text;
     EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetStatic)));
     EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetDynamic)));
-    EXPECT_EQ(Check(cDone)["registered"], true);
+    EXPECT_EQ(true, Check(cDone)["registered"]);
 }
 
 TEST_F(CtlRegister, RegistersAFileThatIsNamedAndSaysWhichWasBefore) {
@@ -200,15 +200,15 @@ TEST_F(CtlRegister, RegistersAFileThatIsNamedAndSaysWhichWasBefore) {
     const Json document = DoneJson({"register", copy.Name()});
     EXPECT_EQ(document["path"], copy.Name());
     EXPECT_EQ(tools::Lower(document["before"].get<std::string>()), tools::Lower(Library()));
-    EXPECT_EQ(Done({"unregister", copy.Name()}), "");
+    EXPECT_EQ("", Done({"unregister", copy.Name()}));
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, ClassKey()));
 }
 
 TEST_F(CtlRegister, IsSilentWhenToldSo) {
     const ToolResult result = RunCtl({"register", "--quiet"});
-    EXPECT_EQ(result.exitCode, cDone);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(cDone, result.exitCode);
+    EXPECT_EQ("", result.out);
+    EXPECT_EQ("", result.err);
 }
 
 TEST_F(CtlRegister, RefusesWhatIsNoSuchLibraryInASentence) {
@@ -221,38 +221,38 @@ TEST_F(CtlRegister, RefusesWhatIsNoSuchLibraryInASentence) {
     const std::string program = tools::Narrow(ProgramFolder()) + "\\kora4ctl.exe";
     for (const char* verb : {"register", "unregister"}) {
         Refused({verb, "C:\\no\\such.dll"}, cBadInput, "does not exist.");
-        Refused({verb, "C:\\windows"}, cBadInput, "is no library at all.");
-        Refused({verb, text.Name()}, cBadInput, "is no library at all.");
+        Refused({verb, "C:\\windows"}, cBadInput, "is not a library.");
+        Refused({verb, text.Name()}, cBadInput, "is not a library.");
         Refused({verb, program}, cBadInput, "is a program, not a library.");
         Refused({verb, narrow.Name()}, cBadInput, "is not a library for 64-bit x64 programs.");
         Refused({verb, "C:\\windows\\system32\\msvcrt.dll"}, cBadInput,
-                "it has no DllRegisterServer.");
+                "it does not export DllRegisterServer.");
     }
-    EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, ClassKey()), before);
+    EXPECT_EQ(before, DumpKey(HKEY_CLASSES_ROOT, ClassKey()));
 }
 
 TEST_F(CtlRegister, UnregistersAndKeepsTheSettings) {
     WriteStoredUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), 2);
     const std::string store = StoreSnapshot();
     const Json document = DoneJson({"unregister"});
-    EXPECT_EQ(document["registered"], false);
+    EXPECT_EQ(false, document["registered"]);
     EXPECT_EQ(tools::Lower(document["before"].get<std::string>()), tools::Lower(Library()));
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, ClassKey()));
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL"));
-    EXPECT_EQ(StoreSnapshot(), store);
+    EXPECT_EQ(store, StoreSnapshot());
 }
 
 TEST_F(CtlRegister, UnregisteringTwiceIsNoFailure) {
     Unregister();
     const ToolResult result = RunCtl({"unregister"});
-    EXPECT_EQ(result.exitCode, cDone) << result;
+    EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_TRUE(Has(result.err, "was not registered")) << result;
 }
 
 TEST_F(CtlRegister, OtherVerbsNameTheCommandThatMendsAMissingRegistration) {
     Unregister();
     const ToolResult result = RunCtl({"get", "profile"});
-    EXPECT_EQ(result.exitCode, cNotReady) << result;
+    EXPECT_EQ(cNotReady, result.exitCode) << result;
     EXPECT_TRUE(Has(result.err, "kora4ctl register")) << result;
 }
 

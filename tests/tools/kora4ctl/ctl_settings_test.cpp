@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "registry/stored_value.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 #include "support/raw_store.h"
 #include "tools/kora4ctl/ctl_fixture.h"
@@ -72,23 +73,23 @@ class CtlSettings : public CtlTest {
         const Json change = DoneJson(set);
         EXPECT_TRUE(HasShape(change, cChangeShape));
         EXPECT_EQ(change["value"], tools::ToJson(setting, wanted));
-        EXPECT_EQ(DecodedOf(setting, profile), wanted);
+        EXPECT_EQ(wanted, DecodedOf(setting, profile));
     }
 };
 
 TEST_F(CtlSettings, ListHasEveryRowInOrderWithItsDefault) {
     const Json list = DoneJson({"list"});
     const std::vector<Setting>& table = tools::SettingsTable();
-    ASSERT_EQ(list.size(), table.size());
+    ASSERT_EQ(table.size(), list.size());
     for (std::size_t i = 0; i < table.size(); ++i) {
         SCOPED_TRACE(table[i].name);
-        EXPECT_EQ(list[i]["name"], table[i].name);
+        EXPECT_EQ(table[i].name, list[i]["name"]);
         if (!table[i].isStored || table[i].role == Role::eName)
             continue;
         const tools::SchemaValue place = table[i].Stored(0);
         const auto standIn = place.Default();
         const auto value = standIn ? tools::Decode(place, *standIn) : std::nullopt;
-        EXPECT_EQ(list[i]["value"], value ? tools::ToJson(table[i], *value) : Json());
+        EXPECT_EQ(value ? tools::ToJson(table[i], *value) : Json(), list[i]["value"]);
     }
     EXPECT_TRUE(HasShape(list, R"([{"name": "string", "value": "any", "unit": "string|null",
                    "profile": "string|null", "stored": "any", "inRange": "boolean",
@@ -100,9 +101,9 @@ TEST_F(CtlSettings, GetTakesEveryNameAndPrintsOneLineForEach) {
     for (const Setting& setting : tools::SettingsTable())
         arguments.push_back(setting.name);
     const ToolResult result = RunCtl(arguments);
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(result.Lines().size(), tools::SettingsTable().size()) << result;
-    EXPECT_EQ(result.Lines().front(), "movie");
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ(tools::SettingsTable().size(), result.Lines().size()) << result;
+    EXPECT_EQ("movie", result.Lines().front());
 }
 
 TEST_F(CtlSettings, EveryRowThatCanBeSetIsSetInTheActiveProfile) {
@@ -121,7 +122,7 @@ TEST_F(CtlSettings, EveryRowOfAProfileIsSetInOneThatIsNotActive) {
             continue;
         const std::optional<Value> before = DecodedOf(setting, 0);
         SetAndRead(setting, 2, {"--profile", "games"});
-        EXPECT_EQ(DecodedOf(setting, 0), before) << setting.name;
+        EXPECT_EQ(before, DecodedOf(setting, 0)) << setting.name;
     }
 }
 
@@ -154,13 +155,13 @@ TEST_F(CtlSettings, EverySwitchTogglesBothWays) {
 TEST_F(CtlSettings, DescribeTellsEveryRow) {
     const Json descriptions = DoneJson({"describe"});
     const std::vector<Setting>& table = tools::SettingsTable();
-    ASSERT_EQ(descriptions.size(), table.size());
+    ASSERT_EQ(table.size(), descriptions.size());
     for (std::size_t i = 0; i < table.size(); ++i) {
         SCOPED_TRACE(table[i].name);
         EXPECT_TRUE(HasShape(descriptions[i], cDescriptionShape));
         EXPECT_EQ(descriptions[i]["name"], table[i].name);
         EXPECT_EQ(descriptions[i]["allowed"], table[i].Allowed());
-        EXPECT_EQ(descriptions[i]["problem"], nullptr);
+        EXPECT_EQ(nullptr, descriptions[i]["problem"]);
     }
 }
 
@@ -169,63 +170,62 @@ TEST_F(CtlSettings, DescribeSaysInWordsWhatAndWhere) {
     for (const char* const part :
          {"0 to 1", "0.33", "GetSimplePatchValue, SetSimplePatchValue",
           "static keys, {5E0A0103-2C71-4B9E-8F36-D41A07C9B2E5},3", "in music, the default"})
-        EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
-    EXPECT_NE(Done({"describe", "volume-leveler"})
-                  .find("movie 262151, music 0, games 0, custom 262151"),
-              std::string::npos);
+        EXPECT_NE(std::string::npos, text.find(part)) << part << "\n" << text;
+    EXPECT_NE(std::string::npos, Done({"describe", "volume-leveler"})
+                                     .find("movie 262151, music 0, games 0, custom 262151"));
 }
 
 TEST_F(CtlSettings, DescribeNeedsNoLibrary) {
     Unregister();
     const std::string text = Done({"describe", "volume-leveler"});
-    EXPECT_NE(text.find("0 to 10"), std::string::npos) << text;
-    EXPECT_NE(text.find("not registered"), std::string::npos) << text;
-    EXPECT_NE(DoneJson({"describe", "volume-leveler"})["problem"], nullptr);
+    EXPECT_NE(std::string::npos, text.find("0 to 10")) << text;
+    EXPECT_NE(std::string::npos, text.find("not registered")) << text;
+    EXPECT_NE(nullptr, DoneJson({"describe", "volume-leveler"})["problem"]);
 }
 
 TEST_F(CtlSettings, HelpOfGetAndSetHasTheTable) {
     const std::string get = Done({"get", "--help"});
     const std::string set = Done({"set", "--help"});
     for (const Setting& setting : tools::SettingsTable()) {
-        EXPECT_NE(get.find("  " + setting.name + " "), std::string::npos) << setting.name;
-        EXPECT_NE(set.find(setting.Allowed()), std::string::npos) << setting.name;
+        EXPECT_NE(std::string::npos, get.find("  " + setting.name + " ")) << setting.name;
+        EXPECT_NE(std::string::npos, set.find(setting.Allowed())) << setting.name;
     }
 }
 
 TEST_F(CtlSettings, GetPrintsJustTheValue) {
-    EXPECT_EQ(Done({"get", "volume-leveler"}), "262151\n");
-    EXPECT_EQ(Done({"get", "enable"}), "on\n");
-    EXPECT_EQ(Done({"get", "sampling-period", "version"}), "50\n7.2.7000.4\n");
+    EXPECT_EQ("262151\n", Done({"get", "volume-leveler"}));
+    EXPECT_EQ("on\n", Done({"get", "enable"}));
+    EXPECT_EQ("50\n7.2.7000.4\n", Done({"get", "sampling-period", "version"}));
 }
 
 TEST_F(CtlSettings, GetHasAnObjectForOneNameAndAnArrayForSeveral) {
     const Json one = DoneJson({"get", "volume-leveler"});
     EXPECT_TRUE(HasShape(one, cReadingShape));
-    EXPECT_EQ(one["profile"], "movie");
-    EXPECT_EQ(one["inRange"], false);
-    EXPECT_EQ(one["stored"], nullptr);
-    EXPECT_EQ(one["source"], "api");
+    EXPECT_EQ("movie", one["profile"]);
+    EXPECT_EQ(false, one["inRange"]);
+    EXPECT_EQ(nullptr, one["stored"]);
+    EXPECT_EQ("api", one["source"]);
     const Json two = DoneJson({"get", "enable", "trace-flags"});
-    ASSERT_EQ(two.size(), 2u);
+    ASSERT_EQ(2u, two.size());
     EXPECT_TRUE(HasShape(two, "[" + std::string(cReadingShape) + "]"));
-    EXPECT_EQ(two[1]["source"], "store");
+    EXPECT_EQ("store", two[1]["source"]);
 }
 
 TEST_F(CtlSettings, SetTellsOldAndNewAndOtherClientsSeeIt) {
-    EXPECT_EQ(Done({"set", "volume-leveler", "4"}), "volume-leveler: 262151 -> 4\n");
+    EXPECT_EQ("volume-leveler: 262151 -> 4\n", Done({"set", "volume-leveler", "4"}));
     KORA4PatchValueUnion value = {};
     value.m_technology = eVolumeLeveler;
-    EXPECT_EQ(Client().GetSimplePatchValue(&value), S_OK);
-    EXPECT_EQ(value.m_values.m_volumeSlider, 4u);
-    EXPECT_EQ(Done({"set", "profile", "music"}), "profile: movie -> music\n");
+    EXPECT_EQ(S_OK, Client().GetSimplePatchValue(&value));
+    EXPECT_EQ(4u, value.m_values.m_volumeSlider);
+    EXPECT_EQ("profile: movie -> music\n", Done({"set", "profile", "music"}));
     LONG profile = 0;
-    EXPECT_EQ(Client().GetActiveProfile(&profile), S_OK);
-    EXPECT_EQ(profile, 1);
+    EXPECT_EQ(S_OK, Client().GetActiveProfile(&profile));
+    EXPECT_EQ(1, profile);
 }
 
 TEST_F(CtlSettings, OtherClientsAreToldOfBothWays) {
     const auto recorder = CallbackRecorder::Create();
-    ASSERT_EQ(Client().RegisterChangeNotifications(recorder.Get()), S_OK);
+    ASSERT_EQ(S_OK, Client().RegisterChangeNotifications(recorder.Get()));
     Done({"set", "dialog-enhancer", "0.75"});
     EXPECT_TRUE(recorder->WaitForLine("OnSimplePatchValueChange(eDialogEnhancer, 0.75)"));
     Done({"set", "volume-leveler.field-6", "-18.5"});
@@ -235,34 +235,34 @@ TEST_F(CtlSettings, OtherClientsAreToldOfBothWays) {
 }
 
 TEST_F(CtlSettings, ATechnologyTakesWordsForItsSwitchAndNumbersForItsValue) {
-    EXPECT_EQ(Done({"set", "volume-leveler", "off"}), "volume-leveler.on: on -> off\n");
-    EXPECT_EQ(Done({"set", "volume-leveler", "1"}), "volume-leveler: 262151 -> 1\n");
-    EXPECT_EQ(Done({"toggle", "graphic-eq"}), "graphic-eq.on: on -> off\n");
-    EXPECT_EQ(Done({"set", "peak-limiter", "no"}), "peak-limiter.on: on -> off\n");
-    EXPECT_EQ(Done({"set", "intelligent-eq", "Warm"}), "intelligent-eq: balanced -> warm\n");
-    EXPECT_EQ(Done({"set", "intelligent-eq", "2"}), "intelligent-eq: warm -> focused\n");
-    EXPECT_EQ(Done({"set", "0", "5"}), "volume-leveler: 1 -> 5\n");
+    EXPECT_EQ("volume-leveler.on: on -> off\n", Done({"set", "volume-leveler", "off"}));
+    EXPECT_EQ("volume-leveler: 262151 -> 1\n", Done({"set", "volume-leveler", "1"}));
+    EXPECT_EQ("graphic-eq.on: on -> off\n", Done({"toggle", "graphic-eq"}));
+    EXPECT_EQ("peak-limiter.on: on -> off\n", Done({"set", "peak-limiter", "no"}));
+    EXPECT_EQ("intelligent-eq: balanced -> warm\n", Done({"set", "intelligent-eq", "Warm"}));
+    EXPECT_EQ("intelligent-eq: warm -> focused\n", Done({"set", "intelligent-eq", "2"}));
+    EXPECT_EQ("volume-leveler: 1 -> 5\n", Done({"set", "0", "5"}));
 }
 
 TEST_F(CtlSettings, RelativeValuesStopAtTheEndsOfTheRange) {
     Done({"set", "volume-leveler", "7"});
-    EXPECT_EQ(Done({"set", "volume-leveler", "+1"}), "volume-leveler: 7 -> 8\n");
-    EXPECT_EQ(Done({"set", "volume-leveler", "-30%"}), "volume-leveler: 8 -> 5\n");
-    EXPECT_EQ(Done({"set", "volume-leveler", "+9"}), "volume-leveler: 5 -> 10\n");
-    EXPECT_EQ(Done({"set", "dialog-enhancer", "-50%"}), "dialog-enhancer: 0.33 -> 0\n");
-    EXPECT_EQ(Done({"set", "volume-leveler", "+1", "--profile", "games"}),
-              "volume-leveler: 0 -> 1\n");
+    EXPECT_EQ("volume-leveler: 7 -> 8\n", Done({"set", "volume-leveler", "+1"}));
+    EXPECT_EQ("volume-leveler: 8 -> 5\n", Done({"set", "volume-leveler", "-30%"}));
+    EXPECT_EQ("volume-leveler: 5 -> 10\n", Done({"set", "volume-leveler", "+9"}));
+    EXPECT_EQ("dialog-enhancer: 0.33 -> 0\n", Done({"set", "dialog-enhancer", "-50%"}));
+    EXPECT_EQ("volume-leveler: 0 -> 1\n",
+              Done({"set", "volume-leveler", "+1", "--profile", "games"}));
 }
 
 TEST_F(CtlSettings, OnlyStoredGoesPastTheLimitsAndNotPastTheType) {
     RefusedUnchanged({"set", "volume-leveler", "11"}, cBadInput, "0 to 10");
     RefusedUnchanged({"set", "volume-leveler", "11", "--profile", "p2"}, cBadInput, "0 to 10");
-    EXPECT_EQ(Done({"set", "volume-leveler", "11", "--stored"}),
-              "volume-leveler: 262151 -> 11\n");
+    EXPECT_EQ("volume-leveler: 262151 -> 11\n",
+              Done({"set", "volume-leveler", "11", "--stored"}));
     KORA4PatchValueUnion value = {};
     value.m_technology = eVolumeLeveler;
-    EXPECT_EQ(Client().GetSimplePatchValue(&value), S_OK);
-    EXPECT_EQ(value.m_values.m_volumeSlider, 11u);
+    EXPECT_EQ(S_OK, Client().GetSimplePatchValue(&value));
+    EXPECT_EQ(11u, value.m_values.m_volumeSlider);
     RefusedUnchanged({"set", "volume-leveler", "loud", "--stored"}, cBadInput, "loud");
     RefusedUnchanged({"set", "intelligent-eq", "6", "--stored"}, cBadInput, "6");
     RefusedUnchanged({"set", "dialog-enhancer", "nan", "--stored"}, cBadInput, "nan");
@@ -273,45 +273,45 @@ TEST_F(CtlSettings, UnknownNamesGetTheNearestOnes) {
     Refused({"set", "dialog-enhacer", "1"}, cBadInput, "dialog-enhancer");
     Refused({"get", "enable", "--profil", "music"}, cUsage, "--profile");
     Refused({"get", "volume-leveler", "--profile", "musik"}, cBadInput, "music");
-    Refused({"toggle", "sampling-period"}, cBadInput, "no switch");
+    Refused({"toggle", "sampling-period"}, cBadInput, "not a switch");
     Refused({"get", "enable", "--profile", "music"}, cBadInput, "all profiles");
     Refused({"get"}, cUsage, "NAME");
     Refused({"set", "enable"}, cUsage, "VALUE");
 }
 
 TEST_F(CtlSettings, InADemoNothingIsSetAndThatIsSaid) {
-    ASSERT_EQ(Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE), S_OK);
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE));
     RefusedUnchanged({"set", "volume-leveler", "4"}, cRefused, "demo-music");
     RefusedUnchanged({"set", "volume-leveler", "off"}, cRefused, "force-leave");
     RefusedUnchanged({"set", "volume-leveler.field-6", "1"}, cRefused, "demo-music");
     RefusedUnchanged({"set", "graphic-eq.gains", "1 1 1 1 1 1 1 1 1 1"}, cRefused, "demo");
     RefusedUnchanged({"toggle", "dialog-enhancer"}, cRefused, "demo-music");
     RefusedUnchanged({"set", "profile", "movie"}, cRefused, "KORA4_S_DEMO_MODE_ACTIVE");
-    EXPECT_EQ(Done({"set", "enable", "off"}), "enable: on -> off\n");
-    EXPECT_EQ(Done({"set", "volume-leveler", "4", "--profile", "movie"}),
-              "volume-leveler: 262151 -> 4\n");
+    EXPECT_EQ("enable: on -> off\n", Done({"set", "enable", "off"}));
+    EXPECT_EQ("volume-leveler: 262151 -> 4\n",
+              Done({"set", "volume-leveler", "4", "--profile", "movie"}));
 }
 
 TEST_F(CtlSettings, FactoryValuesOfADemoProfileAreReadAndWrittenByItsName) {
-    EXPECT_EQ(Done({"set", "volume-leveler", "6", "--profile", "demo-music"}),
-              "volume-leveler: 0 -> 6\n");
-    EXPECT_EQ(Done({"get", "volume-leveler", "--profile", "241"}), "6\n");
-    ASSERT_EQ(Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE), S_OK);
+    EXPECT_EQ("volume-leveler: 0 -> 6\n",
+              Done({"set", "volume-leveler", "6", "--profile", "demo-music"}));
+    EXPECT_EQ("6\n", Done({"get", "volume-leveler", "--profile", "241"}));
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE));
     // What clients see is built in; what is stored is for going back to it.
-    EXPECT_EQ(Done({"get", "volume-leveler"}), "0\n");
-    EXPECT_EQ(Done({"get", "volume-leveler", "--profile", "demo-music"}), "6\n");
+    EXPECT_EQ("0\n", Done({"get", "volume-leveler"}));
+    EXPECT_EQ("6\n", Done({"get", "volume-leveler", "--profile", "demo-music"}));
 }
 
 TEST_F(CtlSettings, WithoutTheLibraryOneSentenceSaysWhatToDo) {
     Unregister();
     const ToolResult result = RunCtl({"get", "enable"});
-    EXPECT_EQ(result.exitCode, cNotReady) << result;
-    EXPECT_NE(result.err.find("not registered"), std::string::npos) << result;
-    EXPECT_NE(result.err.find("kora4ctl register"), std::string::npos) << result;
+    EXPECT_EQ(cNotReady, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.err.find("not registered")) << result;
+    EXPECT_NE(std::string::npos, result.err.find("kora4ctl register")) << result;
     Refused({"set", "enable", "on"}, cNotReady, "not registered");
     Refused({"list"}, cNotReady, "not registered");
     // What the library does not serve does not need it.
-    EXPECT_EQ(Done({"get", "number-57"}), "200\n");
+    EXPECT_EQ("200\n", Done({"get", "number-57"}));
 }
 
 TEST_F(CtlSettings, WithoutTheKeysTheStoreIsNotReady) {
@@ -321,10 +321,10 @@ TEST_F(CtlSettings, WithoutTheKeysTheStoreIsNotReady) {
 }
 
 TEST_F(CtlSettings, NamesBelongToCustomProfiles) {
-    ASSERT_EQ(Client().CreateCustomProfile(4, L"One"), S_OK);
-    EXPECT_EQ(Done({"get", "name", "--profile", "p2"}), "One\n");
-    EXPECT_EQ(Done({"set", "name", "Two", "--profile", "p2"}), "name: One -> Two\n");
-    EXPECT_EQ(DoneJson({"get", "name", "--profile", "p1"})["value"], nullptr);
+    ASSERT_EQ(S_OK, Client().CreateCustomProfile(4, L"One"));
+    EXPECT_EQ("One\n", Done({"get", "name", "--profile", "p2"}));
+    EXPECT_EQ("name: One -> Two\n", Done({"set", "name", "Two", "--profile", "p2"}));
+    EXPECT_EQ(nullptr, DoneJson({"get", "name", "--profile", "p1"})["value"]);
     Refused({"set", "name", "x", "--profile", "p1"}, cFailed, "does not exist");
     Refused({"set", "name", "x"}, cBadInput, "movie");
 }
@@ -335,8 +335,8 @@ TEST_F(CtlSettings, AStoreThatIsHeldTooLongIsGivenUp) {
     // Through the library too, which would wait without end.
     RunningTool throughTheLibrary("kora4ctl", {"get", "enable"});
     Refused({"set", "number-57", "1"}, cTimedOut, "");
-    EXPECT_EQ(throughTheLibrary.WaitForEnd().exitCode, cTimedOut);
-    EXPECT_EQ(StoreSnapshot(), before);
+    EXPECT_EQ(cTimedOut, throughTheLibrary.WaitForEnd().exitCode);
+    EXPECT_EQ(before, StoreSnapshot());
 }
 
 TEST_F(CtlSettings, CtrlCEndsTheWaitForAHeldStore) {
@@ -345,13 +345,13 @@ TEST_F(CtlSettings, CtrlCEndsTheWaitForAHeldStore) {
     EXPECT_TRUE(tool.IsSilentFor(1500));
     tool.PressCtrlC();
     const ToolResult result = tool.WaitForEnd(20000);
-    EXPECT_EQ(result.exitCode, 1u) << result;
-    EXPECT_NE(result.err.find("Interrupted"), std::string::npos) << result;
+    EXPECT_EQ(1u, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.err.find("Interrupted")) << result;
 }
 
 TEST_F(CtlSettings, AnActiveProfileThatIsNoneIsTold) {
     Done({"set", "profile", "77", "--stored"});
-    EXPECT_EQ(Done({"get", "profile"}), "77\n");
+    EXPECT_EQ("77\n", Done({"get", "profile"}));
     RefusedUnchanged({"set", "volume-leveler", "4"}, cRefused, "77");
 }
 

@@ -2,6 +2,8 @@
 // kora4ctl status.
 #include <sstream>
 
+#include "contract/defaults.h"
+#include "contract/profiles.h"
 #include "settings/schema.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 
@@ -27,51 +29,51 @@ bool Has(const std::string& text, const std::string& part) {
 TEST_F(CtlStatus, OfAFreshStore) {
     const Json status = DoneJson({"status"});
     EXPECT_TRUE(HasShape(status, cShape));
-    EXPECT_EQ(status["profile"], "movie");
-    EXPECT_EQ(status["technologies"].size(), 6u);
-    EXPECT_EQ(status["technologies"][0]["value"], 262151);
-    EXPECT_EQ(status["technologies"][0]["inRange"], false);
-    EXPECT_EQ(status["technologies"][1]["value"].size(), 10u);
-    EXPECT_EQ(status["technologies"][2]["effective"], false);
-    EXPECT_EQ(status["customProfiles"], Json::array());
-    EXPECT_EQ(status["engine"]["name"], nullptr);
-    EXPECT_EQ(status["levels"], "none");
-    EXPECT_EQ(status["library"]["version"], "7.2.7000.4");
+    EXPECT_EQ("movie", status["profile"]);
+    EXPECT_EQ(6u, status["technologies"].size());
+    EXPECT_EQ(defaults::cVolumeAmount[cMovieProfile], status["technologies"][0]["value"]);
+    EXPECT_EQ(false, status["technologies"][0]["inRange"]);
+    EXPECT_EQ(10u, status["technologies"][1]["value"].size());
+    EXPECT_EQ(false, status["technologies"][2]["effective"]);
+    EXPECT_EQ(Json::array(), status["customProfiles"]);
+    EXPECT_EQ(nullptr, status["engine"]["name"]);
+    EXPECT_EQ("none", status["levels"]);
+    EXPECT_EQ("7.2.7000.4", status["library"]["version"]);
     EXPECT_TRUE(Has(status["library"]["path"], "QXA64T.dll"));
 }
 
 TEST_F(CtlStatus, TellsWhatWasChanged) {
-    ASSERT_EQ(Client().CreateCustomProfile(3, L"Late evening"), S_OK);
-    ASSERT_EQ(Client().SetActiveProfile(3), S_OK);
-    ASSERT_EQ(Client().SetVeltoEnable(FALSE), S_OK);
-    ASSERT_EQ(Client().SetVisualizationSamplingPeriod(20), S_OK);
+    ASSERT_EQ(S_OK, Client().CreateCustomProfile(3, L"Late evening"));
+    ASSERT_EQ(S_OK, Client().SetActiveProfile(3));
+    ASSERT_EQ(S_OK, Client().SetVeltoEnable(FALSE));
+    ASSERT_EQ(S_OK, Client().SetVisualizationSamplingPeriod(20));
     const tools::SchemaValue mask = tools::EngineMaskValue();
-    WriteStoredUINT(mask.keySet, mask.key, 0x021F);
+    WriteStoredUINT(mask.keySet, mask.key, KORA4_ENGINE_STANDARD);
     const tools::SchemaValue levels = tools::SettingValue(pkey::cVisualizationDataPid);
     WriteStoredBlob(levels.keySet, levels.key, std::vector<std::uint8_t>(8));
     const Json status = DoneJson({"status"});
-    EXPECT_EQ(status["profile"], "p1");
-    EXPECT_EQ(status["enable"], false);
-    EXPECT_EQ(status["technologies"][0]["on"], true);
-    EXPECT_EQ(status["technologies"][0]["effective"], false);
-    EXPECT_EQ(status["customProfiles"],
-              Json::array({{{"profile", "p1"}, {"name", "Late evening"}}}));
-    EXPECT_EQ(status["engine"], Json({{"mask", 0x021F}, {"name", "standard engine"}}));
-    EXPECT_EQ(status["samplingPeriod"], 20);
-    EXPECT_EQ(status["levels"], "published");
+    EXPECT_EQ("p1", status["profile"]);
+    EXPECT_EQ(false, status["enable"]);
+    EXPECT_EQ(true, status["technologies"][0]["on"]);
+    EXPECT_EQ(false, status["technologies"][0]["effective"]);
+    EXPECT_EQ(Json::array({{{"profile", "p1"}, {"name", "Late evening"}}}),
+              status["customProfiles"]);
+    EXPECT_EQ(Json({{"mask", 0x021F}, {"name", "standard engine"}}), status["engine"]);
+    EXPECT_EQ(20, status["samplingPeriod"]);
+    EXPECT_EQ("published", status["levels"]);
     const std::string text = Done({"status"});
     for (const char* const part :
          {"p1 'Late evening'", "master enable is off", "0x021f, standard engine",
-          "published, to be read every 20 ms", "262151 !", "7.2.7000.4"})
+          "published; read every 20 ms", "262151 !", "7.2.7000.4"})
         EXPECT_TRUE(Has(text, part)) << part << "\n" << text;
 }
 
 TEST_F(CtlStatus, TellsADemo) {
-    ASSERT_EQ(Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, TRUE), S_OK);
-    EXPECT_EQ(DoneJson({"status"})["demo"], true);
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, TRUE));
+    EXPECT_EQ(true, DoneJson({"status"})["demo"]);
     const std::string text = Done({"status"});
     EXPECT_TRUE(Has(text, "demo-games")) << text;
-    EXPECT_TRUE(Has(text, "nothing is set")) << text;
+    EXPECT_TRUE(Has(text, "cannot be changed")) << text;
 }
 
 TEST_F(CtlStatus, UnreadableThingsDoNotKeepItFromTellingTheRest) {
@@ -79,8 +81,8 @@ TEST_F(CtlStatus, UnreadableThingsDoNotKeepItFromTellingTheRest) {
     const tools::SchemaValue levels = tools::SettingValue(pkey::cVisualizationDataPid);
     WriteStoredUINT(levels.keySet, levels.key, 1);
     const Json status = DoneJson({"status"});
-    EXPECT_EQ(status["customProfiles"], nullptr);
-    EXPECT_EQ(status["levels"], "unreadable");
+    EXPECT_EQ(nullptr, status["customProfiles"]);
+    EXPECT_EQ("unreadable", status["levels"]);
     EXPECT_TRUE(Has(Done({"status"}), "lint"));
 }
 
@@ -90,7 +92,7 @@ TEST_F(CtlStatus, PipedItIsPlainAndNarrow) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
         if (!line.starts_with("library")) {
-            EXPECT_LE(tools::ToUtf16(line).size(), 80u) << line;
+            EXPECT_GE(80u, tools::ToUtf16(line).size()) << line;
         }
     }
 }
@@ -106,14 +108,14 @@ TEST_F(CtlStatus, FortyBandsFit) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
         if (!line.starts_with("library")) {
-            EXPECT_LE(tools::ToUtf16(line).size(), 80u) << line;
+            EXPECT_GE(80u, tools::ToUtf16(line).size()) << line;
         }
     }
-    EXPECT_EQ(DoneJson({"status"})["technologies"][1]["value"].size(), 40u);
+    EXPECT_EQ(40u, DoneJson({"status"})["technologies"][1]["value"].size());
 }
 
 TEST_F(CtlStatus, NamesCannotMoveTheCursor) {
-    ASSERT_EQ(Client().CreateCustomProfile(3, L"a\x1b[2Jb\nc"), S_OK);
+    ASSERT_EQ(S_OK, Client().CreateCustomProfile(3, L"a\x1b[2Jb\nc"));
     const std::string text = Done({"status"});
     EXPECT_FALSE(Has(text, "\x1b"));
     EXPECT_TRUE(Has(text,

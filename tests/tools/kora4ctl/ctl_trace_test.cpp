@@ -54,8 +54,8 @@ class CtlTrace : public CtlTest {
 
 TEST_F(CtlTrace, OnWithoutCategoriesTracesCallsResultsAndMessages) {
     const ToolResult result = RunCtl({"trace", "on"});
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(Stored(), trace::eMessages | trace::eResults | trace::eApiEntryExit);
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ(trace::eMessages | trace::eResults | trace::eApiEntryExit, Stored());
     EXPECT_TRUE(Has(result.err, "Initialize")) << result;
     EXPECT_FALSE(std::filesystem::exists(Folder()));
 }
@@ -63,47 +63,47 @@ TEST_F(CtlTrace, OnWithoutCategoriesTracesCallsResultsAndMessages) {
 TEST_F(CtlTrace, OnTakesEachCategoryByItsName) {
     for (const contract::TraceBits& category : contract::cTraceCategories) {
         Done({"trace", "on", category.name});
-        EXPECT_EQ(Stored(), category.bits) << category.name;
+        EXPECT_EQ(category.bits, Stored()) << category.name;
     }
 }
 
 TEST_F(CtlTrace, OnTracesTheNamedCategoriesAndNoOthers) {
     Done({"trace", "on", "assertions", "security"});
     const Json document = DoneJson({"trace", "on", "Results", "module"});
-    EXPECT_EQ(Stored(), trace::eResults | trace::eModuleEvents);
-    EXPECT_EQ(document["flags"], "0x00000101");
-    EXPECT_EQ(document["categories"], Json::array({"results", "module"}));
+    EXPECT_EQ(trace::eResults | trace::eModuleEvents, Stored());
+    EXPECT_EQ("0x00000101", document["flags"]);
+    EXPECT_EQ(Json::array({"results", "module"}), document["categories"]);
 }
 
 TEST_F(CtlTrace, AllIsEveryCategoryButTheLogFiles) {
     Done({"trace", "on", "all"});
-    EXPECT_EQ(Stored(), contract::AllTraceCategories());
+    EXPECT_EQ(contract::AllTraceCategories(), Stored());
 }
 
 TEST_F(CtlTrace, FilesMakesTheFolderThatTheLibraryNeeds) {
     const ToolResult result = RunCtl({"trace", "on", "--files", "messages"});
-    EXPECT_EQ(result.exitCode, cDone) << result;
-    EXPECT_EQ(Stored(), trace::eMessages | trace::eLogFiles);
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ(trace::eMessages | trace::eLogFiles, Stored());
     EXPECT_TRUE(std::filesystem::is_directory(Folder()));
-    EXPECT_TRUE(Has(result.err, "Made the folder C:\\KalLogs.")) << result;
-    EXPECT_FALSE(Has(RunCtl({"trace", "on", "--files"}).err, "Made"));
+    EXPECT_TRUE(Has(result.err, "Created the folder C:\\KalLogs.")) << result;
+    EXPECT_FALSE(Has(RunCtl({"trace", "on", "--files"}).err, "Created"));
 }
 
 TEST_F(CtlTrace, OffIsTheWordThatAProcessBeginsWith) {
     Done({"trace", "on", "all", "--files"});
     Done({"trace", "off"});
-    EXPECT_EQ(Stored(), trace::cDefaultFlags);
+    EXPECT_EQ(trace::cDefaultFlags, Stored());
 }
 
 TEST_F(CtlTrace, OffSilentTurnsTheMasterSwitch) {
     Done({"trace", "off", "--silent"});
-    EXPECT_EQ(Stored(), trace::eMasterSwitchOff);
-    EXPECT_EQ(DoneJson({"trace", "show"})["silent"], true);
+    EXPECT_EQ(trace::eMasterSwitchOff, Stored());
+    EXPECT_EQ(true, DoneJson({"trace", "show"})["silent"]);
 }
 
 TEST_F(CtlTrace, RefusesAnUnknownCategoryAndStoresNothing) {
     RefusedUnchanged({"trace", "on", "messages", "result"}, cBadInput, "'results'");
-    RefusedUnchanged({"trace", "on", "everything"}, cBadInput, "There is no trace category");
+    RefusedUnchanged({"trace", "on", "everything"}, cBadInput, "Unknown trace category");
     RefusedUnchanged({"trace"}, cUsage, "on, off, show");
     RefusedUnchanged({"trace", "onn"}, cUsage, "'on'");
 }
@@ -120,7 +120,7 @@ TEST_F(CtlTrace, AClientTracesWhatWasSwitchedOn) {
     const Json shown = DoneJson({"trace", "show", "--lines", "100000", "--module", "kora4asl"});
     bool isThere = false;
     for (const Json& line : shown["lines"]) {
-        EXPECT_EQ(line["module"], "KORA4ASL") << line;
+        EXPECT_EQ("KORA4ASL", line["module"]) << line;
         isThere |= line["function"] == "CKORA4ASL::GetActiveProfile";
     }
     EXPECT_TRUE(isThere) << shown;
@@ -137,9 +137,9 @@ TEST_F(CtlTrace, ShowsTheWordInWords) {
         << before;
     WriteStoredUINT(eKeySetStatic, cTraceWord, 0x41000002);
     const Json after = DoneJson({"trace", "show"});
-    EXPECT_EQ(after["unknown"], "0x40000002");
-    EXPECT_EQ(after["logFiles"], true);
-    EXPECT_EQ(after["categories"], Json::array());
+    EXPECT_EQ("0x40000002", after["unknown"]);
+    EXPECT_EQ(true, after["logFiles"]);
+    EXPECT_EQ(Json::array(), after["categories"]);
     EXPECT_TRUE(Has(Done({"trace", "show"}), "unknown bits 0x40000002"));
 }
 
@@ -151,16 +151,17 @@ TEST_F(CtlTrace, ShowsTheFilesAndTheLastLines) {
     const Json shown = DoneJson({"trace", "show"});
     EXPECT_TRUE(HasShape(shown["files"],
                          R"([{"name": "string", "bytes": "integer", "changed": "string"}])"));
-    EXPECT_EQ(shown["files"].size(), 2u);
-    EXPECT_EQ(shown["files"][0]["name"], "KalTrace.log");
-    ASSERT_EQ(shown["lines"].size(), 10u);
-    EXPECT_EQ(shown["lines"][0]["text"], "line 21");
-    EXPECT_EQ(shown["lines"][9], Json({{"module", "KORA4ASL"},
-                                       {"line", 130},
-                                       {"function", "CKORA4ASL::Initialize"},
-                                       {"text", "line 30"}}));
-    EXPECT_EQ(DoneJson({"trace", "show", "-n", "2"})["lines"].size(), 2u);
-    EXPECT_EQ(DoneJson({"trace", "show", "--lines", "0"})["lines"].size(), 0u);
+    EXPECT_EQ(2u, shown["files"].size());
+    EXPECT_EQ("KalTrace.log", shown["files"][0]["name"]);
+    ASSERT_EQ(10u, shown["lines"].size());
+    EXPECT_EQ("line 21", shown["lines"][0]["text"]);
+    EXPECT_EQ(Json({{"module", "KORA4ASL"},
+                    {"line", 130},
+                    {"function", "CKORA4ASL::Initialize"},
+                    {"text", "line 30"}}),
+              shown["lines"][9]);
+    EXPECT_EQ(2u, DoneJson({"trace", "show", "-n", "2"})["lines"].size());
+    EXPECT_EQ(0u, DoneJson({"trace", "show", "--lines", "0"})["lines"].size());
     const std::string text = Done({"trace", "show", "--module", "RegKeyMonitor"});
     EXPECT_TRUE(Has(text, "RegKeyMonitor.log\nRegKeyMonitor:    7 RegKeyMonitor::Run:>>\n"))
         << text;
@@ -176,37 +177,38 @@ TEST_F(CtlTrace, RefusesAModuleThatThereIsNot) {
 TEST_F(CtlTrace, FollowsWhatIsAppendedUntilCtrlC) {
     Append("KORA4ASL:    1 F:old\r\n");
     RunningTool tool("kora4ctl", {"trace", "show", "--follow", "--json", "--lines", "1"});
-    EXPECT_EQ(ParsedJson(tool.NextLine())["text"], "old");
+    EXPECT_EQ("old", ParsedJson(tool.NextLine())["text"]);
     Append("KORA4ASL:    2 F::G:half a");
     Append(" line\r\n\r\nKORA4ASL:    3 F:next\r\n");
-    EXPECT_EQ(ParsedJson(tool.NextLine()), Json({{"module", "KORA4ASL"},
-                                                 {"line", 2},
-                                                 {"function", "F::G"},
-                                                 {"text", "half a line"}}));
-    EXPECT_EQ(ParsedJson(tool.NextLine())["text"], "next");
+    EXPECT_EQ(Json({{"module", "KORA4ASL"},
+                    {"line", 2},
+                    {"function", "F::G"},
+                    {"text", "half a line"}}),
+              ParsedJson(tool.NextLine()));
+    EXPECT_EQ("next", ParsedJson(tool.NextLine())["text"]);
     tool.PressCtrlC();
-    EXPECT_EQ(tool.WaitForEnd().exitCode, cDone);
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
 }
 
 TEST_F(CtlTrace, FollowsAFileThatComesIsEmptiedAndGoes) {
     RunningTool tool("kora4ctl", {"trace", "show", "--follow"});
     tool.ErrorLineWith("Waiting for");
     Append("KORA4ASL:    1 F:a first line of some length\r\n");
-    EXPECT_EQ(tool.NextLine(), "KORA4ASL:    1 F:a first line of some length");
+    EXPECT_EQ("KORA4ASL:    1 F:a first line of some length", tool.NextLine());
     std::ofstream(Folder() / "KalTrace.log", std::ios::trunc) << "KORA4ASL:    2 F:b\r\n";
-    EXPECT_EQ(tool.NextLine(), "KORA4ASL:    2 F:b");
-    EXPECT_EQ(tool.NextErrorLine(), "The file begins anew.");
+    EXPECT_EQ("KORA4ASL:    2 F:b", tool.NextLine());
+    EXPECT_EQ("The file was replaced; starting over.", tool.NextErrorLine());
     ASSERT_TRUE(std::filesystem::remove(Folder() / "KalTrace.log"));
     Append("KORA4ASL:    3 F:c, in a file of that name\r\n");
-    EXPECT_EQ(tool.NextLine(), "KORA4ASL:    3 F:c, in a file of that name");
+    EXPECT_EQ("KORA4ASL:    3 F:c, in a file of that name", tool.NextLine());
     tool.PressCtrlC();
-    EXPECT_EQ(tool.WaitForEnd().exitCode, cDone);
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
 }
 
 TEST_F(CtlTrace, FollowingEndsWhenNobodyReadsAnyMore) {
     Append("KORA4ASL:    1 F:a\r\n");
     RunningTool tool("kora4ctl", {"trace", "show", "--follow"});
-    EXPECT_EQ(tool.NextLine(), "KORA4ASL:    1 F:a");
+    EXPECT_EQ("KORA4ASL:    1 F:a", tool.NextLine());
     tool.CloseOutput();
     for (int i = 0; i < 100 && tool.IsRunning(); ++i) {
         Append("KORA4ASL:    2 F:more\r\n");
@@ -285,16 +287,16 @@ TEST_F(CtlTrace, ShowsTheNamesThatTheLibraryWrote) {
 TEST(TraceLine, IsTakenApart) {
     const auto line = tools::ParseTraceLine("KORA4ASL: 1204 CKORA4ASL::~CKORA4ASL:<< hr: 0x1");
     ASSERT_TRUE(line);
-    EXPECT_EQ(line->module, "KORA4ASL");
-    EXPECT_EQ(line->line, 1204u);
-    EXPECT_EQ(line->function, "CKORA4ASL::~CKORA4ASL");
-    EXPECT_EQ(line->text, "<< hr: 0x1");
+    EXPECT_EQ("KORA4ASL", line->tag);
+    EXPECT_EQ("1204", line->line);
+    EXPECT_EQ("CKORA4ASL::~CKORA4ASL", line->function);
+    EXPECT_EQ("<< hr: 0x1", line->message);
 }
 
 TEST(TraceLine, KeepsBlanksAtTheBeginningOfTheText) {
     const auto line = tools::ParseTraceLine("KORA4ASL:   12 F: to Music");
     ASSERT_TRUE(line);
-    EXPECT_EQ(line->text, " to Music");
+    EXPECT_EQ(" to Music", line->message);
 }
 
 TEST(TraceLine, IsNoneForOtherText) {

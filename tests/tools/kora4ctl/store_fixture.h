@@ -51,6 +51,7 @@ class TestFolder {
     std::string m_path;
 };
 
+// kora4ctl on a store that the test fills and reads value by value.
 class StoreTest : public CtlTest {
   protected:
     void SetUp() override {
@@ -77,12 +78,12 @@ class StoreTest : public CtlTest {
 
     // The store, counters and all, is that to the byte.
     static void ExpectStore(const StoreValues& expected) {
-        EXPECT_EQ(DifferencesOf(expected, ReadStoreValues()), "");
+        EXPECT_EQ("", DifferencesOf(expected, ReadStoreValues()));
     }
     // The same but for the counters, which may have moved.
     static void ExpectSettings(const StoreValues& expected) {
-        EXPECT_EQ(DifferencesOf(WithoutCounters(expected), WithoutCounters(ReadStoreValues())),
-                  "");
+        EXPECT_EQ("",
+                  DifferencesOf(WithoutCounters(expected), WithoutCounters(ReadStoreValues())));
     }
     // Every client that listens to one of these counters reads again.
     static void ExpectMoved(const std::vector<PropertyKey>& counters,

@@ -54,7 +54,7 @@ TEST_F(SimCommandLine, LengthIsCountedInPictures) {
         "picture": "integer", "pictures": "integer", "failures": "integer",
         "reloads": "integer", "faults": "integer", "digest": "string"})"));
     EXPECT_EQ(21, summary["pictures"]);
-    EXPECT_GE(result.elapsed, 1000u);
+    EXPECT_LE(1000u, result.elapsed);
     EXPECT_EQ(10, EventOf(RunSim({"--for", "1", "--period", "100", "--json"}),
                           "summary")["pictures"]);
 }
@@ -63,7 +63,7 @@ TEST_F(SimCommandLine, ForZeroOnlyPreparesTheStore) {
     const ToolResult result = RunSim({"--for", "0", "--json"});
     EXPECT_EQ(0u, result.exitCode);
     EXPECT_EQ(0, EventOf(result, "summary")["pictures"]);
-    EXPECT_EQ(0x03FFu, RawStore::Number(cStatic, MasterEnablesName()));
+    EXPECT_EQ(KORA4_ENGINE_FULL, RawStore::Number(cStatic, MasterEnablesName()));
     EXPECT_EQ(S_FALSE, Shown(Client().Get()).result);
 }
 
@@ -94,9 +94,9 @@ TEST_F(SimCommandLine, DefaultsAreWrittenWholeAndAnnounced) {
     const Json defaults = EventOf(result, "defaults");
     EXPECT_TRUE(HasShape(defaults, R"({"time": "string", "event": "=defaults",
         "cause": "=--write-defaults", "picture": "integer", "values": "integer"})"));
-    for (const DWORD profile : {0u, 1u, 2u, 3u, 8u, 240u, 242u}) {
-        const bool isMovie = profile % 240 != 1 && profile % 240 != 2;
-        EXPECT_EQ(isMovie ? 0x40007u : 0u,
+    for (const DWORD profile : {0u, 1u, 2u, 3u, 8u, cDemoMovie, cDemoGames}) {
+        const bool isMovie = profile % cDemoMovie != 1 && profile % cDemoMovie != 2;
+        EXPECT_EQ(isMovie ? cMovieVolume : 0u,
                   RawStore::Number(cStatic, PatchName(RawTechnology::eVolume, profile, 3)))
             << profile;
         EXPECT_EQ(1u, RawStore::Number(cDynamic, PatchName(RawTechnology::eVolume, profile, 0)))
@@ -206,7 +206,7 @@ TEST_F(SimCommandLine, BadInputIsRefusedInWordsAndChangesNothing) {
         {{"--fault", "garbige=nan"}, 5, "Did you mean 'garbage'?"},
         {{"--fault", "garbage=nam"}, 5, "Did you mean 'nan'?"},
         {{"--fault", "hold=0"}, 5, "0.001 to 600 seconds"},
-        {{"--fault", "stop@soon"}, 5, "is no number of seconds"},
+        {{"--fault", "stop@soon"}, 5, "is not a number of seconds"},
         {{"--for", "-1"}, 5, "--for takes 0 to 86400 seconds."},
         {{"--for", "nan"}, 5, "--for takes 0 to 86400 seconds."},
         {{"--period", "9"}, 5, "--period takes 10 to 10000 milliseconds."},
@@ -249,7 +249,8 @@ TEST_F(SimCommandLine, BadSceneFilesAreRefusedWithTheirPlace) {
     WriteFile("newer.json", R"({"format": "kora4sim-scene", "version": 2})");
     ToolResult result = RunSim({"newer.json", "--for", "1"});
     EXPECT_EQ(5u, result.exitCode);
-    EXPECT_THAT(result.err, HasSubstr("newer.json: version: version 2 of scenes is not known"));
+    EXPECT_THAT(result.err,
+                HasSubstr("newer.json: version: version 2 of scenes is not supported"));
     WriteFile("broken.json", "{\n\"format\": \"kora4sim-scene\",\n\"version\": 1");
     result = RunSim({"broken.json", "--for", "1"});
     EXPECT_EQ(5u, result.exitCode);

@@ -120,9 +120,10 @@ TEST_F(SimEvents, ProfileIsAReloadOfEverything) {
 
 TEST_F(SimEvents, DemoHoldsTheBuiltInValues) {
     // The factory value of the demo, which the library does not read there either.
-    RawStore::SetNumber(cStatic, PatchName(RawTechnology::eVolume, 240, 3), 5);
+    RawStore::SetNumber(cStatic, PatchName(RawTechnology::eVolume, KORA4_PROFILE_DEMO_MOVIE, 3),
+                        5);
     RunningSim sim;
-    EXPECT_EQ(S_OK, m_api->SetDemoProfileAndEnable(240, TRUE));
+    EXPECT_EQ(S_OK, m_api->SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
     const Json profile = sim.Next("profile");
     EXPECT_EQ("demo-movie", profile["to"]);
     bool hasLeveler = false;
@@ -130,7 +131,7 @@ TEST_F(SimEvents, DemoHoldsTheBuiltInValues) {
         if (change["name"] != "volume-leveler")
             continue;
         hasLeveler = true;
-        EXPECT_EQ(0x40007, change["to"]);
+        EXPECT_EQ(cMovieVolume, change["to"]);
     }
     EXPECT_TRUE(hasLeveler) << profile;
     sim.End();
@@ -217,7 +218,7 @@ TEST_F(SimEvents, ChangesOfOneStepAreToldInTheOrderOfClients) {
 TEST_F(SimEvents, InWordsAreOneLineEach) {
     RunningTool sim("kora4sim", {"silence"});
     EXPECT_THAT(sim.NextLine(), HasSubstr(" ready: scene silence, seed 1, engine mask 0x03ff "
-                                          "(full engine), profile music, on, a picture each "
+                                          "(full engine), profile music, on, a picture every "
                                           "50 ms, process "));
     SetValue(m_api.Get(), eVolumeLeveler, 3);
     EXPECT_THAT(sim.NextLine(),

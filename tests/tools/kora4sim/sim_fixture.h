@@ -23,10 +23,7 @@ namespace kora4::test {
 using Microsoft::WRL::ComPtr;
 using Texts = std::vector<std::string>;
 
-// What a display shows where there is nothing.
-inline constexpr float cNoGain = -144;
-inline constexpr float cNoExcitation = -108;
-
+// What a client of the library reads of the levels.
 struct ShownLevels {
     HRESULT result = E_FAIL;
     float gains[KORA4_VISUALIZATION_BANDS] = {};
@@ -34,9 +31,9 @@ struct ShownLevels {
 
     bool IsFloor() const {
         return std::all_of(std::begin(gains), std::end(gains),
-                           [](float level) { return level == cNoGain; }) &&
+                           [](float level) { return level == KORA4_SILENT_GAIN; }) &&
                std::all_of(std::begin(excitations), std::end(excitations),
-                           [](float level) { return level == cNoExcitation; });
+                           [](float level) { return level == KORA4_SILENT_EXCITATION; });
     }
     std::size_t LoudestBand() const {
         return static_cast<std::size_t>(
@@ -81,6 +78,7 @@ class RunningSim {
     Json m_ready;
 };
 
+// kora4sim on an empty store, with a client of the library beside it.
 class SimTest : public testing::Test {
   protected:
     SimTest() : m_apartment(COINIT_APARTMENTTHREADED) {}

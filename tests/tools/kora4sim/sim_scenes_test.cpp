@@ -16,10 +16,13 @@ void PrintTo(const SceneCase& scene, std::ostream* stream) {
 }
 
 constexpr SceneCase cScenes[] = {
-    {"music", 0x03FF, 20, true},         {"speech", 0x03FF, 20, true},
-    {"silence", 0x03FF, 20, true},       {"sweep", 0x03FF, 20, true},
-    {"engine-full", 0x03FF, 20, true},   {"engine-standard", 0x021F, 20, false},
-    {"engine-basic", 0x0140, 10, false},
+    {"music", KORA4_ENGINE_FULL, 20, true},
+    {"speech", KORA4_ENGINE_FULL, 20, true},
+    {"silence", KORA4_ENGINE_FULL, 20, true},
+    {"sweep", KORA4_ENGINE_FULL, 20, true},
+    {"engine-full", KORA4_ENGINE_FULL, 20, true},
+    {"engine-standard", KORA4_ENGINE_STANDARD, 20, false},
+    {"engine-basic", KORA4_ENGINE_BASIC, 10, false},
 };
 
 class SimScenes : public SimTest, public testing::WithParamInterface<SceneCase> {};
@@ -37,12 +40,12 @@ TEST_P(SimScenes, ShowLevelsToADisplay) {
     }));
     for (unsigned band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
         const bool isThere = band < GetParam().bands;
-        EXPECT_EQ(isThere, levels.gains[band] != cNoGain) << band;
-        EXPECT_GE(levels.gains[band], isThere ? -60 : cNoGain) << band;
-        EXPECT_LE(levels.gains[band], 36) << band;
-        EXPECT_LE(levels.excitations[band], 36) << band;
+        EXPECT_EQ(isThere, levels.gains[band] != KORA4_SILENT_GAIN) << band;
+        EXPECT_GE(levels.gains[band], isThere ? -60 : KORA4_SILENT_GAIN) << band;
+        EXPECT_GE(36, levels.gains[band]) << band;
+        EXPECT_GE(36, levels.excitations[band]) << band;
         if (!isThere || isSilent) {
-            EXPECT_EQ(cNoExcitation, levels.excitations[band]) << band;
+            EXPECT_EQ(KORA4_SILENT_EXCITATION, levels.excitations[band]) << band;
         }
     }
     sim.End();
@@ -88,7 +91,7 @@ TEST_F(SimLevels, OfSpeechAreSyllablesAndPauses) {
         return levels.excitations[levels.LoudestBand()] > -10;
     }));
     EXPECT_TRUE(ShowsSoon(api.Get(), [](const ShownLevels& levels) {
-        return levels.excitations[levels.LoudestBand()] == cNoExcitation;
+        return levels.excitations[levels.LoudestBand()] == KORA4_SILENT_EXCITATION;
     }));
     sim.End();
 }

@@ -54,7 +54,9 @@ class SimWatchFaults : public SimWatchTest {
 
     Sliders Own() const { return {6, 0.75, "rich", m_own, 1.5, 2.5}; }
     Sliders MusicDefaults() const { return {0, 0.33, "open", m_default, 3.0, 10.0}; }
-    Sliders MovieDefaults() const { return {262151, 0.33, "balanced", m_default, 6.0, 10.0}; }
+    Sliders MovieDefaults() const {
+        return {cMovieVolume, 0.33, "balanced", m_default, 6.0, 10.0};
+    }
     // Every technology is told; the profile is the one that was active.
     Events AllTold(const Sliders& sliders) const {
         return {ToldValue("volume-leveler", sliders.leveler),
@@ -113,8 +115,9 @@ class SimWatchFaults : public SimWatchTest {
         Run({fault});
         const Json picture = Shown(IsPicture);
         EXPECT_TRUE(HasShape(picture, cPicture));
-        EXPECT_EQ(Json(Json::array_t(KORA4_VISUALIZATION_BANDS, cNoGain)), picture["gains"]);
-        EXPECT_EQ(Json(Json::array_t(KORA4_VISUALIZATION_BANDS, cNoExcitation)),
+        EXPECT_EQ(Json(Json::array_t(KORA4_VISUALIZATION_BANDS, KORA4_SILENT_GAIN)),
+                  picture["gains"]);
+        EXPECT_EQ(Json(Json::array_t(KORA4_VISUALIZATION_BANDS, KORA4_SILENT_EXCITATION)),
                   picture["excitations"]);
         ExpectNothingTold();
     }
@@ -145,8 +148,10 @@ class SimWatchFaults : public SimWatchTest {
         EXPECT_TRUE(HasShape(picture, cPicture));
         for (std::size_t band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {
             const bool isPlus = band % 2 == 0;
-            EXPECT_EQ(isPlus ? Json() : Json(cNoGain), picture["gains"][band]) << band;
-            EXPECT_EQ(isPlus ? Json() : Json(cNoExcitation), picture["excitations"][band])
+            EXPECT_EQ(isPlus ? Json() : Json(KORA4_SILENT_GAIN), picture["gains"][band])
+                << band;
+            EXPECT_EQ(isPlus ? Json() : Json(KORA4_SILENT_EXCITATION),
+                      picture["excitations"][band])
                 << band;
         }
         ExpectNothingTold();
@@ -185,7 +190,7 @@ class SimWatchFaults : public SimWatchTest {
         Run({fault});
         EXPECT_EQ(nullptr, LookNow()["gains"]);
         const ToolResult words = RunCtl({"levels", "--count", "1", "--timeout", "0.2"});
-        EXPECT_THAT(words.err, HasSubstr("no levels: no engine has published anything"));
+        EXPECT_THAT(words.err, HasSubstr("no levels: no engine has published any"));
         EXPECT_TRUE(m_levels->IsSilentFor(0));
         Run({}, "0.2");
         const Json last = LookNow();

@@ -36,6 +36,7 @@ void CheckEvents(const ToolResult& result);
 // Those that take a number are there without one.
 Words OfferedFaults();
 
+// kora4sim and kora4ctl watch on one store.
 class SimWatchTest : public CtlTest {
   protected:
     void TearDown() override;

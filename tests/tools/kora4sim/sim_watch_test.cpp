@@ -23,13 +23,13 @@ struct SceneExpectation {
 };
 
 constexpr SceneExpectation cScenes[] = {
-    {"music", 0x03FF, "full engine", 20, false, true, " /music"},
-    {"speech", 0x03FF, "full engine", 20, false, true, " /speech"},
-    {"silence", 0x03FF, "full engine", 20, true, true, ""},
-    {"sweep", 0x03FF, "full engine", 20, false, true, " /sweep"},
-    {"engine-full", 0x03FF, "full engine", 20, false, true, ""},
-    {"engine-standard", 0x021F, "standard engine", 20, false, true, nullptr},
-    {"engine-basic", 0x0140, "basic engine", 10, false, false, nullptr},
+    {"music", KORA4_ENGINE_FULL, "full engine", 20, false, true, " /music"},
+    {"speech", KORA4_ENGINE_FULL, "full engine", 20, false, true, " /speech"},
+    {"silence", KORA4_ENGINE_FULL, "full engine", 20, true, true, ""},
+    {"sweep", KORA4_ENGINE_FULL, "full engine", 20, false, true, " /sweep"},
+    {"engine-full", KORA4_ENGINE_FULL, "full engine", 20, false, true, ""},
+    {"engine-standard", KORA4_ENGINE_STANDARD, "standard engine", 20, false, true, nullptr},
+    {"engine-basic", KORA4_ENGINE_BASIC, "basic engine", 10, false, false, nullptr},
 };
 
 class SimWatchScenes : public SimWatchTest,
@@ -50,12 +50,12 @@ class SimWatchScenes : public SimWatchTest,
             const bool isThere = band < GetParam().bands;
             const float gain = picture["gains"][band];
             const float excitation = picture["excitations"][band];
-            EXPECT_EQ(isThere, gain != cNoGain);
-            EXPECT_LE(gain, 36);
-            EXPECT_GE(excitation, cNoExcitation);
-            EXPECT_LE(excitation, 36);
+            EXPECT_EQ(isThere, gain != KORA4_SILENT_GAIN);
+            EXPECT_GE(36, gain);
+            EXPECT_LE(KORA4_SILENT_EXCITATION, excitation);
+            EXPECT_GE(36, excitation);
             if (!isThere || GetParam().isStill) {
-                EXPECT_EQ(cNoExcitation, excitation);
+                EXPECT_EQ(KORA4_SILENT_EXCITATION, excitation);
             }
         }
     }
@@ -97,7 +97,7 @@ TEST_P(SimWatchScenes, TellsNobodyAnythingAndShowsItsEngineAndLevels) {
     EXPECT_TRUE(rest.told.empty()) << Json(rest.told);
     EXPECT_TRUE(rest.seen.empty()) << Json(rest.seen);
     const Json summary = EndSim();
-    EXPECT_GT(summary["pictures"], 0);
+    EXPECT_LT(0, summary["pictures"]);
     EXPECT_EQ(0, summary["failures"]);
     EXPECT_EQ(0, summary["reloads"]);
     ExpectNothingTold();
@@ -205,7 +205,7 @@ class SimWatchChanges : public SimWatchTest {
 
 TEST_F(SimWatchChanges, OfValuesAreToldAndSeenWithTheirTriggers) {
     Expect({"set", "volume-leveler", "7"}, {ToldValue("volume-leveler", 7)},
-           {Reload("volume-leveler", 1, OneChange("volume-leveler", 262151, 7))});
+           {Reload("volume-leveler", 1, OneChange("volume-leveler", cMovieVolume, 7))});
     Expect({"set", "volume-leveler", "+2"}, {ToldValue("volume-leveler", 9)},
            {Reload("volume-leveler", 2, OneChange("volume-leveler", 7, 9))});
     Expect({"set", "volume-leveler", "9"}, {ToldValue("volume-leveler", 9)},
@@ -245,7 +245,7 @@ TEST_F(SimWatchChanges, OfSwitchesAreToldAndSeenWithoutAReload) {
 
 TEST_F(SimWatchChanges, OfProfilesAreToldByTheProfileAlone) {
     Expect({"set", "volume-leveler", "3"}, {ToldValue("volume-leveler", 3)},
-           {Reload("volume-leveler", 1, OneChange("volume-leveler", 262151, 3))});
+           {Reload("volume-leveler", 1, OneChange("volume-leveler", cMovieVolume, 3))});
     Expect({"profile", "create", "p1", "Late evening"}, {ToldTable("Late evening")},
            {Table(1, {{"p1", "Late evening"}})});
     Expect({"profile", "rename", "p1", "Früher Morgen"}, {ToldTable("Früher Morgen")},
@@ -264,18 +264,18 @@ TEST_F(SimWatchChanges, OfProfilesAreToldByTheProfileAlone) {
 
 TEST_F(SimWatchChanges, OfARevertAreEveryTechnology) {
     Expect({"set", "volume-leveler", "3"}, {ToldValue("volume-leveler", 3)},
-           {Reload("volume-leveler", 1, OneChange("volume-leveler", 262151, 3))});
+           {Reload("volume-leveler", 1, OneChange("volume-leveler", cMovieVolume, 3))});
     Expect({"toggle", "dialog-enhancer"}, {Told("switch", "dialog-enhancer.on", false)},
            {Switched("dialog-enhancer", false)});
     const Json curve = {{"frequencies", DoneJson({"get", "graphic-eq.frequencies"})["value"]},
                         {"gains", DoneJson({"get", "graphic-eq.gains"})["value"]}};
     Expect({"profile", "revert"},
-           {ToldValue("volume-leveler", 262151), Told("switch", "dialog-enhancer.on", true),
-            ToldValue("dialog-enhancer", 0.33), ToldValue("intelligent-eq", "balanced"),
-            Told("graphic-eq", "graphic-eq", curve), ToldValue("headphone-virtualizer", 6.0),
-            ToldValue("speaker-virtualizer", 10.0)},
+           {ToldValue("volume-leveler", cMovieVolume),
+            Told("switch", "dialog-enhancer.on", true), ToldValue("dialog-enhancer", 0.33),
+            ToldValue("intelligent-eq", "balanced"), Told("graphic-eq", "graphic-eq", curve),
+            ToldValue("headphone-virtualizer", 6.0), ToldValue("speaker-virtualizer", 10.0)},
            {Switched("dialog-enhancer", true),
-            Reload("volume-leveler", 2, OneChange("volume-leveler", 3, 262151)),
+            Reload("volume-leveler", 2, OneChange("volume-leveler", 3, cMovieVolume)),
             Reload("graphic-eq", 1, Json::array()), Reload("intelligent-eq", 1, Json::array()),
             Reload("dialog-enhancer", 1, Json::array()),
             Reload("headphone-virtualizer", 1, Json::array()),
@@ -336,7 +336,7 @@ TEST_F(SimWatchRuns, TellLevelsThatCannotBeWrittenOnce) {
     const ToolResult result = Sim().WaitForEnd();
     EXPECT_EQ(cFailed, result.exitCode) << "its last levels were not published";
     CheckEvents(result);
-    EXPECT_GT(EventOf(result, "summary")["failures"], 1);
+    EXPECT_LT(1, EventOf(result, "summary")["failures"]);
 }
 
 TEST_F(SimWatchRuns, AreTheSameAgainWithTheSameSeed) {

@@ -24,12 +24,14 @@
 
 namespace kora4::test {
 
+// A command of a transcript and what it prints.
 struct TranscriptStep {
     std::string command;
     std::vector<std::string> expected;
     std::size_t line = 0;  // of the command, from 1
 };
 
+// The steps of one block of a document.
 struct TranscriptBlock {
     std::vector<TranscriptStep> steps;
     // From a comment "<!-- not run: REASON -->" right before the block; empty: it is run.

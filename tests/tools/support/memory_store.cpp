@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "contract/profiles.h"
+#include "settings/content.h"
 
 namespace kora4::tools {
 
@@ -141,7 +142,7 @@ bool IsCovered(const std::pair<KORA4KeySet, std::string>& place, Scope scope) {
         case Role::eSavedDemoState:
         case Role::eVisualization:
             return false;
-        case Role::eFlag:
+        case Role::eSwitch:
         case Role::eField:
         case Role::eName:
             return scope == Scope::eAll || (value->profile && *value->profile < 9);
@@ -164,6 +165,15 @@ MemoryStore::Values Filtered(const MemoryStore::Values& values, Scope scope, boo
 }
 
 }  // namespace
+
+void Put(MemoryStore& store, const Plan& plan) {
+    for (const PlannedValue& planned : plan.values) {
+        if (planned.wanted)
+            store.Write(planned.value.keySet, planned.value.key, *planned.wanted);
+        else
+            store.Delete(planned.value.keySet, planned.value.key);
+    }
+}
 
 MemoryStore::Values Covered(const MemoryStore::Values& values, Scope scope) {
     return Filtered(values, scope, true);

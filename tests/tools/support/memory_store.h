@@ -16,6 +16,7 @@ namespace kora4::tools {
 // Thrown by a dying store: nothing that handles failures handles this.
 struct Died {};
 
+// The store as the tools use it, in memory.
 class MemoryStore : public StoreAccess {
   public:
     using Values = std::map<std::pair<KORA4KeySet, std::string>, StoredValue>;
@@ -41,6 +42,9 @@ class MemoryStore : public StoreAccess {
   private:
     void Count(const PropertyKey& key);
 };
+
+// Makes the changes of a plan.
+void Put(MemoryStore& store, const Plan& plan);
 
 // Values of every kind, most of them well stored, some of them garbage, many of them absent.
 class RandomStore {

@@ -26,6 +26,7 @@ using Environment = std::map<std::string, std::string>;
 // The exit code of a process that Ctrl-C has ended.
 inline constexpr DWORD cEndedByCtrlC = 0xC000013A;
 
+// What a tool has left behind.
 struct ToolResult {
     // Of a tool that was ended by the test: cNoExitCode.
     DWORD exitCode = 0;

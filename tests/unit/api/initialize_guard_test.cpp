@@ -10,6 +10,7 @@
 
 #include "monitor/apartment.h"
 #include "support/com_client.h"
+#include "support/message_filter.h"
 
 namespace kora4::test {
 namespace {
@@ -36,25 +37,27 @@ TEST(InitializeGuard, ReEntryOnTheSameThreadFails) {
     EXPECT_EQ(0, runs);
 }
 
-// A host's message filter that breaks off every wait in which a message comes.
-class CancellingFilter final : public IMessageFilter {
+// A caller whose bring-up lasts until it may go on.
+class BusyCaller {
   public:
-    CancellingFilter() { EXPECT_EQ(S_OK, CoRegisterMessageFilter(this, nullptr)); }
-    ~CancellingFilter() { EXPECT_EQ(S_OK, CoRegisterMessageFilter(nullptr, nullptr)); }
-    CancellingFilter(const CancellingFilter&) = delete;
-    CancellingFilter& operator=(const CancellingFilter&) = delete;
+    BusyCaller(InitializeGuard& guard, HRESULT result)
+        : m_thread([this, &guard, result] {
+              guard.Run([this, result] {
+                  SetEvent(m_inside.Get());
+                  WaitForSingleObject(m_goOn.Get(), cBoundedWait);
+                  return result;
+              });
+          }) {}
 
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP_(DWORD)
-    HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
-        return SERVERCALL_ISHANDLED;
+    bool IsInside() {
+        return WaitForSingleObject(m_inside.Get(), cBoundedWait) == WAIT_OBJECT_0;
     }
-    STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD, DWORD) override { return 0; }
-    STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override {
-        return PENDINGMSG_CANCELCALL;
-    }
+    void GoOn() { SetEvent(m_goOn.Get()); }
+
+  private:
+    const UniqueHandle m_inside{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    const UniqueHandle m_goOn{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    std::jthread m_thread;
 };
 
 // A caller in an apartment of its own. Its thread takes messages nowhere but in the guard's
@@ -95,16 +98,8 @@ class WaitingCaller {
 
 TEST(InitializeGuard, OtherThreadsWaitLetCallsInAndReturnTheFirstOnesResult) {
     InitializeGuard guard;
-    const UniqueHandle inside(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    std::jthread first([&] {
-        guard.Run([&] {
-            SetEvent(inside.Get());
-            WaitForSingleObject(goOn.Get(), cBoundedWait);
-            return E_UNEXPECTED;
-        });
-    });
-    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(inside.Get(), cBoundedWait));
+    BusyCaller first(guard, E_UNEXPECTED);
+    ASSERT_TRUE(first.IsInside());
     WaitingCaller second(guard);
     WaitingCaller third(guard);
     // More than once: the waits go on when the host breaks them off.
@@ -112,26 +107,18 @@ TEST(InitializeGuard, OtherThreadsWaitLetCallsInAndReturnTheFirstOnesResult) {
         EXPECT_TRUE(second.Waits());
         EXPECT_TRUE(third.Waits());
     }
-    SetEvent(goOn.Get());
+    first.GoOn();
     EXPECT_EQ(E_UNEXPECTED, second.Result());
     EXPECT_EQ(E_UNEXPECTED, third.Result());
 }
 
 TEST(InitializeGuard, AThreadWithoutAnApartmentWaitsToo) {
     InitializeGuard guard;
-    const UniqueHandle inside(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    std::jthread first([&] {
-        guard.Run([&] {
-            SetEvent(inside.Get());
-            WaitForSingleObject(goOn.Get(), cBoundedWait);
-            return S_FALSE;
-        });
-    });
-    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(inside.Get(), cBoundedWait));
+    BusyCaller first(guard, S_FALSE);
+    ASSERT_TRUE(first.IsInside());
     HRESULT hr = E_UNEXPECTED;
     std::jthread second([&] { hr = guard.Run([] { return S_FALSE; }); });
-    SetEvent(goOn.Get());
+    first.GoOn();
     second.join();
     EXPECT_EQ(S_FALSE, hr);
 }

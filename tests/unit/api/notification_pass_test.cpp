@@ -77,7 +77,7 @@ TEST_F(NotificationPassTest, AProfileSwitchReplacesTheTechnologies) {
     ChangeEverything();
     m_changes.enable = true;
     m_changes.profileChanged = true;
-    m_changes.profile = 241;
+    m_changes.profile = cDemoMusicProfile;
     EXPECT_EQ(S_OK, Notify());
     EXPECT_THAT(m_spRecorder->Log(),
                 ElementsAre("OnEnableStateChange(1)", "OnActiveProfileChange(241)",

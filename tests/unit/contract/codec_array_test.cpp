@@ -31,7 +31,7 @@ Numbers Decode(const std::u16string& text) {
 
 std::vector<float> Values(const std::u16string& text) {
     const Numbers numbers = Decode(text);
-    EXPECT_EQ(numbers.hr, result::cOk);
+    EXPECT_EQ(result::cOk, numbers.hr);
     return {numbers.elements, numbers.elements + numbers.count};
 }
 
@@ -39,9 +39,10 @@ std::vector<float> Values(const std::u16string& text) {
 void ExpectRefused(const std::u16string& text) {
     SCOPED_TRACE(std::string(text.begin(), text.end()).substr(0, 80));
     const Numbers numbers = Decode(text);
-    EXPECT_EQ(numbers.hr, result::cFail);
-    EXPECT_EQ(numbers.count, 0u);
-    EXPECT_EQ(std::count(numbers.elements, numbers.elements + cArrayCapacity, 0.0f), 40);
+    EXPECT_EQ(result::cFail, numbers.hr);
+    EXPECT_EQ(0u, numbers.count);
+    EXPECT_EQ(std::ptrdiff_t{cArrayCapacity},
+              std::count(numbers.elements, numbers.elements + cArrayCapacity, 0.0f));
 }
 
 struct Flags {
@@ -59,30 +60,31 @@ Flags DecodeFlags(const std::u16string& text) {
 
 std::vector<std::uint32_t> FlagValues(const std::u16string& text) {
     const Flags flags = DecodeFlags(text);
-    EXPECT_EQ(flags.hr, result::cOk);
+    EXPECT_EQ(result::cOk, flags.hr);
     return {flags.flags, flags.flags + flags.count};
 }
 
 void ExpectFlagsRefused(const std::u16string& text) {
     SCOPED_TRACE(std::string(text.begin(), text.end()).substr(0, 80));
     const Flags flags = DecodeFlags(text);
-    EXPECT_EQ(flags.hr, result::cFail);
-    EXPECT_EQ(flags.count, 0u);
-    EXPECT_EQ(std::count(flags.flags, flags.flags + cArrayCapacity, 0u), 40);
+    EXPECT_EQ(result::cFail, flags.hr);
+    EXPECT_EQ(0u, flags.count);
+    EXPECT_EQ(std::ptrdiff_t{cArrayCapacity},
+              std::count(flags.flags, flags.flags + cArrayCapacity, 0u));
 }
 
 std::u16string Encode(std::uint32_t scale, const std::vector<float>& elements) {
     char16_t text[cArrayTextChars];
-    EXPECT_EQ(EncodeNumericArray(scale, static_cast<std::uint32_t>(elements.size()),
-                                 elements.data(), text),
-              result::cOk);
+    EXPECT_EQ(result::cOk,
+              EncodeNumericArray(scale, static_cast<std::uint32_t>(elements.size()),
+                                 elements.data(), text));
     return text;
 }
 
 std::u16string EncodeFlags(const std::vector<std::uint32_t>& flags) {
     char16_t text[cArrayTextChars];
-    EXPECT_EQ(EncodeFlagArray(static_cast<std::uint32_t>(flags.size()), flags.data(), text),
-              result::cOk);
+    EXPECT_EQ(result::cOk,
+              EncodeFlagArray(static_cast<std::uint32_t>(flags.size()), flags.data(), text));
     return text;
 }
 
@@ -94,34 +96,34 @@ std::u16string Repeat(std::size_t times, const std::u16string& piece) {
 }
 
 TEST(NumericArrayReader, TakesElementsAsSigned16BitNumbersOverTheScale) {
-    EXPECT_EQ(Values(u"0100,0002,FFFF,8000"), (std::vector<float>{-0.00390625f, -128.0f}));
-    EXPECT_EQ(Values(u"0001,0002,0041,7fff"), (std::vector<float>{65.0f, 32767.0f}));
+    EXPECT_EQ((std::vector<float>{-0.00390625f, -128.0f}), Values(u"0100,0002,FFFF,8000"));
+    EXPECT_EQ((std::vector<float>{65.0f, 32767.0f}), Values(u"0001,0002,0041,7fff"));
 }
 
 TEST(NumericArrayReader, ClearsThePlacesBehindTheElements) {
     const Numbers numbers = Decode(u"1,1,5");
-    EXPECT_EQ(numbers.hr, result::cOk);
-    EXPECT_EQ(numbers.elements[0], 5.0f);
-    EXPECT_EQ(std::count(numbers.elements + 1, numbers.elements + cArrayCapacity, 0.0f), 39);
+    EXPECT_EQ(result::cOk, numbers.hr);
+    EXPECT_EQ(5.0f, numbers.elements[0]);
+    EXPECT_EQ(39, std::count(numbers.elements + 1, numbers.elements + cArrayCapacity, 0.0f));
 }
 
 TEST(NumericArrayReader, DividesInDoublePrecisionAndRoundsOnce) {
-    EXPECT_EQ(Values(u"0003,0001,0001"), std::vector<float>{static_cast<float>(1.0 / 3.0)});
-    EXPECT_EQ(Values(u"7fff,0001,0005"), std::vector<float>{static_cast<float>(5.0 / 32767)});
+    EXPECT_EQ(std::vector<float>{static_cast<float>(1.0 / 3.0)}, Values(u"0003,0001,0001"));
+    EXPECT_EQ(std::vector<float>{static_cast<float>(5.0 / 32767)}, Values(u"7fff,0001,0005"));
 }
 
 TEST(NumericArrayReader, AcceptsCommasBlanksTabsAndLineEndsAsSeparators) {
     const std::vector<float> expected{20.0f, 47.0f};
-    EXPECT_EQ(Values(u"0001, 0002, 0014, 002F"), expected);
-    EXPECT_EQ(Values(u"0001 0002 0014 002F"), expected);
-    EXPECT_EQ(Values(u"0001\t0002\t0014\t002F"), expected);
-    EXPECT_EQ(Values(u"0001\r\n0002 ,\v0014\f,002F\r\n"), expected);
-    EXPECT_EQ(Values(u" \t0001 , 0002 ,0014 , 002F  "), expected);
+    EXPECT_EQ(expected, Values(u"0001, 0002, 0014, 002F"));
+    EXPECT_EQ(expected, Values(u"0001 0002 0014 002F"));
+    EXPECT_EQ(expected, Values(u"0001\t0002\t0014\t002F"));
+    EXPECT_EQ(expected, Values(u"0001\r\n0002 ,\v0014\f,002F\r\n"));
+    EXPECT_EQ(expected, Values(u" \t0001 , 0002 ,0014 , 002F  "));
 }
 
 TEST(NumericArrayReader, ReadsDigitsOfEitherCaseAndAnOptionalPrefix) {
-    EXPECT_EQ(Values(u"0x0001,0X2,0xAbC,0Xf"), (std::vector<float>{2748.0f, 15.0f}));
-    EXPECT_EQ(Values(u"1,2,ab,EF"), (std::vector<float>{171.0f, 239.0f}));
+    EXPECT_EQ((std::vector<float>{2748.0f, 15.0f}), Values(u"0x0001,0X2,0xAbC,0Xf"));
+    EXPECT_EQ((std::vector<float>{171.0f, 239.0f}), Values(u"1,2,ab,EF"));
 }
 
 TEST(NumericArrayReader, AcceptsAnEmptyArray) {
@@ -130,8 +132,8 @@ TEST(NumericArrayReader, AcceptsAnEmptyArray) {
 }
 
 TEST(NumericArrayReader, AcceptsATrailingComma) {
-    EXPECT_EQ(Values(u"1,2,3,4,"), (std::vector<float>{3.0f, 4.0f}));
-    EXPECT_EQ(Values(u"1,2,3,4 , \t"), (std::vector<float>{3.0f, 4.0f}));
+    EXPECT_EQ((std::vector<float>{3.0f, 4.0f}), Values(u"1,2,3,4,"));
+    EXPECT_EQ((std::vector<float>{3.0f, 4.0f}), Values(u"1,2,3,4 , \t"));
 }
 
 TEST(NumericArrayReader, RefusesLeadingAndDoubledCommas) {
@@ -160,7 +162,7 @@ TEST(NumericArrayReader, RefusesFewerElementsThanTheCount) {
     std::u16string text = u"0001,0014";
     text += Repeat(19, u",0005");
     ExpectRefused(text);
-    EXPECT_EQ(Values(text + u",0005").size(), 20u);
+    EXPECT_EQ(20u, Values(text + u",0005").size());
     ExpectRefused(u"1");
     ExpectRefused(u"1,1");
     ExpectRefused(u"1,1,");
@@ -174,8 +176,8 @@ TEST(NumericArrayReader, RefusesTrailingText) {
 }
 
 TEST(NumericArrayReader, RefusesElementsOf0x10000AndAbove) {
-    EXPECT_EQ(Values(u"1,1,FFFF"), std::vector<float>{-1.0f});
-    EXPECT_EQ(Values(u"1,1,0000000FFFF"), std::vector<float>{-1.0f});
+    EXPECT_EQ(std::vector<float>{-1.0f}, Values(u"1,1,FFFF"));
+    EXPECT_EQ(std::vector<float>{-1.0f}, Values(u"1,1,0000000FFFF"));
     ExpectRefused(u"1,1,10000");
     ExpectRefused(u"1,1,1FFFF");
     ExpectRefused(u"1,1,100000001");
@@ -183,7 +185,7 @@ TEST(NumericArrayReader, RefusesElementsOf0x10000AndAbove) {
 }
 
 TEST(NumericArrayReader, RefusesNumbersThatDoNotFit32Bits) {
-    EXPECT_EQ(Values(u"ffffffff,0").size(), 0u);
+    EXPECT_EQ(0u, Values(u"ffffffff,0").size());
     ExpectRefused(u"100000000,0");
     ExpectRefused(u"100000001,1,1");
     ExpectRefused(u"1,100000001,1");
@@ -191,7 +193,7 @@ TEST(NumericArrayReader, RefusesNumbersThatDoNotFit32Bits) {
 }
 
 TEST(NumericArrayReader, RefusesCountsAbove40) {
-    EXPECT_EQ(Values(u"1,28" + Repeat(40, u",1")).size(), 40u);
+    EXPECT_EQ(cArrayCapacity, Values(u"1,28" + Repeat(cArrayCapacity, u",1")).size());
     ExpectRefused(u"1,29" + Repeat(41, u",1"));
     ExpectRefused(u"1,FFFFFFFF,1");
 }
@@ -203,9 +205,9 @@ TEST(NumericArrayReader, RefusesAScaleOfZero) {
 
 TEST(NumericArrayReader, RefusesTokensOf255CharactersAndMore) {
     const std::u16string longest = std::u16string(253, u'0') + u"5";
-    EXPECT_EQ(Values(u"1,1," + longest), std::vector<float>{5.0f});
+    EXPECT_EQ(std::vector<float>{5.0f}, Values(u"1,1," + longest));
     ExpectRefused(u"1,1,0" + longest);
-    EXPECT_EQ(Values(u"1,1,0x" + longest.substr(2)), std::vector<float>{5.0f});
+    EXPECT_EQ(std::vector<float>{5.0f}, Values(u"1,1,0x" + longest.substr(2)));
     ExpectRefused(u"1,1,0x" + longest.substr(1));
     ExpectRefused(u"1,1," + std::u16string(100000, u'0') + u"5");
 }
@@ -215,21 +217,21 @@ TEST(NumericArrayReader, RefusesAnEmptyOrMissingText) {
     ExpectRefused(u" \t\r\n");
     std::uint32_t count = 99;
     float elements[cArrayCapacity] = {cJunk};
-    EXPECT_EQ(DecodeNumericArray(nullptr, &count, elements), result::cFail);
-    EXPECT_EQ(count, 0u);
-    EXPECT_EQ(elements[0], 0.0f);
+    EXPECT_EQ(result::cFail, DecodeNumericArray(nullptr, &count, elements));
+    EXPECT_EQ(0u, count);
+    EXPECT_EQ(0.0f, elements[0]);
 }
 
 TEST(NumericArrayReader, ReportsNullOutPointersAsInvalidArguments) {
     std::uint32_t count = 99;
     float elements[cArrayCapacity];
-    EXPECT_EQ(DecodeNumericArray(u"1,0", nullptr, elements), result::cInvalidArg);
-    EXPECT_EQ(DecodeNumericArray(u"1,0", &count, nullptr), result::cInvalidArg);
+    EXPECT_EQ(result::cInvalidArg, DecodeNumericArray(u"1,0", nullptr, elements));
+    EXPECT_EQ(result::cInvalidArg, DecodeNumericArray(u"1,0", &count, nullptr));
 }
 
 TEST(NumericArrayReader, SurvivesEveryTextOfOneBrokenCharacter) {
     const std::u16string good = u"0100,0003,f400,0041,8000";
-    ASSERT_EQ(Values(good).size(), 3u);
+    ASSERT_EQ(3u, Values(good).size());
     for (std::size_t place = 0; place < good.size(); ++place) {
         for (char16_t c : {u'g', u'/', u':', u'@', u'G', u'`', u'\u0130', u'\uFFFF'}) {
             std::u16string text = good;
@@ -240,14 +242,14 @@ TEST(NumericArrayReader, SurvivesEveryTextOfOneBrokenCharacter) {
 }
 
 TEST(FlagArrayReader, StoresOneForEveryNumberThatIsNotZero) {
-    EXPECT_EQ(FlagValues(u"0005,0,1,2,ffffffff,00"),
-              (std::vector<std::uint32_t>{0, 1, 1, 1, 0}));
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 1, 1, 1, 0}),
+              FlagValues(u"0005,0,1,2,ffffffff,00"));
 }
 
 TEST(FlagArrayReader, SharesTheRulesOfTheTokens) {
-    EXPECT_EQ(FlagValues(u" 0x2 1\t0 , "), (std::vector<std::uint32_t>{1, 0}));
+    EXPECT_EQ((std::vector<std::uint32_t>{1, 0}), FlagValues(u" 0x2 1\t0 , "));
     EXPECT_TRUE(FlagValues(u"0000").empty());
-    EXPECT_EQ(FlagValues(u"28" + Repeat(40, u",1")).size(), 40u);
+    EXPECT_EQ(cArrayCapacity, FlagValues(u"28" + Repeat(cArrayCapacity, u",1")).size());
     for (const char16_t* pText : {u"", u",1,1", u"2,1", u"1,1,1", u"1,,1", u"1,1,,", u"1,y",
                                   u"1,1 z", u"1,100000000", u"1,0x"})
         ExpectFlagsRefused(pText);
@@ -258,31 +260,31 @@ TEST(FlagArrayReader, SharesTheRulesOfTheTokens) {
 TEST(FlagArrayReader, ReportsNullOutPointersAndMissingTexts) {
     std::uint32_t count = 99;
     std::uint32_t flags[cArrayCapacity] = {7};
-    EXPECT_EQ(DecodeFlagArray(u"0", nullptr, flags), result::cInvalidArg);
-    EXPECT_EQ(DecodeFlagArray(u"0", &count, nullptr), result::cInvalidArg);
-    EXPECT_EQ(DecodeFlagArray(nullptr, &count, flags), result::cFail);
-    EXPECT_EQ(count, 0u);
-    EXPECT_EQ(flags[0], 0u);
+    EXPECT_EQ(result::cInvalidArg, DecodeFlagArray(u"0", nullptr, flags));
+    EXPECT_EQ(result::cInvalidArg, DecodeFlagArray(u"0", &count, nullptr));
+    EXPECT_EQ(result::cFail, DecodeFlagArray(nullptr, &count, flags));
+    EXPECT_EQ(0u, count);
+    EXPECT_EQ(0u, flags[0]);
 }
 
 TEST(NumericArrayWriter, WritesScaleCountAndElementsInLowerCase) {
-    EXPECT_EQ(Encode(256, {-12.0f, 0.0f, 12.5f}), u"0100,0003,f400,0000,0c80");
-    EXPECT_EQ(Encode(1, {65.0f}), u"0001,0001,0041");
-    EXPECT_EQ(Encode(32767, {}), u"7fff,0000");
+    EXPECT_EQ(u"0100,0003,f400,0000,0c80", Encode(256, {-12.0f, 0.0f, 12.5f}));
+    EXPECT_EQ(u"0001,0001,0041", Encode(1, {65.0f}));
+    EXPECT_EQ(u"7fff,0000", Encode(32767, {}));
 }
 
 TEST(NumericArrayWriter, TruncatesTowardZero) {
-    EXPECT_EQ(Encode(256, {1.999f, -1.999f}), u"0100,0002,01ff,fe01");
-    EXPECT_EQ(Values(u"0100,0001,01ff"), std::vector<float>{1.99609375f});
-    EXPECT_EQ(Encode(1, {0.99f, -0.99f, -1.5f}), u"0001,0003,0000,0000,ffff");
+    EXPECT_EQ(u"0100,0002,01ff,fe01", Encode(256, {1.999f, -1.999f}));
+    EXPECT_EQ(std::vector<float>{1.99609375f}, Values(u"0100,0001,01ff"));
+    EXPECT_EQ(u"0001,0003,0000,0000,ffff", Encode(1, {0.99f, -0.99f, -1.5f}));
 }
 
 TEST(NumericArrayWriter, KeepsTheLow16BitsOfWhatFits64) {
-    EXPECT_EQ(Encode(1, {65536.0f + 66, -65537.0f, 2147483648.0f + 256}),
-              u"0001,0003,0042,ffff,0100");
+    EXPECT_EQ(u"0001,0003,0042,ffff,0100",
+              Encode(1, {65536.0f + 66, -65537.0f, 2147483648.0f + 256}));
     const float big = 9223371487098961920.0f;  // the last float below 2^63
-    EXPECT_EQ(Encode(1, {big, -big}), u"0001,0002,0000,0000");
-    EXPECT_EQ(Encode(3, {std::ldexp(1.0f, 14)}), u"0003,0001,c000");
+    EXPECT_EQ(u"0001,0002,0000,0000", Encode(1, {big, -big}));
+    EXPECT_EQ(u"0003,0001,c000", Encode(3, {std::ldexp(1.0f, 14)}));
 }
 
 TEST(NumericArrayWriter, StoresZeroForWhatDoesNotFit64Bits) {
@@ -292,9 +294,9 @@ TEST(NumericArrayWriter, StoresZeroForWhatDoesNotFit64Bits) {
     const float edge = std::ldexp(1.0f, 63);
     EXPECT_EQ(Encode(256, {nan, inf, -inf, max, -max, edge, -edge}),
               u"0100,0007" + Repeat(7, u",0000"));
-    EXPECT_EQ(Encode(32767, {edge / 4, -edge / 4}), u"7fff,0002,0000,0000");
+    EXPECT_EQ(u"7fff,0002,0000,0000", Encode(32767, {edge / 4, -edge / 4}));
     // Converted all the same they would give zero too, but only a sanitizer sees that.
-    EXPECT_EQ(Encode(1, {edge, -edge}), u"0001,0002,0000,0000");
+    EXPECT_EQ(u"0001,0002,0000,0000", Encode(1, {edge, -edge}));
 }
 
 TEST(NumericArrayWriter, RefusesAScaleThatIsZeroOrDoesNotFit15Bits) {
@@ -302,46 +304,47 @@ TEST(NumericArrayWriter, RefusesAScaleThatIsZeroOrDoesNotFit15Bits) {
     const float element = 1.0f;
     for (std::uint32_t scale : {0u, 32768u, 65537u, 0xFFFFFFFFu}) {
         text[0] = u'j';
-        EXPECT_EQ(EncodeNumericArray(scale, 1, &element, text), result::cInvalidArg) << scale;
-        EXPECT_EQ(text[0], u'\0');
+        EXPECT_EQ(result::cInvalidArg, EncodeNumericArray(scale, 1, &element, text)) << scale;
+        EXPECT_EQ(u'\0', text[0]);
     }
 }
 
 TEST(NumericArrayWriter, EndsWhenFewerThan32CharactersAreLeft) {
     const std::vector<float> elements(300, 1.0f);
     char16_t text[cArrayTextChars];
-    EXPECT_EQ(EncodeNumericArray(1, 197, elements.data(), text), result::cOk);
-    EXPECT_EQ(std::u16string(text).size(), 9u + 5 * 197);
-    EXPECT_EQ(EncodeNumericArray(1, 198, elements.data(), text), result::cOutOfMemory);
-    EXPECT_EQ(text[0], u'\0');
-    EXPECT_EQ(EncodeNumericArray(1, 0xFFFFFFFF, elements.data(), text), result::cOutOfMemory);
+    EXPECT_EQ(result::cOk, EncodeNumericArray(1, 197, elements.data(), text));
+    EXPECT_EQ(9u + 5 * 197, std::u16string(text).size());
+    EXPECT_EQ(result::cOutOfMemory, EncodeNumericArray(1, 198, elements.data(), text));
+    EXPECT_EQ(u'\0', text[0]);
+    EXPECT_EQ(result::cOutOfMemory, EncodeNumericArray(1, 0xFFFFFFFF, elements.data(), text));
 }
 
 TEST(FlagArrayWriter, WritesTheCountAndZeroOrOne) {
-    EXPECT_EQ(EncodeFlags({1, 0, 5}), u"0003,1,0,1");
-    EXPECT_EQ(EncodeFlags({}), u"0000");
-    EXPECT_EQ(EncodeFlags(std::vector<std::uint32_t>(40, 1)), u"0028" + Repeat(40, u",1"));
+    EXPECT_EQ(u"0003,1,0,1", EncodeFlags({1, 0, 5}));
+    EXPECT_EQ(u"0000", EncodeFlags({}));
+    EXPECT_EQ(u"0028" + Repeat(cArrayCapacity, u",1"),
+              EncodeFlags(std::vector<std::uint32_t>(cArrayCapacity, 1)));
 }
 
 TEST(FlagArrayWriter, EndsWhenFewerThan32CharactersAreLeft) {
     const std::vector<std::uint32_t> flags(600, 1);
     char16_t text[cArrayTextChars];
-    EXPECT_EQ(EncodeFlagArray(494, flags.data(), text), result::cOk);
-    EXPECT_EQ(std::u16string(text).size(), 4u + 2 * 494);
-    EXPECT_EQ(EncodeFlagArray(495, flags.data(), text), result::cOutOfMemory);
-    EXPECT_EQ(text[0], u'\0');
+    EXPECT_EQ(result::cOk, EncodeFlagArray(494, flags.data(), text));
+    EXPECT_EQ(4u + 2 * 494, std::u16string(text).size());
+    EXPECT_EQ(result::cOutOfMemory, EncodeFlagArray(495, flags.data(), text));
+    EXPECT_EQ(u'\0', text[0]);
 }
 
 TEST(ArrayFieldWriter, MovesTheCursorAndLowersTheRoom) {
     char16_t buffer[64] = {};
     char16_t* pCursor = buffer;
     std::size_t charsAvail = 63;
-    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 0x1b), result::cOk);
-    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eWord, 0xFFFF), result::cOk);
-    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFlag, 1), result::cOk);
-    EXPECT_EQ(std::u16string(buffer), u"001b,ffff,1");
+    EXPECT_EQ(result::cOk, PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 0x1b));
+    EXPECT_EQ(result::cOk, PutArrayField(&pCursor, &charsAvail, ArrayField::eWord, 0xFFFF));
+    EXPECT_EQ(result::cOk, PutArrayField(&pCursor, &charsAvail, ArrayField::eFlag, 1));
+    EXPECT_EQ(u"001b,ffff,1", std::u16string(buffer));
     EXPECT_EQ(pCursor, buffer + 11);
-    EXPECT_EQ(charsAvail, 52u);
+    EXPECT_EQ(52u, charsAvail);
 }
 
 TEST(ArrayFieldWriter, WritesNumbersOfMoreThanFourDigitsWhole) {
@@ -351,31 +354,31 @@ TEST(ArrayFieldWriter, WritesNumbersOfMoreThanFourDigitsWhole) {
     PutArrayField(&pCursor, &charsAvail, ArrayField::eWord, 0x10000);
     PutArrayField(&pCursor, &charsAvail, ArrayField::eFlag, 0xFEDCBA98);
     PutArrayField(&pCursor, &charsAvail, ArrayField::eFlag, 0);
-    EXPECT_EQ(std::u16string(buffer), u",10000,fedcba98,0");
+    EXPECT_EQ(u",10000,fedcba98,0", std::u16string(buffer));
 }
 
 TEST(ArrayFieldWriter, NeedsRoomFor32Characters) {
     char16_t buffer[64] = {};
     char16_t* pCursor = buffer;
     std::size_t charsAvail = 31;
-    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 1),
-              result::cOutOfMemory);
+    EXPECT_EQ(result::cOutOfMemory,
+              PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 1));
     EXPECT_EQ(pCursor, buffer);
-    EXPECT_EQ(charsAvail, 31u);
-    EXPECT_EQ(buffer[0], u'\0');
+    EXPECT_EQ(31u, charsAvail);
+    EXPECT_EQ(u'\0', buffer[0]);
     charsAvail = 32;
-    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 1), result::cOk);
-    EXPECT_EQ(charsAvail, 28u);
+    EXPECT_EQ(result::cOk, PutArrayField(&pCursor, &charsAvail, ArrayField::eFirst, 1));
+    EXPECT_EQ(28u, charsAvail);
 }
 
 TEST(ArrayFieldWriter, RefusesAnUnknownFormat) {
     char16_t buffer[64] = {};
     char16_t* pCursor = buffer;
     std::size_t charsAvail = 63;
-    EXPECT_EQ(PutArrayField(&pCursor, &charsAvail, static_cast<ArrayField>(9), 1),
-              result::cFail);
+    EXPECT_EQ(result::cFail,
+              PutArrayField(&pCursor, &charsAvail, static_cast<ArrayField>(9), 1));
     EXPECT_EQ(pCursor, buffer);
-    EXPECT_EQ(charsAvail, 63u);
+    EXPECT_EQ(63u, charsAvail);
 }
 
 class ArrayRoundTrip : public testing::TestWithParam<std::uint32_t> {};
@@ -386,7 +389,7 @@ TEST_P(ArrayRoundTrip, KeepsEveryElementValue) {
     for (std::int32_t word = -32768; word < 32768; ++word) {
         elements.push_back(static_cast<float>(word / static_cast<double>(scale)));
         if (elements.size() == cArrayCapacity || word == 32767) {
-            ASSERT_EQ(Values(Encode(scale, elements)), elements) << "up to " << word;
+            ASSERT_EQ(elements, Values(Encode(scale, elements))) << "up to " << word;
             elements.clear();
         }
     }
@@ -400,7 +403,7 @@ TEST(ArrayRoundTripOfRandomFlags, KeepsEveryFlag) {
         std::vector<std::uint32_t> flags(random() % (cArrayCapacity + 1));
         for (std::uint32_t& flag : flags)
             flag = random() & 1;
-        ASSERT_EQ(FlagValues(EncodeFlags(flags)), flags);
+        ASSERT_EQ(flags, FlagValues(EncodeFlags(flags)));
     }
 }
 

@@ -49,7 +49,7 @@ float ValueOf(const std::string& text) {
 void ExpectRefused(const std::string& text) {
     const Parsed parsed = Parse(text);
     EXPECT_FALSE(parsed.converted) << text;
-    EXPECT_EQ(parsed.value, cUntouched) << text;
+    EXPECT_EQ(cUntouched, parsed.value) << text;
 }
 
 std::uint32_t Bits(float value) {
@@ -57,39 +57,39 @@ std::uint32_t Bits(float value) {
 }
 
 TEST(FloatFormatter, WritesSixDecimals) {
-    EXPECT_EQ(Format(0.0f), "0.000000");
-    EXPECT_EQ(Format(-0.0f), "-0.000000");
-    EXPECT_EQ(Format(1.0f), "1.000000");
-    EXPECT_EQ(Format(-12.5f), "-12.500000");
-    EXPECT_EQ(Format(0.1f), "0.100000");
-    EXPECT_EQ(Format(16777216.0f), "16777216.000000");
-    EXPECT_EQ(Format(1e9f), "1000000000.000000");
+    EXPECT_EQ("0.000000", Format(0.0f));
+    EXPECT_EQ("-0.000000", Format(-0.0f));
+    EXPECT_EQ("1.000000", Format(1.0f));
+    EXPECT_EQ("-12.500000", Format(-12.5f));
+    EXPECT_EQ("0.100000", Format(0.1f));
+    EXPECT_EQ("16777216.000000", Format(16777216.0f));
+    EXPECT_EQ("1000000000.000000", Format(1e9f));
 }
 
 TEST(FloatFormatter, RoundsHalvesToEven) {
-    EXPECT_EQ(Format(0.0000019073486328125f), "0.000002");
-    EXPECT_EQ(Format(0.0078125f), "0.007812");       // 0.0078125 is a tie
-    EXPECT_EQ(Format(0.0234375f), "0.023438");       // 0.0234375 is a tie
-    EXPECT_EQ(Format(1.0f - 0x1p-24f), "1.000000");  // carries into the whole part
-    EXPECT_EQ(Format(-(1.0f - 0x1p-24f)), "-1.000000");
-    EXPECT_EQ(Format(-1e-9f), "-0.000000");
+    EXPECT_EQ("0.000002", Format(0.0000019073486328125f));
+    EXPECT_EQ("0.007812", Format(0.0078125f));       // 0.0078125 is a tie
+    EXPECT_EQ("0.023438", Format(0.0234375f));       // 0.0234375 is a tie
+    EXPECT_EQ("1.000000", Format(1.0f - 0x1p-24f));  // carries into the whole part
+    EXPECT_EQ("-1.000000", Format(-(1.0f - 0x1p-24f)));
+    EXPECT_EQ("-0.000000", Format(-1e-9f));
 }
 
 TEST(FloatFormatter, FitsTheLargestFloat) {
-    EXPECT_EQ(Format(Limits::max()), "340282346638528859811704183484516925440.000000");
-    EXPECT_EQ(Format(-Limits::max()), "-340282346638528859811704183484516925440.000000");
+    EXPECT_EQ("340282346638528859811704183484516925440.000000", Format(Limits::max()));
+    EXPECT_EQ("-340282346638528859811704183484516925440.000000", Format(-Limits::max()));
 }
 
 TEST(FloatFormatter, WritesEveryZeroInsideALongNumber) {
-    EXPECT_EQ(Format(15625000.0f * 0x1p38f), "4294967296000000000.000000");  // 10^9 * 2^32
-    EXPECT_EQ(Format(-15625000.0f * 0x1p38f), "-4294967296000000000.000000");
+    EXPECT_EQ("4294967296000000000.000000", Format(15625000.0f * 0x1p38f));  // 10^9 * 2^32
+    EXPECT_EQ("-4294967296000000000.000000", Format(-15625000.0f * 0x1p38f));
 }
 
 TEST(FloatFormatter, GivesNamesToWhatIsNoNumber) {
-    EXPECT_EQ(Format(Limits::infinity()), "inf");
-    EXPECT_EQ(Format(-Limits::infinity()), "-inf");
-    EXPECT_EQ(Format(Limits::quiet_NaN()), "nan");
-    EXPECT_EQ(Format(-Limits::quiet_NaN()), "nan");
+    EXPECT_EQ("inf", Format(Limits::infinity()));
+    EXPECT_EQ("-inf", Format(-Limits::infinity()));
+    EXPECT_EQ("nan", Format(Limits::quiet_NaN()));
+    EXPECT_EQ("nan", Format(-Limits::quiet_NaN()));
 }
 
 TEST(FloatFormatter, NamesOfNoNumbersDoNotConvertBack) {
@@ -99,44 +99,44 @@ TEST(FloatFormatter, NamesOfNoNumbersDoNotConvertBack) {
 }
 
 TEST(FloatParser, ReadsDecimalNumbers) {
-    EXPECT_EQ(ValueOf("0"), 0.0f);
-    EXPECT_EQ(ValueOf("7"), 7.0f);
-    EXPECT_EQ(ValueOf("+7.25"), 7.25f);
-    EXPECT_EQ(ValueOf("-7.25"), -7.25f);
-    EXPECT_EQ(ValueOf("5."), 5.0f);
-    EXPECT_EQ(ValueOf(".5"), 0.5f);
-    EXPECT_EQ(ValueOf("000012.000000"), 12.0f);
-    EXPECT_EQ(ValueOf("0.1"), 0.1f);
-    EXPECT_EQ(ValueOf("00x1"), 0.0f);
+    EXPECT_EQ(0.0f, ValueOf("0"));
+    EXPECT_EQ(7.0f, ValueOf("7"));
+    EXPECT_EQ(7.25f, ValueOf("+7.25"));
+    EXPECT_EQ(-7.25f, ValueOf("-7.25"));
+    EXPECT_EQ(5.0f, ValueOf("5."));
+    EXPECT_EQ(0.5f, ValueOf(".5"));
+    EXPECT_EQ(12.0f, ValueOf("000012.000000"));
+    EXPECT_EQ(0.1f, ValueOf("0.1"));
+    EXPECT_EQ(0.0f, ValueOf("00x1"));
 }
 
 TEST(FloatParser, ReadsExponents) {
-    EXPECT_EQ(ValueOf("1e3"), 1000.0f);
-    EXPECT_EQ(ValueOf("1E+3"), 1000.0f);
-    EXPECT_EQ(ValueOf("25e-2"), 0.25f);
-    EXPECT_EQ(ValueOf(".5e1"), 5.0f);
-    EXPECT_EQ(ValueOf("0e999999999999999999999"), 0.0f);
+    EXPECT_EQ(1000.0f, ValueOf("1e3"));
+    EXPECT_EQ(1000.0f, ValueOf("1E+3"));
+    EXPECT_EQ(0.25f, ValueOf("25e-2"));
+    EXPECT_EQ(5.0f, ValueOf(".5e1"));
+    EXPECT_EQ(0.0f, ValueOf("0e999999999999999999999"));
 }
 
 TEST(FloatParser, KeepsTheSignOfZero) {
-    EXPECT_EQ(Bits(ValueOf("-0.000000")), 0x80000000u);
-    EXPECT_EQ(Bits(ValueOf("-1e-60")), 0x80000000u);
-    EXPECT_EQ(Bits(ValueOf("1e-99999999999999999999")), 0u);
+    EXPECT_EQ(0x80000000u, Bits(ValueOf("-0.000000")));
+    EXPECT_EQ(0x80000000u, Bits(ValueOf("-1e-60")));
+    EXPECT_EQ(0u, Bits(ValueOf("1e-99999999999999999999")));
 }
 
 TEST(FloatParser, SkipsLeadingWhiteSpace) {
-    EXPECT_EQ(ValueOf(" \t\r\n\v\f2.5"), 2.5f);
+    EXPECT_EQ(2.5f, ValueOf(" \t\r\n\v\f2.5"));
     ExpectRefused("- 2.5");
 }
 
 TEST(FloatParser, IgnoresWhatFollowsTheNumber) {
-    EXPECT_EQ(ValueOf("2.5dB"), 2.5f);
-    EXPECT_EQ(ValueOf("2.5 7"), 2.5f);
-    EXPECT_EQ(ValueOf("2,5"), 2.0f);
-    EXPECT_EQ(ValueOf("1.5.5"), 1.5f);
-    EXPECT_EQ(ValueOf("5e"), 5.0f);
-    EXPECT_EQ(ValueOf("5e+"), 5.0f);
-    EXPECT_EQ(ValueOf("5ex"), 5.0f);
+    EXPECT_EQ(2.5f, ValueOf("2.5dB"));
+    EXPECT_EQ(2.5f, ValueOf("2.5 7"));
+    EXPECT_EQ(2.0f, ValueOf("2,5"));
+    EXPECT_EQ(1.5f, ValueOf("1.5.5"));
+    EXPECT_EQ(5.0f, ValueOf("5e"));
+    EXPECT_EQ(5.0f, ValueOf("5e+"));
+    EXPECT_EQ(5.0f, ValueOf("5ex"));
 }
 
 TEST(FloatParser, RefusesWhatIsNoDecimalNumber) {
@@ -148,13 +148,13 @@ TEST(FloatParser, RefusesWhatIsNoDecimalNumber) {
     float value = cUntouched;
     EXPECT_FALSE(ParseFloat(nullptr, &value));
     EXPECT_FALSE(ParseFloat(u"\u0661", &value));
-    EXPECT_EQ(value, cUntouched);
+    EXPECT_EQ(cUntouched, value);
 }
 
 TEST(FloatParser, RefusesMagnitudesThatNoFloatHas) {
-    EXPECT_EQ(ValueOf("340282346638528859811704183484516925440"), Limits::max());
+    EXPECT_EQ(Limits::max(), ValueOf("340282346638528859811704183484516925440"));
     // Half-way between the largest float and the next power of two.
-    EXPECT_EQ(ValueOf("340282356779733661637539395458142568447.999"), Limits::max());
+    EXPECT_EQ(Limits::max(), ValueOf("340282356779733661637539395458142568447.999"));
     ExpectRefused("340282356779733661637539395458142568448");
     ExpectRefused("-340282356779733661637539395458142568448");
     ExpectRefused("1e39");
@@ -163,35 +163,35 @@ TEST(FloatParser, RefusesMagnitudesThatNoFloatHas) {
 }
 
 TEST(FloatParser, UnderflowsToDenormalsAndZero) {
-    EXPECT_EQ(Bits(ValueOf("1.401298464324817e-45")), 1u);
-    EXPECT_EQ(Bits(ValueOf("1e-45")), 1u);
-    EXPECT_EQ(Bits(ValueOf("7.1e-46")), 1u);
-    EXPECT_EQ(Bits(ValueOf("7.0e-46")), 0u);
-    EXPECT_EQ(Bits(ValueOf("1.17549435e-38")), 0x00800000u);
-    EXPECT_EQ(Bits(ValueOf("1.1754942e-38")), 0x007FFFFFu);
-    EXPECT_EQ(ValueOf("0." + std::string(5000, '0') + "1"), 0.0f);
-    EXPECT_EQ(ValueOf("0." + std::string(5000, '0') + "1e5001"), 1.0f);
+    EXPECT_EQ(1u, Bits(ValueOf("1.401298464324817e-45")));
+    EXPECT_EQ(1u, Bits(ValueOf("1e-45")));
+    EXPECT_EQ(1u, Bits(ValueOf("7.1e-46")));
+    EXPECT_EQ(0u, Bits(ValueOf("7.0e-46")));
+    EXPECT_EQ(0x00800000u, Bits(ValueOf("1.17549435e-38")));
+    EXPECT_EQ(0x007FFFFFu, Bits(ValueOf("1.1754942e-38")));
+    EXPECT_EQ(0.0f, ValueOf("0." + std::string(5000, '0') + "1"));
+    EXPECT_EQ(1.0f, ValueOf("0." + std::string(5000, '0') + "1e5001"));
 }
 
 TEST(FloatParser, RoundsHalvesToEvenWhateverTheLength) {
-    EXPECT_EQ(ValueOf("16777217"), 16777216.0f);
-    EXPECT_EQ(ValueOf("16777219"), 16777220.0f);
-    EXPECT_EQ(ValueOf("16777217." + std::string(3000, '0')), 16777216.0f);
-    EXPECT_EQ(ValueOf("16777217." + std::string(3000, '0') + "1"), 16777218.0f);
-    EXPECT_EQ(ValueOf("16777217" + std::string(300, '0') + "1e-301"), 16777218.0f);
-    EXPECT_EQ(ValueOf("1" + std::string(400, '0') + "e-400"), 1.0f);
+    EXPECT_EQ(16777216.0f, ValueOf("16777217"));
+    EXPECT_EQ(16777220.0f, ValueOf("16777219"));
+    EXPECT_EQ(16777216.0f, ValueOf("16777217." + std::string(3000, '0')));
+    EXPECT_EQ(16777218.0f, ValueOf("16777217." + std::string(3000, '0') + "1"));
+    EXPECT_EQ(16777218.0f, ValueOf("16777217" + std::string(300, '0') + "1e-301"));
+    EXPECT_EQ(1.0f, ValueOf("1" + std::string(400, '0') + "e-400"));
     // Half of the smallest denormal, exactly and a little more.
     const std::string half =
         "7.00649232162408535461864791644958065640130970938257885878534141944"
         "895541342930300743319094181060791015625";
-    EXPECT_EQ(Bits(ValueOf(half + "e-46")), 0u);
-    EXPECT_EQ(Bits(ValueOf(half + "0000000000000000001e-46")), 1u);
+    EXPECT_EQ(0u, Bits(ValueOf(half + "e-46")));
+    EXPECT_EQ(1u, Bits(ValueOf(half + "0000000000000000001e-46")));
 }
 
 TEST(FloatRoundTrip, WholeNumbersAndMicrosSurvive) {
     for (int i = -100000; i <= 100000; i += 7) {
         const auto value = static_cast<float>(i) / 16.0f;
-        ASSERT_EQ(ValueOf(Format(value)), value);
+        ASSERT_EQ(value, ValueOf(Format(value)));
     }
 }
 
@@ -199,11 +199,11 @@ TEST(FloatRoundTrip, WholeNumbersAndMicrosSurvive) {
 
 // Only there a locale with a decimal comma is certain to be installed.
 TEST(FloatText, DoesNotDependOnTheLocale) {
-    ASSERT_NE(std::setlocale(LC_ALL, "German"), nullptr);
-    EXPECT_STREQ(std::localeconv()->decimal_point, ",");
-    EXPECT_EQ(Format(2.5f), "2.500000");
-    EXPECT_EQ(ValueOf("2.5"), 2.5f);
-    EXPECT_EQ(ValueOf("2,5"), 2.0f);
+    ASSERT_NE(nullptr, std::setlocale(LC_ALL, "German"));
+    EXPECT_STREQ(",", std::localeconv()->decimal_point);
+    EXPECT_EQ("2.500000", Format(2.5f));
+    EXPECT_EQ(2.5f, ValueOf("2.5"));
+    EXPECT_EQ(2.0f, ValueOf("2,5"));
     std::setlocale(LC_ALL, "C");
 }
 
@@ -214,7 +214,7 @@ TEST(FloatText, DoesNotDependOnTheLocale) {
 void ExpectLikeTheLibrary(float value) {
     char expected[cFloatTextChars];
     std::snprintf(expected, sizeof expected, "%f", static_cast<double>(value));
-    ASSERT_EQ(Format(value), expected) << std::hex << Bits(value);
+    ASSERT_EQ(expected, Format(value)) << std::hex << Bits(value);
 }
 
 TEST(FloatFormatterAgainstTheLibrary, AgreesOnRandomBits) {

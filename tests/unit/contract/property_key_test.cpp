@@ -63,7 +63,8 @@ TEST(PresetPatchKey, HasTheOffsetsOfTheStoreNotOfTheEnumeration) {
 }
 
 TEST(PresetPatchKey, GivesEachCustomProfileKeysOfItsOwn) {
-    for (std::uint32_t profile = 3; profile < 9; ++profile)
+    for (std::uint32_t profile = cFirstCustomProfile; profile < cSelectableProfileBound;
+         ++profile)
         EXPECT_EQ(0x5E0A0004u | profile << 8,
                   PresetPatchKey(eHeadphoneTech, profile, 3).fmtid.data1);
 }
@@ -108,7 +109,8 @@ TEST(TriggerAndGlobalKeys, KeepBitsEightToFifteenOfTheirGuids) {
 }
 
 TEST(ProfileNameKey, CarriesTheProfileAndLeavesTheLowByteZero) {
-    for (std::uint32_t profile = 3; profile < 9; ++profile) {
+    for (std::uint32_t profile = cFirstCustomProfile; profile < cSelectableProfileBound;
+         ++profile) {
         const PropertyKey key = ProfileNameKey(profile);
         EXPECT_EQ(profile << 8, key.fmtid.data1 & 0xFFFF);
         EXPECT_EQ(pkey::cProfileNameGuid.data1, key.fmtid.data1 & 0xFFFF0000);
@@ -121,9 +123,9 @@ TEST(PlainKeys, AreThoseOfTheStoreAndLeaveNoLine) {
     const PropertyKey patchOfNoProfile = pkey::PresetPatch(eHeadphoneTech, cNoProfile, 4);
     const PropertyKey name = pkey::ProfileName(5);
     EXPECT_TRUE(trace.Read("KORA4UIKeysClient").empty());
-    EXPECT_EQ(PresetPatchKey(eHeadphoneTech, 5, 4), patch);
-    EXPECT_EQ(PresetPatchKey(eHeadphoneTech, cNoProfile, 4), patchOfNoProfile);
-    EXPECT_EQ(ProfileNameKey(5), name);
+    EXPECT_EQ(patch, PresetPatchKey(eHeadphoneTech, 5, 4));
+    EXPECT_EQ(patchOfNoProfile, PresetPatchKey(eHeadphoneTech, cNoProfile, 4));
+    EXPECT_EQ(name, ProfileNameKey(5));
     EXPECT_EQ(4u, trace.Read("KORA4UIKeysClient").size());
 }
 

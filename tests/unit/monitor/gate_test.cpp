@@ -32,7 +32,7 @@ TEST_P(GateInApartment, MarshallingNothingRegistersNothing) {
     Run([] {
         GateStreamHolder holder;
         GateFactoryRegistration registration;
-        EXPECT_EQ(holder.Marshal(cGateIid, nullptr, registration), E_INVALIDARG);
+        EXPECT_EQ(E_INVALIDARG, holder.Marshal(cGateIid, nullptr, registration));
         EXPECT_FALSE(registration.IsRegistered());
         EXPECT_FALSE(holder.HasStream());
         EXPECT_FALSE(IsFactoryFound());
@@ -46,13 +46,13 @@ TEST_P(GateInApartment, UnmarshallingTwiceFindsNoStream) {
         GateFactoryRegistration marshalled;
         GateFactoryRegistration registration;
         Gate spGate;
-        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
-        EXPECT_EQ(holder.Unmarshal(cGateIid, nullptr, registration), E_INVALIDARG);
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
+        EXPECT_EQ(E_INVALIDARG, holder.Unmarshal(cGateIid, nullptr, registration));
         EXPECT_TRUE(holder.HasStream());
-        EXPECT_EQ(TakeFrom(holder, registration, spGate), S_OK);
-        EXPECT_EQ(TakeFrom(holder, registration, spGate), E_FAIL);
+        EXPECT_EQ(S_OK, TakeFrom(holder, registration, spGate));
+        EXPECT_EQ(E_FAIL, TakeFrom(holder, registration, spGate));
         spGate.Reset();
-        EXPECT_EQ(object.References(), 1u);
+        EXPECT_EQ(1u, object.References());
     });
 }
 
@@ -63,10 +63,10 @@ TEST_P(GateInApartment, TheSameApartmentGetsTheObjectItselfAndOneReference) {
         GateFactoryRegistration marshalled;
         GateFactoryRegistration registration;
         Gate spGate;
-        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
-        ASSERT_EQ(TakeFrom(holder, registration, spGate), S_OK);
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
+        ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
         EXPECT_EQ(spGate.Get(), static_cast<ICOMCallbackGate*>(object.Get()));
-        EXPECT_EQ(object.References(), 2u);
+        EXPECT_EQ(2u, object.References());
     });
 }
 
@@ -76,12 +76,12 @@ TEST_P(GateInApartment, AStreamThatNobodyTookGivesItsReferencesBack) {
         GateFactoryRegistration registration;
         {
             GateStreamHolder holder;
-            ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), registration), S_OK);
-            EXPECT_GT(object.References(), 1u);
+            ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), registration));
+            EXPECT_LT(1u, object.References());
             // Marshalled again, the first stream goes.
-            ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), registration), S_OK);
+            ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), registration));
         }
-        EXPECT_EQ(object.References(), 1u);
+        EXPECT_EQ(1u, object.References());
     });
 }
 
@@ -92,12 +92,12 @@ TEST_P(GateInApartment, RevokingForgetsTheThreadAndTheRegistration) {
         GateFactoryRegistration marshalled;
         GateFactoryRegistration registration;
         Gate spGate;
-        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
-        EXPECT_EQ(holder.ThreadId(), 0u);
-        ASSERT_EQ(TakeFrom(holder, registration, spGate), S_OK);
-        EXPECT_EQ(holder.ThreadId(), GetCurrentThreadId());
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
+        EXPECT_EQ(0u, holder.ThreadId());
+        ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
+        EXPECT_EQ(GetCurrentThreadId(), holder.ThreadId());
         holder.Revoke(registration);
-        EXPECT_EQ(holder.ThreadId(), 0u);
+        EXPECT_EQ(0u, holder.ThreadId());
         EXPECT_FALSE(registration.IsRegistered());
         EXPECT_TRUE(IsFactoryFound());
         holder.Revoke(marshalled);
@@ -110,12 +110,12 @@ TEST_P(GateInApartment, TheRegistrationLastsAsLongAsItsLastShare) {
         GateFactoryRegistration first;
         GateFactoryRegistration second;
         GateFactoryRegistration third;
-        ASSERT_EQ(first.Register(), S_OK);
-        ASSERT_EQ(second.Register(), S_OK);
+        ASSERT_EQ(S_OK, first.Register());
+        ASSERT_EQ(S_OK, second.Register());
         first.Revoke();
         EXPECT_TRUE(IsFactoryFound());
-        ASSERT_EQ(third.Register(), S_OK);
-        ASSERT_EQ(third.Register(), S_OK);
+        ASSERT_EQ(S_OK, third.Register());
+        ASSERT_EQ(S_OK, third.Register());
         second.Revoke();
         second.Revoke();
         EXPECT_TRUE(IsFactoryFound());
@@ -128,24 +128,22 @@ TEST_P(GateInApartment, TheRegistrationLastsAsLongAsItsLastShare) {
 TEST_P(GateInApartment, WorksBesideTheHostsOwnRegistration) {
     Run([] {
         Microsoft::WRL::ComPtr<IUnknown> spFactory;
-        ASSERT_EQ(
-            PrxDllGetClassObject(cGateIid, __uuidof(IUnknown),
-                                 reinterpret_cast<void**>(spFactory.ReleaseAndGetAddressOf())),
-            S_OK);
+        ASSERT_EQ(S_OK, PrxDllGetClassObject(
+                            cGateIid, __uuidof(IUnknown),
+                            reinterpret_cast<void**>(spFactory.ReleaseAndGetAddressOf())));
         DWORD cookie = 0;
-        ASSERT_EQ(CoRegisterClassObject(cGateIid, spFactory.Get(), CLSCTX_INPROC_SERVER,
-                                        REGCLS_MULTIPLEUSE, &cookie),
-                  S_OK);
+        ASSERT_EQ(S_OK, CoRegisterClassObject(cGateIid, spFactory.Get(), CLSCTX_INPROC_SERVER,
+                                              REGCLS_MULTIPLEUSE, &cookie));
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
-        ASSERT_EQ(CoRevokeClassObject(cookie), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
+        ASSERT_EQ(S_OK, CoRevokeClassObject(cookie));
         key.Write();
         EXPECT_TRUE(client.AwaitCall(GetParam()));
         RecordingClient other;
         MonitorOwner second;
-        ASSERT_EQ(second.Spawn(key, other), S_OK);
+        ASSERT_EQ(S_OK, second.Spawn(key, other));
         monitor.TearDown();
         key.Write();
         EXPECT_TRUE(other.AwaitCall(GetParam()));
@@ -158,13 +156,13 @@ KORA4_IN_APARTMENTS(GateInApartment, Apartment::eSingle, Apartment::eMulti);
 TEST(GateLeftInItsApartment, LocksTheModuleUntilTheNextOneThere) {
     RunIn(Apartment::eMulti, [] {
         GateFactoryRegistration left;
-        ASSERT_EQ(left.Register(), S_OK);
+        ASSERT_EQ(S_OK, left.Register());
         EXPECT_FALSE(Module::IsLocked());
         RunInNewThread(Apartment::eSingle, [&left] { left.Revoke(); });
         EXPECT_TRUE(IsFactoryFound());
         EXPECT_TRUE(Module::IsLocked());
         GateFactoryRegistration next;
-        ASSERT_EQ(next.Register(), S_OK);
+        ASSERT_EQ(S_OK, next.Register());
         EXPECT_FALSE(Module::IsLocked());
         next.Revoke();
         EXPECT_FALSE(IsFactoryFound());
@@ -176,7 +174,7 @@ TEST(GateLeftInItsApartment, LocksTheModuleUntilTheApartmentEnds) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         const UniqueHandle done = MakeManualEvent();
         ApartmentThread other(Apartment::eMulti);
         other.Begin([&] {
@@ -197,16 +195,16 @@ TEST(Gate, CarriesResultsBetweenApartments) {
         RecordingClient client;
         client.result = E_ACCESSDENIED;
         MonitorOwner object;
-        ASSERT_EQ(object.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, object.Spawn(key, client));
         GateStreamHolder holder;
         GateFactoryRegistration registration;
-        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), registration), S_OK);
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), registration));
         std::function<void()> call = [&holder] {
             RunIn(Apartment::eMulti, [&holder] {
                 GateFactoryRegistration other;
                 Gate spGate;
-                ASSERT_EQ(TakeFrom(holder, other, spGate), S_OK);
-                EXPECT_EQ(spGate->Callback(0), E_ACCESSDENIED);
+                ASSERT_EQ(S_OK, TakeFrom(holder, other, spGate));
+                EXPECT_EQ(E_ACCESSDENIED, spGate->Callback(0));
             });
         };
         const UniqueHandle thread(CreateThread(
@@ -217,9 +215,9 @@ TEST(Gate, CarriesResultsBetweenApartments) {
             },
             &call, 0, nullptr));
         EXPECT_TRUE(PumpUntilSignalled(thread.Get()));
-        EXPECT_EQ(client.threadId, GetCurrentThreadId());
+        EXPECT_EQ(GetCurrentThreadId(), client.threadId);
         object->TerminateRegMonitor();
-        EXPECT_EQ(object.References(), 1u);
+        EXPECT_EQ(1u, object.References());
     });
 }
 
@@ -228,10 +226,10 @@ TEST(Gate, NeedsAnApartmentToBeMarshalledIn) {
         MonitorOwner object;
         GateStreamHolder holder;
         GateFactoryRegistration registration;
-        EXPECT_EQ(holder.Marshal(cGateIid, object.Get(), registration), CO_E_NOTINITIALIZED);
+        EXPECT_EQ(CO_E_NOTINITIALIZED, holder.Marshal(cGateIid, object.Get(), registration));
         EXPECT_FALSE(registration.IsRegistered());
         Gate spGate;
-        EXPECT_EQ(TakeFrom(holder, registration, spGate), E_FAIL);
+        EXPECT_EQ(E_FAIL, TakeFrom(holder, registration, spGate));
     });
 }
 
@@ -284,17 +282,17 @@ TEST(CallCancellation, IsAskedForTheMonitorThreadWithoutDelay) {
             TestKey key;
             RecordingClient client;
             MonitorOwner monitor;
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             const UniqueHandle thread = monitor->DuplicateThread();
             key.Write();
             ASSERT_TRUE(AwaitPendingCall());
-            EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
-            EXPECT_EQ(cancellation.asked, 1);
-            EXPECT_EQ(cancellation.threadId, GetThreadId(thread.Get()));
+            EXPECT_GT(cStopLimit, Measure([&] { monitor->TerminateRegMonitor(); }));
+            EXPECT_EQ(1, cancellation.asked);
+            EXPECT_EQ(GetThreadId(thread.Get()), cancellation.threadId);
             EXPECT_EQ(cancellation.cancelled, SUCCEEDED(result) ? 1 : 0);
             EXPECT_EQ(cancellation.timeout, SUCCEEDED(result) ? 0u : 17u);
-            EXPECT_EQ(cancellation.references, 0);
-            EXPECT_EQ(client.calls, 0);
+            EXPECT_EQ(0, cancellation.references);
+            EXPECT_EQ(0, client.calls);
         });
     }
 }
@@ -404,7 +402,7 @@ TEST(CallCancellation, IsNotAskedForWithoutAThread) {
     Cancellation cancellation;
     GateStreamHolder holder;
     holder.CancelOutstandingCall();
-    EXPECT_EQ(cancellation.asked, 0);
+    EXPECT_EQ(0, cancellation.asked);
 }
 
 TEST(CallCancellation, IsDoneWithoutWhereThePlatformHasNone) {
@@ -414,10 +412,10 @@ TEST(CallCancellation, IsDoneWithoutWhereThePlatformHasNone) {
         GateFactoryRegistration marshalled;
         GateFactoryRegistration registration;
         Gate spGate;
-        ASSERT_EQ(holder.Marshal(cGateIid, object.Get(), marshalled), S_OK);
-        ASSERT_EQ(TakeFrom(holder, registration, spGate), S_OK);
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
+        ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
         holder.CancelOutstandingCall();
-        EXPECT_EQ(holder.ThreadId(), GetCurrentThreadId());
+        EXPECT_EQ(GetCurrentThreadId(), holder.ThreadId());
     });
 }
 

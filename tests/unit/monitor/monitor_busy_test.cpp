@@ -5,24 +5,17 @@
 #include <algorithm>
 #include <vector>
 
+#include "support/message_filter.h"
 #include "unit/monitor/monitor_fixture.h"
 
 namespace kora4::test {
 namespace {
 
 // Turns that many calls away, then lets every call in.
-class RefusingFilter final : public IMessageFilter {
+class RefusingFilter final : public MessageFilter {
   public:
-    explicit RefusingFilter(int refused) : m_left(refused) {
-        EXPECT_EQ(CoRegisterMessageFilter(this, nullptr), S_OK);
-    }
-    ~RefusingFilter() { EXPECT_EQ(CoRegisterMessageFilter(nullptr, nullptr), S_OK); }
-    RefusingFilter(const RefusingFilter&) = delete;
-    RefusingFilter& operator=(const RefusingFilter&) = delete;
+    explicit RefusingFilter(int refused) : m_left(refused) {}
 
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
     STDMETHODIMP_(DWORD)
     HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
         if (m_left == 0)
@@ -34,10 +27,6 @@ class RefusingFilter final : public IMessageFilter {
         if (onRefusal)
             onRefusal();
         return SERVERCALL_REJECTED;
-    }
-    STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD, DWORD) override { return 0; }
-    STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override {
-        return PENDINGMSG_WAITDEFPROCESS;
     }
 
     bool AwaitRefusal() { return PumpUntilSignalled(m_refusal.Get()); }

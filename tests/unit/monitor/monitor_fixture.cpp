@@ -36,7 +36,7 @@ DWORD WINAPI RunBody(void* pParameter) {
     const HRESULT hr =
         CoInitializeEx(nullptr, thread.kind == Apartment::eSingle ? COINIT_APARTMENTTHREADED
                                                                   : COINIT_MULTITHREADED);
-    EXPECT_EQ(hr, S_OK);
+    EXPECT_EQ(S_OK, hr);
     thread.body();
     CoUninitialize();
     return 0;
@@ -94,9 +94,9 @@ void ApartmentThread::Await() {
 }
 
 void ApartmentThread::Serve() {
-    EXPECT_EQ(CoInitializeEx(nullptr, m_kind == Apartment::eSingle ? COINIT_APARTMENTTHREADED
-                                                                   : COINIT_MULTITHREADED),
-              S_OK);
+    EXPECT_EQ(S_OK,
+              CoInitializeEx(nullptr, m_kind == Apartment::eSingle ? COINIT_APARTMENTTHREADED
+                                                                   : COINIT_MULTITHREADED));
     while (PumpUntilSignalled(m_begin.Get(), INFINITE) && m_body) {
         m_body();
         SetEvent(m_done.Get());
@@ -178,12 +178,11 @@ TestKey::~TestKey() {
 DWORD TestKey::WriteTo(const std::wstring& path) {
     const DWORD value = ++m_last;
     UniqueRegKey key;
-    EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE,
-                              nullptr, key.Put(), nullptr),
-              ERROR_SUCCESS);
-    EXPECT_EQ(RegSetValueExW(key.Get(), L"value", 0, REG_DWORD,
-                             reinterpret_cast<const BYTE*>(&value), sizeof value),
-              ERROR_SUCCESS);
+    EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0,
+                                             KEY_SET_VALUE, nullptr, key.Put(), nullptr));
+    EXPECT_EQ(ERROR_SUCCESS,
+              RegSetValueExW(key.Get(), L"value", 0, REG_DWORD,
+                             reinterpret_cast<const BYTE*>(&value), sizeof value));
     return value;
 }
 
@@ -197,17 +196,16 @@ DWORD TestKey::WriteBelow(const wchar_t* subkey) {
 
 void TestKey::CreateBelow(const wchar_t* subkey) {
     UniqueRegKey key;
-    EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, (m_path + L"\\" + subkey).c_str(), 0, nullptr,
-                              0, KEY_READ, nullptr, key.Put(), nullptr),
-              ERROR_SUCCESS);
+    EXPECT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExW(HKEY_CURRENT_USER, (m_path + L"\\" + subkey).c_str(), 0, nullptr,
+                              0, KEY_READ, nullptr, key.Put(), nullptr));
 }
 
 DWORD TestKey::Read() const {
     DWORD value = 0;
     DWORD size = sizeof value;
-    EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, m_path.c_str(), L"value", RRF_RT_REG_DWORD,
-                           nullptr, &value, &size),
-              ERROR_SUCCESS);
+    EXPECT_EQ(ERROR_SUCCESS, RegGetValueW(HKEY_CURRENT_USER, m_path.c_str(), L"value",
+                                          RRF_RT_REG_DWORD, nullptr, &value, &size));
     return value;
 }
 
@@ -237,7 +235,7 @@ UniqueHandle OpenMonitor::DuplicateThread() {
 }
 
 MonitorOwner::MonitorOwner() {
-    EXPECT_EQ(ComObject<OpenMonitor>::Create(&m_pMonitor), S_OK);
+    EXPECT_EQ(S_OK, ComObject<OpenMonitor>::Create(&m_pMonitor));
 }
 
 MonitorOwner::~MonitorOwner() {

@@ -18,11 +18,11 @@ void StartNotifyStop(Apartment kind, int rounds, std::atomic<int>& done) {
     for (int round = 0; round < rounds; ++round) {
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK) << "round " << round;
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client)) << "round " << round;
         key.Write();
         ASSERT_TRUE(client.AwaitCall(kind)) << "round " << round;
         monitor->TerminateRegMonitor();
-        ASSERT_EQ(monitor.References(), 1u);
+        ASSERT_EQ(1u, monitor.References());
         ++done;
     }
 }
@@ -52,7 +52,7 @@ class ManyMonitors : public testing::Test {
             threadOf(i).Begin([&, i] { StartNotifyStop(kindOf(i), cRounds, done); });
         for (int i = 0; i < cMonitors; ++i)
             threadOf(i).Await();
-        EXPECT_EQ(done, cMonitors * cRounds);
+        EXPECT_EQ(cMonitors * cRounds, done);
         EXPECT_FALSE(Module::IsLocked());
     }
 
@@ -82,7 +82,7 @@ TEST_P(MonitorsOfOneApartment, AllHearOfAWriteAndStopInAnyOrder) {
         for (int i = 0; i < cMonitors; ++i) {
             clients.push_back(std::make_unique<RecordingClient>());
             monitors.push_back(std::make_unique<MonitorOwner>());
-            ASSERT_EQ(monitors.back()->Spawn(key, *clients.back()), S_OK);
+            ASSERT_EQ(S_OK, monitors.back()->Spawn(key, *clients.back()));
         }
         key.Write();
         for (const auto& client : clients)
@@ -95,7 +95,7 @@ TEST_P(MonitorsOfOneApartment, AllHearOfAWriteAndStopInAnyOrder) {
             ASSERT_TRUE(clients[i]->AwaitCall(GetParam()));
         MonitorOwner late;
         RecordingClient lateClient;
-        ASSERT_EQ(late.Spawn(key, lateClient), S_OK);
+        ASSERT_EQ(S_OK, late.Spawn(key, lateClient));
         key.Write();
         EXPECT_TRUE(lateClient.AwaitCall(GetParam()));
     });
@@ -112,22 +112,22 @@ TEST(MonitorsOfOneThread, StartInEachNewApartment) {
     std::vector<ComObject<OpenMonitor>*> abandoned;
     RunInNewThread(Apartment::eNone, [&] {
         for (int i = 0; i < 3; ++i) {
-            ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+            ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
             ComObject<OpenMonitor>* pMonitor = nullptr;
-            ASSERT_EQ(ComObject<OpenMonitor>::Create(&pMonitor), S_OK);
+            ASSERT_EQ(S_OK, ComObject<OpenMonitor>::Create(&pMonitor));
             abandoned.push_back(pMonitor);
-            ASSERT_EQ(pMonitor->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client), S_OK);
+            ASSERT_EQ(S_OK, pMonitor->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client));
             CoUninitialize();
         }
-        ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
         // The shares of the old apartment must not take away the new one's registration.
         for (auto* const pMonitor : abandoned) {
             pMonitor->TerminateRegMonitor();
-            EXPECT_EQ(pMonitor->Release(), 0u);
+            EXPECT_EQ(0u, pMonitor->Release());
         }
         {
             MonitorOwner monitor;
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             key.Write();
             EXPECT_TRUE(client.AwaitCall(true));
         }

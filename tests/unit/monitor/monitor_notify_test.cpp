@@ -12,11 +12,11 @@ TEST_P(MonitorNotification, ArrivesInTheOwnersApartment) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.Write();
         ASSERT_TRUE(client.AwaitCall(GetParam()));
-        EXPECT_EQ(client.inMultithreadedApartment, GetParam() == Apartment::eMulti);
-        EXPECT_EQ(client.threadId == GetCurrentThreadId(), GetParam() == Apartment::eSingle);
+        EXPECT_EQ(GetParam() == Apartment::eMulti, client.inMultithreadedApartment);
+        EXPECT_EQ(GetParam() == Apartment::eSingle, client.threadId == GetCurrentThreadId());
     });
 }
 
@@ -26,7 +26,7 @@ TEST_P(MonitorNotification, IsSentForAWriteBelowTheKey) {
         key.CreateBelow(L"one\\two");
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.WriteBelow(L"one\\two");
         EXPECT_TRUE(client.AwaitCall(GetParam()));
     });
@@ -37,12 +37,12 @@ TEST_P(MonitorNotification, IsNotSentForANewEmptySubkey) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.CreateBelow(L"empty");
         key.Write();
         ASSERT_TRUE(client.AwaitCall(GetParam()));
         monitor.TearDown();
-        EXPECT_EQ(client.calls, 1);
+        EXPECT_EQ(1, client.calls);
     });
 }
 
@@ -51,12 +51,12 @@ TEST_P(MonitorNotification, IsSentForEachAwaitedWrite) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         for (int i = 0; i < 20; ++i) {
             key.Write();
             ASSERT_TRUE(client.AwaitCall(GetParam()));
         }
-        EXPECT_EQ(client.calls, 20);
+        EXPECT_EQ(20, client.calls);
     });
 }
 
@@ -69,7 +69,7 @@ TEST_P(MonitorNotification, FollowsAWriteThatIsMadeDuringTheCallback) {
             if (client.calls == 1)
                 key.Write();
         };
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.Write();
         EXPECT_TRUE(client.AwaitCall(GetParam()));
         EXPECT_TRUE(client.AwaitCall(GetParam()));
@@ -85,7 +85,7 @@ TEST_P(MonitorNotification, ComesAfterTheLastOfManyWrites) {
             DWORD seen = 0;
             client.hook = [&] { seen = key.Read(); };
             MonitorOwner monitor;
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             DWORD last = 0;
             RunInNewThread(Apartment::eNone, [&] {
                 for (int i = 0; i < writes; ++i)
@@ -104,7 +104,7 @@ TEST_P(MonitorNotification, GoesOnAfterASuccessCode) {
         RecordingClient client;
         client.result = S_FALSE;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.Write();
         ASSERT_TRUE(client.AwaitCall(GetParam()));
         key.Write();
@@ -119,7 +119,7 @@ TEST_P(MonitorNotification, EndsWithAFailingCallback) {
         RecordingClient client;
         client.result = E_FAIL;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         const UniqueHandle thread = monitor->DuplicateThread();
         key.Write();
         ASSERT_TRUE(client.AwaitCall(GetParam()));
@@ -127,17 +127,17 @@ TEST_P(MonitorNotification, EndsWithAFailingCallback) {
         EXPECT_FALSE(monitor->IsMonitoring());
         key.Write();
         // The dead thread still counts as one, so that it is torn down first.
-        EXPECT_EQ(monitor.Spawn(key, client), E_FAIL);
-        EXPECT_EQ(client.calls, 1);
+        EXPECT_EQ(E_FAIL, monitor.Spawn(key, client));
+        EXPECT_EQ(1, client.calls);
 
         client.result = S_OK;
         monitor->TerminateRegMonitor();
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         EXPECT_TRUE(monitor->IsMonitoring());
         key.Write();
         EXPECT_TRUE(client.AwaitCall(GetParam()));
         monitor->TerminateRegMonitor();
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(1u, monitor.References());
     });
     EXPECT_FALSE(Module::IsLocked());
 }
@@ -149,7 +149,7 @@ class MonitorLoop : public testing::Test {
   protected:
     MonitorLoop() {
         *m_spSession.GetAddressOf() = new MonitorSession(HKEY_CURRENT_USER, m_key.Path());
-        EXPECT_EQ(m_spSession->MakeControls(), S_OK);
+        EXPECT_EQ(S_OK, m_spSession->MakeControls());
         RegOpenKeyExW(HKEY_CURRENT_USER, m_key.Path(), 0, KEY_NOTIFY, m_watched.Put());
     }
 
@@ -167,32 +167,31 @@ class MonitorLoop : public testing::Test {
 TEST_F(MonitorLoop, EndsWithSuccessWhenToldToStop) {
     const UniqueHandle changed(CreateEventW(nullptr, FALSE, TRUE, nullptr));
     SetEvent(m_spSession->StopEvent());
-    EXPECT_EQ(Run(changed.Get()), S_OK);
+    EXPECT_EQ(S_OK, Run(changed.Get()));
     // The stop goes before a change that is signalled too.
     EXPECT_TRUE(IsSignalledWithin(changed.Get(), 0));
 }
 
 TEST_F(MonitorLoop, EndsWithSuccessWhenTheWaitFails) {
-    EXPECT_EQ(Run(nullptr), S_OK);
+    EXPECT_EQ(S_OK, Run(nullptr));
 }
 
 TEST_F(MonitorLoop, FailsWhenTheWatchCannotBeArmedAgain) {
     const UniqueHandle changed(CreateEventW(nullptr, FALSE, TRUE, nullptr));
-    ASSERT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, m_key.Path()), ERROR_SUCCESS);
-    EXPECT_EQ(Run(changed.Get()), E_FAIL);
+    ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyW(HKEY_CURRENT_USER, m_key.Path()));
+    EXPECT_EQ(E_FAIL, Run(changed.Get()));
 }
 
 TEST_F(MonitorLoop, FailsWithoutGate) {
     const UniqueHandle changed(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    EXPECT_EQ(OpenMonitor::RegMonitorLoop(*m_spSession.Get(), m_watched.Get(), changed.Get(),
-                                          nullptr),
-              E_FAIL);
+    EXPECT_EQ(E_FAIL, OpenMonitor::RegMonitorLoop(*m_spSession.Get(), m_watched.Get(),
+                                                  changed.Get(), nullptr));
 }
 
 TEST(MonitorThread, FailsWithoutSession) {
-    EXPECT_EQ(OpenMonitor::RunRegMonitor(nullptr), E_FAIL);
+    EXPECT_EQ(E_FAIL, OpenMonitor::RunRegMonitor(nullptr));
     RunIn(Apartment::eNone,
-          [] { EXPECT_EQ(OpenMonitor::RegMonitorEntry(nullptr), static_cast<DWORD>(E_FAIL)); });
+          [] { EXPECT_EQ(static_cast<DWORD>(E_FAIL), OpenMonitor::RegMonitorEntry(nullptr)); });
 }
 
 }  // namespace

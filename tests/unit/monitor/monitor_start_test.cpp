@@ -12,10 +12,10 @@ TEST_P(MonitorStart, RefusesNullArgumentsAndStaysIdle) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        EXPECT_EQ(monitor->SpawnRegMonitor(nullptr, key.Path(), &client), E_INVALIDARG);
-        EXPECT_EQ(monitor->SpawnRegMonitor(HKEY_CURRENT_USER, nullptr, &client), E_INVALIDARG);
-        EXPECT_EQ(monitor->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), nullptr),
-                  E_INVALIDARG);
+        EXPECT_EQ(E_INVALIDARG, monitor->SpawnRegMonitor(nullptr, key.Path(), &client));
+        EXPECT_EQ(E_INVALIDARG, monitor->SpawnRegMonitor(HKEY_CURRENT_USER, nullptr, &client));
+        EXPECT_EQ(E_INVALIDARG,
+                  monitor->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), nullptr));
         EXPECT_FALSE(monitor->IsMonitoring());
         EXPECT_FALSE(monitor->Session());
     });
@@ -27,12 +27,12 @@ TEST_P(MonitorStart, MonitorsFromSpawnToTerminate) {
         RecordingClient client;
         MonitorOwner monitor;
         EXPECT_FALSE(monitor->IsMonitoring());
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         EXPECT_TRUE(monitor->IsMonitoring());
         monitor->TerminateRegMonitor();
         EXPECT_FALSE(monitor->IsMonitoring());
         monitor->TerminateRegMonitor();
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(1u, monitor.References());
     });
 }
 
@@ -41,7 +41,7 @@ TEST_P(MonitorStart, IsArmedWhenSpawnReturns) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.Write();
         EXPECT_TRUE(client.AwaitCall(GetParam()));
     });
@@ -54,13 +54,13 @@ TEST_P(MonitorStart, SecondSpawnFailsAndLeavesTheFirstAlone) {
         RecordingClient client;
         RecordingClient second;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
-        EXPECT_EQ(monitor.Spawn(other, second), E_FAIL);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
+        EXPECT_EQ(E_FAIL, monitor.Spawn(other, second));
         EXPECT_TRUE(monitor->IsMonitoring());
         other.Write();
         key.Write();
         EXPECT_TRUE(client.AwaitCall(GetParam()));
-        EXPECT_EQ(second.calls, 0);
+        EXPECT_EQ(0, second.calls);
     });
 }
 
@@ -71,13 +71,13 @@ TEST_P(MonitorStart, CanBeStartedAgainOnAnotherKey) {
         RecordingClient client;
         RecordingClient second;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         monitor->TerminateRegMonitor();
-        ASSERT_EQ(monitor.Spawn(other, second), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(other, second));
         key.Write();
         other.Write();
         EXPECT_TRUE(second.AwaitCall(GetParam()));
-        EXPECT_EQ(client.calls, 0);
+        EXPECT_EQ(0, client.calls);
     });
 }
 
@@ -90,11 +90,11 @@ TEST_P(MonitorStart, MissingKeyFailsAtOnceWithoutPumping) {
             hr = monitor->SpawnRegMonitor(HKEY_CURRENT_USER, L"SOFTWARE\\Velto\\NoSuchKey",
                                           &client);
         });
-        EXPECT_EQ(hr, E_FAIL);
-        EXPECT_LT(time, cStopLimit);
+        EXPECT_EQ(E_FAIL, hr);
+        EXPECT_GT(cStopLimit, time);
         EXPECT_FALSE(monitor->IsMonitoring());
         EXPECT_FALSE(monitor->Session());
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(1u, monitor.References());
     });
 }
 
@@ -104,8 +104,8 @@ TEST_P(MonitorStart, KeyThatCannotBeOpenedFails) {
         RecordingClient client;
         MonitorOwner monitor;
         const HKEY noKey = reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x7FFF'FFF0));
-        EXPECT_EQ(monitor->SpawnRegMonitor(noKey, key.Path(), &client), E_FAIL);
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(E_FAIL, monitor->SpawnRegMonitor(noKey, key.Path(), &client));
+        EXPECT_EQ(1u, monitor.References());
     });
 }
 
@@ -114,10 +114,9 @@ TEST_P(MonitorStart, SucceedsAfterAFailedStart) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        EXPECT_EQ(
-            monitor->SpawnRegMonitor(HKEY_CURRENT_USER, L"SOFTWARE\\Velto\\NoSuchKey", &client),
-            E_FAIL);
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        EXPECT_EQ(E_FAIL, monitor->SpawnRegMonitor(HKEY_CURRENT_USER,
+                                                   L"SOFTWARE\\Velto\\NoSuchKey", &client));
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.Write();
         EXPECT_TRUE(client.AwaitCall(GetParam()));
     });
@@ -128,9 +127,8 @@ TEST_P(MonitorStart, FailedStartsLeaveNoHandle) {
         RecordingClient client;
         const auto fail = [&client] {
             MonitorOwner monitor;
-            EXPECT_EQ(monitor->SpawnRegMonitor(HKEY_CURRENT_USER, L"SOFTWARE\\Velto\\NoSuchKey",
-                                               &client),
-                      E_FAIL);
+            EXPECT_EQ(E_FAIL, monitor->SpawnRegMonitor(HKEY_CURRENT_USER,
+                                                       L"SOFTWARE\\Velto\\NoSuchKey", &client));
         };
         for (int i = 0; i < 10; ++i)
             fail();
@@ -149,7 +147,7 @@ TEST_P(MonitorStart, LocksTheModuleWhileItLives) {
         EXPECT_FALSE(Module::IsLocked());
         MonitorOwner monitor;
         EXPECT_TRUE(Module::IsLocked());
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         monitor.TearDown();
         EXPECT_FALSE(Module::IsLocked());
     });
@@ -161,18 +159,18 @@ TEST(MonitorObject, AnswersForItsInterfacesOnly) {
     RunIn(Apartment::eMulti, [] {
         MonitorOwner monitor;
         Microsoft::WRL::ComPtr<IUnknown> spUnknown;
-        EXPECT_EQ(monitor->QueryInterface(IID_PPV_ARGS(&spUnknown)), S_OK);
+        EXPECT_EQ(S_OK, monitor->QueryInterface(IID_PPV_ARGS(&spUnknown)));
         Microsoft::WRL::ComPtr<ICOMCallbackGate> spGate;
-        EXPECT_EQ(monitor->QueryInterface(IID_PPV_ARGS(&spGate)), S_OK);
+        EXPECT_EQ(S_OK, monitor->QueryInterface(IID_PPV_ARGS(&spGate)));
         Microsoft::WRL::ComPtr<IDispatch> spOther;
-        EXPECT_EQ(monitor->QueryInterface(IID_PPV_ARGS(&spOther)), E_NOINTERFACE);
+        EXPECT_EQ(E_NOINTERFACE, monitor->QueryInterface(IID_PPV_ARGS(&spOther)));
     });
 }
 
 TEST(MonitorObject, CallbackWithoutClientSucceeds) {
     RunIn(Apartment::eMulti, [] {
         MonitorOwner monitor;
-        EXPECT_EQ(monitor->Callback(0), S_OK);
+        EXPECT_EQ(S_OK, monitor->Callback(0));
     });
 }
 
@@ -181,11 +179,11 @@ TEST(MonitorObject, CallbackIgnoresItsArgumentAndReturnsTheClientsResult) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
-        EXPECT_EQ(monitor->Callback(17), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
+        EXPECT_EQ(S_OK, monitor->Callback(17));
         client.result = E_ACCESSDENIED;
-        EXPECT_EQ(monitor->Callback(0), E_ACCESSDENIED);
-        EXPECT_EQ(client.calls, 2);
+        EXPECT_EQ(E_ACCESSDENIED, monitor->Callback(0));
+        EXPECT_EQ(2, client.calls);
     });
 }
 

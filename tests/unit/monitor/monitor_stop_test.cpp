@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "support/message_filter.h"
 #include "unit/monitor/monitor_fixture.h"
 
 namespace kora4::test {
@@ -16,13 +17,13 @@ TEST_P(MonitorStop, EndsTheThreadBeforeItReturns) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         const UniqueHandle thread = monitor->DuplicateThread();
-        EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
+        EXPECT_GT(cStopLimit, Measure([&] { monitor->TerminateRegMonitor(); }));
         EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(1u, monitor.References());
         key.Write();
-        EXPECT_EQ(client.calls, 0);
+        EXPECT_EQ(0, client.calls);
     });
     EXPECT_FALSE(Module::IsLocked());
 }
@@ -38,7 +39,7 @@ TEST_P(MonitorStop, IsInTimeWhileWritesGoOn) {
         RecordingClient client;
         for (int i = 0; i < 20; ++i) {
             MonitorOwner monitor;
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             stop = false;
             std::function<void()> writer = write;
             const UniqueHandle thread(CreateThread(
@@ -54,8 +55,8 @@ TEST_P(MonitorStop, IsInTimeWhileWritesGoOn) {
             stop = true;
             EXPECT_TRUE(IsSignalledWithin(thread.Get()));
             EXPECT_EQ(client.calls, calls);
-            EXPECT_EQ(monitor.References(), 1u);
-            EXPECT_LT(time, cStopLimit);
+            EXPECT_EQ(1u, monitor.References());
+            EXPECT_GT(cStopLimit, time);
         }
     });
 }
@@ -68,14 +69,14 @@ TEST_P(MonitorStop, WithinTheCallbackDoesNotWaitForTheThread) {
         MonitorOwner monitor;
         double time = 2 * cStopLimit;
         client.hook = [&] { time = Measure([&] { monitor.TearDown(); }); };
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         const UniqueHandle thread = monitor->DuplicateThread();
         key.Write();
         ASSERT_TRUE(client.AwaitCall(GetParam()));
-        EXPECT_LT(time, cStopLimit);
+        EXPECT_GT(cStopLimit, time);
         EXPECT_TRUE(PumpUntilSignalled(thread.Get(), 1000));
         key.Write();
-        EXPECT_EQ(client.calls, 1);
+        EXPECT_EQ(1, client.calls);
         EXPECT_FALSE(Module::IsLocked());
     });
 }
@@ -92,17 +93,17 @@ TEST_P(MonitorStop, WithinTheCallbackAllowsANewStartThere) {
             monitor->TerminateRegMonitor();
             hr = monitor.Spawn(key, client);
         };
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         const UniqueHandle thread = monitor->DuplicateThread();
         key.Write();
         ASSERT_TRUE(client.AwaitCall(GetParam()));
-        EXPECT_EQ(hr, S_OK);
+        EXPECT_EQ(S_OK, hr);
         EXPECT_TRUE(PumpUntilSignalled(thread.Get()));
         EXPECT_TRUE(monitor->IsMonitoring());
         key.Write();
         EXPECT_TRUE(client.AwaitCall(GetParam()));
         monitor->TerminateRegMonitor();
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(1u, monitor.References());
     });
     EXPECT_FALSE(Module::IsLocked());
 }
@@ -114,13 +115,13 @@ TEST_P(MonitorStop, WithinTheCallbackOfAnotherMonitorIsInTime) {
         RecordingClient other;
         MonitorOwner monitor;
         MonitorOwner stopped;
-        ASSERT_EQ(stopped.Spawn(key, other), S_OK);
+        ASSERT_EQ(S_OK, stopped.Spawn(key, other));
         double time = 2 * cStopLimit;
         client.hook = [&] { time = Measure([&] { stopped.TearDown(); }); };
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         key.Write();
         ASSERT_TRUE(client.AwaitCall(GetParam()));
-        EXPECT_LT(time, cStopLimit);
+        EXPECT_GT(cStopLimit, time);
     });
 }
 
@@ -131,11 +132,11 @@ TEST_P(MonitorStop, LeavesNothingBehindIn500Cycles) {
         double slowest = 0;
         const auto cycle = [&](bool pending) {
             MonitorOwner monitor;
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             if (pending)
                 key.Write();
             slowest = std::max(slowest, Measure([&] { monitor->TerminateRegMonitor(); }));
-            ASSERT_EQ(monitor.References(), 1u);
+            ASSERT_EQ(1u, monitor.References());
         };
         for (int i = 0; i < 20; ++i)
             cycle(i % 2 != 0);
@@ -143,7 +144,7 @@ TEST_P(MonitorStop, LeavesNothingBehindIn500Cycles) {
         for (int i = 0; i < 500; ++i)
             cycle(i % 2 != 0);
         EXPECT_LE(NextHandleValue(), before + 16 * cHandleStep);
-        EXPECT_LT(slowest, cStopLimit);
+        EXPECT_GT(cStopLimit, slowest);
         EXPECT_FALSE(Module::IsLocked());
     });
 }
@@ -155,7 +156,7 @@ TEST_P(MonitorStop, WithinTheCallbackLeavesNothingBehind) {
             RecordingClient client;
             MonitorOwner monitor;
             client.hook = [&] { monitor.TearDown(); };
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             const UniqueHandle thread = monitor->DuplicateThread();
             key.Write();
             ASSERT_TRUE(client.AwaitCall(GetParam()));
@@ -204,17 +205,17 @@ TEST_P(MonitorStop, UnderTheLoadersLockLeavesTheThreadToEndByItself) {
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         const UniqueHandle thread = monitor->DuplicateThread();
         {
             const LoaderLock lock;
-            EXPECT_LT(Measure([&] { monitor.TearDown(); }), cStopLimit);
+            EXPECT_GT(cStopLimit, Measure([&] { monitor.TearDown(); }));
             EXPECT_FALSE(IsSignalledWithin(thread.Get(), 0));
         }
         EXPECT_TRUE(IsSignalledWithin(thread.Get()));
         DWORD exitCode = WAIT_TIMEOUT;
         GetExitCodeThread(thread.Get(), &exitCode);
-        EXPECT_EQ(exitCode, static_cast<DWORD>(S_OK));
+        EXPECT_EQ(static_cast<DWORD>(S_OK), exitCode);
         EXPECT_FALSE(Module::IsLocked());
     });
 }
@@ -226,17 +227,17 @@ TEST(MonitorStopInSingleThreadedApartment, LetsThePendingCallInButNotToTheClient
         TestKey key;
         RecordingClient client;
         MonitorOwner monitor;
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         const UniqueHandle thread = monitor->DuplicateThread();
         key.Write();
         ASSERT_TRUE(AwaitPendingCall());
-        EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
+        EXPECT_GT(cStopLimit, Measure([&] { monitor->TerminateRegMonitor(); }));
         EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
-        EXPECT_EQ(client.calls, 0);
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(0, client.calls);
+        EXPECT_EQ(1u, monitor.References());
         DWORD exitCode = 0;
         GetExitCodeThread(thread.Get(), &exitCode);
-        EXPECT_EQ(exitCode, static_cast<DWORD>(S_OK));
+        EXPECT_EQ(static_cast<DWORD>(S_OK), exitCode);
     });
 }
 
@@ -247,44 +248,20 @@ TEST(MonitorStopInSingleThreadedApartment, LeavesTheOwnersMessagesAsTheyWere) {
         MonitorOwner monitor;
         PostThreadMessageW(GetCurrentThreadId(), WM_APP, 17, 0);
         PostQuitMessage(18);
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         monitor->TerminateRegMonitor();
         // Thread messages only; the quit message comes when there is no other.
         const HWND ofTheThread = reinterpret_cast<HWND>(static_cast<LONG_PTR>(-1));
         MSG message{};
         ASSERT_TRUE(PeekMessageW(&message, ofTheThread, 0, 0, PM_REMOVE));
-        EXPECT_EQ(message.message, static_cast<UINT>(WM_APP));
-        EXPECT_EQ(message.wParam, 17u);
+        EXPECT_EQ(static_cast<UINT>(WM_APP), message.message);
+        EXPECT_EQ(17u, message.wParam);
         ASSERT_TRUE(PeekMessageW(&message, ofTheThread, 0, 0, PM_REMOVE));
-        EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
-        EXPECT_EQ(message.wParam, 18u);
+        EXPECT_EQ(static_cast<UINT>(WM_QUIT), message.message);
+        EXPECT_EQ(18u, message.wParam);
         EXPECT_FALSE(PeekMessageW(&message, ofTheThread, 0, 0, PM_REMOVE));
     });
 }
-
-// A host's message filter that breaks off every wait in which a message comes.
-class CancellingFilter final : public IMessageFilter {
-  public:
-    CancellingFilter() { EXPECT_EQ(CoRegisterMessageFilter(this, nullptr), S_OK); }
-    ~CancellingFilter() { EXPECT_EQ(CoRegisterMessageFilter(nullptr, nullptr), S_OK); }
-    CancellingFilter(const CancellingFilter&) = delete;
-    CancellingFilter& operator=(const CancellingFilter&) = delete;
-
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP_(DWORD)
-    HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
-        return SERVERCALL_ISHANDLED;
-    }
-    STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD, DWORD) override { return 0; }
-    STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override {
-        ++cancelled;
-        return PENDINGMSG_CANCELCALL;
-    }
-
-    int cancelled = 0;
-};
 
 TEST(MonitorStopInSingleThreadedApartment, GoesOnWhenTheHostBreaksItsWaitOff) {
     RunIn(Apartment::eSingle, [] {
@@ -292,15 +269,15 @@ TEST(MonitorStopInSingleThreadedApartment, GoesOnWhenTheHostBreaksItsWaitOff) {
         RecordingClient client;
         MonitorOwner monitor;
         CancellingFilter filter;
-        EXPECT_LT(Measure([&] { ASSERT_EQ(monitor.Spawn(key, client), S_OK); }), cStopLimit);
+        EXPECT_GT(cStopLimit, Measure([&] { ASSERT_EQ(S_OK, monitor.Spawn(key, client)); }));
         const UniqueHandle thread = monitor->DuplicateThread();
         key.Write();
         ASSERT_TRUE(AwaitPendingCall());
         filter.cancelled = 0;
-        EXPECT_LT(Measure([&] { monitor->TerminateRegMonitor(); }), cStopLimit);
-        EXPECT_GT(filter.cancelled, 0);
+        EXPECT_GT(cStopLimit, Measure([&] { monitor->TerminateRegMonitor(); }));
+        EXPECT_LT(0, filter.cancelled);
         EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
-        EXPECT_EQ(monitor.References(), 1u);
+        EXPECT_EQ(1u, monitor.References());
     });
 }
 
@@ -310,10 +287,10 @@ TEST(WaitLettingCallsIn, LastsAsLongAsAskedForWhenTheHostBreaksItOff) {
         const HANDLE handles[] = {never.Get()};
         CancellingFilter filter;
         const double time =
-            Measure([&] { EXPECT_EQ(WaitLettingCallsIn(handles, 1, 200), WAIT_TIMEOUT); });
-        EXPECT_GT(filter.cancelled, 0);
-        EXPECT_GE(time, 150);
-        EXPECT_LT(time, cStopLimit);
+            Measure([&] { EXPECT_EQ(WAIT_TIMEOUT, WaitLettingCallsIn(handles, 1, 200)); });
+        EXPECT_LT(0, filter.cancelled);
+        EXPECT_LE(150, time);
+        EXPECT_GT(cStopLimit, time);
     });
 }
 
@@ -324,15 +301,15 @@ TEST(MonitorStopInSingleThreadedApartment, ThreadEndsWithTheApartment) {
     UniqueHandle thread;
     ComObject<OpenMonitor>* pAbandoned = nullptr;
     RunInNewThread(Apartment::eSingle, [&] {
-        ASSERT_EQ(ComObject<OpenMonitor>::Create(&pAbandoned), S_OK);
-        ASSERT_EQ(pAbandoned->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client), S_OK);
+        ASSERT_EQ(S_OK, ComObject<OpenMonitor>::Create(&pAbandoned));
+        ASSERT_EQ(S_OK, pAbandoned->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client));
         thread = pAbandoned->DuplicateThread();
     });
     EXPECT_TRUE(IsSignalledWithin(thread.Get(), 0));
     key.Write();
-    EXPECT_EQ(client.calls, 0);
-    EXPECT_LT(Measure([&] { pAbandoned->TerminateRegMonitor(); }), cStopLimit);
-    EXPECT_EQ(pAbandoned->Release(), 0u);
+    EXPECT_EQ(0, client.calls);
+    EXPECT_GT(cStopLimit, Measure([&] { pAbandoned->TerminateRegMonitor(); }));
+    EXPECT_EQ(0u, pAbandoned->Release());
     EXPECT_FALSE(Module::IsLocked());
 }
 
@@ -349,7 +326,7 @@ TEST(MonitorStopInSingleThreadedApartment, ThreadLetGoEndsWithTheApartment) {
             monitor.TearDown();
             SetEvent(leave.Get());
         };
-        ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
         thread = monitor->DuplicateThread();
         key.Write();
         MSG message;
@@ -369,15 +346,15 @@ TEST(MonitorStopInSingleThreadedApartment, ThreadWithAPendingCallEndsWithTheApar
     UniqueHandle thread;
     ComObject<OpenMonitor>* pAbandoned = nullptr;
     RunInNewThread(Apartment::eSingle, [&] {
-        ASSERT_EQ(ComObject<OpenMonitor>::Create(&pAbandoned), S_OK);
-        ASSERT_EQ(pAbandoned->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client), S_OK);
+        ASSERT_EQ(S_OK, ComObject<OpenMonitor>::Create(&pAbandoned));
+        ASSERT_EQ(S_OK, pAbandoned->SpawnRegMonitor(HKEY_CURRENT_USER, key.Path(), &client));
         thread = pAbandoned->DuplicateThread();
         key.Write();
         ASSERT_TRUE(AwaitPendingCall());
     });
     EXPECT_TRUE(IsSignalledWithin(thread.Get()));
     pAbandoned->TerminateRegMonitor();
-    EXPECT_EQ(pAbandoned->Release(), 0u);
+    EXPECT_EQ(0u, pAbandoned->Release());
     EXPECT_FALSE(Module::IsLocked());
 }
 
@@ -396,7 +373,7 @@ class MonitorStopBesideACallback : public testing::Test {
                 SetEvent(entered.Get());
                 WaitForSingleObject(leave.Get(), callbackLasts);
             };
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             const UniqueHandle thread = monitor->DuplicateThread();
             key.Write();
             ASSERT_TRUE(IsSignalledWithin(entered.Get()));
@@ -409,8 +386,8 @@ class MonitorStopBesideACallback : public testing::Test {
             EXPECT_TRUE(IsSignalledWithin(thread.Get()));
             DWORD exitCode = WAIT_TIMEOUT;
             GetExitCodeThread(thread.Get(), &exitCode);
-            EXPECT_EQ(exitCode, static_cast<DWORD>(S_OK));
-            EXPECT_EQ(monitor.References(), 1u);
+            EXPECT_EQ(static_cast<DWORD>(S_OK), exitCode);
+            EXPECT_EQ(1u, monitor.References());
         });
         EXPECT_FALSE(Module::IsLocked());
     }

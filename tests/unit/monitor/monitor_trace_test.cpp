@@ -25,7 +25,7 @@ class MonitorTrace : public testing::Test {
             TestKey key;
             RecordingClient client;
             MonitorOwner monitor;
-            ASSERT_EQ(monitor.Spawn(key, client), S_OK);
+            ASSERT_EQ(S_OK, monitor.Spawn(key, client));
             key.Write();
             ASSERT_TRUE(client.AwaitCall(false));
             monitor->TerminateRegMonitor();
@@ -62,8 +62,8 @@ TEST_F(MonitorTrace, ShowsTheThreadsOfANotification) {
                     MatchesRegex(">> TID: 0x........"),
                     MatchesRegex("<< pClient: .* hr: 0x00000000"),
                     "Post callback: hr: 0x00000000"));
-    EXPECT_EQ(lines[0].function, "RegKeyMonitor::RegMonitorLoop");
-    EXPECT_EQ(lines[1].function, "RegKeyMonitor::Callback");
+    EXPECT_EQ("RegKeyMonitor::RegMonitorLoop", lines[0].function);
+    EXPECT_EQ("RegKeyMonitor::Callback", lines[1].function);
 }
 
 TEST_F(MonitorTrace, ShowsEntryAndExitOfEachStep) {
@@ -110,7 +110,7 @@ TEST_F(MonitorTrace, ShowsAFailedWait) {
     TestKey key;
     MonitorSessionPtr spSession;
     *spSession.GetAddressOf() = new MonitorSession(HKEY_CURRENT_USER, key.Path());
-    ASSERT_EQ(spSession->MakeControls(), S_OK);
+    ASSERT_EQ(S_OK, spSession->MakeControls());
     MonitorOwner gate;
     m_log.Clear();
     {

@@ -30,14 +30,14 @@ constexpr wchar_t cThird[] = L"SOFTWARE\\KORA4 key security test\\Third";
 
 void GiveToSystem(const std::wstring& path) {
     UniqueRegKey key;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, WRITE_OWNER, key.Put()),
-              ERROR_SUCCESS);
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, WRITE_OWNER, key.Put()));
     BYTE sid[SECURITY_MAX_SID_SIZE];
     DWORD size = sizeof(sid);
     ASSERT_TRUE(CreateWellKnownSid(WinLocalSystemSid, nullptr, sid, &size));
-    ASSERT_EQ(SetSecurityInfo(key.Get(), SE_REGISTRY_KEY, OWNER_SECURITY_INFORMATION, sid,
-                              nullptr, nullptr, nullptr),
-              static_cast<DWORD>(ERROR_SUCCESS));
+    ASSERT_EQ(static_cast<DWORD>(ERROR_SUCCESS),
+              SetSecurityInfo(key.Get(), SE_REGISTRY_KEY, OWNER_SECURITY_INFORMATION, sid,
+                              nullptr, nullptr, nullptr));
 }
 
 class RegKeySecurityTest : public ::testing::Test {
@@ -53,58 +53,58 @@ class RegKeySecurityTest : public ::testing::Test {
     // A key below which only volatile keys can be created.
     void CreateVolatileSecond() {
         CreateKey(HKEY_LOCAL_MACHINE, cRoot);
-        ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, cSecond, 0, nullptr, REG_OPTION_VOLATILE,
-                                  KEY_WRITE, nullptr, m_second.Put(), nullptr),
-                  ERROR_SUCCESS);
+        ASSERT_EQ(ERROR_SUCCESS,
+                  RegCreateKeyExW(HKEY_LOCAL_MACHINE, cSecond, 0, nullptr, REG_OPTION_VOLATILE,
+                                  KEY_WRITE, nullptr, m_second.Put(), nullptr));
     }
 
     UniqueRegKey m_second;
 };
 
 TEST_F(RegKeySecurityTest, ANullListIsABadPointer) {
-    EXPECT_EQ(RegKeySecurity::MakeRegKeysAccessible(nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, RegKeySecurity::MakeRegKeysAccessible(nullptr));
 }
 
 TEST_F(RegKeySecurityTest, AnEmptyListSucceedsAndCreatesNothing) {
-    EXPECT_EQ(MakeAccessible({}), S_OK);
+    EXPECT_EQ(S_OK, MakeAccessible({}));
     EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cRoot));
 }
 
 TEST_F(RegKeySecurityTest, MissingKeysAreCreatedAndOpenToEveryone) {
-    EXPECT_EQ(MakeAccessible({cRoot, cFirst, cSecond}), S_OK);
+    EXPECT_EQ(S_OK, MakeAccessible({cRoot, cFirst, cSecond}));
     for (const wchar_t* const path : {cRoot, cFirst, cSecond})
-        EXPECT_EQ(DaclOf(path), cWorldAccess);
+        EXPECT_EQ(cWorldAccess, DaclOf(path));
 }
 
 TEST_F(RegKeySecurityTest, AnExistingKeyKeepsItsValuesAndSubkeys) {
     WriteValue(HKEY_LOCAL_MACHINE, cFirst, L"n", REG_SZ, L"1", 4);
     CreateKey(HKEY_LOCAL_MACHINE, std::wstring(cFirst) + L"\\Below");
     const std::string before = DumpKey(HKEY_LOCAL_MACHINE, cRoot);
-    EXPECT_EQ(MakeAccessible({cFirst}), S_OK);
-    EXPECT_EQ(DumpKey(HKEY_LOCAL_MACHINE, cRoot), before);
-    EXPECT_EQ(DaclOf(cFirst), cWorldAccess);
+    EXPECT_EQ(S_OK, MakeAccessible({cFirst}));
+    EXPECT_EQ(before, DumpKey(HKEY_LOCAL_MACHINE, cRoot));
+    EXPECT_EQ(cWorldAccess, DaclOf(cFirst));
 }
 
 TEST_F(RegKeySecurityTest, AnExistingAccessListIsReplaced) {
     CreateKey(HKEY_LOCAL_MACHINE, cFirst);
     SetDacl(cFirst, L"D:(A;;KA;;;BA)(A;;KR;;;BU)");
-    ASSERT_NE(DaclOf(cFirst), cWorldAccess);
-    EXPECT_EQ(MakeAccessible({cFirst}), S_OK);
-    EXPECT_EQ(DaclOf(cFirst), cWorldAccess);
+    ASSERT_NE(cWorldAccess, DaclOf(cFirst));
+    EXPECT_EQ(S_OK, MakeAccessible({cFirst}));
+    EXPECT_EQ(cWorldAccess, DaclOf(cFirst));
 }
 
 TEST_F(RegKeySecurityTest, OnlyTheListedKeysAreOpened) {
     CreateKey(HKEY_LOCAL_MACHINE, cThird);
     const std::wstring before = DaclOf(cThird);
-    EXPECT_EQ(MakeAccessible({cRoot, cFirst}), S_OK);
-    EXPECT_EQ(DaclOf(cThird), before);
-    EXPECT_NE(before, cWorldAccess);
+    EXPECT_EQ(S_OK, MakeAccessible({cRoot, cFirst}));
+    EXPECT_EQ(before, DaclOf(cThird));
+    EXPECT_NE(cWorldAccess, before);
 }
 
 TEST_F(RegKeySecurityTest, TheFirstFailureEndsTheWorkAndWhatWasMadeStays) {
     CreateVolatileSecond();
-    EXPECT_EQ(MakeAccessible({cFirst, cBelowSecond, cThird}), E_FAIL);
-    EXPECT_EQ(DaclOf(cFirst), cWorldAccess);
+    EXPECT_EQ(E_FAIL, MakeAccessible({cFirst, cBelowSecond, cThird}));
+    EXPECT_EQ(cWorldAccess, DaclOf(cFirst));
     EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cThird));
 }
 
@@ -250,15 +250,15 @@ TEST_F(RegKeySecurityTest, ARepairGoesThroughTheHandleOfTheDeniedKey) {
 
 TEST_F(RegKeySecurityTest, CreatingAKeyHandsOutItsHandle) {
     UniqueRegKey key;
-    EXPECT_EQ(RegKeySecurity::CreateRegKey(cFirst, key.Put()), S_OK);
-    EXPECT_EQ(RegSetValueExW(key.Get(), L"n", 0, REG_SZ, nullptr, 0), ERROR_SUCCESS);
+    EXPECT_EQ(S_OK, RegKeySecurity::CreateRegKey(cFirst, key.Put()));
+    EXPECT_EQ(ERROR_SUCCESS, RegSetValueExW(key.Get(), L"n", 0, REG_SZ, nullptr, 0));
 }
 
 TEST_F(RegKeySecurityTest, CreatingWithoutANameOrAPlaceForTheHandleFails) {
     HKEY hKey = nullptr;
-    EXPECT_EQ(RegKeySecurity::CreateRegKey(nullptr, &hKey), E_FAIL);
-    EXPECT_EQ(hKey, nullptr);
-    EXPECT_EQ(RegKeySecurity::CreateRegKey(cFirst, nullptr), E_FAIL);
+    EXPECT_EQ(E_FAIL, RegKeySecurity::CreateRegKey(nullptr, &hKey));
+    EXPECT_EQ(nullptr, hKey);
+    EXPECT_EQ(E_FAIL, RegKeySecurity::CreateRegKey(cFirst, nullptr));
     EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cFirst));
 }
 
@@ -276,31 +276,31 @@ TEST_F(RegKeySecurityTest, ListingNeverTouchesThePrivilegesOfTheProcess) {
     };
     const bool before = isSecurityOn();
     UniqueRegKey key;
-    ASSERT_EQ(RegKeySecurity::CreateRegKey(cFirst, key.Put()), S_OK);
+    ASSERT_EQ(S_OK, RegKeySecurity::CreateRegKey(cFirst, key.Put()));
     RegKeySecurity::ListSecurityString(key.Get());
-    EXPECT_EQ(isSecurityOn(), before);
+    EXPECT_EQ(before, isSecurityOn());
     {
         const PrivilegeHold hold(SE_SECURITY_NAME);
         EXPECT_TRUE(isSecurityOn());
     }
-    EXPECT_EQ(isSecurityOn(), before);
+    EXPECT_EQ(before, isSecurityOn());
 }
 
 TEST_F(RegKeySecurityTest, APrivilegeThatDoesNotExistIsNoTrouble) {
     SetLastError(4711);
     const PrivilegeHold hold(L"SeNoSuchPrivilege");
-    EXPECT_EQ(MakeAccessible({cFirst}), S_OK);
+    EXPECT_EQ(S_OK, MakeAccessible({cFirst}));
 }
 
 TEST_F(RegKeySecurityTest, ATextThatIsNoDescriptorGivesNone) {
     EXPECT_FALSE(SecurityDescriptor::FromSddl(L"nonsense"));
-    EXPECT_NE(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
+    EXPECT_NE(static_cast<DWORD>(ERROR_SUCCESS), GetLastError());
 }
 
 TEST_F(RegKeySecurityTest, ADescriptorWithoutAnAccessListHasNone) {
     const SecurityDescriptor descriptor = SecurityDescriptor::FromSddl(L"O:BA");
     ASSERT_TRUE(descriptor);
-    EXPECT_EQ(descriptor.Dacl(), nullptr);
+    EXPECT_EQ(nullptr, descriptor.Dacl());
 }
 
 // ---- Trace
@@ -322,24 +322,24 @@ class RegKeySecurityTrace : public RegKeySecurityTest {
 
 TEST_F(RegKeySecurityTrace, AFailedKeyTellsItsWin32Code) {
     CreateVolatileSecond();
-    EXPECT_EQ(Run({cBelowSecond}, trace::eSecurity),
-              (std::vector<std::string>{
+    EXPECT_EQ((std::vector<std::string>{
                   "RegKeySecurity::CreateRegKey Create reg key SOFTWARE\\KORA4 key security "
                   "test\\Second\\Below code: 1021",
                   "RegKeySecurity::MakeRegKeysAccessible MakeRegKey hr: 0x80004005 name: "
-                  "SOFTWARE\\KORA4 key security test\\Second\\Below"}));
+                  "SOFTWARE\\KORA4 key security test\\Second\\Below"}),
+              Run({cBelowSecond}, trace::eSecurity));
 }
 
 TEST_F(RegKeySecurityTrace, AKeyThatMayNeitherBeOpenedNorRepairedTellsAccessDenied) {
     CreateKey(HKEY_LOCAL_MACHINE, cFirst);
     GiveToSystem(cFirst);
     SetDacl(cFirst, L"D:(A;;KRSD;;;WD)");
-    EXPECT_EQ(Run({cFirst}, trace::eSecurity),
-              (std::vector<std::string>{
+    EXPECT_EQ((std::vector<std::string>{
                   "RegKeySecurity::CreateRegKey Create reg key SOFTWARE\\KORA4 key security "
                   "test\\First code: 5",
                   "RegKeySecurity::MakeRegKeysAccessible MakeRegKey hr: 0x80004005 name: "
-                  "SOFTWARE\\KORA4 key security test\\First"}));
+                  "SOFTWARE\\KORA4 key security test\\First"}),
+              Run({cFirst}, trace::eSecurity));
 }
 
 TEST_F(RegKeySecurityTrace, ARepairedKeyIsToldOfOnce) {
@@ -376,14 +376,14 @@ TEST_F(RegKeySecurityTrace, AKeyWhoseAccessListMayNotBeChangedTellsSo) {
     EXPECT_NE(std::find(texts.begin(), texts.end(),
                         "RegKeySecurity::MakeRegKey Error setting world DACL"),
               texts.end());
-    EXPECT_EQ(texts.back(),
-              "RegKeySecurity::MakeRegKeysAccessible MakeRegKey hr: 0x80004005 name: "
-              "SOFTWARE\\KORA4 key security test\\First");
+    EXPECT_EQ(
+        "RegKeySecurity::MakeRegKeysAccessible MakeRegKey hr: 0x80004005 name: "
+        "SOFTWARE\\KORA4 key security test\\First",
+        texts.back());
 }
 
 TEST_F(RegKeySecurityTrace, EntryAndExitLinesKeepTheirMarkers) {
     EXPECT_EQ(
-        Run({cRoot}, trace::eApiEntryExit),
         (std::vector<std::string>{
             "RegKeySecurity::MakeRegKeysAccessible >>", "RegKeySecurity::MakeRegKey >>",
             "RegKeySecurity::CreateRegKey >>", "RegKeySecurity::CreateRegKey << hr: 0x00000000",
@@ -392,13 +392,14 @@ TEST_F(RegKeySecurityTrace, EntryAndExitLinesKeepTheirMarkers) {
             "RegKeySecurity::ListSecurityString >>",
             "RegKeySecurity::ListSecurityString << hr: 0x80004005",
             "RegKeySecurity::MakeRegKey >> hr: 0x00000000",
-            "RegKeySecurity::MakeRegKeysAccessible << hr: 0x00000000"}));
+            "RegKeySecurity::MakeRegKeysAccessible << hr: 0x00000000"}),
+        Run({cRoot}, trace::eApiEntryExit));
 }
 
 TEST_F(RegKeySecurityTrace, TheDescriptorIsListedBeforeAndAfterTheChange) {
     const auto texts = Run({cRoot}, trace::eSecurity);
     const std::string name = "SOFTWARE\\KORA4 key security test";
-    ASSERT_EQ(texts.size(), 6u);
+    ASSERT_EQ(6u, texts.size());
     EXPECT_EQ(texts[0], "RegKeySecurity::CreateRegKey Create reg key " + name + " code: 0");
     EXPECT_EQ(texts[1],
               "RegKeySecurity::MakeRegKey Post creation security string for: " + name);

@@ -44,7 +44,7 @@ class RecordingSink final : public RegistrarScriptSink {
         std::string narrow;
         for (std::size_t i = 0; i < text.Length(); ++i)
             narrow += static_cast<char>(text.Get()[i]);
-        EXPECT_EQ(text.Get()[text.Length()], u'\0');
+        EXPECT_EQ(u'\0', text.Get()[text.Length()]);
         return narrow;
     }
     HRESULT Answer() { return ++m_calls == m_failAt ? result::cOutOfMemory : result::cOk; }
@@ -63,83 +63,86 @@ constexpr std::array cParameters{
 std::string Walk(std::string_view script) {
     RecordingSink sink;
     const HRESULT hr = WalkRegistrarScript(script, cParameters, sink);
-    EXPECT_EQ(CheckRegistrarScript(script, cParameters), hr);
+    EXPECT_EQ(hr, CheckRegistrarScript(script, cParameters));
     return hr == result::cOk ? sink.Log() : "error";
 }
 
 TEST(RegistrarScript, AnEmptyScriptHasNothingToDo) {
-    EXPECT_EQ(Walk(""), "");
-    EXPECT_EQ(Walk(" \r\n\t"), "");
+    EXPECT_EQ("", Walk(""));
+    EXPECT_EQ("", Walk(" \r\n\t"));
 }
 
 TEST(RegistrarScript, KeysNestAndEndInOrder) {
-    EXPECT_EQ(Walk("HKCR { a { b c { d } } e }"),
-              "root 0\n1 key <a>\n2 key <b>\n2 end\n2 key <c>\n3 key <d>\n3 end\n2 end\n"
-              "1 end\n1 key <e>\n1 end\n");
+    EXPECT_EQ(
+        "root 0\n1 key <a>\n2 key <b>\n2 end\n2 key <c>\n3 key <d>\n3 end\n2 end\n"
+        "1 end\n1 key <e>\n1 end\n",
+        Walk("HKCR { a { b c { d } } e }"));
 }
 
 TEST(RegistrarScript, EveryRootIsKnown) {
-    EXPECT_EQ(Walk("HKCR { } HKCU { } HKLM { } HKU { }"), "root 0\nroot 1\nroot 2\nroot 3\n");
+    EXPECT_EQ("root 0\nroot 1\nroot 2\nroot 3\n", Walk("HKCR { } HKCU { } HKLM { } HKU { }"));
 }
 
 TEST(RegistrarScript, ModesBelongToTheKeyThatFollows) {
-    EXPECT_EQ(Walk("HKCR { NoRemove a { ForceRemove b } c }"),
-              "root 0\n1 NoRemove <a>\n2 ForceRemove <b>\n2 end\n1 end\n1 key <c>\n1 end\n");
+    EXPECT_EQ("root 0\n1 NoRemove <a>\n2 ForceRemove <b>\n2 end\n1 end\n1 key <c>\n1 end\n",
+              Walk("HKCR { NoRemove a { ForceRemove b } c }"));
 }
 
 TEST(RegistrarScript, KeysMayHaveADefaultValue) {
-    EXPECT_EQ(Walk("HKCR { a = s 'x y' { b = s z } }"),
-              "root 0\n1 key <a> = <x y>\n2 key <b> = <z>\n2 end\n1 end\n");
+    EXPECT_EQ("root 0\n1 key <a> = <x y>\n2 key <b> = <z>\n2 end\n1 end\n",
+              Walk("HKCR { a = s 'x y' { b = s z } }"));
 }
 
 TEST(RegistrarScript, ValuesBelongToTheKeyAroundThem) {
-    EXPECT_EQ(Walk("HKCR { val r = s 1 a { val 'n m' = s 'x' } }"),
-              "root 0\n0 val <r> = <1>\n1 key <a>\n1 val <n m> = <x>\n1 end\n");
+    EXPECT_EQ("root 0\n0 val <r> = <1>\n1 key <a>\n1 val <n m> = <x>\n1 end\n",
+              Walk("HKCR { val r = s 1 a { val 'n m' = s 'x' } }"));
 }
 
 TEST(RegistrarScript, ABracedGuidIsAName) {
-    EXPECT_EQ(Walk("HKCR { ForceRemove {16CC-D9} = s 'x' { } }"),
-              "root 0\n1 ForceRemove <{16CC-D9}> = <x>\n1 end\n");
+    EXPECT_EQ("root 0\n1 ForceRemove <{16CC-D9}> = <x>\n1 end\n",
+              Walk("HKCR { ForceRemove {16CC-D9} = s 'x' { } }"));
 }
 
 TEST(RegistrarScript, QuotedTokensAreNeverKeywordsOrBraces) {
-    EXPECT_EQ(Walk("HKCR { 'NoRemove' 'val' '{' '}' '=' }"),
-              "root 0\n1 key <NoRemove>\n1 end\n1 key <val>\n1 end\n1 key <{>\n1 end\n"
-              "1 key <}>\n1 end\n1 key <=>\n1 end\n");
+    EXPECT_EQ(
+        "root 0\n1 key <NoRemove>\n1 end\n1 key <val>\n1 end\n1 key <{>\n1 end\n"
+        "1 key <}>\n1 end\n1 key <=>\n1 end\n",
+        Walk("HKCR { 'NoRemove' 'val' '{' '}' '=' }"));
 }
 
 TEST(RegistrarScript, ADoubledApostropheStandsForOne) {
-    EXPECT_EQ(Walk("HKCR { 'it''s' = s '''x''' }"), "root 0\n1 key <it's> = <'x'>\n1 end\n");
+    EXPECT_EQ("root 0\n1 key <it's> = <'x'>\n1 end\n", Walk("HKCR { 'it''s' = s '''x''' }"));
 }
 
 TEST(RegistrarScript, AQuotedTextMayBeEmpty) {
-    EXPECT_EQ(Walk("HKCR { a = s '' }"), "root 0\n1 key <a> = <>\n1 end\n");
+    EXPECT_EQ("root 0\n1 key <a> = <>\n1 end\n", Walk("HKCR { a = s '' }"));
 }
 
 TEST(RegistrarScript, ParametersAreReplacedInNamesAndTexts) {
-    EXPECT_EQ(Walk("HKCR { %NAME% = s 'a%NAME%b%NAME%' { val '%NAME%' = s %NAME% } }"),
-              "root 0\n1 key <value> = <avaluebvalue>\n1 val <value> = <value>\n1 end\n");
+    EXPECT_EQ("root 0\n1 key <value> = <avaluebvalue>\n1 val <value> = <value>\n1 end\n",
+              Walk("HKCR { %NAME% = s 'a%NAME%b%NAME%' { val '%NAME%' = s %NAME% } }"));
 }
 
 TEST(RegistrarScript, AParameterMayBeEmpty) {
-    EXPECT_EQ(Walk("HKCR { a = s '%EMPTY%' }"), "root 0\n1 key <a> = <>\n1 end\n");
+    EXPECT_EQ("root 0\n1 key <a> = <>\n1 end\n", Walk("HKCR { a = s '%EMPTY%' }"));
 }
 
 TEST(RegistrarScript, AReplacementIsNeverLookedAtAgain) {
-    EXPECT_EQ(Walk("HKCR { a = s '%HARD%' b = s %HARD% }"),
-              "root 0\n1 key <a> = <C:\\it's 100% {a} %NAME% 'x'\\>\n1 end\n"
-              "1 key <b> = <C:\\it's 100% {a} %NAME% 'x'\\>\n1 end\n");
+    EXPECT_EQ(
+        "root 0\n1 key <a> = <C:\\it's 100% {a} %NAME% 'x'\\>\n1 end\n"
+        "1 key <b> = <C:\\it's 100% {a} %NAME% 'x'\\>\n1 end\n",
+        Walk("HKCR { a = s '%HARD%' b = s %HARD% }"));
 }
 
 TEST(RegistrarScript, ADoubledPerCentSignStandsForOne) {
-    EXPECT_EQ(Walk("HKCR { a = s '100%% %%NAME%%' }"),
-              "root 0\n1 key <a> = <100% %NAME%>\n1 end\n");
+    EXPECT_EQ("root 0\n1 key <a> = <100% %NAME%>\n1 end\n",
+              Walk("HKCR { a = s '100%% %%NAME%%' }"));
 }
 
 class MalformedScript : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(MalformedScript, IsRefused) {
-    EXPECT_EQ(Walk(GetParam()), "error");
+    EXPECT_EQ("error", Walk(GetParam()));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -165,8 +168,8 @@ TEST(RegistrarScript, NestingHasALimit) {
             script += "} ";
         return script;
     };
-    EXPECT_EQ(CheckRegistrarScript(nested(cMaxScriptDepth), {}), result::cOk);
-    EXPECT_EQ(CheckRegistrarScript(nested(cMaxScriptDepth + 1), {}), result::cFail);
+    EXPECT_EQ(result::cOk, CheckRegistrarScript(nested(cMaxScriptDepth), {}));
+    EXPECT_EQ(result::cFail, CheckRegistrarScript(nested(cMaxScriptDepth + 1), {}));
 }
 
 TEST(RegistrarScript, AFailureOfTheSinkEndsTheWalkAndIsItsResult) {
@@ -174,7 +177,7 @@ TEST(RegistrarScript, AFailureOfTheSinkEndsTheWalkAndIsItsResult) {
     for (int call = 1; call <= 4; ++call) {
         RecordingSink sink;
         sink.FailAtCall(call);
-        EXPECT_EQ(WalkRegistrarScript(script, {}, sink), result::cOutOfMemory);
+        EXPECT_EQ(result::cOutOfMemory, WalkRegistrarScript(script, {}, sink));
         EXPECT_EQ(std::count(sink.Log().begin(), sink.Log().end(), '\n'), call);
     }
 }

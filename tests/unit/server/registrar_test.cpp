@@ -40,84 +40,84 @@ class Registrar : public ::testing::Test {
 };
 
 TEST_F(Registrar, RegistrationCreatesKeysAndValues) {
-    EXPECT_EQ(Register("a = s 'x' { val n = s 'y' b } c"), S_OK);
-    EXPECT_EQ(Dump(), "[]\n[a]\n REG_SZ x\nn REG_SZ y\n[a\\b]\n[c]\n");
+    EXPECT_EQ(S_OK, Register("a = s 'x' { val n = s 'y' b } c"));
+    EXPECT_EQ("[]\n[a]\n REG_SZ x\nn REG_SZ y\n[a\\b]\n[c]\n", Dump());
 }
 
 TEST_F(Registrar, ReplacedPathsArriveAsTheyAre) {
-    EXPECT_EQ(Register("a = s '%PATH%'"), S_OK);
-    EXPECT_EQ(ReadString(HKEY_CURRENT_USER, cPlayground + std::wstring(L"\\a"), L""),
-              L"C:\\it's 100% {a} \u00fc\u4e2d\\%PATH%\\x.dll");
+    EXPECT_EQ(S_OK, Register("a = s '%PATH%'"));
+    EXPECT_EQ(L"C:\\it's 100% {a} \u00fc\u4e2d\\%PATH%\\x.dll",
+              ReadString(HKEY_CURRENT_USER, cPlayground + std::wstring(L"\\a"), L""));
 }
 
 TEST_F(Registrar, RegistrationKeepsWhatElseIsInAnOrdinaryKey) {
     Put(L"a", L"old");
-    EXPECT_EQ(Register("a { val n = s y }"), S_OK);
-    EXPECT_EQ(Dump(), "[]\n[a]\nn REG_SZ y\nold REG_SZ 1\n");
+    EXPECT_EQ(S_OK, Register("a { val n = s y }"));
+    EXPECT_EQ("[]\n[a]\nn REG_SZ y\nold REG_SZ 1\n", Dump());
 }
 
 TEST_F(Registrar, RegistrationReplacesAForceRemoveKeyWhole) {
     Put(L"a", L"old");
     Put(L"a\\b\\c", L"old");
-    EXPECT_EQ(Register("ForceRemove a { val n = s y }"), S_OK);
-    EXPECT_EQ(Dump(), "[]\n[a]\nn REG_SZ y\n");
+    EXPECT_EQ(S_OK, Register("ForceRemove a { val n = s y }"));
+    EXPECT_EQ("[]\n[a]\nn REG_SZ y\n", Dump());
 }
 
 TEST_F(Registrar, RegisteringTwiceIsRegisteringOnce) {
     const std::string items = "ForceRemove a = s x { b { val n = s y } } c";
-    EXPECT_EQ(Register(items), S_OK);
+    EXPECT_EQ(S_OK, Register(items));
     const std::string once = Dump();
-    EXPECT_EQ(Register(items), S_OK);
-    EXPECT_EQ(Dump(), once);
+    EXPECT_EQ(S_OK, Register(items));
+    EXPECT_EQ(once, Dump());
 }
 
 TEST_F(Registrar, UnregistrationRemovesWhatRegistrationMade) {
     const std::string items = "ForceRemove a = s x { b { val n = s y } } c { d } e = s z";
-    EXPECT_EQ(Register(items), S_OK);
-    EXPECT_EQ(Unregister(items), S_OK);
-    EXPECT_EQ(Dump(), "[]\n");
+    EXPECT_EQ(S_OK, Register(items));
+    EXPECT_EQ(S_OK, Unregister(items));
+    EXPECT_EQ("[]\n", Dump());
 }
 
 TEST_F(Registrar, UnregistrationRemovesAForceRemoveKeyWithItsSubtree) {
     Put(L"a\\foreign\\deep", L"n");
-    EXPECT_EQ(Unregister("ForceRemove a { b }"), S_OK);
-    EXPECT_EQ(Dump(), "[]\n");
+    EXPECT_EQ(S_OK, Unregister("ForceRemove a { b }"));
+    EXPECT_EQ("[]\n", Dump());
 }
 
 TEST_F(Registrar, UnregistrationKeepsNoRemoveKeysButNotTheirScriptedContents) {
     const std::string items = "NoRemove a { b val n = s y }";
-    EXPECT_EQ(Register(items), S_OK);
-    EXPECT_EQ(Unregister(items), S_OK);
-    EXPECT_EQ(Dump(), "[]\n[a]\n");
+    EXPECT_EQ(S_OK, Register(items));
+    EXPECT_EQ(S_OK, Unregister(items));
+    EXPECT_EQ("[]\n[a]\n", Dump());
 }
 
 TEST_F(Registrar, UnregistrationKeepsAnOrdinaryKeyThatHoldsForeignKeys) {
-    EXPECT_EQ(Register("a { b val n = s y }"), S_OK);
+    EXPECT_EQ(S_OK, Register("a { b val n = s y }"));
     Put(L"a\\foreign", L"n");
-    EXPECT_EQ(Unregister("a { b val n = s y }"), S_OK);
-    EXPECT_EQ(Dump(), "[]\n[a]\n[a\\foreign]\nn REG_SZ 1\n");
+    EXPECT_EQ(S_OK, Unregister("a { b val n = s y }"));
+    EXPECT_EQ("[]\n[a]\n[a\\foreign]\nn REG_SZ 1\n", Dump());
 }
 
 TEST_F(Registrar, UnregisteringWhatIsNotThereSucceeds) {
     CreateKey(HKEY_CURRENT_USER, cPlayground);
-    EXPECT_EQ(Unregister("ForceRemove a { b } c { d { val n = s y } } val n = s y"), S_OK);
-    EXPECT_EQ(Dump(), "[]\n");
+    EXPECT_EQ(S_OK, Unregister("ForceRemove a { b } c { d { val n = s y } } val n = s y"));
+    EXPECT_EQ("[]\n", Dump());
 }
 
 TEST_F(Registrar, AMalformedScriptTouchesNothing) {
-    EXPECT_EQ(Register("a = s x b = s"), E_FAIL);
-    EXPECT_EQ(Dump(), "");
+    EXPECT_EQ(E_FAIL, Register("a = s x b = s"));
+    EXPECT_EQ("", Dump());
     Put(L"a", L"n");
-    EXPECT_EQ(Unregister("ForceRemove a %WHO%"), E_FAIL);
-    EXPECT_EQ(Dump(), "[]\n[a]\nn REG_SZ 1\n");
+    EXPECT_EQ(E_FAIL, Unregister("ForceRemove a %WHO%"));
+    EXPECT_EQ("[]\n[a]\nn REG_SZ 1\n", Dump());
 }
 
 TEST_F(Registrar, ARegistryErrorIsAFailure) {
     UniqueRegKey key;  // under a volatile key only volatile ones can be created
-    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, cPlayground, 0, nullptr, REG_OPTION_VOLATILE,
-                              KEY_WRITE, nullptr, key.Put(), nullptr),
-              ERROR_SUCCESS);
-    EXPECT_EQ(Register("a"), E_FAIL);
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExW(HKEY_CURRENT_USER, cPlayground, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_WRITE, nullptr, key.Put(), nullptr));
+    EXPECT_EQ(E_FAIL, Register("a"));
 }
 
 TEST_F(Registrar, EveryRootIsItsPredefinedKey) {
@@ -141,9 +141,9 @@ TEST_F(Registrar, EveryRootIsItsPredefinedKey) {
         const std::string script =
             std::string(word) + " { " +
             (parent.empty() ? key : "NoRemove " + parent + " { " + key + " }") + " }";
-        EXPECT_EQ(RegisterScript(script, {}), S_OK) << word;
+        EXPECT_EQ(S_OK, RegisterScript(script, {})) << word;
         EXPECT_TRUE(KeyExists(root, path)) << word;
-        EXPECT_EQ(UnregisterScript(script, {}), S_OK) << word;
+        EXPECT_EQ(S_OK, UnregisterScript(script, {})) << word;
         EXPECT_FALSE(KeyExists(root, path)) << word;
     }
 }

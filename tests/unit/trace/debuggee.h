@@ -20,6 +20,7 @@ struct DebugRun {
 // Starts this program with "--scenario NAME" and debugs it, for at most 30 seconds.
 DebugRun RunUnderDebugger(const std::string& scenario);
 
+// A part of the program that runs as the child.
 struct Scenario {
     const char* name;
     void (*run)();

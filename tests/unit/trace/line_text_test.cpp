@@ -87,7 +87,7 @@ TEST(LineNumbers, HaveAPointInEveryLocale) {
         EXPECT_EQ(" -2.250000|", Formatted("%10f|", -2.25)) << locale;
         const std::string large = Formatted("%f", 3e38);
         std::setlocale(LC_ALL, "C");
-        EXPECT_EQ(PrintedFloat("%f", 3e38), large) << locale;
+        EXPECT_EQ(large, PrintedFloat("%f", 3e38)) << locale;
     }
 }
 

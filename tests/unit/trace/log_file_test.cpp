@@ -93,7 +93,7 @@ BOOL WINAPI Inform(HANDLE handle, FILE_INFO_BY_HANDLE_CLASS about, LPVOID pInfor
             g_pPlatform->moved.contains(path) ? path.substr(2) + "x" : path.substr(2);
         std::copy(name.begin(), name.end(), pName->FileName);
         pName->FileNameLength = static_cast<DWORD>(2 * name.size());
-        EXPECT_LE(pName->FileNameLength + sizeof *pName, size);
+        EXPECT_GE(size, pName->FileNameLength + sizeof *pName);
     }
     return TRUE;
 }

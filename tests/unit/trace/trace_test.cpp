@@ -52,7 +52,7 @@ bool FileExists(const char* pPath) {
 
 TEST(TraceFlagWord, StartsWithMessagesOnly) {
     EXPECT_EQ(trace::cDefaultFlags, 0x00000400u);
-    EXPECT_EQ(trace::Flags(), 0x00000400u);
+    EXPECT_EQ(0x00000400u, trace::Flags());
 }
 
 TEST(TraceFlagWord, EnablesAStatementByAnyBitOfItsMask) {
@@ -93,10 +93,10 @@ TEST(TraceStatement, EvaluatesNoArgumentWhenSuppressed) {
     const TraceFlags off(trace::eMasterSwitchOff | trace::eMessages);
     TELL(trace::eMessages, "%d", ++evaluated);
     TELL(trace::eSecurity, "%d", ++evaluated);
-    EXPECT_EQ(evaluated, 0);
+    EXPECT_EQ(0, evaluated);
     const TraceFlags on(trace::eMessages);
     TELL(trace::eMessages, "%d", ++evaluated);
-    EXPECT_EQ(evaluated, 1);
+    EXPECT_EQ(1, evaluated);
 }
 
 TEST(TraceStatement, BeginsWithTagLineInFourColumnsAndFunction) {
@@ -104,10 +104,11 @@ TEST(TraceStatement, BeginsWithTagLineInFourColumnsAndFunction) {
     trace::Write(cToFiles, cSite, 7, "a");
     trace::Write(cToFiles, cSite, 123, "b");
     trace::Write(cToFiles, cSite, 12345, "c");
-    EXPECT_EQ(ReadRaw("KORA4ASL.log"),
-              "KORA4ASL:    7 CKORA4ASL::GetActiveProfile:a\r\n"
-              "KORA4ASL:  123 CKORA4ASL::GetActiveProfile:b\r\n"
-              "KORA4ASL: 12345 CKORA4ASL::GetActiveProfile:c\r\n");
+    EXPECT_EQ(
+        "KORA4ASL:    7 CKORA4ASL::GetActiveProfile:a\r\n"
+        "KORA4ASL:  123 CKORA4ASL::GetActiveProfile:b\r\n"
+        "KORA4ASL: 12345 CKORA4ASL::GetActiveProfile:c\r\n",
+        ReadRaw("KORA4ASL.log"));
 }
 
 TEST(TraceStatement, GivesItsOwnSourceLine) {
@@ -115,8 +116,8 @@ TEST(TraceStatement, GivesItsOwnSourceLine) {
     const TraceFlags flags(cToFiles);
     const int line = __LINE__ + 1;
     TELL(trace::eMessages, "here");
-    ASSERT_EQ(log.Read("KORA4ASL").size(), 1u);
-    EXPECT_EQ(log.Read("KORA4ASL")[0].line, line);
+    ASSERT_EQ(1u, log.Read("KORA4ASL").size());
+    EXPECT_EQ(line, log.Read("KORA4ASL")[0].line);
 }
 
 TEST(TraceStatement, PrintsNumbersWideStringsPointersAndFloats) {
@@ -146,7 +147,7 @@ TEST(TraceStatement, CutsALongLineAndKeepsItsNewline) {
         log.Clear();
         trace::Write(cToFiles, cSite, 123, "%s", longText.substr(0, length).c_str());
         const std::string whole = cHead + longText.substr(0, length);
-        EXPECT_EQ(ReadRaw("KORA4ASL.log"), whole.substr(0, cLongestLine - 1) + "\r\n")
+        EXPECT_EQ(whole.substr(0, cLongestLine - 1) + "\r\n", ReadRaw("KORA4ASL.log"))
             << length;
     }
 }
@@ -156,15 +157,15 @@ TEST(TraceStatement, CutsALongFunctionName) {
     const std::string name(3000, 'f');
     trace::Write(cToFiles, trace::Site{"KORA4ASL", name.c_str(), 0, 0}, 1, "%s", "x");
     const std::string raw = ReadRaw("KORA4ASL.log");
-    EXPECT_EQ(raw.size(), cLongestLine + 1);
+    EXPECT_EQ(cLongestLine + 1, raw.size());
     EXPECT_TRUE(raw.ends_with("ff\r\n"));
 }
 
 TEST(TraceStatement, UsesTheTagBehindItsLastBackslash) {
     TraceLog log;
     trace::Write(cToFiles, trace::Site{"src\\store\\KORA4VisKeyData", "f", 0, 0}, 123, "x");
-    EXPECT_EQ(ReadRaw("KORA4VisKeyData.log"), "KORA4VisKeyData:  123 f:x\r\n");
-    EXPECT_EQ(ReadRaw("KalTrace.log"), "KORA4VisKeyData:  123 f:x\r\n");
+    EXPECT_EQ("KORA4VisKeyData:  123 f:x\r\n", ReadRaw("KORA4VisKeyData.log"));
+    EXPECT_EQ("KORA4VisKeyData:  123 f:x\r\n", ReadRaw("KalTrace.log"));
 }
 
 TEST(TraceStatement, LeavesTheLastErrorAlone) {
@@ -172,7 +173,7 @@ TEST(TraceStatement, LeavesTheLastErrorAlone) {
     const TraceFlags flags(cToFiles);
     SetLastError(1234);
     TELL(trace::eMessages, "x");
-    EXPECT_EQ(GetLastError(), 1234u);
+    EXPECT_EQ(1234u, GetLastError());
 }
 
 // --- the log files ----------------------------------------------------------------------
@@ -228,7 +229,7 @@ TEST(TraceFiles, AreLeftOutForATagThatMakesNoPath) {
     TraceLog log;
     const std::string tag(400, 't');
     trace::Write(cToFiles, trace::Site{tag.c_str(), "f", 0, 0}, 1, "x");
-    EXPECT_EQ(log.ReadShared().size(), 1u);
+    EXPECT_EQ(1u, log.ReadShared().size());
 }
 
 TEST(TraceFiles, AreClosedAfterEachLine) {
@@ -374,7 +375,7 @@ TEST(KalAssert, EvaluatesItsConditionOnce) {
     const TraceFlags flags(0);
     int evaluated = 0;
     KALASSERT(cSite, ++evaluated == 0);
-    EXPECT_EQ(evaluated, 1);
+    EXPECT_EQ(1, evaluated);
 }
 
 TEST(KalAssert, IsSilentWithoutItsCategory) {
@@ -439,7 +440,7 @@ std::vector<std::string> DebuggedMessages(const test::DebugRun& run) {
 test::DebugRun RunToTheEnd(const std::string& scenario) {
     const test::DebugRun run = RunUnderDebugger(scenario);
     EXPECT_TRUE(run.ended);
-    EXPECT_EQ(run.exitCode, 0u);
+    EXPECT_EQ(0u, run.exitCode);
     return run;
 }
 
@@ -462,8 +463,8 @@ TEST(DebuggerOutput, GetsLinesWithoutALogFolder) {
 
 TEST(DebuggerOutput, GetsALongLineCutInOnePiece) {
     const test::DebugRun run = RunToTheEnd("long-line");
-    ASSERT_EQ(run.output.size(), 1u);
-    EXPECT_EQ(run.output[0].size(), cLongestLine);
+    ASSERT_EQ(1u, run.output.size());
+    EXPECT_EQ(cLongestLine, run.output[0].size());
     EXPECT_TRUE(run.output[0].ends_with("xx\n"));
 }
 
@@ -474,19 +475,19 @@ TEST(Debugger, IsNoticed) {
 
 TEST(Debugger, IsStoppedInByAFailedAssertion) {
     const test::DebugRun run = RunToTheEnd("assert-on");
-    EXPECT_EQ(run.breakpoints, 1);
+    EXPECT_EQ(1, run.breakpoints);
     EXPECT_THAT(DebuggedMessages(run), ElementsAre("KALASSERT failed: !\"broken\"", "went on"));
 }
 
 TEST(Debugger, IsStoppedInWhenAllCategoriesAreOff) {
     const test::DebugRun run = RunToTheEnd("assert-off");
-    EXPECT_EQ(run.breakpoints, 1);
+    EXPECT_EQ(1, run.breakpoints);
     EXPECT_THAT(run.output, IsEmpty());
 }
 
 TEST(Debugger, IsStoppedInWhenTheTraceIsSwitchedOff) {
     const test::DebugRun run = RunToTheEnd("assert-switched-off");
-    EXPECT_EQ(run.breakpoints, 1);
+    EXPECT_EQ(1, run.breakpoints);
     EXPECT_THAT(run.output, IsEmpty());
 }
 
@@ -495,13 +496,13 @@ TEST(Debugger, IsStoppedInWhenTheTraceIsSwitchedOff) {
 TEST(TraceParser, SplitsTheFields) {
     const std::vector<TraceLine> lines =
         test::ParseTrace("KORA4ASL:  123 A::~B::C:<< hr: 0x00000000\r\nT: 12345 f::first:m\n");
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0].tag, "KORA4ASL");
-    EXPECT_EQ(lines[0].line, 123);
-    EXPECT_EQ(lines[0].function, "A::~B::C");
-    EXPECT_EQ(lines[0].message, "<< hr: 0x00000000");
-    EXPECT_EQ(lines[1].line, 12345);
-    EXPECT_EQ(lines[1].function, "f::first");
+    ASSERT_EQ(2u, lines.size());
+    EXPECT_EQ("KORA4ASL", lines[0].tag);
+    EXPECT_EQ(123, lines[0].line);
+    EXPECT_EQ("A::~B::C", lines[0].function);
+    EXPECT_EQ("<< hr: 0x00000000", lines[0].message);
+    EXPECT_EQ(12345, lines[1].line);
+    EXPECT_EQ("f::first", lines[1].function);
 }
 
 TEST(TraceParser, KeepsTextThatFollowsOnLaterLines) {

@@ -17,15 +17,14 @@ namespace {
 // A longer name could be stored but not read back.
 constexpr std::size_t cLongestName = cMaxTextBytes / sizeof(wchar_t) - 1;
 
-constexpr char cSeeTable[] = "See the custom profiles: kora4ctl profile table";
+constexpr char cSeeTable[] = "List the custom profiles: kora4ctl profile table";
 
 std::wstring StorableName(const std::string& name) {
     std::wstring wide = Widen(name);
     if (wide.size() > cLongestName)
-        throw Failure(ExitCode::eBadInput, "The name has " + std::to_string(wide.size()) +
-                                               " UTF-16 characters; a longer one than " +
-                                               std::to_string(cLongestName) +
-                                               " could not be read again.");
+        throw BadInput("The name has " + std::to_string(wide.size()) +
+                       " UTF-16 characters; more than " + std::to_string(cLongestName) +
+                       " could not be read back.");
     return wide;
 }
 
@@ -47,10 +46,11 @@ std::optional<std::string> TakeText(LPWSTR text) {
     return narrow;
 }
 
-void RefuseUnlessCustom(std::uint32_t profile) {
+void CheckIsCustom(std::uint32_t profile) {
     if (!IsCustomProfile(profile))
-        throw Failure(ExitCode::eBadInput, ProfileName(profile) + " is no custom profile.",
-                      "Only p1 to p6 have names, and can be created, renamed and deleted.");
+        throw BadInput(ProfileName(profile) + " is not a custom profile.",
+                       "Only " + CustomProfiles() +
+                           " have names and can be created, renamed and deleted.");
 }
 
 ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
@@ -62,7 +62,7 @@ ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
         table[i] = TakeText(names[i]);
     if (hr == E_FAIL)
         Fail(
-            "The names of the custom profiles cannot be read: one that is stored is not "
+            "The names of the custom profiles cannot be read: a stored one is not "
             "readable.",
             "Find it with 'kora4ctl lint', repair it with 'kora4ctl lint --fix'.");
     Check(hr, "Reading the table of profiles");
@@ -70,18 +70,18 @@ ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
 }
 
 void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     const HRESULT hr =
         api.CreateCustomProfile(static_cast<LONG>(profile), StorableName(name).c_str());
     if (hr == E_FAIL && Exists(profile, api))
-        Fail(ProfileName(profile) + " exists already, as '" +
+        Fail(ProfileName(profile) + " already exists, as '" +
                  ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
-             "Rename it, delete it first, or take another one of p1 to p6.");
+             "Rename it, delete it first, or choose another of " + CustomProfiles() + ".");
     Check(hr, "Creating " + ProfileName(profile));
 }
 
 void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     const HRESULT hr =
         api.SetCustomProfileName(static_cast<LONG>(profile), StorableName(name).c_str());
     if (hr == E_FAIL && !Exists(profile, api))
@@ -91,7 +91,7 @@ void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4AP
 }
 
 void DeleteProfile(std::uint32_t profile, IVeltoKORA4API& api) {
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     const HRESULT hr = api.DeleteCustomProfile(static_cast<LONG>(profile));
     if (hr == S_FALSE)
         throw Failure(ExitCode::eRefused,
@@ -101,7 +101,7 @@ void DeleteProfile(std::uint32_t profile, IVeltoKORA4API& api) {
     if (hr == E_FAIL && api.GetActiveProfile(&active) == S_OK &&
         active == static_cast<LONG>(profile))
         Fail(ProfileName(profile) + " is the active profile and cannot be deleted.",
-             "Make another one active first: kora4ctl profile use music");
+             "Select another first: kora4ctl profile use music");
     Check(hr, "Deleting " + ProfileName(profile));
 }
 

@@ -20,7 +20,7 @@ using ProfileTable = std::array<std::optional<std::string>, KORA4_PROFILE_TABLE_
 ProfileTable ReadProfileNames(IVeltoKORA4API& api);
 
 // Failure with eBadInput for a profile other than p1 to p6.
-void RefuseUnlessCustom(std::uint32_t profile);
+void CheckIsCustom(std::uint32_t profile);
 
 // Each does what the library's method of that name does, and explains its E_FAIL by the state
 // of the profile. Failure with eBadInput for a name that is too long to be read back.

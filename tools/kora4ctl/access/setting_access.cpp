@@ -6,8 +6,10 @@
 #include "base/failure.h"
 #include "base/results.h"
 #include "contract/profiles.h"
+#include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/document.h"
+#include "settings/document_values.h"
 
 namespace kora4::tools {
 
@@ -29,18 +31,16 @@ const char* NameOfWay(Way way) {
 }
 
 // A setting that the API only reads can still be written in the store, with --stored.
-void RefuseUnlessWritable(const Setting& setting, Limits limits) {
+void CheckWritable(const Setting& setting, Limits limits) {
     if (setting.perProfile && !setting.isStored)
-        throw Failure(ExitCode::eBadInput, "'" + setting.name + "' is more than one value.",
-                      "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
+        throw BadInput("'" + setting.name + "' has more than one value.",
+                       "Set it with 'kora4ctl eq set', 'eq flat' or 'eq import'.");
     if (!setting.isStored)
-        throw Failure(ExitCode::eBadInput,
-                      "'" + setting.name + "' is the library's own and cannot be set.");
+        throw BadInput("'" + setting.name + "' belongs to the library and cannot be set.");
     if (setting.access == Access::eReadOnly && limits == Limits::eApi)
-        throw Failure(ExitCode::eBadInput,
-                      "The library has no method that sets '" + setting.name + "'.",
-                      "Write it into the store with --stored; programs read it when they "
-                      "start.");
+        throw BadInput("The library has no method that sets '" + setting.name + "'.",
+                       "Write it to the store with --stored; programs read it when they "
+                       "start.");
 }
 
 // Where a setting is stored; for the bands as a whole, where their gains are.
@@ -64,7 +64,7 @@ Json Reading::Document() const {
     Json json;
     json["name"] = setting->name;
     json["value"] = value ? ToJson(*setting, *value) : Json();
-    json["unit"] = setting->unit.empty() ? Json() : Json(setting->unit);
+    json["unit"] = OrNull(setting->unit);
     json["profile"] = profile ? Json(ProfileName(*profile)) : Json();
     json["stored"] = stored;
     json["inRange"] = IsInRange();
@@ -77,7 +77,7 @@ std::uint32_t StoredActiveProfile(StoreAccess& store) {
     return store.Number(active.keySet, active.key, cMovieProfile);
 }
 
-void RefuseUnlessSettable(std::uint32_t activeProfile) {
+void CheckSettable(std::uint32_t activeProfile) {
     if (IsSelectableProfile(activeProfile))
         return;
     const std::string name = ProfileName(activeProfile);
@@ -85,32 +85,28 @@ void RefuseUnlessSettable(std::uint32_t activeProfile) {
         throw Failure(
             ExitCode::eRefused,
             "Nothing was stored: the demo profile " + name +
-                " is active, and in a demo nothing is set.",
-            "Leave the demo with 'kora4ctl demo force-leave', or name another profile "
+                " is active, and values cannot be changed in a demo.",
+            "Leave the demo with 'kora4ctl demo force-leave', or choose another profile "
             "with --profile.");
     throw Failure(ExitCode::eRefused,
                   "Nothing was stored: profile number " + name +
-                      " is active, and there is no such profile.",
-                  "Make another one active: kora4ctl profile use music");
+                      " is active, but there is no such profile.",
+                  "Select another: kora4ctl profile use music");
 }
 
 bool IsFrozenInDemo(const Setting& setting) {
     return setting.perProfile && setting.technology.family == Family::ePreset;
 }
 
-void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
-    RefuseUnlessSettable(activeProfile);
+void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
+    CheckSettable(activeProfile);
     if (named && *named != activeProfile)
         throw Failure(ExitCode::eFailed,
                       "Another program made " + ProfileName(activeProfile) +
-                          " the active profile at this moment, and may have got the value "
+                          " the active profile meanwhile, and the value may have gone there "
                           "instead of " +
                           ProfileName(*named) + ".",
-                      "Look at both with 'kora4ctl profile show'.");
-}
-
-void WaitForStore(const Context& context) {
-    const StoreLock lock(cLockPatience, context.interrupt.Event());
+                      "Check both with 'kora4ctl profile show'.");
 }
 
 ApiSession& SettingAccess::Api() {
@@ -162,8 +158,7 @@ std::vector<Reading> SettingAccess::Read(const std::vector<const Setting*>& sett
     }
     if (!needsStore)
         return readings;
-    const std::unique_ptr<StoreAccess> store = Store(OpenMode::eRead);
-    const StoreLock lock = Lock();
+    const HeldStore store = Store(OpenMode::eRead);
     for (Reading& reading : readings)
         ReadFromStore(reading, profile.has_value(), detail, *store);
     return readings;
@@ -192,14 +187,14 @@ void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
 
 Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,
                           const std::string& text, Limits limits, Detail detail) {
-    RefuseUnlessWritable(setting, limits);
+    CheckWritable(setting, limits);
     if (limits == Limits::eStore || WayOf(setting, profile) == Way::eStore)
         return SetThroughStore(setting, profile, text, limits, detail);
     Change change;
     change.old = ReadThroughApi(setting, profile, Api());
     WriteThroughApi(setting, profile, ParseValue(setting, text, change.old, limits), Api());
     if (IsFrozenInDemo(setting))
-        RefuseUnlessSet(ActiveProfile(), profile);
+        CheckWasSet(ActiveProfile(), profile);
     change.now = Read(setting, profile, detail);
     return change;
 }
@@ -208,37 +203,34 @@ Change SettingAccess::SetThroughStore(const Setting& setting,
                                       std::optional<std::uint32_t> profile,
                                       const std::string& text, Limits limits, Detail detail) {
     Change change;
-    {
-        const std::unique_ptr<StoreAccess> store = Store(OpenMode::eReadWrite);
-        const StoreLock lock = Lock();
-        std::uint32_t target = 0;
-        if (setting.perProfile) {
-            target = profile ? *profile : StoredActiveProfile(*store);
-            if (!profile && IsFrozenInDemo(setting))
-                RefuseUnlessSettable(target);
-            if (setting.role == Role::eName)
-                RefuseUnlessCustom(target);
-        }
-        const SchemaValue value = setting.Stored(target);
-        change.old = Effective(value, *store);
-        const Value wanted = ParseValue(setting, text, change.old, limits);
-        store->Write(value.keySet, value.key, Encode(value, wanted));
-        // Also for a profile that is not active: a writer in another session, which the mutex
-        // does not hold back, may be making it active at this moment.
-        if (const std::optional<PropertyKey> counter = value.Announcement())
-            store->Bump(*counter);
-        change.now = Reading{&setting, {}, {}, Way::eStore, {}};
-        if (setting.perProfile)
-            change.now.profile = target;
-        ReadFromStore(change.now, profile.has_value(), detail, *store);
+    const HeldStore store = Store(OpenMode::eReadWrite);
+    std::uint32_t target = 0;
+    if (setting.perProfile) {
+        target = profile ? *profile : StoredActiveProfile(*store);
+        if (!profile && IsFrozenInDemo(setting))
+            CheckSettable(target);
+        if (setting.role == Role::eName)
+            CheckIsCustom(target);
     }
+    const SchemaValue value = setting.Stored(target);
+    change.old = Effective(value, *store);
+    const Value wanted = ParseValue(setting, text, change.old, limits);
+    store->Write(value.keySet, value.key, Encode(value, wanted));
+    // Also for a profile that is not active: a writer in another session, which the mutex
+    // does not hold back, may be making it active at this moment.
+    if (const std::optional<PropertyKey> counter = value.Announcement())
+        store->Bump(*counter);
+    change.now = Reading{&setting, {}, {}, Way::eStore, {}};
+    if (setting.perProfile)
+        change.now.profile = target;
+    ReadFromStore(change.now, profile.has_value(), detail, *store);
     return change;
 }
 
 Change SettingAccess::Toggle(const Setting& setting, std::optional<std::uint32_t> profile,
                              Detail detail) {
     // One step for the library, however many clients toggle at a time.
-    if (setting.writer == "SetVeltoEnable") {
+    if (setting.methods == ApiMethods::eEnable) {
         BOOL isOn = FALSE;
         Check(Api()->ToggleVeltoEnable(&isOn), "Toggling the master enable");
         return {Value(isOn == FALSE), Read(setting, profile, detail)};

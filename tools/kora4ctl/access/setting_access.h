@@ -5,21 +5,16 @@
 #define KORA4_KORA4CTL_ACCESS_SETTING_ACCESS_H
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "kora4ctl/access/held_store.h"
 #include "process/api_session.h"
-#include "process/program.h"
-#include "registry/registry_store.h"
-#include "registry/store_lock.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {
-
-// Milliseconds until a tool gives up waiting for the store's mutex.
-inline constexpr DWORD cLockPatience = 30000;
 
 // Where a value comes from and goes to.
 enum class Way {
@@ -87,10 +82,7 @@ class SettingAccess {
     ApiSession& Api();
     // Asked of the library; any number that is stored.
     std::uint32_t ActiveProfile();
-
-    // The store without and with its mutex; the caller owns both.
-    std::unique_ptr<StoreAccess> Store(OpenMode mode) const { return OpenStore(mode); }
-    StoreLock Lock() const { return StoreLock(cLockPatience, m_context.interrupt.Event()); }
+    HeldStore Store(OpenMode mode) const { return HeldStore(m_context, mode); }
 
   private:
     Change SetThroughStore(const Setting& setting, std::optional<std::uint32_t> profile,
@@ -101,33 +93,18 @@ class SettingAccess {
     std::optional<ApiSession> m_api;
 };
 
-// Returns when nobody holds the store; what StoreLock throws otherwise. The library itself
-// waits without a limit, so call this before using it.
-void WaitForStore(const Context& context);
-
-// Like ActiveProfile, but from the store; the caller holds its mutex.
+// As ActiveProfile, from the store; the caller holds its mutex.
 std::uint32_t StoredActiveProfile(StoreAccess& store);
 
 // Failure with eRefused when setters store nothing: the active profile is a demo profile, or
 // none of those that there are.
-void RefuseUnlessSettable(std::uint32_t activeProfile);
+void CheckSettable(std::uint32_t activeProfile);
 // The same after a setter, and Failure with eFailed when the profile that was meant is no
 // longer the active one.
-void RefuseUnlessSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named);
+void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named);
 
 // Whether setters leave a demo profile alone: what belongs to a technology.
 bool IsFrozenInDemo(const Setting& setting);
-
-// The methods of the interface by the names in the table of settings. `profile` matters to
-// names alone; everything else is of the active profile.
-std::optional<Value> ReadThroughApi(const Setting& setting,
-                                    std::optional<std::uint32_t> profile,
-                                    const ApiSession& api);
-
-// Writes through the method of the interface that serves the setting. Failure by the method's
-// result.
-void WriteThroughApi(const Setting& setting, std::optional<std::uint32_t> profile,
-                     const Value& value, const ApiSession& api);
 
 }  // namespace kora4::tools
 

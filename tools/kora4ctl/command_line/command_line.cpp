@@ -12,15 +12,15 @@ constexpr char cSummary[] =
     "Reads, changes and watches the settings of the KORA4 audio engine.";
 
 constexpr char cFooter[] =
-    "Exit codes: 0 done, 1 failed, 2 wrong command line, 3 refused and nothing changed,\n"
-    "4 library not registered or not usable, 5 bad value or file, 6 timed out, 7 findings.\n";
+    "Exit codes: 0 done, 1 failed, 2 bad command line, 3 refused and nothing changed,\n"
+    "4 library not registered or unusable, 5 bad value or file, 6 timed out, 7 findings.\n";
 
 }  // namespace
 
 void AddVerbs(Context& context) {
     context.root.require_subcommand(1);
     context.root.footer(cFooter);
-    for (AddVerb* add : cVerbs)
+    for (VerbAdder* add : cVerbs)
         add(context);
 }
 

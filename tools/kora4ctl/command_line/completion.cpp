@@ -62,33 +62,26 @@ std::vector<std::string> OptionNames(const CLI::Option& option) {
 
 void AddOptions(const CLI::App& app, CompletedCommand& command) {
     for (const CLI::Option* option : app.get_options()) {
+        const bool repeats = option->get_items_expected_max() > 1;
         if (option->get_positional()) {
-            command.arguments.push_back({WordsOf(command.path, option->get_single_name()),
-                                         option->get_items_expected_max() > 1});
+            command.arguments.push_back(WordsOf(command.path, option->get_single_name()) +
+                                        (repeats ? cRepeats : ""));
             continue;
         }
-        CompletedOption completed;
-        completed.names = OptionNames(*option);
-        completed.help = option->get_description();
-        completed.takesValue = option->get_items_expected_max() > 0;
-        if (completed.takesValue)
-            completed.words = WordsOf(command.path, completed.names.front());
-        command.options.push_back(std::move(completed));
+        const bool takesValue = option->get_items_expected_max() > 0;
+        const std::vector<std::string> names = OptionNames(*option);
+        const std::string words = takesValue ? WordsOf(command.path, names.front()) : "";
+        for (const std::string& name : names)
+            command.options.push_back({name, option->get_description(), takesValue, words});
     }
-}
-
-bool Has(const CompletedCommand& command, const std::string& name) {
-    for (const CompletedOption& option : command.options) {
-        if (option.names.front() == name)
-            return true;
-    }
-    return false;
 }
 
 // The program's own options can be given behind a verb, too.
 void AddCommonOptions(const CompletedCommand& root, CompletedCommand& command) {
     for (const CompletedOption& option : root.options) {
-        if (option.names.front() != "--version" && !Has(command, option.names.front()))
+        const auto isSame = [&](const CompletedOption& own) { return own.name == option.name; };
+        if (option.name != "--version" &&
+            std::none_of(command.options.begin(), command.options.end(), isSame))
             command.options.push_back(option);
     }
 }
@@ -107,36 +100,27 @@ void Walk(const CLI::App& app, const std::string& path, Completion& completion) 
         Walk(*verb, path + (path.empty() ? "" : " ") + verb->get_name(), completion);
 }
 
-template <typename Predicate>
-WordList ProfilesThat(const char* name, Predicate isWanted) {
+// The words of those elements that are wanted.
+template <typename Elements, typename IsWanted, typename Word>
+WordList ListOf(const char* name, const Elements& elements, IsWanted isWanted, Word word) {
     WordList list{name, {}};
-    for (const ProfileWord& profile : Profiles()) {
-        if (isWanted(profile.number))
-            list.words.emplace_back(profile.word);
+    for (const auto& element : elements) {
+        if (isWanted(element))
+            list.words.emplace_back(word(element));
     }
     return list;
 }
 
-WordList Switches() {
-    WordList list{"switches", {}};
-    for (const Setting& setting : SettingsTable()) {
-        if (SwitchOf(setting))
-            list.words.push_back(setting.name);
-    }
-    return list;
+WordList ProfilesThat(const char* name, bool (*isWanted)(std::uint32_t)) {
+    return ListOf(
+        name, Profiles(), [&](const ProfileWord& one) { return isWanted(one.number); },
+        [](const ProfileWord& one) { return one.word; });
 }
 
-WordList Modules() {
-    WordList list{"modules", {}};
-    for (const contract::TraceTag& tag : contract::cTraceTags)
-        list.words.emplace_back(tag.tag);
-    return list;
-}
-
-std::vector<SettingWords> AllValues() {
-    std::vector<SettingWords> all;
+std::vector<WordList> AllValues() {
+    std::vector<WordList> all;
     for (const Setting& setting : SettingsTable()) {
-        SettingWords values{setting.name, CompletionWords(setting)};
+        WordList values{setting.name, CompletionWords(setting)};
         if (!setting.IsSwitch() && SwitchOf(setting)) {
             values.words.emplace_back("on");
             values.words.emplace_back("off");
@@ -155,13 +139,17 @@ Completion CompletionOf(const CLI::App& root) {
     Walk(root, {}, completion);
     completion.lists = {
         {"settings", SettingNames()},
-        Switches(),
+        ListOf(
+            "switches", SettingsTable(), [](const Setting& one) { return SwitchOf(one); },
+            [](const Setting& one) { return one.name; }),
         {"profiles", ProfileNames()},
         ProfilesThat("selectable-profiles", IsSelectableProfile),
         ProfilesThat("custom-profiles", IsCustomProfile),
         ProfilesThat("preset-profiles", IsPresetProfile),
         {"categories", TraceCategoryNames()},
-        Modules(),
+        ListOf(
+            "modules", contract::cTraceTags, [](const auto&) { return true; },
+            [](const contract::TraceTag& one) { return one.tag; }),
         {"shells", {"bash", "powershell"}},
     };
     completion.values = AllValues();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a shell offers at each place of a command line, and the scripts that make it so.
+// What a shell offers at each place of a command line.
 #ifndef KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
 #define KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
 
@@ -18,19 +18,8 @@ struct WordList {
 inline constexpr char cFileWords[] = "files";
 inline constexpr char cValueWords[] = "values";
 
-// An option: its spellings, and the words that its value takes.
-struct CompletedOption {
-    std::vector<std::string> names;  // "--lines", "-n"
-    std::string help;
-    bool takesValue = false;
-    std::string words;  // the list of its value; empty for none
-};
-
-// A positional argument.
-struct CompletedArgument {
-    std::string words;  // as above
-    bool repeats = false;
-};
+// Behind the name of a list: of an argument that can be given several times.
+inline constexpr char cRepeats[] = "...";
 
 // A verb as the command above it offers it.
 struct CompletedVerb {
@@ -38,18 +27,19 @@ struct CompletedVerb {
     std::string help;
 };
 
+struct CompletedOption {
+    std::string name;  // "--lines"; "-n" is an option of its own
+    std::string help;
+    bool takesValue = false;
+    std::string words;  // the list of its value; empty for none
+};
+
 // One command: the program itself (an empty path), a verb, or a verb of a verb.
 struct CompletedCommand {
     std::string path;  // "profile use"
     std::vector<CompletedVerb> verbs;
     std::vector<CompletedOption> options;
-    std::vector<CompletedArgument> arguments;
-};
-
-// The words that a setting's value may be.
-struct SettingWords {
-    std::string name;
-    std::vector<std::string> words;
+    std::vector<std::string> arguments;  // their lists of words: "settings", "settings..."
 };
 
 // Everything that a script needs.
@@ -57,15 +47,11 @@ struct Completion {
     std::string program;
     std::vector<CompletedCommand> commands;
     std::vector<WordList> lists;
-    std::vector<SettingWords> values;
+    std::vector<WordList> values;  // of each setting that has words
 };
 
 // From the command line as it is, the settings table and the names.
 Completion CompletionOf(const CLI::App& root);
-
-// The scripts, with a comment on how to load them.
-std::string BashScript(const Completion& completion);
-std::string PowerShellScript(const Completion& completion);
 
 }  // namespace kora4::tools
 

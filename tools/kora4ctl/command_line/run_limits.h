@@ -18,12 +18,12 @@ class RunLimits {
     // what: what is counted, in the plural.
     void AddTo(CLI::App& verb, const std::string& what) {
         m_what = what;
-        verb.add_option("--count", m_count, "end after so many " + what)
+        verb.add_option("--count", m_count, "end after this many " + what)
             ->check(CLI::Range(1u, 1000000000u))
             ->type_name("N");
         verb.add_option("--timeout", m_seconds,
-                        "end after so many seconds; with --count, exit code 6 when they came "
-                        "first")
+                        "end after this many seconds; with --count, exit code 6 if time "
+                        "runs out first")
             ->check(CLI::Range(0.0, 1e9))
             ->type_name("S");
     }

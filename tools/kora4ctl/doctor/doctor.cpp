@@ -6,6 +6,11 @@
 #include <new>
 
 #include "base/failure.h"
+#include "kora4ctl/doctor/access_check.h"
+#include "kora4ctl/doctor/engine_checks.h"
+#include "kora4ctl/doctor/library_checks.h"
+#include "kora4ctl/doctor/machine_checks.h"
+#include "kora4ctl/doctor/store_checks.h"
 
 namespace kora4::tools {
 namespace {
@@ -13,20 +18,19 @@ namespace {
 constexpr DoctorCheck cChecks[] = {
     {"registration", "the class, its file, versions, threading model", eNothing,
      CheckRegistration},
-    {"keys", "the store's keys: there, readable, writable", eNothing, CheckKeys},
-    {"access", "their access lists let every user in", eNothing, CheckAccess},
-    {"mutex", "the store's mutex can be had", eNothing, CheckMutex},
-    {"load", "no change of the settings was broken off; mends one that was", eStore | eMutex,
-     CheckLoad},
+    {"keys", "the store's keys: present, readable, writable", eNothing, CheckKeys},
+    {"access", "their access lists grant every user access", eNothing, CheckAccess},
+    {"mutex", "the store's mutex can be acquired", eNothing, CheckMutex},
+    {"load", "no load was interrupted; repairs one that was", eStore | eMutex, CheckLoad},
     {"values", "every stored value can be read and is in range", eStore, CheckValues},
     {"profile", "the active profile exists; no demo was left on", eStore, CheckProfile},
     {"custom-profiles", "their names can be read", eStore, CheckCustomProfiles},
     {"trace", "what is traced, and what it costs", eStore, CheckTrace},
-    {"library", "an object can be made, initialised and asked", eLibrary | eStore | eMutex,
+    {"library", "an object can be created, initialised and called", eLibrary | eStore | eMutex,
      CheckLibrary},
-    {"engine", "an engine is installed, and of a known kind", eStore, CheckEngine},
+    {"engine", "a known engine is installed", eStore, CheckEngine},
     {"levels", "the engine publishes levels", eStore, CheckLevels},
-    {"notifications", "a client is told of a change (with --deep)",
+    {"notifications", "a client is notified of a change (with --deep)",
      eLibrary | eStore | eMutex | eDeep, CheckNotifications},
 };
 
@@ -37,13 +41,13 @@ std::string Obstacle(unsigned needs, const Examination& examination) {
     if (needs & eStore && !examination.isStoreThere)
         return "the store cannot be read";
     if (needs & eMutex && !examination.isMutexFree)
-        return "the store's mutex cannot be had";
+        return "the store's mutex cannot be acquired";
     return {};
 }
 
 CheckResult BrokenOff(const std::string& what, const std::string& next) {
     CheckResult result;
-    result.Add(Severity::eError, "This could not be looked at: " + what, next);
+    result.Error("This check failed: " + what, next);
     return result;
 }
 
@@ -58,7 +62,7 @@ std::optional<CheckResult> RunCheck(const DoctorCheck& check, Examination& exami
         return {};
     if (const std::string obstacle = Obstacle(check.needs, examination); !obstacle.empty()) {
         CheckResult result;
-        result.Add(Severity::eNote, "Not looked at, because " + obstacle + ".");
+        result.Note("Skipped: " + obstacle + ".");
         return result;
     }
     try {
@@ -66,9 +70,9 @@ std::optional<CheckResult> RunCheck(const DoctorCheck& check, Examination& exami
     } catch (const Failure& failure) {
         return BrokenOff(failure.what(), failure.Next());
     } catch (const std::bad_alloc&) {
-        return BrokenOff("There is not enough memory.", "Close other programs.");
+        return BrokenOff("Out of memory.", "Close other programs.");
     } catch (const std::exception& error) {
-        return BrokenOff(std::string("this should not have happened: ") + error.what(), "");
+        return BrokenOff(std::string("unexpected error: ") + error.what(), "");
     }
 }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "kora4ctl/recording/observation.h"
+#include "kora4ctl/doctor/diagnosis.h"
 #include "process/program.h"
 #include "registry/registry_store.h"
 #include "registry/store_lock.h"
@@ -34,14 +34,8 @@ struct Examination {
 };
 
 // What one check found.
-struct CheckResult {
+struct CheckResult : Diagnosis {
     std::string summary;  // what there is, when nothing is wrong
-    Observations findings;
-
-    // Adds a finding; `next` says what to do about it.
-    void Add(Severity severity, std::string what, std::string next = {}) {
-        findings.push_back({severity, std::move(what), std::move(next)});
-    }
 };
 
 // A check whose needs are not met is not run.
@@ -71,27 +65,6 @@ struct OpenedStore {
     StoreAccess& operator*() const { return *store; }
     StoreAccess* operator->() const { return store.get(); }
 };
-
-// ---- The checks -------------------------------------------------------------------------
-
-// doctor_machine.cpp
-CheckResult CheckRegistration(Examination& examination);
-CheckResult CheckKeys(Examination& examination);
-CheckResult CheckMutex(Examination& examination);
-// key_security.cpp
-CheckResult CheckAccess(Examination& examination);
-// doctor_store.cpp
-CheckResult CheckLoad(Examination& examination);
-CheckResult CheckValues(Examination& examination);
-CheckResult CheckProfile(Examination& examination);
-CheckResult CheckCustomProfiles(Examination& examination);
-CheckResult CheckTrace(Examination& examination);
-// doctor_engine.cpp
-CheckResult CheckEngine(Examination& examination);
-CheckResult CheckLevels(Examination& examination);
-// doctor_library.cpp
-CheckResult CheckLibrary(Examination& examination);
-CheckResult CheckNotifications(Examination& examination);
 
 }  // namespace kora4::tools
 

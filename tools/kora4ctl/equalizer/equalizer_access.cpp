@@ -24,11 +24,10 @@ std::vector<float> EffectiveArray(std::uint32_t pid, std::uint32_t profile,
 
 // There are as many bands as frequencies, as in the library.
 Equalizer ReadStored(const SettingAccess& access, std::uint32_t profile) {
-    const std::unique_ptr<StoreAccess> store = access.Store(OpenMode::eRead);
-    const StoreLock lock = access.Lock();
+    const HeldStore store = access.Store(OpenMode::eRead);
     Equalizer equalizer;
     equalizer.profile = profile;
-    const std::optional<Value> isOn = Effective(FlagValue(cGraphicEq, profile), *store);
+    const std::optional<Value> isOn = Effective(SwitchValue(cGraphicEq, profile), *store);
     equalizer.isOn = isOn && std::get<bool>(*isOn);
     const std::vector<float> frequencies =
         EffectiveArray(pkey::cStandardEQFreqPid, profile, *store);
@@ -52,8 +51,7 @@ void WriteStored(const SettingAccess& access, std::uint32_t profile, const Bands
         frequencies.push_back(band.frequency);
         gains.push_back(band.gain);
     }
-    const std::unique_ptr<StoreAccess> store = access.Store(OpenMode::eReadWrite);
-    const StoreLock lock = access.Lock();
+    const HeldStore store = access.Store(OpenMode::eReadWrite);
     WriteArray(pkey::cStandardEQFreqPid, profile, frequencies, *store);
     WriteArray(pkey::cStandardEQGainPid, profile, gains, *store);
     store->Bump(TriggerValue(cGraphicEq).key);
@@ -94,7 +92,7 @@ void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
         eq.m_gain[i] = bands[i].gain;
     }
     Check(access.Api()->SetGraphicEQData(&eq), "Setting the graphic equalizer");
-    RefuseUnlessSet(access.ActiveProfile(), profile);
+    CheckWasSet(access.ActiveProfile(), profile);
 }
 
 }  // namespace kora4::tools

@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "kora4ctl/access/setting_access.h"
-#include "kora4ctl/equalizer/equalizer.h"
+#include "kora4ctl/equalizer/bands.h"
 
 namespace kora4::tools {
 

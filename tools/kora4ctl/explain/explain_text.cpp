@@ -4,7 +4,6 @@
 #include "kora4ctl/explain/explain_text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <set>
 
 #include "base/nearest.h"
@@ -20,18 +19,25 @@ namespace kora4::tools {
 
 namespace {
 
-std::string_view Trimmed(std::string_view text) {
-    constexpr char cBlanks[] = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(cBlanks);
-    if (begin == std::string_view::npos)
-        return {};
-    return text.substr(begin, text.find_last_not_of(cBlanks) + 1 - begin);
-}
-
 std::string Sentence(std::string text) {
     if (!text.empty() && text[0] >= 'a' && text[0] <= 'z')
         text[0] = static_cast<char>(text[0] - 'a' + 'A');
     return text.ends_with('.') ? text : text + ".";
+}
+
+constexpr std::string_view cLetters = "abcdefghijklmnopqrstuvwxyz_";
+constexpr std::string_view cNameCharacters = "abcdefghijklmnopqrstuvwxyz_0123456789";
+
+// In lower case and in their order: what those characters make up.
+std::vector<std::string> WordsOf(std::string_view text, std::string_view characters) {
+    const std::string lower = Lower(text);
+    std::vector<std::string> words;
+    for (std::size_t end = 0, begin = 0;
+         (begin = lower.find_first_of(characters, end)) != std::string::npos;) {
+        end = std::min(lower.find_first_not_of(characters, begin), lower.size());
+        words.push_back(lower.substr(begin, end - begin));
+    }
+    return words;
 }
 
 // --- codes -------------------------------------------------------------------------------
@@ -52,27 +58,15 @@ std::optional<std::uint32_t> CodeNamed(const std::string& lower) {
     return code;
 }
 
-std::optional<std::uint32_t> Parsed(std::string_view digits, int base) {
-    std::uint32_t number = 0;
-    const char* const pEnd = digits.data() + digits.size();
-    const auto [pRead, error] = std::from_chars(digits.data(), pEnd, number, base);
-    if (digits.empty() || error != std::errc{} || pRead != pEnd)
-        return {};
-    return number;
-}
-
 bool IsHex(std::string_view text) {
     return text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 std::optional<std::uint32_t> ParseDecimal(std::string_view text) {
-    if (text.starts_with('-')) {
-        const auto magnitude = Parsed(text.substr(1), 10);
-        return magnitude && *magnitude <= 0x80000000 ? std::optional(0 - *magnitude)
-                                                     : std::nullopt;
-    }
-    const auto number = Parsed(text, 10);
-    const auto hex = text.size() == 8 ? Parsed(text, 16) : std::nullopt;
+    const auto number = NumberIn(text, 10);
+    if (text.starts_with('-'))
+        return number;
+    const auto hex = text.size() == 8 ? NumberIn(text, 16) : std::nullopt;
     // Digits like 80004005 are more often a code copied without its 0x than a decimal number.
     if (hex && contract::FindResult(*hex) && !(number && contract::FindResult(*number)))
         return hex;
@@ -96,11 +90,11 @@ Explanation OfCode(std::string_view input, std::uint32_t code) {
     }
     const std::string words = PlatformWords(code);
     explanation.isKnown = !words.empty();
-    explanation.meaning = words.empty()
-                              ? "Neither the library nor the platform has words for it."
-                              : Sentence(words);
+    explanation.meaning =
+        words.empty() ? "Unknown to the library and to the platform." : Sentence(words);
     if (explanation.isKnown)
-        explanation.why = "These are the platform's words; the library gives no such result.";
+        explanation.why =
+            "This is the platform's description; the library does not return this result.";
     return explanation;
 }
 
@@ -110,19 +104,12 @@ std::optional<std::uint32_t> CodeIn(const std::string& text) {
     for (std::size_t at = lower.find("0x"); at != std::string::npos;
          at = lower.find("0x", at + 1)) {
         const std::string_view digits = std::string_view(lower).substr(at + 2, 8);
-        if (digits.size() == 8 && IsHex(digits) && Parsed(digits, 16) >= 0x80000000u)
-            return Parsed(digits, 16);
+        if (digits.size() == 8 && IsHex(digits) && NumberIn(digits, 16) >= 0x80000000u)
+            return NumberIn(digits, 16);
     }
-    std::string word;
-    for (const char c : lower + " ") {
-        const bool isOfName = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
-        if (isOfName) {
-            word += c;
-        } else {
-            if (const auto code = CodeNamed(word); code && word.find('_') != std::string::npos)
-                return code;
-            word.clear();
-        }
+    for (const std::string& word : WordsOf(lower, cNameCharacters)) {
+        if (const auto code = CodeNamed(word); code && word.find('_') != std::string::npos)
+            return code;
     }
     return {};
 }
@@ -150,7 +137,7 @@ void AddValues(Explanation& explanation, const contract::TraceValues& values) {
         explanation.values.push_back({std::string(kind), std::string(values.texts[i]),
                                       MeaningOfValue(kind, values.texts[i])});
         if (kind == "result" && !explanation.code)
-            explanation.code = Parsed(Lower(values.texts[i]), 16);
+            explanation.code = NumberIn(Lower(values.texts[i]), 16);
     }
     if (!explanation.code)
         return;
@@ -185,18 +172,11 @@ Explanation OfLine(std::string_view input, const contract::TraceHead& head,
 
 // --- what comes near ---------------------------------------------------------------------
 
-std::set<std::string> WordsOf(std::string_view text) {
+std::set<std::string> LongWordsOf(std::string_view text) {
     std::set<std::string> words;
-    std::string word;
-    for (const char c : Lower(text) + " ") {
-        if ((c >= 'a' && c <= 'z') || c == '_') {
-            word += c;
-        } else {
-            if (word.size() > 2)
-                words.insert(word);
-            word.clear();
-        }
-    }
+    for (const std::string& word : WordsOf(text, cLetters))
+        if (word.size() > 2)
+            words.insert(word);
     return words;
 }
 
@@ -212,12 +192,12 @@ double Likeness(const std::set<std::string>& a, const std::set<std::string>& b) 
 std::vector<std::string> NearestMessages(std::string_view message) {
     constexpr double cLeast = 0.3;
     constexpr std::size_t cMost = 3;
-    const std::set<std::string> words = WordsOf(message);
+    const std::set<std::string> words = LongWordsOf(message);
     std::vector<std::pair<double, std::string>> alike;
     contract::ForEachTraceMessage([&](const contract::TraceMessage& row) {
-        const double likeness = Likeness(words, WordsOf(row.text));
+        const double likeness = Likeness(words, LongWordsOf(row.text));
         if (likeness >= cLeast)
-            alike.emplace_back(-likeness, Trimmed(row.text));
+            alike.emplace_back(-likeness, contract::detail::Trimmed(row.text));
     });
     std::stable_sort(alike.begin(), alike.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -230,8 +210,7 @@ std::vector<std::string> NearestMessages(std::string_view message) {
 
 bool IsName(std::string_view text) {
     return text.find('_') != std::string_view::npos &&
-           Lower(text).find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_") ==
-               std::string::npos;
+           Lower(text).find_first_not_of(cNameCharacters) == std::string::npos;
 }
 
 Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
@@ -244,11 +223,11 @@ Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
         std::vector<std::string> names;
         ForEachResult([&](const contract::Result& result) { names.push_back(result.name); });
         explanation.kind = Explanation::Kind::eResult;
-        explanation.meaning = "There is no result of that name among the known ones.";
+        explanation.meaning = "There is no known result of that name.";
         explanation.nearest = Nearest(input, names);
         return explanation;
     }
-    explanation.meaning = "The library writes no such line.";
+    explanation.meaning = "The library does not write such a line.";
     explanation.nearest = NearestMessages(head.function.empty() ? input : head.message);
     return explanation;
 }
@@ -256,24 +235,24 @@ Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
 }  // namespace
 
 std::optional<std::uint32_t> ParseCode(std::string_view text) {
-    const std::string lower = Lower(Trimmed(text));
+    const std::string lower = Lower(contract::detail::Trimmed(text));
     if (const auto code = CodeNamed(lower))
         return code;
     std::string_view digits = lower;
     while (!digits.empty() && (digits.back() == 'u' || digits.back() == 'l'))
         digits.remove_suffix(1);
     if (digits.starts_with("0x"))
-        return Parsed(digits.substr(2), 16);
+        return NumberIn(digits.substr(2), 16);
     if (digits.ends_with('h'))
-        return Parsed(digits.substr(0, digits.size() - 1), 16);
+        return NumberIn(digits.substr(0, digits.size() - 1), 16);
     if (digits.size() == 8 && IsHex(digits) &&
         digits.find_first_of("abcdef") != std::string_view::npos)
-        return Parsed(digits, 16);
+        return NumberIn(digits, 16);
     return ParseDecimal(digits);
 }
 
 Explanation Explain(std::string_view text) {
-    const std::string_view input = Trimmed(text);
+    const std::string_view input = contract::detail::Trimmed(text);
     if (const auto code = ParseCode(input))
         return OfCode(input, *code);
     contract::TraceHead head;
@@ -328,53 +307,27 @@ std::vector<ExplainedPart> Parts(const Explanation& explanation) {
     return parts;
 }
 
-std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
-    std::vector<std::string> lines;
-    std::string line, word;
-    const auto endWord = [&] {
-        if (!line.empty() && !word.empty() && Columns(line) + 1 + Columns(word) > columns) {
-            lines.push_back(line);
-            line.clear();
-        }
-        if (!word.empty())
-            line += (line.empty() ? "" : " ") + word;
-        word.clear();
-    };
-    for (const char c : text) {
-        if (c == ' ' || c == '\n' || c == '\t')
-            endWord();
-        else
-            word += c;
-    }
-    endWord();
-    lines.push_back(line);
-    return lines;
-}
-
 Json DocumentOf(const Explanation& explanation) {
-    const auto orNull = [](const std::string& text) {
-        return text.empty() ? Json(nullptr) : Json(text);
-    };
     const bool isLine = explanation.kind == Explanation::Kind::eLine;
     Json document = {{"input", explanation.input},
                      {"kind", isLine ? "line" : "result"},
                      {"known", explanation.isKnown},
                      {"code", explanation.code ? Json(Hex(*explanation.code)) : Json(nullptr)},
-                     {"name", orNull(explanation.name)},
+                     {"name", OrNull(explanation.name)},
                      {"meaning", explanation.meaning},
-                     {"why", orNull(explanation.why)},
-                     {"next", orNull(explanation.next)}};
+                     {"why", OrNull(explanation.why)},
+                     {"next", OrNull(explanation.next)}};
     if (isLine) {
-        document["tag"] = orNull(explanation.tag);
-        document["function"] = orNull(explanation.function);
-        document["writer"] = orNull(explanation.writer);
-        document["message"] = orNull(explanation.message);
+        document["tag"] = OrNull(explanation.tag);
+        document["function"] = OrNull(explanation.function);
+        document["writer"] = OrNull(explanation.writer);
+        document["message"] = OrNull(explanation.message);
         document["categories"] = explanation.categories;
         document["values"] = Json::array();
         for (const ExplainedValue& value : explanation.values)
             document["values"].push_back({{"kind", value.kind},
                                           {"text", value.text},
-                                          {"meaning", orNull(value.meaning)}});
+                                          {"meaning", OrNull(value.meaning)}});
     }
     if (!explanation.isKnown)
         document["nearest"] = explanation.nearest;

@@ -66,9 +66,6 @@ struct ExplainedPart {
 // The explanation as headings and texts, without what is empty.
 std::vector<ExplainedPart> Parts(const Explanation& explanation);
 
-// The text in lines of at most so many columns, broken at blanks.
-std::vector<std::string> Wrapped(const std::string& text, std::size_t columns);
-
 // {"input", "kind", "known", "code", "name", "meaning", "why", "next"}; kind is "result" or
 // "line". Of a line also {"tag", "function", "writer", "message", "categories", "values"}; of
 // what nobody knows {"nearest"}. What there is not is null, and a list is empty.

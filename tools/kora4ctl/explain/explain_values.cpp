@@ -5,7 +5,6 @@
 #include <kora4api.h>
 
 #include <charconv>
-#include <optional>
 
 #include "base/results.h"
 #include "contract/engine_masks.h"
@@ -20,16 +19,6 @@
 namespace kora4::tools {
 
 namespace {
-
-// A whole text as a number; what is negative keeps its 32 bits.
-std::optional<std::uint32_t> NumberIn(std::string_view text, int base) {
-    std::int64_t number = 0;
-    const char* const pEnd = text.data() + text.size();
-    const auto [pRead, error] = std::from_chars(text.data(), pEnd, number, base);
-    if (error != std::errc{} || pRead != pEnd || number < INT32_MIN || number > UINT32_MAX)
-        return {};
-    return static_cast<std::uint32_t>(number);
-}
 
 std::string OfError(std::optional<std::uint32_t> number) {
     if (!number)
@@ -79,7 +68,7 @@ std::string OfMask(std::optional<std::uint32_t> mask) {
     if (!mask)
         return {};
     const char* const pName = NameOfEngine(*mask);
-    return pName ? pName : "no configuration that is known by name";
+    return pName ? pName : "no known configuration";
 }
 
 std::string OfReason(std::optional<std::uint32_t> reason) {
@@ -116,10 +105,20 @@ std::string OfValueName(std::string_view name) {
     for (const KORA4KeySet keySet : {eKeySetDynamic, eKeySetStatic, eKeySetApp})
         if (const SchemaValue* const pValue = FindInSchema(keySet, *key))
             return OfSchemaValue(*pValue);
-    return "no value that the store knows";
+    return "not a value of the store";
 }
 
 }  // namespace
+
+std::optional<std::uint32_t> NumberIn(std::string_view text, int base) {
+    std::int64_t number = 0;
+    const char* const pEnd = text.data() + text.size();
+    const auto [pRead, error] = std::from_chars(text.data(), pEnd, number, base);
+    if (error != std::errc{} || pRead != pEnd || number < (base == 10 ? INT32_MIN : 0) ||
+        number > UINT32_MAX)
+        return {};
+    return static_cast<std::uint32_t>(number);
+}
 
 std::string MeaningOfValue(std::string_view kind, std::string_view text) {
     if (kind == "result") {

@@ -3,10 +3,15 @@
 #ifndef KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H
 #define KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace kora4::tools {
+
+// A whole text as a number. A negative decimal one keeps its 32 bits.
+std::optional<std::uint32_t> NumberIn(std::string_view text, int base);
 
 // What a value of that kind says; empty when there is nothing to say.
 std::string MeaningOfValue(std::string_view kind, std::string_view text);

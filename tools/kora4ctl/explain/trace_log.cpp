@@ -3,12 +3,11 @@
 #include "kora4ctl/explain/trace_log.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "contract/messages/trace_text.h"
 #include "contract/trace_files.h"
+#include "kora4ctl/terminal/local_time.h"
 #include "process/files.h"
 
 namespace kora4::tools {
@@ -58,16 +57,11 @@ std::string ReadFrom(HANDLE file, std::uint64_t offset) {
 
 }  // namespace
 
-std::optional<TraceLine> ParseTraceLine(std::string_view text) {
+std::optional<contract::TraceHead> ParseTraceLine(std::string_view line) {
     contract::TraceHead head;
-    if (!contract::ParseTraceHead(text, &head) || head.tag.data() != text.data())
+    if (!contract::ParseTraceHead(line, &head) || head.tag.data() != line.data())
         return {};
-    TraceLine line;
-    line.module = head.tag;
-    std::from_chars(head.line.data(), head.line.data() + head.line.size(), line.line);
-    line.function = head.function;
-    line.text = head.message;
-    return line;
+    return head;
 }
 
 std::string TextOfLine(const std::string& bytes, unsigned codePage) {
@@ -106,9 +100,8 @@ std::vector<LogFile> LogFiles() {
         LogFile file;
         file.name = Narrow(found.cFileName);
         file.bytes = std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
-        FILETIME local{};
-        FileTimeToLocalFileTime(&found.ftLastWriteTime, &local);
-        FileTimeToSystemTime(&local, &file.changed);
+        const Moment changed(found.ftLastWriteTime);
+        file.changed = changed.Date() + " " + changed.Time();
         files.push_back(std::move(file));
     } while (FindNextFileW(search, &found));
     FindClose(search);

@@ -11,17 +11,13 @@
 #include <string_view>
 #include <vector>
 
+#include "contract/messages/trace_text.h"
+
 namespace kora4::tools {
 
-// "KORA4ASL:  120 CKORA4ASL::Initialize:>>" taken apart.
-struct TraceLine {
-    std::string module;
-    unsigned line = 0;
-    std::string function;
-    std::string text;
-};
-// None for what the trace would not have written.
-std::optional<TraceLine> ParseTraceLine(std::string_view line);
+// "KORA4ASL:  120 CKORA4ASL::Initialize:>>" taken apart; views into `line`. None for what the
+// trace would not have written.
+std::optional<contract::TraceHead> ParseTraceLine(std::string_view line);
 
 // A line as it is in a file. The library writes in the ANSI code page of its process, which is
 // the machine's, `codePage`, but for a program that asks for UTF-8 in its manifest. On a
@@ -42,7 +38,7 @@ std::string LogPath(std::string_view tag);
 struct LogFile {
     std::string name;  // "KORA4ASL.log"
     std::uint64_t bytes = 0;
-    SYSTEMTIME changed{};  // local time
+    std::string changed;  // "2031-05-01 14:03:22", local time
 };
 // By name; empty when there is no folder.
 std::vector<LogFile> LogFiles();

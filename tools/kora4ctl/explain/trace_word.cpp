@@ -33,10 +33,9 @@ TraceWord TraceWord::Of(const std::vector<std::string>& categories) {
         else if (known)
             word.m_flags |= known->bits;
         else
-            throw Failure(ExitCode::eBadInput,
-                          "There is no trace category '" + name + "'. " +
-                              Suggestion(name, TraceCategoryNames()),
-                          "All of them: kora4ctl trace on --help");
+            throw BadInput("Unknown trace category '" + name + "'. " +
+                               Suggestion(name, TraceCategoryNames()),
+                           "For the list: kora4ctl trace on --help");
     }
     return word;
 }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <utility>
-#include <variant>
 
 #include "base/failure.h"
 #include "base/results.h"
@@ -13,36 +12,70 @@
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/names.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {
 
 namespace {
 
-struct TableChange {};
-struct SwitchChange {
-    KORA4APITechnology technology;
-    bool isOn;
-};
-struct EnableChange {
-    bool isOn;
-};
-struct ProfileChange {
-    std::uint32_t profile;
-};
+std::string TechnologyName(KORA4APITechnology technology) {
+    for (const TechnologyWord& word : AllTechnologies()) {
+        if (word.apiNumber == static_cast<std::uint32_t>(technology))
+            return word.word;
+    }
+    return "technology-" + std::to_string(technology);
+}
+
+// Of one setting, by its name.
+void Fill(Notification& told, const char* event, const std::string& name, const Value& value) {
+    told.event = event;
+    told.name = name;
+    if (const Setting* const setting = FindSetting(name)) {
+        told.value = ToJson(*setting, value);
+        told.text = FormatValue(*setting, value);
+    }
+}
+
+// The members of the union lie on top of one another: a number or a float.
+Value ValueOf(const KORA4PatchValueUnion& patch) {
+    if (patch.m_technology == eVolumeLeveler || patch.m_technology == eIntelligentEQ)
+        return static_cast<std::uint32_t>(patch.m_values.m_volumeSlider);
+    return patch.m_values.m_enhancementSlider;
+}
+
+void FillBands(Notification& told, const GraphicEQData& eq) {
+    told.event = told.name = "graphic-eq";
+    Json frequencies = Json::array();
+    Json gains = Json::array();
+    std::vector<std::string> bands;
+    for (ULONG i = 0; i < std::min<ULONG>(eq.m_bands, KORA4_GRAPHIC_EQ_MAX_BANDS); ++i) {
+        frequencies.push_back(Json::parse(Decimal(eq.m_freq[i])));
+        gains.push_back(Json::parse(Decimal(eq.m_gain[i])));
+        bands.push_back(Decimal(eq.m_freq[i]) + ":" + Decimal(eq.m_gain[i]));
+    }
+    told.value = {{"frequencies", frequencies}, {"gains", gains}};
+    told.text = bands.empty() ? "no bands" : Join(bands, " ");
+}
+
+constexpr char cTableEvent[] = "table";
+
+void FillTable(Notification& told, const ProfileTable& table) {
+    told.value = Json::object();
+    std::vector<std::string> words;
+    for (std::uint32_t profile = cFirstCustomProfile; IsCustomProfile(profile); ++profile) {
+        const std::string word = ProfileName(profile);
+        told.value[word] = OrNull(table[profile]);
+        if (table[profile])
+            words.push_back(word + " " + Json(*table[profile]).dump());
+    }
+    told.text = words.empty() ? "none" : Join(words, ", ");
+}
 
 }  // namespace
 
-struct Told {
-    Moment time;
-    ULONGLONG tick;
-    std::variant<TableChange, SwitchChange, EnableChange, ProfileChange, KORA4PatchValueUnion,
-                 GraphicEQData>
-        change;
-};
-
-// Keeps what it is told and does nothing else: a call that failed would end the library's
-// monitor, and one that waited would hold up the apartment.
+// Keeps what it is told and calls nobody: a call that failed would end the library's monitor,
+// and one that waited would hold up the apartment.
 class NotificationListener::Callback final : public IVeltoKORA4APICallback {
   public:
     STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
@@ -65,34 +98,51 @@ class NotificationListener::Callback final : public IVeltoKORA4APICallback {
     }
 
     STDMETHODIMP OnActiveProfileChange(LONG profileID) override {
-        return Keep(ProfileChange{static_cast<std::uint32_t>(profileID)});
+        return Keep([=](Notification& told) {
+            Fill(told, "profile", "profile", static_cast<std::uint32_t>(profileID));
+        });
     }
     STDMETHODIMP OnEnableStateChange(BOOL onElseOff) override {
-        return Keep(EnableChange{onElseOff != FALSE});
+        return Keep(
+            [=](Notification& told) { Fill(told, "enable", "enable", onElseOff != FALSE); });
     }
-    STDMETHODIMP OnCustomProfileTableChange() override { return Keep(TableChange{}); }
+    STDMETHODIMP OnCustomProfileTableChange() override {
+        return Keep([](Notification& told) {
+            told.event = cTableEvent;
+            told.name = "custom-profiles";
+        });
+    }
     STDMETHODIMP OnTechnologyOnElseOffChange(KORA4APITechnology technology,
                                              BOOL onElseOff) override {
-        return Keep(SwitchChange{technology, onElseOff != FALSE});
+        return Keep([=](Notification& told) {
+            Fill(told, "switch", TechnologyName(technology) + ".on", onElseOff != FALSE);
+        });
     }
     STDMETHODIMP OnSimplePatchValueChange(KORA4PatchValueUnion* pPatchValue) override {
-        return Keep(*pPatchValue);
+        return Keep([=](Notification& told) {
+            Fill(told, "value", TechnologyName(pPatchValue->m_technology),
+                 ValueOf(*pPatchValue));
+        });
     }
     STDMETHODIMP OnGraphicEQChange(GraphicEQData* pGraphicData) override {
-        return Keep(*pGraphicData);
+        return Keep([=](Notification& told) { FillBands(told, *pGraphicData); });
     }
 
     bool HasSome() const { return !m_told.empty(); }
-    std::vector<Told> Take() { return std::exchange(m_told, {}); }
+    std::vector<Notification> Take() { return std::exchange(m_told, {}); }
 
   private:
     ~Callback() = default;
 
-    template <typename Change>
-    HRESULT Keep(const Change& change) {
+    template <typename Filler>
+    HRESULT Keep(Filler fill) {
         try {
-            m_told.push_back({Moment::Now(), GetTickCount64(), change});
-        } catch (const std::bad_alloc&) {
+            Notification told;
+            told.time = Moment::Now();
+            told.tick = GetTickCount64();
+            fill(told);
+            m_told.push_back(std::move(told));
+        } catch (const std::exception&) {
             // Out of memory: losing this line is better than ending the monitor with a
             // failure.
         }
@@ -100,100 +150,8 @@ class NotificationListener::Callback final : public IVeltoKORA4APICallback {
     }
 
     ULONG m_references = 1;
-    std::vector<Told> m_told;
+    std::vector<Notification> m_told;
 };
-
-namespace {
-
-std::string TechnologyName(KORA4APITechnology technology) {
-    for (const TechnologyWord& word : AllTechnologies()) {
-        if (word.apiNumber == static_cast<std::uint32_t>(technology))
-            return word.word;
-    }
-    return "technology-" + std::to_string(technology);
-}
-
-void SetValue(Notification& notification, const std::string& name, const Value& value) {
-    notification.name = name;
-    if (const Setting* setting = FindSetting(name)) {
-        notification.value = ToJson(*setting, value);
-        notification.text = FormatValue(*setting, value);
-    }
-}
-
-// Fills in what the change says.
-class Description {
-  public:
-    Description(Notification& notification, IVeltoKORA4API& api)
-        : m_notification(notification), m_api(api) {}
-
-    void operator()(const EnableChange& change) {
-        m_notification.event = "enable";
-        SetValue(m_notification, "enable", change.isOn);
-    }
-    void operator()(const ProfileChange& change) {
-        m_notification.event = "profile";
-        SetValue(m_notification, "profile", change.profile);
-    }
-    void operator()(const SwitchChange& change) {
-        m_notification.event = "switch";
-        SetValue(m_notification, TechnologyName(change.technology) + ".on", change.isOn);
-    }
-    // The members of the union lie on top of one another: a number or a float.
-    void operator()(const KORA4PatchValueUnion& patch) {
-        m_notification.event = "value";
-        const std::string name = TechnologyName(patch.m_technology);
-        if (patch.m_technology == eVolumeLeveler || patch.m_technology == eIntelligentEQ)
-            SetValue(m_notification, name,
-                     static_cast<std::uint32_t>(patch.m_values.m_volumeSlider));
-        else
-            SetValue(m_notification, name, patch.m_values.m_enhancementSlider);
-    }
-    void operator()(const GraphicEQData& eq) {
-        m_notification.event = "graphic-eq";
-        m_notification.name = "graphic-eq";
-        Json frequencies = Json::array();
-        Json gains = Json::array();
-        std::vector<std::string> bands;
-        for (ULONG i = 0; i < std::min<ULONG>(eq.m_bands, KORA4_GRAPHIC_EQ_MAX_BANDS); ++i) {
-            frequencies.push_back(Json::parse(Decimal(eq.m_freq[i])));
-            gains.push_back(Json::parse(Decimal(eq.m_gain[i])));
-            bands.push_back(Decimal(eq.m_freq[i]) + ":" + Decimal(eq.m_gain[i]));
-        }
-        m_notification.value = {{"frequencies", frequencies}, {"gains", gains}};
-        m_notification.text = bands.empty() ? "no bands" : Join(bands, " ");
-    }
-    void operator()(const TableChange&) {
-        m_notification.event = "table";
-        m_notification.name = "custom-profiles";
-        try {
-            DescribeTable(ReadProfileNames(m_api));
-        } catch (const Failure& failure) {
-            m_notification.text = failure.what();
-        }
-    }
-
-  private:
-    void DescribeTable(const ProfileTable& table) {
-        Json names = Json::object();
-        std::vector<std::string> words;
-        for (std::uint32_t profile = 0; profile < table.size(); ++profile) {
-            if (!IsCustomProfile(profile))
-                continue;
-            const std::string word = ProfileName(profile);
-            names[word] = table[profile] ? Json(*table[profile]) : Json();
-            if (table[profile])
-                words.push_back(word + " " + Json(*table[profile]).dump());
-        }
-        m_notification.value = names;
-        m_notification.text = words.empty() ? "none" : Join(words, ", ");
-    }
-
-    Notification& m_notification;
-    IVeltoKORA4API& m_api;
-};
-
-}  // namespace
 
 std::string Notification::Line() const {
     return time.Clock() + "  " + name + "  " + text;
@@ -214,20 +172,19 @@ NotificationListener::~NotificationListener() {
 }
 
 Wake NotificationListener::Wait(const Deadline& deadline, std::vector<Notification>& told) {
-    told.clear();
     const Wake wake =
         WaitWithMessages(m_interrupt, deadline, [this] { return m_callback->HasSome(); });
-    for (const Told& one : m_callback->Take())
-        told.push_back(Describe(one));
+    told = m_callback->Take();
+    for (Notification& one : told) {
+        if (one.event != cTableEvent)
+            continue;
+        try {
+            FillTable(one, ReadProfileNames(m_api));
+        } catch (const Failure& failure) {
+            one.text = failure.what();
+        }
+    }
     return wake;
-}
-
-Notification NotificationListener::Describe(const Told& told) {
-    Notification notification;
-    notification.time = told.time;
-    notification.tick = told.tick;
-    std::visit(Description(notification, m_api), told.change);
-    return notification;
 }
 
 }  // namespace kora4::tools

@@ -33,9 +33,6 @@ struct Notification {
     Json Document() const;
 };
 
-// A call of the library as it came in, before it is put into words.
-struct Told;
-
 // Registered with the object for as long as it lives. Belongs to the thread of the object's
 // apartment, which hears notifications while it is in Wait.
 class NotificationListener {
@@ -51,9 +48,6 @@ class NotificationListener {
 
   private:
     class Callback;
-
-    // What was told, in words; the table is read from the library.
-    Notification Describe(const Told& told);
 
     IVeltoKORA4API& m_api;
     const HANDLE m_interrupt;

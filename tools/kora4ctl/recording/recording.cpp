@@ -17,78 +17,39 @@ namespace kora4::tools {
 
 namespace {
 
-// A section of a document: general, global, or one profile.
+// The sections of a settings document, as the places of changes in them and in the document.
 struct Section {
-    std::string profile;
-    std::string group;  // "general", "global", or empty
+    Json change;  // {"profile": ...}, {"section": ...}, or nothing for the general settings
+    Json::json_pointer place;
 };
 
-using Members = std::vector<std::pair<Section, Json>>;
-
-Members SectionsOf(const Json& document) {
-    Members sections;
-    for (const char* group : {"general", "global"}) {
-        if (document.contains(group))
-            sections.push_back({{"", group}, document[group]});
-    }
-    if (document.contains("profiles")) {
-        for (const auto& [profile, members] : document["profiles"].items())
-            sections.push_back({{profile, ""}, members});
-    }
-    return sections;
+const std::vector<Section>& Sections() {
+    static const std::vector<Section> all = [] {
+        std::vector<Section> sections = {
+            {Json::object(), Json::json_pointer("/general")},
+            {{{"section", "global"}}, Json::json_pointer("/global")}};
+        for (const std::string& profile : ProfileNames())
+            sections.push_back(
+                {{{"profile", profile}}, Json::json_pointer("/profiles") / profile});
+        return sections;
+    }();
+    return all;
 }
 
-Json& SectionIn(Json& document, const Section& section) {
-    return section.profile.empty() ? document[section.group]
-                                   : document["profiles"][section.profile];
-}
-
-// The section of a document that has the members of that one, or nothing.
-Json FindSection(const Json& document, const Section& wanted) {
-    for (const auto& [section, members] : SectionsOf(document)) {
-        if (section.profile == wanted.profile && section.group == wanted.group)
-            return members;
-    }
-    return Json::object();
-}
-
-Json ChangeOf(const Section& section, const std::string& name, const Json& value) {
-    Json change = Json::object();
-    if (!section.profile.empty())
-        change["profile"] = section.profile;
-    else if (section.group != "general")
-        change["section"] = section.group;
-    change["name"] = name;
-    change["value"] = value;
-    return change;
-}
-
-void AddChanges(const Section& section, const Json& before, const Json& now, Json& changes) {
-    for (const auto& [name, value] : now.items()) {
-        const auto old = before.find(name);
-        if (old == before.end() || *old != value)
-            changes.push_back(ChangeOf(section, name, value));
-    }
-    for (const auto& [name, value] : before.items()) {
-        if (!now.contains(name))
-            changes.push_back(ChangeOf(section, name, nullptr));
-    }
+Json MembersOf(const Json& document, const Section& section) {
+    return document.value(section.place, Json::object());
 }
 
 // ---- Reading ----------------------------------------------------------------------------
 
-[[noreturn]] void Refuse(const std::string& what) {
-    throw Failure(ExitCode::eBadInput, what);
-}
-
 void Demand(bool isRight, const std::string& what) {
     if (!isRight)
-        Refuse(what);
+        throw BadInput(what);
 }
 
 void CheckMembers(const Json& object, const std::set<std::string>& allowed,
                   const std::set<std::string>& needed, const std::string& what) {
-    Demand(object.is_object(), what + " is no object.");
+    Demand(object.is_object(), what + " is not an object.");
     for (const auto& [name, value] : object.items())
         Demand(allowed.contains(name), what + " has an unknown member '" + name + "'.");
     for (const std::string& name : needed)
@@ -103,17 +64,17 @@ void CheckPlace(const Json& change) {
     Demand(!hasSection || change["section"] == "general" || change["section"] == "global",
            "'section' of a change is neither 'general' nor 'global'.");
     Demand(!hasProfile || FindProfile(change["profile"].get<std::string>()).has_value(),
-           "'profile' of a change is no profile.");
+           "'profile' of a change is not a profile.");
 }
 
 void CheckChanges(const Json& changes) {
-    Demand(changes.is_array(), "'changes' is no array.");
+    Demand(changes.is_array(), "'changes' is not an array.");
     for (const Json& change : changes) {
         CheckMembers(change, {"profile", "section", "name", "value"}, {"name", "value"},
                      "a change");
         for (const char* name : {"profile", "section", "name"})
             Demand(!change.contains(name) || change[name].is_string(),
-                   std::string("'") + name + "' of a change is no text.");
+                   std::string("'") + name + "' of a change is not a text.");
         CheckPlace(change);
     }
 }
@@ -126,7 +87,7 @@ bool IsSwitchName(const std::string& name) {
 // Null: the value told was not a number.
 bool IsPatchValue(const std::string& name, const Json& value) {
     const Setting* const setting = FindSetting(name);
-    if (setting == nullptr || setting->writer != "SetSimplePatchValue")
+    if (setting == nullptr || setting->methods != ApiMethods::ePatchValue)
         return false;
     if (value.is_string())
         return std::any_of(setting->words.begin(), setting->words.end(),
@@ -179,12 +140,12 @@ bool IsRightValue(const std::string& event, const std::string& name, const Json&
 void CheckEvent(const Json& line, const std::string& event) {
     static const std::set<std::string> cEvents = {"enable", "profile",    "switch",
                                                   "value",  "graphic-eq", "table"};
-    Demand(cEvents.contains(event), "there is no event '" + event + "'.");
+    Demand(cEvents.contains(event), "unknown event '" + event + "'.");
     CheckMembers(line, {"offset", "event", "name", "value", "changes"},
                  {"offset", "event", "name", "value"}, "the line");
     Demand(line["name"].is_string() &&
                IsRightValue(event, line["name"].get<std::string>(), line["value"]),
-           "that is no value of the event '" + event + "'.");
+           "the value does not fit the event '" + event + "'.");
 }
 
 // Reads a recording line by line.
@@ -192,8 +153,8 @@ class Reader {
   public:
     void Take(const Json& line) {
         Demand(line.is_object() && line.contains("event") && line["event"].is_string(),
-               "it is no object with an 'event'.");
-        Demand(!m_isOver, "something comes behind the end.");
+               "it is not an object with an 'event'.");
+        Demand(!m_isOver, "there is a line after the end.");
         const std::string event = line["event"].get<std::string>();
         if (!m_isBegun)
             TakeStart(line, event);
@@ -205,16 +166,16 @@ class Reader {
 
     Recording Result() {
         Demand(m_isBegun, "it is empty.");
-        Demand(m_isOver, "its end is missing: it was cut short.");
+        Demand(m_isOver, "its end is missing: the recording was cut short.");
         return std::move(m_recording);
     }
 
   private:
     void TakeStart(const Json& line, const std::string& event) {
         Demand(event == "start" && line.value("format", Json()) == cRecordingFormat,
-               "it is no recording of 'kora4ctl record'.");
+               "it is not a recording of 'kora4ctl record'.");
         Demand(line.value("version", Json()) == cRecordingVersion,
-               "it is of another version than " + std::to_string(cRecordingVersion) + ".");
+               "its version is not " + std::to_string(cRecordingVersion) + ".");
         CheckMembers(line, {"event", "format", "version", "time", "settings"}, {"settings"},
                      "the line");
         m_recording.start = m_state = CheckedSettings(line["settings"]);
@@ -224,7 +185,7 @@ class Reader {
     void TakeEnd(const Json& line) {
         CheckMembers(line, {"event", "offset", "settings"}, {"offset", "settings"}, "the line");
         TakeOffset(line);
-        Demand(m_isGroupOver, "the line before has no 'changes'.");
+        Demand(m_isGroupOver, "the previous line has no 'changes'.");
         m_recording.end = CheckedSettings(line["settings"]);
         m_isOver = true;
     }
@@ -254,9 +215,10 @@ class Reader {
     }
 
     std::uint64_t TakeOffset(const Json& line) {
-        Demand(line["offset"].is_number_unsigned(), "'offset' is no number of milliseconds.");
+        Demand(line["offset"].is_number_unsigned(),
+               "'offset' is not a number of milliseconds.");
         const auto offset = line["offset"].get<std::uint64_t>();
-        Demand(offset >= m_offset, "its 'offset' is before the one of the line above.");
+        Demand(offset >= m_offset, "its 'offset' is less than the previous line's.");
         return m_offset = offset;
     }
 
@@ -284,27 +246,31 @@ std::size_t Recording::Events() const {
 
 Json ChangesBetween(const Json& before, const Json& now) {
     Json changes = Json::array();
-    for (const auto& [section, members] : SectionsOf(now))
-        AddChanges(section, FindSection(before, section), members, changes);
-    for (const auto& [section, members] : SectionsOf(before)) {
-        if (FindSection(now, section).empty())
-            AddChanges(section, members, Json::object(), changes);
+    for (const Section& section : Sections()) {
+        const Json old = MembersOf(before, section);
+        const Json members = MembersOf(now, section);
+        const auto add = [&](const std::string& name, const Json& value) {
+            changes.push_back(section.change);
+            changes.back().update({{"name", name}, {"value", value}});
+        };
+        for (const auto& [name, value] : members.items())
+            if (!old.contains(name) || old[name] != value)
+                add(name, value);
+        for (const auto& [name, value] : old.items())
+            if (!members.contains(name))
+                add(name, nullptr);
     }
-    // A section that is empty on one side was looked at twice.
-    Json once = Json::array();
-    for (const Json& change : changes) {
-        if (std::find(once.begin(), once.end(), change) == once.end())
-            once.push_back(change);
-    }
-    return once;
+    return changes;
 }
 
 Json WithChanges(Json document, const Json& changes) {
     for (const Json& change : changes) {
-        const Section section{change.value("profile", std::string()),
-                              change.value("section", std::string("general"))};
-        Json& members = SectionIn(document, section);
-        const std::string name = change["name"].get<std::string>();
+        const auto place =
+            change.contains("profile")
+                ? Json::json_pointer("/profiles") / change["profile"].get<std::string>()
+                : Json::json_pointer() / change.value("section", "general");
+        Json& members = document[place];
+        const std::string name = change["name"];
         if (members.is_null())
             members = Json::object();
         if (change["value"].is_null())
@@ -315,10 +281,8 @@ Json WithChanges(Json document, const Json& changes) {
     return document;
 }
 
-Json MemberOf(const Json& document, const char* section, const std::string& name) {
-    const Json members = document.value(section, Json::object());
-    const auto found = members.find(name);
-    return found == members.end() ? Json() : *found;
+Json MemberOf(const Json& document, const std::string& section, const std::string& name) {
+    return document.value(Json::json_pointer("/" + section) / name, Json());
 }
 
 Recording ReadRecording(std::string_view text) {
@@ -341,8 +305,8 @@ Recording ReadRecording(std::string_view text) {
             // Whatever the checks above let through is still a fault of the file.
             const std::string message = error.what();
             const std::size_t begin = message.find("] ");
-            Refuse("Line " + std::to_string(number) + ": " +
-                   message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+            throw BadInput("Line " + std::to_string(number) + ": " +
+                           message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
         }
     }
     return reader.Result();

@@ -49,7 +49,7 @@ Json ChangesBetween(const Json& before, const Json& now);
 Json WithChanges(Json document, const Json& changes);
 
 // A member of a section of a document; null when it is not there.
-Json MemberOf(const Json& document, const char* section, const std::string& name);
+Json MemberOf(const Json& document, const std::string& section, const std::string& name);
 
 // Reads and checks a whole recording: each line, and that the settings are a valid document
 // at each moment. Failure with eBadInput names the line.

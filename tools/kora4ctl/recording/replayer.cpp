@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/failure.h"
 #include "base/text.h"
 #include "contract/profiles.h"
+#include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
 #include "registry/journal.h"
@@ -31,11 +33,11 @@ std::uint32_t ProfileOf(const Json& value) {
                              : value.get<std::uint32_t>();
 }
 
-float NumberOf(const Setting& setting, const Json& value) {
-    if (!value.is_string())
-        return value.get<float>();
-    const Value number = ParseValue(setting, value.get<std::string>(), {}, Limits::eStore);
-    return static_cast<float>(std::get<std::uint32_t>(number));
+Value ValueOf(const Setting& setting, const Json& value) {
+    if (value.is_string())
+        return ParseValue(setting, value.get<std::string>(), {}, Limits::eStore);
+    return setting.kind == Kind::eFloat ? Value(value.get<float>())
+                                        : Value(value.get<std::uint32_t>());
 }
 
 }  // namespace
@@ -119,19 +121,17 @@ void Replayer::Change(const Json& event) {
     } else if (event["event"] == "graphic-eq") {
         SetBands(value);
     } else if (event["event"] == "switch") {
-        const auto number = WordOf(setting->technology).apiNumber.value();
-        m_api->SetTechnologyOnElseOff(static_cast<KORA4APITechnology>(number),
-                                      value.get<bool>());
+        Set(*setting, value.get<bool>());
     } else if (event["event"] == "value" && !value.is_null()) {
-        KORA4PatchValueUnion patch{};
-        patch.m_technology =
-            static_cast<KORA4APITechnology>(WordOf(setting->technology).apiNumber.value());
-        const float number = NumberOf(*setting, value);
-        if (setting->kind == Kind::eFloat)
-            patch.m_values.m_enhancementSlider = number;
-        else
-            patch.m_values.m_volumeSlider = static_cast<ULONG>(number);
-        m_api->SetSimplePatchValue(&patch);
+        Set(*setting, ValueOf(*setting, value));
+    }
+}
+
+void Replayer::Set(const Setting& setting, const Value& value) {
+    try {
+        WriteThroughApi(setting, {}, value, m_api);
+    } catch (const Failure&) {
+        // The store takes it afterwards.
     }
 }
 

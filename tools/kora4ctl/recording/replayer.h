@@ -11,6 +11,7 @@
 #include "process/api_session.h"
 #include "registry/store_access.h"
 #include "settings/document.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 
@@ -36,6 +37,7 @@ class Replayer {
     void Delete(const Json& table);
     void GoTo(const Json& profile, bool isEnabled);
     void Change(const Json& event);
+    void Set(const Setting& setting, const Value& value);
     void SetBands(const Json& bands);
     bool IsEnabled();
     std::string NameOf(LONG profile);

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The library as a file.
-#include <cstring>
+// Looks at the headers of the file, loads it and calls its entry points.
+#include "kora4ctl/registration/library_file.h"
+
 #include <vector>
 
 #include "base/failure.h"
-#include "base/results.h"
 #include "base/text.h"
-#include "kora4ctl/registration/registration.h"
-#include "platform/handles.h"
 #include "process/files.h"
 
 namespace kora4::tools {
@@ -27,22 +25,6 @@ struct ProgramHead {
     DWORD signature;
     IMAGE_FILE_HEADER header;
 };
-
-// How a version resource begins.
-struct VersionResource {
-    WORD length;
-    WORD valueLength;
-    WORD type;
-    WCHAR key[16];
-    WORD padding;
-    VS_FIXEDFILEINFO info;
-};
-
-struct ModuleTraits {
-    using Type = HMODULE;
-    static void Close(HMODULE module) { FreeLibrary(module); }
-};
-using UniqueModule = UniqueResource<ModuleTraits>;
 
 }  // namespace
 
@@ -72,9 +54,9 @@ std::string WhatIsWrong(FileKind kind) {
         case FileKind::eAbsent:
             return "does not exist";
         case FileKind::eUnreadable:
-            return "may not be read by this user";
+            return "cannot be read by this user";
         case FileKind::eNoProgram:
-            return "is no library at all";
+            return "is not a library";
         case FileKind::eNoLibrary:
             return "is a program, not a library";
         case FileKind::eOtherSystem:
@@ -85,62 +67,50 @@ std::string WhatIsWrong(FileKind kind) {
     return {};
 }
 
-std::string FileVersion(const std::string& path) {
-    const UniqueModule file(
-        LoadLibraryExW(Widen(path).c_str(), nullptr,
-                       LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
-    const HRSRC resource =
-        file ? FindResourceW(file.Get(), MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION)
-             : nullptr;
-    const HGLOBAL loaded = resource ? LoadResource(file.Get(), resource) : nullptr;
-    const void* const block = loaded ? LockResource(loaded) : nullptr;
-    VersionResource version{};
-    if (!block || SizeofResource(file.Get(), resource) < sizeof version)
-        return {};
-    std::memcpy(&version, block, sizeof version);
-    if (version.info.dwSignature != VS_FFI_SIGNATURE)
-        return {};
-    const WORD parts[] = {
-        HIWORD(version.info.dwFileVersionMS), LOWORD(version.info.dwFileVersionMS),
-        HIWORD(version.info.dwFileVersionLS), LOWORD(version.info.dwFileVersionLS)};
+std::string VersionText(const ULONG (&parts)[4]) {
     std::vector<std::string> texts;
-    for (const WORD part : parts)
+    for (const ULONG part : parts)
         texts.push_back(std::to_string(part));
     return Join(texts, ".");
 }
 
+std::string FileVersion(const std::string& path) {
+    const std::wstring file = Widen(path);
+    std::vector<BYTE> resource(GetFileVersionInfoSizeW(file.c_str(), nullptr));
+    void* info = nullptr;
+    UINT size = 0;
+    if (resource.empty() ||
+        !GetFileVersionInfoW(file.c_str(), 0, static_cast<DWORD>(resource.size()),
+                             resource.data()) ||
+        !VerQueryValueW(resource.data(), L"\\", &info, &size))
+        return {};
+    const auto& version = *static_cast<const VS_FIXEDFILEINFO*>(info);
+    return VersionText({HIWORD(version.dwFileVersionMS), LOWORD(version.dwFileVersionMS),
+                        HIWORD(version.dwFileVersionLS), LOWORD(version.dwFileVersionLS)});
+}
+
 RegistrableLibrary::RegistrableLibrary(const std::string& path) {
     if (const FileKind kind = KindOfFile(path); kind != FileKind::eLibrary)
-        throw Failure(ExitCode::eBadInput, path + " " + WhatIsWrong(kind) + ".",
-                      "Give the path of QXA64T.dll: kora4ctl register PATH");
+        throw BadInput(path + " " + WhatIsWrong(kind) + ".",
+                       "Give the path of QXA64T.dll: kora4ctl register PATH");
     // A full path, and its folder for what it needs itself.
-    m_module = LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    m_module.Reset(LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (!m_module)
         throw Win32Failure(
             GetLastError(), path + " cannot be loaded",
-            "The file is damaged, or a library that it needs is missing; install it again.",
+            "The file is damaged, or a library that it needs is missing; reinstall it.",
             ExitCode::eBadInput);
-    try {
-        m_register = Find("DllRegisterServer", path);
-        m_unregister = Find("DllUnregisterServer", path);
-    } catch (...) {
-        FreeLibrary(m_module);
-        throw;
-    }
-}
-
-RegistrableLibrary::~RegistrableLibrary() {
-    FreeLibrary(m_module);
+    m_register = Find("DllRegisterServer", path);
+    m_unregister = Find("DllUnregisterServer", path);
 }
 
 RegistrableLibrary::Entry RegistrableLibrary::Find(const char* name,
                                                    const std::string& path) const {
     const auto found =
-        reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module, name)));
+        reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module.Get(), name)));
     if (!found)
-        throw Failure(
-            ExitCode::eBadInput,
-            path + " is a library that does not register itself: it has no " + name + ".",
+        throw BadInput(
+            path + " is not a self-registering library: it does not export " + name + ".",
             "Give the path of QXA64T.dll: kora4ctl register PATH");
     return found;
 }

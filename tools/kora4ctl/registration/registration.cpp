@@ -25,17 +25,12 @@ constexpr wchar_t cLibraryName[] = L"QXA64T.dll";
 constexpr wchar_t cThreadingModel[] = L"Both";
 
 std::string TextOf(HKEY root, const std::wstring& path, const wchar_t* name = nullptr) {
-    UniqueRegKey key;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, key.Put()) !=
-        ERROR_SUCCESS)
-        return {};
-    DWORD size = 0;
     // Texts with variables are expanded.
     constexpr DWORD types = RRF_RT_REG_SZ;
-    if (RegGetValueW(key.Get(), nullptr, name, types, nullptr, nullptr, &size) != ERROR_SUCCESS)
-        return {};
+    DWORD size = 0;
+    RegGetValueW(root, path.c_str(), name, types, nullptr, nullptr, &size);
     std::wstring text(size / sizeof(wchar_t), L'\0');
-    if (RegGetValueW(key.Get(), nullptr, name, types, nullptr, text.data(), &size) !=
+    if (RegGetValueW(root, path.c_str(), name, types, nullptr, text.data(), &size) !=
         ERROR_SUCCESS)
         return {};
     return Narrow(text.c_str());
@@ -91,22 +86,6 @@ bool IsSamePath(const std::string& one, const std::string& other) {
     return canonical(one) == canonical(other);
 }
 
-// Enters an apartment for the length of a scope; one that the thread is in already serves as
-// well.
-class ApartmentScope {
-  public:
-    ApartmentScope() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-    ~ApartmentScope() {
-        if (SUCCEEDED(m_result))
-            CoUninitialize();
-    }
-    ApartmentScope(const ApartmentScope&) = delete;
-    ApartmentScope& operator=(const ApartmentScope&) = delete;
-
-  private:
-    HRESULT m_result;
-};
-
 // Asks an object, which needs neither the store nor its initialisation for that.
 void AskForVersion(Registration& registration) {
     const ApartmentScope apartment;
@@ -121,44 +100,36 @@ void AskForVersion(Registration& registration) {
         api->GetVeltoKORA4Version(&parts[0], &parts[1], &parts[2], &parts[3]);
     if (FAILED(registration.creation))
         return;
-    std::vector<std::string> texts;
-    for (const ULONG part : parts)
-        texts.push_back(std::to_string(part));
-    registration.apiVersion = Join(texts, ".");
+    registration.apiVersion = VersionText(parts);
 }
 
-std::string ReRegister() {
-    return "Register the right one, as an administrator: kora4ctl register PATH";
+constexpr char cReRegister[] =
+    "Register the right file, as an administrator: kora4ctl register PATH";
+
+std::string OrNothing(const std::string& version) {
+    return version.empty() ? "nothing" : version;
 }
 
-void ExamineFile(const Registration& registration, Observations& found) {
-    const auto add = [&found](Severity severity, std::string what, std::string next) {
-        found.push_back({severity, std::move(what), std::move(next)});
-    };
+void ExamineFile(const Registration& registration, Diagnosis& found) {
     if (registration.file != FileKind::eLibrary) {
-        add(Severity::eError, "The registered file " + WhatIsWrong(registration.file) + ".",
-            ReRegister());
+        found.Error("The registered file " + WhatIsWrong(registration.file) + ".", cReRegister);
         return;
     }
     if (FAILED(registration.creation)) {
-        add(Severity::eError,
-            "No object can be made of the registered library: " +
-                InWords(registration.creation) + ".",
-            ReRegister());
+        found.Error("The registered library cannot create an object: " +
+                        InWords(registration.creation) + ".",
+                    cReRegister);
         return;
     }
     if (registration.fileVersion != KORA4_VERSION_TEXT)
-        add(Severity::eWarning,
-            "The registered file says version " +
-                (registration.fileVersion.empty() ? "nothing" : registration.fileVersion) +
-                ", this program is of version " KORA4_VERSION_TEXT ".",
-            "Use the library and the program of one version.");
+        found.Warning("The registered file's version is " +
+                          OrNothing(registration.fileVersion) +
+                          ", this program's is " KORA4_VERSION_TEXT ".",
+                      "Use the library and the program of the same version.");
     if (registration.apiVersion != registration.fileVersion)
-        add(Severity::eWarning,
-            "The library says that it is version " + registration.apiVersion +
-                ", its file says " +
-                (registration.fileVersion.empty() ? "nothing" : registration.fileVersion) + ".",
-            "The file was changed or mixed up; install it again.");
+        found.Warning("The library reports version " + registration.apiVersion + ", its file " +
+                          OrNothing(registration.fileVersion) + ".",
+                      "The file was modified or replaced; reinstall it.");
 }
 
 }  // namespace
@@ -208,47 +179,43 @@ Registration ReadRegistration() {
     return found;
 }
 
-Observations Examine(const Registration& registration, const std::string& expectedPath) {
-    Observations found;
-    const auto add = [&found](Severity severity, std::string what, std::string next) {
-        found.push_back({severity, std::move(what), std::move(next)});
-    };
+Diagnosis Examine(const Registration& registration, const std::string& expectedPath) {
+    Diagnosis found;
     const std::string again = "Register it again, as an administrator: kora4ctl register";
     if (!registration.IsThere()) {
-        add(Severity::eError, "The library is not registered on this machine.",
-            "Register it, as an administrator: kora4ctl register PATH\\" +
-                Narrow(cLibraryName));
+        found.Error("The library is not registered on this machine.",
+                    "Register it, as an administrator: kora4ctl register PATH\\" +
+                        Narrow(cLibraryName));
         return found;
     }
     ExamineFile(registration, found);
     if (!expectedPath.empty() && !IsSamePath(expectedPath, registration.path))
-        add(Severity::eWarning, "Another file is registered: " + registration.path,
-            "Register this one, as an administrator: kora4ctl register \"" + expectedPath +
-                "\"");
+        found.Warning("Another file is registered: " + registration.path,
+                      "Register this one, as an administrator: kora4ctl register \"" +
+                          expectedPath + "\"");
     if (registration.threadingModel != Narrow(cThreadingModel))
-        add(Severity::eError,
-            "The threading model is " +
-                (registration.threadingModel.empty()
-                     ? "missing"
-                     : "'" + registration.threadingModel + "'") +
-                " and should be '" + Narrow(cThreadingModel) +
-                "': objects end up in another apartment than the one that makes them.",
-            again);
+        found.Error("The threading model is " +
+                        (registration.threadingModel.empty()
+                             ? "missing"
+                             : "'" + registration.threadingModel + "'") +
+                        " and should be '" + Narrow(cThreadingModel) +
+                        "': objects are created in another apartment than their client's.",
+                    again);
     if (registration.hidesMachine)
-        add(Severity::eWarning,
-            "The registration of this user hides that of the machine: programs that run "
-            "elevated use another one than all others.",
-            "Remove the one of the user, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" +
-                ServedClass());
+        found.Warning(
+            "This user's registration hides the machine's: programs that run "
+            "elevated use a different one.",
+            "Remove the user's, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" + ServedClass());
     else if (registration.where == RegisteredFor::eUser)
-        add(Severity::eWarning, "It is registered for this user only.", again);
+        found.Warning("The library is registered for this user only.", again);
     if (registration.appTitle.empty())
-        add(Severity::eWarning, "The entries of the application (AppID) are missing.", again);
+        found.Warning("The application entries (AppID) are missing.", again);
     if (registration.typeLibrary.empty())
-        add(Severity::eWarning, "The type library is not registered.", again);
+        found.Warning("The type library is not registered.", again);
     else if (!IsSamePath(registration.typeLibrary, registration.path))
-        add(Severity::eWarning,
-            "The type library is that of another file: " + registration.typeLibrary, again);
+        found.Warning(
+            "The type library of another file is registered: " + registration.typeLibrary,
+            again);
     return found;
 }
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The library as a file, and as the machine's registration knows it.
+// The library as the machine's registration knows it.
 #ifndef KORA4_KORA4CTL_REGISTRATION_REGISTRATION_H
 #define KORA4_KORA4CTL_REGISTRATION_REGISTRATION_H
 
-#include <windows.h>
+#include <objbase.h>
 
-#include <optional>
 #include <string>
 
-#include "kora4ctl/recording/observation.h"
+#include "kora4ctl/doctor/diagnosis.h"
+#include "kora4ctl/registration/library_file.h"
 
 namespace kora4::tools {
 
@@ -17,48 +17,6 @@ std::string LibraryBesideTool();
 
 // The path made absolute; as it is when that fails.
 std::string FullPath(const std::string& path);
-
-// ---- The file ---------------------------------------------------------------------------
-
-// What a file is, from its headers; none of its code runs.
-enum class FileKind {
-    eAbsent,
-    eUnreadable,   // there, and this user may not read it
-    eNoProgram,    // no executable file of the platform
-    eNoLibrary,    // a program, but no DLL
-    eOtherSystem,  // a DLL for another processor than x64
-    eLibrary,
-};
-FileKind KindOfFile(const std::string& path);
-// "is not a 64-bit library"; empty for eLibrary.
-std::string WhatIsWrong(FileKind kind);
-
-// "7.2.7000.4" of the version resource; empty without one.
-std::string FileVersion(const std::string& path);
-
-// A loaded library that registers itself.
-class RegistrableLibrary {
-  public:
-    // Failure with eBadInput for a file that is not such a library, in one sentence.
-    explicit RegistrableLibrary(const std::string& path);
-    ~RegistrableLibrary();
-    RegistrableLibrary(const RegistrableLibrary&) = delete;
-    RegistrableLibrary& operator=(const RegistrableLibrary&) = delete;
-
-    // Calls the library's own DllRegisterServer or DllUnregisterServer and returns its result.
-    HRESULT Register() const { return m_register(); }
-    HRESULT Unregister() const { return m_unregister(); }
-
-  private:
-    using Entry = HRESULT(WINAPI*)();
-    Entry Find(const char* name, const std::string& path) const;
-
-    HMODULE m_module;
-    Entry m_register;
-    Entry m_unregister;
-};
-
-// ---- The registration -------------------------------------------------------------------
 
 // For whom the class is registered.
 enum class RegisteredFor { eNobody, eMachine, eUser };
@@ -84,6 +42,22 @@ struct Registration {
     bool IsAnythingThere() const { return IsThere() || !appId.empty() || !typeLibrary.empty(); }
 };
 
+// Enters an apartment for the length of a scope; one that the thread is in already serves as
+// well.
+class ApartmentScope {
+  public:
+    ApartmentScope() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    ~ApartmentScope() {
+        if (SUCCEEDED(m_result))
+            CoUninitialize();
+    }
+    ApartmentScope(const ApartmentScope&) = delete;
+    ApartmentScope& operator=(const ApartmentScope&) = delete;
+
+  private:
+    HRESULT m_result;
+};
+
 // The identifier of the class that the library serves, "{16CC6CDB-...}".
 std::string ServedClass();
 
@@ -91,7 +65,7 @@ std::string ServedClass();
 Registration ReadRegistration();
 
 // What is wrong with it; empty: all right. `expectedPath` may be empty: any file will do.
-Observations Examine(const Registration& registration, const std::string& expectedPath = {});
+Diagnosis Examine(const Registration& registration, const std::string& expectedPath = {});
 
 }  // namespace kora4::tools
 

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "base/text.h"
+#include "kora4ctl/terminal/text_layout.h"
 
 namespace kora4::tools {
 
@@ -30,13 +31,6 @@ constexpr std::size_t cOtherRows = 2;
 
 // From an eighth to a full block.
 constexpr const char* cBlocks[] = {" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
-
-std::string Repeated(const std::string& text, std::size_t count) {
-    std::string all;
-    for (std::size_t i = 0; i < count; ++i)
-        all += text;
-    return all;
-}
 
 std::string RightAligned(const std::string& text, std::size_t columns) {
     return std::string(columns > text.size() ? columns - text.size() : 0, ' ') + text;

@@ -2,15 +2,18 @@
 // Reads the local time with its offset from UTC, and writes it in two forms.
 #include "kora4ctl/terminal/local_time.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace kora4::tools {
 
 namespace {
 
-std::string Digits(int number, std::size_t count) {
-    const std::string digits = std::to_string(number);
-    return std::string(count > digits.size() ? count - digits.size() : 0, '0') + digits;
+template <typename... Numbers>
+std::string Print(const char* format, Numbers... numbers) {
+    char text[64];
+    std::snprintf(text, sizeof text, format, numbers...);
+    return text;
 }
 
 // File times count tenths of a microsecond.
@@ -23,34 +26,47 @@ constexpr long long cTicksPerMinute = 600'000'000;
 
 }  // namespace
 
+Moment::Moment(const FILETIME& time) {
+    SYSTEMTIME utc{};
+    FILETIME local = time;
+    if (FileTimeToSystemTime(&time, &utc) &&
+        SystemTimeToTzSpecificLocalTime(nullptr, &utc, &m_local))
+        SystemTimeToFileTime(&m_local, &local);
+    else
+        m_local = utc;
+    // Rounded: the way through the calendar drops what is finer than a millisecond.
+    const long long east = TicksOf(local) - TicksOf(time);
+    const long long half = east < 0 ? -cTicksPerMinute / 2 : cTicksPerMinute / 2;
+    m_offset = static_cast<int>((east + half) / cTicksPerMinute);
+}
+
 Moment Moment::Now() {
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
-    SYSTEMTIME utc;
-    Moment moment;
-    FILETIME local = now;
-    if (FileTimeToSystemTime(&now, &utc) &&
-        SystemTimeToTzSpecificLocalTime(nullptr, &utc, &moment.m_local))
-        SystemTimeToFileTime(&moment.m_local, &local);
-    else
-        moment.m_local = utc;
-    // Rounded: the way through the calendar drops what is finer than a millisecond.
-    const long long east = TicksOf(local) - TicksOf(now);
-    const long long half = east < 0 ? -cTicksPerMinute / 2 : cTicksPerMinute / 2;
-    moment.m_offset = static_cast<int>((east + half) / cTicksPerMinute);
-    return moment;
+    return Moment(now);
+}
+
+std::string Moment::Date() const {
+    return Print("%04u-%02u-%02u", m_local.wYear, m_local.wMonth, m_local.wDay);
+}
+
+std::string Moment::Time() const {
+    return Print("%02u:%02u:%02u", m_local.wHour, m_local.wMinute, m_local.wSecond);
 }
 
 std::string Moment::Clock() const {
-    return Digits(m_local.wHour, 2) + ":" + Digits(m_local.wMinute, 2) + ":" +
-           Digits(m_local.wSecond, 2) + "." + Digits(m_local.wMilliseconds, 3);
+    return Time() + Print(".%03u", m_local.wMilliseconds);
 }
 
 std::string Moment::Iso() const {
     const int offset = std::abs(m_offset);
-    return Digits(m_local.wYear, 4) + "-" + Digits(m_local.wMonth, 2) + "-" +
-           Digits(m_local.wDay, 2) + "T" + Clock() + (m_offset < 0 ? "-" : "+") +
-           Digits(offset / 60, 2) + ":" + Digits(offset % 60, 2);
+    return Date() + "T" + Clock() +
+           Print("%c%02d:%02d", m_offset < 0 ? '-' : '+', offset / 60, offset % 60);
+}
+
+std::string Moment::FileStamp() const {
+    return Print("%04u%02u%02u-%02u%02u%02u-%03u", m_local.wYear, m_local.wMonth, m_local.wDay,
+                 m_local.wHour, m_local.wMinute, m_local.wSecond, m_local.wMilliseconds);
 }
 
 }  // namespace kora4::tools

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl demo: into a demonstration and out of it.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/verbs.h"
 #include "settings/names.h"
 
@@ -19,7 +18,7 @@ struct DemoOptions {
     bool isOff = false;
 };
 
-constexpr char cForceLeave[] = "Leave it for everybody: kora4ctl demo force-leave";
+constexpr char cForceLeave[] = "Leave it for every program: kora4ctl demo force-leave";
 
 struct State {
     std::uint32_t profile;
@@ -34,14 +33,11 @@ State ReadState(SettingAccess& access) {
 
 ExitCode Tell(const Context& context, const std::string& what, const State& now) {
     const std::string name = ProfileName(now.profile);
-    if (context.output.json)
-        context.output.PrintJson({{"profile", name},
-                                  {"demo", IsDemoProfile(now.profile)},
-                                  {"enable", now.isEnabled}});
-    else
-        context.output.Print(what + " Active is " + name + ", the master enable is " +
-                             (now.isEnabled ? "on" : "off") + ".");
-    return ExitCode::eDone;
+    return PrintResult(
+        context,
+        what + " Active is " + name + ", the master enable is " +
+            (now.isEnabled ? "on" : "off") + ".",
+        {{"profile", name}, {"demo", IsDemoProfile(now.profile)}, {"enable", now.isEnabled}});
 }
 
 // The preset profile's name says which demo.
@@ -50,8 +46,8 @@ std::uint32_t DemoOf(const std::string& word) {
     if (IsPresetProfile(profile))
         return DemoProfileOf(profile);
     if (!IsDemoProfile(profile))
-        throw Failure(ExitCode::eBadInput, "There is no demo of " + ProfileName(profile) + ".",
-                      "There is one of movie, music and games.");
+        throw BadInput("There is no demo for " + ProfileName(profile) + ".",
+                       "There are demos for movie, music and games.");
     return profile;
 }
 
@@ -61,16 +57,17 @@ ExitCode Enter(const Context& context, const DemoOptions& options) {
     const HRESULT hr =
         access.Api()->SetDemoProfileAndEnable(static_cast<LONG>(profile), !options.isOff);
     if (hr == KORA4_S_DEMO_MODE_ACTIVE)
-        throw Failure(ExitCode::eRefused,
-                      "Nothing changed: the demo " + ProfileName(access.ActiveProfile()) +
-                          " is active, and only who entered it can change to another.",
-                      cForceLeave);
+        throw Failure(
+            ExitCode::eRefused,
+            "Nothing changed: the demo " + ProfileName(access.ActiveProfile()) +
+                " is active, and only the program that entered it can switch to another.",
+            cForceLeave);
     Check(hr, "Entering " + ProfileName(profile));
-    return Tell(context, "In a demo.", ReadState(access));
+    return Tell(context, "Entered the demo.", ReadState(access));
 }
 
 // Only the object that entered a demo knows that it did, and that of an earlier run is gone.
-ExitCode Leave(const Context& context, const DemoOptions&) {
+ExitCode Leave(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State before = ReadState(access);
     const HRESULT hr = access.Api()->RevertFromDemoMode();
@@ -81,13 +78,13 @@ ExitCode Leave(const Context& context, const DemoOptions&) {
         throw Failure(ExitCode::eRefused,
                       "Nothing changed: the demo " + ProfileName(before.profile) +
                           " was entered by another program, or another run of this one, and "
-                          "only who entered a demo leaves it this way.",
+                          "only the one that entered a demo can leave it this way.",
                       cForceLeave);
     Check(hr, "Leaving the demo");
-    return Tell(context, "The demo was left.", ReadState(access));
+    return Tell(context, "Left the demo.", ReadState(access));
 }
 
-ExitCode ForceLeave(const Context& context, const DemoOptions&) {
+ExitCode ForceLeave(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State before = ReadState(access);
     Check(access.Api()->ForceRevertFromDemoMode(), "Leaving the demo");
@@ -98,31 +95,27 @@ ExitCode ForceLeave(const Context& context, const DemoOptions&) {
 }
 
 constexpr char cEnterHelp[] =
-    "The active profile and the master enable are saved, and come back when the demo is left.\n"
-    "In a demo values are the built-in ones, and nothing is set.\n";
+    "The active profile and the master enable are saved and restored when the demo is left.\n"
+    "In a demo, values are built in and cannot be changed.\n";
 
 constexpr char cLeaveHelp[] =
-    "A demo is left by the program that entered it. Each run of kora4ctl is a program of its\n"
-    "own, so a demo that 'demo enter' began ends with 'demo force-leave'.\n";
+    "Only the program that entered a demo can leave it. Each run of kora4ctl is a program\n"
+    "of its own, so a demo that 'demo enter' began is left with 'demo force-leave'.\n";
 
 }  // namespace
 
 void AddDemo(Context& context) {
-    CLI::App* demo = context.root.add_subcommand("demo", "the demonstration mode");
-    demo->require_subcommand(1);
-    const auto options = std::make_shared<DemoOptions>();
-    CLI::App* enter = demo->add_subcommand("enter", "show a profile as it was made");
-    enter->add_option("P", options->profile, "movie, music or games")->required();
-    auto* const on = enter->add_flag("--on", options->isOn,
-                                     "with the master enable on (this is the default)");
-    enter->add_flag("--off", options->isOff, "with the master enable off")->excludes(on);
-    enter->footer(cEnterHelp);
-    OnRun(*enter, context, [&context, options] { return Enter(context, *options); });
-    CLI::App* leave = demo->add_subcommand("leave", "end a demo that this program entered");
-    leave->footer(cLeaveHelp);
-    OnRun(*leave, context, [&context, options] { return Leave(context, *options); });
-    CLI::App* force = demo->add_subcommand("force-leave", "end a demo, whoever entered it");
-    OnRun(*force, context, [&context, options] { return ForceLeave(context, *options); });
+    CLI::App& demo = AddGroup(context, "demo", "the demo mode");
+    const auto [enter, options] = AddVerb(
+        demo, context, "enter", "demonstrate a profile with its built-in values", Enter);
+    enter.add_option("P", options.profile, "movie, music or games")->required();
+    auto* const on =
+        enter.add_flag("--on", options.isOn, "with the master enable on (the default)");
+    enter.add_flag("--off", options.isOff, "with the master enable off")->excludes(on);
+    enter.footer(cEnterHelp);
+    AddVerb(demo, context, "leave", "end a demo that this program entered", Leave)
+        .app.footer(cLeaveHelp);
+    AddVerb(demo, context, "force-leave", "end a demo, whoever entered it", ForceLeave);
 }
 
 }  // namespace kora4::tools

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl describe, list: what settings there are, and what they are.
-#include <memory>
+#include <set>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/setting_access.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -47,17 +48,14 @@ std::optional<Value> DefaultOf(const Setting& setting, std::uint32_t profile) {
 
 std::string DefaultText(const Setting& setting) {
     std::vector<std::string> texts;
-    bool isOneForAll = true;
-    std::string first;
+    std::set<std::string> different;
     for (const DefaultsRow& row : cDefaultsRows) {
         const std::optional<Value> value = DefaultOf(setting, row.profile);
         const std::string text = value ? FormatValue(setting, *value, true) : "none";
-        if (row.profile == cMovieProfile)
-            first = text;
-        isOneForAll &= text == first;
+        different.insert(text);
         texts.push_back(std::string(row.name) + " " + text);
     }
-    return isOneForAll ? first : Join(texts, ", ");
+    return different.size() == 1 ? *different.begin() : Join(texts, ", ");
 }
 
 Json DefaultDocument(const Setting& setting) {
@@ -76,11 +74,11 @@ Json DefaultDocument(const Setting& setting) {
 // ---- describe ---------------------------------------------------------------------------
 
 std::string Methods(const Setting& setting) {
-    if (setting.reader.empty())
+    const std::string reader = ReaderName(setting.methods);
+    const std::string writer = WriterName(setting.methods);
+    if (reader.empty())
         return "none; through the store";
-    if (setting.writer.empty())
-        return setting.reader + "; no method sets it";
-    return setting.reader + ", " + setting.writer;
+    return reader + (writer.empty() ? "; no method sets it" : ", " + writer);
 }
 
 // The place in the registry; of custom profiles where a setting belongs to no other.
@@ -119,7 +117,7 @@ std::string PresentText(const Present& present) {
     if (reading.value && reading.stored.is_null() && reading.setting->isStored)
         text += ", the default";
     if (!reading.IsInRange())
-        text += ", outside what programs may set";
+        text += ", outside what programs can set";
     return text;
 }
 
@@ -129,10 +127,10 @@ Json Description(const Setting& setting, const Present& present,
     json["name"] = setting.name;
     json["summary"] = setting.summary;
     json["type"] = NameOf(setting.kind);
-    json["unit"] = setting.unit.empty() ? Json() : Json(setting.unit);
+    json["unit"] = OrNull(setting.unit);
     json["allowed"] = setting.Allowed();
-    json["lowest"] = setting.lowest ? Json(*setting.lowest) : Json();
-    json["highest"] = setting.highest ? Json(*setting.highest) : Json();
+    json["lowest"] = OrNull(setting.lowest);
+    json["highest"] = OrNull(setting.highest);
     Json words = Json::object();
     for (const ValueWord& word : setting.words)
         words[word.word] = word.number;
@@ -140,14 +138,14 @@ Json Description(const Setting& setting, const Present& present,
     json["default"] = DefaultDocument(setting);
     json["perProfile"] = setting.perProfile;
     json["access"] = AccessName(setting);
-    json["reader"] = setting.reader.empty() ? Json() : Json(setting.reader);
-    json["writer"] = setting.writer.empty() ? Json() : Json(setting.writer);
+    json["reader"] = OrNull(ReaderName(setting.methods));
+    json["writer"] = OrNull(WriterName(setting.methods));
     const std::optional<SchemaValue> place = PlaceOf(setting, profile);
     json["keySet"] = place ? Json(KeySetName(place->keySet)) : Json();
     json["valueName"] = place ? Json(place->Name()) : Json();
     json["value"] = present.reading ? present.reading->Document()["value"] : Json();
     json["profile"] = present.reading ? present.reading->Document()["profile"] : Json();
-    json["problem"] = present.problem.empty() ? Json() : Json(present.problem);
+    json["problem"] = OrNull(present.problem);
     return json;
 }
 
@@ -243,19 +241,16 @@ ExitCode List(const Context& context, const DescribeOptions& options) {
 }  // namespace
 
 void AddDescribe(Context& context) {
-    const auto options = std::make_shared<DescribeOptions>();
-    CLI::App* verb =
-        context.root.add_subcommand("describe", "say what a setting is and where it is stored");
-    verb->add_option("NAME", options->names, "settings; without one all of them");
-    options->profile.AddTo(*verb);
-    OnRun(*verb, context, [&context, options] { return Describe(context, *options); });
+    const auto [verb, options] = AddVerb(context.root, context, "describe",
+                                         "describe a setting and where it is stored", Describe);
+    verb.add_option("NAME", options.names, "settings; all if omitted");
+    options.profile.AddTo(verb);
 }
 
 void AddList(Context& context) {
-    const auto options = std::make_shared<DescribeOptions>();
-    CLI::App* verb = context.root.add_subcommand("list", "all settings with their values");
-    options->profile.AddTo(*verb);
-    OnRun(*verb, context, [&context, options] { return List(context, *options); });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "list", "list all settings and their values", List);
+    options.profile.AddTo(verb);
 }
 
 }  // namespace kora4::tools

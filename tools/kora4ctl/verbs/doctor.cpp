@@ -2,9 +2,9 @@
 // kora4ctl doctor: what is wrong on this machine, and how to repair it.
 #include "kora4ctl/doctor/doctor.h"
 
-#include <memory>
-
 #include "base/text.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -36,39 +36,8 @@ Style StyleOf(Severity severity) {
     return cStyles[static_cast<std::size_t>(severity)];
 }
 
-// The text in lines of that width, at blanks; one that fits nowhere stays whole.
-std::vector<std::string> Wrapped(const std::string& text, std::size_t width) {
-    std::vector<std::string> lines(1);
-    std::size_t begin = 0;
-    while (begin < text.size()) {
-        const std::size_t end = std::min(text.find(' ', begin), text.size());
-        const std::string word = text.substr(begin, end - begin);
-        if (!lines.back().empty() && Columns(lines.back()) + 1 + Columns(word) > width)
-            lines.emplace_back();
-        if (!lines.back().empty())
-            lines.back() += ' ';
-        lines.back() += word;
-        begin = end + 1;
-    }
-    return lines;
-}
-
-// A paragraph beside the two columns of words. What a program reads stays on one line.
-void PrintBeside(Output& output, const std::string& head, const std::string& text) {
-    const std::size_t indent = cSeverityWidth + cNameWidth;
-    // Wine's consoles count the characters of a colour sequence as columns.
-    const std::size_t taken = indent + 1 + head.size() - Columns(head);
-    const std::size_t width = output.Width() > taken + 20 ? output.Width() - taken : 20;
-    const std::vector<std::string> lines =
-        output.IsTerminal() ? Wrapped(text, width) : std::vector<std::string>{text};
-    for (const std::string& line : lines)
-        output.Print((&line == &lines.front() ? head : std::string(indent, ' ')) + line);
-}
-
 std::string Head(const Output& output, Style style, const char* word, const char* name) {
-    return output.Paint(style, word) +
-           std::string(cSeverityWidth - std::string_view(word).size(), ' ') +
-           Padded(name, cNameWidth);
+    return Padded(output.Paint(style, word), cSeverityWidth) + Padded(name, cNameWidth);
 }
 
 void Print(Output& output, const DoctorCheck& check, const CheckResult& result) {
@@ -96,20 +65,16 @@ void Append(Json& findings, const DoctorCheck& check, const CheckResult& result)
         add(SeverityName(one.severity), one.what, one.next);
 }
 
-std::string Counted(std::size_t count, const std::string& word) {
-    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
-}
-
 std::string Summary(const Tally& tally) {
     std::vector<std::string> parts;
     if (tally.Errors())
-        parts.push_back(Counted(tally.Errors(), "error"));
+        parts.push_back(CountOf(tally.Errors(), "error"));
     if (tally.Warnings())
-        parts.push_back(Counted(tally.Warnings(), "warning"));
+        parts.push_back(CountOf(tally.Warnings(), "warning"));
     if (parts.empty())
-        parts.emplace_back("Nothing is wrong");
+        parts.emplace_back("No problems");
     if (tally.Notes())
-        parts.push_back(Counted(tally.Notes(), "note"));
+        parts.push_back(CountOf(tally.Notes(), "note"));
     return Join(parts, ", ") + ".";
 }
 
@@ -160,7 +125,7 @@ ExitCode Doctor(const Context& context, const Options& options) {
     }
     ExitCode code = tally.Errors() + tally.Warnings() ? ExitCode::eFindings : ExitCode::eDone;
     if (context.interrupt.IsRequested()) {
-        output.Complain("Interrupted: not everything was looked at.");
+        output.Complain("Interrupted: some checks were not run.");
         code = ExitCode::eFailed;
     }
     // A thread that hangs in the library would also hang the ordinary end of the process.
@@ -170,33 +135,32 @@ ExitCode Doctor(const Context& context, const Options& options) {
 }
 
 std::string Footer() {
-    std::string text = "It looks at:\n";
+    std::vector<std::vector<std::string>> rows;
     for (const DoctorCheck& check : DoctorChecks())
-        text += "  " + Padded(check.name, cNameWidth) + check.summary + "\n";
-    return text +
-           "\nA change of the settings that was broken off half-way is undone, or finished\n"
-           "when only its announcement was missing; with --dry-run it is only told.\n"
-           "--deep makes every client read one value again, and changes no setting.\n"
-           "\nIt ends with 0 when nothing is worse than a note, and with 7 otherwise.\n";
+        rows.push_back({check.name, check.summary});
+    return "Checks:\n" + Aligned(rows) +
+           "\nAn interrupted load is undone, or finished if only its announcement was "
+           "missing;\n"
+           "with --dry-run it is only reported.\n"
+           "--deep makes every client read one value again and changes no setting.\n"
+           "\nThe exit code is 0 if nothing is worse than a note, and 7 otherwise.\n";
 }
 
 }  // namespace
 
 void AddDoctor(Context& context) {
-    const auto options = std::make_shared<Options>();
-    CLI::App* verb = context.root.add_subcommand(
-        "doctor", "what is wrong on this machine, and how to mend it");
-    CLI::Option* const dryRun =
-        verb->add_flag("--dry-run", options->dryRun, "change nothing at all");
-    verb->add_flag("--deep", options->deep, "see whether notifications arrive, too")
+    const auto [verb, options] =
+        AddVerb(context.root, context, "doctor",
+                "find what is wrong on this machine, and how to repair it", Doctor);
+    CLI::Option* const dryRun = verb.add_flag("--dry-run", options.dryRun, "change nothing");
+    verb.add_flag("--deep", options.deep, "also check that notifications arrive")
         ->excludes(dryRun);
-    verb->add_option("--wait", options->wait,
-                     "how long to wait for the mutex and for answers, in seconds")
+    verb.add_option("--wait", options.wait,
+                    "how long to wait for the mutex and the library, in seconds")
         ->type_name("SECONDS")
         ->capture_default_str()
         ->check(CLI::Range(0.1, 60.0));
-    verb->footer(Footer());
-    OnRun(*verb, context, [&context, options] { return Doctor(context, *options); });
+    verb.footer(Footer());
 }
 
 }  // namespace kora4::tools

@@ -3,14 +3,14 @@
 // exchanged with other equalizer tools.
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/field_tables.h"
 #include "contract/patch_limits.h"
 #include "contract/patch_records.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/equalizer/bands_picture.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
@@ -22,7 +22,7 @@ namespace {
 std::string SetHelp() {
     return "Forms:\n"
            "  eq set 3 2 1 0 -1 ...      a gain for each band, in their order\n"
-           "  eq set 1000=3 4000=-2.5    the stored band that is nearest to each frequency\n"
+           "  eq set 1000=3 4000=-2.5    the stored band nearest to each frequency\n"
            "  eq set --band 3 -2.5       one band, counted from 1\n"
            "Gains are in dB, from " +
            GainRange() + ", and are stored in steps of 1/" + std::to_string(fields::cQ8) +
@@ -30,14 +30,13 @@ std::string SetHelp() {
 }
 
 std::string ImportHelp() {
-    return "The text is that of equalizer tools: GraphicEQ: 20 -1.5; 25 0; ... with "
-           "frequencies in\n"
-           "Hz that ascend, gains in dB, decimal points, and comments from # to the end of a "
-           "line.\n"
-           "The gains are taken at the frequencies of the stored bands: linear in dB over the\n"
-           "logarithm of the frequency, and constant beyond the first and the last frequency "
-           "of\n"
-           "the file. With --bands file the bands get the frequencies of the file (at most " +
+    return "The text is the one that equalizer tools use: GraphicEQ: 20 -1.5; 25 0; ... with\n"
+           "ascending frequencies in Hz, gains in dB, decimal points, and comments from # to\n"
+           "the end of the line. Its curve is applied at the stored bands' frequencies: "
+           "linear\n"
+           "in dB over the logarithm of the frequency, and constant beyond the first and the\n"
+           "last frequency of the file. With --bands file, the bands get the frequencies of\n"
+           "the file (at most " +
            std::to_string(cMaxArrayElements) + ").\n";
 }
 
@@ -49,7 +48,6 @@ struct EqOptions {
     std::string bands = "stored";
     bool isClipped = false;
 };
-using Options = std::shared_ptr<EqOptions>;
 
 std::string NameOfBand(const Bands& bands, std::size_t index) {
     return "Band " + std::to_string(index + 1) + " (" + Decimal(bands[index].frequency) +
@@ -69,8 +67,8 @@ Bands Limited(Bands bands, bool isClipped, Output& output) {
         const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
                                  " dB is outside " + GainRange() + " dB";
         if (!isClipped)
-            throw Failure(ExitCode::eBadInput, what + "; nothing was changed.",
-                          "--clip takes the nearest gain that is allowed.");
+            throw BadInput(what + "; nothing was changed.",
+                           "Use --clip to take the nearest allowed gain.");
         gain = std::clamp(gain, cGraphicEQGainMin, cGraphicEQGainMax);
         output.Say(what + "; it becomes " + Decimal(gain) + ".");
     }
@@ -111,7 +109,7 @@ std::vector<std::string> RowOfBand(const Bands& bands, std::size_t index) {
             SignedGain(band.gain) + " dB", note};
 }
 
-ExitCode Show(Context& context, const EqOptions& options) {
+ExitCode Show(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
     Output& output = context.output;
@@ -138,7 +136,7 @@ ExitCode Show(Context& context, const EqOptions& options) {
 // ---- What changes the bands -------------------------------------------------------------
 
 // Writes the new bands, reads what became of them and tells the difference.
-ExitCode Apply(Context& context, const EqOptions& options, SettingAccess& access,
+ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& access,
                const Equalizer& before, const Bands& wanted) {
     Output& output = context.output;
     WriteEqualizer(access, options.profile.Get(), Limited(wanted, options.isClipped, output));
@@ -157,17 +155,15 @@ ExitCode Apply(Context& context, const EqOptions& options, SettingAccess& access
                      SignedGain(now.bands[i].gain) + " dB");
     }
     if (now.bands == before.bands)
-        output.Say("The graphic equalizer of " + ProfileName(now.profile) +
-                   " was like that already.");
+        output.Say("No change: " + ProfileName(now.profile) + " already has these bands.");
     return ExitCode::eDone;
 }
 
 float GainOf(std::string_view text) {
     float gain = 0;
     if (!ParseDecimal(text, gain))
-        throw Failure(ExitCode::eBadInput,
-                      "'" + std::string(text) + "' is no gain; it is a number of dB.",
-                      "Three forms are understood: see 'kora4ctl eq set --help'.");
+        throw BadInput("'" + std::string(text) + "' is not a gain: expected a number of dB.",
+                       "For the three forms, see 'kora4ctl eq set --help'.");
     return StorableGain(static_cast<double>(gain));
 }
 
@@ -181,9 +177,9 @@ std::size_t NearestBand(const Bands& bands, float frequency) {
         bands.begin(), bands.end(),
         [&](const Band& a, const Band& b) { return distance(a) < distance(b); });
     if (nearest == bands.end() || !(nearest->frequency > 0))
-        throw Failure(ExitCode::eBadInput, "There is no band with a frequency above 0 Hz.",
-                      "Set bands by number with --band, or take new ones with 'kora4ctl eq "
-                      "import --bands file'.");
+        throw BadInput("No band has a frequency above 0 Hz.",
+                       "Set bands by number with --band, or import new ones with 'kora4ctl eq "
+                       "import --bands file'.");
     return static_cast<std::size_t>(nearest - bands.begin());
 }
 
@@ -195,16 +191,15 @@ Bands SetByFrequency(Bands bands, const std::vector<std::string>& values, Output
         if (sign == std::string::npos ||
             !ParseDecimal(std::string_view(value).substr(0, sign), frequency) ||
             !(frequency > 0))
-            throw Failure(ExitCode::eBadInput,
-                          "'" + value + "' is not FREQUENCY=GAIN, as in 1000=3.");
+            throw BadInput("'" + value + "' is not FREQUENCY=GAIN, such as 1000=3.");
         const std::size_t band = NearestBand(bands, frequency);
         if (isSet[band])
-            throw Failure(ExitCode::eBadInput, NameOfBand(bands, band) +
-                                                   " is the nearest to two of the "
-                                                   "frequencies; nothing was changed.");
+            throw BadInput(NameOfBand(bands, band) +
+                           " is nearest to two of the given "
+                           "frequencies; nothing was changed.");
         isSet[band] = true;
         if (bands[band].frequency != frequency)
-            output.Say("Nearest to " + Decimal(frequency) + " Hz is the band at " +
+            output.Say("The band nearest to " + Decimal(frequency) + " Hz is at " +
                        Decimal(bands[band].frequency) + " Hz.");
         bands[band].gain = GainOf(std::string_view(value).substr(sign + 1));
     }
@@ -213,28 +208,27 @@ Bands SetByFrequency(Bands bands, const std::vector<std::string>& values, Output
 
 Bands SetOneBand(Bands bands, unsigned band, const std::vector<std::string>& values) {
     if (values.size() != 1)
-        throw Failure(ExitCode::eUsage, "--band takes one gain.");
+        throw Failure(ExitCode::eUsage, "--band takes exactly one gain.");
     if (band < 1 || band > bands.size())
-        throw Failure(ExitCode::eBadInput, "There is no band " + std::to_string(band) +
-                                               "; the bands are 1 to " +
-                                               std::to_string(bands.size()) + ".");
+        throw BadInput("There is no band " + std::to_string(band) + "; the bands are 1 to " +
+                       std::to_string(bands.size()) + ".");
     bands[band - 1].gain = GainOf(values.front());
     return bands;
 }
 
 Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
     if (values.size() != bands.size())
-        throw Failure(ExitCode::eBadInput,
-                      "There are " + std::to_string(bands.size()) + " bands, and " +
-                          std::to_string(values.size()) + " gains were given.",
-                      "Single bands: 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
-                      "-2.5'.");
+        throw BadInput(
+            "Expected " + std::to_string(bands.size()) + " gains, got " +
+                std::to_string(values.size()) + ".",
+            "To set single bands, use 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
+            "-2.5'.");
     for (std::size_t i = 0; i < bands.size(); ++i)
         bands[i].gain = GainOf(values[i]);
     return bands;
 }
 
-ExitCode Set(Context& context, const EqOptions& options) {
+ExitCode Set(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     const bool isByFrequency =
@@ -247,7 +241,7 @@ ExitCode Set(Context& context, const EqOptions& options) {
     return Apply(context, options, access, before, wanted);
 }
 
-ExitCode Flat(Context& context, const EqOptions& options) {
+ExitCode Flat(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     Bands wanted = before.bands;
@@ -258,44 +252,42 @@ ExitCode Flat(Context& context, const EqOptions& options) {
 
 // ---- Files ------------------------------------------------------------------------------
 
-void RefuseBadFrequencies(const Bands& bands, const std::string& wish) {
+void CheckFrequencies(const Bands& bands, const std::string& wish) {
     const std::vector<std::string> problems = FrequencyProblems(bands);
     if (!problems.empty())
-        throw Failure(ExitCode::eBadInput, Join(problems, " ") + " " + wish,
-                      "Store usable bands with 'kora4ctl eq import --bands file FILE'.");
+        throw BadInput(Join(problems, " ") + " " + wish,
+                       "Store valid bands with 'kora4ctl eq import --bands file FILE'.");
     if (bands.empty())
-        throw Failure(ExitCode::eBadInput, "No bands are stored. " + wish,
-                      "Store some with 'kora4ctl eq import --bands file FILE'.");
+        throw BadInput("No bands are stored. " + wish,
+                       "Store some with 'kora4ctl eq import --bands file FILE'.");
 }
 
 // The bands of a file as the store can hold them: whole hertz.
 Bands BandsOfFile(const Bands& curve, Output& output) {
     if (curve.size() > cMaxArrayElements)
-        throw Failure(ExitCode::eBadInput,
-                      "The file has " + std::to_string(curve.size()) +
-                          " bands, and no more than " + std::to_string(cMaxArrayElements) +
-                          " can be stored.",
-                      "Without '--bands file' its curve is taken at the stored bands.");
+        throw BadInput("The file has " + std::to_string(curve.size()) + " bands; at most " +
+                           std::to_string(cMaxArrayElements) + " can be stored.",
+                       "Without '--bands file', its curve is applied to the stored bands.");
     Bands bands = curve;
     for (Band& band : bands) {
         const float stored = std::trunc(band.frequency);
         if (stored < 1 || stored > cHighestFrequency)
-            throw Failure(ExitCode::eBadInput, Decimal(band.frequency) +
-                                                   " Hz cannot be stored: bands lie from " +
-                                                   FrequencyRange() + ".");
+            throw BadInput(Decimal(band.frequency) +
+                           " Hz cannot be stored: frequencies range from " + FrequencyRange() +
+                           ".");
         if (stored != band.frequency)
             output.Say(Decimal(band.frequency) + " Hz is stored as " + Decimal(stored) +
-                       " Hz: bands have whole frequencies.");
+                       " Hz: frequencies are whole numbers.");
         band = {stored, StorableGain(static_cast<double>(band.gain))};
     }
-    RefuseBadFrequencies(bands, "In whole hertz the bands of the file are no longer apart.");
+    CheckFrequencies(bands, "In whole hertz, bands of the file coincide.");
     return bands;
 }
 
-ExitCode Import(Context& context, const EqOptions& options) {
+ExitCode Import(const Context& context, const EqOptions& options) {
     if (options.bands != "stored" && options.bands != "file")
         throw Failure(ExitCode::eUsage, "'" + options.bands +
-                                            "' is no choice for --bands: it is 'stored' or "
+                                            "' is not valid for --bands: use 'stored' or "
                                             "'file'.");
     const std::string name = options.file == "-" ? "Standard input" : options.file;
     const Bands curve = ParseGraphicEq(ReadWholeFile(options.file), name);
@@ -303,14 +295,14 @@ ExitCode Import(Context& context, const EqOptions& options) {
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     if (options.bands == "file")
         return Apply(context, options, access, before, BandsOfFile(curve, context.output));
-    RefuseBadFrequencies(before.bands, "A curve cannot be taken there.");
+    CheckFrequencies(before.bands, "A curve cannot be applied to them.");
     return Apply(context, options, access, before, Resample(curve, before.bands));
 }
 
-ExitCode Export(Context& context, const EqOptions& options) {
+ExitCode Export(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
-    RefuseBadFrequencies(equalizer.bands, "No equalizer tool could read that.");
+    CheckFrequencies(equalizer.bands, "Equalizer tools could not read them.");
     const std::string text = FormatGraphicEq(equalizer.bands);
     if (!options.file.empty() && options.file != "-") {
         WriteWholeFile(options.file, text + "\n");
@@ -327,49 +319,38 @@ ExitCode Export(Context& context, const EqOptions& options) {
     return ExitCode::eDone;
 }
 
-using Run = ExitCode (*)(Context&, const EqOptions&);
-
-CLI::App& AddEqVerb(CLI::App& parent, Context& context, const Options& options,
-                    const char* name, const char* summary, Run run) {
-    CLI::App* verb = parent.add_subcommand(name, summary);
-    options->profile.AddTo(*verb);
-    OnRun(*verb, context, [&context, options, run] { return run(context, *options); });
-    return *verb;
-}
-
-void AddClip(CLI::App& verb, const Options& options) {
-    verb.add_flag("--clip", options->isClipped,
-                  "limit gains to " + GainRange() + " dB instead of refusing them");
+void AddClip(CLI::App& verb, EqOptions& options) {
+    verb.add_flag("--clip", options.isClipped,
+                  "limit gains to " + GainRange() + " dB instead of rejecting them");
 }
 
 }  // namespace
 
 void AddEq(Context& context) {
-    CLI::App* eq = context.root.add_subcommand("eq", "the graphic equalizer");
-    eq->require_subcommand(1);
-    const auto options = std::make_shared<EqOptions>();
+    CLI::App& eq = AddGroup(context, "eq", "the graphic equalizer");
+    const auto add = [&](const char* name, const char* summary, auto run) {
+        const auto verb = AddVerb(eq, context, name, summary, run);
+        verb.options.profile.AddTo(verb.app);
+        return verb;
+    };
+    add("show", "the bands as a table and a curve", Show);
 
-    AddEqVerb(*eq, context, options, "show", "the bands as a table and a curve", Show);
-
-    CLI::App& set = AddEqVerb(*eq, context, options, "set", "change gains", Set);
-    set.add_option("GAINS", options->values, "gains in dB, or frequency=gain")->required();
-    set.add_option("--band", options->band, "one band, counted from 1");
-    AddClip(set, options);
+    const auto [set, gains] = add("set", "change gains", Set);
+    set.add_option("GAINS", gains.values, "gains in dB, or FREQUENCY=GAIN")->required();
+    set.add_option("--band", gains.band, "one band, counted from 1");
+    AddClip(set, gains);
     set.footer(SetHelp());
 
-    AddEqVerb(*eq, context, options, "flat", "make all gains 0 dB", Flat);
+    add("flat", "set all gains to 0 dB", Flat);
 
-    CLI::App& import = AddEqVerb(*eq, context, options, "import",
-                                 "take the curve of a GraphicEQ text", Import);
-    import.add_option("FILE", options->file, "a file, or - for standard input")->required();
-    import.add_option("--bands", options->bands,
-                      "whose frequencies: stored (as they are) or file");
-    AddClip(import, options);
+    const auto [import, curve] = add("import", "import the curve of a GraphicEQ text", Import);
+    import.add_option("FILE", curve.file, "a file, or - for standard input")->required();
+    import.add_option("--bands", curve.bands, "which frequencies to keep: stored or file");
+    AddClip(import, curve);
     import.footer(ImportHelp());
 
-    CLI::App& out = AddEqVerb(*eq, context, options, "export",
-                              "write the bands as a GraphicEQ text", Export);
-    out.add_option("FILE", options->file, "a file; without one to standard output");
+    const auto [out, text] = add("export", "export the bands as a GraphicEQ text", Export);
+    out.add_option("FILE", text.file, "a file; standard output if omitted");
 }
 
 }  // namespace kora4::tools

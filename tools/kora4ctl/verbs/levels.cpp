@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl levels: what the engine measures, live.
 #include <algorithm>
-#include <memory>
 #include <optional>
 
 #include "base/results.h"
 #include "contract/defaults.h"
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/levels_picture.h"
 #include "kora4ctl/terminal/local_time.h"
 #include "kora4ctl/terminal/terminal_screen.h"
@@ -27,18 +27,16 @@ struct Options {
 constexpr double cShortestPeriod = 0.01;
 constexpr double cLongestPeriod = 5;
 
-constexpr char cNoLevels[] = "no levels: no engine has published anything (start kora4sim)";
+constexpr char cNoLevels[] = "no levels: no engine has published any (start kora4sim)";
 
 constexpr char cFooter[] =
-    "On a terminal, bars for the 20 bands, redrawn in place: gain, and excitation beside it, "
-    "in\n"
-    "dB. Otherwise, and with --json, a line for each picture that differs from the one "
-    "before;\n"
-    "with --json that is {\"time\", \"gains\", \"excitations\", \"error\"}, null while there "
+    "On a terminal, bars for the 20 bands, redrawn in place: gain, and excitation beside\n"
+    "it, in dB. Otherwise, and with --json, one line for each picture that differs from the\n"
+    "previous one; with --json, {\"time\", \"gains\", \"excitations\", \"error\"}: the lists "
     "are\n"
-    "no levels, and \"error\" says why levels that are there cannot be read.\n"
-    "--count counts pictures that differ from the one before. Ends with Ctrl-C, when nobody\n"
-    "reads the output any more, and as the options say.\n";
+    "null while there are no levels, and \"error\" says why existing levels cannot be read.\n"
+    "--count counts pictures that differ from the previous one. Ends on Ctrl-C, when the\n"
+    "output is closed, and as the options say.\n";
 
 // What one look at the levels has shown.
 struct Look {
@@ -105,7 +103,7 @@ class Display {
             document.update(LevelsDocument(*look.levels));
         else
             document.update({{"gains", nullptr}, {"excitations", nullptr}});
-        document["error"] = look.error.empty() ? Json() : Json(look.error);
+        document["error"] = OrNull(look.error);
         return document;
     }
 
@@ -148,15 +146,14 @@ ExitCode ShowLevels(const Context& context, const Options& options) {
 }  // namespace
 
 void AddLevels(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("levels", "show the engine's levels, live");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("--fps", options->fps,
-                     "look so many times a second; without it, every sampling period")
+    const auto [verb, options] =
+        AddVerb(context.root, context, "levels", "show the engine's levels live", ShowLevels);
+    verb.add_option("--fps", options.fps,
+                    "how often to read per second (default: once per sampling period)")
         ->check(CLI::Range(0.1, 100.0))
         ->type_name("N");
-    options->limits.AddTo(*verb, "pictures");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return ShowLevels(context, *options); });
+    options.limits.AddTo(verb, "pictures");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

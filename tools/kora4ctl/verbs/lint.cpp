@@ -4,13 +4,13 @@
 
 #include <windows.h>
 
-#include <memory>
-
 #include "base/text.h"
-#include "kora4ctl/access/settings_document.h"
+#include "kora4ctl/access/document_files.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/terminal/local_time.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
-#include "process/files.h"
-#include "registry/registry_store.h"
+#include "registry/journal.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {
@@ -23,28 +23,21 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "error    cannot be read: the built-in default is in force\n"
-    "warning  read as it is, but nothing that the API would have set\n"
-    "note     worth knowing; nothing to mend\n"
+    "error    cannot be read: the built-in default is in effect\n"
+    "warning  readable, but outside what the API can set\n"
+    "note     worth knowing; needs no repair\n"
     "A value that equals a built-in default passes, whatever the limits of the API.\n"
-    "--fix writes a dump of all settings first, then deletes what is wrong, so that the\n"
-    "defaults are in force, and stores texts without a terminator properly. What is no\n"
-    "setting (counters, levels, what a demo has saved) is in no dump; it is named when it is\n"
-    "mended. Exit code 7: there were errors or warnings, and they are still there.\n";
+    "--fix first writes a dump of all settings, then deletes invalid values, so that their\n"
+    "defaults are in effect, and terminates texts that lack a terminator. Values that are not\n"
+    "settings (counters, levels, the state saved for a demo) are in no dump; --fix names the\n"
+    "ones that it repairs. Exit code 7: there are errors or warnings that were not repaired.\n";
 
 // Beside the journal, with the time in its name: an earlier dump is never written over.
-std::string DefaultBackup(const JournalFile& journal) {
-    SYSTEMTIME now = {};
-    GetLocalTime(&now);
-    const auto digits = [](unsigned number, std::size_t count) {
-        const std::string text = std::to_string(number);
-        return std::string(count > text.size() ? count - text.size() : 0, '0') + text;
-    };
-    const std::string folder = journal.Path().substr(0, journal.Path().find_last_of('\\'));
+std::string DefaultBackup() {
+    const std::string journal = DefaultJournalPath();
+    const std::string folder = journal.substr(0, journal.find_last_of('\\'));
     CreateDirectoryW(Widen(folder).c_str(), nullptr);
-    return folder + "\\before-fix-" + digits(now.wYear, 4) + digits(now.wMonth, 2) +
-           digits(now.wDay, 2) + "-" + digits(now.wHour, 2) + digits(now.wMinute, 2) +
-           digits(now.wSecond, 2) + "-" + digits(now.wMilliseconds, 3) + ".json";
+    return folder + "\\before-fix-" + Moment::Now().FileStamp() + ".json";
 }
 
 struct Fixed {
@@ -52,18 +45,15 @@ struct Fixed {
     std::vector<Difference> changes;
 };
 
-Fixed Fix(const Context& context, StoreAccess& store, const StoreLock& lock,
-          const std::vector<Finding>& findings, const std::string& backup) {
+Fixed Fix(const Context& context, const HeldStore& store, const std::vector<Finding>& findings,
+          const std::string& backup) {
     Fixed fixed;
     const Plan plan = FixPlan(findings);
     if (plan.values.empty())
         return fixed;
-    const JournalFile journal(DefaultJournalPath());
-    fixed.backup = backup.empty() ? DefaultBackup(journal) : backup;
-    WriteWholeFile(fixed.backup, ToText(Dump(store, Scope::eAll)));
-    fixed.changes = Apply(plan, store, lock, journal, [&context] {
-                        return context.interrupt.IsRequested();
-                    }).changes;
+    fixed.backup = backup.empty() ? DefaultBackup() : backup;
+    WriteWholeFile(fixed.backup, ToText(Dump(*store, Scope::eAll)));
+    fixed.changes = ApplyPlan(context, plan, store);
     return fixed;
 }
 
@@ -96,7 +86,7 @@ Json DocumentOf(const std::vector<Finding>& findings, const Fixed& fixed) {
         list.push_back(finding.Document());
     return {{"findings", list},
             {"fixed", DocumentOf(fixed.changes)},
-            {"backup", fixed.backup.empty() ? Json(nullptr) : Json(fixed.backup)}};
+            {"backup", OrNull(fixed.backup)}};
 }
 
 void Tell(Output& output, const std::vector<Finding>& findings, const Fixed& fixed) {
@@ -106,14 +96,14 @@ void Tell(Output& output, const std::vector<Finding>& findings, const Fixed& fix
     }
     Print(output, findings);
     if (!fixed.backup.empty()) {
-        output.Say("All settings as they were before are in " + fixed.backup + ".");
+        output.Say("The settings as they were are saved in " + fixed.backup + ".");
         if (const std::vector<std::string> others = OutsideOfDumps(fixed.changes);
             !others.empty())
-            output.Say("Mended too, but no settings, so not in there: " + Join(others, "; ") +
-                       ".");
-        output.Say(CountOfValues(fixed.changes.size()) + " mended.");
+            output.Say("Also repaired, but not settings and so not saved: " +
+                       Join(others, "; ") + ".");
+        output.Say(CountOf(fixed.changes.size(), "value") + " repaired.");
     } else if (findings.empty()) {
-        output.Say("All stored values are right.");
+        output.Say("All stored values are valid.");
     }
 }
 
@@ -121,13 +111,11 @@ ExitCode Lint(const Context& context, const Options& options) {
     std::vector<Finding> findings;
     Fixed fixed;
     {
-        const std::unique_ptr<StoreAccess> store =
-            OpenStore(options.fix ? OpenMode::eReadWrite : OpenMode::eRead);
-        const StoreLock lock = HoldStore(context);
-        TellIfAbandoned(context, lock);
+        const HeldStore store(context, options.fix ? OpenMode::eReadWrite : OpenMode::eRead);
+        TellIfAbandoned(context, store.lock);
         findings = Lint(*store);
         if (options.fix)
-            fixed = Fix(context, *store, lock, findings, options.backup);
+            fixed = Fix(context, store, findings, options.backup);
     }
     Tell(context.output, findings, fixed);
     return HasFindings(findings) && !options.fix ? ExitCode::eFindings : ExitCode::eDone;
@@ -136,14 +124,13 @@ ExitCode Lint(const Context& context, const Options& options) {
 }  // namespace
 
 void AddLint(Context& context) {
-    CLI::App* verb = context.root.add_subcommand(
-        "lint", "hold each stored value against its type, range and encoding");
-    const auto options = std::make_shared<Options>();
-    CLI::Option* const fix = verb->add_flag("--fix", options->fix,
-                                            "mend what is wrong, after a dump of all settings");
-    verb->add_option("--backup", options->backup, "the file of that dump")->needs(fix);
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Lint(context, *options); });
+    const auto [verb, options] =
+        AddVerb<Options>(context.root, context, "lint",
+                         "check each stored value's type, range and encoding", Lint);
+    CLI::Option* const fix =
+        verb.add_flag("--fix", options.fix, "repair what is wrong, after dumping all settings");
+    verb.add_option("--backup", options.backup, "the file for that dump")->needs(fix);
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl load: the settings of a document into the store, all of them or none.
-#include <memory>
-
-#include "kora4ctl/access/settings_document.h"
+#include "kora4ctl/access/document_files.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
-#include "registry/registry_store.h"
 
 namespace kora4::tools {
 
@@ -17,12 +16,13 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "The whole document is checked before anything is written; one bad value and nothing is.\n"
-    "Afterwards the settings that the document's scope covers are those of the document: what\n"
-    "it does not have is deleted, and its default is in force. With --merge that stays as it "
-    "is.\n"
-    "When a write fails, or Ctrl-C comes, what was there before is put back. When the program\n"
-    "is killed, 'kora4ctl doctor' finds the journal that it left, and undoes or finishes it.\n";
+    "The whole document is checked first; if one value is bad, nothing is written.\n"
+    "Afterwards the settings in the document's scope are those of the document: a setting\n"
+    "that it does not have is deleted, so that its default is in effect; with --merge it is\n"
+    "kept.\n"
+    "If a write fails, or on Ctrl-C, the previous settings are restored. If the program is\n"
+    "killed, 'kora4ctl doctor' finds the journal that it left and undoes or finishes the\n"
+    "load.\n";
 
 void Tell(Output& output, const std::vector<Difference>& changes, bool dryRun) {
     if (output.json) {
@@ -30,11 +30,11 @@ void Tell(Output& output, const std::vector<Difference>& changes, bool dryRun) {
         return;
     }
     if (changes.empty()) {
-        output.Say("The settings are those of the document already; nothing was written.");
+        output.Say("The settings already match the document; nothing was written.");
         return;
     }
     PrintDifferences(output, changes);
-    output.Say(CountOfValues(changes.size()) +
+    output.Say(CountOf(changes.size(), "value") +
                (dryRun ? " would change; nothing was written." : " changed."));
 }
 
@@ -43,16 +43,12 @@ ExitCode Load(const Context& context, const Options& options) {
         ReadPlan(options.file, options.merge ? Completeness::eMerge : Completeness::eExact);
     std::vector<Difference> changes;
     {
-        const std::unique_ptr<StoreAccess> store =
-            OpenStore(options.dryRun ? OpenMode::eRead : OpenMode::eReadWrite);
-        const StoreLock lock = HoldStore(context);
-        TellIfAbandoned(context, lock);
+        const HeldStore store(context, options.dryRun ? OpenMode::eRead : OpenMode::eReadWrite);
+        TellIfAbandoned(context, store.lock);
         if (options.dryRun)
             changes = Compare(plan, *store);
         else
-            changes = Apply(plan, *store, lock, JournalFile(DefaultJournalPath()), [&context] {
-                          return context.interrupt.IsRequested();
-                      }).changes;
+            changes = ApplyPlan(context, plan, store);
     }
     Tell(context.output, changes, options.dryRun);
     return ExitCode::eDone;
@@ -61,15 +57,13 @@ ExitCode Load(const Context& context, const Options& options) {
 }  // namespace
 
 void AddLoad(Context& context) {
-    CLI::App* verb =
-        context.root.add_subcommand("load", "take the settings of a document, all or none");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("FILE", options->file, "a document of 'dump'; - is standard input")
+    const auto [verb, options] = AddVerb(context.root, context, "load",
+                                         "load the settings of a document, all or none", Load);
+    verb.add_option("FILE", options.file, "a document of 'dump', or - for standard input")
         ->required();
-    verb->add_flag("--dry-run", options->dryRun, "only tell what would change");
-    verb->add_flag("--merge", options->merge, "leave alone what the document does not have");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Load(context, *options); });
+    verb.add_flag("--dry-run", options.dryRun, "only print what would change");
+    verb.add_flag("--merge", options.merge, "keep settings that the document does not have");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

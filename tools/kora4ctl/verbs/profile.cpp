@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl profile: the profiles, one by one and as a table.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -18,7 +17,6 @@ struct ProfileOptions {
     std::string profile;
     std::string name;
 };
-using Options = std::shared_ptr<ProfileOptions>;
 
 const char* KindOf(std::uint32_t profile) {
     return IsPresetProfile(profile)   ? "preset"
@@ -27,20 +25,10 @@ const char* KindOf(std::uint32_t profile) {
                                       : "unknown";
 }
 
-// The JSON form of a profile that was changed.
-ExitCode Tell(const Context& context, const std::string& sentence, const Json& document) {
-    if (context.output.json)
-        context.output.PrintJson(document);
-    else
-        context.output.Print(sentence);
-    return ExitCode::eDone;
-}
-
-Json TextOrNull(const std::optional<std::string>& text) {
-    return text ? Json(*text) : Json();
-}
-
 // ---- show -------------------------------------------------------------------------------
+
+// Columns in front of the values.
+constexpr std::size_t cShowMargin = 44;
 
 void PrintReadings(const std::vector<Reading>& readings, Output& output) {
     std::vector<std::vector<std::string>> rows;
@@ -51,13 +39,12 @@ void PrintReadings(const std::vector<Reading>& readings, Output& output) {
             note += note.empty() ? "!" : " !";
             isAnyOutside = true;
         }
-        const std::string value = reading.Text(true);
-        rows.push_back({reading.setting->name, note,
-                        output.IsTerminal() ? Cut(value, output.Width() - 44) : value});
+        rows.push_back(
+            {reading.setting->name, note, Fitting(output, reading.Text(true), cShowMargin)});
     }
     output.Table({"setting", "", "value"}, rows);
     if (isAnyOutside)
-        output.Print("! is outside what programs may set");
+        output.Print("! outside what programs can set");
 }
 
 ExitCode Show(const Context& context, const ProfileOptions& options) {
@@ -85,16 +72,16 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
         output.PrintJson({{"profile", ProfileName(profile)},
                           {"number", profile},
                           {"kind", KindOf(profile)},
-                          {"name", TextOrNull(name)},
+                          {"name", OrNull(name)},
                           {"active", profile == active},
                           {"settings", documents}});
         return ExitCode::eDone;
     }
     output.Print(output.Paint(Style::eStrong, ProfileName(profile)) + ", " + KindOf(profile) +
-                 " profile" + (name ? " '" + Shown(*name) + "'" : std::string()) +
+                 " profile" + (name ? " " + Quoted(*name) : std::string()) +
                  (profile == active ? ", active" : ""));
     if (IsCustomProfile(profile) && !name)
-        output.Print("does not exist; these values would count");
+        output.Print("does not exist; these values would be in effect");
     PrintReadings(readings, output);
     return ExitCode::eDone;
 }
@@ -104,23 +91,23 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
 ExitCode Use(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     if (!IsSelectableProfile(profile))
-        throw Failure(ExitCode::eBadInput,
-                      ProfileName(profile) + " is a demo profile and is entered, not used.",
-                      "Enter it with 'kora4ctl demo enter'.");
+        throw BadInput(ProfileName(profile) + " is a demo profile and cannot be selected.",
+                       "Enter it with 'kora4ctl demo enter'.");
     SettingAccess access(context);
     const std::uint32_t before = access.ActiveProfile();
     Check(access.Api()->SetActiveProfile(static_cast<LONG>(profile)),
           "Making " + ProfileName(profile) + " the active profile");
     const std::string now = ProfileName(access.ActiveProfile());
-    return Tell(context, "profile: " + ProfileName(before) + " -> " + now,
-                {{"profile", now}, {"old", ProfileName(before)}});
+    return PrintResult(context, "profile: " + ProfileName(before) + " -> " + now,
+                       {{"profile", now}, {"old", ProfileName(before)}});
 }
 
-ExitCode Revert(const Context& context, const ProfileOptions&) {
+ExitCode Revert(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::string profile = ProfileName(access.ActiveProfile());
     Check(access.Api()->RevertActiveProfile(), "Reverting " + profile);
-    return Tell(context, profile + " has its factory values again.", {{"profile", profile}});
+    return PrintResult(context, profile + " was reset to its factory values.",
+                       {{"profile", profile}});
 }
 
 ExitCode Create(const Context& context, const ProfileOptions& options) {
@@ -128,31 +115,31 @@ ExitCode Create(const Context& context, const ProfileOptions& options) {
     SettingAccess access(context);
     CreateProfile(profile, options.name, *access.Api().Get());
     const std::string from = ProfileName(access.ActiveProfile());
-    return Tell(
+    return PrintResult(
         context,
-        ProfileName(profile) + " '" + options.name + "' was made as a copy of " + from + ".",
+        ProfileName(profile) + " '" + options.name + "' was created as a copy of " + from + ".",
         {{"profile", ProfileName(profile)}, {"name", options.name}, {"from", from}});
 }
 
 ExitCode Rename(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
-    RefuseUnlessCustom(profile);
+    CheckIsCustom(profile);
     SettingAccess access(context);
     IVeltoKORA4API& api = *access.Api().Get();
     const std::optional<std::string> old = ReadProfileNames(api)[profile];
     RenameProfile(profile, options.name, api);
-    return Tell(
+    return PrintResult(
         context,
         ProfileName(profile) + ": '" + old.value_or("") + "' -> '" + options.name + "'",
-        {{"profile", ProfileName(profile)}, {"name", options.name}, {"old", TextOrNull(old)}});
+        {{"profile", ProfileName(profile)}, {"name", options.name}, {"old", OrNull(old)}});
 }
 
 ExitCode Delete(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     SettingAccess access(context);
     DeleteProfile(profile, *access.Api().Get());
-    return Tell(context, ProfileName(profile) + " was deleted.",
-                {{"profile", ProfileName(profile)}});
+    return PrintResult(context, ProfileName(profile) + " was deleted.",
+                       {{"profile", ProfileName(profile)}});
 }
 
 // ---- table ------------------------------------------------------------------------------
@@ -160,7 +147,7 @@ ExitCode Delete(const Context& context, const ProfileOptions& options) {
 // Columns in front of the names.
 constexpr std::size_t cTableMargin = 36;
 
-ExitCode Table(const Context& context, const ProfileOptions&) {
+ExitCode Table(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::uint32_t active = access.ActiveProfile();
     const ProfileTable names = ReadProfileNames(*access.Api().Get());
@@ -173,14 +160,11 @@ ExitCode Table(const Context& context, const ProfileOptions&) {
                              {"number", profile},
                              {"kind", KindOf(profile)},
                              {"exists", exists},
-                             {"name", TextOrNull(names[profile])},
+                             {"name", OrNull(names[profile])},
                              {"active", profile == active}});
-        const std::string name = "'" + Shown(names[profile].value_or("")) + "'";
-        const std::string shown =
-            output.IsTerminal() ? Cut(name, output.Width() - cTableMargin) : name;
         rows.push_back({ProfileName(profile), std::to_string(profile), KindOf(profile),
                         profile == active ? "active" : "",
-                        names[profile] ? "'" + Shown(*names[profile]) + "'"
+                        names[profile] ? Fitting(output, Quoted(*names[profile]), cTableMargin)
                         : exists       ? ""
                                        : "-"});
     }
@@ -190,46 +174,38 @@ ExitCode Table(const Context& context, const ProfileOptions&) {
     }
     output.Table({"profile", "number", "kind", "", "name"}, rows);
     if (!IsSelectableProfile(active))
-        output.Say("Active is " + ProfileName(active) + ".");
+        output.Say("The active profile is " + ProfileName(active) + ".");
     return ExitCode::eDone;
 }
 
-using Run = ExitCode (*)(const Context&, const ProfileOptions&);
-
-CLI::App& AddProfileVerb(CLI::App& parent, Context& context, const Options& options,
-                         const char* name, const char* summary, Run run) {
-    CLI::App* verb = parent.add_subcommand(name, summary);
-    OnRun(*verb, context, [&context, options, run] { return run(context, *options); });
-    return *verb;
-}
-
-constexpr char cNameHelp[] = "any text of at most 2047 UTF-16 characters, also ''";
+const std::string cNameHelp = "any text of at most " + std::to_string(cMaxTextChars) +
+                              " UTF-16 characters; '' is allowed";
 
 }  // namespace
 
 void AddProfile(Context& context) {
-    CLI::App* profile = context.root.add_subcommand("profile", "the profiles");
-    profile->require_subcommand(1);
-    const auto options = std::make_shared<ProfileOptions>();
-    const auto add = [&](const char* name, const char* summary, Run run) -> CLI::App& {
-        return AddProfileVerb(*profile, context, options, name, summary, run);
+    CLI::App& profile = AddGroup(context, "profile", "show and change profiles");
+    const auto add = [&](const char* name, const char* summary, auto run) {
+        return AddVerb(profile, context, name, summary, run);
     };
-    add("show", "all values of a profile", Show)
-        .add_option("P", options->profile, "movie, music, ...; without one the active profile");
-    add("use", "make a profile the active one", Use)
-        .add_option("P", options->profile, "movie, music, games, p1 to p6")
-        ->required();
-    add("revert", "give the active preset profile its factory values", Revert);
-    CLI::App& create = add("create", "copy the active profile to a custom one", Create);
-    create.add_option("P", options->profile, "p1 to p6")->required();
-    create.add_option("NAME", options->name, cNameHelp)->required();
-    CLI::App& rename = add("rename", "give a custom profile another name", Rename);
-    rename.add_option("P", options->profile, "p1 to p6")->required();
-    rename.add_option("NAME", options->name, cNameHelp)->required();
-    add("delete", "delete a custom profile", Delete)
-        .add_option("P", options->profile, "p1 to p6")
-        ->required();
-    add("table", "the profiles and their names", Table);
+    const auto addForCustom = [&](const char* name, const char* summary, auto run) {
+        const auto verb = add(name, summary, run);
+        verb.app.add_option("P", verb.options.profile, CustomProfiles())->required();
+        return verb;
+    };
+    const auto addWithName = [&](const char* name, const char* summary, auto run) {
+        const auto verb = addForCustom(name, summary, run);
+        verb.app.add_option("NAME", verb.options.name, cNameHelp)->required();
+    };
+    const auto [show, shown] = add("show", "show all values of a profile", Show);
+    show.add_option("P", shown.profile, "movie, music, ...; the active profile if omitted");
+    const auto [use, used] = add("use", "select the active profile", Use);
+    use.add_option("P", used.profile, "movie, music, games, " + CustomProfiles())->required();
+    add("revert", "reset the active preset profile to its factory values", Revert);
+    addWithName("create", "create a custom profile as a copy of the active one", Create);
+    addWithName("rename", "rename a custom profile", Rename);
+    addForCustom("delete", "delete a custom profile", Delete);
+    add("table", "list the profiles and their names", Table);
 }
 
 }  // namespace kora4::tools

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl record: how settings change, into a file.
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/notifications/notification_listener.h"
 #include "kora4ctl/recording/recording.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 #include "process/api_session.h"
 #include "process/files.h"
@@ -25,10 +25,10 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "The first line has the settings, then comes a line for each notification with its offset\n"
-    "in milliseconds, and what else became different; the last line has the settings at the\n"
-    "end. Each line is on disk when the next one comes. Ctrl-C ends the recording; a program\n"
-    "that is killed leaves one without its end, which 'kora4ctl replay' does not take.\n";
+    "The first line has the settings; then there is a line for each notification, with its\n"
+    "offset in milliseconds and whatever else changed; the last line has the settings at the\n"
+    "end. Each line is on disk before the next one comes. Ctrl-C ends the recording; if the\n"
+    "program is killed, the recording has no end and 'kora4ctl replay' does not accept it.\n";
 
 // Lines into a file or to standard output.
 class Lines {
@@ -175,7 +175,7 @@ class Recorder {
 ExitCode Record(const Context& context, const Options& options) {
     WaitForStore(context);
     Recorder recorder(context, options);
-    context.output.Say("Recording; Ctrl-C ends it.");
+    context.output.Say("Recording; press Ctrl-C to stop.");
     const Wake wake = recorder.Run();
     recorder.End();
     const ExitCode code =
@@ -185,21 +185,20 @@ ExitCode Record(const Context& context, const Options& options) {
     if (context.output.json)
         context.output.PrintJson({{"file", options.file}, {"notifications", recorder.Count()}});
     else
-        context.output.Say("Recorded " + std::to_string(recorder.Count()) +
-                           (recorder.Count() == 1 ? " notification" : " notifications") +
-                           " in " + options.file + ".");
+        context.output.Say("Recorded " + CountOf(recorder.Count(), "notification") + " in " +
+                           options.file + ".");
     return code;
 }
 
 }  // namespace
 
 void AddRecord(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("record", "write down how settings change");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("FILE", options->file, "where to; - is standard output")->required();
-    options->limits.AddTo(*verb, "notifications");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Record(context, *options); });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "record", "record how settings change", Record);
+    verb.add_option("FILE", options.file, "the output file, or - for standard output")
+        ->required();
+    options.limits.AddTo(verb, "notifications");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl register, unregister: the library in the machine's registration.
-#include <objbase.h>
-
-#include <memory>
-
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/version.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/registration/library_file.h"
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
+#include "platform/handles.h"
 #include "registry/registry_store.h"
 
 namespace kora4::tools {
@@ -21,53 +20,32 @@ struct Options {
     bool check = false;
 };
 
-// Self-registration may use COM, so the caller initialises it.
-class ComHold {
-  public:
-    ComHold() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-    ~ComHold() {
-        if (SUCCEEDED(m_result))
-            CoUninitialize();
-    }
-    ComHold(const ComHold&) = delete;
-    ComHold& operator=(const ComHold&) = delete;
-
-  private:
-    HRESULT m_result;
-};
-
 const char* WordOf(RegisteredFor where) {
     constexpr const char* cWords[] = {"nobody", "machine", "user"};
     return cWords[static_cast<int>(where)];
 }
 
-// A text, or null where there is none.
-Json TextOrNull(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
-
-Json FindingsOf(const Observations& observations) {
+Json FindingsOf(const Diagnosis& diagnosis) {
     Json findings = Json::array();
-    for (const Observation& one : observations)
-        findings.push_back(
-            {{"severity", SeverityName(one.severity)}, {"what", one.what}, {"next", one.next}});
+    for (const Observation& one : diagnosis.findings)
+        findings.push_back(DocumentOf(one));
     return findings;
 }
 
-Json DocumentOf(const Registration& found, const Observations& observations) {
+Json DocumentOf(const Registration& found, const Diagnosis& diagnosis) {
     return {{"registered", found.IsThere()},
             {"for", found.IsThere() ? Json(WordOf(found.where)) : Json(nullptr)},
             {"class", ServedClass()},
-            {"title", TextOrNull(found.title)},
-            {"path", TextOrNull(found.path)},
-            {"threadingModel", TextOrNull(found.threadingModel)},
-            {"appId", TextOrNull(found.appId)},
-            {"typeLibrary", TextOrNull(found.typeLibrary)},
+            {"title", OrNull(found.title)},
+            {"path", OrNull(found.path)},
+            {"threadingModel", OrNull(found.threadingModel)},
+            {"appId", OrNull(found.appId)},
+            {"typeLibrary", OrNull(found.typeLibrary)},
             {"fileExists", found.IsThere() && found.file != FileKind::eAbsent},
-            {"fileVersion", TextOrNull(found.fileVersion)},
-            {"apiVersion", TextOrNull(found.apiVersion)},
+            {"fileVersion", OrNull(found.fileVersion)},
+            {"apiVersion", OrNull(found.apiVersion)},
             {"toolVersion", KORA4_VERSION_TEXT},
-            {"findings", FindingsOf(observations)}};
+            {"findings", FindingsOf(diagnosis)}};
 }
 
 std::string OrNothing(const std::string& text) {
@@ -95,36 +73,34 @@ void PrintRegistration(Output& output, const Registration& found, const Rows& mo
 ExitCode Check(const Context& context, const Options& options) {
     Output& output = context.output;
     const Registration found = ReadRegistration();
-    const Observations observations =
+    const Diagnosis diagnosis =
         Examine(found, options.path.empty() ? std::string() : FullPath(options.path));
     if (output.json) {
-        output.PrintJson(DocumentOf(found, observations));
+        output.PrintJson(DocumentOf(found, diagnosis));
     } else {
         if (found.IsThere())
             PrintRegistration(output, found);
-        for (const Observation& one : observations) {
+        for (const Observation& one : diagnosis.findings) {
             const Style style =
                 one.severity == Severity::eError ? Style::eBad : Style::eWarning;
             output.Print(output.Paint(style, SeverityName(one.severity)) + ": " + one.what);
             output.Print("  " + one.next);
         }
-        if (observations.empty())
-            output.Say("The registration is in order.");
+        if (diagnosis.findings.empty())
+            output.Say("The registration is valid.");
     }
     if (!found.IsThere())
         return ExitCode::eNotReady;
-    return NeedsMending(observations) ? ExitCode::eFindings : ExitCode::eDone;
+    return diagnosis.NeedsRepair() ? ExitCode::eFindings : ExitCode::eDone;
 }
 
 bool IsElevated() {
-    HANDLE opened = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
-        return true;
+    UniqueHandle token;
     TOKEN_ELEVATION elevation{};
     DWORD size = sizeof elevation;
-    const bool isKnown = GetTokenInformation(opened, TokenElevation, &elevation, size, &size);
-    CloseHandle(opened);
-    return !isKnown || elevation.TokenIsElevated;
+    return !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) ||
+           !GetTokenInformation(token.Get(), TokenElevation, &elevation, size, &size) ||
+           elevation.TokenIsElevated;
 }
 
 // What the library's own registration answered.
@@ -133,25 +109,27 @@ void Expect(HRESULT hr, const std::string& path, const char* what) {
         return;
     const bool isDenied = hr == E_ACCESSDENIED || !IsElevated();
     throw Failure(ExitCode::eFailed, path + " could not be " + what + ": " + InWords(hr) + ".",
-                  isDenied
-                      ? "Only an administrator may: run it in a console of an administrator."
-                      : "See what is registered now: kora4ctl register --check");
+                  isDenied ? "Run it as an administrator."
+                           : "See what is registered: kora4ctl register --check");
 }
 
 ExitCode Register(const Context& context, const Options& options) {
+    if (options.check)
+        return Check(context, options);
     Output& output = context.output;
     const std::string path =
         FullPath(options.path.empty() ? LibraryBesideTool() : options.path);
     const std::string before = ReadRegistration().path;
     {
-        const ComHold com;
+        const ApartmentScope apartment;
         const RegistrableLibrary library(path);
         Expect(library.Register(), path, "registered");
     }
     const Registration now = ReadRegistration();
+    const Diagnosis diagnosis = Examine(now, path);
     if (output.json) {
-        Json document = DocumentOf(now, Examine(now, path));
-        document["before"] = TextOrNull(before);
+        Json document = DocumentOf(now, diagnosis);
+        document["before"] = OrNull(before);
         output.PrintJson(document);
         return ExitCode::eDone;
     }
@@ -161,8 +139,8 @@ ExitCode Register(const Context& context, const Options& options) {
                           {{"store", "HKEY_LOCAL_MACHINE\\" + KeySetPath(eKeySetStatic)},
                            {"", "HKEY_LOCAL_MACHINE\\" + KeySetPath(eKeySetDynamic)}});
     if (!before.empty() && Lower(before) != Lower(now.path))
-        output.Say("Registered before: " + before);
-    for (const Observation& one : Examine(now, path))
+        output.Say("Previously registered: " + before);
+    for (const Observation& one : diagnosis.findings)
         output.Complain(std::string(SeverityName(one.severity)) + ": " + one.what);
     return ExitCode::eDone;
 }
@@ -177,59 +155,54 @@ ExitCode Unregister(const Context& context, const Options& options) {
         path = before.path;
     path = FullPath(path);
     if (before.IsAnythingThere()) {
-        const ComHold com;
+        const ApartmentScope apartment;
         const RegistrableLibrary library(path);
         Expect(library.Unregister(), path, "unregistered");
     }
     const Registration now = ReadRegistration();
     if (output.json) {
-        output.PrintJson({{"registered", now.IsThere()}, {"before", TextOrNull(before.path)}});
+        output.PrintJson({{"registered", now.IsThere()}, {"before", OrNull(before.path)}});
     } else if (!before.IsAnythingThere()) {
-        output.Say("The library was not registered; nothing to do.");
+        output.Say("The library was not registered; nothing was changed.");
     } else {
         output.Say("The library is no longer registered" +
                    (before.path.empty() ? std::string(".") : ": " + before.path));
-        output.Say("The settings stay in the store, for a later registration.");
+        output.Say("The settings remain in the store.");
     }
     if (now.IsThere())
-        throw Failure(ExitCode::eFailed, "There still is a registration: " + now.path,
-                      "See what it is: kora4ctl register --check");
+        throw Failure(ExitCode::eFailed, "The library is still registered: " + now.path,
+                      "See what is registered: kora4ctl register --check");
     return ExitCode::eDone;
 }
 
 constexpr char cRegisterFooter[] =
-    "PATH is QXA64T.dll beside this program when it is not given. Registering writes the\n"
-    "class, the application and the type library into the registry, creates the keys of the\n"
-    "settings store and lets every user write them. It takes an administrator.\n"
+    "PATH defaults to QXA64T.dll beside this program. Registering writes the class, the\n"
+    "application and the type library to the registry, creates the keys of the settings store\n"
+    "and lets every user write to them. It requires an administrator.\n"
     "\n"
-    "--check changes nothing. It ends with 0 when all is right, 4 when the library is not\n"
-    "registered, 7 when something about the registration is wrong: a file that is missing,\n"
-    "cannot be loaded or is of another version than this program, a wrong threading model.\n";
+    "--check changes nothing. The exit code is 0 when the registration is valid, 4 when the\n"
+    "library is not registered, and 7 when something is wrong: the file is missing, cannot be\n"
+    "loaded or is of another version than this program, or the threading model is wrong.\n";
 
 }  // namespace
 
 void AddRegister(Context& context) {
-    const auto options = std::make_shared<Options>();
-    CLI::App* verb =
-        context.root.add_subcommand("register", "register the library, or look at what is");
-    verb->add_option("PATH", options->path, "the library")->type_name("PATH");
-    verb->add_flag("--check", options->check,
-                   "only tell what is registered, where, and whether it works");
-    verb->footer(cRegisterFooter);
-    OnRun(*verb, context, [&context, options] {
-        return options->check ? Check(context, *options) : Register(context, *options);
-    });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "register",
+                "register the library, or check its registration", Register);
+    verb.add_option("PATH", options.path, "the library")->type_name("PATH");
+    verb.add_flag("--check", options.check,
+                  "only show what is registered, where, and whether it works");
+    verb.footer(cRegisterFooter);
 }
 
 void AddUnregister(Context& context) {
-    const auto options = std::make_shared<Options>();
-    CLI::App* verb =
-        context.root.add_subcommand("unregister", "take the library out of the registration");
-    verb->add_option("PATH", options->path, "the library")->type_name("PATH");
-    verb->footer(
-        "PATH is QXA64T.dll beside this program when it is not given, and the\n"
-        "registered file when there is none. The settings stay as they are.\n");
-    OnRun(*verb, context, [&context, options] { return Unregister(context, *options); });
+    const auto [verb, options] =
+        AddVerb(context.root, context, "unregister", "unregister the library", Unregister);
+    verb.add_option("PATH", options.path, "the library")->type_name("PATH");
+    verb.footer(
+        "PATH defaults to QXA64T.dll beside this program, or else to the registered file.\n"
+        "The settings remain in the store.\n");
 }
 
 }  // namespace kora4::tools

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl replay: a recording, made again.
-#include <memory>
-
-#include "base/failure.h"
-#include "kora4ctl/access/settings_document.h"
+#include "kora4ctl/access/document_files.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/notifications/message_wait.h"
 #include "kora4ctl/recording/recording.h"
 #include "kora4ctl/recording/replayer.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
-#include "process/files.h"
 
 namespace kora4::tools {
 
@@ -21,22 +19,11 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "The whole file is checked before anything is changed. Then the settings become those of\n"
-    "the recording's start (not with --no-start), and each change is made as long after it as\n"
-    "it was recorded, divided by the speed. At the end the settings are compared with those\n"
-    "of the recording's end; when there are differences, they are told and the exit code is "
-    "1.\n"
-    "Ctrl-C ends it after the change that is being made.\n";
-
-Recording Read(const std::string& path) {
-    const std::string text = ReadWholeFile(path);
-    try {
-        return ReadRecording(text);
-    } catch (const Failure& failure) {
-        const std::string name = path == "-" ? "standard input" : path;
-        throw Failure(failure.Code(), name + ": " + failure.what(), failure.Next());
-    }
-}
+    "The whole file is checked before anything is changed. Then the settings at the start of\n"
+    "the recording are restored (unless --no-start), and each change is made at its recorded\n"
+    "time, divided by the speed. At the end, the settings are compared with those at the end\n"
+    "of the recording; differences are printed and the exit code is 1.\n"
+    "Ctrl-C stops after the current change.\n";
 
 // Waits for a group's moment. Failure when Ctrl-C comes first.
 void WaitForMoment(const Context& context, const Options& options, ULONGLONG begin,
@@ -47,7 +34,8 @@ void WaitForMoment(const Context& context, const Options& options, ULONGLONG beg
     const Wake wake = WaitWithMessages(context.interrupt.Event(), Deadline(offset - passed),
                                        [] { return false; });
     if (wake == Wake::eInterrupted)
-        throw Failure(ExitCode::eFailed, "Interrupted; the rest of the recording was not made.",
+        throw Failure(ExitCode::eFailed,
+                      "Interrupted; the rest of the recording was not replayed.",
                       "The settings are those of " + std::to_string(group.offset) +
                           " ms into the recording.");
 }
@@ -61,16 +49,15 @@ ExitCode Tell(Output& output, const Recording& recording,
                           {"differences", DocumentOf(differences)}});
     } else {
         PrintDifferences(output, differences);
-        output.Say(isSame ? "The settings are those of the recording's end."
-                          : CountOfValues(differences.size()) +
-                                " differ from those of the recording's end, told as what is "
-                                "and what was recorded.");
+        output.Say(isSame ? "The settings match the end of the recording."
+                          : CountOf(differences.size(), "value") +
+                                " differ from the end of the recording (stored -> recorded).");
     }
     return isSame ? ExitCode::eDone : ExitCode::eFailed;
 }
 
 ExitCode Replay(const Context& context, const Options& options) {
-    const Recording recording = Read(options.file);
+    const Recording recording = ParseFile(options.file, ReadRecording);
     Replayer replayer;
     if (!options.noStart)
         replayer.Restore(recording.start);
@@ -85,18 +72,17 @@ ExitCode Replay(const Context& context, const Options& options) {
 }  // namespace
 
 void AddReplay(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("replay", "make recorded changes again");
-    const auto options = std::make_shared<Options>();
-    verb->add_option("FILE", options->file, "a file of 'record'; - is standard input")
+    const auto [verb, options] =
+        AddVerb(context.root, context, "replay", "replay a recording", Replay);
+    verb.add_option("FILE", options.file, "a file of 'record', or - for standard input")
         ->required();
-    verb->add_option("--speed", options->speed,
-                     "how many times as fast as recorded (this is 1); 0 is as fast as it goes")
+    verb.add_option("--speed", options.speed,
+                    "how many times as fast as recorded (default 1); 0 is as fast as possible")
         ->check(CLI::Range(0.0, 1e6))
         ->type_name("X");
-    verb->add_flag("--no-start", options->noStart,
-                   "begin with the settings as they are, not as recorded");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, options] { return Replay(context, *options); });
+    verb.add_flag("--no-start", options.noStart,
+                  "start from the current settings, not the recorded ones");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -11,9 +11,11 @@
 #include "contract/version.h"
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
-#include "kora4ctl/command_line/options.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/equalizer/bands_picture.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
 #include "kora4ctl/registration/registration.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 
 namespace kora4::tools {
@@ -150,8 +152,8 @@ Json DocumentOf(const State& state) {
 std::string NameOfProfile(const State& state) {
     const std::string word = ProfileName(state.profile);
     if (state.names && state.profile < state.names->size() && (*state.names)[state.profile])
-        return word + " '" + Shown(*(*state.names)[state.profile]) + "'";
-    return IsAllowableProfile(state.profile) ? word : word + ", which is no profile";
+        return word + " " + Quoted(*(*state.names)[state.profile]);
+    return IsAllowableProfile(state.profile) ? word : word + ", which is not a profile";
 }
 
 std::string GainsInWords(const Bands& bands) {
@@ -177,10 +179,7 @@ std::string Position(const Reading& reading, std::size_t columns) {
     const double share =
         std::clamp((value - *setting.lowest) / (*setting.highest - *setting.lowest), 0.0, 1.0);
     const auto filled = static_cast<std::size_t>(share * static_cast<double>(columns) + 0.5);
-    std::string bar;
-    for (std::size_t i = 0; i < columns; ++i)
-        bar += i < filled ? "█" : "░";
-    return bar + " " + setting.Allowed();
+    return Repeated("█", filled) + Repeated("░", columns - filled) + " " + setting.Allowed();
 }
 
 std::string Frequencies(const Bands& bands) {
@@ -226,35 +225,35 @@ std::vector<std::string> RowOf(const State& state, const TechnologyState& one, b
 
 std::string CustomNames(const State& state) {
     if (!state.names)
-        return "not readable; see 'kora4ctl lint'";
+        return "unreadable; see 'kora4ctl lint'";
     std::vector<std::string> texts;
     for (std::uint32_t i = 0; i < state.names->size(); ++i) {
         if ((*state.names)[i])
-            texts.push_back(ProfileName(i) + " '" + Shown(*(*state.names)[i]) + "'");
+            texts.push_back(ProfileName(i) + " " + Quoted(*(*state.names)[i]));
     }
     return texts.empty() ? "none" : Join(texts, ", ");
 }
 
 std::string EngineText(std::uint32_t mask) {
     if (mask == 0)
-        return "carries no technology, or none is installed";
+        return "none, or one without technologies";
     std::vector<std::string> numbers;
     for (unsigned bit = 0; bit < 32; ++bit) {
         if ((mask >> bit & 1u) != 0)
             numbers.push_back(std::to_string(bit + 1));
     }
     const char* const name = NameOfEngine(mask);
-    return Hex(mask, 4) + ", " + (name ? name : "no configuration that is known") +
-           ": technologies " + Join(numbers, " ");
+    return Hex(mask, 4) + ", " + (name ? name : "no known configuration") + ": technologies " +
+           Join(numbers, " ");
 }
 
 std::string LevelsText(const State& state) {
     const std::string period = std::to_string(state.samplingPeriod) + " ms";
     if (state.levels == S_OK)
-        return "published, to be read every " + period;
+        return "published; read every " + period;
     if (state.levels == S_FALSE)
-        return "none published; to be read every " + period;
-    return "not readable; see 'kora4ctl lint'";
+        return "none published; read every " + period;
+    return "unreadable; see 'kora4ctl lint'";
 }
 
 std::string LibraryText(const State& state, std::size_t columns) {
@@ -273,7 +272,7 @@ void Print(const State& state, Output& output) {
     const bool isDemo = IsDemoProfile(state.profile);
     line("profile",
          output.Paint(isDemo ? Style::eWarning : Style::eStrong, NameOfProfile(state)));
-    line("demo mode", isDemo ? "on: values are the built-in ones, and nothing is set" : "off");
+    line("demo mode", isDemo ? "on: values are built in and cannot be changed" : "off");
     line("master enable", output.Paint(state.isEnabled ? Style::eGood : Style::eWarning,
                                        state.isEnabled ? "on" : "off"));
     output.Print();
@@ -285,21 +284,21 @@ void Print(const State& state, Output& output) {
         headings.insert(headings.end() - 1, "range");
     output.Table(headings, rows);
     if (!state.isEnabled)
-        output.Print("The master enable is off: no technology is effective.");
+        output.Print("The master enable is off: no technology is in effect.");
     const bool isAnyOutside = std::any_of(
         rows.begin(), rows.end(), [](const auto& row) { return row[2].ends_with(" !"); });
     if (isAnyOutside)
-        output.Print("! is outside what programs may set; it is in force all the same");
+        output.Print("! outside what programs can set, but in effect");
     output.Print();
     line("custom profiles", CustomNames(state));
     line("engine", EngineText(state.engineMask));
     line("levels", LevelsText(state));
     line("library", output.IsTerminal() ? LibraryText(state, width - cMargin - 1)
-                                        : LibraryText(state, 4096));
+                                        : LibraryText(state, std::string::npos));
     line("tool", "kora4ctl " KORA4_VERSION_TEXT);
 }
 
-ExitCode Status(const Context& context) {
+ExitCode Status(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State state = ReadState(access);
     if (context.output.json)
@@ -312,8 +311,7 @@ ExitCode Status(const Context& context) {
 }  // namespace
 
 void AddStatus(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("status", "everything at a glance");
-    OnRun(*verb, context, [&context] { return Status(context); });
+    AddVerb(context.root, context, "status", "show everything at a glance", Status);
 }
 
 }  // namespace kora4::tools

@@ -1,31 +1,35 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl trace: what the library traces, and the log files that it writes.
-#include <cstdio>
-#include <memory>
-
 #include "base/failure.h"
 #include "base/nearest.h"
 #include "base/text.h"
 #include "contract/messages/trace_categories.h"
 #include "contract/messages/trace_writers.h"
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
+#include "kora4ctl/command_line/verb.h"
+#include "kora4ctl/explain/explain_values.h"
 #include "kora4ctl/explain/trace_log.h"
 #include "kora4ctl/explain/trace_word.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 #include "process/win32_failure.h"
-#include "registry/registry_store.h"
-#include "registry/store_lock.h"
 
 namespace kora4::tools {
 
 namespace {
 
 constexpr char cTakesEffect[] =
-    "It takes effect when a client calls Initialize the next time; start the program again.";
+    "It takes effect when a client next calls Initialize; restart the program.";
+
+using Rows = std::vector<std::vector<std::string>>;
 
 struct OnOptions {
     std::vector<std::string> categories;
     bool files = false;
+};
+
+struct OffOptions {
+    bool silent = false;
 };
 
 struct ShowOptions {
@@ -39,13 +43,11 @@ Json DocumentOf(const TraceWord& word) {
             {"categories", word.CategoryNames()},
             {"logFiles", word.WritesFiles()},
             {"silent", word.IsSilent()},
-            {"unknown", word.UnknownBits() ? Json(Hex(word.UnknownBits())) : Json(nullptr)}};
+            {"unknown", word.UnknownBits() ? Json(Hex(word.UnknownBits())) : Json()}};
 }
 
 void Store(const Context& context, TraceWord word) {
-    const auto store = OpenStore(OpenMode::eReadWrite);
-    const StoreLock lock(cLockPatience, context.interrupt.Event());
-    WriteTraceWord(*store, word);
+    WriteTraceWord(*HeldStore(context, OpenMode::eReadWrite), word);
 }
 
 void TellStored(const Context& context, const TraceWord& word) {
@@ -62,9 +64,10 @@ void MakeLogFolder(Output& output) {
     if (HasLogFolder())
         return;
     if (!CreateDirectoryW(Widen(LogFolder()).c_str(), nullptr))
-        throw Win32Failure(GetLastError(), "The folder " + LogFolder() + " cannot be made",
-                           "Make it as an administrator; without it no log file is written.");
-    output.Say("Made the folder " + LogFolder() + ".");
+        throw Win32Failure(
+            GetLastError(), "The folder " + LogFolder() + " cannot be created",
+            "Create it as an administrator; without it, no log files are written.");
+    output.Say("Created the folder " + LogFolder() + ".");
 }
 
 ExitCode On(const Context& context, const OnOptions& options) {
@@ -79,8 +82,8 @@ ExitCode On(const Context& context, const OnOptions& options) {
     return ExitCode::eDone;
 }
 
-ExitCode Off(const Context& context, bool silent) {
-    const TraceWord word = silent ? TraceWord::Silent() : TraceWord();
+ExitCode Off(const Context& context, const OffOptions& options) {
+    const TraceWord word = options.silent ? TraceWord::Silent() : TraceWord();
     Store(context, word);
     TellStored(context, word);
     return ExitCode::eDone;
@@ -98,42 +101,33 @@ std::string TagOf(const std::string& module) {
             return known.tag;
         tags.emplace_back(known.tag);
     }
-    throw Failure(
-        ExitCode::eBadInput,
-        "No module of the library is called '" + module + "'. " + Suggestion(module, tags),
-        "More: kora4ctl trace show --help");
-}
-
-std::string TimeOf(const SYSTEMTIME& time) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", time.wYear, time.wMonth,
-                  time.wDay, time.wHour, time.wMinute, time.wSecond);
-    return text;
+    throw BadInput("The library has no module '" + module + "'. " + Suggestion(module, tags),
+                   "For the list: kora4ctl trace show --help");
 }
 
 Json DocumentOf(const std::string& line) {
-    const std::optional<TraceLine> parsed = ParseTraceLine(line);
+    const auto parsed = ParseTraceLine(line);
     if (!parsed)
         return {{"module", nullptr}, {"line", nullptr}, {"function", nullptr}, {"text", line}};
-    return {{"module", parsed->module},
-            {"line", parsed->line},
+    return {{"module", parsed->tag},
+            {"line", NumberIn(parsed->line, 10).value_or(0)},
             {"function", parsed->function},
-            {"text", parsed->text}};
+            {"text", parsed->message}};
 }
 
 // Problems are highlighted; entry and exit lines are dimmed.
 std::string Painted(const Output& output, const std::string& line) {
-    const std::optional<TraceLine> parsed = ParseTraceLine(line);
+    const auto parsed = ParseTraceLine(line);
     if (!parsed)
         return line;
-    const std::string head = line.substr(0, line.size() - parsed->text.size());
-    const bool isTrouble = parsed->text.starts_with("****") ||
-                           parsed->text.find("KALASSERT failed") != std::string::npos;
-    const bool isEdge = parsed->text.starts_with(">>") || parsed->text.starts_with("<<");
+    const std::string head = line.substr(0, line.size() - parsed->message.size());
+    const bool isTrouble = parsed->message.starts_with("****") ||
+                           parsed->message.find("KALASSERT failed") != std::string::npos;
+    const bool isEdge = parsed->message.starts_with(">>") || parsed->message.starts_with("<<");
     return output.Paint(Style::eDim, head) + output.Paint(isTrouble ? Style::eBad
                                                           : isEdge  ? Style::eDim
                                                                     : Style::ePlain,
-                                                          parsed->text);
+                                                          parsed->message);
 }
 
 void KeepLast(std::vector<std::string>& lines, unsigned count) {
@@ -150,15 +144,9 @@ void PrintLines(Output& output, const std::vector<std::string>& lines) {
     }
 }
 
-TraceWord StoredWord(const Context& context) {
-    const auto store = OpenStore(OpenMode::eRead);
-    const StoreLock lock(cLockPatience, context.interrupt.Event());
-    return ReadTraceWord(*store);
-}
-
 ExitCode ShowOnce(const Context& context, const ShowOptions& options, const std::string& path) {
     Output& output = context.output;
-    const TraceWord word = StoredWord(context);
+    const TraceWord word = ReadTraceWord(*HeldStore(context, OpenMode::eRead));
     LogReader reader(path);
     std::vector<std::string> lines = reader.NewLines();
     KeepLast(lines, options.lines);
@@ -168,22 +156,22 @@ ExitCode ShowOnce(const Context& context, const ShowOptions& options, const std:
         document["folder"] = HasLogFolder() ? Json(LogFolder()) : Json(nullptr);
         document["files"] = Json::array();
         for (const LogFile& file : files)
-            document["files"].push_back({{"name", file.name},
-                                         {"bytes", file.bytes},
-                                         {"changed", TimeOf(file.changed)}});
+            document["files"].push_back(
+                {{"name", file.name}, {"bytes", file.bytes}, {"changed", file.changed}});
         document["lines"] = Json::array();
         for (const std::string& line : lines)
             document["lines"].push_back(DocumentOf(line));
         output.PrintJson(document);
         return ExitCode::eDone;
     }
-    output.Table({}, {{"trace word", Hex(word.Flags()) + "  " + word.InWords()},
-                      {"log files", word.WritesFiles() ? "on" : "off"},
-                      {"folder", HasLogFolder() ? LogFolder() : LogFolder() + " (not there)"}});
+    output.Table(
+        {}, {{"trace word", Hex(word.Flags()) + "  " + word.InWords()},
+             {"log files", word.WritesFiles() ? "on" : "off"},
+             {"folder", HasLogFolder() ? LogFolder() : LogFolder() + " (does not exist)"}});
     if (!files.empty()) {
-        std::vector<std::vector<std::string>> rows;
+        Rows rows;
         for (const LogFile& file : files)
-            rows.push_back({file.name, TimeOf(file.changed), std::to_string(file.bytes)});
+            rows.push_back({file.name, file.changed, std::to_string(file.bytes)});
         output.Print();
         output.Table({"file", "changed", "bytes"}, rows);
     }
@@ -209,7 +197,7 @@ ExitCode Follow(const Context& context, const ShowOptions& options, const std::s
     while (!output.IsBroken() && !context.interrupt.WaitFor(cLookPeriod)) {
         lines = reader.NewLines();
         if (reader.BeganAnew())
-            output.Say("The file begins anew.");
+            output.Say("The file was replaced; starting over.");
         PrintLines(output, lines);
     }
     return ExitCode::eDone;
@@ -223,67 +211,62 @@ ExitCode Show(const Context& context, const ShowOptions& options) {
 // ---- The command line -------------------------------------------------------------------
 
 std::string CategoryHelp() {
-    std::string text = "Categories:\n";
+    Rows rows;
     for (const contract::TraceBits& category : contract::cTraceCategories)
-        text += "  " + Padded(category.name, 22) + category.lines + "\n";
-    text += "  " + Padded(cAllCategories, 22) + "everything but log-files\n";
-    return text;
+        rows.push_back({category.name, category.lines});
+    rows.push_back({cAllCategories, "everything but log-files"});
+    return "Categories:\n" + Aligned(rows);
 }
 
 std::string ModuleHelp() {
-    std::string text = "Modules:\n";
+    Rows rows;
     for (const contract::TraceTag& known : contract::cTraceTags)
-        text += "  " + Padded(known.tag, 22) + known.writer + "\n";
-    return text;
+        rows.push_back({known.tag, known.writer});
+    return "Modules:\n" + Aligned(rows);
 }
 
-void AddOn(CLI::App& verb, Context& context) {
-    const auto options = std::make_shared<OnOptions>();
-    CLI::App* on = verb.add_subcommand("on", "trace these categories, and no others");
-    on->add_option(
-          "CATEGORY", options->categories,
-          "which lines; without one: " + Join(TraceWord::Usual().CategoryNames(), ", "))
+void AddOn(CLI::App& trace, Context& context) {
+    const auto [on, options] = AddVerb(trace, context, "on", "trace only these categories", On);
+    on.add_option("CATEGORY", options.categories,
+                  "which lines; by default: " + Join(TraceWord::Usual().CategoryNames(), ", "))
         ->type_name("CATEGORY");
-    on->add_flag("--files", options->files,
-                 "write log files too; makes their folder, " + LogFolder());
-    on->footer(CategoryHelp() + "\n" + cTakesEffect +
-               "\nEach line costs a call of the debugger's output, with --files two files "
-               "are\nopened and closed for it as well.\n");
-    OnRun(*on, context, [&context, options] { return On(context, *options); });
+    on.add_flag("--files", options.files,
+                "also write log files; creates their folder, " + LogFolder());
+    on.footer(
+        CategoryHelp() + "\n" + cTakesEffect +
+        "\nEach line costs a call to the debugger's output; with --files, two files are also\n"
+        "opened and closed for it.\n");
 }
 
-void AddOff(CLI::App& verb, Context& context) {
-    const auto silent = std::make_shared<bool>(false);
-    CLI::App* off = verb.add_subcommand("off", "back to messages only, and no log files");
-    off->add_flag("--silent", *silent, "not even messages: the master switch off");
-    off->footer(std::string(cTakesEffect) + "\n");
-    OnRun(*off, context, [&context, silent] { return Off(context, *silent); });
+void AddOff(CLI::App& trace, Context& context) {
+    const auto [off, options] =
+        AddVerb(trace, context, "off", "trace messages only, without log files", Off);
+    off.add_flag("--silent", options.silent, "turn the master switch off: not even messages");
+    off.footer(std::string(cTakesEffect) + "\n");
 }
 
-void AddShow(CLI::App& verb, Context& context) {
-    const auto options = std::make_shared<ShowOptions>();
-    CLI::App* show = verb.add_subcommand("show", "what is traced, the log files, their lines");
-    show->add_flag("--follow,-f", options->follow,
-                   "print lines as they are written, until Ctrl-C");
-    show->add_option("--lines,-n", options->lines, "how many of the last lines to begin with")
+void AddShow(CLI::App& trace, Context& context) {
+    const auto [show, options] =
+        AddVerb(trace, context, "show", "show what is traced, and the log files", Show);
+    show.add_flag("--follow,-f", options.follow,
+                  "print lines as they are written, until Ctrl-C");
+    show.add_option("--lines,-n", options.lines, "how many of the last lines to show first")
         ->type_name("NUMBER")
         ->capture_default_str()
         ->check(CLI::Range(0u, 1000000u));
-    show->add_option("--module", options->module, "the log of one module instead of the shared")
+    show.add_option("--module", options.module,
+                    "the log of this module instead of the shared one")
         ->type_name("MODULE");
-    show->footer(ModuleHelp());
-    OnRun(*show, context, [&context, options] { return Show(context, *options); });
+    show.footer(ModuleHelp());
 }
 
 }  // namespace
 
 void AddTrace(Context& context) {
-    CLI::App* verb =
-        context.root.add_subcommand("trace", "what the library writes about what it does");
-    verb->require_subcommand(1);
-    AddOn(*verb, context);
-    AddOff(*verb, context);
-    AddShow(*verb, context);
+    CLI::App& trace = AddGroup(context, "trace", "control and read the library's trace");
+    AddOn(trace, context);
+    AddOff(trace, context);
+    AddShow(trace, context);
 }
 
 }  // namespace kora4::tools

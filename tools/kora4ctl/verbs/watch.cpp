@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl watch: every notification of the library.
-#include <memory>
-
-#include "kora4ctl/access/setting_access.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
+#include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/notifications/notification_listener.h"
 #include "kora4ctl/verbs.h"
 #include "process/api_session.h"
@@ -13,13 +12,14 @@ namespace kora4::tools {
 namespace {
 
 constexpr char cFooter[] =
-    "A line for each: the time, what changed, and what it is now. The message 'Watching...'\n"
-    "says that changes are told from now on; with --json, so does a first line with the event\n"
-    "\"ready\". Every further line has \"time\", \"event\" (\"enable\", \"profile\", "
-    "\"switch\",\n"
-    "\"value\", \"graphic-eq\" or \"table\"), \"name\" and \"value\".\n"
-    "Only the active profile's values are told, and with another profile the profile alone.\n"
-    "Ends with Ctrl-C, when nobody reads the output any more, and as the options say.\n";
+    "One line for each change: the time, what changed, and its new value. The message\n"
+    "'Watching...' says that changes are reported from now on; with --json, so does a first\n"
+    "line with the event \"ready\". Every further line has \"time\", \"event\" (\"enable\",\n"
+    "\"profile\", \"switch\", \"value\", \"graphic-eq\" or \"table\"), \"name\" and "
+    "\"value\".\n"
+    "Only the active profile's values are reported; when the profile changes, only the\n"
+    "profile.\n"
+    "Ends on Ctrl-C, when the output is closed, and as the options say.\n";
 
 ExitCode Watch(const Context& context, const RunLimits& limits) {
     Output& output = context.output;
@@ -29,7 +29,7 @@ ExitCode Watch(const Context& context, const RunLimits& limits) {
     const Deadline deadline = limits.Start();
     if (output.json)
         output.PrintJsonLine({{"time", Moment::Now().Iso()}, {"event", "ready"}});
-    output.Say("Watching; Ctrl-C ends it.");
+    output.Say("Watching; press Ctrl-C to stop.");
     unsigned count = 0;
     for (std::vector<Notification> told; !output.IsBroken();) {
         const Wake wake = listener.Wait(deadline, told);
@@ -52,11 +52,10 @@ ExitCode Watch(const Context& context, const RunLimits& limits) {
 }  // namespace
 
 void AddWatch(Context& context) {
-    CLI::App* verb = context.root.add_subcommand("watch", "tell every change as it happens");
-    const auto limits = std::make_shared<RunLimits>();
-    limits->AddTo(*verb, "notifications");
-    verb->footer(cFooter);
-    OnRun(*verb, context, [&context, limits] { return Watch(context, *limits); });
+    const auto [verb, limits] =
+        AddVerb(context.root, context, "watch", "print every change as it happens", Watch);
+    limits.AddTo(verb, "notifications");
+    verb.footer(cFooter);
 }
 
 }  // namespace kora4::tools

@@ -9,8 +9,12 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/engine_masks.h"
+#include "contract/field_ids.h"
+#include "contract/patch_limits.h"
 #include "contract/property_key.h"
-#include "settings/settings_table.h"
+#include "kora4sim/engine/wrong_values.h"
+#include "registry/store_lock.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools::sim {
 
@@ -37,6 +41,30 @@ std::string Counted(std::uint64_t number, const char* one, const char* many) {
     return std::to_string(number) + " " + (number == 1 ? one : many);
 }
 
+constexpr Technology cLeveler = Preset(eVolumeTech);
+constexpr Technology cEnhancer = Preset(eEnhancementTech);
+constexpr std::uint32_t cLevelerSteps = cVeltoVolumeLevelerAmountMax + 1;
+constexpr std::uint32_t cEnhancerSteps = 101;  // amounts 0.00 to 1.00
+
+const Spoiling* Find(std::span<const Spoiling> spoilings, const std::string& name) {
+    const auto found = std::find_if(spoilings.begin(), spoilings.end(),
+                                    [&](const Spoiling& one) { return name == one.name; });
+    return found != spoilings.end() ? &*found : nullptr;
+}
+
+// The amount that a writer in a hurry sets next, never the one before.
+std::uint32_t Step(const SchemaValue& value, StoreAccess& store, std::uint64_t chance,
+                   std::uint32_t steps) {
+    const std::optional<Value> now = Effective(value, store);
+    std::uint32_t before = 0;
+    if (now && std::holds_alternative<std::uint32_t>(*now))
+        before = std::get<std::uint32_t>(*now);
+    else if (now && std::holds_alternative<float>(*now))
+        before = static_cast<std::uint32_t>(std::lround(std::get<float>(*now) * 100));
+    const auto more = static_cast<std::uint32_t>(chance % (steps - 1)) + 1;
+    return (before % steps + more) % steps;
+}
+
 }  // namespace
 
 Engine::Engine(const Scene& scene, EngineOptions options, StoreAccess& store,
@@ -49,7 +77,8 @@ Engine::Engine(const Scene& scene, EngineOptions options, StoreAccess& store,
       m_noise(m_options.seed),
       m_signal(scene.spectrum, m_noise),
       m_mutex(OpenStoreMutex()),
-      m_faults(InOrder(scene, m_options)) {}
+      m_faults(InOrder(scene, m_options)),
+      m_spoilt(store) {}
 
 ExitCode Engine::Run() {
     try {
@@ -111,7 +140,7 @@ std::size_t Engine::WriteDefaults() {
         for (const SchemaValue& value : Schema()) {
             const bool isSetting = value.role == Role::eSetting ||
                                    value.role == Role::eActiveProfile ||
-                                   value.role == Role::eFlag || value.role == Role::eField;
+                                   value.role == Role::eSwitch || value.role == Role::eField;
             const std::optional<StoredValue> builtIn = value.Default();
             if (value.keySet != keySet || !isSetting || !builtIn)
                 continue;
@@ -215,7 +244,7 @@ StoredValue Engine::MakeValue() {
     const Processing processing =
         m_scene.followsSettings ? m_settings.MakeProcessing() : Processing();
     const Picture picture = MakePicture(m_signal, m_milliseconds, m_scene.records, processing);
-    return m_spoiling != nullptr ? m_spoiling->make(picture, m_noise, m_picture)
+    return m_spoiling != nullptr ? m_spoiling->make({picture, m_noise, m_picture})
                                  : Published(picture);
 }
 
@@ -240,6 +269,154 @@ void Engine::Publish() {
     ++m_published;
 }
 
+// ---- Faults -----------------------------------------------------------------------------
+
+void Engine::ApplyDueFaults() {
+    if (m_hold && m_milliseconds >= m_holdEnd) {
+        m_hold.reset();
+        m_reporter.Tell("released", "the time of hold is over",
+                        "released: the store's mutex is free again");
+    }
+    while (!m_faults.empty() && m_faults.front().atMilliseconds <= m_milliseconds) {
+        const Fault fault = m_faults.front();
+        m_faults.pop_front();
+        ++m_faultsApplied;
+        Apply(fault);
+    }
+}
+
+void Engine::Apply(const Fault& fault) {
+    switch (fault.kind) {
+        case FaultKind::eStop:
+            m_isStopped = true;
+            return TellFault(fault, "nothing more is published");
+        case FaultKind::eGarbage:
+            m_spoiling = Find(Garbage(), fault.argument);
+            return TellFault(fault, m_spoiling->meaning);
+        case FaultKind::eCounts:
+            m_spoiling = Find(WrongCounts(), fault.argument);
+            return TellFault(fault, m_spoiling->meaning);
+        case FaultKind::eDie:
+            return Die(fault);
+        case FaultKind::eHold:
+            return Hold(fault);
+        case FaultKind::eBurst:
+            return Burst(fault);
+        case FaultKind::eWrongTypes:
+            return SpoilFields(fault);
+        case FaultKind::eProfileGarbage:
+            return SpoilProfile(fault);
+        case FaultKind::eResume: {
+            m_isStopped = false;
+            m_spoiling = nullptr;
+            m_hold.reset();
+            const std::size_t restored = RestoreValues();
+            return TellFault(
+                fault, "back to normal, " + Counted(restored, "value", "values") + " put back",
+                {{"restored", restored}});
+        }
+    }
+}
+
+void Engine::TellFault(const Fault& fault, const std::string& effect, Json details) {
+    Json document = {{"fault", DefOf(fault.kind).name},
+                     {"argument", fault.argument.empty() ? Json() : Json(fault.argument)}};
+    document.update(details);
+    m_reporter.Tell(
+        "fault",
+        fault.cause == FaultCause::eTimeline ? "the scene's timeline" : "the command line",
+        "fault " + fault.Text() + ": " + effect, document);
+}
+
+// The process ends here, as one that crashes does: nothing is released and nothing unwound.
+void Engine::Die(const Fault& fault) {
+    const StoreLock lock(INFINITE, m_interrupt.Event());
+    Json details = Json::object();
+    if (fault.argument == cHalfWay) {
+        const SchemaValue amount =
+            FieldValue(cLeveler, m_settings.Profile(), pkey::cVolumeAmountPid);
+        const std::uint32_t next =
+            Step(amount, m_store, m_noise.Word(m_picture), cLevelerSteps);
+        m_store.WriteNumber(amount.keySet, amount.key, next);
+        details = {{"name", NameOf(amount)}, {"to", next}};
+    }
+    TellFault(fault, "ends while it holds the store's mutex", details);
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(ExitCode::eFailed));
+}
+
+void Engine::Hold(const Fault& fault) {
+    if (!m_hold)
+        m_hold = std::make_unique<StoreLock>(INFINITE, m_interrupt.Event());
+    m_holdEnd = m_milliseconds + static_cast<std::uint64_t>(std::llround(fault.number * 1000));
+    TellFault(fault, "the store's mutex is held", {{"seconds", fault.number}});
+}
+
+// Another program's user who plays with two sliders.
+void Engine::Burst(const Fault& fault) {
+    const auto writes = static_cast<std::uint64_t>(fault.number);
+    const SchemaValue leveler =
+        FieldValue(cLeveler, m_settings.Profile(), pkey::cVolumeAmountPid);
+    const SchemaValue enhancer =
+        FieldValue(cEnhancer, m_settings.Profile(), pkey::cEnhancementAmountPid);
+    TellFault(fault, "settings are written as fast as possible", {{"writes", writes}});
+    Json last = Json::object();
+    for (std::uint64_t i = 0; i < writes && !m_interrupt.IsRequested(); ++i) {
+        const StoreLock lock(INFINITE, m_interrupt.Event());
+        const std::uint64_t chance = m_noise.Word(m_picture, i);
+        const SchemaValue& value = i % 2 == 0 ? leveler : enhancer;
+        Value content;
+        if (i % 2 == 0)
+            content = Step(value, m_store, chance, cLevelerSteps);
+        else
+            content = static_cast<float>(Step(value, m_store, chance, cEnhancerSteps)) / 100;
+        m_store.Write(value.keySet, value.key, Encode(value, content));
+        m_store.Bump(TriggerValue(value.technology).key);
+        const Setting* setting = SettingOf(value);
+        last[NameOf(value)] = setting != nullptr ? ToJson(*setting, content) : Json();
+    }
+    m_reporter.Tell("burst", "fault " + fault.Text(),
+                    "burst: " + std::to_string(writes) + " writes done",
+                    {{"writes", writes}, {"settings", last}});
+}
+
+void Engine::SpoilFields(const Fault& fault) {
+    std::vector<SpoiltValues::Wrong> wrong;
+    const std::string profile = ProfileName(m_settings.Profile());
+    {
+        const StoreLock lock(INFINITE, m_interrupt.Event());
+        for (const TechnologyWord& word : AllTechnologies()) {
+            if (word.technology.family != Family::ePreset)
+                continue;
+            for (const SchemaValue& value : FieldValues(word.technology, m_settings.Profile()))
+                if (const std::optional<Value> now = Effective(value, m_store))
+                    if (std::optional<StoredValue> stored =
+                            WrongField(value, fault.argument, Encode(value, *now), m_noise))
+                        wrong.push_back({value, std::move(*stored)});
+        }
+        m_spoilt.Spoil(wrong);
+    }
+    TellFault(fault,
+              Counted(wrong.size(), "value", "values") + " of profile " + profile + " spoilt",
+              {{"values", wrong.size()}, {"profile", profile}});
+}
+
+void Engine::SpoilProfile(const Fault& fault) {
+    const WrongProfileValue wrong = WrongProfile(fault.argument);
+    {
+        const StoreLock lock(INFINITE, m_interrupt.Event());
+        m_spoilt.Spoil({{wrong.value, wrong.wrong}});
+    }
+    TellFault(fault, NameOf(wrong.value) + " is " + Describe(wrong.wrong),
+              {{"name", NameOf(wrong.value)}, {"stored", Describe(wrong.wrong)}});
+}
+
+std::size_t Engine::RestoreValues() {
+    if (m_spoilt.IsEmpty())
+        return 0;
+    const StoreLock lock(INFINITE, m_interrupt.Event());
+    return m_spoilt.Restore();
+}
+
 // ---- Beginning and end ------------------------------------------------------------------
 
 void Engine::TellReady() {
@@ -252,7 +429,7 @@ void Engine::TellReady() {
                         std::to_string(m_options.seed) + ", engine mask " + mask +
                         (engine != nullptr ? " (" + std::string(engine) + ")" : "") +
                         ", profile " + profile + ", " +
-                        (m_settings.IsEnabled() ? "on" : "off") + ", a picture each " +
+                        (m_settings.IsEnabled() ? "on" : "off") + ", a picture every " +
                         std::to_string(m_period) + " ms, process " + std::to_string(pid),
                     {{"scene", m_scene.name},
                      {"seed", m_options.seed},

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +15,7 @@
 #include "contract/defaults.h"
 #include "kora4sim/engine/held_settings.h"
 #include "kora4sim/engine/reporter.h"
+#include "kora4sim/engine/spoilt_values.h"
 #include "kora4sim/scene/scene.h"
 #include "kora4sim/signal/blob.h"
 #include "process/interrupt.h"
@@ -56,11 +56,6 @@ class Engine {
 
   private:
     using Clock = std::chrono::steady_clock;
-    struct Spoilt {
-        SchemaValue value;
-        std::optional<StoredValue> before;
-        StoredValue wrong;
-    };
 
     // The beginning: commands, engine mask and, if asked for, defaults; then the engine's own
     // load.
@@ -100,9 +95,7 @@ class Engine {
     void SpoilProfile(const Fault& fault);
 
     // Puts back what faults have spoilt; returns how many values that were.
-    std::size_t Mend();
-    void Announce(const std::vector<SchemaValue>& values);
-    void WriteWrong(const SchemaValue& value, const StoredValue& wrong);
+    std::size_t RestoreValues();
 
     const Scene& m_scene;
     const EngineOptions m_options;
@@ -127,7 +120,7 @@ class Engine {
     const Spoiling* m_spoiling = nullptr;
     std::unique_ptr<StoreLock> m_hold;
     std::uint64_t m_holdEnd = 0;
-    std::vector<Spoilt> m_spoilt;
+    SpoiltValues m_spoilt;
 
     Digest m_digest;
     std::uint64_t m_published = 0;

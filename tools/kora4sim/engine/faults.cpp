@@ -2,7 +2,6 @@
 // The table of faults, and the parser of their texts.
 #include "kora4sim/engine/faults.h"
 
-#include <charconv>
 #include <cmath>
 
 #include "base/failure.h"
@@ -15,21 +14,45 @@ namespace kora4::tools::sim {
 
 namespace {
 
+std::vector<FaultArgument> NamesOf(std::span<const Spoiling> spoilings) {
+    std::vector<FaultArgument> names;
+    for (const Spoiling& spoiling : spoilings)
+        names.push_back({spoiling.name, spoiling.meaning});
+    return names;
+}
+
+std::vector<FaultArgument> GarbageKinds() {
+    return NamesOf(Garbage());
+}
+
+std::vector<FaultArgument> WrongCountKinds() {
+    return NamesOf(WrongCounts());
+}
+
+std::vector<FaultArgument> DeathKinds() {
+    return {{cHalfWay, "after the value of a change is written, and before what announces it"}};
+}
+
 constexpr FaultDef cFaults[] = {
-    {FaultKind::eStop, "stop", "", "publishes nothing any more", 0, 0},
-    {FaultKind::eGarbage, "garbage", "=KIND", "publishes values that are no levels", 0, 0},
-    {FaultKind::eCounts, "counts", "=KIND", "publishes levels that state wrong numbers", 0, 0},
+    {FaultKind::eStop, "stop", "", "publishes nothing more", nullptr, 0, 0, ""},
+    {FaultKind::eGarbage, "garbage", "=KIND", "publishes values that are not levels",
+     GarbageKinds, 0, 0, ""},
+    {FaultKind::eCounts, "counts", "=KIND", "publishes levels with wrong counts",
+     WrongCountKinds, 0, 0, ""},
     {FaultKind::eDie, "die", "[=KIND]",
-     "ends at once, without a summary, while it holds the store's mutex", 0, 0},
-    {FaultKind::eHold, "hold", "=S", "holds the store's mutex for S seconds", 0.001, 600},
+     "ends at once, without a summary, while it holds the store's mutex", DeathKinds, 0, 0, ""},
+    {FaultKind::eHold, "hold", "=S", "holds the store's mutex for S seconds", nullptr, 0.001,
+     600, "seconds"},
     {FaultKind::eBurst, "burst", "=N",
-     "writes settings of the active profile N times as fast as it can", 1, 100000},
+     "writes settings of the active profile N times, as fast as it can", nullptr, 1, 100000,
+     "writes"},
     {FaultKind::eWrongTypes, "wrong-types", "[=KIND]",
-     "spoils every field of the active profile and announces it", 0, 0},
+     "spoils and announces every field of the active profile", WrongFieldKinds, 0, 0, ""},
     {FaultKind::eProfileGarbage, "profile-garbage", "[=KIND]",
-     "spoils what says which profile is active, or a profile's name", 0, 0},
+     "spoils what says which profile is active, or a profile's name", WrongProfileKinds, 0, 0,
+     ""},
     {FaultKind::eResume, "resume", "",
-     "ends stop, garbage, counts and hold, and puts back what was spoilt", 0, 0},
+     "ends stop, garbage, counts and hold, and puts back what was spoilt", nullptr, 0, 0, ""},
 };
 
 bool IsOptional(const FaultDef& def) {
@@ -51,21 +74,13 @@ const FaultDef& DefOf(std::string_view name) {
     throw Bad("There is no fault '" + std::string(name) + "'. " + Suggestion(name, names));
 }
 
-std::string Shown(double number) {
-    return number == std::floor(number) ? std::to_string(static_cast<long long>(number))
-                                        : Decimal(static_cast<float>(number));
-}
-
 double NumberOf(const FaultDef& def, std::string_view text) {
-    double number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !(number >= def.least) ||
-        !(number <= def.most) ||
-        (def.kind == FaultKind::eBurst && number != std::floor(number)))
-        throw Bad("'" + std::string(text) + "' is no argument for the fault '" + def.name +
-                  "': it takes a number from " + Shown(def.least) + " to " + Shown(def.most) +
-                  (def.kind == FaultKind::eHold ? " seconds." : " writes."));
-    return number;
+    const std::optional<double> number = ReadNumber<double>(text);
+    if (!number || !(*number >= def.least) || !(*number <= def.most) ||
+        (def.kind == FaultKind::eBurst && *number != std::floor(*number)))
+        throw Bad("'" + std::string(text) + "' is not an argument for the fault '" + def.name +
+                  "': it takes a number from " + RangeOf(def) + " " + def.unit + ".");
+    return *number;
 }
 
 void CheckName(const FaultDef& def, std::string_view argument) {
@@ -81,17 +96,10 @@ void CheckName(const FaultDef& def, std::string_view argument) {
               std::string(argument) + "'. " + Suggestion(argument, names));
 }
 
-std::vector<FaultArgument> NamesOf(std::span<const Spoiling> spoilings) {
-    std::vector<FaultArgument> names;
-    for (const Spoiling& spoiling : spoilings)
-        names.push_back({spoiling.name, spoiling.meaning});
-    return names;
-}
-
 }  // namespace
 
 std::string RangeOf(const FaultDef& def) {
-    return def.most > 0 ? Shown(def.least) + " to " + Shown(def.most) : std::string();
+    return def.most > 0 ? Range(def.least, def.most) : std::string();
 }
 
 std::span<const FaultDef> Faults() {
@@ -107,22 +115,8 @@ const FaultDef& DefOf(FaultKind kind) {
 }
 
 std::vector<FaultArgument> ArgumentsOf(FaultKind kind) {
-    switch (kind) {
-        case FaultKind::eGarbage:
-            return NamesOf(Garbage());
-        case FaultKind::eCounts:
-            return NamesOf(WrongCounts());
-        case FaultKind::eDie:
-            return {{cHalfWay,
-                     "after the value of a change is written, and before what "
-                     "announces it"}};
-        case FaultKind::eWrongTypes:
-            return WrongFieldKinds();
-        case FaultKind::eProfileGarbage:
-            return WrongProfileKinds();
-        default:
-            return {};
-    }
+    const FaultDef& def = DefOf(kind);
+    return def.kinds ? def.kinds() : std::vector<FaultArgument>();
 }
 
 Fault MakeFault(std::string_view name, std::string_view argument, double atSeconds,
@@ -133,7 +127,7 @@ Fault MakeFault(std::string_view name, std::string_view argument, double atSecon
     fault.cause = cause;
     fault.argument = argument;
     if (!(atSeconds >= 0) || !(atSeconds <= cLongestRun))
-        throw Bad("A fault may come after 0 to " + Shown(cLongestRun) + " seconds.");
+        throw Bad("A fault may come after " + Range(0, cLongestRun) + " seconds.");
     fault.atMilliseconds = static_cast<std::uint64_t>(std::llround(atSeconds * 1000));
     if (argument.empty()) {
         if (!IsOptional(def))
@@ -152,11 +146,11 @@ Fault ParseFault(std::string_view text) {
     double atSeconds = 0;
     if (const std::size_t at = text.rfind('@'); at != std::string_view::npos) {
         const std::string_view moment = text.substr(at + 1);
-        const char* end = moment.data() + moment.size();
-        const auto [last, error] = std::from_chars(moment.data(), end, atSeconds);
-        if (error != std::errc() || last != end)
+        const std::optional<double> seconds = ReadNumber<double>(moment);
+        if (!seconds)
             throw Bad("'" + std::string(moment) + "' in '" + std::string(whole) +
-                      "' is no number of seconds.");
+                      "' is not a number of seconds.");
+        atSeconds = *seconds;
         text = text.substr(0, at);
     }
     const std::size_t equals = text.find('=');

@@ -52,9 +52,12 @@ struct FaultDef {
     // "=KIND", "[=KIND]", "=S", "=N" or nothing.
     const char* shape;
     const char* meaning;
-    // Numbers: their range. Both 0: the argument is not a number.
+    // The names that the argument may have; null when it is a number or there is none.
+    std::vector<FaultArgument> (*kinds)();
+    // Numbers: their range and what they count. Both 0: the argument is no number.
     double least;
     double most;
+    const char* unit;
 };
 
 // All of them, in the order of --help.

@@ -9,15 +9,12 @@
 #include "contract/field_ids.h"
 #include "contract/profiles.h"
 #include "contract/technologies.h"
+#include "settings/setting_values.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools::sim {
 
 namespace {
-
-constexpr Technology Preset(KORA4PresetTechnology number) {
-    return {Family::ePreset, number};
-}
 
 const char* OnOff(bool isOn) {
     return isOn ? "on" : "off";
@@ -31,23 +28,18 @@ std::string Counted(const char* counter, std::uint32_t from, std::uint32_t to) {
     return counter + (" " + Arrow(std::to_string(from), std::to_string(to)));
 }
 
-Json JsonOf(const SchemaValue& value, const Value& content) {
-    const Setting* setting = SettingOf(value);
-    return setting != nullptr ? ToJson(*setting, content) : Json();
-}
-
-std::string TextOf(const SchemaValue& value, const Value& content) {
-    const Setting* setting = SettingOf(value);
-    return setting != nullptr ? FormatValue(*setting, content) : std::string("?");
+// Fields and switches are settings.
+Change ChangeOf(const SchemaValue& value, const Value& from, const Value& to) {
+    const Setting& setting = *SettingOf(value);
+    return {setting.name, ToJson(setting, from), ToJson(setting, to),
+            FormatValue(setting, from), FormatValue(setting, to)};
 }
 
 bool ReadSwitch(const SchemaValue& value, StoreAccess& store) {
-    const std::optional<Value> content = Effective(value, store);
-    const bool* isOn = content ? std::get_if<bool>(&*content) : nullptr;
-    return isOn != nullptr && *isOn;
+    return std::get<bool>(*Effective(value, store));
 }
 
-std::uint32_t ReadNumber(std::uint32_t pid, StoreAccess& store) {
+std::uint32_t ReadCounter(std::uint32_t pid, StoreAccess& store) {
     return store.Number(eKeySetDynamic, pkey::Setting(pid), 0);
 }
 
@@ -67,24 +59,20 @@ Json ToDocument(const std::vector<Change>& changes) {
 
 Seen SwitchSeen(const std::string& event, const std::string& name, const std::string& what,
                 bool from, bool to) {
-    Seen seen;
-    seen.event = event;
-    seen.cause = what + " " + Arrow(OnOff(from), OnOff(to));
-    seen.words = name + " " + Arrow(OnOff(from), OnOff(to));
-    seen.details = {{"name", name}, {"from", from}, {"to", to}};
-    return seen;
+    const std::string step = " " + Arrow(OnOff(from), OnOff(to));
+    return {event, what + step, name + step, {{"name", name}, {"from", from}, {"to", to}}};
 }
 
 }  // namespace
 
 HeldSettings::Dynamic HeldSettings::ReadDynamic(StoreAccess& store) {
     Dynamic now;
-    now.profile = ReadNumber(pkey::cActivePresetPid, store);
+    now.profile = ReadCounter(pkey::cActivePresetPid, store);
     now.isEnabled = ReadSwitch(SettingValue(pkey::cMasterEnablePid), store);
     now.isSwitchOn = ReadSwitch(SettingValue(pkey::cDynamicSwitchPid), store);
-    now.tableCounter = ReadNumber(pkey::cProfileTableCounterPid, store);
+    now.tableCounter = ReadCounter(pkey::cProfileTableCounterPid, store);
     for (const TechnologyWord& word : AllTechnologies()) {
-        now.flags.push_back(ReadSwitch(FlagValue(word.technology, now.profile), store));
+        now.switches.push_back(ReadSwitch(SwitchValue(word.technology, now.profile), store));
         now.triggers.push_back(
             store.Number(eKeySetDynamic, TriggerValue(word.technology).key, 0));
     }
@@ -98,11 +86,7 @@ std::vector<HeldSettings::Field> HeldSettings::ReadFields(Technology technology,
                                                           StoreAccess& store) {
     const bool isBuiltIn = technology.family == Family::ePreset && IsDemoProfile(profile);
     std::vector<Field> fields;
-    for (const SchemaValue& row : Schema()) {
-        if (row.role != Role::eField || !(row.technology == technology) ||
-            row.profile.value_or(0) != 0)
-            continue;
-        const SchemaValue value = FieldValue(technology, profile, row.key.pid);
+    for (const SchemaValue& value : FieldValues(technology, profile)) {
         const std::optional<StoredValue> builtIn = value.Default();
         const std::optional<Value> content =
             isBuiltIn && builtIn ? Decode(value, *builtIn) : Effective(value, store);
@@ -129,10 +113,7 @@ std::vector<Change> HeldSettings::Reload(std::size_t technology, StoreAccess& st
             [&](const Field& held) { return held.value.key.pid == field.value.key.pid; });
         if (before == m_fields[technology].end() || before->content == field.content)
             continue;
-        changes.push_back({NameOf(field.value), JsonOf(before->value, before->content),
-                           JsonOf(field.value, field.content),
-                           TextOf(before->value, before->content),
-                           TextOf(field.value, field.content)});
+        changes.push_back(ChangeOf(field.value, before->content, field.content));
     }
     m_fields[technology] = std::move(fields);
     return changes;
@@ -147,31 +128,29 @@ void HeldSettings::SeeProfile(const Dynamic& now, StoreAccess& store, std::vecto
         const TechnologyWord& word = AllTechnologies()[i];
         if (word.technology.family != Family::ePreset)
             continue;
-        if (m_dynamic.flags[i] != now.flags[i])
-            changes.push_back({NameOf(FlagValue(word.technology, now.profile)),
-                               bool(m_dynamic.flags[i]), bool(now.flags[i]),
-                               OnOff(m_dynamic.flags[i]), OnOff(now.flags[i])});
-        m_dynamic.flags[i] = now.flags[i];
+        if (m_dynamic.switches[i] != now.switches[i])
+            changes.push_back(ChangeOf(SwitchValue(word.technology, now.profile),
+                                       bool(m_dynamic.switches[i]), bool(now.switches[i])));
+        m_dynamic.switches[i] = now.switches[i];
         for (Change& change : Reload(i, store))
             changes.push_back(std::move(change));
     }
-    Seen profile;
-    profile.event = "profile";
-    profile.cause = "active profile " + Arrow(from, to);
-    profile.words = "profile " + Arrow(from, to) + ": reload of everything: " + Listed(changes);
-    profile.details = {{"from", from}, {"to", to}, {"changes", ToDocument(changes)}};
-    seen.push_back(std::move(profile));
+    const std::string step = Arrow(from, to);
+    seen.push_back({"profile",
+                    "active profile " + step,
+                    "profile " + step + ": reload of everything: " + Listed(changes),
+                    {{"from", from}, {"to", to}, {"changes", ToDocument(changes)}}});
 }
 
 void HeldSettings::SeeSwitches(const Dynamic& now, std::vector<Seen>& seen) const {
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
-        if (m_dynamic.flags[i] == now.flags[i])
+        if (m_dynamic.switches[i] == now.switches[i])
             continue;
         const TechnologyWord& word = AllTechnologies()[i];
-        Seen flag = SwitchSeen("switch", NameOf(FlagValue(word.technology, now.profile)),
-                               "switch", m_dynamic.flags[i], now.flags[i]);
-        flag.details["technology"] = word.word;
-        seen.push_back(std::move(flag));
+        Seen one = SwitchSeen("switch", NameOf(SwitchValue(word.technology, now.profile)),
+                              "switch", m_dynamic.switches[i], now.switches[i]);
+        one.details["technology"] = word.word;
+        seen.push_back(std::move(one));
     }
     if (m_dynamic.isSwitchOn != now.isSwitchOn)
         seen.push_back(SwitchSeen("setting", NameOf(SettingValue(pkey::cDynamicSwitchPid)),
@@ -185,12 +164,11 @@ void HeldSettings::SeeTriggers(const Dynamic& now, StoreAccess& store,
             continue;
         const std::string technology = AllTechnologies()[i].word;
         const std::vector<Change> changes = Reload(i, store);
-        Seen reload;
-        reload.event = "reload";
-        reload.cause = Counted("trigger", m_dynamic.triggers[i], now.triggers[i]);
-        reload.words = "reload " + technology + ": " + reload.cause + ": " + Listed(changes);
-        reload.details = {{"technology", technology}, {"changes", ToDocument(changes)}};
-        seen.push_back(std::move(reload));
+        const std::string cause = Counted("trigger", m_dynamic.triggers[i], now.triggers[i]);
+        seen.push_back({"reload",
+                        cause,
+                        "reload " + technology + ": " + cause + ": " + Listed(changes),
+                        {{"technology", technology}, {"changes", ToDocument(changes)}}});
     }
 }
 
@@ -235,7 +213,7 @@ std::vector<Seen> HeldSettings::Look(StoreAccess& store) {
 
 const Value* HeldSettings::Find(Technology technology, std::uint32_t pid) const {
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
-        if (!(AllTechnologies()[i].technology == technology) || !m_dynamic.flags[i])
+        if (!(AllTechnologies()[i].technology == technology) || !m_dynamic.switches[i])
             continue;
         for (const Field& field : m_fields[i]) {
             if (field.value.key.pid == pid)
@@ -245,35 +223,27 @@ const Value* HeldSettings::Find(Technology technology, std::uint32_t pid) const 
     return nullptr;
 }
 
+template <typename Content>
+Content HeldSettings::Held(KORA4PresetTechnology technology, std::uint32_t pid) const {
+    const Value* const value = Find(Preset(technology), pid);
+    const auto* const content = value != nullptr ? std::get_if<Content>(value) : nullptr;
+    return content != nullptr ? *content : Content();
+}
+
 Processing HeldSettings::MakeProcessing() const {
+    using Floats = std::vector<float>;
     Processing processing;
     if (!m_dynamic.isEnabled)
         return processing;
-    const auto number = [this](KORA4PresetTechnology technology, std::uint32_t pid) {
-        const Value* value = Find(Preset(technology), pid);
-        const auto* content = value != nullptr ? std::get_if<std::uint32_t>(value) : nullptr;
-        return content != nullptr ? *content : 0;
-    };
-    const auto level = [this](KORA4PresetTechnology technology, std::uint32_t pid) {
-        const Value* value = Find(Preset(technology), pid);
-        const auto* content = value != nullptr ? std::get_if<float>(value) : nullptr;
-        return content != nullptr ? *content : 0.0f;
-    };
-    const auto array = [this](KORA4PresetTechnology technology, std::uint32_t pid) {
-        const Value* value = Find(Preset(technology), pid);
-        const auto* content =
-            value != nullptr ? std::get_if<std::vector<float>>(value) : nullptr;
-        return content != nullptr ? *content : std::vector<float>();
-    };
-    processing.leveler = number(eVolumeTech, pkey::cVolumeAmountPid);
-    processing.enhancement = level(eEnhancementTech, pkey::cEnhancementAmountPid);
-    processing.intelligentEQ = level(eDynamicEQTech, pkey::cDynamicEQLevelPid);
+    processing.leveler = Held<std::uint32_t>(eVolumeTech, pkey::cVolumeAmountPid);
+    processing.enhancement = Held<float>(eEnhancementTech, pkey::cEnhancementAmountPid);
+    processing.intelligentEQ = Held<float>(eDynamicEQTech, pkey::cDynamicEQLevelPid);
     if (Find(Preset(eDynamicEQTech), pkey::cDynamicEQCurvePid) != nullptr)
         processing.intelligentCurve = {
-            array(eDynamicEQTech, pkey::cDynamicEQFreqPid),
-            BuiltInCurve(number(eDynamicEQTech, pkey::cDynamicEQCurvePid))};
-    processing.graphicEQ = {array(eStandardEQTech, pkey::cStandardEQFreqPid),
-                            array(eStandardEQTech, pkey::cStandardEQGainPid)};
+            Held<Floats>(eDynamicEQTech, pkey::cDynamicEQFreqPid),
+            BuiltInCurve(Held<std::uint32_t>(eDynamicEQTech, pkey::cDynamicEQCurvePid))};
+    processing.graphicEQ = {Held<Floats>(eStandardEQTech, pkey::cStandardEQFreqPid),
+                            Held<Floats>(eStandardEQTech, pkey::cStandardEQGainPid)};
     return processing;
 }
 
@@ -281,9 +251,10 @@ Json HeldSettings::Document() const {
     Json document = Json::object();
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
         const Technology technology = AllTechnologies()[i].technology;
-        document[NameOf(FlagValue(technology, m_dynamic.profile))] = bool(m_dynamic.flags[i]);
+        document[NameOf(SwitchValue(technology, m_dynamic.profile))] =
+            bool(m_dynamic.switches[i]);
         for (const Field& field : m_fields[i])
-            document[NameOf(field.value)] = JsonOf(field.value, field.content);
+            document[NameOf(field.value)] = ToJson(*SettingOf(field.value), field.content);
     }
     return document;
 }

@@ -4,7 +4,6 @@
 #define KORA4_KORA4SIM_ENGINE_HELD_SETTINGS_H
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "base/output.h"
 #include "kora4sim/engine/processing.h"
 #include "registry/store_access.h"
+#include "settings/content.h"
 #include "settings/schema.h"
 
 namespace kora4::tools::sim {
@@ -55,7 +55,7 @@ class HeldSettings {
         bool isEnabled = true;
         bool isSwitchOn = true;  // settings, id 6
         std::uint32_t tableCounter = 0;
-        std::vector<bool> flags;              // by technology, as AllTechnologies
+        std::vector<bool> switches;           // by technology, as AllTechnologies
         std::vector<std::uint32_t> triggers;  // the same
     };
     struct Field {
@@ -73,6 +73,9 @@ class HeldSettings {
     void SeeTable(const Dynamic& now, StoreAccess& store, std::vector<Seen>& seen) const;
     // A field that is held; none when the technology is not effective.
     const Value* Find(Technology technology, std::uint32_t pid) const;
+    // Its content; zero or empty when there is none of that type.
+    template <typename Content>
+    Content Held(KORA4PresetTechnology technology, std::uint32_t pid) const;
 
     Dynamic m_dynamic;
     std::vector<std::vector<Field>> m_fields;  // by technology, as AllTechnologies

@@ -5,13 +5,15 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
+#include <limits>
 
+#include "base/checked_json.h"
 #include "base/failure.h"
 #include "base/nearest.h"
+#include "base/strict_json.h"
 #include "base/text.h"
-#include "kora4sim/scene/checked_json.h"
+#include "contract/engine_masks.h"
 #include "process/files.h"
 #include "registry/stored_value.h"
 
@@ -24,35 +26,54 @@ constexpr std::size_t cMostPoints = 128;
 constexpr std::size_t cMostFaults = 1000;
 constexpr double cLoudest = 0;  // dB
 
-struct SpectrumWord {
+// A kind of spectrum: has it a level for each place, and which of the numbers.
+struct SpectrumDef {
     const char* word;
     SpectrumKind kind;
+    bool hasLevels;
+    std::vector<std::string> numbers;
 };
-constexpr SpectrumWord cSpectra[] = {
-    {"music", SpectrumKind::eMusic},
-    {"speech", SpectrumKind::eSpeech},
-    {"sweep", SpectrumKind::eSweep},
-    {"silence", SpectrumKind::eSilence},
+
+const std::vector<SpectrumDef>& Spectra() {
+    static const std::vector<SpectrumDef> spectra = {
+        {"music", SpectrumKind::eMusic, true, {"swing", "rate", "noise"}},
+        {"speech", SpectrumKind::eSpeech, true, {"swing", "rate", "noise", "pauses"}},
+        {"sweep", SpectrumKind::eSweep, false, {"seconds", "peak", "floor", "width"}},
+        {"silence", SpectrumKind::eSilence, false, {}},
+    };
+    return spectra;
+}
+
+struct SpectrumNumber {
+    const char* name;
+    double least;
+    double most;
+    double Spectrum::*number;
+};
+constexpr SpectrumNumber cSpectrumNumbers[] = {
+    {"swing", 0, 60, &Spectrum::swing},
+    {"rate", 0.01, 50, &Spectrum::rate},
+    {"noise", 0, 60, &Spectrum::noise},
+    {"pauses", 0, 1, &Spectrum::pauses},
+    {"seconds", 0.1, 3600, &Spectrum::seconds},
+    {"peak", cLowestLevel, cLoudest, &Spectrum::peak},
+    {"floor", cLowestLevel, cLoudest, &Spectrum::floor},
+    {"width", 0.01, 1, &Spectrum::width},
 };
 
 std::uint32_t ReadMask(const CheckedJson& json) {
-    constexpr char cWanted[] =
-        "this must be a text like \"0x03FF\" or a whole number below 4294967296.";
-    if (json.Raw().is_number_unsigned()) {
-        const auto number = json.Raw().get<std::uint64_t>();
-        if (number > 0xFFFFFFFF)
-            throw json.Bad(cWanted);
-        return static_cast<std::uint32_t>(number);
-    }
-    const std::string text = json.Raw().is_string() ? Lower(json.Text()) : std::string();
-    std::uint32_t mask = 0;
-    const char* end = text.data() + text.size();
-    if (!text.starts_with("0x"))
-        throw json.Bad(cWanted);
-    const auto [last, error] = std::from_chars(text.data() + 2, end, mask, 16);
-    if (error != std::errc() || last != end)
-        throw json.Bad(cWanted);
-    return mask;
+    constexpr std::uint64_t cLargest = std::numeric_limits<std::uint32_t>::max();
+    const Json& raw = json.Raw();
+    std::optional<std::uint32_t> mask;
+    if (raw.is_number_unsigned() && raw.get<std::uint64_t>() <= cLargest)
+        mask = raw.get<std::uint32_t>();
+    else if (const std::string text = raw.is_string() ? Lower(json.Text()) : std::string();
+             text.starts_with("0x"))
+        mask = ReadNumber<std::uint32_t>(std::string_view(text).substr(2), 16);
+    if (mask)
+        return *mask;
+    throw json.Bad("this must be a text like \"" + Hex(cEngineTechnologies, 4) +
+                   "\" or a whole number from 0 to " + std::to_string(cLargest) + ".");
 }
 
 std::optional<std::string> ReadCommand(const CheckedJson& commands, const char* name) {
@@ -62,7 +83,8 @@ std::optional<std::string> ReadCommand(const CheckedJson& commands, const char* 
     const std::string text = json.Text();
     if (StoredValue::FromText(ToUtf16(text)).bytes.size() > cMaxTextBytes ||
         text.find('\0') != std::string::npos)
-        throw json.Bad("a command line has at most 2047 characters, and none is zero.");
+        throw json.Bad("a command line has at most " + std::to_string(cMaxTextChars) +
+                       " characters, and none is zero.");
     return text;
 }
 
@@ -85,48 +107,28 @@ std::vector<RecordShape> ReadRecords(const CheckedJson& json) {
     return records;
 }
 
-void ReadNumber(const CheckedJson& json, const char* name, double least, double most,
-                double& number) {
-    if (json.Has(name))
-        number = json[name].Number(least, most);
-}
-
 Spectrum ReadSpectrum(const CheckedJson& json) {
     if (!json.Raw().is_object() || !json.Has("kind"))
         json.CheckMembers({"kind"});
     std::vector<std::string> words;
-    for (const SpectrumWord& known : cSpectra)
+    for (const SpectrumDef& known : Spectra())
         words.push_back(known.word);
     const std::string word = json["kind"].Word(words);
+    const SpectrumDef& def =
+        *std::find_if(Spectra().begin(), Spectra().end(),
+                      [&](const SpectrumDef& d) { return word == d.word; });
+    std::vector<std::string> needed = {"kind"};
+    if (def.hasLevels)
+        needed.push_back("levels");
+    json.CheckMembers(needed, def.numbers);
     Spectrum spectrum;
-    for (const SpectrumWord& known : cSpectra) {
-        if (word == known.word)
-            spectrum.kind = known.kind;
-    }
-    switch (spectrum.kind) {
-        case SpectrumKind::eSilence:
-            json.CheckMembers({"kind"});
-            return spectrum;
-        case SpectrumKind::eSweep:
-            json.CheckMembers({"kind"}, {"seconds", "peak", "floor", "width"});
-            ReadNumber(json, "seconds", 0.1, 3600, spectrum.seconds);
-            ReadNumber(json, "peak", cLowestLevel, cLoudest, spectrum.peak);
-            ReadNumber(json, "floor", cLowestLevel, cLoudest, spectrum.floor);
-            ReadNumber(json, "width", 0.01, 1, spectrum.width);
-            return spectrum;
-        case SpectrumKind::eMusic:
-            json.CheckMembers({"kind", "levels"}, {"swing", "rate", "noise"});
-            break;
-        case SpectrumKind::eSpeech:
-            json.CheckMembers({"kind", "levels"}, {"swing", "rate", "noise", "pauses"});
-            ReadNumber(json, "pauses", 0, 1, spectrum.pauses);
-            break;
-    }
-    for (const CheckedJson& level : json["levels"].Elements(1, cMostPoints))
-        spectrum.levels.push_back(level.Number(cLowestLevel, cLoudest));
-    ReadNumber(json, "swing", 0, 60, spectrum.swing);
-    ReadNumber(json, "rate", 0.01, 50, spectrum.rate);
-    ReadNumber(json, "noise", 0, 60, spectrum.noise);
+    spectrum.kind = def.kind;
+    for (const SpectrumNumber& known : cSpectrumNumbers)
+        if (json.Has(known.name))
+            spectrum.*known.number = json[known.name].Number(known.least, known.most);
+    if (def.hasLevels)
+        for (const CheckedJson& level : json["levels"].Elements(1, cMostPoints))
+            spectrum.levels.push_back(level.Number(cLowestLevel, cLoudest));
     return spectrum;
 }
 
@@ -158,17 +160,17 @@ std::vector<Fault> ReadTimeline(const CheckedJson& json) {
 
 void CheckHead(const CheckedJson& json) {
     if (!json.Raw().is_object() || !json.Has("format"))
-        throw json.Bad("this is no scene: it needs \"format\": \"" + std::string(cSceneFormat) +
-                       "\".");
+        throw json.Bad("this is not a scene: it needs \"format\": \"" +
+                       std::string(cSceneFormat) + "\".");
     if (json["format"].Text() != cSceneFormat)
-        throw json["format"].Bad("this is no scene: '" + std::string(cSceneFormat) +
+        throw json["format"].Bad("this is not a scene: '" + std::string(cSceneFormat) +
                                  "' is expected.");
     if (!json.Has("version"))
         json.CheckMembers({"format", "version"});
     const unsigned version = json["version"].Count(0, 1000000);
     if (version != cSceneVersion)
         throw json["version"].Bad("version " + std::to_string(version) +
-                                  " of scenes is not known; this program reads version " +
+                                  " of scenes is not supported; this program reads version " +
                                   std::to_string(cSceneVersion) + ".");
 }
 
@@ -201,7 +203,12 @@ std::wstring ProgramPath() {
 }  // namespace
 
 Scene ReadScene(std::string_view text, const std::string& file) {
-    const Json document = ParseJson(text, file);
+    Json document;
+    try {
+        document = ParseStrictJson(text);
+    } catch (const Failure& failure) {
+        throw Failure(failure.Code(), file + ": " + failure.what());
+    }
     const CheckedJson json(document, file);
     CheckHead(json);
     json.CheckMembers({"format", "version", "engine", "records", "spectrum"},
@@ -246,8 +253,7 @@ Scene SceneFolder::Load(std::string_view nameOrPath) const {
     if (names.empty())
         throw Failure(
             ExitCode::eBadInput, "There are no scenes in '" + m_path + "'.",
-            "The scenes belong beside the program; a file of your own can be named by "
-            "its path.");
+            "The scenes lie beside the program; a scene of your own is named by its path.");
     const auto found = std::find(names.begin(), names.end(), Lower(given));
     if (found == names.end())
         throw Failure(ExitCode::eBadInput,

@@ -3,8 +3,6 @@
 #include "kora4sim/signal/blob.h"
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
 #include <limits>
 
 #include "base/text.h"
@@ -19,46 +17,32 @@ constexpr std::size_t cHugeBytes = 1 << 20;
 constexpr std::size_t cMostRandomBytes = 600;
 constexpr std::size_t cTooManyBands = cMaxArrayElements + 1;
 constexpr std::uint32_t cReserved = 0;
+constexpr float cInfinity = std::numeric_limits<float>::infinity();
+constexpr float cNotANumber = std::numeric_limits<float>::quiet_NaN();
 
 // Little-endian, without gaps.
-class Writer {
-  public:
-    explicit Writer(std::vector<std::uint8_t>& bytes) : m_bytes(bytes) {}
-
-    template <typename Number>
-    void Put(Number number) {
-        std::uint8_t bytes[sizeof number];
-        std::memcpy(bytes, &number, sizeof number);
-        m_bytes.insert(m_bytes.end(), bytes, bytes + sizeof number);
-    }
-
-    void Put(const Record& record, std::size_t statedBands) {
-        // The engine's own header; readers ignore it.
-        m_bytes.insert(m_bytes.end(), vis::cNumBandsOffset, 0);
-        Put(static_cast<std::uint32_t>(statedBands));
-        Put(cReserved);
-        for (const float gain : record.gains)
-            Put(gain);
-        for (const float excitation : record.excitations)
-            Put(excitation);
-    }
-
-  private:
-    std::vector<std::uint8_t>& m_bytes;
-};
+template <typename Number>
+void Put(Bytes& bytes, Number number) {
+    const auto* const first = reinterpret_cast<const std::uint8_t*>(&number);
+    bytes.insert(bytes.end(), first, first + sizeof number);
+}
 
 // The picture with other counts than its own: of records, and of the first record's bands.
 StoredValue Stating(const Picture& picture, std::size_t records, std::size_t firstBands) {
-    StoredValue value{cBinaryType, {}};
-    Writer writer(value.bytes);
-    writer.Put(cReserved);
-    writer.Put(static_cast<std::uint32_t>(records));
-    bool isFirst = true;
+    Bytes bytes;
+    Put(bytes, cReserved);
+    Put(bytes, static_cast<std::uint32_t>(records));
     for (const Record& record : picture) {
-        writer.Put(record, isFirst ? firstBands : record.gains.size());
-        isFirst = false;
+        const bool isFirst = &record == &picture.front();
+        // The engine's own header; readers ignore it.
+        bytes.insert(bytes.end(), vis::cNumBandsOffset, 0);
+        Put(bytes, static_cast<std::uint32_t>(isFirst ? firstBands : record.gains.size()));
+        Put(bytes, cReserved);
+        for (const std::vector<float>* const levels : {&record.gains, &record.excitations})
+            for (const float level : *levels)
+                Put(bytes, level);
     }
-    return value;
+    return StoredValue::FromBlob(std::move(bytes));
 }
 
 std::size_t FirstBands(const Picture& picture) {
@@ -83,124 +67,80 @@ StoredValue WithLevels(Picture picture, Level level) {
     return Published(picture);
 }
 
-StoredValue Empty(const Picture&, Noise, std::uint64_t) {
-    return {cBinaryType, {}};
-}
-
-StoredValue ShortHead(const Picture& picture, Noise, std::uint64_t) {
-    StoredValue value = Published(picture);
-    value.bytes.resize(vis::cHeadSize - 3);
-    return value;
-}
-
-StoredValue Random(const Picture&, Noise noise, std::uint64_t number) {
-    StoredValue value{cBinaryType, {}};
-    value.bytes.resize(1 + noise.Word(number) % cMostRandomBytes);
-    for (std::size_t i = 0; i < value.bytes.size(); ++i)
-        value.bytes[i] = static_cast<std::uint8_t>(noise.Word(number, i + 1));
-    return value;
-}
-
-StoredValue Text(const Picture&, Noise, std::uint64_t) {
-    return StoredValue::FromText(u"levels");
-}
-
-StoredValue Number(const Picture&, Noise, std::uint64_t number) {
-    return StoredValue::FromDword(static_cast<std::uint32_t>(number));
-}
-
-StoredValue NotNumbers(const Picture& picture, Noise, std::uint64_t) {
-    return WithLevels(picture,
-                      [](std::size_t) { return std::numeric_limits<float>::quiet_NaN(); });
-}
-
-StoredValue Infinities(const Picture& picture, Noise, std::uint64_t) {
-    return WithLevels(picture, [](std::size_t band) {
-        constexpr float cInfinity = std::numeric_limits<float>::infinity();
-        return band % 2 == 0 ? cInfinity : -cInfinity;
-    });
-}
-
-StoredValue Huge(const Picture& picture, Noise noise, std::uint64_t number) {
-    StoredValue value = Published(picture);
-    const auto filling = static_cast<std::uint8_t>(noise.Word(number));
-    value.bytes.resize(std::max(value.bytes.size(), cHugeBytes), filling);
-    return value;
-}
-
-StoredValue Truncated(const Picture& picture, Noise, std::uint64_t) {
-    StoredValue value = Published(picture);
-    value.bytes.resize(value.bytes.size() - std::min<std::size_t>(value.bytes.size(), 6));
-    return value;
-}
-
-StoredValue OneRecordMore(const Picture& picture, Noise, std::uint64_t) {
-    return StatingRecords(picture, picture.size() + 1);
-}
-
-StoredValue OneRecordFewer(const Picture& picture, Noise, std::uint64_t) {
-    return StatingRecords(picture, picture.empty() ? 0 : picture.size() - 1);
-}
-
-StoredValue MostRecords(const Picture& picture, Noise, std::uint64_t) {
-    return StatingRecords(picture, 0xFFFFFFFF);
-}
-
-StoredValue NoRecords(const Picture& picture, Noise, std::uint64_t) {
-    return StatingRecords(picture, 0);
-}
-
-StoredValue TooManyForTheValue(const Picture& picture, Noise, std::uint64_t) {
-    std::size_t bytes = vis::cHeadSize;
-    for (const Record& record : picture)
-        bytes += vis::RecordSize(record.gains.size());
-    // More than the whole value could hold, so that no record exists.
-    return StatingBands(picture, bytes / vis::cBandSize + FirstBands(picture));
-}
-
-StoredValue MostBands(const Picture& picture, Noise, std::uint64_t) {
-    return StatingBands(picture, 0xFFFFFFFF);
-}
-
-StoredValue NoBands(const Picture& picture, Noise, std::uint64_t) {
-    Picture empty = picture;
-    for (Record& record : empty)
-        record = {};
-    return Published(empty);
-}
-
-StoredValue ManyBands(const Picture& picture, Noise, std::uint64_t) {
-    Picture wide = picture;
-    for (Record& record : wide) {
-        record.gains.resize(cTooManyBands, record.gains.empty() ? 0 : record.gains.back());
-        record.excitations.resize(cTooManyBands,
-                                  record.excitations.empty() ? 0 : record.excitations.back());
-    }
-    return Published(wide);
-}
-
 constexpr Spoiling cGarbage[] = {
-    {"empty", "a value without a byte", Empty},
-    {"short-head", "5 bytes, where the head alone has 8", ShortHead},
-    {"random", "1 to 600 bytes at random", Random},
-    {"text", "a REG_SZ", Text},
-    {"dword", "a REG_DWORD", Number},
-    {"nan", "every level is not a number", NotNumbers},
-    {"infinite", "every level is infinite, plus and minus in turn", Infinities},
-    {"huge", "the right levels, and junk behind them up to 1 MiB", Huge},
-    {"truncated", "the last 6 bytes are missing", Truncated},
+    {"empty", "an empty value", [](const Moment&) { return StoredValue::FromBlob({}); }},
+    {"short-head", "5 bytes, where the head alone has 8",
+     [](const Moment& now) {
+         StoredValue value = Published(now.picture);
+         value.bytes.resize(vis::cHeadSize - 3);
+         return value;
+     }},
+    {"random", "1 to 600 random bytes",
+     [](const Moment& now) {
+         Bytes bytes(1 + now.noise.Word(now.number) % cMostRandomBytes);
+         for (std::size_t i = 0; i < bytes.size(); ++i)
+             bytes[i] = static_cast<std::uint8_t>(now.noise.Word(now.number, i + 1));
+         return StoredValue::FromBlob(std::move(bytes));
+     }},
+    {"text", "a REG_SZ", [](const Moment&) { return StoredValue::FromText(u"levels"); }},
+    {"dword", "a REG_DWORD",
+     [](const Moment& now) {
+         return StoredValue::FromDword(static_cast<std::uint32_t>(now.number));
+     }},
+    {"nan", "every level is not a number",
+     [](const Moment& now) {
+         return WithLevels(now.picture, [](std::size_t) { return cNotANumber; });
+     }},
+    {"infinite", "every level is infinite, plus and minus alternating",
+     [](const Moment& now) {
+         return WithLevels(now.picture, [](std::size_t band) {
+             return band % 2 == 0 ? cInfinity : -cInfinity;
+         });
+     }},
+    {"huge", "the right levels, followed by junk up to 1 MiB",
+     [](const Moment& now) {
+         StoredValue value = Published(now.picture);
+         const auto filling = static_cast<std::uint8_t>(now.noise.Word(now.number));
+         value.bytes.resize(std::max(value.bytes.size(), cHugeBytes), filling);
+         return value;
+     }},
+    {"truncated", "the last 6 bytes are missing",
+     [](const Moment& now) {
+         StoredValue value = Published(now.picture);
+         value.bytes.resize(value.bytes.size() - std::min<std::size_t>(value.bytes.size(), 6));
+         return value;
+     }},
 };
 
 constexpr Spoiling cWrongCounts[] = {
-    {"records-more", "one record more than there are", OneRecordMore},
-    {"records-fewer", "one record fewer than there are", OneRecordFewer},
-    {"records-none", "no records, though they are there", NoRecords},
-    {"records-max", "0xFFFFFFFF records", MostRecords},
+    {"records-more", "one record more than there are",
+     [](const Moment& now) { return StatingRecords(now.picture, now.picture.size() + 1); }},
+    {"records-fewer", "one record fewer than there are",
+     [](const Moment& now) {
+         return StatingRecords(now.picture, std::max<std::size_t>(now.picture.size(), 1) - 1);
+     }},
+    {"records-none", "no records, though they are there",
+     [](const Moment& now) { return StatingRecords(now.picture, 0); }},
+    {"records-max", "0xFFFFFFFF records",
+     [](const Moment& now) { return StatingRecords(now.picture, 0xFFFFFFFF); }},
     {"bands-more", "more bands in the first record than the value has room for",
-     TooManyForTheValue},
-    {"bands-max", "0xFFFFFFFF bands in the first record", MostBands},
-    {"bands-none", "records of 0 bands", NoBands},
-    {"bands-41", "records that really have 41 bands", ManyBands},
+     [](const Moment& now) {
+         // More than the whole value could hold, so that no record exists.
+         const std::size_t size = Published(now.picture).bytes.size();
+         return StatingBands(now.picture, size / vis::cBandSize + FirstBands(now.picture));
+     }},
+    {"bands-max", "0xFFFFFFFF bands in the first record",
+     [](const Moment& now) { return StatingBands(now.picture, 0xFFFFFFFF); }},
+    {"bands-none", "records of 0 bands",
+     [](const Moment& now) { return Published(Picture(now.picture.size())); }},
+    {"bands-41", "records that really have 41 bands",
+     [](const Moment& now) {
+         Picture wide = now.picture;
+         for (Record& record : wide)
+             for (std::vector<float>* const levels : {&record.gains, &record.excitations})
+                 levels->resize(cTooManyBands, levels->empty() ? 0 : levels->back());
+         return Published(wide);
+     }},
 };
 
 }  // namespace

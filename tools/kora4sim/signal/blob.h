@@ -16,11 +16,18 @@ namespace kora4::tools::sim {
 // The picture as readers expect it.
 StoredValue Published(const Picture& picture);
 
-// A way to spoil a picture. number: of the picture, from 0.
+// What is spoilt. number: of the picture, from 0.
+struct Moment {
+    const Picture& picture;
+    Noise noise;
+    std::uint64_t number;
+};
+
+// A way to spoil a picture.
 struct Spoiling {
     const char* name;
     const char* meaning;
-    StoredValue (*make)(const Picture& picture, Noise noise, std::uint64_t number);
+    StoredValue (*make)(const Moment& now);
 };
 
 // Values that are not levels, and values that state wrong counts.

@@ -47,96 +47,96 @@ DWORD Probe(const char16_t* name = cName) {
 
 TEST(NamedMutexTest, TheStoresMutexHasItsFixedName) {
     NamedMutex mutex;
-    EXPECT_EQ(mutex.Create(cStoreMutexName), S_OK);
-    EXPECT_EQ(Probe(u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}"), WAIT_OBJECT_0);
+    EXPECT_EQ(S_OK, mutex.Create(cStoreMutexName));
+    EXPECT_EQ(WAIT_OBJECT_0, Probe(u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}"));
 }
 
 TEST(NamedMutexTest, CreatingItDoesNotOwnIt) {
     NamedMutex mutex;
     EXPECT_FALSE(mutex.IsCreated());
-    EXPECT_EQ(mutex.Create(cName), S_OK);
+    EXPECT_EQ(S_OK, mutex.Create(cName));
     EXPECT_TRUE(mutex.IsCreated());
     EXPECT_FALSE(mutex.IsAcquired());
-    EXPECT_EQ(Probe(), WAIT_OBJECT_0);
+    EXPECT_EQ(WAIT_OBJECT_0, Probe());
 }
 
 TEST(NamedMutexTest, CreatingItTwiceFailsAndKeepsTheFirst) {
     NamedMutex mutex;
-    EXPECT_EQ(mutex.Create(cName), S_OK);
-    EXPECT_EQ(mutex.Create(u"KORA4.unit-test.other"), E_FAIL);
-    EXPECT_EQ(Probe(), WAIT_OBJECT_0);
-    EXPECT_EQ(Probe(u"KORA4.unit-test.other"), WAIT_FAILED);
+    EXPECT_EQ(S_OK, mutex.Create(cName));
+    EXPECT_EQ(E_FAIL, mutex.Create(u"KORA4.unit-test.other"));
+    EXPECT_EQ(WAIT_OBJECT_0, Probe());
+    EXPECT_EQ(WAIT_FAILED, Probe(u"KORA4.unit-test.other"));
 }
 
 TEST(NamedMutexTest, ANameThatMeansSomethingElseCannotBeCreated) {
     const UniqueHandle event(CreateEventW(nullptr, TRUE, FALSE, Wide(cName)));
     ASSERT_TRUE(event);
     NamedMutex mutex;
-    EXPECT_EQ(mutex.Create(cName), E_FAIL);
+    EXPECT_EQ(E_FAIL, mutex.Create(cName));
     EXPECT_FALSE(mutex.IsCreated());
 }
 
 TEST(NamedMutexTest, TheMutexOfAnotherTokenIsOpened) {
     const ForeignMutex foreign(Wide(cName));
     NamedMutex mutex;
-    EXPECT_EQ(mutex.Create(cName), S_OK);
+    EXPECT_EQ(S_OK, mutex.Create(cName));
     {
         const MutexHold hold(mutex);
         std::thread([&] {
-            EXPECT_EQ(foreign.Take(0), static_cast<DWORD>(WAIT_TIMEOUT));
+            EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), foreign.Take(0));
         }).join();
     }
-    EXPECT_EQ(foreign.Take(0), WAIT_OBJECT_0);
+    EXPECT_EQ(WAIT_OBJECT_0, foreign.Take(0));
     foreign.Release();
 }
 
 TEST(NamedMutexTest, TwoOfThemWithOneNameAreOneMutex) {
     NamedMutex first;
     NamedMutex second;
-    EXPECT_EQ(first.Create(cName), S_OK);
-    EXPECT_EQ(second.Create(cName), S_OK);
+    EXPECT_EQ(S_OK, first.Create(cName));
+    EXPECT_EQ(S_OK, second.Create(cName));
     const MutexHold hold(first);
-    EXPECT_EQ(Probe(), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), Probe());
 }
 
 TEST(NamedMutexTest, AHoldEndsWithItsScope) {
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
     {
         const MutexHold hold(mutex);
         EXPECT_TRUE(mutex.IsAcquired());
-        EXPECT_EQ(Probe(), static_cast<DWORD>(WAIT_TIMEOUT));
+        EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), Probe());
     }
     EXPECT_FALSE(mutex.IsAcquired());
-    EXPECT_EQ(Probe(), WAIT_OBJECT_0);
+    EXPECT_EQ(WAIT_OBJECT_0, Probe());
 }
 
 TEST(NamedMutexTest, AReleaseThatThePlatformRefusesFails) {
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
-    EXPECT_EQ(mutex.Release(), E_FAIL);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
+    EXPECT_EQ(E_FAIL, mutex.Release());
 }
 
 TEST(NamedMutexTest, AFailedWaitGoesOn) {
     NamedMutex mutex;
     mutex.Acquire();
     EXPECT_TRUE(mutex.IsAcquired());
-    EXPECT_EQ(mutex.Release(), E_FAIL);
+    EXPECT_EQ(E_FAIL, mutex.Release());
     EXPECT_FALSE(mutex.IsAcquired());
 }
 
 TEST(NamedMutexTest, FreeingItLetsItBeCreatedAgain) {
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
     mutex.FreeMutex();
     EXPECT_FALSE(mutex.IsCreated());
-    EXPECT_EQ(Probe(), WAIT_FAILED);
-    EXPECT_EQ(mutex.Create(cName), S_OK);
+    EXPECT_EQ(WAIT_FAILED, Probe());
+    EXPECT_EQ(S_OK, mutex.Create(cName));
 }
 
 TEST(NamedMutexTest, AWaiterGetsItWhenTheOwnerReleasesIt) {
     NamedMutex owner;
-    ASSERT_EQ(owner.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, owner.Create(cName));
     owner.Acquire();
     std::atomic<bool> released{false};
     std::atomic<bool> inOrder{false};
@@ -148,9 +148,9 @@ TEST(NamedMutexTest, AWaiterGetsItWhenTheOwnerReleasesIt) {
         const MutexHold hold(mutex);
         inOrder = released.load();
     });
-    ASSERT_EQ(WaitForSingleObject(waiting.Get(), cPatience), WAIT_OBJECT_0);
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(waiting.Get(), cPatience));
     released = true;
-    EXPECT_EQ(owner.Release(), S_OK);
+    EXPECT_EQ(S_OK, owner.Release());
     waiter.join();
     EXPECT_TRUE(inOrder);
 }
@@ -258,21 +258,21 @@ class OwnerInAnotherProcess {
 
 TEST(NamedMutexTest, AMutexThatItsKilledOwnerLeftBehindIsOwned) {
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
     OwnerInAnotherProcess owner;
     ASSERT_TRUE(owner.WaitUntilItOwns());
-    EXPECT_EQ(Probe(), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), Probe());
     owner.Kill();
     mutex.Acquire();
     EXPECT_TRUE(mutex.IsAcquired());
-    EXPECT_EQ(Probe(), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_EQ(mutex.Release(), S_OK);
-    EXPECT_EQ(Probe(), WAIT_OBJECT_0);
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), Probe());
+    EXPECT_EQ(S_OK, mutex.Release());
+    EXPECT_EQ(WAIT_OBJECT_0, Probe());
 }
 
 TEST(NamedMutexTest, AWaiterGetsItWhenTheOwnerIsKilled) {
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
     OwnerInAnotherProcess owner;
     ASSERT_TRUE(owner.WaitUntilItOwns());
     const UniqueHandle acquired(CreateEventW(nullptr, TRUE, FALSE, nullptr));
@@ -280,9 +280,9 @@ TEST(NamedMutexTest, AWaiterGetsItWhenTheOwnerIsKilled) {
         const MutexHold hold(mutex);
         SetEvent(acquired.Get());
     });
-    EXPECT_EQ(WaitForSingleObject(acquired.Get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(static_cast<DWORD>(WAIT_TIMEOUT), WaitForSingleObject(acquired.Get(), 0));
     owner.Kill();
-    EXPECT_EQ(WaitForSingleObject(acquired.Get(), cPatience), WAIT_OBJECT_0);
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(acquired.Get(), cPatience));
     waiter.join();
 }
 
@@ -297,42 +297,42 @@ class NamedMutexTrace : public ::testing::Test {
 
 TEST_F(NamedMutexTrace, ReleasingAMutexThatIsNotHeldIsAsserted) {
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
     mutex.Release();
-    EXPECT_EQ(MessagesOf(m_log.Read("KORA4UIKeysClient"), "NamedMutex::Release"),
-              std::vector<std::string>{"KALASSERT failed: IsAcquired()"});
+    EXPECT_EQ(std::vector<std::string>{"KALASSERT failed: IsAcquired()"},
+              MessagesOf(m_log.Read("KORA4UIKeysClient"), "NamedMutex::Release"));
 }
 
 TEST_F(NamedMutexTrace, FreeingAMutexThatIsHeldIsAsserted) {
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
     mutex.Acquire();
     mutex.FreeMutex();
-    EXPECT_EQ(MessagesOf(m_log.Read("KORA4KeysClient"), "NamedMutex::FreeMutex"),
-              std::vector<std::string>{"KALASSERT failed: !IsAcquired()"});
+    EXPECT_EQ(std::vector<std::string>{"KALASSERT failed: !IsAcquired()"},
+              MessagesOf(m_log.Read("KORA4KeysClient"), "NamedMutex::FreeMutex"));
     mutex.Release();
 }
 
 TEST_F(NamedMutexTrace, DestroyingAMutexThatIsHeldIsAsserted) {
     {
         NamedMutex mutex;
-        ASSERT_EQ(mutex.Create(cName), S_OK);
+        ASSERT_EQ(S_OK, mutex.Create(cName));
         mutex.Acquire();
     }
-    EXPECT_EQ(MessagesOf(m_log.Read("KORA4KeysClient"), "NamedMutex::~NamedMutex"),
-              std::vector<std::string>{"KALASSERT failed: !IsAcquired()"});
+    EXPECT_EQ(std::vector<std::string>{"KALASSERT failed: !IsAcquired()"},
+              MessagesOf(m_log.Read("KORA4KeysClient"), "NamedMutex::~NamedMutex"));
 }
 
 TEST_F(NamedMutexTrace, AWrongUseIsSilentWhileAssertionsAreNotTraced) {
     const TraceFlags flags(trace::eMessages | trace::eLogFiles);
     {
         NamedMutex mutex;
-        ASSERT_EQ(mutex.Create(cName), S_OK);
+        ASSERT_EQ(S_OK, mutex.Create(cName));
         mutex.Acquire();
         mutex.FreeMutex();
     }
     NamedMutex mutex;
-    ASSERT_EQ(mutex.Create(cName), S_OK);
+    ASSERT_EQ(S_OK, mutex.Create(cName));
     mutex.Release();
     EXPECT_TRUE(m_log.ReadShared().empty());
 }
@@ -340,7 +340,7 @@ TEST_F(NamedMutexTrace, AWrongUseIsSilentWhileAssertionsAreNotTraced) {
 TEST_F(NamedMutexTrace, AnOrdinaryLifeFailsNoAssertion) {
     {
         NamedMutex mutex;
-        ASSERT_EQ(mutex.Create(cName), S_OK);
+        ASSERT_EQ(S_OK, mutex.Create(cName));
         const MutexHold hold(mutex);
     }
     EXPECT_TRUE(m_log.ReadShared().empty());

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "contract/patch_records.h"
 #include "support/memory_key_access.h"
 #include "support/store_traced.h"
 
@@ -34,14 +35,14 @@ class PropKeyStoreAccess : public testing::Test {
         return m_values.ReadFlagArray(eKeySetStatic, cKey, &m_count, m_flags);
     }
     bool FloatsAreClear() const {
-        return std::count(std::begin(m_floats), std::end(m_floats), 0.0f) == 40;
+        return std::count(std::begin(m_floats), std::end(m_floats), 0.0f) == cMaxArrayElements;
     }
 
     test::MemoryKeyAccess m_store;
     KORA4PropKeyStoreAccess m_values{m_store};
     std::uint32_t m_count = 77;
-    float m_floats[40];
-    std::uint32_t m_flags[40];
+    float m_floats[cMaxArrayElements];
+    std::uint32_t m_flags[cMaxArrayElements];
 };
 
 TEST_F(PropKeyStoreAccess, ReadsANumberAsStored) {

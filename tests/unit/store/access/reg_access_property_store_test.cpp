@@ -26,10 +26,9 @@ class RegAccessPropertyStore : public ::testing::Test {
     void SetUp() override {
         ASSERT_HRESULT_SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED));
         ResetStore();
-        ASSERT_EQ(PSCreateMemoryPropertyStore(
-                      __uuidof(IPropertyStore),
-                      reinterpret_cast<void**>(m_store.ReleaseAndGetAddressOf())),
-                  S_OK);
+        ASSERT_EQ(S_OK, PSCreateMemoryPropertyStore(
+                            __uuidof(IPropertyStore),
+                            reinterpret_cast<void**>(m_store.ReleaseAndGetAddressOf())));
         ASSERT_HRESULT_SUCCEEDED(m_access.Open(true));
     }
     void TearDown() override {
@@ -51,53 +50,53 @@ class RegAccessPropertyStore : public ::testing::Test {
 
 TEST_F(RegAccessPropertyStore, NumbersReadBack) {
     UseStore();
-    EXPECT_EQ(m_access.WriteUINT(eKeySetPropertyStore, cKey, 0x80000001), S_OK);
-    EXPECT_EQ(ReadUINT(), S_OK);
-    EXPECT_EQ(m_value, 0x80000001u);
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetPropertyStore, cKey, 0x80000001));
+    EXPECT_EQ(S_OK, ReadUINT());
+    EXPECT_EQ(0x80000001u, m_value);
 }
 
 TEST_F(RegAccessPropertyStore, NumbersAreStoredAsUnsigned32) {
     UseStore();
-    EXPECT_EQ(m_access.WriteUINT(eKeySetPropertyStore, cKey, 9), S_OK);
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetPropertyStore, cKey, 9));
     PROPVARIANT value;
     PropVariantInit(&value);
-    ASSERT_EQ(m_store->GetValue(std::bit_cast<PROPERTYKEY>(cKey), &value), S_OK);
-    EXPECT_EQ(value.vt, VT_UI4);
-    EXPECT_EQ(value.ulVal, 9u);
+    ASSERT_EQ(S_OK, m_store->GetValue(std::bit_cast<PROPERTYKEY>(cKey), &value));
+    EXPECT_EQ(VT_UI4, value.vt);
+    EXPECT_EQ(9u, value.ulVal);
     PropVariantClear(&value);
 }
 
 TEST_F(RegAccessPropertyStore, TextsReadBack) {
     UseStore();
     for (const std::u16string text : {u"", u"a text", u"\u00e4\u4e2d"}) {
-        EXPECT_EQ(m_access.WriteText(eKeySetPropertyStore, cKey, text.c_str()), S_OK);
-        ASSERT_EQ(ReadText(), S_OK);
-        EXPECT_EQ(m_text.Get(), text);
+        EXPECT_EQ(S_OK, m_access.WriteText(eKeySetPropertyStore, cKey, text.c_str()));
+        ASSERT_EQ(S_OK, ReadText());
+        EXPECT_EQ(text, m_text.Get());
     }
 }
 
 TEST_F(RegAccessPropertyStore, ANullTextIsStoredAsTheEmptyOne) {
     UseStore();
-    EXPECT_EQ(m_access.WriteText(eKeySetPropertyStore, cKey, nullptr), S_OK);
-    ASSERT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(m_text.Get(), std::u16string());
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetPropertyStore, cKey, nullptr));
+    ASSERT_EQ(S_OK, ReadText());
+    EXPECT_EQ(std::u16string(), m_text.Get());
 }
 
 TEST_F(RegAccessPropertyStore, AbsentPropertiesAreSFalse) {
     UseStore();
-    EXPECT_EQ(ReadUINT(), S_FALSE);
-    EXPECT_EQ(m_value, 77u);
-    EXPECT_EQ(ReadText(), S_FALSE);
+    EXPECT_EQ(S_FALSE, ReadUINT());
+    EXPECT_EQ(77u, m_value);
+    EXPECT_EQ(S_FALSE, ReadText());
     EXPECT_FALSE(m_text);
 }
 
 TEST_F(RegAccessPropertyStore, PropertiesOfAnotherTypeAreSFalse) {
     UseStore();
-    EXPECT_EQ(m_access.WriteText(eKeySetPropertyStore, cKey, u"7"), S_OK);
-    EXPECT_EQ(ReadUINT(), S_FALSE);
-    EXPECT_EQ(m_value, 77u);
-    EXPECT_EQ(m_access.WriteUINT(eKeySetPropertyStore, cKey, 7), S_OK);
-    EXPECT_EQ(ReadText(), S_FALSE);
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetPropertyStore, cKey, u"7"));
+    EXPECT_EQ(S_FALSE, ReadUINT());
+    EXPECT_EQ(77u, m_value);
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetPropertyStore, cKey, 7));
+    EXPECT_EQ(S_FALSE, ReadText());
     EXPECT_FALSE(m_text);
 }
 
@@ -106,26 +105,26 @@ TEST_F(RegAccessPropertyStore, BlobsAndDeletionAreRefused) {
     std::uint32_t size = 0;
     std::uint8_t* data = nullptr;
     const std::uint8_t byte = 1;
-    EXPECT_EQ(m_access.ReadBlob(eKeySetPropertyStore, cKey, &size, &data), E_FAIL);
-    EXPECT_EQ(m_access.WriteBlob(eKeySetPropertyStore, cKey, 1, &byte), E_FAIL);
-    EXPECT_EQ(m_access.Delete(eKeySetPropertyStore, cKey), E_INVALIDARG);
+    EXPECT_EQ(E_FAIL, m_access.ReadBlob(eKeySetPropertyStore, cKey, &size, &data));
+    EXPECT_EQ(E_FAIL, m_access.WriteBlob(eKeySetPropertyStore, cKey, 1, &byte));
+    EXPECT_EQ(E_INVALIDARG, m_access.Delete(eKeySetPropertyStore, cKey));
 }
 
 TEST_F(RegAccessPropertyStore, ItsValuesNeverReachTheRegistry) {
     UseStore();
     const std::string before = StoreSnapshot();
-    EXPECT_EQ(m_access.WriteUINT(eKeySetPropertyStore, cKey, 1), S_OK);
-    EXPECT_EQ(m_access.WriteText(eKeySetPropertyStore, pkey::Setting(6), u"x"), S_OK);
-    EXPECT_EQ(StoreSnapshot(), before);
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetPropertyStore, cKey, 1));
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetPropertyStore, pkey::Setting(6), u"x"));
+    EXPECT_EQ(before, StoreSnapshot());
 }
 
 TEST_F(RegAccessPropertyStore, WithoutAStoreEveryOperationFails) {
-    EXPECT_EQ(ReadUINT(), E_FAIL);
-    EXPECT_EQ(m_value, 77u);
-    EXPECT_EQ(ReadText(), E_FAIL);
-    EXPECT_EQ(m_access.WriteUINT(eKeySetPropertyStore, cKey, 1), E_FAIL);
-    EXPECT_EQ(m_access.WriteText(eKeySetPropertyStore, cKey, u"x"), E_FAIL);
-    EXPECT_EQ(m_access.Delete(eKeySetPropertyStore, cKey), E_INVALIDARG);
+    EXPECT_EQ(E_FAIL, ReadUINT());
+    EXPECT_EQ(77u, m_value);
+    EXPECT_EQ(E_FAIL, ReadText());
+    EXPECT_EQ(E_FAIL, m_access.WriteUINT(eKeySetPropertyStore, cKey, 1));
+    EXPECT_EQ(E_FAIL, m_access.WriteText(eKeySetPropertyStore, cKey, u"x"));
+    EXPECT_EQ(E_INVALIDARG, m_access.Delete(eKeySetPropertyStore, cKey));
 }
 
 TEST_F(RegAccessPropertyStore, WithoutAStoreEveryReadAndWriteFailsAnAssertion) {
@@ -135,8 +134,8 @@ TEST_F(RegAccessPropertyStore, WithoutAStoreEveryReadAndWriteFailsAnAssertion) {
     ReadText();
     m_access.WriteUINT(eKeySetPropertyStore, cKey, 1);
     m_access.WriteText(eKeySetPropertyStore, cKey, u"x");
-    EXPECT_EQ(Messages(log.ReadShared()),
-              std::vector<std::string>(4, "KALASSERT failed: m_spIPropertyStore != NULL"));
+    EXPECT_EQ(std::vector<std::string>(4, "KALASSERT failed: m_spIPropertyStore != NULL"),
+              Messages(log.ReadShared()));
 }
 
 // Refuses everything with a code of its own; lives on the stack.
@@ -157,10 +156,10 @@ class RefusingStore final : public IPropertyStore {
 TEST_F(RegAccessPropertyStore, FailuresOfTheStorePassThrough) {
     RefusingStore refusing;
     m_access.SetPropertyStore(&refusing);
-    EXPECT_EQ(ReadUINT(), RefusingStore::cRefusal);
-    EXPECT_EQ(ReadText(), RefusingStore::cRefusal);
-    EXPECT_EQ(m_access.WriteUINT(eKeySetPropertyStore, cKey, 1), RefusingStore::cRefusal);
-    EXPECT_EQ(m_access.WriteText(eKeySetPropertyStore, cKey, u"x"), RefusingStore::cRefusal);
+    EXPECT_EQ(RefusingStore::cRefusal, ReadUINT());
+    EXPECT_EQ(RefusingStore::cRefusal, ReadText());
+    EXPECT_EQ(RefusingStore::cRefusal, m_access.WriteUINT(eKeySetPropertyStore, cKey, 1));
+    EXPECT_EQ(RefusingStore::cRefusal, m_access.WriteText(eKeySetPropertyStore, cKey, u"x"));
     m_access.SetPropertyStore(nullptr);
 }
 

@@ -15,6 +15,7 @@
 #include "contract/registry_paths.h"
 #include "store/access/task_memory.h"
 #include "support/registry_fixture.h"
+#include "support/text_limits.h"
 #include "support/trace_capture.h"
 #include "support/trace_flags.h"
 
@@ -69,13 +70,13 @@ void ExpectNotOpen(KORA4RegPropKeysAccess& access) {
     std::uint8_t* data = nullptr;
     for (const KORA4KeySet keySet : {eKeySetPropertyStore, eKeySetStatic, eKeySetDynamic,
                                      eKeySetApp, static_cast<KORA4KeySet>(5)}) {
-        EXPECT_EQ(access.ReadUINT(keySet, cKey, &value), APOERR_NOT_INITIALIZED);
-        EXPECT_EQ(access.ReadText(keySet, cKey, &text), APOERR_NOT_INITIALIZED);
-        EXPECT_EQ(access.ReadBlob(keySet, cKey, &value, &data), APOERR_NOT_INITIALIZED);
-        EXPECT_EQ(access.WriteUINT(keySet, cKey, 1), APOERR_NOT_INITIALIZED);
-        EXPECT_EQ(access.WriteText(keySet, cKey, u"x"), APOERR_NOT_INITIALIZED);
-        EXPECT_EQ(access.WriteBlob(keySet, cKey, 0, nullptr), APOERR_NOT_INITIALIZED);
-        EXPECT_EQ(access.Delete(keySet, cKey), APOERR_NOT_INITIALIZED);
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, access.ReadUINT(keySet, cKey, &value));
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, access.ReadText(keySet, cKey, &text));
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, access.ReadBlob(keySet, cKey, &value, &data));
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, access.WriteUINT(keySet, cKey, 1));
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, access.WriteText(keySet, cKey, u"x"));
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, access.WriteBlob(keySet, cKey, 0, nullptr));
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, access.Delete(keySet, cKey));
     }
 }
 
@@ -91,21 +92,21 @@ TEST_F(RegAccess, EveryOperationIsRefusedAfterItIsClosed) {
 
 TEST_F(RegAccess, WritableOpenCreatesTheStaticAndDynamicKeysOnly) {
     RemoveStore();
-    EXPECT_EQ(m_access.Open(true), S_FALSE);
-    EXPECT_EQ(StoreSnapshot(), "[]\n[DynamicKeys]\n[StaticKeys]\n");
+    EXPECT_EQ(S_FALSE, m_access.Open(true));
+    EXPECT_EQ("[]\n[DynamicKeys]\n[StaticKeys]\n", StoreSnapshot());
 }
 
 TEST_F(RegAccess, OpenIsSOkWhenEveryKeyExists) {
     CreateKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
-    EXPECT_EQ(m_access.Open(true), S_OK);
+    EXPECT_EQ(S_OK, m_access.Open(true));
     m_access.Close();
-    EXPECT_EQ(m_access.Open(false), S_OK);
+    EXPECT_EQ(S_OK, m_access.Open(false));
 }
 
 TEST_F(RegAccess, OpeningTwiceIsHarmless) {
     OpenWritable();
-    EXPECT_EQ(m_access.Open(true), S_OK);
-    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 3), S_OK);
+    EXPECT_EQ(S_OK, m_access.Open(true));
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetStatic, cKey, 3));
 }
 
 TEST_F(RegAccess, ItCanBeOpenedAgainAfterItWasClosed) {
@@ -113,24 +114,24 @@ TEST_F(RegAccess, ItCanBeOpenedAgainAfterItWasClosed) {
     m_access.Close();
     m_access.Close();
     OpenWritable();
-    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 3), S_OK);
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetStatic, cKey, 3));
 }
 
 TEST_F(RegAccess, ReadOnlyOpenOfAnAbsentStoreSucceedsAndCreatesNothing) {
     RemoveStore();
-    EXPECT_EQ(m_access.Open(false), S_FALSE);
+    EXPECT_EQ(S_FALSE, m_access.Open(false));
     EXPECT_TRUE(m_access.IsOpen());
-    EXPECT_EQ(StoreSnapshot(), "");
+    EXPECT_EQ("", StoreSnapshot());
 }
 
 TEST_F(RegAccess, KeysThatWereAbsentAtOpeningReadAsAbsentValues) {
     RemoveStore();
     ASSERT_HRESULT_SUCCEEDED(m_access.Open(false));
     for (const KORA4KeySet keySet : cRegistrySets) {
-        EXPECT_EQ(ReadUINT(keySet), S_FALSE);
-        EXPECT_EQ(m_value, cUntouched);
-        EXPECT_EQ(ReadText(keySet), S_FALSE);
-        EXPECT_EQ(ReadBlob(keySet), S_FALSE);
+        EXPECT_EQ(S_FALSE, ReadUINT(keySet));
+        EXPECT_EQ(cUntouched, m_value);
+        EXPECT_EQ(S_FALSE, ReadText(keySet));
+        EXPECT_EQ(S_FALSE, ReadBlob(keySet));
     }
 }
 
@@ -139,37 +140,37 @@ TEST_F(RegAccess, WritesAndDeletesOfKeysThatWereAbsentAtOpeningSucceedAndDoNothi
     ASSERT_HRESULT_SUCCEEDED(m_access.Open(false));
     const std::uint8_t byte = 1;
     for (const KORA4KeySet keySet : cRegistrySets) {
-        EXPECT_EQ(m_access.WriteUINT(keySet, cKey, 1), S_OK);
-        EXPECT_EQ(m_access.WriteText(keySet, cKey, u"x"), S_OK);
-        EXPECT_EQ(m_access.WriteBlob(keySet, cKey, 1, &byte), S_OK);
-        EXPECT_EQ(m_access.Delete(keySet, cKey), S_OK);
+        EXPECT_EQ(S_OK, m_access.WriteUINT(keySet, cKey, 1));
+        EXPECT_EQ(S_OK, m_access.WriteText(keySet, cKey, u"x"));
+        EXPECT_EQ(S_OK, m_access.WriteBlob(keySet, cKey, 1, &byte));
+        EXPECT_EQ(S_OK, m_access.Delete(keySet, cKey));
     }
-    EXPECT_EQ(StoreSnapshot(), "");
+    EXPECT_EQ("", StoreSnapshot());
 }
 
 TEST_F(RegAccess, OneAbsentKeyDoesNotHideTheOthers) {
     RemoveKey(HKEY_LOCAL_MACHINE, cDynamicKeysPath);
     WriteStoredUINT(eKeySetStatic, cKey, 7);
-    EXPECT_EQ(m_access.Open(false), S_FALSE);
-    EXPECT_EQ(ReadUINT(eKeySetStatic), S_OK);
-    EXPECT_EQ(m_value, 7u);
-    EXPECT_EQ(ReadUINT(eKeySetDynamic), S_FALSE);
+    EXPECT_EQ(S_FALSE, m_access.Open(false));
+    EXPECT_EQ(S_OK, ReadUINT(eKeySetStatic));
+    EXPECT_EQ(7u, m_value);
+    EXPECT_EQ(S_FALSE, ReadUINT(eKeySetDynamic));
 }
 
 TEST_F(RegAccess, ReadOnlyOpenOfExistingKeysRefusesWrites) {
     ASSERT_HRESULT_SUCCEEDED(m_access.Open(false));
-    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 1), E_FAIL);
-    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), E_FAIL);
-    EXPECT_EQ(StoreSnapshot(), "[]\n[DynamicKeys]\n[StaticKeys]\n");
+    EXPECT_EQ(E_FAIL, m_access.WriteUINT(eKeySetStatic, cKey, 1));
+    EXPECT_EQ(E_FAIL, m_access.Delete(eKeySetDynamic, cKey));
+    EXPECT_EQ("[]\n[DynamicKeys]\n[StaticKeys]\n", StoreSnapshot());
 }
 
 TEST_F(RegAccess, AFailedOpenLeavesItClosed) {
     RemoveStore();
     UniqueRegKey base;  // under a volatile key only volatile ones can be created
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, cBaseKeyPath, 0, nullptr, REG_OPTION_VOLATILE,
-                              KEY_WRITE, nullptr, base.Put(), nullptr),
-              ERROR_SUCCESS);
-    EXPECT_EQ(m_access.Open(true), E_FAIL);
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExW(HKEY_LOCAL_MACHINE, cBaseKeyPath, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_WRITE, nullptr, base.Put(), nullptr));
+    EXPECT_EQ(E_FAIL, m_access.Open(true));
     EXPECT_FALSE(m_access.IsOpen());
     ExpectNotOpen(m_access);
 }
@@ -179,8 +180,8 @@ TEST_F(RegAccess, AFailedOpenLeavesItClosed) {
 TEST_F(RegAccess, AppKeysAreRead) {
     WriteStoredText(eKeySetApp, cKey, L"editor.exe");
     OpenWritable();
-    EXPECT_EQ(ReadText(eKeySetApp), S_OK);
-    EXPECT_EQ(Text(), u"editor.exe");
+    EXPECT_EQ(S_OK, ReadText(eKeySetApp));
+    EXPECT_EQ(u"editor.exe", Text());
 }
 
 TEST_F(RegAccess, WritesToExistingAppKeysGoNowhereAndSucceed) {
@@ -188,10 +189,10 @@ TEST_F(RegAccess, WritesToExistingAppKeysGoNowhereAndSucceed) {
     OpenWritable();
     const std::string before = StoreSnapshot();
     const std::uint8_t byte = 1;
-    EXPECT_EQ(m_access.WriteUINT(eKeySetApp, cKey, 1), S_OK);
-    EXPECT_EQ(m_access.WriteText(eKeySetApp, cKey, u"other.exe"), S_OK);
-    EXPECT_EQ(m_access.WriteBlob(eKeySetApp, cKey, 1, &byte), S_OK);
-    EXPECT_EQ(StoreSnapshot(), before);
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetApp, cKey, 1));
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetApp, cKey, u"other.exe"));
+    EXPECT_EQ(S_OK, m_access.WriteBlob(eKeySetApp, cKey, 1, &byte));
+    EXPECT_EQ(before, StoreSnapshot());
 }
 
 // ---- Numbers
@@ -199,43 +200,43 @@ TEST_F(RegAccess, WritesToExistingAppKeysGoNowhereAndSucceed) {
 
 TEST_F(RegAccess, ValueNamesAreTheBracedGuidACommaAndThePid) {
     OpenWritable();
-    EXPECT_EQ(m_access.WriteUINT(eKeySetDynamic, cKey, 42), S_OK);
-    EXPECT_EQ(DumpKey(HKEY_LOCAL_MACHINE, cDynamicKeysPath),
-              "[]\n{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},5 REG_DWORD 0000002a\n");
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetDynamic, cKey, 42));
+    EXPECT_EQ("[]\n{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},5 REG_DWORD 0000002a\n",
+              DumpKey(HKEY_LOCAL_MACHINE, cDynamicKeysPath));
 }
 
 TEST_F(RegAccess, NumbersReadBack) {
     OpenWritable();
     for (const std::uint32_t number : {0u, 1u, 0x80000000u, 0xFFFFFFFFu}) {
-        EXPECT_EQ(m_access.WriteUINT(eKeySetDynamic, cKey, number), S_OK);
-        EXPECT_EQ(ReadUINT(eKeySetDynamic), S_OK);
-        EXPECT_EQ(m_value, number);
+        EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetDynamic, cKey, number));
+        EXPECT_EQ(S_OK, ReadUINT(eKeySetDynamic));
+        EXPECT_EQ(number, m_value);
     }
 }
 
 TEST_F(RegAccess, AbsentValuesAreSFalse) {
     OpenWritable();
-    EXPECT_EQ(ReadUINT(), S_FALSE);
-    EXPECT_EQ(m_value, cUntouched);
-    EXPECT_EQ(ReadText(), S_FALSE);
+    EXPECT_EQ(S_FALSE, ReadUINT());
+    EXPECT_EQ(cUntouched, m_value);
+    EXPECT_EQ(S_FALSE, ReadText());
     EXPECT_FALSE(m_text);
-    EXPECT_EQ(ReadBlob(), S_FALSE);
-    EXPECT_EQ(m_size, cUntouched);
+    EXPECT_EQ(S_FALSE, ReadBlob());
+    EXPECT_EQ(cUntouched, m_size);
     EXPECT_FALSE(m_data);
 }
 
 TEST_F(RegAccess, ATextIsNoNumber) {
     WriteStoredText(eKeySetStatic, cKey, L"7");
     OpenWritable();
-    EXPECT_EQ(ReadUINT(), E_FAIL);
-    EXPECT_EQ(m_value, cUntouched);
+    EXPECT_EQ(E_FAIL, ReadUINT());
+    EXPECT_EQ(cUntouched, m_value);
 }
 
 TEST_F(RegAccess, FourBytesOfAnotherTypeAreNoNumber) {
     StoreBytes(REG_BINARY, {1, 2, 3, 4});
     OpenWritable();
-    EXPECT_EQ(ReadUINT(), E_FAIL);
-    EXPECT_EQ(m_value, cUntouched);
+    EXPECT_EQ(E_FAIL, ReadUINT());
+    EXPECT_EQ(cUntouched, m_value);
 }
 
 class RegAccessNumberSize : public RegAccess, public ::testing::WithParamInterface<size_t> {};
@@ -243,8 +244,8 @@ class RegAccessNumberSize : public RegAccess, public ::testing::WithParamInterfa
 TEST_P(RegAccessNumberSize, ANumberThatIsNotFourBytesLongIsUnreadable) {
     StoreBytes(REG_DWORD, std::vector<std::uint8_t>(GetParam(), 1));
     OpenWritable();
-    EXPECT_EQ(ReadUINT(), E_FAIL);
-    EXPECT_EQ(m_value, cUntouched);
+    EXPECT_EQ(E_FAIL, ReadUINT());
+    EXPECT_EQ(cUntouched, m_value);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, RegAccessNumberSize, ::testing::Values(0, 1, 3, 5, 8, 100));
@@ -255,79 +256,79 @@ INSTANTIATE_TEST_SUITE_P(Sizes, RegAccessNumberSize, ::testing::Values(0, 1, 3, 
 TEST_F(RegAccess, TextsReadBack) {
     OpenWritable();
     for (const std::u16string text : {u"", u"a", u"0001,0014", u"M\u00fcsik \u4e2d"}) {
-        EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, text.c_str()), S_OK);
-        EXPECT_EQ(ReadText(), S_OK);
-        EXPECT_EQ(Text(), text);
+        EXPECT_EQ(S_OK, m_access.WriteText(eKeySetStatic, cKey, text.c_str()));
+        EXPECT_EQ(S_OK, ReadText());
+        EXPECT_EQ(text, Text());
     }
 }
 
 TEST_F(RegAccess, TextsAreStoredWithTheirTerminator) {
     OpenWritable();
-    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, u"ab"), S_OK);
-    EXPECT_EQ(ReadRaw(eKeySetStatic, cKey), (RawValue{REG_SZ, {'a', 0, 'b', 0, 0, 0}}));
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetStatic, cKey, u"ab"));
+    EXPECT_EQ((RawValue{REG_SZ, {'a', 0, 'b', 0, 0, 0}}), ReadRaw(eKeySetStatic, cKey));
 }
 
 TEST_F(RegAccess, ANullTextIsStoredAsTheEmptyOne) {
     OpenWritable();
-    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, nullptr), S_OK);
-    EXPECT_EQ(ReadRaw(eKeySetStatic, cKey), (RawValue{REG_SZ, {0, 0}}));
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), u"");
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetStatic, cKey, nullptr));
+    EXPECT_EQ((RawValue{REG_SZ, {0, 0}}), ReadRaw(eKeySetStatic, cKey));
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(u"", Text());
 }
 
 TEST_F(RegAccess, ATextWithoutTerminatorIsReadToItsEnd) {
     StoreText(u"abcdef", 3 * sizeof(char16_t));
     OpenWritable();
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), u"abc");
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(u"abc", Text());
 }
 
 TEST_F(RegAccess, ATextEndsAtItsFirstTerminator) {
     StoreText(std::u16string(u"ab\0cd", 5), 5 * sizeof(char16_t));
     OpenWritable();
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), u"ab");
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(u"ab", Text());
 }
 
 TEST_F(RegAccess, AnOddLastByteIsDropped) {
     StoreBytes(REG_SZ, {'a', 0, 'b', 0, 'c'});
     OpenWritable();
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), u"ab");
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(u"ab", Text());
     StoreBytes(REG_SZ, {'a'});
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), u"");
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(u"", Text());
 }
 
 TEST_F(RegAccess, ATextOfNoBytesIsEmpty) {
     StoreBytes(REG_SZ, {});
     OpenWritable();
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), u"");
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(u"", Text());
 }
 
 TEST_F(RegAccess, ATextOf4096BytesIsRead) {
-    const std::u16string text(2047, u'x');
+    const std::u16string text(cLongestTextChars, u'x');
     OpenWritable();
-    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, text.c_str()), S_OK);
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), text);
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetStatic, cKey, text.c_str()));
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(text, Text());
 }
 
 TEST_F(RegAccess, ATextOf4096BytesWithoutTerminatorIsRead) {
     // Stored from a longer text: the platform adds a terminator that it finds behind one.
-    StoreText(std::u16string(2049, u'x'), 4096);
+    StoreText(std::u16string(cLongestTextChars + 2, u'x'), cMaxTextBytes);
     OpenWritable();
-    EXPECT_EQ(ReadText(), S_OK);
-    EXPECT_EQ(Text(), std::u16string(2048, u'x'));
+    EXPECT_EQ(S_OK, ReadText());
+    EXPECT_EQ(std::u16string(cLongestTextChars + 1, u'x'), Text());
 }
 
 TEST_F(RegAccess, ALongerTextCanBeWrittenButNotRead) {
-    const std::u16string text(2048, u'x');
+    const std::u16string text(cLongestTextChars + 1, u'x');
     OpenWritable();
-    EXPECT_EQ(m_access.WriteText(eKeySetStatic, cKey, text.c_str()), S_OK);
-    EXPECT_EQ(ReadStoredText(eKeySetStatic, cKey)->size(), 2048u);
-    EXPECT_EQ(ReadText(), E_FAIL);
+    EXPECT_EQ(S_OK, m_access.WriteText(eKeySetStatic, cKey, text.c_str()));
+    EXPECT_EQ(2048u, ReadStoredText(eKeySetStatic, cKey)->size());
+    EXPECT_EQ(E_FAIL, ReadText());
     EXPECT_FALSE(m_text);
 }
 
@@ -335,7 +336,7 @@ TEST_F(RegAccess, OtherTypesAreNoTexts) {
     OpenWritable();
     for (const auto type : {REG_DWORD, REG_BINARY, REG_EXPAND_SZ, REG_MULTI_SZ}) {
         StoreBytes(static_cast<DWORD>(type), {'a', 0, 0, 0});
-        EXPECT_EQ(ReadText(), E_FAIL) << type;
+        EXPECT_EQ(E_FAIL, ReadText()) << type;
         EXPECT_FALSE(m_text);
     }
 }
@@ -346,10 +347,10 @@ TEST_F(RegAccess, OtherTypesAreNoTexts) {
 TEST_F(RegAccess, BlobsReadBack) {
     const std::vector<std::uint8_t> blob{0, 1, 2, 0xFF, 0, 5};
     OpenWritable();
-    EXPECT_EQ(m_access.WriteBlob(eKeySetStatic, cKey, 6, blob.data()), S_OK);
-    EXPECT_EQ(ReadRaw(eKeySetStatic, cKey), (RawValue{REG_BINARY, blob}));
-    EXPECT_EQ(ReadBlob(), S_OK);
-    ASSERT_EQ(m_size, 6u);
+    EXPECT_EQ(S_OK, m_access.WriteBlob(eKeySetStatic, cKey, 6, blob.data()));
+    EXPECT_EQ((RawValue{REG_BINARY, blob}), ReadRaw(eKeySetStatic, cKey));
+    EXPECT_EQ(S_OK, ReadBlob());
+    ASSERT_EQ(6u, m_size);
     EXPECT_EQ(std::vector<std::uint8_t>(m_data.Get(), m_data.Get() + 6), blob);
 }
 
@@ -357,16 +358,16 @@ TEST_F(RegAccess, ABlobMayBeLongerThanAText) {
     const std::vector<std::uint8_t> blob(20000, 7);
     WriteStoredBlob(eKeySetStatic, cKey, blob);
     OpenWritable();
-    EXPECT_EQ(ReadBlob(), S_OK);
-    ASSERT_EQ(m_size, 20000u);
+    EXPECT_EQ(S_OK, ReadBlob());
+    ASSERT_EQ(20000u, m_size);
     EXPECT_EQ(std::vector<std::uint8_t>(m_data.Get(), m_data.Get() + m_size), blob);
 }
 
 TEST_F(RegAccess, AnEmptyBlobIsAValue) {
     OpenWritable();
-    EXPECT_EQ(m_access.WriteBlob(eKeySetStatic, cKey, 0, nullptr), S_OK);
-    EXPECT_EQ(ReadBlob(), S_OK);
-    EXPECT_EQ(m_size, 0u);
+    EXPECT_EQ(S_OK, m_access.WriteBlob(eKeySetStatic, cKey, 0, nullptr));
+    EXPECT_EQ(S_OK, ReadBlob());
+    EXPECT_EQ(0u, m_size);
     EXPECT_TRUE(m_data);
 }
 
@@ -374,8 +375,8 @@ TEST_F(RegAccess, OtherTypesAreNoBlobs) {
     OpenWritable();
     for (const auto type : {REG_DWORD, REG_SZ, REG_NONE}) {
         StoreBytes(static_cast<DWORD>(type), {1, 2, 3, 4});
-        EXPECT_EQ(ReadBlob(), E_FAIL) << type;
-        EXPECT_EQ(m_size, cUntouched);
+        EXPECT_EQ(E_FAIL, ReadBlob()) << type;
+        EXPECT_EQ(cUntouched, m_size);
         EXPECT_FALSE(m_data);
     }
 }
@@ -402,7 +403,7 @@ TEST_F(RegAccess, ABlobThatChangesItsSizeMeanwhileIsNeverTorn) {
     }
     stop = true;
     writer.join();
-    EXPECT_GT(whole, 250);
+    EXPECT_LT(250, whole);
 }
 
 // Does something in the middle of reading a blob: between the query of its size and the read
@@ -493,16 +494,16 @@ TEST_F(RegAccess, ABlobThatCannotBeReadForAnotherReasonIsNotReadAgain) {
 TEST_F(RegAccess, DeleteRemovesTheValueAndSaysWhenThereWasNone) {
     WriteStoredUINT(eKeySetDynamic, cKey, 1);
     OpenWritable();
-    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), S_OK);
+    EXPECT_EQ(S_OK, m_access.Delete(eKeySetDynamic, cKey));
     EXPECT_FALSE(ReadRaw(eKeySetDynamic, cKey));
-    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), S_FALSE);
+    EXPECT_EQ(S_FALSE, m_access.Delete(eKeySetDynamic, cKey));
 }
 
 TEST_F(RegAccess, TheKeySetsDoNotMix) {
     OpenWritable();
-    EXPECT_EQ(m_access.WriteUINT(eKeySetStatic, cKey, 1), S_OK);
-    EXPECT_EQ(ReadUINT(eKeySetDynamic), S_FALSE);
-    EXPECT_EQ(ReadUINT(eKeySetApp), S_FALSE);
+    EXPECT_EQ(S_OK, m_access.WriteUINT(eKeySetStatic, cKey, 1));
+    EXPECT_EQ(S_FALSE, ReadUINT(eKeySetDynamic));
+    EXPECT_EQ(S_FALSE, ReadUINT(eKeySetApp));
 }
 
 TEST_F(RegAccess, UnknownKeySetsFail) {
@@ -510,13 +511,13 @@ TEST_F(RegAccess, UnknownKeySetsFail) {
     const std::uint8_t byte = 1;
     for (const auto keySet : {static_cast<KORA4KeySet>(0), static_cast<KORA4KeySet>(5),
                               static_cast<KORA4KeySet>(0xFFFFFFFF)}) {
-        EXPECT_EQ(ReadUINT(keySet), E_FAIL);
-        EXPECT_EQ(ReadText(keySet), E_FAIL);
-        EXPECT_EQ(ReadBlob(keySet), E_FAIL);
-        EXPECT_EQ(m_access.WriteUINT(keySet, cKey, 1), E_FAIL);
-        EXPECT_EQ(m_access.WriteText(keySet, cKey, u"x"), E_FAIL);
-        EXPECT_EQ(m_access.WriteBlob(keySet, cKey, 1, &byte), E_FAIL);
-        EXPECT_EQ(m_access.Delete(keySet, cKey), E_INVALIDARG);
+        EXPECT_EQ(E_FAIL, ReadUINT(keySet));
+        EXPECT_EQ(E_FAIL, ReadText(keySet));
+        EXPECT_EQ(E_FAIL, ReadBlob(keySet));
+        EXPECT_EQ(E_FAIL, m_access.WriteUINT(keySet, cKey, 1));
+        EXPECT_EQ(E_FAIL, m_access.WriteText(keySet, cKey, u"x"));
+        EXPECT_EQ(E_FAIL, m_access.WriteBlob(keySet, cKey, 1, &byte));
+        EXPECT_EQ(E_INVALIDARG, m_access.Delete(keySet, cKey));
     }
 }
 
@@ -525,9 +526,9 @@ TEST_F(RegAccess, AKeyThatIsDeletedWhileOpenFailsAlsoAfterItIsCreatedAgain) {
     OpenWritable();
     ResetStore();
     WriteStoredUINT(eKeySetDynamic, cKey, 1);
-    EXPECT_EQ(ReadUINT(eKeySetDynamic), E_FAIL);
-    EXPECT_EQ(m_access.WriteUINT(eKeySetDynamic, cKey, 2), E_FAIL);
-    EXPECT_EQ(m_access.Delete(eKeySetDynamic, cKey), E_FAIL);
+    EXPECT_EQ(E_FAIL, ReadUINT(eKeySetDynamic));
+    EXPECT_EQ(E_FAIL, m_access.WriteUINT(eKeySetDynamic, cKey, 2));
+    EXPECT_EQ(E_FAIL, m_access.Delete(eKeySetDynamic, cKey));
 }
 
 // ---- Trace
@@ -546,25 +547,25 @@ TEST_F(RegAccessTrace, OpeningTellsTheStatusOfEachKey) {
     const TraceFlags flags(cLog);
     m_access.Open(true);
     const auto lines = m_log.Read(cTag);
-    EXPECT_EQ(MessagesOf(lines, "KORA4RegPropKeysAccess::Open"),
-              (std::vector<std::string>{">>", "<< hr: 0x00000001"}));
-    EXPECT_EQ(MessagesOf(lines, "KORA4RegPropKeysAccess::OpenGlobalKey"),
-              (std::vector<std::string>{">> pwRegPath: SOFTWARE\\Velto\\KORA4\\StaticKeys",
+    EXPECT_EQ((std::vector<std::string>{">>", "<< hr: 0x00000001"}),
+              MessagesOf(lines, "KORA4RegPropKeysAccess::Open"));
+    EXPECT_EQ((std::vector<std::string>{">> pwRegPath: SOFTWARE\\Velto\\KORA4\\StaticKeys",
                                         "reg open retStatus: 0", "<< hr: 0x00000000",
                                         ">> pwRegPath: SOFTWARE\\Velto\\KORA4\\DynamicKeys",
                                         "reg open retStatus: 0", "<< hr: 0x00000000",
                                         ">> pwRegPath: SOFTWARE\\Velto\\KORA4\\AppKeys",
-                                        "reg open retStatus: 2", "<< hr: 0x00000001"}));
+                                        "reg open retStatus: 2", "<< hr: 0x00000001"}),
+              MessagesOf(lines, "KORA4RegPropKeysAccess::OpenGlobalKey"));
 }
 
 TEST_F(RegAccessTrace, AReadTellsTheValueNameAndItsResult) {
     OpenWritable();
     const TraceFlags flags(cLog);
     ReadUINT();
-    EXPECT_EQ(MessagesOf(m_log.Read(cTag), "KORA4RegPropKeysAccess::QueryRegistryValue"),
-              (std::vector<std::string>{
+    EXPECT_EQ((std::vector<std::string>{
                   ">>", "to RegQueryValueEx of: {5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},5",
-                  "<< hr: 0x00000001"}));
+                  "<< hr: 0x00000001"}),
+              MessagesOf(m_log.Read(cTag), "KORA4RegPropKeysAccess::QueryRegistryValue"));
 }
 
 TEST_F(RegAccessTrace, WritesAndDeletesTellTheStatus) {
@@ -574,9 +575,8 @@ TEST_F(RegAccessTrace, WritesAndDeletesTellTheStatus) {
     m_access.Delete(eKeySetStatic, cKey);
     m_access.Delete(eKeySetStatic, cKey);
     const auto lines = m_log.Read(cTag);
-    EXPECT_EQ(
-        MessagesOf(lines, "KORA4RegPropKeysAccess::SetRegistryValue"),
-        (std::vector<std::string>{">>", "RegSetValue retStatus: 0", "<< hr: 0x00000000"}));
+    EXPECT_EQ((std::vector<std::string>{">>", "RegSetValue retStatus: 0", "<< hr: 0x00000000"}),
+              MessagesOf(lines, "KORA4RegPropKeysAccess::SetRegistryValue"));
     const std::string name = "to RegDeleteValue of: {5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},5";
     EXPECT_EQ(MessagesOf(lines, "KORA4RegPropKeysAccess::DeleteRegistryKey"),
               (std::vector<std::string>{">>", name, "RegDeleteValue retStatus: 0",

@@ -20,7 +20,7 @@ HRESULT Nothing(KORA4UIKeysClient&) {
     return result::cOk;
 }
 HRESULT EnterDemo(KORA4UIKeysClient& client) {
-    return client.SetDemoProfileAndEnable(241, false);
+    return client.SetDemoProfileAndEnable(cDemoMusicProfile, false);
 }
 
 const Operation cOperations[] = {
@@ -48,34 +48,34 @@ const Operation cOperations[] = {
 // Everything that a client can ask for works, and every way out of the state is open.
 void ExpectAWorkingStore(TestStore& store) {
     TestClient client(store);
-    ASSERT_EQ(client.Start(), result::cOk);
+    ASSERT_EQ(result::cOk, client.Start());
     std::uint32_t profile = cNoProfile;
-    ASSERT_EQ(client->GetActiveProfile(&profile), result::cOk);
+    ASSERT_EQ(result::cOk, client->GetActiveProfile(&profile));
     EXPECT_TRUE(IsAllowableProfile(profile)) << profile;
-    EXPECT_EQ(client->ForceRevertFromDemoMode(), result::cOk);
+    EXPECT_EQ(result::cOk, client->ForceRevertFromDemoMode());
     char16_t* names[9];
-    ASSERT_EQ(client->GetProfileTable(names), result::cOk);
+    ASSERT_EQ(result::cOk, client->GetProfileTable(names));
     for (char16_t* name : names)
         FreeTaskMemory(name);
     for (std::uint32_t t = 0; t < 6; ++t) {
         ApiGraphicEQ value{};
-        EXPECT_EQ(client->GetPatchValue(static_cast<ApiTechnology>(t), sizeof value, &value),
-                  result::cOk);
-        EXPECT_EQ(client->SetPatchValue(static_cast<ApiTechnology>(t), sizeof value, &value),
-                  result::cOk);
+        EXPECT_EQ(result::cOk,
+                  client->GetPatchValue(static_cast<ApiTechnology>(t), sizeof value, &value));
+        EXPECT_EQ(result::cOk,
+                  client->SetPatchValue(static_cast<ApiTechnology>(t), sizeof value, &value));
     }
     for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
-        EXPECT_EQ(client->SetActiveProfile(0), result::cOk);
-        EXPECT_GE(client->DeleteCustomProfile(p), result::cOk);
-        EXPECT_EQ(client->CreateCustomProfile(p, u"new"), result::cOk);
-        EXPECT_EQ(client->SetActiveProfile(p), result::cOk);
+        EXPECT_EQ(result::cOk, client->SetActiveProfile(0));
+        EXPECT_LE(result::cOk, client->DeleteCustomProfile(p));
+        EXPECT_EQ(result::cOk, client->CreateCustomProfile(p, u"new"));
+        EXPECT_EQ(result::cOk, client->SetActiveProfile(p));
     }
-    EXPECT_EQ(client->SetActiveProfile(1), result::cOk);
-    EXPECT_EQ(client->RevertActiveProfile(), result::cOk);
-    EXPECT_EQ(client->SetDemoProfileAndEnable(242, true), result::cOk);
-    EXPECT_EQ(client->RevertFromDemoMode(), result::cOk);
-    EXPECT_EQ(store.Profile(), 1u);
-    EXPECT_EQ(client.Pass(), "");
+    EXPECT_EQ(result::cOk, client->SetActiveProfile(1));
+    EXPECT_EQ(result::cOk, client->RevertActiveProfile());
+    EXPECT_EQ(result::cOk, client->SetDemoProfileAndEnable(cDemoGamesProfile, true));
+    EXPECT_EQ(result::cOk, client->RevertFromDemoMode());
+    EXPECT_EQ(1u, store.Profile());
+    EXPECT_EQ("", client.Pass());
 }
 
 class DyingWriter : public ::testing::TestWithParam<Operation> {};
@@ -85,8 +85,8 @@ class DyingWriter : public ::testing::TestWithParam<Operation> {};
 unsigned RunDying(TestStore& store, const Operation& operation, unsigned survived) {
     store.PutText(eKeySetStatic, pkey::ProfileName(3), u"old");
     TestClient dying(store);
-    EXPECT_EQ(dying.Start(), result::cOk);
-    EXPECT_GE(operation.prepare(*dying.operator->()), result::cOk);
+    EXPECT_EQ(result::cOk, dying.Start());
+    EXPECT_LE(result::cOk, operation.prepare(*dying.operator->()));
     store.m_access.ClearLog();
     store.m_access.StopWritingAfter(survived);
     operation.call(*dying.operator->());
@@ -97,7 +97,7 @@ unsigned RunDying(TestStore& store, const Operation& operation, unsigned survive
 TEST_P(DyingWriter, LeavesAStoreThatEveryOperationCanWorkWith) {
     TestStore counting;
     const unsigned writes = RunDying(counting, GetParam(), 1000);
-    ASSERT_GE(writes, 1u);
+    ASSERT_LE(1u, writes);
     for (unsigned survived = 0; survived <= writes; ++survived) {
         SCOPED_TRACE("died after write " + std::to_string(survived));
         TestStore store;
@@ -113,22 +113,22 @@ INSTANTIATE_TEST_SUITE_P(Operations, DyingWriter, ::testing::ValuesIn(cOperation
 TEST(WriteOrder, ValuesComeBeforeTheirTriggerWord) {
     TestStore store;
     TestClient client(store);
-    ASSERT_EQ(client.Start(), result::cOk);
+    ASSERT_EQ(result::cOk, client.Start());
     store.m_access.ClearLog();
     const std::uint32_t value = 4;
-    ASSERT_EQ(client->SetPatchValue(ApiTechnology::eVolumeLeveler, 4, &value), result::cOk);
-    EXPECT_EQ(store.m_access.WriteLog().back(),
-              test::WriteEntry(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 1));
+    ASSERT_EQ(result::cOk, client->SetPatchValue(ApiTechnology::eVolumeLeveler, 4, &value));
+    EXPECT_EQ(test::WriteEntry(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 1),
+              store.m_access.WriteLog().back());
 }
 
 TEST(WriteOrder, ANameComesAfterTheValuesAndBeforeTheTableCounter) {
     TestStore store;
     TestClient client(store);
-    ASSERT_EQ(client.Start(), result::cOk);
+    ASSERT_EQ(result::cOk, client.Start());
     store.m_access.ClearLog();
-    ASSERT_EQ(client->CreateCustomProfile(3, u"name"), result::cOk);
+    ASSERT_EQ(result::cOk, client->CreateCustomProfile(3, u"name"));
     const auto log = store.m_access.WriteLog();
-    ASSERT_GE(log.size(), 2u);
+    ASSERT_LE(2u, log.size());
     EXPECT_EQ(log[log.size() - 2], test::LogEntry(test::Operation::eWriteText, eKeySetStatic,
                                                   pkey::ProfileName(3), "name"));
     EXPECT_EQ(log.back(), test::WriteEntry(eKeySetDynamic,

@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: MIT
 // Random interleavings of own calls, own reads, foreign changes and notification passes,
-// the first ones also in the midst of a pass, against a small model of what a client must be
-// told.
+// the first ones also in the midst of a pass, against the model of what a client must be told.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
-#include <map>
-#include <optional>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
+#include "support/baseline_model.h"
 #include "unit/store/clients/clients_support.h"
 
 namespace kora4 {
 namespace {
+
+using test::Baseline;
+using test::cToldTechnologyCount;
+using test::News;
+using test::OwnWrite;
+using test::StoreState;
 
 constexpr std::uint32_t cProfiles = 4;  // the preset profiles and a custom one
 constexpr std::uint32_t cSliders = 3;   // the technologies whose values are played with
@@ -30,119 +34,122 @@ constexpr Slider cSlider[cSliders] = {
     {ApiTechnology::eGraphicEQ, eStandardEQTech},
 };
 
-// One announced item as the model sees it: what the client knows, and whether the store
-// has moved away from that by somebody else's doing. An own write of an item with
-// nothing foreign pending is known at once; one over a pending foreign change is not.
-struct Item {
-    std::uint32_t known = 0;
-    std::uint32_t stored = 0;
+// A technology's place in the model, where there is no number 0.
+constexpr std::size_t PlaceOf(std::uint32_t technology) {
+    return technology - eVolumeTech;
+}
 
-    bool Pending() const { return known != stored; }
-    void Foreign(std::uint32_t value) { stored = value; }
-    void Own(std::uint32_t value) {
-        if (!Pending())
-            known = value;
-        stored = value;
-    }
-    // What a pass tells, and the end of all that was pending.
-    std::optional<std::uint32_t> Tell() {
-        const bool tell = Pending();
-        known = stored;
-        return tell ? std::optional(stored) : std::nullopt;
-    }
-};
-
+// What of the store is played with, and what a client must be told of it.
 class Model {
   public:
     struct Found {
-        std::string name;
+        News news;
         std::string text;
     };
 
     Model() {
-        m_enable = {1, 1};
-        for (auto& profile : m_values)
-            profile.fill(0);
+        for (auto& flags : m_flags)
+            flags.fill(true);
+        m_baseline = Baseline(Stored());
     }
 
-    Item m_profile;
-    Item m_enable;
-    Item m_table;
-    std::map<std::uint32_t, Item> m_triggers;  // by preset technology
-    // Stored flags by profile, and those that the client knows, of the known profile.
-    std::array<std::map<std::uint32_t, std::uint32_t>, cProfiles> m_flags;
-    std::map<std::uint32_t, std::uint32_t> m_knownFlags;
-    std::array<std::array<std::uint32_t, cSliders>, cProfiles> m_values;
+    StoreState Stored() const {
+        StoreState stored = m_stored;
+        stored.switches = m_flags[stored.profile];
+        return stored;
+    }
+    std::uint32_t Value(std::uint32_t slider) const {
+        return m_values[m_stored.profile][slider];
+    }
 
-    // What the last pass has found and own writes have replaced since, by its name.
-    std::set<std::string> m_overtaken;
-    std::uint32_t m_analysed = 0;
-
-    void OwnEnable(std::uint32_t enable) {
-        m_enable.Own(enable);
-        m_overtaken.insert("enable");
+    // Changes by the client itself or by somebody else.
+    void SetProfile(bool own, std::uint32_t profile) {
+        Make(own, {.profile = true}, [&] { m_stored.profile = profile; });
     }
-    void OwnProfile(std::uint32_t profile) {
-        if (profile != m_analysed) {
-            m_overtaken.insert("profile");
-            for (std::uint32_t t = eVolumeTech; t <= eVirtualSurroundTech; ++t) {
-                m_overtaken.insert("flag" + std::to_string(t));
-                m_overtaken.insert("value" + std::to_string(t));
-            }
-        }
-        const std::uint32_t knownBefore = m_profile.known;
-        m_profile.Own(profile);
-        if (m_profile.known != knownBefore)
-            m_knownFlags = m_flags[profile];
+    void SetEnable(bool own, bool enable) {
+        Make(own, {.enable = true}, [&] { m_stored.enable = enable; });
     }
-    void OwnFlag(std::uint32_t technology, std::uint32_t value) {
-        if (m_profile.stored == m_analysed)
-            m_overtaken.insert("flag" + std::to_string(technology));
-        auto& stored = m_flags[m_profile.stored][technology];
-        if (!m_profile.Pending() && stored == m_knownFlags[technology])
-            m_knownFlags[technology] = value;
-        stored = value;
+    void SetFlag(bool own, std::uint32_t technology, bool flag) {
+        const std::size_t place = PlaceOf(technology);
+        Make(own, {.switches = true, .technology = place},
+             [&] { m_flags[m_stored.profile][place] = flag; });
     }
-    void OwnValue(std::uint32_t slider, std::uint32_t value) {
-        if (m_profile.stored == m_analysed)
-            m_overtaken.insert("value" + std::to_string(cSlider[slider].preset));
-        m_values[m_profile.stored][slider] = value;
-        Item& trigger = m_triggers[cSlider[slider].preset];
-        trigger.Own(trigger.stored + 1);
+    void SetValue(bool own, std::uint32_t slider, std::uint32_t value) {
+        const std::size_t place = PlaceOf(cSlider[slider].preset);
+        Make(own, {.values = true, .technology = place}, [&] {
+            m_values[m_stored.profile][slider] = value;
+            ++m_stored.triggers[place];
+        });
     }
-    void ForeignValue(std::uint32_t slider, std::uint32_t value) {
-        m_values[m_profile.stored][slider] = value;
-        ++m_triggers[cSlider[slider].preset].stored;
+    void Rename(bool own) {
+        Make(own, {}, [&] { ++m_stored.table; });
     }
 
     // In the order in which it is told.
     std::vector<Found> Analyse() {
-        std::vector<Found> told;
-        const auto find = [&told](const std::string& name, std::uint32_t value) {
-            told.push_back({name, name + "=" + std::to_string(value) + ";"});
-        };
-        m_overtaken.clear();
-        m_analysed = m_profile.stored;
-        if (const auto enable = m_enable.Tell())
-            find("enable", *enable);
-        const auto profile = m_profile.Tell();
-        if (profile)
-            find("profile", *profile);
-        for (std::uint32_t t = eVolumeTech; t <= eVirtualSurroundTech; ++t) {
-            const std::uint32_t flag = m_flags[m_profile.stored][t];
-            if (!profile && flag != m_knownFlags[t])
-                find("flag" + std::to_string(t), flag);
-            const bool valueChanged = m_triggers[t].Tell().has_value();
-            for (std::uint32_t s = 0; s < cSliders; ++s) {
-                if (valueChanged && !profile && cSlider[s].preset == t)
-                    find("value" + std::to_string(t), m_values[m_profile.stored][s]);
-            }
-        }
-        m_knownFlags = m_flags[m_profile.stored];
-        if (m_table.Tell())
-            told.push_back({"table", "table;"});
-        return told;
+        const StoreState stored = Stored();
+        std::vector<Found> found;
+        for (const News& news : m_baseline.Compare(stored))
+            found.push_back({news, Text(news, stored)});
+        m_baseline = Baseline(stored);
+        m_analysed = stored.profile;
+        m_ownWrites.clear();
+        return found;
     }
+
+    // Whether own writes have replaced since what the last pass has found.
+    bool IsOvertaken(const News& news) const {
+        return std::ranges::any_of(m_ownWrites, [&](const OwnWrite& write) {
+            return write.Overtakes(news, m_analysed);
+        });
+    }
+
+  private:
+    template <typename Change>
+    void Make(bool own, OwnWrite write, Change change) {
+        const StoreState before = Stored();
+        change();
+        if (!own)
+            return;
+        const StoreState after = Stored();
+        m_baseline.MoveWithOwn(before, after);
+        write.profileBefore = before.profile;
+        write.profileAfter = after.profile;
+        m_ownWrites.push_back(write);
+    }
+
+    std::string Text(const News& news, const StoreState& stored) const {
+        const auto text = [](const std::string& name, std::uint32_t value) {
+            return name + "=" + std::to_string(value) + ";";
+        };
+        const std::string number = std::to_string(news.technology + eVolumeTech);
+        switch (news.kind) {
+            case News::Kind::eEnable:
+                return text("enable", stored.enable);
+            case News::Kind::eProfile:
+                return text("profile", stored.profile);
+            case News::Kind::eSwitch:
+                return text("flag" + number, stored.switches[news.technology]);
+            case News::Kind::eValue:
+                for (std::uint32_t s = 0; s < cSliders; ++s) {
+                    if (PlaceOf(cSlider[s].preset) == news.technology)
+                        return text("value" + number, Value(s));
+                }
+                break;
+            case News::Kind::eTable:
+                return "table;";
+        }
+        return "nothing that is played with;";
+    }
+
+    StoreState m_stored;  // but for the switches
+    std::array<std::array<bool, cToldTechnologyCount>, cProfiles> m_flags;
+    std::array<std::array<std::uint32_t, cSliders>, cProfiles> m_values{};
+    Baseline m_baseline;
+
+    // Of the last pass, and since.
+    std::uint32_t m_analysed = 0;
+    std::vector<OwnWrite> m_ownWrites;
 };
 
 class Interleaving {
@@ -157,13 +164,11 @@ class Interleaving {
                 m_store.PutUINT(eKeySetDynamic,
                                 pkey::PresetPatch(static_cast<KORA4PresetTechnology>(t), p, 0),
                                 1);
-                m_model.m_flags[p][t] = 1;
             }
             m_store.PutText(eKeySetStatic, pkey::ProfileName(p), u"name");
         }
-        m_model.m_knownFlags = m_model.m_flags[0];
-        EXPECT_EQ(m_own.Start(), result::cOk);
-        EXPECT_EQ(m_foreign.Start(), result::cOk);
+        EXPECT_EQ(result::cOk, m_own.Start());
+        EXPECT_EQ(result::cOk, m_foreign.Start());
         for (std::uint32_t p = 0; p < cProfiles; ++p) {
             m_foreign->SetActiveProfile(p);
             for (std::uint32_t s = 0; s < cSliders; ++s)
@@ -188,9 +193,9 @@ class Interleaving {
         if (api == ApiTechnology::eGraphicEQ) {
             ApiGraphicEQ eq{};
             eq.m_bands = value;
-            ASSERT_EQ(client->SetPatchValue(api, sizeof eq, &eq), result::cOk);
+            ASSERT_EQ(result::cOk, client->SetPatchValue(api, sizeof eq, &eq));
         } else {
-            ASSERT_EQ(client->SetPatchValue(api, sizeof value, &value), result::cOk);
+            ASSERT_EQ(result::cOk, client->SetPatchValue(api, sizeof value, &value));
         }
     }
 
@@ -206,22 +211,22 @@ class Interleaving {
             case 0: {
                 const std::uint32_t profile = Below(cProfiles);
                 m_log += who + ("profile " + std::to_string(profile)) + "\n";
-                ASSERT_EQ(client->SetActiveProfile(profile), result::cOk);
-                own ? m_model.OwnProfile(profile) : m_model.m_profile.Foreign(profile);
+                ASSERT_EQ(result::cOk, client->SetActiveProfile(profile));
+                m_model.SetProfile(own, profile);
                 break;
             }
             case 1: {
                 const std::uint32_t enable = Below(2);
                 m_log += who + ("enable " + std::to_string(enable)) + "\n";
-                ASSERT_EQ(client->SetVeltoEnable(enable != 0), result::cOk);
-                own ? m_model.OwnEnable(enable) : m_model.m_enable.Foreign(enable);
+                ASSERT_EQ(result::cOk, client->SetVeltoEnable(enable != 0));
+                m_model.SetEnable(own, enable != 0);
                 break;
             }
             case 2: {
                 bool now = false;
                 m_log += who + std::string("toggle\n");
-                ASSERT_EQ(client->ToggleVeltoEnable(&now), result::cOk);
-                own ? m_model.OwnEnable(now) : m_model.m_enable.Foreign(now);
+                ASSERT_EQ(result::cOk, client->ToggleVeltoEnable(&now));
+                m_model.SetEnable(own, now);
                 break;
             }
             case 3: {
@@ -229,13 +234,9 @@ class Interleaving {
                 const std::uint32_t flag = Below(2);
                 m_log +=
                     who + ("flag " + std::to_string(t)) + "=" + std::to_string(flag) + "\n";
-                ASSERT_EQ(client->SetTechnologyOnElseOff(static_cast<KORA4PresetTechnology>(t),
-                                                         flag != 0),
-                          result::cOk);
-                if (own)
-                    m_model.OwnFlag(t, flag);
-                else
-                    m_model.m_flags[m_model.m_profile.stored][t] = flag;
+                ASSERT_EQ(result::cOk, client->SetTechnologyOnElseOff(
+                                           static_cast<KORA4PresetTechnology>(t), flag != 0));
+                m_model.SetFlag(own, t, flag != 0);
                 break;
             }
             case 4: {
@@ -244,14 +245,13 @@ class Interleaving {
                 m_log += who + ("value " + std::to_string(slider)) + "=" +
                          std::to_string(value) + "\n";
                 Set(client, slider, value);
-                own ? m_model.OwnValue(slider, value) : m_model.ForeignValue(slider, value);
+                m_model.SetValue(own, slider, value);
                 break;
             }
             case 5: {
                 m_log += who + std::string("rename\n");
-                ASSERT_EQ(client->SetCustomProfileName(3, u"another"), result::cOk);
-                Item& table = m_model.m_table;
-                own ? table.Own(table.stored + 1) : table.Foreign(table.stored + 1);
+                ASSERT_EQ(result::cOk, client->SetCustomProfileName(3, u"another"));
+                m_model.Rename(own);
                 break;
             }
             case 6:
@@ -267,18 +267,19 @@ class Interleaving {
 
     // Reads move nothing and see what is stored.
     void Read() {
+        const StoreState stored = m_model.Stored();
         std::uint32_t profile = cNoProfile;
-        ASSERT_EQ(m_own->GetActiveProfile(&profile), result::cOk);
-        ASSERT_EQ(profile, m_model.m_profile.stored) << m_log;
+        ASSERT_EQ(result::cOk, m_own->GetActiveProfile(&profile));
+        ASSERT_EQ(stored.profile, profile) << m_log;
         bool enable = false;
-        ASSERT_EQ(m_own->GetVeltoEnable(&enable), result::cOk);
-        ASSERT_EQ(enable, m_model.m_enable.stored != 0) << m_log;
+        ASSERT_EQ(result::cOk, m_own->GetVeltoEnable(&enable));
+        ASSERT_EQ(stored.enable, enable) << m_log;
         bool flag = false;
-        ASSERT_EQ(m_own->GetTechnologyOnElseOff(eHeadphoneTech, &flag), result::cOk);
-        ASSERT_EQ(flag, m_model.m_flags[profile][eHeadphoneTech] != 0) << m_log;
+        ASSERT_EQ(result::cOk, m_own->GetTechnologyOnElseOff(eHeadphoneTech, &flag));
+        ASSERT_EQ(stored.switches[PlaceOf(eHeadphoneTech)], flag) << m_log;
         std::uint32_t volume = 99;
-        ASSERT_EQ(m_own->GetPatchValue(ApiTechnology::eVolumeLeveler, 4, &volume), result::cOk);
-        ASSERT_EQ(volume, m_model.m_values[profile][0]) << m_log;
+        ASSERT_EQ(result::cOk, m_own->GetPatchValue(ApiTechnology::eVolumeLeveler, 4, &volume));
+        ASSERT_EQ(m_model.Value(0), volume) << m_log;
     }
 
     void Check() {
@@ -291,7 +292,7 @@ class Interleaving {
             for (std::uint32_t steps = Below(6); steps > 0; --steps)
                 ASSERT_NO_FATAL_FAILURE(Step());
             m_log += found[i].text + "\n";
-            const bool overtaken = m_model.m_overtaken.contains(expected[i].name);
+            const bool overtaken = m_model.IsOvertaken(expected[i].news);
             ASSERT_EQ(overtaken, m_own->Overtaken().Contains(found[i].item)) << m_log;
             s_overtaken += overtaken;
         }

@@ -14,25 +14,25 @@ namespace {
 TEST(ClientStart, RefusesToLoadBeforeTheMutexExists) {
     TestStore store;
     KORA4UIKeysClient client(&store.m_access);
-    EXPECT_EQ(client.InitialKeysLoad(), APOERR_NOT_INITIALIZED);
-    EXPECT_EQ(store.m_access.Operations(), 0u);
+    EXPECT_EQ(APOERR_NOT_INITIALIZED, client.InitialKeysLoad());
+    EXPECT_EQ(0u, store.m_access.Operations());
 }
 
 TEST(ClientStart, KeepsAMutexThatItHas) {
     TestStore store;
     KORA4UIKeysClient client(&store.m_access);
-    EXPECT_EQ(client.ObjInitialize(), result::cOk);
-    EXPECT_EQ(client.ObjInitialize(), result::cOk);
-    EXPECT_EQ(test::StoreMutex().name, u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}");
+    EXPECT_EQ(result::cOk, client.ObjInitialize());
+    EXPECT_EQ(result::cOk, client.ObjInitialize());
+    EXPECT_EQ(u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}", test::StoreMutex().name);
 }
 
 TEST(ClientStart, AMutexThatCannotBeCreatedIsAFailureAndCanBeTriedAgain) {
     TestStore store;
     KORA4UIKeysClient client(&store.m_access);
     test::StoreMutex().failCreate = true;
-    EXPECT_EQ(client.ObjInitialize(), result::cFail);
+    EXPECT_EQ(result::cFail, client.ObjInitialize());
     test::StoreMutex().failCreate = false;
-    EXPECT_EQ(client.ObjInitialize(), result::cOk);
+    EXPECT_EQ(result::cOk, client.ObjInitialize());
 }
 
 TEST(ClientStart, ReadsEachValueOnce) {
@@ -94,7 +94,7 @@ TEST(ClientMasterEnables, TheMaskIsReadOnce) {
     const PropertyKey key{pkey::cMasterEnablesGuid, 0};
     store.PutUINT(eKeySetStatic, key, 0xFFFFFA1F);
     TestClient client(store);
-    ASSERT_EQ(client.Start(), result::cOk);
+    ASSERT_EQ(result::cOk, client.Start());
     store.PutUINT(eKeySetStatic, key, 0);
     EXPECT_EQ(0xFFFFFA1Fu, client->MasterEnables());
 }
@@ -104,19 +104,19 @@ TEST(ClientCommands, AreHeldFromTheInitialLoadOn) {
     store.PutText(eKeySetApp, pkey::Setting(61), u"editor.exe");
     store.PutText(eKeySetApp, pkey::Setting(62), u"");
     TestClient client(store);
-    ASSERT_EQ(client.Start(), result::cOk);
+    ASSERT_EQ(result::cOk, client.Start());
     store.PutText(eKeySetApp, pkey::Setting(61), u"other.exe");
     const unsigned acquired = test::StoreMutex().acquired;
     TaskPtr<char16_t> command;
-    EXPECT_EQ(client->GetCommand(CompanionCommand::eProfileEditor, command.Put()), result::cOk);
-    EXPECT_EQ(std::u16string(command.Get()), u"editor.exe");
-    EXPECT_EQ(client->GetCommand(CompanionCommand::eProfileSelector, command.Put()),
-              result::cOk);
+    EXPECT_EQ(result::cOk, client->GetCommand(CompanionCommand::eProfileEditor, command.Put()));
+    EXPECT_EQ(u"editor.exe", std::u16string(command.Get()));
+    EXPECT_EQ(result::cOk,
+              client->GetCommand(CompanionCommand::eProfileSelector, command.Put()));
     ASSERT_TRUE(command) << "stored as an empty text";
-    EXPECT_EQ(*command.Get(), u'\0');
-    EXPECT_EQ(client->GetCommand(CompanionCommand::eDemoApp, command.Put()), result::cOk);
+    EXPECT_EQ(u'\0', *command.Get());
+    EXPECT_EQ(result::cOk, client->GetCommand(CompanionCommand::eDemoApp, command.Put()));
     EXPECT_FALSE(command) << "none is stored";
-    EXPECT_EQ(test::StoreMutex().acquired, acquired);
+    EXPECT_EQ(acquired, test::StoreMutex().acquired);
 }
 
 }  // namespace

@@ -106,8 +106,8 @@ class TestClient {
         if (technology == eStandardEQTech)
             return std::to_string(changes.graphicEQ.m_bands);
         const ApiPatchValue& value = changes.presetPatchValues[technology];
-        EXPECT_EQ(value.m_technology,
-                  APITechOf(static_cast<KORA4PresetTechnology>(technology)));
+        EXPECT_EQ(APITechOf(static_cast<KORA4PresetTechnology>(technology)),
+                  value.m_technology);
         if (technology == eVolumeTech || technology == eDynamicEQTech)
             return std::to_string(value.m_values.m_volumeSlider);
         return std::to_string(static_cast<int>(value.m_values.m_enhancementSlider * 1000));

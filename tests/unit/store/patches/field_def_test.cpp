@@ -8,6 +8,7 @@
 
 #include "contract/defaults.h"
 #include "contract/field_tables.h"
+#include "contract/patch_records.h"
 #include "support/memory_key_access.h"
 #include "support/store_traced.h"
 
@@ -25,8 +26,8 @@ struct Record {
     std::uint32_t number = 0xBBBBBBBB;
     float level = -1.0f;
     std::uint32_t count[2] = {99, 99};
-    float elements[2][40] = {};
-    std::uint32_t flags[40] = {};
+    float elements[2][cMaxArrayElements] = {};
+    std::uint32_t flags[cMaxArrayElements] = {};
     std::uint32_t selection = 99;
     std::uint32_t behind = 0xCCCCCCCC;
 };

@@ -38,7 +38,7 @@ class Defaults : public testing::TestWithParam<std::uint32_t> {
     // The row that applies to the profile.
     std::uint32_t Row() const {
         return IsPresetProfile(GetParam()) ? GetParam()
-               : IsDemoProfile(GetParam()) ? GetParam() - 240
+               : IsDemoProfile(GetParam()) ? GetParam() - cDemoMovieProfile
                                            : 0;
     }
 
@@ -97,7 +97,8 @@ TEST_P(Defaults, OfTheOnOffFlags) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryProfile, Defaults,
-                         testing::Values(0, 1, 2, 3, 4, 5, 6, 7, 8, 240, 241, 242));
+                         testing::Values(0, 1, 2, 3, 4, 5, 6, 7, 8, cDemoMovieProfile,
+                                         cDemoMusicProfile, cDemoGamesProfile));
 
 TEST(DynamicEQCurves, AreTheSixBuiltInOnes) {
     const std::vector<int> curves[] = {
@@ -156,9 +157,20 @@ TEST(GlobalDefaults, AreTheBuiltInOnes) {
 TEST(DefaultsIndex, IsTheProfilesOwnRowOrThatOfItsDemoOrMovies) {
     const struct {
         std::uint32_t profile, row;
-    } rows[] = {{0, 0},   {1, 1},   {2, 2},          {3, 0},         {8, 0},
-                {9, 0},   {240, 0}, {241, 1},        {242, 2},       {243, 0},
-                {239, 0}, {999, 0}, {0x7FFFFFFF, 0}, {0xFFFFFFFF, 0}};
+    } rows[] = {{0, 0},
+                {1, 1},
+                {2, 2},
+                {3, 0},
+                {8, 0},
+                {9, 0},
+                {cDemoMovieProfile, 0},
+                {cDemoMusicProfile, 1},
+                {cDemoGamesProfile, 2},
+                {243, 0},
+                {239, 0},
+                {999, 0},
+                {0x7FFFFFFF, 0},
+                {0xFFFFFFFF, 0}};
     const test::StoreTrace trace(trace::eAssertions);
     for (const auto& [profile, row] : rows)
         EXPECT_EQ(row, KORA4ManagedPatchSet::DefaultsIndexForProfile(profile)) << profile;
@@ -175,9 +187,10 @@ TEST(DefaultOnElseOff, IsOnForEverythingWithoutARow) {
 }
 
 TEST(DefaultOnElseOff, OfADemoProfileIsThatOfItsPresetProfile) {
-    EXPECT_FALSE(KORA4ManagedPatchSet::GetDefaultOnElseOff(eDynamicEQTech, 240));
-    EXPECT_TRUE(KORA4ManagedPatchSet::GetDefaultOnElseOff(eDynamicEQTech, 241));
-    EXPECT_FALSE(KORA4ManagedPatchSet::GetDefaultOnElseOff(eVirtualSurroundTech, 241));
+    EXPECT_FALSE(KORA4ManagedPatchSet::GetDefaultOnElseOff(eDynamicEQTech, cDemoMovieProfile));
+    EXPECT_TRUE(KORA4ManagedPatchSet::GetDefaultOnElseOff(eDynamicEQTech, cDemoMusicProfile));
+    EXPECT_FALSE(
+        KORA4ManagedPatchSet::GetDefaultOnElseOff(eVirtualSurroundTech, cDemoMusicProfile));
 }
 
 TEST(DefaultOnElseOff, AssertsThatTheProfileIsNotNegativeAndIsOn) {

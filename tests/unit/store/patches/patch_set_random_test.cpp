@@ -6,6 +6,7 @@
 #include <random>
 
 #include "contract/defaults.h"
+#include "contract/patch_records.h"
 #include "contract/profiles.h"
 #include "store/patches/managed_patch_set.h"
 #include "support/memory_key_access.h"
@@ -133,29 +134,30 @@ void ExpectUsable(const KORA4ManagedPatchSet& patches) {
         {r.audioOptimizer.gainCount[7], r.audioOptimizer.gain[7]},
     };
     for (const auto& [count, pElements] : arrays) {
-        ASSERT_LE(count, 40u);
+        ASSERT_GE(cMaxArrayElements, count);
         ASSERT_TRUE(AreFinite(pElements, count));
     }
-    ASSERT_LE(r.audioRegulator.isolateCount, 40u);
+    ASSERT_GE(cMaxArrayElements, r.audioRegulator.isolateCount);
     for (const std::uint32_t flag : r.audioRegulator.isolate)
-        ASSERT_LE(flag, 1u);
+        ASSERT_GE(1u, flag);
     ASSERT_EQ(20u, r.dynamicEQ.curveCount);
-    ASSERT_LT(r.dynamicEQ.curveIndex, 6u);
-    ASSERT_LE(r.volume.switch4, 1u);
-    ASSERT_LE(r.volume.switch5, 1u);
+    ASSERT_GT(6u, r.dynamicEQ.curveIndex);
+    ASSERT_GE(1u, r.volume.switch4);
+    ASSERT_GE(1u, r.volume.switch5);
     ASSERT_TRUE(std::isfinite(r.headphone.surroundBoost));
     ASSERT_TRUE(std::isfinite(r.enhancement.amount));
     for (const std::uint32_t flag : patches.m_dwPresetOnElseOff)
-        ASSERT_LE(flag, 1u);
+        ASSERT_GE(1u, flag);
     for (const std::uint32_t flag : patches.m_dwGlobalOnElseOff)
-        ASSERT_LE(flag, 1u);
+        ASSERT_GE(1u, flag);
 }
 
 TEST(RandomStores, LoadWithoutAFailureAndGiveUsableRecords) {
     RandomStore random(20240607);
     for (unsigned i = 0; i < cStores; ++i) {
         SCOPED_TRACE(i);
-        constexpr std::uint32_t cProfiles[] = {0, 1, 2, 3, 8, 240, 241, 242};
+        constexpr std::uint32_t cProfiles[] = {
+            0, 1, 2, 3, 8, cDemoMovieProfile, cDemoMusicProfile, cDemoGamesProfile};
         const std::uint32_t profile = cProfiles[random.Below(std::size(cProfiles))];
         test::MemoryKeyAccess store;
         random.Fill(store, profile);

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <vector>
 
+#include "contract/defaults.h"
 #include "contract/profiles.h"
 #include "store/patches/field_access.h"
 #include "support/memory_key_access.h"
@@ -22,7 +23,8 @@ using test::ReadEntry;
 using test::Texts;
 using test::WriteEntry;
 
-constexpr std::uint32_t cDemoProfiles[] = {240, 241, 242};
+constexpr std::uint32_t cDemoProfiles[] = {cDemoMovieProfile, cDemoMusicProfile,
+                                           cDemoGamesProfile};
 
 class PatchSet : public testing::Test {
   protected:
@@ -95,17 +97,19 @@ TEST_F(PatchSet, LoadsTheFlagOnlyOfATechnologyWithoutFields) {
 }
 
 TEST_F(PatchSet, AsksTheStoreForNothingWhenOnlyDefaultsAreWanted) {
-    StoreFlag(eVolumeTech, 240, 0);
-    StoreField(eVolumeTech, 240, 3, 5u);
-    EXPECT_EQ(result::cOk, m_patches.LoadPresetPatch(m_store, 240, true, eVolumeTech));
+    StoreFlag(eVolumeTech, cDemoMovieProfile, 0);
+    StoreField(eVolumeTech, cDemoMovieProfile, 3, 5u);
+    EXPECT_EQ(result::cOk,
+              m_patches.LoadPresetPatch(m_store, cDemoMovieProfile, true, eVolumeTech));
     EXPECT_EQ(0u, m_store.Operations());
     EXPECT_EQ(1u, m_patches.m_dwPresetOnElseOff[eVolumeTech]);
-    EXPECT_EQ(0x40007u, m_patches.m_records.volume.amount);
+    EXPECT_EQ(defaults::cVolumeAmount[cMovieProfile], m_patches.m_records.volume.amount);
 }
 
 TEST_F(PatchSet, LoadsWhatIsStoredUnderADemoProfileWhenAskedTo) {
-    StoreField(eVolumeTech, 241, 3, 5u);
-    EXPECT_EQ(result::cOk, m_patches.LoadPresetPatch(m_store, 241, false, eVolumeTech));
+    StoreField(eVolumeTech, cDemoMusicProfile, 3, 5u);
+    EXPECT_EQ(result::cOk,
+              m_patches.LoadPresetPatch(m_store, cDemoMusicProfile, false, eVolumeTech));
     EXPECT_EQ(5u, m_patches.m_records.volume.amount);
 }
 
@@ -134,7 +138,7 @@ TEST_F(PatchSet, KeepsCustomProfilesApartAndTakesTheirMissingValuesFromMovie) {
 }
 
 TEST_F(PatchSet, TakesTheDefaultsOfADemoProfilesOwnRow) {
-    m_patches.LoadPresetPatch(m_store, 241, false, eDynamicEQTech);
+    m_patches.LoadPresetPatch(m_store, cDemoMusicProfile, false, eDynamicEQTech);
     EXPECT_EQ(1u, m_patches.m_records.dynamicEQ.curveIndex);
     EXPECT_EQ(1u, m_patches.m_dwPresetOnElseOff[eDynamicEQTech]);
 }
@@ -284,15 +288,15 @@ TEST_F(PatchSet, WritesFlagThenFieldsThenTheTrigger) {
     m_patches.LoadPresetPatch(m_store, 5, true, eVolumeTech);
     EXPECT_EQ(result::cOk, m_patches.WritePresetPatch(m_store, 5, eVolumeTech, true));
     const auto key = [](std::uint32_t pid) { return Patch(eVolumeTech, 5, pid); };
-    EXPECT_EQ(
-        (Texts{WriteEntry(eKeySetDynamic, key(0), 1), WriteEntry(eKeySetStatic, key(3), 262151),
-               WriteEntry(eKeySetStatic, key(4), 1), WriteEntry(eKeySetStatic, key(5), 0),
-               LogEntry(Operation::eWriteText, eKeySetStatic, key(6), "-20.000000"),
-               LogEntry(Operation::eWriteText, eKeySetStatic, key(7), "-20.000000"),
-               LogEntry(Operation::eWriteText, eKeySetStatic, key(8), "0.000000"),
-               ReadEntry(eKeySetDynamic, PresetTriggerKey(eVolumeTech)),
-               WriteEntry(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 1)}),
-        m_store.Log());
+    EXPECT_EQ((Texts{WriteEntry(eKeySetDynamic, key(0), 1),
+                     WriteEntry(eKeySetStatic, key(3), defaults::cVolumeAmount[cMovieProfile]),
+                     WriteEntry(eKeySetStatic, key(4), 1), WriteEntry(eKeySetStatic, key(5), 0),
+                     LogEntry(Operation::eWriteText, eKeySetStatic, key(6), "-20.000000"),
+                     LogEntry(Operation::eWriteText, eKeySetStatic, key(7), "-20.000000"),
+                     LogEntry(Operation::eWriteText, eKeySetStatic, key(8), "0.000000"),
+                     ReadEntry(eKeySetDynamic, PresetTriggerKey(eVolumeTech)),
+                     WriteEntry(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 1)}),
+              m_store.Log());
 }
 
 TEST_F(PatchSet, WritesATechnologyWithoutFieldsAsFlagAndTrigger) {

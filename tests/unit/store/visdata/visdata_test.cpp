@@ -81,9 +81,9 @@ Bands DataOf(const KORA4VisKeyData& view, const std::uint8_t* pAPOData) {
 
 void ExpectNoData(const KORA4VisKeyData& view, const std::uint8_t* pAPOData) {
     const Bands bands = DataOf(view, pAPOData);
-    EXPECT_EQ(bands.numBands, 0u);
-    EXPECT_EQ(bands.pGains, nullptr);
-    EXPECT_EQ(bands.pExcitation, nullptr);
+    EXPECT_EQ(0u, bands.numBands);
+    EXPECT_EQ(nullptr, bands.pGains);
+    EXPECT_EQ(nullptr, bands.pExcitation);
 }
 
 const std::uint8_t* BytesOf(const float* p) {
@@ -92,44 +92,44 @@ const std::uint8_t* BytesOf(const float* p) {
 
 TEST(VisKeyData, HoldsNothingWithoutABlob) {
     const KORA4VisKeyData view(nullptr, 1000);
-    EXPECT_EQ(view.GetNumAPOs(), 0u);
-    EXPECT_EQ(view.FirstAPOData(), nullptr);
-    EXPECT_EQ(view.NextAPOData(nullptr), nullptr);
+    EXPECT_EQ(0u, view.GetNumAPOs());
+    EXPECT_EQ(nullptr, view.FirstAPOData());
+    EXPECT_EQ(nullptr, view.NextAPOData(nullptr));
     ExpectNoData(view, nullptr);
 }
 
 TEST(VisKeyData, WalksRecordsOfDifferentBandCounts) {
     const auto blob = BlobBuilder(2).APO(20, 1.0f).APO(10, 100.0f).Bytes();
     const KORA4VisKeyData view(blob.data(), blob.size());
-    EXPECT_EQ(view.GetNumAPOs(), 2u);
+    EXPECT_EQ(2u, view.GetNumAPOs());
 
     const std::uint8_t* const pFirst = view.FirstAPOData();
     EXPECT_EQ(pFirst, blob.data() + 8);
     const Bands first = DataOf(view, pFirst);
-    EXPECT_EQ(first.numBands, 20u);
+    EXPECT_EQ(20u, first.numBands);
     EXPECT_EQ(BytesOf(first.pGains), pFirst + 24);
     EXPECT_EQ(BytesOf(first.pExcitation), pFirst + 24 + 80);
-    EXPECT_EQ(first.pGains[19], 20.0f);
-    EXPECT_EQ(first.pExcitation[19], 18.0f);
+    EXPECT_EQ(20.0f, first.pGains[19]);
+    EXPECT_EQ(18.0f, first.pExcitation[19]);
 
     const std::uint8_t* const pSecond = view.NextAPOData(pFirst);
     EXPECT_EQ(pSecond, pFirst + 184);
     const Bands second = DataOf(view, pSecond);
-    EXPECT_EQ(second.numBands, 10u);
+    EXPECT_EQ(10u, second.numBands);
     EXPECT_EQ(BytesOf(second.pExcitation), BytesOf(second.pGains) + 40);
-    EXPECT_EQ(second.pGains[0], 100.0f);
-    EXPECT_EQ(second.pExcitation[9], -91.0f);
+    EXPECT_EQ(100.0f, second.pGains[0]);
+    EXPECT_EQ(-91.0f, second.pExcitation[9]);
 
-    EXPECT_EQ(view.NextAPOData(pSecond), nullptr);
+    EXPECT_EQ(nullptr, view.NextAPOData(pSecond));
 }
 
 TEST(VisKeyData, AcceptsARecordWithoutBands) {
     const auto blob = BlobBuilder(2).APO(0).APO(1).Bytes();
     const KORA4VisKeyData view(blob.data(), blob.size());
-    EXPECT_EQ(view.GetNumAPOs(), 2u);
+    EXPECT_EQ(2u, view.GetNumAPOs());
     const std::uint8_t* const pFirst = view.FirstAPOData();
     const Bands bands = DataOf(view, pFirst);
-    EXPECT_EQ(bands.numBands, 0u);
+    EXPECT_EQ(0u, bands.numBands);
     EXPECT_EQ(BytesOf(bands.pGains), pFirst + 24);
     EXPECT_EQ(bands.pGains, bands.pExcitation);
     EXPECT_EQ(view.NextAPOData(pFirst), pFirst + 24);
@@ -137,9 +137,9 @@ TEST(VisKeyData, AcceptsARecordWithoutBands) {
 
 TEST(VisKeyData, BelievesTheStatedNumberWhenMoreBytesFollow) {
     const auto blob = BlobBuilder(1).APO(2).APO(2).Bytes();
-    EXPECT_EQ(KORA4VisKeyData(blob.data(), blob.size()).GetNumAPOs(), 1u);
+    EXPECT_EQ(1u, KORA4VisKeyData(blob.data(), blob.size()).GetNumAPOs());
     const auto none = BlobBuilder(0).APO(2).Bytes();
-    EXPECT_EQ(KORA4VisKeyData(none.data(), none.size()).GetNumAPOs(), 0u);
+    EXPECT_EQ(0u, KORA4VisKeyData(none.data(), none.size()).GetNumAPOs());
 }
 
 TEST(VisKeyData, HoldsNothingWithoutAWholeHead) {
@@ -147,19 +147,19 @@ TEST(VisKeyData, HoldsNothingWithoutAWholeHead) {
     for (std::size_t size = 0; size < cHeadSize; ++size) {
         const auto blob = builder.Bytes(size);
         const KORA4VisKeyData view(blob.data(), blob.size());
-        EXPECT_EQ(view.GetNumAPOs(), 0u) << size;
-        EXPECT_EQ(view.FirstAPOData(), nullptr) << size;
+        EXPECT_EQ(0u, view.GetNumAPOs()) << size;
+        EXPECT_EQ(nullptr, view.FirstAPOData()) << size;
     }
 }
 
 TEST(VisKeyData, HasAFirstRecordBehindABareHeadThatHoldsNoData) {
     const auto blob = BlobBuilder(1).Bytes();
-    ASSERT_EQ(blob.size(), cHeadSize);
+    ASSERT_EQ(cHeadSize, blob.size());
     const KORA4VisKeyData view(blob.data(), blob.size());
-    EXPECT_EQ(view.GetNumAPOs(), 0u);
+    EXPECT_EQ(0u, view.GetNumAPOs());
     EXPECT_EQ(view.FirstAPOData(), blob.data() + cHeadSize);
     ExpectNoData(view, view.FirstAPOData());
-    EXPECT_EQ(view.NextAPOData(view.FirstAPOData()), nullptr);
+    EXPECT_EQ(nullptr, view.NextAPOData(view.FirstAPOData()));
 }
 
 TEST(VisKeyData, CountsTheRecordsThatFitAtEverySize) {
@@ -167,7 +167,7 @@ TEST(VisKeyData, CountsTheRecordsThatFitAtEverySize) {
     const std::size_t firstEnd = cHeadSize + cRecordHeadSize + 24;
     const std::size_t secondEnd = firstEnd + cRecordHeadSize;
     const std::size_t thirdEnd = secondEnd + cRecordHeadSize + 16;
-    ASSERT_EQ(builder.Bytes().size(), thirdEnd);
+    ASSERT_EQ(thirdEnd, builder.Bytes().size());
     for (std::size_t size = cHeadSize; size <= thirdEnd; ++size) {
         const auto blob = builder.Bytes(size);
         const KORA4VisKeyData view(blob.data(), blob.size());
@@ -175,7 +175,7 @@ TEST(VisKeyData, CountsTheRecordsThatFitAtEverySize) {
                                        : size < secondEnd ? 1
                                        : size < thirdEnd  ? 2
                                                           : 3;
-        EXPECT_EQ(view.GetNumAPOs(), expected) << size;
+        EXPECT_EQ(expected, view.GetNumAPOs()) << size;
     }
 }
 
@@ -184,7 +184,7 @@ TEST(VisKeyData, GivesNoDataOfARecordThatDoesNotFit) {
     const auto blob = builder.Bytes(builder.Bytes().size() - 1);
     const KORA4VisKeyData view(blob.data(), blob.size());
     const std::uint8_t* const pFirst = view.FirstAPOData();
-    EXPECT_EQ(view.NextAPOData(pFirst), nullptr);
+    EXPECT_EQ(nullptr, view.NextAPOData(pFirst));
     ExpectNoData(view, pFirst + cRecordHeadSize + 8);
 }
 
@@ -193,11 +193,11 @@ TEST(VisKeyData, SurvivesHugeCounts) {
          {0xFFFFFFFFu, 0x80000000u, 0x20000000u, 0x1FFFFFFFu, 0x40000001u, 4u}) {
         const auto blob = BlobBuilder(0xFFFFFFFF).APO(1).PutHead(numBands).APO(0).Bytes();
         const KORA4VisKeyData view(blob.data(), blob.size());
-        EXPECT_EQ(view.GetNumAPOs(), 1u) << numBands;
-        EXPECT_EQ(view.NextAPOData(view.FirstAPOData()), nullptr) << numBands;
+        EXPECT_EQ(1u, view.GetNumAPOs()) << numBands;
+        EXPECT_EQ(nullptr, view.NextAPOData(view.FirstAPOData())) << numBands;
     }
     const auto blob = BlobBuilder(0xFFFFFFFF).APO(1).APO(2).Bytes();
-    EXPECT_EQ(KORA4VisKeyData(blob.data(), blob.size()).GetNumAPOs(), 2u);
+    EXPECT_EQ(2u, KORA4VisKeyData(blob.data(), blob.size()).GetNumAPOs());
 }
 
 TEST(VisKeyData, RefusesPointersOutsideTheBlob) {
@@ -208,7 +208,7 @@ TEST(VisKeyData, RefusesPointersOutsideTheBlob) {
          {blob.data(), blob.data() + 7, blob.data() + blob.size(), other.data() + cHeadSize,
           static_cast<const std::uint8_t*>(nullptr)}) {
         ExpectNoData(view, p);
-        EXPECT_EQ(view.NextAPOData(p), nullptr);
+        EXPECT_EQ(nullptr, view.NextAPOData(p));
     }
 }
 
@@ -216,11 +216,11 @@ TEST(VisKeyData, RefusesAPointerIntoTheHeadThatWouldReadAsARecord) {
     // Nothing but zeros: at any address they read as records without bands.
     const std::vector<std::uint8_t> blob(cHeadSize + 3 * cRecordHeadSize);
     const KORA4VisKeyData view(blob.data(), blob.size());
-    ASSERT_NE(DataOf(view, blob.data() + cHeadSize).pGains, nullptr);
-    ASSERT_NE(view.NextAPOData(blob.data() + cHeadSize), nullptr);
+    ASSERT_NE(nullptr, DataOf(view, blob.data() + cHeadSize).pGains);
+    ASSERT_NE(nullptr, view.NextAPOData(blob.data() + cHeadSize));
     for (std::size_t at = 0; at < cHeadSize; ++at) {
         ExpectNoData(view, blob.data() + at);
-        EXPECT_EQ(view.NextAPOData(blob.data() + at), nullptr) << at;
+        EXPECT_EQ(nullptr, view.NextAPOData(blob.data() + at)) << at;
     }
 }
 
@@ -230,11 +230,11 @@ TEST(VisKeyData, ReadsABlobAtAnyAddress) {
         std::vector<std::uint8_t> moved(blob.size() + shift);
         std::memcpy(moved.data() + shift, blob.data(), blob.size());
         const KORA4VisKeyData view(moved.data() + shift, blob.size());
-        EXPECT_EQ(view.GetNumAPOs(), 2u);
+        EXPECT_EQ(2u, view.GetNumAPOs());
         const Bands bands = DataOf(view, view.NextAPOData(view.FirstAPOData()));
         float gain;
         std::memcpy(&gain, bands.pGains, sizeof gain);
-        EXPECT_EQ(gain, 7.0f);
+        EXPECT_EQ(7.0f, gain);
         view.DebugPrint(nullptr, "unaligned");
     }
 }
@@ -252,7 +252,7 @@ TEST(VisKeyData, StaysInsideRandomBlobs) {
         std::uint32_t walked = 0;
         const std::uint32_t count = view.GetNumAPOs();
         for (const std::uint8_t* p = view.FirstAPOData(); walked < count; ++walked) {
-            ASSERT_NE(p, nullptr);
+            ASSERT_NE(nullptr, p);
             const Bands bands = DataOf(view, p);
             ASSERT_LE(BytesOf(bands.pExcitation + bands.numBands), pEnd);
             p = view.NextAPOData(p);

@@ -81,8 +81,8 @@ TEST(ParseFault, AnswersWithTheKindsOfTheFault) {
 }
 
 TEST(ParseFault, RefusesMomentsThatAreNone) {
-    EXPECT_THAT(Refusal("stop@"), HasSubstr("is no number of seconds"));
-    EXPECT_THAT(Refusal("stop@later"), HasSubstr("is no number of seconds"));
+    EXPECT_THAT(Refusal("stop@"), HasSubstr("is not a number of seconds"));
+    EXPECT_THAT(Refusal("stop@later"), HasSubstr("is not a number of seconds"));
     EXPECT_THAT(Refusal("stop@-1"), HasSubstr("0 to 86400 seconds"));
     EXPECT_THAT(Refusal("stop@86401"), HasSubstr("0 to 86400 seconds"));
     EXPECT_THAT(Refusal("stop@nan"), HasSubstr("0 to 86400 seconds"));

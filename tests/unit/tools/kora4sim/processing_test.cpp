@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "contract/defaults.h"
+#include "contract/profiles.h"
+
 namespace kora4::tools::sim {
 namespace {
 
@@ -29,8 +32,8 @@ TEST(Curve, IgnoresWhatHasNoPartner) {
 TEST(Curve, TakesFrequenciesThatAreNoneWithoutTrouble) {
     const Curve curve = {{0, 0, -5, 100}, {1, 2, 3, 4}};
     EXPECT_EQ(4, curve.At(1000));
-    EXPECT_GE(curve.At(10), 1);
-    EXPECT_LE(curve.At(10), 4);
+    EXPECT_LE(1, curve.At(10));
+    EXPECT_GE(4, curve.At(10));
 }
 
 TEST(Processing, WithoutEffectiveTechnologiesChangesNothing) {
@@ -53,7 +56,7 @@ TEST(Processing, LevelerLiftsWhatIsQuietByItsAmount) {
     processing.leveler = 5;
     EXPECT_EQ(2.5, processing.GainAt(1000, -50));
     // As in the defaults of Movie.
-    processing.leveler = 0x40007;
+    processing.leveler = defaults::cVolumeAmount[cMovieProfile];
     EXPECT_EQ(5, processing.GainAt(1000, -50));
 }
 

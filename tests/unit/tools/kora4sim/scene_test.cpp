@@ -9,6 +9,7 @@
 
 #include "base/failure.h"
 #include "contract/engine_masks.h"
+#include "support/text_limits.h"
 
 namespace kora4::tools::sim {
 namespace {
@@ -108,48 +109,48 @@ TEST(ReadScene, DoesWithWhatIsNeeded) {
 TEST(ReadScene, RefusesWhatIsNoJsonAndSaysWhere) {
     EXPECT_EQ(std::string(cFile) + ": The document is empty.", Refusal(""));
     EXPECT_THAT(Refusal("{\n  \"format\": \"kora4sim-scene\",\n  oops\n}"),
-                HasSubstr("no JSON: parse error at line 3, column "));
+                HasSubstr("not valid JSON: parse error at line 3, column "));
     EXPECT_THAT(Refusal(std::string(cWhole).substr(0, 200)), HasSubstr("cut off"));
-    EXPECT_THAT(Refusal(std::string(cWhole) + "x"), HasSubstr("no JSON"));
+    EXPECT_THAT(Refusal(std::string(cWhole) + "x"), HasSubstr("not valid JSON"));
 }
 
 TEST(ReadScene, RefusesMembersThatStandTwice) {
     EXPECT_THAT(Refusal("{\"format\": \"kora4sim-scene\", \"version\": 1, \"version\": 1}"),
-                HasSubstr("version: the name is there twice."));
+                HasSubstr("version: the name appears twice."));
 }
 
 TEST(ReadScene, RefusesOtherFormatsAndVersions) {
-    EXPECT_THAT(Refusal("[]"), HasSubstr("this is no scene"));
-    EXPECT_THAT(Refusal("{}"), HasSubstr("this is no scene"));
+    EXPECT_THAT(Refusal("[]"), HasSubstr("this is not a scene"));
+    EXPECT_THAT(Refusal("{}"), HasSubstr("this is not a scene"));
     EXPECT_THAT(Refusal(With("format", "\"kora4-settings\"")),
-                HasSubstr("format: this is no scene"));
+                HasSubstr("format: this is not a scene"));
     EXPECT_THAT(Refusal(With("version", "2")),
-                HasSubstr("version: version 2 of scenes is not known; this program reads "
+                HasSubstr("version: version 2 of scenes is not supported; this program reads "
                           "version 1."));
     EXPECT_THAT(Refusal(With("version", "\"1\"")), HasSubstr("whole number"));
 }
 
 TEST(ReadScene, NamesTheNearestMember) {
     EXPECT_THAT(Refusal(With("spektrum", "{}")),
-                HasSubstr("there is no member 'spektrum' here. "));
+                HasSubstr("spektrum: no such member is known here. "));
     EXPECT_THAT(Refusal(With("time", "[]")), HasSubstr("Did you mean 'timeline'?"));
     EXPECT_THAT(Refusal("{\"format\": \"kora4sim-scene\", \"version\": 1, \"records\": []}"),
                 HasSubstr("the member 'engine' is missing"));
     EXPECT_THAT(Refusal(With("records", "[{\"bands\": 1, \"gain\": 2}]")),
-                HasSubstr("records[0]: there is no member 'gain' here"));
+                HasSubstr("records[0].gain: no such member is known here"));
 }
 
 TEST(ReadScene, RefusesBadEngines) {
     for (const char* mask : {"\"3FF\"", "\"0x\"", "\"0x1G\"", "\"0x123456789\"", "-1", "1.5",
                              "4294967296", "null", "true"})
         EXPECT_THAT(Refusal(With("engine", std::string("{\"mask\": ") + mask + "}")),
-                    HasSubstr("engine.mask: this must be a text like \"0x03FF\""))
+                    HasSubstr("engine.mask: this must be a text like \"0x03ff\""))
             << mask;
     EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"editor\": \"x\"}}")),
-                HasSubstr("engine.commands: there is no member 'editor' here"));
+                HasSubstr("engine.commands.editor: no such member is known here"));
     EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"demo-app\": 7}}")),
                 HasSubstr("engine.commands.demo-app: this must be a text."));
-    const std::string tooLong(2048, 'x');
+    const std::string tooLong(test::cLongestTextChars + 1, 'x');
     EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"demo-app\": \"" +
                                            tooLong + "\"}}")),
                 HasSubstr("at most 2047 characters"));
@@ -179,9 +180,9 @@ TEST(ReadScene, RefusesBadSpectra) {
     EXPECT_THAT(Refusal(With("spectrum", "{}")), HasSubstr("the member 'kind' is missing"));
     EXPECT_THAT(Refusal(With("spectrum", "7")), HasSubstr("spectrum: this must be an object."));
     EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"silence\", \"noise\": 2}")),
-                HasSubstr("there is no member 'noise' here"));
+                HasSubstr("spectrum.noise: no such member is known here"));
     EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"sweep\", \"levels\": []}")),
-                HasSubstr("there is no member 'levels' here"));
+                HasSubstr("spectrum.levels: no such member is known here"));
     EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"sweep\", \"seconds\": 0}")),
                 HasSubstr("spectrum.seconds: this must be a number from 0.1 to 3600."));
     EXPECT_THAT(Refusal(With("spectrum", "{\"kind\": \"music\"}")),
@@ -192,7 +193,7 @@ TEST(ReadScene, RefusesBadSpectra) {
                 HasSubstr("spectrum.levels[1]: this must be a number from -144 to 0."));
     EXPECT_THAT(
         Refusal(With("spectrum", "{\"kind\": \"music\", \"levels\": [-1], \"pauses\": 0.1}")),
-        HasSubstr("there is no member 'pauses' here"));
+        HasSubstr("spectrum.pauses: no such member is known here"));
 }
 
 TEST(ReadScene, RefusesBadTimelines) {
@@ -204,7 +205,7 @@ TEST(ReadScene, RefusesBadTimelines) {
                 HasSubstr("timeline[0]: the member 'fault' is missing"));
     EXPECT_THAT(
         Refusal(With("timeline", "[{\"at\": 1, \"fault\": \"hold\", \"argument\": 0}]")),
-        HasSubstr("timeline[0]: '0' is no argument for the fault 'hold'"));
+        HasSubstr("timeline[0]: '0' is not an argument for the fault 'hold'"));
     EXPECT_THAT(
         Refusal(With("timeline", "[{\"at\": 1, \"fault\": \"die\", \"argument\": []}]")),
         HasSubstr("timeline[0].argument: this must be a text."));

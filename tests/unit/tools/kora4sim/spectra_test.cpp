@@ -70,9 +70,9 @@ TEST(PlaceOf, RunsFromNoneToOne) {
 TEST(Music, StaysWithinItsSwingAndMoves) {
     const std::vector<float> levels = Course(Music(), 0.5, 20 * cSeconds);
     const auto [least, most] = std::minmax_element(levels.begin(), levels.end());
-    EXPECT_GE(*least, -40 - 3.1f);
-    EXPECT_LE(*most, -40 + 3.1f);
-    EXPECT_GT(*most - *least, 3);
+    EXPECT_LE(-40 - 3.1f, *least);
+    EXPECT_GE(-40 + 3.1f, *most);
+    EXPECT_LT(3, *most - *least);
 }
 
 TEST(Music, HasItsBeatInTheLowestBand) {
@@ -105,8 +105,8 @@ TEST(Music, IsNeverAboveFullScaleNorBelowTheLowestLevel) {
     spectrum.noise = 60;
     for (const double place : {0.0, 1.0}) {
         for (const float level : Course(spectrum, place, 10 * cSeconds)) {
-            EXPECT_LE(level, 0);
-            EXPECT_GE(level, cLowestLevel);
+            EXPECT_GE(0, level);
+            EXPECT_LE(cLowestLevel, level);
         }
     }
 }
@@ -114,21 +114,21 @@ TEST(Music, IsNeverAboveFullScaleNorBelowTheLowestLevel) {
 TEST(Speech, HasSyllablesAndPauses) {
     const std::vector<float> levels = Course(Speech(), 0.5, 30 * cSeconds);
     const auto pauses = std::count(levels.begin(), levels.end(), cLowestLevel);
-    EXPECT_GT(pauses, 60) << "of 600";
-    EXPECT_LT(pauses, 450) << "of 600";
+    EXPECT_LT(60, pauses) << "of 600";
+    EXPECT_GT(450, pauses) << "of 600";
     std::vector<float> heard;
     std::copy_if(levels.begin(), levels.end(), std::back_inserter(heard),
                  [](float level) { return level > cLowestLevel; });
     const auto [least, most] = std::minmax_element(heard.begin(), heard.end());
-    EXPECT_GT(*most, -46);
-    EXPECT_LT(*least, -55);
+    EXPECT_LT(-46, *most);
+    EXPECT_GT(-55, *least);
 }
 
 TEST(Speech, WithoutPausesNeverStops) {
     Spectrum spectrum = Speech();
     spectrum.pauses = 0;
     for (const float level : Course(spectrum, 0.5, 10 * cSeconds))
-        EXPECT_GT(level, cLowestLevel);
+        EXPECT_LT(cLowestLevel, level);
 }
 
 TEST(Sweep, RunsFromTheLowestBandToTheHighestAndBeginsAnew) {
@@ -155,8 +155,8 @@ TEST(Noise, GivesTheSameForTheSameAndSpreadsEvenly) {
     for (std::uint64_t i = 0; i < 1000; ++i) {
         const double number = Noise(5).Even(i);
         EXPECT_EQ(number, Noise(5).Even(i));
-        EXPECT_GE(number, 0);
-        EXPECT_LT(number, 1);
+        EXPECT_LE(0, number);
+        EXPECT_GT(1, number);
         sum += number;
     }
     EXPECT_NEAR(0.5, sum / 1000, 0.05);

@@ -26,7 +26,7 @@ ExitCode CodeOf(auto action) {
     try {
         action();
     } catch (const Failure& failure) {
-        EXPECT_STRNE(failure.what(), "");
+        EXPECT_STRNE("", failure.what());
         return failure.Code();
     }
     return ExitCode::eDone;
@@ -38,10 +38,10 @@ TEST(RegistryStore, AMissingStoreIsOneSentenceWithTheCommandThatMendsIt) {
         RegistryStore store(OpenMode::eRead);
         FAIL() << "opened";
     } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Code(), ExitCode::eNotReady);
-        EXPECT_NE(failure.Next().find("kora4ctl register"), std::string::npos);
+        EXPECT_EQ(ExitCode::eNotReady, failure.Code());
+        EXPECT_NE(std::string::npos, failure.Next().find("kora4ctl register"));
     }
-    EXPECT_EQ(CodeOf([] { ChangeWatch watch; }), ExitCode::eNotReady);
+    EXPECT_EQ(ExitCode::eNotReady, CodeOf([] { ChangeWatch watch; }));
 }
 
 TEST(RegistryStore, GivesBackWhatWasWrittenToTheByte) {
@@ -51,28 +51,28 @@ TEST(RegistryStore, GivesBackWhatWasWrittenToTheByte) {
     for (int i = 0; i < 300; ++i) {
         const StoredValue value = random.Garbage();
         store.Write(eKeySetStatic, cBlob, value);
-        ASSERT_EQ(store.Read(eKeySetStatic, cBlob), value) << i << ": " << Describe(value);
+        ASSERT_EQ(value, store.Read(eKeySetStatic, cBlob)) << i << ": " << Describe(value);
     }
     store.Delete(eKeySetStatic, cBlob);
     store.Delete(eKeySetStatic, cBlob);
-    EXPECT_EQ(store.Read(eKeySetStatic, cBlob), std::nullopt);
+    EXPECT_EQ(std::nullopt, store.Read(eKeySetStatic, cBlob));
 }
 
 TEST(RegistryStore, WritesWhereTheLibraryReads) {
     const test::RawStore keys;
     RegistryStore store(OpenMode::eReadWrite);
     store.WriteNumber(eKeySetDynamic, cEnable, 5);
-    EXPECT_EQ(test::RawStore::Number(test::cDynamic, test::SettingName(test::cEnablePid)), 5u);
+    EXPECT_EQ(5u, test::RawStore::Number(test::cDynamic, test::SettingName(test::cEnablePid)));
     store.Bump(cEnable);
-    EXPECT_EQ(store.Number(eKeySetDynamic, cEnable, 0), 6u);
-    EXPECT_EQ(store.ValueNames(eKeySetDynamic), std::vector<std::string>{ValueName(cEnable)});
+    EXPECT_EQ(6u, store.Number(eKeySetDynamic, cEnable, 0));
+    EXPECT_EQ(std::vector<std::string>{ValueName(cEnable)}, store.ValueNames(eKeySetDynamic));
 }
 
 TEST(RegistryStore, OpenedForReadingItDoesNotWrite) {
     const test::RawStore keys;
     RegistryStore store(OpenMode::eRead);
-    EXPECT_EQ(CodeOf([&store] { store.WriteNumber(eKeySetDynamic, cEnable, 0); }),
-              ExitCode::eFailed);
+    EXPECT_EQ(ExitCode::eFailed,
+              CodeOf([&store] { store.WriteNumber(eKeySetDynamic, cEnable, 0); }));
 }
 
 TEST(RegistryStore, TheAppKeysAreOptionalAndMadeByTheFirstWrite) {
@@ -81,12 +81,12 @@ TEST(RegistryStore, TheAppKeysAreOptionalAndMadeByTheFirstWrite) {
     RegDeleteKeyW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velto\\KORA4\\AppKeys");
     RegistryStore store(OpenMode::eReadWrite);
     const PropertyKey command = pkey::Setting(pkey::cDemoAppCommandPid);
-    EXPECT_EQ(store.Read(eKeySetApp, command), std::nullopt);
+    EXPECT_EQ(std::nullopt, store.Read(eKeySetApp, command));
     EXPECT_TRUE(store.ValueNames(eKeySetApp).empty());
     store.Delete(eKeySetApp, command);
     EXPECT_FALSE(test::RawStore::KeyExists(test::cApp));
     store.Write(eKeySetApp, command, StoredValue::FromText(u"demo.exe"));
-    EXPECT_EQ(test::RawStore::Text(test::cApp, test::SettingName(63)), L"demo.exe");
+    EXPECT_EQ(L"demo.exe", test::RawStore::Text(test::cApp, test::SettingName(63)));
 }
 
 TEST(RegistryStore, DumpsAndLoadsDamagedStoresToTheByte) {
@@ -109,7 +109,7 @@ TEST(RegistryStore, DumpsAndLoadsDamagedStoresToTheByte) {
             else
                 store.Delete(difference.value.keySet, difference.value.key);
         }
-        EXPECT_EQ(Dump(store, Scope::eAll).dump(), text);
+        EXPECT_EQ(text, Dump(store, Scope::eAll).dump());
         const auto loaded = raw.Everything();
         for (const PlannedValue& planned : plan.values) {
             const std::string name = planned.value.Name();
@@ -133,9 +133,9 @@ TEST(OpenStore, PutsTheWrapperAroundTheStore) {
         store->WriteNumber(eKeySetDynamic, cEnable, 77);
         return store;
     });
-    EXPECT_EQ(OpenStore(OpenMode::eRead)->Number(eKeySetDynamic, cEnable, 0), 77u);
+    EXPECT_EQ(77u, OpenStore(OpenMode::eRead)->Number(eKeySetDynamic, cEnable, 0));
     SetStoreWrapper(nullptr);
-    EXPECT_EQ(OpenStore(OpenMode::eRead)->Number(eKeySetDynamic, cEnable, 0), 0u);
+    EXPECT_EQ(0u, OpenStore(OpenMode::eRead)->Number(eKeySetDynamic, cEnable, 0));
 }
 
 // Holds the mutex on a thread of its own until told to end, or dies with it.
@@ -174,14 +174,14 @@ class Holder {
 
 TEST(StoreLock, WaitsAsLongAsItsPatience) {
     const Holder holder;
-    EXPECT_EQ(CodeOf([] { StoreLock lock(50); }), ExitCode::eTimedOut);
+    EXPECT_EQ(ExitCode::eTimedOut, CodeOf([] { StoreLock lock(50); }));
 }
 
 TEST(StoreLock, AnInterruptEndsTheWait) {
     const Holder holder;
     const UniqueHandle interrupt(CreateEventW(nullptr, TRUE, TRUE, nullptr));
-    EXPECT_EQ(CodeOf([&interrupt] { StoreLock lock(cPatience, interrupt.Get()); }),
-              ExitCode::eFailed);
+    EXPECT_EQ(ExitCode::eFailed,
+              CodeOf([&interrupt] { StoreLock lock(cPatience, interrupt.Get()); }));
 }
 
 TEST(StoreLock, TellsThatItsFormerHolderDied) {
@@ -197,7 +197,7 @@ TEST(StoreLock, TellsThatItsFormerHolderDied) {
 TEST(StoreLock, IsFreeAfterItsScope) {
     { const StoreLock lock(cPatience); }
     std::thread([] {
-        EXPECT_EQ(CodeOf([] { StoreLock lock(cPatience); }), ExitCode::eDone);
+        EXPECT_EQ(ExitCode::eDone, CodeOf([] { StoreLock lock(cPatience); }));
     }).join();
 }
 
@@ -219,31 +219,31 @@ TEST(ChangeWatch, WakesForEachChangeOfTheDynamicKeys) {
     const test::RawStore keys;
     RegistryStore store(OpenMode::eReadWrite);
     ChangeWatch watch;
-    EXPECT_EQ(watch.Wait(50, nullptr), ChangeWatch::Wake::eTimedOut);
+    EXPECT_EQ(ChangeWatch::Wake::eTimedOut, watch.Wait(50, nullptr));
     for (std::uint32_t i = 1; i < 4; ++i) {
         store.WriteNumber(eKeySetDynamic, cEnable, i);
-        EXPECT_EQ(watch.Wait(cPatience, nullptr), ChangeWatch::Wake::eChanged);
+        EXPECT_EQ(ChangeWatch::Wake::eChanged, watch.Wait(cPatience, nullptr));
     }
     store.WriteNumber(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid), 9);
-    EXPECT_EQ(watch.Wait(50, nullptr), ChangeWatch::Wake::eTimedOut);
+    EXPECT_EQ(ChangeWatch::Wake::eTimedOut, watch.Wait(50, nullptr));
     const UniqueHandle interrupt(CreateEventW(nullptr, TRUE, TRUE, nullptr));
-    EXPECT_EQ(watch.Wait(cPatience, interrupt.Get()), ChangeWatch::Wake::eInterrupted);
+    EXPECT_EQ(ChangeWatch::Wake::eInterrupted, watch.Wait(cPatience, interrupt.Get()));
 }
 
 TEST(StoredValue, DescribesItselfForPeople) {
-    EXPECT_EQ(Describe(StoredValue::FromDword(7)), "7");
-    EXPECT_EQ(Describe(StoredValue::FromText(u"abc")), "'abc'");
-    EXPECT_EQ(Describe({cDwordType, {7}}), "REG_DWORD of 1 byte: 07");
-    EXPECT_EQ(Describe({77, {}}), "type 77 of 0 bytes");
-    EXPECT_EQ(Describe(StoredValue::FromText(std::u16string(100, u'x')), 5), "'xxxxx...'");
-    EXPECT_EQ(Describe(StoredValue::FromText(u"a\n\x1B[1m\u009B\u00E4")),
-              "'a\\u000a\\u001b[1m\\u009b\u00E4'");
+    EXPECT_EQ("7", Describe(StoredValue::FromDword(7)));
+    EXPECT_EQ("'abc'", Describe(StoredValue::FromText(u"abc")));
+    EXPECT_EQ("REG_DWORD of 1 byte: 07", Describe({cDwordType, {7}}));
+    EXPECT_EQ("type 77 of 0 bytes", Describe({77, {}}));
+    EXPECT_EQ("'xxxxx...'", Describe(StoredValue::FromText(std::u16string(100, u'x')), 5));
+    EXPECT_EQ("'a\\u000a\\u001b[1m\\u009b\u00E4'",
+              Describe(StoredValue::FromText(u"a\n\x1B[1m\u009B\u00E4")));
 }
 
 TEST(StoredValue, TextsAreReadAsTheLibraryReadsThem) {
-    EXPECT_EQ((StoredValue{cTextType, {'a', 0, 'b'}}.AsText()), u"a");
-    EXPECT_EQ((StoredValue{cTextType, {'a', 0, 0, 0, 'b', 0}}.AsText()), u"a");
-    EXPECT_EQ((StoredValue{cTextType, {}}.AsText()), u"");
+    EXPECT_EQ(u"a", (StoredValue{cTextType, {'a', 0, 'b'}}.AsText()));
+    EXPECT_EQ(u"a", (StoredValue{cTextType, {'a', 0, 0, 0, 'b', 0}}.AsText()));
+    EXPECT_EQ(u"", (StoredValue{cTextType, {}}.AsText()));
     EXPECT_TRUE((StoredValue{cTextType, Bytes(4096, 'x')}.AsText()));
     EXPECT_FALSE((StoredValue{cTextType, Bytes(4097, 'x')}.AsText()));
     EXPECT_FALSE((StoredValue{cBinaryType, {'a', 0}}.AsText()));

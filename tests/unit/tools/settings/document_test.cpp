@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
+#include "settings/content.h"
+#include "support/text_limits.h"
 #include "tools/support/memory_store.h"
 
 namespace kora4::tools {
@@ -16,7 +18,7 @@ std::string Refusal(const std::string& text) {
     try {
         ReadDocument(text);
     } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Code(), ExitCode::eBadInput);
+        EXPECT_EQ(ExitCode::eBadInput, failure.Code());
         return std::string(failure.what()) + " " + failure.Next();
     }
     return {};
@@ -36,16 +38,7 @@ void ExpectRefusal(const std::string& text, const std::vector<std::string>& word
     const std::string refusal = Refusal(text);
     EXPECT_FALSE(refusal.empty()) << "taken: " << text;
     for (const std::string& word : words)
-        EXPECT_NE(refusal.find(word), std::string::npos) << text << "\n" << refusal;
-}
-
-void Put(MemoryStore& store, const Plan& plan) {
-    for (const PlannedValue& planned : plan.values) {
-        if (planned.wanted)
-            store.Write(planned.value.keySet, planned.value.key, *planned.wanted);
-        else
-            store.Delete(planned.value.keySet, planned.value.key);
-    }
+        EXPECT_NE(std::string::npos, refusal.find(word)) << text << "\n" << refusal;
 }
 
 class DumpAndRead : public testing::TestWithParam<Scope> {};
@@ -67,7 +60,7 @@ TEST_P(DumpAndRead, AreTheIdentityOnRandomStores) {
             << seed << "\n"
             << text;
         ASSERT_EQ(NotCovered(target.values, GetParam()), NotCovered(before, GetParam()));
-        EXPECT_EQ(Dump(target, GetParam()).dump(), text);
+        EXPECT_EQ(text, Dump(target, GetParam()).dump());
     }
 }
 
@@ -87,12 +80,12 @@ TEST(Document, GivesSettingsAsPeopleWouldWriteThem) {
     put("graphic-eq.gains", 1, std::vector<float>{1.5f, -12.0f});
     put("name", 3, std::string("Sp\xC3\xA4t"));
     put("audio-regulator.isolated", 0, std::vector<bool>{true, false});
-    EXPECT_EQ(Dump(store, Scope::eAll).dump(),
-              R"({"format":"kora4-settings","version":1,"scope":"all",)"
+    EXPECT_EQ(R"({"format":"kora4-settings","version":1,"scope":"all",)"
               R"("general":{"profile":"music","enable":false},)"
               R"("profiles":{"music":{"volume-leveler":7,"graphic-eq.gains":[1.5,-12.0],)"
               R"("intelligent-eq":"rich","dialog-enhancer":0.33},"p1":{"name":"Spät"}},)"
-              R"("global":{"audio-regulator.isolated":[true,false]}})");
+              R"("global":{"audio-regulator.isolated":[true,false]}})",
+              Dump(store, Scope::eAll).dump());
 }
 
 TEST(Document, KeepsUnusualValuesToTheByte) {
@@ -104,21 +97,21 @@ TEST(Document, KeepsUnusualValuesToTheByte) {
     store.Write(boost.keySet, boost.key, StoredValue::FromText(u" 3 dB"));
     store.Write(flag.keySet, flag.key, StoredValue::FromDword(2));
     const Json music = Dump(store, Scope::eUser)["profiles"]["music"];
-    EXPECT_EQ(music["volume-leveler"].dump(), R"({"type":4,"data":"0700"})");
-    EXPECT_EQ(music["headphone-virtualizer"].dump(), R"({"text":" 3 dB"})");
-    EXPECT_EQ(music["volume-leveler.on"].dump(), "2");
+    EXPECT_EQ(R"({"type":4,"data":"0700"})", music["volume-leveler"].dump());
+    EXPECT_EQ(R"({"text":" 3 dB"})", music["headphone-virtualizer"].dump());
+    EXPECT_EQ("2", music["volume-leveler.on"].dump());
 }
 
 TEST(Document, TakesValuesThatTheApiWouldNot) {
-    EXPECT_EQ(Refusal(InMusic(R"("volume-leveler": 262151, "speaker-virtualizer": 10)")), "");
+    EXPECT_EQ("", Refusal(InMusic(R"("volume-leveler": 262151, "speaker-virtualizer": 10)")));
 }
 
 TEST(Document, RefusesWhatIsNoDocument) {
     ExpectRefusal("", {"empty"});
     ExpectRefusal("   \n", {"empty"});
-    ExpectRefusal("hello", {"no JSON", "line 1"});
-    ExpectRefusal(InMusic(R"("volume-leveler": 1e999)"), {"no JSON: number overflow"});
-    ExpectRefusal("[]", {"no object", "dump"});
+    ExpectRefusal("hello", {"not valid JSON", "line 1"});
+    ExpectRefusal(InMusic(R"("volume-leveler": 1e999)"), {"not valid JSON: number overflow"});
+    ExpectRefusal("[]", {"not an object", "dump"});
     ExpectRefusal("{}", {"format"});
     ExpectRefusal(R"({"format": "other", "version": 1, "scope": "user"})", {"format"});
     ExpectRefusal(R"({"format": "kora4-settings", "scope": "user"})", {"version"});
@@ -138,9 +131,9 @@ TEST(Document, RefusesEveryTruncation) {
     MemoryStore store;
     store.values = random.Values(4);
     const std::string text = Dump(store, Scope::eUser).dump();
-    ASSERT_EQ(Refusal(text), "");
+    ASSERT_EQ("", Refusal(text));
     for (std::size_t length = 1; length < text.size(); length += 1 + length / 50)
-        ASSERT_NE(Refusal(text.substr(0, length)), "") << length;
+        ASSERT_NE("", Refusal(text.substr(0, length))) << length;
     ExpectRefusal(text.substr(0, text.size() - 1), {"cut off"});
 }
 
@@ -189,9 +182,9 @@ TEST(Document, RefusesOneBadValueAndSaysWhereItIs) {
     for (int i = 0; i < 40; ++i)
         many += ",0";
     ExpectRefusal(InMusic("\"graphic-eq.gains\": [" + many + "]"), {"41 elements"});
-    ExpectRefusal(
-        WithBody(R"("profiles": {"p1": {"name": ")" + std::string(2048, 'x') + "\"}}"),
-        {"profiles.p1.name", "2047"});
+    ExpectRefusal(WithBody(R"("profiles": {"p1": {"name": ")" +
+                           std::string(test::cLongestTextChars + 1, 'x') + "\"}}"),
+                  {"profiles.p1.name", "2047"});
     ExpectRefusal(WithBody(R"("profiles": {"p1": {"name": "a\u0000b"}})"), {"null character"});
     ExpectRefusal(WithBody(R"("profiles": {"p1": 5})"), {"profiles.p1", "object"});
     ExpectRefusal(WithBody(R"("profiles": [])"), {"profiles", "object"});
@@ -237,23 +230,23 @@ TEST(Document, RefusesBadRawValues) {
 TEST(Document, WhatItDoesNotHaveIsDeletedOrLeftAlone) {
     const std::string text = InMusic(R"("volume-leveler": 5)");
     const Plan merged = ReadDocument(text, Completeness::eMerge);
-    ASSERT_EQ(merged.values.size(), 1u);
-    EXPECT_EQ(merged.values[0].wanted, StoredValue::FromDword(5));
+    ASSERT_EQ(1u, merged.values.size());
+    EXPECT_EQ(StoredValue::FromDword(5), merged.values[0].wanted);
     const Plan exact = ReadDocument(text);
     std::size_t wanted = 0;
     for (const PlannedValue& planned : exact.values)
         wanted += planned.wanted.has_value();
-    EXPECT_EQ(wanted, 1u);
-    EXPECT_GT(exact.values.size(), 200u);
+    EXPECT_EQ(1u, wanted);
+    EXPECT_LT(200u, exact.values.size());
 }
 
 TEST(Document, MarksAndEncodingsOfOtherProgramsAreUnderstood) {
     const std::string text = WithBody("");
-    EXPECT_EQ(Refusal("\xEF\xBB\xBF" + text), "");
+    EXPECT_EQ("", Refusal("\xEF\xBB\xBF" + text));
     std::string wide = "\xFF\xFE";
     for (const char c : text)
         wide += {c, '\0'};
-    EXPECT_EQ(Refusal(wide), "");
+    EXPECT_EQ("", Refusal(wide));
 }
 
 TEST(Document, DifferencesAreShownAsInDocuments) {
@@ -263,12 +256,12 @@ TEST(Document, DifferencesAreShownAsInDocuments) {
     const Plan plan = ReadDocument(InMusic(R"("volume-leveler": 5, "volume-leveler.on": true)"),
                                    Completeness::eMerge);
     const std::vector<Difference> differences = Compare(plan, store);
-    ASSERT_EQ(differences.size(), 2u);
-    EXPECT_EQ(differences[0].Line(), "music: volume-leveler.on: not stored -> true");
-    EXPECT_EQ(differences[1].Line(), "music: volume-leveler: 7 -> 5");
-    EXPECT_EQ(differences[1].Document().dump(),
-              R"({"name":"volume-leveler","profile":"music","stored":7,"wanted":5})");
-    EXPECT_EQ(differences[0].Document()["stored"], nullptr);
+    ASSERT_EQ(2u, differences.size());
+    EXPECT_EQ("music: volume-leveler.on: not stored -> true", differences[0].Line());
+    EXPECT_EQ("music: volume-leveler: 7 -> 5", differences[1].Line());
+    EXPECT_EQ(R"({"name":"volume-leveler","profile":"music","stored":7,"wanted":5})",
+              differences[1].Document().dump());
+    EXPECT_EQ(nullptr, differences[0].Document()["stored"]);
 }
 
 }  // namespace

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "contract/engine_masks.h"
+#include "contract/profiles.h"
+#include "support/text_limits.h"
 #include "tools/support/memory_store.h"
 
 namespace kora4::tools {
@@ -20,21 +23,12 @@ std::vector<Finding> Of(const char* name, const StoredValue& stored) {
 // The severity of the only finding; none when there is none.
 std::optional<Severity> SeverityOf(const char* name, const StoredValue& stored) {
     const std::vector<Finding> findings = Of(name, stored);
-    EXPECT_LE(findings.size(), 1u);
+    EXPECT_GE(1u, findings.size());
     return findings.empty() ? std::nullopt : std::optional(findings[0].severity);
 }
 
 StoredValue Text(const char16_t* text) {
     return StoredValue::FromText(text);
-}
-
-void Put(MemoryStore& store, const Plan& plan) {
-    for (const PlannedValue& planned : plan.values) {
-        if (planned.wanted)
-            store.Write(planned.value.keySet, planned.value.key, *planned.wanted);
-        else
-            store.Delete(planned.value.keySet, planned.value.key);
-    }
 }
 
 TEST(Lint, HealthyStoresHaveNoFindings) {
@@ -67,12 +61,12 @@ TEST(Lint, AfterTheRepairOfAnyDamageThereIsNothingLeftToRepair) {
         const std::vector<Finding> findings = Lint(store);
         const Plan plan = FixPlan(findings);
         repaired += plan.values.size();
-        EXPECT_EQ(HasFindings(findings), !plan.values.empty());
+        EXPECT_EQ(!plan.values.empty(), HasFindings(findings));
         Put(store, plan);
         for (const Finding& finding : Lint(store))
-            EXPECT_EQ(finding.severity, Severity::eNote) << seed << ": " << finding.Line();
+            EXPECT_EQ(Severity::eNote, finding.severity) << seed << ": " << finding.Line();
     }
-    EXPECT_GT(repaired, 1000u);
+    EXPECT_LT(1000u, repaired);
 }
 
 TEST(Lint, RepairsLeaveEverythingElseAlone) {
@@ -91,51 +85,53 @@ TEST(Lint, RepairsLeaveEverythingElseAlone) {
 }
 
 TEST(Lint, AnotherTypeAndUnreadableContentAreErrors) {
-    EXPECT_EQ(SeverityOf("volume-leveler", Text(u"7")), Severity::eError);
-    EXPECT_EQ(SeverityOf("volume-leveler", {cDwordType, {7, 0}}), Severity::eError);
-    EXPECT_EQ(SeverityOf("dialog-enhancer", StoredValue::FromDword(1)), Severity::eError);
-    EXPECT_EQ(SeverityOf("dialog-enhancer", Text(u"loud")), Severity::eError);
-    EXPECT_EQ(SeverityOf("dialog-enhancer", Text(u"nan")), Severity::eError);
-    EXPECT_EQ(SeverityOf("graphic-eq.gains", Text(u"0100,0002,0000")), Severity::eError);
-    EXPECT_EQ(SeverityOf("audio-regulator.isolated", Text(u"0029")), Severity::eError);
-    EXPECT_EQ(SeverityOf("intelligent-eq", StoredValue::FromDword(6)), Severity::eError);
-    EXPECT_EQ(SeverityOf("demo-app-command", Text(std::u16string(2048, u'x').c_str())),
-              Severity::eError);
+    EXPECT_EQ(Severity::eError, SeverityOf("volume-leveler", Text(u"7")));
+    EXPECT_EQ(Severity::eError, SeverityOf("volume-leveler", {cDwordType, {7, 0}}));
+    EXPECT_EQ(Severity::eError, SeverityOf("dialog-enhancer", StoredValue::FromDword(1)));
+    EXPECT_EQ(Severity::eError, SeverityOf("dialog-enhancer", Text(u"loud")));
+    EXPECT_EQ(Severity::eError, SeverityOf("dialog-enhancer", Text(u"nan")));
+    EXPECT_EQ(Severity::eError, SeverityOf("graphic-eq.gains", Text(u"0100,0002,0000")));
+    EXPECT_EQ(Severity::eError, SeverityOf("audio-regulator.isolated", Text(u"0029")));
+    EXPECT_EQ(Severity::eError, SeverityOf("intelligent-eq", StoredValue::FromDword(6)));
+    EXPECT_EQ(Severity::eError,
+              SeverityOf("demo-app-command",
+                         Text(std::u16string(test::cLongestTextChars + 1, u'x').c_str())));
 }
 
 TEST(Lint, ValuesBeyondTheLimitsOfTheApiAreWarnings) {
-    EXPECT_EQ(SeverityOf("volume-leveler", StoredValue::FromDword(11)), Severity::eWarning);
-    EXPECT_EQ(SeverityOf("volume-leveler", StoredValue::FromDword(10)), std::nullopt);
-    EXPECT_EQ(SeverityOf("dialog-enhancer", Text(u"1.000001")), Severity::eWarning);
-    EXPECT_EQ(SeverityOf("dialog-enhancer", Text(u"1.000000")), std::nullopt);
-    EXPECT_EQ(SeverityOf("speaker-virtualizer", Text(u"10.000000")), std::nullopt);
-    EXPECT_EQ(SeverityOf("headphone-virtualizer", Text(u"10.000000")), Severity::eWarning);
-    EXPECT_EQ(SeverityOf("graphic-eq.gains", Text(u"0100,0001,0c01")), Severity::eWarning);
-    EXPECT_EQ(SeverityOf("graphic-eq.gains", Text(u"0100,0001,0c00")), std::nullopt);
-    EXPECT_EQ(SeverityOf("profile", StoredValue::FromDword(9)), Severity::eWarning);
-    EXPECT_EQ(SeverityOf("profile", StoredValue::FromDword(242)), std::nullopt);
-    EXPECT_EQ(SeverityOf("volume-leveler.on", StoredValue::FromDword(2)), std::nullopt);
+    EXPECT_EQ(Severity::eWarning, SeverityOf("volume-leveler", StoredValue::FromDword(11)));
+    EXPECT_EQ(std::nullopt, SeverityOf("volume-leveler", StoredValue::FromDword(10)));
+    EXPECT_EQ(Severity::eWarning, SeverityOf("dialog-enhancer", Text(u"1.000001")));
+    EXPECT_EQ(std::nullopt, SeverityOf("dialog-enhancer", Text(u"1.000000")));
+    EXPECT_EQ(std::nullopt, SeverityOf("speaker-virtualizer", Text(u"10.000000")));
+    EXPECT_EQ(Severity::eWarning, SeverityOf("headphone-virtualizer", Text(u"10.000000")));
+    EXPECT_EQ(Severity::eWarning, SeverityOf("graphic-eq.gains", Text(u"0100,0001,0c01")));
+    EXPECT_EQ(std::nullopt, SeverityOf("graphic-eq.gains", Text(u"0100,0001,0c00")));
+    EXPECT_EQ(Severity::eWarning, SeverityOf("profile", StoredValue::FromDword(9)));
+    EXPECT_EQ(std::nullopt, SeverityOf("profile", StoredValue::FromDword(cDemoGamesProfile)));
+    EXPECT_EQ(std::nullopt, SeverityOf("volume-leveler.on", StoredValue::FromDword(2)));
 }
 
 TEST(Lint, TextsWithoutTerminatorAreStoredProperlyWithTheirContent) {
     StoredValue stored = Text(u"0.500000");
     stored.bytes.resize(stored.bytes.size() - 2);
     const std::vector<Finding> findings = Of("dialog-enhancer", stored);
-    ASSERT_EQ(findings.size(), 1u);
-    EXPECT_EQ(findings[0].severity, Severity::eWarning);
+    ASSERT_EQ(1u, findings.size());
+    EXPECT_EQ(Severity::eWarning, findings[0].severity);
     ASSERT_TRUE(findings[0].fix);
-    EXPECT_EQ(findings[0].fix->wanted, Text(u"0.500000"));
+    EXPECT_EQ(Text(u"0.500000"), findings[0].fix->wanted);
 }
 
 TEST(Lint, OtherRepairsDeleteSoThatTheDefaultIsInForce) {
     const std::vector<Finding> findings = Of("volume-leveler", StoredValue::FromDword(11));
-    ASSERT_EQ(findings.size(), 1u);
+    ASSERT_EQ(1u, findings.size());
     ASSERT_TRUE(findings[0].fix);
-    EXPECT_EQ(findings[0].fix->wanted, std::nullopt);
-    EXPECT_EQ(findings[0].repair, "deleted, so that the default is in force: 0");
-    EXPECT_EQ(findings[0].Line(),
-              "warning: music: volume-leveler: it is out of range: the API sets 0 to 10 "
-              "(stored: 11)");
+    EXPECT_EQ(std::nullopt, findings[0].fix->wanted);
+    EXPECT_EQ("deleted, so that the default is in force: 0", findings[0].repair);
+    EXPECT_EQ(
+        "warning: music: volume-leveler: it is out of range: the API sets 0 to 10 "
+        "(stored: 11)",
+        findings[0].Line());
 }
 
 TEST(Lint, LevelsMustHoldWhatTheySay) {
@@ -148,18 +144,18 @@ TEST(Lint, LevelsMustHoldWhatTheySay) {
     Bytes blob(8 + 24 + 16);
     blob[4] = 1;
     blob[24] = 2;
-    EXPECT_EQ(problems(blob), 0u);
-    EXPECT_EQ(problems(Bytes(8)), 0u);
-    EXPECT_EQ(problems(Bytes(7)), 1u);
+    EXPECT_EQ(0u, problems(blob));
+    EXPECT_EQ(0u, problems(Bytes(8)));
+    EXPECT_EQ(1u, problems(Bytes(7)));
     blob[24] = 3;
-    EXPECT_EQ(problems(blob), 1u);
+    EXPECT_EQ(1u, problems(blob));
     blob[24] = 2;
     blob[4] = 2;
-    EXPECT_EQ(problems(blob), 1u);
+    EXPECT_EQ(1u, problems(blob));
     blob[4] = 1;
     for (std::size_t i = 24; i < 28; ++i)
         blob[i] = 0xFF;
-    EXPECT_EQ(problems(blob), 1u);
+    EXPECT_EQ(1u, problems(blob));
 }
 
 TEST(Lint, UnknownNamesAreNotesAndStay) {
@@ -167,17 +163,18 @@ TEST(Lint, UnknownNamesAreNotesAndStay) {
     store.values[{eKeySetStatic, "Something"}] = StoredValue::FromDword(1);
     store.Write(eKeySetStatic, pkey::Setting(999), StoredValue::FromDword(1));
     // A flag belongs into the dynamic keys.
-    store.Write(eKeySetStatic, FlagValue({Family::ePreset, 1}, 0).key,
+    store.Write(eKeySetStatic, SwitchValue({Family::ePreset, 1}, 0).key,
                 StoredValue::FromDword(1));
     const std::vector<Finding> findings = Lint(store);
-    EXPECT_EQ(findings.size(), 3u);
+    EXPECT_EQ(3u, findings.size());
     EXPECT_FALSE(HasFindings(findings));
     EXPECT_TRUE(FixPlan(findings).values.empty());
 }
 
 TEST(Lint, ABitOfTheMaskThatStandsForNothingIsANote) {
-    EXPECT_EQ(SeverityOf("engine-mask", StoredValue::FromDword(0x07FF)), Severity::eNote);
-    EXPECT_EQ(SeverityOf("engine-mask", StoredValue::FromDword(0x03FF)), std::nullopt);
+    EXPECT_EQ(Severity::eNote, SeverityOf("engine-mask", StoredValue::FromDword(0x07FF)));
+    EXPECT_EQ(std::nullopt,
+              SeverityOf("engine-mask", StoredValue::FromDword(cEngineTechnologies)));
 }
 
 TEST(Lint, TheMostSevereComesFirst) {
@@ -187,10 +184,10 @@ TEST(Lint, TheMostSevereComesFirst) {
     store.Write(amount.keySet, amount.key, StoredValue::FromDword(11));
     store.Write(boost.keySet, boost.key, StoredValue::FromDword(11));
     const std::vector<Finding> findings = Lint(store);
-    ASSERT_EQ(findings.size(), 2u);
-    EXPECT_EQ(findings[0].severity, Severity::eError);
-    EXPECT_EQ(findings[1].Document()["name"], "volume-leveler");
-    EXPECT_EQ(findings[1].Document()["profile"], "movie");
+    ASSERT_EQ(2u, findings.size());
+    EXPECT_EQ(Severity::eError, findings[0].severity);
+    EXPECT_EQ("volume-leveler", findings[1].Document()["name"]);
+    EXPECT_EQ("movie", findings[1].Document()["profile"]);
 }
 
 }  // namespace

@@ -7,9 +7,12 @@
 #include <set>
 
 #include "base/failure.h"
+#include "contract/patch_records.h"
 #include "contract/profiles.h"
 #include "faults/damage.h"
+#include "settings/content.h"
 #include "settings/settings_table.h"
+#include "support/text_limits.h"
 #include "tools/support/memory_store.h"
 
 namespace kora4::tools {
@@ -30,9 +33,9 @@ TEST(Schema, HasEveryValueThatTheLibraryReadsAndTheTraceWord) {
         EXPECT_TRUE(walked.insert(value.Name()).second) << "twice: " << value.Name();
     // The library has no use for a trigger of a technology without fields.
     for (const std::string& name : documented)
-        EXPECT_EQ(walked.count(name), 1u) << name;
+        EXPECT_EQ(1u, walked.count(name)) << name;
     for (const std::string& name : walked)
-        EXPECT_EQ(documented.count(name), 1u) << name;
+        EXPECT_EQ(1u, documented.count(name)) << name;
 }
 
 TEST(Schema, PutsEachValueIntoItsKeySet) {
@@ -41,32 +44,33 @@ TEST(Schema, PutsEachValueIntoItsKeySet) {
         walked[value.Name()] = value.keySet;
     constexpr KORA4KeySet cKeySets[] = {eKeySetStatic, eKeySetDynamic, eKeySetApp};
     for (const test::SchemaValue& value : test::WholeSchema())
-        EXPECT_EQ(walked[NameOf(value)], cKeySets[value.key]) << NameOf(value);
+        EXPECT_EQ(cKeySets[value.key], walked[NameOf(value)]) << NameOf(value);
 }
 
 TEST(Schema, MakesTheLibrarysKeys) {
     for (std::uint32_t profile : {0u, 1u, 4u, 8u, 240u, 242u}) {
-        EXPECT_EQ(FlagValue(cLeveler, profile).key, pkey::PresetPatch(eVolumeTech, profile, 0));
-        EXPECT_EQ(FieldValue(cLeveler, profile, 3).key,
-                  pkey::PresetPatch(eVolumeTech, profile, 3));
-        EXPECT_EQ(NameValue(profile).key, pkey::ProfileName(profile));
+        EXPECT_EQ(pkey::PresetPatch(eVolumeTech, profile, 0),
+                  SwitchValue(cLeveler, profile).key);
+        EXPECT_EQ(pkey::PresetPatch(eVolumeTech, profile, 3),
+                  FieldValue(cLeveler, profile, 3).key);
+        EXPECT_EQ(pkey::ProfileName(profile), NameValue(profile).key);
     }
-    EXPECT_EQ(TriggerValue(cLeveler).key, PresetTriggerKey(eVolumeTech));
+    EXPECT_EQ(PresetTriggerKey(eVolumeTech), TriggerValue(cLeveler).key);
     const Technology optimizer{Family::eGlobal, eAudioOptimizerTech};
-    EXPECT_EQ(FieldValue(optimizer, 0, 12).key, GlobalPatchKey(eAudioOptimizerTech, 12));
-    EXPECT_EQ(TriggerValue(optimizer).key, GlobalTriggerKey(eAudioOptimizerTech));
+    EXPECT_EQ(GlobalPatchKey(eAudioOptimizerTech, 12), FieldValue(optimizer, 0, 12).key);
+    EXPECT_EQ(GlobalTriggerKey(eAudioOptimizerTech), TriggerValue(optimizer).key);
 }
 
 TEST(Schema, ValueNamesReadBack) {
     for (const SchemaValue& value : Schema())
-        EXPECT_EQ(ParseValueName(value.Name()), value.key);
+        EXPECT_EQ(value.key, ParseValueName(value.Name()));
     for (const char* const other :
          {"", "{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60}",
           "{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},", "{5c2e8a47-91D3-4B6F-A0E2-3F7C19B84D60},2",
           "{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},02",
           "{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},2x",
           "{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},9999999999"})
-        EXPECT_EQ(ParseValueName(other), std::nullopt) << other;
+        EXPECT_EQ(std::nullopt, ParseValueName(other)) << other;
 }
 
 TEST(Schema, DefaultsCanBeReadAndAreThoseOfTheRows) {
@@ -78,26 +82,26 @@ TEST(Schema, DefaultsCanBeReadAndAreThoseOfTheRows) {
         return std::get<std::uint32_t>(*Decode(FieldValue(cLeveler, profile, 3),
                                                *FieldValue(cLeveler, profile, 3).Default()));
     };
-    EXPECT_EQ(amount(cMovieProfile), 0x40007u);
-    EXPECT_EQ(amount(cMusicProfile), 0u);
-    EXPECT_EQ(amount(cFirstCustomProfile), 0x40007u);
-    EXPECT_EQ(amount(cDemoMovieProfile), 0x40007u);
-    EXPECT_EQ(amount(cDemoMusicProfile), 0u);
+    EXPECT_EQ(test::cMovieVolume, amount(cMovieProfile));
+    EXPECT_EQ(0u, amount(cMusicProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cFirstCustomProfile));
+    EXPECT_EQ(test::cMovieVolume, amount(cDemoMovieProfile));
+    EXPECT_EQ(0u, amount(cDemoMusicProfile));
     const Technology dialog{Family::ePreset, eEnhancementTech};
-    EXPECT_EQ(FlagValue(dialog, cMusicProfile).defaultNumber, 0u);
-    EXPECT_EQ(FlagValue(dialog, cDemoMusicProfile).defaultNumber, 0u);
-    EXPECT_EQ(FlagValue(dialog, cFirstCustomProfile).defaultNumber, 1u);
+    EXPECT_EQ(0u, SwitchValue(dialog, cMusicProfile).defaultNumber);
+    EXPECT_EQ(0u, SwitchValue(dialog, cDemoMusicProfile).defaultNumber);
+    EXPECT_EQ(1u, SwitchValue(dialog, cFirstCustomProfile).defaultNumber);
 }
 
 TEST(Schema, AnEffectiveValueIsTheStoredOneOrTheDefault) {
     MemoryStore store;
     const SchemaValue value = FieldValue(cLeveler, cMusicProfile, 3);
-    EXPECT_EQ(Effective(value, store), Value(std::uint32_t{0}));
+    EXPECT_EQ(Value(std::uint32_t{0}), Effective(value, store));
     store.Write(value.keySet, value.key, StoredValue::FromDword(11));
-    EXPECT_EQ(Effective(value, store), Value(std::uint32_t{11}));
+    EXPECT_EQ(Value(std::uint32_t{11}), Effective(value, store));
     store.Write(value.keySet, value.key, StoredValue::FromText(u"11"));
-    EXPECT_EQ(Effective(value, store), Value(std::uint32_t{0}));
-    EXPECT_EQ(Effective(NameValue(3), store), std::nullopt);
+    EXPECT_EQ(Value(std::uint32_t{0}), Effective(value, store));
+    EXPECT_EQ(std::nullopt, Effective(NameValue(3), store));
 }
 
 TEST(Schema, EncodedValuesReadBack) {
@@ -107,17 +111,17 @@ TEST(Schema, EncodedValuesReadBack) {
             const StoredValue stored = random.Right(value, true);
             const std::optional<Value> content = Decode(value, stored);
             ASSERT_TRUE(content) << value.Name() << ": " << Describe(stored);
-            EXPECT_EQ(Encode(value, *content), stored);
+            EXPECT_EQ(stored, Encode(value, *content));
         }
     }
 }
 
 TEST(Schema, RefusesToStoreWhatNoReaderTakes) {
-    EXPECT_THROW(Encode(NameValue(3), std::string(2048, 'x')), Failure);
-    EXPECT_NO_THROW(Encode(NameValue(3), std::string(2047, 'x')));
+    EXPECT_THROW(Encode(NameValue(3), std::string(test::cLongestTextChars + 1, 'x')), Failure);
+    EXPECT_NO_THROW(Encode(NameValue(3), std::string(test::cLongestTextChars, 'x')));
     EXPECT_THROW(Encode(NameValue(3), std::string("a\0b", 3)), Failure);
     const SchemaValue gains = FieldValue({Family::ePreset, eStandardEQTech}, 0, 4);
-    EXPECT_NO_THROW(Encode(gains, std::vector<float>(40)));
+    EXPECT_NO_THROW(Encode(gains, std::vector<float>(cMaxArrayElements)));
     EXPECT_THROW(Encode(gains, std::vector<float>(41)), Failure);
     const SchemaValue curve = FieldValue({Family::ePreset, eDynamicEQTech}, 0, 5);
     EXPECT_THROW(Encode(curve, std::uint32_t{6}), Failure);
@@ -126,10 +130,10 @@ TEST(Schema, RefusesToStoreWhatNoReaderTakes) {
 }
 
 TEST(Schema, FieldsAndNamesAreAnnouncedAndNothingElse) {
-    EXPECT_EQ(FieldValue(cLeveler, 4, 3).Announcement(), PresetTriggerKey(eVolumeTech));
-    EXPECT_EQ(NameValue(3).Announcement(), pkey::Setting(pkey::cProfileTableCounterPid));
-    EXPECT_EQ(FlagValue(cLeveler, 4).Announcement(), std::nullopt);
-    EXPECT_EQ(SettingValue(pkey::cSamplingPeriodPid).Announcement(), std::nullopt);
+    EXPECT_EQ(PresetTriggerKey(eVolumeTech), FieldValue(cLeveler, 4, 3).Announcement());
+    EXPECT_EQ(pkey::Setting(pkey::cProfileTableCounterPid), NameValue(3).Announcement());
+    EXPECT_EQ(std::nullopt, SwitchValue(cLeveler, 4).Announcement());
+    EXPECT_EQ(std::nullopt, SettingValue(pkey::cSamplingPeriodPid).Announcement());
 }
 
 }  // namespace

@@ -7,6 +7,9 @@
 #include <set>
 
 #include "base/failure.h"
+#include "contract/defaults.h"
+#include "contract/profiles.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 namespace {
@@ -20,7 +23,7 @@ std::string Refusal(const char* name, const char* text, std::optional<Value> cur
     try {
         ParseValue(SettingNamed(name), text, current);
     } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Code(), ExitCode::eBadInput);
+        EXPECT_EQ(ExitCode::eBadInput, failure.Code());
         return std::string(failure.what()) + " " + failure.Next();
     }
     return {};
@@ -35,8 +38,10 @@ TEST(SettingsTable, HasEachNameOnce) {
     for (const Setting& setting : SettingsTable()) {
         EXPECT_TRUE(names.insert(setting.name).second) << setting.name;
         EXPECT_FALSE(setting.summary.empty()) << setting.name;
-        EXPECT_EQ(setting.reader.empty(), setting.access == Access::eStoreOnly) << setting.name;
-        EXPECT_EQ(setting.writer.empty(), setting.access != Access::eReadWrite) << setting.name;
+        EXPECT_EQ(setting.access == Access::eStoreOnly, *ReaderName(setting.methods) == 0)
+            << setting.name;
+        EXPECT_EQ(setting.access != Access::eReadWrite, *WriterName(setting.methods) == 0)
+            << setting.name;
     }
     for (const char* const name : {"profile",
                                    "enable",
@@ -71,7 +76,7 @@ TEST(SettingsTable, HasEachNameOnce) {
                                    "audio-optimizer.gains-1",
                                    "audio-optimizer.gains-8",
                                    "name"})
-        EXPECT_EQ(names.count(name), 1u) << name;
+        EXPECT_EQ(1u, names.count(name)) << name;
 }
 
 TEST(SettingsTable, EverySettingOfTheStoreIsARow) {
@@ -80,22 +85,22 @@ TEST(SettingsTable, EverySettingOfTheStoreIsARow) {
             value.role != Role::eTrigger && value.role != Role::eTableCounter &&
             value.role != Role::eSavedDemoState && value.role != Role::eVisualization;
         const Setting* const setting = SettingOf(value);
-        ASSERT_EQ(setting != nullptr, isSetting) << value.Name();
+        ASSERT_EQ(isSetting, setting != nullptr) << value.Name();
         if (setting) {
-            EXPECT_EQ(setting->Stored(value.profile.value_or(0)).key, value.key)
+            EXPECT_EQ(value.key, setting->Stored(value.profile.value_or(0)).key)
                 << setting->name;
         }
     }
 }
 
 TEST(SettingsTable, FindsByNameAliasAndNumberInAnyCase) {
-    EXPECT_EQ(SettingNamed("Volume-Leveler").name, "volume-leveler");
-    EXPECT_EQ(SettingNamed("volume").name, "volume-leveler");
-    EXPECT_EQ(SettingNamed("volume.on").name, "volume-leveler.on");
-    EXPECT_EQ(SettingNamed("volume-leveler.switch").name, "volume-leveler.on");
-    EXPECT_EQ(SettingNamed("3").name, "dialog-enhancer");
-    EXPECT_EQ(SettingNamed("5.on").name, "speaker-virtualizer.on");
-    EXPECT_EQ(FindSetting("no-such-thing"), nullptr);
+    EXPECT_EQ("volume-leveler", SettingNamed("Volume-Leveler").name);
+    EXPECT_EQ("volume-leveler", SettingNamed("volume").name);
+    EXPECT_EQ("volume-leveler.on", SettingNamed("volume.on").name);
+    EXPECT_EQ("volume-leveler.on", SettingNamed("volume-leveler.switch").name);
+    EXPECT_EQ("dialog-enhancer", SettingNamed("3").name);
+    EXPECT_EQ("speaker-virtualizer.on", SettingNamed("5.on").name);
+    EXPECT_EQ(nullptr, FindSetting("no-such-thing"));
 }
 
 TEST(SettingsTable, AnUnknownNameIsAnsweredWithTheNearest) {
@@ -103,46 +108,46 @@ TEST(SettingsTable, AnUnknownNameIsAnsweredWithTheNearest) {
         SettingNamed("volume-levler");
         FAIL() << "found";
     } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Code(), ExitCode::eBadInput);
-        EXPECT_NE(failure.Next().find("volume-leveler"), std::string::npos) << failure.Next();
+        EXPECT_EQ(ExitCode::eBadInput, failure.Code());
+        EXPECT_NE(std::string::npos, failure.Next().find("volume-leveler")) << failure.Next();
     }
 }
 
 TEST(SettingsTable, SwitchesOfTechnologies) {
-    EXPECT_EQ(SwitchOf(SettingNamed("volume-leveler"))->name, "volume-leveler.on");
-    EXPECT_EQ(SwitchOf(SettingNamed("graphic-eq"))->name, "graphic-eq.on");
-    EXPECT_EQ(SwitchOf(SettingNamed("peak-limiter.on"))->name, "peak-limiter.on");
-    EXPECT_EQ(SwitchOf(SettingNamed("enable"))->name, "enable");
-    EXPECT_EQ(SwitchOf(SettingNamed("volume-leveler.field-6")), nullptr);
-    EXPECT_EQ(SwitchOf(SettingNamed("sampling-period")), nullptr);
+    EXPECT_EQ("volume-leveler.on", SwitchOf(SettingNamed("volume-leveler"))->name);
+    EXPECT_EQ("graphic-eq.on", SwitchOf(SettingNamed("graphic-eq"))->name);
+    EXPECT_EQ("peak-limiter.on", SwitchOf(SettingNamed("peak-limiter.on"))->name);
+    EXPECT_EQ("enable", SwitchOf(SettingNamed("enable"))->name);
+    EXPECT_EQ(nullptr, SwitchOf(SettingNamed("volume-leveler.field-6")));
+    EXPECT_EQ(nullptr, SwitchOf(SettingNamed("sampling-period")));
 }
 
 TEST(SettingsTable, ParsesWordsAndNumbers) {
-    EXPECT_EQ(Parsed("enable", "ON"), Value(true));
-    EXPECT_EQ(Parsed("enable", "0"), Value(false));
-    EXPECT_EQ(Parsed("volume-leveler", " 7 "), Number(7));
-    EXPECT_EQ(Parsed("dialog-enhancer", "0.5"), Value(0.5f));
-    EXPECT_EQ(Parsed("intelligent-eq", "Warm"), Number(5));
-    EXPECT_EQ(Parsed("intelligent-eq", "2"), Number(2));
-    EXPECT_EQ(Parsed("profile", "p6"), Number(8));
-    EXPECT_EQ(Parsed("sampling-period", "20 ms"), Number(20));
-    EXPECT_EQ(Parsed("sampling-period", "20ms"), Number(20));
-    EXPECT_EQ(Parsed("trace-flags", "0x01000400"), Number(0x01000400));
-    EXPECT_EQ(Parsed("volume-leveler.field-6", "-20"), Value(-20.0f));
-    EXPECT_EQ(Parsed("graphic-eq.gains", "1, -2 3.5"),
-              Value(std::vector<float>{1.0f, -2.0f, 3.5f}));
-    EXPECT_EQ(Parsed("audio-regulator.isolated", "on,off"),
-              Value(std::vector<bool>{true, false}));
+    EXPECT_EQ(Value(true), Parsed("enable", "ON"));
+    EXPECT_EQ(Value(false), Parsed("enable", "0"));
+    EXPECT_EQ(Number(7), Parsed("volume-leveler", " 7 "));
+    EXPECT_EQ(Value(0.5f), Parsed("dialog-enhancer", "0.5"));
+    EXPECT_EQ(Number(5), Parsed("intelligent-eq", "Warm"));
+    EXPECT_EQ(Number(2), Parsed("intelligent-eq", "2"));
+    EXPECT_EQ(Number(8), Parsed("profile", "p6"));
+    EXPECT_EQ(Number(20), Parsed("sampling-period", "20 ms"));
+    EXPECT_EQ(Number(20), Parsed("sampling-period", "20ms"));
+    EXPECT_EQ(Number(0x01000400), Parsed("trace-flags", "0x01000400"));
+    EXPECT_EQ(Value(-20.0f), Parsed("volume-leveler.field-6", "-20"));
+    EXPECT_EQ(Value(std::vector<float>{1.0f, -2.0f, 3.5f}),
+              Parsed("graphic-eq.gains", "1, -2 3.5"));
+    EXPECT_EQ(Value(std::vector<bool>{true, false}),
+              Parsed("audio-regulator.isolated", "on,off"));
 }
 
 TEST(SettingsTable, RefusesWithWhatIsAllowed) {
-    EXPECT_NE(Refusal("volume-leveler", "11").find("0 to 10"), std::string::npos);
-    EXPECT_NE(Refusal("volume-leveler", "7.5").find("whole"), std::string::npos);
-    EXPECT_NE(Refusal("dialog-enhancer", "1.01").find("0 to 1"), std::string::npos);
-    EXPECT_NE(Refusal("enable", "maybe").find("on or off"), std::string::npos);
-    EXPECT_NE(Refusal("intelligent-eq", "loud").find("balanced"), std::string::npos);
-    EXPECT_NE(Refusal("profile", "demo-music").find("movie"), std::string::npos);
-    EXPECT_NE(Refusal("graphic-eq.gains", "1,13").find("-12 to 12"), std::string::npos);
+    EXPECT_NE(std::string::npos, Refusal("volume-leveler", "11").find("0 to 10"));
+    EXPECT_NE(std::string::npos, Refusal("volume-leveler", "7.5").find("whole"));
+    EXPECT_NE(std::string::npos, Refusal("dialog-enhancer", "1.01").find("0 to 1"));
+    EXPECT_NE(std::string::npos, Refusal("enable", "maybe").find("on or off"));
+    EXPECT_NE(std::string::npos, Refusal("intelligent-eq", "loud").find("balanced"));
+    EXPECT_NE(std::string::npos, Refusal("profile", "demo-music").find("movie"));
+    EXPECT_NE(std::string::npos, Refusal("graphic-eq.gains", "1,13").find("-12 to 12"));
     EXPECT_FALSE(Refusal("graphic-eq.gains", "1,x").empty());
     EXPECT_FALSE(Refusal("dialog-enhancer", "nan").empty());
     EXPECT_FALSE(Refusal("dialog-enhancer", "").empty());
@@ -151,24 +156,25 @@ TEST(SettingsTable, RefusesWithWhatIsAllowed) {
 }
 
 TEST(SettingsTable, TheStoreTakesWhatTheApiDoesNot) {
-    EXPECT_EQ(ParseValue(SettingNamed("volume-leveler"), "262151", {}, Limits::eStore),
-              Number(262151));
-    EXPECT_EQ(ParseValue(SettingNamed("speaker-virtualizer"), "10", {}, Limits::eStore),
-              Value(10.0f));
+    EXPECT_EQ(Number(defaults::cVolumeAmount[cMovieProfile]),
+              ParseValue(SettingNamed("volume-leveler"), "262151", {}, Limits::eStore));
+    EXPECT_EQ(Value(10.0f),
+              ParseValue(SettingNamed("speaker-virtualizer"), "10", {}, Limits::eStore));
 }
 
 TEST(SettingsTable, RelativeValuesStopAtTheEndsOfTheRange) {
-    EXPECT_EQ(Parsed("volume-leveler", "+1", Number(7)), Number(8));
-    EXPECT_EQ(Parsed("volume-leveler", "-3", Number(7)), Number(4));
-    EXPECT_EQ(Parsed("volume-leveler", "+9", Number(7)), Number(10));
-    EXPECT_EQ(Parsed("volume-leveler", "-1", Number(262151)), Number(10));
-    EXPECT_EQ(Parsed("volume-leveler", "-20%", Number(7)), Number(5));
-    EXPECT_EQ(Parsed("volume-leveler", "+1%", Number(7)), Number(8));
-    EXPECT_EQ(Parsed("headphone-virtualizer", "+50%", Value(1.0f)), Value(4.0f));
-    EXPECT_EQ(Parsed("dialog-enhancer", "-1", Value(0.25f)), Value(0.0f));
-    EXPECT_EQ(Parsed("sampling-period", "+10", Number(50)), Number(60));
-    EXPECT_EQ(Parsed("sampling-period", "-100", Number(50)), Number(0));
-    EXPECT_NE(Refusal("sampling-period", "+10%", Number(50)).find("range"), std::string::npos);
+    EXPECT_EQ(Number(8), Parsed("volume-leveler", "+1", Number(7)));
+    EXPECT_EQ(Number(4), Parsed("volume-leveler", "-3", Number(7)));
+    EXPECT_EQ(Number(10), Parsed("volume-leveler", "+9", Number(7)));
+    EXPECT_EQ(Number(10),
+              Parsed("volume-leveler", "-1", Number(defaults::cVolumeAmount[cMovieProfile])));
+    EXPECT_EQ(Number(5), Parsed("volume-leveler", "-20%", Number(7)));
+    EXPECT_EQ(Number(8), Parsed("volume-leveler", "+1%", Number(7)));
+    EXPECT_EQ(Value(4.0f), Parsed("headphone-virtualizer", "+50%", Value(1.0f)));
+    EXPECT_EQ(Value(0.0f), Parsed("dialog-enhancer", "-1", Value(0.25f)));
+    EXPECT_EQ(Number(60), Parsed("sampling-period", "+10", Number(50)));
+    EXPECT_EQ(Number(0), Parsed("sampling-period", "-100", Number(50)));
+    EXPECT_NE(std::string::npos, Refusal("sampling-period", "+10%", Number(50)).find("range"));
     EXPECT_FALSE(Refusal("volume-leveler", "+1").empty());
     EXPECT_FALSE(Refusal("volume-leveler", "+", Number(7)).empty());
 }
@@ -179,48 +185,48 @@ TEST(SettingsTable, FormattedValuesParse) {
             continue;
         const Value value = *Decode(setting.Stored(0), *setting.Stored(0).Default());
         const std::string text = FormatValue(setting, value);
-        EXPECT_EQ(ParseValue(setting, text, {}, Limits::eStore), value)
+        EXPECT_EQ(value, ParseValue(setting, text, {}, Limits::eStore))
             << setting.name << ": " << text;
     }
 }
 
 TEST(SettingsTable, ValuesInJson) {
-    EXPECT_EQ(ToJson(SettingNamed("profile"), Number(4)).dump(), "\"p2\"");
-    EXPECT_EQ(ToJson(SettingNamed("profile"), Number(77)).dump(), "77");
-    EXPECT_EQ(ToJson(SettingNamed("dialog-enhancer"), Value(0.33f)).dump(), "0.33");
-    EXPECT_EQ(ToJson(SettingNamed("enable"), Value(true)).dump(), "true");
-    EXPECT_EQ(ToJson(SettingNamed("graphic-eq.frequencies"), Value(std::vector<float>{32, 64}))
-                  .dump(),
-              "[32.0,64.0]");
+    EXPECT_EQ("\"p2\"", ToJson(SettingNamed("profile"), Number(4)).dump());
+    EXPECT_EQ("77", ToJson(SettingNamed("profile"), Number(77)).dump());
+    EXPECT_EQ("0.33", ToJson(SettingNamed("dialog-enhancer"), Value(0.33f)).dump());
+    EXPECT_EQ("true", ToJson(SettingNamed("enable"), Value(true)).dump());
+    EXPECT_EQ("[32.0,64.0]",
+              ToJson(SettingNamed("graphic-eq.frequencies"), Value(std::vector<float>{32, 64}))
+                  .dump());
 }
 
 TEST(SettingsTable, UnitsAreShownWhenAsked) {
-    EXPECT_EQ(FormatValue(SettingNamed("sampling-period"), Number(50), true), "50 ms");
-    EXPECT_EQ(FormatValue(SettingNamed("sampling-period"), Number(50)), "50");
-    EXPECT_EQ(FormatValue(SettingNamed("intelligent-eq"), Number(1), true), "open");
-    EXPECT_EQ(FormatValue(SettingNamed("engine-mask"), Number(0x3ff)), "0x000003ff");
+    EXPECT_EQ("50 ms", FormatValue(SettingNamed("sampling-period"), Number(50), true));
+    EXPECT_EQ("50", FormatValue(SettingNamed("sampling-period"), Number(50)));
+    EXPECT_EQ("open", FormatValue(SettingNamed("intelligent-eq"), Number(1), true));
+    EXPECT_EQ("0x000003ff", FormatValue(SettingNamed("engine-mask"), Number(0x3ff)));
 }
 
 TEST(SettingsTable, CompletionOffersWhatCanBeSet) {
-    EXPECT_EQ(CompletionWords(SettingNamed("enable")), (std::vector<std::string>{"on", "off"}));
-    EXPECT_EQ(CompletionWords(SettingNamed("profile")).size(), 9u);
-    EXPECT_EQ(CompletionWords(SettingNamed("intelligent-eq")).size(), 6u);
+    EXPECT_EQ((std::vector<std::string>{"on", "off"}), CompletionWords(SettingNamed("enable")));
+    EXPECT_EQ(9u, CompletionWords(SettingNamed("profile")).size());
+    EXPECT_EQ(6u, CompletionWords(SettingNamed("intelligent-eq")).size());
     EXPECT_TRUE(CompletionWords(SettingNamed("volume-leveler")).empty());
 }
 
 TEST(Names, ProfilesByWordAndNumber) {
-    EXPECT_EQ(ParseProfile("Music"), 1u);
-    EXPECT_EQ(ParseProfile("241"), 241u);
-    EXPECT_EQ(ProfileName(8), "p6");
-    EXPECT_EQ(ProfileName(77), "77");
+    EXPECT_EQ(1u, ParseProfile("Music"));
+    EXPECT_EQ(cDemoMusicProfile, ParseProfile("241"));
+    EXPECT_EQ("p6", ProfileName(8));
+    EXPECT_EQ("77", ProfileName(77));
     for (const char* const bad : {"77", "p7", "", "-1", "1x"})
         EXPECT_THROW(ParseProfile(bad), Failure) << bad;
 }
 
 TEST(Names, TechnologiesByWordAndNumberOfTheApi) {
-    EXPECT_STREQ(ParseTechnology("2").word, "intelligent-eq");
-    EXPECT_STREQ(ParseTechnology("Peak-Limiter").word, "peak-limiter");
-    EXPECT_THROW(ParseTechnology("6"), Failure);
+    EXPECT_STREQ("intelligent-eq", FindTechnology("2")->word);
+    EXPECT_STREQ("peak-limiter", FindTechnology("Peak-Limiter")->word);
+    EXPECT_EQ(nullptr, FindTechnology("6"));
 }
 
 }  // namespace

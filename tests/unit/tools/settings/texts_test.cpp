@@ -76,7 +76,7 @@ TEST(StoredTexts, ReadTheDocumentedTextsAsTheSlowReaderDoes) {
     int rows = 0;
     for (const char* const mark : {"written texts", "read texts"}) {
         const test::MarkedTable* const table = document.Find(mark);
-        ASSERT_NE(table, nullptr) << mark;
+        ASSERT_NE(nullptr, table) << mark;
         const auto column =
             std::find(table->columns.begin(), table->columns.end(), "Stored text") -
             table->columns.begin();
@@ -85,14 +85,14 @@ TEST(StoredTexts, ReadTheDocumentedTextsAsTheSlowReaderDoes) {
             ++rows;
         }
     }
-    EXPECT_GT(rows, 35);
+    EXPECT_LT(35, rows);
 }
 
 TEST(StoredTexts, WriteTheDocumentedValuesAsDocumented) {
     const test::Document document =
         test::ParseDocument(test::ReadProjectFile("docs/store-schema.md"));
     const test::MarkedTable* const table = document.Find("written texts");
-    ASSERT_NE(table, nullptr);
+    ASSERT_NE(nullptr, table);
     for (const test::Row& row : table->rows) {
         std::vector<float> values;
         for (std::size_t at = 0; at < row[2].size();) {

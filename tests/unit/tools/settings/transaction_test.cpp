@@ -50,11 +50,11 @@ class Transaction : public testing::Test {
 
     // Nothing moved but the counters, which are no settings.
     void ExpectBefore(const std::string& where) {
-        EXPECT_EQ(Covered(m_store.values, Scope::eAll), Covered(m_before, Scope::eAll))
+        EXPECT_EQ(Covered(m_before, Scope::eAll), Covered(m_store.values, Scope::eAll))
             << where;
     }
     void ExpectAfter(const std::string& where) {
-        EXPECT_EQ(Covered(m_store.values, Scope::eAll), Covered(m_after, Scope::eAll)) << where;
+        EXPECT_EQ(Covered(m_after, Scope::eAll), Covered(m_store.values, Scope::eAll)) << where;
     }
     void ExpectEither(const std::string& where, Recovery outcome) {
         if (outcome == Recovery::eFinished)
@@ -103,16 +103,16 @@ TEST_F(Transaction, WritesNothingWhenNothingChanges) {
     m_store.writes = 0;
     const Applied again = Apply(m_plan, m_store, lock, File());
     EXPECT_TRUE(again.changes.empty());
-    EXPECT_EQ(again.announcements, 0u);
-    EXPECT_EQ(m_store.writes, 0);
+    EXPECT_EQ(0u, again.announcements);
+    EXPECT_EQ(0, m_store.writes);
 }
 
 TEST_F(Transaction, WritesStaticValuesThenDynamicOnesThenCounters) {
     Prepare(2);
     const StoreLock lock;
     const Applied applied = Apply(m_plan, m_store, lock, File());
-    ASSERT_EQ(m_store.written.size(), applied.changes.size() + applied.announcements);
-    EXPECT_GT(applied.announcements, 3u);
+    ASSERT_EQ(applied.changes.size() + applied.announcements, m_store.written.size());
+    EXPECT_LT(3u, applied.announcements);
     int phase = 0;
     for (const std::string& name : m_store.written) {
         const PropertyKey key = *ParseValueName(name);
@@ -134,17 +134,17 @@ TEST_F(Transaction, CountsWhatAnnouncesTheChangesAndNothingElse) {
                      {flag, StoredValue::FromDword(1)},
                      {name, StoredValue::FromText(u"x")}};
     const StoreLock lock;
-    EXPECT_EQ(Apply(m_plan, m_store, lock, File()).announcements, 2u);
-    EXPECT_EQ(m_store.Number(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 7), 0u);
-    EXPECT_EQ(m_store.Number(eKeySetDynamic, PresetTriggerKey(eEnhancementTech), 7), 7u);
-    EXPECT_EQ(m_store.Number(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), 7),
-              1u);
+    EXPECT_EQ(2u, Apply(m_plan, m_store, lock, File()).announcements);
+    EXPECT_EQ(0u, m_store.Number(eKeySetDynamic, PresetTriggerKey(eVolumeTech), 7));
+    EXPECT_EQ(7u, m_store.Number(eKeySetDynamic, PresetTriggerKey(eEnhancementTech), 7));
+    EXPECT_EQ(1u,
+              m_store.Number(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), 7));
 }
 
 TEST_F(Transaction, AFailureAtEachWriteLeavesTheOldStateAndSaysSo) {
     Prepare(3);
     const int writes = Writes();
-    ASSERT_GT(writes, 40);
+    ASSERT_LT(40, writes);
     for (int n = 0; n < writes; ++n) {
         m_store = {};
         m_store.values = m_before;
@@ -154,8 +154,8 @@ TEST_F(Transaction, AFailureAtEachWriteLeavesTheOldStateAndSaysSo) {
             Apply(m_plan, m_store, lock, File());
             ADD_FAILURE() << At(n) << " did not fail";
         } catch (const Failure& failure) {
-            EXPECT_EQ(failure.Code(), ExitCode::eFailed);
-            EXPECT_NE(std::string(failure.what()).find("has been put back"), std::string::npos);
+            EXPECT_EQ(ExitCode::eFailed, failure.Code());
+            EXPECT_NE(std::string::npos, std::string(failure.what()).find("has been put back"));
         }
         ExpectBefore(At(n));
         EXPECT_FALSE(HasJournal());
@@ -191,9 +191,9 @@ TEST_F(Transaction, WhenPuttingBackFailsTheJournalStaysAndMendsTheRest) {
                 Apply(m_plan, m_store, lock, File());
                 ADD_FAILURE() << At(n) << " did not fail";
             } catch (const Failure& failure) {
-                EXPECT_NE(std::string(failure.what()).find("failed as well"),
-                          std::string::npos);
-                EXPECT_NE(failure.Next().find("doctor"), std::string::npos);
+                EXPECT_NE(std::string::npos,
+                          std::string(failure.what()).find("failed as well"));
+                EXPECT_NE(std::string::npos, failure.Next().find("doctor"));
             }
         }
         EXPECT_TRUE(HasJournal());
@@ -229,8 +229,8 @@ TEST_F(Transaction, AKillAtEachWriteIsMended) {
         EXPECT_TRUE(recovered.foreign.empty());
     }
     // Only where nothing but announcements was missing.
-    EXPECT_GT(finished, 0);
-    EXPECT_LT(finished, 12);
+    EXPECT_LT(0, finished);
+    EXPECT_GT(12, finished);
 }
 
 TEST_F(Transaction, AKillWhilePuttingBackIsMended) {
@@ -274,15 +274,15 @@ TEST_F(Transaction, WhatSomebodyElseChangedAfterTheKillStays) {
     }
     m_store.writesToDeath = MemoryStore::cNever;
     Journal journal;
-    ASSERT_EQ(File().Read(journal), JournalFile::State::eWhole);
+    ASSERT_EQ(JournalFile::State::eWhole, File().Read(journal));
     const JournalEntry& entry = journal.entries.front();
     const StoredValue foreign = StoredValue::FromText(u"somebody else's");
     m_store.Write(entry.keySet, entry.key, foreign);
     const StoreLock lock;
     const Recovered recovered = Recover(m_store, lock, File());
-    EXPECT_EQ(recovered.outcome, Recovery::eUndone);
-    ASSERT_EQ(recovered.foreign.size(), 1u);
-    EXPECT_EQ(m_store.Read(entry.keySet, entry.key), foreign);
+    EXPECT_EQ(Recovery::eUndone, recovered.outcome);
+    ASSERT_EQ(1u, recovered.foreign.size());
+    EXPECT_EQ(foreign, m_store.Read(entry.keySet, entry.key));
     m_store.values.erase({entry.keySet, ValueName(entry.key)});
     m_before.erase({entry.keySet, ValueName(entry.key)});
     ExpectBefore("all the others");
@@ -296,9 +296,9 @@ TEST_F(Transaction, NothingIsChangedOverTheJournalOfAnother) {
         Apply(m_plan, m_store, lock, File());
         FAIL() << "applied";
     } catch (const Failure& failure) {
-        EXPECT_NE(failure.Next().find("doctor"), std::string::npos);
+        EXPECT_NE(std::string::npos, failure.Next().find("doctor"));
     }
-    EXPECT_EQ(m_store.values, m_before);
+    EXPECT_EQ(m_before, m_store.values);
 }
 
 TEST_F(Transaction, NothingIsChangedWhenTheJournalCannotBeWritten) {
@@ -309,9 +309,9 @@ TEST_F(Transaction, NothingIsChangedWhenTheJournalCannotBeWritten) {
         Apply(m_plan, m_store, lock, nowhere);
         FAIL() << "applied";
     } catch (const Failure& failure) {
-        EXPECT_NE(std::string(failure.what()).find("Nothing was changed"), std::string::npos);
+        EXPECT_NE(std::string::npos, std::string(failure.what()).find("Nothing was changed"));
     }
-    EXPECT_EQ(m_store.values, m_before);
+    EXPECT_EQ(m_before, m_store.values);
 }
 
 TEST_F(Transaction, AJournalThatWasCutShortMeansThatNothingWasWritten) {
@@ -326,13 +326,13 @@ TEST_F(Transaction, AJournalThatWasCutShortMeansThatNothingWasWritten) {
     for (const std::size_t length : {std::size_t{0}, std::size_t{1}, whole.size() - 1}) {
         WriteWholeFile(File().Path(), whole.substr(0, length));
         const StoreLock lock;
-        EXPECT_EQ(Recover(m_store, lock, File()).outcome, Recovery::eNotBegun) << length;
+        EXPECT_EQ(Recovery::eNotBegun, Recover(m_store, lock, File()).outcome) << length;
         EXPECT_FALSE(HasJournal());
-        EXPECT_EQ(m_store.values, m_before);
+        EXPECT_EQ(m_before, m_store.values);
     }
     WriteWholeFile(File().Path() + ".new", whole.substr(0, 10));
     const StoreLock lock;
-    EXPECT_EQ(Recover(m_store, lock, File()).outcome, Recovery::eNotBegun);
+    EXPECT_EQ(Recovery::eNotBegun, Recover(m_store, lock, File()).outcome);
     EXPECT_FALSE(HasJournal());
 }
 
@@ -348,18 +348,18 @@ TEST_F(Transaction, AFileThatIsNoJournalIsLeftAlone) {
         WriteWholeFile(File().Path(), text);
         const StoreLock lock;
         const Recovered recovered = Recover(m_store, lock, File());
-        EXPECT_EQ(recovered.outcome, Recovery::eUnreadable) << text;
+        EXPECT_EQ(Recovery::eUnreadable, recovered.outcome) << text;
         EXPECT_TRUE(HasJournal());
-        EXPECT_EQ(m_store.values, m_before);
-        EXPECT_NE(recovered.InWords().find(File().Path()), std::string::npos);
+        EXPECT_EQ(m_before, m_store.values);
+        EXPECT_NE(std::string::npos, recovered.InWords().find(File().Path()));
     }
 }
 
 TEST_F(Transaction, WithoutAJournalThereIsNothingToMend) {
     Prepare(13);
     const StoreLock lock;
-    EXPECT_EQ(Recover(m_store, lock, File()).outcome, Recovery::eNothing);
-    EXPECT_EQ(m_store.values, m_before);
+    EXPECT_EQ(Recovery::eNothing, Recover(m_store, lock, File()).outcome);
+    EXPECT_EQ(m_before, m_store.values);
 }
 
 }  // namespace

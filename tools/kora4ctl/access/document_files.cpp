@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Reading, applying and printing that the verbs of the settings document share.
+#include "kora4ctl/access/document_files.h"
+
+#include "registry/journal.h"
+#include "settings/transaction.h"
+
+namespace kora4::tools {
+
+void TellIfAbandoned(const Context& context, const StoreLock& lock) {
+    if (lock.WasAbandoned())
+        context.output.Say(
+            "The program that last held the settings store died while holding it; what it was "
+            "writing "
+            "may be incomplete. Run 'kora4ctl doctor' to check.");
+}
+
+Plan ReadPlan(const std::string& path, Completeness completeness) {
+    return ParseFile(path, [completeness](const std::string& text) {
+        return ReadDocument(text, completeness);
+    });
+}
+
+std::vector<Difference> ApplyPlan(const Context& context, const Plan& plan,
+                                  const HeldStore& store) {
+    const auto isInterrupted = [&context] { return context.interrupt.IsRequested(); };
+    return Apply(plan, *store, store.lock, JournalFile(DefaultJournalPath()), isInterrupted)
+        .changes;
+}
+
+std::string ToText(const Json& document) {
+    return document.dump(2) + "\n";
+}
+
+void PrintDifferences(Output& output, const std::vector<Difference>& differences) {
+    for (const Difference& difference : differences)
+        output.Print(difference.Line());
+}
+
+Json DocumentOf(const std::vector<Difference>& differences) {
+    Json list = Json::array();
+    for (const Difference& difference : differences)
+        list.push_back(difference.Document());
+    return list;
+}
+
+}  // namespace kora4::tools

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// The scripts that make shells complete a command line, with a comment on how to load them.
+#ifndef KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_SCRIPTS_H
+#define KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_SCRIPTS_H
+
+#include <string>
+
+#include "kora4ctl/command_line/completion.h"
+
+namespace kora4::tools {
+
+std::string BashScript(const Completion& completion);
+std::string PowerShellScript(const Completion& completion);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_SCRIPTS_H

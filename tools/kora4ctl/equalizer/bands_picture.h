@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// The bands of a graphic equalizer, drawn with characters.
+#ifndef KORA4_KORA4CTL_EQUALIZER_BANDS_PICTURE_H
+#define KORA4_KORA4CTL_EQUALIZER_BANDS_PICTURE_H
+
+#include <string>
+#include <vector>
+
+#include "kora4ctl/equalizer/bands.h"
+
+namespace kora4::tools {
+
+// One character a band: eight heights from the lowest gain to the highest.
+std::string OneLineCurve(const Bands& bands);
+
+// Bars up and down from the line of 0 dB with a scale at the left and the frequencies below,
+// at most `width` columns wide. `rows` is the number of lines above and below the 0 dB.
+std::vector<std::string> CurveGrid(const Bands& bands, std::size_t width, unsigned rows);
+
+// "32", "1k", "12.5k": about, where there is no room for more
+std::string ShortFrequency(float frequency);
+// "+3.0", "-1.5", "0.0"
+std::string SignedGain(float gain);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_KORA4CTL_EQUALIZER_BANDS_PICTURE_H

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// The values of settings as people and programs write them.
+#ifndef KORA4_SETTINGS_SETTING_VALUES_H
+#define KORA4_SETTINGS_SETTING_VALUES_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/output.h"
+#include "settings/content.h"
+#include "settings/settings_table.h"
+
+namespace kora4::tools {
+
+// Whether a value may be larger than what the API takes.
+enum class Limits {
+    eApi,    // what the API lets a client set
+    eStore,  // whatever can be stored
+};
+
+// What a user typed: `on`, `7`, `0.5`, `open`, `+1`, `-10%`; arrays as numbers between commas
+// or blanks. A relative value starts from `current` and stops at the ends of the range;
+// per cent are of the range. Failure with eBadInput says what is allowed.
+Value ParseValue(const Setting& setting, std::string_view text,
+                 const std::optional<Value>& current = {}, Limits limits = Limits::eApi);
+
+// Failure with eBadInput unless the value is within the limits of the API.
+void CheckRange(const Setting& setting, const Value& value);
+
+// Whether the value is within the limits of the API.
+bool IsInRange(const Setting& setting, const Value& value);
+
+// For people: "on", "7", "0.33", "open", "32 64 125"; with the unit: "50 ms".
+std::string FormatValue(const Setting& setting, const Value& value, bool withUnit = false);
+// true, 7, 0.33, "open", [32, 64]. Numbers without a word are numbers.
+Json ToJson(const Setting& setting, const Value& value);
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_SETTINGS_SETTING_VALUES_H
