@@ -11,6 +11,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "contract/field_tables.h"
+#include "contract/patch_limits.h"
 
 namespace kora4::tools {
 

@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "contract/patch_limits.h"
 #include "kora4ctl/terminal/text_layout.h"
 
 namespace kora4::tools {
