@@ -266,7 +266,7 @@ sub pure {
 # --- lines: a file can be read in one sitting ---------------------------------------------
 
 sub lines {
-    for my $file (files('\.(h|c|cpp|idl|rc|rgs|def|cmake|sh|pl)$|CMakeLists\.txt$')) {
+    for my $file (files('\.(h|hpp|c|cpp|idl|rc|rgs|def|cmake|sh|pl)$|CMakeLists\.txt$')) {
         my @lines = lines_of($file);
         complain($file, 601, scalar(@lines) . ' lines; 600 are allowed') if @lines > 600;
     }
@@ -425,7 +425,7 @@ sub copies_of_the_contract {
 }
 
 sub literals {
-    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|c|cpp|idl|rc|rgs|in|def)$')) {
+    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|hpp|c|cpp|idl|rc|rgs|in|def)$')) {
         my $text = code_of($file);
         my $at = sub { ($file, line_at($text, $_[0])) };
         guids_in($text, $at);
