@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "contract/trace_files.h"
+#include "contract/messages/trace_files.h"
 #include "trace/line_text.h"
 
 namespace kora4::trace {

@@ -5,7 +5,7 @@
 
 #include "base/text.h"
 #include "contract/messages/trace_categories.h"
-#include "contract/trace_files.h"
+#include "contract/messages/trace_files.h"
 #include "kora4ctl/explain/trace_log.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 #include "trace/line_text.h"

@@ -6,7 +6,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "contract/trace_files.h"
+#include "contract/messages/trace_files.h"
 #include "kora4ctl/terminal/local_time.h"
 #include "process/files.h"
 

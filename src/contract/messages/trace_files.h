@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Where the trace lines go beside the debugger's output.
-#ifndef KORA4_CONTRACT_TRACE_FILES_H
-#define KORA4_CONTRACT_TRACE_FILES_H
+#ifndef KORA4_CONTRACT_MESSAGES_TRACE_FILES_H
+#define KORA4_CONTRACT_MESSAGES_TRACE_FILES_H
 
 namespace kora4::trace {
 
@@ -12,4 +12,4 @@ inline constexpr char cSharedLog[] = "KalTrace";
 
 }  // namespace kora4::trace
 
-#endif  // KORA4_CONTRACT_TRACE_FILES_H
+#endif  // KORA4_CONTRACT_MESSAGES_TRACE_FILES_H
