@@ -26,7 +26,7 @@ HRESULT UseMusic() {
 
     hr = api->SetActiveProfile(KORA4_PROFILE_MUSIC);
     if (hr == S_OK) {
-        std::printf("Now it is Music, and every other client is told.\n");
+        std::printf("Music is now active; every other client is notified.\n");
     } else if (hr == KORA4_S_DEMO_MODE_ACTIVE) {
         std::printf("A demo is running, so nothing has changed.\n");
     }
