@@ -88,7 +88,7 @@ my @budgets = (
     ['the same, 99th percentile', 1.15, ratios('methods', 1)],
     ['the same with the default trace word, median', 1.05, ratios('methods, default trace')],
     ['creation, Initialize and Release, times their bare calls', 1.05,
-     grep { $_->[0] eq 'together' } ratios('life')],
+     grep { $_->[0] eq 'together' } ratios('lifetime')],
     ['foreign write to callback, times its bare equivalent', 1.10,
      ratios('foreign write to callback')],
     ['50 watching objects, times one', 50, map {
@@ -102,7 +102,7 @@ my @budgets = (
     ['20-element array decoded, us', 0.12, values_of($own, '20-element array decoded')],
     ['20-element array encoded, us', 0.06, values_of($own, '20-element array encoded')],
     ['suppressed trace statement, us', 0.002, values_of($own, 'suppressed trace statement')],
-    ['platform calls while idle', 0, map { [$_->{name}, $_->{value}] } in_group('idling')],
+    ['platform calls while idle', 0, map { [$_->{name}, $_->{value}] } in_group('idle')],
     ['size of QXA64T.dll, KB', 320,
      values_of('size and private memory', 'QXA64T.dll, the file')],
 );
@@ -135,7 +135,7 @@ for my $budget (@budgets) {
 my %noise = (
     'methods'                         => 0.03,
     'methods, default trace'          => 0.03,
-    'life'                            => 0.10,
+    'lifetime'                            => 0.10,
     'foreign write to callback'       => 0.08,
     'client processes, slider reads'  => 0.15,
     'beside an INI file'              => 0.15,

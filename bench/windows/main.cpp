@@ -36,7 +36,7 @@ void MeasureAll(const Extent& extent, Results& results) {
     MeasureProcesses(extent, results);
     Say("an INI file");
     MeasureIniFile(library, extent, results);
-    Say("idling");
+    Say("idle");
     MeasureIdling(library, extent, results);
 }
 

@@ -147,9 +147,9 @@ void MeasureLife(const Library& library, Place& twin, const Extent& extent, Resu
             }
         }
     }
-    results.Compare("life", "creation and Initialize", call[0], bare[0]);
-    results.Compare("life", "Release", call[1], bare[1]);
-    results.Compare("life", "together", "us", call[0].Median() + call[1].Median(),
+    results.Compare("lifetime", "creation and Initialize", call[0], bare[0]);
+    results.Compare("lifetime", "Release", call[1], bare[1]);
+    results.Compare("lifetime", "together", "us", call[0].Median() + call[1].Median(),
                     bare[0].Median() + bare[1].Median());
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Memory, an INI file in place of the store, and idling.
+// Memory, an INI file in place of the store, and idle objects.
 #include <windows.h>
 
 #include <psapi.h>
@@ -114,7 +114,7 @@ void MeasureIdling(const Library& library, const Extent& extent, Results& result
     hook.Start();
     PumpUntil(never.Get(), seconds * 1000);
     hook.Stop();
-    results.Value("idling", "platform calls in " + std::to_string(seconds) + " s", "calls",
+    results.Value("idle", "platform calls in " + std::to_string(seconds) + " s", "calls",
                   static_cast<double>(hook.Calls().size()));
 }
 
