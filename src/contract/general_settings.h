@@ -122,7 +122,7 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
                     "command line of the demo application"),
     {"trace-flags", pkey::Setting(pkey::cTraceFlagsPid), eKeySetStatic, ValueKind::eNumber,
      SettingRole::eMachine, trace::cDefaultFlags,
-     "the trace flag word; the default is the word a process starts with", "support",
+     "the trace word; the default is the word a process starts with", "support",
      "Initialize"},
     {"engine-mask",
      {pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid},
@@ -130,7 +130,7 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
      ValueKind::eNumber,
      SettingRole::eMachine,
      0,
-     "which technologies the installed engine carries: bit n is number n + 1 of the engine",
+     "which technologies the installed engine supports: bit n is number n + 1 of the engine",
      detail::cInstaller,
      "Initialize"},
 };
