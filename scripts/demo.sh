@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # demo.sh: installs what is missing, builds, registers the library in a Wine prefix of its own, and
-# shows three programs at work: one changes settings, one publishes levels as the audio engine does,
-# and one is notified of both and shows them. Exits 0 only if every change and all levels arrive.
+# runs three programs on one store: one changes settings, one publishes levels as the audio engine
+# does, and one is notified of the changes, reads the levels and shows both. Exits 0 only if every
+# change and all levels arrive.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -14,9 +15,15 @@ demo=$root/build/demo
 prefix=$demo/wine
 patience=10 # seconds within which a change must arrive
 
-# Where the engine publishes its levels (docs/store-schema.md).
-levels_key='SOFTWARE\Velto\KORA4\StaticKeys'
-levels_value='{5C2E8A47-91D3-4B6F-A0E2-3F7C19B84D60},4'
+# Where the engine publishes its levels, from the tables of the document that the tests compare with
+# the code: the cell of the row that begins with these cells.
+cell() {
+  sed -n "s/^| $1 | \`\(.*\)\` |\$/\1/p" "$root/docs/store-schema.md"
+}
+levels_key=$(cell 'static | 2')
+levels_value=$(cell 'settings | | | 4')
+[ -n "$levels_key" ] && [ -n "$levels_value" ] ||
+  die "docs/store-schema.md does not say where the levels are stored."
 pictures=24
 
 say "preparing a Wine prefix in build/demo"
@@ -25,7 +32,7 @@ export WINEPREFIX=$prefix
 trap 'exec 3>&- 4<&- 5>&- 6<&- 7>&- 8<&-; end_prefix "$prefix"' EXIT
 
 # Forget what an earlier demo has stored.
-"$wine64" reg delete 'HKLM\SOFTWARE\Velto\KORA4' /f >/dev/null 2>&1 || true
+"$wine64" reg delete "HKLM\\${levels_key%\\*}" /f >/dev/null 2>&1 || true
 say "registering QXA64T.dll"
 "$wine64" regsvr32 /s "Z:${bin//\//\\}\\QXA64T.dll" ||
   die "regsvr32 cannot register $bin/QXA64T.dll; build it again with scripts/build.sh."
@@ -73,18 +80,18 @@ echo
 
 changes=0 missing=0 slowest=0 shown=0 latest=0
 
-# told SETTING VALUE WHEN: waits until the watcher has been told of that change.
-told() {
+# notified SETTING VALUE WHEN: waits until the watcher has been notified of that change.
+notified() {
   local when kind first second third took
   while hear 4; do
     took=$((when - $3))
-    line "$(clock "$when")" watcher "    was told: $first is $second ($(milliseconds "$took") after the change began)"
+    line "$(clock "$when")" watcher "    was notified: $first is $second ($(milliseconds "$took") after the change began)"
     if [ "$first" = "$1" ] && [ "$second" = "$2" ]; then
       [ "$took" -le "$slowest" ] || slowest=$took
       return 0
     fi
   done
-  line "$(printf '%-12s' '')" watcher "    was NOT told within $patience s: $1 is $2"
+  line "$(printf '%-12s' '')" watcher "    was NOT notified within $patience s: $1 is $2"
   missing=$((missing + 1))
 }
 
@@ -113,7 +120,7 @@ change() {
   fi
   for item in "${awaited[@]}"; do
     IFS='|' read -r first second when <<<"$item"
-    told "$first" "$second" "$when"
+    notified "$first" "$second" "$when"
   done
 }
 
@@ -154,7 +161,7 @@ show() {
 }
 
 echo
-say "$pictures pictures of levels: 20 bands from low to high, a full block is 0 dB, a blank -60 dB or less"
+say "$pictures pictures of levels: the bands from low to high, a full block is 0 dB, a blank -60 dB or less"
 for picture in $(seq 1 "$pictures"); do
   show "$picture"
 done
@@ -166,7 +173,7 @@ for program in watcher changer engine; do
 done
 echo
 if [ "$missing" = 0 ]; then
-  say "$changes changes made in one process, $changes told in another, the slowest after $(milliseconds "$slowest")"
+  say "$changes changes made in one process, $changes reported in another, the slowest after $(milliseconds "$slowest")"
   say "$pictures pictures of levels published by a third process, $shown shown, the latest after $(milliseconds "$latest")"
 else
   die "not every change or picture arrived, or a program failed ($missing in all); the lines above say which."

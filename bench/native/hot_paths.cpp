@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "contract/codec/array_text.h"
+#include "contract/field_ids.h"
 #include "contract/messages/trace_messages_api.h"
 #include "contract/profiles.h"
 #include "native/stub_key_access.h"
@@ -124,7 +125,7 @@ void SuppressedTrace(benchmark::State& state) {
 BENCHMARK(SuppressedTrace)->Name("suppressed trace statement");
 
 void ValueName(benchmark::State& state) {
-    PropertyKey key = PresetPatchKey(eVolumeTech, cMovieProfile, 3);
+    PropertyKey key = PresetPatchKey(eVolumeTech, cMovieProfile, pkey::cVolumeAmountPid);
     char16_t name[cValueNameCapacity];
     for (auto _ : state) {
         benchmark::DoNotOptimize(key);

@@ -4,11 +4,13 @@
 
 #include <cstring>
 
+#include "contract/value_kind.h"
+
 namespace kora4::bench {
 
 bool Bare::Text(const Value& value) {
     Note(call::cText);
-    BYTE text[4096];
+    BYTE text[cMaxTextBytes];
     DWORD size = sizeof text;
     if (Query(value, text, &size) != ERROR_SUCCESS)
         return false;

@@ -2,6 +2,7 @@
 // The table of cases: how each method is called, what goes before it, and its bare equivalent.
 #include "windows/cases.h"
 
+#include "contract/defaults.h"
 #include "contract/profiles.h"
 #include "kora4api_codes.h"
 #include "windows/bare_methods.h"
@@ -13,6 +14,11 @@ constexpr std::uint32_t cSomeCustomProfile = 5;
 constexpr std::uint32_t cNewCustomProfile = 8;
 
 void Nothing(Scene&) {}
+
+// Another sampling period in each round.
+std::uint32_t Period(const Scene& scene) {
+    return defaults::cSamplingPeriod + static_cast<std::uint32_t>(scene.round % 10);
+}
 
 void InMovie(Scene& scene) {
     Put(scene.place.profile, cMovieProfile);
@@ -130,12 +136,12 @@ std::vector<Case> EngineCases() {
          },
          [](S s) { bare::GetSetting(s.bare, s.place.period); }},
         {"SetVisualizationSamplingPeriod", S_OK, nullptr,
-         [](S s) { return s.pApi->SetVisualizationSamplingPeriod(50 + s.round % 10); },
-         [](S s) { bare::SetSetting(s.bare, s.place.period, 50 + s.round % 10); }},
+         [](S s) { return s.pApi->SetVisualizationSamplingPeriod(Period(s)); },
+         [](S s) { bare::SetSetting(s.bare, s.place.period, Period(s)); }},
         {"GetVisualizationData", S_OK, nullptr,
          [](S s) {
-             float gains[20];
-             float excitations[20];
+             float gains[KORA4_VISUALIZATION_BANDS];
+             float excitations[KORA4_VISUALIZATION_BANDS];
              return s.pApi->GetVisualizationData(gains, excitations);
          },
          [](S s) { bare::GetLevels(s.bare); }},

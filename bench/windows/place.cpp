@@ -2,10 +2,15 @@
 // Creates, fills and removes the keys of a store, and makes every value name beforehand.
 #include "windows/place.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
+#include "contract/defaults.h"
+#include "contract/general_settings.h"
 #include "contract/profiles.h"
 #include "contract/registry_paths.h"
 #include "contract/store_mutex.h"
@@ -119,15 +124,21 @@ void Place::MakeNames() {
     savedProfile = Setting(eKeySetStatic, pkey::cSavedProfilePid);
     traceWord = Setting(eKeySetStatic, pkey::cTraceFlagsPid);
     masks = Make(eKeySetStatic, {pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid}, REG_DWORD);
-    for (const std::uint32_t pid :
-         {pkey::cFirstRefreshSwitchPid, pkey::cFirstRefreshSwitchDemoPid,
-          pkey::cSecondRefreshSwitchPid, pkey::cSecondRefreshSwitchDemoPid,
-          pkey::cStaticSwitch54Pid, pkey::cStaticSwitch55Pid, pkey::cStaticSwitch56Pid,
-          pkey::cStaticNumber57Pid, pkey::cStaticNumber58Pid, pkey::cStaticSwitch59Pid})
-        switches.push_back(Setting(eKeySetStatic, pid));
-    for (const std::uint32_t pid : {pkey::cProfileEditorCommandPid,
-                                    pkey::cProfileSelectorCommandPid, pkey::cDemoAppCommandPid})
-        commands.push_back(Setting(eKeySetApp, pid, REG_SZ));
+    const auto hasName = [this](const Value& value) {
+        return std::ranges::any_of(
+            std::array{&period, &levels, &savedEnable, &savedProfile, &traceWord, &masks},
+            [&](const Value* pNamed) {
+                return std::u16string_view(pNamed->name) == value.name;
+            });
+    };
+    for (const contract::GeneralSetting& setting : contract::cGeneralSettings) {
+        const Value value = Make(setting.keySet, setting.key,
+                                 setting.kind == ValueKind::eText ? REG_SZ : REG_DWORD);
+        if (setting.keySet == eKeySetApp)
+            commands.push_back(value);
+        else if (setting.keySet == eKeySetStatic && !hasName(value))
+            switches.push_back(value);
+    }
     for (std::uint32_t p = 0; p < cSelectableProfileBound; ++p)
         names.push_back(Make(eKeySetStatic, pkey::ProfileName(p), REG_SZ));
 }
@@ -192,7 +203,7 @@ void Place::Fill() {
     Put(enable, 1);
     Put(table, 1);
     Put(dynamicSwitch, 1);
-    Put(period, 50);
+    Put(period, defaults::cSamplingPeriod);
     // Two records of 20 bands would be this long; none is in it.
     Put(levels, std::vector<std::uint8_t>(344));
     Put(savedEnable, 1);

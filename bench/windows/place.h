@@ -58,7 +58,7 @@ class Place {
 
     Value profile, enable, table, dynamicSwitch;
     Value period, levels, savedEnable, savedProfile, traceWord, masks;
-    std::vector<Value> switches;  // the ten static settings, in the order of the first load
+    std::vector<Value> switches;  // the other static settings, in the order of the first load
     std::vector<Value> commands;
     std::vector<Value> names;  // by profile; those of the presets are not used
     std::vector<Value> presetTriggers, globalTriggers;  // by technology; 0 is not used

@@ -109,7 +109,7 @@ class Display {
   private:
     // The period may be another one than last time.
     void SetClock() {
-        ULONG milliseconds = 50;
+        ULONG milliseconds = KORA4_SAMPLING_PERIOD_DEFAULT;
         m_api.GetVisualizationSamplingPeriod(&milliseconds);
         m_timer = SetTimer(nullptr, m_timer, milliseconds, nullptr);
     }

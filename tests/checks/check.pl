@@ -1,7 +1,7 @@
 #!/usr/bin/perl
 # SPDX-License-Identifier: MIT
-# check.pl RULE ROOT: holds the sources under ROOT against one rule of the project, prints
-# what breaks it as FILE:LINE: TEXT, and exits 1 if anything does.
+# check.pl RULE ROOT: checks the sources under ROOT against one rule of the project, prints each
+# violation as FILE:LINE: TEXT, and exits 1 if there is any.
 use strict;
 use warnings;
 use utf8;
@@ -48,9 +48,9 @@ sub line_at {
     return 1 + (substr($text, 0, $position) =~ tr/\n//);
 }
 
-# --- headers: whose a file is, and what it is for ---------------------------------------
+# --- headers: the licence of a file and its purpose -------------------------------------
 
-# What cannot hold a comment, or is compared line for line, or is the licence itself.
+# Files that cannot contain a comment, are compared line for line, or are the licence itself.
 my $without_header = qr{(^|/)LICENSE$|\.json$|\.rgs(\.in)?$|(^|/)exports\.txt$};
 my $licence = 'SPDX-License-Identifier: MIT';
 
@@ -66,12 +66,12 @@ sub headers {
     }
 }
 
-# --- files: a file is called after what it holds, and a folder can be overlooked ---------
+# --- files: a file is named after what it holds, and a folder stays small enough to take in --
 
 # Programs and the library begin in these.
 my $entry_point = qr{(^|/)(main|hot_paths|exports)\.cpp$|^sdk/samples/};
 
-# What implements a header of another name.
+# Files that implement a header of another name.
 my %header_of = (
     (map { ("src/api/$_" => 'api/kora4asl.h') }
         qw(commands initialization notification patch_values profiles switches visualization)),
@@ -92,63 +92,60 @@ sub files_rule {
     my %files_in;
     my $is_project = -f "$root/tests/checks/check.pl";
     for my $gone (grep { $is_project && !-f "$root/$_.cpp" && !-f "$root/$_.c" } sort keys %header_of) {
-        complain('tests/checks/check.pl', 1, "there is no $gone to name a header for");
+        complain('tests/checks/check.pl', 1, "there is no $gone any longer, for which it names a header");
     }
-    for my $file (files('^(src|tools|sdk|bench|tests|fuzz|idl)/.*\.(h|c|cpp|idl)$')) {
+    for my $file (files('^(src|tools|sdk|bench|tests|idl)/.*\.(h|hpp|c|cpp|idl)$')) {
         complain($file, 1, 'a file name has lower-case words and underscores only')
             unless $file =~ m{(^|/)[a-z][a-z0-9]*(_[a-z0-9]+)*\.\w+$};
-        next unless $file =~ m{^((?:src|tools|sdk|bench)(?:/.*)?)/([^/]+)\.(h|c|cpp)$};
+        next unless $file =~ m{^((?:src|tools|sdk|bench)(?:/.*)?)/([^/]+)\.(h|hpp|c|cpp)$};
         my ($folder, $name, $kind) = ($1, $2, $3);
         $files_in{$folder}{$name} = 1;
-        next if $kind eq 'h' || $file =~ $entry_point;
+        next if $kind =~ /^h/ || $file =~ $entry_point;
         # Its own header, that of what it is a part of (doctor_store.cpp: doctor.h), or that of
         # its folder (verbs/eq.cpp: verbs.h).
         my @words = split(/_/, $name);
         my @names = map { join('_', @words[0 .. $_]) } reverse 0 .. $#words;
-        next if -f "$root/$folder.h" || grep { -f "$root/$folder/$_.h" } @names;
+        next if -f "$root/$folder.h" || grep { -f "$root/$folder/$_.h" || -f "$root/$folder/$_.hpp" } @names;
         my $header = $header_of{"$folder/$name"};
-        complain($file, 1, 'there is no header of its name or of what it is a part of'), next
+        complain($file, 1, 'there is no header with its name or the name of what it is a part of'), next
             unless $header;
-        complain($file, 1, "does not include $header, which it is said to implement")
+        complain($file, 1, "does not include $header, which this check says it implements")
             unless grep { /^#include "\Q$header\E"/ } lines_of($file);
     }
     for my $folder (sort keys %files_in) {
         my $number = keys %{$files_in{$folder}};
-        complain($folder, 1, "holds $number files, a header and its source being one; $most_files are allowed")
+        complain($folder, 1, "holds $number files (a header and its source count as one); $most_files are allowed")
             if $number > $most_files;
     }
 }
 
-# --- arrows: an include points down, and only where the table lets it ---------------
+# --- arrows: an include points down, and only where the table allows it; each arrow is used --
 
-my @contract = qw(contract contract/codec contract/messages);
-my @patches = (@contract, qw(store/visdata store/access store/patches));
-my @clients = (@patches, 'store/clients');
+my @traced = qw(contract contract/messages trace);
 my %below = (
-    'contract'          => ['contract/codec'],
+    'contract'          => [],
     'contract/codec'    => ['contract'],
     'contract/messages' => ['contract'],
     'trace'         => ['contract', 'contract/messages'],
-    'platform'      => ['contract', 'trace'],
-    'store/visdata' => ['trace', @contract],
-    'store/access'  => ['trace', 'platform', @contract],
-    'store/patches' => ['trace', @patches],
-    'store/clients' => ['trace', @clients],
+    'platform'      => [],
+    'store/visdata' => [@traced],
+    'store/access'  => [@traced, 'contract/codec', 'platform'],
+    'store/patches' => ['contract', 'contract/codec', 'trace', 'store/access'],
+    'store/clients' => [@traced, 'store/access', 'store/patches'],
     'proxy'         => [],
-    'monitor'       => ['trace', 'platform', 'proxy', 'contract/messages'],
-    'api'           => ['trace', 'platform', 'monitor', @contract, 'store/visdata', 'store/access', 'store/clients'],
-    'server'        => ['trace', 'platform', 'proxy', 'monitor', @clients, 'api'],
+    'monitor'       => ['contract/messages', 'trace', 'platform', 'proxy'],
+    'api'           => [@traced, 'platform', 'monitor', 'store/visdata', 'store/access', 'store/clients'],
+    'server'        => [@traced, 'platform', 'monitor', 'api'],
 );
 
-# The tools: their own modules, and of src/ what is contract, the handle types and the one way
-# to the store's mutex. Never the rest of the library's code, for a tool is a client like any
-# other.
+# The tools: their own modules and, of src/, the contract, the handle types and the function that
+# opens the store's mutex. Never the rest of the library: a tool is a client like any other.
 my @shared_tools = qw(base process registry settings);
 my %below_of_tools = (
     'base'     => [],
     'process'  => ['base'],
     'registry' => ['base', 'process'],
-    'settings' => ['base', 'process', 'registry'],
+    'settings' => ['base', 'registry'],
     'kora4ctl' => \@shared_tools,
     'kora4sim' => \@shared_tools,
 );
@@ -166,18 +163,21 @@ sub tool_module_of {
     return $path =~ m{^([^/]+)/} && exists $below_of_tools{$1} ? $1 : undef;
 }
 
+my %used;    # "FROM TO" for the arrows that an include follows
+
 sub arrows {
     my %contract;
     $contract{s{^.*/}{}r =~ s{\.idl$}{.h}r} = 1 for files('^(sdk/include|idl)/[^/]+\.(h|idl)$');
     for my $file (files('^src/.*\.(h|c|cpp)$')) {
         my $module = module_of($file =~ s{^src/}{}r);
-        complain($file, 1, 'stands in no module'), next unless $module;
+        complain($file, 1, 'belongs to no module'), next unless $module;
         my $number = 0;
         for (lines_of($file)) {
             $number++;
             next unless /^\s*#\s*include\s*"([^"]+)"/;
             my ($target, $to) = ($1, module_of($1));
             if ($to) {
+                $used{"$module $to"} = 1;
                 complain($file, $number, "$module must not include $to ($target)")
                     unless $to eq $module || grep { $_ eq $to } @{$below{$module}};
             } elsif (!$contract{$target} && !-f "$root/idl/$target") {
@@ -187,6 +187,12 @@ sub arrows {
     }
     arrows_of_tools(\%contract);
     arrows_of_document();
+    for my $table (\%below, \%below_of_tools) {
+        for my $module (sort keys %$table) {
+            complain('tests/checks/check.pl', 1, "$module never includes $_, which it may")
+                for grep { !$used{"$module $_"} } @{$table->{$module}};
+        }
+    }
 }
 
 # The tables of the document that say what a module may include, in the order of the document.
@@ -220,7 +226,7 @@ sub arrows_of_tools {
     my ($contract) = @_;
     for my $file (files('^tools/.*\.(h|c|cpp)$')) {
         my $module = tool_module_of($file =~ s{^tools/}{}r);
-        complain($file, 1, 'stands in no module of the tools'), next unless $module;
+        complain($file, 1, 'belongs to no module of the tools'), next unless $module;
         my $number = 0;
         for (lines_of($file)) {
             $number++;
@@ -229,6 +235,7 @@ sub arrows_of_tools {
             my $target = $quoted ? $1 : $2;
             my $to = tool_module_of($target);
             if ($to) {
+                $used{"$module $to"} = 1;
                 complain($file, $number, "$module must not include $to ($target)")
                     unless $to eq $module || grep { $_ eq $to } @{$below_of_tools{$module}};
             } elsif (module_of($target)) {
@@ -263,7 +270,7 @@ sub pure {
     }
 }
 
-# --- lines: a file can be read in one sitting ---------------------------------------------
+# --- lines: a file can be read in one go --------------------------------------------------
 
 sub lines {
     for my $file (files('\.(h|hpp|c|cpp|idl|rc|rgs|def|cmake|sh|pl)$|CMakeLists\.txt$')) {
@@ -272,7 +279,7 @@ sub lines {
     }
 }
 
-# --- literals: a GUID, a name, a table of numbers stands in one place ----------------------
+# --- literals: a GUID, a name, a table of numbers is defined once --------------------------
 
 # Texts that are too short or too plain to be a name of anything.
 sub is_plain {
@@ -317,17 +324,18 @@ sub literals_in {
     }
 }
 
-# --- the same of the contract's numbers and texts, which have names there
+# --- the same for the contract's numbers and texts, which have names there
 
 my $contract_header = qr{^(src/contract|sdk/include)/.*\.h$};
 my $a_number = '(?<![\w.])-?(?:0[xX][0-9A-Fa-f]{1,8}|\d+(?:\.\d*)?)[uUfFlL]*(?![\w.])';
 my $a_text = '^(?!\s*#\s*include).*?\K(?:\bL|\bu)?"(?:[^"\\\\\n]|\\\\.)+"';
-my (%number_names, %text_places);
+my (%number_names, %is_public, %text_places);
 
-# Constants that have a value like any other number, and where it means nothing else all the same.
+# Constants whose value is a common one, and the files in which it nevertheless means nothing else.
 my %watched = (
     KORA4_ENGINE_FULL             => '.',
-    KORA4_SAMPLING_PERIOD_DEFAULT => '^src/|^tools/(settings|kora4ctl)/',
+    KORA4_GRAPHIC_EQ_MIN_GAIN     => '.',
+    KORA4_SAMPLING_PERIOD_DEFAULT => '^src/|^tools/(settings|kora4ctl)/|^bench/windows/(place|cases)|^sdk/samples/',
     cMaxTextBytes                 => '.',
     cStaticNumber57               => '^src/',
 );
@@ -337,7 +345,7 @@ sub value_of {
     return $literal =~ /^0[xX]/ ? hex($literal =~ s/[uUlL]+$//r) : 0 + ($literal =~ s/[uUfFlL]+$//r);
 }
 
-# Below 100, round, or bits side by side: such a number can be anything.
+# Below 100, round, or a run of one bits: such a number can mean anything.
 sub is_any_number {
     my ($value) = @_;
     my $size = abs($value);
@@ -347,14 +355,14 @@ sub is_any_number {
     return !($size & ($size + 1));
 }
 
-# How the constants are found that a literal may stand for.
+# The key under which the constants are found that a literal may repeat.
 sub keys_of {
     my ($literal) = @_;
     my $value = value_of($literal);
     return is_any_number($value) ? $literal =~ /^0[xX]/ ? sprintf('0x%X', $value) : "watched $value" : $value;
 }
 
-# One word belongs to the language, or is a name that the code has, too.
+# One word belongs to the language, or is a name that the code also has.
 sub is_a_word {
     my ($text) = @_;
     return length($text) < 5 || $text =~ /^[\w-]*$/ || $text !~ /[A-Za-z]/;
@@ -368,10 +376,11 @@ sub without_texts {
 sub names_in_contract {
     my ($file, $text) = @_;
     my $code = without_texts($text);
-    while ($code =~ /\b(\w+)\s*=\s*($a_number)\s*[,;}]|#define\s+(\w+)\s+($a_number)\s*$/gm) {
+    while ($code =~ /\b(\w+)\s*=\s*($a_number)\s*[,;}]|#define\s+(\w+)\s+\(?($a_number)\)?\s*$/gm) {
         my ($name, $literal) = ($1 // $3, $2 // $4);
         $number_names{keys_of($literal)}{$name} = 1
             if !is_any_number(value_of($literal)) || $watched{$name};
+        $is_public{$name} = 1 if $file =~ m{^sdk/include/};
     }
     return if $file =~ m{^src/contract/messages/};    # the statements of the trace have these
     while ($text =~ /$a_text/gm) {
@@ -386,11 +395,13 @@ sub names_in_contract {
 # 'not cMaxTextBytes: any size will do'.
 sub copies_in {
     my ($file, $text) = @_;
+    # The samples are clients: they know the public headers and what the documents say.
+    my $is_sample = $file =~ m{^sdk/samples/};
     my @with_comments = lines_of($file);
     my $code = without_texts($text);
     while ($code =~ /$a_number/g) {
         my ($literal, $line) = ($&, line_at($code, pos $code));
-        my @names = grep { $file =~ ($watched{$_} // '.') }
+        my @names = grep { $file =~ ($watched{$_} // '.') && ($is_public{$_} || !$is_sample) }
             sort keys %{$number_names{keys_of($literal)} // {}} or next;
         my ($above, $here) = @with_comments[$line - 2, $line - 1];
         my $own = join('|', @names);
@@ -400,32 +411,46 @@ sub copies_in {
         next if $file =~ $contract_header && $here =~ /\b$any\s*=\s*\Q$literal\E|#define\s+$any\s/;
         complain($file, $line, "$literal is $own of the contract");
     }
+    return if $is_sample;
     while ($text =~ /$a_text/gm) {
         my ($what, $line) = ($&, line_at($text, pos $text));
         my $first = $text_places{substr($what =~ s/^[Lu]//r, 1, -1)} or next;
         next if "$first->[0] $first->[1]" eq "$file $line" || $first->[2] && $what =~ /^[Lu]/;
-        complain($file, $line, "a second copy of $what, which stands at $first->[0]:$first->[1]");
+        complain($file, $line, "a second copy of $what, which is defined at $first->[0]:$first->[1]");
     }
-    # Property ids have names, or stand in the tables of the fields.
+    # Property ids have names, or are in the tables of the fields.
     my $id = '\bpid\s*[=!]=\s*\d+\b|\b(?:Setting|(?:Preset|Global)Patch(?:Key)?)\((?:[^;()]*,)?\s*\d+\s*\)';
     while ($code =~ /$id/g) {
         complain($file, line_at($code, pos $code), "a property id as a number: $&");
     }
 }
 
+# The names of keys and objects, which a script could only repeat.
+sub names_in_scripts {
+    my %names = map { lc(s/\\\\/\\/gr) => $text_places{$_} } grep { /[\\{]/ } keys %text_places;
+    for my $file (files('^scripts/.*\.sh$')) {
+        my $number = 0;
+        for my $line (lines_of($file)) {
+            $number++;
+            my ($name) = grep { index(lc $line, $_) >= 0 } sort keys %names or next;
+            complain($file, $number, "a second copy of '$name', which is defined at $names{$name}[0]:$names{$name}[1]");
+        }
+    }
+}
+
 sub copies_of_the_contract {
-    my @sources = files('^(src|sdk|tools)/.*\.(h|c|cpp|rc)$');
+    my @sources = files('^(src|sdk|tools|bench)/.*\.(h|hpp|c|cpp|rc)$');
     my %code = map { $_ => code_of($_) } @sources;
     names_in_contract($_, $code{$_}) for grep { $_ =~ $contract_header } @sources;
     my %found = map { $_ => 1 } map { keys %$_ } values %number_names;
     complain('tests/checks/check.pl', 1, "there is no $_ in the contract to be watched")
         for grep { !$found{$_} } sort keys %watched;
-    # The samples are clients: they know the public header and what the documents say.
-    copies_in($_, $code{$_}) for grep { !m{^sdk/samples/} } @sources;
+    copies_in($_, $code{$_}) for @sources;
+    names_in_scripts();
 }
 
 sub literals {
-    for my $file (files('^(src|idl|sdk|tools)/.*\.(h|hpp|c|cpp|idl|rc|rgs|in|def)$')) {
+    for my $file (files('^(src|idl|sdk|tools|bench|scripts)/.*\.(h|hpp|c|cpp|idl|rc|rgs|in|def|sh)$')) {
         my $text = code_of($file);
         my $at = sub { ($file, line_at($text, $_[0])) };
         guids_in($text, $at);
@@ -436,17 +461,17 @@ sub literals {
         my @where = @{$places{$what}};
         next if @where < 2;
         my $first = "$where[0][0]:$where[0][1]";
-        complain($_->[0], $_->[1], "a second copy of the $what, which stands at $first")
+        complain($_->[0], $_->[1], "a second copy of the $what, which is defined at $first")
             for @where[1 .. $#where];
     }
 }
 
-# --- functions: one screen and a bit ------------------------------------------------------
+# --- functions: about one screen -----------------------------------------------------------
 
 my $most_lines = 60;
 
-# What an opening brace belongs to, by what stands before it since the last statement. After a
-# name without a blank, as in 'member{', comes a value.
+# What an opening brace belongs to, judged by the text since the last statement. After a name
+# without a blank, as in 'member{', a value follows.
 sub kind_of_brace {
     my ($head) = @_;
     $head =~ s/^(?:\s|(?:public|protected|private):)*(?:template\s*<.*?>\s*)?//s;
@@ -456,10 +481,10 @@ sub kind_of_brace {
     return 'value';
 }
 
-# The functions of a file that clang-format has been over, outermost ones only: a lambda is a
+# The functions of a file that is formatted by clang-format, outermost ones only: a lambda is a
 # part of the function around it.
 sub functions {
-    for my $file (files('^(src|tools|sdk|bench)/.*\.(h|c|cpp)$')) {
+    for my $file (files('^(src|tools|sdk|bench)/.*\.(h|hpp|c|cpp)$')) {
         my $text = code_of($file) =~ s{R"(\w*)\((.*?)\)\1"}{'""' . ($2 =~ tr/\n//cdr)}gser;
         $text =~ s/'(?:[^'\\\n]|\\.)'/' '/g;
         $text = without_texts($text) =~ s/^[ \t]*#(?:.*\\\n)*.*$/$& =~ tr{\n}{}cdr/germ;
@@ -484,27 +509,27 @@ sub functions {
                     $inside = 0;
                 }
             }
-            # A value is a part of what it stands in.
+            # A value is a part of what contains it.
             $head_at = $at + 1 if $kind ne 'value';
         }
         complain($file, 1, 'its braces do not match') if @open;
     }
 }
 
-# --- comments: headers say what they promise ------------------------------------------------
+# --- comments: headers say what they guarantee ----------------------------------------------
 
 my $least_share = 25;    # per cent of the lines that are not blank
 
 sub comments {
     my ($comments, $all) = (0, 0);
-    for my $file (files('^(src|tools|sdk/include)(/.*)?/[^/]+\.h$')) {
+    for my $file (files('^(src|tools|sdk/include)(/.*)?/[^/]+\.(h|hpp)$')) {
         my $lines = join('', lines_of($file));
         $comments += () = $lines =~ m{//|(?<=\n)[ \t]*/?\*}g;
         $all += () = $lines =~ /\S[^\n]*\n/g;
     }
     return unless $all;
     my $share = 100 * $comments / $all;
-    complain('headers', 1, sprintf('%.1f %% of the lines are comments; %d are the least', $share, $least_share))
+    complain('headers', 1, sprintf('%.1f %% of the lines are comments; at least %d %% must be', $share, $least_share))
         if $share < $least_share;
     printf "comments: %d of %d lines of the headers, %.1f %%\n", $comments, $all, $share;
 }

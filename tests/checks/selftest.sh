@@ -1,34 +1,57 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# selftest.sh ROOT WORK: each check passes a clean little tree and finds what is put into
-# it to be found.
+# selftest.sh ROOT WORK: each check passes a small clean tree and finds the faults that are
+# planted in it.
 set -euo pipefail
 root=$1 work=$2
 checks=$root/tests/checks
 failures=0
 
-# put FILE LINE...: a file with its head, which says nothing.
+# put FILE LINE...: a file with the comment that every file begins with.
 put() {
   local file=$1
   shift
   printf '%s\n' '// SPDX-License-Identifier: MIT' "// What $file is for." "$@" >"$file"
 }
 
-# fresh: a little tree that breaks no rule.
+# needs: one header in each module that includes from every module that the document allows.
+needs() {
+  local folder=none module cell
+  while IFS='|' read -r _ module cell _; do
+    case $module in
+      ' Module ') [ "$folder" = none ] && folder=src || folder=tools ;;
+      ' `'*)
+        module=${module//[ \`]/}
+        mkdir -p "$folder/$module"
+        # shellcheck disable=SC2046 # a list of words
+        put "$folder/$module/needs.h" \
+          $(tr ',' '\n' <<<"$cell" | sed -n 's/^ `\(.*\)` *$/#include"\1\/needed.h"/p' | sort)
+        sed -i 's/#include"/#include "/' "$folder/$module/needs.h"
+        ;;
+    esac
+  done < <(sed -n '/^| Module | May include |/,/^$/p' docs/architecture.md)
+}
+
+# fresh: a small tree that breaks no rule.
 fresh() {
   rm -rf "$work/tree"
   mkdir -p "$work/tree"/src/{contract,trace,platform,store/{access,clients},monitor,api,server}
-  mkdir -p "$work/tree"/{docs,idl,sdk/include,tools/{base,registry,settings,kora4ctl/verbs,kora4sim/engine}}
+  mkdir -p "$work/tree"/{docs,idl,scripts,sdk/include/kora4,tools/{base,registry,settings,kora4ctl/verbs,kora4sim/engine}}
   cd "$work/tree"
   cp "$root/.clang-format" .
   cp "$root/docs/architecture.md" docs/
   put idl/thing.idl '[uuid(01234567-89AB-CDEF-0123-456789ABCDEF)] interface IThing;'
+  needs
   put src/trace/trace.h '#include <cstdint>' '' '#include "contract/facts.h"'
+  printf '%s\n' '#!/bin/sh' '# SPDX-License-Identifier: MIT' '# What it runs.' >scripts/run.sh
   put src/contract/facts.h '#include <cstdint>' 'const wchar_t* const cName = L"Name of it";' \
+    'const wchar_t* const cPath = L"SOFTWARE\\Of Somebody";' \
     'const char* const cRule = "Never do that.";' \
     'constexpr std::uint32_t cAnswer = 4242;' '#define KORA4_ENGINE_FULL 0x03FFu /* all */' \
-    'constexpr std::size_t cMaxTextBytes = 4096;' '#define KORA4_SAMPLING_PERIOD_DEFAULT 50' \
+    'constexpr std::size_t cMaxTextBytes = 4096;' \
     'constexpr std::uint32_t cStaticNumber57 = 200;'
+  put sdk/include/numbers.h '#define KORA4_SILENT_GAIN (-144.0f)' '#define KORA4_DEMO 241' \
+    '#define KORA4_GRAPHIC_EQ_MIN_GAIN (-12.0f) /* dB */' '#define KORA4_SAMPLING_PERIOD_DEFAULT 50'
   put src/store/access/key_access.h '#include "contract/facts.h"'
   put src/store/access/task_memory.h
   put src/store/access/task_memory.cpp '#include <windows.h>'
@@ -116,22 +139,29 @@ license='// SPDX-License-Identifier: MIT'
 changes headers "does not begin with" src/api/api.h 1d
 changes headers "does not begin with" src/api/api.h "1s/$/ and what it is for/"
 changes headers "no comment that says its purpose" src/api/api.h 2d
-finds headers "does not begin with" scripts/run.sh '#!/bin/sh\n# What it is for.'
+finds headers "does not begin with" scripts/walk.sh '#!/bin/sh\n# What it is for.'
 allows headers run.sh '#!/bin/sh\n# SPDX-License-Identifier: MIT\n# What it is for.'
 allows headers docs/tables.md '<!-- SPDX-License-Identifier: MIT -->\n# Tables'
 allows headers settings.json '{}'
 
 finds files "lower-case words" tests/unit/ThingTest.cpp "$license"
 finds files "lower-case words" src/api/api-texts.h "$license"
-finds files "no header of its name" src/api/lost.cpp "$license"
+finds files "no header with its name" src/api/lost.cpp "$license"
+finds files "lower-case words" sdk/include/kora4/ApiTexts.hpp "$license"
 finds files "does not include api/kora4asl.h" src/api/commands.cpp "$license"
 allows files src/api/api_texts.cpp "$license"
+fresh
+put sdk/include/kora4/thing.hpp
+put sdk/include/kora4/thing.cpp
+result=0
+run files || result=1
+report "files takes a .hpp for the header of a source" "$result"
 allows files src/api/commands.cpp '#include "api/kora4asl.h"'
 allows files tests/unit/thing_test.cpp "$license"
 fresh
 for i in {1..20}; do put "src/api/part_$i.h"; done
 result=0
-if run files || ! grep -qF 'holds 21 files' "$work/output"; then result=1; fi
+if run files || ! grep -qF 'holds 22 files' "$work/output"; then result=1; fi
 report "files counts the files of a folder" "$result"
 
 body=$(lines 58 '    Do();')
@@ -140,12 +170,14 @@ finds functions "a function of 61 lines" src/api/api.cpp \
   "Thing::Thing(int a)\n    : m_a{a}, m_b(a) {\n$body\n}"
 finds functions "a function of 61 lines" src/api/api.cpp \
   "class Thing final : public Base {\n    template <typename T>\n    auto Do(T t = {}) const -> int REQUIRES(m_lock) {\n$(lines 58 '        Do();')\n    }\n};"
+finds functions "a function of 61 lines" sdk/include/kora4/api.hpp "inline int Do() {\n$body\n    Do();\n}"
 finds functions "braces do not match" src/api/api.cpp 'void Do() {\n    if (a) {\n}'
 allows functions src/api/api.cpp "namespace a {\nint Do() {\n$body\n}\n}  // namespace a"
 allows functions src/api/api.cpp "constexpr Row cRows[] = {\n$(lines 70 '    Row(1),')\n};"
 allows functions src/api/api.cpp "struct Thing {\n$(lines 70 '    int Do();')\n};"
 
-finds comments "% of the lines are comments" src/api/api.h "$(lines 99 'int i;')"
+finds comments "% of the lines are comments" src/api/api.h "$(lines 399 'int i;')"
+finds comments "% of the lines are comments" sdk/include/kora4/api.hpp "$(lines 399 'int i;')"
 
 document=docs/architecture.md
 changes arrows "monitor: it says" $document '/^| `monitor` | `/s/ `platform`,//'
@@ -153,6 +185,8 @@ changes arrows "base: it says 'store', the check says ''" $document '/^| `base` 
 changes arrows "lacks monitor" $document '/^| `monitor` | `/d'
 changes arrows "lost: it says" $document '/^| `monitor` | `/s/monitor/lost/'
 changes arrows "a table of what a module may include is missing" $document '/| Module | May include |/d'
+changes arrows "monitor never includes proxy" src/monitor/needs.h '/proxy/d'
+changes arrows "kora4sim never includes registry" tools/kora4sim/needs.h '/registry/d'
 up='must not include'
 finds arrows "contract $up store/access" src/contract/facts.h '#include "store/access/key_access.h"'
 finds arrows "store/access $up store/clients" src/store/access/key_access.h '#include "store/clients/client.h"'
@@ -202,6 +236,16 @@ finds literals "4242u is cAnswer" src/contract/results.h 'constexpr unsigned cSa
 finds literals "50 is KORA4_SAMPLING_PERIOD_DEFAULT" src/api/api.h 'constexpr int cPeriod = 50;'
 finds literals "0x3ff is KORA4_ENGINE_FULL" src/trace/trace.h 'mask = 0x3ff;'
 finds literals "4096 is cMaxTextBytes" tools/registry/store.h 'char text[4096];'
+finds literals "-144 is KORA4_SILENT_GAIN" src/api/api.h 'constexpr int cSilence = -144;'
+finds literals "-144.0f is KORA4_SILENT_GAIN" tools/base/results.h 'float silence = -144.0f;'
+finds literals "-12.0 is KORA4_GRAPHIC_EQ_MIN_GAIN" src/api/api.h 'constexpr double cLowest = -12.0;'
+finds literals "4242 is cAnswer" sdk/include/kora4/api.hpp 'constexpr int cOther = 4242;'
+finds literals "241 is KORA4_DEMO" sdk/samples/client.cpp 'SetDemo(241);'
+finds literals "50 is KORA4_SAMPLING_PERIOD_DEFAULT" sdk/samples/client.cpp 'ULONG period = 50;'
+finds literals "50 is KORA4_SAMPLING_PERIOD_DEFAULT" bench/windows/place.cpp 'Put(period, 50);'
+finds literals "4242 is cAnswer" bench/native/thing.cpp 'constexpr int cOther = 4242;'
+finds literals "a second copy of the GUID" scripts/run.sh 'key={01234567-89AB-CDEF-0123-456789ABCDEF}'
+changes literals "a second copy of 'software" scripts/run.sh '$a reg delete "HKLM\\Software\\Of Somebody"'
 finds literals "a property id as a number" tools/registry/store.h 'auto key = pkey::Setting(3);'
 finds literals "a property id as a number" tools/registry/store.h 'if (key.pid == 404)'
 changes literals "there is no cMaxTextBytes" src/contract/facts.h '/cMaxTextBytes/d'
@@ -209,6 +253,8 @@ allows literals tools/registry/store.h 'char text[4096];  // not cMaxTextBytes: 
 allows literals tools/registry/store.h '// 4242, as in "Never do that."'
 allows literals src/contract/results.h 'constexpr int cSecondPid = 50;'
 allows literals sdk/samples/client.cpp 'int answer = 4242;'
+allows literals src/api/api.h 'int ten = 100 - 12;'
+allows literals bench/windows/measure.cpp 'constexpr int cMany = 50;'
 finds words "unfinished mark" src/api/api.h "// TO""DO: more"
 finds words "skipped test" src/api/api.h "GTEST_SK""IP();"
 finds words "path of somebody" src/api/api.h "auto p = \"/wor""k/x\";"
