@@ -90,7 +90,7 @@ PropertyKey KeyOf(const std::string& family, std::uint32_t technology, std::uint
 const char* BitsOf(const std::string& family, std::uint32_t mask, const char* name) {
     const std::uint32_t base = KeyOf(family, eVolumeTech, 0, 1).fmtid.data1;
     for (const std::uint32_t technology : {1u, 2u, 3u})
-        for (const std::uint32_t profile : {0u, 5u, 242u})
+        for (const std::uint32_t profile : {cMovieProfile, 5u, cDemoGamesProfile})
             if ((KeyOf(family, technology, profile, 1).fmtid.data1 & mask) != (base & mask))
                 return name;
     return "fixed";

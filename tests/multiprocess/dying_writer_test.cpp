@@ -104,7 +104,8 @@ void ExpectCustomProfilesToWork(IVeltoKORA4API& api, unsigned profile) {
 void ExpectProfilesToWork(IVeltoKORA4API& api) {
     ExpectSuccess(api, "SetActiveProfile 1");
     ExpectSuccess(api, "RevertActiveProfile");
-    ExpectSuccess(api, "SetDemoProfileAndEnable 242 0");
+    ExpectSuccess(api,
+                  "SetDemoProfileAndEnable " + std::to_string(KORA4_PROFILE_DEMO_GAMES) + " 0");
     EXPECT_EQ(KORA4_S_DEMO_MODE_ACTIVE, api.SetActiveProfile(0));
     ExpectSuccess(api, "RevertFromDemoMode");
     LONG profile = -1;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "kora4api_constants.h"
 #include "multiprocess/child_process.h"
 #include "multiprocess/owner_parameter.h"
 #include "multiprocess/roles.h"
@@ -65,8 +66,9 @@ const Change cApiChanges[] = {
 // One pass each, though the writer makes several writes.
 const Change cGroupedChanges[] = {
     {"EnteringADemo",
-     {"SetDemoProfileAndEnable 240 0"},
-     {"OnEnableStateChange(0)", "OnActiveProfileChange(240)"}},
+     {"SetDemoProfileAndEnable " + std::to_string(KORA4_PROFILE_DEMO_MOVIE) + " 0"},
+     {"OnEnableStateChange(0)",
+      "OnActiveProfileChange(" + std::to_string(KORA4_PROFILE_DEMO_MOVIE) + ")"}},
     {"TheRevertOfAProfile",
      {"RevertActiveProfile"},
      {"OnSimplePatchValueChange(eVolumeLeveler, 262151)",

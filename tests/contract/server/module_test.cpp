@@ -242,12 +242,12 @@ TEST_F(VersionResource, SaysTheVersionInNumbers) {
 }
 
 TEST_F(VersionResource, SaysTheNamesInText) {
-    EXPECT_EQ(Text(L"FileVersion"), L"7.2.7000.4");
-    EXPECT_EQ(Text(L"ProductVersion"), L"7.2.7000.4");
-    EXPECT_EQ(Text(L"CompanyName"), L"Velto");
-    EXPECT_EQ(Text(L"ProductName"), L"KORA4");
-    EXPECT_EQ(Text(L"FileDescription"), L"KORA4 ASL");
-    EXPECT_EQ(Text(L"OriginalFilename"), L"QXA64T.dll");
+    EXPECT_EQ(L"7.2.7000.4", Text(L"FileVersion"));
+    EXPECT_EQ(L"7.2.7000.4", Text(L"ProductVersion"));
+    EXPECT_EQ(L"Velto", Text(L"CompanyName"));
+    EXPECT_EQ(L"KORA4", Text(L"ProductName"));
+    EXPECT_EQ(L"KORA4 ASL", Text(L"FileDescription"));
+    EXPECT_EQ(L"QXA64T.dll", Text(L"OriginalFilename"));
 }
 
 // ---- Trace ----------------------------------------------------------------------------------
@@ -280,12 +280,12 @@ TEST_F(ModuleTrace, ClassObjectRequestsTellTheBeginningsOfTheirGuids) {
     void* object = nullptr;
     m_library.GetClassObject(CLSID_VeltoKORA4APIHDMICoclass, IID_IClassFactory, &object);
     m_library.GetClassObject(CLSID_VeltoKORA4APITestCoclass, IID_IUnknown, nullptr);
-    EXPECT_EQ(MessagesOf(Lines(), "DllGetClassObject"),
-              (std::vector<std::string>{
+    EXPECT_EQ((std::vector<std::string>{
                   ">> rclsid: 0xfbd78353, riid: 0x00000001 ppv: " + Pointer(&object),
                   "<< hr: 0x80040111 *ppv: " + Pointer(nullptr),
                   ">> rclsid: 0x16cc6cdb, riid: 0x00000000 ppv: " + Pointer(nullptr),
-                  "<< hr: 0x80004003 *ppv: " + Pointer(nullptr)}));
+                  "<< hr: 0x80004003 *ppv: " + Pointer(nullptr)}),
+              MessagesOf(Lines(), "DllGetClassObject"));
 }
 
 TEST_F(ModuleTrace, TheUnloadQuestionIsTracedWithItsAnswer) {

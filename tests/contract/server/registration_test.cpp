@@ -114,9 +114,9 @@ std::string Narrow(const std::wstring& ascii) {
 
 TEST_F(Registration, WritesTheClassWithItsServerAndThreadingModel) {
     EXPECT_EQ(S_OK, m_library.RegisterServer());
-    EXPECT_EQ(DumpKey(HKEY_CLASSES_ROOT, cClass),
-              "[]\n REG_SZ KORA4 ASL Test COM Class\n[InprocServer32]\n REG_SZ " +
-                  Narrow(LibraryPath()) + "\nThreadingModel REG_SZ Both\n");
+    EXPECT_EQ("[]\n REG_SZ KORA4 ASL Test COM Class\n[InprocServer32]\n REG_SZ " +
+                  Narrow(LibraryPath()) + "\nThreadingModel REG_SZ Both\n",
+              DumpKey(HKEY_CLASSES_ROOT, cClass));
 }
 
 TEST_F(Registration, WritesTheAppId) {

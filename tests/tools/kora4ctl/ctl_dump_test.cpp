@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "support/text_limits.h"
+#include "contract/value_kind.h"
 #include "tools/kora4ctl/store_fixture.h"
 
 namespace kora4::test {
@@ -45,8 +45,8 @@ void AddLargeOnes(RandomStore& random, StoreValues& values) {
         const auto& schema = tools::Schema();
         const tools::SchemaValue& value =
             schema[random.Pick(static_cast<std::uint32_t>(schema.size()))];
-        std::u16string text(cLongestTextChars + 1 + random.Pick(20000), u'x');
-        text[random.Pick(cLongestTextChars + 1)] = 0xD800;
+        std::u16string text(cMaxTextChars + 1 + random.Pick(20000), u'x');
+        text[random.Pick(cMaxTextChars + 1)] = 0xD800;
         values[{value.keySet, value.Name()}] = StoredValue::FromText(text);
     }
 }

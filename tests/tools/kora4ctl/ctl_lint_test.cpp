@@ -4,8 +4,8 @@
 
 #include "contract/defaults.h"
 #include "contract/profiles.h"
+#include "contract/value_kind.h"
 #include "settings/settings_table.h"
-#include "support/text_limits.h"
 #include "tools/kora4ctl/store_fixture.h"
 
 namespace kora4::test {
@@ -187,7 +187,7 @@ INSTANTIATE_TEST_SUITE_P(
               "not an array of flags"},
         Wrong{"NoCurve", "intelligent-eq", StoredValue::FromDword(6), "error", "6 curves"},
         Wrong{"TooLong", "demo-app-command",
-              StoredValue::FromText(std::u16string(cLongestTextChars + 1, u'x')), "error",
+              StoredValue::FromText(std::u16string(cMaxTextChars + 1, u'x')), "error",
               "too long"},
         Wrong{"AmountOutOfRange", "volume-leveler", StoredValue::FromDword(11), "warning",
               "out of range"},

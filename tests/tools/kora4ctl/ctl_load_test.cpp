@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl load as a person uses it: good and bad documents, and the clients beside it.
+#include "contract/value_kind.h"
 #include "settings/settings_table.h"
 #include "support/raw_store.h"
-#include "support/text_limits.h"
 #include "tools/kora4ctl/store_fixture.h"
 
 namespace kora4::test {
@@ -186,7 +186,7 @@ TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {
         const char* name;
         const char* value;
     };
-    const std::string tooLong = "\"" + std::string(cLongestTextChars + 1, 'x') + "\"";
+    const std::string tooLong = "\"" + std::string(cMaxTextChars + 1, 'x') + "\"";
     const std::string tooMany = Json(std::vector<int>(41)).dump();
     for (const Bad& bad : {Bad{"music", "volume-leveler.on", "\"maybe\""},
                            Bad{"music", "volume-leveler", "-1"},

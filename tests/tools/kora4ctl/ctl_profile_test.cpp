@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl profile and demo.
-#include "support/text_limits.h"
+#include "contract/value_kind.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 
 namespace kora4::test {
@@ -40,7 +40,7 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
     EXPECT_STREQ(L"Sp\u00E4t \u263E \U0001F3A7", names[3]);
     for (LPWSTR text : names)
         CoTaskMemFree(text);
-    EXPECT_EQ(Done({"profile", "rename", "3", "Two"}), "p1: '" + name + "' -> 'Two'\n");
+    EXPECT_EQ("p1: '" + name + "' -> 'Two'\n", Done({"profile", "rename", "3", "Two"}));
     EXPECT_EQ("profile: movie -> p1\n", Done({"profile", "use", "p1"}));
     RefusedUnchanged({"profile", "delete", "p1"}, cFailed, "active");
     Done({"profile", "use", "movie"});
@@ -59,12 +59,11 @@ TEST_F(CtlProfile, CreateAndRenameSayWhyNot) {
 }
 
 TEST_F(CtlProfile, NamesAreAsLongAsCanBeReadAgain) {
-    Done({"profile", "create", "p1", std::string(cLongestTextChars, 'n')});
-    EXPECT_EQ(std::string(cLongestTextChars, 'n') + "\n",
-              Done({"get", "name", "--profile", "p1"}));
-    RefusedUnchanged({"profile", "create", "p2", std::string(cLongestTextChars + 1, 'n')},
+    Done({"profile", "create", "p1", std::string(cMaxTextChars, 'n')});
+    EXPECT_EQ(std::string(cMaxTextChars, 'n') + "\n", Done({"get", "name", "--profile", "p1"}));
+    RefusedUnchanged({"profile", "create", "p2", std::string(cMaxTextChars + 1, 'n')},
                      cBadInput, "2047");
-    RefusedUnchanged({"profile", "rename", "p1", std::string(cLongestTextChars + 1, 'n')},
+    RefusedUnchanged({"profile", "rename", "p1", std::string(cMaxTextChars + 1, 'n')},
                      cBadInput, "2047");
 }
 

@@ -400,10 +400,10 @@ TEST_F(RegKeySecurityTrace, TheDescriptorIsListedBeforeAndAfterTheChange) {
     const auto texts = Run({cRoot}, trace::eSecurity);
     const std::string name = "SOFTWARE\\KORA4 key security test";
     ASSERT_EQ(6u, texts.size());
-    EXPECT_EQ(texts[0], "RegKeySecurity::CreateRegKey Create reg key " + name + " code: 0");
-    EXPECT_EQ(texts[1],
-              "RegKeySecurity::MakeRegKey Post creation security string for: " + name);
-    EXPECT_EQ(texts[3], "RegKeySecurity::MakeRegKey Post-set security string for: " + name);
+    EXPECT_EQ("RegKeySecurity::CreateRegKey Create reg key " + name + " code: 0", texts[0]);
+    EXPECT_EQ("RegKeySecurity::MakeRegKey Post creation security string for: " + name,
+              texts[1]);
+    EXPECT_EQ("RegKeySecurity::MakeRegKey Post-set security string for: " + name, texts[3]);
     // The text of the descriptor, or the reason that there is none.
     for (const std::string& listed : {texts[2], texts[4]}) {
         EXPECT_TRUE(listed.starts_with("RegKeySecurity::ListSecurityString securityString: ") ||

@@ -51,7 +51,7 @@ bool FileExists(const char* pPath) {
 // --- the flag word ----------------------------------------------------------------------
 
 TEST(TraceFlagWord, StartsWithMessagesOnly) {
-    EXPECT_EQ(trace::cDefaultFlags, 0x00000400u);
+    EXPECT_EQ(0x00000400u, trace::cDefaultFlags);
     EXPECT_EQ(0x00000400u, trace::Flags());
 }
 
@@ -74,16 +74,16 @@ TEST(TraceFlagWord, IsSilencedByOneValueOfTheMasterSwitchOnly) {
 }
 
 TEST(TraceFlagWord, HasTheMasksOfTheKindsOfLines) {
-    EXPECT_EQ(trace::eEntry, 0x810u);
-    EXPECT_EQ(trace::eExitResult, 0x811u);
-    EXPECT_EQ(trace::eStoreEntry, 0x800u);
-    EXPECT_EQ(trace::eStoreExitResult, 0x801u);
-    EXPECT_EQ(trace::eMonitorEntry, 0x804u);
-    EXPECT_EQ(trace::eMonitorExitResult, 0x805u);
-    EXPECT_EQ(trace::eModuleEntry, 0x900u);
-    EXPECT_EQ(trace::eModuleExitResult, 0x901u);
-    EXPECT_EQ(trace::eTrackerEntry, 0xA10u);
-    EXPECT_EQ(trace::eTrackerStartUp, 0x210u);
+    EXPECT_EQ(0x810u, trace::eEntry);
+    EXPECT_EQ(0x811u, trace::eExitResult);
+    EXPECT_EQ(0x800u, trace::eStoreEntry);
+    EXPECT_EQ(0x801u, trace::eStoreExitResult);
+    EXPECT_EQ(0x804u, trace::eMonitorEntry);
+    EXPECT_EQ(0x805u, trace::eMonitorExitResult);
+    EXPECT_EQ(0x900u, trace::eModuleEntry);
+    EXPECT_EQ(0x901u, trace::eModuleExitResult);
+    EXPECT_EQ(0xA10u, trace::eTrackerEntry);
+    EXPECT_EQ(0x210u, trace::eTrackerStartUp);
 }
 
 // --- the statement ----------------------------------------------------------------------

@@ -12,12 +12,12 @@
 #include <string>
 #include <vector>
 
+#include "contract/value_kind.h"
 #include "store/access/reg_prop_keys_access.h"
 #include "store/access/task_memory.h"
 #include "support/com_client.h"
 #include "support/memory_key_access.h"
 #include "support/registry_fixture.h"
-#include "support/text_limits.h"
 
 namespace kora4::test {
 namespace {
@@ -211,7 +211,7 @@ struct Case {
 
 std::vector<Case> Cases() {
     static const std::uint8_t cBytes[] = {1, 0, 255};
-    static const std::u16string cTooLong(cLongestTextChars + 1, u'x');
+    static const std::u16string cTooLong(cMaxTextChars + 1, u'x');
     return {
         {"read number",
          [](KORA4KeyAccess& access, KORA4KeySet keySet) {
@@ -268,8 +268,8 @@ std::vector<Situation> Situations() {
         std::uint32_t{0x80000000},
         std::u16string(),
         std::u16string(u"M\u00fcsik"),
-        std::u16string(cLongestTextChars, u'x'),
-        std::u16string(cLongestTextChars + 1, u'x'),
+        std::u16string(cMaxTextChars, u'x'),
+        std::u16string(cMaxTextChars + 1, u'x'),
         Blob{},
         Blob{1, 0, 255},
         Unreadable{},

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "contract/value_kind.h"
 #include "store/access/task_memory.h"
-#include "support/text_limits.h"
 
 namespace kora4 {
 namespace {
@@ -54,13 +54,11 @@ TEST_F(MemoryStore, TakesWritesToTheAppKeysAndKeepsNone) {
 }
 
 TEST_F(MemoryStore, CannotReadATextOfMoreThan4096Bytes) {
-    EXPECT_EQ(result::cOk,
-              m_store.WriteText(eKeySetStatic, cKey,
-                                std::u16string(test::cLongestTextChars, u'x').c_str()));
+    EXPECT_EQ(result::cOk, m_store.WriteText(eKeySetStatic, cKey,
+                                             std::u16string(cMaxTextChars, u'x').c_str()));
     EXPECT_EQ(result::cOk, ReadText(eKeySetStatic));
-    EXPECT_EQ(result::cOk,
-              m_store.WriteText(eKeySetStatic, cKey,
-                                std::u16string(test::cLongestTextChars + 1, u'x').c_str()));
+    EXPECT_EQ(result::cOk, m_store.WriteText(eKeySetStatic, cKey,
+                                             std::u16string(cMaxTextChars + 1, u'x').c_str()));
     EXPECT_EQ(result::cFail, ReadText(eKeySetStatic));
 }
 

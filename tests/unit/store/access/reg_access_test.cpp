@@ -13,9 +13,9 @@
 #include <utility>
 
 #include "contract/registry_paths.h"
+#include "contract/value_kind.h"
 #include "store/access/task_memory.h"
 #include "support/registry_fixture.h"
-#include "support/text_limits.h"
 #include "support/trace_capture.h"
 #include "support/trace_flags.h"
 
@@ -308,7 +308,7 @@ TEST_F(RegAccess, ATextOfNoBytesIsEmpty) {
 }
 
 TEST_F(RegAccess, ATextOf4096BytesIsRead) {
-    const std::u16string text(cLongestTextChars, u'x');
+    const std::u16string text(cMaxTextChars, u'x');
     OpenWritable();
     EXPECT_EQ(S_OK, m_access.WriteText(eKeySetStatic, cKey, text.c_str()));
     EXPECT_EQ(S_OK, ReadText());
@@ -317,14 +317,14 @@ TEST_F(RegAccess, ATextOf4096BytesIsRead) {
 
 TEST_F(RegAccess, ATextOf4096BytesWithoutTerminatorIsRead) {
     // Stored from a longer text: the platform adds a terminator that it finds behind one.
-    StoreText(std::u16string(cLongestTextChars + 2, u'x'), cMaxTextBytes);
+    StoreText(std::u16string(cMaxTextChars + 2, u'x'), cMaxTextBytes);
     OpenWritable();
     EXPECT_EQ(S_OK, ReadText());
-    EXPECT_EQ(std::u16string(cLongestTextChars + 1, u'x'), Text());
+    EXPECT_EQ(std::u16string(cMaxTextChars + 1, u'x'), Text());
 }
 
 TEST_F(RegAccess, ALongerTextCanBeWrittenButNotRead) {
-    const std::u16string text(cLongestTextChars + 1, u'x');
+    const std::u16string text(cMaxTextChars + 1, u'x');
     OpenWritable();
     EXPECT_EQ(S_OK, m_access.WriteText(eKeySetStatic, cKey, text.c_str()));
     EXPECT_EQ(2048u, ReadStoredText(eKeySetStatic, cKey)->size());

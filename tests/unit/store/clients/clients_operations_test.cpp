@@ -156,7 +156,7 @@ TEST_F(ClientOperations, ADemoThatSomebodyElseLeftForTheKnownProfileIsOver) {
 TEST_F(ClientOperations, AForeignSwitchBetweenDemosKeepsTheDemo) {
     ASSERT_EQ(result::cOk, m_client->SetDemoProfileAndEnable(cDemoMovieProfile, true));
     m_store.PutSetting(pkey::cActivePresetPid, cDemoGamesProfile);
-    EXPECT_EQ("profile=242;", m_client.Pass());
+    EXPECT_EQ("profile=" + std::to_string(cDemoGamesProfile) + ";", m_client.Pass());
     EXPECT_EQ(result::cOk, m_client->RevertFromDemoMode());
     EXPECT_EQ(0u, m_store.Profile());
 }

@@ -9,7 +9,7 @@
 
 #include "base/failure.h"
 #include "contract/engine_masks.h"
-#include "support/text_limits.h"
+#include "contract/value_kind.h"
 
 namespace kora4::tools::sim {
 namespace {
@@ -150,7 +150,7 @@ TEST(ReadScene, RefusesBadEngines) {
                 HasSubstr("engine.commands.editor: no such member is known here"));
     EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"demo-app\": 7}}")),
                 HasSubstr("engine.commands.demo-app: this must be a text."));
-    const std::string tooLong(test::cLongestTextChars + 1, 'x');
+    const std::string tooLong(cMaxTextChars + 1, 'x');
     EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1, \"commands\": {\"demo-app\": \"" +
                                            tooLong + "\"}}")),
                 HasSubstr("at most 2047 characters"));

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
+#include "contract/value_kind.h"
 #include "settings/content.h"
-#include "support/text_limits.h"
 #include "tools/support/memory_store.h"
 
 namespace kora4::tools {
@@ -183,7 +183,7 @@ TEST(Document, RefusesOneBadValueAndSaysWhereItIs) {
         many += ",0";
     ExpectRefusal(InMusic("\"graphic-eq.gains\": [" + many + "]"), {"41 elements"});
     ExpectRefusal(WithBody(R"("profiles": {"p1": {"name": ")" +
-                           std::string(test::cLongestTextChars + 1, 'x') + "\"}}"),
+                           std::string(cMaxTextChars + 1, 'x') + "\"}}"),
                   {"profiles.p1.name", "2047"});
     ExpectRefusal(WithBody(R"("profiles": {"p1": {"name": "a\u0000b"}})"), {"null character"});
     ExpectRefusal(WithBody(R"("profiles": {"p1": 5})"), {"profiles.p1", "object"});

@@ -6,7 +6,7 @@
 
 #include "contract/engine_masks.h"
 #include "contract/profiles.h"
-#include "support/text_limits.h"
+#include "contract/value_kind.h"
 #include "tools/support/memory_store.h"
 
 namespace kora4::tools {
@@ -93,9 +93,9 @@ TEST(Lint, AnotherTypeAndUnreadableContentAreErrors) {
     EXPECT_EQ(Severity::eError, SeverityOf("graphic-eq.gains", Text(u"0100,0002,0000")));
     EXPECT_EQ(Severity::eError, SeverityOf("audio-regulator.isolated", Text(u"0029")));
     EXPECT_EQ(Severity::eError, SeverityOf("intelligent-eq", StoredValue::FromDword(6)));
-    EXPECT_EQ(Severity::eError,
-              SeverityOf("demo-app-command",
-                         Text(std::u16string(test::cLongestTextChars + 1, u'x').c_str())));
+    EXPECT_EQ(
+        Severity::eError,
+        SeverityOf("demo-app-command", Text(std::u16string(cMaxTextChars + 1, u'x').c_str())));
 }
 
 TEST(Lint, ValuesBeyondTheLimitsOfTheApiAreWarnings) {

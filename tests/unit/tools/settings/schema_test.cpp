@@ -9,10 +9,10 @@
 #include "base/failure.h"
 #include "contract/patch_records.h"
 #include "contract/profiles.h"
+#include "contract/value_kind.h"
 #include "faults/damage.h"
 #include "settings/content.h"
 #include "settings/settings_table.h"
-#include "support/text_limits.h"
 #include "tools/support/memory_store.h"
 
 namespace kora4::tools {
@@ -48,7 +48,8 @@ TEST(Schema, PutsEachValueIntoItsKeySet) {
 }
 
 TEST(Schema, MakesTheLibrarysKeys) {
-    for (std::uint32_t profile : {0u, 1u, 4u, 8u, 240u, 242u}) {
+    for (std::uint32_t profile :
+         {cMovieProfile, cMusicProfile, 4u, 8u, cDemoMovieProfile, cDemoGamesProfile}) {
         EXPECT_EQ(pkey::PresetPatch(eVolumeTech, profile, 0),
                   SwitchValue(cLeveler, profile).key);
         EXPECT_EQ(pkey::PresetPatch(eVolumeTech, profile, 3),
@@ -117,8 +118,8 @@ TEST(Schema, EncodedValuesReadBack) {
 }
 
 TEST(Schema, RefusesToStoreWhatNoReaderTakes) {
-    EXPECT_THROW(Encode(NameValue(3), std::string(test::cLongestTextChars + 1, 'x')), Failure);
-    EXPECT_NO_THROW(Encode(NameValue(3), std::string(test::cLongestTextChars, 'x')));
+    EXPECT_THROW(Encode(NameValue(3), std::string(cMaxTextChars + 1, 'x')), Failure);
+    EXPECT_NO_THROW(Encode(NameValue(3), std::string(cMaxTextChars, 'x')));
     EXPECT_THROW(Encode(NameValue(3), std::string("a\0b", 3)), Failure);
     const SchemaValue gains = FieldValue({Family::ePreset, eStandardEQTech}, 0, 4);
     EXPECT_NO_THROW(Encode(gains, std::vector<float>(cMaxArrayElements)));

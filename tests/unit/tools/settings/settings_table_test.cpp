@@ -216,7 +216,7 @@ TEST(SettingsTable, CompletionOffersWhatCanBeSet) {
 
 TEST(Names, ProfilesByWordAndNumber) {
     EXPECT_EQ(1u, ParseProfile("Music"));
-    EXPECT_EQ(cDemoMusicProfile, ParseProfile("241"));
+    EXPECT_EQ(cDemoMusicProfile, ParseProfile(std::to_string(cDemoMusicProfile)));
     EXPECT_EQ("p6", ProfileName(8));
     EXPECT_EQ("77", ProfileName(77));
     for (const char* const bad : {"77", "p7", "", "-1", "1x"})
