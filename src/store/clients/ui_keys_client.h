@@ -15,10 +15,6 @@
 
 namespace kora4 {
 
-namespace trace {
-struct Place;
-}
-
 // The applications whose command lines the store carries, in the order of their keys.
 enum class CompanionCommand { eProfileEditor, eProfileSelector, eDemoApp };
 
@@ -108,11 +104,6 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     std::uint32_t Analyses() const { return m_analyses; }
 
   private:
-    // The frame of a store operation: entry line, E_INVALIDARG for bad arguments, the
-    // body under the mutex, exit line.
-    template <typename Body>
-    HRESULT RunUnderMutex(const trace::Place& place, bool argumentsGood, Body&& body);
-
     // Writes the master enable and moves the baseline by the rule of MoveOwn.
     HRESULT WriteEnable(const Change<bool>& enable) REQUIRES(m_regKeysMutex);
     // Stores another profile, with the enable if one is given, and reloads the working
