@@ -5,7 +5,6 @@
 #ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H
 #define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H
 
-#include <array>
 #include <cstdint>
 
 #include "contract/trace_flags.h"
@@ -45,12 +44,6 @@ constexpr TraceMessage Line(const char* function, const char* text, std::uint32_
                             const char* values, const char* meaning, const char* why = "",
                             const char* next = "") {
     return {function, text, mask, values, meaning, why, next};
-}
-
-// A list of rows, for the tools.
-template <typename... Messages>
-constexpr std::array<TraceMessage, sizeof...(Messages)> Rows(const Messages&... rows) {
-    return {rows...};
 }
 
 }  // namespace msg

@@ -3,7 +3,9 @@
 #ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
 #define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
 
+#include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <string_view>
 
 #include "contract/messages/trace_message.h"
@@ -17,14 +19,10 @@ namespace kora4::contract {
 // Calls `visit` with each row.
 template <typename Visit>
 constexpr void ForEachTraceMessage(Visit visit) {
-    for (const TraceMessage& message : msg::cGeneralMessages)
-        visit(message);
-    for (const TraceMessage& message : msg::cAssertionMessages)
-        visit(message);
-    for (const TraceMessage& message : msg::cApiMessages)
-        visit(message);
-    for (const TraceMessage& message : msg::cStoreMessages)
-        visit(message);
+    std::ranges::for_each(msg::cGeneralMessages, std::ref(visit));
+    std::ranges::for_each(msg::cAssertionMessages, std::ref(visit));
+    std::ranges::for_each(msg::cApiMessages, std::ref(visit));
+    std::ranges::for_each(msg::cStoreMessages, std::ref(visit));
 }
 
 // What was found for a message.
