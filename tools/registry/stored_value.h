@@ -41,11 +41,6 @@ struct StoredValue {
     friend bool operator==(const StoredValue&, const StoredValue&) = default;
 };
 
-// The platform's type numbers that the store knows, for code without a platform header.
-inline constexpr std::uint32_t cTextType = 1;
-inline constexpr std::uint32_t cBinaryType = 3;
-inline constexpr std::uint32_t cDwordType = 4;
-
 // "REG_DWORD"; "type 12" for a number that is not a registry type.
 std::string TypeName(std::uint32_t type);
 

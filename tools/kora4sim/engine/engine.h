@@ -15,7 +15,7 @@
 #include "contract/defaults.h"
 #include "kora4sim/engine/held_settings.h"
 #include "kora4sim/engine/reporter.h"
-#include "kora4sim/engine/spoilt_values.h"
+#include "kora4sim/engine/wrong_values.h"
 #include "kora4sim/scene/scene.h"
 #include "kora4sim/signal/blob.h"
 #include "process/interrupt.h"

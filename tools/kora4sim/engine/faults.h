@@ -53,11 +53,11 @@ struct FaultDef {
     const char* shape;
     const char* meaning;
     // The names that the argument may have; null when it is a number or there is none.
-    std::vector<FaultArgument> (*kinds)();
+    std::vector<FaultArgument> (*kinds)() = nullptr;
     // Numbers: their range and what they count. Both 0: the argument is no number.
-    double least;
-    double most;
-    const char* unit;
+    double least = 0;
+    double most = 0;
+    const char* unit = "";
 };
 
 // All of them, in the order of --help.
