@@ -15,6 +15,7 @@
 #include "monitor/reg_key_monitor.h"
 #include "monitor/reg_key_monitor_client.h"
 #include "platform/com_object.h"
+#include "platform/non_copyable.h"
 #include "platform/slim_lock.h"
 #include "store/access/reg_prop_keys_access.h"
 #include "store/clients/ui_keys_client.h"
@@ -37,12 +38,10 @@ namespace kora4 {
 //                      methods run, which may call any method of this object.
 //   m_readinessLock    the step from not initialised to initialised, and the notifications
 //                      that arrive before it. The named mutex may be waited for inside.
-class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
+class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient, NonCopyable {
   public:
     CKORA4ASL();
     virtual ~CKORA4ASL() = default;
-    CKORA4ASL(const CKORA4ASL&) = delete;
-    CKORA4ASL& operator=(const CKORA4ASL&) = delete;
 
     // The destructor's first part, run while the reference counting of the wrapper still
     // works: a notification that is on its way takes and drops a reference. Releases the

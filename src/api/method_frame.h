@@ -16,11 +16,9 @@
 
 namespace kora4 {
 
-// The tag of all lines of the API object; also the name of its log file.
 // Where the initialisation check stands. Clients rely on each method's own order.
 enum class InitializationCheck { eAfterArguments, eBeforeArguments, eNone };
 
-// What differs from method to method in the frame.
 // The line of a refused argument; none unless given. The message has no arguments.
 struct Refusal {
     constexpr Refusal() = default;
@@ -32,6 +30,7 @@ struct Refusal {
     const char* text = nullptr;
 };
 
+// What differs from method to method in the frame.
 struct MethodRules {
     Refusal badArgument = {};
     InitializationCheck initialization = InitializationCheck::eAfterArguments;

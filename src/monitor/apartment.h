@@ -8,6 +8,8 @@
 
 #include <utility>
 
+#include "platform/non_copyable.h"
+
 namespace kora4 {
 
 // Identifies an apartment within the process: a single-threaded one by its thread's id, the
@@ -41,12 +43,9 @@ void SetApartmentCalls(const ApartmentCalls* pCalls);
 
 // Keeps the multithreaded apartment alive, whatever threads come and go. Holds nothing
 // until Acquire. Any thread; the hold may end on another one.
-class MtaUsage {
+class MtaUsage : NonCopyable {
   public:
-    MtaUsage() = default;
     ~MtaUsage() { Release(); }
-    MtaUsage(const MtaUsage&) = delete;
-    MtaUsage& operator=(const MtaUsage&) = delete;
 
     // Begins the hold, once. S_OK when it has begun already; otherwise what COM answers.
     HRESULT Acquire() { return m_cookie ? S_OK : CoIncrementMTAUsage(&m_cookie); }

@@ -7,6 +7,8 @@
 #include <windows.h>
 #include <wrl/client.h>
 
+#include "platform/non_copyable.h"
+
 namespace kora4 {
 
 // Is told of the end of an apartment. Not reference-counted: it outlives its ApartmentEnd.
@@ -23,12 +25,10 @@ class ApartmentEndListener {
 // for ever (seen under Wine 8). So whoever has callers there is told in time.
 //
 // Used on the apartment's thread. Does nothing in other kinds of apartment.
-class ApartmentEnd {
+class ApartmentEnd : NonCopyable {
   public:
     ApartmentEnd();
     ~ApartmentEnd();
-    ApartmentEnd(const ApartmentEnd&) = delete;
-    ApartmentEnd& operator=(const ApartmentEnd&) = delete;
 
     // E_OUTOFMEMORY, or what the platform says. Harmless when watching already.
     HRESULT Watch(ApartmentEndListener* pListener);

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include "monitor/apartment.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -21,12 +22,9 @@ namespace kora4 {
 // Register and Revoke belong on a thread of the apartment. Revoked elsewhere, the share is
 // given up, but the registration stays for the apartment's next monitor, or until the
 // apartment ends (RevokeLeft). It points into the module, which stays locked meanwhile.
-class GateFactoryRegistration {
+class GateFactoryRegistration : NonCopyable {
   public:
-    GateFactoryRegistration() = default;
     ~GateFactoryRegistration() { Revoke(); }
-    GateFactoryRegistration(const GateFactoryRegistration&) = delete;
-    GateFactoryRegistration& operator=(const GateFactoryRegistration&) = delete;
 
     // Gives up what was registered before, then registers in the calling thread's apartment.
     HRESULT Register();

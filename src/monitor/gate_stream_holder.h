@@ -9,6 +9,7 @@
 #include <atomic>
 
 #include "monitor/gate_factory.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -16,15 +17,12 @@ namespace kora4 {
 // and from then until EndCancellation the id of the monitor thread, so that the owner can
 // cancel the notification that the thread has outstanding. No lock: the owner marshals
 // before the thread is created, the thread alone unmarshals, and the thread id is atomic.
-class GateStreamHolder {
+class GateStreamHolder : NonCopyable {
   public:
     // CoGetCancelObject, or what a test puts in its place.
     using CancelObjectSource = HRESULT(WINAPI*)(DWORD threadId, REFIID iid, void** ppv);
 
-    GateStreamHolder() = default;
     ~GateStreamHolder() { ReleaseStream(); }
-    GateStreamHolder(const GateStreamHolder&) = delete;
-    GateStreamHolder& operator=(const GateStreamHolder&) = delete;
 
     // Registers the gate's factory in the calling thread's apartment and marshals
     // `pObject`, once, for any other apartment. A null object: E_INVALIDARG.

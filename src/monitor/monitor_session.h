@@ -13,6 +13,7 @@
 #include "monitor/gate_stream_holder.h"
 #include "platform/handles.h"
 #include "platform/module.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -33,13 +34,11 @@ namespace kora4 {
 // thread held that was ended by force. Two things are lost for good: the dead thread's place
 // in the multithreaded apartment, which then lasts as long as the process, and what the
 // platform held for a call that the thread was in.
-class MonitorSession {
+class MonitorSession : NonCopyable {
   public:
     // `root` and `subkey` name the watched key. Neither is copied or closed: both must live
     // until the thread has ended.
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
-    MonitorSession(const MonitorSession&) = delete;
-    MonitorSession& operator=(const MonitorSession&) = delete;
 
     // Reference counting; any thread.
     ULONG AddRef() { return static_cast<ULONG>(m_references.fetch_add(1) + 1); }

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -47,12 +48,10 @@ class SecurityDescriptor {
 // Turns a privilege of the calling thread (of the process, when the thread does not
 // impersonate) on for the length of a scope and puts its former state back. Without the
 // privilege it does nothing: what needs it then fails by itself.
-class PrivilegeHold {
+class PrivilegeHold : NonCopyable {
   public:
     explicit PrivilegeHold(const wchar_t* pwPrivilege);
     ~PrivilegeHold();
-    PrivilegeHold(const PrivilegeHold&) = delete;
-    PrivilegeHold& operator=(const PrivilegeHold&) = delete;
 
   private:
     UniqueHandle m_hToken;

@@ -7,6 +7,8 @@
 
 #include <atomic>
 
+#include "platform/non_copyable.h"
+
 namespace kora4 {
 
 // What the module as a whole has. Any thread; the instance is set once, in DllMain.
@@ -27,12 +29,10 @@ class Module {
 };
 
 // Keeps the module from being unloaded by COM while it lives.
-class ModuleLock {
+class ModuleLock : NonCopyable {
   public:
     ModuleLock() { Module::Lock(); }
     ~ModuleLock() { Module::Unlock(); }
-    ModuleLock(const ModuleLock&) = delete;
-    ModuleLock& operator=(const ModuleLock&) = delete;
 };
 
 }  // namespace kora4

@@ -5,17 +5,13 @@
 
 #include <windows.h>
 
-#include "platform/thread_annotations.h"
+#include "platform/lock_hold.h"
 
 namespace kora4 {
 
 // Not recursive. Needs no construction at run time.
-class CAPABILITY("lock") SlimLock {
+class CAPABILITY("lock") SlimLock : NonCopyable {
   public:
-    constexpr SlimLock() = default;
-    SlimLock(const SlimLock&) = delete;
-    SlimLock& operator=(const SlimLock&) = delete;
-
     // For SlimHold; every other caller holds the lock by a scope.
     void Acquire() ACQUIRE() { AcquireSRWLockExclusive(&m_lock); }
     void Release() RELEASE() { ReleaseSRWLockExclusive(&m_lock); }
@@ -25,16 +21,7 @@ class CAPABILITY("lock") SlimLock {
 };
 
 // Holds a SlimLock for the length of a scope.
-class SCOPED_CAPABILITY SlimHold {
-  public:
-    explicit SlimHold(SlimLock& lock) ACQUIRE(lock) : m_lock(lock) { m_lock.Acquire(); }
-    ~SlimHold() RELEASE() { m_lock.Release(); }
-    SlimHold(const SlimHold&) = delete;
-    SlimHold& operator=(const SlimHold&) = delete;
-
-  private:
-    SlimLock& m_lock;
-};
+using SlimHold = LockHold<SlimLock>;
 
 }  // namespace kora4
 

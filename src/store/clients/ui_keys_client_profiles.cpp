@@ -9,16 +9,6 @@
 
 namespace kora4 {
 
-namespace {
-
-// The preset technologies that have settings, in order.
-constexpr std::array cSettableTechnologies = {
-    eVolumeTech,    eEnhancementTech,     eDynamicEQTech, eStandardEQTech,
-    eHeadphoneTech, eVirtualSurroundTech, eNGSurroundTech};
-static_assert(cSettableTechnologies.size() == eNumberKORA4PresetTechnologies - 1);
-
-}  // namespace
-
 HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::GetActiveProfile");
     const MutexHold hold(m_regKeysMutex);
@@ -51,7 +41,7 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
     const std::uint32_t demoProfile = DemoProfileOf(profile);
     m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
     RefreshPatches(profile, m_baseline.enable);
-    for (const KORA4PresetTechnology technology : cSettableTechnologies) {
+    for (const KORA4PresetTechnology technology : cPresetTechnologies) {
         hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
                                         ReadKnown(profile, technology));
         if (result::Failed(hr))
@@ -233,7 +223,7 @@ HRESULT KORA4UIKeysClient::ActivePresetCopy(std::uint32_t customProfile) {
 
     const std::uint32_t activeProfile = ReadActivePreset();
     m_patches.LoadPresetPatches(*m_pKeyAccess, activeProfile, false);
-    for (const KORA4PresetTechnology technology : cSettableTechnologies) {
+    for (const KORA4PresetTechnology technology : cPresetTechnologies) {
         hr = m_patches.WritePresetPatch(*m_pKeyAccess, customProfile, technology, false);
         if (result::Failed(hr))
             break;

@@ -155,11 +155,10 @@ HRESULT KORA4UIKeysClient::AnalyseChanges(ChangeSet* pChanges) {
     // The user left the demo by other means, for the profile that the client knows of too.
     if (!IsDemoProfile(m_analysedProfile))
         m_demoMode = false;
-    for (std::uint32_t t = eVolumeTech;
-         t < eNumberKORA4PresetTechnologies && result::Succeeded(hr); ++t) {
+    for (const KORA4PresetTechnology t : cPresetTechnologies) {
         pChanges->onElseOff[t] = m_patches.m_dwPresetOnElseOff[t] != 0;
-        if (pChanges->patchChanged[t])
-            hr = DescribePatchChange(static_cast<KORA4PresetTechnology>(t), pChanges);
+        if (pChanges->patchChanged[t] && result::Succeeded(hr))
+            hr = DescribePatchChange(t, pChanges);
     }
     return hr;
 }
