@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The callback lock of an API object.
-#ifndef KORA4_API_CALLBACK_GUARD_H
-#define KORA4_API_CALLBACK_GUARD_H
+#pragma once
 
 #include <windows.h>
 
@@ -40,5 +39,3 @@ class CAPABILITY("callback lock") CallbackGuard : NonCopyable {
 using CallbackHold = LockHold<CallbackGuard>;
 
 }  // namespace kora4
-
-#endif  // KORA4_API_CALLBACK_GUARD_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // One bring-up of an object at a time.
-#ifndef KORA4_API_INITIALIZE_GUARD_H
-#define KORA4_API_INITIALIZE_GUARD_H
+#pragma once
 
 #include <windows.h>
 
@@ -48,5 +47,3 @@ class InitializeGuard : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_API_INITIALIZE_GUARD_H

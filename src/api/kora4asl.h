@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The API object.
-#ifndef KORA4_API_KORA4ASL_H
-#define KORA4_API_KORA4ASL_H
+#pragma once
 
 #include <windows.h>
 #include <wrl/client.h>
@@ -139,5 +138,3 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient, NonCopyable
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_API_KORA4ASL_H

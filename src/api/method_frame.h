@@ -2,8 +2,7 @@
 // The frame that all methods of the API object share: entry line, argument checks,
 // initialisation check, the method's own work, exit line. A method states what is its
 // own in a `Method` table and a body.
-#ifndef KORA4_API_METHOD_FRAME_H
-#define KORA4_API_METHOD_FRAME_H
+#pragma once
 
 #include <windows.h>
 
@@ -96,5 +95,3 @@ HRESULT RunMethod(const Method& method, bool initialized, bool argumentsAreGood,
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_API_METHOD_FRAME_H

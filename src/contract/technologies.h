@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The two families of technologies of the store: preset technologies, whose settings
 // belong to a profile, and global technologies, whose settings do not.
-#ifndef KORA4_CONTRACT_TECHNOLOGIES_H
-#define KORA4_CONTRACT_TECHNOLOGIES_H
+#pragma once
 
 #include <cstdint>
 #include <iterator>
@@ -85,5 +84,3 @@ static_assert(sizeof sm_globalTechGUIDOffset / sizeof *sm_globalTechGUIDOffset =
               eNumberKORA4GlobalTechnologies);
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_TECHNOLOGIES_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a value of the store is, and so how it is stored.
-#ifndef KORA4_CONTRACT_VALUE_KIND_H
-#define KORA4_CONTRACT_VALUE_KIND_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -65,5 +64,3 @@ inline constexpr std::size_t cMaxTextChars = cMaxTextBytes / sizeof(char16_t) - 
 static_assert(cMaxTextChars == KORA4_CUSTOM_NAME_MAX_LENGTH);
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_VALUE_KIND_H

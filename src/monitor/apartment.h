@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Which apartment a thread is in, a wait that suits it, and a hold on the multithreaded one.
-#ifndef KORA4_MONITOR_APARTMENT_H
-#define KORA4_MONITOR_APARTMENT_H
+#pragma once
 
 #include <objbase.h>
 #include <windows.h>
@@ -60,5 +59,3 @@ class MtaUsage : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_APARTMENT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tells when the calling thread is about to leave its single-threaded apartment for good.
-#ifndef KORA4_MONITOR_APARTMENT_END_H
-#define KORA4_MONITOR_APARTMENT_END_H
+#pragma once
 
 #include <objidl.h>
 #include <windows.h>
@@ -44,5 +43,3 @@ class ApartmentEnd : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_APARTMENT_END_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The registration of the gate's proxy/stub factory in an apartment.
-#ifndef KORA4_MONITOR_GATE_FACTORY_H
-#define KORA4_MONITOR_GATE_FACTORY_H
+#pragma once
 
 #include <windows.h>
 
@@ -48,5 +47,3 @@ class GateFactoryRegistration : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_GATE_FACTORY_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Carries the marshalled gate from the owner's apartment to the monitor thread.
-#ifndef KORA4_MONITOR_GATE_STREAM_HOLDER_H
-#define KORA4_MONITOR_GATE_STREAM_HOLDER_H
+#pragma once
 
 #include <objidl.h>
 #include <windows.h>
@@ -63,5 +62,3 @@ class GateStreamHolder : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_GATE_STREAM_HOLDER_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the owner of a monitor and its thread share from one start to the end of the thread.
-#ifndef KORA4_MONITOR_MONITOR_SESSION_H
-#define KORA4_MONITOR_MONITOR_SESSION_H
+#pragma once
 
 #include <windows.h>
 #include <wrl/client.h>
@@ -134,5 +133,3 @@ class MonitorSession : NonCopyable {
 using MonitorSessionPtr = Microsoft::WRL::ComPtr<MonitorSession>;
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_MONITOR_SESSION_H

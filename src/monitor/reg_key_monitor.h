@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Watches a registry key on a thread of its own and tells its owner of every write.
-#ifndef KORA4_MONITOR_REG_KEY_MONITOR_H
-#define KORA4_MONITOR_REG_KEY_MONITOR_H
+#pragma once
 
 #include <windows.h>
 
@@ -154,5 +153,3 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, Non
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_REG_KEY_MONITOR_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Owning types for security descriptors and for a privilege that is on for a while.
-#ifndef KORA4_MONITOR_SECURITY_TYPES_H
-#define KORA4_MONITOR_SECURITY_TYPES_H
+#pragma once
 
 #include <windows.h>
 
@@ -59,5 +58,3 @@ class PrivilegeHold : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_SECURITY_TYPES_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The length of a scope for which a lock is held. Platform-free files use it, too.
-#ifndef KORA4_PLATFORM_LOCK_HOLD_H
-#define KORA4_PLATFORM_LOCK_HOLD_H
+#pragma once
 
 #include "platform/non_copyable.h"
 #include "platform/thread_annotations.h"
@@ -20,5 +19,3 @@ class SCOPED_CAPABILITY LockHold : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_LOCK_HOLD_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The module: its instance handle and its lock count (objects alive plus server locks).
-#ifndef KORA4_PLATFORM_MODULE_H
-#define KORA4_PLATFORM_MODULE_H
+#pragma once
 
 #include <windows.h>
 
@@ -36,5 +35,3 @@ class ModuleLock : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_MODULE_H

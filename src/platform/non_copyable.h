@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What owns something is not copied. Includes nothing, so that platform-free files can use it.
-#ifndef KORA4_PLATFORM_NON_COPYABLE_H
-#define KORA4_PLATFORM_NON_COPYABLE_H
+#pragma once
 
 namespace kora4 {
 
@@ -17,5 +16,3 @@ class NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_NON_COPYABLE_H

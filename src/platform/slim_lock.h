@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A lock that is held exclusively, for the length of a scope.
-#ifndef KORA4_PLATFORM_SLIM_LOCK_H
-#define KORA4_PLATFORM_SLIM_LOCK_H
+#pragma once
 
 #include <windows.h>
 
@@ -24,5 +23,3 @@ class CAPABILITY("lock") SlimLock : NonCopyable {
 using SlimHold = LockHold<SlimLock>;
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_SLIM_LOCK_H

@@ -12,8 +12,7 @@
 // a per cent sign. What a parameter is replaced by is taken as it is.
 //
 // Pure: no platform header, and scripts are ASCII.
-#ifndef KORA4_SERVER_REGISTRAR_SCRIPT_H
-#define KORA4_SERVER_REGISTRAR_SCRIPT_H
+#pragma once
 
 #include <cstddef>
 #include <memory>
@@ -90,5 +89,3 @@ HRESULT CheckRegistrarScript(std::string_view script,
                              std::span<const ScriptParameter> parameters);
 
 }  // namespace kora4
-
-#endif  // KORA4_SERVER_REGISTRAR_SCRIPT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // One value of the store as the registry holds it: a type and bytes, right or wrong.
-#ifndef KORA4_REGISTRY_STORED_VALUE_H
-#define KORA4_REGISTRY_STORED_VALUE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -59,5 +58,3 @@ std::u16string ToUtf16(std::string_view text);
 std::string ToUtf8(std::u16string_view text);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_STORED_VALUE_H

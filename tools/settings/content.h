@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a stored value says, as the library reads and writes it.
-#ifndef KORA4_SETTINGS_CONTENT_H
-#define KORA4_SETTINGS_CONTENT_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -32,5 +31,3 @@ std::optional<Value> Effective(const SchemaValue& value, StoreAccess& store);
 StoredValue Encode(const SchemaValue& value, const Value& content);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_CONTENT_H

@@ -10,8 +10,7 @@
 // absent one is not. A value is true or false, a number, a text or an array when writing it
 // back gives exactly the stored bytes; otherwise {"text": "..."} for a REG_SZ of another
 // wording, and {"type": 4, "data": "02"} for anything else.
-#ifndef KORA4_SETTINGS_DOCUMENT_H
-#define KORA4_SETTINGS_DOCUMENT_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -80,5 +79,3 @@ struct Difference {
 std::vector<Difference> Compare(const Plan& plan, StoreAccess& store);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_DOCUMENT_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Everything that the store may hold: one walk over every value, with what it is and what
 // stands in for it when it is absent.
-#ifndef KORA4_SETTINGS_SCHEMA_H
-#define KORA4_SETTINGS_SCHEMA_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -104,5 +103,3 @@ SchemaValue NameValue(std::uint32_t customProfile);
 SchemaValue TriggerValue(Technology technology);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_SCHEMA_H

@@ -2,8 +2,7 @@
 // The table of settings: the one place that says what a setting is called, what it may be,
 // who may change it and how it is stored. `get`, `set`, `describe`, `--help`, completion,
 // the settings document and the manual are made from it.
-#ifndef KORA4_SETTINGS_SETTINGS_TABLE_H
-#define KORA4_SETTINGS_SETTINGS_TABLE_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -105,5 +104,3 @@ std::vector<std::string> SettingNames();
 std::vector<std::string> CompletionWords(const Setting& setting);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_SETTINGS_TABLE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The store's codec for code with strings and vectors. Texts end at their first terminator.
-#ifndef KORA4_SETTINGS_TEXTS_H
-#define KORA4_SETTINGS_TEXTS_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -62,5 +61,3 @@ inline std::optional<std::vector<bool>> ParseFlagArray(const std::u16string& tex
 }
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_TEXTS_H

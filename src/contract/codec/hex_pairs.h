@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The hexadecimal digits of every byte side by side, so that a byte of a text costs one load
 // and one store.
-#ifndef KORA4_CONTRACT_CODEC_HEX_PAIRS_H
-#define KORA4_CONTRACT_CODEC_HEX_PAIRS_H
+#pragma once
 
 #include <array>
 #include <cstdint>
@@ -32,5 +31,3 @@ inline char16_t* PutHexByte(char16_t* p, std::uint32_t number) {
 }
 
 }  // namespace kora4::codec
-
-#endif  // KORA4_CONTRACT_CODEC_HEX_PAIRS_H

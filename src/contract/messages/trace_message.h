@@ -2,8 +2,7 @@
 // What a row of the catalogue of trace messages looks like. A statement of the library names
 // its row and takes function, text and mask from there; the tools explain written lines with
 // the rest.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H
+#pragma once
 
 #include <cstdint>
 
@@ -55,5 +54,3 @@ namespace kora4 {
 namespace msg = contract::msg;
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Every message of the trace with its meaning, and how the row of a written line is found.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
+#pragma once
 
 #include <algorithm>
 #include <cstddef>
@@ -58,5 +57,3 @@ constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_vie
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Messages of the object that clients use, with their meaning.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_API_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_API_H
+#pragma once
 
 #include "contract/messages/trace_message.h"
 #include "contract/results.h"
@@ -42,5 +41,3 @@ inline constexpr TraceMessage cApiMessages[] = {
 #undef KORA4_ROW
 
 }  // namespace kora4::contract::msg
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_API_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Messages that many functions write, and the failed assertions.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_GENERAL_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_GENERAL_H
+#pragma once
 
 #include "contract/messages/trace_message.h"
 
@@ -137,5 +136,3 @@ inline constexpr TraceMessage cAssertionMessages[] = {
 };
 
 }  // namespace kora4::contract::msg
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_GENERAL_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Messages of the store, its monitor and the module, with their meaning.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_STORE_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_STORE_H
+#pragma once
 
 #include "contract/messages/trace_message.h"
 
@@ -25,5 +24,3 @@ inline constexpr TraceMessage cStoreMessages[] = {
 #undef KORA4_ROW
 
 }  // namespace kora4::contract::msg
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_STORE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Written lines of the trace taken apart: head, message, and the values in a message.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_TEXT_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_TEXT_H
+#pragma once
 
 #include <cstddef>
 #include <string_view>
@@ -282,5 +281,3 @@ constexpr bool ParseTraceHead(std::string_view line, TraceHead* pHead) {
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_TEXT_H

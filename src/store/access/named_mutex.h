@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The mutex that serialises readers and writers of the store: shared by every process of the
 // session.
-#ifndef KORA4_STORE_ACCESS_NAMED_MUTEX_H
-#define KORA4_STORE_ACCESS_NAMED_MUTEX_H
+#pragma once
 
 #include "contract/result.h"
 #include "platform/lock_hold.h"
@@ -43,5 +42,3 @@ class CAPABILITY("named mutex") NamedMutex : NonCopyable {
 using MutexHold = LockHold<NamedMutex>;
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_NAMED_MUTEX_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The key access on the platform: three registry keys and a property store.
-#ifndef KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H
-#define KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H
+#pragma once
 
 #include <propsys.h>
 #include <windows.h>
@@ -73,5 +72,3 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess, NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H

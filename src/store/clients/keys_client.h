@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The base of every client of the settings store: the cross-process lock, the first full
 // load, and finding out what has changed since.
-#ifndef KORA4_STORE_CLIENTS_KEYS_CLIENT_H
-#define KORA4_STORE_CLIENTS_KEYS_CLIENT_H
+#pragma once
 
 #include <algorithm>
 #include <array>
@@ -124,5 +123,3 @@ class KORA4KeysClient : NonCopyable {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_KEYS_CLIENT_H

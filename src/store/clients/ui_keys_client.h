@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The settings-store client behind the API object: every operation that a user interface
 // needs, each under the named mutex and each on what is stored at that moment.
-#ifndef KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H
-#define KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H
+#pragma once
 
 #include <atomic>
 #include <cstdint>
@@ -150,5 +149,3 @@ class KORA4UIKeysClient : public KORA4KeysClient {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What can go wrong with an engine, on demand.
-#ifndef KORA4_KORA4SIM_ENGINE_FAULTS_H
-#define KORA4_KORA4SIM_ENGINE_FAULTS_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -80,5 +79,3 @@ Fault ParseFault(std::string_view text);
 inline constexpr double cLongestRun = 86400;  // seconds
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_ENGINE_FAULTS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Settings as a bad writer would leave them, and what they were before.
-#ifndef KORA4_KORA4SIM_ENGINE_WRONG_VALUES_H
-#define KORA4_KORA4SIM_ENGINE_WRONG_VALUES_H
+#pragma once
 
 #include <optional>
 #include <string_view>
@@ -62,5 +61,3 @@ class SpoiltValues {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_ENGINE_WRONG_VALUES_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A scene: what the engine is, what it hears and what happens to it.
-#ifndef KORA4_KORA4SIM_SCENE_SCENE_H
-#define KORA4_KORA4SIM_SCENE_SCENE_H
+#pragma once
 
 #include <cstdint>
 #include <map>
@@ -72,5 +71,3 @@ class SceneFolder {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_SCENE_SCENE_H
