@@ -45,7 +45,7 @@
 #define KORA4_TECHNOLOGIES 6
 
 /* Volume leveler, no unit: the engine's own scale. What Movie has until somebody sets it is
- * outside the limits, and in force all the same: it can be read, but not set. */
+ * outside the limits, and still in effect: it can be read, but not set. */
 #define KORA4_VOLUME_LEVELER_MIN 0
 #define KORA4_VOLUME_LEVELER_MAX 10
 #define KORA4_VOLUME_LEVELER_MOVIE_DEFAULT 262151

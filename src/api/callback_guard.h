@@ -1,33 +1,30 @@
 // SPDX-License-Identifier: MIT
 // The callback lock of an API object.
-#ifndef KORA4_API_CALLBACK_GUARD_H
-#define KORA4_API_CALLBACK_GUARD_H
+#pragma once
 
 #include <windows.h>
 
 #include "api/process_track.h"
-#include "platform/thread_annotations.h"
+#include "platform/lock_hold.h"
 
 namespace kora4 {
 
 // Serialises every use of the registered client callback: registration, unregistration
 // and the whole of a notification pass, the client's methods included. It is recursive
 // and must stay so: a callback may register or unregister on the thread that calls it.
-class CAPABILITY("callback lock") CallbackGuard {
+class CAPABILITY("callback lock") CallbackGuard : NonCopyable {
   public:
     CallbackGuard() {
         InitializeCriticalSectionEx(&m_section, 0, CRITICAL_SECTION_NO_DEBUG_INFO);
     }
     ~CallbackGuard() { DeleteCriticalSection(&m_section); }
-    CallbackGuard(const CallbackGuard&) = delete;
-    CallbackGuard& operator=(const CallbackGuard&) = delete;
 
     // Takes the lock, or counts once more on the thread that holds it.
-    void Enter() ACQUIRE() {
+    void Acquire() ACQUIRE() {
         EnterCriticalSection(&m_section);
         m_track.Enter();
     }
-    void Leave() RELEASE() {
+    void Release() RELEASE() {
         m_track.Leave();
         LeaveCriticalSection(&m_section);
     }
@@ -39,19 +36,6 @@ class CAPABILITY("callback lock") CallbackGuard {
 };
 
 // Holds the callback lock for the length of a scope.
-class SCOPED_CAPABILITY CallbackHold {
-  public:
-    explicit CallbackHold(CallbackGuard& guard) ACQUIRE(guard) : m_guard(guard) {
-        m_guard.Enter();
-    }
-    ~CallbackHold() RELEASE() { m_guard.Leave(); }
-    CallbackHold(const CallbackHold&) = delete;
-    CallbackHold& operator=(const CallbackHold&) = delete;
-
-  private:
-    CallbackGuard& m_guard;
-};
+using CallbackHold = LockHold<CallbackGuard>;
 
 }  // namespace kora4
-
-#endif  // KORA4_API_CALLBACK_GUARD_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // How the module makes an API object without seeing its class.
-#ifndef KORA4_API_CREATE_API_OBJECT_H
-#define KORA4_API_CREATE_API_OBJECT_H
+#pragma once
 
 #include <windows.h>
 
@@ -12,5 +11,3 @@ namespace kora4 {
 HRESULT CreateApiObject(REFIID iid, void** ppv);
 
 }  // namespace kora4
-
-#endif  // KORA4_API_CREATE_API_OBJECT_H

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // One bring-up of an object at a time.
-#ifndef KORA4_API_INITIALIZE_GUARD_H
-#define KORA4_API_INITIALIZE_GUARD_H
+#pragma once
 
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "platform/non_copyable.h"
 #include "platform/slim_lock.h"
 
 namespace kora4 {
@@ -13,12 +13,8 @@ namespace kora4 {
 // A call that finds another thread initialising waits, lets COM calls in meanwhile, and
 // returns that thread's result. A call that re-enters on the initialising thread (COM let it
 // in) can neither wait nor go on: E_FAIL. No lock is held while `bringUp` runs.
-class InitializeGuard {
+class InitializeGuard : NonCopyable {
   public:
-    InitializeGuard() = default;
-    InitializeGuard(const InitializeGuard&) = delete;
-    InitializeGuard& operator=(const InitializeGuard&) = delete;
-
     // Calls `bringUp`, which returns an HRESULT, unless another call is running; then waits
     // for that one's result.
     template <typename BringUp>
@@ -51,5 +47,3 @@ class InitializeGuard {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_API_INITIALIZE_GUARD_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The API object.
-#ifndef KORA4_API_KORA4ASL_H
-#define KORA4_API_KORA4ASL_H
+#pragma once
 
 #include <windows.h>
 #include <wrl/client.h>
@@ -15,6 +14,7 @@
 #include "monitor/reg_key_monitor.h"
 #include "monitor/reg_key_monitor_client.h"
 #include "platform/com_object.h"
+#include "platform/non_copyable.h"
 #include "platform/slim_lock.h"
 #include "store/access/reg_prop_keys_access.h"
 #include "store/clients/ui_keys_client.h"
@@ -37,12 +37,10 @@ namespace kora4 {
 //                      methods run, which may call any method of this object.
 //   m_readinessLock    the step from not initialised to initialised, and the notifications
 //                      that arrive before it. The named mutex may be waited for inside.
-class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
+class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient, NonCopyable {
   public:
     CKORA4ASL();
     virtual ~CKORA4ASL() = default;
-    CKORA4ASL(const CKORA4ASL&) = delete;
-    CKORA4ASL& operator=(const CKORA4ASL&) = delete;
 
     // The destructor's first part, run while the reference counting of the wrapper still
     // works: a notification that is on its way takes and drops a reference. Releases the
@@ -140,5 +138,3 @@ class CKORA4ASL : public IVeltoKORA4API, public RegKeyMonitorClient {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_API_KORA4ASL_H

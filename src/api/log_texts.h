@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The names that the lines of the API object print for numbers. Blanks and tabs are part
 // of the texts.
-#ifndef KORA4_API_LOG_TEXTS_H
-#define KORA4_API_LOG_TEXTS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -73,5 +72,3 @@ static_assert(cDemoGamesProfile - cDemoMovieProfile + 1 ==
               sizeof cDemoProfileNames / sizeof *cDemoProfileNames);
 
 }  // namespace kora4::text
-
-#endif  // KORA4_API_LOG_TEXTS_H

@@ -2,8 +2,7 @@
 // The frame that all methods of the API object share: entry line, argument checks,
 // initialisation check, the method's own work, exit line. A method states what is its
 // own in a `Method` table and a body.
-#ifndef KORA4_API_METHOD_FRAME_H
-#define KORA4_API_METHOD_FRAME_H
+#pragma once
 
 #include <windows.h>
 
@@ -16,11 +15,9 @@
 
 namespace kora4 {
 
-// The tag of all lines of the API object; also the name of its log file.
 // Where the initialisation check stands. Clients rely on each method's own order.
 enum class InitializationCheck { eAfterArguments, eBeforeArguments, eNone };
 
-// What differs from method to method in the frame.
 // The line of a refused argument; none unless given. The message has no arguments.
 struct Refusal {
     constexpr Refusal() = default;
@@ -32,6 +29,7 @@ struct Refusal {
     const char* text = nullptr;
 };
 
+// What differs from method to method in the frame.
 struct MethodRules {
     Refusal badArgument = {};
     InitializationCheck initialization = InitializationCheck::eAfterArguments;
@@ -97,5 +95,3 @@ HRESULT RunMethod(const Method& method, bool initialized, bool argumentsAreGood,
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_API_METHOD_FRAME_H

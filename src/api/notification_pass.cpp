@@ -89,8 +89,8 @@ HRESULT CallbackNotifications(IVeltoKORA4APICallback* pICallback, ChangeSet& cha
         pass.Tell(OvertakenItems::cProfile, &IVeltoKORA4APICallback::OnActiveProfileChange,
                   static_cast<LONG>(changes.profile));
     } else {
-        for (std::uint32_t tech = eVolumeTech; tech < eNumberKORA4PresetTechnologies; ++tech)
-            TellTechnology(pass, changes, static_cast<KORA4PresetTechnology>(tech));
+        for (const KORA4PresetTechnology technology : cPresetTechnologies)
+            TellTechnology(pass, changes, technology);
     }
     if (changes.tableChanged)
         pass.Tell(cAlways, &IVeltoKORA4APICallback::OnCustomProfileTableChange);

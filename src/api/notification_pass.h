@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Telling the client what one notification pass found.
-#ifndef KORA4_API_NOTIFICATION_PASS_H
-#define KORA4_API_NOTIFICATION_PASS_H
+#pragma once
 
 #include <windows.h>
 
@@ -26,5 +25,3 @@ HRESULT CallbackNotifications(IVeltoKORA4APICallback* pICallback, ChangeSet& cha
                               const OvertakenItems& overtaken);
 
 }  // namespace kora4
-
-#endif  // KORA4_API_NOTIFICATION_PASS_H

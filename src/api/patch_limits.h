@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The limits of what clients may set.
-#ifndef KORA4_API_PATCH_LIMITS_H
-#define KORA4_API_PATCH_LIMITS_H
+#pragma once
 
 #include <cstdint>
 
@@ -20,5 +19,3 @@ HRESULT ValidatePatchField(ApiTechnology technology, std::uint32_t size, const v
 HRESULT ValidateAndLimitGraphicEQ(ApiGraphicEQ* pGraphicEQ);
 
 }  // namespace kora4
-
-#endif  // KORA4_API_PATCH_LIMITS_H

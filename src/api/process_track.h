@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the process looked like when an API object was made, and which thread uses its
 // callback lock: lines for diagnosis and nothing else.
-#ifndef KORA4_API_PROCESS_TRACK_H
-#define KORA4_API_PROCESS_TRACK_H
+#pragma once
 
 namespace kora4 {
 
@@ -17,5 +16,3 @@ class ProcessTrack {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_API_PROCESS_TRACK_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The public records and the store's have the same layout. It is checked here, and only here
 // is one used as the other.
-#ifndef KORA4_API_PUBLIC_RECORDS_H
-#define KORA4_API_PUBLIC_RECORDS_H
+#pragma once
 
 #include <windows.h>
 
@@ -69,5 +68,3 @@ inline LPWSTR ToPublic(char16_t* pwText) {
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_API_PUBLIC_RECORDS_H

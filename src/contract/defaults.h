@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The built-in values that stand in for everything the store does not hold. Rows are
 // indexed by defaults index: Movie, Music, Games.
-#ifndef KORA4_CONTRACT_DEFAULTS_H
-#define KORA4_CONTRACT_DEFAULTS_H
+#pragma once
 
 #include <cstdint>
 #include <iterator>
@@ -171,5 +170,3 @@ constexpr bool IsOn(KORA4GlobalTechnology) {
 }  // namespace defaults
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_DEFAULTS_H

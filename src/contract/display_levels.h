@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the engine's levels become for a display.
-#ifndef KORA4_CONTRACT_DISPLAY_LEVELS_H
-#define KORA4_CONTRACT_DISPLAY_LEVELS_H
+#pragma once
 
 #include <cstdint>
 
@@ -18,5 +17,3 @@ inline constexpr float cLevelFloor = KORA4_SILENT_GAIN;              // dB
 inline constexpr float cExcitationOffset = KORA4_EXCITATION_OFFSET;  // dB; the gains get none
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_DISPLAY_LEVELS_H

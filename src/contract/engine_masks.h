@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The engine mask: which technologies the installed engine carries, bit n for technology
 // number n + 1 of the engine, and the masks that are known by name.
-#ifndef KORA4_CONTRACT_ENGINE_MASKS_H
-#define KORA4_CONTRACT_ENGINE_MASKS_H
+#pragma once
 
 #include <cstdint>
 
@@ -36,5 +35,3 @@ constexpr const char* NameOfEngine(std::uint32_t mask) {
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_ENGINE_MASKS_H

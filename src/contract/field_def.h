@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // One field of a technology record: what it is, where it lies in the record, under which
 // property id it is stored, and what it is when the store does not say.
-#ifndef KORA4_CONTRACT_FIELD_DEF_H
-#define KORA4_CONTRACT_FIELD_DEF_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -93,5 +92,3 @@ inline FieldDefault DefaultOf(const KORA4FieldDef& field, std::uint32_t row,
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_FIELD_DEF_H

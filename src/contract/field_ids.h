@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The property ids of the fields that have a meaning outside the engine. The field tables say
 // what the others are; of a field with several arrays this is the first one's.
-#ifndef KORA4_CONTRACT_FIELD_IDS_H
-#define KORA4_CONTRACT_FIELD_IDS_H
+#pragma once
 
 #include <cstdint>
 
@@ -24,5 +23,3 @@ inline constexpr std::uint16_t cOptimizerFreqPid = 4;
 inline constexpr std::uint16_t cOptimizerGainPid = 5;
 
 }  // namespace kora4::pkey
-
-#endif  // KORA4_CONTRACT_FIELD_IDS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The field table of every technology, and where each record lies in the patch set.
-#ifndef KORA4_CONTRACT_FIELD_TABLES_H
-#define KORA4_CONTRACT_FIELD_TABLES_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -231,5 +230,3 @@ static_assert(IsConsistent(cPresetRecords));
 static_assert(IsConsistent(cGlobalRecords));
 
 }  // namespace kora4::fields
-
-#endif  // KORA4_CONTRACT_FIELD_TABLES_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The settings of the store that belong to no technology: where each is, what it holds and
 // who uses it.
-#ifndef KORA4_CONTRACT_GENERAL_SETTINGS_H
-#define KORA4_CONTRACT_GENERAL_SETTINGS_H
+#pragma once
 
 #include <cstdint>
 #include <string_view>
@@ -151,5 +150,3 @@ constexpr const GeneralSetting* FindGeneralSetting(const PropertyKey& key) {
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_GENERAL_SETTINGS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The limits of what clients may set.
-#ifndef KORA4_CONTRACT_PATCH_LIMITS_H
-#define KORA4_CONTRACT_PATCH_LIMITS_H
+#pragma once
 
 #include <cstdint>
 
@@ -19,5 +18,3 @@ inline constexpr float cGraphicEQGainMin = KORA4_GRAPHIC_EQ_MIN_GAIN;  // dB
 inline constexpr float cGraphicEQGainMax = KORA4_GRAPHIC_EQ_MAX_GAIN;  // dB
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_PATCH_LIMITS_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The in-memory record of every technology: a structure version word, then the fields.
 // The order of the members is part of the store's contract with the field tables.
-#ifndef KORA4_CONTRACT_PATCH_RECORDS_H
-#define KORA4_CONTRACT_PATCH_RECORDS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -122,5 +121,3 @@ struct PatchRecords {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_PATCH_RECORDS_H

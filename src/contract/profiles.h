@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Profile numbers and the predicates over them.
-#ifndef KORA4_CONTRACT_PROFILES_H
-#define KORA4_CONTRACT_PROFILES_H
+#pragma once
 
 #include <cstdint>
 
@@ -76,5 +75,3 @@ constexpr std::uint32_t DefaultsRowOf(std::uint32_t profile) {
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_PROFILES_H

@@ -4,31 +4,14 @@
 // printf.
 #include "contract/property_key.h"
 
-#include <array>
-#include <cstring>
+#include "contract/codec/hex_pairs.h"
 
 namespace kora4 {
 
 namespace {
 
-// Both digits of a byte side by side, so that a byte costs one load and one store.
-struct HexPair {
-    char16_t digits[2];
-};
-
-constexpr std::array<HexPair, 256> MakeHexPairs() {
-    constexpr char16_t cDigits[] = u"0123456789ABCDEF";
-    std::array<HexPair, 256> pairs{};
-    for (unsigned value = 0; value < pairs.size(); ++value)
-        pairs[value] = {{cDigits[value >> 4], cDigits[value & 0xF]}};
-    return pairs;
-}
-
-constexpr std::array<HexPair, 256> cHexPairs = MakeHexPairs();
-
 char16_t* PutByte(char16_t* cursor, std::uint32_t value) {
-    std::memcpy(cursor, &cHexPairs[value & 0xFF], sizeof(HexPair));
-    return cursor + 2;
+    return codec::PutHexByte<codec::cUpperCase>(cursor, value);
 }
 
 char16_t* PutWord(char16_t* cursor, std::uint32_t value) {

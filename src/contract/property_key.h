@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Property keys: how every value of the store is addressed, and the GUIDs and property ids of
 // the store. They are defined here and nowhere else.
-#ifndef KORA4_CONTRACT_PROPERTY_KEY_H
-#define KORA4_CONTRACT_PROPERTY_KEY_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -145,5 +144,3 @@ inline constexpr std::size_t cValueNameCapacity = 64;
 std::size_t FormatValueName(const PropertyKey& key, char16_t (&name)[cValueNameCapacity]);
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_PROPERTY_KEY_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Where the store lives in the registry, under HKEY_LOCAL_MACHINE.
-#ifndef KORA4_CONTRACT_REGISTRY_PATHS_H
-#define KORA4_CONTRACT_REGISTRY_PATHS_H
+#pragma once
 
 namespace kora4 {
 
@@ -11,5 +10,3 @@ inline constexpr wchar_t cDynamicKeysPath[] = L"SOFTWARE\\Velto\\KORA4\\DynamicK
 inline constexpr wchar_t cAppKeysPath[] = L"SOFTWARE\\Velto\\KORA4\\AppKeys";
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_REGISTRY_PATHS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // HRESULT and the result codes of the store, without a platform header.
-#ifndef KORA4_CONTRACT_RESULT_H
-#define KORA4_CONTRACT_RESULT_H
+#pragma once
 
 #include <cstdint>
 
@@ -31,5 +30,3 @@ constexpr bool Failed(HRESULT hr) {
 }
 
 }  // namespace kora4::result
-
-#endif  // KORA4_CONTRACT_RESULT_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The results that a client can see, in words: the library's own codes, and those of the
 // platform that come up around it (creating the object, proxies, apartments, registration).
-#ifndef KORA4_CONTRACT_RESULTS_H
-#define KORA4_CONTRACT_RESULTS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -248,5 +247,3 @@ constexpr const Result* FindResult(std::uint32_t code) {
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_RESULTS_H

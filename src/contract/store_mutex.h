@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The name of the mutex that serialises the readers and writers of the store.
-#ifndef KORA4_CONTRACT_STORE_MUTEX_H
-#define KORA4_CONTRACT_STORE_MUTEX_H
+#pragma once
 
 namespace kora4 {
 
@@ -9,5 +8,3 @@ namespace kora4 {
 inline constexpr char16_t cStoreMutexName[] = u"KORA4.{AB3C51E0-6D27-4F0B-9C42-7E15A8D3F6B2}";
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_STORE_MUTEX_H

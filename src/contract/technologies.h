@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The two families of technologies of the store: preset technologies, whose settings
 // belong to a profile, and global technologies, whose settings do not.
-#ifndef KORA4_CONTRACT_TECHNOLOGIES_H
-#define KORA4_CONTRACT_TECHNOLOGIES_H
+#pragma once
 
 #include <cstdint>
+#include <iterator>
 
 namespace kora4 {
 
@@ -30,6 +30,15 @@ enum KORA4GlobalTechnology : std::uint32_t {
     eAudioOptimizerTech,
     eNumberKORA4GlobalTechnologies
 };
+
+// All technologies of each family, in the order of their numbers.
+inline constexpr KORA4PresetTechnology cPresetTechnologies[] = {
+    eVolumeTech,    eEnhancementTech,     eDynamicEQTech, eStandardEQTech,
+    eHeadphoneTech, eVirtualSurroundTech, eNGSurroundTech};
+inline constexpr KORA4GlobalTechnology cGlobalTechnologies[] = {
+    ePeakLimiterTech, eAudioRegulatorTech, eAudioOptimizerTech};
+static_assert(std::size(cPresetTechnologies) == eNumberKORA4PresetTechnologies - 1);
+static_assert(std::size(cGlobalTechnologies) == eNumberKORA4GlobalTechnologies - 1);
 
 // Whether the number is that of a technology; the number of no technology is not.
 constexpr bool IsValidTechnology(KORA4PresetTechnology technology) {
@@ -75,5 +84,3 @@ static_assert(sizeof sm_globalTechGUIDOffset / sizeof *sm_globalTechGUIDOffset =
               eNumberKORA4GlobalTechnologies);
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_TECHNOLOGIES_H

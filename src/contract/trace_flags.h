@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The flag word of the trace: its categories, and the unions of them that statements use.
-#ifndef KORA4_CONTRACT_TRACE_FLAGS_H
-#define KORA4_CONTRACT_TRACE_FLAGS_H
+#pragma once
 
 #include <cstdint>
 
@@ -43,5 +42,3 @@ enum Mask : std::uint32_t {
 inline constexpr std::uint32_t cDefaultFlags = eMessages;
 
 }  // namespace kora4::trace
-
-#endif  // KORA4_CONTRACT_TRACE_FLAGS_H

@@ -4,8 +4,7 @@
 // The value is little-endian and packed: 4 reserved bytes, the number of APO records
 // (32 bits), the records. A record: 16 bytes of header, the number of bands n (32 bits),
 // 4 reserved bytes, n gains, n excitations (32-bit floats).
-#ifndef KORA4_CONTRACT_VIS_LAYOUT_H
-#define KORA4_CONTRACT_VIS_LAYOUT_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -57,5 +56,3 @@ inline std::uint32_t CountAPOs(const std::uint8_t* pBlob, std::size_t size) {
 }
 
 }  // namespace kora4::vis
-
-#endif  // KORA4_CONTRACT_VIS_LAYOUT_H

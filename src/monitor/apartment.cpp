@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Finds out the apartment of a thread, and waits in the way that lets COM calls into it.
 #include "monitor/apartment.h"
+#include "platform/non_copyable.h"
 
 #include <algorithm>
 #include <atomic>
@@ -40,7 +41,7 @@ HRESULT ComWait(const Apartment& apartment, const HANDLE* handles, DWORD count,
 // A call that came in before, while the host's own loop took another message, does not wake
 // the wait under Wine 8, and Windows does not promise it; a message that is new does. It is
 // taken back: a host that does not pump would gather them.
-class WakingMessage {
+class WakingMessage : NonCopyable {
   public:
     explicit WakingMessage(bool isNeeded)
         : m_message(isNeeded ? RegisterWindowMessageW(L"KORA4.WaitLettingCallsIn") : 0) {
@@ -54,8 +55,6 @@ class WakingMessage {
             message.message == WM_QUIT)  // which no filter keeps out
             PostQuitMessage(static_cast<int>(message.wParam));
     }
-    WakingMessage(const WakingMessage&) = delete;
-    WakingMessage& operator=(const WakingMessage&) = delete;
 
   private:
     const UINT m_message;

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Which apartment a thread is in, a wait that suits it, and a hold on the multithreaded one.
-#ifndef KORA4_MONITOR_APARTMENT_H
-#define KORA4_MONITOR_APARTMENT_H
+#pragma once
 
 #include <objbase.h>
 #include <windows.h>
 
 #include <utility>
+
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -41,12 +42,9 @@ void SetApartmentCalls(const ApartmentCalls* pCalls);
 
 // Keeps the multithreaded apartment alive, whatever threads come and go. Holds nothing
 // until Acquire. Any thread; the hold may end on another one.
-class MtaUsage {
+class MtaUsage : NonCopyable {
   public:
-    MtaUsage() = default;
     ~MtaUsage() { Release(); }
-    MtaUsage(const MtaUsage&) = delete;
-    MtaUsage& operator=(const MtaUsage&) = delete;
 
     // Begins the hold, once. S_OK when it has begun already; otherwise what COM answers.
     HRESULT Acquire() { return m_cookie ? S_OK : CoIncrementMTAUsage(&m_cookie); }
@@ -61,5 +59,3 @@ class MtaUsage {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_APARTMENT_H

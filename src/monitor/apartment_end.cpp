@@ -5,39 +5,22 @@
 
 #include <objbase.h>
 
-#include <atomic>
-#include <new>
-
 #include "monitor/apartment.h"
 #include "monitor/gate_factory.h"
-#include "platform/module.h"
+#include "platform/com_object.h"
 
 namespace kora4 {
 
-class ApartmentEnd::Spy final : public IInitializeSpy {
+// The platform may keep it longer than the monitor does, which dropped it on a thread that is
+// not the apartment's.
+class ApartmentEnd::Spy : public IInitializeSpy {
   public:
-    explicit Spy(ApartmentEndListener* pListener) : m_pListener(pListener) {}
+    // Null: nobody is told any more.
+    void SetListener(ApartmentEndListener* pListener) { m_pListener = pListener; }
 
-    void Forget() { m_pListener = nullptr; }
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv)
-            return E_POINTER;
-        const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IInitializeSpy);
-        *ppv = known ? static_cast<IInitializeSpy*>(this) : nullptr;
-        if (!known)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override {
-        return static_cast<ULONG>(m_references.fetch_add(1) + 1);
-    }
-    STDMETHODIMP_(ULONG) Release() override {
-        const LONG left = m_references.fetch_sub(1) - 1;
-        if (left == 0)
-            delete this;
-        return static_cast<ULONG>(left);
+    void* FindInterface(REFIID iid) {
+        const bool isKnown = iid == __uuidof(IUnknown) || iid == __uuidof(IInitializeSpy);
+        return isKnown ? static_cast<IInitializeSpy*>(this) : nullptr;
     }
 
     STDMETHODIMP PreInitialize(DWORD, DWORD) override { return S_OK; }
@@ -54,14 +37,11 @@ class ApartmentEnd::Spy final : public IInitializeSpy {
     }
     STDMETHODIMP PostUninitialize(DWORD) override { return S_OK; }
 
-  private:
+  protected:
     ~Spy() = default;
 
-    // The platform may keep it longer than the monitor does, which dropped it on a thread
-    // that is not the apartment's.
-    ModuleLock m_moduleLock;
-    ApartmentEndListener* m_pListener;
-    std::atomic<LONG> m_references{1};
+  private:
+    ApartmentEndListener* m_pListener = nullptr;
 };
 
 ApartmentEnd::ApartmentEnd() = default;
@@ -73,10 +53,13 @@ ApartmentEnd::~ApartmentEnd() {
 HRESULT ApartmentEnd::Watch(ApartmentEndListener* pListener) {
     if (m_spSpy || CurrentApartment() != GetCurrentThreadId())
         return S_OK;
-    *m_spSpy.GetAddressOf() = new (std::nothrow) Spy(pListener);
-    if (!m_spSpy)
-        return E_OUTOFMEMORY;
-    const HRESULT hr = CoRegisterInitializeSpy(m_spSpy.Get(), &m_cookie);
+    ComObject<Spy>* pSpy = nullptr;
+    HRESULT hr = ComObject<Spy>::Create(&pSpy);
+    if (FAILED(hr))
+        return hr;
+    *m_spSpy.GetAddressOf() = pSpy;
+    pSpy->SetListener(pListener);
+    hr = CoRegisterInitializeSpy(pSpy, &m_cookie);
     if (FAILED(hr))
         m_spSpy.Reset();
     return hr;
@@ -85,7 +68,7 @@ HRESULT ApartmentEnd::Watch(ApartmentEndListener* pListener) {
 void ApartmentEnd::Unwatch() {
     if (!m_spSpy)
         return;
-    m_spSpy->Forget();
+    m_spSpy->SetListener(nullptr);
     CoRevokeInitializeSpy(m_cookie);
     m_spSpy.Reset();
 }

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Tells when the calling thread is about to leave its single-threaded apartment for good.
-#ifndef KORA4_MONITOR_APARTMENT_END_H
-#define KORA4_MONITOR_APARTMENT_END_H
+#pragma once
 
 #include <objidl.h>
 #include <windows.h>
 #include <wrl/client.h>
+
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -23,12 +24,10 @@ class ApartmentEndListener {
 // for ever (seen under Wine 8). So whoever has callers there is told in time.
 //
 // Used on the apartment's thread. Does nothing in other kinds of apartment.
-class ApartmentEnd {
+class ApartmentEnd : NonCopyable {
   public:
     ApartmentEnd();
     ~ApartmentEnd();
-    ApartmentEnd(const ApartmentEnd&) = delete;
-    ApartmentEnd& operator=(const ApartmentEnd&) = delete;
 
     // E_OUTOFMEMORY, or what the platform says. Harmless when watching already.
     HRESULT Watch(ApartmentEndListener* pListener);
@@ -44,5 +43,3 @@ class ApartmentEnd {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_APARTMENT_END_H

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The registration of the gate's proxy/stub factory in an apartment.
-#ifndef KORA4_MONITOR_GATE_FACTORY_H
-#define KORA4_MONITOR_GATE_FACTORY_H
+#pragma once
 
 #include <windows.h>
 
 #include "monitor/apartment.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -21,12 +21,9 @@ namespace kora4 {
 // Register and Revoke belong on a thread of the apartment. Revoked elsewhere, the share is
 // given up, but the registration stays for the apartment's next monitor, or until the
 // apartment ends (RevokeLeft). It points into the module, which stays locked meanwhile.
-class GateFactoryRegistration {
+class GateFactoryRegistration : NonCopyable {
   public:
-    GateFactoryRegistration() = default;
     ~GateFactoryRegistration() { Revoke(); }
-    GateFactoryRegistration(const GateFactoryRegistration&) = delete;
-    GateFactoryRegistration& operator=(const GateFactoryRegistration&) = delete;
 
     // Gives up what was registered before, then registers in the calling thread's apartment.
     HRESULT Register();
@@ -50,5 +47,3 @@ class GateFactoryRegistration {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_GATE_FACTORY_H

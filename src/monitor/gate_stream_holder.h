@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Carries the marshalled gate from the owner's apartment to the monitor thread.
-#ifndef KORA4_MONITOR_GATE_STREAM_HOLDER_H
-#define KORA4_MONITOR_GATE_STREAM_HOLDER_H
+#pragma once
 
 #include <objidl.h>
 #include <windows.h>
@@ -9,6 +8,7 @@
 #include <atomic>
 
 #include "monitor/gate_factory.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -16,15 +16,12 @@ namespace kora4 {
 // and from then until EndCancellation the id of the monitor thread, so that the owner can
 // cancel the notification that the thread has outstanding. No lock: the owner marshals
 // before the thread is created, the thread alone unmarshals, and the thread id is atomic.
-class GateStreamHolder {
+class GateStreamHolder : NonCopyable {
   public:
     // CoGetCancelObject, or what a test puts in its place.
     using CancelObjectSource = HRESULT(WINAPI*)(DWORD threadId, REFIID iid, void** ppv);
 
-    GateStreamHolder() = default;
     ~GateStreamHolder() { ReleaseStream(); }
-    GateStreamHolder(const GateStreamHolder&) = delete;
-    GateStreamHolder& operator=(const GateStreamHolder&) = delete;
 
     // Registers the gate's factory in the calling thread's apartment and marshals
     // `pObject`, once, for any other apartment. A null object: E_INVALIDARG.
@@ -65,5 +62,3 @@ class GateStreamHolder {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_GATE_STREAM_HOLDER_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the owner of a monitor and its thread share from one start to the end of the thread.
-#ifndef KORA4_MONITOR_MONITOR_SESSION_H
-#define KORA4_MONITOR_MONITOR_SESSION_H
+#pragma once
 
 #include <windows.h>
 #include <wrl/client.h>
@@ -13,6 +12,7 @@
 #include "monitor/gate_stream_holder.h"
 #include "platform/handles.h"
 #include "platform/module.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -33,13 +33,11 @@ namespace kora4 {
 // thread held that was ended by force. Two things are lost for good: the dead thread's place
 // in the multithreaded apartment, which then lasts as long as the process, and what the
 // platform held for a call that the thread was in.
-class MonitorSession {
+class MonitorSession : NonCopyable {
   public:
     // `root` and `subkey` name the watched key. Neither is copied or closed: both must live
     // until the thread has ended.
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
-    MonitorSession(const MonitorSession&) = delete;
-    MonitorSession& operator=(const MonitorSession&) = delete;
 
     // Reference counting; any thread.
     ULONG AddRef() { return static_cast<ULONG>(m_references.fetch_add(1) + 1); }
@@ -135,5 +133,3 @@ class MonitorSession {
 using MonitorSessionPtr = Microsoft::WRL::ComPtr<MonitorSession>;
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_MONITOR_SESSION_H

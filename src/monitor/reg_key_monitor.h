@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Watches a registry key on a thread of its own and tells its owner of every write.
-#ifndef KORA4_MONITOR_REG_KEY_MONITOR_H
-#define KORA4_MONITOR_REG_KEY_MONITOR_H
+#pragma once
 
 #include <windows.h>
 
@@ -10,6 +9,7 @@
 #include "monitor/gate_factory.h"
 #include "monitor/monitor_session.h"
 #include "monitor/reg_key_monitor_client.h"
+#include "platform/non_copyable.h"
 #include "platform/slim_lock.h"
 
 namespace kora4 {
@@ -37,12 +37,9 @@ namespace kora4 {
 //
 // Lock. m_guard guards the client, the session and the list of callbacks in progress. It
 // is a leaf: nothing is called and nothing is waited for while it is held.
-class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
+class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, NonCopyable {
   public:
-    RegKeyMonitor() = default;
     virtual ~RegKeyMonitor();
-    RegKeyMonitor(const RegKeyMonitor&) = delete;
-    RegKeyMonitor& operator=(const RegKeyMonitor&) = delete;
 
     // Starts watching `subkey` and everything below it. Returns when the watch is armed.
     // E_INVALIDARG: a null argument. E_FAIL: a thread is already set, running or not (see
@@ -156,5 +153,3 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_REG_KEY_MONITOR_H

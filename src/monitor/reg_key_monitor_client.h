@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the registry monitor knows of its owner.
-#ifndef KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H
-#define KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H
+#pragma once
 
 #include <windows.h>
 
@@ -19,5 +18,3 @@ class RegKeyMonitorClient {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_REG_KEY_MONITOR_CLIENT_H

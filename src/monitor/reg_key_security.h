@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Creates the registry keys of the store and opens them to every user.
-#ifndef KORA4_MONITOR_REG_KEY_SECURITY_H
-#define KORA4_MONITOR_REG_KEY_SECURITY_H
+#pragma once
 
 #include <windows.h>
 
@@ -38,5 +37,3 @@ class RegKeySecurity {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_REG_KEY_SECURITY_H

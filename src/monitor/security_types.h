@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Owning types for security descriptors and for a privilege that is on for a while.
-#ifndef KORA4_MONITOR_SECURITY_TYPES_H
-#define KORA4_MONITOR_SECURITY_TYPES_H
+#pragma once
 
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -47,12 +47,10 @@ class SecurityDescriptor {
 // Turns a privilege of the calling thread (of the process, when the thread does not
 // impersonate) on for the length of a scope and puts its former state back. Without the
 // privilege it does nothing: what needs it then fails by itself.
-class PrivilegeHold {
+class PrivilegeHold : NonCopyable {
   public:
     explicit PrivilegeHold(const wchar_t* pwPrivilege);
     ~PrivilegeHold();
-    PrivilegeHold(const PrivilegeHold&) = delete;
-    PrivilegeHold& operator=(const PrivilegeHold&) = delete;
 
   private:
     UniqueHandle m_hToken;
@@ -60,5 +58,3 @@ class PrivilegeHold {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_MONITOR_SECURITY_TYPES_H

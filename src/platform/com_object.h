@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The reference-counted wrapper that makes a COM object of a class.
-#ifndef KORA4_PLATFORM_COM_OBJECT_H
-#define KORA4_PLATFORM_COM_OBJECT_H
+#pragma once
 
 #include <unknwn.h>
 #include <windows.h>
@@ -74,5 +73,3 @@ class ComObject final : private ModuleLock, public T {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_COM_OBJECT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Owning types for what the platform hands out.
-#ifndef KORA4_PLATFORM_HANDLES_H
-#define KORA4_PLATFORM_HANDLES_H
+#pragma once
 
 #include <windows.h>
 
@@ -70,5 +69,3 @@ using UniqueRegKey = UniqueResource<RegKeyTraits>;
 using UniqueLocalMemory = UniqueResource<LocalMemoryTraits>;
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_HANDLES_H

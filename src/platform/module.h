@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The module: its instance handle and its lock count (objects alive plus server locks).
-#ifndef KORA4_PLATFORM_MODULE_H
-#define KORA4_PLATFORM_MODULE_H
+#pragma once
 
 #include <windows.h>
 
 #include <atomic>
+
+#include "platform/non_copyable.h"
 
 namespace kora4 {
 
@@ -27,14 +28,10 @@ class Module {
 };
 
 // Keeps the module from being unloaded by COM while it lives.
-class ModuleLock {
+class ModuleLock : NonCopyable {
   public:
     ModuleLock() { Module::Lock(); }
     ~ModuleLock() { Module::Unlock(); }
-    ModuleLock(const ModuleLock&) = delete;
-    ModuleLock& operator=(const ModuleLock&) = delete;
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_MODULE_H

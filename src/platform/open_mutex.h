@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // How the library and the tools create or open the store's mutex: one way for both.
-#ifndef KORA4_PLATFORM_OPEN_MUTEX_H
-#define KORA4_PLATFORM_OPEN_MUTEX_H
+#pragma once
 
 #include <windows.h>
 
@@ -28,5 +27,3 @@ inline HANDLE CreateOrOpenMutex(const char16_t* pwName, const MutexCalls& calls 
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_OPEN_MUTEX_H

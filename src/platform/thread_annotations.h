@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Which lock guards what, in words that clang checks (-Wthread-safety). To other compilers
 // they are nothing. Includes nothing, so that platform-free files can use it.
-#ifndef KORA4_PLATFORM_THREAD_ANNOTATIONS_H
-#define KORA4_PLATFORM_THREAD_ANNOTATIONS_H
+#pragma once
 
 #if defined(__clang__)
 #define KORA4_THREAD_ANNOTATION(...) __attribute__((__VA_ARGS__))
@@ -29,5 +28,3 @@
 // On a function: it takes or releases the locks; without an argument, its own object.
 #define ACQUIRE(...) KORA4_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define RELEASE(...) KORA4_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
-
-#endif  // KORA4_PLATFORM_THREAD_ANNOTATIONS_H

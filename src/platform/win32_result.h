@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The one place that turns Win32 errors into HRESULTs.
-#ifndef KORA4_PLATFORM_WIN32_RESULT_H
-#define KORA4_PLATFORM_WIN32_RESULT_H
+#pragma once
 
 #include <windows.h>
 
@@ -30,5 +29,3 @@ inline HRESULT ResultOfWrite(LSTATUS status) {
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_PLATFORM_WIN32_RESULT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The class object of a served class.
-#ifndef KORA4_SERVER_CLASS_FACTORY_H
-#define KORA4_SERVER_CLASS_FACTORY_H
+#pragma once
 
 #include <unknwn.h>
 #include <windows.h>
@@ -32,5 +31,3 @@ class ClassFactory : public IClassFactory {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_SERVER_CLASS_FACTORY_H

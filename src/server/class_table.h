@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The classes that the library serves.
-#ifndef KORA4_SERVER_CLASS_TABLE_H
-#define KORA4_SERVER_CLASS_TABLE_H
+#pragma once
 
 #include <windows.h>
 
@@ -23,5 +22,3 @@ std::span<const ServedClass> ClassTable();
 const ServedClass* FindServedClass(REFCLSID clsid);
 
 }  // namespace kora4
-
-#endif  // KORA4_SERVER_CLASS_TABLE_H

@@ -37,15 +37,21 @@ HRESULT IgnoreAbsence(LSTATUS status) {
 }
 
 // The open keys on the way from a root to the key that the walk stands in.
-class KeyPath {
+class KeyPathSink : public RegistrarScriptSink {
   public:
+    HRESULT OnRoot(ScriptRoot root) override {
+        m_root = PredefinedKey(root);
+        return S_OK;
+    }
+
+  protected:
     struct Level {
         UniqueRegKey key;  // none: the key does not exist
         ScriptText name;
         ScriptKeyMode mode = ScriptKeyMode::eRemovable;
     };
 
-    void SetRoot(ScriptRoot root) { m_root = PredefinedKey(root); }
+    ~KeyPathSink() = default;
     HKEY KeyAt(std::size_t depth) const {
         return depth == 0 ? m_root : m_levels[depth - 1].key.Get();
     }
@@ -56,62 +62,49 @@ class KeyPath {
     std::array<Level, cMaxScriptDepth> m_levels;
 };
 
-class RegisteringSink final : public RegistrarScriptSink {
+class RegisteringSink final : public KeyPathSink {
   public:
-    HRESULT OnRoot(ScriptRoot root) override {
-        m_path.SetRoot(root);
-        return S_OK;
-    }
-
     HRESULT OnKey(std::size_t depth, ScriptKeyMode mode, ScriptText name,
                   const ScriptText& text) override {
-        const HKEY parent = m_path.KeyAt(depth - 1);
+        const HKEY parent = KeyAt(depth - 1);
         HRESULT hr = S_OK;
         if (mode == ScriptKeyMode::eForceRemove)
             hr = IgnoreAbsence(RegDeleteTreeW(parent, Wide(name)));
         if (SUCCEEDED(hr))
             hr = ResultOfWrite(RegCreateKeyExW(parent, Wide(name), 0, nullptr,
                                                REG_OPTION_NON_VOLATILE, cKeyAccess, nullptr,
-                                               m_path.At(depth).key.Put(), nullptr));
+                                               At(depth).key.Put(), nullptr));
         if (SUCCEEDED(hr) && text)
-            hr = SetText(m_path.KeyAt(depth), nullptr, text);
+            hr = SetText(KeyAt(depth), nullptr, text);
         return hr;
     }
 
     HRESULT OnValue(std::size_t depth, const ScriptText& name,
                     const ScriptText& text) override {
-        return SetText(m_path.KeyAt(depth), Wide(name), text);
+        return SetText(KeyAt(depth), Wide(name), text);
     }
 
     HRESULT OnKeyEnd(std::size_t depth) override {
-        m_path.At(depth).key.Reset();
+        At(depth).key.Reset();
         return S_OK;
     }
 
   private:
     static HRESULT SetText(HKEY hKey, const wchar_t* pwName, const ScriptText& text) {
         const auto bytes = static_cast<DWORD>((text.Length() + 1) * sizeof(wchar_t));
-        return ResultOfWrite(RegSetValueExW(hKey, pwName, 0, REG_SZ,
-                                            reinterpret_cast<const BYTE*>(text.Get()), bytes));
+        return ResultOfWrite(RegSetKeyValueW(hKey, nullptr, pwName, REG_SZ, text.Get(), bytes));
     }
-
-    KeyPath m_path;
 };
 
-class UnregisteringSink final : public RegistrarScriptSink {
+class UnregisteringSink final : public KeyPathSink {
   public:
-    HRESULT OnRoot(ScriptRoot root) override {
-        m_path.SetRoot(root);
-        return S_OK;
-    }
-
     HRESULT OnKey(std::size_t depth, ScriptKeyMode mode, ScriptText name,
                   const ScriptText&) override {
-        KeyPath::Level& level = m_path.At(depth);
+        Level& level = At(depth);
         level.key.Reset();
         level.name = std::move(name);
         level.mode = mode;
-        const HKEY parent = m_path.KeyAt(depth - 1);
+        const HKEY parent = KeyAt(depth - 1);
         if (!parent)
             return S_OK;
         if (mode == ScriptKeyMode::eForceRemove)
@@ -121,12 +114,12 @@ class UnregisteringSink final : public RegistrarScriptSink {
     }
 
     HRESULT OnValue(std::size_t depth, const ScriptText& name, const ScriptText&) override {
-        const HKEY hKey = m_path.KeyAt(depth);
+        const HKEY hKey = KeyAt(depth);
         return hKey ? IgnoreAbsence(RegDeleteValueW(hKey, Wide(name))) : S_OK;
     }
 
     HRESULT OnKeyEnd(std::size_t depth) override {
-        KeyPath::Level& level = m_path.At(depth);
+        Level& level = At(depth);
         const UniqueRegKey key = std::move(level.key);
         if (!key || level.mode != ScriptKeyMode::eRemovable)
             return S_OK;
@@ -136,11 +129,8 @@ class UnregisteringSink final : public RegistrarScriptSink {
                                                           nullptr, nullptr, nullptr, nullptr));
         if (FAILED(hr) || subkeys != 0)
             return hr;
-        return IgnoreAbsence(RegDeleteKeyW(m_path.KeyAt(depth - 1), Wide(level.name)));
+        return IgnoreAbsence(RegDeleteKeyW(KeyAt(depth - 1), Wide(level.name)));
     }
-
-  private:
-    KeyPath m_path;
 };
 
 HRESULT Run(std::string_view script, std::span<const ScriptParameter> parameters,

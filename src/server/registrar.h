@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Runs registrar scripts on the registry.
-#ifndef KORA4_SERVER_REGISTRAR_H
-#define KORA4_SERVER_REGISTRAR_H
+#pragma once
 
 #include <windows.h>
 
@@ -24,5 +23,3 @@ HRESULT RegisterScript(std::string_view script, std::span<const ScriptParameter>
 HRESULT UnregisterScript(std::string_view script, std::span<const ScriptParameter> parameters);
 
 }  // namespace kora4
-
-#endif  // KORA4_SERVER_REGISTRAR_H

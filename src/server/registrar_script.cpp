@@ -137,13 +137,10 @@ class ScriptExpander {
             if (end == std::string_view::npos)
                 return false;
             const std::string_view name = text.substr(i + 1, end - i - 1);
-            if (name.empty()) {
-                put(u"%");
-            } else if (const ScriptParameter* const parameter = Find(name)) {
-                put(parameter->text);
-            } else {
+            const ScriptParameter* const parameter = Find(name);
+            if (!name.empty() && !parameter)
                 return false;
-            }
+            put(name.empty() ? u"%" : parameter->text);
             i = end;
         }
         return true;
@@ -203,11 +200,9 @@ class Walker {
             return Close();
         if (m_tokens.Accept("val"))
             return Value();
-        if (m_tokens.Accept("NoRemove"))
-            return Key(ScriptKeyMode::eNoRemove);
-        if (m_tokens.Accept("ForceRemove"))
-            return Key(ScriptKeyMode::eForceRemove);
-        return Key(ScriptKeyMode::eRemovable);
+        return Key(m_tokens.Accept("NoRemove")      ? ScriptKeyMode::eNoRemove
+                   : m_tokens.Accept("ForceRemove") ? ScriptKeyMode::eForceRemove
+                                                    : ScriptKeyMode::eRemovable);
     }
 
     HRESULT Close() {
@@ -272,18 +267,6 @@ class Walker {
     bool m_inside = false;  // between the braces of a root
 };
 
-class NullSink final : public RegistrarScriptSink {
-  public:
-    HRESULT OnRoot(ScriptRoot) override { return result::cOk; }
-    HRESULT OnKey(std::size_t, ScriptKeyMode, ScriptText, const ScriptText&) override {
-        return result::cOk;
-    }
-    HRESULT OnValue(std::size_t, const ScriptText&, const ScriptText&) override {
-        return result::cOk;
-    }
-    HRESULT OnKeyEnd(std::size_t) override { return result::cOk; }
-};
-
 }  // namespace
 
 HRESULT WalkRegistrarScript(std::string_view script,
@@ -294,7 +277,8 @@ HRESULT WalkRegistrarScript(std::string_view script,
 
 HRESULT CheckRegistrarScript(std::string_view script,
                              std::span<const ScriptParameter> parameters) {
-    NullSink sink;
+    class : public RegistrarScriptSink {
+    } sink;
     return WalkRegistrarScript(script, parameters, sink);
 }
 

@@ -12,8 +12,7 @@
 // a per cent sign. What a parameter is replaced by is taken as it is.
 //
 // Pure: no platform header, and scripts are ASCII.
-#ifndef KORA4_SERVER_REGISTRAR_SCRIPT_H
-#define KORA4_SERVER_REGISTRAR_SCRIPT_H
+#pragma once
 
 #include <cstddef>
 #include <memory>
@@ -54,19 +53,23 @@ class ScriptText {
     std::size_t m_length = 0;
 };
 
-// Receives a script in its order. A failure ends the walk and becomes its result.
+// Receives a script in its order; this one ignores it. A failure ends the walk and becomes its
+// result.
 class RegistrarScriptSink {
   public:
-    virtual HRESULT OnRoot(ScriptRoot root) = 0;
-    // `text` is the key's default value, or none. `depth` counts from 1, below the root.
-    virtual HRESULT OnKey(std::size_t depth, ScriptKeyMode mode, ScriptText name,
-                          const ScriptText& text) = 0;
+    virtual HRESULT OnRoot(ScriptRoot) { return result::cOk; }
+    // The text is the key's default value, or none. The depth counts from 1, below the root.
+    virtual HRESULT OnKey(std::size_t /*depth*/, ScriptKeyMode, ScriptText /*name*/,
+                          const ScriptText& /*text*/) {
+        return result::cOk;
+    }
     // A named value of the key that was opened last and not yet ended (depth 0: the root).
-    virtual HRESULT OnValue(std::size_t depth, const ScriptText& name,
-                            const ScriptText& text) = 0;
-
+    virtual HRESULT OnValue(std::size_t /*depth*/, const ScriptText& /*name*/,
+                            const ScriptText& /*text*/) {
+        return result::cOk;
+    }
     // The key that was opened last and not yet ended is complete.
-    virtual HRESULT OnKeyEnd(std::size_t depth) = 0;
+    virtual HRESULT OnKeyEnd(std::size_t /*depth*/) { return result::cOk; }
 
   protected:
     ~RegistrarScriptSink() = default;
@@ -86,5 +89,3 @@ HRESULT CheckRegistrarScript(std::string_view script,
                              std::span<const ScriptParameter> parameters);
 
 }  // namespace kora4
-
-#endif  // KORA4_SERVER_REGISTRAR_SCRIPT_H

@@ -15,6 +15,7 @@
 #include "contract/registry_paths.h"
 #include "monitor/reg_key_security.h"
 #include "platform/module.h"
+#include "platform/non_copyable.h"
 #include "platform/win32_result.h"
 #include "server/class_table.h"
 #include "server/registrar.h"
@@ -36,14 +37,12 @@ constexpr const wchar_t* cSettingKeys[] = {cBaseKeyPath, cStaticKeysPath, cDynam
 
 // Sets the thread's locale to the system's for a scope, so that registered texts do not depend
 // on the caller's language.
-class SystemThreadLocale {
+class SystemThreadLocale : NonCopyable {
   public:
     SystemThreadLocale() : m_former(GetThreadLocale()) {
         SetThreadLocale(LOCALE_SYSTEM_DEFAULT);
     }
     ~SystemThreadLocale() { SetThreadLocale(m_former); }
-    SystemThreadLocale(const SystemThreadLocale&) = delete;
-    SystemThreadLocale& operator=(const SystemThreadLocale&) = delete;
 
   private:
     LCID m_former;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Self-registration: what COM and the applications need to find in the registry.
-#ifndef KORA4_SERVER_REGISTRATION_H
-#define KORA4_SERVER_REGISTRATION_H
+#pragma once
 
 #include <windows.h>
 
@@ -19,5 +18,3 @@ HRESULT UnregisterModule();
 HRESULT OnRegisterServer();
 
 }  // namespace kora4
-
-#endif  // KORA4_SERVER_REGISTRATION_H

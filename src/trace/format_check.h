@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Whether the format of a trace statement takes its arguments, found out by the compiler.
-#ifndef KORA4_TRACE_FORMAT_CHECK_H
-#define KORA4_TRACE_FORMAT_CHECK_H
+#pragma once
 
 #include <cstddef>
 #include <string_view>
@@ -61,5 +60,3 @@ consteval bool FitsFormat(std::string_view format, Types<Arguments...>) {
 }
 
 }  // namespace kora4::trace
-
-#endif  // KORA4_TRACE_FORMAT_CHECK_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The text of one trace line, formatted without heap and without the host's locale.
-#ifndef KORA4_TRACE_LINE_TEXT_H
-#define KORA4_TRACE_LINE_TEXT_H
+#pragma once
 
 #include <cstdarg>
 #include <cstddef>
@@ -58,5 +57,3 @@ class LineText {
 };
 
 }  // namespace kora4::trace
-
-#endif  // KORA4_TRACE_LINE_TEXT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The log files of the trace.
-#ifndef KORA4_TRACE_LOG_FILE_H
-#define KORA4_TRACE_LOG_FILE_H
+#pragma once
 
 #include <windows.h>
 
@@ -27,5 +26,3 @@ struct FileCalls {
 void AppendToLogs(const char* pModule, const char* pLine, const FileCalls& calls = {});
 
 }  // namespace kora4::trace
-
-#endif  // KORA4_TRACE_LOG_FILE_H

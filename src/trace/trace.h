@@ -8,8 +8,7 @@
 //
 // What the lines say stands in contract/messages, a row for each message: a statement names
 // its row. This header includes no platform header: the platform-free store files trace too.
-#ifndef KORA4_TRACE_TRACE_H
-#define KORA4_TRACE_TRACE_H
+#pragma once
 
 #include <atomic>
 #include <cstdint>
@@ -205,5 +204,3 @@ class Scope : public ExitLine {
 
 // The same with the expression's own source text.
 #define KALASSERT(site, condition) KALASSERT_TEXT(site, condition, #condition)
-
-#endif  // KORA4_TRACE_TRACE_H

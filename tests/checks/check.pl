@@ -252,7 +252,7 @@ sub arrows_of_tools {
 
 sub is_pure {
     my ($file) = @_;
-    return $file =~ m{^src/(trace/(trace|format_check)\.h$|platform/thread_annotations\.h$|contract/)}
+    return $file =~ m{^src/(trace/(trace|format_check)\.h$|platform/(thread_annotations|non_copyable|lock_hold)\.h$|contract/)}
         || ($file =~ m{^src/store/}
             && $file !~ m{^src/store/access/(reg_prop_keys_access\.|(named_mutex|task_memory)\.cpp$)});
 }

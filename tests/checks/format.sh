@@ -4,9 +4,9 @@
 set -euo pipefail
 cd "$1"
 if [ -e .git ]; then
-  mapfile -t files < <(git ls-files '*.h' '*.hpp' '*.c' '*.cpp' | while read -r f; do [ -f "$f" ] && echo "$f"; done)
+  mapfile -t files < <(git ls-files '*.h' '*.hpp' '*.c' '*.cpp' '*.inc' | while read -r f; do [ -f "$f" ] && echo "$f"; done)
 else
-  mapfile -t files < <(find . -name build -prune -o -name '*.[hc]' -print -o -name '*.[hc]pp' -print)
+  mapfile -t files < <(find . -name build -prune -o -name '*.[hc]' -print -o -name '*.[hc]pp' -print -o -name '*.inc' -print)
 fi
 [ "${#files[@]}" -gt 0 ] || { echo "format: no file to look at under $1"; exit 1; }
 printf '%s\0' "${files[@]}" | xargs -0 -P 2 -n 20 clang-format-14 --dry-run -Werror --style=file ||

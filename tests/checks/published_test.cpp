@@ -118,12 +118,12 @@ std::set<std::string> FoundInSources(const char* pPattern) {
     return found;
 }
 
-const char* const cCatalogue[] = {"src/contract/messages/trace_messages_api.h",
+const char* const cCatalogue[] = {"src/contract/messages/trace_messages_api.inc",
                                   "src/contract/messages/trace_messages_general.h",
-                                  "src/contract/messages/trace_messages_store.h"};
+                                  "src/contract/messages/trace_messages_store.inc"};
 
 constexpr char cRowDefinition[] =
-    R"(inline constexpr auto (c\w+) =\s+(?:Line|Message|NullPointer))";
+    R"((?:KORA4_ROW\(\s*\w+, |inline constexpr auto (?=c\w+ =\s+(?:Line|Message)))(c\w+))";
 
 TEST(PublishedTrace, ListsEveryRow) {
     std::size_t named = 0;
@@ -219,7 +219,8 @@ TEST(PublishedTrace, NamesEachValueOfItsMessages) {
         const std::string kinds = pRow->values;
         const auto commas =
             static_cast<std::size_t>(std::count(kinds.begin(), kinds.end(), ','));
-        EXPECT_EQ(contract::detail::ConversionsIn(pRow->text), kinds.empty() ? 0 : commas + 1)
+        EXPECT_EQ(contract::detail::PartsOf(pRow->text).conversions,
+                  kinds.empty() ? 0 : commas + 1)
             << NameOf(*pRow);
         EXPECT_EQ(std::string::npos, ("," + kinds + ",").find(",,", 1)) << NameOf(*pRow);
         EXPECT_FALSE(std::string(pRow->meaning).empty()) << NameOf(*pRow);

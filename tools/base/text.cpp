@@ -53,6 +53,10 @@ std::string Range(double least, double most) {
     return shown(least) + " to " + shown(most);
 }
 
+std::string Counted(std::uint64_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
 std::string Lower(std::string_view text) {
     std::string lower(text);
     for (char& c : lower) {

@@ -41,6 +41,9 @@ std::optional<Number> ReadNumber(std::string_view text, int base = 10) {
 // "0 to 10", "0.001 to 600"; whole numbers in full.
 std::string Range(double least, double most);
 
+// "1 value", "2 values".
+std::string Counted(std::uint64_t count, const char* one, const char* many);
+
 // ASCII letters in lower case; the rest stays.
 std::string Lower(std::string_view text);
 

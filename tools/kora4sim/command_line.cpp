@@ -33,13 +33,11 @@ struct Choices {
     std::string scene = cDefaultScene;
     bool list = false;
     double seconds = -1;
-    std::uint64_t seed = 1;
     long long period = -1;
     long long records = -1;
     bool noPublish = false;
-    bool writeDefaults = false;
-    bool clean = false;
     std::vector<std::string> faults;
+    EngineOptions engine;  // what needs no check
 };
 
 // The faults and their kinds, at the end of --help.
@@ -60,7 +58,7 @@ Failure OutOfRange(const char* option, const std::string& range) {
 }
 
 EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
-    EngineOptions options;
+    EngineOptions options = choices.engine;
     if (root.count("--for") != 0) {
         if (!(choices.seconds >= 0) || !(choices.seconds <= cLongestRun))
             throw OutOfRange("--for", Range(0, cLongestRun) + " seconds");
@@ -73,10 +71,7 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
                              Range(cShortestPeriod, cLongestPeriod) + " milliseconds");
         options.period = static_cast<std::uint32_t>(choices.period);
     }
-    options.seed = choices.seed;
     options.publishes = !choices.noPublish;
-    options.writesDefaults = choices.writeDefaults;
-    options.removesLevels = choices.clean;
     for (const std::string& fault : choices.faults)
         options.faults.push_back(ParseFault(fault));
     return options;
@@ -131,7 +126,7 @@ void AddOptions(Context& context) {
             "end after this many seconds, " + Range(0, cLongestRun) + "; default: at Ctrl-C")
         ->type_name("S");
     root.add_option(
-            "--seed", choices->seed,
+            "--seed", choices->engine.seed,
             "seed of the random numbers, 0 to 2^64-1 (default: 1); the same seed, scene "
             "and length publish the same values")
         ->type_name("N");
@@ -151,9 +146,9 @@ void AddOptions(Context& context) {
         ->type_name("NAME[=ARG][@S]")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    root.add_flag("--write-defaults", choices->writeDefaults,
+    root.add_flag("--write-defaults", choices->engine.writesDefaults,
                   "first write the built-in values of all profiles into the store");
-    root.add_flag("--clean", choices->clean,
+    root.add_flag("--clean", choices->engine.removesLevels,
                   "remove the levels from the store at the end; otherwise the last ones stay");
     root.footer(FaultHelp() + "\n" + cExitCodes);
     OnRun(root, context, [choices, &context] {

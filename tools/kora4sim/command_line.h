@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The whole of kora4sim but its entry point.
-#ifndef KORA4_KORA4SIM_COMMAND_LINE_H
-#define KORA4_KORA4SIM_COMMAND_LINE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -13,5 +12,3 @@ namespace kora4::tools::sim {
 int RunKora4Sim(const std::vector<std::string>& arguments);
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_COMMAND_LINE_H

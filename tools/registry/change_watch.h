@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Wakes when something below the dynamic keys is written.
-#ifndef KORA4_REGISTRY_CHANGE_WATCH_H
-#define KORA4_REGISTRY_CHANGE_WATCH_H
+#pragma once
 
 #include <windows.h>
 
@@ -33,5 +32,3 @@ class ChangeWatch {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_CHANGE_WATCH_H

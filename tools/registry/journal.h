@@ -5,8 +5,7 @@
 // The file is written beside its place, flushed and moved there before the first value of
 // the store is written, and removed after the last: a journal that is not whole means that
 // the store was not touched.
-#ifndef KORA4_REGISTRY_JOURNAL_H
-#define KORA4_REGISTRY_JOURNAL_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -64,5 +63,3 @@ class JournalFile {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_JOURNAL_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The store in the registry of this machine.
-#ifndef KORA4_REGISTRY_REGISTRY_STORE_H
-#define KORA4_REGISTRY_REGISTRY_STORE_H
+#pragma once
 
 #include <windows.h>
 
@@ -52,5 +51,3 @@ using StoreWrapper = std::unique_ptr<StoreAccess> (*)(std::unique_ptr<StoreAcces
 void SetStoreWrapper(StoreWrapper wrapper);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_REGISTRY_STORE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The store as raw values: what tools do behind the API's back goes through here.
-#ifndef KORA4_REGISTRY_ACCESS_H
-#define KORA4_REGISTRY_ACCESS_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -52,5 +51,3 @@ std::optional<PropertyKey> ParseValueName(std::string_view name);
 std::string KeySetName(KORA4KeySet keySet);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_ACCESS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The mutex that all readers and writers of the store share, held for a scope.
-#ifndef KORA4_REGISTRY_STORE_LOCK_H
-#define KORA4_REGISTRY_STORE_LOCK_H
+#pragma once
 
 #include <windows.h>
 
@@ -32,5 +31,3 @@ class StoreLock {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_STORE_LOCK_H

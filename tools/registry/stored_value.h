@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // One value of the store as the registry holds it: a type and bytes, right or wrong.
-#ifndef KORA4_REGISTRY_STORED_VALUE_H
-#define KORA4_REGISTRY_STORED_VALUE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -41,11 +40,6 @@ struct StoredValue {
     friend bool operator==(const StoredValue&, const StoredValue&) = default;
 };
 
-// The platform's type numbers that the store knows, for code without a platform header.
-inline constexpr std::uint32_t cTextType = 1;
-inline constexpr std::uint32_t cBinaryType = 3;
-inline constexpr std::uint32_t cDwordType = 4;
-
 // "REG_DWORD"; "type 12" for a number that is not a registry type.
 std::string TypeName(std::uint32_t type);
 
@@ -64,5 +58,3 @@ std::u16string ToUtf16(std::string_view text);
 std::string ToUtf8(std::u16string_view text);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_STORED_VALUE_H

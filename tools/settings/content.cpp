@@ -7,6 +7,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "contract/field_def.h"
 #include "contract/patch_records.h"
 #include "settings/texts.h"
 
@@ -105,12 +106,16 @@ std::optional<Value> Decode(const SchemaValue& value, const StoredValue& stored)
     }
 }
 
+std::optional<Value> BuiltIn(const SchemaValue& value) {
+    const std::optional<StoredValue> builtIn = value.Default();
+    return builtIn ? Decode(value, *builtIn) : std::nullopt;
+}
+
 std::optional<Value> Effective(const SchemaValue& value, StoreAccess& store) {
     if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
         if (std::optional<Value> content = Decode(value, *stored))
             return content;
-    const std::optional<StoredValue> builtIn = value.Default();
-    return builtIn ? Decode(value, *builtIn) : std::nullopt;
+    return BuiltIn(value);
 }
 
 StoredValue Encode(const SchemaValue& value, const Value& content) {
@@ -124,8 +129,8 @@ StoredValue Encode(const SchemaValue& value, const Value& content) {
         case Kind::eNumericArray: {
             const auto& elements = std::get<std::vector<float>>(content);
             CheckCount(elements.size());
-            CheckElements(elements, value.scale);
-            return StoredValue::FromText(*FormatNumericArray(value.scale, elements));
+            CheckElements(elements, value.field->scale);
+            return StoredValue::FromText(*FormatNumericArray(value.field->scale, elements));
         }
         case Kind::eFlagArray: {
             const auto& flags = std::get<std::vector<bool>>(content);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a stored value says, as the library reads and writes it.
-#ifndef KORA4_SETTINGS_CONTENT_H
-#define KORA4_SETTINGS_CONTENT_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -22,6 +21,8 @@ using Value = std::variant<bool, std::uint32_t, float, std::string, std::vector<
 // As the library reads it; none when it counts as absent: another type, malformed, a curve
 // that there is not.
 std::optional<Value> Decode(const SchemaValue& value, const StoredValue& stored);
+// What stands in for a value that is absent; none when absence means that there is nothing.
+std::optional<Value> BuiltIn(const SchemaValue& value);
 // What is in force: the stored value, or the default; none when there is neither.
 std::optional<Value> Effective(const SchemaValue& value, StoreAccess& store);
 // As the library writes it. `content` is of the alternative that the kind decodes to, or
@@ -30,5 +31,3 @@ std::optional<Value> Effective(const SchemaValue& value, StoreAccess& store);
 StoredValue Encode(const SchemaValue& value, const Value& content);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_CONTENT_H

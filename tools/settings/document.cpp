@@ -3,12 +3,15 @@
 #include "settings/document.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "base/checked_json.h"
 #include "base/strict_json.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
-#include "settings/document_values.h"
+#include "settings/content.h"
+#include "settings/setting_values.h"
 
 namespace kora4::tools {
 namespace {
@@ -20,6 +23,108 @@ constexpr char cMadeByDump[] = "Settings documents are made by 'kora4ctl dump'."
 
 const char* ScopeName(Scope scope) {
     return scope == Scope::eAll ? "all" : "user";
+}
+
+// ---- One value ---------------------------------------------------------------------------
+
+constexpr std::size_t cMaxDataBytes = 1024 * 1024;
+
+std::string Excerpt(const Json& json) {
+    std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    constexpr std::size_t cLongest = 60;
+    return text.size() > cLongest ? "this value" : text;
+}
+
+Failure BadForm(const Setting& setting, const CheckedJson& json) {
+    return json.Bad(Excerpt(json.Raw()) + " is not a value for it.",
+                    "Allowed: " + setting.Allowed() + ".");
+}
+
+bool IsWhole(const Json& json) {
+    constexpr auto cLargest = std::numeric_limits<std::uint32_t>::max();
+    return json.is_number_unsigned() && json.get<std::uint64_t>() <= cLargest;
+}
+
+float ReadFloat(const Setting& setting, const CheckedJson& json) {
+    if (!json.Raw().is_number())
+        throw BadForm(setting, json);
+    const auto number = static_cast<float>(json.Raw().get<double>());
+    // Half a step beyond the largest float rounds down to it.
+    if (!std::isfinite(number))
+        throw json.Bad(Excerpt(json.Raw()) + " is too large.");
+    return number;
+}
+
+Value ReadArray(const Setting& setting, const CheckedJson& json) {
+    if (!json.Raw().is_array())
+        throw BadForm(setting, json);
+    std::vector<float> numbers;
+    std::vector<bool> flags;
+    for (const CheckedJson& element : json.Elements(0, json.Raw().size())) {
+        if (setting.kind == Kind::eNumericArray)
+            numbers.push_back(ReadFloat(setting, element));
+        else if (element.Raw().is_boolean())
+            flags.push_back(element.Switch());
+        else
+            throw BadForm(setting, element);
+    }
+    return setting.kind == Kind::eNumericArray ? Value(numbers) : Value(flags);
+}
+
+Value ReadContent(const Setting& setting, const CheckedJson& json) {
+    const Json& raw = json.Raw();
+    const bool isNumber = setting.kind == Kind::eNumber || setting.kind == Kind::eCurveIndex;
+    if (setting.kind == Kind::eFloat)
+        return ReadFloat(setting, json);
+    if (setting.IsArray())
+        return ReadArray(setting, json);
+    if (setting.IsSwitch() && raw.is_boolean())
+        return json.Switch();
+    if ((setting.IsSwitch() || isNumber) && IsWhole(raw))
+        return raw.get<std::uint32_t>();
+    if (isNumber && raw.is_string())
+        for (const ValueWord& word : setting.words)
+            if (raw == word.word)
+                return word.number;
+    if (setting.IsSwitch() || isNumber || !raw.is_string())
+        throw BadForm(setting, json);
+    return json.Text();
+}
+
+// Encode knows the reason and not the place.
+StoredValue Encoded(const SchemaValue& value, const Value& content, const CheckedJson& json) {
+    try {
+        return Encode(value, content);
+    } catch (const Failure& failure) {
+        throw json.Bad(failure.what(), failure.Next());
+    }
+}
+
+// {"text": ...} or {"type": ..., "data": ...}: what is stored, to the byte.
+StoredValue ReadRaw(const CheckedJson& json) {
+    if (json.Raw().size() == 1 && json.Has("text")) {
+        return Encoded({.kind = Kind::eText}, json["text"].Text(), json);
+    }
+    if (json.Raw().size() != 2 || !json.Has("type") || !json.Has("data"))
+        throw json.Bad("an object here has either 'text', or 'type' and 'data'.");
+    const Json& type = json["type"].Raw();
+    if (!IsWhole(type))
+        throw json.Bad("'type' must be the number of a registry type.");
+    const std::optional<Bytes> bytes = FromHex(json["data"].Text());
+    if (!bytes)
+        throw json.Bad("'data' must be an even number of hexadecimal digits.");
+    if (bytes->size() > cMaxDataBytes)
+        throw json.Bad("'data' is too large for a value of the registry.");
+    return {type.get<std::uint32_t>(), *bytes};
+}
+
+// Does writing the JSON value back give exactly what is stored?
+bool IsExact(const Setting& setting, const Json& json, const StoredValue& stored) {
+    try {
+        return StoredFromJson(setting, CheckedJson(json)) == stored;
+    } catch (const Failure&) {
+        return false;
+    }
 }
 
 // ---- What a document covers -----------------------------------------------------------------
@@ -135,8 +240,7 @@ class Reader {
         for (const Setting* const setting : settings) {
             const SchemaValue value = setting->Stored(profile.value_or(0));
             if (json.Has(setting->name))
-                m_plan.values.push_back(
-                    {value, StoredFromJson(*setting, value, json[setting->name])});
+                m_plan.values.push_back({value, StoredFromJson(*setting, json[setting->name])});
             else if (m_completeness == Completeness::eExact)
                 m_plan.values.push_back({value, {}});
         }
@@ -172,7 +276,7 @@ Json DumpSection(StoreAccess& store, const std::vector<const Setting*>& settings
             continue;
         const SchemaValue value = setting->Stored(profile);
         if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
-            section[setting->name] = StoredToJson(*setting, value, *stored);
+            section[setting->name] = StoredToJson(*setting, *stored);
     }
     return section;
 }
@@ -182,10 +286,8 @@ Json ToDocument(const SchemaValue& value, const std::optional<StoredValue>& stor
     if (!stored)
         return nullptr;
     if (const Setting* const setting = SettingOf(value))
-        return StoredToJson(*setting, value, *stored);
-    Setting plain;
-    plain.kind = value.kind;
-    return StoredToJson(plain, value, *stored);
+        return StoredToJson(*setting, *stored);
+    return StoredToJson({{.kind = value.kind}}, *stored);
 }
 
 std::string Shown(const SchemaValue& value, const std::optional<StoredValue>& stored) {
@@ -196,6 +298,30 @@ std::string Shown(const SchemaValue& value, const std::optional<StoredValue>& st
 }
 
 }  // namespace
+
+Json StoredToJson(const Setting& setting, const StoredValue& stored) {
+    // Bytes have no form but their own.
+    const std::optional<Value> content =
+        setting.kind == Kind::eBlob ? std::nullopt : Decode(setting, stored);
+    if (content) {
+        Json json = ToJson(setting, *content);
+        if (IsExact(setting, json, stored))
+            return json;
+        if (setting.IsSwitch())
+            return *stored.AsDword();
+    }
+    if (const std::optional<std::u16string> text = stored.AsText()) {
+        Json json = {{"text", ToUtf8(*text)}};
+        if (IsExact(setting, json, stored))
+            return json;
+    }
+    return {{"type", stored.type}, {"data", ToHex(stored.bytes)}};
+}
+
+StoredValue StoredFromJson(const Setting& setting, const CheckedJson& json) {
+    return json.Raw().is_object() ? ReadRaw(json)
+                                  : Encoded(setting, ReadContent(setting, json), json);
+}
 
 Json Dump(StoreAccess& store, Scope scope) {
     Json document = {{"format", cDocumentFormat},
@@ -227,8 +353,8 @@ std::string Difference::Line() const {
 }
 
 Json Difference::Document() const {
-    return {{"name", name},
-            {"profile", OrNull(profile ? ProfileName(*profile) : std::string())},
+    return {{"name", NameOf(value)},
+            {"profile", OrNull(value.profile ? ProfileName(*value.profile) : std::string())},
             {"stored", ToDocument(value, stored)},
             {"wanted", ToDocument(value, wanted)}};
 }
@@ -238,8 +364,7 @@ std::vector<Difference> Compare(const Plan& plan, StoreAccess& store) {
     for (const PlannedValue& planned : plan.values) {
         std::optional<StoredValue> stored = store.Read(planned.value.keySet, planned.value.key);
         if (stored != planned.wanted)
-            differences.push_back({planned.value, NameOf(planned.value), planned.value.profile,
-                                   std::move(stored), planned.wanted});
+            differences.push_back({planned.value, std::move(stored), planned.wanted});
     }
     return differences;
 }

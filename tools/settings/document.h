@@ -10,14 +10,14 @@
 // absent one is not. A value is true or false, a number, a text or an array when writing it
 // back gives exactly the stored bytes; otherwise {"text": "..."} for a REG_SZ of another
 // wording, and {"type": 4, "data": "02"} for anything else.
-#ifndef KORA4_SETTINGS_DOCUMENT_H
-#define KORA4_SETTINGS_DOCUMENT_H
+#pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/checked_json.h"
 #include "base/output.h"
 #include "registry/store_access.h"
 #include "settings/settings_table.h"
@@ -31,6 +31,10 @@ inline constexpr int cDocumentVersion = 1;
 // profiles 0 to 8. All: everything that is a setting. Trigger words, the table counter, the
 // saved demo state and the levels belong to neither.
 enum class Scope { eUser, eAll };
+
+// One value in these forms; Failure with eBadInput names the place.
+Json StoredToJson(const Setting& setting, const StoredValue& stored);
+StoredValue StoredFromJson(const Setting& setting, const CheckedJson& json);
 
 // What a store shall hold at one place. None: nothing.
 struct PlannedValue {
@@ -61,8 +65,6 @@ Plan CheckDocument(const Json& document, Completeness completeness = Completenes
 // One value that differs from what is wanted.
 struct Difference {
     SchemaValue value;
-    std::string name;                      // of the setting
-    std::optional<std::uint32_t> profile;  // of a per-profile setting
     std::optional<StoredValue> stored;
     std::optional<StoredValue> wanted;
 
@@ -77,5 +79,3 @@ struct Difference {
 std::vector<Difference> Compare(const Plan& plan, StoreAccess& store);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_DOCUMENT_H

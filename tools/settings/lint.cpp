@@ -27,19 +27,6 @@ struct Problem {
 
 using Verdict = std::optional<Problem>;
 
-std::uint32_t TypeOf(Kind kind) {
-    switch (kind) {
-        case Kind::eSwitch:
-        case Kind::eNumber:
-        case Kind::eCurveIndex:
-            return cDwordType;
-        case Kind::eBlob:
-            return cBinaryType;
-        default:
-            return cTextType;
-    }
-}
-
 // A built-in default passes, whatever the limits of the API are.
 bool IsDefault(const SchemaValue& value, const StoredValue& stored) {
     const std::optional<Value> content = Decode(value, stored);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Each stored value against its type, its range and its encoding.
-#ifndef KORA4_SETTINGS_LINT_H
-#define KORA4_SETTINGS_LINT_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -56,5 +55,3 @@ bool HasFindings(const std::vector<Finding>& findings);
 Plan FixPlan(const std::vector<Finding>& findings);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_LINT_H

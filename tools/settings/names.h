@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Words for numbers: profiles and technologies.
-#ifndef KORA4_SETTINGS_NAMES_H
-#define KORA4_SETTINGS_NAMES_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -78,5 +77,3 @@ const TechnologyWord* FindTechnology(std::string_view word);
 const std::vector<std::string>& CurveNames();
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_NAMES_H

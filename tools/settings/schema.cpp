@@ -48,22 +48,12 @@ std::span<const KORA4FieldDef> FieldsOf(Technology technology) {
 
 // ---- Defaults ---------------------------------------------------------------------------
 
-StoredValue FieldDefault(const KORA4FieldDef& field, unsigned array, std::uint32_t row) {
-    switch (field.typeCode) {
-        case cUnsignedField:
-        case cBooleanField:
-            return StoredValue::FromDword(
-                static_cast<const std::uint32_t*>(field.pDefaults)[row]);
-        case cFloatField:
-            return StoredValue::FromText(
-                FormatFloatText(static_cast<const float*>(field.pDefaults)[row]));
-        case cSelectedArrayField:
-            return StoredValue::FromDword(
-                static_cast<const EnumFieldDef*>(field.pDefaults)->pEnumDefaults[row]);
-        default:
-            return StoredValue::FromText(
-                static_cast<const defaults::TextList*>(field.pDefaults)[row][array]);
-    }
+StoredValue FieldDefault(const SchemaValue& value, std::uint32_t row) {
+    const kora4::FieldDefault builtIn = DefaultOf(*value.field, row, value.Array());
+    if (builtIn.pwText)
+        return StoredValue::FromText(builtIn.pwText);
+    return value.kind == Kind::eFloat ? StoredValue::FromText(FormatFloatText(builtIn.real))
+                                      : StoredValue::FromDword(builtIn.number);
 }
 
 bool FlagDefault(Technology technology, std::uint32_t profile) {
@@ -74,54 +64,34 @@ bool FlagDefault(Technology technology, std::uint32_t profile) {
 
 // ---- The walk ---------------------------------------------------------------------------
 
-Role RoleOf(const GeneralSetting& setting) {
-    if (setting.key.fmtid == pkey::cMasterEnablesGuid)
-        return Role::eEngineMask;
-    switch (setting.key.pid) {
-        case pkey::cActivePresetPid:
-            return Role::eActiveProfile;
-        case pkey::cVisualizationDataPid:
-            return Role::eVisualization;
-        case pkey::cProfileTableCounterPid:
-            return Role::eTableCounter;
-        case pkey::cSavedEnablePid:
-        case pkey::cSavedProfilePid:
-            return Role::eSavedDemoState;
-        case pkey::cTraceFlagsPid:
-            return Role::eTraceWord;
-        default:
-            return Role::eSetting;
-    }
-}
+// The general settings that are not only that.
+constexpr std::pair<std::uint32_t, Role> cRoles[] = {
+    {pkey::cActivePresetPid, Role::eActiveProfile},
+    {pkey::cVisualizationDataPid, Role::eVisualization},
+    {pkey::cProfileTableCounterPid, Role::eTableCounter},
+    {pkey::cSavedEnablePid, Role::eSavedDemoState},
+    {pkey::cSavedProfilePid, Role::eSavedDemoState},
+    {pkey::cTraceFlagsPid, Role::eTraceWord},
+    {pkey::cMasterEnablesPid, Role::eEngineMask},
+};
 
 SchemaValue FromGeneral(const GeneralSetting& setting) {
-    SchemaValue value;
-    value.keySet = setting.keySet;
-    value.key = setting.key;
-    value.kind = setting.kind;
-    value.role = RoleOf(setting);
+    SchemaValue value{setting.keySet, setting.key, setting.kind};
+    for (const auto& [pid, role] : cRoles)
+        if (setting.key.pid == pid)
+            value.role = role;
     if (setting.HasDefault())
         value.defaultNumber = setting.defaultNumber;
     return value;
 }
 
-SchemaValue OfTechnology(Technology technology, std::uint32_t profile) {
-    SchemaValue value;
+// A switch or a field.
+SchemaValue OfTechnology(KORA4KeySet keySet, Technology technology, std::uint32_t profile,
+                         std::uint32_t pid, Kind kind, Role role) {
+    SchemaValue value{keySet, PatchKey(technology, profile, pid), kind, role};
     value.technology = technology;
     if (technology.family == Family::ePreset)
         value.profile = profile;
-    return value;
-}
-
-SchemaValue FromField(Technology technology, std::uint32_t profile, const KORA4FieldDef& field,
-                      unsigned array) {
-    SchemaValue value = OfTechnology(technology, profile);
-    value.key = PatchKey(technology, profile, field.pid + array);
-    value.kind = static_cast<Kind>(field.typeCode);
-    value.role = Role::eField;
-    value.array = array;
-    value.scale = field.scale;
-    value.field = &field;
     return value;
 }
 
@@ -153,22 +123,35 @@ std::vector<SchemaValue> Walk() {
 
 }  // namespace
 
+std::uint32_t SchemaValue::Array() const {
+    return field ? key.pid - field->pid : 0;
+}
+
+SchemaValue SchemaValue::InProfile(std::uint32_t number) const {
+    if (!profile)
+        return *this;
+    if (role == Role::eName)
+        return NameValue(number);
+    if (role == Role::eSwitch)
+        return SwitchValue(technology, number);
+    SchemaValue moved = *this;
+    moved.profile = number;
+    moved.key = PatchKey(technology, number, key.pid);
+    return moved;
+}
+
 std::optional<StoredValue> SchemaValue::Default() const {
     if (field)
-        return FieldDefault(*field, array, DefaultsRowOf(profile.value_or(cMovieProfile)));
-    if (defaultNumber)
-        return StoredValue::FromDword(*defaultNumber);
-    return {};
+        return FieldDefault(*this, DefaultsRowOf(profile.value_or(cMovieProfile)));
+    return defaultNumber ? std::optional(StoredValue::FromDword(*defaultNumber)) : std::nullopt;
 }
 
 std::vector<StoredValue> SchemaValue::Defaults() const {
     std::vector<StoredValue> all;
-    const std::uint32_t rows =
-        field && technology.family == Family::ePreset ? cDefaultedProfileBound : 1;
-    for (std::uint32_t row = 0; field && row < rows; ++row)
-        all.push_back(FieldDefault(*field, array, row));
+    for (std::uint32_t row = 0; field && row < (profile ? cDefaultedProfileBound : 1); ++row)
+        all.push_back(FieldDefault(*this, row));
     if (!field && defaultNumber)
-        all.push_back(StoredValue::FromDword(*defaultNumber));
+        all.push_back(*Default());
     return all;
 }
 
@@ -207,25 +190,16 @@ const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key) {
     return found != places.end() && found->second->key == key ? found->second : nullptr;
 }
 
-SchemaValue SettingValue(std::uint32_t pid) {
-    const GeneralSetting* const setting = contract::FindGeneralSetting(pkey::Setting(pid));
-    if (!setting)
-        throw Failure(ExitCode::eFailed,
-                      "The store has no setting of property id " + std::to_string(pid) + ".");
-    return FromGeneral(*setting);
-}
-
-SchemaValue EngineMaskValue() {
-    return FromGeneral(*contract::FindGeneralSetting(
-        PropertyKey{pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid}));
+SchemaValue SettingValue(const PropertyKey& key) {
+    if (const GeneralSetting* const setting = contract::FindGeneralSetting(key))
+        return FromGeneral(*setting);
+    throw Failure(ExitCode::eFailed,
+                  "The store has no setting of property id " + std::to_string(key.pid) + ".");
 }
 
 SchemaValue SwitchValue(Technology technology, std::uint32_t profile) {
-    SchemaValue value = OfTechnology(technology, profile);
-    value.keySet = eKeySetDynamic;
-    value.key = PatchKey(technology, profile, pkey::cSwitchPid);
-    value.kind = Kind::eSwitch;
-    value.role = Role::eSwitch;
+    SchemaValue value = OfTechnology(eKeySetDynamic, technology, profile, pkey::cSwitchPid,
+                                     Kind::eSwitch, Role::eSwitch);
     value.defaultNumber = FlagDefault(technology, profile);
     return value;
 }
@@ -244,27 +218,22 @@ std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profil
     for (const KORA4FieldDef& field : FieldsOf(technology)) {
         // A scalar is one value, and so is a selected curve: only its index is stored.
         const unsigned count = std::max<unsigned>(1, field.m_numArrays);
-        for (unsigned array = 0; array < count; ++array)
-            values.push_back(FromField(technology, profile, field, array));
+        for (unsigned array = 0; array < count; ++array) {
+            values.push_back(OfTechnology(eKeySetStatic, technology, profile, field.pid + array,
+                                          static_cast<Kind>(field.typeCode), Role::eField));
+            values.back().field = &field;
+        }
     }
     return values;
 }
 
 SchemaValue NameValue(std::uint32_t customProfile) {
-    SchemaValue value;
-    value.key = pkey::ProfileName(customProfile);
-    value.kind = Kind::eText;
-    value.role = Role::eName;
-    value.profile = customProfile;
-    return value;
+    return {eKeySetStatic, pkey::ProfileName(customProfile), Kind::eText, Role::eName,
+            customProfile};
 }
 
 SchemaValue TriggerValue(Technology technology) {
-    SchemaValue value;
-    value.keySet = eKeySetDynamic;
-    value.key = TriggerKey(technology);
-    value.kind = Kind::eNumber;
-    value.role = Role::eTrigger;
+    SchemaValue value{eKeySetDynamic, TriggerKey(technology), Kind::eNumber, Role::eTrigger};
     value.technology = technology;
     value.defaultNumber = 0;
     return value;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Everything that the store may hold: one walk over every value, with what it is and what
 // stands in for it when it is absent.
-#ifndef KORA4_SETTINGS_SCHEMA_H
-#define KORA4_SETTINGS_SCHEMA_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -44,15 +43,16 @@ struct SchemaValue {
     Kind kind = Kind::eNumber;
     Role role = Role::eSetting;
     // Fields, switches and names of a profile.
-    std::optional<std::uint32_t> profile;
+    std::optional<std::uint32_t> profile = {};
     // Fields, switches and triggers.
-    Technology technology;
-    unsigned array = 0;       // which one of a field with several, from 0 on
-    std::uint16_t scale = 0;  // of a numeric array: what is written
+    Technology technology = {};
     // Fields: the row of the field table. Others: none.
     const KORA4FieldDef* field = nullptr;
     // Switches and numbers other than fields: what stands in for them when absent.
-    std::optional<std::uint32_t> defaultNumber;
+    std::optional<std::uint32_t> defaultNumber = {};
+
+    // The same value of another profile; itself when it belongs to none.
+    SchemaValue InProfile(std::uint32_t number) const;
 
     // The built-in value, in the form in which it would be stored; none when absence means
     // that there is nothing (names, commands, levels).
@@ -62,6 +62,9 @@ struct SchemaValue {
     // The counter that announces a change; none when the value announces itself or is
     // announced by nothing.
     std::optional<PropertyKey> Announcement() const;
+
+    // Which one of a field with several arrays it is, from 0 on.
+    std::uint32_t Array() const;
 
     // The name under which the registry has the value.
     std::string Name() const { return ValueName(key); }
@@ -78,9 +81,16 @@ const std::vector<SchemaValue>& Schema();
 // None for a key that the store does not know.
 const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key);
 
-// One value without the walk: a setting of the settings family, the switch (pid 0) or a field
-// of a technology. `profile` is not looked at for global technologies.
-SchemaValue SettingValue(std::uint32_t pid);
+// One value without the walk: a general setting, the switch (pid 0) or a field of a technology.
+// `profile` is not looked at for global technologies.
+SchemaValue SettingValue(const PropertyKey& key);
+inline SchemaValue SettingValue(std::uint32_t pid) {
+    return SettingValue(pkey::Setting(pid));
+}
+// The engine mask, which only the installer writes.
+inline SchemaValue EngineMaskValue() {
+    return SettingValue({pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid});
+}
 SchemaValue SwitchValue(Technology technology, std::uint32_t profile);
 SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32_t pid);
 // All fields of a technology, each array for itself.
@@ -89,12 +99,7 @@ std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profil
 // The name of a custom profile, 3 to 8.
 SchemaValue NameValue(std::uint32_t customProfile);
 
-// The engine mask, which only the installer writes.
-SchemaValue EngineMaskValue();
-
 // The trigger word of a technology.
 SchemaValue TriggerValue(Technology technology);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_SCHEMA_H

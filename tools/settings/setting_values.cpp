@@ -175,30 +175,6 @@ const ValueWord* WordFor(const Setting& setting, std::uint32_t number) {
     return nullptr;
 }
 
-struct TextMaker {
-    const Setting& setting;
-    std::string unit;
-
-    std::string operator()(bool isOn) const { return isOn ? "on" : "off"; }
-    std::string operator()(std::uint32_t number) const {
-        if (const ValueWord* const word = WordFor(setting, number))
-            return word->word;
-        const bool isMask =
-            setting.role == Role::eEngineMask || setting.role == Role::eTraceWord;
-        return isMask ? Hex(number) : std::to_string(number) + unit;
-    }
-    std::string operator()(float number) const { return Decimal(number) + unit; }
-    std::string operator()(const std::string& text) const { return text; }
-    std::string operator()(const Bytes& bytes) const { return ToHex(bytes); }
-    template <typename Element>
-    std::string operator()(const std::vector<Element>& elements) const {
-        std::vector<std::string> texts;
-        for (const Element element : elements)
-            texts.push_back(TextMaker{setting, {}}(element));
-        return Join(texts, " ") + unit;
-    }
-};
-
 struct JsonMaker {
     const Setting& setting;
 
@@ -219,6 +195,24 @@ struct JsonMaker {
         return array;
     }
 };
+
+// The JSON form for people.
+std::string TextOf(const Setting& setting, const Json& json) {
+    if (json.is_array()) {
+        std::vector<std::string> texts;
+        for (const Json& element : json)
+            texts.push_back(TextOf(setting, element));
+        return Join(texts, " ");
+    }
+    if (json.is_boolean())
+        return json.get<bool>() ? "on" : "off";
+    if (json.is_string())
+        return json.get<std::string>();
+    if (!json.is_number_unsigned())
+        return Decimal(json.get<float>());
+    const bool isMask = setting.role == Role::eEngineMask || setting.role == Role::eTraceWord;
+    return isMask ? Hex(json.get<std::uint32_t>()) : json.dump();
+}
 
 }  // namespace
 
@@ -282,8 +276,9 @@ void CheckRange(const Setting& setting, const Value& value) {
 }
 
 std::string FormatValue(const Setting& setting, const Value& value, bool withUnit) {
-    const std::string unit = withUnit && !setting.unit.empty() ? " " + setting.unit : "";
-    return std::visit(TextMaker{setting, unit}, value);
+    const Json json = ToJson(setting, value);
+    const bool isCounted = withUnit && !setting.unit.empty() && !json.is_string();
+    return TextOf(setting, json) + (isCounted ? " " + setting.unit : "");
 }
 
 Json ToJson(const Setting& setting, const Value& value) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The values of settings as people and programs write them.
-#ifndef KORA4_SETTINGS_SETTING_VALUES_H
-#define KORA4_SETTINGS_SETTING_VALUES_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -37,5 +36,3 @@ std::string FormatValue(const Setting& setting, const Value& value, bool withUni
 Json ToJson(const Setting& setting, const Value& value);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_SETTING_VALUES_H

@@ -23,18 +23,20 @@ struct MethodNames {
     ApiMethods methods;
     const char* reader;
     const char* writer;
+    std::string_view setting = {};  // the general setting that they serve
 };
 
 constexpr MethodNames cMethodNames[] = {
     {ApiMethods::eNone, "", ""},
-    {ApiMethods::eActiveProfile, "GetActiveProfile", "SetActiveProfile"},
-    {ApiMethods::eEnable, "GetVeltoEnable", "SetVeltoEnable"},
+    {ApiMethods::eActiveProfile, "GetActiveProfile", "SetActiveProfile", "profile"},
+    {ApiMethods::eEnable, "GetVeltoEnable", "SetVeltoEnable", "enable"},
     {ApiMethods::eSamplingPeriod, "GetVisualizationSamplingPeriod",
-     "SetVisualizationSamplingPeriod"},
-    {ApiMethods::eEngineMask, "GetTechnologyMasterEnables", ""},
-    {ApiMethods::eEditorCommand, "GetVeltoProfileEditorCommand", ""},
-    {ApiMethods::eSelectorCommand, "GetVeltoProfileSelectorCommand", ""},
-    {ApiMethods::eDemoCommand, "GetVeltoDemoAppCommand", ""},
+     "SetVisualizationSamplingPeriod", "sampling-period"},
+    {ApiMethods::eEngineMask, "GetTechnologyMasterEnables", "", "engine-mask"},
+    {ApiMethods::eEditorCommand, "GetVeltoProfileEditorCommand", "", "profile-editor-command"},
+    {ApiMethods::eSelectorCommand, "GetVeltoProfileSelectorCommand", "",
+     "profile-selector-command"},
+    {ApiMethods::eDemoCommand, "GetVeltoDemoAppCommand", "", "demo-app-command"},
     {ApiMethods::eVersion, "GetVeltoKORA4Version", ""},
     {ApiMethods::eProfileName, "GetProfileTable", "SetCustomProfileName"},
     {ApiMethods::eSwitch, "GetTechnologyOnElseOff", "SetTechnologyOnElseOff"},
@@ -48,13 +50,8 @@ constexpr const MethodNames& NamesOf(ApiMethods methods) {
     return cMethodNames[static_cast<std::size_t>(methods)];
 }
 
-constexpr bool AreMethodsInOrder() {
-    for (const MethodNames& names : cMethodNames)
-        if (&NamesOf(names.methods) != &names)
-            return false;
-    return true;
-}
-static_assert(AreMethodsInOrder());
+static_assert(std::ranges::is_sorted(cMethodNames, {}, &MethodNames::methods) &&
+              std::size(cMethodNames) == static_cast<std::size_t>(ApiMethods::eBands) + 1);
 
 void SetMethods(Setting& setting, ApiMethods methods) {
     setting.methods = methods;
@@ -62,21 +59,6 @@ void SetMethods(Setting& setting, ApiMethods methods) {
                      : *NamesOf(methods).writer == 0 ? Access::eReadOnly
                                                      : Access::eReadWrite;
 }
-
-struct GeneralMethods {
-    const char* name;
-    ApiMethods methods;
-};
-
-constexpr GeneralMethods cGeneralMethods[] = {
-    {"enable", ApiMethods::eEnable},
-    {"profile", ApiMethods::eActiveProfile},
-    {"sampling-period", ApiMethods::eSamplingPeriod},
-    {"engine-mask", ApiMethods::eEngineMask},
-    {"profile-editor-command", ApiMethods::eEditorCommand},
-    {"profile-selector-command", ApiMethods::eSelectorCommand},
-    {"demo-app-command", ApiMethods::eDemoCommand},
-};
 
 // A field that has a name of its own; the others are called by their property ids.
 struct FieldName {
@@ -160,26 +142,21 @@ constexpr Alias cAliases[] = {
 
 // ---- The rows ---------------------------------------------------------------------------
 
-// Whatever the profile of the value is.
-Setting RowOf(const SchemaValue& value) {
-    Setting setting;
-    setting.kind = value.kind;
-    setting.role = value.role;
-    setting.pid = value.key.pid;
-    setting.technology = value.technology;
+Setting RowOf(const SchemaValue& value, std::string name, std::string summary,
+              ApiMethods methods = ApiMethods::eNone) {
+    Setting setting{value};
     setting.perProfile = value.profile.has_value();
+    setting.name = std::move(name);
+    setting.summary = std::move(summary);
+    SetMethods(setting, methods);
     return setting;
 }
 
 Setting GeneralRow(const contract::GeneralSetting& general) {
-    Setting setting =
-        RowOf(general.key.fmtid == pkey::cMasterEnablesGuid ? EngineMaskValue()
-                                                            : SettingValue(general.key.pid));
-    setting.name = general.name;
-    setting.summary = general.meaning;
-    for (const GeneralMethods& one : cGeneralMethods)
-        if (setting.name == one.name)
-            SetMethods(setting, one.methods);
+    Setting setting = RowOf(SettingValue(general.key), general.name, general.meaning);
+    for (const MethodNames& names : cMethodNames)
+        if (setting.name == names.setting)
+            SetMethods(setting, names.methods);
     if (setting.role == Role::eActiveProfile) {
         for (const ProfileWord& profile : Profiles())
             setting.words.push_back({profile.word, profile.number});
@@ -192,95 +169,77 @@ Setting GeneralRow(const contract::GeneralSetting& general) {
 }
 
 Setting VersionRow() {
-    Setting setting;
-    setting.name = "version";
-    setting.summary = "the version of the library's settings model";
+    Setting setting = RowOf({}, "version", "the version of the library's settings model",
+                            ApiMethods::eVersion);
     setting.kind = Kind::eText;
     setting.isStored = false;
-    SetMethods(setting, ApiMethods::eVersion);
     return setting;
 }
 
 // Both arrays in one: what `eq` shows and changes.
 Setting GraphicRow(const TechnologyWord& technology) {
-    Setting setting;
-    setting.name = technology.word;
-    setting.summary = "the bands of the graphic equalizer; changed with 'eq'";
+    Setting setting =
+        RowOf({}, technology.word, "the bands of the graphic equalizer; changed with 'eq'",
+              ApiMethods::eBands);
     setting.kind = Kind::eNumericArray;
     setting.unit = "dB";
     setting.perProfile = true;
     setting.isStored = false;
     setting.technology = technology.technology;
-    SetMethods(setting, ApiMethods::eBands);
     return setting;
 }
 
 Setting NameRow() {
-    Setting setting = RowOf(NameValue(cFirstCustomProfile));
-    setting.name = "name";
-    setting.summary = "the name of a custom profile; without one the profile does not exist";
-    SetMethods(setting, ApiMethods::eProfileName);
-    return setting;
+    return RowOf(NameValue(cFirstCustomProfile), "name",
+                 "the name of a custom profile; without one the profile does not exist",
+                 ApiMethods::eProfileName);
 }
 
 Setting SwitchRow(const TechnologyWord& technology) {
-    Setting setting = RowOf(SwitchValue(technology.technology, cMovieProfile));
-    setting.name = std::string(technology.word) + ".on";
-    setting.summary = std::string("switches the ") + technology.title;
-    if (technology.apiNumber)
-        SetMethods(setting, ApiMethods::eSwitch);
-    return setting;
-}
-
-void NameField(Setting& setting, const TechnologyWord& technology, const SchemaValue& value) {
-    const bool isOptimizerGain = value.technology == Global(eAudioOptimizerTech) &&
-                                 value.field->pid == pkey::cOptimizerGainPid;
-    if (isOptimizerGain) {
-        const std::string channel = std::to_string(value.array + 1);
-        setting.name += ".gains-" + channel;
-        setting.summary = "gains of the optimizer's channel " + channel;
-        setting.unit = "dB";
-        return;
-    }
-    for (const FieldName& name : cFieldNames) {
-        if (setting.name != name.technology || setting.pid != name.pid)
-            continue;
-        setting.name += name.suffix;
-        setting.summary = name.summary;
-        setting.unit = name.unit;
-        setting.lowest = name.lowest;
-        setting.highest = name.highest;
-        return SetMethods(setting, name.methods);
-    }
-    const std::string id = std::to_string(setting.pid);
-    setting.name += ".field-" + id;
-    setting.summary =
-        "field " + id + " of the " + technology.title + ", carried for the engine";
+    return RowOf(SwitchValue(technology.technology, cMovieProfile),
+                 std::string(technology.word) + ".on",
+                 std::string("switches the ") + technology.title,
+                 technology.apiNumber ? ApiMethods::eSwitch : ApiMethods::eNone);
 }
 
 Setting FieldRow(const TechnologyWord& technology, const SchemaValue& value) {
-    Setting setting = RowOf(value);
-    setting.name = technology.word;
-    NameField(setting, technology, value);
-    if (value.kind == Kind::eCurveIndex)
-        for (std::uint32_t i = 0; i < CurveNames().size(); ++i)
+    const std::string id = std::to_string(value.key.pid);
+    const std::string channel = std::to_string(value.Array() + 1);
+    if (value.technology == Global(eAudioOptimizerTech) &&
+        value.field->pid == pkey::cOptimizerGainPid) {
+        Setting setting = RowOf(value, technology.word + (".gains-" + channel),
+                                "gains of the optimizer's channel " + channel);
+        setting.unit = "dB";
+        return setting;
+    }
+    const std::string word = technology.word;
+    for (const FieldName& name : cFieldNames) {
+        if (word != name.technology || value.key.pid != name.pid)
+            continue;
+        Setting setting = RowOf(value, word + name.suffix, name.summary, name.methods);
+        setting.unit = name.unit;
+        setting.lowest = name.lowest;
+        setting.highest = name.highest;
+        for (std::uint32_t i = 0; value.kind == Kind::eCurveIndex && i < CurveNames().size();
+             ++i)
             setting.words.push_back({CurveNames()[i], i});
-    return setting;
+        return setting;
+    }
+    return RowOf(value, word + ".field-" + id,
+                 "field " + id + " of the " + technology.title + ", carried for the engine");
 }
 
 // One row for each field, whatever profile the walk begins with.
 void AddTechnologyRows(std::vector<Setting>& rows, const TechnologyWord& technology) {
     rows.push_back(SwitchRow(technology));
-    std::vector<Setting> values;
-    std::vector<Setting> further;
-    for (const SchemaValue& value : FieldValues(technology.technology, cMovieProfile)) {
-        Setting row = FieldRow(technology, value);
-        (row.name == technology.word ? values : further).push_back(std::move(row));
-    }
-    if (technology.apiNumber && values.empty())
-        values.push_back(GraphicRow(technology));
-    std::move(values.begin(), values.end(), std::back_inserter(rows));
-    std::move(further.begin(), further.end(), std::back_inserter(rows));
+    std::vector<Setting> fields;
+    for (const SchemaValue& value : FieldValues(technology.technology, cMovieProfile))
+        fields.push_back(FieldRow(technology, value));
+    const auto further = std::ranges::stable_partition(
+        fields, [&](const Setting& field) { return field.name == technology.word; });
+    if (technology.apiNumber && further.size() == fields.size())
+        rows.push_back(GraphicRow(technology));
+    std::ranges::move(fields, std::back_inserter(rows));
 }
 
 std::vector<Setting> MakeTable() {
@@ -305,21 +264,10 @@ std::vector<Setting> MakeTable() {
 
 }  // namespace
 
-SchemaValue Setting::Stored(std::uint32_t profile) const {
+SchemaValue Setting::Stored(std::uint32_t number) const {
     if (!isStored)
         throw Failure(ExitCode::eFailed, "'" + name + "' is not one value of the store.");
-    switch (role) {
-        case Role::eSwitch:
-            return SwitchValue(technology, profile);
-        case Role::eField:
-            return FieldValue(technology, profile, pid);
-        case Role::eName:
-            return NameValue(profile);
-        case Role::eEngineMask:
-            return EngineMaskValue();
-        default:
-            return SettingValue(pid);
-    }
+    return InProfile(number);
 }
 
 bool Setting::TakesRelative() const {
@@ -383,7 +331,8 @@ const Setting* SettingOf(const SchemaValue& value) {
         if (!setting.isStored || setting.role != value.role)
             continue;
         const bool isOne = setting.role == Role::eName || setting.role == Role::eSwitch;
-        if (setting.technology == value.technology && (isOne || setting.pid == value.key.pid))
+        if (setting.technology == value.technology &&
+            (isOne || setting.key.pid == value.key.pid))
             return &setting;
     }
     return nullptr;

@@ -2,8 +2,7 @@
 // The table of settings: the one place that says what a setting is called, what it may be,
 // who may change it and how it is stored. `get`, `set`, `describe`, `--help`, completion,
 // the settings document and the manual are made from it.
-#ifndef KORA4_SETTINGS_SETTINGS_TABLE_H
-#define KORA4_SETTINGS_SETTINGS_TABLE_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -51,26 +50,25 @@ struct ValueWord {
     std::uint32_t number;
 };
 
-// One row of the table.
-struct Setting {
-    std::string name;     // "volume-leveler", "volume-leveler.on"
-    std::string summary;  // one line without a full stop
-    Kind kind = Kind::eNumber;
-    std::string unit;  // "ms", "dB", "Hz", or empty
+// One row of the table: a value of the store (that of Movie, when each profile has its own) and
+// what is to be known about it.
+struct Setting : SchemaValue {
+    std::string name = {};     // "volume-leveler", "volume-leveler.on"
+    std::string summary = {};  // one line without a full stop
+    std::string unit = {};     // "ms", "dB", "Hz", or empty
     // What the API lets a client set, both ends included; none: any number.
-    std::optional<double> lowest;
-    std::optional<double> highest;
-    std::vector<ValueWord> words;  // of numbers; switches have on and off besides
+    std::optional<double> lowest = {};
+    std::optional<double> highest = {};
+    std::vector<ValueWord> words = {};  // of numbers; switches have on and off besides
     bool perProfile = false;
     Access access = Access::eStoreOnly;
     ApiMethods methods = ApiMethods::eNone;
-    Technology technology;
 
     // Not stored: the version, which only the library knows.
     bool isStored = true;
 
-    // How it is stored. `profile` matters to per-profile settings only.
-    SchemaValue Stored(std::uint32_t profile = 0) const;
+    // How it is stored. `number`, a profile, matters to per-profile settings only.
+    SchemaValue Stored(std::uint32_t number = 0) const;
 
     // "on or off", "0 to 10", "0 to 1", "balanced, open, ... or 0 to 5", "a text".
     std::string Allowed() const;
@@ -78,10 +76,6 @@ struct Setting {
     bool IsArray() const { return kind == Kind::eNumericArray || kind == Kind::eFlagArray; }
     // A change by +N, -N, +N% or -N% is understood: numbers that cannot be negative.
     bool TakesRelative() const;
-
-    // Made by the table: pid in the settings family, or of the switch (0) or field.
-    std::uint32_t pid = 0;
-    Role role = Role::eSetting;
 };
 
 // All rows in the order of `list`.
@@ -110,5 +104,3 @@ std::vector<std::string> SettingNames();
 std::vector<std::string> CompletionWords(const Setting& setting);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_SETTINGS_TABLE_H

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "base/failure.h"
+#include "base/text.h"
 
 namespace kora4::tools {
 namespace {
@@ -117,14 +118,14 @@ struct Examination {
 
 // Only values of the store are ever written from a journal, whoever wrote the file.
 bool IsOfStore(const Journal& journal) {
-    return std::all_of(journal.entries.begin(), journal.entries.end(),
-                       [](const JournalEntry& entry) {
-                           return FindInSchema(entry.keySet, entry.key) != nullptr;
-                       }) &&
-           std::all_of(journal.counters.begin(), journal.counters.end(),
-                       [](const PropertyKey& counter) {
-                           return FindInSchema(eKeySetDynamic, counter) != nullptr;
-                       });
+    const auto isEntry = [](const JournalEntry& entry) {
+        return FindInSchema(entry.keySet, entry.key) != nullptr;
+    };
+    const auto isCounter = [](const PropertyKey& counter) {
+        return FindInSchema(eKeySetDynamic, counter) != nullptr;
+    };
+    return std::ranges::all_of(journal.entries, isEntry) &&
+           std::ranges::all_of(journal.counters, isCounter);
 }
 
 void ExamineValues(Examination& examination, StoreAccess& store) {
@@ -166,10 +167,6 @@ Examination Examine(StoreAccess& store, const JournalFile& file) {
             break;
     }
     return examination;
-}
-
-std::string Count(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " value" : " values");
 }
 
 }  // namespace
@@ -236,7 +233,7 @@ std::string Recovered::InWords() const {
             break;
         case Recovery::eUndone:
             words = "A change of the settings was interrupted half-way; " +
-                    Count(restored.size()) +
+                    Counted(restored.size(), "value", "values") +
                     (restored.size() == 1 ? isDone ? " was" : " is to be"
                      : isDone             ? " were"
                                           : " are to be") +
@@ -244,7 +241,8 @@ std::string Recovered::InWords() const {
             break;
     }
     if (!foreign.empty())
-        words += " " + Count(foreign.size()) + " that somebody else has changed since " +
+        words += " " + Counted(foreign.size(), "value", "values") +
+                 " that somebody else has changed since " +
                  (foreign.size() == 1 ? "stays as it is." : "stay as they are.");
     return words;
 }

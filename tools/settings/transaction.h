@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Many values at once, or none: what `load` and `lint --fix` do to the store.
-#ifndef KORA4_SETTINGS_TRANSACTION_H
-#define KORA4_SETTINGS_TRANSACTION_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -66,5 +65,3 @@ Recovered Recover(StoreAccess& store, const StoreLock& lock, const JournalFile& 
 Recovered Inspect(StoreAccess& store, const JournalFile& journal);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_TRANSACTION_H

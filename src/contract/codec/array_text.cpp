@@ -7,8 +7,8 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
 
+#include "contract/codec/hex_pairs.h"
 #include "contract/codec/white_space.h"
 
 namespace kora4::codec {
@@ -165,34 +165,18 @@ HRESULT Refuse(std::uint32_t* pCount, Element* pElements) {
     return result::cFail;
 }
 
-constexpr char16_t cHexDigits[] = u"0123456789abcdef";
-
-// The two digits of every byte.
-constexpr std::array<std::array<char16_t, 2>, 256> MakeBytePairs() {
-    std::array<std::array<char16_t, 2>, 256> pairs{};
-    for (std::size_t byte = 0; byte < pairs.size(); ++byte)
-        pairs[byte] = {cHexDigits[byte >> 4], cHexDigits[byte & 0xF]};
-    return pairs;
-}
-
-constexpr std::array<std::array<char16_t, 2>, 256> cBytePairs = MakeBytePairs();
-static_assert(cBytePairs[0x0A][0] == u'0' && cBytePairs[0xF9][1] == u'9');
-
-inline void PutWord(char16_t* p, std::uint32_t word) {
-    std::memcpy(p, cBytePairs[word >> 8].data(), sizeof cBytePairs[0]);
-    std::memcpy(p + 2, cBytePairs[word & 0xFF].data(), sizeof cBytePairs[0]);
-}
+static_assert(cHexPairs[0x0A][0] == u'0' && (cHexPairs[0xF9][0] | 0x20) == u'f');
 
 // Hexadecimal digits of the number, at least `width` of them.
 inline char16_t* PutHex(char16_t* p, std::uint32_t value, int width) {
     if (width == 4 && value <= 0xFFFF) {
-        PutWord(p, value);
-        return p + 4;
+        p = PutHexByte<cLowerCase>(p, value >> 8);
+        return PutHexByte<cLowerCase>(p, value);
     }
     int digits = (static_cast<int>(std::bit_width(value)) + 3) / 4;
     digits = std::max(digits, width);
     for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
-        *p++ = cHexDigits[value >> shift & 0xF];
+        *p++ = u"0123456789abcdef"[value >> shift & 0xF];
     return p;
 }
 

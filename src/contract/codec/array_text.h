@@ -7,8 +7,7 @@
 //     0003,1,0,1                 three flags
 //
 // Pure functions: no allocation, no lock, any thread.
-#ifndef KORA4_CONTRACT_CODEC_ARRAY_TEXT_H
-#define KORA4_CONTRACT_CODEC_ARRAY_TEXT_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -77,5 +76,3 @@ HRESULT EncodeFlagArray(std::uint32_t count, const std::uint32_t* pFlags,
                         char16_t (&text)[cArrayTextChars], ArrayFieldWriter write = nullptr);
 
 }  // namespace kora4::codec
-
-#endif  // KORA4_CONTRACT_CODEC_ARRAY_TEXT_H

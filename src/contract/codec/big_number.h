@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A natural number of bounded width, for the exact conversion of decimal texts.
-#ifndef KORA4_CONTRACT_CODEC_BIG_NUMBER_H
-#define KORA4_CONTRACT_CODEC_BIG_NUMBER_H
+#pragma once
 
 #include <array>
 #include <bit>
@@ -93,5 +92,3 @@ class BigNumber {
 };
 
 }  // namespace kora4::codec
-
-#endif  // KORA4_CONTRACT_CODEC_BIG_NUMBER_H

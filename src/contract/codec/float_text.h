@@ -3,8 +3,7 @@
 //
 // Pure functions: no allocation, no lock, any thread; neither the C runtime's formatted
 // input and output nor the processor's rounding mode takes part.
-#ifndef KORA4_CONTRACT_CODEC_FLOAT_TEXT_H
-#define KORA4_CONTRACT_CODEC_FLOAT_TEXT_H
+#pragma once
 
 #include <cstddef>
 
@@ -27,5 +26,3 @@ std::size_t FormatFloat(float value, char16_t (&text)[cFloatTextChars]);
 bool ParseFloat(const char16_t* pText, float* pValue);
 
 }  // namespace kora4::codec
-
-#endif  // KORA4_CONTRACT_CODEC_FLOAT_TEXT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the stored texts call white space; locale plays no part.
-#ifndef KORA4_CONTRACT_CODEC_WHITE_SPACE_H
-#define KORA4_CONTRACT_CODEC_WHITE_SPACE_H
+#pragma once
 
 namespace kora4::codec {
 
@@ -18,5 +17,3 @@ inline const char16_t* SkipWhiteSpace(const char16_t* p) {
 }
 
 }  // namespace kora4::codec
-
-#endif  // KORA4_CONTRACT_CODEC_WHITE_SPACE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The conversions of trace messages: who formats, who checks and who reads messages agree here.
-#ifndef KORA4_CONTRACT_MESSAGES_CONVERSION_H
-#define KORA4_CONTRACT_MESSAGES_CONVERSION_H
+#pragma once
 
 #include <cstddef>
 #include <string_view>
@@ -37,5 +36,3 @@ constexpr Conversion ConversionAt(std::string_view pattern) {
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_CONVERSION_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The bits of the trace's flag word in names.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_CATEGORIES_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_CATEGORIES_H
+#pragma once
 
 #include <cstdint>
 #include <string_view>
@@ -63,5 +62,3 @@ constexpr std::uint32_t AllTraceCategories() {
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_CATEGORIES_H

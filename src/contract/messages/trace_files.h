@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Where the trace lines go beside the debugger's output.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_FILES_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_FILES_H
+#pragma once
 
 namespace kora4::trace {
 
@@ -11,5 +10,3 @@ inline constexpr char cLogExtension[] = ".log";
 inline constexpr char cSharedLog[] = "KalTrace";
 
 }  // namespace kora4::trace
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_FILES_H

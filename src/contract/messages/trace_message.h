@@ -2,10 +2,8 @@
 // What a row of the catalogue of trace messages looks like. A statement of the library names
 // its row and takes function, text and mask from there; the tools explain written lines with
 // the rest.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H
+#pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "contract/trace_flags.h"
@@ -47,12 +45,6 @@ constexpr TraceMessage Line(const char* function, const char* text, std::uint32_
     return {function, text, mask, values, meaning, why, next};
 }
 
-// A list of rows, for the tools.
-template <typename... Messages>
-constexpr std::array<TraceMessage, sizeof...(Messages)> Rows(const Messages&... rows) {
-    return {rows...};
-}
-
 }  // namespace msg
 
 }  // namespace kora4::contract
@@ -62,5 +54,3 @@ namespace kora4 {
 namespace msg = contract::msg;
 
 }  // namespace kora4
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGE_H

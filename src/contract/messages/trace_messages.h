@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Every message of the trace with its meaning, and how the row of a written line is found.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H
+#pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <string_view>
 
 #include "contract/messages/trace_message.h"
@@ -17,14 +18,10 @@ namespace kora4::contract {
 // Calls `visit` with each row.
 template <typename Visit>
 constexpr void ForEachTraceMessage(Visit visit) {
-    for (const TraceMessage& message : msg::cGeneralMessages)
-        visit(message);
-    for (const TraceMessage& message : msg::cAssertionMessages)
-        visit(message);
-    for (const TraceMessage& message : msg::cApiMessages)
-        visit(message);
-    for (const TraceMessage& message : msg::cStoreMessages)
-        visit(message);
+    std::ranges::for_each(msg::cGeneralMessages, std::ref(visit));
+    std::ranges::for_each(msg::cAssertionMessages, std::ref(visit));
+    std::ranges::for_each(msg::cApiMessages, std::ref(visit));
+    std::ranges::for_each(msg::cStoreMessages, std::ref(visit));
 }
 
 // What was found for a message.
@@ -60,5 +57,3 @@ constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_vie
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_H

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Messages that many functions write, and the failed assertions.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_GENERAL_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_GENERAL_H
+#pragma once
 
 #include "contract/messages/trace_message.h"
 
-namespace kora4::contract {
-
-namespace msg {
+namespace kora4::contract::msg {
 
 inline constexpr auto cEntry = Line(nullptr, ">>", 0, "", "The function begins.");
 inline constexpr auto cExit = Line(nullptr, "<<", 0, "", "The function ends.");
@@ -23,8 +20,8 @@ inline constexpr auto cRefused = Message(
     nullptr, "**** Error: %s", "reason", "The method refused an argument, for this reason.",
     "The call was refused with E_INVALIDARG and did nothing.", "Pass what the method takes.");
 
-inline constexpr auto cGeneralMessages =
-    Rows(cEntry, cExit, cExitResult, cNotInitialized, cRefused);
+inline constexpr TraceMessage cGeneralMessages[] = {cEntry, cExit, cExitResult, cNotInitialized,
+                                                    cRefused};
 
 inline constexpr char cBrokenRule[] =
     "A rule inside the library was broken; the function copes with it and goes on.";
@@ -32,7 +29,7 @@ inline constexpr char cTellTheMakers[] =
     "Tell the makers of the library, with the lines around this one.";
 inline constexpr char cForeignProfile[] =
     "The active profile in the store is a number that is no profile: somebody else wrote it.";
-inline constexpr char cMendProfile[] =
+inline constexpr char cRepairProfile[] =
     "Choose a profile: 'kora4ctl profile use music'; 'kora4ctl lint' finds such values.";
 
 constexpr TraceMessage Assertion(const char* text, const char* meaning,
@@ -52,19 +49,19 @@ inline constexpr TraceMessage cAssertionMessages[] = {
     // What garbage in the store brings about.
     Assertion("KALASSERT failed: KORA4KeysClient::IsAllowableProfile( profile )",
               "The number of the profile to work on is no profile.", cForeignProfile,
-              cMendProfile),
+              cRepairProfile),
     Assertion("KALASSERT failed: IsAllowableProfile( newActivePreset )",
-              "The profile to become active is no profile.", cForeignProfile, cMendProfile),
+              "The profile to become active is no profile.", cForeignProfile, cRepairProfile),
     Assertion("KALASSERT failed: IsAllowableProfile( newProfile )",
-              "The profile to change to is no profile.", cForeignProfile, cMendProfile),
+              "The profile to change to is no profile.", cForeignProfile, cRepairProfile),
     Assertion("KALASSERT failed: !(profile < 0)",
               "The number of the profile whose switches are looked up is negative.",
-              cForeignProfile, cMendProfile),
+              cForeignProfile, cRepairProfile),
     Assertion("KALASSERT failed: profile >= 0",
               "The number of the profile in a value's name is negative.", cForeignProfile,
-              cMendProfile),
+              cRepairProfile),
     Assertion("KALASSERT failed: defaultsIndex < 3",
-              "The row of defaults to use does not exist.", cForeignProfile, cMendProfile),
+              "The row of defaults to use does not exist.", cForeignProfile, cRepairProfile),
 
     // The mutex.
     Assertion("KALASSERT failed: !IsAcquired()",
@@ -138,8 +135,4 @@ inline constexpr TraceMessage cAssertionMessages[] = {
               "A value of the property store was asked for, and there is none."),
 };
 
-}  // namespace msg
-
-}  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_MESSAGES_GENERAL_H
+}  // namespace kora4::contract::msg

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Written lines of the trace taken apart: head, message, and the values in a message.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_TEXT_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_TEXT_H
+#pragma once
 
 #include <cstddef>
 #include <string_view>
@@ -192,26 +191,20 @@ constexpr bool Match(std::string_view pattern, std::string_view text, TraceValue
     return length != 0 && MatchValue(pattern, text, conversion, length, before, pValues, kinds);
 }
 
-// Characters outside conversions.
-constexpr std::size_t ExactCharacters(std::string_view pattern) {
+// How many characters of a pattern stand outside its conversions, and how many those are.
+struct PatternParts {
     std::size_t exact = 0;
-    while (!pattern.empty()) {
-        const bool isConversion = pattern.front() == '%';
-        pattern.remove_prefix(isConversion ? ConversionAt(pattern).length : 1);
-        exact += isConversion ? 0 : 1;
-    }
-    return exact;
-}
+    std::size_t conversions = 0;
+};
 
-// How many values a pattern holds.
-constexpr std::size_t ConversionsIn(std::string_view pattern) {
-    std::size_t count = 0;
+constexpr PatternParts PartsOf(std::string_view pattern) {
+    PatternParts parts;
     while (!pattern.empty()) {
         const bool isConversion = pattern.front() == '%';
         pattern.remove_prefix(isConversion ? ConversionAt(pattern).length : 1);
-        count += isConversion ? 1 : 0;
+        ++(isConversion ? parts.conversions : parts.exact);
     }
-    return count;
+    return parts;
 }
 
 }  // namespace detail
@@ -225,16 +218,16 @@ constexpr std::size_t MatchTraceText(const TraceMessage& row, std::string_view m
     std::string_view pattern = detail::Trimmed(row.text);
     *pValues = {};
     if (detail::Match(pattern, text, pValues, row.values))
-        return detail::ExactCharacters(pattern);
+        return detail::PartsOf(pattern).exact;
     std::string_view kinds = row.values;
     for (bool isLast = pattern.find('\n') == std::string_view::npos; !isLast;) {
         const std::size_t end = pattern.find('\n');
         const std::string_view line = detail::Trimmed(pattern.substr(0, end));
         *pValues = {};
         if (detail::Match(line, text, pValues, kinds))
-            return detail::ExactCharacters(line);
+            return detail::PartsOf(line).exact;
         isLast = end == std::string_view::npos;
-        kinds = detail::Without(kinds, detail::ConversionsIn(line));
+        kinds = detail::Without(kinds, detail::PartsOf(line).conversions);
         pattern.remove_prefix(isLast ? pattern.size() : end + 1);
     }
     return 0;
@@ -288,5 +281,3 @@ constexpr bool ParseTraceHead(std::string_view line, TraceHead* pHead) {
 }
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_TEXT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Who writes trace lines: the tags of the lines, and the classes and functions behind them.
-#ifndef KORA4_CONTRACT_MESSAGES_TRACE_WRITERS_H
-#define KORA4_CONTRACT_MESSAGES_TRACE_WRITERS_H
+#pragma once
 
 #include <cstdint>
 #include <string_view>
@@ -134,5 +133,3 @@ inline constexpr OddTraceFunction cOddTraceFunctions[] = {
 };
 
 }  // namespace kora4::contract
-
-#endif  // KORA4_CONTRACT_MESSAGES_TRACE_WRITERS_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The seam between the store and the platform: seven operations on (key set, property
 // key) pairs. KORA4RegPropKeysAccess implements it on the registry and a property store.
-#ifndef KORA4_STORE_ACCESS_KEY_ACCESS_H
-#define KORA4_STORE_ACCESS_KEY_ACCESS_H
+#pragma once
 
 #include <cstdint>
 
@@ -50,5 +49,3 @@ class KORA4KeyAccess {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_KEY_ACCESS_H

@@ -1,22 +1,18 @@
 // SPDX-License-Identifier: MIT
 // The mutex that serialises readers and writers of the store: shared by every process of the
 // session.
-#ifndef KORA4_STORE_ACCESS_NAMED_MUTEX_H
-#define KORA4_STORE_ACCESS_NAMED_MUTEX_H
+#pragma once
 
 #include "contract/result.h"
-#include "platform/thread_annotations.h"
+#include "platform/lock_hold.h"
 
 namespace kora4 {
 
 // Owns the handle of the mutex. One object serves all threads of a client; Create and
 // FreeMutex are called by one of them, before and after all others.
-class CAPABILITY("named mutex") NamedMutex {
+class CAPABILITY("named mutex") NamedMutex : NonCopyable {
   public:
-    NamedMutex() = default;
     ~NamedMutex();
-    NamedMutex(const NamedMutex&) = delete;
-    NamedMutex& operator=(const NamedMutex&) = delete;
 
     // E_FAIL when a handle is already held or the mutex can be neither created nor opened.
     HRESULT Create(const char16_t* pwName);
@@ -43,17 +39,6 @@ class CAPABILITY("named mutex") NamedMutex {
 };
 
 // Holds the mutex for the length of a scope.
-class SCOPED_CAPABILITY MutexHold {
-  public:
-    explicit MutexHold(NamedMutex& mutex) ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.Acquire(); }
-    ~MutexHold() RELEASE() { m_mutex.Release(); }
-    MutexHold(const MutexHold&) = delete;
-    MutexHold& operator=(const MutexHold&) = delete;
-
-  private:
-    NamedMutex& m_mutex;
-};
+using MutexHold = LockHold<NamedMutex>;
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_NAMED_MUTEX_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The keys of a profile, with the trace lines that the store leaves when it makes them.
-#ifndef KORA4_STORE_ACCESS_PROFILE_KEY_H
-#define KORA4_STORE_ACCESS_PROFILE_KEY_H
+#pragma once
 
 #include <cstdint>
 
@@ -18,5 +17,3 @@ PropertyKey PresetPatchKey(KORA4PresetTechnology technology, std::uint32_t profi
 PropertyKey ProfileNameKey(std::uint32_t profile);
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_PROFILE_KEY_H

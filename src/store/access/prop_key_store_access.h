@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Typed values over the key access: numbers, flags and the text encodings.
-#ifndef KORA4_STORE_ACCESS_PROP_KEY_STORE_ACCESS_H
-#define KORA4_STORE_ACCESS_PROP_KEY_STORE_ACCESS_H
+#pragma once
 
 #include <cstdint>
 
@@ -56,5 +55,3 @@ class KORA4PropKeyStoreAccess {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_PROP_KEY_STORE_ACCESS_H

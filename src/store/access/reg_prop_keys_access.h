@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The key access on the platform: three registry keys and a property store.
-#ifndef KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H
-#define KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H
+#pragma once
 
 #include <propsys.h>
 #include <windows.h>
 #include <wrl/client.h>
 
 #include "platform/handles.h"
+#include "platform/non_copyable.h"
 #include "store/access/key_access.h"
 
 namespace kora4 {
@@ -23,12 +23,9 @@ struct Place;
 //
 // A key that was absent when the access was opened read-only stays absent: reads say
 // S_FALSE, writes and deletes do nothing and succeed.
-class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
+class KORA4RegPropKeysAccess final : public KORA4KeyAccess, NonCopyable {
   public:
-    KORA4RegPropKeysAccess() = default;
     ~KORA4RegPropKeysAccess() { Close(); }
-    KORA4RegPropKeysAccess(const KORA4RegPropKeysAccess&) = delete;
-    KORA4RegPropKeysAccess& operator=(const KORA4RegPropKeysAccess&) = delete;
 
     // Key set 1 lives in the store that is handed in here; without one its operations fail
     // with E_FAIL. Takes a reference of its own.
@@ -67,27 +64,6 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
     // nothing, whether they exist or not.
     HKEY HandleToWrite(const UniqueRegKey& key) const;
 
-    static HRESULT OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key, bool writable);
-
-    // `*pSize` is the room at `pData` in bytes, and afterwards the size of the value.
-    // `pStatus`, which may be null, gets what the platform said when it was asked.
-    static HRESULT QueryRegistryValue(HKEY hKey, const PropertyKey& key, DWORD expectedType,
-                                      void* pData, DWORD* pSize, LSTATUS* pStatus = nullptr);
-    static HRESULT ReadRegistryBlob(HKEY hKey, const PropertyKey& key, std::uint32_t* pSize,
-                                    std::uint8_t** ppData);
-    static HRESULT SetRegistryValue(HKEY hKey, const PropertyKey& key, DWORD type,
-                                    const void* pData, DWORD size);
-    static HRESULT DeleteRegistryKey(HKEY hKey, const PropertyKey& key);
-    static HRESULT ReadRegistryDWORD(HKEY hKey, const PropertyKey& key, std::uint32_t* pValue);
-    static HRESULT ReadRegistryText(HKEY hKey, const PropertyKey& key, char16_t** ppText);
-
-    template <typename Body>
-    HRESULT OnPropertyStore(const trace::Place& place, Body&& body);
-    HRESULT ReadPropStoreDWORD(const PropertyKey& key, std::uint32_t* pValue);
-    HRESULT WritePropStoreDWORD(const PropertyKey& key, std::uint32_t value);
-    HRESULT ReadPropStoreText(const PropertyKey& key, char16_t** ppText);
-    HRESULT WritePropStoreText(const PropertyKey& key, const char16_t* pwText);
-
     Microsoft::WRL::ComPtr<IPropertyStore> m_spIPropertyStore;
     bool m_opened = false;
     UniqueRegKey m_hStaticKeys;
@@ -96,5 +72,3 @@ class KORA4RegPropKeysAccess final : public KORA4KeyAccess {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_REG_PROP_KEYS_ACCESS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Memory that changes hands across an interface: the platform's task allocator.
-#ifndef KORA4_STORE_ACCESS_TASK_MEMORY_H
-#define KORA4_STORE_ACCESS_TASK_MEMORY_H
+#pragma once
 
 #include <cstddef>
 #include <utility>
@@ -49,5 +48,3 @@ class TaskPtr {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_ACCESS_TASK_MEMORY_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Between the two vocabularies of technologies: the API's and the store's. One table
 // holds the mapping. No mutex, no store.
-#ifndef KORA4_STORE_CLIENTS_API_CONVERSION_H
-#define KORA4_STORE_CLIENTS_API_CONVERSION_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -43,5 +42,3 @@ HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint3
                      const void* pValue);
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_API_CONVERSION_H

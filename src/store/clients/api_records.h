@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The records and technology numbers that cross the API, as the store sees them. The API
 // object asserts at compile time that they are the public ones, bit for bit.
-#ifndef KORA4_STORE_CLIENTS_API_RECORDS_H
-#define KORA4_STORE_CLIENTS_API_RECORDS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -51,5 +50,3 @@ static_assert(sizeof(ApiGraphicEQ) == 324);
 static_assert(offsetof(ApiGraphicEQ, m_gain) == 164);
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_API_RECORDS_H

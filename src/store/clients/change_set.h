@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What one notification pass found changed, in the API's terms. It lives for the pass.
-#ifndef KORA4_STORE_CLIENTS_CHANGE_SET_H
-#define KORA4_STORE_CLIENTS_CHANGE_SET_H
+#pragma once
 
 #include "contract/profiles.h"
 #include "contract/technologies.h"
@@ -31,5 +30,3 @@ struct ChangeSet : StoreChanges {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_CHANGE_SET_H

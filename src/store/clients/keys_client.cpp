@@ -156,7 +156,7 @@ HRESULT KORA4KeysClient::DynamicPatchUpdates(const Baseline& stored, StoreChange
                                      std::uint32_t newFlag) REQUIRES(m_regKeysMutex) {
         return !IsEffective(oldFlag, m_baseline.enable) && IsEffective(newFlag, stored.enable);
     };
-    for (std::uint32_t t = eVolumeTech; t < eNumberKORA4PresetTechnologies; ++t) {
+    for (const KORA4PresetTechnology t : cPresetTechnologies) {
         const std::uint32_t oldFlag = known.m_dwPresetOnElseOff[t];
         const std::uint32_t newFlag = now.m_dwPresetOnElseOff[t];
         pChanges->onElseOffChanged[t] = oldFlag != newFlag;
@@ -164,17 +164,16 @@ HRESULT KORA4KeysClient::DynamicPatchUpdates(const Baseline& stored, StoreChange
         if (pChanges->profileChanged || pChanges->patchChanged[t] ||
             becameEffective(oldFlag, newFlag)) {
             const HRESULT hrLoad = m_patches.LoadPresetPatchData(
-                *m_pKeyAccess, stored.profile, IsDemoProfile(stored.profile),
-                static_cast<KORA4PresetTechnology>(t));
+                *m_pKeyAccess, stored.profile, IsDemoProfile(stored.profile), t);
             if (result::Succeeded(hr))
                 hr = hrLoad;
         }
     }
-    for (std::uint32_t t = ePeakLimiterTech; t < eNumberKORA4GlobalTechnologies; ++t) {
+    for (const KORA4GlobalTechnology t : cGlobalTechnologies) {
         if (pChanges->profileChanged ||
             known.m_dwGlobalTriggers[t] != now.m_dwGlobalTriggers[t] ||
             becameEffective(known.m_dwGlobalOnElseOff[t], now.m_dwGlobalOnElseOff[t]))
-            m_patches.LoadGlobalPatchData(*m_pKeyAccess, static_cast<KORA4GlobalTechnology>(t));
+            m_patches.LoadGlobalPatchData(*m_pKeyAccess, t);
     }
     RefreshPatches(stored.profile, stored.enable);
     return hr;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The base of every client of the settings store: the cross-process lock, the first full
 // load, and finding out what has changed since.
-#ifndef KORA4_STORE_CLIENTS_KEYS_CLIENT_H
-#define KORA4_STORE_CLIENTS_KEYS_CLIENT_H
+#pragma once
 
 #include <algorithm>
 #include <array>
@@ -66,11 +65,9 @@ struct StoreSettings {
 // Holds the working records, the baseline and the mutex; the key access is borrowed and must
 // outlive it. What is marked as guarded is used by whoever holds the named mutex, whichever
 // thread that is.
-class KORA4KeysClient {
+class KORA4KeysClient : NonCopyable {
   public:
     explicit KORA4KeysClient(KORA4KeyAccess* pKeyAccess);
-    KORA4KeysClient(const KORA4KeysClient&) = delete;
-    KORA4KeysClient& operator=(const KORA4KeysClient&) = delete;
 
     // Creates the named mutex. An existing one is kept: S_OK.
     HRESULT ObjInitialize();
@@ -97,9 +94,10 @@ class KORA4KeysClient {
         return KORA4PropKeyStoreAccess(*m_pKeyAccess);
     }
 
-    // General settings of the dynamic keys as stored now, or their defaults.
     // Hands the patch set what belongs to that profile, after a load.
     void RefreshPatches(std::uint32_t profile, bool enable) REQUIRES(m_regKeysMutex);
+
+    // General settings of the dynamic keys as stored now, or their defaults.
     std::uint32_t ReadActivePreset() REQUIRES(m_regKeysMutex);
     bool ReadMasterEnable() REQUIRES(m_regKeysMutex);
     std::uint32_t ReadTableCounter() REQUIRES(m_regKeysMutex);
@@ -125,5 +123,3 @@ class KORA4KeysClient {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_KEYS_CLIENT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What own writes have replaced since the last change analysis.
-#ifndef KORA4_STORE_CLIENTS_OVERTAKEN_ITEMS_H
-#define KORA4_STORE_CLIENTS_OVERTAKEN_ITEMS_H
+#pragma once
 
 #include <atomic>
 #include <cstdint>
@@ -48,5 +47,3 @@ class OvertakenItems {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_OVERTAKEN_ITEMS_H

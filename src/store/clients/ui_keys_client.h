@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The settings-store client behind the API object: every operation that a user interface
 // needs, each under the named mutex and each on what is stored at that moment.
-#ifndef KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H
-#define KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H
+#pragma once
 
 #include <atomic>
 #include <cstdint>
@@ -14,10 +13,6 @@
 #include "store/clients/overtaken_items.h"
 
 namespace kora4 {
-
-namespace trace {
-struct Place;
-}
 
 // The applications whose command lines the store carries, in the order of their keys.
 enum class CompanionCommand { eProfileEditor, eProfileSelector, eDemoApp };
@@ -108,11 +103,6 @@ class KORA4UIKeysClient : public KORA4KeysClient {
     std::uint32_t Analyses() const { return m_analyses; }
 
   private:
-    // The frame of a store operation: entry line, E_INVALIDARG for bad arguments, the
-    // body under the mutex, exit line.
-    template <typename Body>
-    HRESULT RunUnderMutex(const trace::Place& place, bool argumentsGood, Body&& body);
-
     // Writes the master enable and moves the baseline by the rule of MoveOwn.
     HRESULT WriteEnable(const Change<bool>& enable) REQUIRES(m_regKeysMutex);
     // Stores another profile, with the enable if one is given, and reloads the working
@@ -159,5 +149,3 @@ class KORA4UIKeysClient : public KORA4KeysClient {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_CLIENTS_UI_KEYS_CLIENT_H

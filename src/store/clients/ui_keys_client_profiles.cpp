@@ -4,163 +4,149 @@
 #include <array>
 
 #include "store/access/profile_key.h"
-#include "store/clients/run_under_mutex.h"
+#include "store/clients/ui_keys_client.h"
+#include "trace/trace.h"
 
 namespace kora4 {
 
-namespace {
-
-// The preset technologies that have settings, in order.
-constexpr std::array cSettableTechnologies = {
-    eVolumeTech,    eEnhancementTech,     eDynamicEQTech, eStandardEQTech,
-    eHeadphoneTech, eVirtualSurroundTech, eNGSurroundTech};
-static_assert(cSettableTechnologies.size() == eNumberKORA4PresetTechnologies - 1);
-
-}  // namespace
-
 HRESULT KORA4UIKeysClient::GetActiveProfile(std::uint32_t* pProfile) {
-    return RunUnderMutex("KORA4UIKeysClient::GetActiveProfile", true,
-                         [&]() REQUIRES(m_regKeysMutex) {
-                             *pProfile = ReadActivePreset();
-                             return result::cOk;
-                         });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::GetActiveProfile");
+    const MutexHold hold(m_regKeysMutex);
+    *pProfile = ReadActivePreset();
+    return hr;
 }
 
 HRESULT KORA4UIKeysClient::SetActiveProfile(std::uint32_t profile) {
-    const bool argumentsGood = IsSelectableProfile(profile);
-    return RunUnderMutex(
-        "KORA4UIKeysClient::SetActiveProfile", argumentsGood, [&]() REQUIRES(m_regKeysMutex) {
-            const std::uint32_t current = ReadActivePreset();
-            if (IsDemoProfile(current))
-                return KORA4_S_DEMO_MODE_ACTIVE;
-            TaskPtr<char16_t> name;
-            if (IsCustomProfile(profile) && ReadProfileName(profile, &name) != result::cOk)
-                return KORA4_S_NO_SUCH_CUSTOM_PROFILE;
-            return ProfileStateChange({current, profile}, nullptr);
-        });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::SetActiveProfile");
+    if (!IsSelectableProfile(profile))
+        return hr = result::cInvalidArg;
+    const MutexHold hold(m_regKeysMutex);
+    const std::uint32_t current = ReadActivePreset();
+    if (IsDemoProfile(current))
+        return hr = KORA4_S_DEMO_MODE_ACTIVE;
+    TaskPtr<char16_t> name;
+    if (IsCustomProfile(profile) && ReadProfileName(profile, &name) != result::cOk)
+        return hr = KORA4_S_NO_SUCH_CUSTOM_PROFILE;
+    return hr = ProfileStateChange({current, profile}, nullptr);
 }
 
 HRESULT KORA4UIKeysClient::RevertActiveProfile() {
-    return RunUnderMutex(
-        "KORA4UIKeysClient::RevertActiveProfile", true, [&]() REQUIRES(m_regKeysMutex) {
-            const std::uint32_t profile = ReadActivePreset();
-            if (!IsPresetProfile(profile))
-                return KORA4_S_NOT_A_PRESET_PROFILE;
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::RevertActiveProfile");
+    const MutexHold hold(m_regKeysMutex);
+    const std::uint32_t profile = ReadActivePreset();
+    if (!IsPresetProfile(profile))
+        return hr = KORA4_S_NOT_A_PRESET_PROFILE;
 
-            // The paired demo profile stores the factory values.
-            const std::uint32_t demoProfile = DemoProfileOf(profile);
-            m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
-            RefreshPatches(profile, m_baseline.enable);
-            HRESULT hr = result::cOk;
-            for (const KORA4PresetTechnology technology : cSettableTechnologies) {
-                hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
-                                                ReadKnown(profile, technology));
-                if (result::Failed(hr))
-                    break;
-            }
-            return Overtake(hr, profile, OvertakenItems::cTechnologies);
-        });
+    // The paired demo profile stores the factory values.
+    const std::uint32_t demoProfile = DemoProfileOf(profile);
+    m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
+    RefreshPatches(profile, m_baseline.enable);
+    for (const KORA4PresetTechnology technology : cPresetTechnologies) {
+        hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
+                                        ReadKnown(profile, technology));
+        if (result::Failed(hr))
+            break;
+    }
+    return hr = Overtake(hr, profile, OvertakenItems::cTechnologies);
 }
 
 HRESULT KORA4UIKeysClient::SetDemoProfileAndEnable(std::uint32_t demoProfile, bool enable) {
-    return RunUnderMutex(
-        "KORA4UIKeysClient::SetDemoProfileAndEnable", IsDemoProfile(demoProfile),
-        [&]() REQUIRES(m_regKeysMutex) {
-            const std::uint32_t current = ReadActivePreset();
-            if (IsDemoProfile(current) && !m_demoMode)
-                return KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
-            const Change<bool> change{ReadMasterEnable(), enable};
-            const HRESULT hr = ProfileStateChange({current, demoProfile}, &change);
-            if (result::Succeeded(hr)) {
-                // From one demo to another the first saved state is kept.
-                if (!IsDemoProfile(current))
-                    SaveStateBeforeDemo(current, change.before);
-                m_demoMode = true;
-            }
-            return hr;
-        });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::SetDemoProfileAndEnable");
+    if (!IsDemoProfile(demoProfile))
+        return hr = result::cInvalidArg;
+    const MutexHold hold(m_regKeysMutex);
+    const std::uint32_t current = ReadActivePreset();
+    if (IsDemoProfile(current) && !m_demoMode)
+        return hr = KORA4_S_DEMO_MODE_ACTIVE;  // somebody else's demo
+    const Change<bool> change{ReadMasterEnable(), enable};
+    hr = ProfileStateChange({current, demoProfile}, &change);
+    if (result::Succeeded(hr)) {
+        // From one demo to another the first saved state is kept.
+        if (!IsDemoProfile(current))
+            SaveStateBeforeDemo(current, change.before);
+        m_demoMode = true;
+    }
+    return hr;
 }
 
 HRESULT KORA4UIKeysClient::RevertFromDemoMode() {
-    return RunUnderMutex("KORA4UIKeysClient::RevertFromDemoMode", true,
-                         [&]() REQUIRES(m_regKeysMutex) {
-                             if (!m_demoMode)
-                                 return KORA4_S_DEMO_MODE_ACTIVE;
-                             const std::uint32_t current = ReadActivePreset();
-                             if (!IsDemoProfile(current))
-                                 return KORA4_S_NOT_IN_DEMO_PROFILE;
-                             return RestoreStateBeforeDemo(current);
-                         });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::RevertFromDemoMode");
+    const MutexHold hold(m_regKeysMutex);
+    if (!m_demoMode)
+        return hr = KORA4_S_DEMO_MODE_ACTIVE;
+    const std::uint32_t current = ReadActivePreset();
+    if (!IsDemoProfile(current))
+        return hr = KORA4_S_NOT_IN_DEMO_PROFILE;
+    return hr = RestoreStateBeforeDemo(current);
 }
 
 HRESULT KORA4UIKeysClient::ForceRevertFromDemoMode() {
-    return RunUnderMutex(
-        "KORA4UIKeysClient::ForceRevertFromDemoMode", true, [&]() REQUIRES(m_regKeysMutex) {
-            const std::uint32_t current = ReadActivePreset();
-            return IsDemoProfile(current) ? RestoreStateBeforeDemo(current) : result::cOk;
-        });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::ForceRevertFromDemoMode");
+    const MutexHold hold(m_regKeysMutex);
+    const std::uint32_t current = ReadActivePreset();
+    if (IsDemoProfile(current))
+        hr = RestoreStateBeforeDemo(current);
+    return hr;
 }
 
 HRESULT KORA4UIKeysClient::GetProfileTable(char16_t** ppwNames) {
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::GetProfileTable");
     std::array<TaskPtr<char16_t>, cSelectableProfileBound> names;
-    for (std::size_t i = 0; i < names.size(); ++i)
-        ppwNames[i] = nullptr;
-    const HRESULT hr = RunUnderMutex(
-        "KORA4UIKeysClient::GetProfileTable", true, [&]() REQUIRES(m_regKeysMutex) {
-            for (std::uint32_t p = cFirstCustomProfile; p < cSelectableProfileBound; ++p) {
-                const HRESULT hrName = ReadProfileName(p, &names[p]);
-                if (result::Failed(hrName))
-                    return hrName;
-            }
-            return result::cOk;
-        });
+    std::fill_n(ppwNames, names.size(), nullptr);
+    {
+        const MutexHold hold(m_regKeysMutex);
+        for (std::uint32_t p = cFirstCustomProfile;
+             p < cSelectableProfileBound && result::Succeeded(hr); ++p)
+            hr = ReadProfileName(p, &names[p]);
+    }
     // The caller's memory is not touched while the mutex is held.
     for (std::size_t i = 0; i < names.size(); ++i)
         ppwNames[i] = names[i].Detach();
-    return hr;
+    // A profile that does not exist is no failure.
+    return hr = result::Failed(hr) ? hr : result::cOk;
 }
 
 HRESULT KORA4UIKeysClient::CreateCustomProfile(std::uint32_t customProfile,
                                                const char16_t* pwName) {
-    const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
-    return RunUnderMutex("KORA4UIKeysClient::CreateCustomProfile", argumentsGood,
-                         [&]() REQUIRES(m_regKeysMutex) {
-                             TaskPtr<char16_t> name;
-                             const HRESULT hr = ReadProfileName(customProfile, &name);
-                             if (hr == result::cOk)
-                                 return result::cFail;  // exists
-                             if (hr != result::cFalse)
-                                 return hr;
-                             // The name makes the profile exist, so it comes last. A profile
-                             // whose values could not all be copied is still a profile: its
-                             // missing values have defaults.
-                             ActivePresetCopy(customProfile);
-                             return WriteProfileName(customProfile, pwName);
-                         });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::CreateCustomProfile");
+    if (!IsCustomProfile(customProfile) || !pwName)
+        return hr = result::cInvalidArg;
+    const MutexHold hold(m_regKeysMutex);
+    TaskPtr<char16_t> name;
+    hr = ReadProfileName(customProfile, &name);
+    if (hr == result::cOk)
+        return hr = result::cFail;  // exists
+    if (hr != result::cFalse)
+        return hr;
+    // The name makes the profile exist, so it comes last. A profile whose values could not all
+    // be copied is still a profile: its missing values have defaults.
+    ActivePresetCopy(customProfile);
+    return hr = WriteProfileName(customProfile, pwName);
 }
 
 HRESULT KORA4UIKeysClient::SetCustomProfileName(std::uint32_t customProfile,
                                                 const char16_t* pwName) {
-    const bool argumentsGood = IsCustomProfile(customProfile) && pwName;
-    return RunUnderMutex("KORA4UIKeysClient::SetCustomProfileName", argumentsGood,
-                         [&]() REQUIRES(m_regKeysMutex) {
-                             TaskPtr<char16_t> name;
-                             if (ReadProfileName(customProfile, &name) != result::cOk)
-                                 return result::cFail;
-                             return WriteProfileName(customProfile, pwName);
-                         });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::SetCustomProfileName");
+    if (!IsCustomProfile(customProfile) || !pwName)
+        return hr = result::cInvalidArg;
+    const MutexHold hold(m_regKeysMutex);
+    TaskPtr<char16_t> name;
+    if (ReadProfileName(customProfile, &name) != result::cOk)
+        return hr = result::cFail;
+    return hr = WriteProfileName(customProfile, pwName);
 }
 
 HRESULT KORA4UIKeysClient::DeleteCustomProfile(std::uint32_t customProfile) {
-    const bool argumentsGood = IsCustomProfile(customProfile);
-    return RunUnderMutex("KORA4UIKeysClient::DeleteCustomProfile", argumentsGood,
-                         [&]() REQUIRES(m_regKeysMutex) {
-                             if (ReadActivePreset() == customProfile)
-                                 return result::cFail;
-                             const HRESULT hr = m_pKeyAccess->Delete(
-                                 eKeySetStatic, ProfileNameKey(customProfile));
-                             return hr == result::cOk ? AnnounceTableChange() : hr;
-                         });
+    KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::DeleteCustomProfile");
+    if (!IsCustomProfile(customProfile))
+        return hr = result::cInvalidArg;
+    const MutexHold hold(m_regKeysMutex);
+    if (ReadActivePreset() == customProfile)
+        return hr = result::cFail;
+    hr = m_pKeyAccess->Delete(eKeySetStatic, ProfileNameKey(customProfile));
+    if (hr == result::cOk)
+        hr = AnnounceTableChange();
+    return hr;
 }
 
 HRESULT KORA4UIKeysClient::ReadProfileName(std::uint32_t customProfile,
@@ -237,7 +223,7 @@ HRESULT KORA4UIKeysClient::ActivePresetCopy(std::uint32_t customProfile) {
 
     const std::uint32_t activeProfile = ReadActivePreset();
     m_patches.LoadPresetPatches(*m_pKeyAccess, activeProfile, false);
-    for (const KORA4PresetTechnology technology : cSettableTechnologies) {
+    for (const KORA4PresetTechnology technology : cPresetTechnologies) {
         hr = m_patches.WritePresetPatch(*m_pKeyAccess, customProfile, technology, false);
         if (result::Failed(hr))
             break;

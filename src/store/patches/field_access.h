@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Reads and writes one field of a technology record.
-#ifndef KORA4_STORE_PATCHES_FIELD_ACCESS_H
-#define KORA4_STORE_PATCHES_FIELD_ACCESS_H
+#pragma once
 
 #include <cstdint>
 
@@ -25,5 +24,3 @@ HRESULT WriteField(const KORA4FieldDef& field, KORA4KeyAccess& access, const Pro
                    const void* pRecord);
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_PATCHES_FIELD_ACCESS_H

@@ -14,13 +14,6 @@ namespace kora4 {
 
 namespace {
 
-constexpr KORA4PresetTechnology PresetTech(std::uint32_t number) {
-    return static_cast<KORA4PresetTechnology>(number);
-}
-constexpr KORA4GlobalTechnology GlobalTech(std::uint32_t number) {
-    return static_cast<KORA4GlobalTechnology>(number);
-}
-
 // Loads a record field by field; the first field that fails ends it.
 template <typename IsWanted>
 HRESULT LoadFields(KORA4KeyAccess& access, const PropertyKey& key, std::uint32_t defaultsIndex,
@@ -95,8 +88,8 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatchData(KORA4KeyAccess& access, std::u
 void KORA4ManagedPatchSet::LoadPresetPatches(KORA4KeyAccess& access, std::uint32_t profile,
                                              bool defaultsOnly) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetPatches");
-    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
-        LoadPresetPatch(access, profile, defaultsOnly, PresetTech(i));
+    for (const KORA4PresetTechnology technology : cPresetTechnologies)
+        LoadPresetPatch(access, profile, defaultsOnly, technology);
 }
 
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatch(KORA4KeyAccess& access,
@@ -138,8 +131,8 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatchData(KORA4KeyAccess& access,
 
 void KORA4ManagedPatchSet::LoadGlobalPatches(KORA4KeyAccess& access) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalPatches");
-    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
-        LoadGlobalPatch(access, GlobalTech(i));
+    for (const KORA4GlobalTechnology technology : cGlobalTechnologies)
+        LoadGlobalPatch(access, technology);
 }
 
 HRESULT KORA4ManagedPatchSet::WritePresetPatch(KORA4KeyAccess& access, std::uint32_t profile,
@@ -221,24 +214,24 @@ bool KORA4ManagedPatchSet::ReadGlobalOnElseOff(KORA4KeyAccess& access,
 void KORA4ManagedPatchSet::LoadTriggers(KORA4KeyAccess& access) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadTriggers");
     KORA4PropKeyStoreAccess values(access);
-    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
-        m_dwPresetTriggers[i] =
-            values.UINTOr(eKeySetDynamic, PresetTriggerKey(PresetTech(i)), 0);
-    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
-        m_dwGlobalTriggers[i] =
-            values.UINTOr(eKeySetDynamic, GlobalTriggerKey(GlobalTech(i)), 0);
+    for (const KORA4PresetTechnology technology : cPresetTechnologies)
+        m_dwPresetTriggers[technology] =
+            values.UINTOr(eKeySetDynamic, PresetTriggerKey(technology), 0);
+    for (const KORA4GlobalTechnology technology : cGlobalTechnologies)
+        m_dwGlobalTriggers[technology] =
+            values.UINTOr(eKeySetDynamic, GlobalTriggerKey(technology), 0);
 }
 
 void KORA4ManagedPatchSet::LoadPresetOnElseOff(KORA4KeyAccess& access, std::uint32_t profile) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadPresetOnElseOff");
-    for (std::uint32_t i = eVolumeTech; i < eNumberKORA4PresetTechnologies; ++i)
-        m_dwPresetOnElseOff[i] = ReadPresetOnElseOff(access, profile, PresetTech(i));
+    for (const KORA4PresetTechnology technology : cPresetTechnologies)
+        m_dwPresetOnElseOff[technology] = ReadPresetOnElseOff(access, profile, technology);
 }
 
 void KORA4ManagedPatchSet::LoadGlobalOnElseOff(KORA4KeyAccess& access) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::LoadGlobalOnElseOff");
-    for (std::uint32_t i = ePeakLimiterTech; i < eNumberKORA4GlobalTechnologies; ++i)
-        m_dwGlobalOnElseOff[i] = ReadGlobalOnElseOff(access, GlobalTech(i));
+    for (const KORA4GlobalTechnology technology : cGlobalTechnologies)
+        m_dwGlobalOnElseOff[technology] = ReadGlobalOnElseOff(access, technology);
 }
 
 void KORA4ManagedPatchSet::Refresh(const RefreshSwitches& switches) {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The working copy of all technology records for one profile, with the switches and the
 // trigger words, and their way to and from the store.
-#ifndef KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
-#define KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -132,5 +131,3 @@ class KORA4ManagedPatchSet : public TechnologyWords {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_PATCHES_MANAGED_PATCH_SET_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a client's own writes do to what it knows of the store.
-#ifndef KORA4_STORE_PATCHES_OWN_WRITE_H
-#define KORA4_STORE_PATCHES_OWN_WRITE_H
+#pragma once
 
 #include "contract/result.h"
 
@@ -26,5 +25,3 @@ HRESULT MoveOwn(HRESULT hr, const Change<T>& change, T* pKnown) {
 }
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_PATCHES_OWN_WRITE_H

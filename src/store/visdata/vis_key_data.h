@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A read-only view over one copy of the visualization blob.
-#ifndef KORA4_STORE_VISDATA_VIS_KEY_DATA_H
-#define KORA4_STORE_VISDATA_VIS_KEY_DATA_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -50,5 +49,3 @@ class KORA4VisKeyData {
 };
 
 }  // namespace kora4
-
-#endif  // KORA4_STORE_VISDATA_VIS_KEY_DATA_H

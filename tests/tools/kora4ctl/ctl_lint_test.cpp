@@ -11,9 +11,6 @@
 namespace kora4::test {
 namespace {
 
-using tools::cBinaryType;
-using tools::cDwordType;
-using tools::cTextType;
 using tools::StoredValue;
 
 constexpr char cLintShape[] =

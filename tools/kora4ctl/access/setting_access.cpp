@@ -9,19 +9,12 @@
 #include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/document.h"
-#include "settings/document_values.h"
 
 namespace kora4::tools {
 
 namespace {
 
-// The value in force when nothing is stored, or when the stored one does not count: a demo
-// profile uses the built-in values, whatever is stored.
-std::optional<Value> BuiltIn(const SchemaValue& value) {
-    const std::optional<StoredValue> standIn = value.Default();
-    return standIn ? Decode(value, *standIn) : std::nullopt;
-}
-
+// A demo profile uses the built-in values, whatever is stored.
 bool IsDemoInForce(const Setting& setting, std::uint32_t profile, bool isNamed) {
     return setting.role == Role::eField && !isNamed && IsDemoProfile(profile);
 }
@@ -182,7 +175,7 @@ void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
     if (detail != Detail::eStored)
         return;
     if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
-        reading.stored = StoredToJson(*place, value, *stored);
+        reading.stored = StoredToJson(*place, *stored);
 }
 
 Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,

@@ -16,10 +16,6 @@ namespace {
 constexpr PropertyKey cActiveProfile = pkey::Setting(pkey::cActivePresetPid);
 constexpr PropertyKey cSavedProfile = pkey::Setting(pkey::cSavedProfilePid);
 
-std::string Count(std::size_t count, const char* one, const char* many) {
-    return std::to_string(count) + " " + (count == 1 ? one : many);
-}
-
 // What other checks tell about in more words.
 bool IsOfAnotherCheck(const Finding& finding) {
     const std::optional<PropertyKey> key = ParseValueName(finding.valueName);
@@ -107,15 +103,15 @@ CheckResult CheckValues(Examination& examination) {
     CheckResult result;
     result.summary = "all readable and in range";
     if (errors)
-        result.Error(Count(errors, "value cannot be read: its default is in effect.",
-                           "values cannot be read: their defaults are in effect."),
+        result.Error(Counted(errors, "value cannot be read: its default is in effect.",
+                             "values cannot be read: their defaults are in effect."),
                      "List them: kora4ctl lint; repair them: kora4ctl lint --fix");
     if (warnings)
         result.Warning(
-            Count(warnings, "value is", "values are") + " outside what a client can set.",
+            Counted(warnings, "value is", "values are") + " outside what a client can set.",
             "List them: kora4ctl lint; repair them: kora4ctl lint --fix");
     if (notes)
-        result.Note(Count(notes, "value is", "values are") + " worth checking.",
+        result.Note(Counted(notes, "value is", "values are") + " worth checking.",
                     "List them: kora4ctl lint");
     return result;
 }
@@ -158,7 +154,7 @@ CheckResult CheckCustomProfiles(Examination& examination) {
                          "Delete the profile: kora4ctl profile delete " + ProfileName(profile));
     }
     result.summary =
-        count == 0 ? "there are none" : Count(count, "custom profile", "custom profiles");
+        count == 0 ? "there are none" : Counted(count, "custom profile", "custom profiles");
     return result;
 }
 

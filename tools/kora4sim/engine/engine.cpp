@@ -37,30 +37,25 @@ std::uint32_t Bounded(std::uint32_t period) {
     return std::clamp(period, cShortestPeriod, cLongestPeriod);
 }
 
-std::string Counted(std::uint64_t number, const char* one, const char* many) {
-    return std::to_string(number) + " " + (number == 1 ? one : many);
-}
-
 constexpr Technology cLeveler = Preset(eVolumeTech);
 constexpr Technology cEnhancer = Preset(eEnhancementTech);
 constexpr std::uint32_t cLevelerSteps = cVeltoVolumeLevelerAmountMax + 1;
 constexpr std::uint32_t cEnhancerSteps = 101;  // amounts 0.00 to 1.00
 
+// Of a name that the table of faults has taken.
 const Spoiling* Find(std::span<const Spoiling> spoilings, const std::string& name) {
-    const auto found = std::find_if(spoilings.begin(), spoilings.end(),
-                                    [&](const Spoiling& one) { return name == one.name; });
-    return found != spoilings.end() ? &*found : nullptr;
+    return &*std::ranges::find(spoilings, name, &Spoiling::name);
 }
 
 // The amount that a writer in a hurry sets next, never the one before.
 std::uint32_t Step(const SchemaValue& value, StoreAccess& store, std::uint64_t chance,
                    std::uint32_t steps) {
-    const std::optional<Value> now = Effective(value, store);
+    const Value now = Effective(value, store).value_or(std::uint32_t{0});
     std::uint32_t before = 0;
-    if (now && std::holds_alternative<std::uint32_t>(*now))
-        before = std::get<std::uint32_t>(*now);
-    else if (now && std::holds_alternative<float>(*now))
-        before = static_cast<std::uint32_t>(std::lround(std::get<float>(*now) * 100));
+    if (const auto* const number = std::get_if<std::uint32_t>(&now))
+        before = *number;
+    else if (const auto* const amount = std::get_if<float>(&now))
+        before = static_cast<std::uint32_t>(std::lround(*amount * 100));
     const auto more = static_cast<std::uint32_t>(chance % (steps - 1)) + 1;
     return (before % steps + more) % steps;
 }
@@ -155,18 +150,13 @@ std::size_t Engine::WriteDefaults() {
 
 // The engine runs without companion applications.
 std::string Engine::WriteCommands(const Commands& commands) {
-    const std::pair<std::uint32_t, const std::optional<std::string>*> rows[] = {
-        {pkey::cProfileEditorCommandPid, &commands.profileEditor},
-        {pkey::cProfileSelectorCommandPid, &commands.profileSelector},
-        {pkey::cDemoAppCommandPid, &commands.demoApp},
-    };
     try {
-        for (const auto& [pid, command] : rows) {
-            if (*command)
-                m_store.Write(eKeySetApp, pkey::Setting(pid),
-                              StoredValue::FromText(ToUtf16(**command)));
-            else
-                m_store.Delete(eKeySetApp, pkey::Setting(pid));
+        for (const CommandDef& known : cCommands) {
+            const auto command = commands.find(known.name);
+            std::optional<StoredValue> stored;
+            if (command != commands.end())
+                stored = StoredValue::FromText(ToUtf16(command->second));
+            m_store.Put(eKeySetApp, pkey::Setting(known.pid), stored);
         }
     } catch (const Failure& failure) {
         return failure.what();

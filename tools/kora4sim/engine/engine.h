@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The engine: publishes pictures, takes over what is announced, and goes wrong on demand.
-#ifndef KORA4_KORA4SIM_ENGINE_ENGINE_H
-#define KORA4_KORA4SIM_ENGINE_ENGINE_H
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -15,7 +14,7 @@
 #include "contract/defaults.h"
 #include "kora4sim/engine/held_settings.h"
 #include "kora4sim/engine/reporter.h"
-#include "kora4sim/engine/spoilt_values.h"
+#include "kora4sim/engine/wrong_values.h"
 #include "kora4sim/scene/scene.h"
 #include "kora4sim/signal/blob.h"
 #include "process/interrupt.h"
@@ -131,5 +130,3 @@ class Engine {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_ENGINE_ENGINE_H

@@ -21,38 +21,29 @@ std::vector<FaultArgument> NamesOf(std::span<const Spoiling> spoilings) {
     return names;
 }
 
-std::vector<FaultArgument> GarbageKinds() {
-    return NamesOf(Garbage());
-}
-
-std::vector<FaultArgument> WrongCountKinds() {
-    return NamesOf(WrongCounts());
-}
-
-std::vector<FaultArgument> DeathKinds() {
-    return {{cHalfWay, "after the value of a change is written, and before what announces it"}};
-}
-
 constexpr FaultDef cFaults[] = {
-    {FaultKind::eStop, "stop", "", "publishes nothing more", nullptr, 0, 0, ""},
+    {FaultKind::eStop, "stop", "", "publishes nothing more"},
     {FaultKind::eGarbage, "garbage", "=KIND", "publishes values that are not levels",
-     GarbageKinds, 0, 0, ""},
+     [] { return NamesOf(Garbage()); }},
     {FaultKind::eCounts, "counts", "=KIND", "publishes levels with wrong counts",
-     WrongCountKinds, 0, 0, ""},
+     [] { return NamesOf(WrongCounts()); }},
     {FaultKind::eDie, "die", "[=KIND]",
-     "ends at once, without a summary, while it holds the store's mutex", DeathKinds, 0, 0, ""},
+     "ends at once, without a summary, while it holds the store's mutex",
+     []() -> std::vector<FaultArgument> {
+         return {{cHalfWay,
+                  "after the value of a change is written, and before what announces it"}};
+     }},
     {FaultKind::eHold, "hold", "=S", "holds the store's mutex for S seconds", nullptr, 0.001,
      600, "seconds"},
     {FaultKind::eBurst, "burst", "=N",
      "writes settings of the active profile N times, as fast as it can", nullptr, 1, 100000,
      "writes"},
     {FaultKind::eWrongTypes, "wrong-types", "[=KIND]",
-     "spoils and announces every field of the active profile", WrongFieldKinds, 0, 0, ""},
+     "spoils and announces every field of the active profile", WrongFieldKinds},
     {FaultKind::eProfileGarbage, "profile-garbage", "[=KIND]",
-     "spoils what says which profile is active, or a profile's name", WrongProfileKinds, 0, 0,
-     ""},
+     "spoils what says which profile is active, or a profile's name", WrongProfileKinds},
     {FaultKind::eResume, "resume", "",
-     "ends stop, garbage, counts and hold, and puts back what was spoilt", nullptr, 0, 0, ""},
+     "ends stop, garbage, counts and hold, and puts back what was spoilt"},
 };
 
 bool IsOptional(const FaultDef& def) {
@@ -107,10 +98,9 @@ std::span<const FaultDef> Faults() {
 }
 
 const FaultDef& DefOf(FaultKind kind) {
-    for (const FaultDef& def : cFaults) {
+    for (const FaultDef& def : cFaults)
         if (def.kind == kind)
             return def;
-    }
     return cFaults[0];
 }
 

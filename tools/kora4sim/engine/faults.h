@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What can go wrong with an engine, on demand.
-#ifndef KORA4_KORA4SIM_ENGINE_FAULTS_H
-#define KORA4_KORA4SIM_ENGINE_FAULTS_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -53,11 +52,11 @@ struct FaultDef {
     const char* shape;
     const char* meaning;
     // The names that the argument may have; null when it is a number or there is none.
-    std::vector<FaultArgument> (*kinds)();
+    std::vector<FaultArgument> (*kinds)() = nullptr;
     // Numbers: their range and what they count. Both 0: the argument is no number.
-    double least;
-    double most;
-    const char* unit;
+    double least = 0;
+    double most = 0;
+    const char* unit = "";
 };
 
 // All of them, in the order of --help.
@@ -80,5 +79,3 @@ Fault ParseFault(std::string_view text);
 inline constexpr double cLongestRun = 86400;  // seconds
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_ENGINE_FAULTS_H

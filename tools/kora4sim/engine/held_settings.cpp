@@ -87,10 +87,8 @@ std::vector<HeldSettings::Field> HeldSettings::ReadFields(Technology technology,
     const bool isBuiltIn = technology.family == Family::ePreset && IsDemoProfile(profile);
     std::vector<Field> fields;
     for (const SchemaValue& value : FieldValues(technology, profile)) {
-        const std::optional<StoredValue> builtIn = value.Default();
-        const std::optional<Value> content =
-            isBuiltIn && builtIn ? Decode(value, *builtIn) : Effective(value, store);
-        if (content)
+        if (const std::optional<Value> content =
+                isBuiltIn ? BuiltIn(value) : Effective(value, store))
             fields.push_back({value, *content});
     }
     return fields;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The engine's copy of the settings: loaded at the start, and then only what is announced.
-#ifndef KORA4_KORA4SIM_ENGINE_HELD_SETTINGS_H
-#define KORA4_KORA4SIM_ENGINE_HELD_SETTINGS_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -82,5 +81,3 @@ class HeldSettings {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_ENGINE_HELD_SETTINGS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the engine does to the sound: the settings that it holds, made into gains.
-#ifndef KORA4_KORA4SIM_ENGINE_PROCESSING_H
-#define KORA4_KORA4SIM_ENGINE_PROCESSING_H
+#pragma once
 
 #include <vector>
 
@@ -53,5 +52,3 @@ Picture MakePicture(const Signal& signal, std::uint64_t milliseconds,
                     const std::vector<RecordShape>& shapes, const Processing& processing);
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_ENGINE_PROCESSING_H

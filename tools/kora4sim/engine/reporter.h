@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the engine tells: one line for each event, in words or as JSON.
-#ifndef KORA4_KORA4SIM_ENGINE_REPORTER_H
-#define KORA4_KORA4SIM_ENGINE_REPORTER_H
+#pragma once
 
 #include <string>
 
@@ -37,5 +36,3 @@ class Reporter {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_ENGINE_REPORTER_H

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The ways to spoil a stored value: wrong type, malformed text, too long, no such profile.
+// The ways to spoil a stored value: wrong type, malformed text, too long, no such profile; and
+// the way back.
 #include "kora4sim/engine/wrong_values.h"
 
 #include "contract/profiles.h"
@@ -22,8 +23,7 @@ constexpr char cProfileName[] = "name";
 constexpr std::uint32_t cNoSuchProfile = 99;
 
 bool IsText(const SchemaValue& field) {
-    return field.kind == Kind::eFloat || field.kind == Kind::eNumericArray ||
-           field.kind == Kind::eFlagArray;
+    return TypeOf(field.kind) == cTextType;
 }
 
 StoredValue OfAnotherType(const SchemaValue& field) {
@@ -102,6 +102,41 @@ WrongProfileValue WrongProfile(std::string_view kind) {
     else if (kind == cProfileShort)
         wrong.wrong.bytes.resize(2);
     return wrong;
+}
+
+void SpoiltValues::Announce(const std::vector<SchemaValue>& values) {
+    std::vector<PropertyKey> counters;
+    for (const SchemaValue& value : values)
+        AddAnnouncement(counters, value);
+    for (const PropertyKey& counter : counters)
+        m_store.Bump(counter);
+}
+
+void SpoiltValues::Spoil(const std::vector<Wrong>& values) {
+    std::vector<SchemaValue> spoilt;
+    for (const Wrong& wrong : values) {
+        const auto& [value, stored] = wrong;
+        m_spoilt.push_back({wrong, m_store.Read(value.keySet, value.key)});
+        m_store.Write(value.keySet, value.key, stored);
+        spoilt.push_back(value);
+    }
+    Announce(spoilt);
+}
+
+// What somebody has written in the meantime stays. The last spoilt comes back first, so that
+// a value that was spoilt twice is what it was at the beginning.
+std::size_t SpoiltValues::Restore() {
+    std::vector<SchemaValue> restored;
+    for (auto spoilt = m_spoilt.rbegin(); spoilt != m_spoilt.rend(); ++spoilt) {
+        const auto& [value, stored] = spoilt->wrong;
+        if (m_store.Read(value.keySet, value.key) != stored)
+            continue;
+        m_store.Put(value.keySet, value.key, spoilt->before);
+        restored.push_back(value);
+    }
+    m_spoilt.clear();
+    Announce(restored);
+    return restored.size();
 }
 
 }  // namespace kora4::tools::sim

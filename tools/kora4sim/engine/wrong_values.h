@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Settings as a bad writer would leave them.
-#ifndef KORA4_KORA4SIM_ENGINE_WRONG_VALUES_H
-#define KORA4_KORA4SIM_ENGINE_WRONG_VALUES_H
+// Settings as a bad writer would leave them, and what they were before.
+#pragma once
 
 #include <optional>
 #include <string_view>
@@ -9,7 +8,7 @@
 
 #include "kora4sim/engine/faults.h"
 #include "kora4sim/signal/noise.h"
-#include "registry/stored_value.h"
+#include "registry/store_access.h"
 #include "settings/schema.h"
 
 namespace kora4::tools::sim {
@@ -33,6 +32,32 @@ struct WrongProfileValue {
 };
 WrongProfileValue WrongProfile(std::string_view kind);
 
-}  // namespace kora4::tools::sim
+// Values of the store that were spoilt on purpose, and what they were before.
+// Whoever calls it holds the store's mutex, but for IsEmpty.
+class SpoiltValues {
+  public:
+    explicit SpoiltValues(StoreAccess& store) : m_store(store) {}
 
-#endif  // KORA4_KORA4SIM_ENGINE_WRONG_VALUES_H
+    bool IsEmpty() const { return m_spoilt.empty(); }
+    // Writes the values, and one step of each counter that announces one of them.
+    struct Wrong {
+        SchemaValue value;
+        StoredValue stored;
+    };
+    void Spoil(const std::vector<Wrong>& values);
+    // Puts back what is still as it was spoilt, and announces it; how many values that are.
+    std::size_t Restore();
+
+  private:
+    struct Spoilt {
+        Wrong wrong;
+        std::optional<StoredValue> before;
+    };
+
+    void Announce(const std::vector<SchemaValue>& values);
+
+    StoreAccess& m_store;
+    std::vector<Spoilt> m_spoilt;
+};
+
+}  // namespace kora4::tools::sim

@@ -76,22 +76,21 @@ std::uint32_t ReadMask(const CheckedJson& json) {
                    "\" or a whole number from 0 to " + std::to_string(cLargest) + ".");
 }
 
-std::optional<std::string> ReadCommand(const CheckedJson& commands, const char* name) {
-    if (!commands.Has(name))
-        return std::nullopt;
-    const CheckedJson json = commands[name];
-    const std::string text = json.Text();
-    if (StoredValue::FromText(ToUtf16(text)).bytes.size() > cMaxTextBytes ||
-        text.find('\0') != std::string::npos)
-        throw json.Bad("a command line has at most " + std::to_string(cMaxTextChars) +
-                       " characters, and none is zero.");
-    return text;
-}
-
 Commands ReadCommands(const CheckedJson& json) {
-    json.CheckMembers({}, {"profile-editor", "profile-selector", "demo-app"});
-    return {ReadCommand(json, "profile-editor"), ReadCommand(json, "profile-selector"),
-            ReadCommand(json, "demo-app")};
+    std::vector<std::string> names;
+    for (const CommandDef& known : cCommands)
+        names.push_back(known.name);
+    json.CheckMembers({}, names);
+    Commands commands;
+    for (const std::string& name : names) {
+        if (!json.Has(name))
+            continue;
+        const std::string text = commands[name] = json[name].Text();
+        if (ToUtf16(text).size() > cMaxTextChars || text.find('\0') != std::string::npos)
+            throw json[name].Bad("a command line has at most " + std::to_string(cMaxTextChars) +
+                                 " characters, and none is zero.");
+    }
+    return commands;
 }
 
 std::vector<RecordShape> ReadRecords(const CheckedJson& json) {

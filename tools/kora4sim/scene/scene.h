@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 // A scene: what the engine is, what it hears and what happens to it.
-#ifndef KORA4_KORA4SIM_SCENE_SCENE_H
-#define KORA4_KORA4SIM_SCENE_SCENE_H
+#pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "contract/property_key.h"
 #include "kora4sim/engine/faults.h"
 #include "kora4sim/engine/processing.h"
 #include "kora4sim/signal/spectra.h"
@@ -19,12 +20,20 @@ inline constexpr char cSceneFormat[] = "kora4sim-scene";
 inline constexpr int cSceneVersion = 1;
 inline constexpr char cDefaultScene[] = "music";
 
-// Command lines of the companion applications. None: the engine has no such application.
-struct Commands {
-    std::optional<std::string> profileEditor;
-    std::optional<std::string> profileSelector;
-    std::optional<std::string> demoApp;
+// A companion application: its name in a scene, and where the store has its command line.
+struct CommandDef {
+    const char* name;
+    std::uint32_t pid;
 };
+
+inline constexpr CommandDef cCommands[] = {
+    {"profile-editor", pkey::cProfileEditorCommandPid},
+    {"profile-selector", pkey::cProfileSelectorCommandPid},
+    {"demo-app", pkey::cDemoAppCommandPid},
+};
+
+// Command lines of the companion applications by their names; an engine may have some or none.
+using Commands = std::map<std::string, std::string>;
 
 // A scene file as read and checked.
 struct Scene {
@@ -62,5 +71,3 @@ class SceneFolder {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_SCENE_SCENE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The value that the engine publishes, and every way to spoil it.
-#ifndef KORA4_KORA4SIM_SIGNAL_BLOB_H
-#define KORA4_KORA4SIM_SIGNAL_BLOB_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -48,5 +47,3 @@ class Digest {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_SIGNAL_BLOB_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the engine publishes at one moment.
-#ifndef KORA4_KORA4SIM_SIGNAL_LEVELS_H
-#define KORA4_KORA4SIM_SIGNAL_LEVELS_H
+#pragma once
 
 #include <cstdint>
 #include <vector>
@@ -26,5 +25,3 @@ inline constexpr unsigned cMostBands = 64;
 inline constexpr unsigned cMostRecords = 64;
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_SIGNAL_LEVELS_H

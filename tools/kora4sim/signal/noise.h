@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Repeatable random numbers.
-#ifndef KORA4_KORA4SIM_SIGNAL_NOISE_H
-#define KORA4_KORA4SIM_SIGNAL_NOISE_H
+#pragma once
 
 #include <cstdint>
 
@@ -34,5 +33,3 @@ class Noise {
 };
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_SIGNAL_NOISE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The sound that the engine pretends to hear.
-#ifndef KORA4_KORA4SIM_SIGNAL_SPECTRA_H
-#define KORA4_KORA4SIM_SIGNAL_SPECTRA_H
+#pragma once
 
 #include <cstdint>
 #include <utility>
@@ -61,5 +60,3 @@ constexpr double PlaceOf(unsigned band, unsigned bands) {
 }
 
 }  // namespace kora4::tools::sim
-
-#endif  // KORA4_KORA4SIM_SIGNAL_SPECTRA_H

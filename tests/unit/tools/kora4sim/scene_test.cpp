@@ -70,9 +70,8 @@ TEST(ReadScene, TakesEveryMember) {
     EXPECT_EQ("What it is", scene.description);
     EXPECT_EQ(0x021Fu, scene.mask);
     ASSERT_TRUE(scene.commands);
-    EXPECT_EQ("", scene.commands->profileEditor);
-    EXPECT_FALSE(scene.commands->profileSelector);
-    EXPECT_EQ("demo.exe /x", scene.commands->demoApp);
+    const Commands expected = {{"profile-editor", ""}, {"demo-app", "demo.exe /x"}};
+    EXPECT_EQ(expected, *scene.commands);
     ASSERT_EQ(2u, scene.records.size());
     EXPECT_EQ(20u, scene.records[0].bands);
     EXPECT_EQ(0, scene.records[0].offset);
