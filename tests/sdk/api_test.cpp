@@ -48,12 +48,19 @@ TEST(SdkStatus, HasNameAndMeaning) {
               Status(APOERR_NOT_INITIALIZED).Text());
 }
 
+TEST(SdkStatus, KnowsWhatThePlatformAnswersAroundTheApi) {
+    EXPECT_EQ("REGDB_E_CLASSNOTREG (0x80040154): the library is not registered on this machine",
+              Status(REGDB_E_CLASSNOTREG).Text());
+    EXPECT_STREQ("E_ACCESSDENIED", Status(E_ACCESSDENIED).Name());
+    EXPECT_STREQ("access denied", Status(E_ACCESSDENIED).Meaning());
+}
+
 TEST(SdkStatus, GivesThePlatformsWordsForOtherCodes) {
-    const Status denied(E_ACCESSDENIED);
-    EXPECT_STREQ("", denied.Name());
-    EXPECT_STREQ("", denied.Meaning());
-    EXPECT_THAT(denied.Text(), StartsWith("0x80070005: "));
-    EXPECT_LT(std::size("0x80070005: "), denied.Text().size());
+    const Status exists(HRESULT_FROM_WIN32(ERROR_ALREADY_EXISTS));
+    EXPECT_STREQ("", exists.Name());
+    EXPECT_STREQ("", exists.Meaning());
+    EXPECT_THAT(exists.Text(), StartsWith("0x800700B7: "));
+    EXPECT_LT(std::size("0x800700B7: "), exists.Text().size());
     EXPECT_EQ("0xA1234567", Status(static_cast<HRESULT>(0xA1234567)).Text());
 }
 

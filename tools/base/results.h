@@ -5,7 +5,6 @@
 
 #include <windows.h>
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,10 +14,6 @@ namespace kora4::tools {
 // name, the number and the meaning; for codes that nobody published what the platform says
 // of them. Never a bare number.
 std::string InWords(HRESULT hr);
-
-// What the platform says of a code, in one line without its full stop; empty when it knows
-// nothing of it.
-std::string PlatformWords(std::uint32_t code);
 
 // Passes S_OK and S_FALSE through. An informational code of the library throws Failure with
 // eRefused, APOERR_NOT_INITIALIZED with eNotReady, E_INVALIDARG with eBadInput, every other

@@ -3,6 +3,7 @@
 #include "kora4ctl/explain/explain_values.h"
 
 #include <kora4api.h>
+#include <kora4/result_codes.hpp>
 
 #include <charconv>
 
@@ -10,7 +11,6 @@
 #include "contract/engine_masks.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
-#include "contract/results.h"
 #include "registry/store_access.h"
 #include "settings/names.h"
 #include "settings/schema.h"
@@ -25,7 +25,7 @@ std::string OfError(std::optional<std::uint32_t> number) {
         return {};
     if (*number == 0)
         return "success";
-    return InWords(static_cast<HRESULT>(contract::cWin32Results | (*number & 0xFFFF)));
+    return InWords(static_cast<HRESULT>(cWin32Results | (*number & 0xFFFF)));
 }
 
 std::string OfProfile(std::optional<std::uint32_t> number) {
