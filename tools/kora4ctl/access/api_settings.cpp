@@ -98,7 +98,7 @@ void WriteFrequencies(const Setting& setting, Profile, const Value& value, Api& 
     const auto& wanted = std::get<std::vector<float>>(value);
     // The library would store other frequencies as something else.
     for (const float frequency : wanted) {
-        if (frequency < 1 || frequency > cHighestFrequency)
+        if (frequency < 1 || frequency > KORA4_GRAPHIC_EQ_MAX_FREQUENCY)
             throw BadInput("Invalid value '" + Decimal(frequency) + "' for '" + setting.name +
                            "': frequencies range from " + FrequencyRange() + ".");
     }
