@@ -3,9 +3,6 @@
 // exit code that each becomes.
 #include "base/results.h"
 
-#include <kora4/result.hpp>
-
-#include "base/failure.h"
 #include "base/text.h"
 
 namespace kora4::tools {
@@ -38,14 +35,18 @@ std::string InWords(HRESULT hr) {
                          : words + " (" + Hex(code) + ")";
 }
 
-HRESULT Check(HRESULT hr, std::string_view doing) {
+Failure RefusalOf(HRESULT hr, std::string_view doing) {
     const ResultCode* const pResult = FindResult(CodeOf(hr));
+    return Failure(ExitCodeOf(hr),
+                   Sentence(doing, SUCCEEDED(hr) ? " was refused: " : " failed: ", hr),
+                   pResult ? pResult->next : "Run 'kora4ctl doctor' to find out why.");
+}
+
+HRESULT Check(HRESULT hr, std::string_view doing) {
     // An unpublished success code is still a success.
-    if (hr == S_OK || hr == S_FALSE || (SUCCEEDED(hr) && !pResult))
+    if (hr == S_OK || hr == S_FALSE || (SUCCEEDED(hr) && !FindResult(CodeOf(hr))))
         return hr;
-    throw Failure(ExitCodeOf(hr),
-                  Sentence(doing, SUCCEEDED(hr) ? " was refused: " : " failed: ", hr),
-                  pResult ? pResult->next : "Run 'kora4ctl doctor' to find out why.");
+    throw RefusalOf(hr, doing);
 }
 
 }  // namespace kora4::tools
