@@ -77,6 +77,8 @@ TEST(SdkResult, HasAValueExactlyWhenTheCallDidWhatItSays) {
 
 TEST(SdkValue, HoldsEveryAmountExactly) {
     EXPECT_EQ(262151.0, Value(eVolumeLeveler, 262151).Amount());
+    EXPECT_TRUE(Value(eVolumeLeveler, 3).IsWhole() && Value(eIntelligentEQ, 3).IsWhole());
+    EXPECT_FALSE(Value(eDialogEnhancer, 1).IsWhole() || Value(eVirtualizerHP, 1).IsWhole());
     EXPECT_EQ(4294967295u, Value(eVolumeLeveler, 4294967295.0).Raw().m_values.m_volumeSlider);
     EXPECT_EQ(static_cast<double>(0.1f), Value(eDialogEnhancer, 0.1).Amount());
     EXPECT_EQ(3u, Value(eIntelligentEQ, 3.9).Raw().m_values.m_dynamicEQPatchIndex);

@@ -9,24 +9,21 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/profiles.h"
-#include "registry/stored_value.h"
 #include "settings/names.h"
 
 namespace kora4::tools {
 
 namespace {
 
-// A longer name could be stored but not read back.
-constexpr std::size_t cLongestName = cMaxTextBytes / sizeof(wchar_t) - 1;
-
 constexpr char cSeeTable[] = "List the custom profiles: kora4ctl profile table";
 
+// A longer name could be stored but not read back.
 std::wstring StorableName(const std::string& name) {
     std::wstring wide = Widen(name);
-    if (wide.size() > cLongestName)
-        throw BadInput("The name has " + std::to_string(wide.size()) +
-                       " UTF-16 characters; more than " + std::to_string(cLongestName) +
-                       " could not be read back.");
+    if (wide.size() > KORA4_CUSTOM_NAME_MAX_LENGTH)
+        throw BadInput(
+            "The name has " + std::to_string(wide.size()) + " UTF-16 characters; more than " +
+            std::to_string(KORA4_CUSTOM_NAME_MAX_LENGTH) + " could not be read back.");
     return wide;
 }
 

@@ -22,6 +22,11 @@ std::vector<std::string> FrequencyProblems(const Bands& bands);
 // The same about one band; empty when nothing is wrong.
 std::string FrequencyProblem(const Bands& bands, std::size_t index);
 
+// Whether the library takes the gain as it is.
+inline bool IsAllowedGain(float gain) {
+    return gain >= KORA4_GRAPHIC_EQ_MIN_GAIN && gain <= KORA4_GRAPHIC_EQ_MAX_GAIN;
+}
+
 // "-12 to +12", in dB; "1 to 32767 Hz".
 std::string GainRange();
 std::string FrequencyRange();

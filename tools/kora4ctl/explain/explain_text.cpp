@@ -11,10 +11,10 @@
 #include "base/nearest.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "contract/messages/trace_categories.h"
 #include "contract/messages/trace_messages.h"
 #include "contract/messages/trace_writers.h"
 #include "kora4ctl/explain/explain_values.h"
+#include "kora4ctl/explain/trace_word.h"
 
 namespace kora4::tools {
 
@@ -116,14 +116,6 @@ std::optional<std::uint32_t> CodeIn(const std::string& text) {
 
 // --- lines -------------------------------------------------------------------------------
 
-std::vector<std::string> CategoriesOf(std::uint32_t mask) {
-    std::vector<std::string> names;
-    for (const contract::TraceBits& category : contract::cTraceCategories)
-        if ((category.bits & mask) != 0)
-            names.push_back(category.name);
-    return names;
-}
-
 std::string WriterOf(const contract::TraceHead& head, const std::string& function) {
     if (const contract::TraceWriter* const pWriter = contract::FindTraceWriter(function))
         return pWriter->meaning;
@@ -165,7 +157,7 @@ Explanation OfLine(std::string_view input, const contract::TraceHead& head,
         explanation.function = row.function;
     explanation.writer = WriterOf(head, explanation.function);
     explanation.message = row.text;
-    explanation.categories = CategoriesOf(row.mask);
+    explanation.categories = NamesOfCategories(row.mask);
     AddValues(explanation, match.values);
     return explanation;
 }

@@ -53,15 +53,11 @@ std::string NameOfBand(const Bands& bands, std::size_t index) {
            " Hz)";
 }
 
-bool IsAllowed(float gain) {
-    return gain >= cGraphicEQGainMin && gain <= cGraphicEQGainMax;
-}
-
 // The library would limit gains silently.
 Bands Limited(Bands bands, bool isClipped, Output& output) {
     for (std::size_t i = 0; i < bands.size(); ++i) {
         float& gain = bands[i].gain;
-        if (IsAllowed(gain))
+        if (IsAllowedGain(gain))
             continue;
         const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
                                  " dB is outside " + GainRange() + " dB";
@@ -81,7 +77,7 @@ Json DocumentOf(const Equalizer& equalizer) {
         bands.push_back({{"band", i + 1},
                          {"frequency", band.frequency},
                          {"gain", band.gain},
-                         {"inRange", IsAllowed(band.gain)}});
+                         {"inRange", IsAllowedGain(band.gain)}});
     }
     return {{"profile", ProfileName(equalizer.profile)},
             {"on", equalizer.isOn},
@@ -102,7 +98,7 @@ void PrintPicture(const Equalizer& equalizer, Output& output) {
 std::vector<std::string> RowOfBand(const Bands& bands, std::size_t index) {
     const Band& band = bands[index];
     std::string note = FrequencyProblem(bands, index).empty() ? "" : "! bad frequency";
-    if (!IsAllowed(band.gain))
+    if (!IsAllowedGain(band.gain))
         note += note.empty() ? "! out of range" : ", out of range";
     return {std::to_string(index + 1), Decimal(band.frequency) + " Hz",
             SignedGain(band.gain) + " dB", note};

@@ -86,10 +86,7 @@ const char* LevelsWord(HRESULT levels) {
 }
 
 bool AreInRange(const Bands& bands) {
-    const Setting& gains = SettingNamed("graphic-eq.gains");
-    return std::all_of(bands.begin(), bands.end(), [&gains](const Band& band) {
-        return IsInRange(gains, std::vector{band.gain});
-    });
+    return std::ranges::all_of(bands, IsAllowedGain, &Band::gain);
 }
 
 Json TechnologyDocument(const State& state, const TechnologyState& one) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Checks of the library as a client uses it. They run on a thread of their own: a call that
 // hangs must not hang the doctor.
-#include "kora4ctl/doctor/library_checks.h"
+#include "kora4ctl/doctor/checks.h"
 
 #include <algorithm>
 #include <atomic>
