@@ -49,8 +49,9 @@ TEST(SdkStatus, HasNameAndMeaning) {
 }
 
 TEST(SdkStatus, KnowsWhatThePlatformAnswersAroundTheApi) {
-    EXPECT_EQ("REGDB_E_CLASSNOTREG (0x80040154): the library is not registered on this machine",
-              Status(REGDB_E_CLASSNOTREG).Text());
+    EXPECT_EQ(
+        "RPC_E_CHANGED_MODE (0x80010106): the thread is in an apartment of the other kind",
+        Status(RPC_E_CHANGED_MODE).Text());
     EXPECT_STREQ("E_ACCESSDENIED", Status(E_ACCESSDENIED).Name());
     EXPECT_STREQ("access denied", Status(E_ACCESSDENIED).Meaning());
 }
