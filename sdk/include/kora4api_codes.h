@@ -28,25 +28,4 @@
 /* The active profile is not a preset profile: there is nothing to revert. */
 #define KORA4_S_NOT_A_PRESET_PROFILE KORA4_RESULT_CODE(0x00040203)
 
-/* What each result of the methods says, in words that can stand in a sentence. */
-#define KORA4_MEANING_S_OK "done"
-#define KORA4_MEANING_S_FALSE \
-    "what was asked for is absent: no levels published, no such profile to delete"
-#define KORA4_MEANING_DEMO_MODE_ACTIVE                                            \
-    "nothing changed: a demo profile is active that must be left first; or, for " \
-    "RevertFromDemoMode, this object entered no demo"
-#define KORA4_MEANING_NOT_IN_DEMO_PROFILE \
-    "nothing changed: this object entered a demo, but no demo profile is active any more"
-#define KORA4_MEANING_NO_SUCH_CUSTOM_PROFILE \
-    "nothing changed: the custom profile does not exist"
-#define KORA4_MEANING_NOT_A_PRESET_PROFILE \
-    "nothing changed: the active profile is not a preset profile"
-#define KORA4_MEANING_E_POINTER "creating the object with a null out pointer"
-#define KORA4_MEANING_E_FAIL                                                                \
-    "the store failed; the profile exists already, does not exist, or is active; a key to " \
-    "watch is missing"
-#define KORA4_MEANING_E_OUTOFMEMORY "no memory"
-#define KORA4_MEANING_E_INVALIDARG "a null pointer, or a number or value outside its range"
-#define KORA4_MEANING_NOT_INITIALIZED "Initialize has not succeeded yet"
-
 #endif /* KORA4API_CODES_H */

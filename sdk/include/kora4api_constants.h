@@ -71,11 +71,12 @@
 #define KORA4_SPEAKER_VIRTUALIZER_DEFAULT 10.0f
 
 /* Graphic EQ. More bands and gains beyond the limits are limited, not refused. Gains are
- * stored in steps of 1/256 dB, frequencies in whole hertz. The largest number that a
- * frequency's place in the store can hold is the highest frequency. */
+ * stored in equal steps, so many to 1 dB, and frequencies in whole hertz. The largest number
+ * that a frequency's place in the store can hold is the highest frequency. */
 #define KORA4_GRAPHIC_EQ_MAX_BANDS 40
-#define KORA4_GRAPHIC_EQ_MIN_GAIN (-12.0f)      /* dB */
-#define KORA4_GRAPHIC_EQ_MAX_GAIN 12.0f         /* dB */
+#define KORA4_GRAPHIC_EQ_MIN_GAIN (-12.0f) /* dB */
+#define KORA4_GRAPHIC_EQ_MAX_GAIN 12.0f    /* dB */
+#define KORA4_GRAPHIC_EQ_STEPS_PER_DB 256
 #define KORA4_GRAPHIC_EQ_MAX_FREQUENCY 32767.0f /* Hz */
 
 /* ---- Levels of the engine ------------------------------------------------------------- */

@@ -12,6 +12,7 @@
 #include "contract/patch_records.h"
 #include "contract/property_key.h"
 #include "contract/technologies.h"
+#include "kora4api_constants.h"
 
 namespace kora4::fields {
 
@@ -78,7 +79,7 @@ constexpr KORA4FieldDef FlagArray(std::uint16_t pid, std::size_t count, std::siz
 
 // Text scales: frequencies are stored in whole hertz, levels as 1/256 dB.
 inline constexpr std::uint16_t cHertz = 1;
-inline constexpr std::uint16_t cQ8 = 256;
+inline constexpr std::uint16_t cQ8 = KORA4_GRAPHIC_EQ_STEPS_PER_DB;
 
 inline constexpr KORA4FieldDef cVolume[] = {
     Unsigned(pkey::cVolumeAmountPid, offsetof(VolumePatch, amount), defaults::cVolumeAmount),

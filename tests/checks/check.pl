@@ -174,7 +174,7 @@ sub arrows {
         my $number = 0;
         for (lines_of($file)) {
             $number++;
-            next unless /^\s*#\s*include\s*"([^"]+)"/;
+            next unless /^\s*#\s*include\s*(?:"|<(?=kora4))([^">]+)/;
             my ($target, $to) = ($1, module_of($1));
             if ($to) {
                 $used{"$module $to"} = 1;

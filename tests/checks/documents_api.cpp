@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // docs/api.md against the interface definition, the public headers and the library at work.
 #include <gtest/gtest.h>
+#include <kora4/result_codes.hpp>
 
 #include <functional>
 #include <map>
@@ -12,7 +13,6 @@
 #include "contract/display_levels.h"
 #include "contract/field_tables.h"
 #include "contract/patch_limits.h"
-#include "contract/results.h"
 #include "contract/version.h"
 #include "store/clients/ui_keys_client.h"
 #include "support/memory_key_access.h"
@@ -77,7 +77,7 @@ std::string Hexadecimal(std::uint32_t number) {
 
 std::vector<Row> Results(const Document&) {
     std::vector<Row> rows;
-    for (const contract::Result& result : contract::cApiResults)
+    for (const ResultCode& result : cApiResults)
         rows.push_back({Hexadecimal(result.code), result.name, result.meaning});
     return rows;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The published tables and the sources they speak of.
 #include <gtest/gtest.h>
+#include <kora4/result_codes.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -15,7 +16,6 @@
 #include "contract/messages/trace_categories.h"
 #include "contract/messages/trace_messages.h"
 #include "contract/messages/trace_writers.h"
-#include "contract/results.h"
 #include "faults/trace_line_table.h"
 
 namespace kora4::test {
@@ -29,7 +29,7 @@ using contract::TraceMessage;
 TEST(PublishedResults, HaveEveryCodeOfThePublicHeader) {
     for (const char* prefix : {"APOERR_", "KORA4_S_"}) {
         for (const NamedNumber& code : MacrosOf("sdk/include/kora4api_codes.h", prefix)) {
-            const contract::Result* const pResult = contract::FindResult(code.number);
+            const ResultCode* const pResult = FindResult(code.number);
             ASSERT_NE(nullptr, pResult) << code.name;
             EXPECT_EQ(code.name, pResult->name);
         }
@@ -38,24 +38,24 @@ TEST(PublishedResults, HaveEveryCodeOfThePublicHeader) {
 
 template <typename Visit>
 void ForEachResult(Visit visit) {
-    std::ranges::for_each(contract::cApiResults, visit);
-    std::ranges::for_each(contract::cPlatformResults, visit);
+    std::ranges::for_each(cApiResults, visit);
+    std::ranges::for_each(cPlatformResults, visit);
 }
 
 TEST(PublishedResults, AreEachPublishedOnceUnderOneName) {
     std::set<std::uint32_t> codes;
     std::set<std::string> names;
-    ForEachResult([&](const contract::Result& result) {
+    ForEachResult([&](const ResultCode& result) {
         EXPECT_TRUE(codes.insert(result.code).second) << result.name;
         EXPECT_TRUE(names.insert(result.name).second) << result.name;
-        EXPECT_EQ(&result, contract::FindResult(result.code)) << result.name;
+        EXPECT_EQ(&result, FindResult(result.code)) << result.name;
     });
-    EXPECT_EQ(nullptr, contract::FindResult(0x12345678));
+    EXPECT_EQ(nullptr, FindResult(0x12345678));
 }
 
 // Words for people: a meaning that can stand inside a sentence, and whole sentences around it.
 TEST(PublishedResults, SayWhatTheyMeanAndWhy) {
-    ForEachResult([](const contract::Result& result) {
+    ForEachResult([](const ResultCode& result) {
         const std::string meaning = result.meaning, why = result.why, next = result.next;
         EXPECT_FALSE(meaning.empty() || meaning.ends_with('.')) << result.name;
         EXPECT_TRUE(why.ends_with('.')) << result.name;

@@ -48,12 +48,20 @@ TEST(SdkStatus, HasNameAndMeaning) {
               Status(APOERR_NOT_INITIALIZED).Text());
 }
 
+TEST(SdkStatus, KnowsWhatThePlatformAnswersAroundTheApi) {
+    EXPECT_EQ(
+        "RPC_E_CHANGED_MODE (0x80010106): the thread is in an apartment of the other kind",
+        Status(RPC_E_CHANGED_MODE).Text());
+    EXPECT_STREQ("E_ACCESSDENIED", Status(E_ACCESSDENIED).Name());
+    EXPECT_STREQ("access denied", Status(E_ACCESSDENIED).Meaning());
+}
+
 TEST(SdkStatus, GivesThePlatformsWordsForOtherCodes) {
-    const Status denied(E_ACCESSDENIED);
-    EXPECT_STREQ("", denied.Name());
-    EXPECT_STREQ("", denied.Meaning());
-    EXPECT_THAT(denied.Text(), StartsWith("0x80070005: "));
-    EXPECT_LT(std::size("0x80070005: "), denied.Text().size());
+    const Status exists(HRESULT_FROM_WIN32(ERROR_ALREADY_EXISTS));
+    EXPECT_STREQ("", exists.Name());
+    EXPECT_STREQ("", exists.Meaning());
+    EXPECT_THAT(exists.Text(), StartsWith("0x800700B7: "));
+    EXPECT_LT(std::size("0x800700B7: "), exists.Text().size());
     EXPECT_EQ("0xA1234567", Status(static_cast<HRESULT>(0xA1234567)).Text());
 }
 
@@ -70,6 +78,8 @@ TEST(SdkResult, HasAValueExactlyWhenTheCallDidWhatItSays) {
 
 TEST(SdkValue, HoldsEveryAmountExactly) {
     EXPECT_EQ(262151.0, Value(eVolumeLeveler, 262151).Amount());
+    EXPECT_TRUE(Value(eVolumeLeveler, 3).IsWhole() && Value(eIntelligentEQ, 3).IsWhole());
+    EXPECT_FALSE(Value(eDialogEnhancer, 1).IsWhole() || Value(eVirtualizerHP, 1).IsWhole());
     EXPECT_EQ(4294967295u, Value(eVolumeLeveler, 4294967295.0).Raw().m_values.m_volumeSlider);
     EXPECT_EQ(static_cast<double>(0.1f), Value(eDialogEnhancer, 0.1).Amount());
     EXPECT_EQ(3u, Value(eIntelligentEQ, 3.9).Raw().m_values.m_dynamicEQPatchIndex);

@@ -52,31 +52,30 @@ TEST_P(GraphicEqRefusal, SaysWhatAndWhere) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, GraphicEqRefusal,
-    testing::Values(
-        Refused{"", 1, "there is nothing in it"},
-        Refused{"# nothing\n\n", 3, "there is nothing in it"},
-        Refused{"EQ: 20 1", 1, "'EQ:' where 'GraphicEQ:' should be"},
-        Refused{"\nGraphicEQ 20 1", 2, "'GraphicEQ' where 'GraphicEQ:' should be"},
-        Refused{"GraphicEQ:", 1, "there is no band behind 'GraphicEQ:'"},
-        Refused{"GraphicEQ: ; 20 1", 1, "there is no frequency where one should be"},
-        Refused{"GraphicEQ: 20 1;; 30 1", 1, "there is no frequency where one should be"},
-        Refused{"GraphicEQ: 20; 30 1", 1, "there is no gain where one should be"},
-        Refused{"GraphicEQ: 20 1;\n30", 2, "there is no gain where one should be"},
-        Refused{"GraphicEQ: 20 1 30 1", 1, "'30' where ';' should be"},
-        Refused{"GraphicEQ: 20 1,5", 1, "'1,5' is no gain; decimals take a point"},
-        Refused{"GraphicEQ: 20Hz 1", 1, "'20Hz' is no frequency"},
-        Refused{"GraphicEQ: 2e1 1", 1, "'2e1' is no frequency"},
-        Refused{"GraphicEQ: 0x20 1", 1, "'0x20' is no frequency"},
-        Refused{"GraphicEQ: 20 nan", 1, "'nan' is no gain"},
-        Refused{"GraphicEQ: 20 inf", 1, "'inf' is no gain"},
-        Refused{"GraphicEQ: 20 +-1", 1, "'+-1' is no gain"},
-        Refused{"GraphicEQ: 20 +", 1, "'+' is no gain"},
-        Refused{"GraphicEQ: 0 1", 1, "the frequency 0 is not above 0 Hz"},
-        Refused{"GraphicEQ: -20 1", 1, "the frequency -20 is not above 0 Hz"},
-        Refused{"GraphicEQ: 20 1;\n\n20 2", 3,
-                "the frequency 20 is not above 20, the one before"},
-        Refused{"GraphicEQ: 30 1; 20 2", 1,
-                "the frequency 20 is not above 30, the one before"}));
+    testing::Values(Refused{"", 1, "the file is empty"},
+                    Refused{"# nothing\n\n", 3, "the file is empty"},
+                    Refused{"EQ: 20 1", 1, "'EQ:' instead of 'GraphicEQ:'"},
+                    Refused{"\nGraphicEQ 20 1", 2, "'GraphicEQ' instead of 'GraphicEQ:'"},
+                    Refused{"GraphicEQ:", 1, "no bands after 'GraphicEQ:'"},
+                    Refused{"GraphicEQ: ; 20 1", 1, "expected a frequency"},
+                    Refused{"GraphicEQ: 20 1;; 30 1", 1, "expected a frequency"},
+                    Refused{"GraphicEQ: 20; 30 1", 1, "expected a gain"},
+                    Refused{"GraphicEQ: 20 1;\n30", 2, "expected a gain"},
+                    Refused{"GraphicEQ: 20 1 30 1", 1, "'30' instead of ';'"},
+                    Refused{"GraphicEQ: 20 1,5", 1, "'1,5' is not a gain; use a decimal point"},
+                    Refused{"GraphicEQ: 20Hz 1", 1, "'20Hz' is not a frequency"},
+                    Refused{"GraphicEQ: 2e1 1", 1, "'2e1' is not a frequency"},
+                    Refused{"GraphicEQ: 0x20 1", 1, "'0x20' is not a frequency"},
+                    Refused{"GraphicEQ: 20 nan", 1, "'nan' is not a gain"},
+                    Refused{"GraphicEQ: 20 inf", 1, "'inf' is not a gain"},
+                    Refused{"GraphicEQ: 20 +-1", 1, "'+-1' is not a gain"},
+                    Refused{"GraphicEQ: 20 +", 1, "'+' is not a gain"},
+                    Refused{"GraphicEQ: 0 1", 1, "the frequency 0 is not above 0 Hz"},
+                    Refused{"GraphicEQ: -20 1", 1, "the frequency -20 is not above 0 Hz"},
+                    Refused{"GraphicEQ: 20 1;\n\n20 2", 3,
+                            "the frequency 20 is not above 20, the previous one"},
+                    Refused{"GraphicEQ: 30 1; 20 2", 1,
+                            "the frequency 20 is not above 30, the previous one"}));
 
 TEST(GraphicEqText, IsOneLineOfShortestNumbers) {
     EXPECT_EQ("GraphicEQ: 20 -1.5; 31.5 0.1; 16000 12",
@@ -120,6 +119,30 @@ TEST(GraphicEqText, AnythingIsEitherRefusedOrUsable) {
         }
     }
 }
+
+// ---- Curves ---------------------------------------------------------------------------------
+
+TEST(Curve, IsTakenAtTheFrequenciesOfOtherBands) {
+    const Bands curve = {{100, 0}, {1000, 6}, {2000, -2}};
+    const Bands bands = Resample(curve, {{20, 1}, {100, 1}, {1000, 1}, {2000, 1}, {9000, 1}});
+    EXPECT_THAT(bands, ElementsAre(Band{20, 0}, Band{100, 0}, Band{1000, 6}, Band{2000, -2},
+                                   Band{9000, -2}));
+    // Half of the way on a logarithmic scale.
+    EXPECT_THAT(Resample({{100, 0}, {400, 5}}, {{200, 0}}), ElementsAre(Band{200, 2.5f}));
+    EXPECT_THAT(Resample({{100, 3}}, {{50, 0}, {100, 0}, {200, 0}}),
+                ElementsAre(Band{50, 3}, Band{100, 3}, Band{200, 3}));
+    EXPECT_THAT(Resample(curve, {}), IsEmpty());
+}
+
+TEST(Curve, HasGainsThatCanBeStored) {
+    EXPECT_EQ(1.0f / 256, StorableGain(1.4 / 256));
+    EXPECT_EQ(-2.0f / 256, StorableGain(-1.6 / 256));
+    EXPECT_EQ(3.0f, StorableGain(3));
+    const Bands bands = Resample({{100, 0}, {1000, 1}}, {{300, 0}});
+    EXPECT_EQ(122.0f / 256, bands[0].gain);  // log10(3) of 1 dB
+}
+
+// ---- Numbers --------------------------------------------------------------------------------
 
 TEST(DecimalText, IsTheShortestThatReadsBack) {
     EXPECT_EQ("0.33", FormatDecimal(0.33f));

@@ -45,7 +45,7 @@ done
 # What needs no platform, with the compilers of other platforms.
 for standard in 17 20 2b; do
   for compiler in g++ clang++-16; do
-    for header in kora4api_constants.h kora4/equalizer.hpp; do
+    for header in kora4api_constants.h kora4/equalizer.hpp kora4/result_codes.hpp; do
       compile cpp "$header" "$compiler" -std=c++$standard -Wnon-virtual-dtor
     done
   done

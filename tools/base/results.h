@@ -3,11 +3,13 @@
 #ifndef KORA4_BASE_RESULTS_H
 #define KORA4_BASE_RESULTS_H
 
-#include <windows.h>
+#include <kora4/result.hpp>
 
-#include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "base/failure.h"
 
 namespace kora4::tools {
 
@@ -16,14 +18,24 @@ namespace kora4::tools {
 // of them. Never a bare number.
 std::string InWords(HRESULT hr);
 
-// What the platform says of a code, in one line without its full stop; empty when it knows
-// nothing of it.
-std::string PlatformWords(std::uint32_t code);
-
 // Passes S_OK and S_FALSE through. An informational code of the library throws Failure with
 // eRefused, APOERR_NOT_INITIALIZED with eNotReady, E_INVALIDARG with eBadInput, every other
 // failure with eFailed. doing: "reading the active profile".
 HRESULT Check(HRESULT hr, std::string_view doing);
+inline HRESULT Check(const Status& status, std::string_view doing) {
+    return Check(status.Code(), doing);
+}
+
+// What Check throws for that result.
+Failure RefusalOf(HRESULT hr, std::string_view doing);
+
+// The value of a call; without one, what Check throws.
+template <typename T>
+T Check(Result<T> result, std::string_view doing) {
+    if (!result)
+        throw RefusalOf(result.Code(), doing);
+    return *std::move(result);
+}
 
 }  // namespace kora4::tools
 

@@ -65,12 +65,14 @@ Json ParseStrictJson(std::string_view text) {
         const auto* const mistake = dynamic_cast<const Json::parse_error*>(&error);
         if (mistake != nullptr && mistake->byte > text.size())
             throw BadInput("The document is cut off: it ends in the middle.");
-        // Drops the parser's own prefix, "[json.exception...] ".
-        const std::string message = error.what();
-        const std::size_t begin = message.find("] ");
-        throw BadInput("The document is not valid JSON: " +
-                       message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+        throw BadInput("The document is not valid JSON: " + ProblemOf(error) + ".");
     }
+}
+
+std::string ProblemOf(const Json::exception& error) {
+    const std::string message = error.what();
+    const std::size_t begin = message.find("] ");
+    return message.substr(begin == std::string::npos ? 0 : begin + 2);
 }
 
 }  // namespace kora4::tools

@@ -3,6 +3,7 @@
 #ifndef KORA4_BASE_STRICT_JSON_H
 #define KORA4_BASE_STRICT_JSON_H
 
+#include <string>
 #include <string_view>
 
 #include "base/output.h"
@@ -13,6 +14,9 @@ namespace kora4::tools {
 // has a name twice in one object (one of the two values would be lost), or that is nested so
 // deeply that walking over it could take up the stack.
 Json ParseStrictJson(std::string_view text);
+
+// What is wrong, without the prefix of the parser, "[json.exception...] ", and a full stop.
+std::string ProblemOf(const Json::exception& error);
 
 }  // namespace kora4::tools
 

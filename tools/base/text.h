@@ -16,6 +16,10 @@ namespace kora4::tools {
 // Malformed text becomes U+FFFD.
 std::string Narrow(std::wstring_view text);
 std::wstring Widen(std::string_view text);
+// None for none.
+inline std::optional<std::string> NarrowIfAny(const std::optional<std::wstring>& text) {
+    return text ? std::optional(Narrow(*text)) : std::nullopt;
+}
 
 // "0x00040200", "0x3ff": as many digits as `digits`, or as needed with 0.
 std::string Hex(std::uint32_t number, unsigned digits = 8);

@@ -12,36 +12,28 @@ namespace {
 constexpr char cRegister[] =
     "Register the library, as an administrator: kora4ctl register PATH\\QXA64T.dll";
 
-}  // namespace
-
-ApiSession::Apartment::Apartment() {
-    const HRESULT hr = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    if (FAILED(hr))
-        throw Failure(ExitCode::eFailed, "COM cannot be initialised: " + InWords(hr) + ".");
-}
-
-ApiSession::Apartment::~Apartment() {
-    CoUninitialize();
-}
-
-ApiSession::ApiSession() {
-    HRESULT hr = CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_IVeltoKORA4API,
-                                  reinterpret_cast<void**>(m_api.ReleaseAndGetAddressOf()));
-    if (hr == REGDB_E_CLASSNOTREG)
+Api InitialisedIn(const ApartmentGuard& apartment) {
+    if (apartment.Status().HasFailed())
+        throw Failure(ExitCode::eFailed,
+                      "COM cannot be initialised: " + InWords(apartment.Status().Code()) + ".");
+    Result<Api> api = Api::Create();
+    if (api.Code() == REGDB_E_CLASSNOTREG)
         throw Failure(ExitCode::eNotReady, "The library is not registered on this machine.",
                       cRegister);
-    if (FAILED(hr))
+    if (!api)
         throw Failure(ExitCode::eNotReady,
-                      "The registered library cannot be loaded: " + InWords(hr) + ".",
+                      "The registered library cannot be loaded: " + InWords(api.Code()) + ".",
                       "See what is registered: kora4ctl register --check");
-    hr = m_api->Initialize();
-    if (FAILED(hr))
+    if (const Status ready = api->Initialize(); ready.HasFailed())
         throw Failure(ExitCode::eNotReady,
-                      "The library cannot reach its settings: " + InWords(hr) + ".",
+                      "The library cannot reach its settings: " + InWords(ready.Code()) + ".",
                       "Find out why: kora4ctl doctor");
+    return *std::move(api);
 }
 
-ApiSession::~ApiSession() = default;
+}  // namespace
+
+ApiSession::ApiSession()
+    : m_apartment(ApartmentKind::eSingleThreaded), m_api(InitialisedIn(m_apartment)) {}
 
 }  // namespace kora4::tools

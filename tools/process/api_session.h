@@ -3,8 +3,7 @@
 #ifndef KORA4_PROCESS_API_SESSION_H
 #define KORA4_PROCESS_API_SESSION_H
 
-#include <kora4api.h>
-#include <wrl/client.h>
+#include <kora4.hpp>
 
 namespace kora4::tools {
 
@@ -15,22 +14,16 @@ class ApiSession {
     // Failure with eNotReady when the class is not registered, its file cannot be loaded, or
     // the object cannot be initialised.
     ApiSession();
-    ~ApiSession();
     ApiSession(const ApiSession&) = delete;
     ApiSession& operator=(const ApiSession&) = delete;
 
-    IVeltoKORA4API* operator->() const { return m_api.Get(); }
-
-    // The initialised object, for as long as the session lives; no reference is added.
-    IVeltoKORA4API* Get() const { return m_api.Get(); }
+    Api& operator*() { return m_api; }
+    Api* operator->() { return &m_api; }
 
   private:
     // Entered first, left last.
-    struct Apartment {
-        Apartment();
-        ~Apartment();
-    } m_apartment;
-    Microsoft::WRL::ComPtr<IVeltoKORA4API> m_api;
+    const ApartmentGuard m_apartment;
+    Api m_api;
 };
 
 }  // namespace kora4::tools

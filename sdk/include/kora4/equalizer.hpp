@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "kora4api_constants.h"
+
 namespace kora4 {
 inline namespace v1 {
 
@@ -78,16 +80,16 @@ class EqualizerScanner {
 
     ParsedEqualizer Parse() {
         if (IsAtEnd())
-            Refuse("there is nothing in it");
+            Refuse("the file is empty");
         else if (!Takes("graphiceq:"))
-            Refuse("'" + Word() + "' where 'GraphicEQ:' should be");
+            Refuse("'" + Word() + "' instead of 'GraphicEQ:'");
         while (m_parsed.problem.empty() && !IsAtEnd()) {
             ReadBand();
             if (m_parsed.problem.empty() && !IsAtEnd() && !Takes(";"))
-                Refuse("'" + Word() + "' where ';' should be");
+                Refuse("'" + Word() + "' instead of ';'");
         }
         if (m_parsed.problem.empty() && m_parsed.bands.empty())
-            Refuse("there is no band behind 'GraphicEQ:'");
+            Refuse("no bands after 'GraphicEQ:'");
         return std::move(m_parsed);
     }
 
@@ -138,10 +140,10 @@ class EqualizerScanner {
         if (ParseDecimal(word, number))
             return true;
         if (word.empty())
-            Refuse(std::string("there is no ") + what + " where one should be");
+            Refuse(std::string("expected a ") + what);
         else
-            Refuse("'" + word + "' is no " + what +
-                   (word.find(',') == std::string::npos ? "" : "; decimals take a point"));
+            Refuse("'" + word + "' is not a " + what +
+                   (word.find(',') == std::string::npos ? "" : "; use a decimal point"));
         return false;
     }
 
@@ -154,7 +156,8 @@ class EqualizerScanner {
             return Refuse(text + " is not above 0 Hz");
         if (!m_parsed.bands.empty() && band.frequency <= m_parsed.bands.back().frequency)
             return Refuse(text + " is not above " +
-                          FormatDecimal(m_parsed.bands.back().frequency) + ", the one before");
+                          FormatDecimal(m_parsed.bands.back().frequency) +
+                          ", the previous one");
         if (Number("gain", band.gain))
             m_parsed.bands.push_back(band);
     }
@@ -192,6 +195,34 @@ inline std::string FormatGraphicEq(const Bands& bands) {
         text += FormatDecimal(band.frequency) + " " + FormatDecimal(band.gain);
     }
     return text;
+}
+
+// To the nearest gain that can be stored; the library itself cuts off what is finer.
+inline float StorableGain(double gain) noexcept {
+    constexpr double cSteps = KORA4_GRAPHIC_EQ_STEPS_PER_DB;
+    return static_cast<float>(std::round(gain * cSteps) / cSteps);
+}
+
+// The bands of a profile with the gains that a curve has at their frequencies, which can be
+// stored: linear in dB over the logarithm of the frequency, and beyond its ends what it is at
+// the ends. The curve has a band; the frequencies of both are above 0 Hz, the curve's ascend.
+// May throw std::bad_alloc.
+inline Bands Resample(const Bands& curve, Bands bands) {
+    const auto log = [](const Band& band) {
+        return std::log2(static_cast<double>(band.frequency));
+    };
+    for (Band& band : bands) {
+        const auto above = std::find_if(curve.begin(), curve.end(), [&band](const Band& point) {
+            return point.frequency >= band.frequency;
+        });
+        const Band& high = above == curve.end() ? curve.back() : *above;
+        const Band& low = above == curve.begin() || above == curve.end() ? high : *(above - 1);
+        const double span = log(high) - log(low);
+        const double share = span > 0 ? (log(band) - log(low)) / span : 0;
+        const auto from = static_cast<double>(low.gain);
+        band.gain = StorableGain(from + share * (static_cast<double>(high.gain) - from));
+    }
+    return bands;
 }
 
 }  // namespace v1

@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "kora4/result_codes.hpp"
 #include "kora4api.h"
 
 namespace kora4 {
@@ -23,55 +24,28 @@ enum class Outcome {
     eFailed      // a failure: what was to be changed is as it was, where nothing else is said
 };
 
-namespace detail {
-
-// A code of the API with its name and its meaning.
-struct NamedCode {
-    HRESULT code;
-    const char* name;
-    const char* meaning;
-};
-
-inline constexpr NamedCode cNamedCodes[] = {
-    {S_OK, "S_OK", KORA4_MEANING_S_OK},
-    {S_FALSE, "S_FALSE", KORA4_MEANING_S_FALSE},
-    {KORA4_S_DEMO_MODE_ACTIVE, "KORA4_S_DEMO_MODE_ACTIVE", KORA4_MEANING_DEMO_MODE_ACTIVE},
-    {KORA4_S_NOT_IN_DEMO_PROFILE, "KORA4_S_NOT_IN_DEMO_PROFILE",
-     KORA4_MEANING_NOT_IN_DEMO_PROFILE},
-    {KORA4_S_NO_SUCH_CUSTOM_PROFILE, "KORA4_S_NO_SUCH_CUSTOM_PROFILE",
-     KORA4_MEANING_NO_SUCH_CUSTOM_PROFILE},
-    {KORA4_S_NOT_A_PRESET_PROFILE, "KORA4_S_NOT_A_PRESET_PROFILE",
-     KORA4_MEANING_NOT_A_PRESET_PROFILE},
-    {E_POINTER, "E_POINTER", KORA4_MEANING_E_POINTER},
-    {E_FAIL, "E_FAIL", KORA4_MEANING_E_FAIL},
-    {E_OUTOFMEMORY, "E_OUTOFMEMORY", KORA4_MEANING_E_OUTOFMEMORY},
-    {E_INVALIDARG, "E_INVALIDARG", KORA4_MEANING_E_INVALIDARG},
-    {APOERR_NOT_INITIALIZED, "APOERR_NOT_INITIALIZED", KORA4_MEANING_NOT_INITIALIZED},
-};
-
-// Null when the code is none of the API.
-constexpr const NamedCode* FindCode(HRESULT code) noexcept {
-    for (const NamedCode& named : cNamedCodes)
-        if (named.code == code)
-            return &named;
-    return nullptr;
-}
-
-// The platform's words for a code in UTF-8, without line ends; empty when it has none.
-inline std::string SystemMessage(HRESULT code) {
+// What the platform says of a code, in UTF-8, in one line without its full stop; empty when it
+// knows nothing of it. May throw std::bad_alloc.
+inline std::string PlatformWords(std::uint32_t code) {
     wchar_t wide[512];
-    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS |
-                                      FORMAT_MESSAGE_MAX_WIDTH_MASK,
-                                  nullptr, static_cast<DWORD>(code), 0, wide, 512, nullptr);
-    while (length > 0 && wide[length - 1] <= L' ')
-        --length;
+    const auto read = [&wide](std::uint32_t number) {
+        DWORD length =
+            FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS |
+                               FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                           nullptr, number, 0, wide, 512, nullptr);
+        while (length > 0 && (wide[length - 1] <= L' ' || wide[length - 1] == L'.'))
+            --length;
+        return static_cast<int>(length);
+    };
+    int length = read(code);
+    // Some platforms know only the number itself.
+    if (length == 0 && (code & 0xFFFF0000) == cWin32Results)
+        length = read(code & 0xFFFF);
     char narrow[3 * 512];
-    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide, static_cast<int>(length), narrow,
-                                          sizeof narrow, nullptr, nullptr);
+    const int bytes =
+        WideCharToMultiByte(CP_UTF8, 0, wide, length, narrow, sizeof narrow, nullptr, nullptr);
     return std::string(narrow, static_cast<std::size_t>(bytes));
 }
-
-}  // namespace detail
 
 // The outcome of a call. True in a condition when the call did what it says (S_OK) and only
 // then: `if (!status)` also catches the success codes that changed nothing.
@@ -102,27 +76,27 @@ class [[nodiscard]] Status {
     }
     constexpr bool HasFailed() const noexcept { return m_code < 0; }
 
-    // "KORA4_S_DEMO_MODE_ACTIVE"; empty when the code is none of the API.
+    // "KORA4_S_DEMO_MODE_ACTIVE"; empty when FindResult does not know the code.
     constexpr const char* Name() const noexcept {
-        const detail::NamedCode* const named = detail::FindCode(m_code);
-        return named ? named->name : "";
+        const ResultCode* const known = FindResult(CodeOf(m_code));
+        return known ? known->name : "";
     }
 
-    // What the code says, for a person, without a full stop; empty when the code is none of
-    // the API.
+    // What the code says, for a person, without a full stop; empty when FindResult does not
+    // know it.
     constexpr const char* Meaning() const noexcept {
-        const detail::NamedCode* const named = detail::FindCode(m_code);
-        return named ? named->meaning : "";
+        const ResultCode* const known = FindResult(CodeOf(m_code));
+        return known ? known->meaning : "";
     }
 
-    // All of it in UTF-8: "E_FAIL (0x80004005): the store failed; ...". For other codes the
-    // platform's words, in its language. May throw std::bad_alloc.
+    // All of it in UTF-8: "E_FAIL (0x80004005): the store failed; ...". For codes that
+    // FindResult does not know the platform's words, in its language. May throw std::bad_alloc.
     std::string Text() const {
         char number[16];
         std::snprintf(number, sizeof number, "0x%08lX", static_cast<unsigned long>(m_code));
-        if (const detail::NamedCode* const named = detail::FindCode(m_code))
-            return std::string(named->name) + " (" + number + "): " + named->meaning;
-        const std::string words = detail::SystemMessage(m_code);
+        if (const ResultCode* const known = FindResult(CodeOf(m_code)))
+            return std::string(known->name) + " (" + number + "): " + known->meaning;
+        const std::string words = PlatformWords(CodeOf(m_code));
         return words.empty() ? number : number + (": " + words);
     }
 

@@ -71,13 +71,14 @@ class Value {
                          : static_cast<double>(m_value.m_values.m_enhancementSlider);
     }
 
-    const KORA4PatchValueUnion& Raw() const noexcept { return m_value; }
-
-  private:
+    // Whether the technology takes whole numbers only.
     bool IsWhole() const noexcept {
         return m_value.m_technology == eVolumeLeveler || m_value.m_technology == eIntelligentEQ;
     }
 
+    const KORA4PatchValueUnion& Raw() const noexcept { return m_value; }
+
+  private:
     KORA4PatchValueUnion m_value;
 };
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "contract/messages/trace_message.h"
-#include "contract/results.h"
 
 namespace kora4::contract::msg {
 
@@ -14,6 +13,7 @@ inline constexpr char cNullPointer[] =
     "The client passed a null pointer; the method answered E_INVALIDARG and did nothing.";
 inline constexpr char cRefusedValue[] =
     "The value was refused with E_INVALIDARG and nothing was stored.";
+inline constexpr char cPassPointer[] = "Pass a valid pointer.";
 inline constexpr char cSeeLimits[] = "See the limits with 'kora4ctl describe'.";
 inline constexpr char cMasterMaskOrigin[] =
     "The mask stands in the static keys, where the installer of the engine writes it; "
@@ -26,7 +26,7 @@ inline constexpr char cLockUse[] =
 
 // The refusal of a null pointer.
 constexpr TraceMessage NullPointer(const char* function, const char* text, const char* meaning,
-                                   const char* next = detail::cPassPointer) {
+                                   const char* next = cPassPointer) {
     return Message(function, text, "", meaning, cNullPointer, next);
 }
 

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl explain: everything that the library answers and writes is known to it.
+#include <kora4/result_codes.hpp>
+
 #include <fstream>
 #include <iterator>
 
-#include "contract/results.h"
 #include "faults/debug_output.h"
 #include "faults/trace_scenario.h"
 #include "support/trace_capture.h"
@@ -37,9 +38,9 @@ std::string Hex(std::uint32_t code) {
 
 template <typename Action>
 void ForEachResult(Action action) {
-    for (const contract::Result& result : contract::cApiResults)
+    for (const ResultCode& result : cApiResults)
         action(result);
-    for (const contract::Result& result : contract::cPlatformResults)
+    for (const ResultCode& result : cPlatformResults)
         action(result);
 }
 
@@ -59,7 +60,7 @@ std::vector<std::string> Unknown(const std::string& log, std::size_t* pLines) {
 }
 
 TEST(CtlExplain, KnowsEachPublishedCodeByNumberAndByName) {
-    ForEachResult([](const contract::Result& published) {
+    ForEachResult([](const ResultCode& published) {
         const ToolResult byNumber = RunCtl({"explain", Hex(published.code)});
         EXPECT_EQ(cDone, byNumber.exitCode) << byNumber;
         EXPECT_NE(std::string::npos, byNumber.out.find(published.name)) << byNumber;
@@ -77,14 +78,12 @@ TEST(CtlExplain, KnowsEachPublishedCodeByNumberAndByName) {
 
 TEST(CtlExplain, HasTheShapeOfAResultForEachCode) {
     std::string input;
-    ForEachResult([&input](const contract::Result& published) {
-        input += std::string(published.name) + "\n";
-    });
+    ForEachResult(
+        [&input](const ResultCode& published) { input += std::string(published.name) + "\n"; });
     const ToolResult result = RunCtl({"explain", "-", "--json"}, input);
     EXPECT_EQ(cDone, result.exitCode) << result;
     const std::vector<std::string> lines = result.Lines();
-    EXPECT_EQ(std::size(contract::cApiResults) + std::size(contract::cPlatformResults),
-              lines.size());
+    EXPECT_EQ(std::size(cApiResults) + std::size(cPlatformResults), lines.size());
     for (const std::string& line : lines)
         EXPECT_TRUE(HasShape(ParsedJson(line), cResultShape));
     const Json one = ParsedJson(RunCtl({"explain", "40200h", "--json"}).out);

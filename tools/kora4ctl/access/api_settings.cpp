@@ -3,7 +3,6 @@
 #include "kora4ctl/access/api_settings.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "base/failure.h"
 #include "base/results.h"
@@ -20,18 +19,15 @@ namespace {
 // None when there is no such value.
 using Answer = std::optional<Value>;
 using Profile = std::optional<std::uint32_t>;
-using Api = IVeltoKORA4API;
 
 KORA4APITechnology ApiTechnologyOf(const Setting& setting) {
     return static_cast<KORA4APITechnology>(WordOf(setting.technology).apiNumber.value());
 }
 
 // Of methods with one number, in the platform's type for it.
-template <auto method, typename Native, typename Ours>
+template <auto method, typename Ours>
 Answer ReadNumber(const Setting& setting, Profile, Api& api) {
-    Native number{};
-    Check((api.*method)(&number), "Reading " + setting.name);
-    return static_cast<Ours>(number);
+    return static_cast<Ours>(Check((api.*method)(), "Reading " + setting.name));
 }
 
 template <auto method, typename Native, typename Ours>
@@ -40,17 +36,12 @@ void WriteNumber(const Setting& setting, Profile, const Value& value, Api& api) 
 }
 
 Answer ReadVersion(const Setting&, Profile, Api& api) {
-    ULONG numbers[4] = {};
-    Check(api.GetVeltoKORA4Version(&numbers[0], &numbers[1], &numbers[2], &numbers[3]),
-          "Reading the version");
-    return VersionText(numbers);
+    return VersionText(Check(api.GetVeltoKORA4Version(), "Reading the version").numbers);
 }
 
 Answer ReadSwitch(const Setting& setting, Profile, Api& api) {
-    BOOL isOn = FALSE;
-    Check(api.GetTechnologyOnElseOff(ApiTechnologyOf(setting), &isOn),
-          "Reading " + setting.name);
-    return isOn != FALSE;
+    return Check(api.GetTechnologyOnElseOff(ApiTechnologyOf(setting)),
+                 "Reading " + setting.name);
 }
 
 void WriteSwitch(const Setting& setting, Profile, const Value& value, Api& api) {
@@ -58,72 +49,57 @@ void WriteSwitch(const Setting& setting, Profile, const Value& value, Api& api) 
           "Setting " + setting.name);
 }
 
-// The members of the union lie on top of one another: a number or a float.
 Answer ReadPatch(const Setting& setting, Profile, Api& api) {
-    KORA4PatchValueUnion patch = {};
-    patch.m_technology = ApiTechnologyOf(setting);
-    Check(api.GetSimplePatchValue(&patch), "Reading " + setting.name);
-    if (setting.kind == Kind::eFloat)
-        return patch.m_values.m_enhancementSlider;
-    return static_cast<std::uint32_t>(patch.m_values.m_volumeSlider);
+    return ContentOf(
+        Check(api.GetSimplePatchValue(ApiTechnologyOf(setting)), "Reading " + setting.name));
 }
 
 void WritePatch(const Setting& setting, Profile, const Value& value, Api& api) {
-    KORA4PatchValueUnion patch = {};
-    patch.m_technology = ApiTechnologyOf(setting);
-    if (const float* amount = std::get_if<float>(&value))
-        patch.m_values.m_enhancementSlider = *amount;
-    else
-        patch.m_values.m_volumeSlider = std::get<std::uint32_t>(value);
-    Check(api.SetSimplePatchValue(&patch), "Setting " + setting.name);
+    const float* const amount = std::get_if<float>(&value);
+    const kora4::Value wanted(ApiTechnologyOf(setting),
+                              amount != nullptr
+                                  ? static_cast<double>(*amount)
+                                  : static_cast<double>(std::get<std::uint32_t>(value)));
+    Check(api.SetSimplePatchValue(wanted), "Setting " + setting.name);
 }
 
-GraphicEQData ReadEq(const Setting& setting, Api& api) {
-    GraphicEQData eq = {};
-    Check(api.GetGraphicEQData(&eq), "Reading " + setting.name);
-    return eq;
-}
-
-Answer ReadFrequencies(const Setting& setting, Profile, Api& api) {
-    const GraphicEQData eq = ReadEq(setting, api);
-    return std::vector<float>(eq.m_freq, eq.m_freq + eq.m_bands);
-}
-
-Answer ReadGains(const Setting& setting, Profile, Api& api) {
-    const GraphicEQData eq = ReadEq(setting, api);
-    return std::vector<float>(eq.m_gain, eq.m_gain + eq.m_bands);
+template <auto member>
+Answer ReadBands(const Setting& setting, Profile, Api& api) {
+    std::vector<float> numbers;
+    for (const Band& band : Check(api.GetGraphicEQData(), "Reading " + setting.name))
+        numbers.push_back(band.*member);
+    return numbers;
 }
 
 void WriteFrequencies(const Setting& setting, Profile, const Value& value, Api& api) {
     const auto& wanted = std::get<std::vector<float>>(value);
     // The library would store other frequencies as something else.
     for (const float frequency : wanted) {
-        if (frequency < 1 || frequency > cHighestFrequency)
+        if (frequency < 1 || frequency > KORA4_GRAPHIC_EQ_MAX_FREQUENCY)
             throw BadInput("Invalid value '" + Decimal(frequency) + "' for '" + setting.name +
                            "': frequencies range from " + FrequencyRange() + ".");
     }
-    GraphicEQData eq = ReadEq(setting, api);
-    eq.m_bands = static_cast<ULONG>(std::min(wanted.size(), std::size(eq.m_freq)));
-    std::copy_n(wanted.begin(), eq.m_bands, eq.m_freq);
-    Check(api.SetGraphicEQData(&eq), "Setting " + setting.name);
+    Bands bands = Check(api.GetGraphicEQData(), "Reading " + setting.name);
+    bands.resize(std::min<std::size_t>(wanted.size(), KORA4_GRAPHIC_EQ_MAX_BANDS));
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i].frequency = wanted[i];
+    Check(api.SetGraphicEQData(bands), "Setting " + setting.name);
 }
 
 void WriteGains(const Setting& setting, Profile, const Value& value, Api& api) {
     const auto& wanted = std::get<std::vector<float>>(value);
-    GraphicEQData eq = ReadEq(setting, api);
-    if (wanted.size() != eq.m_bands)
-        throw BadInput("Expected " + std::to_string(eq.m_bands) + " gains, got " +
+    Bands bands = Check(api.GetGraphicEQData(), "Reading " + setting.name);
+    if (wanted.size() != bands.size())
+        throw BadInput("Expected " + std::to_string(bands.size()) + " gains, got " +
                            std::to_string(wanted.size()) + ".",
                        "Change the frequencies first, or use 'kora4ctl eq import'.");
-    std::copy(wanted.begin(), wanted.end(), eq.m_gain);
-    Check(api.SetGraphicEQData(&eq), "Setting " + setting.name);
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i].gain = wanted[i];
+    Check(api.SetGraphicEQData(bands), "Setting " + setting.name);
 }
 
-std::uint32_t ProfileOf(Profile named, Api& api) {
-    LONG active = 0;
-    if (!named)
-        Check(api.GetActiveProfile(&active), "Reading the active profile");
-    return named ? *named : static_cast<std::uint32_t>(active);
+std::uint32_t ProfileOf(Profile named, const Api& api) {
+    return named ? *named : ActiveProfile(api);
 }
 
 Answer ReadName(const Setting&, Profile named, Api& api) {
@@ -139,27 +115,24 @@ void WriteName(const Setting&, Profile named, const Value& value, Api& api) {
 
 template <auto method>
 Answer ReadCommand(const Setting& setting, Profile, Api& api) {
-    LPWSTR text = nullptr;
-    Check((api.*method)(&text), "Reading " + setting.name);
-    return TakeText(text);
+    return NarrowIfAny(Check((api.*method)(), "Reading " + setting.name));
 }
 
 // By methods; null where there are none that write.
 struct Row {
     ApiMethods methods;
-    Answer (*read)(const Setting&, Profile, IVeltoKORA4API&);
-    void (*write)(const Setting&, Profile, const Value&, IVeltoKORA4API&) = nullptr;
+    Answer (*read)(const Setting&, Profile, Api&);
+    void (*write)(const Setting&, Profile, const Value&, Api&) = nullptr;
 };
 constexpr Row cRows[] = {
-    {ApiMethods::eActiveProfile, ReadNumber<&Api::GetActiveProfile, LONG, std::uint32_t>,
+    {ApiMethods::eActiveProfile, ReadNumber<&Api::GetActiveProfile, std::uint32_t>,
      WriteNumber<&Api::SetActiveProfile, LONG, std::uint32_t>},
-    {ApiMethods::eEnable, ReadNumber<&Api::GetVeltoEnable, BOOL, bool>,
-     WriteNumber<&Api::SetVeltoEnable, BOOL, bool>},
+    {ApiMethods::eEnable, ReadNumber<&Api::GetVeltoEnable, bool>,
+     WriteNumber<&Api::SetVeltoEnable, bool, bool>},
     {ApiMethods::eSamplingPeriod,
-     ReadNumber<&Api::GetVisualizationSamplingPeriod, ULONG, std::uint32_t>,
+     ReadNumber<&Api::GetVisualizationSamplingPeriod, std::uint32_t>,
      WriteNumber<&Api::SetVisualizationSamplingPeriod, ULONG, std::uint32_t>},
-    {ApiMethods::eEngineMask,
-     ReadNumber<&Api::GetTechnologyMasterEnables, ULONG, std::uint32_t>},
+    {ApiMethods::eEngineMask, ReadNumber<&Api::GetTechnologyMasterEnables, std::uint32_t>},
     {ApiMethods::eEditorCommand, ReadCommand<&Api::GetVeltoProfileEditorCommand>},
     {ApiMethods::eSelectorCommand, ReadCommand<&Api::GetVeltoProfileSelectorCommand>},
     {ApiMethods::eDemoCommand, ReadCommand<&Api::GetVeltoDemoAppCommand>},
@@ -167,9 +140,9 @@ constexpr Row cRows[] = {
     {ApiMethods::eProfileName, ReadName, WriteName},
     {ApiMethods::eSwitch, ReadSwitch, WriteSwitch},
     {ApiMethods::ePatchValue, ReadPatch, WritePatch},
-    {ApiMethods::eFrequencies, ReadFrequencies, WriteFrequencies},
-    {ApiMethods::eGains, ReadGains, WriteGains},
-    {ApiMethods::eBands, ReadGains},
+    {ApiMethods::eFrequencies, ReadBands<&Band::frequency>, WriteFrequencies},
+    {ApiMethods::eGains, ReadBands<&Band::gain>, WriteGains},
+    {ApiMethods::eBands, ReadBands<&Band::gain>},
 };
 
 const Row& RowOf(const Setting& setting) {
@@ -182,14 +155,23 @@ const Row& RowOf(const Setting& setting) {
 
 }  // namespace
 
-std::optional<Value> ReadThroughApi(const Setting& setting, Profile profile,
-                                    const ApiSession& api) {
-    return RowOf(setting).read(setting, profile, *api.Get());
+std::uint32_t ActiveProfile(const Api& api) {
+    return static_cast<std::uint32_t>(
+        Check(api.GetActiveProfile(), "Reading the active profile"));
 }
 
-void WriteThroughApi(const Setting& setting, Profile profile, const Value& value,
-                     const ApiSession& api) {
-    RowOf(setting).write(setting, profile, value, *api.Get());
+Value ContentOf(const kora4::Value& value) {
+    if (value.IsWhole())
+        return static_cast<std::uint32_t>(value.Amount());
+    return static_cast<float>(value.Amount());
+}
+
+std::optional<Value> ReadThroughApi(const Setting& setting, Profile profile, Api& api) {
+    return RowOf(setting).read(setting, profile, api);
+}
+
+void WriteThroughApi(const Setting& setting, Profile profile, const Value& value, Api& api) {
+    RowOf(setting).write(setting, profile, value, api);
 }
 
 }  // namespace kora4::tools

@@ -3,28 +3,27 @@
 // each gets its own words.
 #include "kora4ctl/access/profile_names.h"
 
+#include <algorithm>
+
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/profiles.h"
-#include "registry/stored_value.h"
 #include "settings/names.h"
 
 namespace kora4::tools {
 
 namespace {
 
-// A longer name could be stored but not read back.
-constexpr std::size_t cLongestName = cMaxTextBytes / sizeof(wchar_t) - 1;
-
 constexpr char cSeeTable[] = "List the custom profiles: kora4ctl profile table";
 
+// A longer name could be stored but not read back.
 std::wstring StorableName(const std::string& name) {
     std::wstring wide = Widen(name);
-    if (wide.size() > cLongestName)
-        throw BadInput("The name has " + std::to_string(wide.size()) +
-                       " UTF-16 characters; more than " + std::to_string(cLongestName) +
-                       " could not be read back.");
+    if (wide.size() > KORA4_CUSTOM_NAME_MAX_LENGTH)
+        throw BadInput(
+            "The name has " + std::to_string(wide.size()) + " UTF-16 characters; more than " +
+            std::to_string(KORA4_CUSTOM_NAME_MAX_LENGTH) + " could not be read back.");
     return wide;
 }
 
@@ -32,19 +31,11 @@ std::wstring StorableName(const std::string& name) {
     throw Failure(ExitCode::eFailed, what, next);
 }
 
-bool Exists(std::uint32_t profile, IVeltoKORA4API& api) {
+bool Exists(std::uint32_t profile, const Api& api) {
     return ReadProfileNames(api)[profile].has_value();
 }
 
 }  // namespace
-
-std::optional<std::string> TakeText(LPWSTR text) {
-    if (text == nullptr)
-        return std::nullopt;
-    std::string narrow = Narrow(text);
-    CoTaskMemFree(text);
-    return narrow;
-}
 
 void CheckIsCustom(std::uint32_t profile) {
     if (!IsCustomProfile(profile))
@@ -53,26 +44,23 @@ void CheckIsCustom(std::uint32_t profile) {
                            " have names and can be created, renamed and deleted.");
 }
 
-ProfileTable ReadProfileNames(IVeltoKORA4API& api) {
-    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
-    const HRESULT hr = api.GetProfileTable(names);
-    // A failed call hands out the names before the one that it could not read.
-    ProfileTable table;
-    for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = TakeText(names[i]);
-    if (hr == E_FAIL)
+ProfileTable ReadProfileNames(const Api& api) {
+    const Result<kora4::ProfileTable> names = api.GetProfileTable();
+    if (names.Code() == E_FAIL)
         Fail(
             "The names of the custom profiles cannot be read: a stored one is not "
             "readable.",
             "Find it with 'kora4ctl lint', repair it with 'kora4ctl lint --fix'.");
-    Check(hr, "Reading the table of profiles");
+    ProfileTable table;
+    std::ranges::transform(Check(names, "Reading the table of profiles"), table.begin(),
+                           NarrowIfAny);
     return table;
 }
 
-void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
+void CreateProfile(std::uint32_t profile, const std::string& name, Api& api) {
     CheckIsCustom(profile);
     const HRESULT hr =
-        api.CreateCustomProfile(static_cast<LONG>(profile), StorableName(name).c_str());
+        api.CreateCustomProfile(static_cast<LONG>(profile), StorableName(name)).Code();
     if (hr == E_FAIL && Exists(profile, api))
         Fail(ProfileName(profile) + " already exists, as '" +
                  ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
@@ -80,26 +68,24 @@ void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4AP
     Check(hr, "Creating " + ProfileName(profile));
 }
 
-void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api) {
+void RenameProfile(std::uint32_t profile, const std::string& name, Api& api) {
     CheckIsCustom(profile);
     const HRESULT hr =
-        api.SetCustomProfileName(static_cast<LONG>(profile), StorableName(name).c_str());
+        api.SetCustomProfileName(static_cast<LONG>(profile), StorableName(name)).Code();
     if (hr == E_FAIL && !Exists(profile, api))
         Fail(ProfileName(profile) + " does not exist; nothing was changed.",
              "Create it: kora4ctl profile create " + ProfileName(profile) + " NAME");
     Check(hr, "Renaming " + ProfileName(profile));
 }
 
-void DeleteProfile(std::uint32_t profile, IVeltoKORA4API& api) {
+void DeleteProfile(std::uint32_t profile, Api& api) {
     CheckIsCustom(profile);
-    const HRESULT hr = api.DeleteCustomProfile(static_cast<LONG>(profile));
+    const HRESULT hr = api.DeleteCustomProfile(static_cast<LONG>(profile)).Code();
     if (hr == S_FALSE)
         throw Failure(ExitCode::eRefused,
                       ProfileName(profile) + " does not exist; nothing was changed.",
                       cSeeTable);
-    LONG active = -1;
-    if (hr == E_FAIL && api.GetActiveProfile(&active) == S_OK &&
-        active == static_cast<LONG>(profile))
+    if (hr == E_FAIL && api.GetActiveProfile().ValueOr(-1) == static_cast<LONG>(profile))
         Fail(ProfileName(profile) + " is the active profile and cannot be deleted.",
              "Select another first: kora4ctl profile use music");
     Check(hr, "Deleting " + ProfileName(profile));

@@ -3,7 +3,7 @@
 #ifndef KORA4_KORA4CTL_ACCESS_PROFILE_NAMES_H
 #define KORA4_KORA4CTL_ACCESS_PROFILE_NAMES_H
 
-#include <kora4api.h>
+#include <kora4.hpp>
 
 #include <array>
 #include <cstdint>
@@ -17,19 +17,16 @@ namespace kora4::tools {
 using ProfileTable = std::array<std::optional<std::string>, KORA4_PROFILE_TABLE_ENTRIES>;
 
 // The names of all custom profiles that exist. Failure with eFailed when one cannot be read.
-ProfileTable ReadProfileNames(IVeltoKORA4API& api);
+ProfileTable ReadProfileNames(const Api& api);
 
 // Failure with eBadInput for a profile other than p1 to p6.
 void CheckIsCustom(std::uint32_t profile);
 
 // Each does what the library's method of that name does, and explains its E_FAIL by the state
 // of the profile. Failure with eBadInput for a name that is too long to be read back.
-void CreateProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api);
-void RenameProfile(std::uint32_t profile, const std::string& name, IVeltoKORA4API& api);
-void DeleteProfile(std::uint32_t profile, IVeltoKORA4API& api);
-
-// Takes over a text that the library allocated. None for null.
-std::optional<std::string> TakeText(LPWSTR text);
+void CreateProfile(std::uint32_t profile, const std::string& name, Api& api);
+void RenameProfile(std::uint32_t profile, const std::string& name, Api& api);
+void DeleteProfile(std::uint32_t profile, Api& api);
 
 }  // namespace kora4::tools
 

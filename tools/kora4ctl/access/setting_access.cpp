@@ -102,18 +102,16 @@ void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named
                       "Check both with 'kora4ctl profile show'.");
 }
 
-ApiSession& SettingAccess::Api() {
+Api& SettingAccess::Api() {
     if (!m_api) {
         WaitForStore(m_context);
         m_api.emplace();
     }
-    return *m_api;
+    return **m_api;
 }
 
 std::uint32_t SettingAccess::ActiveProfile() {
-    LONG profile = 0;
-    Check(Api()->GetActiveProfile(&profile), "Reading the active profile");
-    return static_cast<std::uint32_t>(profile);
+    return tools::ActiveProfile(Api());
 }
 
 Way SettingAccess::WayOf(const Setting& setting, std::optional<std::uint32_t> profile) {
@@ -224,9 +222,8 @@ Change SettingAccess::Toggle(const Setting& setting, std::optional<std::uint32_t
                              Detail detail) {
     // One step for the library, however many clients toggle at a time.
     if (setting.methods == ApiMethods::eEnable) {
-        BOOL isOn = FALSE;
-        Check(Api()->ToggleVeltoEnable(&isOn), "Toggling the master enable");
-        return {Value(isOn == FALSE), Read(setting, profile, detail)};
+        const bool isOn = Check(Api().ToggleVeltoEnable(), "Toggling the master enable");
+        return {Value(!isOn), Read(setting, profile, detail)};
     }
     const Reading before = Read(setting, profile, Detail::eValue);
     const bool isOn = before.value && std::get<bool>(*before.value);

@@ -78,8 +78,8 @@ class SettingAccess {
     // Whether the interface serves this setting of this profile.
     Way WayOf(const Setting& setting, std::optional<std::uint32_t> profile);
 
-    // The session, opened on first use. Failure with eNotReady when that is not possible.
-    ApiSession& Api();
+    // The object, made on first use. Failure with eNotReady when that is not possible.
+    kora4::Api& Api();
     // Asked of the library; any number that is stored.
     std::uint32_t ActiveProfile();
     HeldStore Store(OpenMode mode) const { return HeldStore(m_context, mode); }

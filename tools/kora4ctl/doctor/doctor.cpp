@@ -6,11 +6,7 @@
 #include <new>
 
 #include "base/failure.h"
-#include "kora4ctl/doctor/access_check.h"
-#include "kora4ctl/doctor/engine_checks.h"
-#include "kora4ctl/doctor/library_checks.h"
-#include "kora4ctl/doctor/machine_checks.h"
-#include "kora4ctl/doctor/store_checks.h"
+#include "kora4ctl/doctor/checks.h"
 
 namespace kora4::tools {
 namespace {

@@ -41,12 +41,14 @@ struct CheckResult : Diagnosis {
 // A check whose needs are not met is not run.
 enum Needs : unsigned { eNothing = 0, eStore = 1, eMutex = 2, eLibrary = 4, eDeep = 8 };
 
+using DoctorCheckRun = CheckResult(Examination& examination);
+
 // One row of the table of checks.
 struct DoctorCheck {
     const char* name;
     const char* summary;  // for --help
     unsigned needs;
-    CheckResult (*run)(Examination& examination);
+    DoctorCheckRun* run;
 };
 
 // In the order in which they run.

@@ -3,8 +3,6 @@
 // for any other.
 #include "kora4ctl/equalizer/equalizer_access.h"
 
-#include <algorithm>
-
 #include "base/results.h"
 #include "contract/field_ids.h"
 #include "contract/patch_records.h"
@@ -67,15 +65,10 @@ Equalizer ReadEqualizer(SettingAccess& access, std::optional<std::uint32_t> prof
     if (!IsServedByApi(access, profile))
         return ReadStored(access, *profile);
     Equalizer equalizer;
-    GraphicEQData eq = {};
-    BOOL isOn = FALSE;
-    Check(access.Api()->GetGraphicEQData(&eq), "Reading the graphic equalizer");
-    Check(access.Api()->GetTechnologyOnElseOff(eGraphicEQ, &isOn),
-          "Reading the switch of the graphic equalizer");
+    equalizer.bands = Check(access.Api().GetGraphicEQData(), "Reading the graphic equalizer");
+    equalizer.isOn = Check(access.Api().GetTechnologyOnElseOff(eGraphicEQ),
+                           "Reading the switch of the graphic equalizer");
     equalizer.profile = profile ? *profile : access.ActiveProfile();
-    equalizer.isOn = isOn != FALSE;
-    for (ULONG i = 0; i < std::min<ULONG>(eq.m_bands, cMaxArrayElements); ++i)
-        equalizer.bands.push_back({eq.m_freq[i], eq.m_gain[i]});
     return equalizer;
 }
 
@@ -85,13 +78,7 @@ void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
         WriteStored(access, *profile, bands);
         return;
     }
-    GraphicEQData eq = {};
-    eq.m_bands = static_cast<ULONG>(bands.size());
-    for (std::size_t i = 0; i < bands.size(); ++i) {
-        eq.m_freq[i] = bands[i].frequency;
-        eq.m_gain[i] = bands[i].gain;
-    }
-    Check(access.Api()->SetGraphicEQData(&eq), "Setting the graphic equalizer");
+    Check(access.Api().SetGraphicEQData(bands), "Setting the graphic equalizer");
     CheckWasSet(access.ActiveProfile(), profile);
 }
 

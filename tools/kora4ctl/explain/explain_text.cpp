@@ -3,17 +3,18 @@
 // known of it.
 #include "kora4ctl/explain/explain_text.h"
 
+#include <kora4/result.hpp>
+
 #include <algorithm>
 #include <set>
 
 #include "base/nearest.h"
 #include "base/results.h"
 #include "base/text.h"
-#include "contract/messages/trace_categories.h"
 #include "contract/messages/trace_messages.h"
 #include "contract/messages/trace_writers.h"
-#include "contract/results.h"
 #include "kora4ctl/explain/explain_values.h"
+#include "kora4ctl/explain/trace_word.h"
 
 namespace kora4::tools {
 
@@ -44,14 +45,13 @@ std::vector<std::string> WordsOf(std::string_view text, std::string_view charact
 
 template <typename Visit>
 void ForEachResult(Visit visit) {
-    std::for_each(std::begin(contract::cApiResults), std::end(contract::cApiResults), visit);
-    std::for_each(std::begin(contract::cPlatformResults), std::end(contract::cPlatformResults),
-                  visit);
+    std::for_each(std::begin(cApiResults), std::end(cApiResults), visit);
+    std::for_each(std::begin(cPlatformResults), std::end(cPlatformResults), visit);
 }
 
 std::optional<std::uint32_t> CodeNamed(const std::string& lower) {
     std::optional<std::uint32_t> code;
-    ForEachResult([&](const contract::Result& result) {
+    ForEachResult([&](const ResultCode& result) {
         if (Lower(result.name) == lower)
             code = result.code;
     });
@@ -68,10 +68,10 @@ std::optional<std::uint32_t> ParseDecimal(std::string_view text) {
         return number;
     const auto hex = text.size() == 8 ? NumberIn(text, 16) : std::nullopt;
     // Digits like 80004005 are more often a code copied without its 0x than a decimal number.
-    if (hex && contract::FindResult(*hex) && !(number && contract::FindResult(*number)))
+    if (hex && FindResult(*hex) && !(number && FindResult(*number)))
         return hex;
-    if (number && *number < 0x10000 && !contract::FindResult(*number))
-        return contract::cWin32Results | *number;
+    if (number && *number < 0x10000 && !FindResult(*number))
+        return cWin32Results | *number;
     return number;
 }
 
@@ -80,7 +80,7 @@ Explanation OfCode(std::string_view input, std::uint32_t code) {
     explanation.input = input;
     explanation.kind = Explanation::Kind::eResult;
     explanation.code = code;
-    if (const contract::Result* const pResult = contract::FindResult(code)) {
+    if (const ResultCode* const pResult = FindResult(code)) {
         explanation.isKnown = true;
         explanation.name = pResult->name;
         explanation.meaning = Sentence(pResult->meaning);
@@ -116,14 +116,6 @@ std::optional<std::uint32_t> CodeIn(const std::string& text) {
 
 // --- lines -------------------------------------------------------------------------------
 
-std::vector<std::string> CategoriesOf(std::uint32_t mask) {
-    std::vector<std::string> names;
-    for (const contract::TraceBits& category : contract::cTraceCategories)
-        if ((category.bits & mask) != 0)
-            names.push_back(category.name);
-    return names;
-}
-
 std::string WriterOf(const contract::TraceHead& head, const std::string& function) {
     if (const contract::TraceWriter* const pWriter = contract::FindTraceWriter(function))
         return pWriter->meaning;
@@ -141,7 +133,7 @@ void AddValues(Explanation& explanation, const contract::TraceValues& values) {
     }
     if (!explanation.code)
         return;
-    if (const auto* const pResult = contract::FindResult(*explanation.code)) {
+    if (const auto* const pResult = FindResult(*explanation.code)) {
         explanation.name = pResult->name;
         if (explanation.why.empty())
             explanation.why = pResult->why;
@@ -165,7 +157,7 @@ Explanation OfLine(std::string_view input, const contract::TraceHead& head,
         explanation.function = row.function;
     explanation.writer = WriterOf(head, explanation.function);
     explanation.message = row.text;
-    explanation.categories = CategoriesOf(row.mask);
+    explanation.categories = NamesOfCategories(row.mask);
     AddValues(explanation, match.values);
     return explanation;
 }
@@ -221,7 +213,7 @@ Explanation OfNothing(std::string_view input, const contract::TraceHead& head) {
     explanation.writer = WriterOf(head, explanation.function);
     if (IsName(input)) {
         std::vector<std::string> names;
-        ForEachResult([&](const contract::Result& result) { names.push_back(result.name); });
+        ForEachResult([&](const ResultCode& result) { names.push_back(result.name); });
         explanation.kind = Explanation::Kind::eResult;
         explanation.meaning = "There is no known result of that name.";
         explanation.nearest = Nearest(input, names);

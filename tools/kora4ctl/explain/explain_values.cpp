@@ -3,14 +3,13 @@
 #include "kora4ctl/explain/explain_values.h"
 
 #include <kora4api.h>
-
-#include <charconv>
+#include <kora4/result_codes.hpp>
 
 #include "base/results.h"
+#include "base/text.h"
 #include "contract/engine_masks.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
-#include "contract/results.h"
 #include "registry/store_access.h"
 #include "settings/names.h"
 #include "settings/schema.h"
@@ -20,23 +19,21 @@ namespace kora4::tools {
 
 namespace {
 
-std::string OfError(std::optional<std::uint32_t> number) {
-    if (!number)
-        return {};
-    if (*number == 0)
-        return "success";
-    return InWords(static_cast<HRESULT>(contract::cWin32Results | (*number & 0xFFFF)));
+std::string OfResult(std::uint32_t code) {
+    return InWords(static_cast<HRESULT>(code));
 }
 
-std::string OfProfile(std::optional<std::uint32_t> number) {
-    if (!number)
-        return {};
-    return IsAllowableProfile(*number) ? ProfileName(*number) : "no profile";
+std::string OfError(std::uint32_t number) {
+    return number == 0 ? "success" : OfResult(cWin32Results | (number & 0xFFFF));
 }
 
-std::string OfTechnology(std::optional<std::uint32_t> number) {
+std::string OfProfile(std::uint32_t number) {
+    return IsAllowableProfile(number) ? ProfileName(number) : "no profile";
+}
+
+std::string OfTechnology(std::uint32_t number) {
     for (const TechnologyWord& technology : AllTechnologies())
-        if (number && technology.apiNumber == number)
+        if (technology.apiNumber == number)
             return technology.word;
     return "no technology";
 }
@@ -64,22 +61,20 @@ std::string OfSwitch(std::string_view text) {
     return "on";
 }
 
-std::string OfMask(std::optional<std::uint32_t> mask) {
-    if (!mask)
-        return {};
-    const char* const pName = NameOfEngine(*mask);
+std::string OfMask(std::uint32_t mask) {
+    const char* const pName = NameOfEngine(mask);
     return pName ? pName : "no known configuration";
 }
 
-std::string OfReason(std::optional<std::uint32_t> reason) {
+std::string OfReason(std::uint32_t reason) {
     constexpr const char* cReasons[] = {"a process detaches", "a process attaches",
                                         "a thread attaches", "a thread detaches"};
-    return reason && *reason < std::size(cReasons) ? cReasons[*reason] : "";
+    return reason < std::size(cReasons) ? cReasons[reason] : "";
 }
 
-std::string OfCurve(std::optional<std::uint32_t> curve) {
+std::string OfCurve(std::uint32_t curve) {
     const std::vector<std::string>& names = CurveNames();
-    return curve && *curve < names.size() ? names[*curve] : "no curve";
+    return curve < names.size() ? names[curve] : "no curve";
 }
 
 // What a value of the store is, in words: "volume-leveler of music", "active profile".
@@ -108,41 +103,43 @@ std::string OfValueName(std::string_view name) {
     return "not a value of the store";
 }
 
+// What kinds of values there are: numbers in a base, and texts.
+struct NumberKind {
+    std::string_view name;
+    int base;
+    std::string (*meaning)(std::uint32_t number);
+};
+constexpr NumberKind cNumberKinds[] = {
+    {"result", 16, OfResult},   {"error", 10, OfError},
+    {"profile", 10, OfProfile}, {"hexadecimal error", 16, OfError},
+    {"mask", 16, OfMask},       {"technology", 10, OfTechnology},
+    {"reason", 16, OfReason},   {"curve", 10, OfCurve}};
+
+struct TextKind {
+    std::string_view name;
+    std::string (*meaning)(std::string_view text);
+};
+constexpr TextKind cTextKinds[] = {
+    {"technology name", OfTechnologyName}, {"switch", OfSwitch}, {"value name", OfValueName}};
+
 }  // namespace
 
 std::optional<std::uint32_t> NumberIn(std::string_view text, int base) {
-    std::int64_t number = 0;
-    const char* const pEnd = text.data() + text.size();
-    const auto [pRead, error] = std::from_chars(text.data(), pEnd, number, base);
-    if (error != std::errc{} || pRead != pEnd || number < (base == 10 ? INT32_MIN : 0) ||
-        number > UINT32_MAX)
+    const auto number = ReadNumber<std::int64_t>(text, base);
+    if (!number || *number < (base == 10 ? INT32_MIN : 0) || *number > UINT32_MAX)
         return {};
-    return static_cast<std::uint32_t>(number);
+    return static_cast<std::uint32_t>(*number);
 }
 
 std::string MeaningOfValue(std::string_view kind, std::string_view text) {
-    if (kind == "result") {
-        const auto code = NumberIn(text, 16);
-        return code ? InWords(static_cast<HRESULT>(*code)) : "";
+    for (const NumberKind& known : cNumberKinds) {
+        const auto number = kind == known.name ? NumberIn(text, known.base) : std::nullopt;
+        if (number)
+            return known.meaning(*number);
     }
-    if (kind == "error" || kind == "hexadecimal error")
-        return OfError(NumberIn(text, kind == "error" ? 10 : 16));
-    if (kind == "profile")
-        return OfProfile(NumberIn(text, 10));
-    if (kind == "technology")
-        return OfTechnology(NumberIn(text, 10));
-    if (kind == "technology name")
-        return OfTechnologyName(text);
-    if (kind == "switch")
-        return OfSwitch(text);
-    if (kind == "mask")
-        return OfMask(NumberIn(text, 16));
-    if (kind == "reason")
-        return OfReason(NumberIn(text, 16));
-    if (kind == "curve")
-        return OfCurve(NumberIn(text, 10));
-    if (kind == "value name")
-        return OfValueName(text);
+    for (const TextKind& known : cTextKinds)
+        if (kind == known.name)
+            return known.meaning(text);
     return {};
 }
 

@@ -45,13 +45,8 @@ std::string ReadFrom(HANDLE file, std::uint64_t offset) {
     LARGE_INTEGER place;
     place.QuadPart = static_cast<LONGLONG>(offset);
     std::string text;
-    if (!SetFilePointerEx(file, place, nullptr, FILE_BEGIN))
-        return text;
-    std::string block(64 * 1024, '\0');
-    for (DWORD count = 0;
-         ReadFile(file, block.data(), static_cast<DWORD>(block.size()), &count, nullptr) &&
-         count != 0;)
-        text.append(block, 0, count);
+    if (SetFilePointerEx(file, place, nullptr, FILE_BEGIN))
+        ReadToEnd(file, text);
     return text;
 }
 

@@ -16,6 +16,14 @@ constexpr const contract::GeneralSetting& cTraceFlags =
 
 }  // namespace
 
+std::vector<std::string> NamesOfCategories(std::uint32_t bits) {
+    std::vector<std::string> names;
+    for (const contract::TraceBits& category : contract::cTraceCategories)
+        if (category.bits & bits)
+            names.emplace_back(category.name);
+    return names;
+}
+
 TraceWord TraceWord::Usual() {
     return TraceWord(trace::eMessages | trace::eResults | trace::eApiEntryExit);
 }
@@ -38,15 +46,6 @@ TraceWord TraceWord::Of(const std::vector<std::string>& categories) {
                            "For the list: kora4ctl trace on --help");
     }
     return word;
-}
-
-std::vector<std::string> TraceWord::CategoryNames() const {
-    std::vector<std::string> names;
-    for (const contract::TraceBits& category : contract::cTraceCategories) {
-        if (m_flags & category.bits && category.bits != trace::eLogFiles)
-            names.emplace_back(category.name);
-    }
-    return names;
 }
 
 std::uint32_t TraceWord::UnknownBits() const {
@@ -76,9 +75,7 @@ void WriteTraceWord(StoreAccess& store, TraceWord word) {
 }
 
 std::vector<std::string> TraceCategoryNames() {
-    std::vector<std::string> names;
-    for (const contract::TraceBits& category : contract::cTraceCategories)
-        names.emplace_back(category.name);
+    std::vector<std::string> names = NamesOfCategories(~0u);
     names.emplace_back(cAllCategories);
     return names;
 }

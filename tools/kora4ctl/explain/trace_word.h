@@ -15,6 +15,9 @@ namespace kora4::tools {
 // Stands for every category but the log files.
 inline constexpr char cAllCategories[] = "all";
 
+// The names of the categories in those bits.
+std::vector<std::string> NamesOfCategories(std::uint32_t bits);
+
 // A flag word. Immutable but for WriteFiles.
 class TraceWord {
   public:
@@ -38,7 +41,9 @@ class TraceWord {
         return (m_flags & trace::eMasterSwitch) == trace::eMasterSwitchOff;
     }
     // Without that of the log files.
-    std::vector<std::string> CategoryNames() const;
+    std::vector<std::string> CategoryNames() const {
+        return NamesOfCategories(m_flags & ~std::uint32_t{trace::eLogFiles});
+    }
     // Bits that mean nothing.
     std::uint32_t UnknownBits() const;
 

@@ -3,13 +3,13 @@
 // change.
 #include "kora4ctl/notifications/notification_listener.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/profiles.h"
+#include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
 #include "settings/names.h"
 #include "settings/setting_values.h"
@@ -37,25 +37,18 @@ void Fill(Notification& told, const char* event, const std::string& name, const 
     }
 }
 
-// The members of the union lie on top of one another: a number or a float.
-Value ValueOf(const KORA4PatchValueUnion& patch) {
-    if (patch.m_technology == eVolumeLeveler || patch.m_technology == eIntelligentEQ)
-        return static_cast<std::uint32_t>(patch.m_values.m_volumeSlider);
-    return patch.m_values.m_enhancementSlider;
-}
-
-void FillBands(Notification& told, const GraphicEQData& eq) {
+void FillBands(Notification& told, const Bands& bands) {
     told.event = told.name = "graphic-eq";
     Json frequencies = Json::array();
     Json gains = Json::array();
-    std::vector<std::string> bands;
-    for (ULONG i = 0; i < std::min<ULONG>(eq.m_bands, KORA4_GRAPHIC_EQ_MAX_BANDS); ++i) {
-        frequencies.push_back(Json::parse(Decimal(eq.m_freq[i])));
-        gains.push_back(Json::parse(Decimal(eq.m_gain[i])));
-        bands.push_back(Decimal(eq.m_freq[i]) + ":" + Decimal(eq.m_gain[i]));
+    std::vector<std::string> texts;
+    for (const auto& [frequency, gain] : bands) {
+        frequencies.push_back(Json::parse(Decimal(frequency)));
+        gains.push_back(Json::parse(Decimal(gain)));
+        texts.push_back(Decimal(frequency) + ":" + Decimal(gain));
     }
     told.value = {{"frequencies", frequencies}, {"gains", gains}};
-    told.text = bands.empty() ? "no bands" : Join(bands, " ");
+    told.text = texts.empty() ? "no bands" : Join(texts, " ");
 }
 
 constexpr char cTableEvent[] = "table";
@@ -74,82 +67,51 @@ void FillTable(Notification& told, const ProfileTable& table) {
 
 }  // namespace
 
-// Keeps what it is told and calls nobody: a call that failed would end the library's monitor,
-// and one that waited would hold up the apartment.
-class NotificationListener::Callback final : public IVeltoKORA4APICallback {
+// Keeps what it is told and calls nobody: a call that waited would hold up the apartment. What
+// finds no memory is lost.
+class NotificationListener::Collector final : public Callback {
   public:
-    STDMETHODIMP QueryInterface(REFIID iid, void** ppv) override {
-        if (!ppv)
-            return E_POINTER;
-        const bool isKnown =
-            IsEqualIID(iid, __uuidof(IUnknown)) || IsEqualIID(iid, IID_IVeltoKORA4APICallback);
-        *ppv = isKnown ? this : nullptr;
-        if (!isKnown)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
-    }
-
-    STDMETHODIMP OnActiveProfileChange(LONG profileID) override {
-        return Keep([=](Notification& told) {
-            Fill(told, "profile", "profile", static_cast<std::uint32_t>(profileID));
-        });
-    }
-    STDMETHODIMP OnEnableStateChange(BOOL onElseOff) override {
-        return Keep(
-            [=](Notification& told) { Fill(told, "enable", "enable", onElseOff != FALSE); });
-    }
-    STDMETHODIMP OnCustomProfileTableChange() override {
-        return Keep([](Notification& told) {
-            told.event = cTableEvent;
-            told.name = "custom-profiles";
-        });
-    }
-    STDMETHODIMP OnTechnologyOnElseOffChange(KORA4APITechnology technology,
-                                             BOOL onElseOff) override {
-        return Keep([=](Notification& told) {
-            Fill(told, "switch", TechnologyName(technology) + ".on", onElseOff != FALSE);
-        });
-    }
-    STDMETHODIMP OnSimplePatchValueChange(KORA4PatchValueUnion* pPatchValue) override {
-        return Keep([=](Notification& told) {
-            Fill(told, "value", TechnologyName(pPatchValue->m_technology),
-                 ValueOf(*pPatchValue));
-        });
-    }
-    STDMETHODIMP OnGraphicEQChange(GraphicEQData* pGraphicData) override {
-        return Keep([=](Notification& told) { FillBands(told, *pGraphicData); });
-    }
-
     bool HasSome() const { return !m_told.empty(); }
     std::vector<Notification> Take() { return std::exchange(m_told, {}); }
 
   private:
-    ~Callback() = default;
-
-    template <typename Filler>
-    HRESULT Keep(Filler fill) {
-        try {
-            Notification told;
-            told.time = Moment::Now();
-            told.tick = GetTickCount64();
-            fill(told);
-            m_told.push_back(std::move(told));
-        } catch (const std::exception&) {
-            // Out of memory: losing this line is better than ending the monitor with a
-            // failure.
-        }
-        return S_OK;
+    void OnProfile(LONG profile) override {
+        Keep([=](Notification& told) {
+            Fill(told, "profile", "profile", static_cast<std::uint32_t>(profile));
+        });
+    }
+    void OnEnable(bool isOn) override {
+        Keep([=](Notification& told) { Fill(told, "enable", "enable", isOn); });
+    }
+    void OnProfileTable() override {
+        Keep([](Notification& told) {
+            told.event = cTableEvent;
+            told.name = "custom-profiles";
+        });
+    }
+    void OnSwitch(KORA4APITechnology technology, bool isOn) override {
+        Keep([=](Notification& told) {
+            Fill(told, "switch", TechnologyName(technology) + ".on", isOn);
+        });
+    }
+    void OnValue(const kora4::Value& value) override {
+        Keep([&](Notification& told) {
+            Fill(told, "value", TechnologyName(value.Technology()), ContentOf(value));
+        });
+    }
+    void OnGraphicEq(const Bands& bands) override {
+        Keep([&](Notification& told) { FillBands(told, bands); });
     }
 
-    ULONG m_references = 1;
+    template <typename Filler>
+    void Keep(Filler fill) {
+        Notification told;
+        told.time = Moment::Now();
+        told.tick = GetTickCount64();
+        fill(told);
+        m_told.push_back(std::move(told));
+    }
+
     std::vector<Notification> m_told;
 };
 
@@ -161,20 +123,19 @@ Json Notification::Document() const {
     return {{"time", time.Iso()}, {"event", event}, {"name", name}, {"value", value}};
 }
 
-NotificationListener::NotificationListener(IVeltoKORA4API& api, HANDLE interrupt)
-    : m_api(api), m_interrupt(interrupt) {
-    m_callback.Attach(new Callback);
-    Check(api.RegisterChangeNotifications(m_callback.Get()), "Registering for notifications");
+NotificationListener::NotificationListener(Api& api, HANDLE interrupt)
+    : m_api(api), m_interrupt(interrupt), m_collector(MakeCallback<Collector>()) {
+    Check(api.RegisterChangeNotifications(m_collector.Get()), "Registering for notifications");
 }
 
 NotificationListener::~NotificationListener() {
-    m_api.UnregisterChangeNotifications();
+    static_cast<void>(m_api.UnregisterChangeNotifications());
 }
 
 Wake NotificationListener::Wait(const Deadline& deadline, std::vector<Notification>& told) {
     const Wake wake =
-        WaitWithMessages(m_interrupt, deadline, [this] { return m_callback->HasSome(); });
-    told = m_callback->Take();
+        WaitWithMessages(m_interrupt, deadline, [this] { return m_collector->HasSome(); });
+    told = m_collector->Take();
     for (Notification& one : told) {
         if (one.event != cTableEvent)
             continue;

@@ -3,8 +3,7 @@
 #ifndef KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H
 #define KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H
 
-#include <kora4api.h>
-#include <wrl/client.h>
+#include <kora4.hpp>
 
 #include <optional>
 #include <string>
@@ -38,7 +37,7 @@ struct Notification {
 class NotificationListener {
   public:
     // Failure when the library refuses.
-    NotificationListener(IVeltoKORA4API& api, HANDLE interrupt);
+    NotificationListener(Api& api, HANDLE interrupt);
     ~NotificationListener();
     NotificationListener(const NotificationListener&) = delete;
     NotificationListener& operator=(const NotificationListener&) = delete;
@@ -47,11 +46,11 @@ class NotificationListener {
     Wake Wait(const Deadline& deadline, std::vector<Notification>& told);
 
   private:
-    class Callback;
+    class Collector;
 
-    IVeltoKORA4API& m_api;
+    Api& m_api;
     const HANDLE m_interrupt;
-    Microsoft::WRL::ComPtr<Callback> m_callback;
+    Microsoft::WRL::ComPtr<Collector> m_collector;
 };
 
 }  // namespace kora4::tools

@@ -303,10 +303,7 @@ Recording ReadRecording(std::string_view text) {
                           failure.Next());
         } catch (const Json::exception& error) {
             // Whatever the checks above let through is still a fault of the file.
-            const std::string message = error.what();
-            const std::size_t begin = message.find("] ");
-            throw BadInput("Line " + std::to_string(number) + ": " +
-                           message.substr(begin == std::string::npos ? 0 : begin + 2) + ".");
+            throw BadInput("Line " + std::to_string(number) + ": " + ProblemOf(error) + ".");
         }
     }
     return reader.Result();

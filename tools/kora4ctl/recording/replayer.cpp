@@ -3,7 +3,6 @@
 #include "kora4ctl/recording/replayer.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -40,15 +39,15 @@ Value ValueOf(const Setting& setting, const Json& value) {
                                         : Value(value.get<std::uint32_t>());
 }
 
-}  // namespace
+// Results of methods do not matter: what a method refuses is written to the store afterwards.
+void Ignore(const Status&) {}
 
-// Results of methods are ignored throughout: what a method refuses is written to the store
-// afterwards.
+}  // namespace
 
 Replayer::Replayer() : m_store(OpenStore(OpenMode::eReadWrite)) {}
 
 void Replayer::Restore(const Json& settings) {
-    m_api->ForceRevertFromDemoMode();
+    Ignore(m_api->ForceRevertFromDemoMode());
     Store(settings);
 }
 
@@ -76,48 +75,41 @@ void Replayer::Create(const Json& table) {
         const LONG profile = static_cast<LONG>(ParseProfile(word));
         const std::wstring wide = Widen(name.get<std::string>());
         // One that exists is renamed, if it has another name.
-        if (FAILED(m_api->CreateCustomProfile(profile, wide.c_str())) &&
+        if (m_api->CreateCustomProfile(profile, wide).HasFailed() &&
             NameOf(profile) != name.get<std::string>())
-            m_api->SetCustomProfileName(profile, wide.c_str());
+            Ignore(m_api->SetCustomProfileName(profile, wide));
     }
 }
 
-// Empty when the name, or one before it, cannot be read.
+// Empty when it, or another one, cannot be read.
 std::string Replayer::NameOf(LONG profile) {
-    LPWSTR names[KORA4_PROFILE_TABLE_ENTRIES] = {};
-    std::string wanted;
-    m_api->GetProfileTable(names);
-    for (LONG i = 0; i < KORA4_PROFILE_TABLE_ENTRIES; ++i) {
-        const std::optional<std::string> name = TakeText(names[i]);
-        if (i == profile)
-            wanted = name.value_or("");
-    }
-    return wanted;
+    const Result<kora4::ProfileTable> names = m_api->GetProfileTable();
+    return names ? Narrow((*names)[static_cast<std::size_t>(profile)].value_or(L"")) : "";
 }
 
 void Replayer::Delete(const Json& table) {
     for (const auto& [word, name] : table.items()) {
         if (name.is_null())
-            m_api->DeleteCustomProfile(static_cast<LONG>(ParseProfile(word)));
+            Ignore(m_api->DeleteCustomProfile(static_cast<LONG>(ParseProfile(word))));
     }
 }
 
 void Replayer::GoTo(const Json& value, bool isEnabled) {
     const std::uint32_t profile = ProfileOf(value);
     if (IsDemoProfile(profile)) {
-        m_api->SetDemoProfileAndEnable(static_cast<LONG>(profile), isEnabled);
+        Ignore(m_api->SetDemoProfileAndEnable(static_cast<LONG>(profile), isEnabled));
         return;
     }
     // Does nothing outside a demo.
-    m_api->ForceRevertFromDemoMode();
-    m_api->SetActiveProfile(static_cast<LONG>(profile));
+    Ignore(m_api->ForceRevertFromDemoMode());
+    Ignore(m_api->SetActiveProfile(static_cast<LONG>(profile)));
 }
 
 void Replayer::Change(const Json& event) {
     const Json& value = event["value"];
     const Setting* const setting = FindSetting(event["name"].get<std::string>());
     if (event["event"] == "enable") {
-        m_api->SetVeltoEnable(value.get<bool>());
+        Ignore(m_api->SetVeltoEnable(value.get<bool>()));
     } else if (event["event"] == "graphic-eq") {
         SetBands(value);
     } else if (event["event"] == "switch") {
@@ -129,26 +121,21 @@ void Replayer::Change(const Json& event) {
 
 void Replayer::Set(const Setting& setting, const Value& value) {
     try {
-        WriteThroughApi(setting, {}, value, m_api);
+        WriteThroughApi(setting, {}, value, *m_api);
     } catch (const Failure&) {
         // The store takes it afterwards.
     }
 }
 
-void Replayer::SetBands(const Json& bands) {
-    GraphicEQData eq{};
-    eq.m_bands = static_cast<ULONG>(std::min(bands["gains"].size(), std::size(eq.m_gain)));
-    for (ULONG i = 0; i < eq.m_bands; ++i) {
-        eq.m_freq[i] = bands["frequencies"][i].get<float>();
-        eq.m_gain[i] = bands["gains"][i].get<float>();
-    }
-    m_api->SetGraphicEQData(&eq);
+void Replayer::SetBands(const Json& told) {
+    Bands bands(told["gains"].size());
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i] = {told["frequencies"][i].get<float>(), told["gains"][i].get<float>()};
+    Ignore(m_api->SetGraphicEQData(bands));
 }
 
 bool Replayer::IsEnabled() {
-    BOOL isOn = TRUE;
-    m_api->GetVeltoEnable(&isOn);
-    return isOn != FALSE;
+    return m_api->GetVeltoEnable().ValueOr(true);
 }
 
 Json Replayer::Stored() {

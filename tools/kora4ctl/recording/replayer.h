@@ -46,7 +46,7 @@ class Replayer {
     Json Stored();
     void Store(const Json& settings);
 
-    const ApiSession m_api;
+    ApiSession m_api;
     const std::unique_ptr<StoreAccess> m_store;
 };
 

@@ -3,8 +3,7 @@
 // with it.
 #include "kora4ctl/registration/registration.h"
 
-#include <kora4api.h>
-#include <wrl/client.h>
+#include <kora4.hpp>
 
 #include <filesystem>
 #include <vector>
@@ -17,8 +16,6 @@
 
 namespace kora4::tools {
 namespace {
-
-using Microsoft::WRL::ComPtr;
 
 // What registration writes that is not in the public header.
 constexpr wchar_t cLibraryName[] = L"QXA64T.dll";
@@ -88,19 +85,15 @@ bool IsSamePath(const std::string& one, const std::string& other) {
 
 // Asks an object, which needs neither the store nor its initialisation for that.
 void AskForVersion(Registration& registration) {
-    const ApartmentScope apartment;
-    ComPtr<IVeltoKORA4API> api;
-    registration.creation = CoCreateInstance(
-        CLSID_VeltoKORA4APITestCoclass, nullptr, CLSCTX_INPROC_SERVER, IID_IVeltoKORA4API,
-        reinterpret_cast<void**>(api.ReleaseAndGetAddressOf()));
-    if (FAILED(registration.creation))
+    const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
+    const Result<Api> api = Api::Create();
+    registration.creation = api.Code();
+    if (!api)
         return;
-    ULONG parts[4] = {};
-    registration.creation =
-        api->GetVeltoKORA4Version(&parts[0], &parts[1], &parts[2], &parts[3]);
-    if (FAILED(registration.creation))
-        return;
-    registration.apiVersion = VersionText(parts);
+    const Result<Version> version = api->GetVeltoKORA4Version();
+    registration.creation = version.Code();
+    if (version)
+        registration.apiVersion = VersionText(version->numbers);
 }
 
 constexpr char cReRegister[] =

@@ -42,22 +42,6 @@ struct Registration {
     bool IsAnythingThere() const { return IsThere() || !appId.empty() || !typeLibrary.empty(); }
 };
 
-// Enters an apartment for the length of a scope; one that the thread is in already serves as
-// well.
-class ApartmentScope {
-  public:
-    ApartmentScope() : m_result(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-    ~ApartmentScope() {
-        if (SUCCEEDED(m_result))
-            CoUninitialize();
-    }
-    ApartmentScope(const ApartmentScope&) = delete;
-    ApartmentScope& operator=(const ApartmentScope&) = delete;
-
-  private:
-    HRESULT m_result;
-};
-
 // The identifier of the class that the library serves, "{16CC6CDB-...}".
 std::string ServedClass();
 

@@ -126,8 +126,8 @@ std::string Words(const Levels& levels, std::size_t width) {
 
 }  // namespace
 
-bool Levels::IsSameAs(const Levels& other) const {
-    return std::memcmp(this, &other, sizeof *this) == 0;
+bool AreSame(const Levels& a, const Levels& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
 std::vector<StyledLine> DrawLevels(const Levels& levels, std::size_t width,

@@ -3,9 +3,8 @@
 #ifndef KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H
 #define KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H
 
-#include <kora4api.h>
+#include <kora4/values.hpp>
 
-#include <array>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -15,14 +14,8 @@
 
 namespace kora4::tools {
 
-// In dB, the lowest band first.
-struct Levels {
-    std::array<float, KORA4_VISUALIZATION_BANDS> gains{};
-    std::array<float, KORA4_VISUALIZATION_BANDS> excitations{};
-
-    // No float equals NaN; a picture with one equals itself all the same.
-    bool IsSameAs(const Levels& other) const;
-};
+// No float equals NaN; a picture with one equals itself all the same.
+bool AreSame(const Levels& a, const Levels& b);
 
 // Two bars a band, gain and excitation, over a scale in dB and the numbers of the bands, with
 // a line of words below. At most that many columns and lines; the bars take what there is.

@@ -26,9 +26,8 @@ struct State {
 };
 
 State ReadState(SettingAccess& access) {
-    BOOL isOn = FALSE;
-    Check(access.Api()->GetVeltoEnable(&isOn), "Reading the master enable");
-    return {access.ActiveProfile(), isOn != FALSE};
+    const bool isOn = Check(access.Api().GetVeltoEnable(), "Reading the master enable");
+    return {access.ActiveProfile(), isOn};
 }
 
 ExitCode Tell(const Context& context, const std::string& what, const State& now) {
@@ -55,7 +54,7 @@ ExitCode Enter(const Context& context, const DemoOptions& options) {
     const std::uint32_t profile = DemoOf(options.profile);
     SettingAccess access(context);
     const HRESULT hr =
-        access.Api()->SetDemoProfileAndEnable(static_cast<LONG>(profile), !options.isOff);
+        access.Api().SetDemoProfileAndEnable(static_cast<LONG>(profile), !options.isOff).Code();
     if (hr == KORA4_S_DEMO_MODE_ACTIVE)
         throw Failure(
             ExitCode::eRefused,
@@ -70,7 +69,7 @@ ExitCode Enter(const Context& context, const DemoOptions& options) {
 ExitCode Leave(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State before = ReadState(access);
-    const HRESULT hr = access.Api()->RevertFromDemoMode();
+    const HRESULT hr = access.Api().RevertFromDemoMode().Code();
     if (hr == KORA4_S_DEMO_MODE_ACTIVE && !IsDemoProfile(before.profile))
         throw Failure(ExitCode::eRefused, "Nothing changed: no demo is active; " +
                                               ProfileName(before.profile) + " is.");
@@ -87,7 +86,7 @@ ExitCode Leave(const Context& context, const NoOptions&) {
 ExitCode ForceLeave(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const State before = ReadState(access);
-    Check(access.Api()->ForceRevertFromDemoMode(), "Leaving the demo");
+    Check(access.Api().ForceRevertFromDemoMode(), "Leaving the demo");
     const std::string what = IsDemoProfile(before.profile)
                                  ? ProfileName(before.profile) + " was left."
                                  : "No demo was active.";

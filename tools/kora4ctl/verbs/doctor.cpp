@@ -54,15 +54,15 @@ void Print(Output& output, const DoctorCheck& check, const CheckResult& result) 
 }
 
 void Append(Json& findings, const DoctorCheck& check, const CheckResult& result) {
-    const auto add = [&](const char* severity, const std::string& what,
-                         const std::string& next) {
-        findings.push_back(
-            {{"check", check.name}, {"severity", severity}, {"what", what}, {"next", next}});
-    };
     if (result.findings.empty())
-        add("ok", result.summary, "");
-    for (const Observation& one : result.findings)
-        add(SeverityName(one.severity), one.what, one.next);
+        findings.push_back({{"check", check.name},
+                            {"severity", "ok"},
+                            {"what", result.summary},
+                            {"next", ""}});
+    for (const Observation& one : result.findings) {
+        findings.push_back({{"check", check.name}});
+        findings.back().update(DocumentOf(one));
+    }
 }
 
 std::string Summary(const Tally& tally) {

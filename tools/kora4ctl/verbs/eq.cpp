@@ -6,7 +6,6 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "contract/field_tables.h"
 #include "contract/patch_limits.h"
 #include "contract/patch_records.h"
 #include "kora4ctl/command_line/verb.h"
@@ -25,8 +24,8 @@ std::string SetHelp() {
            "  eq set 1000=3 4000=-2.5    the stored band nearest to each frequency\n"
            "  eq set --band 3 -2.5       one band, counted from 1\n"
            "Gains are in dB, from " +
-           GainRange() + ", and are stored in steps of 1/" + std::to_string(fields::cQ8) +
-           " dB.\n";
+           GainRange() + ", and are stored in steps of 1/" +
+           std::to_string(KORA4_GRAPHIC_EQ_STEPS_PER_DB) + " dB.\n";
 }
 
 std::string ImportHelp() {
@@ -54,15 +53,11 @@ std::string NameOfBand(const Bands& bands, std::size_t index) {
            " Hz)";
 }
 
-bool IsAllowed(float gain) {
-    return gain >= cGraphicEQGainMin && gain <= cGraphicEQGainMax;
-}
-
 // The library would limit gains silently.
 Bands Limited(Bands bands, bool isClipped, Output& output) {
     for (std::size_t i = 0; i < bands.size(); ++i) {
         float& gain = bands[i].gain;
-        if (IsAllowed(gain))
+        if (IsAllowedGain(gain))
             continue;
         const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
                                  " dB is outside " + GainRange() + " dB";
@@ -82,7 +77,7 @@ Json DocumentOf(const Equalizer& equalizer) {
         bands.push_back({{"band", i + 1},
                          {"frequency", band.frequency},
                          {"gain", band.gain},
-                         {"inRange", IsAllowed(band.gain)}});
+                         {"inRange", IsAllowedGain(band.gain)}});
     }
     return {{"profile", ProfileName(equalizer.profile)},
             {"on", equalizer.isOn},
@@ -103,7 +98,7 @@ void PrintPicture(const Equalizer& equalizer, Output& output) {
 std::vector<std::string> RowOfBand(const Bands& bands, std::size_t index) {
     const Band& band = bands[index];
     std::string note = FrequencyProblem(bands, index).empty() ? "" : "! bad frequency";
-    if (!IsAllowed(band.gain))
+    if (!IsAllowedGain(band.gain))
         note += note.empty() ? "! out of range" : ", out of range";
     return {std::to_string(index + 1), Decimal(band.frequency) + " Hz",
             SignedGain(band.gain) + " dB", note};
@@ -271,7 +266,7 @@ Bands BandsOfFile(const Bands& curve, Output& output) {
     Bands bands = curve;
     for (Band& band : bands) {
         const float stored = std::trunc(band.frequency);
-        if (stored < 1 || stored > cHighestFrequency)
+        if (stored < 1 || stored > KORA4_GRAPHIC_EQ_MAX_FREQUENCY)
             throw BadInput(Decimal(band.frequency) +
                            " Hz cannot be stored: frequencies range from " + FrequencyRange() +
                            ".");
@@ -290,7 +285,7 @@ ExitCode Import(const Context& context, const EqOptions& options) {
                                             "' is not valid for --bands: use 'stored' or "
                                             "'file'.");
     const std::string name = options.file == "-" ? "Standard input" : options.file;
-    const Bands curve = ParseGraphicEq(ReadWholeFile(options.file), name);
+    const Bands curve = BandsOfText(ReadWholeFile(options.file), name);
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     if (options.bands == "file")

@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "base/results.h"
-#include "contract/defaults.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
 #include "kora4ctl/command_line/verb.h"
@@ -46,20 +45,19 @@ struct Look {
     bool IsSameAs(const Look& other) const {
         if (levels.has_value() != other.levels.has_value() || error != other.error)
             return false;
-        return !levels || levels->IsSameAs(*other.levels);
+        return !levels || AreSame(*levels, *other.levels);
     }
     // In place of a picture.
     std::string Message() const { return error.empty() ? cNoLevels : error; }
 };
 
-Look TakeLook(IVeltoKORA4API& api) {
+Look TakeLook(const Api& api) {
+    const Result<Levels> levels = api.GetVisualizationData();
     Look look;
-    Levels levels;
-    const HRESULT hr = api.GetVisualizationData(levels.gains.data(), levels.excitations.data());
-    if (hr == S_OK)
-        look.levels = levels;
-    else if (FAILED(hr))
-        look.error = "the levels cannot be read: " + InWords(hr);
+    if (levels)
+        look.levels = *levels;
+    else if (levels.HasFailed())
+        look.error = "the levels cannot be read: " + InWords(levels.Code());
     return look;
 }
 
@@ -114,22 +112,22 @@ class Display {
 };
 
 // The sampling period may be another one each time.
-double SecondsToNextLook(const Options& options, IVeltoKORA4API& api) {
+double SecondsToNextLook(const Options& options, const Api& api) {
     if (options.fps > 0)
         return 1 / options.fps;
-    ULONG milliseconds = defaults::cSamplingPeriod;
-    api.GetVisualizationSamplingPeriod(&milliseconds);
+    const ULONG milliseconds =
+        api.GetVisualizationSamplingPeriod().ValueOr(KORA4_SAMPLING_PERIOD_DEFAULT);
     return std::clamp(milliseconds / 1000.0, cShortestPeriod, cLongestPeriod);
 }
 
 ExitCode ShowLevels(const Context& context, const Options& options) {
     WaitForStore(context);
-    const ApiSession api;
+    ApiSession api;
     Display display(context.output);
     const Deadline end = options.limits.Start();
     while (!context.output.IsBroken()) {
-        const Deadline next(SecondsToNextLook(options, *api.Get()));
-        display.Show(TakeLook(*api.Get()));
+        const Deadline next(SecondsToNextLook(options, *api));
+        display.Show(TakeLook(*api));
         if (options.limits.IsReached(display.Count()))
             break;
         const Wake wake =

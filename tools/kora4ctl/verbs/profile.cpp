@@ -63,7 +63,7 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
     const std::vector<Reading> readings = access.Read(settings, named, Detail::eStored);
     std::optional<std::string> name;
     if (IsCustomProfile(profile))
-        name = ReadProfileNames(*access.Api().Get())[profile];
+        name = ReadProfileNames(access.Api())[profile];
     Output& output = context.output;
     if (output.json) {
         Json documents = Json::array();
@@ -95,7 +95,7 @@ ExitCode Use(const Context& context, const ProfileOptions& options) {
                        "Enter it with 'kora4ctl demo enter'.");
     SettingAccess access(context);
     const std::uint32_t before = access.ActiveProfile();
-    Check(access.Api()->SetActiveProfile(static_cast<LONG>(profile)),
+    Check(access.Api().SetActiveProfile(static_cast<LONG>(profile)),
           "Making " + ProfileName(profile) + " the active profile");
     const std::string now = ProfileName(access.ActiveProfile());
     return PrintResult(context, "profile: " + ProfileName(before) + " -> " + now,
@@ -105,7 +105,7 @@ ExitCode Use(const Context& context, const ProfileOptions& options) {
 ExitCode Revert(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::string profile = ProfileName(access.ActiveProfile());
-    Check(access.Api()->RevertActiveProfile(), "Reverting " + profile);
+    Check(access.Api().RevertActiveProfile(), "Reverting " + profile);
     return PrintResult(context, profile + " was reset to its factory values.",
                        {{"profile", profile}});
 }
@@ -113,7 +113,7 @@ ExitCode Revert(const Context& context, const NoOptions&) {
 ExitCode Create(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     SettingAccess access(context);
-    CreateProfile(profile, options.name, *access.Api().Get());
+    CreateProfile(profile, options.name, access.Api());
     const std::string from = ProfileName(access.ActiveProfile());
     return PrintResult(
         context,
@@ -125,7 +125,7 @@ ExitCode Rename(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     CheckIsCustom(profile);
     SettingAccess access(context);
-    IVeltoKORA4API& api = *access.Api().Get();
+    Api& api = access.Api();
     const std::optional<std::string> old = ReadProfileNames(api)[profile];
     RenameProfile(profile, options.name, api);
     return PrintResult(
@@ -137,7 +137,7 @@ ExitCode Rename(const Context& context, const ProfileOptions& options) {
 ExitCode Delete(const Context& context, const ProfileOptions& options) {
     const std::uint32_t profile = ParseProfile(options.profile);
     SettingAccess access(context);
-    DeleteProfile(profile, *access.Api().Get());
+    DeleteProfile(profile, access.Api());
     return PrintResult(context, ProfileName(profile) + " was deleted.",
                        {{"profile", ProfileName(profile)}});
 }
@@ -150,7 +150,7 @@ constexpr std::size_t cTableMargin = 36;
 ExitCode Table(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::uint32_t active = access.ActiveProfile();
-    const ProfileTable names = ReadProfileNames(*access.Api().Get());
+    const ProfileTable names = ReadProfileNames(access.Api());
     Output& output = context.output;
     Json documents = Json::array();
     std::vector<std::vector<std::string>> rows;

@@ -99,7 +99,7 @@ class Recorder {
     Recorder(const Context& context, const Options& options)
         : m_limits(options.limits),
           m_lines(options.file, context.output),
-          m_listener(*m_api.Get(), context.interrupt.Event()),
+          m_listener(*m_api, context.interrupt.Event()),
           m_begin(GetTickCount64()),
           m_last(m_snapshots.Take()) {
         m_lines.Add({{"event", "start"},
@@ -162,7 +162,7 @@ class Recorder {
     }
 
     const RunLimits m_limits;
-    const ApiSession m_api;
+    ApiSession m_api;
     Lines m_lines;
     NotificationListener m_listener;
     const Snapshots m_snapshots;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl register, unregister: the library in the machine's registration.
+#include <kora4/activation.hpp>
+
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
@@ -121,7 +123,7 @@ ExitCode Register(const Context& context, const Options& options) {
         FullPath(options.path.empty() ? LibraryBesideTool() : options.path);
     const std::string before = ReadRegistration().path;
     {
-        const ApartmentScope apartment;
+        const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
         const RegistrableLibrary library(path);
         Expect(library.Register(), path, "registered");
     }
@@ -155,7 +157,7 @@ ExitCode Unregister(const Context& context, const Options& options) {
         path = before.path;
     path = FullPath(path);
     if (before.IsAnythingThere()) {
-        const ApartmentScope apartment;
+        const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
         const RegistrableLibrary library(path);
         Expect(library.Unregister(), path, "unregistered");
     }

@@ -48,7 +48,7 @@ Content ValueOf(SettingAccess& access, const char* name) {
     return std::get<Content>(reading.value.value());
 }
 
-std::optional<ProfileTable> NamesIfReadable(IVeltoKORA4API& api) {
+std::optional<ProfileTable> NamesIfReadable(const Api& api) {
     try {
         return ReadProfileNames(api);
     } catch (const Failure&) {
@@ -70,13 +70,10 @@ State ReadState(SettingAccess& access) {
         state.technologies.push_back(one);
     }
     state.bands = ReadEqualizer(access, {}).bands;
-    IVeltoKORA4API& api = *access.Api().Get();
-    state.names = NamesIfReadable(api);
+    state.names = NamesIfReadable(access.Api());
     state.engineMask = ValueOf<std::uint32_t>(access, "engine-mask");
     state.samplingPeriod = ValueOf<std::uint32_t>(access, "sampling-period");
-    float gains[KORA4_VISUALIZATION_BANDS];
-    float excitations[KORA4_VISUALIZATION_BANDS];
-    state.levels = api.GetVisualizationData(gains, excitations);
+    state.levels = access.Api().GetVisualizationData().Code();
     state.version = ValueOf<std::string>(access, "version");
     state.registration = ReadRegistration();
     return state;
@@ -89,10 +86,7 @@ const char* LevelsWord(HRESULT levels) {
 }
 
 bool AreInRange(const Bands& bands) {
-    const Setting& gains = SettingNamed("graphic-eq.gains");
-    return std::all_of(bands.begin(), bands.end(), [&gains](const Band& band) {
-        return IsInRange(gains, std::vector{band.gain});
-    });
+    return std::ranges::all_of(bands, IsAllowedGain, &Band::gain);
 }
 
 Json TechnologyDocument(const State& state, const TechnologyState& one) {

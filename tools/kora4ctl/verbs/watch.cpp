@@ -24,8 +24,8 @@ constexpr char cFooter[] =
 ExitCode Watch(const Context& context, const RunLimits& limits) {
     Output& output = context.output;
     WaitForStore(context);
-    const ApiSession api;
-    NotificationListener listener(*api.Get(), context.interrupt.Event());
+    ApiSession api;
+    NotificationListener listener(*api, context.interrupt.Event());
     const Deadline deadline = limits.Start();
     if (output.json)
         output.PrintJsonLine({{"time", Moment::Now().Iso()}, {"event", "ready"}});

@@ -4,24 +4,22 @@
 #include <windows.h>
 
 #include <kora4api.h>
+#include <kora4/result.hpp>
 
 #include "base/failure.h"
 #include "base/results.h"
-#include "contract/results.h"
 
 namespace kora4::tools {
 namespace {
-
-using contract::FindResult;
 
 // The published numbers are the platform's own, by name.
 #define KORA4_SAME(constant)                                                             \
     EXPECT_STREQ(#constant, FindResult(static_cast<std::uint32_t>(constant)) != nullptr  \
                                 ? FindResult(static_cast<std::uint32_t>(constant))->name \
                                 : "nobody")
-#define KORA4_SAME_ERROR(constant)                                                       \
-    EXPECT_STREQ(#constant, FindResult(contract::cWin32Results | (constant)) != nullptr  \
-                                ? FindResult(contract::cWin32Results | (constant))->name \
+#define KORA4_SAME_ERROR(constant)                                             \
+    EXPECT_STREQ(#constant, FindResult(cWin32Results | (constant)) != nullptr  \
+                                ? FindResult(cWin32Results | (constant))->name \
                                 : "nobody")
 
 TEST(PublishedNames, OfResultsAreThePlatforms) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the doctor says of a check that the user interrupts.
-#include "kora4ctl/doctor/library_checks.h"
+#include "kora4ctl/doctor/checks.h"
 
 #include <gtest/gtest.h>
 

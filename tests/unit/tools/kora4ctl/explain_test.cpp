@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Results and lines of the trace in words.
 #include <gtest/gtest.h>
+#include <kora4/result_codes.hpp>
 
 #include <algorithm>
 
-#include "contract/results.h"
 #include "kora4ctl/explain/explain_text.h"
 #include "kora4ctl/explain/explain_values.h"
 #include "kora4ctl/terminal/text_layout.h"
@@ -59,7 +59,7 @@ TEST(ExplainedCodes, SayMeaningReasonAndNextStep) {
 }
 
 TEST(ExplainedCodes, AreEveryPublishedOneInEachSpelling) {
-    const auto check = [](const contract::Result& result) {
+    const auto check = [](const ResultCode& result) {
         char hex[16];
         std::snprintf(hex, sizeof hex, "0x%08x", static_cast<unsigned>(result.code));
         for (const std::string& spelling :
@@ -71,8 +71,8 @@ TEST(ExplainedCodes, AreEveryPublishedOneInEachSpelling) {
             EXPECT_EQ(result.code, explanation.code) << spelling;
         }
     };
-    std::ranges::for_each(contract::cApiResults, check);
-    std::ranges::for_each(contract::cPlatformResults, check);
+    std::ranges::for_each(cApiResults, check);
+    std::ranges::for_each(cPlatformResults, check);
 }
 
 TEST(ExplainedCodes, OfThePlatformAreInItsWords) {

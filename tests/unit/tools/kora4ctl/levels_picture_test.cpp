@@ -127,8 +127,8 @@ TEST(LevelsPicture, NoNumberIsNullInADocument) {
 
 TEST(LevelsPicture, SameLevelsAreSameAlsoWithoutNumbers) {
     const Levels levels = AllAt(std::numeric_limits<float>::quiet_NaN(), 0);
-    EXPECT_TRUE(levels.IsSameAs(levels));
-    EXPECT_FALSE(levels.IsSameAs(AllAt(0, 0)));
+    EXPECT_TRUE(AreSame(levels, levels));
+    EXPECT_FALSE(AreSame(levels, AllAt(0, 0)));
 }
 
 }  // namespace

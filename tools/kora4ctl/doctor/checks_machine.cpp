@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Checks of what registration leaves on the machine, and of the mutex.
-#include "kora4ctl/doctor/machine_checks.h"
+#include "kora4ctl/doctor/checks.h"
 
 #include "base/failure.h"
 #include "base/results.h"

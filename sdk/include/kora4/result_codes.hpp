@@ -1,17 +1,26 @@
 // SPDX-License-Identifier: MIT
-// The results that a client can see, in words: the library's own codes, and those of the
-// platform that come up around it (creating the object, proxies, apartments, registration).
-#pragma once
+// The results that a client can see, in words: the API's own codes, and those of the platform
+// that come up around it (creating the object, proxies, apartments, registration). Standard
+// C++17 without a platform header: usable alone.
+#ifndef KORA4_RESULT_CODES_HPP
+#define KORA4_RESULT_CODES_HPP
 
 #include <cstddef>
 #include <cstdint>
 
-#include "contract/result.h"
+#if defined(_WIN32)
+typedef long HRESULT;  // the platform's own definition, repeated
+#else
+typedef std::int32_t HRESULT;
+#endif
 
-namespace kora4::contract {
+#include "kora4api_codes.h"
+
+namespace kora4 {
+inline namespace v1 {
 
 // One result code with what a person needs to know about it.
-struct Result {
+struct ResultCode {
     std::uint32_t code;
     const char* name;
     const char* meaning;  // what it says, without a full stop
@@ -20,7 +29,7 @@ struct Result {
 };
 
 // The code as documents and tables have it, without a sign.
-constexpr std::uint32_t CodeOf(HRESULT hr) {
+constexpr std::uint32_t CodeOf(HRESULT hr) noexcept {
     return static_cast<std::uint32_t>(hr);
 }
 
@@ -30,7 +39,6 @@ constexpr std::uint32_t cWin32Results = 0x80070000;
 namespace detail {
 
 // What helps against several of them.
-inline constexpr char cPassPointer[] = "Pass a valid pointer.";
 inline constexpr char cRegisterInPlace[] =
     "See 'kora4ctl register --check', then register the library where it is.";
 inline constexpr char cInstallAgain[] =
@@ -41,55 +49,60 @@ inline constexpr char cCreateAndRead[] = "Create the object again and read the s
 }  // namespace detail
 
 // What the methods of the interface return.
-inline constexpr Result cApiResults[] = {
-    {CodeOf(result::cOk), "S_OK", KORA4_MEANING_S_OK, "The call did what it says.", ""},
-    {CodeOf(result::cFalse), "S_FALSE", KORA4_MEANING_S_FALSE,
+inline constexpr ResultCode cApiResults[] = {
+    {0x00000000, "S_OK", "done", "The call did what it says.", ""},
+    {0x00000001, "S_FALSE",
+     "what was asked for is absent: no levels published, no such profile to delete",
      "Reading the levels: the engine has published none. Deleting a custom profile: there is "
      "none of that number. In the store: the value does not exist.",
      "Start the engine or kora4sim to have levels; otherwise nothing needs to be done."},
     {CodeOf(KORA4_S_DEMO_MODE_ACTIVE), "KORA4_S_DEMO_MODE_ACTIVE",
-     KORA4_MEANING_DEMO_MODE_ACTIVE,
+     "nothing changed: a demo profile is active that must be left first; or, for "
+     "RevertFromDemoMode, this object entered no demo",
      "A client entered the demo mode, and only that client leaves it with "
      "RevertFromDemoMode. A client that ended in its demo leaves the demo profile active.",
      "Leave the demo in the client that entered it, or run 'kora4ctl demo force-leave'."},
     {CodeOf(KORA4_S_NOT_IN_DEMO_PROFILE), "KORA4_S_NOT_IN_DEMO_PROFILE",
-     KORA4_MEANING_NOT_IN_DEMO_PROFILE,
+     "nothing changed: this object entered a demo, but no demo profile is active any more",
      "Somebody else ended the demo meanwhile, for example with ForceRevertFromDemoMode.",
      "Nothing: an ordinary profile is active already."},
     {CodeOf(KORA4_S_NO_SUCH_CUSTOM_PROFILE), "KORA4_S_NO_SUCH_CUSTOM_PROFILE",
-     KORA4_MEANING_NO_SUCH_CUSTOM_PROFILE,
+     "nothing changed: the custom profile does not exist",
      "A custom profile, P1 to P6, exists once it has been created and until it is deleted; "
      "its name can be read then.",
      "See which there are with 'kora4ctl profile table', or create it with 'kora4ctl profile "
      "create'."},
     {CodeOf(KORA4_S_NOT_A_PRESET_PROFILE), "KORA4_S_NOT_A_PRESET_PROFILE",
-     KORA4_MEANING_NOT_A_PRESET_PROFILE,
+     "nothing changed: the active profile is not a preset profile",
      "Only Movie, Music and Games have factory values to go back to; custom and demo profiles "
      "have none.",
      "Make a preset profile the active one first: 'kora4ctl profile use music'."},
-    {CodeOf(result::cPointer), "E_POINTER", KORA4_MEANING_E_POINTER,
+    {0x80004003, "E_POINTER", "creating the object with a null out pointer",
      "The class factory was given no place for the interface pointer.",
      "Pass the address of an interface pointer."},
-    {CodeOf(result::cFail), "E_FAIL", KORA4_MEANING_E_FAIL,
+    {0x80004005, "E_FAIL",
+     "the store failed; the profile exists already, does not exist, or is active; a key to "
+     "watch is missing",
      "Creating a custom profile that exists, renaming one that does not, deleting the active "
      "one; a registry key of the store that was deleted, or that this user may not open; "
      "Initialize when the library was never registered or is already running on this thread.",
      "Run 'kora4ctl doctor', which looks at the keys and their access lists. For a profile, "
      "see 'kora4ctl profile table'."},
-    {CodeOf(result::cOutOfMemory), "E_OUTOFMEMORY", KORA4_MEANING_E_OUTOFMEMORY,
+    {0x8007000E, "E_OUTOFMEMORY", "no memory",
      "The process could not get the memory for an object or a text.",
      "Close what takes the memory, or restart the program."},
-    {CodeOf(result::cInvalidArg), "E_INVALIDARG", KORA4_MEANING_E_INVALIDARG,
+    {0x80070057, "E_INVALIDARG", "a null pointer, or a number or value outside its range",
      "The argument was refused before anything was read or written.",
      "See what is allowed with 'kora4ctl describe NAME'. The trace names the argument: "
      "'kora4ctl trace on messages'."},
-    {CodeOf(APOERR_NOT_INITIALIZED), "APOERR_NOT_INITIALIZED", KORA4_MEANING_NOT_INITIALIZED,
+    {CodeOf(APOERR_NOT_INITIALIZED), "APOERR_NOT_INITIALIZED",
+     "Initialize has not succeeded yet",
      "Every method but Initialize and GetVeltoKORA4Version needs an initialised object.",
      "Call Initialize and look at its result; when it fails, run 'kora4ctl doctor'."},
 };
 
 // What the class object, COM, the proxies and the registry return.
-inline constexpr Result cPlatformResults[] = {
+inline constexpr ResultCode cPlatformResults[] = {
     {0x80004001, "E_NOTIMPL", "not implemented",
      "The object has no such operation; the factory of a callback gate, for example, creates "
      "nothing.",
@@ -207,7 +220,7 @@ inline constexpr Result cPlatformResults[] = {
     {0x800706F4, "RPC_X_NULL_REF_POINTER", "a null pointer, found by the proxy",
      "Through a proxy a null pointer fails before it reaches the object, which would answer "
      "E_INVALIDARG.",
-     detail::cPassPointer},
+     "Pass a valid pointer."},
     {0x800706F5, "RPC_X_ENUM_VALUE_OUT_OF_RANGE",
      "a technology number that the proxy does not let through",
      "Through a proxy an enumerator must fit into 16 bits.",
@@ -220,15 +233,16 @@ inline constexpr Result cPlatformResults[] = {
 namespace detail {
 
 template <std::size_t N>
-constexpr const Result* FindIn(const Result (&results)[N], std::uint32_t code) {
-    for (const Result& result : results)
+constexpr const ResultCode* FindIn(const ResultCode (&results)[N],
+                                   std::uint32_t code) noexcept {
+    for (const ResultCode& result : results)
         if (result.code == code)
             return &result;
     return nullptr;
 }
 
 template <std::size_t N>
-constexpr bool AreAscending(const Result (&results)[N]) {
+constexpr bool AreAscending(const ResultCode (&results)[N]) noexcept {
     for (std::size_t i = 1; i < N; ++i)
         if (results[i - 1].code >= results[i].code)
             return false;
@@ -241,9 +255,12 @@ static_assert(detail::AreAscending(cApiResults) && detail::AreAscending(cPlatfor
               "results stand in ascending order, each once");
 
 // Null when nobody published the code.
-constexpr const Result* FindResult(std::uint32_t code) {
-    const Result* const pResult = detail::FindIn(cApiResults, code);
+constexpr const ResultCode* FindResult(std::uint32_t code) noexcept {
+    const ResultCode* const pResult = detail::FindIn(cApiResults, code);
     return pResult ? pResult : detail::FindIn(cPlatformResults, code);
 }
 
-}  // namespace kora4::contract
+}  // namespace v1
+}  // namespace kora4
+
+#endif  // KORA4_RESULT_CODES_HPP

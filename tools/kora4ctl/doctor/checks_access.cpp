@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The check of the access lists: registration gives everybody every right.
-#include "kora4ctl/doctor/access_check.h"
+#include "kora4ctl/doctor/checks.h"
 
 #include <aclapi.h>
 #include <sddl.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Checks of the engine's side of the store.
-#include "kora4ctl/doctor/engine_checks.h"
+#include "kora4ctl/doctor/checks.h"
 
 #include "base/text.h"
 #include "contract/engine_masks.h"

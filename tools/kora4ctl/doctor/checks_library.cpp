@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Checks of the library as a client uses it. They run on a thread of their own: a call that
 // hangs must not hang the doctor.
-#include "kora4ctl/doctor/library_checks.h"
+#include "kora4ctl/doctor/checks.h"
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -79,25 +80,21 @@ std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
     return nullptr;
 }
 
-bool AreSilent(IVeltoKORA4API& api) {
-    float gains[KORA4_VISUALIZATION_BANDS] = {};
-    float excitations[KORA4_VISUALIZATION_BANDS] = {};
-    if (api.GetVisualizationData(gains, excitations) != S_OK)
-        return false;
-    return std::all_of(std::begin(gains), std::end(gains),
-                       [](float gain) { return gain <= cSilence; });
+bool AreSilent(const Api& api) {
+    const Result<Levels> levels = api.GetVisualizationData();
+    return levels &&
+           std::ranges::all_of(levels->gains, [](float gain) { return gain <= cSilence; });
 }
 
 void UseLibrary(Trial& trial) {
     trial.step = "an object is created and initialised";
     const ULONGLONG begin = GetTickCount64();
-    const ApiSession api;
+    ApiSession api;
     const ULONGLONG ready = GetTickCount64();
     trial.step = "it is asked for the active profile";
-    LONG profile = 0;
-    Check(api->GetActiveProfile(&profile), "Reading the active profile");
+    Check(api->GetActiveProfile(), "Reading the active profile");
     trial.step = "it is asked for the levels";
-    trial.isSilent = AreSilent(*api.Get());
+    trial.isSilent = AreSilent(*api);
     trial.step = "the object is released";
     trial.result.summary = "initialised in " + std::to_string(ready - begin) + " ms, answers";
 }
@@ -116,9 +113,9 @@ bool HearsOfValue(NotificationListener& listener, const Deadline& deadline) {
 
 void BeTold(const Examination& examination, Trial& trial) {
     trial.step = "an object is created and initialised";
-    const ApiSession api;
+    ApiSession api;
     trial.step = "a callback is registered";
-    NotificationListener listener(*api.Get(), examination.context.interrupt.Event());
+    NotificationListener listener(*api, examination.context.interrupt.Event());
     const ULONGLONG begin = GetTickCount64();
     trial.step = "a change is announced";
     {

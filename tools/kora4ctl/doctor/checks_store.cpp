@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Checks of what is stored.
-#include "kora4ctl/doctor/store_checks.h"
+#include "kora4ctl/doctor/checks.h"
 
 #include "base/text.h"
 #include "contract/profiles.h"
