@@ -4,7 +4,7 @@
 // printf.
 #include "contract/property_key.h"
 
-#include "contract/codec/hex_pairs.h"
+#include "contract/hex_pairs.h"
 
 namespace kora4 {
 

@@ -8,8 +8,8 @@
 #include <bit>
 #include <cmath>
 
-#include "contract/codec/hex_pairs.h"
 #include "contract/codec/white_space.h"
+#include "contract/hex_pairs.h"
 
 namespace kora4::codec {
 

@@ -3,26 +3,26 @@
 #pragma once
 
 #include "contract/messages/trace_message.h"
+#include "contract/range_texts.h"
 
 namespace kora4::contract::msg {
 
 inline constexpr char cExitLineDecides[] =
-    "The line is written whatever became of the call; the exit line of the function has the "
-    "result ('kora4ctl trace on results').";
+    "The line is written regardless of the result, which the function's exit line shows "
+    "('kora4ctl trace on results').";
 inline constexpr char cNullPointer[] =
-    "The client passed a null pointer; the method answered E_INVALIDARG and did nothing.";
+    "The client passed a null pointer; the method returned E_INVALIDARG and did nothing.";
 inline constexpr char cRefusedValue[] =
     "The value was refused with E_INVALIDARG and nothing was stored.";
 inline constexpr char cPassPointer[] = "Pass a valid pointer.";
 inline constexpr char cSeeLimits[] = "See the limits with 'kora4ctl describe'.";
 inline constexpr char cMasterMaskOrigin[] =
-    "The mask stands in the static keys, where the installer of the engine writes it; "
-    "Initialize read it.";
+    "The mask is stored in the static keys by the installer of the engine; Initialize read it.";
 
 inline constexpr char cLockLine[] = "processID: 0x%08x threadID: 0x%08x threadProcID: 0x%08x";
 inline constexpr char cLockUse[] =
-    "It is held while a callback is registered or unregistered, and while the client is told of"
-    " changes; no other method takes it.";
+    "It is held while a callback is registered or unregistered, and while the client is "
+    "notified of changes; no other method takes it.";
 
 // The refusal of a null pointer.
 constexpr TraceMessage NullPointer(const char* function, const char* text, const char* meaning,

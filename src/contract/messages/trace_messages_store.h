@@ -9,7 +9,7 @@ namespace kora4::contract::msg {
 inline constexpr char cRegistryErrors[] =
     "0 is success, 2 means that it does not exist, 5 that access was denied, 1018 that the key "
     "was deleted while it was open.";
-inline constexpr char cSeeDoctor[] = "For another number than 0 or 2 run 'kora4ctl doctor'.";
+inline constexpr char cSeeDoctor[] = "For a number other than 0 or 2 run 'kora4ctl doctor'.";
 inline constexpr char cAdministratorNeeded[] =
     "Register the library as an administrator: 'kora4ctl register'.";
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Who writes trace lines: the tags of the lines, and the classes and functions behind them.
+// Who writes trace lines: the tags of the lines, and the classes and functions that write them.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ inline constexpr char cSecurity[] = "RegKeySecurity";
 
 }  // namespace tag
 
-// What the first word of a line names. It is the name of a log file, too.
+// What the first word of a line names; it is also the name of a log file.
 struct TraceTag {
     const char* tag;
     const char* writer;
@@ -44,7 +44,7 @@ inline constexpr TraceTag cTraceTags[] = {
     {tag::cSecurity, "the access lists of the store's keys"},
 };
 
-// Null when the library writes no such lines.
+// Null if the library writes no lines with that tag.
 constexpr const TraceTag* FindTraceTag(std::string_view tag) {
     for (const TraceTag& known : cTraceTags)
         if (tag == known.tag)
@@ -52,7 +52,7 @@ constexpr const TraceTag* FindTraceTag(std::string_view tag) {
     return nullptr;
 }
 
-// A class whose functions write lines, or such a function, and what it is there for.
+// A class whose functions write lines, or a function that does, and its purpose.
 struct TraceWriter {
     const char* name;  // the part of a function's name before "::", or the whole of it
     const char* tag;
@@ -80,7 +80,8 @@ inline constexpr TraceWriter cTraceWriters[] = {
     {"KORA4KeysClient", tag::cKeysClient, trace::eEntry, "the store is loaded or compared"},
     {"KORA4ManagedPatchSet", tag::cPatchSet, trace::eStoreEntry,
      "the values of a profile are read or written"},
-    {"KORA4PropKeyBase", tag::cUIKeysClient, trace::eStoreEntry, "the name of a value is made"},
+    {"KORA4PropKeyBase", tag::cUIKeysClient, trace::eStoreEntry,
+     "the name of a value is built"},
     {"KORA4PropKeyStoreAccess", tag::cUIKeysClient, trace::eStoreEntry,
      "numbers and arrays as the store keeps them"},
     {"KORA4RegPropKeysAccess", tag::cKeyAccess, trace::eStoreEntry,
@@ -89,11 +90,11 @@ inline constexpr TraceWriter cTraceWriters[] = {
     {"KORA4VisKeyData", tag::cLevels, trace::eMonitorEntry, "the engine's levels are read"},
     {"NamedMutex", tag::cKeysClient, trace::eEntry, "the mutex that guards the store"},
     {"OnRegisterServer", tag::cApi, trace::eEntry,
-     "the store's keys are made when the library is registered"},
-    {"ProcessTrack", tag::cApi, trace::eTrackerEntry, "what is known of the process"},
+     "the store's keys are created when the library is registered"},
+    {"ProcessTrack", tag::cApi, trace::eTrackerEntry, "diagnostics about the process"},
     {"RegKeyMonitor", tag::cMonitor, trace::eMonitorEntry, "the store is watched for changes"},
     {"RegKeySecurity", tag::cSecurity, trace::eEntry,
-     "the keys of the store are opened to every user"},
+     "the keys of the store are made writable for every user"},
 };
 
 // Whether a function is the writer or one of its functions.
@@ -101,7 +102,7 @@ constexpr bool IsOf(const TraceWriter& writer, std::string_view function) {
     return function.substr(0, function.find("::")) == writer.name;
 }
 
-// Null when nobody of that name writes lines.
+// Null if no writer has that name.
 constexpr const TraceWriter* FindTraceWriter(std::string_view function) {
     for (const TraceWriter& writer : cTraceWriters)
         if (IsOf(writer, function))
@@ -109,7 +110,7 @@ constexpr const TraceWriter* FindTraceWriter(std::string_view function) {
     return nullptr;
 }
 
-// Functions whose lines differ from those of their class; log readers know them so.
+// Functions whose lines differ from those of their class; log readers depend on them.
 struct OddTraceFunction {
     const char* name;
     const char* tag;

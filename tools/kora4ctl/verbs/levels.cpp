@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/results.h"
+#include "contract/range_texts.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
 #include "kora4ctl/command_line/verb.h"
@@ -29,7 +30,8 @@ constexpr double cLongestPeriod = 5;
 constexpr char cNoLevels[] = "no levels: no engine has published any (start kora4sim)";
 
 constexpr char cFooter[] =
-    "On a terminal, bars for the 20 bands, redrawn in place: gain, and excitation beside\n"
+    "On a terminal, bars for the " KORA4_TEXT(
+        KORA4_VISUALIZATION_BANDS) " bands, redrawn in place: gain, and excitation next to\n"
     "it, in dB. Otherwise, and with --json, one line for each picture that differs from the\n"
     "previous one; with --json, {\"time\", \"gains\", \"excitations\", \"error\"}: the lists "
     "are\n"
