@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "api/log_texts.h"
+#include "contract/messages/log_texts.h"
 #include "contract/messages/trace_messages_api.h"
 #include "store/clients/api_conversion.h"
 #include "trace/trace.h"

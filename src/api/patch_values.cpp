@@ -3,9 +3,9 @@
 #include <cstring>
 
 #include "api/kora4asl.h"
-#include "api/log_texts.h"
 #include "api/patch_limits.h"
 #include "api/public_records.h"
+#include "contract/messages/log_texts.h"
 
 namespace kora4 {
 namespace {

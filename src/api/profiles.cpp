@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The active profile, demo mode and the custom profiles.
 #include "api/kora4asl.h"
-#include "api/log_texts.h"
 #include "api/public_records.h"
+#include "contract/messages/log_texts.h"
 
 namespace kora4 {
 

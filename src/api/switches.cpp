@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The master enable and the technologies' switches.
 #include "api/kora4asl.h"
-#include "api/log_texts.h"
 #include "api/public_records.h"
 #include "contract/engine_masks.h"
+#include "contract/messages/log_texts.h"
 
 namespace kora4 {
 namespace {

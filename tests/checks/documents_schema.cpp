@@ -6,13 +6,13 @@
 #include <map>
 #include <set>
 
-#include "api/log_texts.h"
 #include "checks/documents_schema_texts.h"
 #include "checks/documents_sources.h"
 #include "checks/documents_store_use.h"
 #include "contract/codec/array_text.h"
 #include "contract/field_tables.h"
 #include "contract/general_settings.h"
+#include "contract/messages/log_texts.h"
 #include "contract/messages/trace_categories.h"
 #include "contract/registry_paths.h"
 #include "contract/store_mutex.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The conversions of trace messages: who formats, who checks and who reads messages agree here.
+// The conversions of trace messages, shared by formatter, compile-time check and reader.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 namespace kora4::contract {
 
 // "%08x", "%16s", "%ls". A message may hold %s, %S and %ls, %d, %u, %x, %X, %p and %f, with a
-// width and zeros before a number; an l before a number says nothing, its kinds have 32 bits.
+// width and zeros before a number; an l before a number is ignored: all numbers have 32 bits.
 struct Conversion {
     std::size_t length = 0;  // in the pattern, with the per cent sign
     std::size_t width = 0;
@@ -33,6 +33,22 @@ constexpr Conversion ConversionAt(std::string_view pattern) {
     conversion.kind = at(i);
     conversion.length = conversion.kind != '\0' ? i + 1 : i;
     return conversion;
+}
+
+// The number of characters of a pattern outside its conversions, and the number of these.
+struct PatternParts {
+    std::size_t exact = 0;
+    std::size_t conversions = 0;
+};
+
+constexpr PatternParts PartsOf(std::string_view pattern) {
+    PatternParts parts;
+    while (!pattern.empty()) {
+        const bool isConversion = pattern.front() == '%';
+        pattern.remove_prefix(isConversion ? ConversionAt(pattern).length : 1);
+        ++(isConversion ? parts.conversions : parts.exact);
+    }
+    return parts;
 }
 
 }  // namespace kora4::contract

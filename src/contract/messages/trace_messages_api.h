@@ -25,9 +25,9 @@ inline constexpr char cLockUse[] =
     "notified of changes; no other method takes it.";
 
 // The refusal of a null pointer.
-constexpr TraceMessage NullPointer(const char* function, const char* text, const char* meaning,
+consteval TraceMessage NullPointer(const char* function, const char* text, const char* meaning,
                                    const char* next = cPassPointer) {
-    return Message(function, text, "", meaning, cNullPointer, next);
+    return Message(function, text, {}, meaning, cNullPointer, next);
 }
 
 // Each row under its name, and then all of them for the tools.

@@ -6,18 +6,18 @@
 
 namespace kora4::contract::msg {
 
-inline constexpr auto cEntry = Line(nullptr, ">>", 0, "", "The function begins.");
-inline constexpr auto cExit = Line(nullptr, "<<", 0, "", "The function ends.");
+inline constexpr auto cEntry = Line(nullptr, ">>", 0, {}, "The function begins.");
+inline constexpr auto cExit = Line(nullptr, "<<", 0, {}, "The function ends.");
 inline constexpr auto cExitResult =
-    Line(nullptr, "<< hr: 0x%08x", 0, "result", "The function ends with this result.");
+    Line(nullptr, "<< hr: 0x%08x", 0, {eResult}, "The function ends with this result.");
 inline constexpr auto cNotInitialized =
-    Message(nullptr, "**** Error: APOERR_NOT_INITIALIZED", "",
+    Message(nullptr, "**** Error: APOERR_NOT_INITIALIZED", {},
             "The method was called before Initialize had succeeded.",
             "The call was refused with APOERR_NOT_INITIALIZED and did nothing.",
             "Call Initialize first and check its result; if it fails, run 'kora4ctl doctor'.");
 // Matches a refusal that has no row of its own; no statement names it.
 inline constexpr auto cRefused = Message(
-    nullptr, "**** Error: %s", "reason", "The method refused an argument, for this reason.",
+    nullptr, "**** Error: %s", {eReason}, "The method refused an argument, for this reason.",
     "The call was refused with E_INVALIDARG and did nothing.", "Pass a valid argument.");
 
 inline constexpr TraceMessage cGeneralMessages[] = {cEntry, cExit, cExitResult, cNotInitialized,
@@ -32,13 +32,13 @@ inline constexpr char cForeignProfile[] =
 inline constexpr char cRepairProfile[] =
     "Choose a profile: 'kora4ctl profile use music'; 'kora4ctl lint' finds such values.";
 
-constexpr TraceMessage Assertion(const char* text, const char* meaning,
+consteval TraceMessage Assertion(const char* text, const char* meaning,
                                  const char* why = cBrokenRule, const char* next = cReport) {
-    return {nullptr, text, trace::eAssertions, "", meaning, why, next};
+    return Line(nullptr, text, trace::eAssertions, {}, meaning, why, next);
 }
 
 inline constexpr auto cAssertion =
-    Line(nullptr, "KALASSERT failed: %s", trace::eAssertions, "condition",
+    Line(nullptr, "KALASSERT failed: %s", trace::eAssertions, {eCondition},
          "A condition that the library relies on did not hold.", cBrokenRule, cReport);
 
 // The conditions that the statements show; the text of each stands with its statement.

@@ -1,24 +1,25 @@
 // SPDX-License-Identifier: MIT
-// Written lines of the trace taken apart: head, message, and the values in a message.
+// The parts of a written trace line: head, message, and the values in the message.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
 #include "contract/messages/conversion.h"
+#include "contract/messages/log_texts.h"
 #include "contract/messages/trace_message.h"
 
 namespace kora4::contract {
 
-// What the conversions of a message stood for, as text without surrounding blanks.
+// The values of a message, as texts without surrounding blanks.
 struct TraceValues {
-    static constexpr std::size_t cMost = 4;
-    std::string_view texts[cMost];
-    std::string_view kinds[cMost];
+    std::string_view texts[cMostTraceValues];
+    TraceKinds kinds{};
     std::size_t count = 0;
 };
 
-// "TAG: 123 Function:message", and whatever a debugger wrote in front of it.
+// "TAG: 123 Function:message", possibly after text that a debugger wrote in front of it.
 struct TraceHead {
     std::string_view tag;
     std::string_view line;
@@ -54,7 +55,7 @@ constexpr std::string_view Trimmed(std::string_view text) {
     return text;
 }
 
-// As many characters from the front as are of a kind.
+// The number of leading characters for which `is` holds.
 template <typename Is>
 constexpr std::size_t Run(std::string_view text, Is is) {
     std::size_t length = 0;
@@ -63,51 +64,42 @@ constexpr std::size_t Run(std::string_view text, Is is) {
     return length;
 }
 
-// A list that is separated by commas, without its first parts.
-constexpr std::string_view Without(std::string_view list, std::size_t parts) {
-    for (; parts > 0; --parts) {
-        const std::size_t comma = list.find(',');
-        list = comma == std::string_view::npos ? std::string_view{} : list.substr(comma + 1);
-    }
-    return list;
+// Whether a text begins with the first word of a name; the blanks after it may differ in a
+// copy.
+constexpr bool BeginsAs(std::string_view text, std::string_view name) {
+    return text.starts_with(name.substr(0, name.find_first_of(" \t")));
 }
-
-// The part of a list at `index`; empty behind its end.
-constexpr std::string_view PartOf(std::string_view list, std::size_t index) {
-    list = Without(list, index);
-    return list.substr(0, list.find(','));
-}
-
-template <std::size_t count>
-constexpr bool BeginsWithOneOf(std::string_view text,
-                               const std::string_view (&beginnings)[count]) {
-    for (const std::string_view beginning : beginnings)
-        if (text.starts_with(beginning))
+constexpr bool BeginsAsOneOf(std::string_view text, const auto& names) {
+    for (const std::string_view name : names)
+        if (BeginsAs(text, name))
             return true;
     return false;
 }
 
 // Whether a text can be a value of that kind, where the kind has a recognisable form.
-constexpr bool CanBe(std::string_view kind, std::string_view text) {
-    if (kind == "switch") {
-        constexpr std::string_view cSwitches[] = {"On", "Off", "Enabled", "Disabled"};
-        return IsDigit(text.empty() ? 'x' : text[0]) || BeginsWithOneOf(text, cSwitches);
+constexpr bool CanBe(TraceKind kind, std::string_view text) {
+    switch (kind) {
+        case TraceKind::eSwitch:
+            return (!text.empty() && IsDigit(text[0])) ||
+                   BeginsAsOneOf(text, text::cSwitchWords) ||
+                   BeginsAsOneOf(text, text::cEnableWords);
+        case TraceKind::eProfileName:
+            return std::ranges::any_of(text::cProfileNames, [text](const auto& name) {
+                return BeginsAs(text, name.read);
+            });
+        case TraceKind::eDemoProfileName:
+            return BeginsAsOneOf(text, text::cDemoProfileNames);
+        case TraceKind::eTechnologyName:
+            return BeginsAsOneOf(text, text::cTechnologyNames) ||
+                   BeginsAs(text, text::cBadTechnologyName);
+        case TraceKind::eValueName:
+            return text.starts_with('{');
+        default:
+            return true;
     }
-    if (kind == "profile name") {
-        constexpr std::string_view cProfiles[] = {
-            "Movie", "Music", "Games", "P1:", "P2:", "P3:", "P4:", "P5:", "P6:"};
-        return BeginsWithOneOf(text, cProfiles);
-    }
-    if (kind == "demo profile name")
-        return text.starts_with("Demo ");
-    if (kind == "technology name")
-        return text.starts_with("e") || text.starts_with("KORA4APITechnology");
-    if (kind == "value name")
-        return text.starts_with("{");
-    return true;
 }
 
-// How many characters at the front of the text a number takes; 0 when there is none.
+// The number of leading characters that form a number; 0 if there is none.
 constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_view text) {
     const std::size_t sign = text.starts_with("-") ? 1 : 0;
     switch (conversion.kind) {
@@ -137,7 +129,7 @@ constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_v
             constexpr std::string_view cNoNumbers[] = {"nan", "inf", "NAN", "INF"};
             const bool isNumber =
                 !number.empty() && IsDigit(number[0]) && number.find('.') < number.size() - 1;
-            return isNumber || BeginsWithOneOf(number, cNoNumbers) ? length + sign : 0;
+            return isNumber || BeginsAsOneOf(number, cNoNumbers) ? length + sign : 0;
         }
         default:
             return 0;
@@ -145,30 +137,30 @@ constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_v
 }
 
 constexpr bool Match(std::string_view pattern, std::string_view text, TraceValues* pValues,
-                     std::string_view kinds);
+                     const TraceKind* pKinds);
 
-// Matches from a conversion on, whose value takes `length` characters of the text.
+// Matches from a conversion on whose value is the first `length` characters of the text.
 constexpr bool MatchValue(std::string_view pattern, std::string_view text,
                           const Conversion& conversion, std::size_t length,
                           const TraceValues& before, TraceValues* pValues,
-                          std::string_view kinds) {
-    if (before.count == TraceValues::cMost)
+                          const TraceKind* pKinds) {
+    if (before.count == cMostTraceValues)
         return false;
     TraceValues values = before;
     const std::string_view value = Trimmed(text.substr(0, length));
     values.texts[values.count] = value;
-    values.kinds[values.count] = PartOf(kinds, values.count);
+    values.kinds[values.count] = pKinds[values.count];
     if (!CanBe(values.kinds[values.count], value))
         return false;
     ++values.count;
-    if (!Match(pattern.substr(conversion.length), text.substr(length), &values, kinds))
+    if (!Match(pattern.substr(conversion.length), text.substr(length), &values, pKinds))
         return false;
     *pValues = values;
     return true;
 }
 
 constexpr bool Match(std::string_view pattern, std::string_view text, TraceValues* pValues,
-                     std::string_view kinds) {
+                     const TraceKind* pKinds) {
     while (!pattern.empty() && pattern.front() != '%') {
         if (text.empty() || text.front() != pattern.front())
             return false;
@@ -181,35 +173,20 @@ constexpr bool Match(std::string_view pattern, std::string_view text, TraceValue
     const TraceValues before = *pValues;
     if (conversion.kind == 's' || conversion.kind == 'S') {
         for (std::size_t length = 0; length <= text.size(); ++length)
-            if (MatchValue(pattern, text, conversion, length, before, pValues, kinds))
+            if (MatchValue(pattern, text, conversion, length, before, pValues, pKinds))
                 return true;
         return false;
     }
     if (conversion.IsPadded())
         text = TrimmedLeft(text);
     const std::size_t length = LengthOfNumber(conversion, text);
-    return length != 0 && MatchValue(pattern, text, conversion, length, before, pValues, kinds);
-}
-
-// How many characters of a pattern stand outside its conversions, and how many those are.
-struct PatternParts {
-    std::size_t exact = 0;
-    std::size_t conversions = 0;
-};
-
-constexpr PatternParts PartsOf(std::string_view pattern) {
-    PatternParts parts;
-    while (!pattern.empty()) {
-        const bool isConversion = pattern.front() == '%';
-        pattern.remove_prefix(isConversion ? ConversionAt(pattern).length : 1);
-        ++(isConversion ? parts.conversions : parts.exact);
-    }
-    return parts;
+    return length != 0 &&
+           MatchValue(pattern, text, conversion, length, before, pValues, pKinds);
 }
 
 }  // namespace detail
 
-// How many characters of the row stand in the message word by word; 0 when the message does
+// The number of literal characters of the row that the message contains; 0 if the message does
 // not match the row. Blanks around a message do not count. A message of several lines is also
 // matched by each of its lines.
 constexpr std::size_t MatchTraceText(const TraceMessage& row, std::string_view message,
@@ -217,17 +194,17 @@ constexpr std::size_t MatchTraceText(const TraceMessage& row, std::string_view m
     const std::string_view text = detail::Trimmed(message);
     std::string_view pattern = detail::Trimmed(row.text);
     *pValues = {};
-    if (detail::Match(pattern, text, pValues, row.values))
-        return detail::PartsOf(pattern).exact;
-    std::string_view kinds = row.values;
+    const TraceKind* pKinds = row.kinds.data();
+    if (detail::Match(pattern, text, pValues, pKinds))
+        return PartsOf(pattern).exact;
     for (bool isLast = pattern.find('\n') == std::string_view::npos; !isLast;) {
         const std::size_t end = pattern.find('\n');
         const std::string_view line = detail::Trimmed(pattern.substr(0, end));
         *pValues = {};
-        if (detail::Match(line, text, pValues, kinds))
-            return detail::PartsOf(line).exact;
+        if (detail::Match(line, text, pValues, pKinds))
+            return PartsOf(line).exact;
         isLast = end == std::string_view::npos;
-        kinds = detail::Without(kinds, detail::PartsOf(line).conversions);
+        pKinds += PartsOf(line).conversions;
         pattern.remove_prefix(isLast ? pattern.size() : end + 1);
     }
     return 0;
@@ -235,7 +212,7 @@ constexpr std::size_t MatchTraceText(const TraceMessage& row, std::string_view m
 
 namespace detail {
 
-// How long the name of a function is that begins a text: "CKORA4ASL::Initialize".
+// The length of the function name that begins a text: "CKORA4ASL::Initialize".
 constexpr std::size_t LengthOfFunction(std::string_view text) {
     for (std::size_t length = 0;;) {
         const std::size_t part = Run(text.substr(length), IsNameCharacter);
@@ -248,7 +225,7 @@ constexpr std::size_t LengthOfFunction(std::string_view text) {
     }
 }
 
-// The head that has its first colon at that place.
+// The head whose first colon is at that position.
 constexpr bool ParseHeadAt(std::string_view line, std::size_t colon, TraceHead* pHead) {
     std::size_t begin = colon;
     while (begin > 0 && IsNameCharacter(line[begin - 1]))
@@ -270,7 +247,7 @@ constexpr bool ParseHeadAt(std::string_view line, std::size_t colon, TraceHead* 
 
 }  // namespace detail
 
-// False for what has no head; the whole of it may be a message then.
+// False if there is no head; the whole line may be a message then.
 constexpr bool ParseTraceHead(std::string_view line, TraceHead* pHead) {
     for (std::size_t at = line.find(": "); at != std::string_view::npos;
          at = line.find(": ", at + 1))

@@ -125,10 +125,10 @@ std::string WriterOf(const contract::TraceHead& head, const std::string& functio
 
 void AddValues(Explanation& explanation, const contract::TraceValues& values) {
     for (std::size_t i = 0; i < values.count; ++i) {
-        const std::string_view kind = values.kinds[i];
-        explanation.values.push_back({std::string(kind), std::string(values.texts[i]),
+        const contract::TraceKind kind = values.kinds[i];
+        explanation.values.push_back({NameOf(kind), std::string(values.texts[i]),
                                       MeaningOfValue(kind, values.texts[i])});
-        if (kind == "result" && !explanation.code)
+        if (kind == contract::TraceKind::eResult && !explanation.code)
             explanation.code = NumberIn(Lower(values.texts[i]), 16);
     }
     if (!explanation.code)

@@ -5,10 +5,13 @@
 #include <kora4api.h>
 #include <kora4/result_codes.hpp>
 
+#include <algorithm>
+
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/engine_masks.h"
 #include "contract/general_settings.h"
+#include "contract/messages/log_texts.h"
 #include "contract/profiles.h"
 #include "registry/store_access.h"
 #include "settings/names.h"
@@ -40,25 +43,13 @@ std::string OfTechnology(std::uint32_t number) {
 
 // Trace lines show the API's enumerators by name.
 std::string OfTechnologyName(std::string_view name) {
-#define KORA4_NAMED(technology) \
-    { technology, #technology }
-    constexpr struct {
-        KORA4APITechnology technology;
-        std::string_view name;
-    } cTechnologies[] = {KORA4_NAMED(eVolumeLeveler), KORA4_NAMED(eGraphicEQ),
-                         KORA4_NAMED(eIntelligentEQ), KORA4_NAMED(eDialogEnhancer),
-                         KORA4_NAMED(eVirtualizerHP), KORA4_NAMED(eVirtualizerSpkr)};
-#undef KORA4_NAMED
-    for (const auto& known : cTechnologies)
-        if (name == known.name)
-            return OfTechnology(static_cast<std::uint32_t>(known.technology));
-    return "no technology";
+    return OfTechnology(static_cast<std::uint32_t>(
+        std::ranges::find(text::cTechnologyNames, name) - text::cTechnologyNames));
 }
 
 std::string OfSwitch(std::string_view text) {
-    if (text == "0" || text == "Off" || text == "Disabled")
-        return "off";
-    return "on";
+    return text == "0" || text == text::OfSwitch(false) || text == text::OfEnable(false) ? "off"
+                                                                                         : "on";
 }
 
 std::string OfMask(std::uint32_t mask) {
@@ -103,24 +94,27 @@ std::string OfValueName(std::string_view name) {
     return "not a value of the store";
 }
 
-// What kinds of values there are: numbers in a base, and texts.
+// The kinds about which there is something to say: numbers in a base, and texts.
+using contract::TraceKind;
+
 struct NumberKind {
-    std::string_view name;
+    TraceKind kind;
     int base;
     std::string (*meaning)(std::uint32_t number);
 };
 constexpr NumberKind cNumberKinds[] = {
-    {"result", 16, OfResult},   {"error", 10, OfError},
-    {"profile", 10, OfProfile}, {"hexadecimal error", 16, OfError},
-    {"mask", 16, OfMask},       {"technology", 10, OfTechnology},
-    {"reason", 16, OfReason},   {"curve", 10, OfCurve}};
+    {TraceKind::eResult, 16, OfResult},   {TraceKind::eError, 10, OfError},
+    {TraceKind::eProfile, 10, OfProfile}, {TraceKind::eHexError, 16, OfError},
+    {TraceKind::eMask, 16, OfMask},       {TraceKind::eTechnology, 10, OfTechnology},
+    {TraceKind::eCurve, 10, OfCurve},     {TraceKind::eAttachReason, 16, OfReason}};
 
 struct TextKind {
-    std::string_view name;
+    TraceKind kind;
     std::string (*meaning)(std::string_view text);
 };
-constexpr TextKind cTextKinds[] = {
-    {"technology name", OfTechnologyName}, {"switch", OfSwitch}, {"value name", OfValueName}};
+constexpr TextKind cTextKinds[] = {{TraceKind::eTechnologyName, OfTechnologyName},
+                                   {TraceKind::eSwitch, OfSwitch},
+                                   {TraceKind::eValueName, OfValueName}};
 
 }  // namespace
 
@@ -131,14 +125,14 @@ std::optional<std::uint32_t> NumberIn(std::string_view text, int base) {
     return static_cast<std::uint32_t>(*number);
 }
 
-std::string MeaningOfValue(std::string_view kind, std::string_view text) {
+std::string MeaningOfValue(TraceKind kind, std::string_view text) {
     for (const NumberKind& known : cNumberKinds) {
-        const auto number = kind == known.name ? NumberIn(text, known.base) : std::nullopt;
+        const auto number = kind == known.kind ? NumberIn(text, known.base) : std::nullopt;
         if (number)
             return known.meaning(*number);
     }
     for (const TextKind& known : cTextKinds)
-        if (kind == known.name)
+        if (kind == known.kind)
             return known.meaning(text);
     return {};
 }

@@ -91,7 +91,7 @@ TEST(WrittenTraceLines, AreFoundByTheirMessageAloneWhereItIsLikeNoOther) {
     ASSERT_NE(nullptr, match.pMessage);
     EXPECT_EQ(1u, match.equals);
     ASSERT_EQ(3u, match.values.count);
-    EXPECT_EQ("band", match.values.kinds[0]);
+    EXPECT_EQ(contract::TraceKind::eBand, match.values.kinds[0]);
     EXPECT_EQ("3", match.values.texts[0]);
     EXPECT_EQ("12.000000", match.values.texts[1]);
     EXPECT_EQ("nan", match.values.texts[2]);
@@ -127,7 +127,7 @@ TEST(WrittenTraceLines, OfSeveralLinesAreFoundByEachOfThem) {
     }
     const TraceMatch match = contract::FindTraceMessage("", "    handle count: 41");
     ASSERT_EQ(1u, match.values.count);
-    EXPECT_EQ("count", match.values.kinds[0]);
+    EXPECT_EQ(contract::TraceKind::eCount, match.values.kinds[0]);
     EXPECT_EQ("41", match.values.texts[0]);
 }
 

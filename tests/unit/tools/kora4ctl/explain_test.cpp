@@ -12,6 +12,7 @@
 namespace kora4::tools {
 namespace {
 
+using contract::TraceKind;
 using Kind = Explanation::Kind;
 
 // --- codes ---------------------------------------------------------------------------------
@@ -182,15 +183,15 @@ TEST(ExplainedLines, NameErrorsMasksAndCurves) {
     EXPECT_TRUE(FirstMeaning("RegSetValue retStatus: 1018").starts_with("ERROR_KEY_DELETED"));
     EXPECT_TRUE(
         FirstMeaning("Error getting security descriptor 5").starts_with("E_ACCESSDENIED"));
-    EXPECT_EQ("standard engine", MeaningOfValue("mask", "021F"));
-    EXPECT_EQ("no known configuration", MeaningOfValue("mask", "3"));
-    EXPECT_EQ("warm", MeaningOfValue("curve", "5"));
-    EXPECT_EQ("no curve", MeaningOfValue("curve", "6"));
-    EXPECT_EQ("off", MeaningOfValue("switch", "Disabled"));
-    EXPECT_EQ("on", MeaningOfValue("switch", "7"));
-    EXPECT_EQ("a process attaches", MeaningOfValue("reason", "00000001"));
-    EXPECT_EQ("", MeaningOfValue("reason", "00000004"));
-    EXPECT_EQ("", MeaningOfValue("pointer", "000000000012F0A0"));
+    EXPECT_EQ("standard engine", MeaningOfValue(TraceKind::eMask, "021F"));
+    EXPECT_EQ("no known configuration", MeaningOfValue(TraceKind::eMask, "3"));
+    EXPECT_EQ("warm", MeaningOfValue(TraceKind::eCurve, "5"));
+    EXPECT_EQ("no curve", MeaningOfValue(TraceKind::eCurve, "6"));
+    EXPECT_EQ("off", MeaningOfValue(TraceKind::eSwitch, "Disabled"));
+    EXPECT_EQ("on", MeaningOfValue(TraceKind::eSwitch, "7"));
+    EXPECT_EQ("a process attaches", MeaningOfValue(TraceKind::eAttachReason, "00000001"));
+    EXPECT_EQ("", MeaningOfValue(TraceKind::eAttachReason, "00000004"));
+    EXPECT_EQ("", MeaningOfValue(TraceKind::ePointer, "000000000012F0A0"));
 }
 
 TEST(ExplainedLines, OfAnUnknownFunctionAreExplainedByTheirMessage) {

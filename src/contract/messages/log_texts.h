@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The names that the lines of the API object print for numbers. Blanks and tabs are part
-// of the texts.
+// The names that trace lines of the API object print for numbers. Blanks and tabs are part of
+// the texts.
 #pragma once
 
 #include <cstddef>
@@ -8,11 +8,11 @@
 
 #include "contract/patch_records.h"
 #include "contract/profiles.h"
-#include "store/clients/api_records.h"
+#include "kora4api_constants.h"
 
 namespace kora4::text {
 
-// The two texts of a selectable profile: lines of reading and of setting differ.
+// The two texts of a selectable profile: getters and setters print different ones.
 struct ProfileName {
     const char* read;    // GetActiveProfile
     const char* chosen;  // SetActiveProfile
@@ -25,7 +25,7 @@ inline constexpr ProfileName cProfileNames[] = {
     {"P4: Custom Profile", "P4:   (6) "},         {"P5: Custom Profile", "P5:   (7) "},
     {"P6: Custom Profile", "P6:   (8) "},
 };
-// The first text speaks of a technology where a profile is meant; log readers know it so.
+// The first text says technology, but the profile is meant; log readers depend on it.
 inline constexpr ProfileName cBadProfileName = {"KORA4APITechnology bad index",
                                                 "bad Profile index"};
 
@@ -39,7 +39,10 @@ inline constexpr const char* cTechnologyNames[] = {"eVolumeLeveler", "eGraphicEQ
 inline constexpr const char* cIntelligentEQNames[] = {"eBalanced", "eOpen", "eFocused",
                                                       "eBright",   "eRich", "eWarm"};
 
-// The text at `index`, or `other` when there is none.
+inline constexpr const char* cEnableWords[] = {"Disabled", "Enabled"};
+inline constexpr const char* cSwitchWords[] = {"Off", "On"};
+
+// The text at `index`, or `other` if there is none.
 template <typename Text, std::size_t count>
 constexpr const Text& Pick(const Text (&texts)[count], std::uint32_t index, const Text& other) {
     return index < count ? texts[index] : other;
@@ -48,7 +51,7 @@ constexpr const Text& Pick(const Text (&texts)[count], std::uint32_t index, cons
 inline constexpr const char* cBadDemoProfileName = "bad Demo Profile index";
 inline constexpr const char* cBadTechnologyName = "KORA4APITechnology bad index";
 
-// The texts of a number; those for a bad one when the number has no text.
+// The texts of a number; those for a bad number if it has none.
 constexpr const ProfileName& OfProfile(std::uint32_t profile) {
     return Pick(cProfileNames, profile, cBadProfileName);
 }
@@ -59,15 +62,15 @@ constexpr const char* OfTechnology(std::uint32_t technology) {
     return Pick(cTechnologyNames, technology, cBadTechnologyName);
 }
 constexpr const char* OfEnable(bool enable) {
-    return enable ? "Enabled" : "Disabled";
+    return cEnableWords[enable];
 }
 constexpr const char* OfSwitch(bool on) {
-    return on ? "On" : "Off";
+    return cSwitchWords[on];
 }
 
 static_assert(sizeof cProfileNames / sizeof *cProfileNames == cSelectableProfileBound);
-static_assert(sizeof cTechnologyNames / sizeof *cTechnologyNames ==
-              static_cast<std::size_t>(ApiTechnology::eNumberKORA4APITechnologies));
+static_assert(sizeof cTechnologyNames / sizeof *cTechnologyNames == KORA4_TECHNOLOGIES);
+static_assert(sizeof cIntelligentEQNames / sizeof *cIntelligentEQNames == eNumberIEQPatches);
 static_assert(cDemoGamesProfile - cDemoMovieProfile + 1 ==
               sizeof cDemoProfileNames / sizeof *cDemoProfileNames);
 
