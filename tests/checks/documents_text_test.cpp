@@ -12,17 +12,22 @@
 
 #include "checks/documents_compare.h"
 #include "checks/documents_markdown.h"
+#include "contract/results.h"
 
 namespace kora4::test {
 namespace {
 
+// All documents, by their paths from the root.
 std::vector<std::string> DocumentPaths() {
+    const std::filesystem::path root = KORA4_ROOT;
     std::vector<std::string> paths;
-    for (const char* folder : {"", "docs/"})
-        for (const auto& file :
-             std::filesystem::directory_iterator(KORA4_ROOT "/" + std::string(folder)))
-            if (file.path().extension() == ".md")
-                paths.push_back(folder + file.path().filename().string());
+    for (std::filesystem::recursive_directory_iterator file(root), end; file != end; ++file) {
+        const std::string name = file->path().filename().string();
+        if (file->is_directory() && (name == "build" || name.starts_with(".")))
+            file.disable_recursion_pending();
+        else if (file->path().extension() == ".md")
+            paths.push_back(file->path().lexically_relative(root).string());
+    }
     return paths;
 }
 
@@ -32,9 +37,9 @@ std::string Unindented(const std::string& text) {
     return std::regex_replace(text, cIndentation, "$1");
 }
 
-// Each block of C++ follows a line `<!-- code: FILE -->` and is a part of that file.
+// Each block of C and C++ follows a line `<!-- code: FILE -->` and is a part of that file.
 Findings CodeThatIsNotBuilt(const std::string& document) {
-    static const std::regex cBlock("([^\n]*)\n```cpp\n([^`]*)```");
+    static const std::regex cBlock("([^\n]*)\n```c(?:pp)?\n([^`]*)```");
     static const std::regex cMark("<!-- code: (\\S+) -->");
     Findings findings;
     for (std::sregex_iterator i(document.begin(), document.end(), cBlock), end; i != end; ++i) {
@@ -112,6 +117,25 @@ TEST(DocumentTexts, ShowCodeThatIsBuilt) {
 TEST(DocumentTexts, HaveLinksThatLeadSomewhere) {
     for (const std::string& path : DocumentPaths())
         EXPECT_EQ(Findings(), LinksThatLeadNowhere(path, ReadProjectFile(path)));
+}
+
+// The codes of the page of messages have the names and the proxies that `kora4ctl explain`
+// knows.
+TEST(DocumentTexts, NameTheResultsByTheirCodes) {
+    const Document page = ParseDocument(ReadProjectFile("docs/troubleshooting.md"));
+    const MarkedTable* const pTable = page.Find("messages");
+    ASSERT_TRUE(pTable);
+    for (const Row& row : pTable->rows) {
+        const auto code = static_cast<std::uint32_t>(std::stoul(row[0], nullptr, 16));
+        const contract::Result* const pResult = contract::FindResult(code);
+        ASSERT_TRUE(pResult) << row[0];
+        EXPECT_EQ(pResult->name, row[1]) << row[0];
+        const auto namesProxies = [](const std::string& text) {
+            return text.find("Kora4RegisterProxies") != std::string::npos;
+        };
+        EXPECT_EQ(namesProxies(pResult->next), namesProxies(row[3])) << row[0];
+    }
+    EXPECT_LT(10u, pTable->rows.size());
 }
 
 // What a document says in prose, and the test that shows it of the library.
