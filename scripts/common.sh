@@ -28,20 +28,19 @@ build_needs=(
   "/usr/src/googletest/CMakeLists.txt|googletest"
   "/usr/include/CLI/CLI.hpp|libcli11-dev"
   "/usr/include/nlohmann/json.hpp|nlohmann-json3-dev"
+  "perl|perl"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
 clang_needs=(
   "clang++-16|clang-16"
   "ld.lld-16|lld-16"
 )
-bench_needs=(
-  "/usr/include/benchmark/benchmark.h|libbenchmark-dev"
-  "perl|perl"
-)
+bench_needs=("/usr/include/benchmark/benchmark.h|libbenchmark-dev")
 test_needs=(
   "${clang_needs[@]}"
   "${bench_needs[@]}"
   "clang-format-14|clang-format-14"
+  "codespell|codespell"
   "git|git"
 )
 

@@ -78,18 +78,18 @@ class GuardSlot {
 }  // namespace detail
 
 // The API object, owned. Methods have the names of IVeltoKORA4API, where more about each is
-// said; each is one call of the object, and its results are the object's, unless said
-// otherwise.
+// said; each is one call of the object, and its results are the object's, unless its comment
+// says otherwise.
 //
 // Results that several share: APOERR_NOT_INITIALIZED before Initialize; E_INVALIDARG for a
-// number or value outside its range; E_FAIL when the store fails; KORA4_S_DEMO_MODE_ACTIVE when
-// a demo profile keeps the call from changing anything. While a demo profile is active, sets of
-// values and switches answer S_OK and change nothing.
+// number or value outside its range; E_FAIL when the store refuses a write;
+// KORA4_S_DEMO_MODE_ACTIVE when a demo profile keeps the call from changing anything. While a
+// demo profile is active, setting a value or a switch returns S_OK and changes nothing.
 //
-// Threads: in a single-threaded apartment, that one; in the multithreaded apartment, any of
-// its, several at a time. Moving and destroying must not run beside another call. Every call
-// may wait for other processes that use the store; a user interface makes them on a worker
-// thread.
+// Threads: in a single-threaded apartment, its thread; in the multithreaded apartment, any of
+// its threads, several at a time. Moving and destroying must not run beside another call. Every
+// call may wait for other processes that use the store; a user interface makes its calls on a
+// worker thread.
 class Api {
   public:
     // ---- Life ---------------------------------------------------------------------------
@@ -143,7 +143,7 @@ class Api {
     // has succeeded before. E_FAIL: the store's keys do not exist.
     Status Initialize() const noexcept { return Status(m_api->Initialize()); }
 
-    // Needs no Initialize.
+    // The version of the library. Needs no Initialize.
     Result<Version> GetVeltoKORA4Version() const noexcept {
         return Read<Version>([this](Version* pVersion) {
             ULONG(&numbers)[4] = pVersion->numbers;
@@ -175,11 +175,12 @@ class Api {
 
     // ---- Profiles: KORA4_PROFILE_... ----------------------------------------------------
 
+    // The number of the active profile.
     Result<LONG> GetActiveProfile() const noexcept {
         return Read<LONG>([this](LONG* p) { return m_api->GetActiveProfile(p); });
     }
 
-    // `profile`: a preset or custom profile. KORA4_S_NO_SUCH_CUSTOM_PROFILE.
+    // Makes a preset or custom profile the active one. KORA4_S_NO_SUCH_CUSTOM_PROFILE.
     Status SetActiveProfile(LONG profile) noexcept {
         return Replaced(m_api->SetActiveProfile(profile));
     }
@@ -216,7 +217,7 @@ class Api {
         return Valued(hr, std::move(table));
     }
 
-    // `profile`: a custom profile; E_FAIL when it does not exist. `name`: at most
+    // Renames a custom profile; E_FAIL when it does not exist. `name`: at most
     // KORA4_CUSTOM_NAME_MAX_LENGTH units, which is not checked.
     Status SetCustomProfileName(LONG profile, const std::wstring& name) noexcept {
         return Status(m_api->SetCustomProfileName(profile, name.c_str()));
@@ -227,7 +228,7 @@ class Api {
         return Status(m_api->CreateCustomProfile(profile, name.c_str()));
     }
 
-    // E_FAIL: it is active; S_FALSE: it does not exist.
+    // Deletes a custom profile. E_FAIL: it is active; S_FALSE: it does not exist.
     Status DeleteCustomProfile(LONG profile) noexcept {
         return Status(m_api->DeleteCustomProfile(profile));
     }
@@ -235,13 +236,15 @@ class Api {
     // ---- Switches -----------------------------------------------------------------------
     // A Result<bool> in a condition says whether there is a value; `*result` is the value.
 
+    // Whether audio processing is on: the master enable.
     Result<bool> GetVeltoEnable() const noexcept {
         return ReadBool([this](BOOL* p) { return m_api->GetVeltoEnable(p); });
     }
+    // Switches all audio processing on or off.
     Status SetVeltoEnable(bool isEnabled) noexcept {
         return Status(m_api->SetVeltoEnable(isEnabled ? TRUE : FALSE));
     }
-    // The state after the toggle.
+    // Switches the master enable over; the state after that.
     Result<bool> ToggleVeltoEnable() noexcept {
         return ReadBool([this](BOOL* p) { return m_api->ToggleVeltoEnable(p); });
     }
@@ -250,6 +253,7 @@ class Api {
     Result<bool> GetTechnologyOnElseOff(KORA4APITechnology technology) const noexcept {
         return ReadBool([&](BOOL* p) { return m_api->GetTechnologyOnElseOff(technology, p); });
     }
+    // Switches a technology of the active profile on or off.
     Status SetTechnologyOnElseOff(KORA4APITechnology technology, bool isOn) noexcept {
         return Status(m_api->SetTechnologyOnElseOff(technology, isOn ? TRUE : FALSE));
     }
@@ -261,62 +265,70 @@ class Api {
 
     // ---- Values of the active profile ---------------------------------------------------
 
-    // Any technology but eGraphicEQ (E_INVALIDARG). What is stored can be outside the limits of
-    // what may be set.
+    // The value of any technology but eGraphicEQ (E_INVALIDARG). What is stored can be outside
+    // the limits of what may be set.
     Result<Value> GetSimplePatchValue(KORA4APITechnology technology) const noexcept {
         KORA4PatchValueUnion value{};
         value.m_technology = technology;
         const HRESULT hr = m_api->GetSimplePatchValue(&value);
         return Valued(hr, Value(value));
     }
-    // E_INVALIDARG: outside the limits, and nothing was changed.
+    // Sets the value of a technology. E_INVALIDARG: outside the limits, and nothing was
+    // changed.
     Status SetSimplePatchValue(const Value& value) noexcept {
         return SetGuarded(value.Raw(), [this](KORA4PatchValueUnion* p) {
             return m_api->SetSimplePatchValue(p);
         });
     }
 
-    // KORA4_VOLUME_LEVELER_MIN to _MAX; reads KORA4_VOLUME_LEVELER_MOVIE_DEFAULT in Movie.
+    // The volume leveler; KORA4_VOLUME_LEVELER_MOVIE_DEFAULT in Movie until it is set.
     Result<ULONG> GetVolumeLeveler() const noexcept { return Amount<ULONG>(eVolumeLeveler); }
+    // KORA4_VOLUME_LEVELER_MIN to _MAX.
     Status SetVolumeLeveler(ULONG amount) noexcept {
         return SetSimplePatchValue(Value(eVolumeLeveler, amount));
     }
 
+    // The curve of the intelligent equalizer.
     Result<Curve> GetIntelligentEq() const noexcept { return Amount<Curve>(eIntelligentEQ); }
+    // Chooses the curve of the intelligent equalizer.
     Status SetIntelligentEq(Curve curve) noexcept {
         return SetSimplePatchValue(Value(eIntelligentEQ, static_cast<ULONG>(curve)));
     }
 
-    // KORA4_DIALOG_ENHANCER_MIN to _MAX, stored with six decimals.
+    // The dialog enhancer, a share.
     Result<float> GetDialogEnhancer() const noexcept { return Amount<float>(eDialogEnhancer); }
+    // KORA4_DIALOG_ENHANCER_MIN to _MAX, stored with six decimals.
     Status SetDialogEnhancer(float amount) noexcept {
         return SetSimplePatchValue(Value(eDialogEnhancer, static_cast<double>(amount)));
     }
 
-    // KORA4_VIRTUALIZER_MIN to _MAX, stored with six decimals; the speakers' reads
-    // KORA4_SPEAKER_VIRTUALIZER_DEFAULT until it is set.
+    // The headphone virtualizer.
     Result<float> GetHeadphoneVirtualizer() const noexcept {
         return Amount<float>(eVirtualizerHP);
     }
+    // KORA4_VIRTUALIZER_MIN to _MAX, stored with six decimals.
     Status SetHeadphoneVirtualizer(float amount) noexcept {
         return SetSimplePatchValue(Value(eVirtualizerHP, static_cast<double>(amount)));
     }
+    // The speaker virtualizer; KORA4_SPEAKER_VIRTUALIZER_DEFAULT until it is set.
     Result<float> GetSpeakerVirtualizer() const noexcept {
         return Amount<float>(eVirtualizerSpkr);
     }
+    // KORA4_VIRTUALIZER_MIN to _MAX, stored with six decimals.
     Status SetSpeakerVirtualizer(float amount) noexcept {
         return SetSimplePatchValue(Value(eVirtualizerSpkr, static_cast<double>(amount)));
     }
 
-    // The bands in use. May throw std::bad_alloc.
+    // The bands of the graphic equalizer that are in use. May throw std::bad_alloc.
     Result<Bands> GetGraphicEQData() const {
         GraphicEQData data;
         data.m_bands = 0;
         const HRESULT hr = m_api->GetGraphicEQData(&data);
         return Valued(hr, ToBands(data));
     }
-    // The first KORA4_GRAPHIC_EQ_MAX_BANDS bands. Gains are moved into their limits and stored
-    // in steps of 1/256 dB, frequencies in whole hertz.
+    // Sets the bands of the graphic equalizer, KORA4_GRAPHIC_EQ_MAX_BANDS at most; others are
+    // left out. Gains are moved into their limits and stored in steps of 1/256 dB, frequencies
+    // in whole hertz.
     Status SetGraphicEQData(const Bands& bands) noexcept {
         return SetGuarded(ToGraphicEQ(bands),
                           [this](GraphicEQData* p) { return m_api->SetGraphicEQData(p); });
@@ -324,30 +336,33 @@ class Api {
 
     // ---- Levels and companion commands --------------------------------------------------
 
-    // How often to read the levels, in milliseconds; any number may be stored, 0 included.
+    // How often to read the levels, in milliseconds.
     Result<ULONG> GetVisualizationSamplingPeriod() const noexcept {
         return Read<ULONG>(
             [this](ULONG* p) { return m_api->GetVisualizationSamplingPeriod(p); });
     }
+    // Any number of milliseconds may be stored, 0 included.
     Status SetVisualizationSamplingPeriod(ULONG milliseconds) noexcept {
         return Status(m_api->SetVisualizationSamplingPeriod(milliseconds));
     }
 
-    // Outcome::eAbsent: the engine has published nothing.
+    // The present levels. Outcome::eAbsent: the engine has published nothing.
     Result<Levels> GetVisualizationData() const noexcept {
         return Read<Levels>([this](Levels* p) {
             return m_api->GetVisualizationData(p->gains.data(), p->excitations.data());
         });
     }
 
-    // The command line of a companion application, as Initialize found it; empty when none is
+    // The command line of the profile editor, as Initialize found it; empty when none is
     // configured. May throw std::bad_alloc.
     Result<std::optional<std::wstring>> GetVeltoProfileEditorCommand() const {
         return Command(&IVeltoKORA4API::GetVeltoProfileEditorCommand);
     }
+    // The same of the profile selector.
     Result<std::optional<std::wstring>> GetVeltoProfileSelectorCommand() const {
         return Command(&IVeltoKORA4API::GetVeltoProfileSelectorCommand);
     }
+    // The same of the demo application.
     Result<std::optional<std::wstring>> GetVeltoDemoAppCommand() const {
         return Command(&IVeltoKORA4API::GetVeltoDemoAppCommand);
     }

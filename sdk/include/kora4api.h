@@ -22,14 +22,6 @@
 #include "kora4api_codes.h"
 #include "kora4api_constants.h"
 
-/* A COM interface has no destructor, which a careful compiler would like to be virtual. */
-#if defined(__cplusplus) && defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 #include "veltokora4api.h"
-#if defined(__cplusplus) && defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 #endif /* KORA4API_H */

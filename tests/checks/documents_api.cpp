@@ -156,22 +156,26 @@ std::vector<Row> AcceptedProfiles(const Document&) {
 // -----------------------------------------------------------------------------
 
 struct Limits {
-    std::string lowest, highest;
+    std::string lowest, highest, unit;
 };
+
+constexpr char cEnginesScale[] = "none; the engine's own scale";
 
 Limits LimitsOf(ApiTechnology technology) {
     switch (technology) {
         case ApiTechnology::eVolumeLeveler:
-            return {"0", Text(cVeltoVolumeLevelerAmountMax)};
+            return {"0", Text(cVeltoVolumeLevelerAmountMax), cEnginesScale};
         case ApiTechnology::eIntelligentEQ:
-            return {"0", Text(eNumberIEQPatches - 1)};
+            return {"0", Text(eNumberIEQPatches - 1), "none; the number of a curve"};
         case ApiTechnology::eDialogEnhancer:
-            return {FloatText(cDialogEnhancerAmountMin), FloatText(cDialogEnhancerAmountMax)};
+            return {FloatText(cDialogEnhancerAmountMin), FloatText(cDialogEnhancerAmountMax),
+                    "none; a share"};
         case ApiTechnology::eVirtualizerHP:
         case ApiTechnology::eVirtualizerSpkr:
-            return {FloatText(cSurroundCompBoostMin), FloatText(cSurroundCompBoostMax)};
+            return {FloatText(cSurroundCompBoostMin), FloatText(cSurroundCompBoostMax),
+                    cEnginesScale};
         default:
-            return {};
+            return {"", "", "Hz, dB"};
     }
 }
 
@@ -227,7 +231,7 @@ std::vector<Row> ApiTechnologies(const Document&) {
         const auto [type, member] = members[name];
         const Limits limits = LimitsOf(technology);
         rows.push_back({Text(number), name, member, type, limits.lowest, limits.highest,
-                        storeNames.at(preset).name, PidsOf(technology)});
+                        storeNames.at(preset).name, PidsOf(technology), limits.unit});
     }
     return rows;
 }
@@ -241,7 +245,7 @@ const std::vector<Comparison> cApiComparisons = {
     {"constants", 2, &Constants},
     {"profile constants", 2, &ProfileConstants},
     {"accepted profiles", 3, &AcceptedProfiles},
-    {"api technologies", 8, &ApiTechnologies},
+    {"api technologies", 9, &ApiTechnologies},
     {"callbacks", 3, &Callbacks},
     {"identifiers", 2, &Identifiers},
 };

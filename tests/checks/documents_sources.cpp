@@ -132,7 +132,10 @@ std::string ChecksOf(const std::string& method) {
         return argument ? "argument" : "";
     if (!argument)
         return "initialised";
-    return says("cCommandRules") ? "initialised, argument" : "argument, initialised";
+    // The record's technology is looked at in the body, and so last.
+    return says("cCommandRules")            ? "initialised, argument"
+           : says("GetASLPatchUnionField(") ? "argument, initialised, technology"
+                                            : "argument, initialised";
 }
 
 }  // namespace kora4::test

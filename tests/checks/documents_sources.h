@@ -38,8 +38,8 @@ std::map<std::string, std::pair<std::string, std::string>> PatchValueMembers();
 // Interfaces, classes and the type library with their GUIDs.
 std::vector<std::pair<std::string, std::string>> IdlIdentifiers();
 
-// The checks that a method of the API object makes before its work: "argument",
-// "initialised", in their order.
+// The checks that a method of the API object makes, in their order: "argument", "initialised"
+// and, of a value's record, "technology".
 std::string ChecksOf(const std::string& method);
 
 }  // namespace kora4::test

@@ -12,17 +12,22 @@
 
 #include "checks/documents_compare.h"
 #include "checks/documents_markdown.h"
+#include "contract/results.h"
 
 namespace kora4::test {
 namespace {
 
+// All documents, by their paths from the root.
 std::vector<std::string> DocumentPaths() {
+    const std::filesystem::path root = KORA4_ROOT;
     std::vector<std::string> paths;
-    for (const char* folder : {"", "docs/"})
-        for (const auto& file :
-             std::filesystem::directory_iterator(KORA4_ROOT "/" + std::string(folder)))
-            if (file.path().extension() == ".md")
-                paths.push_back(folder + file.path().filename().string());
+    for (std::filesystem::recursive_directory_iterator file(root), end; file != end; ++file) {
+        const std::string name = file->path().filename().string();
+        if (file->is_directory() && (name == "build" || name.starts_with(".")))
+            file.disable_recursion_pending();
+        else if (file->path().extension() == ".md")
+            paths.push_back(file->path().lexically_relative(root).string());
+    }
     return paths;
 }
 
@@ -32,9 +37,9 @@ std::string Unindented(const std::string& text) {
     return std::regex_replace(text, cIndentation, "$1");
 }
 
-// Each block of C++ follows a line `<!-- code: FILE -->` and is a part of that file.
+// Each block of C and C++ follows a line `<!-- code: FILE -->` and is a part of that file.
 Findings CodeThatIsNotBuilt(const std::string& document) {
-    static const std::regex cBlock("([^\n]*)\n```cpp\n([^`]*)```");
+    static const std::regex cBlock("([^\n]*)\n```c(?:pp)?\n([^`]*)```");
     static const std::regex cMark("<!-- code: (\\S+) -->");
     Findings findings;
     for (std::sregex_iterator i(document.begin(), document.end(), cBlock), end; i != end; ++i) {
@@ -112,6 +117,123 @@ TEST(DocumentTexts, ShowCodeThatIsBuilt) {
 TEST(DocumentTexts, HaveLinksThatLeadSomewhere) {
     for (const std::string& path : DocumentPaths())
         EXPECT_EQ(Findings(), LinksThatLeadNowhere(path, ReadProjectFile(path)));
+}
+
+// The codes of the page of messages have the names and the proxies that `kora4ctl explain`
+// knows.
+TEST(DocumentTexts, NameTheResultsByTheirCodes) {
+    const Document page = ParseDocument(ReadProjectFile("docs/troubleshooting.md"));
+    const MarkedTable* const pTable = page.Find("messages");
+    ASSERT_TRUE(pTable);
+    for (const Row& row : pTable->rows) {
+        const auto code = static_cast<std::uint32_t>(std::stoul(row[0], nullptr, 16));
+        const contract::Result* const pResult = contract::FindResult(code);
+        ASSERT_TRUE(pResult) << row[0];
+        EXPECT_EQ(pResult->name, row[1]) << row[0];
+        const auto namesProxies = [](const std::string& text) {
+            return text.find("Kora4RegisterProxies") != std::string::npos;
+        };
+        EXPECT_EQ(namesProxies(pResult->next), namesProxies(row[3])) << row[0];
+    }
+    EXPECT_LT(10u, pTable->rows.size());
+}
+
+// What a document says in prose, and the test that shows it of the library.
+struct Statement {
+    const char* document;
+    const char* words;
+    const char* test;  // FILE: SUITE, NAME
+};
+
+constexpr Statement cStatements[] = {
+    {"README.md", "It is called in the apartment that registered it",
+     "tests/contract/proxy/object_test.cpp: "
+     "ProxiedObject, AllSixNotificationsArriveInTheClientsApartment"},
+    {"docs/api.md", "**Callbacks are called in the apartment that registered them.**",
+     "tests/contract/proxy/object_test.cpp: "
+     "ProxiedObject, AllSixNotificationsArriveInTheClientsApartment"},
+    {"docs/api.md", "`E_INVALIDARG`, but only an initialised object looks at them.",
+     "tests/contract/api_core_test.cpp: "
+     "ApiCore, ATechnologyWithoutAValueIsRefusedAfterTheInitialisation"},
+    {"docs/api.md",
+     "`CoCreateInstance` returns `REGDB_E_CLASSNOTREG` (0x80040154); `DllGetClassObject`, when "
+     "a program calls it directly, returns `CLASS_E_CLASSNOTAVAILABLE` (0x80040111).",
+     "tests/contract/server/registration_test.cpp: "
+     "Registration, ComKnowsNothingOfTheClassesThatAreNotServed"},
+    {"docs/api.md",
+     "the store refuses a write (a key was deleted, access was denied), the "
+     "result is `E_FAIL`.",
+     "tests/contract/api_store_failure_test.cpp: ApiWithoutKeys, WhatIsWrittenFails"},
+    {"docs/api.md",
+     "A value that cannot be read is no failure: it has its "
+     "[default](store-schema.md#how-to-read).",
+     "tests/contract/api_store_failure_test.cpp: ApiWithoutKeys, WhatIsReadIsItsDefault"},
+    {"docs/api.md",
+     "Only what has no default fails: the names of the custom profiles, and "
+     "levels that cannot be read.",
+     "tests/contract/api_store_failure_test.cpp: ApiWithoutKeys, NamesAndLevelsFailToo"},
+    {"docs/api.md", "marshalling the interface fails with `E_NOINTERFACE` (0x80004002;",
+     "tests/contract/proxy/sdk_registration_test.cpp: "
+     "SdkProxies, WithoutThemMarshallingFindsNoInterface"},
+    {"docs/api.md", "unmarshalling it with `REGDB_E_CLASSNOTREG` (0x80040154).",
+     "tests/contract/proxy/sdk_registration_test.cpp: "
+     "SdkProxies, WithoutThemUnmarshallingFindsNoClass"},
+    {"docs/store-schema.md", "257 reads Music's values.",
+     "tests/contract/api_store_failure_test.cpp: "
+     "ApiUnlistedProfile, ReadsWhatIsStoredUnderItsLowEightBits"},
+    {"docs/store-schema.md",
+     "Where nothing is stored there, its values default to the Movie "
+     "row and its switches to on.",
+     "tests/contract/api_store_failure_test.cpp: "
+     "ApiUnlistedProfile, HasMoviesValuesAndAllSwitchesOnWhereNothingIsStored"},
+    {"docs/store-schema.md", "Values that a client sets are not stored.",
+     "tests/contract/api_store_failure_test.cpp: ApiUnlistedProfile, WhatIsSetStoresNothing"},
+    {"docs/store-schema.md",
+     "Such a key has the access list that it inherits, not the one "
+     "that registering sets",
+     "tests/contract/server/registration_test.cpp: "
+     "Registration, AStaticKeyThatAClientCreatedIsNotOpenToEverybodyUntilItIsRepaired"},
+    {"docs/store-schema.md", "everybody may create keys below `SOFTWARE\\Velto\\KORA4`.",
+     "tests/contract/server/registration_test.cpp: "
+     "Registration, LeavesTheKeyOfTheApplicationsToEverybody"},
+};
+
+// One blank for every run of blanks and line ends.
+std::string Joined(const std::string& text) {
+    std::istringstream words(text);
+    std::string joined;
+    for (std::string word; words >> word;)
+        joined += word + " ";
+    return joined;
+}
+
+Findings StatementsThatNothingShows(const std::string& document, const Statement& statement) {
+    Findings findings;
+    if (Joined(document).find(statement.words) == std::string::npos)
+        findings.push_back(std::string(statement.document) +
+                           " does not say: " + statement.words);
+    const std::string test = statement.test;
+    const std::size_t colon = test.find(": ");
+    if (Joined(ReadProjectFile(test.substr(0, colon)))
+            .find("(" + test.substr(colon + 2) + ")") == std::string::npos)
+        findings.push_back("there is no test " + test);
+    return findings;
+}
+
+TEST(DocumentTexts, SayInProseWhatATestShows) {
+    for (const Statement& statement : cStatements)
+        EXPECT_EQ(Findings(),
+                  StatementsThatNothingShows(ReadProjectFile(statement.document), statement));
+}
+
+TEST(DocumentTexts, AreFoundOutWithStatementsThatNothingShows) {
+    const Statement& statement = cStatements[0];
+    const std::string words = statement.words;
+    EXPECT_EQ(Findings(), StatementsThatNothingShows("So. " + words + ".\n", statement));
+    EXPECT_EQ(1u, StatementsThatNothingShows("It is called somewhere.", statement).size());
+    const Statement untested = {"README.md", statement.words,
+                                "tests/contract/proxy/object_test.cpp: ProxiedObject, None"};
+    EXPECT_EQ(1u, StatementsThatNothingShows(words, untested).size());
 }
 
 TEST(DocumentTexts, AreFoundOutWithCodeThatIsNotBuilt) {

@@ -40,6 +40,10 @@ fresh() {
   cd "$work/tree"
   cp "$root/.clang-format" .
   cp "$root/docs/architecture.md" docs/
+  mkdir scripts
+  printf '%s\n' '#!/bin/sh' '# SPDX-License-Identifier: MIT' '# fast.sh [--fast]: does nothing.' >scripts/fast.sh
+  chmod +x scripts/fast.sh
+  printf '%s\n' '<!-- SPDX-License-Identifier: MIT -->' '# A page' '```sh' 'scripts/fast.sh --fast' '```' >docs/page.md
   put idl/thing.idl '[uuid(01234567-89AB-CDEF-0123-456789ABCDEF)] interface IThing;'
   needs
   put src/trace/trace.h '#include <cstdint>' '' '#include "contract/facts.h"'
@@ -82,7 +86,8 @@ report() {
 
 run() {
   case $1 in
-    format) bash "$checks/format.sh" "$work/tree" ;;
+    format | spelling) bash "$checks/$1.sh" "$work/tree" ;;
+    blocks) perl "$checks/blocks.pl" "$work/tree" ;;
     *) perl "$checks/check.pl" "$1" "$work/tree" ;;
   esac >"$work/output" 2>&1
 }
@@ -122,7 +127,7 @@ lines() {
   for ((i = 0; i < $1; i++)); do printf '%s\n' "$2"; done
 }
 
-for rule in arrows comments files functions headers lines literals pure words format; do
+for rule in arrows blocks comments files functions headers lines literals pure words format spelling; do
   fresh
   result=0
   run "$rule" || result=1
@@ -262,6 +267,32 @@ finds words "skipped test" src/api/api.h "GTEST_SK""IP();"
 finds words "path of somebody" src/api/api.h "auto p = \"/wor""k/x\";"
 finds words "reference to no known document" src/api/api.h "// see iss""ue 7"
 finds format "code should be clang-formatted" src/api/api.h 'int  f( ) ;'
+
+# finds_block WORDS KIND TEXT: a document with such a block makes the check complain with WORDS.
+finds_block() { finds blocks "$1" docs/page.md "\n\`\`\`$2\n$3\n\`\`\`"; }
+finds_block "nothing checks a block of ''" '' 'words'
+finds_block "nothing checks a block of 'rust'" rust 'fn main() {}'
+finds_block "code without the name of its file" cpp 'int a;'
+finds_block "code without the name of its file" c 'int a;'
+finds_block "does not run the transcripts of docs/page.md" console '$ kora4ctl status'
+finds_block "there is no scripts/none.sh" sh 'scripts/none.sh'
+finds_block "scripts/fast.sh has no --slow" sh 'scripts/fast.sh --slow'
+finds_block "scripts/fast.sh has no --fas" sh 'scripts/fast.sh --fas'
+finds_block "there is no no-such-command" sh 'ls | no-such-command'
+finds_block "ls has no --upside-down" sh 'ls --upside-down'
+finds_block "there is no kora4ctl jump" sh 'kora4ctl jump'
+finds_block "the trace has no everything" sh 'kora4ctl trace on messages everything'
+finds_block "no sample is built by" sh 'x86_64-w64-mingw32-g++ nothing.cpp'
+finds_block "CMake has no find_everything" cmake 'find_everything(now)'
+finds_block "this is no JSON" json '{"a": }'
+finds blocks "a block without an end" docs/page.md '\n```text\nno end'
+allows blocks docs/page.md '\n```text\nwords\n```'
+allows blocks docs/page.md '\n```cmake\nfind_package(Threads)  # any\n```'
+allows blocks docs/page.md '\n<!-- code: src/api/api.h -->\n```cpp\nint a;\n```'
+allows blocks docs/page.md '\n```sh\nls --all | sort --reverse  # --upside-down\n```'
+finds spelling "Teh ==> The" docs/page.md 'Teh end.'
+finds spelling "recieve ==> receive" src/api/api.h '// To recieve it.'
+allows spelling docs/page.md 'unknwn.idl'
 
 echo "$failures failures"
 [ "$failures" = 0 ]

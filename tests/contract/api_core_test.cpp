@@ -147,6 +147,17 @@ std::vector<Call> AllSettingsCalls(Outs& outs) {
     };
 }
 
+// The technology of a value is looked at by the work itself, that of a switch before it.
+TEST_F(ApiCore, ATechnologyWithoutAValueIsRefusedAfterTheInitialisation) {
+    for (const KORA4APITechnology technology : {eGraphicEQ, cUnknownTechnology}) {
+        KORA4PatchValueUnion value{technology, {}};
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, Created()->GetSimplePatchValue(&value));
+        EXPECT_EQ(APOERR_NOT_INITIALIZED, Created()->SetSimplePatchValue(&value));
+        EXPECT_EQ(E_INVALIDARG, Initialized()->GetSimplePatchValue(&value));
+        EXPECT_EQ(E_INVALIDARG, Initialized()->SetSimplePatchValue(&value));
+    }
+}
+
 TEST_F(ApiCore, RefusesEverySettingsCallBeforeInitialize) {
     ComPtr<IVeltoKORA4API> spApi = Created();
     Outs outs;

@@ -25,6 +25,7 @@ enum class ApartmentKind {
 // and let it go after the last one, on the thread that made it.
 class ApartmentGuard {
   public:
+    // Status() says whether the thread is in the apartment.
     explicit ApartmentGuard(ApartmentKind kind) noexcept
         : m_status(CoInitializeEx(nullptr, kind == ApartmentKind::eSingleThreaded
                                                ? COINIT_APARTMENTTHREADED

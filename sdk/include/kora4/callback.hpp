@@ -24,11 +24,11 @@ inline namespace v1 {
 // Is told of what others change. Derive from it, override the handlers of interest, make the
 // object with MakeCallback and hand it to Api::Register.
 //
-// Handlers run on the thread of the single-threaded apartment in which the client registered,
-// when that takes messages, or else on a thread of the library's in the multithreaded
-// apartment. They must not block, and may call every method of Api, unregister, or let the Api
-// go. The library is always answered with success, so notifications never end because of a
-// handler: an exception that leaves one is handed to OnException and goes no further.
+// Handlers run in the apartment in which the client registered: in a single-threaded one on its
+// thread, when that takes messages; in the multithreaded one on a thread of the library's. They
+// must not block, and may call every method of Api, unregister, or let the Api go. The library
+// is always answered with success, so notifications never end because of a handler: an
+// exception that leaves one is handed to OnException and goes no further.
 class Callback : public IVeltoKORA4APICallback {
   public:
     Callback(const Callback&) = delete;

@@ -71,9 +71,11 @@ class [[nodiscard]] Status {
     constexpr explicit operator bool() const noexcept {
         return m_code == S_OK || Outcome() == kora4::Outcome::eDone;
     }
+    // Understood, and nothing was changed.
     constexpr bool IsUnchanged() const noexcept {
         return Outcome() == kora4::Outcome::eUnchanged;
     }
+    // The call failed; success codes that changed nothing are no failures.
     constexpr bool HasFailed() const noexcept { return m_code < 0; }
 
     // "KORA4_S_DEMO_MODE_ACTIVE"; empty when FindResult does not know the code.

@@ -108,8 +108,8 @@ inline constexpr ResultCode cPlatformResults[] = {
      "nothing.",
      "Use another method: this one will not work later either."},
     {0x80004002, "E_NOINTERFACE", "the object has no such interface",
-     "A wrong interface identifier, or an interface pointer for another apartment while the "
-     "proxies are not registered there.",
+     "A wrong interface identifier, or an interface pointer was to be marshalled in an "
+     "apartment in which the proxies are not registered.",
      "Call Kora4RegisterProxies in each apartment that takes part, or create the object in "
      "the apartment that uses it."},
     {0x80004004, "E_ABORT", "the operation was broken off",
@@ -154,10 +154,14 @@ inline constexpr ResultCode cPlatformResults[] = {
      "the library has no such class; it serves the Test class alone",
      "The Analog and HDMI classes stand in the type library and cannot be created.",
      "Create CLSID_VeltoKORA4APITestCoclass."},
-    {0x80040154, "REGDB_E_CLASSNOTREG", "the library is not registered on this machine",
-     "The registry has no entry for the class, or only one of the other bitness: the library "
-     "is for 64-bit programs.",
-     "Run 'kora4ctl register' as an administrator."},
+    {0x80040154, "REGDB_E_CLASSNOTREG", "the class is not registered",
+     "Creating the object: the library is not registered on this machine, or only one of the "
+     "other bitness (it is for 64-bit programs), or the class is Analog or HDMI, which cannot "
+     "be created. Unmarshalling an interface pointer: the proxies are not registered in that "
+     "apartment.",
+     "If the object could not be created, run 'kora4ctl register' as an administrator; if a "
+     "pointer was carried to another apartment, call Kora4RegisterProxies in each apartment "
+     "that takes part."},
     {0x80040155, "REGDB_E_IIDNOTREG", "the proxies of the interface are not registered",
      "The interface was to cross an apartment, and nobody told COM how.",
      "Call Kora4RegisterProxies in each apartment that takes part."},

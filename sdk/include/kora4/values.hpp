@@ -20,22 +20,24 @@ inline namespace v1 {
 
 // The curves of the intelligent equalizer.
 enum class Curve : ULONG {
-    eBalanced = KORA4_INTELLIGENT_EQ_BALANCED,
-    eOpen = KORA4_INTELLIGENT_EQ_OPEN,
-    eFocused = KORA4_INTELLIGENT_EQ_FOCUSED,
-    eBright = KORA4_INTELLIGENT_EQ_BRIGHT,
-    eRich = KORA4_INTELLIGENT_EQ_RICH,
-    eWarm = KORA4_INTELLIGENT_EQ_WARM
+    eBalanced = KORA4_INTELLIGENT_EQ_BALANCED,  // Balanced
+    eOpen = KORA4_INTELLIGENT_EQ_OPEN,          // Open
+    eFocused = KORA4_INTELLIGENT_EQ_FOCUSED,    // Focused
+    eBright = KORA4_INTELLIGENT_EQ_BRIGHT,      // Bright
+    eRich = KORA4_INTELLIGENT_EQ_RICH,          // Rich
+    eWarm = KORA4_INTELLIGENT_EQ_WARM           // Warm
 };
 
-// The version of the library, most significant number first.
+// The version of the library.
 struct Version {
-    ULONG numbers[4] = {};
+    ULONG numbers[4] = {};  // the most significant one first
 };
 
 // The engine's present levels in dB, by band.
 struct Levels {
+    // KORA4_SILENT_GAIN where no part of the engine has the band.
     std::array<float, KORA4_VISUALIZATION_BANDS> gains{};
+    // KORA4_SILENT_EXCITATION where no part of the engine has the band.
     std::array<float, KORA4_VISUALIZATION_BANDS> excitations{};
 };
 
@@ -64,19 +66,23 @@ class Value {
         }
     }
 
+    // Whose value it is.
     KORA4APITechnology Technology() const noexcept { return m_value.m_technology; }
 
+    // The amount in the unit of its technology; of the intelligent equalizer, the curve's
+    // number.
     double Amount() const noexcept {
         return IsWhole() ? static_cast<double>(m_value.m_values.m_volumeSlider)
                          : static_cast<double>(m_value.m_values.m_enhancementSlider);
     }
 
+    // As the API has it.
+    const KORA4PatchValueUnion& Raw() const noexcept { return m_value; }
+
     // Whether the technology takes whole numbers only.
     bool IsWhole() const noexcept {
         return m_value.m_technology == eVolumeLeveler || m_value.m_technology == eIntelligentEQ;
     }
-
-    const KORA4PatchValueUnion& Raw() const noexcept { return m_value; }
 
   private:
     KORA4PatchValueUnion m_value;

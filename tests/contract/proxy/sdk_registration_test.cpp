@@ -48,6 +48,44 @@ TEST(SdkProxies, RegistrationMakesTheApiMarshalUntilItIsRevoked) {
     });
 }
 
+// What a client sees that forgot to register the proxies: one code in the apartment that hands
+// the interface out, another in the one that takes it. Windows may say REGDB_E_IIDNOTREG for
+// the first.
+TEST(SdkProxies, WithoutThemMarshallingFindsNoInterface) {
+    Apartment apartment(
+        ApartmentKind::Single, [] {}, [] {});
+    apartment.Run([] {
+        Microsoft::WRL::ComPtr<ApiRecorder> api(new ApiRecorder);
+        EXPECT_EQ(E_NOINTERFACE, MarshalAndDrop(api.Get()));
+    });
+}
+
+TEST(SdkProxies, WithoutThemUnmarshallingFindsNoClass) {
+    DWORD cookie = 0;
+    Microsoft::WRL::ComPtr<ApiRecorder> api(new ApiRecorder);
+    IStream* pStream = nullptr;
+    Apartment owner(
+        ApartmentKind::Single, [&] { EXPECT_EQ(S_OK, Kora4RegisterProxies(&cookie)); },
+        [&] { EXPECT_EQ(S_OK, Kora4RevokeProxies(cookie)); });
+    owner.Run([&] {
+        EXPECT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(IID_IVeltoKORA4API, api.Get(),
+                                                              &pStream));
+    });
+    Apartment user(
+        ApartmentKind::Single, [] {}, [] {});
+    user.Run([&] {
+        IVeltoKORA4API* pCarried = nullptr;
+        EXPECT_EQ(REGDB_E_CLASSNOTREG,
+                  CoUnmarshalInterface(pStream, IID_IVeltoKORA4API,
+                                       reinterpret_cast<void**>(&pCarried)));
+    });
+    owner.Run([&] {
+        pStream->Seek({}, STREAM_SEEK_SET, nullptr);
+        CoReleaseMarshalData(pStream);
+        pStream->Release();
+    });
+}
+
 TEST(SdkProxies, SecondRegistrationOfAnApartmentCanBeRevokedWithoutHarm) {
     Apartment apartment(
         ApartmentKind::Single, [] {}, [] {});

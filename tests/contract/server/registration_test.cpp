@@ -167,6 +167,20 @@ TEST_F(Registration, DoesNotRegisterTheClassesThatAreNotServed) {
         KeyExists(HKEY_CLASSES_ROOT, L"CLSID\\{FBD78353-8513-46F2-A5DA-7982B07320BF}"));
 }
 
+TEST_F(Registration, ComKnowsNothingOfTheClassesThatAreNotServed) {
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
+    for (const CLSID& clsid :
+         {CLSID_VeltoKORA4APIAnalogCoclass, CLSID_VeltoKORA4APIHDMICoclass}) {
+        ComPtr<IUnknown> object;
+        EXPECT_EQ(REGDB_E_CLASSNOTREG,
+                  CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown,
+                                   reinterpret_cast<void**>(object.GetAddressOf())));
+        EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+                  m_library.GetClassObject(clsid, IID_IClassFactory,
+                                           reinterpret_cast<void**>(object.GetAddressOf())));
+    }
+}
+
 TEST_F(Registration, TwiceIsOnce) {
     EXPECT_EQ(S_OK, m_library.RegisterServer());
     const std::string classes = Classes();
@@ -245,6 +259,35 @@ TEST_F(Registration, AgainRepairsKeysThatDenyEverybody) {
         EXPECT_EQ(cWorldAccess, DaclOf(path));
     }
     EXPECT_EQ(2u, ReadStoredUINT(eKeySetDynamic, cSomeSetting));
+}
+
+// Its list is what it inherits: registering makes it writable for everybody again.
+TEST_F(Registration, AStaticKeyThatAClientCreatedIsNotOpenToEverybodyUntilItIsRepaired) {
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
+    RemoveKey(HKEY_LOCAL_MACHINE, cStaticKeysPath);
+    {
+        ComPtr<IVeltoKORA4API> api;
+        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_VeltoKORA4APITestCoclass, nullptr,
+                                         CLSCTX_INPROC_SERVER, IID_IVeltoKORA4API,
+                                         reinterpret_cast<void**>(api.GetAddressOf())));
+        EXPECT_EQ(S_OK, api->Initialize());
+    }
+    ASSERT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, cStaticKeysPath));
+    EXPECT_NE(cWorldAccess, DaclOf(cStaticKeysPath));
+    EXPECT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(cWorldAccess, DaclOf(cStaticKeysPath));
+}
+
+// Full access to the parent is the right to create keys below it: an installer that leaves the
+// key out leaves it to whoever comes first.
+TEST_F(Registration, LeavesTheKeyOfTheApplicationsToEverybody) {
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(cWorldAccess, DaclOf(cBaseKeyPath));
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cAppKeysPath));
+    CreateKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    const std::wstring before = DaclOf(cAppKeysPath);
+    ASSERT_EQ(S_OK, m_library.RegisterServer());
+    EXPECT_EQ(before, DaclOf(cAppKeysPath));
 }
 
 TEST_F(Registration, NeverOpensWhatALinkInPlaceOfAKeyLeadsTo) {

@@ -113,6 +113,26 @@ std::string TextOf(ITypeInfo* info, const TYPEDESC& type) {
     }
 }
 
+std::vector<MEMBERID> Members(ITypeInfo* info) {
+    std::vector<MEMBERID> members;
+    const TypeAttributes attributes(info);
+    for (UINT i = 0; i < attributes->cFuncs; ++i) {
+        FUNCDESC* function = nullptr;
+        if (SUCCEEDED(info->GetFuncDesc(i, &function))) {
+            members.push_back(function->memid);
+            info->ReleaseFuncDesc(function);
+        }
+    }
+    for (UINT i = 0; i < attributes->cVars; ++i) {
+        VARDESC* variable = nullptr;
+        if (SUCCEEDED(info->GetVarDesc(i, &variable))) {
+            members.push_back(variable->memid);
+            info->ReleaseVarDesc(variable);
+        }
+    }
+    return members;
+}
+
 std::vector<std::string> Variables(ITypeInfo* info) {
     std::vector<std::string> texts;
     const TypeAttributes attributes(info);

@@ -43,6 +43,9 @@ std::string NameOfReference(ITypeInfo* info, HREFTYPE reference);
 // "I4", "UI4*", "R4[20]", "LPWSTR*" or the name of a type; "VT n" for anything unknown.
 std::string TextOf(ITypeInfo* info, const TYPEDESC& type);
 
+// The methods and constants of a type, in their order.
+std::vector<MEMBERID> Members(ITypeInfo* info);
+
 // "offset type name" for each field, "type name = value" for each constant.
 std::vector<std::string> Variables(ITypeInfo* info);
 

@@ -139,6 +139,37 @@ TEST_F(TypeLibrary, TechnologiesHaveTheirNumbers) {
     EXPECT_EQ(expected, Variables(info.Get()));
 }
 
+// Those of the types themselves are checked with the types.
+TEST_F(TypeLibrary, EveryMethodAndEnumeratorHasItsHelpString) {
+    std::size_t members = 0;
+    for (const char* const name :
+         {"IVeltoKORA4API", "IVeltoKORA4APICallback", "KORA4APITechnology"}) {
+        const ComPtr<ITypeInfo> info = Info(name);
+        ASSERT_TRUE(info);
+        for (const MEMBERID member : Members(info.Get())) {
+            const std::string help = HelpOf(info.Get(), member);
+            EXPECT_LT(10u, help.size()) << name << " " << member << " " << help;
+            EXPECT_NE('.', help.empty() ? '.' : help.back()) << help;
+            ++members;
+        }
+    }
+    EXPECT_EQ(30u + 6u + 7u, members);
+}
+
+TEST_F(TypeLibrary, HelpStringsBelongToTheirMembers) {
+    const ComPtr<ITypeInfo> api = Info("IVeltoKORA4API");
+    const std::vector<MEMBERID> methods = Members(api.Get());
+    EXPECT_EQ("Gets the version of the library", HelpOf(api.Get(), methods.front()));
+    EXPECT_EQ("Gets the graphic equalizer of the active profile",
+              HelpOf(api.Get(), methods.back()));
+    const ComPtr<ITypeInfo> technologies = Info("KORA4APITechnology");
+    const std::vector<MEMBERID> enumerators = Members(technologies.Get());
+    EXPECT_EQ("Volume leveler: an amount, 0 to 10",
+              HelpOf(technologies.Get(), enumerators.front()));
+    EXPECT_EQ("The number of technologies; not a technology",
+              HelpOf(technologies.Get(), enumerators.back()));
+}
+
 TEST_F(TypeLibrary, RecordsHaveTheirSizesAndPlaces) {
     const ComPtr<ITypeInfo> value = Info("KORA4PatchValueUnion");
     ASSERT_TRUE(value);

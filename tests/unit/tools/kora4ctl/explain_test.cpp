@@ -109,6 +109,15 @@ TEST(ExplainedCodes, AreFoundInTheTextsOfOtherPrograms) {
     }
 }
 
+// Both come of proxies that are missing, too, and nothing else that a client did is wrong then.
+TEST(ExplainedCodes, OfMissingProxiesNameTheCallThatRegistersThem) {
+    for (const char* code : {"0x80004002", "0x80040154", "0x80040155"}) {
+        const Explanation explanation = Explain(code);
+        EXPECT_NE(std::string::npos, explanation.why.find("apartment")) << code;
+        EXPECT_NE(std::string::npos, explanation.next.find("Kora4RegisterProxies")) << code;
+    }
+}
+
 // --- lines ---------------------------------------------------------------------------------
 
 TEST(ExplainedLines, HaveWriterMessageAndCategories) {
