@@ -28,6 +28,11 @@ build_needs=(
   "/usr/src/googletest/CMakeLists.txt|googletest"
   "/usr/include/CLI/CLI.hpp|libcli11-dev"
   "/usr/include/nlohmann/json.hpp|nlohmann-json3-dev"
+  "perl|perl"
+)
+package_needs=(
+  "git|git"
+  "zip|zip"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
 clang_needs=(
@@ -41,8 +46,12 @@ bench_needs=(
 test_needs=(
   "${clang_needs[@]}"
   "${bench_needs[@]}"
+  "${package_needs[@]}"
   "clang-format-14|clang-format-14"
-  "git|git"
+  "pkg-config|pkgconf"
+  "/usr/bin/rustc|rustc"
+  "/usr/lib/rustlib/x86_64-pc-windows-gnu|libstd-rust-dev-windows"
+  "mcs|mono-mcs"
 )
 
 # missing_packages NEED...: the packages of the needs that are not met, one a line.
