@@ -138,10 +138,15 @@ make_prefix() {
   mkdir -p "$(dirname "$1")"
   (
     flock 9
-    [ -f "$1/.ready" ] && exit 0
+    [ -f "$1/.prepared" ] && exit 0
     rm -rf "$1"
     WINEPREFIX=$1 "$wine64" wineboot -i >/dev/null 2>&1 9>&- || exit 1
-    touch "$1/.ready"
+    # Windows need no display then.
+    WINEPREFIX=$1 "$wine64" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f \
+      >/dev/null 2>&1 9>&- || exit 1
+    # The driver counts from the start of the desktop.
+    end_prefix "$1" 9>&-
+    touch "$1/.prepared"
   ) 9>"$1.lock" || die "no Wine prefix can be made in $1; is there enough space on the disk?"
 }
 
