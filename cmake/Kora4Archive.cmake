@@ -16,6 +16,7 @@ function(run command)
   execute_process(COMMAND bash -euo pipefail -c "${command}" archive "${archive}" "${folder}"
     WORKING_DIRECTORY "${parent}" COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
+run([[chmod -R u=rwX,go=rX "$2"]])
 run([[find "$2" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +]])
 run([[tar --format=ustar --sort=name --owner=0 --group=0 --numeric-owner -cf - "$2" | gzip -9n >"$1.tar.gz"]])
 run([[find "$2" -type f | sort | zip -q -9 -X -D -@ "$1.zip"]])

@@ -3,10 +3,6 @@
 # wherever it is unpacked. Components: runtime, development, samples, documentation.
 include(CMakePackageConfigHelpers)
 
-# The same permissions whoever has checked the sources out.
-set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-
 # What may be run alone, or put beside a client.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
 install(TARGETS QXA64T KORA4Proxies kora4ctl kora4sim

@@ -30,4 +30,3 @@ my $out = "$folder/" . basename($page);
 open(my $file, '>', $out) or die "$out: $!\n";
 print $file $text;
 close($file) or die "$out: $!\n";
-chmod(0644, $out) or die "$out: $!\n";

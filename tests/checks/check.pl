@@ -51,7 +51,7 @@ sub line_at {
 # --- headers: whose a file is, and what it is for ---------------------------------------
 
 # What cannot hold a comment, or is compared line for line, or is the licence itself.
-my $without_header = qr{(^|/)LICENSE$|\.json$|\.rgs(\.in)?$|(^|/)exports\.txt$};
+my $without_header = qr{(^|/)LICENSE$|\.json$|\.rgs(\.in)?$|(^|/)(proxy_)?exports\.txt$};
 my $licence = 'SPDX-License-Identifier: MIT';
 
 sub headers {

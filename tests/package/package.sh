@@ -83,15 +83,16 @@ links() {
     exit($dead || !$links);'
 }
 
+# By another user, elsewhere and at another time, as far as one build can show.
 again() {
-  pack "$work/packed-again"
+  (umask 077 && TZ=Asia/Tokyo pack "$work/packed-again")
   for file in "$work"/packed/*.zip "$work"/packed/*.tar.gz; do
     cmp "$file" "$work/packed-again/$(basename "$file")" || fail "the bytes differ"
   done
   rm -rf "$work/packed-again"
 }
 
-samples_build="$place/Gebäude"
+samples_build="$(dirname "$place")/Gebäude"
 
 build() {
   cmake -S "$(sdk)/samples" -B "$samples_build" -G Ninja \
@@ -115,9 +116,11 @@ samples() {
 # Each sample names the one line that builds it.
 lines() {
   local sample line result built=0
-  rm -rf "$place/by lines"
-  cp -r "$(sdk)" "$place/by lines"
-  cd "$place/by lines/samples"
+  local copy
+  copy="$(dirname "$place")/by lines"
+  rm -rf "$copy"
+  cp -r "$(sdk)" "$copy"
+  cd "$copy/samples"
   for sample in *.c *.cpp *.rs *.cs; do
     line=$(sed -nE 's,^( \*|//)   ((x86_64-w64-mingw32-|rustc |mcs ).*)$,\2,p' "$sample")
     [ -n "$line" ] || { [ "$sample" = sample_client.cpp ] || fail "$sample has no line"; continue; }
