@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "base/text.h"
+#include "process/guarded_folder.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 
 namespace kora4::test {
@@ -192,6 +193,14 @@ TEST_F(CtlRegister, RegistersTheLibraryBesideTheProgram) {
     EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetStatic)));
     EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetDynamic)));
     EXPECT_EQ(true, Check(cDone)["registered"]);
+}
+
+TEST_F(CtlRegister, MakesTheFolderOfJournalsAndBackups) {
+    const std::filesystem::path folder = tools::Widen(tools::DataFolder());
+    std::error_code isAbsent;
+    std::filesystem::remove_all(folder, isAbsent);
+    Done({"register"});
+    EXPECT_TRUE(std::filesystem::is_directory(folder));
 }
 
 TEST_F(CtlRegister, RegistersAFileThatIsNamedAndSaysWhichWasBefore) {

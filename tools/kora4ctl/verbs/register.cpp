@@ -8,7 +8,8 @@
 #include "kora4ctl/registration/library_file.h"
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/verbs.h"
-#include "platform/handles.h"
+#include "process/guarded_folder.h"
+#include "process/privileges.h"
 #include "registry/registry_store.h"
 
 namespace kora4::tools {
@@ -94,15 +95,6 @@ ExitCode Check(const Context& context, const Options& options) {
     return diagnosis.NeedsRepair() ? ExitCode::eFindings : ExitCode::eDone;
 }
 
-bool IsElevated() {
-    UniqueHandle token;
-    TOKEN_ELEVATION elevation{};
-    DWORD size = sizeof elevation;
-    return !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) ||
-           !GetTokenInformation(token.Get(), TokenElevation, &elevation, size, &size) ||
-           elevation.TokenIsElevated;
-}
-
 // What the library's own registration answered.
 void Expect(HRESULT hr, const std::string& path, const char* what) {
     if (SUCCEEDED(hr))
@@ -125,6 +117,8 @@ ExitCode Register(const Context& context, const Options& options) {
         const RegistrableLibrary library(path);
         Expect(library.Register(), path, "registered");
     }
+    if (IsElevated())
+        GuardedFolder(DataFolder()).Prepare();
     const Registration now = ReadRegistration();
     const Diagnosis diagnosis = Examine(now, path);
     if (output.json) {
