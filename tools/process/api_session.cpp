@@ -4,6 +4,7 @@
 
 #include "base/failure.h"
 #include "base/results.h"
+#include "process/registered_file.h"
 
 namespace kora4::tools {
 
@@ -31,6 +32,9 @@ ApiSession::ApiSession() {
     if (hr == REGDB_E_CLASSNOTREG)
         throw Failure(ExitCode::eNotReady, "The library is not registered on this machine.",
                       cRegister);
+    if (FAILED(hr) && IsRegisteredFileMissing())
+        throw Failure(ExitCode::eNotReady,
+                      "The registered file does not exist: " + RegisteredFile(), cRegister);
     if (FAILED(hr))
         throw Failure(ExitCode::eNotReady,
                       "The registered library cannot be loaded: " + InWords(hr) + ".",
