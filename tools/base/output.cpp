@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "base/shown_text.h"
 #include "base/text.h"
 
 namespace kora4::tools {
@@ -62,6 +63,25 @@ CONSOLE_SCREEN_BUFFER_INFO ScreenOf(HANDLE console) {
 constexpr const char* cSequences[] = {"",         "\x1b[1m",  "\x1b[90m",
                                       "\x1b[32m", "\x1b[33m", "\x1b[31m"};
 
+// Everything that is printed goes through here: own styles become colour sequences, and what
+// else a terminal would act on is escaped.
+std::string Presented(std::string_view text) {
+    std::string presented;
+    while (!text.empty()) {
+        const std::size_t mark = std::min(text.find(cStyleMark), text.size());
+        presented += ShownLines(text.substr(0, mark));
+        text.remove_prefix(mark);
+        if (text.empty())
+            break;
+        const auto style =
+            text.size() > 1 ? static_cast<std::size_t>(text[1] - cPlainMark) : 0u;
+        if (style < std::size(cSequences))
+            presented += style == 0 ? "\x1b[0m" : cSequences[style];
+        text.remove_prefix(std::min<std::size_t>(2, text.size()));
+    }
+    return presented;
+}
+
 // Bytes that are not UTF-8 (a garbage name in the store) must not stop the output.
 std::string Dump(const Json& document, int indent) {
     return document.dump(indent, ' ', false, Json::error_handler_t::replace);
@@ -81,7 +101,7 @@ void Output::Print(std::string_view line) {
 }
 
 void Output::Write(std::string_view text) {
-    if (m_isBroken || WriteAll(m_results, m_isTerminal, text))
+    if (m_isBroken || WriteAll(m_results, m_isTerminal, Presented(text)))
         return;
     const DWORD error = GetLastError();
     m_isBroken = true;
@@ -126,7 +146,7 @@ void Output::Say(std::string_view message) {
 }
 
 void Output::Complain(std::string_view message) {
-    WriteAll(m_messages, m_areMessagesOnTerminal, std::string(message) + '\n');
+    WriteAll(m_messages, m_areMessagesOnTerminal, Presented(message) + '\n');
 }
 
 unsigned Output::Width() const {
@@ -142,7 +162,8 @@ unsigned Output::Height() const {
 std::string Output::Paint(Style style, std::string_view text) const {
     if (!m_hasColour || style == Style::ePlain)
         return std::string(text);
-    return cSequences[static_cast<std::size_t>(style)] + std::string(text) + "\x1b[0m";
+    const char mark[] = {cStyleMark, static_cast<char>(cPlainMark + static_cast<int>(style))};
+    return std::string(mark, sizeof mark) + std::string(text) + cStyleMark + cPlainMark;
 }
 
 }  // namespace kora4::tools

@@ -27,7 +27,8 @@ Json OrNull(const std::optional<Value>& value) {
 // How a piece of text stands out on a terminal.
 enum class Style { ePlain, eStrong, eDim, eGood, eWarning, eBad };
 
-// Single-threaded.
+// Single-threaded. What a terminal would act on is escaped in everything that is printed, into
+// a pipe and as JSON too (shown_text.h); line feeds and tabs stay.
 class Output {
   public:
     Output();
@@ -41,7 +42,7 @@ class Output {
     // A line of the result; the newline is added. Flushed at once, so that a reader at the
     // other end of a pipe sees it.
     void Print(std::string_view line = {});
-    // Text as it is, for what draws on a terminal.
+    // The same without a newline.
     void Write(std::string_view text);
     // A whole document, indented; or one line of a stream of documents.
     void PrintJson(const Json& document);

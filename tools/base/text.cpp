@@ -112,9 +112,8 @@ std::uint32_t NextCharacter(std::string_view text, std::size_t& at) {
 std::size_t Columns(std::string_view text) {
     std::size_t columns = 0;
     for (std::size_t at = 0; at < text.size();) {
-        if (text[at] == '\x1b') {
-            const std::size_t end = text.find('m', at);
-            at = end == std::string_view::npos ? text.size() : end + 1;
+        if (text[at] == cStyleMark) {
+            at += 2;
             continue;
         }
         const std::uint32_t character = NextCharacter(text, at);

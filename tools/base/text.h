@@ -54,8 +54,13 @@ std::string Lower(std::string_view text);
 // The texts in one, with `between` between any two.
 std::string Join(const std::vector<std::string>& texts, std::string_view between);
 
+// How Output::Paint marks the begin of a style: a byte that no UTF-8 has, and one for the
+// style. No text from outside can be taken for it.
+inline constexpr char cStyleMark = '\xFF';
+inline constexpr char cPlainMark = '0';
+
 // Terminal columns that a text takes: one a character, two for wide ones, none for
-// combining marks and for colour sequences.
+// combining marks and for marks of style.
 std::size_t Columns(std::string_view text);
 
 // The text with blanks up to that many columns.

@@ -4,6 +4,7 @@
 
 #include "base/failure.h"
 #include "base/results.h"
+#include "process/registered_file.h"
 
 namespace kora4::tools {
 
@@ -20,6 +21,9 @@ Api InitialisedIn(const ApartmentGuard& apartment) {
     if (api.Code() == REGDB_E_CLASSNOTREG)
         throw Failure(ExitCode::eNotReady, "The library is not registered on this machine.",
                       cRegister);
+    if (!api && IsRegisteredFileMissing())
+        throw Failure(ExitCode::eNotReady,
+                      "The registered file does not exist: " + RegisteredFile(), cRegister);
     if (!api)
         throw Failure(ExitCode::eNotReady,
                       "The registered library cannot be loaded: " + InWords(api.Code()) + ".",

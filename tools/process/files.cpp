@@ -15,18 +15,22 @@ void WriteNewFile(const std::string& path, std::string_view content) {
     const UniqueHandle file = OpenPath(path, GENERIC_WRITE, CREATE_ALWAYS);
     if (!file)
         throw CannotBe("created", path, GetLastError());
-    while (!content.empty()) {
-        DWORD written = 0;
-        const auto chunk = static_cast<DWORD>(std::min<std::size_t>(content.size(), 1 << 20));
-        if (!WriteFile(file.Get(), content.data(), chunk, &written, nullptr) || written == 0)
-            throw CannotBe("written", path, GetLastError());
-        content.remove_prefix(written);
-    }
-    if (!FlushFileBuffers(file.Get()))
-        throw CannotBe("written", path, GetLastError());
+    WriteAndFlush(file.Get(), path, content);
 }
 
 }  // namespace
+
+void WriteAndFlush(HANDLE file, const std::string& path, std::string_view content) {
+    while (!content.empty()) {
+        DWORD written = 0;
+        const auto chunk = static_cast<DWORD>(std::min<std::size_t>(content.size(), 1 << 20));
+        if (!WriteFile(file, content.data(), chunk, &written, nullptr) || written == 0)
+            throw CannotBe("written", path, GetLastError());
+        content.remove_prefix(written);
+    }
+    if (!FlushFileBuffers(file))
+        throw CannotBe("written", path, GetLastError());
+}
 
 Win32Failure CannotBe(const char* done, const std::string& path, DWORD error, ExitCode code) {
     return Win32Failure(error, "'" + path + "' cannot be " + done,

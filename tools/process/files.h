@@ -18,6 +18,9 @@ namespace kora4::tools {
 // Far more than any file that a tool reads has.
 inline constexpr std::size_t cMaxFileBytes = 16 * 1024 * 1024;
 
+// Whoever has the file open may do anything with it.
+inline constexpr DWORD cShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 // Null, with GetLastError set, when the file cannot be opened. Others may read and replace it
 // meanwhile, or what `share` says.
 UniqueHandle OpenPath(const std::string& path, DWORD access, DWORD disposition,
@@ -38,6 +41,9 @@ std::string ReadWholeFile(const std::string& path);
 // Makes the file, or replaces its content in one step: what was in it before is there until
 // everything new is on disk. Failure with eFailed when it cannot be written.
 void WriteWholeFile(const std::string& path, std::string_view content);
+
+// All of the content, on disk when it returns. Failure with eFailed, which names the path.
+void WriteAndFlush(HANDLE file, const std::string& path, std::string_view content);
 
 // The file that a WriteWholeFile leaves beside the other when its process dies.
 std::string UnfinishedPath(const std::string& path);

@@ -1,61 +1,16 @@
 // SPDX-License-Identifier: MIT
-// The journal as a file: its text, who may have written it, and how it gets to its place
-// whole.
+// The journal as a file: its text, and how it is read back.
 #include "registry/journal.h"
 
-#include <windows.h>
-
-#include <aclapi.h>
-
 #include "base/output.h"
-#include "base/text.h"
+#include "base/strict_json.h"
 #include "process/files.h"
 
 namespace kora4::tools {
 namespace {
 
 constexpr char cFormat[] = "kora4-journal";
-constexpr int cVersion = 1;
-
-bool IsAbsent(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
-
-bool Exists(const std::string& path) {
-    return GetFileAttributesW(Widen(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-void MakeFolderOf(const std::string& path) {
-    const std::string folder = path.substr(0, path.find_last_of("\\/"));
-    if (folder != path && !CreateDirectoryW(Widen(folder).c_str(), nullptr) &&
-        GetLastError() != ERROR_ALREADY_EXISTS)
-        throw Win32Failure(GetLastError(), "The folder " + folder + " cannot be created");
-}
-
-// ---- The owner --------------------------------------------------------------------------
-
-bool IsCurrentUser(PSID owner) {
-    UniqueHandle token;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()))
-        return false;
-    alignas(TOKEN_USER) unsigned char buffer[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
-    DWORD length = 0;
-    return GetTokenInformation(token.Get(), TokenUser, buffer, sizeof buffer, &length) &&
-           EqualSid(owner, reinterpret_cast<TOKEN_USER*>(buffer)->User.Sid);
-}
-
-// Every user may create a file in that folder; an administrator who repairs the store from one
-// would write on behalf of that user.
-bool IsTrusted(HANDLE file) {
-    PSID owner = nullptr;
-    UniqueLocalMemory descriptor;
-    if (GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr,
-                        nullptr, nullptr, descriptor.Put()) != ERROR_SUCCESS)
-        return false;
-    return owner &&
-           (IsCurrentUser(owner) || IsWellKnownSid(owner, WinBuiltinAdministratorsSid) ||
-            IsWellKnownSid(owner, WinLocalSystemSid));
-}
+constexpr std::uint32_t cVersion = 1;
 
 // ---- The text ---------------------------------------------------------------------------
 
@@ -65,13 +20,20 @@ Json ToJson(const std::optional<StoredValue>& value) {
     return {{"type", value->type}, {"data", ToHex(value->bytes)}};
 }
 
+// A fraction or a negative number would be cut to one.
+std::uint32_t NumberFromJson(const Json& json) {
+    if (!json.is_number_unsigned() || json.get<std::uint64_t>() > UINT32_MAX)
+        throw std::invalid_argument("number");
+    return json.get<std::uint32_t>();
+}
+
 std::optional<StoredValue> ValueFromJson(const Json& json) {
     if (json.is_null())
         return {};
     std::optional<Bytes> bytes = FromHex(json.at("data").get<std::string>());
     if (!bytes)
         throw std::invalid_argument("data");
-    return StoredValue{json.at("type").get<std::uint32_t>(), std::move(*bytes)};
+    return StoredValue{NumberFromJson(json.at("type")), std::move(*bytes)};
 }
 
 PropertyKey KeyFromJson(const Json& json) {
@@ -97,14 +59,14 @@ std::string ToText(const Journal& journal) {
     return document.dump() + "\n";
 }
 
-// Throws whatever the JSON library does, or std::invalid_argument.
+// Throws whatever the JSON library does, Failure, or std::invalid_argument.
 Journal FromText(const std::string& text) {
-    const Json document = Json::parse(text);
-    if (document.at("format") != cFormat || document.at("version") != cVersion)
+    const Json document = ParseStrictJson(text);
+    if (document.at("format") != cFormat || NumberFromJson(document.at("version")) != cVersion)
         throw std::invalid_argument("format");
     Journal journal;
     for (const Json& entry : document.at("entries")) {
-        const auto keySet = entry.at("keys").get<std::uint32_t>();
+        const std::uint32_t keySet = NumberFromJson(entry.at("keys"));
         if (keySet < eKeySetStatic || keySet > eKeySetApp)
             throw std::invalid_argument("keys");
         journal.entries.push_back(
@@ -119,36 +81,49 @@ Journal FromText(const std::string& text) {
 }  // namespace
 
 std::string DefaultJournalPath() {
-    wchar_t folder[MAX_PATH] = L"";
-    const DWORD length = GetEnvironmentVariableW(L"ProgramData", folder, MAX_PATH);
-    const bool isKnown = length > 0 && length < MAX_PATH;
-    return (isKnown ? Narrow(folder) : std::string("C:\\ProgramData")) +
-           "\\KORA4\\load.journal";
+    return GuardedFolder(DataFolder()).PathOf("load.journal");
 }
 
+JournalFile::JournalFile(const std::string& path, const FileSecurity& security)
+    : m_path(path),
+      m_folder(path.substr(0, path.find_last_of("\\/")), security),
+      m_name(path.substr(path.find_last_of("\\/") + 1)) {}
+
 void JournalFile::Write(const Journal& journal) const {
-    MakeFolderOf(m_path);
-    WriteWholeFile(m_path, ToText(journal));
+    m_folder.Write(m_name, ToText(journal));
 }
 
 void JournalFile::Remove() const {
-    for (const std::string& path : {m_path, UnfinishedPath(m_path)})
-        if (!DeleteFileW(Widen(path).c_str()) && !IsAbsent(GetLastError()))
-            throw CannotBe("removed", path, GetLastError());
+    for (const std::string& name : {m_name, UnfinishedPath(m_name)})
+        m_folder.Remove(name);
+}
+
+std::string JournalFile::MoveAside() const {
+    const std::string unfinished = UnfinishedPath(m_name);
+    const bool isJournalThere = m_folder.Find(m_name) != Standing::eAbsent;
+    const std::string moved = m_folder.MoveAside(isJournalThere ? m_name : unfinished);
+    if (isJournalThere)
+        m_folder.Remove(unfinished);
+    return moved;
 }
 
 JournalFile::State JournalFile::Read(Journal& journal) const {
-    const UniqueHandle file = OpenPath(m_path, GENERIC_READ, OPEN_EXISTING);
-    if (!file) {
-        if (!IsAbsent(GetLastError()))
-            throw CannotBe("opened", m_path, GetLastError());
-        return Exists(UnfinishedPath(m_path)) ? State::eCutShort : State::eAbsent;
+    switch (m_folder.Find(m_name)) {
+        case Standing::eStrange:
+            return State::eUnreadable;
+        case Standing::eAbsent:
+            switch (m_folder.Find(UnfinishedPath(m_name))) {
+                case Standing::eAbsent:
+                    return State::eAbsent;
+                case Standing::eStrange:
+                    return State::eUnreadable;
+                case Standing::eTrusted:
+                    return State::eCutShort;
+            }
+        case Standing::eTrusted:
+            break;
     }
-    if (!IsTrusted(file.Get()))
-        return State::eUnreadable;
-    std::string text;
-    if (!ReadToEnd(file.Get(), text))
-        throw CannotBe("read", m_path, GetLastError());
+    const std::string text = m_folder.Read(m_name);
     // The only newline is the last thing that is written.
     if (text.empty() || text.back() != '\n')
         return State::eCutShort;

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "process/guarded_folder.h"
 #include "registry/store_access.h"
 
 namespace kora4::tools {
@@ -31,13 +32,14 @@ struct Journal {
     std::vector<PropertyKey> counters;
 };
 
-// Where a journal lives: %ProgramData%\KORA4\load.journal.
+// Where a journal lives: load.journal in the folder of guarded_folder.h.
 std::string DefaultJournalPath();
 
 // The file of a journal. All paths are UTF-8.
 class JournalFile {
   public:
-    explicit JournalFile(std::string path) : m_path(std::move(path)) {}
+    explicit JournalFile(const std::string& path,
+                         const FileSecurity& security = PlatformFileSecurity());
 
     const std::string& Path() const { return m_path; }
 
@@ -46,20 +48,26 @@ class JournalFile {
     // The file and what a broken-off Write left beside it. Failure with eFailed when the
     // platform refuses.
     void Remove() const;
+    // Puts an unreadable journal where nobody looks for one, and tells where. Failure with
+    // eFailed when the platform refuses.
+    std::string MoveAside() const;
 
     // What was found in the place of the journal.
     enum class State {
         eAbsent,
         eCutShort,  // writing it was interrupted: the store was not touched
         eWhole,
-        eUnreadable,  // whole and yet no journal, or one of a newer program
+        // Whole and yet no journal, or one of a newer program; or nothing that this program
+        // has put there.
+        eUnreadable,
     };
-    // The state, and the journal when it is whole. Failure with eFailed when the file is
-    // there and cannot be opened.
+    // The state, and the journal when it is whole.
     State Read(Journal& journal) const;
 
   private:
     std::string m_path;
+    GuardedFolder m_folder;
+    std::string m_name;
 };
 
 }  // namespace kora4::tools

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "contract/registry_paths.h"
 #include "process/win32_failure.h"
+#include "registry/app_keys.h"
 
 namespace kora4::tools {
 namespace {
@@ -121,10 +122,9 @@ void RegistryStore::Write(KORA4KeySet keySet, const PropertyKey& key,
                           const StoredValue& value) {
     UniqueRegKey& hKey = KeyOf(keySet);
     LSTATUS status = ERROR_SUCCESS;
+    // The others are open, or the store would not be.
     if (!hKey)
-        status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, PathOf(keySet), 0, nullptr,
-                                 REG_OPTION_NON_VOLATILE, m_access | cView, nullptr, hKey.Put(),
-                                 nullptr);
+        status = CreateAppKeys(m_access, hKey);
     if (status != ERROR_SUCCESS)
         Refuse(status, "Creating the " + KeySetName(keySet) + " keys", keySet);
     status =

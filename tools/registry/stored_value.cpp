@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "base/shown_text.h"
 #include "base/text.h"
 
 namespace kora4::tools {
@@ -23,18 +24,6 @@ std::string Shortened(std::string text, std::size_t longest) {
     while (longest > 0 && (static_cast<unsigned char>(text[longest]) & 0xC0) == 0x80)
         --longest;
     return text.substr(0, longest) + "...";
-}
-
-// Control characters, which would break the line or act on a terminal, are escaped as in JSON.
-std::u16string WithoutControls(const std::u16string& text) {
-    std::u16string shown;
-    for (const char16_t unit : text) {
-        if (unit >= 0x20 && (unit < 0x7F || unit > 0x9F))
-            shown += unit;
-        else
-            shown += u"\\u" + ToUtf16(Hex(unit, 4).substr(2));
-    }
-    return shown;
 }
 
 }  // namespace
@@ -103,7 +92,7 @@ std::string Describe(const StoredValue& value, std::size_t longest) {
     if (const auto number = value.AsDword())
         return std::to_string(*number);
     if (const auto text = value.AsText())
-        return "'" + Shortened(ToUtf8(WithoutControls(*text)), longest) + "'";
+        return "'" + Shortened(ShownText(ToUtf8(*text)), longest) + "'";
     const std::string size = std::to_string(value.bytes.size());
     if (value.bytes.empty())
         return TypeName(value.type) + " of 0 bytes";

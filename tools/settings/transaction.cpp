@@ -10,10 +10,13 @@
 namespace kora4::tools {
 namespace {
 
-// Values before what announces them: those of the dynamic keys announce themselves.
+// Values before what announces them: those of the dynamic keys announce themselves. Those of
+// the application keys last: nothing but this process puts them back.
 std::vector<Difference> InOrderOfWriting(std::vector<Difference> differences) {
-    std::stable_partition(differences.begin(), differences.end(),
-                          [](const Difference& d) { return d.value.keySet != eKeySetDynamic; });
+    std::stable_sort(differences.begin(), differences.end(),
+                     [](const Difference& one, const Difference& other) {
+                         return one.value.keySet < other.value.keySet;
+                     });
     return differences;
 }
 
@@ -27,12 +30,27 @@ Journal JournalOf(const std::vector<Difference>& differences) {
     return journal;
 }
 
-void RefuseOverJournal(const JournalFile& file) {
-    Journal ignored;
-    const JournalFile::State state = file.Read(ignored);
+// Only values of the store are ever written from a journal, whoever wrote the file.
+bool IsOfStore(const Journal& journal) {
+    return std::all_of(journal.entries.begin(), journal.entries.end(),
+                       [](const JournalEntry& entry) {
+                           return FindInSchema(entry.keySet, entry.key) != nullptr;
+                       }) &&
+           std::all_of(journal.counters.begin(), journal.counters.end(),
+                       [](const PropertyKey& counter) {
+                           return FindInSchema(eKeySetDynamic, counter) != nullptr;
+                       });
+}
+
+// Where an unreadable journal is from now on; empty when there was none.
+std::string RefuseOverJournal(const JournalFile& file) {
+    Journal journal;
+    const JournalFile::State state = file.Read(journal);
     // A journal that was cut short never touched the store; this one replaces it.
     if (state == JournalFile::State::eAbsent || state == JournalFile::State::eCutShort)
-        return;
+        return {};
+    if (state == JournalFile::State::eUnreadable || !IsOfStore(journal))
+        return file.MoveAside();
     throw Failure(ExitCode::eFailed,
                   "An earlier change of the settings was interrupted; its journal is " +
                       file.Path() + ". Nothing was changed.",
@@ -116,24 +134,14 @@ struct Examination {
     std::vector<JournalEntry> toRestore;
 };
 
-// Only values of the store are ever written from a journal, whoever wrote the file.
-bool IsOfStore(const Journal& journal) {
-    const auto isEntry = [](const JournalEntry& entry) {
-        return FindInSchema(entry.keySet, entry.key) != nullptr;
-    };
-    const auto isCounter = [](const PropertyKey& counter) {
-        return FindInSchema(eKeySetDynamic, counter) != nullptr;
-    };
-    return std::ranges::all_of(journal.entries, isEntry) &&
-           std::ranges::all_of(journal.counters, isCounter);
-}
-
 void ExamineValues(Examination& examination, StoreAccess& store) {
     bool isAnyOld = false;
     for (const JournalEntry& entry : examination.journal.entries) {
         const std::optional<StoredValue> present = store.Read(entry.keySet, entry.key);
         if (present == entry.before)
             isAnyOld = true;
+        else if (entry.keySet == eKeySetApp)
+            examination.found.notRestored.push_back(PlaceOf(entry));
         else if (present == entry.after)
             examination.toRestore.push_back(entry);
         else
@@ -141,8 +149,10 @@ void ExamineValues(Examination& examination, StoreAccess& store) {
     }
     const bool isComplete = !isAnyOld && !examination.toRestore.empty();
     examination.found.outcome = isComplete ? Recovery::eFinished : Recovery::eUndone;
-    if (isComplete)
+    if (isComplete) {
         examination.toRestore.clear();
+        examination.found.notRestored.clear();
+    }
     for (const JournalEntry& entry : examination.toRestore)
         examination.found.restored.push_back(PlaceOf(entry));
 }
@@ -173,8 +183,8 @@ Examination Examine(StoreAccess& store, const JournalFile& file) {
 
 Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock&, const JournalFile& file,
               const IsInterrupted& isInterrupted) {
-    RefuseOverJournal(file);
     Applied applied;
+    applied.movedJournal = RefuseOverJournal(file);
     applied.changes = Compare(plan, store);
     if (applied.changes.empty())
         return applied;
@@ -193,8 +203,10 @@ Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock&, const Jour
 }
 
 Recovered Recover(StoreAccess& store, const StoreLock&, const JournalFile& file) {
-    const Examination examination = Examine(store, file);
+    Examination examination = Examine(store, file);
     const Recovery outcome = examination.found.outcome;
+    if (outcome == Recovery::eUnreadable)
+        examination.found.movedTo = file.MoveAside();
     if (outcome == Recovery::eNothing || outcome == Recovery::eUnreadable)
         return examination.found;
     for (const JournalEntry& entry : examination.toRestore)
@@ -218,8 +230,9 @@ std::string Recovered::InWords() const {
             return "No change of the settings was interrupted.";
         case Recovery::eUnreadable:
             return "There is a journal of a change of the settings that this program cannot "
-                   "read, or that another user made: " +
-                   journal + ". It was left alone.";
+                   "read, or did not make: " +
+                   journal + ". Nothing was restored from it." +
+                   (isDone ? " It is now " + movedTo + "." : "");
         case Recovery::eNotBegun:
             return std::string(
                        "A change of the settings was interrupted before it changed "
@@ -244,6 +257,8 @@ std::string Recovered::InWords() const {
         words += " " + Counted(foreign.size(), "value", "values") +
                  " that somebody else has changed since " +
                  (foreign.size() == 1 ? "stays as it is." : "stay as they are.");
+    if (!notRestored.empty())
+        words += " Application keys are never restored: check " + Join(notRestored, ", ") + ".";
     return words;
 }
 

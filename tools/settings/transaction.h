@@ -20,6 +20,7 @@ using IsInterrupted = std::function<bool()>;
 struct Applied {
     std::vector<Difference> changes;  // what was written, in the order of the plan
     std::size_t announcements = 0;    // counters that moved
+    std::string movedJournal;         // where an unreadable journal is now; empty: none
 };
 
 // Makes the store what the plan says. Writes the journal, the values of the static and app
@@ -29,7 +30,8 @@ struct Applied {
 // with eFailed, which says so; when putting back fails as well, it says that too and the
 // journal stays for Recover. A plan that changes nothing writes nothing at all.
 //
-// Failure with eFailed, and nothing changed, when a journal is there already.
+// Failure with eFailed, and nothing changed, when a journal is there already; one that cannot
+// be read, or that this program did not make, is moved aside.
 Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock& lock,
               const JournalFile& journal, const IsInterrupted& isInterrupted = {});
 
@@ -39,7 +41,7 @@ enum class Recovery {
     eNotBegun,    // the journal was not whole, so the store was not touched; removed
     eUndone,      // some values were not written yet: all are what they were before
     eFinished,    // all values were written: they were announced
-    eUnreadable,  // whole, but no journal of this program: left alone
+    eUnreadable,  // no journal of this program: moved aside
 };
 
 // The outcome with the values that it concerns.
@@ -51,6 +53,10 @@ struct Recovered {
     // What somebody else wrote after the break: neither the content before nor the one after
     // the broken load, and so left as it is.
     std::vector<std::string> foreign;
+    // Values of the application keys that the load had changed, or was to change. They are
+    // command lines, and never written from a file that an administrator need not have made.
+    std::vector<std::string> notRestored;
+    std::string movedTo;  // where an unreadable journal is now
 
     // A sentence for each outcome.
     std::string InWords() const;

@@ -81,7 +81,7 @@ class BrokenLoad : public StoreTest {
         const StoreValues broken = ReadStoreValues();
         const std::string words = DoctorOnLoad();
         EXPECT_NE(std::string::npos, words.find("interrupted half-way")) << words;
-        ExpectSettings(m_stores.before);
+        ExpectRecovered(m_stores.before);
         ExpectMoved(m_load.counters, broken);
         EXPECT_FALSE(HasJournal());
     }
@@ -90,7 +90,7 @@ class BrokenLoad : public StoreTest {
         const StoreValues broken = ReadStoreValues();
         const std::string words = DoctorOnLoad();
         EXPECT_NE(std::string::npos, words.find("announced to the clients")) << words;
-        ExpectSettings(m_load.after);
+        ExpectRecovered(m_load.after);
         ExpectMoved(m_load.counters, broken);
         EXPECT_FALSE(HasJournal());
     }

@@ -3,6 +3,10 @@
 // dies, by Ctrl-C, and while it puts back what was there.
 #include "tools/kora4ctl/broken_load.h"
 
+#include <filesystem>
+
+#include "contract/registry_paths.h"
+
 namespace kora4::test {
 namespace {
 
@@ -165,25 +169,81 @@ TEST_F(InterruptedLoad, LeavesTheMutexAbandonedAndTheNextOneSaysSo) {
 }
 
 TEST_F(InterruptedLoad, WhoseJournalCannotBeMadeChangesNothing) {
-    const std::string file = m_folder.File("no-folder");
-    MakeFile(file, "in the way");
-    const Environment nowhere = {{"ProgramData", file}};
-    const ToolResult result = RunTool("kora4ctl", {"load", DocumentFile()}, {}, nowhere);
-    EXPECT_EQ(cFailed, result.exitCode) << result;
-    EXPECT_NE(std::string::npos, result.err.find("Nothing was changed")) << result;
-    ExpectStore(m_stores.before);
+    // A folder in the place of the unfinished journal, which cannot be moved while it is open.
+    const std::string inTheWay = JournalPath() + ".new";
+    CreateDirectoryW(tools::Widen(inTheWay).c_str(), nullptr);
+    {
+        const UniqueHandle open(CreateFileW(tools::Widen(inTheWay).c_str(), GENERIC_READ,
+                                            FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                            FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        const ToolResult result = RunCtl({"load", DocumentFile()});
+        EXPECT_EQ(cFailed, result.exitCode) << result;
+        EXPECT_NE(std::string::npos, result.err.find("cannot be moved aside")) << result;
+        ExpectStore(m_stores.before);
+    }
+    RemoveDirectoryW(tools::Widen(inTheWay).c_str());
 }
 
-TEST_F(InterruptedLoad, WithAJournalThatIsNoneIsSaidByDoctorAndLeftAlone) {
+TEST_F(InterruptedLoad, WithAJournalThatIsNoneIsSaidByDoctorAndMovedAside) {
     ASSERT_EQ(cDied, LoadWith(At("die", 1)).exitCode);
     MakeFile(JournalPath(), "{\"format\": \"something else\"}\n");
     const Json told = ParsedJson(RunCtl({"doctor", "--json"}).out);
     const Json* const finding = FindingOfLoad(told);
     ASSERT_TRUE(finding);
-    EXPECT_EQ("error", (*finding)["severity"]);
-    EXPECT_NE(std::string::npos, (*finding)["next"].get<std::string>().find(JournalPath()));
-    EXPECT_TRUE(HasJournal());
+    EXPECT_EQ("warning", (*finding)["severity"]);
+    const std::string next = (*finding)["next"];
+    EXPECT_NE(std::string::npos, next.find(JournalPath() + ".moved-")) << next;
+    EXPECT_FALSE(HasJournal());
     ExpectStore(m_stores.before);
+    DeleteFileW(tools::Widen(next.substr(next.find(JournalPath()))).c_str());
+    EXPECT_NE(std::string::npos, DoctorOnLoad().find("none was interrupted"));
+}
+
+TEST_F(InterruptedLoad, WithAJournalThatIsNoneIsNotHeldUpByIt) {
+    MakeFile(JournalPath(), "{\"format\": \"something else\"}\n");
+    const ToolResult result = RunCtl({"load", DocumentFile()});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    const std::size_t begin = result.err.find(JournalPath() + ".moved-");
+    ASSERT_NE(std::string::npos, begin) << result;
+    const std::size_t end = result.err.find(".\n", begin);
+    EXPECT_TRUE(DeleteFileW(tools::Widen(result.err.substr(begin, end - begin)).c_str()));
+    ExpectStore(m_load.after);
+}
+
+TEST_F(InterruptedLoad, OverAPlantedLinkLosesNothingOfItsTarget) {
+    const std::string victim = m_folder.File("victim");
+    MakeFile(victim, "precious");
+    for (const std::string& place : {JournalPath() + ".new", JournalPath()}) {
+        ASSERT_TRUE(CreateHardLinkW(tools::Widen(place).c_str(), tools::Widen(victim).c_str(),
+                                    nullptr));
+        const ToolResult result = RunCtl({"load", DocumentFile()});
+        EXPECT_EQ(cDone, result.exitCode) << result;
+        EXPECT_EQ("precious", ContentOf(victim));
+        EXPECT_FALSE(HasJournal());
+        ReplaceStoreValues(m_stores.before);
+    }
+    const std::filesystem::path journal(tools::Widen(JournalPath()));
+    for (const auto& entry : std::filesystem::directory_iterator(journal.parent_path()))
+        if (entry.path().filename().wstring().find(L".moved-") != std::wstring::npos)
+            std::filesystem::remove(entry.path());
+}
+
+TEST_F(InterruptedLoad, WhoseJournalNamesACommandMakesNoApplicationKeys) {
+    RemoveKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    tools::Journal journal;
+    journal.entries.push_back({eKeySetApp,
+                               pkey::Setting(pkey::cDemoAppCommandPid),
+                               tools::StoredValue::FromText(u"planted.exe"),
+                               {}});
+    // One value as it was before: the load is to be undone.
+    const PropertyKey period = pkey::Setting(pkey::cSamplingPeriodPid);
+    WriteStoredUINT(eKeySetStatic, period, 40);
+    journal.entries.push_back({eKeySetStatic, period, tools::StoredValue::FromDword(40),
+                               tools::StoredValue::FromDword(60)});
+    tools::JournalFile(JournalPath()).Write(journal);
+    DoctorOnLoad();
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cAppKeysPath));
+    EXPECT_FALSE(HasJournal());
 }
 
 TEST_F(InterruptedLoad, WhoseJournalWasNotWholeIsNoMoreThanANote) {

@@ -122,6 +122,7 @@ TEST_F(CtlDoctor, WorksWithEverythingMissing) {
     EXPECT_EQ("error: The library is not registered on this machine.\n",
               Of("registration", document));
     EXPECT_TRUE(Has(Of("keys", document), "DynamicKeys does not exist."));
+    EXPECT_EQ("note: Skipped: there are no keys.\n", Of("access", document));
     for (const char* check : {"load", "values", "profile", "custom-profiles", "trace",
                               "library", "engine", "levels", "notifications"})
         EXPECT_TRUE(Of(check, document).starts_with("note: Skipped: "));
@@ -163,6 +164,36 @@ TEST_F(CtlDoctor, FindsAnAccessListWithoutEverybody) {
 TEST_F(CtlDoctor, FindsAnAccessListThatDenies) {
     SetDacl(cBaseKeyPath, L"D:(D;;KW;;;BG)(A;;KA;;;WD)");
     EXPECT_TRUE(Has(Of("access", Examine(cFindings)), "contains entries that deny access"));
+}
+
+TEST_F(CtlDoctor, NotesAccessListsThatWineHasForgotten) {
+    const std::wstring ofNewKeys = DaclOf(L"SOFTWARE");
+    for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
+        SetDacl(path, ofNewKeys.c_str());
+    const std::string text = Of("access", Examine(cDone));
+    EXPECT_TRUE(Has(text, "note: The access lists that registration set are gone: Wine"))
+        << text;
+}
+
+TEST_F(CtlDoctor, FindsAppKeysThatOthersCanWrite) {
+    CreateKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    for (const wchar_t* list : {L"D:(A;;KA;;;BA)(A;;KR;;;WD)(A;;KW;;;BU)", L"D:(A;;KA;;;WD)"}) {
+        SetDacl(cAppKeysPath, list);
+        EXPECT_TRUE(Has(Of("access", Examine(cFindings)),
+                        "warning: Others than administrators can write "
+                        "HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\AppKeys"));
+    }
+}
+
+TEST_F(CtlDoctor, RegisteringMakesAppKeysThatOnlyAdministratorsWrite) {
+    RemoveKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    Done({"register"});
+    EXPECT_EQ(L"D:P(A;CI;KA;;;BA)(A;CI;KA;;;SY)(A;CI;KR;;;WD)", DaclOf(cAppKeysPath));
+    EXPECT_TRUE(Of("access", Examine(cDone)).starts_with("ok: "));
+    // One that is there stays as it is: its commands may be somebody's.
+    SetDacl(cAppKeysPath, L"D:(A;;KA;;;WD)");
+    Done({"register"});
+    EXPECT_EQ(L"D:(A;;KA;;;WD)", DaclOf(cAppKeysPath));
 }
 
 TEST_F(CtlDoctor, RegisteringMendsTheAccessLists) {

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "base/text.h"
+#include "process/guarded_folder.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 
 namespace kora4::test {
@@ -73,10 +74,36 @@ class OwnFile {
     std::string m_name;
 };
 
+// kora4ctl in a folder of its own, without a library beside it.
+class LoneTool {
+  public:
+    LoneTool() {
+        std::filesystem::create_directories(m_folder);
+        std::filesystem::copy_file(ProgramFolder() + L"\\kora4ctl.exe",
+                                   m_folder / L"kora4ctl.exe",
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    ~LoneTool() {
+        std::error_code error;
+        std::filesystem::remove_all(m_folder, error);
+    }
+    LoneTool(const LoneTool&) = delete;
+    LoneTool& operator=(const LoneTool&) = delete;
+
+    ToolResult Run(const Words& arguments) const {
+        const auto program = std::filesystem::relative(m_folder, ProgramFolder()) / L"kora4ctl";
+        return RunTool(tools::Narrow(program.wstring()), arguments);
+    }
+
+  private:
+    const std::filesystem::path m_folder = std::filesystem::absolute(L"lone");
+};
+
 class CtlRegister : public CtlTest {
   protected:
     // Whatever a test has made of the registration, the end of the fixture finds it whole.
     void TearDown() override {
+        RemoveKey(HKEY_CURRENT_USER, L"Software\\Classes\\" + ClassKey());
         EXPECT_EQ(S_OK, LoadedLibrary().RegisterServer());
         CtlTest::TearDown();
     }
@@ -194,6 +221,14 @@ TEST_F(CtlRegister, RegistersTheLibraryBesideTheProgram) {
     EXPECT_EQ(true, Check(cDone)["registered"]);
 }
 
+TEST_F(CtlRegister, MakesTheFolderOfJournalsAndBackups) {
+    const std::filesystem::path folder = tools::Widen(tools::DataFolder());
+    std::error_code isAbsent;
+    std::filesystem::remove_all(folder, isAbsent);
+    Done({"register"});
+    EXPECT_TRUE(std::filesystem::is_directory(folder));
+}
+
 TEST_F(CtlRegister, RegistersAFileThatIsNamedAndSaysWhichWasBefore) {
     const OwnFile copy("copy of QXA64T.dll");
     copy.CopyFrom(LibraryPath());
@@ -240,6 +275,58 @@ TEST_F(CtlRegister, UnregistersAndKeepsTheSettings) {
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, ClassKey()));
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL"));
     EXPECT_EQ(store, StoreSnapshot());
+}
+
+TEST_F(CtlRegister, UnregistersALibraryThatWasMoved) {
+    WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", L"C:\\gone\\QXA64T.dll");
+    const ToolResult get = RunCtl({"get", "profile"});
+    EXPECT_EQ(cNotReady, get.exitCode) << get;
+    EXPECT_TRUE(Has(get.err, "The registered file does not exist: C:\\gone\\QXA64T.dll"))
+        << get;
+    const LoneTool tool;
+    const ToolResult result = tool.Run({"unregister"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, ClassKey()));
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL"));
+    EXPECT_EQ("error: The library is not registered on this machine.\n",
+              Findings(Check(cNotReady)));
+}
+
+// ---- A registration of the user -----------------------------------------------------------
+
+TEST_F(CtlRegister, NeverLoadsWhatOnlyAUserHasRegistered) {
+    // It would remove its own entries, and make an object, if it were loaded.
+    const OwnFile users("users.dll");
+    users.CopyFrom(LibraryPath());
+    Unregister();
+    // A tool that has no other library beside it.
+    const LoneTool tool;
+    WriteText(HKEY_CURRENT_USER, L"Software\\Classes\\" + ServerKey(), L"",
+              tools::Widen(users.Name()));
+    const Json check = Check(cFindings);
+    EXPECT_EQ("user", check["for"]);
+    EXPECT_EQ(nullptr, check["apiVersion"]);
+    const ToolResult result = tool.Run({"unregister", "--json"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    const Json document = ParsedJson(result.out);
+    EXPECT_EQ(nullptr, document["before"]);
+    EXPECT_EQ(document["beforeUser"], users.Name());
+    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, L"Software\\Classes\\" + ClassKey()));
+}
+
+TEST_F(CtlRegister, TellsTheRegistrationsOfMachineAndUserApart) {
+    WriteText(HKEY_CURRENT_USER, L"Software\\Classes\\" + ServerKey(), L"",
+              L"C:\\users\\own.dll");
+    EXPECT_TRUE(Has(Findings(Check(cFindings)), "hides the machine's"));
+    const ToolResult result = RunCtl({"unregister"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_TRUE(
+        Has(tools::Lower(result.err), tools::Lower("no longer registered: " + Library())))
+        << result;
+    EXPECT_TRUE(Has(result.err, "user's own registration was removed: C:\\users\\own.dll"))
+        << result;
+    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, L"Software\\Classes\\" + ClassKey()));
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, L"Software\\Classes\\" + ClassKey()));
 }
 
 TEST_F(CtlRegister, UnregisteringTwiceIsNoFailure) {

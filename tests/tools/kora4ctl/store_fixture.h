@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "contract/store_mutex.h"
 #include "registry/journal.h"
+#include "registry/registry_store.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 #include "tools/support/raw_values.h"
 
@@ -84,6 +85,21 @@ class StoreTest : public CtlTest {
     static void ExpectSettings(const StoreValues& expected) {
         EXPECT_EQ("",
                   DifferencesOf(WithoutCounters(expected), WithoutCounters(ReadStoreValues())));
+    }
+    // After a recovery, which leaves the application keys alone: they are made what they were
+    // expected to be, as an administrator would.
+    static void ExpectRecovered(const StoreValues& expected) {
+        EXPECT_EQ("", DifferencesOf(tools::WithoutAppKeys(WithoutCounters(expected)),
+                                    tools::WithoutAppKeys(WithoutCounters(ReadStoreValues()))));
+        tools::RegistryStore store(tools::OpenMode::eReadWrite);
+        for (const tools::SchemaValue& value : tools::Schema()) {
+            const auto found = expected.find({value.keySet, value.Name()});
+            if (value.keySet == eKeySetApp)
+                store.Put(value.keySet, value.key,
+                          found == expected.end()
+                              ? std::nullopt
+                              : std::optional<tools::StoredValue>(found->second));
+        }
     }
     // Every client that listens to one of these counters reads again.
     static void ExpectMoved(const std::vector<PropertyKey>& counters,

@@ -175,6 +175,11 @@ void Put(MemoryStore& store, const Plan& plan) {
     }
 }
 
+MemoryStore::Values WithoutAppKeys(MemoryStore::Values values) {
+    std::erase_if(values, [](const auto& one) { return one.first.first == eKeySetApp; });
+    return values;
+}
+
 MemoryStore::Values Covered(const MemoryStore::Values& values, Scope scope) {
     return Filtered(values, scope, true);
 }

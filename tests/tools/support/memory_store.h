@@ -68,6 +68,9 @@ class RandomStore {
     std::mt19937 m_random;
 };
 
+// What is not an application key, which no journal restores.
+MemoryStore::Values WithoutAppKeys(MemoryStore::Values values);
+
 // Those of the values that documents of a scope cover, and those that they do not.
 MemoryStore::Values Covered(const MemoryStore::Values& values, Scope scope);
 MemoryStore::Values NotCovered(const MemoryStore::Values& values, Scope scope);

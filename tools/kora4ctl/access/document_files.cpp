@@ -2,6 +2,7 @@
 // Reading, applying and printing that the verbs of the settings document share.
 #include "kora4ctl/access/document_files.h"
 
+#include "base/shown_text.h"
 #include "registry/journal.h"
 #include "settings/transaction.h"
 
@@ -24,12 +25,18 @@ Plan ReadPlan(const std::string& path, Completeness completeness) {
 std::vector<Difference> ApplyPlan(const Context& context, const Plan& plan,
                                   const HeldStore& store) {
     const auto isInterrupted = [&context] { return context.interrupt.IsRequested(); };
-    return Apply(plan, *store, store.lock, JournalFile(DefaultJournalPath()), isInterrupted)
-        .changes;
+    Applied applied =
+        Apply(plan, *store, store.lock, JournalFile(DefaultJournalPath()), isInterrupted);
+    if (!applied.movedJournal.empty())
+        context.output.Say(
+            "A journal that this program cannot read, or did not make, was in the way. It is "
+            "now " +
+            applied.movedJournal + ".");
+    return std::move(applied.changes);
 }
 
 std::string ToText(const Json& document) {
-    return document.dump(2) + "\n";
+    return ShownLines(document.dump(2)) + "\n";
 }
 
 void PrintDifferences(Output& output, const std::vector<Difference>& differences) {

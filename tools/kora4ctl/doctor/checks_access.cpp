@@ -11,6 +11,8 @@
 #include "base/text.h"
 #include "contract/registry_paths.h"
 #include "platform/handles.h"
+#include "process/privileges.h"
+#include "registry/app_keys.h"
 
 namespace kora4::tools {
 namespace {
@@ -69,7 +71,31 @@ std::string AsText(PSECURITY_DESCRIPTOR descriptor) {
     return Narrow(text);
 }
 
-void LookAtAccess(const wchar_t* path, CheckResult& result) {
+std::string ListOf(const wchar_t* path) {
+    UniqueRegKey key;
+    PACL dacl = nullptr;
+    UniqueLocalMemory descriptor;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, READ_CONTROL | KEY_WOW64_64KEY, key.Put()) !=
+            ERROR_SUCCESS ||
+        GetSecurityInfo(key.Get(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                        &dacl, nullptr, descriptor.Put()) != ERROR_SUCCESS)
+        return {};
+    return AsText(descriptor.Get());
+}
+
+// Wine forgets the lists of keys when its server ends, and shows the one of every key that has
+// none. Windows keeps them.
+bool IsForgotten(const std::string& list) {
+    return RunsUnderWine() && list == ListOf(L"SOFTWARE");
+}
+
+// What was found of all keys together.
+struct Seen {
+    bool isAnyThere = false;
+    bool isAnyForgotten = false;
+};
+
+void LookAtAccess(const wchar_t* path, CheckResult& result, Seen& seen) {
     constexpr char again[] =
         "Run as an administrator: kora4ctl register (it resets the access lists; for a key "
         "that denies even this, its owner must run it)";
@@ -80,6 +106,7 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
     // A missing key is a finding of another check.
     if (opening == ERROR_FILE_NOT_FOUND)
         return;
+    seen.isAnyThere = true;
     PACL dacl = nullptr;
     UniqueLocalMemory descriptor;
     const DWORD status =
@@ -96,6 +123,10 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
     // Without a list everybody may do everything.
     if (!dacl)
         return;
+    if (IsForgotten(AsText(descriptor.Get()))) {
+        seen.isAnyForgotten = true;
+        return;
+    }
     const Granted granted = Read(dacl);
     std::vector<std::string> missing;
     for (const Right& right : cRights) {
@@ -120,8 +151,22 @@ void LookAtAccess(const wchar_t* path, CheckResult& result) {
 
 CheckResult CheckAccess(Examination&) {
     CheckResult result;
+    Seen seen;
     for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
-        LookAtAccess(path, result);
+        LookAtAccess(path, result, seen);
+    if (seen.isAnyForgotten)
+        result.Note(
+            "The access lists that registration set are gone: Wine does not keep them when its "
+            "server ends. Windows does.",
+            "To set them again, as an administrator: kora4ctl register");
+    if (!seen.isAnyThere)
+        result.Note("Skipped: there are no keys.");
+    if (AreAppKeysOpenToOthers())
+        result.Warning("Others than administrators can write HKEY_LOCAL_MACHINE\\" +
+                           Narrow(cAppKeysPath) + " (access list: " + ListOf(cAppKeysPath) +
+                           "), and its command lines are started by other people's panels.",
+                       "Check the commands with 'kora4ctl list', delete the key, and run as an "
+                       "administrator: kora4ctl register");
     result.summary = "every user can read and write";
     return result;
 }

@@ -64,7 +64,7 @@ bool LookAtKey(const wchar_t* path, bool isWritten, CheckResult& result) {
 
 CheckResult CheckRegistration(Examination& examination) {
     const Registration found = ReadRegistration();
-    examination.isLibraryThere = found.file == FileKind::eLibrary && SUCCEEDED(found.creation);
+    examination.isLibraryThere = found.isTried && SUCCEEDED(found.creation);
     CheckResult result;
     result.findings = Examine(found).findings;
     result.summary = found.path + ", version " + found.fileVersion + ", for the " +

@@ -74,16 +74,18 @@ CheckResult CheckLoad(Examination& examination) {
         case Recovery::eNothing:
             break;
         case Recovery::eUnreadable:
-            result.Error(
-                recovered.InWords(),
-                "Use the program that wrote it, or remove the file: " + journal.Path());
+            result.Warning(recovered.InWords(),
+                           "Find out who made it, and remove it: " +
+                               (examination.isDryRun ? journal.Path() : recovered.movedTo));
             break;
         default:
             if (examination.isDryRun)
                 result.Warning(recovered.InWords(), "kora4ctl doctor");
             else
                 result.Note(recovered.InWords() + Restored(recovered),
-                            "No action needed; already repaired.");
+                            recovered.notRestored.empty()
+                                ? "No action needed; already repaired."
+                                : "Check them, as an administrator: kora4ctl list");
     }
     return result;
 }

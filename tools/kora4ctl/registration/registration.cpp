@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "contract/version.h"
 #include "platform/handles.h"
+#include "process/privileges.h"
 
 namespace kora4::tools {
 namespace {
@@ -85,6 +86,7 @@ bool IsSamePath(const std::string& one, const std::string& other) {
 
 // Asks an object, which needs neither the store nor its initialisation for that.
 void AskForVersion(Registration& registration) {
+    registration.isTried = true;
     const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
     const Result<Api> api = Api::Create();
     registration.creation = api.Code();
@@ -119,7 +121,7 @@ void ExamineFile(const Registration& registration, Diagnosis& found) {
                           OrNothing(registration.fileVersion) +
                           ", this program's is " KORA4_VERSION_TEXT ".",
                       "Use the library and the program of the same version.");
-    if (registration.apiVersion != registration.fileVersion)
+    if (registration.isTried && registration.apiVersion != registration.fileVersion)
         found.Warning("The library reports version " + registration.apiVersion + ", its file " +
                           OrNothing(registration.fileVersion) + ".",
                       "The file was modified or replaced; reinstall it.");
@@ -145,17 +147,18 @@ std::string ServedClass() {
 
 Registration ReadRegistration() {
     Registration found;
-    const std::wstring server = ServerKey();
-    const std::wstring classes = L"Software\\Classes\\";
-    const std::string ofUser = TextOf(HKEY_CURRENT_USER, classes + server);
-    const std::string ofMachine = TextOf(HKEY_LOCAL_MACHINE, classes + server);
-    found.path = TextOf(HKEY_CLASSES_ROOT, server);
+    const std::wstring server = L"Software\\Classes\\" + ServerKey();
+    found.ofUser = TextOf(HKEY_CURRENT_USER, server);
+    found.ofMachine = TextOf(HKEY_LOCAL_MACHINE, server);
+    // Asked one by one: Wine does not show the user's entries among the classes.
+    const bool isOfUser = !found.ofUser.empty() && (found.ofMachine.empty() || !IsElevated());
+    found.path = isOfUser ? found.ofUser : found.ofMachine;
     if (!found.path.empty()) {
-        const bool isOfUser = !ofUser.empty() && ofUser == found.path;
+        const HKEY root = isOfUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
         found.where = isOfUser ? RegisteredFor::eUser : RegisteredFor::eMachine;
-        found.hidesMachine = isOfUser && !ofMachine.empty();
-        found.title = TextOf(HKEY_CLASSES_ROOT, server.substr(0, server.rfind(L'\\')));
-        found.threadingModel = TextOf(HKEY_CLASSES_ROOT, server, L"ThreadingModel");
+        found.hasBoth = !found.ofUser.empty() && !found.ofMachine.empty();
+        found.title = TextOf(root, server.substr(0, server.rfind(L'\\')));
+        found.threadingModel = TextOf(root, server, L"ThreadingModel");
     }
     const std::wstring apps = L"AppID\\";
     found.appId = TextOf(HKEY_CLASSES_ROOT, apps + cLibraryName, L"AppID");
@@ -167,7 +170,8 @@ Registration ReadRegistration() {
     found.file = KindOfFile(found.path);
     if (found.file == FileKind::eLibrary) {
         found.fileVersion = FileVersion(found.path);
-        AskForVersion(found);
+        if (!IsElevated() || found.ofUser.empty())
+            AskForVersion(found);
     }
     return found;
 }
@@ -194,11 +198,12 @@ Diagnosis Examine(const Registration& registration, const std::string& expectedP
                         " and should be '" + Narrow(cThreadingModel) +
                         "': objects are created in another apartment than their client's.",
                     again);
-    if (registration.hidesMachine)
+    if (registration.hasBoth)
         found.Warning(
-            "This user's registration hides the machine's: programs that run "
-            "elevated use a different one.",
-            "Remove the user's, HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" + ServedClass());
+            "This user's registration hides the machine's, except from programs that run "
+            "elevated.",
+            "Remove the user's, " + registration.ofUser +
+                ": HKEY_CURRENT_USER\\Software\\Classes\\CLSID\\" + ServedClass());
     else if (registration.where == RegisteredFor::eUser)
         found.Warning("The library is registered for this user only.", again);
     if (registration.appTitle.empty())

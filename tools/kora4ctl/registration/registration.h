@@ -25,8 +25,11 @@ enum class RegisteredFor { eNobody, eMachine, eUser };
 struct Registration {
     RegisteredFor where = RegisteredFor::eNobody;
     // Both have an entry: the one of the user is in force, unless a program runs elevated.
-    bool hidesMachine = false;
-    std::string path;  // of the class's server
+    bool hasBoth = false;
+    std::string path;  // of the class's server that is in force for this program
+    // As the machine and as this user have it.
+    std::string ofMachine;
+    std::string ofUser;
     std::string title;
     std::string threadingModel;
     std::string appId;        // "{...}", of the file's own entry
@@ -35,7 +38,11 @@ struct Registration {
     std::string fileVersion;  // of the registered file
     std::string apiVersion;   // what an object of the class says
     FileKind file = FileKind::eAbsent;
-    HRESULT creation = S_OK;  // of making an object; not tried without a file
+    // Of making an object. Not tried without a file, nor by an elevated process while the user
+    // has a registration of their own: whoever writes that one would choose what runs elevated.
+    // (Windows looks at the machine's alone then; Wine does not.)
+    bool isTried = false;
+    HRESULT creation = S_OK;
 
     // Whether the class is registered, or anything of the library at all.
     bool IsThere() const { return where != RegisteredFor::eNobody; }

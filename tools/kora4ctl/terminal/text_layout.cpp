@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Fits texts into columns: aligns, cuts, wraps, and replaces what a terminal would act on.
+// Fits texts into columns: aligns, cuts, wraps, quotes.
 #include "kora4ctl/terminal/text_layout.h"
 
 #include <algorithm>
 #include <sstream>
 
+#include "base/shown_text.h"
 #include "base/text.h"
 
 namespace kora4::tools {
@@ -93,7 +94,9 @@ void PrintBeside(Output& output, const std::string& heading, const std::string& 
     const std::size_t indent = Columns(heading);
     // Wine's consoles count the characters of a colour sequence as columns, and none may be
     // left over at the end of the line.
-    const std::size_t taken = heading.size() + 1;
+    constexpr std::size_t cSequences = 9;
+    const bool isPainted = heading.find(cStyleMark) != std::string::npos;
+    const std::size_t taken = indent + (isPainted ? cSequences : 0) + 1;
     const std::size_t columns =
         output.Width() > taken + cLeast ? output.Width() - taken : cLeast;
     std::string margin = heading;
@@ -104,19 +107,8 @@ void PrintBeside(Output& output, const std::string& heading, const std::string& 
     }
 }
 
-std::string Shown(const std::string& text) {
-    std::string shown;
-    for (const char c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-            shown += "\uFFFD";
-        else
-            shown += c;
-    }
-    return shown;
-}
-
 std::string Quoted(const std::string& text) {
-    return "'" + Shown(text) + "'";
+    return "'" + ShownText(text) + "'";
 }
 
 }  // namespace kora4::tools

@@ -31,10 +31,7 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t columns);
 // A paragraph with a heading to its left. A pipe gets it in one line.
 void PrintBeside(Output& output, const std::string& heading, const std::string& text);
 
-// Text of the store for people: characters that would move the cursor or change colours are
-// replaced.
-std::string Shown(const std::string& text);
-// The same, between quotation marks.
+// Text of the store for people, in one line between quotation marks.
 std::string Quoted(const std::string& text);
 
 }  // namespace kora4::tools

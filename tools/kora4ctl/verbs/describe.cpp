@@ -3,6 +3,7 @@
 #include <set>
 
 #include "base/failure.h"
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/setting_access.h"
@@ -220,7 +221,7 @@ ExitCode List(const Context& context, const DescribeOptions& options) {
         document["access"] = AccessName(setting);
         documents.push_back(document);
         const std::string value =
-            Cut(Shown(reading.Text(true)), 20) + (reading.IsInRange() ? "" : " !");
+            Cut(ShownText(reading.Text(true)), 20) + (reading.IsInRange() ? "" : " !");
         if (isWide)
             rows.push_back({setting.name, value, AccessName(setting),
                             Cut(setting.summary, output.Width() - cListMargin)});

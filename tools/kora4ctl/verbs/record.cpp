@@ -2,6 +2,7 @@
 // kora4ctl record: how settings change, into a file.
 #include "base/failure.h"
 #include "base/results.h"
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
@@ -47,7 +48,7 @@ class Lines {
             return;
         }
         const std::string text =
-            line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+            ShownLines(line.dump(-1, ' ', false, Json::error_handler_t::replace)) + "\n";
         DWORD written = 0;
         if (!WriteFile(m_file.Get(), text.data(), static_cast<DWORD>(text.size()), &written,
                        nullptr) ||

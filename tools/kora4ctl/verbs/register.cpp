@@ -9,8 +9,12 @@
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/registration/library_file.h"
 #include "kora4ctl/registration/registration.h"
+#include "kora4ctl/registration/removal.h"
 #include "kora4ctl/verbs.h"
-#include "platform/handles.h"
+#include "process/guarded_folder.h"
+#include "process/privileges.h"
+#include "process/win32_failure.h"
+#include "registry/app_keys.h"
 #include "registry/registry_store.h"
 
 namespace kora4::tools {
@@ -96,15 +100,6 @@ ExitCode Check(const Context& context, const Options& options) {
     return diagnosis.NeedsRepair() ? ExitCode::eFindings : ExitCode::eDone;
 }
 
-bool IsElevated() {
-    UniqueHandle token;
-    TOKEN_ELEVATION elevation{};
-    DWORD size = sizeof elevation;
-    return !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) ||
-           !GetTokenInformation(token.Get(), TokenElevation, &elevation, size, &size) ||
-           elevation.TokenIsElevated;
-}
-
 // What the library's own registration answered.
 void Expect(HRESULT hr, const std::string& path, const char* what) {
     if (SUCCEEDED(hr))
@@ -113,6 +108,17 @@ void Expect(HRESULT hr, const std::string& path, const char* what) {
     throw Failure(ExitCode::eFailed, path + " could not be " + what + ": " + InWords(hr) + ".",
                   isDenied ? "Run it as an administrator."
                            : "See what is registered: kora4ctl register --check");
+}
+
+// What later runs need, and what others would otherwise be the first to make.
+void PrepareMachine() {
+    GuardedFolder(DataFolder()).Prepare();
+    UniqueRegKey key;
+    if (const LSTATUS status = CreateAppKeys(KEY_READ, key); status != ERROR_SUCCESS)
+        throw Win32Failure(static_cast<DWORD>(status),
+                           "The library is registered, but the application keys cannot be "
+                           "created",
+                           "Find out why: kora4ctl doctor");
 }
 
 ExitCode Register(const Context& context, const Options& options) {
@@ -127,6 +133,8 @@ ExitCode Register(const Context& context, const Options& options) {
         const RegistrableLibrary library(path);
         Expect(library.Register(), path, "registered");
     }
+    if (IsElevated())
+        PrepareMachine();
     const Registration now = ReadRegistration();
     const Diagnosis diagnosis = Examine(now, path);
     if (output.json) {
@@ -147,28 +155,45 @@ ExitCode Register(const Context& context, const Options& options) {
     return ExitCode::eDone;
 }
 
+// The file that removes its own entries: the one beside this program, or the one that the
+// machine has registered. Empty when there is none. Never one that only a user has registered:
+// an administrator would run that user's code.
+std::string UnregisteringLibrary(const Registration& registration) {
+    for (const std::string& path : {LibraryBesideTool(), registration.ofMachine})
+        if (!path.empty() && KindOfFile(path) == FileKind::eLibrary)
+            return FullPath(path);
+    return {};
+}
+
 ExitCode Unregister(const Context& context, const Options& options) {
     Output& output = context.output;
     const Registration before = ReadRegistration();
-    // What knows how to remove the entries: the file that was named, the one beside this
-    // program, or the one that is registered.
-    std::string path = options.path.empty() ? LibraryBesideTool() : options.path;
-    if (options.path.empty() && KindOfFile(path) == FileKind::eAbsent && before.IsThere())
-        path = before.path;
-    path = FullPath(path);
+    const std::string path =
+        options.path.empty() ? UnregisteringLibrary(before) : FullPath(options.path);
     if (before.IsAnythingThere()) {
-        const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
-        const RegistrableLibrary library(path);
-        Expect(library.Unregister(), path, "unregistered");
+        HRESULT hr = S_OK;
+        if (!path.empty()) {
+            const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
+            const RegistrableLibrary library(path);
+            hr = library.Unregister();
+        }
+        if (hr == E_ACCESSDENIED)
+            Expect(hr, path, "unregistered");
+        // Also what another file, or the user, has registered.
+        RemoveEntries(before);
     }
     const Registration now = ReadRegistration();
     if (output.json) {
-        output.PrintJson({{"registered", now.IsThere()}, {"before", OrNull(before.path)}});
+        output.PrintJson({{"registered", now.IsThere()},
+                          {"before", OrNull(before.ofMachine)},
+                          {"beforeUser", OrNull(before.ofUser)}});
     } else if (!before.IsAnythingThere()) {
         output.Say("The library was not registered; nothing was changed.");
     } else {
         output.Say("The library is no longer registered" +
-                   (before.path.empty() ? std::string(".") : ": " + before.path));
+                   (before.ofMachine.empty() ? std::string(".") : ": " + before.ofMachine));
+        if (!before.ofUser.empty())
+            output.Say("The user's own registration was removed: " + before.ofUser);
         output.Say("The settings remain in the store.");
     }
     if (now.IsThere())
@@ -180,7 +205,9 @@ ExitCode Unregister(const Context& context, const Options& options) {
 constexpr char cRegisterFooter[] =
     "PATH defaults to QXA64T.dll beside this program. Registering writes the class, the\n"
     "application and the type library to the registry, creates the keys of the settings store\n"
-    "and lets every user write to them. It requires an administrator.\n"
+    "and lets every user write to them. It also creates, unless they exist, the keys with the\n"
+    "command lines of companion programs (AppKeys) and the folder for journals and backups,\n"
+    "which only administrators can write. It requires an administrator.\n"
     "\n"
     "--check changes nothing. The exit code is 0 when the registration is valid, 4 when the\n"
     "library is not registered, and 7 when something is wrong: the file is missing, cannot be\n"
@@ -203,8 +230,13 @@ void AddUnregister(Context& context) {
         AddVerb(context.root, context, "unregister", "unregister the library", Unregister);
     verb.add_option("PATH", options.path, "the library")->type_name("PATH");
     verb.footer(
-        "PATH defaults to QXA64T.dll beside this program, or else to the registered file.\n"
-        "The settings remain in the store.\n");
+        "PATH defaults to QXA64T.dll beside this program, or else to the file that is "
+        "registered\n"
+        "for the machine. If neither exists, the entries are removed without it. A file that "
+        "only\n"
+        "the user has registered is not loaded; its entry is removed, too. The settings remain "
+        "in\n"
+        "the store.\n");
 }
 
 }  // namespace kora4::tools

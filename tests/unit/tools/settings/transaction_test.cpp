@@ -56,11 +56,12 @@ class Transaction : public testing::Test {
     void ExpectAfter(const std::string& where) {
         EXPECT_EQ(Covered(m_after, Scope::eAll), Covered(m_store.values, Scope::eAll)) << where;
     }
+    // After a recovery, which leaves application keys alone.
     void ExpectEither(const std::string& where, Recovery outcome) {
-        if (outcome == Recovery::eFinished)
-            ExpectAfter(where);
-        else
-            ExpectBefore(where);
+        const auto& expected = outcome == Recovery::eFinished ? m_after : m_before;
+        EXPECT_EQ(WithoutAppKeys(Covered(expected, Scope::eAll)),
+                  WithoutAppKeys(Covered(m_store.values, Scope::eAll)))
+            << where;
     }
 
     // How many writes applying the whole plan takes.
@@ -107,7 +108,7 @@ TEST_F(Transaction, WritesNothingWhenNothingChanges) {
     EXPECT_EQ(0, m_store.writes);
 }
 
-TEST_F(Transaction, WritesStaticValuesThenDynamicOnesThenCounters) {
+TEST_F(Transaction, WritesStaticValuesThenDynamicOnesThenAppKeysThenCounters) {
     Prepare(2);
     const StoreLock lock;
     const Applied applied = Apply(m_plan, m_store, lock, File());
@@ -119,7 +120,7 @@ TEST_F(Transaction, WritesStaticValuesThenDynamicOnesThenCounters) {
         const SchemaValue* dynamic = FindInSchema(eKeySetDynamic, key);
         const bool isCounter = dynamic && (dynamic->role == Role::eTrigger ||
                                            dynamic->role == Role::eTableCounter);
-        const int its = isCounter ? 2 : dynamic ? 1 : 0;
+        const int its = isCounter ? 3 : FindInSchema(eKeySetApp, key) ? 2 : dynamic ? 1 : 0;
         EXPECT_GE(its, phase) << name;
         phase = its;
     }
@@ -336,22 +337,73 @@ TEST_F(Transaction, AJournalThatWasCutShortMeansThatNothingWasWritten) {
     EXPECT_FALSE(HasJournal());
 }
 
-TEST_F(Transaction, AFileThatIsNoJournalIsLeftAlone) {
-    Prepare(12);
+// What can stand in the place of a journal without being one.
+std::vector<std::string> TextsThatAreNoJournal(const JournalFile& file) {
     Journal strange;
     strange.entries.push_back(
         {eKeySetStatic, pkey::Setting(9999), {}, StoredValue::FromDword(1)});
-    File().Write(strange);
-    const std::string unknownValue = ReadWholeFile(File().Path());
-    for (const std::string& text :
-         {std::string("hello\n"), std::string("{}\n"), unknownValue}) {
+    file.Write(strange);
+    const std::string entry =
+        "{\"format\":\"kora4-journal\",\"version\":1,\"entries\":[{\"keys\":2,"
+        "\"value\":\"" +
+        ValueName(pkey::Setting(3)) + "\",\"before\":";
+    return {"hello\n",
+            "{}\n",
+            ReadWholeFile(file.Path()),
+            entry + "{\"type\":4.5,\"data\":\"00\"},\"after\":null}],\"counters\":[]}\n",
+            entry + "{\"type\":-4,\"data\":\"00\"},\"after\":null}],\"counters\":[]}\n",
+            "{\"format\":\"kora4-journal\",\"version\":1.5,\"entries\":[],\"counters\":[]}\n",
+            std::string(20000, '[') + std::string(20000, ']') + "\n"};
+}
+
+TEST_F(Transaction, AFileThatIsNoJournalIsMovedAsideAndNothingIsRestored) {
+    Prepare(12);
+    for (const std::string& text : TextsThatAreNoJournal(File())) {
         WriteWholeFile(File().Path(), text);
         const StoreLock lock;
-        const Recovered recovered = Recover(m_store, lock, File());
-        EXPECT_EQ(Recovery::eUnreadable, recovered.outcome) << text;
+        EXPECT_EQ(Recovery::eUnreadable, Inspect(m_store, File()).outcome);
         EXPECT_TRUE(HasJournal());
+        const Recovered recovered = Recover(m_store, lock, File());
+        EXPECT_EQ(Recovery::eUnreadable, recovered.outcome) << text.substr(0, 100);
+        EXPECT_FALSE(HasJournal());
         EXPECT_EQ(m_before, m_store.values);
         EXPECT_NE(std::string::npos, recovered.InWords().find(File().Path()));
+        EXPECT_EQ(text, ReadWholeFile(recovered.movedTo));
+        DeleteFileW(Widen(recovered.movedTo).c_str());
+    }
+}
+
+TEST_F(Transaction, AFileThatIsNoJournalHoldsUpNoChange) {
+    Prepare(14);
+    WriteWholeFile(File().Path(), "hello\n");
+    const StoreLock lock;
+    const Applied applied = Apply(m_plan, m_store, lock, File());
+    ExpectAfter("over a strange file");
+    EXPECT_EQ("hello\n", ReadWholeFile(applied.movedJournal));
+    DeleteFileW(Widen(applied.movedJournal).c_str());
+}
+
+TEST_F(Transaction, NoJournalRestoresApplicationKeys) {
+    const SchemaValue command = SettingNamed("profile-editor-command").Stored();
+    ASSERT_EQ(eKeySetApp, command.keySet);
+    const SchemaValue period = SettingNamed("sampling-period").Stored();
+    Journal journal;
+    journal.entries.push_back(
+        {period.keySet, period.key, StoredValue::FromDword(40), StoredValue::FromDword(60)});
+    journal.entries.push_back({command.keySet, command.key,
+                               StoredValue::FromText(u"planted.exe"),
+                               StoredValue::FromText(u"editor.exe")});
+    // The first value was not written yet, so the load is to be undone.
+    m_store.Write(period.keySet, period.key, StoredValue::FromDword(40));
+    for (const auto& present : {std::optional<StoredValue>(), journal.entries[1].after}) {
+        m_store.Put(command.keySet, command.key, present);
+        File().Write(journal);
+        const StoreLock lock;
+        const Recovered recovered = Recover(m_store, lock, File());
+        EXPECT_EQ(Recovery::eUndone, recovered.outcome);
+        EXPECT_EQ(present, m_store.Read(command.keySet, command.key));
+        EXPECT_EQ(std::vector<std::string>{"profile-editor-command"}, recovered.notRestored);
+        EXPECT_NE(std::string::npos, recovered.InWords().find("profile-editor-command"));
     }
 }
 

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// The key with the command lines of companion programs: other people's panels start them, so
+// only administrators write it.
+#ifndef KORA4_REGISTRY_APP_KEYS_H
+#define KORA4_REGISTRY_APP_KEYS_H
+
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace kora4::tools {
+
+// Creates the key with a list of its own: administrators and the system write, everyone reads.
+// One that is there stays as it is. ERROR_ACCESS_DENIED when this process does not run
+// elevated: a key that another user made would be that user's.
+LSTATUS CreateAppKeys(REGSAM access, UniqueRegKey& key);
+
+// Whether somebody besides administrators and the system may write the key, or owns it. False
+// when it is absent; what cannot be asked counts as open.
+bool AreAppKeysOpenToOthers();
+
+}  // namespace kora4::tools
+
+#endif  // KORA4_REGISTRY_APP_KEYS_H
