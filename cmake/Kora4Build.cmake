@@ -1,6 +1,17 @@
 # SPDX-License-Identifier: MIT
 # Compiler settings, and the function that defines a module of the library.
 
+if(WIN32)
+  # A toolchain that is not the project's need not say it.
+  if(NOT KORA4_TRIPLET)
+    set(KORA4_TRIPLET x86_64-w64-mingw32)
+  endif()
+  # Equal sources give equal files, whenever and wherever they are built: no time, no path.
+  add_link_options(-Wl,--no-insert-timestamp)
+  add_compile_options(
+    $<$<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:C,CXX>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=>)
+endif()
+
 # Warnings are errors in every target of the project.
 add_library(kora4_warnings INTERFACE)
 target_compile_options(kora4_warnings INTERFACE

@@ -39,11 +39,9 @@ if(WIN32)
     FIXTURES_CLEANUP wine-prefixes TIMEOUT 60)
 endif()
 
-# kora4_add_test(NAME SOURCES ... [LINK ...] [TIMEOUT s] [LABELS ...] [ARGS ...]): a program
-# that CTest runs as native.NAME or, for Windows builds, as wine.NAME in a Wine prefix that
-# no other test uses at that time. Under Wine the working directory is a folder of its own.
-function(kora4_add_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS;ARGS" ${ARGN})
+# kora4_add_test_program(NAME SOURCES ... [LINK ...]): a test program that something else runs.
+function(kora4_add_test_program name)
+  cmake_parse_arguments(TEST "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE kora4_platform_settings kora4_warnings
@@ -53,11 +51,21 @@ function(kora4_add_test name)
     # A program with settings of its own cannot use the precompiled headers.
     target_compile_options(${name} PRIVATE -Wno-error=invalid-pch)
   endif()
+  if(WIN32)
+    target_link_options(${name} PRIVATE -static)
+  endif()
+endfunction()
+
+# kora4_add_test(NAME SOURCES ... [LINK ...] [TIMEOUT s] [LABELS ...] [ARGS ...]): a program
+# that CTest runs as native.NAME or, for Windows builds, as wine.NAME in a Wine prefix that
+# no other test uses at that time. Under Wine the working directory is a folder of its own.
+function(kora4_add_test name)
+  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS;ARGS" ${ARGN})
+  kora4_add_test_program(${name} SOURCES ${TEST_SOURCES} LINK ${TEST_LINK})
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 900)
   endif()
   if(WIN32)
-    target_link_options(${name} PRIVATE -static)
     set(test wine.${name})
     set(folder ${CMAKE_BINARY_DIR}/test-work/${name})
     file(MAKE_DIRECTORY ${folder})

@@ -30,6 +30,10 @@ build_needs=(
   "/usr/include/nlohmann/json.hpp|nlohmann-json3-dev"
   "perl|perl"
 )
+package_needs=(
+  "git|git"
+  "zip|zip"
+)
 wine_needs=("/usr/lib/wine/wine64|wine64")
 clang_needs=(
   "clang++-16|clang-16"
@@ -39,9 +43,13 @@ bench_needs=("/usr/include/benchmark/benchmark.h|libbenchmark-dev")
 test_needs=(
   "${clang_needs[@]}"
   "${bench_needs[@]}"
+  "${package_needs[@]}"
   "clang-format-14|clang-format-14"
   "codespell|codespell"
-  "git|git"
+  "pkg-config|pkgconf"
+  "/usr/bin/rustc|rustc"
+  "/usr/lib/rustlib/x86_64-pc-windows-gnu|libstd-rust-dev-windows"
+  "mcs|mono-mcs"
 )
 
 # missing_packages NEED...: the packages of the needs that are not met, one a line.
@@ -128,10 +136,15 @@ make_prefix() {
   mkdir -p "$(dirname "$1")"
   (
     flock 9
-    [ -f "$1/.ready" ] && exit 0
+    [ -f "$1/.prepared" ] && exit 0
     rm -rf "$1"
     WINEPREFIX=$1 "$wine64" wineboot -i >/dev/null 2>&1 9>&- || exit 1
-    touch "$1/.ready"
+    # Windows need no display then.
+    WINEPREFIX=$1 "$wine64" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f \
+      >/dev/null 2>&1 9>&- || exit 1
+    # The driver counts from the start of the desktop.
+    end_prefix "$1" 9>&-
+    touch "$1/.prepared"
   ) 9>"$1.lock" || die "no Wine prefix can be made in $1; is there enough space on the disk?"
 }
 

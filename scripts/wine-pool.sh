@@ -26,12 +26,12 @@ pinned() {
 start() {
   local number
   make_prefix "$pool/1"
-  if [ "$1" -gt 1 ] && [ ! -f "$pool/$1/.ready" ]; then
+  if [ "$1" -gt 1 ] && [ ! -f "$pool/$1/.prepared" ]; then
     # Copying is faster than making, but the registry is written when the server ends.
     end_prefix "$pool/1"
   fi
   for number in $(seq 1 "$1"); do
-    [ -f "$pool/$number/.ready" ] || cp -a --reflink=auto "$pool/1" "$pool/$number"
+    [ -f "$pool/$number/.prepared" ] || cp -a --reflink=auto "$pool/1" "$pool/$number"
     export WINEPREFIX=$pool/$number
     pinned "$WINEPREFIX" "$wineserver" "-p$linger" 2>/dev/null || true
     # The first program of a prefix starts its services.
@@ -70,7 +70,7 @@ run_in() {
 
 run() {
   local prefix
-  [ -f "$pool/1/.ready" ] || start 1
+  [ -f "$pool/1/.prepared" ] || start 1
   while true; do
     for prefix in "$pool"/*/; do
       exec 9>"${prefix%/}.lock"

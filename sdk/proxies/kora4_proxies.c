@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /* Registers the generated proxy code of the SDK for an apartment, and ends that
  * registration. */
+#define COBJMACROS
 #include "kora4_proxies.h"
 
 #include "kora4api.h"

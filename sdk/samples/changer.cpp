@@ -17,6 +17,10 @@
 //
 //   TIME|changed|SETTING|FROM|TO   TIME is when the command was begun
 //   TIME|result|HRESULT
+//
+// One line builds it here:
+//
+//   x86_64-w64-mingw32-g++ -std=c++20 -static -I../include changer.cpp sample_client.cpp -o changer.exe -L../lib -lkora4_sdk_guids -lole32 -luuid
 #include <cstdio>
 #include <iostream>
 #include <iterator>

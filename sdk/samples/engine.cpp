@@ -10,6 +10,10 @@
 //   TIME|published|RESULT|LEVELS   what a display is to show of it; RESULT 0: it is stored
 //
 // The engine is not a client of the library: it knows the registry only.
+//
+// One line builds it here:
+//
+//   x86_64-w64-mingw32-g++ -std=c++20 -static -I../include engine.cpp sample_client.cpp -o engine.exe -L../lib -lkora4_sdk_guids -lole32 -luuid
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

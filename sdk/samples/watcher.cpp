@@ -5,6 +5,10 @@
 //   TIME|ready|PROCESS             the callback is registered
 //   TIME|told|SETTING|VALUE        a callback came
 //   TIME|levels|LEVELS|BARS        the levels are other ones than a sampling period ago
+//
+// One line builds it here:
+//
+//   x86_64-w64-mingw32-g++ -std=c++20 -static -I../include watcher.cpp sample_client.cpp -o watcher.exe -L../lib -lkora4_sdk_guids -lole32 -luuid
 #include <cstdio>
 
 #include "sample_client.h"
