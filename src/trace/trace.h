@@ -191,16 +191,13 @@ class Scope : public ExitLine {
 #define KALBREAK() __asm__ __volatile__("int $3")
 #endif
 
-// Reports a failed invariant, stops in an attached debugger, and goes on: the code
-// after an assertion copes with the failed condition. `text` is what the line shows.
-#define KALASSERT_TEXT(site, condition, text)                  \
-    do {                                                       \
-        if (!(condition)) [[unlikely]] {                       \
-            KALTRACE_AS(site, ::kora4::msg::cAssertion, text); \
-            if (::kora4::trace::IsDebuggerAttached())          \
-                KALBREAK();                                    \
-        }                                                      \
+// Reports a failed invariant, stops in an attached debugger, and continues: the code after an
+// assertion handles the failed condition. The line shows the text of the row.
+#define KALASSERT(site, message, condition)           \
+    do {                                              \
+        if (!(condition)) [[unlikely]] {              \
+            KALTRACE_AS(site, message);               \
+            if (::kora4::trace::IsDebuggerAttached()) \
+                KALBREAK();                           \
+        }                                             \
     } while (false)
-
-// The same with the expression's own source text.
-#define KALASSERT(site, condition) KALASSERT_TEXT(site, condition, #condition)
