@@ -3,8 +3,8 @@
 #pragma once
 
 #include "contract/messages/log_texts.h"
+#include "contract/messages/range_texts.h"
 #include "contract/messages/trace_message.h"
-#include "contract/range_texts.h"
 
 namespace kora4::contract::msg {
 
