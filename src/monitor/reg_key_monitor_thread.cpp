@@ -77,9 +77,9 @@ HRESULT RegKeyMonitor::ArmNotification(HKEY key, HANDLE changeEvent) {
 const char* RegKeyMonitor::ReasonOfArmingError(LSTATUS status) {
     switch (status) {
         case ERROR_KEY_DELETED:
-            return "key deleted";
+            return msg::cKeyDeleted;
         case ERROR_ACCESS_DENIED:
-            return "access denied";
+            return msg::cAccessDenied;
         case ERROR_NOT_ENOUGH_MEMORY:
         case ERROR_OUTOFMEMORY:
         case ERROR_NO_SYSTEM_RESOURCES:
@@ -92,7 +92,7 @@ const char* RegKeyMonitor::ReasonOfArmingError(LSTATUS status) {
 HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
                                       HANDLE changeEvent, ICOMCallbackGate* pICOMCallbackGate) {
     KALTRACE_RESULT(hr, S_OK, msg::cCallingThroughGate.function);
-    KALASSERT(cSite, pICOMCallbackGate != NULL);
+    KALASSERT(cSite, msg::cAssertGate, pICOMCallbackGate != NULL);
     if (!pICOMCallbackGate)
         return hr = E_FAIL;
     const HANDLE handles[] = {session.StopEvent(), changeEvent};

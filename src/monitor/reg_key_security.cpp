@@ -162,7 +162,7 @@ HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& 
 HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
                                      const RegKeyCalls& calls) {
     KALTRACE_RESULT(hr, E_FAIL, msg::cCreateKeyStatus.function);
-    KALASSERT(cSite, (pwKeyName != NULL) && (pKeyHandle != NULL));
+    KALASSERT(cSite, msg::cAssertKeyName, (pwKeyName != NULL) && (pKeyHandle != NULL));
     if (!pwKeyName || !pKeyHandle)
         return hr;
     UniqueRegKey key;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Every message of the trace with its meaning, and how the row of a written line is found.
+// Every trace message with its meaning, and the search for the row of a written line.
 #pragma once
 
 #include <algorithm>
@@ -24,16 +24,16 @@ constexpr void ForEachTraceMessage(Visit visit) {
     std::ranges::for_each(msg::cStoreMessages, std::ref(visit));
 }
 
-// What was found for a message.
+// The row found for a message.
 struct TraceMatch {
     const TraceMessage* pMessage = nullptr;
     TraceValues values;
-    // Rows that say as much of the message; more than one only without a function.
+    // How many rows match equally well; more than one only if no function is given.
     std::size_t equals = 0;
 };
 
-// A row that matches a message: the more of it stands in the row word by word, the better;
-// a row for the function is better than one for any. An empty function: of any.
+// The row that matches a message best: the one with the most literal characters, and a row for
+// the function rather than one for any. An empty function: of any.
 constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_view message) {
     TraceMatch best;
     std::size_t bestScore = 0;

@@ -2,8 +2,9 @@
 // Messages of the object that clients use, with their meaning.
 #pragma once
 
+#include "contract/messages/log_texts.h"
+#include "contract/messages/range_texts.h"
 #include "contract/messages/trace_message.h"
-#include "contract/range_texts.h"
 
 namespace kora4::contract::msg {
 
@@ -39,5 +40,9 @@ inline constexpr TraceMessage cApiMessages[] = {
 #include "contract/messages/trace_messages_api.inc"
 };
 #undef KORA4_ROW
+
+static_assert(IsInstance(cGetBadProfile, cGetActiveProfile, text::cBadProfileName.read));
+static_assert(IsInstance(cSetBadProfile, cSetActiveProfile, text::cBadProfileName.chosen));
+static_assert(IsInstance(cSetBadDemoProfile, cSetDemoProfile, text::cBadDemoProfileName));
 
 }  // namespace kora4::contract::msg

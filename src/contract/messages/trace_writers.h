@@ -128,9 +128,9 @@ inline constexpr OddTraceFunction cOddTraceFunctions[] = {
     {"KORA4PropKeyStoreAccess::WriteNumericArray", tag::cPatchSet, trace::eStoreExitResult},
     {"NamedMutex::Release", tag::cUIKeysClient, trace::eExitResult},
     {"OnRegisterServer", tag::cApi, trace::eStoreExitResult},
-    {"RegKeyMonitor::RegMonitorEntry", tag::cMonitor, trace::eThreadExitResult},
-    {"RegKeyMonitor::RegMonitorLoop", tag::cMonitor, trace::eThreadExitResult},
-    {"RegKeyMonitor::RunRegMonitor", tag::cMonitor, trace::eThreadExitResult},
+    {"RegKeyMonitor::RegMonitorEntry", tag::cMonitor, trace::eStoreExitResult},
+    {"RegKeyMonitor::RegMonitorLoop", tag::cMonitor, trace::eStoreExitResult},
+    {"RegKeyMonitor::RunRegMonitor", tag::cMonitor, trace::eStoreExitResult},
 };
 
 }  // namespace kora4::contract

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "base/results.h"
-#include "contract/range_texts.h"
+#include "contract/messages/range_texts.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
 #include "kora4ctl/command_line/verb.h"
