@@ -159,6 +159,25 @@ sources() {
   done
 }
 
+# block LANGUAGE PAGE: the first block of code of that language.
+block() { sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$2" | sed '1d;/^```$/,$d'; }
+
+# What the guide for beginners says, with its own words.
+guide() {
+  local folder="$work/panel" page
+  page="$(sdk)/docs/getting-started.md"
+  rm -rf "$folder"
+  mkdir -p "$folder"
+  block cpp "$page" >"$folder/panel.cpp"
+  block cmake "$page" >"$folder/CMakeLists.txt"
+  cmake -S "$folder" -B "$folder/build" -DCMAKE_PREFIX_PATH="$(sdk)" \
+    --toolchain "$(sdk)/lib/cmake/VeltoKORA4/mingw-w64-x86_64.cmake"
+  cmake --build "$folder/build"
+  [ -s "$folder/build/panel.exe" ] || fail "no panel.exe"
+  grep -qxF "$(sed -n 's,^//   \(x86_64.*\),\1,p' "$(sdk)/samples/follow.cpp")" "$page" ||
+    fail "the guide builds follow.cpp with another line"
+}
+
 pkg_config() {
   local flags
   flags=$(PKG_CONFIG_PATH="$(sdk)/lib/pkgconfig" pkg-config --cflags --libs veltokora4)
