@@ -75,18 +75,13 @@ HRESULT RegKeyMonitor::ArmNotification(HKEY key, HANDLE changeEvent) {
 }
 
 const char* RegKeyMonitor::ReasonOfArmingError(LSTATUS status) {
-    switch (status) {
-        case ERROR_KEY_DELETED:
-            return msg::cKeyDeleted;
-        case ERROR_ACCESS_DENIED:
-            return msg::cAccessDenied;
-        case ERROR_NOT_ENOUGH_MEMORY:
-        case ERROR_OUTOFMEMORY:
-        case ERROR_NO_SYSTEM_RESOURCES:
-            return "no more memory";
-        default:
-            return "other failure";
-    }
+    const bool isMemoryShort = status == ERROR_NOT_ENOUGH_MEMORY ||
+                               status == ERROR_OUTOFMEMORY ||
+                               status == ERROR_NO_SYSTEM_RESOURCES;
+    return status == ERROR_KEY_DELETED     ? msg::cKeyDeleted
+           : status == ERROR_ACCESS_DENIED ? msg::cAccessDenied
+           : isMemoryShort                 ? "no more memory"
+                                           : "other failure";
 }
 
 HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,

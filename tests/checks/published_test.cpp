@@ -75,7 +75,8 @@ TEST(PublishedSettings, HaveNamesAndAddressesOfTheirOwn) {
 
 std::vector<const TraceMessage*> Rows() {
     std::vector<const TraceMessage*> rows;
-    contract::ForEachTraceMessage([&](const TraceMessage& row) { rows.push_back(&row); });
+    for (const TraceMessage& row : msg::cTraceMessages)
+        rows.push_back(&row);
     return rows;
 }
 

@@ -2,7 +2,9 @@
 // The names of the trace's categories.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 #include "contract/trace_flags.h"
@@ -36,10 +38,8 @@ inline constexpr TraceBits cTraceCategories[] = {
 
 // Null if there is no such category.
 constexpr const TraceBits* FindTraceCategory(std::string_view name) {
-    for (const TraceBits& category : cTraceCategories)
-        if (name == category.name)
-            return &category;
-    return nullptr;
+    const auto* const pFound = std::ranges::find(cTraceCategories, name, &TraceBits::name);
+    return pFound != std::end(cTraceCategories) ? pFound : nullptr;
 }
 
 // Every bit that lets lines through.

@@ -3,9 +3,9 @@
 // function, text and mask from it; the tools explain written lines with the rest.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 #include "contract/messages/conversion.h"
 #include "contract/messages/trace_kind.h"
@@ -42,10 +42,8 @@ void KindsDoNotFitTheText();
 consteval TraceMessage Line(const char* function, const char* text, std::uint32_t mask,
                             const TraceKinds& kinds, const char* meaning, const char* why = "",
                             const char* next = "") {
-    std::size_t count = 0;
-    while (count < kinds.size() && kinds[count] != eNone)
-        ++count;
-    if (count != PartsOf(text).conversions)
+    const std::size_t conversions = PartsOf(text).conversions;
+    if (std::ranges::find(kinds, eNone) != kinds.begin() + conversions)
         KindsDoNotFitTheText();
     return {function, text, mask, kinds, meaning, why, next};
 }
@@ -55,18 +53,6 @@ consteval TraceMessage Message(const char* function, const char* text, const Tra
                                const char* meaning, const char* why = "",
                                const char* next = "") {
     return Line(function, text, trace::eMessages, kinds, meaning, why, next);
-}
-
-// Whether a row is that of a general one with this text as its first value.
-consteval bool IsInstance(const TraceMessage& row, const TraceMessage& general,
-                          std::string_view value) {
-    std::string_view text = row.text, pattern = general.text;
-    const std::size_t at = pattern.find('%');
-    if (text.substr(0, at) != pattern.substr(0, at) || !text.substr(at).starts_with(value))
-        return false;
-    text.remove_prefix(at + value.size());
-    pattern.remove_prefix(at + ConversionAt(pattern.substr(at)).length);
-    return text.starts_with(pattern.substr(0, pattern.find('%')));
 }
 
 }  // namespace msg

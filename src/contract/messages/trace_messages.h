@@ -2,9 +2,7 @@
 // Every trace message with its meaning, and the search for the row of a written line.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <functional>
 #include <string_view>
 
 #include "contract/messages/trace_message.h"
@@ -15,14 +13,20 @@
 
 namespace kora4::contract {
 
-// Calls `visit` with each row.
-template <typename Visit>
-constexpr void ForEachTraceMessage(Visit visit) {
-    std::ranges::for_each(msg::cGeneralMessages, std::ref(visit));
-    std::ranges::for_each(msg::cAssertionMessages, std::ref(visit));
-    std::ranges::for_each(msg::cApiMessages, std::ref(visit));
-    std::ranges::for_each(msg::cStoreMessages, std::ref(visit));
-}
+namespace msg {
+
+#define KORA4_ROW(make, name, ...) name,
+#define KORA4_ASSERTION(name, ...) name,
+inline constexpr TraceMessage cTraceMessages[] = {
+    cEntry, cExit, cExitResult, cNotInitialized, cRefused, cAssertion,
+#include "contract/messages/trace_messages_api.inc"
+#include "contract/messages/trace_messages_assertions.inc"
+#include "contract/messages/trace_messages_store.inc"
+};
+#undef KORA4_ROW
+#undef KORA4_ASSERTION
+
+}  // namespace msg
 
 // The row found for a message.
 struct TraceMatch {
@@ -37,14 +41,14 @@ struct TraceMatch {
 constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_view message) {
     TraceMatch best;
     std::size_t bestScore = 0;
-    ForEachTraceMessage([&](const TraceMessage& row) {
+    for (const TraceMessage& row : msg::cTraceMessages) {
         const bool isOfFunction = row.function != nullptr && function == row.function;
         if (row.function != nullptr && !function.empty() && !isOfFunction)
-            return;
+            continue;
         TraceValues values;
         const std::size_t exact = MatchTraceText(row, message, &values);
         if (exact == 0)
-            return;
+            continue;
         const std::size_t score = 2 * exact + (isOfFunction ? 1 : 0);
         if (score > bestScore) {
             bestScore = score;
@@ -52,7 +56,7 @@ constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_vie
         } else if (score == bestScore) {
             ++best.equals;
         }
-    });
+    }
     return best;
 }
 

@@ -2,7 +2,6 @@
 // Messages of the object that clients use, with their meaning.
 #pragma once
 
-#include "contract/messages/log_texts.h"
 #include "contract/messages/range_texts.h"
 #include "contract/messages/trace_message.h"
 
@@ -31,18 +30,9 @@ consteval TraceMessage NullPointer(const char* function, const char* text, const
     return Message(function, text, {}, meaning, cNullPointer, next);
 }
 
-// Each row under its name, and then all of them for the tools.
+// Each row under its name.
 #define KORA4_ROW(make, name, ...) inline constexpr TraceMessage name = make(__VA_ARGS__);
 #include "contract/messages/trace_messages_api.inc"
 #undef KORA4_ROW
-#define KORA4_ROW(make, name, ...) name,
-inline constexpr TraceMessage cApiMessages[] = {
-#include "contract/messages/trace_messages_api.inc"
-};
-#undef KORA4_ROW
-
-static_assert(IsInstance(cGetBadProfile, cGetActiveProfile, text::cBadProfileName.read));
-static_assert(IsInstance(cSetBadProfile, cSetActiveProfile, text::cBadProfileName.chosen));
-static_assert(IsInstance(cSetBadDemoProfile, cSetDemoProfile, text::cBadDemoProfileName));
 
 }  // namespace kora4::contract::msg

@@ -20,9 +20,6 @@ inline constexpr auto cRefused = Message(
     nullptr, "**** Error: %s", {eReason}, "The method refused an argument, for this reason.",
     "The call was refused with E_INVALIDARG and did nothing.", "Pass a valid argument.");
 
-inline constexpr TraceMessage cGeneralMessages[] = {cEntry, cExit, cExitResult, cNotInitialized,
-                                                    cRefused};
-
 inline constexpr char cBrokenRule[] =
     "A rule inside the library was broken; the function handles this and continues.";
 inline constexpr char cReport[] =
@@ -41,16 +38,10 @@ inline constexpr auto cAssertion =
     Line(nullptr, "KALASSERT failed: %s", trace::eAssertions, {eCondition},
          "A condition that the library relies on did not hold.", cBrokenRule, cReport);
 
-// Each row under its name, and then all of them for the tools.
+// Each row under its name.
 #define KORA4_ASSERTION(name, condition, ...) \
     inline constexpr TraceMessage name = Assertion("KALASSERT failed: " condition, __VA_ARGS__);
 #include "contract/messages/trace_messages_assertions.inc"
-#undef KORA4_ASSERTION
-#define KORA4_ASSERTION(name, ...) name,
-inline constexpr TraceMessage cAssertionMessages[] = {
-    cAssertion,
-#include "contract/messages/trace_messages_assertions.inc"
-};
 #undef KORA4_ASSERTION
 
 }  // namespace kora4::contract::msg

@@ -17,17 +17,9 @@ inline constexpr char cAdministratorNeeded[] =
 inline constexpr char cKeyDeleted[] = "key deleted";
 inline constexpr char cAccessDenied[] = "access denied";
 
-// Each row under its name, and then all of them for the tools.
+// Each row under its name.
 #define KORA4_ROW(make, name, ...) inline constexpr TraceMessage name = make(__VA_ARGS__);
 #include "contract/messages/trace_messages_store.inc"
 #undef KORA4_ROW
-#define KORA4_ROW(make, name, ...) name,
-inline constexpr TraceMessage cStoreMessages[] = {
-#include "contract/messages/trace_messages_store.inc"
-};
-#undef KORA4_ROW
-
-static_assert(IsInstance(cWatchedKeyDeleted, cArmingFailed, cKeyDeleted));
-static_assert(IsInstance(cWatchDenied, cArmingFailed, cAccessDenied));
 
 }  // namespace kora4::contract::msg
