@@ -12,14 +12,14 @@ using VerbAdder = void(Context& context);
 
 VerbAdder AddStatus, AddGet, AddSet, AddToggle, AddDescribe, AddList, AddProfile, AddDemo,
     AddEq, AddLevels, AddWatch, AddRecord, AddReplay, AddRegister, AddUnregister, AddExplain,
-    AddTrace, AddDoctor, AddDump, AddLoad, AddDiff, AddLint, AddCompletion;
+    AddTrace, AddDoctor, AddDump, AddLoad, AddDiff, AddLint, AddUndo, AddCompletion;
 
 // All of them, in the order of --help.
 inline constexpr VerbAdder* cVerbs[] = {
-    AddStatus,  AddGet,      AddSet,        AddToggle,  AddDescribe,  AddList,
-    AddProfile, AddDemo,     AddEq,         AddLevels,  AddWatch,     AddRecord,
-    AddReplay,  AddRegister, AddUnregister, AddExplain, AddTrace,     AddDoctor,
-    AddDump,    AddLoad,     AddDiff,       AddLint,    AddCompletion};
+    AddStatus,  AddGet,      AddSet,        AddToggle,  AddDescribe, AddList,
+    AddProfile, AddDemo,     AddEq,         AddLevels,  AddWatch,    AddRecord,
+    AddReplay,  AddRegister, AddUnregister, AddExplain, AddTrace,    AddDoctor,
+    AddDump,    AddLoad,     AddDiff,       AddLint,    AddUndo,     AddCompletion};
 
 }  // namespace kora4::tools
 

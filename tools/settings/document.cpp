@@ -268,6 +268,27 @@ class Reader {
 
 // ---- Writing ------------------------------------------------------------------------------
 
+bool IsInDemo(StoreAccess& store) {
+    return IsDemoProfile(
+        store.Number(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), cMovieProfile));
+}
+
+// What is stored; in a demo, of the profile and the enable, what the demo returns to. Absent or
+// unreadable ones are taken as leaving the demo takes them.
+std::optional<StoredValue> ReadLasting(const SchemaValue& value, StoreAccess& store) {
+    const bool isProfile = value.role == Role::eActiveProfile;
+    const bool isEnable = value.key == pkey::Setting(pkey::cMasterEnablePid);
+    if ((!isProfile && !isEnable) || !IsInDemo(store))
+        return store.Read(value.keySet, value.key);
+    const std::uint32_t saved =
+        store.Number(eKeySetStatic,
+                     pkey::Setting(isProfile ? pkey::cSavedProfilePid : pkey::cSavedEnablePid),
+                     isProfile ? cMovieProfile : 1);
+    if (isProfile)
+        return StoredValue::FromDword(IsSelectableProfile(saved) ? saved : cMovieProfile);
+    return StoredValue::FromDword(saved != 0);
+}
+
 Json DumpSection(StoreAccess& store, const std::vector<const Setting*>& settings,
                  std::uint32_t profile) {
     Json section = Json::object();
@@ -275,7 +296,7 @@ Json DumpSection(StoreAccess& store, const std::vector<const Setting*>& settings
         if (setting->perProfile && !Has(*setting, profile))
             continue;
         const SchemaValue value = setting->Stored(profile);
-        if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
+        if (const std::optional<StoredValue> stored = ReadLasting(value, store))
             section[setting->name] = StoredToJson(*setting, *stored);
     }
     return section;

@@ -182,12 +182,14 @@ Examination Examine(StoreAccess& store, const JournalFile& file) {
 }  // namespace
 
 Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock&, const JournalFile& file,
-              const IsInterrupted& isInterrupted) {
+              const IsInterrupted& isInterrupted, const std::function<void()>& keepBackup) {
     Applied applied;
     applied.movedJournal = RefuseOverJournal(file);
     applied.changes = Compare(plan, store);
     if (applied.changes.empty())
         return applied;
+    if (keepBackup)
+        keepBackup();
     const Journal journal = JournalOf(InOrderOfWriting(applied.changes));
     applied.announcements = journal.counters.size();
     Explained("The journal that a change of the settings needs cannot be written. ",

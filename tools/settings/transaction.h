@@ -30,10 +30,14 @@ struct Applied {
 // with eFailed, which says so; when putting back fails as well, it says that too and the
 // journal stays for Recover. A plan that changes nothing writes nothing at all.
 //
+// `keepBackup` is called when something will change, before the first write; what it throws
+// ends the change.
+//
 // Failure with eFailed, and nothing changed, when a journal is there already; one that cannot
 // be read, or that this program did not make, is moved aside.
 Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock& lock,
-              const JournalFile& journal, const IsInterrupted& isInterrupted = {});
+              const JournalFile& journal, const IsInterrupted& isInterrupted = {},
+              const std::function<void()>& keepBackup = {});
 
 // What became of a journal that was found.
 enum class Recovery {

@@ -240,5 +240,18 @@ TEST_F(CtlDump, WithoutAStoreNamesTheCommandThatMendsIt) {
         Refused(arguments, cNotReady, "kora4ctl register");
 }
 
+TEST_F(CtlDump, InADemoHasWhatTheDemoReturnsTo) {
+    ASSERT_EQ(S_OK, Client().SetActiveProfile(KORA4_PROFILE_GAMES));
+    ASSERT_EQ(S_OK, Client().SetVeltoEnable(FALSE));
+    const std::string before = Done({"dump", "--all"});
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE));
+    EXPECT_EQ(before, Done({"dump", "--all"}));
+    Client().ForceRevertFromDemoMode();
+    Done({"profile", "use", "movie"});
+    Done({"load", "-"}, before);
+    EXPECT_EQ("games\n", Done({"get", "profile"}));
+    EXPECT_EQ("off\n", Done({"get", "enable"}));
+}
+
 }  // namespace
 }  // namespace kora4::test

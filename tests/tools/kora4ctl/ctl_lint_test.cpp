@@ -19,7 +19,7 @@ constexpr char cLintShape[] =
                       "problem": "string", "repair": "string|null"}],
         "fixed": [{"name": "string", "profile": "string|null", "stored": "any",
                    "wanted": "any"}],
-        "backup": "string|null"})";
+        "written": "integer", "deleted": "integer", "backup": "string|null"})";
 constexpr char cDiffShape[] =
     R"({"same": "boolean",
         "differences": [{"name": "string", "profile": "string|null", "stored": "any",
@@ -265,12 +265,12 @@ TEST_F(CtlLint, MendsAnyStoreAfterADumpOfIt) {
     EXPECT_LT(100, mended);
 }
 
-TEST_F(CtlLint, WithoutANameTheDumpGoesBesideTheJournal) {
+TEST_F(CtlLint, WithoutANameTheBackupIsThatOfUndo) {
     Put("volume-leveler", StoredValue::FromDword(11));
     const StoreValues before = ReadStoreValues();
     const std::string backup = DoneJson({"lint", "--fix"})["backup"];
     const std::string folder = JournalPath().substr(0, JournalPath().rfind('\\'));
-    EXPECT_EQ(0u, backup.find(folder + "\\before-fix-")) << backup;
+    EXPECT_EQ(0u, backup.find(folder + "\\backup-")) << backup;
     EXPECT_EQ(ContentOf(backup), DocumentText(before, Scope::eAll));
     EXPECT_TRUE(DeleteFileW(tools::Widen(backup).c_str()));
 }

@@ -11,7 +11,8 @@ namespace {
 constexpr char cResultShape[] =
     R"({"dryRun": "boolean",
         "changes": [{"name": "string", "profile": "string|null", "stored": "any",
-                     "wanted": "any"}]})";
+                     "wanted": "any"}],
+        "written": "integer", "deleted": "integer", "backup": "string|null"})";
 
 std::string WithBody(const std::string& body) {
     return R"({"format": "kora4-settings", "version": 1, "scope": "all")" +
@@ -48,7 +49,7 @@ TEST_F(CtlLoad, SaysEachChange) {
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_EQ(load.changes, result.Lines().size());
     EXPECT_NE(std::string::npos,
-              result.err.find(std::to_string(load.changes) + " values changed."))
+              result.err.find(std::to_string(load.changes) + " values changed: "))
         << result.err;
     ExpectStore(load.after);
 }

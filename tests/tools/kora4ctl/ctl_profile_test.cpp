@@ -112,7 +112,7 @@ TEST_F(CtlProfile, ShowHasTheValuesOfActiveAndInactiveProfiles) {
 
 TEST_F(CtlProfile, RevertGivesTheFactoryValuesOfPresetProfilesOnly) {
     Done({"set", "dialog-enhancer", "0.75"});
-    EXPECT_EQ("movie was reset to its factory values.\n", Done({"profile", "revert"}));
+    EXPECT_EQ(0u, Done({"profile", "revert"}).find("movie was reset to its factory values: "));
     EXPECT_EQ("0.33\n", Done({"get", "dialog-enhancer"}));
     Done({"profile", "create", "p1", "x"});
     Done({"profile", "use", "p1"});

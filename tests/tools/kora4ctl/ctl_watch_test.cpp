@@ -182,6 +182,17 @@ TEST_F(CtlWatch, NumberThatIsNoProfileIsToldAsItIs) {
               NextEvent(*tool));
 }
 
+TEST_F(CtlWatch, EndsWithASentenceWhenTheKeysAreDeleted) {
+    for (const KORA4KeySet keySet : {eKeySetStatic, eKeySetDynamic}) {
+        const auto tool = Start();
+        RemoveKey(HKEY_LOCAL_MACHINE, KeySetPath(keySet));
+        const ToolResult result = tool->WaitForEnd();
+        EXPECT_EQ(cNotReady, result.exitCode) << result;
+        EXPECT_THAT(result.err, HasSubstr("The store's keys were deleted"));
+        EXPECT_EQ(S_OK, LoadedLibrary().RegisterServer());
+    }
+}
+
 TEST_F(CtlWatch, WithoutALibraryItSaysSo) {
     Unregister();
     Refused({"watch"}, cNotReady, "kora4ctl register");

@@ -4,6 +4,7 @@
 
 #include "base/shown_text.h"
 #include "registry/journal.h"
+#include "settings/backup.h"
 #include "settings/transaction.h"
 
 namespace kora4::tools {
@@ -22,17 +23,19 @@ Plan ReadPlan(const std::string& path, Completeness completeness) {
     });
 }
 
-std::vector<Difference> ApplyPlan(const Context& context, const Plan& plan,
-                                  const HeldStore& store) {
+ChangedSettings ApplyPlan(const Context& context, const Plan& plan, const HeldStore& store,
+                          const std::string& verb) {
     const auto isInterrupted = [&context] { return context.interrupt.IsRequested(); };
-    Applied applied =
-        Apply(plan, *store, store.lock, JournalFile(DefaultJournalPath()), isInterrupted);
+    std::string backup;
+    const auto keepBackup = [&] { backup = Backups().Keep(verb, *store, store.lock); };
+    Applied applied = Apply(plan, *store, store.lock, JournalFile(DefaultJournalPath()),
+                            isInterrupted, keepBackup);
     if (!applied.movedJournal.empty())
         context.output.Say(
             "A journal that this program cannot read, or did not make, was in the way. It is "
             "now " +
             applied.movedJournal + ".");
-    return std::move(applied.changes);
+    return {std::move(applied.changes), std::move(backup)};
 }
 
 std::string ToText(const Json& document) {

@@ -32,9 +32,15 @@ auto ParseFile(const std::string& path, Parse parse) {
 // The plan of the document in a file.
 Plan ReadPlan(const std::string& path, Completeness completeness);
 
-// Makes the store what the plan says; Ctrl-C undoes it. What was changed.
-std::vector<Difference> ApplyPlan(const Context& context, const Plan& plan,
-                                  const HeldStore& store);
+// What was changed, and the backup from before; empty when nothing changed.
+struct ChangedSettings {
+    std::vector<Difference> changes;
+    std::string backup;
+};
+
+// Makes the store what the plan says, after keeping a backup; Ctrl-C undoes it.
+ChangedSettings ApplyPlan(const Context& context, const Plan& plan, const HeldStore& store,
+                          const std::string& verb);
 
 // The indented text with its final newline, as dump writes it into a file.
 std::string ToText(const Json& document);

@@ -133,8 +133,13 @@ NotificationListener::~NotificationListener() {
 }
 
 Wake NotificationListener::Wait(const Deadline& deadline, std::vector<Notification>& told) {
-    const Wake wake =
-        WaitWithMessages(m_interrupt, deadline, [this] { return m_collector->HasSome(); });
+    constexpr double cPatience = 1;  // seconds
+    Wake wake = Wake::eTimedOut;
+    do {
+        const Deadline slice(std::min(cPatience, deadline.Left() / 1000.0));
+        wake = WaitWithMessages(m_interrupt, slice, [this] { return m_collector->HasSome(); });
+        m_keys.CheckAreThere();
+    } while (wake == Wake::eTimedOut && !deadline.IsOver());
     told = m_collector->Take();
     for (Notification& one : told) {
         if (one.event != cTableEvent)

@@ -11,6 +11,7 @@
 
 #include "base/output.h"
 #include "kora4ctl/notifications/message_wait.h"
+#include "kora4ctl/notifications/watched_keys.h"
 #include "kora4ctl/terminal/local_time.h"
 
 namespace kora4::tools {
@@ -42,11 +43,14 @@ class NotificationListener {
     NotificationListener(const NotificationListener&) = delete;
     NotificationListener& operator=(const NotificationListener&) = delete;
 
+    // Failure with eNotReady when the store's keys are deleted: the library hears nothing then.
     // eDone: `told` has everything that came together, in its order; one element at least.
     Wake Wait(const Deadline& deadline, std::vector<Notification>& told);
 
   private:
     class Collector;
+
+    WatchedKeys m_keys;
 
     Api& m_api;
     const HANDLE m_interrupt;

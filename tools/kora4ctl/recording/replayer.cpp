@@ -149,10 +149,9 @@ void Replayer::Store(const Json& settings) {
     Apply(plan, *m_store, lock, JournalFile(DefaultJournalPath()));
 }
 
-std::vector<Difference> Replayer::DifferencesFrom(const Json& settings) {
-    const Plan plan = CheckDocument(settings);
+std::vector<Difference> Replayer::DifferencesFrom(const Plan& settings) {
     const StoreLock lock(cLockPatience);
-    return Compare(plan, *m_store);
+    return Compare(settings, *m_store);
 }
 
 }  // namespace kora4::tools

@@ -29,7 +29,7 @@ class Replayer {
     // Makes the changes of one group.
     void Make(const RecordedGroup& group);
     // What is stored otherwise than there.
-    std::vector<Difference> DifferencesFrom(const Json& settings);
+    std::vector<Difference> DifferencesFrom(const Plan& settings);
 
   private:
     // Each makes one kind of change by the library's methods and ignores their results.

@@ -2,15 +2,12 @@
 // kora4ctl lint: each stored value against its type, its range and its encoding.
 #include "settings/lint.h"
 
-#include <windows.h>
-
 #include "base/text.h"
 #include "kora4ctl/access/document_files.h"
 #include "kora4ctl/command_line/verb.h"
-#include "kora4ctl/terminal/local_time.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
-#include "registry/journal.h"
+#include "settings/backup.h"
 #include "settings/settings_table.h"
 
 namespace kora4::tools {
@@ -27,18 +24,11 @@ constexpr char cFooter[] =
     "warning  readable, but outside what the API can set\n"
     "note     worth knowing; needs no repair\n"
     "A value that equals a built-in default passes, whatever the limits of the API.\n"
-    "--fix first writes a dump of all settings, then deletes invalid values, so that their\n"
+    "--fix first keeps a backup of all settings (see 'kora4ctl undo'), then deletes invalid "
+    "values, so that their\n"
     "defaults are in effect, and terminates texts that lack a terminator. Values that are not\n"
     "settings (counters, levels, the state saved for a demo) are in no dump; --fix names the\n"
     "ones that it repairs. Exit code 7: there are errors or warnings that were not repaired.\n";
-
-// Beside the journal, with the time in its name: an earlier dump is never written over.
-std::string DefaultBackup() {
-    const std::string journal = DefaultJournalPath();
-    const std::string folder = journal.substr(0, journal.find_last_of('\\'));
-    CreateDirectoryW(Widen(folder).c_str(), nullptr);
-    return folder + "\\before-fix-" + Moment::Now().FileStamp() + ".json";
-}
 
 struct Fixed {
     std::string backup;  // empty: nothing was wrong, and nothing was written
@@ -51,9 +41,11 @@ Fixed Fix(const Context& context, const HeldStore& store, const std::vector<Find
     const Plan plan = FixPlan(findings);
     if (plan.values.empty())
         return fixed;
-    fixed.backup = backup.empty() ? DefaultBackup() : backup;
-    WriteWholeFile(fixed.backup, ToText(Dump(*store, Scope::eAll)));
-    fixed.changes = ApplyPlan(context, plan, store);
+    if (!backup.empty())
+        WriteWholeFile(backup, ToText(Dump(*store, Scope::eAll)));
+    ChangedSettings changed = ApplyPlan(context, plan, store, "lint");
+    fixed.backup = backup.empty() ? changed.backup : backup;
+    fixed.changes = std::move(changed.changes);
     return fixed;
 }
 
@@ -86,6 +78,8 @@ Json DocumentOf(const std::vector<Finding>& findings, const Fixed& fixed) {
         list.push_back(finding.Document());
     return {{"findings", list},
             {"fixed", DocumentOf(fixed.changes)},
+            {"written", ChangeCounts(fixed.changes).written},
+            {"deleted", ChangeCounts(fixed.changes).deleted},
             {"backup", OrNull(fixed.backup)}};
 }
 
@@ -101,7 +95,8 @@ void Tell(Output& output, const std::vector<Finding>& findings, const Fixed& fix
             !others.empty())
             output.Say("Also repaired, but not settings and so not saved: " +
                        Join(others, "; ") + ".");
-        output.Say(CountOf(fixed.changes.size(), "value") + " repaired.");
+        output.Say(CountOf(fixed.changes.size(), "value") +
+                   " repaired: " + ChangeCounts(fixed.changes).InWords() + ".");
     } else if (findings.empty()) {
         output.Say("All stored values are valid.");
     }

@@ -4,6 +4,7 @@
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
+#include "settings/backup.h"
 
 namespace kora4::tools {
 
@@ -20,13 +21,20 @@ constexpr char cFooter[] =
     "Afterwards the settings in the document's scope are those of the document: a setting\n"
     "that it does not have is deleted, so that its default is in effect; with --merge it is\n"
     "kept.\n"
+    "A backup is kept before anything changes; see 'kora4ctl undo'.\n"
     "If a write fails, or on Ctrl-C, the previous settings are restored. If the program is\n"
     "killed, 'kora4ctl doctor' finds the journal that it left and undoes or finishes the\n"
     "load.\n";
 
-void Tell(Output& output, const std::vector<Difference>& changes, bool dryRun) {
+void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
+    const std::vector<Difference>& changes = changed.changes;
+    const ChangeCounts counts(changes);
     if (output.json) {
-        output.PrintJson(Json{{"dryRun", dryRun}, {"changes", DocumentOf(changes)}});
+        output.PrintJson(Json{{"dryRun", dryRun},
+                              {"changes", DocumentOf(changes)},
+                              {"written", counts.written},
+                              {"deleted", counts.deleted},
+                              {"backup", OrNull(changed.backup)}});
         return;
     }
     if (changes.empty()) {
@@ -35,22 +43,23 @@ void Tell(Output& output, const std::vector<Difference>& changes, bool dryRun) {
     }
     PrintDifferences(output, changes);
     output.Say(CountOf(changes.size(), "value") +
-               (dryRun ? " would change; nothing was written." : " changed."));
+               (dryRun ? " would change (" + counts.InWords() + "); nothing was written."
+                       : " changed: " + counts.InWords() + ". To undo it: kora4ctl undo 1"));
 }
 
 ExitCode Load(const Context& context, const Options& options) {
     const Plan plan =
         ReadPlan(options.file, options.merge ? Completeness::eMerge : Completeness::eExact);
-    std::vector<Difference> changes;
+    ChangedSettings changed;
     {
         const HeldStore store(context, options.dryRun ? OpenMode::eRead : OpenMode::eReadWrite);
         TellIfAbandoned(context, store.lock);
         if (options.dryRun)
-            changes = Compare(plan, *store);
+            changed.changes = Compare(plan, *store);
         else
-            changes = ApplyPlan(context, plan, store);
+            changed = ApplyPlan(context, plan, store, "load");
     }
-    Tell(context.output, changes, options.dryRun);
+    Tell(context.output, changed, options.dryRun);
     return ExitCode::eDone;
 }
 

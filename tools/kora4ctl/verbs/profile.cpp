@@ -8,6 +8,7 @@
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
+#include "settings/backup.h"
 
 namespace kora4::tools {
 
@@ -105,9 +106,25 @@ ExitCode Use(const Context& context, const ProfileOptions& options) {
 ExitCode Revert(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::string profile = ProfileName(access.ActiveProfile());
+    Plan before;
+    {
+        const HeldStore store = access.Store(OpenMode::eRead);
+        Backups().Keep("revert", *store, store.lock);
+        before = CheckDocument(Dump(*store, Scope::eUser));
+    }
     Check(access.Api().RevertActiveProfile(), "Reverting " + profile);
-    return PrintResult(context, profile + " was reset to its factory values.",
-                       {{"profile", profile}});
+    std::vector<Difference> changes;
+    {
+        const HeldStore store = access.Store(OpenMode::eRead);
+        changes = Compare(before, *store);
+    }
+    // Seen from before: what is stored now was written then.
+    for (Difference& change : changes)
+        std::swap(change.stored, change.wanted);
+    const ChangeCounts counts(changes);
+    return PrintResult(
+        context, profile + " was reset to its factory values: " + counts.InWords() + ".",
+        {{"profile", profile}, {"written", counts.written}, {"deleted", counts.deleted}});
 }
 
 ExitCode Create(const Context& context, const ProfileOptions& options) {

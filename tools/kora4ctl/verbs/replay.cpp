@@ -7,6 +7,7 @@
 #include "kora4ctl/recording/replayer.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
+#include "settings/backup.h"
 
 namespace kora4::tools {
 
@@ -23,6 +24,7 @@ constexpr char cFooter[] =
     "the recording are restored (unless --no-start), and each change is made at its recorded\n"
     "time, divided by the speed. At the end, the settings are compared with those at the end\n"
     "of the recording; differences are printed and the exit code is 1.\n"
+    "A backup is kept before anything changes; see 'kora4ctl undo'.\n"
     "Ctrl-C stops after the current change.\n";
 
 // Waits for a group's moment. Failure when Ctrl-C comes first.
@@ -40,15 +42,25 @@ void WaitForMoment(const Context& context, const Options& options, ULONGLONG beg
                           " ms into the recording.");
 }
 
-ExitCode Tell(Output& output, const Recording& recording,
+// Keeps a backup. The user's settings from before, to be compared with at the end.
+Plan KeepBefore(const Context& context) {
+    const HeldStore store(context, OpenMode::eRead);
+    Backups().Keep("replay", *store, store.lock);
+    return CheckDocument(Dump(*store, Scope::eUser));
+}
+
+ExitCode Tell(Output& output, const Recording& recording, const ChangeCounts& counts,
               const std::vector<Difference>& differences) {
     const bool isSame = differences.empty();
     if (output.json) {
         output.PrintJson({{"notifications", recording.Events()},
                           {"same", isSame},
-                          {"differences", DocumentOf(differences)}});
+                          {"differences", DocumentOf(differences)},
+                          {"written", counts.written},
+                          {"deleted", counts.deleted}});
     } else {
         PrintDifferences(output, differences);
+        output.Say("Values changed: " + counts.InWords() + ". To undo it: kora4ctl undo 1");
         output.Say(isSame ? "The settings match the end of the recording."
                           : CountOf(differences.size(), "value") +
                                 " differ from the end of the recording (stored -> recorded).");
@@ -58,6 +70,7 @@ ExitCode Tell(Output& output, const Recording& recording,
 
 ExitCode Replay(const Context& context, const Options& options) {
     const Recording recording = ParseFile(options.file, ReadRecording);
+    const Plan before = KeepBefore(context);
     Replayer replayer;
     if (!options.noStart)
         replayer.Restore(recording.start);
@@ -66,7 +79,12 @@ ExitCode Replay(const Context& context, const Options& options) {
         WaitForMoment(context, options, begin, group);
         replayer.Make(group);
     }
-    return Tell(context.output, recording, replayer.DifferencesFrom(recording.end));
+    std::vector<Difference> changes = replayer.DifferencesFrom(before);
+    // Seen from before: what is stored now was written then.
+    for (Difference& change : changes)
+        std::swap(change.stored, change.wanted);
+    return Tell(context.output, recording, ChangeCounts(changes),
+                replayer.DifferencesFrom(CheckDocument(recording.end)));
 }
 
 }  // namespace

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+// kora4ctl undo: every change of many values can be taken back, to the byte.
+#include <filesystem>
+
+#include "settings/backup.h"
+#include "tools/kora4ctl/store_fixture.h"
+
+namespace kora4::test {
+namespace {
+
+class CtlUndo : public StoreTest {
+  protected:
+    void SetUp() override {
+        StoreTest::SetUp();
+        RemoveBackups();
+    }
+    void TearDown() override {
+        RemoveBackups();
+        StoreTest::TearDown();
+    }
+
+    static void RemoveBackups() {
+        const tools::GuardedFolder folder{tools::DataFolder()};
+        for (const std::string& name : folder.Names("backup-"))
+            folder.Remove(name);
+    }
+    static void ExpectUndone(const StoreValues& expected) {
+        const auto settings = [](const StoreValues& values) {
+            return tools::WithoutAppKeys(tools::Covered(values, Scope::eAll));
+        };
+        EXPECT_EQ("", DifferencesOf(settings(expected), settings(ReadStoreValues())));
+    }
+};
+
+constexpr char cEmptyDocument[] =
+    R"({"format": "kora4-settings", "version": 1, "scope": "all"})";
+
+TEST_F(CtlUndo, RestoresWhatALoadOfNothingDeleted) {
+    const TwoStores stores = DifferentStores(5);
+    ReplaceStoreValues(stores.before);
+    const Json loaded = DoneJson({"load", "-"}, cEmptyDocument);
+    EXPECT_EQ(0, loaded["written"]);
+    EXPECT_EQ(loaded["changes"].size(), loaded["deleted"]);
+    EXPECT_LT(100, loaded["deleted"]);
+    const Json undone = DoneJson({"undo", "1"});
+    EXPECT_LT(100, undone["written"]);
+    EXPECT_EQ(0, undone["deleted"]);
+    ExpectUndone(stores.before);
+    // Application keys stay as they are.
+    for (const auto& [place, value] : ReadStoreValues())
+        EXPECT_NE(eKeySetApp, place.first) << place.second;
+    // And back again.
+    DoneJson({"undo", "1"});
+    ExpectUndone({});
+}
+
+TEST_F(CtlUndo, RestoresWhatARevertLost) {
+    Done({"profile", "use", "music"});
+    Done({"set", "volume-leveler", "3"});
+    const StoreValues before = ReadStoreValues();
+    Done({"profile", "revert"});
+    EXPECT_NE("3\n", Done({"get", "volume-leveler"}));
+    Done({"undo", "1"});
+    ExpectUndone(before);
+}
+
+TEST_F(CtlUndo, RestoresWhatAReplayRemoved) {
+    Done({"profile", "create", "p1", "Mine"});
+    const std::string settings = ParsedJson(cEmptyDocument).dump();
+    std::string user = settings;
+    user.replace(user.find("all"), 3, "user");
+    const std::string recording =
+        R"({"event":"start","format":"kora4-recording","version":1,"settings":)" + user +
+        "}\n" + R"({"event":"end","offset":0,"settings":)" + user + "}\n";
+    const StoreValues before = ReadStoreValues();
+    const Json replayed = DoneJson({"replay", "-"}, recording);
+    EXPECT_LT(0, replayed["deleted"]);
+    EXPECT_EQ(0, replayed["written"]);
+    Done({"undo", "1"});
+    ExpectUndone(before);
+}
+
+TEST_F(CtlUndo, ListsTheLastTenTheNewestFirst) {
+    EXPECT_EQ(Json::array(), DoneJson({"undo"}));
+    for (int i = 0; i < 12; ++i)
+        Done({"profile", "revert"});
+    Done({"set", "volume-leveler", "11", "--stored"});
+    Done({"lint", "--fix"});
+    const Json list = DoneJson({"undo"});
+    ASSERT_EQ(tools::cMostBackups, list.size());
+    EXPECT_EQ("lint", list[0]["verb"]);
+    EXPECT_EQ("revert", list[9]["verb"]);
+    EXPECT_EQ(10, list[9]["number"]);
+    EXPECT_LT(list[1]["time"], list[0]["time"]);
+    const std::string text = Done({"undo"});
+    EXPECT_NE(std::string::npos, text.find("before lint")) << text;
+}
+
+TEST_F(CtlUndo, KeepsNoBackupWhenNothingChanges) {
+    Done({"load", "-"}, Done({"dump"}));
+    EXPECT_EQ(Json::array(), DoneJson({"undo"}));
+}
+
+TEST_F(CtlUndo, RefusesWhatIsNoBackup) {
+    RefusedUnchanged({"undo", "1"}, cBadInput, "There is no backup 1.");
+    RefusedUnchanged({"undo", "0"}, cUsage, "");
+    RefusedUnchanged({"undo", "last"}, cUsage, "");
+}
+
+}  // namespace
+}  // namespace kora4::test

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// Names, writes, counts and reads the backups.
+#include "settings/backup.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "base/failure.h"
+#include "base/shown_text.h"
+
+namespace kora4::tools {
+namespace {
+
+// "backup-20261122T091705123Z-load.json": in the order of their times.
+constexpr char cBegin[] = "backup-";
+constexpr char cEnd[] = ".json";
+constexpr std::size_t cStampChars = 19;
+
+std::string Stamp() {
+    SYSTEMTIME now{};
+    GetSystemTime(&now);
+    char text[32] = {};
+    std::snprintf(text, sizeof text, "%04u%02u%02uT%02u%02u%02u%03uZ", now.wYear, now.wMonth,
+                  now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
+    return text;
+}
+
+std::string TimeOf(const std::string& stamp) {
+    const auto part = [&stamp](std::size_t begin, std::size_t count) {
+        return stamp.substr(begin, count);
+    };
+    return part(0, 4) + "-" + part(4, 2) + "-" + part(6, 2) + "T" + part(9, 2) + ":" +
+           part(11, 2) + ":" + part(13, 2) + "." + part(15, 3) + "Z";
+}
+
+std::string NewName(const GuardedFolder& folder, const std::string& verb) {
+    for (;; Sleep(1)) {
+        std::string name = cBegin + Stamp() + "-" + verb + cEnd;
+        if (folder.Find(name) == Standing::eAbsent)
+            return name;
+    }
+}
+
+}  // namespace
+
+std::string Backups::Keep(const std::string& verb, StoreAccess& store, const StoreLock&) const {
+    try {
+        m_folder.Prepare();
+        const std::string name = NewName(m_folder, verb);
+        m_folder.Write(name, ShownLines(Dump(store, Scope::eAll).dump(2)) + "\n");
+        const std::vector<Backup> all = List();
+        for (std::size_t i = cMostBackups; i < all.size(); ++i)
+            m_folder.Remove(all[i].name);
+        return m_folder.PathOf(name);
+    } catch (const Failure& failure) {
+        throw Failure(failure.Code(),
+                      "The backup of the settings cannot be kept. " +
+                          std::string(failure.what()) + " Nothing was changed.",
+                      failure.Next());
+    }
+}
+
+std::vector<Backup> Backups::List() const {
+    constexpr std::size_t cPrefix = sizeof cBegin - 1;
+    std::vector<Backup> backups;
+    for (const std::string& name : m_folder.Names(cBegin)) {
+        const std::size_t verb = cPrefix + cStampChars + 1;
+        if (!name.ends_with(cEnd) || name.size() <= verb + sizeof cEnd - 1)
+            continue;
+        backups.push_back({name, TimeOf(name.substr(cPrefix, cStampChars)),
+                           name.substr(verb, name.size() - verb - (sizeof cEnd - 1))});
+    }
+    std::reverse(backups.begin(), backups.end());
+    return backups;
+}
+
+Plan Backups::Read(const Backup& backup) const {
+    Plan plan = ReadDocument(m_folder.Read(backup.name));
+    std::erase_if(plan.values, [](const PlannedValue& planned) {
+        return planned.value.keySet == eKeySetApp;
+    });
+    return plan;
+}
+
+ChangeCounts::ChangeCounts(const std::vector<Difference>& changes) {
+    for (const Difference& change : changes)
+        ++(change.wanted ? written : deleted);
+}
+
+std::string ChangeCounts::InWords() const {
+    return std::to_string(written) + " written, " + std::to_string(deleted) + " deleted";
+}
+
+}  // namespace kora4::tools
