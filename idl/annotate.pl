@@ -96,7 +96,7 @@ my @header_lines = (
     [qr/^typedef (?:enum|struct) (\w+) \{/, sub {
         my ($name) = @_;
         return comment('', "The methods of $1, for C.") if $name =~ /^(\w+)Vtbl$/;
-        return comment('', text_of('type', $name));
+        return "\n" . comment('', text_of('type', $name));
     }],
     [qr/^interface (\w+) \{/,               sub { comment('', text_of('type', $_[0])) }],
     [qr/^MIDL_INTERFACE/,                   sub { comment('', text_of('type', $_[1])) }],
