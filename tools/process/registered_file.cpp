@@ -9,14 +9,29 @@
 
 namespace kora4::tools {
 
+std::wstring GuidText(REFGUID guid) {
+    wchar_t text[40] = {};
+    StringFromGUID2(guid, text, 40);
+    return text;
+}
+
+std::wstring ClassKey() {
+    return L"CLSID\\" + GuidText(CLSID_VeltoKORA4APITestCoclass);
+}
+
+std::wstring ServerKey() {
+    return ClassKey() + L"\\InprocServer32";
+}
+
+std::wstring TypeLibraryKey() {
+    return L"TypeLib\\" + GuidText(LIBID_KORA4ASLLib);
+}
+
 std::string RegisteredFile() {
-    wchar_t guid[40] = {};
-    StringFromGUID2(CLSID_VeltoKORA4APITestCoclass, guid, 40);
-    const std::wstring key = std::wstring(L"CLSID\\") + guid + L"\\InprocServer32";
     // The longest path that Windows knows. A text with variables is expanded.
     std::wstring path(32768, L'\0');
     auto size = static_cast<DWORD>(path.size() * sizeof(wchar_t));
-    if (RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, RRF_RT_REG_SZ, nullptr,
+    if (RegGetValueW(HKEY_CLASSES_ROOT, ServerKey().c_str(), nullptr, RRF_RT_REG_SZ, nullptr,
                      path.data(), &size) != ERROR_SUCCESS)
         return {};
     return Narrow(path.c_str());

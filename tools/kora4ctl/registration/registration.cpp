@@ -14,6 +14,7 @@
 #include "contract/version.h"
 #include "platform/handles.h"
 #include "process/privileges.h"
+#include "process/registered_file.h"
 
 namespace kora4::tools {
 namespace {
@@ -34,16 +35,6 @@ std::string TextOf(HKEY root, const std::wstring& path, const wchar_t* name = nu
     return Narrow(text.c_str());
 }
 
-std::wstring GuidText(REFGUID guid) {
-    wchar_t text[40] = {};
-    StringFromGUID2(guid, text, 40);
-    return text;
-}
-
-std::wstring ServerKey() {
-    return L"CLSID\\" + GuidText(CLSID_VeltoKORA4APITestCoclass) + L"\\InprocServer32";
-}
-
 std::vector<std::wstring> SubkeysOf(HKEY root, const std::wstring& path) {
     std::vector<std::wstring> names;
     UniqueRegKey key;
@@ -62,7 +53,7 @@ std::vector<std::wstring> SubkeysOf(HKEY root, const std::wstring& path) {
 
 // The entry lies below the library's version and a language.
 std::string TypeLibraryPath() {
-    const std::wstring library = L"TypeLib\\" + GuidText(LIBID_KORA4ASLLib);
+    const std::wstring library = TypeLibraryKey();
     for (const std::wstring& version : SubkeysOf(HKEY_CLASSES_ROOT, library)) {
         const std::wstring below = library + L"\\" + version;
         for (const std::wstring& language : SubkeysOf(HKEY_CLASSES_ROOT, below)) {
@@ -147,7 +138,7 @@ std::string ServedClass() {
 
 Registration ReadRegistration() {
     Registration found;
-    const std::wstring server = L"Software\\Classes\\" + ServerKey();
+    const std::wstring server = cClassesKey + ServerKey();
     found.ofUser = TextOf(HKEY_CURRENT_USER, server);
     found.ofMachine = TextOf(HKEY_LOCAL_MACHINE, server);
     // Asked one by one: Wine does not show the user's entries among the classes.
@@ -160,7 +151,7 @@ Registration ReadRegistration() {
         found.title = TextOf(root, server.substr(0, server.rfind(L'\\')));
         found.threadingModel = TextOf(root, server, L"ThreadingModel");
     }
-    const std::wstring apps = L"AppID\\";
+    const std::wstring apps = cAppIdKey;
     found.appId = TextOf(HKEY_CLASSES_ROOT, apps + cLibraryName, L"AppID");
     if (!found.appId.empty())
         found.appTitle = TextOf(HKEY_CLASSES_ROOT, apps + Widen(found.appId));

@@ -2,26 +2,19 @@
 // Deletes the keys of a registration one by one.
 #include "kora4ctl/registration/removal.h"
 
-#include <kora4api.h>
-
 #include <vector>
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "process/registered_file.h"
 #include "process/win32_failure.h"
 
 namespace kora4::tools {
 namespace {
 
-std::wstring GuidText(REFGUID guid) {
-    wchar_t text[40] = {};
-    StringFromGUID2(guid, text, 40);
-    return text;
-}
-
 // With its subkeys, and the key itself.
 void Remove(HKEY root, const char* rootName, const std::wstring& key) {
-    const std::wstring path = L"Software\\Classes\\" + key;
+    const std::wstring path = cClassesKey + key;
     const LSTATUS status = RegDeleteTreeW(root, path.c_str());
     if (status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND ||
         status == ERROR_PATH_NOT_FOUND)
@@ -34,13 +27,12 @@ void Remove(HKEY root, const char* rootName, const std::wstring& key) {
 }  // namespace
 
 void RemoveEntries(const Registration& registration) {
-    std::vector<std::wstring> keys = {L"CLSID\\" + GuidText(CLSID_VeltoKORA4APITestCoclass),
-                                      L"TypeLib\\" + GuidText(LIBID_KORA4ASLLib),
-                                      L"AppID\\QXA64T.DLL"};
+    const std::wstring apps = cAppIdKey;
+    std::vector<std::wstring> keys = {ClassKey(), TypeLibraryKey(), apps + L"QXA64T.DLL"};
     // A GUID, or the entry leads to a key that is none of ours.
     GUID appId{};
     if (SUCCEEDED(CLSIDFromString(Widen(registration.appId).c_str(), &appId)))
-        keys.push_back(L"AppID\\" + GuidText(appId));
+        keys.push_back(apps + GuidText(appId));
     for (const std::wstring& key : keys) {
         Remove(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE", key);
         Remove(HKEY_CURRENT_USER, "HKEY_CURRENT_USER", key);
