@@ -56,10 +56,10 @@ void Fits(const void* pointer, float number, long long wide, const char16_t* tex
     // says: the message does not take these arguments
     KALTRACE(cUnknown, number);
 #elif VIOLATION == 11
-    // says: NotAsTheCatalogueHasIt
+    // says: DoesNotMatchTheCatalogue
     KALTRACE(cNobodys);
 #elif VIOLATION == 12
-    // says: NotAsTheCatalogueHasIt
+    // says: DoesNotMatchTheCatalogue
     KALTRACE_SCOPE("Nobody::Writes");
 #endif
 }
