@@ -17,6 +17,7 @@
 #include "contract/messages/trace_messages.h"
 #include "contract/messages/trace_writers.h"
 #include "faults/trace_line_table.h"
+#include "kora4api_constants.h"
 
 namespace kora4::test {
 namespace {
@@ -69,6 +70,21 @@ TEST(PublishedSettings, HaveNamesAndAddressesOfTheirOwn) {
         EXPECT_EQ(&setting, contract::FindGeneralSetting(setting.key)) << setting.name;
     }
     EXPECT_EQ(nullptr, contract::FindGeneralSetting("volume"));
+}
+
+// The interface definitions cannot include the constants: their arrays have the same bounds.
+TEST(PublishedConstants, AreTheBoundsOfTheInterfaces) {
+    const std::string idl = ReadProjectFile("idl/veltokora4api.idl");
+    for (const auto& [name, bound] : std::map<std::string, std::uint32_t>{
+             {"m_freq", KORA4_GRAPHIC_EQ_MAX_BANDS},
+             {"m_gain", KORA4_GRAPHIC_EQ_MAX_BANDS},
+             {"pGain", KORA4_VISUALIZATION_BANDS},
+             {"pExcitation", KORA4_VISUALIZATION_BANDS},
+             {"pwProfileNames", KORA4_PROFILE_TABLE_ENTRIES}}) {
+        std::smatch match;
+        ASSERT_TRUE(std::regex_search(idl, match, std::regex(name + R"(\[(\d+)\])"))) << name;
+        EXPECT_EQ(std::to_string(bound), match[1]) << name;
+    }
 }
 
 // --- messages of the trace -------------------------------------------------------------------
