@@ -145,7 +145,7 @@ my %below_of_tools = (
     'base'     => [],
     'process'  => ['base'],
     'registry' => ['base', 'process'],
-    'settings' => ['base', 'registry'],
+    'settings' => ['base', 'process', 'registry'],
     'kora4ctl' => \@shared_tools,
     'kora4sim' => \@shared_tools,
 );

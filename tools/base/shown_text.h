@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Text from outside for the eyes of a person: nothing in it acts on a terminal, or makes it
 // look like something else.
-#ifndef KORA4_BASE_SHOWN_TEXT_H
-#define KORA4_BASE_SHOWN_TEXT_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -20,5 +19,3 @@ std::string ShownText(std::string_view text);
 std::string ShownLines(std::string_view text);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_SHOWN_TEXT_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Whose a file is, and whether it is a link: asked of the opened file, so that nothing can be
 // exchanged between the question and the use.
-#ifndef KORA4_PROCESS_FILE_SECURITY_H
-#define KORA4_PROCESS_FILE_SECURITY_H
+#pragma once
 
 #include <windows.h>
 
@@ -52,5 +51,3 @@ const FileSecurity& PlatformFileSecurity();
 UniqueHandle OpenItself(const std::string& path, DWORD access, DWORD share);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_FILE_SECURITY_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Whole files in and out, with names in UTF-8.
-#ifndef KORA4_PROCESS_FILES_H
-#define KORA4_PROCESS_FILES_H
+#pragma once
 
 #include <windows.h>
 
@@ -49,5 +48,3 @@ void WriteAndFlush(HANDLE file, const std::string& path, std::string_view conten
 std::string UnfinishedPath(const std::string& path);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_FILES_H

@@ -5,8 +5,7 @@
 // for the tool's own: owner, links and hard links of the folder and of each file are looked at,
 // on the opened handle, before the file is read, written, moved or deleted. What is not to be
 // trusted is moved aside, under a name that nobody reads, and what it leads to stays untouched.
-#ifndef KORA4_PROCESS_GUARDED_FOLDER_H
-#define KORA4_PROCESS_GUARDED_FOLDER_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -65,5 +64,3 @@ class GuardedFolder {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_GUARDED_FOLDER_H

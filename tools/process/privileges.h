@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What this process may do, and on which platform it runs.
-#ifndef KORA4_PROCESS_PRIVILEGES_H
-#define KORA4_PROCESS_PRIVILEGES_H
+#pragma once
 
 namespace kora4::tools {
 
@@ -13,5 +12,3 @@ bool IsElevated();
 bool RunsUnderWine();
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_PRIVILEGES_H

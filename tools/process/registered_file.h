@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The file that COM loads for the library's class.
-#ifndef KORA4_PROCESS_REGISTERED_FILE_H
-#define KORA4_PROCESS_REGISTERED_FILE_H
+#pragma once
 
 #include <windows.h>
 
@@ -29,5 +28,3 @@ std::string RegisteredFile();
 bool IsRegisteredFileMissing();
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_REGISTERED_FILE_H

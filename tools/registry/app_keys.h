@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The key with the command lines of companion programs: other people's panels start them, so
 // only administrators write it.
-#ifndef KORA4_REGISTRY_APP_KEYS_H
-#define KORA4_REGISTRY_APP_KEYS_H
+#pragma once
 
 #include <windows.h>
 
@@ -20,5 +19,3 @@ LSTATUS CreateAppKeys(REGSAM access, UniqueRegKey& key);
 bool AreAppKeysOpenToOthers();
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_REGISTRY_APP_KEYS_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The settings as they were before a verb changed many of them: the last ten, each a settings
 // document of scope all, beside the journal.
-#ifndef KORA4_SETTINGS_BACKUP_H
-#define KORA4_SETTINGS_BACKUP_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -56,5 +55,3 @@ struct ChangeCounts {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_SETTINGS_BACKUP_H

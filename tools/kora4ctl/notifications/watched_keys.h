@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The keys of the store, held open to see whether somebody deletes them.
-#ifndef KORA4_KORA4CTL_NOTIFICATIONS_WATCHED_KEYS_H
-#define KORA4_KORA4CTL_NOTIFICATIONS_WATCHED_KEYS_H
+#pragma once
 
 #include "platform/handles.h"
 
@@ -22,5 +21,3 @@ class WatchedKeys {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_NOTIFICATIONS_WATCHED_KEYS_H

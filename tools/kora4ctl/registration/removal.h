@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Removes the entries of a registration without any code of the library: the file may be gone.
-#ifndef KORA4_KORA4CTL_REGISTRATION_REMOVAL_H
-#define KORA4_KORA4CTL_REGISTRATION_REMOVAL_H
+#pragma once
 
 #include "kora4ctl/registration/registration.h"
 
@@ -12,5 +11,3 @@ namespace kora4::tools {
 void RemoveEntries(const Registration& registration);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_REGISTRATION_REMOVAL_H
