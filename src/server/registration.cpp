@@ -88,11 +88,9 @@ HRESULT RunScriptResource(int id, const ModulePath& path, RunScript* run) {
 
 HRESULT RunClassScripts(const ModulePath& path, RunScript* run) {
     HRESULT hr = S_OK;
-    for (const ServedClass& served : ClassTable()) {
-        hr = RunScriptResource(served.script, path, run);
-        if (FAILED(hr))
-            break;
-    }
+    for (const ServedClass& served : ClassTable())
+        if (SUCCEEDED(hr))
+            hr = RunScriptResource(served.script, path, run);
     return hr;
 }
 

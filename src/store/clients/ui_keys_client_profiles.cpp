@@ -41,12 +41,10 @@ HRESULT KORA4UIKeysClient::RevertActiveProfile() {
     const std::uint32_t demoProfile = DemoProfileOf(profile);
     m_patches.LoadPresetPatches(*m_pKeyAccess, demoProfile, false);
     RefreshPatches(profile, m_baseline.enable);
-    for (const KORA4PresetTechnology technology : cPresetTechnologies) {
-        hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
-                                        ReadKnown(profile, technology));
-        if (result::Failed(hr))
-            break;
-    }
+    for (const KORA4PresetTechnology technology : cPresetTechnologies)
+        if (result::Succeeded(hr))
+            hr = m_patches.WritePresetPatch(*m_pKeyAccess, profile, technology, true,
+                                            ReadKnown(profile, technology));
     return hr = Overtake(hr, profile, OvertakenItems::cTechnologies);
 }
 
@@ -223,11 +221,9 @@ HRESULT KORA4UIKeysClient::ActivePresetCopy(std::uint32_t customProfile) {
 
     const std::uint32_t activeProfile = ReadActivePreset();
     m_patches.LoadPresetPatches(*m_pKeyAccess, activeProfile, false);
-    for (const KORA4PresetTechnology technology : cPresetTechnologies) {
-        hr = m_patches.WritePresetPatch(*m_pKeyAccess, customProfile, technology, false);
-        if (result::Failed(hr))
-            break;
-    }
+    for (const KORA4PresetTechnology technology : cPresetTechnologies)
+        if (result::Succeeded(hr))
+            hr = m_patches.WritePresetPatch(*m_pKeyAccess, customProfile, technology, false);
     return hr;
 }
 
