@@ -5,7 +5,8 @@
  * nothing in the registry leads COM to it. A client that uses them in one apartment only
  * needs none of this. One that carries them further links the static library
  * kora4_sdk_proxies (and rpcrt4, ole32) and calls Kora4RegisterProxies in each apartment
- * that takes part: the one that owns the object as well as those that use it from afar. */
+ * that takes part: the one that owns the object as well as those that use it from afar.
+ * A client that cannot link it gets the same two functions from KORA4Proxies.dll. */
 #ifndef KORA4_PROXIES_H
 #define KORA4_PROXIES_H
 

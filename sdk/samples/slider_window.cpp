@@ -21,14 +21,14 @@ namespace {
 constexpr UINT cStored = WM_APP;
 constexpr UINT cRefused = WM_APP + 1;
 
+struct Wish {
+    std::optional<ULONG> value;  // to be set; then, and without one, show what is stored
+    bool isEnd = false;
+};
+
 // What the worker is to do next. Every thread may ask, and nobody waits but the worker.
 class Wishes {
   public:
-    struct Wish {
-        std::optional<ULONG> value;  // to be set; then, and without one, show what is stored
-        bool isEnd = false;
-    };
-
     void Set(ULONG value) {
         Change([value](Wish& wish) { wish.value = value; });
     }
@@ -93,7 +93,7 @@ void Work(HWND window, Wishes& wishes) {
     const auto listener = kora4::MakeCallback<Listener>(window, wishes);
     if (const auto status = api->RegisterGuarded(listener.Get()); !status)
         return Refuse(window, status);
-    for (Wishes::Wish wish; !wish.isEnd; wish = wishes.Take()) {
+    for (Wish wish; !wish.isEnd; wish = wishes.Take()) {
         if (wish.value) {
             const auto status = api->SetVolumeLeveler(*wish.value);
             if (!status)

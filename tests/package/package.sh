@@ -134,19 +134,48 @@ lines() {
   [ "$built" -ge 15 ]
 }
 
-# For compilers that do not read the libraries: the sources, with nothing but the headers.
-sources() {
-  local folder="$work/sources" compiler source
+# make_client FOLDER OPTION...: builds client.exe with CMake.
+make_client() {
+  local folder=$1
+  shift
   rm -rf "$folder"
   mkdir -p "$folder"
-  for compiler in "$triplet-gcc-posix" "clang-16 --target=$triplet"; do
-    for source in "$(sdk)"/lib/src/*.c; do
-      $compiler -std=c11 -c -I "$(sdk)/include" "$source" \
-        -o "$folder/$(basename "$source" .c).o" || fail "$compiler: $source"
-    done
-    "$triplet-g++-posix" -std=c++17 -static -I "$(sdk)/include" "$(sdk)/samples/two_apartments.cpp" \
-      "$folder"/*.o -o "$folder/two_apartments.exe" -lrpcrt4 -lole32 -luuid
+  cp "$root/tests/package/client.cmake.in" "$folder/CMakeLists.txt"
+  cp "$root/sdk/samples/two_apartments.cpp" "$folder"
+  cmake -S "$folder" -B "$folder/build" -G Ninja -Wno-dev \
+    --toolchain "$root/cmake/mingw-w64-x86_64.cmake" "$@" >"$folder/log" 2>&1 ||
+    { cat "$folder/log"; exit 1; }
+  cmake --build "$folder/build" --target client
+  [ -s "$folder/build/client.exe" ] || fail "no client.exe"
+}
+
+# For compilers that do not read the libraries: the sources, with nothing but the headers.
+sources() {
+  local source
+  make_client "$work/sources client" -DCMAKE_PREFIX_PATH="$(sdk)"
+  for source in "$(sdk)"/lib/src/*.c; do
+    clang-16 --target=$triplet -std=c11 -c -I "$(sdk)/include" "$source" -o "$work/source.o" ||
+      fail "clang-16: $source"
   done
+}
+
+# block LANGUAGE PAGE: the first block of code of that language.
+block() { sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$2" | sed '1d;/^```$/,$d'; }
+
+# What the guide for beginners says, with its own words.
+guide() {
+  local folder="$work/panel" page
+  page="$(sdk)/docs/getting-started.md"
+  rm -rf "$folder"
+  mkdir -p "$folder"
+  block cpp "$page" >"$folder/panel.cpp"
+  block cmake "$page" >"$folder/CMakeLists.txt"
+  cmake -S "$folder" -B "$folder/build" -DCMAKE_PREFIX_PATH="$(sdk)" \
+    --toolchain "$(sdk)/lib/cmake/VeltoKORA4/mingw-w64-x86_64.cmake"
+  cmake --build "$folder/build"
+  [ -s "$folder/build/panel.exe" ] || fail "no panel.exe"
+  grep -qxF "$(sed -n 's,^//   \(x86_64.*\),\1,p' "$(sdk)/samples/follow.cpp")" "$page" ||
+    fail "the guide builds follow.cpp with another line"
 }
 
 pkg_config() {
@@ -177,16 +206,8 @@ interop() {
 
 # The project as a part of another one, which builds what it needs of it.
 fetch_content() {
-  local folder="$work-fetch"
-  rm -rf "$folder"
-  mkdir -p "$folder"
-  cp "$root/tests/package/fetch_content.cmake.in" "$folder/CMakeLists.txt"
-  cp "$root/sdk/samples/two_apartments.cpp" "$folder"
-  cmake -S "$folder" -B "$folder/build" -G Ninja -Wno-dev -DKORA4_SOURCES="$root" \
-    --toolchain "$root/cmake/mingw-w64-x86_64.cmake" >"$folder/log" 2>&1 || { cat "$folder/log"; exit 1; }
-  cmake --build "$folder/build" --target client
-  [ -s "$folder/build/client.exe" ] || fail "no client.exe"
-  ! cmake --build "$folder/build" --target help | grep -q _test: || fail "the tests came, too"
+  make_client "$work-fetch" -DKORA4_SOURCES="$root"
+  ! cmake --build "$work-fetch/build" --target help | grep -q _test: || fail "the tests came, too"
 }
 
 "$verb" "$@"
