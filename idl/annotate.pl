@@ -52,14 +52,14 @@ sub lines_of_block {
 
 sub read_definition {
     my $text = contents($idl);
-    while ($text =~ m{(?:\[helpstring\("([^"]*)"\)\]\s*)?/\*\*(.*?)\*/\s*}gs) {
-        my ($help, @lines) = ($1, lines_of_block($2));
+    while ($text =~ m{/\*\*(.*?)\*/\s*(?:\[helpstring\("([^"]*)"\)\]\s*)?}gs) {
+        my ($help, @lines) = ($2, lines_of_block($1));
         my $rest = substr($text, pos($text), 2000);
         my ($found) = grep { $rest =~ $_->[0] } @declarations
             or die "$idl: a documentation block before \"" . substr($rest, 0, 60) . "\"\n";
         $rest =~ $found->[0];
         my $key = "$found->[1] $1";
-        die "$idl: no help string before the block of $1\n" if $found->[1] eq 'method' && !$help;
+        die "$idl: no help string behind the block of $1\n" if $found->[1] eq 'method' && !$help;
         # Help strings, and blocks that serve as such, have no full stop.
         $lines[0] .= '.' if @lines == 1 && $lines[0] !~ /[.:]$/;
         unshift @lines, "$help.", '' if $help;
@@ -96,7 +96,7 @@ my @header_lines = (
     [qr/^typedef (?:enum|struct) (\w+) \{/, sub {
         my ($name) = @_;
         return comment('', "The methods of $1, for C.") if $name =~ /^(\w+)Vtbl$/;
-        return comment('', text_of('type', $name));
+        return "\n" . comment('', text_of('type', $name));
     }],
     [qr/^interface (\w+) \{/,               sub { comment('', text_of('type', $_[0])) }],
     [qr/^MIDL_INTERFACE/,                   sub { comment('', text_of('type', $_[1])) }],

@@ -72,8 +72,8 @@ sub enumerations {
 # Selector and members are as long as each other: 4 bytes.
 sub unions {
     my $code = '';
-    while ($text =~ /${doc}typedef union (\w+)\s+switch\s*\((\w+) (\w+)\)\s*\w+\s*\{(.*?)\n\}/gs) {
-        my ($block, $name, $selector_type, $selector, $body) = ($1, $2, $3, $4, $5);
+    while ($text =~ /${doc}typedef union (\w+)\s+switch\s*\(\s*$doc(\w+) (\w+)\)\s*$doc\w+\s*\{(.*?)\n\}/gs) {
+        my ($block, $name, $selector_type, $selector, $body) = ($1, $2, $4, $5, $7);
         $code .= summary($block, '    ')
             . "    [StructLayout(LayoutKind.Explicit, Size = 8)]\n    public struct $name\n    {\n"
             . "        [FieldOffset(0)] public $selector_type $selector;\n";
@@ -110,8 +110,10 @@ sub interfaces {
         $code .= summary($block, '    ')
             . "    [ComImport, Guid(\"$guid\"), InterfaceType(ComInterfaceType.InterfaceIsIUnknown)]\n"
             . "    public interface $name\n    {\n";
-        while ($body =~ /$doc${attributes}HRESULT (\w+)\((.*?)\);/gs) {
-            my ($block_of_method, $method, $list) = ($1, $2, $3);
+        while ($body =~ /$doc($attributes)HRESULT (\w+)\((.*?)\);/gs) {
+            my ($block_of_method, $own, $method, $list) = ($1, $2, $3, $4);
+            my ($help) = $own =~ /helpstring\("([^"]*)"\)/;
+            $block_of_method = "$help.\n" . ($block_of_method // '') if $help;
             my @parameters = $list =~ /(\[[^\]]*\][^,\[]*(?:\[\d+\])?)/g;
             $code .= summary($block_of_method, '        ') . "        [PreserveSig]\n        int $method("
                 . join(', ', map { parameter($_) } @parameters) . ");\n\n";

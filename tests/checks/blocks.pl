@@ -1,10 +1,13 @@
 #!/usr/bin/perl
 # SPDX-License-Identifier: MIT
-# blocks.pl ROOT: every fenced block of every document is checked by something. Prints what is
-# not as FILE:LINE: TEXT, and exits 1 if anything is printed or there is nothing to look at.
+# blocks.pl ROOT [WORK INCLUDES...]: every fenced block of every document is checked by something.
+# Prints what is not as FILE:LINE: TEXT, and exits 1 if anything is printed or there is nothing to
+# look at. With folders of INCLUDES it also compiles, in WORK, the blocks that say so.
 #
 #   c, cpp    follows the name of the file that it is a part of, which is built; the words are
-#             compared by native.documents_test
+#             compared by native.documents_test. Or it follows <!-- compiled --> and is the body
+#             of a function that compiles with the public headers
+#   xml       follows the name of its file, too
 #   console   stands in a document that scripts/manuals.sh runs
 #   shape     the same
 #   sh        each line: the command exists, and its options are known to its help
@@ -15,8 +18,8 @@ use strict;
 use warnings;
 use JSON::PP;
 
-my ($root) = @ARGV;
-my ($findings, $blocks) = (0, 0);
+my ($root, $work, @includes) = @ARGV;
+my ($findings, $blocks, $compiled) = (0, 0, 0);
 
 sub complain {
     my ($place, $text) = @_;
@@ -50,6 +53,7 @@ sub manual_of {
 }
 
 # Scripts that hand their options on, and to what.
+my %program_of = map { m{([^/.]+)\.\w+$} ? ("$1.exe" => 1) : () } glob("'$root'/sdk/samples/*");
 my %hands_on_to = ('scripts/test.sh' => 'ctest', 'scripts/coverage.sh' => 'ctest',
                    'scripts/wine-run.sh' => '');
 
@@ -74,18 +78,21 @@ sub words_of {
     return @words;
 }
 
-# The lines that build the samples, which check.sdk_samples runs.
+# The lines that build the samples, which the tests of the samples and of the package run.
 my $samples;
 sub builds_a_sample {
     my ($line) = @_;
-    $samples //= join("\n", map { contents($_ =~ s{^\Q$root\E/}{}r) } glob("'$root'/sdk/samples/*"));
+    $samples //= join("\n", map { contents($_ =~ s{^\Q$root\E/}{}r) }
+                      glob("'$root'/sdk/samples/* '$root'/tests/package/*"));
     return index($samples, $line) >= 0;
 }
 
 sub check_command {
     my ($place, $line) = @_;
+    # At a prompt of Windows programs lie in bin\.
+    $line =~ s/^bin\\//;
     my ($command, @words) = words_of($line);
-    return unless defined $command;
+    return if !defined $command || $program_of{$command};
     if ($command =~ /-w64-mingw32-/) {
         complain($place, "no sample is built by: $line") unless builds_a_sample($line);
         return;
@@ -95,7 +102,7 @@ sub check_command {
         unless defined $help;
     # Options of commands without a help here, and of programs that a command runs.
     return if $help eq '' || ($hands_on_to{$command} // 'none') eq '';
-    for my $option (map { s/=.*//r } grep { /^--?[A-Za-z]/ } @words) {
+    for my $option (map { s/=.*//r =~ s/^-D\w+/-D/r } grep { /^--?[A-Za-z]/ } @words) {
         complain($place, "$command has no $option") unless $help =~ /(?<![\w-])\Q$option\E(?![\w-])/;
     }
 }
@@ -119,7 +126,7 @@ sub check_shell {
         check_categories($place, $line);
         $line =~ s/^\s*source <\((.*)\)/$1/;
         $line =~ s/^\s*alias \w+='(.*)'/$1/;
-        check_command($place, $_) for map { s/^\s+|\s+$//gr } split(/\s(?:\||&&|;)\s/, $line);
+        check_command($place, $_) for map { s/^\s+|\s+$//gr =~ s/^eval //r } split(/\s(?:\||&&|;)\s/, $line);
     }
 }
 
@@ -130,8 +137,10 @@ sub check_cmake {
     my ($place, $text) = @_;
     $cmake_commands //= output_of('cmake --help-command-list');
     $text =~ s/#.*//mg;
+    my $modules = join('', map { output_of("cmake --help-module $_") } $text =~ /^\s*include\((\w+)\)/mg);
     while ($text =~ /^\s*(\w+)\s*\(/mg) {
-        complain($place, "CMake has no $1") unless $cmake_commands =~ /^\Q$1\E$/m;
+        complain($place, "CMake has no $1")
+            unless $cmake_commands =~ /^\Q$1\E$/m || $modules =~ /\b\Q$1\E\b/;
     }
 }
 
@@ -139,6 +148,7 @@ my $manuals = contents('scripts/manuals.sh');
 my %check_of = (
     'c'       => \&check_source,
     'cpp'     => \&check_source,
+    'xml'     => \&check_source,
     'console' => \&check_transcript,
     'shape'   => \&check_transcript,
     'sh'      => \&check_shell,
@@ -147,9 +157,22 @@ my %check_of = (
     'text'    => sub { },
 );
 
+my %compiler_of = (c => 'gcc-posix -std=c11', cpp => 'g++-posix -std=c++17');
+
 sub check_source {
-    my ($place, $text, $before) = @_;
-    complain($place, 'code without the name of its file') unless $before =~ /^<!-- code: \S+ -->$/;
+    my ($place, $text, $before, undef, $kind) = @_;
+    return if $before =~ /^<!-- code: \S+ -->$/;
+    complain($place, 'code without the name of its file'), return
+        unless $before eq '<!-- compiled -->' && $compiler_of{$kind};
+    return unless @includes;
+    open(my $out, '>', "$work/block.$kind") or die "$work/block.$kind: $!\n";
+    print $out qq{#include "kora4api.h"\n#include "kora4_proxies.h"\n}
+        . qq{void Block(void);\nvoid Block(void)\n{\n$text}\n};
+    close($out);
+    my $options = join(' ', '-fsyntax-only -Wall -Wextra -Wno-unused -Werror', map { "-I '$_'" } @includes);
+    my $said = output_of("x86_64-w64-mingw32-$compiler_of{$kind} $options '$work/block.$kind'");
+    complain($place, "does not compile:\n$said") if $?;
+    $compiled++;
 }
 
 sub check_transcript {
@@ -172,7 +195,7 @@ for my $file (sort @documents) {
             }
             $blocks++;
             my $check = $check_of{$kind};
-            $check ? $check->("$file:$start", $text, $before, $file)
+            $check ? $check->("$file:$start", $text, $before, $file, $kind)
                    : complain("$file:$start", "nothing checks a block of '$kind'");
             ($kind, $before) = (undef, '');
         } elsif (defined $kind) {
@@ -184,5 +207,5 @@ for my $file (sort @documents) {
     complain("$file:$start", 'a block without an end') if defined $kind;
 }
 
-print "blocks: $blocks in " . scalar(@documents) . " documents, $findings findings\n";
-exit($findings || !$blocks ? 1 : 0);
+print "blocks: $blocks in " . scalar(@documents) . " documents, $compiled compiled, $findings findings\n";
+exit($findings || !$blocks || (@includes && !$compiled) ? 1 : 0);

@@ -39,12 +39,15 @@ std::string Unindented(const std::string& text) {
 
 // Each block of C and C++ follows a line `<!-- code: FILE -->` and is a part of that file.
 Findings CodeThatIsNotBuilt(const std::string& document) {
-    static const std::regex cBlock("([^\n]*)\n```c(?:pp)?\n([^`]*)```");
+    static const std::regex cBlock("([^\n]*)\n```(?:c|cpp|xml)\n([^`]*)```");
     static const std::regex cMark("<!-- code: (\\S+) -->");
     Findings findings;
     for (std::sregex_iterator i(document.begin(), document.end(), cBlock), end; i != end; ++i) {
         const std::string before = (*i)[1];
         std::smatch mark;
+        // check.sdk_blocks does.
+        if (before == "<!-- compiled -->")
+            continue;
         if (!std::regex_match(before, mark, cMark))
             findings.push_back("code without a file that it comes from, after: " + before);
         else if (Unindented(ReadProjectFile(mark[1])).find(Unindented((*i)[2])) ==
@@ -80,6 +83,13 @@ std::set<std::string> AnchorsOf(const std::string& document) {
     return anchors;
 }
 
+// The folder that a document's links start at. This one is installed in the first folder of the
+// SDK, which has the documents in the same place.
+std::filesystem::path FolderOf(const std::string& path) {
+    return path == "sdk/package/README.md" ? std::filesystem::path()
+                                           : std::filesystem::path(path).parent_path();
+}
+
 Findings LinksThatLeadNowhere(const std::string& path, const std::string& document) {
     static const std::regex cLink(R"(\]\(([^)#\s]*)(#([^)\s]*))?\))");
     Findings findings;
@@ -88,10 +98,9 @@ Findings LinksThatLeadNowhere(const std::string& path, const std::string& docume
         const std::string file = (*i)[1];
         if (file.starts_with("https://"))
             continue;
-        const std::filesystem::path target =
-            file.empty()
-                ? std::filesystem::path(path)
-                : (std::filesystem::path(path).parent_path() / file).lexically_normal();
+        const std::filesystem::path target = file.empty()
+                                                 ? std::filesystem::path(path)
+                                                 : (FolderOf(path) / file).lexically_normal();
         if (!std::filesystem::exists(std::filesystem::path(KORA4_ROOT) / target)) {
             findings.push_back(path + ": there is no " + target.string());
         } else if ((*i)[2].matched) {

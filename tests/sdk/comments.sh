@@ -111,9 +111,8 @@ refuses() {
 }
 
 refuses 'eGraphicEQ has no documentation block' '/Graphic equalizer: up to/d'
-refuses 'GetVeltoEnable has no documentation block' \
-  '/Gets the master enable/{n;d}'
-refuses 'no help string before the block of GetVeltoEnable' '/Gets the master enable/d'
+refuses 'GetVeltoEnable has no documentation block' '/: pVeltoEnable is null/d'
+refuses 'no help string behind the block of GetVeltoEnable' '/Gets the master enable/d'
 refuses 'a documentation block before' '$s/$/ \/** nothing *\//'
 
 echo "$failures failures"
