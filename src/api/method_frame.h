@@ -23,7 +23,7 @@ struct Refusal {
     constexpr Refusal() = default;
     consteval Refusal(const contract::TraceMessage& message) : text(message.text) {
         if (!trace::FitsFormat(message.text, trace::Types<>()))
-            trace::NotAsTheCatalogueHasIt();
+            trace::DoesNotMatchTheCatalogue();
     }
 
     const char* text = nullptr;

@@ -51,11 +51,9 @@ void TellValue(NotificationPass& pass, ChangeSet& changes, KORA4PresetTechnology
         return;
     }
     ApiPatchValue& value = changes.presetPatchValues[technology];
-    KALASSERT_TEXT(
-        cSite, IsValidASLTechnology(static_cast<std::uint32_t>(value.m_technology)),
-        "IsValidASLTechnology( presetPatchValues[ (UINT) presetTech ].m_technology )");
-    KALASSERT_TEXT(cSite, apiTechnology == value.m_technology,
-                   "APITech == presetPatchValues[ (UINT) presetTech ].m_technology");
+    KALASSERT(cSite, msg::cAssertNotifiable,
+              IsValidASLTechnology(static_cast<std::uint32_t>(value.m_technology)));
+    KALASSERT(cSite, msg::cAssertSameTechnology, apiTechnology == value.m_technology);
     pass.Tell(item, &IVeltoKORA4APICallback::OnSimplePatchValueChange, ToPublic(&value));
 }
 
@@ -77,7 +75,7 @@ void TellTechnology(NotificationPass& pass, ChangeSet& changes,
 HRESULT CallbackNotifications(IVeltoKORA4APICallback* pICallback, ChangeSet& changes,
                               const std::uint32_t& registration,
                               const OvertakenItems& overtaken) {
-    KALASSERT(cSite, pICallback != NULL);
+    KALASSERT(cSite, msg::cAssertCallback, pICallback != NULL);
     if (!pICallback)
         return S_OK;
     NotificationPass pass(pICallback, registration, overtaken);

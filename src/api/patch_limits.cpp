@@ -98,8 +98,7 @@ HRESULT ValidatePatchField(ApiTechnology technology, std::uint32_t size, const v
         case ApiTechnology::eNumberKORA4APITechnologies:
             break;
     }
-    KALASSERT_TEXT(trace::cSiteOf<msg::cVolumeTooLarge>, false,
-                   "!\"Invalid ASL patch field.\"");
+    KALASSERT(trace::cSiteOf<msg::cVolumeTooLarge>, msg::cAssertWritable, false);
     return E_INVALIDARG;
 }
 

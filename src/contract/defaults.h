@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The built-in values that stand in for everything the store does not hold. Rows are
-// indexed by defaults index: Movie, Music, Games.
+// The built-in values that replace everything the store does not hold. Rows are indexed by
+// defaults index: Movie, Music, Games.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,8 @@
 
 namespace kora4 {
 
-// What a field with a selected array chooses from: one text per index, and the index that
-// each defaults row takes.
+// The choices of a field with a selected array: one text per index, and the index of each
+// defaults row.
 struct EnumFieldDef {
     const std::uint16_t* pEnumDefaults;
     const char16_t* const* pEnumValues;
@@ -23,8 +23,8 @@ struct EnumFieldDef {
 
 namespace defaults {
 
-// One value per defaults row. The Movie amount of the volume leveler is unlike the other
-// two on purpose: readers of the store rely on it.
+// One value per defaults row. The Movie amount of the volume leveler differs from the other two
+// on purpose: readers of the store rely on it.
 inline constexpr std::uint32_t cVolumeAmount[] = {KORA4_VOLUME_LEVELER_MOVIE_DEFAULT, 0, 0};
 inline constexpr std::uint32_t cVolumeSwitch4[] = {1, 1, 1};
 inline constexpr std::uint32_t cVolumeSwitch5[] = {0, 0, 0};
@@ -45,7 +45,7 @@ inline constexpr float cVirtualSurroundBoost[] = {KORA4_SPEAKER_VIRTUALIZER_DEFA
                                                   KORA4_SPEAKER_VIRTUALIZER_DEFAULT};
 inline constexpr float cVirtualSurroundValue4[] = {6.0f, 0.0f, 0.0f};
 
-// Global technologies have the one row.
+// Global technologies have a single row.
 inline constexpr float cPeakLimiterValue3[] = {9.0f};
 inline constexpr float cAudioRegulatorValue3[] = {0.0f};
 inline constexpr float cAudioRegulatorValue4[] = {1.0f};
@@ -119,11 +119,11 @@ inline constexpr EnumFieldDef cDynamicEQCurve{cDynamicEQCurveIndex, cDynamicEQCu
                                               std::size(cDynamicEQCurves)};
 static_assert(std::size(cDynamicEQCurves) == eNumberIEQPatches);
 
-// Of settings that belong to no technology and are not 0.
+// Non-zero defaults of general settings.
 inline constexpr std::uint32_t cSamplingPeriod = KORA4_SAMPLING_PERIOD_DEFAULT;  // milliseconds
 inline constexpr std::uint32_t cStaticNumber57 = 200;
 
-// Built-in switches of the preset technologies: one flag per preset profile.
+// Built-in switches of the preset technologies, one per preset profile.
 inline constexpr std::uint32_t VeltoVolumeOnElseOffDefaults[] = {1, 1, 1};
 inline constexpr std::uint32_t DialogEnhancementOnElseOffDefaults[] = {1, 0, 0};
 inline constexpr std::uint32_t DynamicEQOnElseOffDefaults[] = {0, 1, 0};
@@ -140,7 +140,7 @@ static_assert(std::size(HeadphoneOnElseOffDefaults) == cDefaultedProfileBound);
 static_assert(std::size(VirtualSurroundOnElseOffDefaults) == cDefaultedProfileBound);
 static_assert(std::size(cNGSurroundOnElseOff) == cDefaultedProfileBound);
 
-// The flags by technology, then by preset profile; null for the number of no technology.
+// The switches by technology, then by preset profile; null for the number of no technology.
 inline constexpr const std::uint32_t* sm_presetOnElseOffDefaults[] = {
     nullptr,  // ePresetNoTech
     VeltoVolumeOnElseOffDefaults,
@@ -153,8 +153,7 @@ inline constexpr const std::uint32_t* sm_presetOnElseOffDefaults[] = {
 };
 static_assert(std::size(sm_presetOnElseOffDefaults) == eNumberKORA4PresetTechnologies);
 
-// A technology whose switch is missing is on, unless the profile has a row that says
-// otherwise.
+// A technology whose switch is missing is on, unless the row of the profile says otherwise.
 constexpr bool IsOn(KORA4PresetTechnology technology, std::uint32_t profile) {
     const std::uint32_t row = WithoutDemo(profile);
     if (!IsValidTechnology(technology) || !IsPresetProfile(row))
@@ -162,7 +161,8 @@ constexpr bool IsOn(KORA4PresetTechnology technology, std::uint32_t profile) {
     return sm_presetOnElseOffDefaults[technology][row] != 0;
 }
 
-// Whether a global technology is on when its switch is missing: always.
+// Whether a global technology is on when its switch is missing: always. There is a function for
+// it because the trace has a line for it.
 constexpr bool IsOn(KORA4GlobalTechnology) {
     return true;
 }

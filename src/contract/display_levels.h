@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the engine's levels become for a display.
+// How the engine's levels are converted for a display.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,10 @@
 
 namespace kora4 {
 
-// Bands that a display gets, whatever number the engine publishes.
+// The number of bands of a display, whatever number the engine publishes.
 inline constexpr std::uint32_t cDisplayBands = KORA4_VISUALIZATION_BANDS;
 
-// The level of silence, which a band has that is in no record; and what a display adds to every
-// excitation.
+// The level shown for a band that no record has, and the offset added to every excitation.
 inline constexpr float cLevelFloor = KORA4_SILENT_GAIN;              // dB
 inline constexpr float cExcitationOffset = KORA4_EXCITATION_OFFSET;  // dB; the gains get none
 

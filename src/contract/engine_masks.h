@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The engine mask: which technologies the installed engine carries, bit n for technology
-// number n + 1 of the engine, and the masks that are known by name.
+// The engine mask: which technologies the installed engine supports, bit n for technology
+// number n + 1 of the engine, and the names of known masks.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ inline constexpr std::uint32_t cEngineTechnologies = KORA4_ENGINE_FULL;
 static_assert(cEngineTechnologies + 1 ==
               KORA4_ENGINE_TECHNOLOGY_BIT(KORA4_ENGINE_TECHNOLOGIES + 1));
 
-// An engine that is installed in the field, with the mask that its installer writes.
+// A known engine, with the mask that its installer writes.
 struct EngineConfiguration {
     std::uint32_t mask;
     const char* name;
@@ -26,7 +26,7 @@ inline constexpr EngineConfiguration cEngineConfigurations[] = {
     {KORA4_ENGINE_BASIC, "basic engine"},
 };
 
-// Null for a mask that nobody knows by name, 0 among them.
+// Null for an unknown mask, including 0.
 constexpr const char* NameOfEngine(std::uint32_t mask) {
     for (const EngineConfiguration& configuration : cEngineConfigurations)
         if (configuration.mask == mask)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// One field of a technology record: what it is, where it lies in the record, under which
-// property id it is stored, and what it is when the store does not say.
+// One field of a technology record: its type, its place in the record, the property id under
+// which it is stored, and its default.
 #pragma once
 
 #include <cstddef>
@@ -11,12 +11,13 @@
 
 namespace kora4 {
 
-// A kind as the one character that stands in the field tables.
+// A kind as the character in the field tables.
 constexpr char16_t TypeCodeOf(ValueKind kind) {
     return static_cast<char16_t>(kind);
 }
 
-// Type codes. The record holds 32-bit words; an array has 40 places and a count.
+// Type codes. The record consists of 32-bit words; an array has cMaxArrayElements elements and
+// a count.
 inline constexpr char16_t cUnsignedField = TypeCodeOf(ValueKind::eNumber);
 // 0 or 1 in the record.
 inline constexpr char16_t cBooleanField = TypeCodeOf(ValueKind::eSwitch);
@@ -41,7 +42,7 @@ struct KORA4FieldDef {
     std::uint16_t m_numArrays;      // 0 for scalars
     std::uint16_t scale;            // 'F': fixed-point divisor of the text, 1 or 256
 
-    // Where the record holds what the store has of the field: a scalar, a count, or an index.
+    // The place of what the store has of the field: a scalar, a count, or an index.
     constexpr std::size_t StoredMember() const {
         return typeCode == cSelectedArrayField ? selectionMember : valueMember;
     }
@@ -57,8 +58,8 @@ static_assert(offsetof(KORA4FieldDef, m_numArrays) == 18);
 static_assert(offsetof(KORA4FieldDef, scale) == 20);
 static_assert(sizeof(KORA4FieldDef) == 24);
 
-// What a field, or one of its arrays, is when the store does not say; what it is not stays
-// clear. A selected array has a number, its index; an array is a text, null when there is none.
+// The default of a field, or of one of its arrays; the members of other types stay 0. A
+// selected array has a number, its index; an array has a text, null if there is none.
 struct FieldDefault {
     std::uint32_t number = 0;
     float real = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The property ids of the fields that have a meaning outside the engine. The field tables say
-// what the others are; of a field with several arrays this is the first one's.
+// The property ids of the fields that have a meaning outside the engine; the field tables
+// contain the others. For a field with several arrays it is the id of the first one.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The field table of every technology, and where each record lies in the patch set.
+// The field table of every technology, and the place of each record in the patch set.
 #pragma once
 
 #include <cstddef>

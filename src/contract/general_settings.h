@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The settings of the store that belong to no technology: where each is, what it holds and
-// who uses it.
+// The general settings of the store, which belong to no technology: where each is stored, what
+// it means and who uses it.
 #pragma once
 
 #include <cstdint>
@@ -14,15 +14,14 @@
 
 namespace kora4::contract {
 
-// Whose a setting is, for whoever saves or moves the settings of a machine.
+// Whom a setting belongs to, for programs that save or move the settings of a machine.
 enum class SettingRole {
     eUser,     // what the user chose
     eMachine,  // what the installer, the engine or support put there
     ePassing,  // no setting: a counter, a saved state, the engine's levels
 };
 
-// One row: what a setting is, where it is stored, and who writes and reads it. The texts are
-// those of the documents and of kora4ctl.
+// One setting. The documents and kora4ctl use these texts.
 struct GeneralSetting {
     const char* name;
     PropertyKey key;
@@ -34,7 +33,7 @@ struct GeneralSetting {
     const char* writtenBy;  // methods and people; "-" when nobody does
     const char* readBy;
 
-    // Whether absence stands for a number; a text or blob that is absent has no value.
+    // Whether an absent value counts as a number; an absent text or blob has no value.
     constexpr bool HasDefault() const {
         return kind == ValueKind::eSwitch || kind == ValueKind::eNumber;
     }
@@ -49,7 +48,7 @@ inline constexpr char cInstaller[] = "the installer";
 inline constexpr char cClientsAndEngine[] = "clients, engine";
 inline constexpr char cCarried[] = "carried; nothing depends on it yet";
 
-// Values that everybody loads and nobody writes or uses yet.
+// Values that every client loads, but that nothing writes or uses yet.
 constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind kind,
                                  std::uint32_t defaultNumber, const char* meaning = cCarried) {
     return {name,
@@ -72,7 +71,7 @@ constexpr GeneralSetting Command(const char* name, std::uint32_t pid, const char
 
 }  // namespace detail
 
-// By key set family and property id.
+// In the order of the property ids; the engine mask, which has a GUID of its own, is last.
 inline constexpr GeneralSetting cGeneralSettings[] = {
     {"enable", pkey::Setting(pkey::cMasterEnablePid), eKeySetDynamic, ValueKind::eSwitch,
      SettingRole::eUser, 1, "master enable: all processing on or off",
@@ -121,8 +120,7 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
                     "command line of the demo application"),
     {"trace-flags", pkey::Setting(pkey::cTraceFlagsPid), eKeySetStatic, ValueKind::eNumber,
      SettingRole::eMachine, trace::cDefaultFlags,
-     "the trace word; the default is the word a process starts with", "support",
-     "Initialize"},
+     "the trace word; the default is the word a process starts with", "support", "Initialize"},
     {"engine-mask",
      {pkey::cMasterEnablesGuid, pkey::cMasterEnablesPid},
      eKeySetStatic,
@@ -134,7 +132,7 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
      "Initialize"},
 };
 
-// Null when there is no such setting.
+// Null if there is no such setting.
 constexpr const GeneralSetting* FindGeneralSetting(std::string_view name) {
     for (const GeneralSetting& setting : cGeneralSettings)
         if (name == setting.name)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The hexadecimal digits of every byte side by side, so that a byte of a text costs one load
-// and one store.
+// The two hexadecimal digits of every byte, so that a byte of a text costs one load and one
+// store.
 #pragma once
 
 #include <array>
@@ -9,7 +9,7 @@
 
 namespace kora4::codec {
 
-// In upper case. Every digit has the bit that makes a letter lower case, or does not mind it.
+// In upper case. The bit that makes a letter lower case is already set in a decimal digit.
 inline constexpr auto cHexPairs = [] {
     constexpr char16_t cDigits[] = u"0123456789ABCDEF";
     std::array<std::array<char16_t, 2>, 256> pairs{};
@@ -20,7 +20,7 @@ inline constexpr auto cHexPairs = [] {
 inline constexpr std::uint32_t cUpperCase = 0;
 inline constexpr std::uint32_t cLowerCase = 0x00200020;
 
-// Writes the low byte of the number and returns the place behind it.
+// Writes the low byte of the number and returns the position after it.
 template <std::uint32_t letterCase>
 inline char16_t* PutHexByte(char16_t* p, std::uint32_t number) {
     std::uint32_t pair;

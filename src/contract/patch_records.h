@@ -10,7 +10,8 @@
 
 namespace kora4 {
 
-// Places of every array in a record. The count beside an array says how many are in use.
+// The capacity of every array in a record. The count next to an array says how many elements
+// are in use.
 inline constexpr std::uint32_t cMaxArrayElements = KORA4_GRAPHIC_EQ_MAX_BANDS;
 // Threshold arrays of the audio regulator.
 inline constexpr std::uint32_t eRegulatorThresholds = 2;

@@ -16,7 +16,7 @@ inline constexpr std::uint32_t cGamesProfile = KORA4_PROFILE_GAMES;
 // The custom profiles P1 to P6 are the numbers 3 to 8. One exists while it has a name.
 inline constexpr std::uint32_t cFirstCustomProfile = KORA4_PROFILE_FIRST_CUSTOM;
 
-// Every number below can be made the active profile.
+// Every number below this bound can be made the active profile.
 inline constexpr std::uint32_t cSelectableProfileBound = KORA4_PROFILE_TABLE_ENTRIES;
 
 // The demo profiles, entered and left by the demo methods only.
@@ -38,12 +38,12 @@ constexpr bool IsPresetProfile(std::uint32_t profile) {
     return profile < cDefaultedProfileBound;
 }
 
-// A number that a custom profile may have, whether it exists or not.
+// A number that a custom profile may have, whether the profile exists or not.
 constexpr bool IsCustomProfile(std::uint32_t profile) {
     return profile >= cFirstCustomProfile && profile < cSelectableProfileBound;
 }
 
-// A profile that a user can be in: preset or custom.
+// A profile that a user can select: preset or custom.
 constexpr bool IsSelectableProfile(std::uint32_t profile) {
     return profile < cSelectableProfileBound;
 }
@@ -53,7 +53,7 @@ constexpr bool IsDemoProfile(std::uint32_t profile) {
     return profile >= cDemoMovieProfile && profile <= cDemoGamesProfile;
 }
 
-// Any number that may stand in the store as the active profile.
+// Any number that may be stored as the active profile.
 constexpr bool IsAllowableProfile(std::uint32_t profile) {
     return IsSelectableProfile(profile) || IsDemoProfile(profile);
 }
@@ -68,7 +68,7 @@ constexpr std::uint32_t WithoutDemo(std::uint32_t profile) {
     return IsDemoProfile(profile) ? profile - cDemoMovieProfile : profile;
 }
 
-// The row of the tables of defaults for a profile; that of Movie serves all without one.
+// The row of the tables of defaults for a profile; profiles without one use that of Movie.
 constexpr std::uint32_t DefaultsRowOf(std::uint32_t profile) {
     const std::uint32_t row = WithoutDemo(profile);
     return IsPresetProfile(row) ? row : cMovieProfile;

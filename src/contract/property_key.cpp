@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Builds the keys of technologies and profiles, and the value names under which the registry
-// has them. Value names are formatted on every access to the store, so by table and without
-// printf.
+// Builds the keys of technologies and profiles, and their value names in the registry. Value
+// names are formatted on every access to the store, therefore with a table and without printf.
 #include "contract/property_key.h"
 
 #include "contract/hex_pairs.h"
@@ -47,7 +46,7 @@ constexpr std::uint32_t OffsetOf(KORA4GlobalTechnology technology) {
                                                        : 0;
 }
 
-// Everything but the preset patches and the profile names leaves bits 8 to 15 alone.
+// Only the preset patches and the profile names use bits 8 to 15.
 static_assert((pkey::cPresetPatchGuid.data1 & 0xFFFF) == 0);
 static_assert((pkey::cProfileNameGuid.data1 & 0xFFFF) == 0);
 static_assert((pkey::cPresetTriggerGuid.data1 & 0xFF) == 0);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Property keys: how every value of the store is addressed, and the GUIDs and property ids of
-// the store. They are defined here and nowhere else.
+// the store.
 #pragma once
 
 #include <cstddef>
@@ -41,10 +41,10 @@ namespace pkey {
 // The store's own settings and the values of the user interfaces.
 inline constexpr KeyGuid cSettingsGuid{
     0x5C2E8A47, 0x91D3, 0x4B6F, {0xA0, 0xE2, 0x3F, 0x7C, 0x19, 0xB8, 0x4D, 0x60}};
-// Which technologies the installed engine carries.
+// Which technologies the installed engine supports.
 inline constexpr KeyGuid cMasterEnablesGuid{
     0x2B7E1F93, 0x6C40, 0x4D85, {0xA1, 0xF7, 0x93, 0xD0, 0xC5, 0xE8, 0xB4, 0x26}};
-// The families below leave the low bits of the first field to technology and profile.
+// The families below reserve the low bits of the first field for technology and profile.
 inline constexpr KeyGuid cPresetPatchGuid{
     0x5E0A0000, 0x2C71, 0x4B9E, {0x8F, 0x36, 0xD4, 0x1A, 0x07, 0xC9, 0xB2, 0xE5}};
 inline constexpr KeyGuid cPresetTriggerGuid{

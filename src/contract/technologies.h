@@ -9,7 +9,7 @@
 namespace kora4 {
 
 // Technologies with a record per profile. The numbers index every table; stored keys use the
-// offsets below instead.
+// offsets below.
 enum KORA4PresetTechnology : std::uint32_t {
     ePresetNoTech = 0,
     eVolumeTech,
@@ -48,8 +48,8 @@ constexpr bool IsValidTechnology(KORA4GlobalTechnology technology) {
     return technology > eGlobalNoTech && technology < eNumberKORA4GlobalTechnologies;
 }
 
-// What each technology puts into the low eight bits of its property-key GUIDs. The
-// numbers are not in enumeration order: they are older than the enumerations.
+// The offset that each technology puts into the low eight bits of its property-key GUIDs. The
+// offsets do not follow the enumerations, because they are older.
 inline constexpr std::uint32_t KORA4_PKEY_VOLUME_GUID_OFFSET = 0;
 inline constexpr std::uint32_t KORA4_PKEY_STD_EQ_GUID_OFFSET = 1;
 inline constexpr std::uint32_t KORA4_PKEY_DYN_EQ_GUID_OFFSET = 2;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The flag word of the trace: its categories, and the unions of them that statements use.
+// The trace word: its categories, and the unions of them that statements use.
 #pragma once
 
 #include <cstdint>
 
 namespace kora4::trace {
 
-// Bits of the flag word. A statement's mask is the union of the bits that enable it.
+// Bits of the trace word. A statement's mask is the union of the bits that enable it.
 enum Flag : std::uint32_t {
     eResults = 0x00000001,          // exit lines that print an HRESULT
     eSecurity = 0x00000004,         // key security, monitor thread, visualization reader
@@ -23,7 +23,7 @@ enum Flag : std::uint32_t {
     eMasterSwitchOff = 0x04000000,      // ... with this value nothing is produced at all
 };
 
-// The masks in use, by what they are used for.
+// The masks in use, by their purpose.
 enum Mask : std::uint32_t {
     eEntry = eAllEntryExit | eApiEntryExit,                            // 0x810
     eExitResult = eAllEntryExit | eApiEntryExit | eResults,            // 0x811
@@ -31,14 +31,13 @@ enum Mask : std::uint32_t {
     eStoreExitResult = eAllEntryExit | eResults,                       // 0x801
     eMonitorEntry = eAllEntryExit | eSecurity,                         // 0x804
     eMonitorExitResult = eAllEntryExit | eSecurity | eResults,         // 0x805
-    eThreadExitResult = eAllEntryExit | eResults,                      // 0x801
     eModuleEntry = eAllEntryExit | eModuleEvents,                      // 0x900
     eModuleExitResult = eAllEntryExit | eModuleEvents | eResults,      // 0x901
     eTrackerEntry = eAllEntryExit | eProcessTracking | eApiEntryExit,  // 0xA10
     eTrackerStartUp = eProcessTracking | eApiEntryExit,                // 0x210
 };
 
-// The word with which every process begins, until an object reads the stored one.
+// The word with which every process starts, until an object reads the stored one.
 inline constexpr std::uint32_t cDefaultFlags = eMessages;
 
 }  // namespace kora4::trace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a value of the store is, and so how it is stored.
+// The kinds of values in the store, and how each is stored.
 #pragma once
 
 #include <cstddef>
@@ -57,7 +57,7 @@ constexpr std::uint32_t TypeOf(ValueKind kind) {
     return DefOf(kind).type;
 }
 
-// The largest REG_SZ that a reader takes, terminator included; longer ones count as absent.
+// The largest REG_SZ that a reader accepts, terminator included; longer ones count as absent.
 inline constexpr std::size_t cMaxTextBytes = 4096;
 // The same in UTF-16 characters, without the terminator.
 inline constexpr std::size_t cMaxTextChars = cMaxTextBytes / sizeof(char16_t) - 1;

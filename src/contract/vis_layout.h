@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The layout of the value that the engine publishes, and the rule which of its records exist.
+// The layout of the value that the engine publishes, and the rule which of its records count.
 //
 // The value is little-endian and packed: 4 reserved bytes, the number of APO records
 // (32 bits), the records. A record: 16 bytes of header, the number of bands n (32 bits),
@@ -30,12 +30,13 @@ inline std::uint32_t ReadNumber(const std::uint8_t* p) {
     return number;
 }
 
-// The number of records that the value states, whether they exist or not.
+// The number of records that the value states, whether they are there or not.
 inline std::uint32_t StatedAPOs(const std::uint8_t* pBlob, std::size_t size) {
     return size >= cHeadSize ? ReadNumber(pBlob + cNumAPOsOffset) : 0;
 }
 
-// The bands of the record at `offset`; false unless a record lies there wholly inside.
+// The number of bands of the record at `offset`; false unless the whole record is inside the
+// value.
 inline bool ReadNumBands(const std::uint8_t* pBlob, std::size_t size, std::size_t offset,
                          std::uint32_t* pNumBands) {
     if (offset < cHeadSize || offset > size || size - offset < cRecordHeadSize)
@@ -44,7 +45,7 @@ inline bool ReadNumBands(const std::uint8_t* pBlob, std::size_t size, std::size_
     return *pNumBands <= (size - offset - cRecordHeadSize) / cBandSize;
 }
 
-// The records that exist: none behind one that does not, and no more than are stated.
+// The number of records that count: none after an incomplete one, and no more than are stated.
 inline std::uint32_t CountAPOs(const std::uint8_t* pBlob, std::size_t size) {
     const std::uint32_t stated = StatedAPOs(pBlob, size);
     std::size_t offset = cHeadSize;

@@ -38,9 +38,9 @@ HRESULT ComWait(const Apartment& apartment, const HANDLE* handles, DWORD count,
         flags, milliseconds, count, const_cast<HANDLE*>(handles), pIndex);
 }
 
-// A call that came in before, while the host's own loop took another message, does not wake
-// the wait under Wine 8, and Windows does not promise it; a message that is new does. It is
-// taken back: a host that does not pump would gather them.
+// A call that arrived before, while the host's own loop retrieved another message, does not
+// wake the wait under Wine 8, and Windows does not promise that it does; a new message does. It
+// is removed again: in a host that does not pump they would accumulate.
 class WakingMessage : NonCopyable {
   public:
     explicit WakingMessage(bool isNeeded)
@@ -60,8 +60,8 @@ class WakingMessage : NonCopyable {
     const UINT m_message;
 };
 
-// How long to wait without COM calls between two COM waits that fail, or that the host's
-// filter ends early.
+// The wait without COM calls between two COM waits that fail, or that the host's filter ends
+// early.
 constexpr DWORD cPlainMilliseconds = 5;
 
 DWORD TimeLeft(ULONGLONG begin, DWORD milliseconds) {
@@ -87,14 +87,14 @@ DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds)
     for (DWORD left = milliseconds;;) {
         DWORD index = count;
         const HRESULT hr = ComWait(apartment, handles, count, left, &index);
-        // A wait that the host's message filter breaks off may say so, and have waited to the
-        // end all the same: the signal of an automatic event is then gone.
+        // A wait that the host's message filter cancels may report this although it has waited
+        // to the end: the signal of an automatic event is then lost.
         if (hr == S_OK || (hr == RPC_E_CALL_CANCELED && index < count))
             return WAIT_OBJECT_0 + index;
         if (hr == RPC_S_CALLPENDING)
             return WAIT_TIMEOUT;
         // In the multithreaded apartment, or in none, there are no calls to let in. In another
-        // the filter may break every wait off before the handles are asked.
+        // the filter may cancel every wait before the handles are tested.
         const bool isPlain = apartment.type == APTTYPE_MTA;
         const DWORD result = WaitForMultipleObjects(
             count, handles, FALSE, isPlain ? left : std::min(left, cPlainMilliseconds));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which apartment a thread is in, a wait that suits it, and a hold on the multithreaded one.
+// The apartment of a thread, a wait that suits it, and a hold on the multithreaded one.
 #pragma once
 
 #include <objbase.h>
@@ -22,13 +22,13 @@ inline constexpr ApartmentId cNeutralApartment = 1;
 // multithreaded apartment, as COM itself sees it while that apartment exists.
 ApartmentId CurrentApartment();
 
-// Waits until one of the handles is signalled, and lets COM calls into a single-threaded
-// apartment meanwhile, that of a packaged application included. A COM wait that fails there
-// is tried again. WAIT_OBJECT_0 plus the index, WAIT_TIMEOUT or WAIT_FAILED: a bad handle.
+// Waits until one of the handles is signalled, and meanwhile lets COM calls into a
+// single-threaded apartment, including that of a packaged application. A COM wait that fails
+// there is repeated. WAIT_OBJECT_0 plus the index, WAIT_TIMEOUT or WAIT_FAILED: a bad handle.
 DWORD WaitLettingCallsIn(const HANDLE* handles, DWORD count, DWORD milliseconds);
 
-// The two platform calls that know of packaged applications, whose single-threaded apartments
-// only Windows has. Tests put their own in place.
+// The two platform calls that handle packaged applications, whose single-threaded apartments
+// only Windows has. Tests replace them.
 struct ApartmentCalls {
     using GetType = HRESULT(WINAPI*)(APTTYPE* pType, APTTYPEQUALIFIER* pQualifier);
     using Wait = HRESULT(WINAPI*)(DWORD flags, DWORD milliseconds, ULONG count, HANDLE* handles,
@@ -46,9 +46,9 @@ class MtaUsage : NonCopyable {
   public:
     ~MtaUsage() { Release(); }
 
-    // Begins the hold, once. S_OK when it has begun already; otherwise what COM answers.
+    // Begins the hold, once. S_OK if it has already begun; otherwise the result of COM.
     HRESULT Acquire() { return m_cookie ? S_OK : CoIncrementMTAUsage(&m_cookie); }
-    // Ends the hold. Harmless when there is none.
+    // Ends the hold. Harmless if there is none.
     void Release() {
         if (const CO_MTA_USAGE_COOKIE cookie = std::exchange(m_cookie, nullptr))
             CoDecrementMTAUsage(cookie);

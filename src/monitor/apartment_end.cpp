@@ -11,11 +11,11 @@
 
 namespace kora4 {
 
-// The platform may keep it longer than the monitor does, which dropped it on a thread that is
-// not the apartment's.
+// The platform may keep it longer than a monitor that was released on a thread outside the
+// apartment.
 class ApartmentEnd::Spy : public IInitializeSpy {
   public:
-    // Null: nobody is told any more.
+    // Null: nobody is notified.
     void SetListener(ApartmentEndListener* pListener) { m_pListener = pListener; }
 
     void* FindInterface(REFIID iid) {
@@ -31,7 +31,8 @@ class ApartmentEnd::Spy : public IInitializeSpy {
             return S_OK;
         if (m_pListener)
             m_pListener->OnApartmentEnd();
-        // What a monitor left that was dropped on a thread which is not the apartment's.
+        // The registration left by a monitor that was released on a thread outside the
+        // apartment.
         GateFactoryRegistration::RevokeLeft();
         return S_OK;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tells when the calling thread is about to leave its single-threaded apartment for good.
+// Reports that the calling thread is about to leave its single-threaded apartment for good.
 #pragma once
 
 #include <objidl.h>
@@ -10,7 +10,7 @@
 
 namespace kora4 {
 
-// Is told of the end of an apartment. Not reference-counted: it outlives its ApartmentEnd.
+// Is notified of the end of an apartment. Not reference-counted: it outlives its ApartmentEnd.
 class ApartmentEndListener {
   public:
     // On the apartment's thread, which can still let calls in.
@@ -21,7 +21,7 @@ class ApartmentEndListener {
 };
 
 // Calls that wait to enter an apartment may be lost when it ends, and their callers then wait
-// for ever (seen under Wine 8). So whoever has callers there is told in time.
+// for ever (seen under Wine 8). So an object that has callers there is notified in time.
 //
 // Used on the apartment's thread. Does nothing in other kinds of apartment.
 class ApartmentEnd : NonCopyable {
@@ -29,10 +29,10 @@ class ApartmentEnd : NonCopyable {
     ApartmentEnd();
     ~ApartmentEnd();
 
-    // E_OUTOFMEMORY, or what the platform says. Harmless when watching already.
+    // E_OUTOFMEMORY, or the result of the platform. Harmless when already watching.
     HRESULT Watch(ApartmentEndListener* pListener);
 
-    // Stops watching; the listener is not told any more. Harmless when not watching.
+    // Stops watching; the listener is no longer notified. Harmless when not watching.
     void Unwatch();
 
   private:

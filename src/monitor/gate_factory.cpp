@@ -27,7 +27,7 @@ struct ApartmentEntry {
     ULONG shares;
     DWORD cookie;
     ApartmentEntry* next;
-    // Held while nobody has a share any more.
+    // Held while nobody has a share.
     std::optional<ModuleLock> leftLock;
 };
 
@@ -60,9 +60,9 @@ void Remove(ApartmentEntry** ppEntry) REQUIRES(s_lock) {
     delete pEntry;
 }
 
-// Windows keeps several registrations of one class and hands out a cookie each time: the
-// newest then serves all shares. Wine 8 keeps a single one and hands out cookie 0 while it has
-// it, so that a cookie means that the old registration is gone.
+// Windows keeps several registrations of one class and returns a cookie each time: the newest
+// then serves all shares. Wine 8 keeps a single one and returns cookie 0 while it has it, so a
+// cookie means that the old registration no longer exists.
 void TakeNewCookie(ApartmentEntry& entry, DWORD cookie) REQUIRES(s_lock) {
     if (!cookie)
         return;

@@ -15,17 +15,17 @@ namespace kora4 {
 //
 // All monitors of the process share one registration per apartment, counted in a table of the
 // module: Wine 8 keeps only one class object per class and apartment (Windows keeps several),
-// and one monitor that ends must not take the factory from one that starts. The table's lock
-// is a leaf.
+// and a monitor that ends must not take the factory from one that starts. No other lock is
+// taken under the table's lock.
 //
-// Register and Revoke belong on a thread of the apartment. Revoked elsewhere, the share is
-// given up, but the registration stays for the apartment's next monitor, or until the
-// apartment ends (RevokeLeft). It points into the module, which stays locked meanwhile.
+// Register and Revoke are called on a thread of the apartment. If Revoke is called elsewhere,
+// it gives up the share, but the registration stays for the apartment's next monitor, or until
+// the apartment ends (RevokeLeft). It points into the module, which stays locked meanwhile.
 class GateFactoryRegistration : NonCopyable {
   public:
     ~GateFactoryRegistration() { Revoke(); }
 
-    // Gives up what was registered before, then registers in the calling thread's apartment.
+    // Gives up an earlier share, then registers in the calling thread's apartment.
     HRESULT Register();
 
     // Gives the share up; with the last one of an apartment the registration ends. Harmless

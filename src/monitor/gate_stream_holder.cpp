@@ -51,8 +51,8 @@ HRESULT GateStreamHolder::Unmarshal(REFIID iid, void** ppv,
     if (FAILED(hr))
         return hr;
     hr = registration.Register();
-    // One reference, given back in full by the caller: the owner lets calls in while it
-    // waits, so that the proxy's release reaches it and leaves nothing behind.
+    // One reference, released completely by the caller: the owner lets calls in while it waits,
+    // so that the proxy's release reaches it and leaves nothing behind.
     if (SUCCEEDED(hr))
         hr = CoGetInterfaceAndReleaseStream(std::exchange(m_pStream, nullptr), iid, ppv);
     // Only now: the owner is to cancel notifications, and nothing else that the thread does.

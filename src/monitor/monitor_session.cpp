@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// One run from start to end: its events and thread, what is given back by whom, and how the
-// thread ends, by itself or by force.
+// One run from start to end: its events and thread, who releases what, and how the thread ends,
+// by itself or terminated.
 #include "monitor/monitor_session.h"
 
 #include <objbase.h>
@@ -92,9 +92,9 @@ bool MonitorSession::TerminateMonitorThread(DWORD exitCode) {
     // If even that does not end it in time, it keeps what it holds.
     if (WaitForSingleObject(m_thread.Get(), cForceMilliseconds) != WAIT_OBJECT_0)
         return true;
-    // The references to session and module pass to the thread that gives back the rest. An
-    // owner in a single-threaded apartment cannot do that itself: gate and factory belong to
-    // the other apartment. If no thread can be created, all of it stays, the module included.
+    // The references to session and module pass to the thread that releases the rest. An owner
+    // in a single-threaded apartment cannot do that itself: gate and factory belong to the
+    // other apartment. If no thread can be created, all of it stays, the module included.
     const UniqueHandle heir(CreateThread(nullptr, 0, &GiveBackForTheDead, this, 0, nullptr));
     const HANDLE handle = heir.Get();
     if (handle)

@@ -20,19 +20,19 @@ namespace kora4 {
 // either may be the last. Everything but the counters and what the thread holds is set
 // before the thread is created and not changed after; no lock.
 //
-// It locks the module while it lives, and carries the thread's own reference to the
-// module, without which the code could be unmapped below a thread that is ending.
+// It locks the module while it exists, and holds the thread's own reference to the module,
+// without which the code could be unmapped while the thread is ending.
 //
-// It also holds the multithreaded apartment. Were the thread the last one there when it ends,
-// the platform would tear the apartment down inside the loader's lock. So the thread leaves
-// the apartment before it gives its reference to the session back, and whoever releases the
-// last one gives up the apartment, outside the loader's lock.
+// It also holds the multithreaded apartment. If the thread were the last one in it when it
+// ends, the platform would destroy the apartment inside the loader's lock. So the thread leaves
+// the apartment before it releases its reference to the session, and the last release gives up
+// the apartment, outside the loader's lock.
 //
-// And it keeps what the thread holds: its gate, its share of the gate's factory, the watched
-// key and the change event. Only the thread touches them. Another thread gives back what a
-// thread held that was ended by force. Two things are lost for good: the dead thread's place
-// in the multithreaded apartment, which then lasts as long as the process, and what the
-// platform held for a call that the thread was in.
+// Finally it keeps what the thread holds: its gate, its share of the gate's factory, the
+// watched key and the change event. Only the thread uses them. If the thread is terminated,
+// another thread releases them. Two things are lost for good: the terminated thread's entry
+// into the multithreaded apartment, which then lasts as long as the process, and what the
+// platform held for a call that the thread was making.
 class MonitorSession : NonCopyable {
   public:
     // `root` and `subkey` name the watched key. Neither is copied or closed: both must live
@@ -50,29 +50,29 @@ class MonitorSession : NonCopyable {
     // False, and nothing is held, when the thread cannot be created.
     bool CreateMonitorThread(LPTHREAD_START_ROUTINE procedure);
 
-    // The owner's side: the thread is to end, and nobody will wait for it. False when the
-    // thread is past everything but its own end: see AwaitThreadEnd.
+    // The owner's side: the thread is to end, and nobody will wait for it. False if the thread
+    // has only its own end left to do: see AwaitThreadEnd.
     bool LetGo();
 
-    // The thread's side, its very last act: gives back what is left and ends the thread.
+    // The thread's side, its very last act: releases what is left and ends the thread.
     // `isInApartment`: the thread has entered the multithreaded apartment itself.
     [[noreturn]] void EndThread(DWORD exitCode, bool isInApartment);
 
-    // Ends the thread by force and has what it held given back on a thread of the same
-    // apartment; lets COM calls in meanwhile. False, and nothing is done, when the thread is
-    // giving it back itself: there it can still end, and may hold locks of the platform.
+    // Terminates the thread and has what it held released on a thread of the same apartment;
+    // lets COM calls in meanwhile. Returns false and does nothing while the thread is releasing
+    // it itself: then it can still end, and may hold locks of the platform.
     bool TerminateMonitorThread(DWORD exitCode);
 
-    // Waits a little for a thread that is past everything but its own end, so that the
-    // module can be unloaded at once. An owner that is in some module's DllMain keeps the
-    // thread from ending; then it ends later, by itself.
+    // Waits a little for a thread that has only its own end left to do, so that the module can
+    // be unloaded at once. An owner inside some module's DllMain keeps the thread from ending;
+    // then it ends later, by itself.
     void AwaitThreadEnd() const;
 
     // Whether the thread was created and has not ended yet.
     bool IsThreadRunning() const;
 
-    // What was set by the constructor, MakeControls and CreateMonitorThread. The session keeps
-    // all of it: callers close nothing.
+    // What the constructor, MakeControls and CreateMonitorThread have set. The session owns all
+    // of it: callers close nothing.
     HKEY RootKey() const { return m_rootKey; }
     const wchar_t* Subkey() const { return m_pwSubkey; }
     HANDLE StopEvent() const { return m_stopEvent.Get(); }
@@ -81,13 +81,13 @@ class MonitorSession : NonCopyable {
     HANDLE Thread() const { return m_thread.Get(); }
     GateStreamHolder& Holder() { return m_gateHolder; }
 
-    // The thread's side. UnmarshalGate gives it the gate; WatchedKey and ChangeEvent hold what
-    // it watches with. Only the thread uses these three.
+    // The thread's side. UnmarshalGate obtains the gate; WatchedKey and ChangeEvent own what
+    // the thread watches with. Only the thread uses these three.
     HRESULT UnmarshalGate();
     ICOMCallbackGate* Gate() const { return m_spGate.Get(); }
     UniqueRegKey& WatchedKey() { return m_watchedKey; }
     UniqueHandle& ChangeEvent() { return m_changeEvent; }
-    // The thread has stopped watching for good: gives back all of these.
+    // The thread has stopped watching for good: releases all of these.
     void GiveBack();
 
     // Whether the thread has stopped watching, or was made to. Any thread.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The owner's side of the monitor: start, stop, and the callback that comes in through the
-// gate. What runs on the thread stands in reg_key_monitor_thread.cpp.
+// The owner's side of the monitor: start, stop, and the callback that arrives through the gate.
+// The thread's side is in reg_key_monitor_thread.cpp.
 #include "monitor/reg_key_monitor.h"
 
 #include <cstdint>
@@ -40,7 +40,7 @@ HRESULT RegKeyMonitor::SpawnRegMonitor(HKEY root, const wchar_t* subkey,
         return hr;
 
     CloseAndReset(nullptr);
-    // A call that comes in during the wait may release the object.
+    // A call that arrives during the wait may release the object.
     const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
     hr = MakeControls(root, subkey, client);
     const MonitorSessionPtr spSession = Session();
@@ -98,7 +98,7 @@ HRESULT RegKeyMonitor::AwaitReady(MonitorSession& session) {
 void RegKeyMonitor::TerminateRegMonitor() {
     KALTRACE_SCOPE("RegKeyMonitor::TerminateRegMonitor");
     // The client goes first: a call that is on its way finds none and returns at once.
-    // Whoever calls again while this waits finds no session.
+    // A further call while this waits finds no session.
     const MonitorSessionPtr spSession = DetachSession();
     HaltMonitorThread(spSession.Get());
     CloseAndReset(nullptr);
@@ -135,9 +135,9 @@ void RegKeyMonitor::HaltMonitorThread(MonitorSession* pSession) {
         CutReferences();
 }
 
-// What is left of the references of a thread that has ended: Wine 8 asks the host's message
-// filter for the release of the gate as well, and forgets a release that is turned away. On
-// Windows something is left after an end by force at most.
+// The references that a thread has left behind: Wine 8 asks the host's message filter for the
+// release of the gate as well, and forgets a release that is rejected. On Windows only a
+// terminated thread can leave something behind.
 //
 // A run that was started meanwhile shares the connection. In the multithreaded apartment
 // there is none: the thread has the object itself.
@@ -155,7 +155,7 @@ bool RegKeyMonitor::CanThreadEndByItself(const MonitorSession& session) {
 
 void RegKeyMonitor::OnApartmentEnd() {
     KALTRACE_SCOPE("RegKeyMonitor::OnApartmentEnd");
-    // The thread may give back the last reference while this waits for it.
+    // The thread may release the last reference while this waits for it.
     const Microsoft::WRL::ComPtr<ICOMCallbackGate> spSelf(this);
     TerminateRegMonitor();
     if (const HANDLE thread = m_letGoThread.Get())
@@ -163,8 +163,8 @@ void RegKeyMonitor::OnApartmentEnd() {
     m_apartmentEnd.Unwatch();
 }
 
-// `pSession`: what failed to start; null when there is no session any more, or none yet.
-// Another call may have taken it away, or replaced it, while the caller was waiting.
+// `pSession`: the session that failed to start; null if there is no session. Another call may
+// have removed or replaced it while the caller was waiting.
 void RegKeyMonitor::CloseAndReset(const MonitorSession* pSession) {
     KALTRACE_SCOPE("RegKeyMonitor::CloseAndReset");
     MonitorSessionPtr spClosed;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Watches a registry key on a thread of its own and tells its owner of every write.
+// Watches a registry key on a thread of its own and notifies its owner of every write.
 #pragma once
 
 #include <windows.h>
@@ -21,22 +21,22 @@ namespace kora4 {
 //
 // Threads. SpawnRegMonitor and TerminateRegMonitor are called in the owner's apartment
 // (any thread of it in the multithreaded apartment, one at a time); both let COM calls
-// into a single-threaded apartment while they wait. Callback comes in on the owner's
-// thread, or on the monitor thread itself when the owner lives in the multithreaded
-// apartment. The monitor thread never touches this object but through the gate; what it
-// works on is the MonitorSession, which it shares with the owner and which outlives
-// whichever of the two goes first.
+// into a single-threaded apartment while they wait. Callback is called on the owner's thread,
+// or on the monitor thread itself if the owner is in the multithreaded apartment. The monitor
+// thread uses this object only through the gate; it works on the MonitorSession, which it
+// shares with the owner and which lives until both have released it.
 //
-// A busy owner, whose message filter turns the call away, is called again after a while; any
-// other failure of the call ends the monitoring. What the filter turns away meanwhile is not
-// lost: the watch is armed all the time, and the call carries no state.
+// A busy owner, whose message filter rejects the call, is called again after a pause; any other
+// failure of the call ends the monitoring. No change is lost meanwhile: the watch stays armed,
+// and the call conveys no state.
 //
-// A single-threaded apartment that ends with its monitor still running, or with a thread
-// that was let go and has not ended yet, ends the thread first. If it ends unasked, with
-// its thread, the gate is disconnected: the monitor thread ends at its next callback.
+// If a single-threaded apartment ends while its monitor is running, or while a thread that was
+// let go has not ended yet, the monitor thread is ended first. If it ends without notice,
+// together with its thread, the gate is disconnected: the monitor thread ends at its next
+// callback.
 //
-// Lock. m_guard guards the client, the session and the list of callbacks in progress. It
-// is a leaf: nothing is called and nothing is waited for while it is held.
+// Lock. m_guard guards the client, the session and the list of callbacks in progress. Nothing
+// is called and nothing is waited for while it is held.
 class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, NonCopyable {
   public:
     virtual ~RegKeyMonitor();
@@ -47,15 +47,15 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, Non
     // until TerminateRegMonitor; so must `client`, which is not reference-counted.
     HRESULT SpawnRegMonitor(HKEY root, const wchar_t* subkey, RegKeyMonitorClient* client);
 
-    // Ends the monitoring: after the return the client is not called any more and the
-    // thread has ended. Harmless when nothing runs.
+    // Ends the monitoring: after the return the client is no longer called, and the thread has
+    // ended. Harmless if nothing runs.
     //
-    // Called from within the client's OnKeyChangeNotify it does not wait: the thread
-    // ends, and gives back all that it holds, after that call has returned (and the
-    // owner's single-threaded apartment has let one more COM call in).
+    // Called from within the client's OnKeyChangeNotify, it does not wait: the thread ends, and
+    // releases all that it holds, after that call has returned (and the owner's single-threaded
+    // apartment has let one more COM call in).
     //
-    // A thread that does not end within cGraceMilliseconds is ended by force, unless it
-    // could still end by itself: it is then left to do so.
+    // A thread that does not end within cGraceMilliseconds is terminated, unless it can still
+    // end by itself: then it is left to do so.
     void TerminateRegMonitor();
 
     // True while the thread is set and watches. A thread that ended by itself (a failing
@@ -63,7 +63,7 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, Non
     // that before the next SpawnRegMonitor.
     bool IsMonitoring();
 
-    // ICOMCallbackGate. The argument means nothing. S_OK without a client, else what the
+    // ICOMCallbackGate. The argument has no meaning. S_OK without a client, else what the
     // client's OnKeyChangeNotify returned; the client may drop its last reference to the
     // monitor in that call.
     STDMETHODIMP Callback(ULONG value) override;
@@ -84,15 +84,15 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, Non
         EXCLUDES(m_guard);
     HRESULT MarshalInterface();
     HRESULT AwaitReady(MonitorSession& session);
-    // Ends the thread of a session: asks, cancels its call, waits, and ends it by force if it
-    // must. Null: there is nothing to end.
+    // Ends the thread of a session: asks it to end, cancels its call, waits, and terminates it
+    // if necessary. Null: there is nothing to end.
     void HaltMonitorThread(MonitorSession* pSession);
 
     // Drops the session `pSession` from the object if it is still the current one.
     void CloseAndReset(const MonitorSession* pSession) EXCLUDES(m_guard);
 
-    // The thread from its first to its last call. These functions are static: the thread has
-    // nothing of this object, only the session and the gate.
+    // The thread from its first to its last call. These functions are static: the thread does
+    // not use this object, only the session and the gate.
     static DWORD WINAPI RegMonitorEntry(void* pParameter);
     static HRESULT RunRegMonitor(MonitorSession* pSession);
     static HRESULT WatchKey(MonitorSession& session);
@@ -103,7 +103,7 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, Non
     static HRESULT RegMonitorLoop(const MonitorSession& session, HKEY key, HANDLE changeEvent,
                                   ICOMCallbackGate* pICOMCallbackGate);
 
-    // Calls again while the owner's message filter turns the call away.
+    // Calls again while the owner's message filter rejects the call.
     static HRESULT CallThroughGate(const MonitorSession& session,
                                    ICOMCallbackGate* pICOMCallbackGate);
 
@@ -134,7 +134,7 @@ class RegKeyMonitor : public ICOMCallbackGate, private ApartmentEndListener, Non
     // Whether a Callback of the session is in progress, on the calling thread or on any.
     bool IsInCallback(const MonitorSession* pSession, bool onAnyThread) EXCLUDES(m_guard);
 
-    // Whether a thread that has not ended in time may still do so without force.
+    // Whether a thread that has not ended in time may still end by itself.
     bool CanThreadEndByItself(const MonitorSession& session);
 
     // Disconnects the gate, so that nothing left on its connection keeps this object alive.

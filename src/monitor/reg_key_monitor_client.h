@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the registry monitor knows of its owner.
+// The interface through which the registry monitor calls its owner.
 #pragma once
 
 #include <windows.h>

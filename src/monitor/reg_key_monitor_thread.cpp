@@ -13,7 +13,7 @@
 namespace kora4 {
 namespace {
 
-// What a message filter of the owner's apartment makes of a call that it does not want now.
+// The results of a call that a message filter of the owner's apartment rejects for now.
 bool IsTurnedAway(HRESULT hr) {
     return hr == RPC_E_CALL_REJECTED || hr == RPC_E_SERVERCALL_RETRYLATER;
 }
@@ -25,7 +25,7 @@ DWORD WINAPI RegKeyMonitor::RegMonitorEntry(void* pParameter) {
     KALTRACE(msg::cThreadEntry, GetCurrentThreadId());
     const HRESULT hrApartment = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     const HRESULT hr = SUCCEEDED(hrApartment) ? RunRegMonitor(pSession) : hrApartment;
-    // Here: the library may be gone when the session has been left.
+    // Here, because the library may be unloaded once the session has been released.
     constexpr const trace::Site& cSite = trace::cSiteOf<msg::cThreadEntry>;
     KALTRACE_LINE(cSite.resultMask, cSite, __LINE__, msg::cExitResult.text, hr);
     const DWORD exitCode = static_cast<DWORD>(hr);
@@ -75,24 +75,19 @@ HRESULT RegKeyMonitor::ArmNotification(HKEY key, HANDLE changeEvent) {
 }
 
 const char* RegKeyMonitor::ReasonOfArmingError(LSTATUS status) {
-    switch (status) {
-        case ERROR_KEY_DELETED:
-            return "key deleted";
-        case ERROR_ACCESS_DENIED:
-            return "access denied";
-        case ERROR_NOT_ENOUGH_MEMORY:
-        case ERROR_OUTOFMEMORY:
-        case ERROR_NO_SYSTEM_RESOURCES:
-            return "no more memory";
-        default:
-            return "other failure";
-    }
+    const bool isMemoryShort = status == ERROR_NOT_ENOUGH_MEMORY ||
+                               status == ERROR_OUTOFMEMORY ||
+                               status == ERROR_NO_SYSTEM_RESOURCES;
+    return status == ERROR_KEY_DELETED     ? msg::cKeyDeleted
+           : status == ERROR_ACCESS_DENIED ? msg::cAccessDenied
+           : isMemoryShort                 ? "no more memory"
+                                           : "other failure";
 }
 
 HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
                                       HANDLE changeEvent, ICOMCallbackGate* pICOMCallbackGate) {
     KALTRACE_RESULT(hr, S_OK, msg::cCallingThroughGate.function);
-    KALASSERT(cSite, pICOMCallbackGate != NULL);
+    KALASSERT(cSite, msg::cAssertGate, pICOMCallbackGate != NULL);
     if (!pICOMCallbackGate)
         return hr = E_FAIL;
     const HANDLE handles[] = {session.StopEvent(), changeEvent};
@@ -118,8 +113,8 @@ HRESULT RegKeyMonitor::RegMonitorLoop(const MonitorSession& session, HKEY key,
     }
 }
 
-// What the owner's Callback answered. S_OK, and the stop event stays set, when the thread is
-// told to stop while the owner is busy.
+// The result of the owner's Callback. S_OK, with the stop event still set, if the thread is to
+// stop while the owner is busy.
 HRESULT RegKeyMonitor::CallThroughGate(const MonitorSession& session,
                                        ICOMCallbackGate* pICOMCallbackGate) {
     for (DWORD pause = cFirstBusyMilliseconds;;
@@ -128,7 +123,7 @@ HRESULT RegKeyMonitor::CallThroughGate(const MonitorSession& session,
         const ULONG entries = session.Entries();
         const HRESULT hr = pICOMCallbackGate->Callback(0);
         KALTRACE(msg::cCalledThroughGate, hr);
-        // A client of the owner may have answered the same.
+        // A client of the owner may have returned the same.
         if (!IsTurnedAway(hr) || session.Entries() != entries)
             return hr;
         if (WaitForSingleObject(session.StopEvent(), pause) != WAIT_TIMEOUT) {

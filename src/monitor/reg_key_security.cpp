@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Creates keys without following links and gives them the access list for everyone, in an
-// order that nobody can use to slip another key into its place.
+// Creates keys without following links and gives them the access list for everyone, in an order
+// that leaves nobody a chance to substitute another key.
 #include "monitor/reg_key_security.h"
 
 #include <aclapi.h>
@@ -34,8 +34,8 @@ LSTATUS OpenItself(const RegKeyCalls& calls, HKEY parent, const wchar_t* pwPath,
     return calls.open(parent, pwPath, REG_OPTION_OPEN_LINK, access, key.Put());
 }
 
-// A key is a link from its creation on or never, so a handle that has passed stays good. One
-// that has no target yet passes too: nothing here follows it, so only the link gets the list.
+// A key is a link from its creation on or never, so a handle that has passed stays valid. A
+// link without a target also passes: nothing here follows it, so only the link gets the list.
 LSTATUS RefuseLink(HKEY hKey) {
     DWORD type = REG_NONE;
     const LSTATUS status =
@@ -75,10 +75,10 @@ LSTATUS RepairAndOpen(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueReg
     return status;
 }
 
-// Creating follows links, even to places where nothing is yet. A key is therefore opened
-// first, and one that had to be created is opened again: somebody may have put a link there
-// meanwhile. Only the last part of a path is looked at. The others are listed before it, or
-// lie where none but administrators may create a key or a link.
+// Creating follows links, even to keys that do not exist yet. A key is therefore opened first,
+// and a key that had to be created is opened again: a link may have been created there
+// meanwhile. Only the last part of a path is checked. The others are listed before it, or are
+// in places where only administrators may create a key or a link.
 LSTATUS OpenOrCreate(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueRegKey& key) {
     LSTATUS status = OpenUnlinked(calls, HKEY_LOCAL_MACHINE, pwPath, key);
     if (ResultOfKeyLookup(status) == S_FALSE) {
@@ -96,8 +96,8 @@ LSTATUS OpenOrCreate(const RegKeyCalls& calls, const wchar_t* pwPath, UniqueRegK
 
 // The handle lacks WRITE_DAC. Wine 8 refuses to set a list through such a one; Windows
 // re-opens the key by itself, and does not say whether that follows links. So it is opened
-// here, through the handle that was looked at, never by name: the name could mean another key
-// by now.
+// here, through the handle that was checked, never by name: by now the name could refer to
+// another key.
 HRESULT SetDacl(HKEY hKey, PACL dacl) {
     UniqueRegKey key;
     const LSTATUS status = OpenItself(RegKeyCalls(), hKey, L"", READ_CONTROL | WRITE_DAC, key);
@@ -154,7 +154,7 @@ HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& 
         }
         key.Reset();
     }
-    // An exit line with the marker of an entry line: log readers know it this way.
+    // An exit line with the marker of an entry line: log readers depend on it.
     KALTRACE(msg::cMakeKeyExit, hr);
     return hr;
 }
@@ -162,7 +162,7 @@ HRESULT RegKeySecurity::MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& 
 HRESULT RegKeySecurity::CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
                                      const RegKeyCalls& calls) {
     KALTRACE_RESULT(hr, E_FAIL, msg::cCreateKeyStatus.function);
-    KALASSERT(cSite, (pwKeyName != NULL) && (pKeyHandle != NULL));
+    KALASSERT(cSite, msg::cAssertKeyName, (pwKeyName != NULL) && (pKeyHandle != NULL));
     if (!pwKeyName || !pKeyHandle)
         return hr;
     UniqueRegKey key;

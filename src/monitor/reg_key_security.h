@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-// Creates the registry keys of the store and opens them to every user.
+// Creates the registry keys of the store and makes them writable for every user.
 #pragma once
 
 #include <windows.h>
 
 namespace kora4 {
 
-// The two calls that open and create a key, so that a test can put a link between one and the
-// next.
+// The two calls that open and create a key; a test replaces them in order to create a link
+// between the two.
 struct RegKeyCalls {
     decltype(&RegOpenKeyExW) open = &RegOpenKeyExW;
     decltype(&RegCreateKeyExW) create = &RegCreateKeyExW;
@@ -25,14 +25,13 @@ class RegKeySecurity {
     // One key of that list: S_OK, or E_FAIL.
     static HRESULT MakeRegKey(const wchar_t* pwKeyName, const RegKeyCalls& calls = {});
 
-    // Creates or opens the key; the caller closes the handle. E_FAIL for a link that
-    // leads to a key: whoever planted it chose which one would be opened to everyone. A key
-    // that denies the access is first given the list for everyone, if the caller may change its
-    // list.
+    // Creates or opens the key; the caller closes the handle. E_FAIL for a link that leads to a
+    // key: its creator would decide which key becomes writable for everyone. A key that denies
+    // access first gets the access list for everyone, if the caller may change its list.
     static HRESULT CreateRegKey(const wchar_t* pwKeyName, HKEY* pKeyHandle,
                                 const RegKeyCalls& calls = {});
 
-    // Traces the key's security descriptor. The result matters to nobody but the trace.
+    // Traces the key's security descriptor. Only the trace uses the result.
     static HRESULT ListSecurityString(HKEY hKey);
 };
 

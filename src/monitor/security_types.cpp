@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Security descriptors from text, from a key and as text; privileges switched on and back.
+// Security descriptors from text, from a key and as text; privileges enabled and restored.
 #include "monitor/security_types.h"
 
 #include <aclapi.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Owning types for security descriptors and for a privilege that is on for a while.
+// Owning types for security descriptors and for a privilege that is enabled for a scope.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@ namespace kora4 {
 // then GetLastError.
 class SecurityDescriptor {
   public:
-    // The descriptor that a text in SDDL states; empty when it states none.
+    // The descriptor that a text in SDDL describes; empty if the text is not valid.
     static SecurityDescriptor FromSddl(const wchar_t* pwSddl);
     // `parts` are the SECURITY_INFORMATION bits to read.
     static SecurityDescriptor OfRegKey(HKEY hKey, SECURITY_INFORMATION parts);

@@ -12,18 +12,15 @@
 extern "C" {
 #endif
 
-/* Hands out the proxy and stub factory, with one reference; any thread.
+/* Returns the proxy and stub factory, with one reference; any thread.
  *
  * rclsid: the IID of ICOMCallbackGate, which is the class of the factory, or the IID of any
  * other interface that it serves; anything else gives CLASS_E_CLASSNOTAVAILABLE.
  * riid: IID_IUnknown or IID_IPSFactoryBuffer.
  *
- * The factory is a static object: its references keep nothing alive. Whoever holds it,
- * registers it, or has a proxy of it must keep the module loaded himself. */
+ * The factory is a static object: its references keep nothing alive. Code that holds it,
+ * registers it, or has a proxy of it must itself keep the module loaded. */
 HRESULT WINAPI PrxDllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
-
-/* S_OK when nobody holds the factory, a proxy or a stub; S_FALSE otherwise. */
-HRESULT WINAPI PrxDllCanUnloadNow(void);
 
 #ifdef __cplusplus
 }

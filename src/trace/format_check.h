@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Whether the format of a trace statement takes its arguments, found out by the compiler.
+// The compile-time check whether the format of a trace statement fits its arguments.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace kora4::trace {
 template <typename... Arguments>
 struct Types {};
 
-// The types of the arguments as they are handed over; never called.
+// The types of the arguments as they are passed; never called.
 template <typename... Arguments>
 Types<Arguments...> TypesOf(Arguments...);
 
@@ -50,7 +50,7 @@ consteval contract::Conversion NextConversion(std::string_view* pFormat) {
     return conversion;
 }
 
-// A conversion for each argument that takes it, in order, and no other.
+// One fitting conversion for each argument, in order, and no other.
 template <typename... Arguments>
 consteval bool FitsFormat(std::string_view format, Types<Arguments...>) {
     const bool fits = ((format.find('%') != std::string_view::npos &&

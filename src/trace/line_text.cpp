@@ -100,7 +100,7 @@ void LineText::AppendInteger(const Conversion& conversion, std::uint64_t value,
         zeros = 2 * sizeof(void*);
     char text[24];
     std::size_t begin = sizeof text;
-    // 20 digits are the most that 64 bits take.
+    // A number of 64 bits has at most 20 digits.
     for (; value != 0 || begin == sizeof text || (zeros > sizeof text - begin && begin > 4);
          value /= base)
         text[--begin] = pDigits[value % base];
@@ -158,8 +158,8 @@ void LineText::AppendCharacter(const wchar_t* pUnits, int units) {
     bool isShown = !IsControl(*pUnits) && (units == 2 || !IS_HIGH_SURROGATE(*pUnits)) &&
                    !IS_LOW_SURROGATE(*pUnits);
     if (isShown && *pUnits > 0x7E) {
-        // Without a best fit, which can be a control character. UTF-8 knows every character
-        // and takes neither flag nor substitute.
+        // Without a best fit, which can be a control character. UTF-8 has every character and
+        // accepts neither flag nor substitute.
         BOOL isSubstitute = FALSE;
         count = WideCharToMultiByte(m_codePage, WC_NO_BEST_FIT_CHARS, pUnits, units, bytes,
                                     sizeof bytes, "?", &isSubstitute);
@@ -185,7 +185,7 @@ void LineText::Put(char c) {
         m_text[m_length++] = c;
 }
 
-// All of it or nothing of a character: half of one would take the newline with it.
+// A character is written completely or not at all: half of one would swallow the newline.
 void LineText::PutWhole(const char* pBytes, std::size_t length) {
     m_isFull = m_isFull || length > cMostBytes - m_length;
     if (m_isFull)

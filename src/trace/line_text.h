@@ -11,18 +11,20 @@
 
 namespace kora4::trace {
 
-// With the terminator; what does not fit is left out, and the newline at the end always fits.
+// With the terminator; text that does not fit is cut, and there is always room for the newline
+// at the end.
 inline constexpr std::size_t cLineChars = 1024;
 
-// What the formats of trace statements may hold: %s, %S and %ls, %d, %u, %x, %X, %p and %f,
+// What the formats of trace statements may contain: %s, %S and %ls, %d, %u, %x, %X, %p and %f,
 // with a width and zeros before a number; an l before a number is ignored: all numbers have 32
-// bits. From anything else on, a format is written as it stands: its arguments are unknown.
+// bits. Anything else, and the rest of the format after it, is written literally: its arguments
+// are unknown.
 //
 // Wide texts come from outside (names of profiles and keys, window titles): each of their
 // control characters is written as '?', and so is what the code page cannot show, so that one
-// text is never two lines. Narrow texts are the library's own. Their tabs are part of them;
-// every other control character of theirs is written as '?', too. Numbers have a decimal
-// point whatever locale the host has chosen.
+// text is never two lines. Narrow texts are the library's own. Their tabs are kept; every other
+// control character in them is also written as '?'. Numbers have a decimal point whatever
+// locale the host has chosen.
 class LineText {
   public:
     // `codePage` is that of wide texts in the line; CP_ACP outside tests.
@@ -30,11 +32,11 @@ class LineText {
     LineText(const LineText&) = delete;
     LineText& operator=(const LineText&) = delete;
 
-    // Appends what the format and its arguments give. Arguments are of the kinds that the
-    // conversions name; nothing checks that here.
+    // Appends the formatted text. The arguments must have the types that the conversions name;
+    // this is not checked here.
     void AppendList(std::string_view format, std::va_list* pArguments);
     void Append(const char* pFormat, ...);
-    // Ends the line with a newline, unless it has one, and gives the whole of it.
+    // Ends the line with a newline, unless it has one, and returns the whole line.
     const char* End();
 
   private:

@@ -16,7 +16,7 @@ constexpr std::size_t cFolderChars = sizeof cLogFolder - 1;
 constexpr std::size_t cDriveChars = 2;  // "C:", which the name of an opened file lacks
 constexpr DWORD cShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// The platform puts the name behind the structure.
+// The platform puts the name after the structure.
 union FileName {
     FILE_NAME_INFO info;
     char room[sizeof(FILE_NAME_INFO) + MAX_PATH * sizeof(WCHAR)];
@@ -35,7 +35,7 @@ bool IsNameOf(const FILE_NAME_INFO& name, const char* pPath) {
     return *pPath == '\0';
 }
 
-// What stands at a path: a link there is opened itself.
+// The file or folder at a path; a link is opened itself.
 class Opened {
   public:
     Opened(const FileCalls& calls, const char* pPath, DWORD access, DWORD disposition,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Puts a trace line together and sends it to the debugger and to the log files.
+// Composes a trace line and sends it to the debugger and to the log files.
 #include "trace/trace.h"
 
 #include <windows.h>
@@ -15,7 +15,7 @@ namespace kora4::trace {
 
 namespace {
 
-// A statement may stand between a failed system call and the look at its error.
+// A statement may stand between a failed system call and the reading of its error.
 class LastErrorKeeper {
   public:
     LastErrorKeeper() : m_error(GetLastError()) {}

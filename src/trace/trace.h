@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The trace statement, the process-wide flag word and KALASSERT.
+// The trace statement, the process-wide trace word and KALASSERT.
 //
-// A trace line goes to the debugger's output and, when the flag word says so, is
-// appended to the module's log file and to the shared one. The facility keeps
-// nothing open, takes no lock and allocates nothing. It may be called from any
-// thread at any time, also while the store's named mutex is held.
+// A trace line goes to the debugger's output and, if the trace word says so, is appended to the
+// module's log file and to the shared one. The trace keeps nothing open, takes no lock and
+// allocates nothing. It may be called from any thread at any time, even while the store's named
+// mutex is held.
 //
-// What the lines say stands in contract/messages, a row for each message: a statement names
-// its row. This header includes no platform header: the platform-free store files trace too.
+// The messages are defined in contract/messages, one row each: a statement names its row. This
+// header includes no platform header, because the platform-free files also trace.
 #pragma once
 
 #include <atomic>
@@ -23,8 +23,8 @@
 
 namespace kora4::trace {
 
-// A function that writes lines: the tag of its module (it names the log file), its qualified
-// name, and what lets its entry line and its exit line with a result through.
+// A function that writes lines: the tag of its module (which names the log file), its qualified
+// name, and the categories that let its entry line and its exit line with a result through.
 struct Site {
     const char* tag;
     const char* function;
@@ -32,8 +32,8 @@ struct Site {
     std::uint32_t resultMask;
 };
 
-// Not defined: where the compiler comes to a call of it, the compilation ends.
-void NotAsTheCatalogueHasIt();
+// Not defined: a call during constant evaluation stops the compilation.
+void DoesNotMatchTheCatalogue();
 
 // The site of a function, which must be one of the catalogue's writers.
 consteval Site SiteOf(const char* function) {
@@ -46,7 +46,7 @@ consteval Site SiteOf(const char* function) {
         }
     }
     if (!isKnown)
-        NotAsTheCatalogueHasIt();
+        DoesNotMatchTheCatalogue();
     for (const contract::OddTraceFunction& odd : contract::cOddTraceFunctions) {
         if (std::string_view(function) == odd.name) {
             site.tag = odd.tag;
@@ -59,8 +59,8 @@ consteval Site SiteOf(const char* function) {
 template <const contract::TraceMessage& message>
 inline constexpr Site cSiteOf = SiteOf(message.function);
 
-// A site and the source line that its lines show. A frame takes it as a parameter, so that
-// its caller names the function and lends the line.
+// A site and the source line that its lines show. A frame takes it as a parameter, so that its
+// caller supplies the function and the line.
 struct Place {
     consteval Place(const char* function,
                     const std::source_location& location = std::source_location::current())
@@ -73,12 +73,12 @@ struct Place {
 // Read unsynchronised by every statement; replaced only by CKORA4ASL::Initialize.
 inline std::atomic<std::uint32_t> g_flags{cDefaultFlags};
 
-// The flag word of this moment. One copy serves a whole statement.
+// The current trace word. One copy serves a whole statement.
 inline std::uint32_t Flags() {
     return g_flags.load(std::memory_order_relaxed);
 }
 
-// Replaces the flag word for the whole process.
+// Replaces the trace word of the whole process.
 inline void SetFlags(std::uint32_t flags) {
     g_flags.store(flags, std::memory_order_relaxed);
 }
@@ -89,10 +89,10 @@ constexpr bool IsEnabled(std::uint32_t flags, std::uint32_t mask) {
 }
 
 // Formats and emits one line: the head with `line` and what the site says, the message and a
-// newline. `flags` is the caller's copy of the flag word.
-// A tag may hold a path: what follows its last backslash counts. A line of more than 1023
-// characters is cut, and whatever it holds it ends with a newline. The thread's last error
-// stays as it is. What a format may hold, and what becomes of texts: see line_text.h.
+// newline. `flags` is the caller's copy of the trace word. A tag may contain a path: the part
+// after its last backslash counts. A line of more than 1023 characters is cut, but always ends
+// with a newline. The thread's last error is preserved. See line_text.h for what a format may
+// contain and how texts are written.
 void Write(std::uint32_t flags, const Site& site, int line, const char* format, ...);
 
 // True when a debugger is attached to this process.
@@ -148,12 +148,13 @@ class Scope : public ExitLine {
 
 }  // namespace kora4::trace
 
-// One trace line, of a row that has a function. A suppressed statement evaluates no argument.
+// Writes one trace line from a row that names its function. A suppressed statement evaluates no
+// argument.
 #define KALTRACE(message, ...)                                                \
     KALTRACE_LINE((message).mask, ::kora4::trace::cSiteOf<message>, __LINE__, \
                   (message).text __VA_OPT__(, ) __VA_ARGS__)
 
-// The same for a row of any function, with the site of this one.
+// The same for a row without a function; `site` supplies it.
 #define KALTRACE_AS(site, message, ...) \
     KALTRACE_LINE((message).mask, site, __LINE__, (message).text __VA_OPT__(, ) __VA_ARGS__)
 
@@ -168,8 +169,8 @@ class Scope : public ExitLine {
             ::kora4::trace::Write(kalFlags_, (site), (line), text __VA_OPT__(, ) __VA_ARGS__); \
     } while (false)
 
-// Entry and exit line of a function, the latter with the result that is pointed to, if any.
-// Declares cSite, the site of the function.
+// Writes the entry and the exit line of a function, the latter with the result that is pointed
+// to, if any. Declares cSite, the site of the function.
 #define KALTRACE_SCOPE(function, ...)                                               \
     static constexpr ::kora4::trace::Site cSite = ::kora4::trace::SiteOf(function); \
     const ::kora4::trace::Scope kalScope_(cSite, __LINE__ __VA_OPT__(, ) __VA_ARGS__)
@@ -191,16 +192,13 @@ class Scope : public ExitLine {
 #define KALBREAK() __asm__ __volatile__("int $3")
 #endif
 
-// Reports a failed invariant, stops in an attached debugger, and goes on: the code
-// after an assertion copes with the failed condition. `text` is what the line shows.
-#define KALASSERT_TEXT(site, condition, text)                  \
-    do {                                                       \
-        if (!(condition)) [[unlikely]] {                       \
-            KALTRACE_AS(site, ::kora4::msg::cAssertion, text); \
-            if (::kora4::trace::IsDebuggerAttached())          \
-                KALBREAK();                                    \
-        }                                                      \
+// Reports a failed invariant, stops in an attached debugger, and continues: the code after an
+// assertion handles the failed condition. The line shows the text of the row.
+#define KALASSERT(site, message, condition)           \
+    do {                                              \
+        if (!(condition)) [[unlikely]] {              \
+            KALTRACE_AS(site, message);               \
+            if (::kora4::trace::IsDebuggerAttached()) \
+                KALBREAK();                           \
+        }                                             \
     } while (false)
-
-// The same with the expression's own source text.
-#define KALASSERT(site, condition) KALASSERT_TEXT(site, condition, #condition)

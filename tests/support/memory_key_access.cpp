@@ -78,12 +78,7 @@ HRESULT MemoryKeyAccess::Read(KORA4KeySet keySet, const PropertyKey& key,
         keySet == eKeySetPropertyStore && m_hasPropertyStore && !std::is_same_v<T, Blob>;
     if (!isPropertyStore && !IsRegistry(keySet))
         return result::cFail;
-    if (m_readFailure != result::cOk)
-        return m_readFailure;
-    const Address address(keySet, NameOf(key));
-    if (const auto failure = m_readFailures.find(address); failure != m_readFailures.end())
-        return failure->second;
-    const auto found = m_values.find(address);
+    const auto found = m_values.find(Address(keySet, NameOf(key)));
     if (found == m_values.end())
         return result::cFalse;
     *ppValue = std::get_if<T>(&found->second);
@@ -207,10 +202,6 @@ std::optional<std::u16string> MemoryKeyAccess::TextAt(KORA4KeySet keySet,
     return ValueAt<std::u16string>(m_values, keySet, key);
 }
 
-std::optional<Blob> MemoryKeyAccess::BlobAt(KORA4KeySet keySet, const PropertyKey& key) const {
-    return ValueAt<Blob>(m_values, keySet, key);
-}
-
 bool MemoryKeyAccess::Has(KORA4KeySet keySet, const PropertyKey& key) const {
     return m_values.contains({keySet, NameOf(key)});
 }
@@ -261,14 +252,8 @@ void MemoryKeyAccess::StopWritingAfter(unsigned n, HRESULT hr) {
     m_writeFailure = hr;
 }
 
-void MemoryKeyAccess::FailReadsOf(KORA4KeySet keySet, const PropertyKey& key, HRESULT hr) {
-    m_readFailures[Address(keySet, NameOf(key))] = hr;
-}
-
 void MemoryKeyAccess::HealAll() {
     m_open = true;
-    m_readFailure = result::cOk;
-    m_readFailures.clear();
     m_lastFailingWrite = 0;
 }
 

@@ -71,10 +71,8 @@ class MemoryKeyAccess final : public KORA4KeyAccess {
     // The value, if there is one and it is of that kind.
     std::optional<std::uint32_t> NumberAt(KORA4KeySet keySet, const PropertyKey& key) const;
     std::optional<std::u16string> TextAt(KORA4KeySet keySet, const PropertyKey& key) const;
-    std::optional<Blob> BlobAt(KORA4KeySet keySet, const PropertyKey& key) const;
     bool Has(KORA4KeySet keySet, const PropertyKey& key) const;
     const Snapshot& Values() const { return m_values; }
-    void Restore(Snapshot values) { m_values = std::move(values); }
 
     // --- counts and log ------------------------------------------------------------------
     unsigned Count(Operation operation) const;
@@ -95,9 +93,6 @@ class MemoryKeyAccess final : public KORA4KeyAccess {
     void FailWrite(unsigned n, HRESULT hr = result::cFail);
     // The next n writes are done, all later ones fail: a writer that died.
     void StopWritingAfter(unsigned n, HRESULT hr = result::cFail);
-    void FailReads(HRESULT hr) { m_readFailure = hr; }
-    // Every read of this key fails.
-    void FailReadsOf(KORA4KeySet keySet, const PropertyKey& key, HRESULT hr);
     void HealAll();
 
     // Called before each operation with its log entry. It may use the members above.
@@ -114,12 +109,10 @@ class MemoryKeyAccess final : public KORA4KeyAccess {
                   HRESULT badKeySet);
 
     Snapshot m_values;
-    std::map<Address, HRESULT> m_readFailures;
     std::array<unsigned, static_cast<std::size_t>(Operation::eCount)> m_counts{};
     std::vector<std::string> m_log;
     bool m_open = true;
     bool m_hasPropertyStore = false;
-    HRESULT m_readFailure = result::cOk;
     HRESULT m_writeFailure = result::cFail;
     unsigned m_writesDone = 0;
     unsigned m_firstFailingWrite = std::numeric_limits<unsigned>::max();

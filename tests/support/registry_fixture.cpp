@@ -190,7 +190,8 @@ std::wstring KeySetPath(KORA4KeySet keySet) {
     }
 }
 
-std::wstring ValueNameOf(const PropertyKey& key) {
+// The value name of a property key, made with the platform's own GUID formatting.
+static std::wstring ValueNameOf(const PropertyKey& key) {
     wchar_t guid[64];
     if (StringFromGUID2(std::bit_cast<GUID>(key.fmtid), guid, 64) == 0)
         Die("formatting a GUID", 0);

@@ -51,8 +51,6 @@ std::string DumpKey(HKEY root, const std::wstring& path);
 
 // The path of a registry key set under HKEY_LOCAL_MACHINE.
 std::wstring KeySetPath(KORA4KeySet keySet);
-// The value name of a property key, made with the platform's own GUID formatting.
-std::wstring ValueNameOf(const PropertyKey& key);
 
 void RemoveStore();
 // The store as registration leaves it: base, static and dynamic keys, no value.

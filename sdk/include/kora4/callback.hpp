@@ -22,7 +22,8 @@ inline namespace v1 {
 #endif
 
 // Is told of what others change. Derive from it, override the handlers of interest, make the
-// object with MakeCallback and hand it to Api::Register.
+// object with MakeCallback and pass it to Api::RegisterChangeNotifications or
+// Api::RegisterGuarded.
 //
 // Handlers run in the apartment in which the client registered: in a single-threaded one on its
 // thread, when that takes messages; in the multithreaded one on a thread of the library's. They

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Reads and writes the texts of arrays. Every change of an equalizer passes here, so there is
-// a fast way for the form that the writer itself produces.
+// Reads and writes the texts of arrays. Every change of an equalizer uses this, so there is a
+// fast path for the form that the writer itself produces.
 #include "contract/codec/array_text.h"
 
 #include <algorithm>
@@ -85,7 +85,7 @@ Token ReadToken(const char16_t* p) {
 // digits and a comma. A digit is looked up by its low seven bits, the high ones of all
 // four are checked at the end.
 inline Token NextToken(const char16_t* p) {
-    // In turn, for what follows a terminator is not there to be read.
+    // One after the other: what follows a terminator must not be read.
     const std::uint32_t d0 = LowDigit(p[0]);
     if (d0 == cNoDigit)
         return ReadToken(p);
@@ -102,7 +102,7 @@ inline Token NextToken(const char16_t* p) {
 }
 
 // Reads the count and that many elements, which `convert` turns from numbers into what is
-// stored; it returns false for a number that cannot be an element. Clears the places behind
+// stored; it returns false for a number that cannot be an element. Clears the places after
 // them.
 template <typename Element, typename Convert>
 bool ReadElements(const char16_t* p, std::uint32_t* pCount, Element* pElements,
@@ -205,7 +205,7 @@ inline HRESULT PutField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayFiel
     return result::cOk;
 }
 
-// The text under construction, one character kept for the terminator.
+// The text under construction, with one character reserved for the terminator.
 class TextBuilder {
   public:
     TextBuilder(char16_t* pText, ArrayFieldWriter write)

@@ -17,7 +17,7 @@
 
 namespace kora4::codec {
 
-// Places that every array has in memory. A stored count may not be larger.
+// The capacity of every array in memory. A stored count may not be larger.
 inline constexpr std::uint32_t cArrayCapacity = cMaxArrayElements;
 
 // Scales that can be written are 1 to cScaleLimit - 1.
@@ -29,12 +29,12 @@ inline constexpr std::size_t cArrayTextChars = 1024;
 // Characters that must be left before a piece of the text is begun.
 inline constexpr std::size_t cArrayFieldRoom = 32;
 
-// A token of this many characters or more is refused.
+// A token of this many characters or more is rejected.
 inline constexpr std::size_t cTokenLimit = 255;
 
-// Reads a zero-terminated text into 40 places. *pCount is the number of elements read, and
-// the places behind them are cleared; after a failure it is 0 and all are cleared. E_INVALIDARG
-// for a null pCount or array; E_FAIL for a null or malformed text:
+// Reads a zero-terminated text into 40 places. *pCount is the number of elements read, and the
+// places after them are cleared; after a failure it is 0 and all are cleared. E_INVALIDARG for
+// a null pCount or array; E_FAIL for a null or malformed text:
 //  - a token is a run of characters other than white space (blank, \t \n \v \f \r) and
 //    comma: hexadecimal digits of either case with an optional 0x or 0X before them, at
 //    most 254 characters, of a value that fits 32 bits;
@@ -54,14 +54,14 @@ enum class ArrayField : std::uint32_t {
     eFlag,   // ",%x"
 };
 
-// Appends one piece at *ppCursor, moves the cursor behind it and lowers *pCharsAvail (the
-// characters that may still be written, the terminator's not among them). Writes no
-// terminator. E_OUTOFMEMORY, and nothing is written, with fewer than cArrayFieldRoom
-// characters left; E_FAIL for an unknown format.
+// Appends one piece at *ppCursor, moves the cursor past it and lowers *pCharsAvail (the
+// characters that may still be written, not counting the terminator). Writes no terminator.
+// E_OUTOFMEMORY, and nothing is written, with fewer than cArrayFieldRoom characters left;
+// E_FAIL for an unknown format.
 HRESULT PutArrayField(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
                       std::uint32_t value);
 
-// A stand-in for PutArrayField: the store passes one that traces each piece.
+// Used instead of PutArrayField: the store passes one that traces each piece.
 using ArrayFieldWriter = decltype(&PutArrayField);
 
 // Builds the zero-terminated text. pElements and pFlags hold `count` entries and may be

@@ -40,7 +40,7 @@ struct DecimalNumber {
     std::int64_t exponent = 0;
 };
 
-// Digits behind the limit are dropped, but for one that stands for all that are not zero.
+// Digits after the limit are dropped, except for one that stands for all that are not zero.
 void AddDigit(DecimalNumber& number, std::uint32_t digit, bool afterPoint) {
     const bool leadingZero = number.digitCount == 0 && digit == 0;
     const bool atLimit = number.digitCount == cDigitLimit;
@@ -159,8 +159,8 @@ bool ReadLong(const char16_t* p, std::uint32_t* pBits) {
     return RoundToFloat(number, pBits);
 }
 
-// The same for what the library writes itself and nearly everybody else: few digits and no
-// exponent, so that 64 bits are enough. False for all others.
+// The same for the form that the library and nearly all others write: few digits and no
+// exponent, so that 64 bits are enough. False for all other texts.
 bool ReadShort(const char16_t* p, std::uint32_t* pBits) {
     constexpr int cShortDigits = 18;                   // less than 2^63
     constexpr std::uint64_t cMaxPower = 100000000000;  // leaves a quotient of 27 bits or more

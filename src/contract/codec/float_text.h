@@ -19,10 +19,10 @@ std::size_t FormatFloat(float value, char16_t (&text)[cFloatTextChars]);
 
 // Converts the decimal number that the zero-terminated text begins with: white space
 // (blank, \t \n \v \f \r), a sign, digits with or without a point, an exponent. What
-// follows the number is ignored. False, and *pValue is left alone, when there is no such
-// number (a null text, "nan", "inf", anything that begins like a hexadecimal number) or its
-// magnitude rounds to more than the largest float. A magnitude too small gives a denormal
-// or a zero of its sign. Correctly rounded, half to even.
+// follows the number is ignored. False, and *pValue is unchanged, if there is no such number (a
+// null text, "nan", "inf", anything that begins like a hexadecimal number) or its magnitude
+// rounds to more than the largest float. A magnitude too small gives a denormal or a zero of
+// its sign. Correctly rounded, half to even.
 bool ParseFloat(const char16_t* pText, float* pValue);
 
 }  // namespace kora4::codec

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the stored texts call white space; locale plays no part.
+// White space in stored texts, independent of the locale.
 #pragma once
 
 namespace kora4::codec {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where the trace lines go beside the debugger's output.
+// Where trace lines go in addition to the debugger's output.
 #pragma once
 
 namespace kora4::trace {

@@ -35,11 +35,8 @@ enum class TraceKind : std::uint8_t { eNone, KORA4_TRACE_KINDS(KORA4_KIND) };
 inline constexpr std::size_t cMostTraceValues = 4;
 using TraceKinds = std::array<TraceKind, cMostTraceValues>;
 
-constexpr const char* NameOf(TraceKind kind) {
 #define KORA4_KIND(enumerator, name) name,
-    constexpr const char* cNames[] = {"", KORA4_TRACE_KINDS(KORA4_KIND)};
+inline constexpr const char* cTraceKindNames[] = {"", KORA4_TRACE_KINDS(KORA4_KIND)};
 #undef KORA4_KIND
-    return cNames[static_cast<std::size_t>(kind)];
-}
 
 }  // namespace kora4::contract

@@ -3,6 +3,8 @@
 // function, text and mask from it; the tools explain written lines with the rest.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "contract/messages/conversion.h"
@@ -40,10 +42,8 @@ void KindsDoNotFitTheText();
 consteval TraceMessage Line(const char* function, const char* text, std::uint32_t mask,
                             const TraceKinds& kinds, const char* meaning, const char* why = "",
                             const char* next = "") {
-    std::size_t count = 0;
-    while (count < kinds.size() && kinds[count] != eNone)
-        ++count;
-    if (count != PartsOf(text).conversions)
+    const std::size_t conversions = PartsOf(text).conversions;
+    if (std::ranges::find(kinds, eNone) != kinds.begin() + conversions)
         KindsDoNotFitTheText();
     return {function, text, mask, kinds, meaning, why, next};
 }

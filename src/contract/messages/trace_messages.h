@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Every message of the trace with its meaning, and how the row of a written line is found.
+// Every trace message with its meaning, and the search for the row of a written line.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <functional>
 #include <string_view>
 
 #include "contract/messages/trace_message.h"
@@ -15,36 +13,42 @@
 
 namespace kora4::contract {
 
-// Calls `visit` with each row.
-template <typename Visit>
-constexpr void ForEachTraceMessage(Visit visit) {
-    std::ranges::for_each(msg::cGeneralMessages, std::ref(visit));
-    std::ranges::for_each(msg::cAssertionMessages, std::ref(visit));
-    std::ranges::for_each(msg::cApiMessages, std::ref(visit));
-    std::ranges::for_each(msg::cStoreMessages, std::ref(visit));
-}
+namespace msg {
 
-// What was found for a message.
+#define KORA4_ROW(make, name, ...) name,
+#define KORA4_ASSERTION(name, ...) name,
+inline constexpr TraceMessage cTraceMessages[] = {
+    cEntry, cExit, cExitResult, cNotInitialized, cRefused, cAssertion,
+#include "contract/messages/trace_messages_api.inc"
+#include "contract/messages/trace_messages_assertions.inc"
+#include "contract/messages/trace_messages_store.inc"
+};
+#undef KORA4_ROW
+#undef KORA4_ASSERTION
+
+}  // namespace msg
+
+// The row found for a message.
 struct TraceMatch {
     const TraceMessage* pMessage = nullptr;
     TraceValues values;
-    // Rows that say as much of the message; more than one only without a function.
+    // How many rows match equally well; more than one only if no function is given.
     std::size_t equals = 0;
 };
 
-// A row that matches a message: the more of it stands in the row word by word, the better;
-// a row for the function is better than one for any. An empty function: of any.
+// The row that matches a message best: the one with the most literal characters, and a row for
+// the function rather than one for any. An empty function: of any.
 constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_view message) {
     TraceMatch best;
     std::size_t bestScore = 0;
-    ForEachTraceMessage([&](const TraceMessage& row) {
+    for (const TraceMessage& row : msg::cTraceMessages) {
         const bool isOfFunction = row.function != nullptr && function == row.function;
         if (row.function != nullptr && !function.empty() && !isOfFunction)
-            return;
+            continue;
         TraceValues values;
         const std::size_t exact = MatchTraceText(row, message, &values);
         if (exact == 0)
-            return;
+            continue;
         const std::size_t score = 2 * exact + (isOfFunction ? 1 : 0);
         if (score > bestScore) {
             bestScore = score;
@@ -52,7 +56,7 @@ constexpr TraceMatch FindTraceMessage(std::string_view function, std::string_vie
         } else if (score == bestScore) {
             ++best.equals;
         }
-    });
+    }
     return best;
 }
 

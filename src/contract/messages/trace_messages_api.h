@@ -2,8 +2,8 @@
 // Messages of the object that clients use, with their meaning.
 #pragma once
 
+#include "contract/messages/range_texts.h"
 #include "contract/messages/trace_message.h"
-#include "contract/range_texts.h"
 
 namespace kora4::contract::msg {
 
@@ -30,14 +30,9 @@ consteval TraceMessage NullPointer(const char* function, const char* text, const
     return Message(function, text, {}, meaning, cNullPointer, next);
 }
 
-// Each row under its name, and then all of them for the tools.
+// Each row under its name.
 #define KORA4_ROW(make, name, ...) inline constexpr TraceMessage name = make(__VA_ARGS__);
 #include "contract/messages/trace_messages_api.inc"
-#undef KORA4_ROW
-#define KORA4_ROW(make, name, ...) name,
-inline constexpr TraceMessage cApiMessages[] = {
-#include "contract/messages/trace_messages_api.inc"
-};
 #undef KORA4_ROW
 
 }  // namespace kora4::contract::msg

@@ -13,14 +13,13 @@ inline constexpr char cSeeDoctor[] = "For a number other than 0 or 2 run 'kora4c
 inline constexpr char cAdministratorNeeded[] =
     "Register the library as an administrator: 'kora4ctl register'.";
 
-// Each row under its name, and then all of them for the tools.
+// What keeps the monitor from watching a key.
+inline constexpr char cKeyDeleted[] = "key deleted";
+inline constexpr char cAccessDenied[] = "access denied";
+
+// Each row under its name.
 #define KORA4_ROW(make, name, ...) inline constexpr TraceMessage name = make(__VA_ARGS__);
 #include "contract/messages/trace_messages_store.inc"
-#undef KORA4_ROW
-#define KORA4_ROW(make, name, ...) name,
-inline constexpr TraceMessage cStoreMessages[] = {
-#include "contract/messages/trace_messages_store.inc"
-};
 #undef KORA4_ROW
 
 }  // namespace kora4::contract::msg

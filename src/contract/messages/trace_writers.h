@@ -2,7 +2,9 @@
 // Who writes trace lines: the tags of the lines, and the classes and functions that write them.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 #include "contract/trace_flags.h"
@@ -46,10 +48,8 @@ inline constexpr TraceTag cTraceTags[] = {
 
 // Null if the library writes no lines with that tag.
 constexpr const TraceTag* FindTraceTag(std::string_view tag) {
-    for (const TraceTag& known : cTraceTags)
-        if (tag == known.tag)
-            return &known;
-    return nullptr;
+    const auto* const pFound = std::ranges::find(cTraceTags, tag, &TraceTag::tag);
+    return pFound != std::end(cTraceTags) ? pFound : nullptr;
 }
 
 // A class whose functions write lines, or a function that does, and its purpose.
@@ -128,9 +128,9 @@ inline constexpr OddTraceFunction cOddTraceFunctions[] = {
     {"KORA4PropKeyStoreAccess::WriteNumericArray", tag::cPatchSet, trace::eStoreExitResult},
     {"NamedMutex::Release", tag::cUIKeysClient, trace::eExitResult},
     {"OnRegisterServer", tag::cApi, trace::eStoreExitResult},
-    {"RegKeyMonitor::RegMonitorEntry", tag::cMonitor, trace::eThreadExitResult},
-    {"RegKeyMonitor::RegMonitorLoop", tag::cMonitor, trace::eThreadExitResult},
-    {"RegKeyMonitor::RunRegMonitor", tag::cMonitor, trace::eThreadExitResult},
+    {"RegKeyMonitor::RegMonitorEntry", tag::cMonitor, trace::eStoreExitResult},
+    {"RegKeyMonitor::RegMonitorLoop", tag::cMonitor, trace::eStoreExitResult},
+    {"RegKeyMonitor::RunRegMonitor", tag::cMonitor, trace::eStoreExitResult},
 };
 
 }  // namespace kora4::contract

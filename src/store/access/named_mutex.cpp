@@ -11,7 +11,7 @@ namespace kora4 {
 
 NamedMutex::~NamedMutex() {
     KALTRACE_SCOPE("NamedMutex::~NamedMutex");
-    KALASSERT(cSite, !IsAcquired());
+    KALASSERT(cSite, msg::cAssertNotAcquired, !IsAcquired());
     FreeMutex();
 }
 
@@ -33,7 +33,7 @@ void NamedMutex::Acquire() {
 
 HRESULT NamedMutex::Release() {
     KALTRACE_RESULT(hr, S_OK, "NamedMutex::Release");
-    KALASSERT(cSite, IsAcquired());
+    KALASSERT(cSite, msg::cAssertAcquired, IsAcquired());
     // Cleared first: once the mutex is free, another thread may set the flag.
     m_acquired = false;
     if (!ReleaseMutex(m_hMutex))
@@ -43,7 +43,7 @@ HRESULT NamedMutex::Release() {
 
 void NamedMutex::FreeMutex() {
     KALTRACE_SCOPE("NamedMutex::FreeMutex");
-    KALASSERT(cSite, !IsAcquired());
+    KALASSERT(cSite, msg::cAssertNotAcquired, !IsAcquired());
     if (m_hMutex)
         CloseHandle(m_hMutex);
     m_hMutex = nullptr;

@@ -8,7 +8,7 @@ namespace kora4 {
 
 void SetPresetField(KORA4PropKeyBase& key, std::int32_t profile) {
     KALTRACE_SCOPE("KORA4PropKeyBase::SetPresetField");
-    KALASSERT(cSite, profile >= 0);
+    KALASSERT(cSite, msg::cAssertKeyProfile, profile >= 0);
     key.PlaceProfile(static_cast<std::uint32_t>(profile));
 }
 

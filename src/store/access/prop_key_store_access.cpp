@@ -95,7 +95,7 @@ HRESULT KORA4PropKeyStoreAccess::WriteUINT(KORA4KeySet keySet, const PropertyKey
                                            std::uint64_t value) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4PropKeyStoreAccess::WriteUINT");
     const auto dwValue = static_cast<std::uint32_t>(value);
-    KALASSERT(cSite, dwValue == value);
+    KALASSERT(cSite, msg::cAssertSwitchValue, dwValue == value);
     return hr = m_access.WriteUINT(keySet, key, dwValue);
 }
 
@@ -144,7 +144,7 @@ HRESULT KORA4PropKeyStoreAccess::WriteArrayNumericField(char16_t** ppCursor,
     const std::size_t charsAvail = *pCharsAvail;
     hr = codec::PutArrayField(ppCursor, pCharsAvail, field, value);
     const auto written = static_cast<std::size_t>(*ppCursor - pPiece);
-    KALASSERT_TEXT(cSite, written <= charsAvail, "(UINT) written <= charsAvail");
+    KALASSERT(cSite, msg::cAssertArrayFits, written <= charsAvail);
     return hr;
 }
 

@@ -71,7 +71,7 @@ HRESULT OpenGlobalKey(const wchar_t* pwRegPath, UniqueRegKey& key, bool writable
     static constexpr trace::Site cSite = trace::cSiteOf<msg::cOpenKeyEntry>;
     HRESULT hr = S_OK;
     const trace::ExitLine exitLine(cSite, __LINE__, &hr);
-    KALASSERT(cSite, pwRegPath != NULL);
+    KALASSERT(cSite, msg::cAssertRegPath, pwRegPath != NULL);
     KALTRACE(msg::cOpenKeyEntry, pwRegPath);
     HKEY hKey = nullptr;
     const LSTATUS status =
@@ -184,7 +184,7 @@ template <typename Body>
 HRESULT OnPropertyStore(const trace::Place& place, IPropertyStore* pStore, Body&& body) {
     HRESULT hr = E_FAIL;
     const trace::Scope scope(place.site, place.line, &hr);
-    KALASSERT_TEXT(place.site, pStore, "m_spIPropertyStore != NULL");
+    KALASSERT(place.site, msg::cAssertPropertyStore, pStore);
     if (pStore)
         hr = body();
     return hr;
@@ -250,9 +250,7 @@ HRESULT KORA4RegPropKeysAccess::Open(bool writable) {
     KALTRACE_RESULT(hr, S_OK, "KORA4RegPropKeysAccess::Open");
     if (m_opened)
         return hr;
-    KALASSERT_TEXT(cSite, !m_hStaticKeys && !m_hDynamicKeys && !m_hAppKeys,
-                   "(NULL == m_hStaticKeys) && (NULL == m_hDynamicKeys) && "
-                   "(NULL == m_hAppKeys)");
+    KALASSERT(cSite, msg::cAssertKeysClosed, !m_hStaticKeys && !m_hDynamicKeys && !m_hAppKeys);
     const struct {
         const wchar_t* pwPath;
         UniqueRegKey& key;

@@ -71,8 +71,8 @@ ApiTechnology APITechOf(KORA4PresetTechnology technology) {
     const auto* pRow =
         std::find_if(std::begin(cApiTechnologies), std::end(cApiTechnologies),
                      [=](const ApiTechnologyRow& row) { return row.presetTech == technology; });
-    KALASSERT_TEXT(cSite, pRow != std::end(cApiTechnologies) || technology == eNGSurroundTech,
-                   "!\"Unexpected technology for API tech conversion\"");
+    KALASSERT(cSite, msg::cAssertApiNumber,
+              pRow != std::end(cApiTechnologies) || technology == eNGSurroundTech);
     return static_cast<ApiTechnology>(pRow - cApiTechnologies);
 }
 
@@ -108,7 +108,7 @@ HRESULT ToASLPatch(const PatchRecords& records, ApiTechnology technology, std::u
     if (size < ASLPatchSizeOf(technology))
         return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
-    KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL technology\"");
+    KALASSERT(cSite, msg::cAssertReadable, pRow != nullptr);
     if (technology == ApiTechnology::eGraphicEQ) {
         ApiGraphicEQ eq;
         StandardEQToApi(records.standardEQ, &eq);
@@ -126,7 +126,7 @@ HRESULT FromASLPatch(PatchRecords& records, ApiTechnology technology, std::uint3
     if (size < ASLPatchSizeOf(technology))
         return hr;
     const ApiTechnologyRow* pRow = RowOf(technology);
-    KALASSERT_TEXT(cSite, pRow != nullptr, "!\"Invalid ASL patch field.\"");
+    KALASSERT(cSite, msg::cAssertWritable, pRow != nullptr);
     if (technology == ApiTechnology::eGraphicEQ) {
         ApiGraphicEQ eq;
         std::memcpy(&eq, pValue, sizeof eq);

@@ -112,8 +112,7 @@ std::uint32_t KORA4KeysClient::ReadTableCounter() {
 
 HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activePreset) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4KeysClient::UpdateActivePreset");
-    KALASSERT_TEXT(cSite, IsAllowableProfile(activePreset.after),
-                   "IsAllowableProfile( newActivePreset )");
+    KALASSERT(cSite, msg::cAssertActiveProfile, IsAllowableProfile(activePreset.after));
     hr = Values().WriteUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid),
                             activePreset.after);
     return MoveOwn(hr, activePreset, &m_baseline.profile);
@@ -121,7 +120,7 @@ HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activeP
 
 HRESULT KORA4KeysClient::DynamicKeyUpdate(StoreChanges* pChanges) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4KeysClient::DynamicKeyUpdate");
-    KALASSERT(cSite, m_regKeysMutex.IsAcquired());
+    KALASSERT(cSite, msg::cAssertStoreMutex, m_regKeysMutex.IsAcquired());
 
     Baseline stored;
     stored.profile = pChanges->profile = ReadActivePreset();
@@ -143,7 +142,7 @@ HRESULT KORA4KeysClient::DynamicKeyUpdate(StoreChanges* pChanges) {
 // `stored`: all but the words, which are loaded here.
 HRESULT KORA4KeysClient::DynamicPatchUpdates(const Baseline& stored, StoreChanges* pChanges) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4KeysClient::DynamicPatchUpdates");
-    KALASSERT(cSite, m_regKeysMutex.IsAcquired());
+    KALASSERT(cSite, msg::cAssertStoreMutex, m_regKeysMutex.IsAcquired());
 
     // Trigger words before the data they announce: a writer changes them last.
     m_patches.LoadTriggers(*m_pKeyAccess);

@@ -171,8 +171,7 @@ HRESULT KORA4UIKeysClient::AnnounceTableChange() {
 HRESULT KORA4UIKeysClient::ProfileStateChange(const Change<std::uint32_t>& profile,
                                               const Change<bool>* pEnable) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::ProfileStateChange");
-    KALASSERT_TEXT(cSite, IsAllowableProfile(profile.after),
-                   "IsAllowableProfile( newProfile )");
+    KALASSERT(cSite, msg::cAssertNewProfile, IsAllowableProfile(profile.after));
 
     const std::uint32_t knownProfile = m_baseline.profile;
     hr = UpdateActivePreset(profile);
@@ -217,7 +216,7 @@ HRESULT KORA4UIKeysClient::RestoreStateBeforeDemo(std::uint32_t demoProfile) {
 
 HRESULT KORA4UIKeysClient::ActivePresetCopy(std::uint32_t customProfile) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::ActivePresetCopy");
-    KALASSERT_TEXT(cSite, IsCustomProfile(customProfile), "IsCustomProfile( customProfileID )");
+    KALASSERT(cSite, msg::cAssertCustomProfile, IsCustomProfile(customProfile));
 
     const std::uint32_t activeProfile = ReadActivePreset();
     m_patches.LoadPresetPatches(*m_pKeyAccess, activeProfile, false);

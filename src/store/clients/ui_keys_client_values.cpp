@@ -180,7 +180,7 @@ HRESULT KORA4UIKeysClient::DescribePatchChange(KORA4PresetTechnology technology,
     if (apiTech == ApiTechnology::eNumberKORA4APITechnologies)
         return result::cOk;
     if (technology == eStandardEQTech) {
-        KALASSERT_TEXT(cSite, apiTech == ApiTechnology::eGraphicEQ, "eGraphicEQ == APITech");
+        KALASSERT(cSite, msg::cAssertGraphicEQ, apiTech == ApiTechnology::eGraphicEQ);
         return ToASLPatch(m_patches.m_records, apiTech, sizeof pChanges->graphicEQ,
                           &pChanges->graphicEQ);
     }

@@ -30,7 +30,7 @@ std::uint32_t CountToWrite(std::uint32_t count) {
 }
 
 HRESULT UnknownType(const trace::Site& site) {
-    KALASSERT_TEXT(site, false, "!\"Invalid field type\"");
+    KALASSERT(site, msg::cAssertFieldType, false);
     return result::cFail;
 }
 
@@ -101,7 +101,7 @@ HRESULT FieldLoad::LoadFloatArrays() {
             values.ReadNumericArray(eKeySetStatic, key, pCount, pElements) == result::cOk)
             continue;
         const char16_t* pwDefaultString = DefaultOf(field, row, i).pwText;
-        KALASSERT_TEXT(cSite, pwDefaultString, "pwDefaultString != NULL");
+        KALASSERT(cSite, msg::cAssertArrayDefault, pwDefaultString);
         if (pwDefaultString)
             hr = codec::DecodeNumericArray(pwDefaultString, pCount, pElements);
     }
@@ -111,14 +111,13 @@ HRESULT FieldLoad::LoadFloatArrays() {
 HRESULT FieldLoad::LoadSelectedFloatArray() {
     KALTRACE_RESULT(hr, result::cFail, "KORA4FieldDef::LoadSelectedFloatArray");
     const auto* pEnumFieldDef = static_cast<const EnumFieldDef*>(field.pDefaults);
-    KALASSERT_TEXT(cSite, 1 == field.m_numArrays, "1 == m_numArrays");
-    KALASSERT_TEXT(cSite, pEnumFieldDef, "pEnumFieldDef != NULL");
+    KALASSERT(cSite, msg::cAssertOneArray, 1 == field.m_numArrays);
+    KALASSERT(cSite, msg::cAssertCurves, pEnumFieldDef);
     if (!pEnumFieldDef)
         return hr;
     const auto& [pEnumDefaults, pEnumValues, enumLimit] = *pEnumFieldDef;
     const bool isUsable = pEnumDefaults && pEnumValues && enumLimit > 0;
-    KALASSERT_TEXT(cSite, isUsable,
-                   "(pEnumDefaults != NULL) && (pEnumValues != NULL) && (enumLimit > 0)");
+    KALASSERT(cSite, msg::cAssertCurveTables, isUsable);
     if (!isUsable)
         return hr;
 

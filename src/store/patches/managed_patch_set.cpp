@@ -44,9 +44,8 @@ HRESULT KORA4ManagedPatchSet::LoadPresetPatch(KORA4KeyAccess& access, std::uint3
                                               bool defaultsOnly,
                                               KORA4PresetTechnology technology) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadPresetPatch");
-    KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
-                   "KORA4KeysClient::IsAllowableProfile( profile )");
-    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( technology )");
+    KALASSERT(cSite, msg::cAssertProfile, IsAllowableProfile(profile));
+    KALASSERT(cSite, msg::cAssertTechnology, IsValidTechnology(technology));
     hr = LoadPresetPatchEnable(access, profile, defaultsOnly, technology);
     if (result::Succeeded(hr))
         hr = LoadPresetPatchData(access, profile, defaultsOnly, technology);
@@ -95,7 +94,7 @@ void KORA4ManagedPatchSet::LoadPresetPatches(KORA4KeyAccess& access, std::uint32
 HRESULT KORA4ManagedPatchSet::LoadGlobalPatch(KORA4KeyAccess& access,
                                               KORA4GlobalTechnology technology) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::LoadGlobalPatch");
-    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( globalTech )");
+    KALASSERT(cSite, msg::cAssertGlobalTech, IsValidTechnology(technology));
     hr = LoadGlobalPatchEnable(access, technology);
     if (result::Succeeded(hr))
         hr = LoadGlobalPatchData(access, technology);
@@ -118,9 +117,9 @@ HRESULT KORA4ManagedPatchSet::LoadGlobalPatchData(KORA4KeyAccess& access,
     hr = GetTechnologyFields(technology, &fields);
     // The version word is the first member of every record.
     const void* pStructVersion = fields.pRecord;
-    KALASSERT_TEXT(cSite, fields.numberFields == 0 || (fields.pRecord && fields.pFields),
-                   "(0 == numberFields) || ((pStruct != NULL) && (pFields != NULL))");
-    KALASSERT_TEXT(cSite, pStructVersion, "pStructVersion != NULL");
+    KALASSERT(cSite, msg::cAssertRecord,
+              fields.numberFields == 0 || (fields.pRecord && fields.pFields));
+    KALASSERT(cSite, msg::cAssertVersion, pStructVersion);
     constexpr std::uint32_t cGlobalDefaultsIndex = 0;
     if (result::Succeeded(hr))
         hr = LoadFields(access, GlobalPatchKey(technology, pkey::cSwitchPid),
@@ -139,9 +138,8 @@ HRESULT KORA4ManagedPatchSet::WritePresetPatch(KORA4KeyAccess& access, std::uint
                                                KORA4PresetTechnology technology,
                                                bool bumpTrigger, const KnownWords& known) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::WritePresetPatch");
-    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "IsValidTechnology( presetTech )");
-    KALASSERT_TEXT(cSite, IsAllowableProfile(profile),
-                   "KORA4KeysClient::IsAllowableProfile( profile )");
+    KALASSERT(cSite, msg::cAssertPresetTech, IsValidTechnology(technology));
+    KALASSERT(cSite, msg::cAssertProfile, IsAllowableProfile(profile));
     if (!IsSelectableProfile(profile))
         return hr;
     hr = WritePresetPatchEnable(access, profile, technology, known);

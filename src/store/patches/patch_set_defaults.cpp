@@ -28,7 +28,7 @@ HRESULT FieldsOf(const fields::RecordDef* pRecords, std::uint32_t technology, bo
 std::uint32_t KORA4ManagedPatchSet::DefaultsIndexForProfile(std::uint32_t profile) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::DefaultsIndexForProfile");
     const std::uint32_t defaultsIndex = DefaultsRowOf(profile);
-    KALASSERT(cSite, defaultsIndex < 3);
+    KALASSERT(cSite, msg::cAssertDefaultsRow, defaultsIndex < 3);
     return defaultsIndex;
 }
 
@@ -36,13 +36,13 @@ bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4PresetTechnology technology,
                                                std::uint32_t profileNumber) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::GetDefaultOnElseOff");
     const auto profile = static_cast<std::int32_t>(WithoutDemo(profileNumber));
-    KALASSERT(cSite, !(profile < 0));
+    KALASSERT(cSite, msg::cAssertNotNegative, !(profile < 0));
     return defaults::IsOn(technology, profileNumber);
 }
 
 bool KORA4ManagedPatchSet::GetDefaultOnElseOff(KORA4GlobalTechnology technology) {
     KALTRACE_SCOPE("KORA4ManagedPatchSet::GetDefaultOnElseOff");
-    KALASSERT_TEXT(cSite, IsValidTechnology(technology), "!\"Invalid global tech\"");
+    KALASSERT(cSite, msg::cAssertKnownSwitch, IsValidTechnology(technology));
     return defaults::IsOn(technology);
 }
 
@@ -50,7 +50,7 @@ HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4PresetTechnology technolo
                                                   TechnologyFields* pOut) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::GetTechnologyFields");
     const bool isValid = IsValidTechnology(technology);
-    KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
+    KALASSERT(cSite, msg::cAssertKnownFields, isValid);
     return hr = FieldsOf(fields::cPresetRecords, technology, isValid, m_records, pOut);
 }
 
@@ -58,7 +58,7 @@ HRESULT KORA4ManagedPatchSet::GetTechnologyFields(KORA4GlobalTechnology technolo
                                                   TechnologyFields* pOut) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4ManagedPatchSet::GetTechnologyFields");
     const bool isValid = IsValidTechnology(technology);
-    KALASSERT_TEXT(cSite, isValid, "!\"Invalid technology\"");
+    KALASSERT(cSite, msg::cAssertKnownFields, isValid);
     return hr = FieldsOf(fields::cGlobalRecords, technology, isValid, m_records, pOut);
 }
 

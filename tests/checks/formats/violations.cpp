@@ -11,12 +11,16 @@
 namespace kora4 {
 namespace {
 
-constexpr auto cCount = msg::Message("CKORA4ASL::Count", "%d of %u", "count,count", "");
-constexpr auto cTexts = msg::Message("CKORA4ASL::Texts", "%16s %S %ls", "name,name,name", "");
-constexpr auto cOthers = msg::Message("CKORA4ASL::Others", "%p %10f 0x%08x", "a,b,c", "");
-constexpr auto cWhole = msg::Message("CKORA4ASL::Whole", "100 per cent", "", "");
-constexpr auto cUnknown = msg::Message("CKORA4ASL::Unknown", "%e", "", "");
-constexpr auto cNobodys = msg::Message("Nobody::Writes", "this", "", "");
+using enum contract::TraceKind;
+
+constexpr auto cCount = msg::Message("CKORA4ASL::Count", "%d of %u", {eCount, eCount}, "");
+constexpr auto cTexts =
+    msg::Message("CKORA4ASL::Texts", "%16s %S %ls", {eName, eName, eName}, "");
+constexpr auto cOthers =
+    msg::Message("CKORA4ASL::Others", "%p %10f 0x%08x", {ePointer, eGain, eMask}, "");
+constexpr auto cWhole = msg::Message("CKORA4ASL::Whole", "100 per cent", {}, "");
+constexpr auto cUnknown = msg::Message("CKORA4ASL::Unknown", "%e", {eGain}, "");
+constexpr auto cNobodys = msg::Message("Nobody::Writes", "this", {}, "");
 
 }  // namespace
 
@@ -56,11 +60,27 @@ void Fits(const void* pointer, float number, long long wide, const char16_t* tex
     // says: the message does not take these arguments
     KALTRACE(cUnknown, number);
 #elif VIOLATION == 11
-    // says: NotAsTheCatalogueHasIt
+    // says: DoesNotMatchTheCatalogue
     KALTRACE(cNobodys);
 #elif VIOLATION == 12
-    // says: NotAsTheCatalogueHasIt
+    // says: DoesNotMatchTheCatalogue
     KALTRACE_SCOPE("Nobody::Writes");
+#elif VIOLATION == 13
+    // says: KindsDoNotFitTheText
+    constexpr auto cFew = msg::Message("CKORA4ASL::Few", "%d of %u", {eCount}, "");
+#elif VIOLATION == 14
+    // says: KindsDoNotFitTheText
+    constexpr auto cMany = msg::Message("CKORA4ASL::Many", "%d", {eCount, eCount}, "");
+#elif VIOLATION == 15
+    // says: invalid initialization of reference
+    constexpr auto cFive = msg::Message("CKORA4ASL::Five", "%d %d %d %d %d",
+                                        {eCount, eCount, eCount, eCount, eCount}, "");
+#elif VIOLATION == 16
+    // says: the message does not take these arguments
+    KALASSERT(trace::cSiteOf<cCount>, msg::cAssertion, pointer);
+#elif VIOLATION == 17
+    // says: cAssertPointr
+    KALASSERT(trace::cSiteOf<cCount>, msg::cAssertPointr, pointer);
 #endif
 }
 

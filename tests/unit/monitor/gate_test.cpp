@@ -34,7 +34,8 @@ TEST_P(GateInApartment, MarshallingNothingRegistersNothing) {
         GateFactoryRegistration registration;
         EXPECT_EQ(E_INVALIDARG, holder.Marshal(cGateIid, nullptr, registration));
         EXPECT_FALSE(registration.IsRegistered());
-        EXPECT_FALSE(holder.HasStream());
+        Gate spGate;
+        EXPECT_EQ(E_FAIL, TakeFrom(holder, registration, spGate));
         EXPECT_FALSE(IsFactoryFound());
     });
 }
@@ -48,7 +49,6 @@ TEST_P(GateInApartment, UnmarshallingTwiceFindsNoStream) {
         Gate spGate;
         ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
         EXPECT_EQ(E_INVALIDARG, holder.Unmarshal(cGateIid, nullptr, registration));
-        EXPECT_TRUE(holder.HasStream());
         EXPECT_EQ(S_OK, TakeFrom(holder, registration, spGate));
         EXPECT_EQ(E_FAIL, TakeFrom(holder, registration, spGate));
         spGate.Reset();
@@ -65,7 +65,7 @@ TEST_P(GateInApartment, TheSameApartmentGetsTheObjectItselfAndOneReference) {
         Gate spGate;
         ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
         ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
-        EXPECT_EQ(spGate.Get(), static_cast<ICOMCallbackGate*>(object.Get()));
+        EXPECT_EQ(static_cast<ICOMCallbackGate*>(object.Get()), spGate.Get());
         EXPECT_EQ(2u, object.References());
     });
 }
@@ -82,26 +82,6 @@ TEST_P(GateInApartment, AStreamThatNobodyTookGivesItsReferencesBack) {
             ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), registration));
         }
         EXPECT_EQ(1u, object.References());
-    });
-}
-
-TEST_P(GateInApartment, RevokingForgetsTheThreadAndTheRegistration) {
-    Run([] {
-        MonitorOwner object;
-        GateStreamHolder holder;
-        GateFactoryRegistration marshalled;
-        GateFactoryRegistration registration;
-        Gate spGate;
-        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
-        EXPECT_EQ(0u, holder.ThreadId());
-        ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
-        EXPECT_EQ(GetCurrentThreadId(), holder.ThreadId());
-        holder.Revoke(registration);
-        EXPECT_EQ(0u, holder.ThreadId());
-        EXPECT_FALSE(registration.IsRegistered());
-        EXPECT_TRUE(IsFactoryFound());
-        holder.Revoke(marshalled);
-        EXPECT_FALSE(IsFactoryFound());
     });
 }
 
@@ -274,6 +254,32 @@ class Cancellation final : public ICancelMethodCalls {
     static inline Cancellation* s_pInstance = nullptr;
 };
 
+TEST_P(GateInApartment, RevokingForgetsTheThreadAndTheRegistration) {
+    Run([] {
+        Cancellation cancellation;
+        cancellation.result = E_NOINTERFACE;
+        MonitorOwner object;
+        GateStreamHolder holder;
+        GateFactoryRegistration marshalled;
+        GateFactoryRegistration registration;
+        Gate spGate;
+        ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
+        holder.CancelOutstandingCall();
+        EXPECT_EQ(0, cancellation.asked);
+        ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
+        holder.CancelOutstandingCall();
+        EXPECT_EQ(1, cancellation.asked);
+        EXPECT_EQ(GetCurrentThreadId(), cancellation.threadId);
+        holder.Revoke(registration);
+        holder.CancelOutstandingCall();
+        EXPECT_EQ(1, cancellation.asked);
+        EXPECT_FALSE(registration.IsRegistered());
+        EXPECT_TRUE(IsFactoryFound());
+        holder.Revoke(marshalled);
+        EXPECT_FALSE(IsFactoryFound());
+    });
+}
+
 TEST(CallCancellation, IsAskedForTheMonitorThreadWithoutDelay) {
     for (const HRESULT result : {S_OK, E_NOINTERFACE}) {
         RunIn(Apartment::eSingle, [result] {
@@ -289,8 +295,8 @@ TEST(CallCancellation, IsAskedForTheMonitorThreadWithoutDelay) {
             EXPECT_GT(cStopLimit, Measure([&] { monitor->TerminateRegMonitor(); }));
             EXPECT_EQ(1, cancellation.asked);
             EXPECT_EQ(GetThreadId(thread.Get()), cancellation.threadId);
-            EXPECT_EQ(cancellation.cancelled, SUCCEEDED(result) ? 1 : 0);
-            EXPECT_EQ(cancellation.timeout, SUCCEEDED(result) ? 0u : 17u);
+            EXPECT_EQ(SUCCEEDED(result) ? 1 : 0, cancellation.cancelled);
+            EXPECT_EQ(SUCCEEDED(result) ? 0u : 17u, cancellation.timeout);
             EXPECT_EQ(0, cancellation.references);
             EXPECT_EQ(0, client.calls);
         });

@@ -126,7 +126,8 @@ std::string WriterOf(const contract::TraceHead& head, const std::string& functio
 void AddValues(Explanation& explanation, const contract::TraceValues& values) {
     for (std::size_t i = 0; i < values.count; ++i) {
         const contract::TraceKind kind = values.kinds[i];
-        explanation.values.push_back({NameOf(kind), std::string(values.texts[i]),
+        explanation.values.push_back({contract::cTraceKindNames[static_cast<int>(kind)],
+                                      std::string(values.texts[i]),
                                       MeaningOfValue(kind, values.texts[i])});
         if (kind == contract::TraceKind::eResult && !explanation.code)
             explanation.code = NumberIn(Lower(values.texts[i]), 16);
@@ -186,11 +187,11 @@ std::vector<std::string> NearestMessages(std::string_view message) {
     constexpr std::size_t cMost = 3;
     const std::set<std::string> words = LongWordsOf(message);
     std::vector<std::pair<double, std::string>> alike;
-    contract::ForEachTraceMessage([&](const contract::TraceMessage& row) {
+    for (const contract::TraceMessage& row : msg::cTraceMessages) {
         const double likeness = Likeness(words, LongWordsOf(row.text));
         if (likeness >= cLeast)
             alike.emplace_back(-likeness, contract::detail::Trimmed(row.text));
-    });
+    }
     std::stable_sort(alike.begin(), alike.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<std::string> texts;

@@ -17,7 +17,7 @@ struct Options {
     double wait = 3;  // seconds
 };
 
-// How bad the worst of a check is: 0 for none.
+// How many checks ran, and how many findings of each severity there were.
 struct Tally {
     std::size_t checks = 0;
     std::size_t ok = 0;

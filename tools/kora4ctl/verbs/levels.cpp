@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "base/results.h"
-#include "contract/range_texts.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
 #include "kora4ctl/command_line/verb.h"
@@ -30,9 +29,8 @@ constexpr double cLongestPeriod = 5;
 constexpr char cNoLevels[] = "no levels: no engine has published any (start kora4sim)";
 
 constexpr char cFooter[] =
-    "On a terminal, bars for the " KORA4_TEXT(
-        KORA4_VISUALIZATION_BANDS) " bands, redrawn in place: gain, and excitation next to\n"
-    "it, in dB. Otherwise, and with --json, one line for each picture that differs from the\n"
+    "On a terminal, bars for all bands, redrawn in place: gain, and excitation next to it,\n"
+    "in dB. Otherwise, and with --json, one line for each picture that differs from the\n"
     "previous one; with --json, {\"time\", \"gains\", \"excitations\", \"error\"}: the lists "
     "are\n"
     "null while there are no levels, and \"error\" says why existing levels cannot be read.\n"

@@ -5,14 +5,40 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "contract/messages/log_texts.h"
 #include "faults/trace_line_table.h"
 
 namespace kora4::test {
 namespace {
 
 using contract::TraceMatch;
+using contract::TraceMessage;
+
+// Whether a row is that of a general one with this text as its first value.
+constexpr bool IsInstance(const TraceMessage& row, const TraceMessage& general,
+                          std::string_view value) {
+    std::string_view text = row.text, pattern = general.text;
+    const std::size_t at = pattern.find('%');
+    if (text.substr(0, at) != pattern.substr(0, at) || !text.substr(at).starts_with(value))
+        return false;
+    text.remove_prefix(at + value.size());
+    pattern.remove_prefix(at + contract::ConversionAt(pattern.substr(at)).length);
+    return text.starts_with(pattern.substr(0, pattern.find('%')));
+}
+
+// The rows that no statement names have the texts that the statements insert.
+static_assert(IsInstance(msg::cGetBadProfile, msg::cGetActiveProfile,
+                         text::cBadProfileName.read));
+static_assert(IsInstance(msg::cSetBadProfile, msg::cSetActiveProfile,
+                         text::cBadProfileName.chosen));
+static_assert(IsInstance(msg::cSetBadDemoProfile, msg::cSetDemoProfile,
+                         text::cBadDemoProfileName));
+static_assert(IsInstance(msg::cWatchedKeyDeleted, msg::cArmingFailed, msg::cKeyDeleted));
+static_assert(IsInstance(msg::cWatchDenied, msg::cArmingFailed, msg::cAccessDenied));
+static_assert(!IsInstance(msg::cWatchDenied, msg::cArmingFailed, msg::cKeyDeleted));
 
 // The table's line with something in place of what differs from run to run.
 std::string Written(const std::string& pattern) {
