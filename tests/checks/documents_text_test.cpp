@@ -2,6 +2,7 @@
 // What the documents show as code stands in a source that is built, and their links lead
 // somewhere.
 #include <gtest/gtest.h>
+#include <kora4/result_codes.hpp>
 
 #include <algorithm>
 #include <cctype>
@@ -12,7 +13,6 @@
 
 #include "checks/documents_compare.h"
 #include "checks/documents_markdown.h"
-#include "contract/results.h"
 
 namespace kora4::test {
 namespace {
@@ -136,7 +136,7 @@ TEST(DocumentTexts, NameTheResultsByTheirCodes) {
     ASSERT_TRUE(pTable);
     for (const Row& row : pTable->rows) {
         const auto code = static_cast<std::uint32_t>(std::stoul(row[0], nullptr, 16));
-        const contract::Result* const pResult = contract::FindResult(code);
+        const ResultCode* const pResult = FindResult(code);
         ASSERT_TRUE(pResult) << row[0];
         EXPECT_EQ(pResult->name, row[1]) << row[0];
         const auto namesProxies = [](const std::string& text) {
