@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A JSON value that is checked while it is read: every complaint names its place.
-#ifndef KORA4_BASE_CHECKED_JSON_H
-#define KORA4_BASE_CHECKED_JSON_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -57,5 +56,3 @@ class CheckedJson {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_CHECKED_JSON_H

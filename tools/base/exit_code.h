@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a tool's exit code says. The numbers are part of the contract: scripts depend on them.
-#ifndef KORA4_BASE_EXIT_CODE_H
-#define KORA4_BASE_EXIT_CODE_H
+#pragma once
 
 namespace kora4::tools {
 
@@ -18,5 +17,3 @@ enum class ExitCode : int {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_EXIT_CODE_H

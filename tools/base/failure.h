@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // How a tool gives up: thrown wherever it cannot go on, and printed by main.
-#ifndef KORA4_BASE_FAILURE_H
-#define KORA4_BASE_FAILURE_H
+#pragma once
 
 #include <exception>
 #include <string>
@@ -38,5 +37,3 @@ class BadInput : public Failure {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_FAILURE_H

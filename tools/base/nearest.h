@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // "Did you mean": the names that are nearest to a mistyped one.
-#ifndef KORA4_BASE_NEAREST_H
-#define KORA4_BASE_NEAREST_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -17,5 +16,3 @@ std::vector<std::string> Nearest(std::string_view word, const std::vector<std::s
 std::string Suggestion(std::string_view word, const std::vector<std::string>& names);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_NEAREST_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Where everything that a tool says goes: results to standard output, messages to standard
 // error, both in UTF-8.
-#ifndef KORA4_BASE_OUTPUT_H
-#define KORA4_BASE_OUTPUT_H
+#pragma once
 
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -80,5 +79,3 @@ class Output {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_OUTPUT_H

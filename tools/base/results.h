@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // HRESULTs in words.
-#ifndef KORA4_BASE_RESULTS_H
-#define KORA4_BASE_RESULTS_H
+#pragma once
 
 #include <kora4/result.hpp>
 
@@ -38,5 +37,3 @@ T Check(Result<T> result, std::string_view doing) {
 }
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_RESULTS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // JSON from outside: files that somebody may have edited, cut off or made up.
-#ifndef KORA4_BASE_STRICT_JSON_H
-#define KORA4_BASE_STRICT_JSON_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -19,5 +18,3 @@ Json ParseStrictJson(std::string_view text);
 std::string ProblemOf(const Json::exception& error);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_STRICT_JSON_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Text inside the tools is UTF-8; the platform's is UTF-16.
-#ifndef KORA4_BASE_TEXT_H
-#define KORA4_BASE_TEXT_H
+#pragma once
 
 #include <charconv>
 #include <cstdint>
@@ -62,5 +61,3 @@ std::size_t Columns(std::string_view text);
 std::string Padded(std::string_view text, std::size_t columns);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_BASE_TEXT_H

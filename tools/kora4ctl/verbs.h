@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Every verb of kora4ctl: a function that adds it to the command line. A verb has a file of
 // its own below verbs/; what it does on its run is in that file, too.
-#ifndef KORA4_KORA4CTL_VERBS_H
-#define KORA4_KORA4CTL_VERBS_H
+#pragma once
 
 #include "process/program.h"
 
@@ -22,5 +21,3 @@ inline constexpr VerbAdder* cVerbs[] = {
     AddDump,    AddLoad,     AddDiff,       AddLint,    AddCompletion};
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_VERBS_H

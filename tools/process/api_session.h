@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The library, as any client uses it.
-#ifndef KORA4_PROCESS_API_SESSION_H
-#define KORA4_PROCESS_API_SESSION_H
+#pragma once
 
 #include <kora4.hpp>
 
@@ -27,5 +26,3 @@ class ApiSession {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_API_SESSION_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Whole files in and out, with names in UTF-8.
-#ifndef KORA4_PROCESS_FILES_H
-#define KORA4_PROCESS_FILES_H
+#pragma once
 
 #include <windows.h>
 
@@ -43,5 +42,3 @@ void WriteWholeFile(const std::string& path, std::string_view content);
 std::string UnfinishedPath(const std::string& path);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_FILES_H

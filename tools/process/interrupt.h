@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Ctrl-C, Ctrl-Break and the closing of the console, as an event to wait for: a tool ends
 // what it is doing instead of being ended.
-#ifndef KORA4_PROCESS_INTERRUPT_H
-#define KORA4_PROCESS_INTERRUPT_H
+#pragma once
 
 #include <windows.h>
 
@@ -28,5 +27,3 @@ class Interrupt {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_INTERRUPT_H

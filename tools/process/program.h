@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The frame of a tool: command line in, exit code out.
-#ifndef KORA4_PROCESS_PROGRAM_H
-#define KORA4_PROCESS_PROGRAM_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 #include <functional>
@@ -38,5 +37,3 @@ int RunProgram(const char* name, const char* summary, const std::vector<std::str
                const std::function<void(Context&)>& add);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_PROGRAM_H

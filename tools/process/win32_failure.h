@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the platform refused, as a failure of the tool.
-#ifndef KORA4_PROCESS_WIN32_FAILURE_H
-#define KORA4_PROCESS_WIN32_FAILURE_H
+#pragma once
 
 #include <windows.h>
 
@@ -23,5 +22,3 @@ class Win32Failure : public Failure {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_PROCESS_WIN32_FAILURE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Settings that the methods of the API read and write.
-#ifndef KORA4_KORA4CTL_ACCESS_API_SETTINGS_H
-#define KORA4_KORA4CTL_ACCESS_API_SETTINGS_H
+#pragma once
 
 #include <kora4.hpp>
 
@@ -28,5 +27,3 @@ void WriteThroughApi(const Setting& setting, std::optional<std::uint32_t> profil
                      const Value& value, Api& api);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_ACCESS_API_SETTINGS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What dump, load, diff and lint share: the document's way in and out, and lists of changes.
-#ifndef KORA4_KORA4CTL_ACCESS_DOCUMENT_FILES_H
-#define KORA4_KORA4CTL_ACCESS_DOCUMENT_FILES_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -46,5 +45,3 @@ void PrintDifferences(Output& output, const std::vector<Difference>& differences
 Json DocumentOf(const std::vector<Difference>& differences);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_ACCESS_DOCUMENT_FILES_H

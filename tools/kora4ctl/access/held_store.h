@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The settings store, opened and held.
-#ifndef KORA4_KORA4CTL_ACCESS_HELD_STORE_H
-#define KORA4_KORA4CTL_ACCESS_HELD_STORE_H
+#pragma once
 
 #include <memory>
 
@@ -35,5 +34,3 @@ inline void WaitForStore(const Context& context) {
 }
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_ACCESS_HELD_STORE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The names of the custom profiles, through the library.
-#ifndef KORA4_KORA4CTL_ACCESS_PROFILE_NAMES_H
-#define KORA4_KORA4CTL_ACCESS_PROFILE_NAMES_H
+#pragma once
 
 #include <kora4.hpp>
 
@@ -29,5 +28,3 @@ void RenameProfile(std::uint32_t profile, const std::string& name, Api& api);
 void DeleteProfile(std::uint32_t profile, Api& api);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_ACCESS_PROFILE_NAMES_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Reading and changing settings: through the library where its interface serves them, and
 // through the store where it does not.
-#ifndef KORA4_KORA4CTL_ACCESS_SETTING_ACCESS_H
-#define KORA4_KORA4CTL_ACCESS_SETTING_ACCESS_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -107,5 +106,3 @@ void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named
 bool IsFrozenInDemo(const Setting& setting);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_ACCESS_SETTING_ACCESS_H

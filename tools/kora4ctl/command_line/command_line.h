@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The whole of kora4ctl but its entry point.
-#ifndef KORA4_KORA4CTL_COMMAND_LINE_COMMAND_LINE_H
-#define KORA4_KORA4CTL_COMMAND_LINE_COMMAND_LINE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -18,5 +17,3 @@ void AddVerbs(Context& context);
 int RunKora4Ctl(const std::vector<std::string>& arguments);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_COMMAND_LINE_COMMAND_LINE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a shell offers at each place of a command line.
-#ifndef KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
-#define KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 #include <string>
@@ -54,5 +53,3 @@ struct Completion {
 Completion CompletionOf(const CLI::App& root);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_H

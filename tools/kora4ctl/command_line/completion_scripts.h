@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The scripts that make shells complete a command line, with a comment on how to load them.
-#ifndef KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_SCRIPTS_H
-#define KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_SCRIPTS_H
+#pragma once
 
 #include <string>
 
@@ -13,5 +12,3 @@ std::string BashScript(const Completion& completion);
 std::string PowerShellScript(const Completion& completion);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_COMMAND_LINE_COMPLETION_SCRIPTS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // --count and --timeout: how long a verb that runs on does so.
-#ifndef KORA4_KORA4CTL_COMMAND_LINE_RUN_LIMITS_H
-#define KORA4_KORA4CTL_COMMAND_LINE_RUN_LIMITS_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 #include <string>
@@ -50,5 +49,3 @@ class RunLimits {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_COMMAND_LINE_RUN_LIMITS_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What verbs have in common: how one is put on the command line, options that several have,
 // and the two forms of a result.
-#ifndef KORA4_KORA4CTL_COMMAND_LINE_VERB_H
-#define KORA4_KORA4CTL_COMMAND_LINE_VERB_H
+#pragma once
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
@@ -67,5 +66,3 @@ inline ExitCode PrintResult(const Context& context, const std::string& line,
 }
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_COMMAND_LINE_VERB_H

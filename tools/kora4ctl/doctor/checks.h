@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Every check of the doctor; the table of checks says what each is for.
-#ifndef KORA4_KORA4CTL_DOCTOR_CHECKS_H
-#define KORA4_KORA4CTL_DOCTOR_CHECKS_H
+#pragma once
 
 #include "kora4ctl/doctor/doctor.h"
 
@@ -17,5 +16,3 @@ DoctorCheckRun CheckEngine, CheckLevels;
 DoctorCheckRun CheckLibrary, CheckNotifications;
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_DOCTOR_CHECKS_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What an inspection of the machine found.
-#ifndef KORA4_KORA4CTL_DOCTOR_DIAGNOSIS_H
-#define KORA4_KORA4CTL_DOCTOR_DIAGNOSIS_H
+#pragma once
 
 #include <algorithm>
 #include <string>
@@ -47,5 +46,3 @@ struct Diagnosis {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_DOCTOR_DIAGNOSIS_H

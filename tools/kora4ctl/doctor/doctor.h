@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What `doctor` looks at: a table of checks, each by itself.
-#ifndef KORA4_KORA4CTL_DOCTOR_DOCTOR_H
-#define KORA4_KORA4CTL_DOCTOR_DOCTOR_H
+#pragma once
 
 #include <windows.h>
 
@@ -69,5 +68,3 @@ struct OpenedStore {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_DOCTOR_DOCTOR_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The bands of a graphic equalizer in messages: what is wrong with a text or with stored bands,
 // and their limits.
-#ifndef KORA4_KORA4CTL_EQUALIZER_BANDS_H
-#define KORA4_KORA4CTL_EQUALIZER_BANDS_H
+#pragma once
 
 #include <kora4/equalizer.hpp>
 
@@ -32,5 +31,3 @@ std::string GainRange();
 std::string FrequencyRange();
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_EQUALIZER_BANDS_H

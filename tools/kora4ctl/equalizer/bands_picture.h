@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The bands of a graphic equalizer, drawn with characters.
-#ifndef KORA4_KORA4CTL_EQUALIZER_BANDS_PICTURE_H
-#define KORA4_KORA4CTL_EQUALIZER_BANDS_PICTURE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -23,5 +22,3 @@ std::string ShortFrequency(float frequency);
 std::string SignedGain(float gain);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_EQUALIZER_BANDS_PICTURE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The graphic equalizer of a profile, read and written as a whole.
-#ifndef KORA4_KORA4CTL_EQUALIZER_EQUALIZER_ACCESS_H
-#define KORA4_KORA4CTL_EQUALIZER_EQUALIZER_ACCESS_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -27,5 +26,3 @@ void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
                     const Bands& bands);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_EQUALIZER_EQUALIZER_ACCESS_H

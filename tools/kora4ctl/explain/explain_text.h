@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A result or a line of the trace in words: what it means, how it comes about, what to do.
-#ifndef KORA4_KORA4CTL_EXPLAIN_EXPLAIN_TEXT_H
-#define KORA4_KORA4CTL_EXPLAIN_EXPLAIN_TEXT_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -72,5 +71,3 @@ std::vector<ExplainedPart> Parts(const Explanation& explanation);
 Json DocumentOf(const Explanation& explanation);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_EXPLAIN_EXPLAIN_TEXT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The values in a line of the trace in words.
-#ifndef KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H
-#define KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -19,5 +18,3 @@ std::optional<std::uint32_t> NumberIn(std::string_view text, int base);
 std::string MeaningOfValue(contract::TraceKind kind, std::string_view text);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_EXPLAIN_EXPLAIN_VALUES_H

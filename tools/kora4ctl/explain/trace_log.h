@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The log files of the library's trace.
-#ifndef KORA4_KORA4CTL_EXPLAIN_TRACE_LOG_H
-#define KORA4_KORA4CTL_EXPLAIN_TRACE_LOG_H
+#pragma once
 
 #include <windows.h>
 
@@ -71,5 +70,3 @@ class LogReader {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_EXPLAIN_TRACE_LOG_H

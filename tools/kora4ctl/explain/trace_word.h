@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The trace flag word in words.
-#ifndef KORA4_KORA4CTL_EXPLAIN_TRACE_WORD_H
-#define KORA4_KORA4CTL_EXPLAIN_TRACE_WORD_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -63,5 +62,3 @@ void WriteTraceWord(StoreAccess& store, TraceWord word);
 std::vector<std::string> TraceCategoryNames();
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_EXPLAIN_TRACE_WORD_H

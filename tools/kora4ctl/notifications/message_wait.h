@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Waiting in a single-threaded apartment: COM calls come in meanwhile.
-#ifndef KORA4_KORA4CTL_NOTIFICATIONS_MESSAGE_WAIT_H
-#define KORA4_KORA4CTL_NOTIFICATIONS_MESSAGE_WAIT_H
+#pragma once
 
 #include <windows.h>
 
@@ -39,5 +38,3 @@ Wake WaitWithMessages(HANDLE interrupt, const Deadline& deadline,
                       const std::function<bool()>& isDone);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_NOTIFICATIONS_MESSAGE_WAIT_H

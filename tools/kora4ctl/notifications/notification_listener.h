@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the library tells its clients, one after the other.
-#ifndef KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H
-#define KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H
+#pragma once
 
 #include <kora4.hpp>
 
@@ -54,5 +53,3 @@ class NotificationListener {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_NOTIFICATIONS_NOTIFICATION_LISTENER_H

@@ -11,8 +11,7 @@
 // changes alone; offsets are milliseconds. Notifications that came together are a group, and
 // the last line of a group has "changes": what became different in the settings document
 // since the group before, told or not. The value null means that nothing is stored.
-#ifndef KORA4_KORA4CTL_RECORDING_RECORDING_H
-#define KORA4_KORA4CTL_RECORDING_RECORDING_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -56,5 +55,3 @@ Json MemberOf(const Json& document, const std::string& section, const std::strin
 Recording ReadRecording(std::string_view text);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_RECORDING_RECORDING_H

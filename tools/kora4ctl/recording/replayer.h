@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The changes of a recording, made again.
-#ifndef KORA4_KORA4CTL_RECORDING_REPLAYER_H
-#define KORA4_KORA4CTL_RECORDING_REPLAYER_H
+#pragma once
 
 #include <memory>
 #include <string>
@@ -51,5 +50,3 @@ class Replayer {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_RECORDING_REPLAYER_H

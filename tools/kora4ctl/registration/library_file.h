@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The library as a file.
-#ifndef KORA4_KORA4CTL_REGISTRATION_LIBRARY_FILE_H
-#define KORA4_KORA4CTL_REGISTRATION_LIBRARY_FILE_H
+#pragma once
 
 #include <windows.h>
 
@@ -55,5 +54,3 @@ class RegistrableLibrary {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_REGISTRATION_LIBRARY_FILE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The library as the machine's registration knows it.
-#ifndef KORA4_KORA4CTL_REGISTRATION_REGISTRATION_H
-#define KORA4_KORA4CTL_REGISTRATION_REGISTRATION_H
+#pragma once
 
 #include <objbase.h>
 
@@ -52,5 +51,3 @@ Registration ReadRegistration();
 Diagnosis Examine(const Registration& registration, const std::string& expectedPath = {});
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_REGISTRATION_REGISTRATION_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The levels of the display bands, drawn with characters.
-#ifndef KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H
-#define KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H
+#pragma once
 
 #include <kora4/values.hpp>
 
@@ -30,5 +29,3 @@ std::string LevelsLine(const Levels& levels);
 Json LevelsDocument(const Levels& levels);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_TERMINAL_LEVELS_PICTURE_H

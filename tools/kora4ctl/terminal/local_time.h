@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Moments of this machine's clock, in the user's time zone.
-#ifndef KORA4_KORA4CTL_TERMINAL_LOCAL_TIME_H
-#define KORA4_KORA4CTL_TERMINAL_LOCAL_TIME_H
+#pragma once
 
 #include <windows.h>
 
@@ -31,5 +30,3 @@ class Moment {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_TERMINAL_LOCAL_TIME_H

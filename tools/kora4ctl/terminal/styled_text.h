@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Text of several styles, for what draws.
-#ifndef KORA4_KORA4CTL_TERMINAL_STYLED_TEXT_H
-#define KORA4_KORA4CTL_TERMINAL_STYLED_TEXT_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -27,5 +26,3 @@ inline std::string PlainText(const StyledLine& line) {
 }
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_TERMINAL_STYLED_TEXT_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A terminal that is drawn on in place.
-#ifndef KORA4_KORA4CTL_TERMINAL_TERMINAL_SCREEN_H
-#define KORA4_KORA4CTL_TERMINAL_TERMINAL_SCREEN_H
+#pragma once
 
 #include <windows.h>
 
@@ -44,5 +43,3 @@ class TerminalScreen {
 };
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_TERMINAL_TERMINAL_SCREEN_H

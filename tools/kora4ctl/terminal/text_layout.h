@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Texts made to fit: cut, wrapped, in columns.
-#ifndef KORA4_KORA4CTL_TERMINAL_TEXT_LAYOUT_H
-#define KORA4_KORA4CTL_TERMINAL_TEXT_LAYOUT_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -38,5 +37,3 @@ std::string Shown(const std::string& text);
 std::string Quoted(const std::string& text);
 
 }  // namespace kora4::tools
-
-#endif  // KORA4_KORA4CTL_TERMINAL_TEXT_LAYOUT_H
