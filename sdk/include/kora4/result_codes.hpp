@@ -228,7 +228,7 @@ inline constexpr ResultCode cPlatformResults[] = {
     {0x800706F5, "RPC_X_ENUM_VALUE_OUT_OF_RANGE",
      "a technology number that the proxy does not let through",
      "Through a proxy an enumerator must fit into 16 bits.",
-     "Pass one of the technologies 0 to 5."},
+     "Pass an enumerator of KORA4APITechnology."},
     {0x800706F7, "RPC_X_BAD_STUB_DATA", "what came through the proxy was not understood",
      "The two sides use proxies of different versions.",
      "Build both sides with the same version of the SDK."},
