@@ -21,8 +21,8 @@ inline namespace v1 {
 
 // One result code with what a person needs to know about it.
 struct ResultCode {
-    std::uint32_t code;
-    const char* name;
+    std::uint32_t code;   // the HRESULT, without a sign
+    const char* name;     // of the constant in the headers
     const char* meaning;  // what it says, without a full stop
     const char* why;      // how it comes about, in sentences
     const char* next;     // what to do, in sentences; empty when there is nothing to do
