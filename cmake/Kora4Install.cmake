@@ -44,11 +44,11 @@ install(DIRECTORY sdk/samples DESTINATION . COMPONENT samples)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME documentation)
 install(FILES CHANGELOG.md sdk/package/README.md DESTINATION .)
 install(CODE "
-  file(GLOB pages ${PROJECT_SOURCE_DIR}/docs/*.md)
+  file(GLOB pages \"${PROJECT_SOURCE_DIR}/docs/*.md\")
   foreach(page IN LISTS pages)
     execute_process(COMMAND_ERROR_IS_FATAL ANY
-      COMMAND ${PERL_EXECUTABLE} ${PROJECT_SOURCE_DIR}/sdk/package/installed_page.pl
-        \${page} \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/docs)
+      COMMAND \"${PERL_EXECUTABLE}\" \"${PROJECT_SOURCE_DIR}/sdk/package/installed_page.pl\"
+        \"\${page}\" \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/docs\")
   endforeach()")
 
 set(CPACK_PACKAGE_NAME kora4asl-sdk)

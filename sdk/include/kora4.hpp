@@ -258,7 +258,7 @@ class Api {
         return Status(m_api->SetTechnologyOnElseOff(technology, isOn ? TRUE : FALSE));
     }
 
-    // What the installed engine carries, as Initialize found it: KORA4_ENGINE_...; 0: nothing.
+    // What the installed engine supports, as Initialize found it: KORA4_ENGINE_...; 0: nothing.
     Result<ULONG> GetTechnologyMasterEnables() const noexcept {
         return Read<ULONG>([this](ULONG* p) { return m_api->GetTechnologyMasterEnables(p); });
     }

@@ -32,6 +32,9 @@ struct GeneralSetting {
     const char* meaning;
     const char* writtenBy;  // methods and people; "-" when nobody does
     const char* readBy;
+    // Whether each client loads the (static) setting at its start and keeps it, although no
+    // operation of the library depends on it.
+    bool isKept = false;
 
     // Whether an absent value counts as a number; an absent text or blob has no value.
     constexpr bool HasDefault() const {
@@ -39,11 +42,10 @@ struct GeneralSetting {
     }
 };
 
-// Who writes a setting that is only carried.
-inline constexpr char cNobody[] = "-";
-
 namespace detail {
 
+// Who writes a setting that is only carried.
+inline constexpr char cNobody[] = "-";
 inline constexpr char cInstaller[] = "the installer";
 inline constexpr char cClientsAndEngine[] = "clients, engine";
 inline constexpr char cCarried[] = "carried; nothing depends on it yet";
@@ -59,7 +61,8 @@ constexpr GeneralSetting Carried(const char* name, std::uint32_t pid, ValueKind 
             defaultNumber,
             meaning,
             cNobody,
-            cClientsAndEngine};
+            cClientsAndEngine,
+            true};
 }
 
 // The command line of a companion application.
@@ -90,7 +93,7 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
      "counts the changes of the table of custom profiles", "create, rename, delete", "clients"},
     {"dynamic-switch", pkey::Setting(pkey::cDynamicSwitchPid), eKeySetDynamic,
      ValueKind::eSwitch, SettingRole::eMachine, 1,
-     "carried and kept as it is; nothing depends on it yet", cNobody,
+     "carried and kept as it is; nothing depends on it yet", detail::cNobody,
      detail::cClientsAndEngine},
     {"saved-enable", pkey::Setting(pkey::cSavedEnablePid), eKeySetStatic, ValueKind::eSwitch,
      SettingRole::ePassing, 1, "the master enable before the demo", "demo entry", "demo exit"},
@@ -131,6 +134,14 @@ inline constexpr GeneralSetting cGeneralSettings[] = {
      detail::cInstaller,
      "Initialize"},
 };
+
+// The row of a property id of the settings' own family, which must have one.
+consteval GeneralSetting GeneralSettingOf(std::uint32_t pid) {
+    const GeneralSetting* pRow = cGeneralSettings;
+    while (!(pRow->key == pkey::Setting(pid)))
+        ++pRow;  // past the last row the compilation ends
+    return *pRow;
+}
 
 // Null if there is no such setting.
 constexpr const GeneralSetting* FindGeneralSetting(std::string_view name) {

@@ -40,7 +40,6 @@ fresh() {
   cd "$work/tree"
   cp "$root/.clang-format" .
   cp "$root/docs/architecture.md" docs/
-  mkdir scripts
   printf '%s\n' '#!/bin/sh' '# SPDX-License-Identifier: MIT' '# fast.sh [--fast]: does nothing.' >scripts/fast.sh
   chmod +x scripts/fast.sh
   printf '%s\n' '<!-- SPDX-License-Identifier: MIT -->' '# A page' '```sh' 'scripts/fast.sh --fast' '```' >docs/page.md

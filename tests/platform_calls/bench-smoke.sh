@@ -16,9 +16,9 @@ perl "$report" --json report.json smoke.json
 perl -MJSON::PP -e '
   my %groups = (
     native => ["own processor time"],
-    wine => ["methods", "methods, default trace", "life", "foreign write to callback",
+    wine => ["methods", "methods, default trace", "lifetime", "foreign write to callback",
              "watching objects, per change", "client processes, slider reads",
-             "beside an INI file", "idling", "size and private memory"],
+             "beside an INI file", "idle", "size and private memory"],
   );
   my $kind = shift;
   local $/;
@@ -27,7 +27,7 @@ perl -MJSON::PP -e '
   for my $row (@{$report->{rows}}) {
     $rows{$row->{group}}++;
     my $figure = $row->{value} // $row->{call};
-    my $none = $row->{group} =~ /^(idling|size and private memory)$/;
+    my $none = $row->{group} =~ /^(idle|size and private memory)$/;
     push @bad, "$row->{group}: $row->{name} has no figure"
       unless defined $figure && ($figure > 0 || $none && $figure >= 0);
   }

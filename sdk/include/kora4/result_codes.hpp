@@ -21,8 +21,8 @@ inline namespace v1 {
 
 // One result code with what a person needs to know about it.
 struct ResultCode {
-    std::uint32_t code;
-    const char* name;
+    std::uint32_t code;   // the HRESULT, without a sign
+    const char* name;     // of the constant in the headers
     const char* meaning;  // what it says, without a full stop
     const char* why;      // how it comes about, in sentences
     const char* next;     // what to do, in sentences; empty when there is nothing to do
@@ -228,7 +228,7 @@ inline constexpr ResultCode cPlatformResults[] = {
     {0x800706F5, "RPC_X_ENUM_VALUE_OUT_OF_RANGE",
      "a technology number that the proxy does not let through",
      "Through a proxy an enumerator must fit into 16 bits.",
-     "Pass one of the technologies 0 to 5."},
+     "Pass an enumerator of KORA4APITechnology."},
     {0x800706F7, "RPC_X_BAD_STUB_DATA", "what came through the proxy was not understood",
      "The two sides use proxies of different versions.",
      "Build both sides with the same version of the SDK."},

@@ -72,8 +72,7 @@ void KORA4KeysClient::LoadStaticSettings() {
 void KORA4KeysClient::LoadDynamicSettings() {
     m_baseline.profile = ReadActivePreset();
     m_baseline.enable = ReadMasterEnable();
-    m_settings.dynamicSwitch =
-        Values().BoolOr(eKeySetDynamic, pkey::Setting(pkey::cDynamicSwitchPid), true);
+    m_settings.dynamicSwitch = ReadSetting<pkey::cDynamicSwitchPid>();
     m_baseline.tableCounter = ReadTableCounter();
     // Trigger words before the data they announce: a writer changes them last.
     m_patches.LoadTriggers(*m_pKeyAccess);
@@ -98,16 +97,15 @@ void KORA4KeysClient::RefreshPatches(std::uint32_t profile, bool enable) {
 }
 
 std::uint32_t KORA4KeysClient::ReadActivePreset() {
-    return Values().UINTOr(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid),
-                           cMovieProfile);
+    return ReadSetting<pkey::cActivePresetPid>();
 }
 
 bool KORA4KeysClient::ReadMasterEnable() {
-    return Values().BoolOr(eKeySetDynamic, pkey::Setting(pkey::cMasterEnablePid), true);
+    return ReadSetting<pkey::cMasterEnablePid>();
 }
 
 std::uint32_t KORA4KeysClient::ReadTableCounter() {
-    return Values().UINTOr(eKeySetDynamic, pkey::Setting(pkey::cProfileTableCounterPid), 0);
+    return ReadSetting<pkey::cProfileTableCounterPid>();
 }
 
 HRESULT KORA4KeysClient::UpdateActivePreset(const Change<std::uint32_t>& activePreset) {

@@ -7,7 +7,6 @@
 #include <array>
 #include <cstdint>
 #include <iterator>
-#include <string_view>
 
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
@@ -42,15 +41,12 @@ struct StaticSetting {
     std::uint32_t defaultNumber;
 };
 inline constexpr auto cStaticSettings = [] {
-    constexpr auto isCarried = [](const contract::GeneralSetting& setting) {
-        return setting.keySet == eKeySetStatic &&
-               std::string_view(setting.writtenBy) == contract::cNobody;
-    };
-    constexpr auto cCount = std::ranges::count_if(contract::cGeneralSettings, isCarried);
+    constexpr auto cCount =
+        std::ranges::count_if(contract::cGeneralSettings, &contract::GeneralSetting::isKept);
     std::array<StaticSetting, static_cast<std::size_t>(cCount)> rows;
     auto row = rows.begin();
     for (const contract::GeneralSetting& setting : contract::cGeneralSettings)
-        if (isCarried(setting))
+        if (setting.isKept)
             *row++ = {setting.key.pid, setting.kind == ValueKind::eSwitch,
                       setting.defaultNumber};
     return rows;
@@ -97,7 +93,17 @@ class KORA4KeysClient : NonCopyable {
     // Hands the patch set what belongs to that profile, after a load.
     void RefreshPatches(std::uint32_t profile, bool enable) REQUIRES(m_regKeysMutex);
 
-    // General settings of the dynamic keys as stored now, or their defaults.
+    // What a general setting is in the store now, or its default: a bool for a switch,
+    // otherwise a number.
+    template <std::uint32_t pid>
+    auto ReadSetting() REQUIRES(m_regKeysMutex) {
+        constexpr contract::GeneralSetting cRow = contract::GeneralSettingOf(pid);
+        constexpr PropertyKey cKey = cRow.key;
+        if constexpr (cRow.kind == ValueKind::eSwitch)
+            return Values().BoolOr(cRow.keySet, cKey, cRow.defaultNumber != 0);
+        else
+            return Values().UINTOr(cRow.keySet, cKey, cRow.defaultNumber);
+    }
     std::uint32_t ReadActivePreset() REQUIRES(m_regKeysMutex);
     bool ReadMasterEnable() REQUIRES(m_regKeysMutex);
     std::uint32_t ReadTableCounter() REQUIRES(m_regKeysMutex);

@@ -200,14 +200,12 @@ void KORA4UIKeysClient::SaveStateBeforeDemo(std::uint32_t profile, bool enable) 
 }
 
 HRESULT KORA4UIKeysClient::RestoreStateBeforeDemo(std::uint32_t demoProfile) {
-    std::uint32_t profile =
-        Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSavedProfilePid), cMovieProfile);
+    std::uint32_t profile = ReadSetting<pkey::cSavedProfilePid>();
     // A demo is left for a profile that a user can be in; a saved demo profile would keep
     // the user in the demo for good.
     if (!IsSelectableProfile(profile))
         profile = cMovieProfile;
-    const bool enable =
-        Values().BoolOr(eKeySetStatic, pkey::Setting(pkey::cSavedEnablePid), true);
+    const bool enable = ReadSetting<pkey::cSavedEnablePid>();
     const Change<bool> change{ReadMasterEnable(), enable};
     const HRESULT hr = ProfileStateChange({demoProfile, profile}, &change);
     m_demoMode = false;

@@ -115,8 +115,7 @@ KnownWords KORA4UIKeysClient::ReadKnown(std::uint32_t profile,
 HRESULT KORA4UIKeysClient::GetSamplingPeriod(std::uint32_t* pMilliseconds) {
     KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::GetSamplingPeriod");
     const MutexHold hold(m_regKeysMutex);
-    *pMilliseconds = Values().UINTOr(eKeySetStatic, pkey::Setting(pkey::cSamplingPeriodPid),
-                                     defaults::cSamplingPeriod);
+    *pMilliseconds = ReadSetting<pkey::cSamplingPeriodPid>();
     return hr;
 }
 

@@ -11,10 +11,11 @@
 namespace kora4::test {
 namespace {
 
-constexpr auto cBad = msg::Message("CKORA4ASL::Plain", "**** Error: bad", "", "");
-constexpr auto cSaid = msg::Message(cBad.function, "said", "", "");
+constexpr auto cBad = msg::Message("CKORA4ASL::Plain", "**** Error: bad", {}, "");
+constexpr auto cSaid = msg::Message(cBad.function, "said", {}, "");
 constexpr auto cEntryWithArguments =
-    msg::Line("CKORA4ASL::WithArguments", ">> first: %d second: %d", trace::eEntry, "", "");
+    msg::Line("CKORA4ASL::WithArguments", ">> first: %d second: %d", trace::eEntry,
+              {msg::eCount, msg::eCount}, "");
 
 constexpr Method cPlain{cBad.function, {.badArgument = cBad}};
 constexpr Method cStateFirst{

@@ -254,25 +254,27 @@ class Cancellation final : public ICancelMethodCalls {
     static inline Cancellation* s_pInstance = nullptr;
 };
 
+// The thread whose outstanding call would be cancelled; 0 when there is none.
+DWORD ThreadToCancel(GateStreamHolder& holder) {
+    Cancellation cancellation;
+    cancellation.result = E_NOINTERFACE;
+    holder.CancelOutstandingCall();
+    return cancellation.threadId;
+}
+
 TEST_P(GateInApartment, RevokingForgetsTheThreadAndTheRegistration) {
     Run([] {
-        Cancellation cancellation;
-        cancellation.result = E_NOINTERFACE;
         MonitorOwner object;
         GateStreamHolder holder;
         GateFactoryRegistration marshalled;
         GateFactoryRegistration registration;
         Gate spGate;
         ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
-        holder.CancelOutstandingCall();
-        EXPECT_EQ(0, cancellation.asked);
+        EXPECT_EQ(0u, ThreadToCancel(holder));
         ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
-        holder.CancelOutstandingCall();
-        EXPECT_EQ(1, cancellation.asked);
-        EXPECT_EQ(GetCurrentThreadId(), cancellation.threadId);
+        EXPECT_EQ(GetCurrentThreadId(), ThreadToCancel(holder));
         holder.Revoke(registration);
-        holder.CancelOutstandingCall();
-        EXPECT_EQ(1, cancellation.asked);
+        EXPECT_EQ(0u, ThreadToCancel(holder));
         EXPECT_FALSE(registration.IsRegistered());
         EXPECT_TRUE(IsFactoryFound());
         holder.Revoke(marshalled);
@@ -318,14 +320,14 @@ class NotingGate final : public ICOMCallbackGate {
     STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(++references); }
     STDMETHODIMP_(ULONG) Release() override {
         if (called) {
-            idAtRelease = m_session.Holder().ThreadId();
+            idAtRelease = ThreadToCancel(m_session.Holder());
             canBeCancelledAtRelease = CoDisableCallCancellation(nullptr) == S_OK;
         }
         return static_cast<ULONG>(--references);
     }
     STDMETHODIMP Callback(ULONG) override {
         called = true;
-        idAtCall = m_session.Holder().ThreadId();
+        idAtCall = ThreadToCancel(m_session.Holder());
         canBeCancelledAtCall = CoDisableCallCancellation(nullptr) == S_OK;
         CoEnableCallCancellation(nullptr);
         SetEvent(m_session.StopEvent());
@@ -381,7 +383,7 @@ TEST(CallCancellation, IsOverWhenTheGateCannotBeTakenOut) {
                   holder.Unmarshal(__uuidof(IDispatch),
                                    reinterpret_cast<void**>(spOther.ReleaseAndGetAddressOf()),
                                    registration));
-        EXPECT_EQ(0u, holder.ThreadId());
+        EXPECT_EQ(0u, ThreadToCancel(holder));
         EXPECT_EQ(CO_E_CANCEL_DISABLED, CoDisableCallCancellation(nullptr));
     });
 }
@@ -421,7 +423,7 @@ TEST(CallCancellation, IsDoneWithoutWhereThePlatformHasNone) {
         ASSERT_EQ(S_OK, holder.Marshal(cGateIid, object.Get(), marshalled));
         ASSERT_EQ(S_OK, TakeFrom(holder, registration, spGate));
         holder.CancelOutstandingCall();
-        EXPECT_EQ(GetCurrentThreadId(), holder.ThreadId());
+        EXPECT_EQ(GetCurrentThreadId(), ThreadToCancel(holder));
     });
 }
 

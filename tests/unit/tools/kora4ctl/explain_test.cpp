@@ -215,7 +215,7 @@ TEST(ExplainedLines, OfAFailedAssertionSayWhichRuleWasBroken) {
     const Explanation known = Explain(
         "KORA4PropKey: 90 KORA4ManagedPatchSet::LoadPresetPatch:KALASSERT failed: "
         "KORA4KeysClient::IsAllowableProfile( profile )");
-    EXPECT_EQ("The number of the profile to work on is no profile.", known.meaning);
+    EXPECT_EQ("The profile number is not valid.", known.meaning);
     const Explanation other = Explain("KALASSERT failed: something else");
     EXPECT_EQ("A condition that the library relies on did not hold.", other.meaning);
     EXPECT_EQ(std::vector<std::string>{"assertions"}, other.categories);
