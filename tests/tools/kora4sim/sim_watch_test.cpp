@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <utility>
 
 #include "tools/kora4sim/sim_watch_fixture.h"
 
@@ -305,13 +306,18 @@ TEST_F(SimWatchRuns, HaveEveryDocumentedEventInItsShape) {
     StartSim({"music", "--write-defaults", "--fault", "hold=0.1", "--fault", "burst=2@0.2"});
     NextSeen("burst");
     NextSeen("reload");
-    for (const Words& command :
-         {Words{"toggle", "dialog-enhancer"}, Words{"set", "dynamic-switch", "off"},
-          Words{"profile", "create", "p1", "One"}, Words{"profile", "use", "games"},
-          Words{"set", "sampling-period", "40"}})
+    // One after the other: changes that are seen together come in an order of their own.
+    const std::pair<const char*, Words> changes[] = {
+        {"switch", {"toggle", "dialog-enhancer"}},
+        {"setting", {"set", "dynamic-switch", "off"}},
+        {"table", {"profile", "create", "p1", "One"}},
+        {"profile", {"profile", "use", "games"}},
+        {"period", {"set", "sampling-period", "40"}},
+    };
+    for (const auto& [event, command] : changes) {
         Done(command);
-    for (const char* event : {"switch", "setting", "table", "profile", "period"})
         NextSeen(event);
+    }
     EXPECT_EQ(1u, RunSim({"--fault", "die", "--no-publish"}).exitCode);
     RawStore::SetNumber(cDynamic, SettingName(cEnablePid), 0);
     NextSeen("abandoned");
