@@ -120,7 +120,7 @@ TEST_F(SimCommandLine, QuietLeavesBeginningAndEnd) {
     const ToolResult result =
         RunSim({"--for", "0.2", "--quiet", "--write-defaults", "--fault", "stop"});
     ASSERT_EQ(2u, result.Lines().size()) << result;
-    EXPECT_THAT(result.Lines()[0], HasSubstr(" ready: "));
+    EXPECT_THAT(result.Lines()[0], testing::MatchesRegex("..:..:......Z ready: .*"));
     EXPECT_THAT(result.Lines()[1], HasSubstr(" summary: "));
     EXPECT_EQ("", result.err);
 }
