@@ -3,13 +3,17 @@
 // an engine.
 #include "kora4sim/command_line.h"
 
+#include <windows.h>
+
 #include <cmath>
+#include <limits>
 #include <memory>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "kora4sim/engine/engine.h"
 #include "kora4sim/scene/scene.h"
+#include "platform/handles.h"
 #include "process/program.h"
 #include "registry/registry_store.h"
 
@@ -28,11 +32,14 @@ constexpr char cExitCodes[] =
 
 constexpr std::size_t cNameColumns = 26;
 
+constexpr std::uint64_t cMostSeed = std::numeric_limits<std::uint64_t>::max();
+
 // What the command line says, before it is checked.
 struct Choices {
     std::string scene = cDefaultScene;
     bool list = false;
     double seconds = -1;
+    std::string seed;
     long long period = -1;
     long long records = -1;
     bool noPublish = false;
@@ -71,6 +78,12 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
                              Range(cShortestPeriod, cLongestPeriod) + " milliseconds");
         options.period = static_cast<std::uint32_t>(choices.period);
     }
+    if (root.count("--seed") != 0) {
+        const auto seed = ReadNumber<std::uint64_t>(choices.seed);
+        if (!seed)
+            throw OutOfRange("--seed", "0 to " + std::to_string(cMostSeed));
+        options.seed = *seed;
+    }
     options.publishes = !choices.noPublish;
     for (const std::string& fault : choices.faults)
         options.faults.push_back(ParseFault(fault));
@@ -105,11 +118,24 @@ ExitCode ListScenes(Output& output) {
     return ExitCode::eDone;
 }
 
+// For as long as the handle is open. The engine has no such sign: it is this program's own.
+UniqueHandle TellThatItRuns(Output& output) {
+    UniqueHandle sign(CreateEventW(nullptr, TRUE, FALSE, L"Global\\KORA4Sim"));
+    const DWORD error = GetLastError();
+    // Another user's is refused.
+    if (error == ERROR_ALREADY_EXISTS || error == ERROR_ACCESS_DENIED)
+        output.Complain(
+            "kora4sim: Another kora4sim is running, and both write the engine mask "
+            "and the levels. End one of them.");
+    return sign;
+}
+
 ExitCode RunEngine(const Choices& choices, Context& context) {
     EngineOptions options = CheckedOptions(choices, context.root);
     Scene scene = SceneFolder().Load(choices.scene);
     TakeRecords(choices, context.root, scene);
     const std::unique_ptr<StoreAccess> store = OpenStore(OpenMode::eReadWrite);
+    const UniqueHandle running = TellThatItRuns(context.output);
     Reporter reporter(context.output);
     return Engine(scene, std::move(options), *store, reporter, context.interrupt).Run();
 }
@@ -126,7 +152,7 @@ void AddOptions(Context& context) {
             "end after this many seconds, " + Range(0, cLongestRun) + "; default: at Ctrl-C")
         ->type_name("S");
     root.add_option(
-            "--seed", choices->engine.seed,
+            "--seed", choices->seed,
             "seed of the random numbers, 0 to 2^64-1 (default: 1); the same seed, scene "
             "and length publish the same values")
         ->type_name("N");
@@ -144,8 +170,7 @@ void AddOptions(Context& context) {
                     "go wrong, at once or this many seconds after the start, " +
                         Range(0, cLongestRun) + "; may be repeated")
         ->type_name("NAME[=ARG][@S]")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        ->allow_extra_args(false);
     root.add_flag("--write-defaults", choices->engine.writesDefaults,
                   "first write the built-in values of all profiles into the store");
     root.add_flag("--clean", choices->engine.removesLevels,

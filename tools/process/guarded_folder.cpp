@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "base/utc_time.h"
 #include "process/files.h"
 
 namespace kora4::tools {
@@ -54,15 +55,6 @@ class ListForNew {
     SECURITY_ATTRIBUTES m_attributes{sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
 };
 
-std::string Stamp() {
-    SYSTEMTIME now{};
-    GetSystemTime(&now);
-    char text[32] = {};
-    std::snprintf(text, sizeof text, "%04u%02u%02u-%02u%02u%02u-%03u", now.wYear, now.wMonth,
-                  now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
-    return text;
-}
-
 // Renames what stands at the path: a link itself, not what it leads to.
 std::string MoveAway(const std::string& path, const FileSecurity& security) {
     constexpr char cNext[] = "Find out who made it, and remove it as an administrator.";
@@ -72,7 +64,7 @@ std::string MoveAway(const std::string& path, const FileSecurity& security) {
         if (itself && security.FactsOf(itself.Get(), path).isElsewhere)
             throw Failure(ExitCode::eFailed, path + " is a link.", cNext);
     }
-    const std::string target = path + ".moved-" + Stamp();
+    const std::string target = path + ".moved-" + UtcTime::Now().FileStamp();
     if (!MoveFileExW(Widen(path).c_str(), Widen(target).c_str(), 0))
         throw Win32Failure(GetLastError(),
                            path + " is not this program's, and cannot be moved aside", cNext);

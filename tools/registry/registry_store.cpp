@@ -30,6 +30,10 @@ const wchar_t* PathOf(KORA4KeySet keySet) {
     }
 }
 
+LSTATUS Open(KORA4KeySet keySet, REGSAM access, UniqueRegKey& hKey) {
+    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, PathOf(keySet), 0, access | cView, hKey.Put());
+}
+
 [[noreturn]] void Refuse(LSTATUS status, const std::string& doing, KORA4KeySet keySet) {
     const std::string next =
         status == ERROR_ACCESS_DENIED
@@ -72,20 +76,21 @@ std::string KeySetPath(KORA4KeySet keySet) {
 
 RegistryStore::RegistryStore(OpenMode mode)
     : m_access(mode == OpenMode::eRead ? KEY_READ : KEY_READ | KEY_WRITE) {
-    OpenNeeded(eKeySetStatic);
-    OpenNeeded(eKeySetDynamic);
+    Reopen();
+}
+
+void RegistryStore::Reopen() {
+    Keys keys;
+    for (const KORA4KeySet keySet : {eKeySetStatic, eKeySetDynamic})
+        OpenNeeded(keySet, m_access, KeyIn(keys, keySet));
     // The installer's: a user may read them and most may not write.
-    if (Open(eKeySetApp, m_access) == ERROR_ACCESS_DENIED)
-        Open(eKeySetApp, KEY_READ);
+    if (Open(eKeySetApp, m_access, KeyIn(keys, eKeySetApp)) == ERROR_ACCESS_DENIED)
+        Open(eKeySetApp, KEY_READ, KeyIn(keys, eKeySetApp));
+    m_keys = std::move(keys);
 }
 
-LSTATUS RegistryStore::Open(KORA4KeySet keySet, REGSAM access) {
-    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, PathOf(keySet), 0, access | cView,
-                         KeyOf(keySet).Put());
-}
-
-void RegistryStore::OpenNeeded(KORA4KeySet keySet) {
-    const LSTATUS status = Open(keySet, m_access);
+void RegistryStore::OpenNeeded(KORA4KeySet keySet, REGSAM access, UniqueRegKey& hKey) {
+    const LSTATUS status = Open(keySet, access, hKey);
     if (status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND)
         throw Failure(ExitCode::eNotReady,
                       "The settings store is not there: HKEY_LOCAL_MACHINE\\" +

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,14 +31,20 @@ class RegistryStore : public StoreAccess {
     void Write(KORA4KeySet keySet, const PropertyKey& key, const StoredValue& value) override;
     void Delete(KORA4KeySet keySet, const PropertyKey& key) override;
     std::vector<std::string> ValueNames(KORA4KeySet keySet) override;
+    void Reopen() override;
 
   private:
-    UniqueRegKey& KeyOf(KORA4KeySet keySet) { return m_keys[keySet - eKeySetStatic]; }
-    LSTATUS Open(KORA4KeySet keySet, REGSAM access);
-    void OpenNeeded(KORA4KeySet keySet);
+    static constexpr std::size_t cKeySets = eKeySetApp - eKeySetStatic + 1;
+    using Keys = std::array<UniqueRegKey, cKeySets>;
+
+    static UniqueRegKey& KeyIn(Keys& keys, KORA4KeySet keySet) {
+        return keys[static_cast<std::size_t>(keySet - eKeySetStatic)];
+    }
+    UniqueRegKey& KeyOf(KORA4KeySet keySet) { return KeyIn(m_keys, keySet); }
+    static void OpenNeeded(KORA4KeySet keySet, REGSAM access, UniqueRegKey& hKey);
 
     REGSAM m_access;
-    UniqueRegKey m_keys[eKeySetApp - eKeySetStatic + 1];  // null: optional and absent
+    Keys m_keys;  // null: optional and absent
 };
 
 // Where a key set lies below HKEY_LOCAL_MACHINE.

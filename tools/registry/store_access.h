@@ -29,6 +29,10 @@ class StoreAccess {
     // The names of all values of a key set, known or not, sorted.
     virtual std::vector<std::string> ValueNames(KORA4KeySet keySet) = 0;
 
+    // What was open is refused for ever after its deletion: opens what has been made since.
+    // Failure as from the opening of the store; it stays as it was then.
+    virtual void Reopen() {}
+
     // Writes the value, or deletes it when there is none.
     void Put(KORA4KeySet keySet, const PropertyKey& key,
              const std::optional<StoredValue>& value);

@@ -8,6 +8,7 @@
 
 #include "base/failure.h"
 #include "base/shown_text.h"
+#include "base/utc_time.h"
 
 namespace kora4::tools {
 namespace {
@@ -16,15 +17,6 @@ namespace {
 constexpr char cBegin[] = "backup-";
 constexpr char cEnd[] = ".json";
 constexpr std::size_t cStampChars = 19;
-
-std::string Stamp() {
-    SYSTEMTIME now{};
-    GetSystemTime(&now);
-    char text[32] = {};
-    std::snprintf(text, sizeof text, "%04u%02u%02uT%02u%02u%02u%03uZ", now.wYear, now.wMonth,
-                  now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
-    return text;
-}
 
 std::string TimeOf(const std::string& stamp) {
     const auto part = [&stamp](std::size_t begin, std::size_t count) {
@@ -36,7 +28,7 @@ std::string TimeOf(const std::string& stamp) {
 
 std::string NewName(const GuardedFolder& folder, const std::string& verb) {
     for (;; Sleep(1)) {
-        std::string name = cBegin + Stamp() + "-" + verb + cEnd;
+        std::string name = cBegin + UtcTime::Now().FileStamp() + "-" + verb + cEnd;
         if (folder.Find(name) == Standing::eAbsent)
             return name;
     }

@@ -49,7 +49,7 @@ class CtlLevels : public CtlTest {
 TEST_F(CtlLevels, EachPictureIsALine) {
     Publish(-30);
     RunningTool tool("kora4ctl", {"levels", "--count", "2"});
-    EXPECT_THAT(tool.NextLine(), MatchesRegex("..:..:......  gain" + Twenty("-30.0") +
+    EXPECT_THAT(tool.NextLine(), MatchesRegex("..:..:......Z  gain" + Twenty("-30.0") +
                                               "  excitation" + Twenty("-14.0")));
     EXPECT_TRUE(tool.IsSilentFor(300));
     Publish(-12.25);

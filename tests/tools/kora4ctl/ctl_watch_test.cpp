@@ -37,7 +37,7 @@ class CtlWatch : public CtlTest {
         Json event = ParsedJson(tool.NextLine());
         EXPECT_TRUE(HasShape(event, cEventShape));
         EXPECT_THAT(event.value("time", std::string()),
-                    MatchesRegex("....-..-..T..:..:.......\\S*"));
+                    MatchesRegex("....-..-..T..:..:......Z"));
         event.erase("time");
         return event;
     }
@@ -52,7 +52,7 @@ class CtlWatch : public CtlTest {
 TEST_F(CtlWatch, LineHasTimeNameAndValue) {
     const auto tool = Start();
     SetVolume(7);
-    EXPECT_THAT(tool->NextLine(), MatchesRegex("..:..:......  volume-leveler  7"));
+    EXPECT_THAT(tool->NextLine(), MatchesRegex("..:..:......Z  volume-leveler  7"));
     EXPECT_EQ(S_OK, Client().SetActiveProfile(1));
     EXPECT_THAT(tool->NextLine(), MatchesRegex(".*  profile  music"));
     EXPECT_EQ(S_OK, Client().SetVeltoEnable(FALSE));

@@ -120,9 +120,36 @@ TEST_F(SimCommandLine, QuietLeavesBeginningAndEnd) {
     const ToolResult result =
         RunSim({"--for", "0.2", "--quiet", "--write-defaults", "--fault", "stop"});
     ASSERT_EQ(2u, result.Lines().size()) << result;
-    EXPECT_THAT(result.Lines()[0], HasSubstr(" ready: "));
+    EXPECT_THAT(result.Lines()[0], testing::MatchesRegex("..:..:......Z ready: .*"));
     EXPECT_THAT(result.Lines()[1], HasSubstr(" summary: "));
     EXPECT_EQ("", result.err);
+}
+
+TEST_F(SimCommandLine, SeedHas64Bits) {
+    const ToolResult result =
+        RunSim({"--seed", "18446744073709551615", "--for", "0", "--json"});
+    EXPECT_EQ(0u, result.exitCode) << result;
+    EXPECT_EQ(18446744073709551615u, EventOf(result, "ready")["seed"].get<std::uint64_t>());
+}
+
+TEST_F(SimCommandLine, FaultTakesOneArgumentAndLeavesTheScene) {
+    const ToolResult result =
+        RunSim({"--fault", "stop", "sweep", "--fault", "resume@0.1", "--for", "0.2", "--json"});
+    EXPECT_EQ(0u, result.exitCode) << result;
+    EXPECT_EQ("sweep", EventOf(result, "ready")["scene"]);
+    EXPECT_EQ(2, EventOf(result, "summary")["faults"]);
+}
+
+TEST_F(SimCommandLine, SecondOneWarnsThatTheyDisturbEachOther) {
+    RunningSim first;
+    const ToolResult second = RunSim({"--for", "0", "--quiet"});
+    EXPECT_EQ(0u, second.exitCode) << second;
+    EXPECT_EQ(
+        "kora4sim: Another kora4sim is running, and both write the engine mask and the "
+        "levels. End one of them.\n",
+        second.err);
+    first.End();
+    EXPECT_EQ("", RunSim({"--for", "0"}).err);
 }
 
 TEST_F(SimCommandLine, CtrlCEndsWithASummary) {
@@ -213,7 +240,10 @@ TEST_F(SimCommandLine, BadInputIsRefusedInWordsAndChangesNothing) {
         {{"--period", "10001"}, 5, "--period takes 10 to 10000 milliseconds."},
         {{"--records", "65"}, 5, "--records takes 0 to 64 processing objects."},
         {{"--recods", "1"}, 2, "Did you mean '--records'?"},
-        {{"--seed", "many"}, 2, "--seed"},
+        {{"--seed", "many"}, 5, "--seed takes 0 to 18446744073709551615."},
+        {{"--seed", "-1"}, 5, "--seed takes 0 to 18446744073709551615."},
+        {{"--seed", "18446744073709551616"}, 5, "--seed takes 0 to 18446744073709551615."},
+        {{"--fault", "stop", "--fault"}, 2, "--fault"},
         {{"--for"}, 2, "--for"},
         {{"music", "speech"}, 2, "speech"},
     };

@@ -345,6 +345,33 @@ TEST_F(SimWatchRuns, TellLevelsThatCannotBeWrittenOnce) {
     EXPECT_LT(1, EventOf(result, "summary")["failures"]);
 }
 
+TEST_F(SimWatchRuns, GoOnWithoutTheStoresKeysAndWithNewOnes) {
+    for (const Words& arguments : {Words{"silence"}, Words{"silence", "--no-publish"}}) {
+        StartSim(arguments);
+        RawStore::DeleteKeys();
+        EXPECT_EQ("problem", NextSeen()["event"]);
+        EXPECT_TRUE(Sim().IsSilentFor(300)) << "told once";
+        RawStore::CreateKeys();
+        EXPECT_EQ("the settings store is back", NextSeen("ready")["cause"]);
+        EXPECT_EQ(KORA4_ENGINE_FULL, RawStore::Number(cStatic, MasterEnablesName()));
+        RawStore::SetNumber(cDynamic, SettingName(cEnablePid), 0);
+        EXPECT_EQ("enable", NextSeen()["event"]) << "changes are watched again";
+        EndSim();
+    }
+}
+
+TEST_F(SimWatchRuns, FailAtTheEndWithoutTheStoresKeys) {
+    StartSim({"silence", "--clean", "--fault", "wrong-types@1"});
+    RemoveKey(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetStatic));
+    NextSeen("problem");
+    EXPECT_TRUE(Sim().IsSilentFor(1000)) << "a fault that cannot happen is no news";
+    Sim().PressCtrlC();
+    const ToolResult result = Sim().WaitForEnd();
+    EXPECT_EQ(cFailed, result.exitCode) << result;
+    CheckEvents(result);
+    EXPECT_EQ("interrupted", EventOf(result, "summary")["cause"]);
+}
+
 TEST_F(SimWatchRuns, AreTheSameAgainWithTheSameSeed) {
     // Without the settings in the levels, so that no clock is in them either.
     std::ofstream("steady.json", std::ios::binary)

@@ -6,8 +6,8 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/utc_time.h"
 #include "contract/messages/trace_files.h"
-#include "kora4ctl/terminal/local_time.h"
 #include "process/files.h"
 
 namespace kora4::tools {
@@ -95,8 +95,7 @@ std::vector<LogFile> LogFiles() {
         LogFile file;
         file.name = Narrow(found.cFileName);
         file.bytes = std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
-        const Moment changed(found.ftLastWriteTime);
-        file.changed = changed.Date() + " " + changed.Time();
+        file.changed = UtcTime(found.ftLastWriteTime).Iso();
         files.push_back(std::move(file));
     } while (FindNextFileW(search, &found));
     FindClose(search);

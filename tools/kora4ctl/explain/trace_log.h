@@ -37,7 +37,7 @@ std::string LogPath(std::string_view tag);
 struct LogFile {
     std::string name;  // "KORA4ASL.log"
     std::uint64_t bytes = 0;
-    std::string changed;  // "2031-05-01 14:03:22", local time
+    std::string changed;  // "2031-05-01T14:03:22.123Z"
 };
 // By name; empty when there is no folder.
 std::vector<LogFile> LogFiles();

@@ -106,7 +106,7 @@ class NotificationListener::Collector final : public Callback {
     template <typename Filler>
     void Keep(Filler fill) {
         Notification told;
-        told.time = Moment::Now();
+        told.time = UtcTime::Now();
         told.tick = GetTickCount64();
         fill(told);
         m_told.push_back(std::move(told));

@@ -9,15 +9,15 @@
 #include <vector>
 
 #include "base/output.h"
+#include "base/utc_time.h"
 #include "kora4ctl/notifications/message_wait.h"
 #include "kora4ctl/notifications/watched_keys.h"
-#include "kora4ctl/terminal/local_time.h"
 
 namespace kora4::tools {
 
 // One call of the library.
 struct Notification {
-    Moment time;
+    UtcTime time;
     ULONGLONG tick = 0;  // milliseconds of the machine's uptime
     std::string event;   // "enable", "profile", "switch", "value", "graphic-eq", "table"
     std::string name;    // of the setting; of a table "custom-profiles"
@@ -26,7 +26,7 @@ struct Notification {
     Json value;
     std::string text;  // the value for people
 
-    // "14:03:22.123  volume-leveler  7"
+    // "14:03:22.123Z  volume-leveler  7"
     std::string Line() const;
     // {"time", "event", "name", "value"}
     Json Document() const;

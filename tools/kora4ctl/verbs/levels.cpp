@@ -4,11 +4,11 @@
 #include <optional>
 
 #include "base/results.h"
+#include "base/utc_time.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/levels_picture.h"
-#include "kora4ctl/terminal/local_time.h"
 #include "kora4ctl/terminal/terminal_screen.h"
 #include "kora4ctl/verbs.h"
 #include "process/api_session.h"
@@ -81,7 +81,7 @@ class Display {
         else if (isNew && m_output.json)
             m_output.PrintJsonLine(Document(look));
         else if (isNew && look.levels)
-            m_output.Print(Moment::Now().Clock() + "  " + LevelsLine(*look.levels));
+            m_output.Print(UtcTime::Now().Clock() + "  " + LevelsLine(*look.levels));
         else if (isNew)
             m_output.Complain(look.Message());
     }
@@ -96,7 +96,7 @@ class Display {
     }
 
     static Json Document(const Look& look) {
-        Json document = {{"time", Moment::Now().Iso()}};
+        Json document = {{"time", UtcTime::Now().Iso()}};
         if (look.levels)
             document.update(LevelsDocument(*look.levels));
         else

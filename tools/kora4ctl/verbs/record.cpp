@@ -4,6 +4,7 @@
 #include "base/results.h"
 #include "base/shown_text.h"
 #include "base/text.h"
+#include "base/utc_time.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
 #include "kora4ctl/command_line/verb.h"
@@ -106,7 +107,7 @@ class Recorder {
         m_lines.Add({{"event", "start"},
                      {"format", cRecordingFormat},
                      {"version", cRecordingVersion},
-                     {"time", Moment::Now().Iso()},
+                     {"time", UtcTime::Now().Iso()},
                      {"settings", m_last}});
     }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl watch: every notification of the library.
+#include "base/utc_time.h"
 #include "kora4ctl/access/held_store.h"
 #include "kora4ctl/command_line/run_limits.h"
 #include "kora4ctl/command_line/verb.h"
@@ -28,7 +29,7 @@ ExitCode Watch(const Context& context, const RunLimits& limits) {
     NotificationListener listener(*api, context.interrupt.Event());
     const Deadline deadline = limits.Start();
     if (output.json)
-        output.PrintJsonLine({{"time", Moment::Now().Iso()}, {"event", "ready"}});
+        output.PrintJsonLine({{"time", UtcTime::Now().Iso()}, {"event", "ready"}});
     output.Say("Watching; press Ctrl-C to stop.");
     unsigned count = 0;
     for (std::vector<Notification> told; !output.IsBroken();) {

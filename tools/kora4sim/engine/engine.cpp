@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -78,26 +79,29 @@ Engine::Engine(const Scene& scene, EngineOptions options, StoreAccess& store,
 ExitCode Engine::Run() {
     try {
         PrepareStore();
-        TellReady();
-        m_start = Clock::now();
-        while (!IsOver()) {
-            m_reporter.SetPicture(m_picture);
-            ApplyDueFaults();
-            LookAtPeriod();
-            Publish();
-            m_milliseconds += m_period;
-            ++m_picture;
-            m_reporter.SetPicture(m_picture);
-            WaitForNextPicture();
-        }
-        // What was announced since the last picture.
-        if (!m_interrupt.IsRequested())
-            LookAtStore();
+        TellReady("start");
     } catch (const Failure&) {
         // Ctrl-C during a wait for the mutex ends the run in the ordinary way.
         if (!m_interrupt.IsRequested())
             throw;
     }
+    m_start = Clock::now();
+    while (!IsOver()) {
+        m_reporter.SetPicture(m_picture);
+        Attempt([this] {
+            ApplyDueFaults();
+            BeginAnewIfLost();
+            LookAtPeriod();
+            Publish();
+        });
+        m_milliseconds += m_period;
+        ++m_picture;
+        m_reporter.SetPicture(m_picture);
+        WaitForNextPicture();
+    }
+    // What was announced since the last picture.
+    if (!m_interrupt.IsRequested() && !m_isLost)
+        Attempt([this] { LookAtStore(); });
     return Finish();
 }
 
@@ -126,6 +130,35 @@ void Engine::PrepareStore() {
         m_reporter.Tell("problem", "companion commands",
                         "problem: the companion commands are not written: " + problem,
                         {{"problem", problem}}, Weight::eMilestone);
+}
+
+template <typename Step>
+void Engine::Attempt(Step step) {
+    try {
+        step();
+    } catch (const Failure& failure) {
+        // Ctrl-C during a wait for the mutex.
+        if (m_interrupt.IsRequested())
+            return;
+        ++m_failures;
+        if (std::exchange(m_isLost, true))
+            return;
+        m_reporter.Tell(
+            "problem", "settings store",
+            std::string("problem: the settings store cannot be used: ") + failure.what(),
+            {{"problem", failure.what()}}, Weight::eMilestone);
+    }
+}
+
+// The library may be registered anew while the engine runs.
+void Engine::BeginAnewIfLost() {
+    if (!m_isLost)
+        return;
+    m_store.Reopen();
+    m_watch = ChangeWatch();
+    PrepareStore();
+    m_isLost = false;
+    TellReady("the settings store is back");
 }
 
 // Values, what announces itself, then the triggers.
@@ -193,8 +226,10 @@ std::uint32_t Engine::StoredPeriod() {
                                   defaults::cSamplingPeriod));
 }
 
+// Read although the command line has another one: that shows whether the store is there.
 void Engine::LookAtPeriod() {
-    const std::uint32_t now = m_options.period ? *m_options.period : StoredPeriod();
+    const std::uint32_t stored = StoredPeriod();
+    const std::uint32_t now = m_options.period.value_or(stored);
     if (now == m_period)
         return;
     const std::string cause =
@@ -212,20 +247,26 @@ bool Engine::IsOver() const {
 
 void Engine::WaitForNextPicture() {
     const Clock::time_point due = m_start + std::chrono::milliseconds(m_milliseconds);
-    if (m_hasToLook)
-        LookAtStore();
-    for (;;) {
+    do {
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(due - Clock::now()).count();
-        const auto wake =
-            m_watch.Wait(static_cast<DWORD>(std::max<long long>(left, 0)), m_interrupt.Event());
+        const auto patience = static_cast<DWORD>(std::max<long long>(left, 0));
+        if (m_isLost) {
+            WaitForSingleObject(m_interrupt.Event(), patience);
+            return;
+        }
+        auto wake = ChangeWatch::Wake::eChanged;
+        Attempt([&] {
+            if (m_hasToLook)
+                LookAtStore();
+            wake = m_watch.Wait(patience, m_interrupt.Event());
+            if (wake == ChangeWatch::Wake::eChanged)
+                LookAtStore();
+        });
         if (wake != ChangeWatch::Wake::eChanged)
             return;
-        LookAtStore();
         // A program that writes without pause must not delay the pictures.
-        if (Clock::now() >= due)
-            return;
-    }
+    } while (Clock::now() < due);
 }
 
 // ---- Levels -----------------------------------------------------------------------------
@@ -242,19 +283,7 @@ void Engine::Publish() {
     if (!m_options.publishes || m_isStopped)
         return;
     const StoredValue value = MakeValue();
-    try {
-        m_store.Write(eKeySetStatic, cLevelsKey, value);
-    } catch (const Failure& failure) {
-        ++m_failures;
-        if (!m_didLastFail)
-            m_reporter.Tell(
-                "problem", "levels",
-                std::string("problem: the levels are not published: ") + failure.what(),
-                {{"problem", failure.what()}}, Weight::eMilestone);
-        m_didLastFail = true;
-        return;
-    }
-    m_didLastFail = false;
+    m_store.Write(eKeySetStatic, cLevelsKey, value);
     m_digest.Add(value);
     ++m_published;
 }
@@ -409,12 +438,12 @@ std::size_t Engine::RestoreValues() {
 
 // ---- Beginning and end ------------------------------------------------------------------
 
-void Engine::TellReady() {
+void Engine::TellReady(const std::string& cause) {
     const std::string profile = ProfileName(m_settings.Profile());
     const std::string mask = Hex(m_scene.mask, 4);
     const char* engine = NameOfEngine(m_scene.mask);
     const DWORD pid = GetCurrentProcessId();
-    m_reporter.Tell("ready", "start",
+    m_reporter.Tell("ready", cause,
                     "ready: scene " + m_scene.name + ", seed " +
                         std::to_string(m_options.seed) + ", engine mask " + mask +
                         (engine != nullptr ? " (" + std::string(engine) + ")" : "") +
@@ -436,7 +465,7 @@ void Engine::TellReady() {
 ExitCode Engine::Finish() {
     m_hold.reset();
     if (m_options.removesLevels)
-        m_store.Delete(eKeySetStatic, cLevelsKey);
+        Attempt([this] { m_store.Delete(eKeySetStatic, cLevelsKey); });
     const std::string cause = m_interrupt.IsRequested() ? "interrupted" : "--for";
     m_reporter.Tell("summary", cause,
                     "summary: " + Counted(m_published, "picture", "pictures") + " published, " +
@@ -449,7 +478,7 @@ ExitCode Engine::Finish() {
                      {"faults", m_faultsApplied},
                      {"digest", m_digest.Text()}},
                     Weight::eMilestone);
-    return m_didLastFail ? ExitCode::eFailed : ExitCode::eDone;
+    return m_isLost ? ExitCode::eFailed : ExitCode::eDone;
 }
 
 }  // namespace kora4::tools::sim

@@ -50,7 +50,7 @@ class Engine {
     Engine(const Scene& scene, EngineOptions options, StoreAccess& store, Reporter& reporter,
            const Interrupt& interrupt);
 
-    // eDone, or eFailed when the levels could not be published to the end.
+    // eDone, or eFailed when the store could not be used to the end.
     ExitCode Run();
 
   private:
@@ -59,11 +59,16 @@ class Engine {
     // The beginning: commands, engine mask and, if asked for, defaults; then the engine's own
     // load.
     void PrepareStore();
+    // Does the step. If the store refuses it, the engine goes on: that is told once, and
+    // every further picture tries to begin anew.
+    template <typename Step>
+    void Attempt(Step step);
+    void BeginAnewIfLost();
     // How many values were written.
     std::size_t WriteDefaults();
     // Why the commands could not be written; empty when they are.
     std::string WriteCommands(const Commands& commands);
-    void TellReady();
+    void TellReady(const std::string& cause);
 
     // The end: releases the mutex, removes the levels if asked to, and reports the sums.
     ExitCode Finish();
@@ -124,7 +129,7 @@ class Engine {
     Digest m_digest;
     std::uint64_t m_published = 0;
     std::uint64_t m_failures = 0;
-    bool m_didLastFail = false;
+    bool m_isLost = false;  // the store refused something since the engine began (anew)
     std::uint64_t m_reloads = 0;
     std::uint64_t m_faultsApplied = 0;
 };
