@@ -28,18 +28,16 @@ Failure CheckedJson::Bad(const std::string& what, const std::string& next) const
 void CheckedJson::CheckMembers(const std::vector<std::string>& needed,
                                const std::vector<std::string>& optional) const {
     if (!m_value.is_object())
-        throw Bad("this must be an object.");
+        throw Bad("expected an object.");
     std::vector<std::string> known = needed;
     known.insert(known.end(), optional.begin(), optional.end());
     for (const auto& [name, value] : m_value.items()) {
         if (std::find(known.begin(), known.end(), name) == known.end())
-            throw Child(value, name)
-                .Bad("no such member is known here. " + Suggestion(name, known));
+            throw Child(value, name).Bad("unknown member. " + Suggestion(name, known));
     }
     for (const std::string& name : needed) {
         if (!m_value.contains(name))
-            throw Bad("the member '" + name +
-                      "' is missing. These are needed: " + Quoted(needed) + ".");
+            throw Bad("member '" + name + "' is missing. Required: " + Quoted(needed) + ".");
     }
 }
 
@@ -58,11 +56,10 @@ CheckedJson CheckedJson::Section(const std::string& member) const {
 
 std::vector<CheckedJson> CheckedJson::Elements(std::size_t least, std::size_t most) const {
     if (!m_value.is_array())
-        throw Bad("this must be an array.");
+        throw Bad("expected an array.");
     if (m_value.size() < least || m_value.size() > most)
-        throw Bad("this must have " +
-                  Range(static_cast<double>(least), static_cast<double>(most)) +
-                  " elements; it has " + std::to_string(m_value.size()) + ".");
+        throw Bad("expected " + Range(static_cast<double>(least), static_cast<double>(most)) +
+                  " elements, got " + std::to_string(m_value.size()) + ".");
     std::vector<CheckedJson> elements;
     for (std::size_t i = 0; i < m_value.size(); ++i)
         elements.emplace_back(m_value[i], m_file, m_place + "[" + std::to_string(i) + "]");
@@ -72,33 +69,33 @@ std::vector<CheckedJson> CheckedJson::Elements(std::size_t least, std::size_t mo
 double CheckedJson::Number(double least, double most) const {
     const double number = m_value.is_number() ? m_value.get<double>() : least - 1;
     if (!(number >= least) || !(number <= most))
-        throw Bad("this must be a number from " + Range(least, most) + ".");
+        throw Bad("expected a number from " + Range(least, most) + ".");
     return number;
 }
 
 unsigned CheckedJson::Count(unsigned least, unsigned most) const {
     const double number = m_value.is_number() ? m_value.get<double>() : -1.0;
     if (number != std::floor(number) || number < least || number > most)
-        throw Bad("this must be a whole number from " + Range(least, most) + ".");
+        throw Bad("expected a whole number from " + Range(least, most) + ".");
     return static_cast<unsigned>(number);
 }
 
 std::string CheckedJson::Text() const {
     if (!m_value.is_string())
-        throw Bad("this must be a text.");
+        throw Bad("expected a text.");
     return m_value.get<std::string>();
 }
 
 std::string CheckedJson::Word(const std::vector<std::string>& words) const {
     const std::string word = Text();
     if (std::find(words.begin(), words.end(), word) == words.end())
-        throw Bad("'" + word + "' is not known here. " + Suggestion(word, words));
+        throw Bad("unknown value '" + word + "'. " + Suggestion(word, words));
     return word;
 }
 
 bool CheckedJson::Switch() const {
     if (!m_value.is_boolean())
-        throw Bad("this must be true or false.");
+        throw Bad("expected true or false.");
     return m_value.get<bool>();
 }
 

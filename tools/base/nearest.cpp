@@ -70,7 +70,7 @@ std::vector<std::string> Nearest(std::string_view word, const std::vector<std::s
 std::string Suggestion(std::string_view word, const std::vector<std::string>& names) {
     const std::vector<std::string> nearest = Nearest(word, names);
     if (nearest.empty())
-        return "It is one of: " + Join(names, ", ") + ".";
+        return "Expected one of: " + Join(names, ", ") + ".";
     std::string text = "Did you mean ";
     for (std::size_t i = 0; i < nearest.size(); ++i) {
         const bool isLast = i + 1 == nearest.size();

@@ -12,7 +12,7 @@ namespace kora4::tools {
 // beginning of the name. Case does not count. Empty when nothing is near.
 std::vector<std::string> Nearest(std::string_view word, const std::vector<std::string>& names);
 
-// "Did you mean 'music' or 'movie'?", or without near ones "It is one of: a, b, c."
+// "Did you mean 'music' or 'movie'?", or without near ones "Expected one of: a, b, c."
 std::string Suggestion(std::string_view word, const std::vector<std::string>& names);
 
 }  // namespace kora4::tools

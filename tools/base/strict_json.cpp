@@ -44,7 +44,7 @@ class Guard {
         std::vector<std::string> path;
         for (const Object& open : m_open)
             path.push_back(open.current);
-        throw BadInput(Join(path, ".") + ": the name appears twice.");
+        throw BadInput(Join(path, ".") + ": duplicate member.");
     }
 
     std::vector<Object> m_open;
@@ -64,15 +64,21 @@ Json ParseStrictJson(std::string_view text) {
     } catch (const Json::exception& error) {
         const auto* const mistake = dynamic_cast<const Json::parse_error*>(&error);
         if (mistake != nullptr && mistake->byte > text.size())
-            throw BadInput("The document is cut off: it ends in the middle.");
-        throw BadInput("The document is not valid JSON: " + ProblemOf(error) + ".");
+            throw BadInput("The document is truncated: it ends unexpectedly.");
+        throw BadInput("Not valid JSON: " + ProblemOf(error) + ".");
     }
 }
 
 std::string ProblemOf(const Json::exception& error) {
-    const std::string message = error.what();
-    const std::size_t begin = message.find("] ");
-    return message.substr(begin == std::string::npos ? 0 : begin + 2);
+    std::string problem = error.what();
+    problem.erase(0, problem.find("] ") + 2);
+    // "parse error at line 1, column 2: while it did something - what is wrong"
+    constexpr std::string_view cPrefix = "parse error at ";
+    const std::size_t place = problem.find(": ");
+    const std::size_t what = problem.find(" - ");
+    if (problem.starts_with(cPrefix) && place < what && what != std::string::npos)
+        problem.replace(place + 2, what + 3 - (place + 2), "").erase(0, cPrefix.size());
+    return problem;
 }
 
 }  // namespace kora4::tools

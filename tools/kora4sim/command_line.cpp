@@ -23,12 +23,11 @@ namespace {
 
 constexpr char cSummary[] =
     "Stands in for the KORA4 audio engine: publishes levels, applies the settings that are\n"
-    "announced in the store, reports what it sees, and goes wrong on demand.";
+    "announced in the store, reports what it sees, and simulates faults on demand.";
 
 constexpr char cExitCodes[] =
-    "Exit codes: 0 done, 1 failed (also after the fault die), 2 wrong command line, 4 the "
-    "store\n"
-    "has no keys because the library is not registered, 5 bad scene, fault or number.\n";
+    "Exit codes: 0 done, 1 failed (also after the fault die), 2 bad command line,\n"
+    "4 no keys of the store: the library is not registered, 5 bad scene, fault or number.\n";
 
 constexpr std::size_t cNameColumns = 26;
 
@@ -61,7 +60,8 @@ std::string FaultHelp() {
 }
 
 Failure OutOfRange(const char* option, const std::string& range) {
-    return Failure(ExitCode::eBadInput, std::string(option) + " takes " + range + ".");
+    return Failure(ExitCode::eBadInput,
+                   "Invalid value for " + std::string(option) + ": expected " + range + ".");
 }
 
 EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
@@ -143,22 +143,21 @@ ExitCode RunEngine(const Choices& choices, Context& context) {
 void AddOptions(Context& context) {
     CLI::App& root = context.root;
     const auto choices = std::make_shared<Choices>();
-    root.add_option("scene", choices->scene,
-                    "a scene by its name (see --list), or the path of a scene file (default: "
-                    "music)");
+    root.add_option(
+        "SCENE", choices->scene,
+        "the name of a scene (see --list), or the path of a scene file; default music");
     root.add_flag("--list", choices->list, "list the scenes and exit");
     root.add_option(
             "--for", choices->seconds,
-            "end after this many seconds, " + Range(0, cLongestRun) + "; default: at Ctrl-C")
+            "end after this many seconds, " + Range(0, cLongestRun) + "; without it, at Ctrl-C")
         ->type_name("S");
-    root.add_option(
-            "--seed", choices->seed,
-            "seed of the random numbers, 0 to 2^64-1 (default: 1); the same seed, scene "
-            "and length publish the same values")
+    root.add_option("--seed", choices->seed,
+                    "seed of the random numbers, 0 to 2^64-1; default 1. The same seed, scene "
+                    "and length publish the same values")
         ->type_name("N");
     root.add_option("--period", choices->period,
-                    "publish every MS milliseconds, " + Range(cShortestPeriod, cLongestPeriod) +
-                        ", whatever the store says")
+                    "publish one frame every MS milliseconds, " +
+                        Range(cShortestPeriod, cLongestPeriod) + ", regardless of the store")
         ->type_name("MS");
     root.add_option("--records", choices->records,
                     "publish this many processing objects, " + Range(0, cMostRecords) +
@@ -167,14 +166,15 @@ void AddOptions(Context& context) {
     root.add_flag("--no-publish", choices->noPublish,
                   "follow the store, but publish no levels");
     root.add_option("--fault", choices->faults,
-                    "go wrong, at once or this many seconds after the start, " +
+                    "simulate a fault (see below), at once or S seconds after the start, " +
                         Range(0, cLongestRun) + "; may be repeated")
         ->type_name("NAME[=ARG][@S]")
         ->allow_extra_args(false);
     root.add_flag("--write-defaults", choices->engine.writesDefaults,
                   "first write the built-in values of all profiles into the store");
-    root.add_flag("--clean", choices->engine.removesLevels,
-                  "remove the levels from the store at the end; otherwise the last ones stay");
+    root.add_flag(
+        "--clean", choices->engine.removesLevels,
+        "remove the levels from the store at the end; otherwise the last ones remain");
     root.footer(FaultHelp() + "\n" + cExitCodes);
     OnRun(root, context, [choices, &context] {
         return choices->list ? ListScenes(context.output) : RunEngine(*choices, context);

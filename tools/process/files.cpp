@@ -61,7 +61,7 @@ bool ReadToEnd(HANDLE file, std::string& content, std::size_t most) {
 std::string ReadWholeFile(const std::string& path) {
     UniqueHandle file;
     HANDLE source = GetStdHandle(STD_INPUT_HANDLE);
-    if (path != "-") {
+    if (!IsStream(path)) {
         file = OpenPath(path, GENERIC_READ, OPEN_EXISTING);
         source = file.Get();
         if (!file)
@@ -69,11 +69,31 @@ std::string ReadWholeFile(const std::string& path) {
     }
     std::string content;
     if (!ReadToEnd(source, content, cMaxFileBytes))
-        throw CannotBe("read", path, GetLastError(), ExitCode::eBadInput);
+        throw CannotBe("read", NameOfInput(path), GetLastError(), ExitCode::eBadInput);
     if (content.size() > cMaxFileBytes)
-        throw Failure(ExitCode::eBadInput, "'" + path + "' is larger than " +
-                                               std::to_string(cMaxFileBytes >> 20) + " MB.");
-    return content;
+        throw BadInput("'" + NameOfInput(path) + "' is larger than " +
+                       std::to_string(cMaxFileBytes >> 20) + " MB.");
+    return DecodedText(content);
+}
+
+bool InputLines::Next(std::string& line) {
+    std::size_t end = m_text.find('\n');
+    while (end == std::string::npos && !m_isAtEnd) {
+        char chunk[8192];
+        DWORD read = 0;
+        m_isAtEnd =
+            !ReadFile(GetStdHandle(STD_INPUT_HANDLE), chunk, sizeof chunk, &read, nullptr) ||
+            read == 0;
+        m_text += m_isAtEnd ? m_decoder.End() : m_decoder.Take({chunk, read});
+        end = m_text.find('\n');
+    }
+    if (end == std::string::npos && m_text.empty())
+        return false;
+    line = m_text.substr(0, end);
+    m_text.erase(0, end == std::string::npos ? end : end + 1);
+    if (line.ends_with('\r'))
+        line.pop_back();
+    return true;
 }
 
 std::string UnfinishedPath(const std::string& path) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/text_decoder.h"
 #include "platform/handles.h"
 #include "process/win32_failure.h"
 
@@ -33,9 +34,30 @@ Win32Failure CannotBe(const char* done, const std::string& path, DWORD error,
 // GetLastError set, when it cannot be read.
 bool ReadToEnd(HANDLE file, std::string& content, std::size_t most = SIZE_MAX);
 
-// The bytes of a file, or of standard input for "-". Failure with eBadInput when it cannot be
-// read or is larger than cMaxFileBytes.
+// Whether the path stands for standard input or output: "-", or none.
+inline bool IsStream(const std::string& path) {
+    return path.empty() || path == "-";
+}
+// How messages call a file, or standard input.
+inline std::string NameOfInput(const std::string& path) {
+    return IsStream(path) ? "standard input" : path;
+}
+
+// The text of a file, or of standard input, as UTF-8 (text_decoder.h). Failure with eBadInput
+// when it cannot be read or is larger than cMaxFileBytes.
 std::string ReadWholeFile(const std::string& path);
+
+// The lines of standard input as they come, as UTF-8.
+class InputLines {
+  public:
+    // Without its line end; false at the end of the input.
+    bool Next(std::string& line);
+
+  private:
+    TextDecoder m_decoder;
+    std::string m_text;
+    bool m_isAtEnd = false;
+};
 
 // Makes the file, or replaces its content in one step: what was in it before is there until
 // everything new is on disk. Failure with eFailed when it cannot be written.

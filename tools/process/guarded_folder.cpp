@@ -45,7 +45,7 @@ class ListForNew {
     explicit ListForNew(const FileSecurity& security) {
         if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(
                 security.ListForNew().c_str(), SDDL_REVISION_1, m_descriptor.Put(), nullptr))
-            throw Win32Failure(GetLastError(), "An access list cannot be made");
+            throw Win32Failure(GetLastError(), "An access list cannot be created");
         m_attributes.lpSecurityDescriptor = m_descriptor.Get();
     }
     SECURITY_ATTRIBUTES* Get() { return &m_attributes; }
@@ -57,17 +57,18 @@ class ListForNew {
 
 // Renames what stands at the path: a link itself, not what it leads to.
 std::string MoveAway(const std::string& path, const FileSecurity& security) {
-    constexpr char cNext[] = "Find out who made it, and remove it as an administrator.";
+    constexpr char cNext[] = "Find out who created it, and remove it as an administrator.";
     {
         // Wine renames what a link leads to.
         const UniqueHandle itself = OpenItself(path, 0, cShareAll);
         if (itself && security.FactsOf(itself.Get(), path).isElsewhere)
-            throw Failure(ExitCode::eFailed, path + " is a link.", cNext);
+            throw Failure(ExitCode::eFailed, "'" + path + "' is a link.", cNext);
     }
     const std::string target = path + ".moved-" + UtcTime::Now().FileStamp();
     if (!MoveFileExW(Widen(path).c_str(), Widen(target).c_str(), 0))
-        throw Win32Failure(GetLastError(),
-                           path + " is not this program's, and cannot be moved aside", cNext);
+        throw Win32Failure(
+            GetLastError(),
+            "'" + path + "' was not created by this program and cannot be moved aside", cNext);
     return target;
 }
 
@@ -96,12 +97,12 @@ std::string GuardedFolder::Prepare() const {
         moved = MoveAway(m_path, m_security);
     if (standing != Standing::eTrusted) {
         if (!CreateDirectoryW(Widen(m_path).c_str(), ListForNew(m_security).Get()))
-            throw Win32Failure(GetLastError(), "The folder " + m_path + " cannot be created");
+            throw Win32Failure(GetLastError(), "The folder '" + m_path + "' cannot be created");
         standing = FindFolder();
     }
     if (standing != Standing::eTrusted)
         throw Failure(ExitCode::eFailed,
-                      "The folder " + m_path + " cannot be kept from other users.");
+                      "The folder '" + m_path + "' cannot be protected from other users.");
     return moved;
 }
 
@@ -124,7 +125,7 @@ std::string GuardedFolder::Read(const std::string& name) const {
     const std::string path = PathOf(name);
     if (Find(name, &file) != Standing::eTrusted)
         throw Failure(ExitCode::eFailed,
-                      path + " does not exist, or is not this program's own file.");
+                      "'" + path + "' does not exist, or was not created by this program.");
     std::string text;
     if (!ReadToEnd(file.Get(), text))
         throw CannotBe("read", path, GetLastError());

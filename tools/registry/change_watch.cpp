@@ -11,10 +11,10 @@ namespace {
 [[noreturn]] void Refuse(const char* doing, LSTATUS status) {
     const bool isMissing = status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND ||
                            status == ERROR_KEY_DELETED;
-    throw Win32Failure(
-        static_cast<DWORD>(status), doing,
-        isMissing ? "Run 'kora4ctl register'." : "Run 'kora4ctl doctor' to find out why.",
-        isMissing ? ExitCode::eNotReady : ExitCode::eFailed);
+    throw Win32Failure(static_cast<DWORD>(status), doing,
+                       isMissing ? "Run 'kora4ctl register' as an administrator."
+                                 : "Run 'kora4ctl doctor' to find out why.",
+                       isMissing ? ExitCode::eNotReady : ExitCode::eFailed);
 }
 
 }  // namespace

@@ -38,11 +38,12 @@ LSTATUS Open(KORA4KeySet keySet, REGSAM access, UniqueRegKey& hKey) {
     const std::string next =
         status == ERROR_ACCESS_DENIED
             ? keySet == eKeySetApp
-                  ? "The app keys belong to the installer: run this as an administrator."
-                  : "Run 'kora4ctl register' as an administrator: it lets every user write "
-                    "the store."
-        : status == ERROR_KEY_DELETED ? "The key has been deleted. Run 'kora4ctl register'."
-                                      : "Run 'kora4ctl doctor' to find out why.";
+                  ? "Run this as an administrator: only administrators can write the app keys."
+                  : "Run 'kora4ctl register' as an administrator; it gives every user write "
+                    "access to the store."
+        : status == ERROR_KEY_DELETED
+            ? "The key was deleted. Run 'kora4ctl register' as an administrator."
+            : "Run 'kora4ctl doctor' to find out why.";
     throw Win32Failure(static_cast<DWORD>(status), doing, next);
 }
 
@@ -93,9 +94,9 @@ void RegistryStore::OpenNeeded(KORA4KeySet keySet, REGSAM access, UniqueRegKey& 
     const LSTATUS status = Open(keySet, access, hKey);
     if (status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND)
         throw Failure(ExitCode::eNotReady,
-                      "The settings store is not there: HKEY_LOCAL_MACHINE\\" +
-                          KeySetPath(keySet) + " does not exist.",
-                      "Run 'kora4ctl register'.");
+                      "The settings store does not exist: HKEY_LOCAL_MACHINE\\" +
+                          KeySetPath(keySet) + " is missing.",
+                      "Run 'kora4ctl register' as an administrator.");
     if (status != ERROR_SUCCESS)
         Refuse(status, "Opening the " + KeySetName(keySet) + " keys", keySet);
 }

@@ -47,8 +47,8 @@ std::string Backups::Keep(const std::string& verb, StoreAccess& store, const Sto
         return m_folder.PathOf(name);
     } catch (const Failure& failure) {
         throw Failure(failure.Code(),
-                      "The backup of the settings cannot be kept. " +
-                          std::string(failure.what()) + " Nothing was changed.",
+                      "The settings cannot be backed up. " + std::string(failure.what()) +
+                          " Nothing was changed.",
                       failure.Next());
     }
 }

@@ -39,8 +39,8 @@ StoredValue EncodeNumber(Kind kind, const Value& content) {
         return StoredValue::FromDword(*on ? 1 : 0);
     const std::uint32_t number = std::get<std::uint32_t>(content);
     if (kind == Kind::eCurveIndex && number >= eNumberIEQPatches)
-        throw BadInput("There are " + std::to_string(eNumberIEQPatches) +
-                       " curves, counted from 0; no reader takes " + std::to_string(number) +
+        throw BadInput("Invalid curve " + std::to_string(number) +
+                       ": curves are numbered 0 to " + std::to_string(eNumberIEQPatches - 1) +
                        ".");
     return StoredValue::FromDword(number);
 }
@@ -48,26 +48,24 @@ StoredValue EncodeNumber(Kind kind, const Value& content) {
 StoredValue EncodeText(const std::string& content) {
     const std::u16string text = ToUtf16(content);
     if (text.find(u'\0') != std::u16string::npos)
-        throw BadInput("A text cannot have a null character in it.");
+        throw BadInput("A text cannot contain null characters.");
     if (text.size() > cMaxTextChars)
-        throw BadInput("The text has " + std::to_string(text.size()) +
-                       " characters; no reader takes more than " +
-                       std::to_string(cMaxTextChars) + ".");
+        throw BadInput("The text has " + std::to_string(text.size()) + " characters; at most " +
+                       std::to_string(cMaxTextChars) + " can be read back.");
     return StoredValue::FromText(text);
 }
 
 StoredValue EncodeFloat(float content) {
     const std::u16string text = FormatFloatText(content);
     if (!ParseFloatText(text))
-        throw BadInput("Only a number that is neither infinite nor undefined can be stored.");
+        throw BadInput("Only finite numbers can be stored.");
     return StoredValue::FromText(text);
 }
 
 void CheckCount(std::size_t count) {
     if (count > cMaxArrayElements)
-        throw BadInput("The array has " + std::to_string(count) +
-                       " elements; no reader takes more than " +
-                       std::to_string(cMaxArrayElements) + ".");
+        throw BadInput("The array has " + std::to_string(count) + " elements; at most " +
+                       std::to_string(cMaxArrayElements) + " can be read back.");
 }
 
 // An element has 16 bits; one that does not fit would read back as another number.
@@ -78,9 +76,8 @@ void CheckElements(const std::vector<float>& elements, std::uint32_t scale) {
         const double stored = std::trunc(static_cast<double>(element) * scale);
         if (stored >= lowest && stored <= highest)
             continue;
-        throw BadInput(Decimal(element) +
-                       " cannot be stored in an array: the smallest number is " +
-                       Decimal(static_cast<float>(lowest / scale)) + " and the largest " +
+        throw BadInput(Decimal(element) + " cannot be stored in an array: out of range, " +
+                       Decimal(static_cast<float>(lowest / scale)) + " to " +
                        Decimal(static_cast<float>(highest / scale)) + ".");
     }
 }

@@ -30,14 +30,14 @@ const char* ScopeName(Scope scope) {
 constexpr std::size_t cMaxDataBytes = 1024 * 1024;
 
 std::string Excerpt(const Json& json) {
-    std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string text = json.dump(-1, ' ', true, Json::error_handler_t::replace);
     constexpr std::size_t cLongest = 60;
-    return text.size() > cLongest ? "this value" : text;
+    return text.size() > cLongest ? text.substr(0, cLongest) + "..." : text;
 }
 
 Failure BadForm(const Setting& setting, const CheckedJson& json) {
-    return json.Bad(Excerpt(json.Raw()) + " is not a value for it.",
-                    "Allowed: " + setting.Allowed() + ".");
+    return json.Bad("invalid value " + Excerpt(json.Raw()) + ": expected " + setting.Allowed() +
+                    ".");
 }
 
 bool IsWhole(const Json& json) {
@@ -51,7 +51,7 @@ float ReadFloat(const Setting& setting, const CheckedJson& json) {
     const auto number = static_cast<float>(json.Raw().get<double>());
     // Half a step beyond the largest float rounds down to it.
     if (!std::isfinite(number))
-        throw json.Bad(Excerpt(json.Raw()) + " is too large.");
+        throw json.Bad("invalid value " + Excerpt(json.Raw()) + ": too large.");
     return number;
 }
 
@@ -106,15 +106,15 @@ StoredValue ReadRaw(const CheckedJson& json) {
         return Encoded({.kind = Kind::eText}, json["text"].Text(), json);
     }
     if (json.Raw().size() != 2 || !json.Has("type") || !json.Has("data"))
-        throw json.Bad("an object here has either 'text', or 'type' and 'data'.");
+        throw json.Bad("expected an object with 'text', or with 'type' and 'data'.");
     const Json& type = json["type"].Raw();
     if (!IsWhole(type))
-        throw json.Bad("'type' must be the number of a registry type.");
+        throw json.Bad("invalid 'type': expected the number of a registry type.");
     const std::optional<Bytes> bytes = FromHex(json["data"].Text());
     if (!bytes)
-        throw json.Bad("'data' must be an even number of hexadecimal digits.");
+        throw json.Bad("invalid 'data': expected an even number of hexadecimal digits.");
     if (bytes->size() > cMaxDataBytes)
-        throw json.Bad("'data' is too large for a value of the registry.");
+        throw json.Bad("invalid 'data': too large for a registry value.");
     return {type.get<std::uint32_t>(), *bytes};
 }
 
@@ -164,17 +164,6 @@ bool Has(const Setting& setting, std::uint32_t profile) {
 
 // ---- Reading ------------------------------------------------------------------------------
 
-// Converts UTF-16 with its byte order mark, into which some programs redirect, to UTF-8.
-std::string WithoutMark(std::string_view text) {
-    if (!text.starts_with("\xFF\xFE"))
-        return std::string(text);
-    std::u16string wide;
-    for (std::size_t i = 2; i + 1 < text.size(); i += 2)
-        wide += static_cast<char16_t>(static_cast<unsigned char>(text[i]) |
-                                      static_cast<unsigned char>(text[i + 1]) << 8);
-    return ToUtf8(wide);
-}
-
 CheckedJson Member(const CheckedJson& document, const char* name, const char* meaning) {
     if (!document.Has(name))
         throw document.Bad(
@@ -185,23 +174,23 @@ CheckedJson Member(const CheckedJson& document, const char* name, const char* me
 
 Scope ReadHead(const CheckedJson& document) {
     if (!document.Raw().is_object())
-        throw document.Bad("The document is JSON, but not an object.", cMadeByDump);
+        throw document.Bad("Not a settings document: expected a JSON object.", cMadeByDump);
     const CheckedJson format = Member(document, "format", "says what it is");
     if (format.Raw() != cDocumentFormat)
-        throw format.Bad(std::string("this is not a settings document, which says '") +
-                         cDocumentFormat + "'.");
+        throw format.Bad(std::string("not a settings document: expected '") + cDocumentFormat +
+                         "'.");
     const CheckedJson version = Member(document, "version", "says how to read it");
     if (!version.Raw().is_number_integer() || version.Raw().get<std::int64_t>() < 1)
-        throw version.Bad("this must be a number from 1 on.");
+        throw version.Bad("expected a whole number from 1.");
     if (version.Raw() != cDocumentVersion)
-        throw document.Bad(
-            "version " + version.Raw().dump() +
-            " is newer than this program knows: " + std::to_string(cDocumentVersion) + ".");
+        throw document.Bad("version " + version.Raw().dump() +
+                           " is not supported; the newest supported version is " +
+                           std::to_string(cDocumentVersion) + ".");
     const CheckedJson scope = Member(document, "scope", "says what it covers");
     for (const Scope known : {Scope::eUser, Scope::eAll})
         if (scope.Raw() == ScopeName(known))
             return known;
-    throw scope.Bad("this must be 'user' or 'all'.");
+    throw scope.Bad("expected 'user' or 'all'.");
 }
 
 class Reader {
@@ -257,7 +246,7 @@ class Reader {
             if (!isCovered && !setting->perProfile && json.Has(setting->name))
                 throw json[setting->name].Bad(
                     "documents of scope 'user' do not cover this setting.",
-                    "Change the scope to 'all', which then covers all the others, too.");
+                    "Change the scope to 'all'; it covers all settings.");
         }
     }
 
@@ -317,7 +306,7 @@ Json ToDocument(const SchemaValue& value, const std::optional<StoredValue>& stor
 std::string Shown(const SchemaValue& value, const std::optional<StoredValue>& stored) {
     const Json json = ToDocument(value, stored);
     if (json.is_null())
-        return "not stored";
+        return "unset";
     return json.is_object() ? Describe(*stored) : json.dump();
 }
 
@@ -365,7 +354,7 @@ Json Dump(StoreAccess& store, Scope scope, InDemo inDemo) {
 }
 
 Plan ReadDocument(std::string_view text, Completeness completeness) {
-    return CheckDocument(ParseStrictJson(WithoutMark(text)), completeness);
+    return CheckDocument(ParseStrictJson(text), completeness);
 }
 
 Plan CheckDocument(const Json& document, Completeness completeness) {

@@ -20,7 +20,7 @@ namespace {
 struct Problem {
     Severity severity = Severity::eNote;
     std::string text;
-    // By default the value is deleted, and the built-in default is in force.
+    // By default the value is deleted, and the built-in default is in effect.
     std::optional<StoredValue> repaired;
     bool isRepaired = true;
 };
@@ -46,12 +46,12 @@ Problem Warning(std::string text) {
 
 std::string WhyUnreadable(const SchemaValue& value, const StoredValue& stored) {
     if (value.kind == Kind::eCurveIndex && stored.AsDword())
-        return "there are only " + std::to_string(eNumberIEQPatches) + " curves";
+        return "curves are numbered 0 to " + std::to_string(eNumberIEQPatches - 1);
     if (TypeOf(value.kind) == cDwordType)
-        return "a number has 4 bytes, this has " + std::to_string(stored.bytes.size());
+        return "expected a number of 4 bytes, got " + std::to_string(stored.bytes.size());
     if (!stored.AsText())
         return "a text of " + std::to_string(stored.bytes.size()) +
-               " bytes is too long; readers take " + std::to_string(cMaxTextBytes);
+               " bytes is too long; readers accept " + std::to_string(cMaxTextBytes);
     switch (value.kind) {
         case Kind::eFloat:
             return "the text is not a number";
@@ -67,8 +67,8 @@ Verdict CheckProfile(const SchemaValue& value, std::uint32_t profile) {
     const bool isRight = isSaved ? IsSelectableProfile(profile) : IsAllowableProfile(profile);
     if (isRight)
         return {};
-    return Warning(isSaved ? "no profile has this number; leaving the demo activates movie"
-                           : "no profile has this number");
+    return Warning(isSaved ? "not the number of a profile; leaving the demo makes movie active"
+                           : "not the number of a profile");
 }
 
 Verdict CheckMask(std::uint32_t mask) {
@@ -83,13 +83,13 @@ Verdict CheckMask(std::uint32_t mask) {
 
 Verdict CheckLevels(const Bytes& blob) {
     if (blob.size() < vis::cHeadSize)
-        return Warning("levels have at least " + std::to_string(vis::cHeadSize) +
-                       " bytes, these have " + std::to_string(blob.size()));
+        return Warning("expected at least " + std::to_string(vis::cHeadSize) +
+                       " bytes of levels, got " + std::to_string(blob.size()));
     const std::uint32_t stated = vis::StatedAPOs(blob.data(), blob.size());
     const std::uint32_t records = vis::CountAPOs(blob.data(), blob.size());
     if (records == stated)
         return {};
-    return Warning("the levels state " + std::to_string(stated) + " records but hold " +
+    return Warning("the levels announce " + std::to_string(stated) + " records but contain " +
                    std::to_string(records));
 }
 
@@ -104,7 +104,7 @@ Verdict CheckContent(const SchemaValue& value, const Value& content) {
         return CheckLevels(std::get<Bytes>(content));
     const Setting* const setting = value.role == Role::eField ? SettingOf(value) : nullptr;
     if (setting && !IsInRange(*setting, content))
-        return Warning("it is out of range: the API sets " + setting->Allowed());
+        return Warning("out of range, " + setting->Allowed());
     return {};
 }
 
@@ -117,7 +117,7 @@ Verdict CheckTermination(const StoredValue& stored) {
         return {};
     Problem problem = Warning(stored.bytes.size() < proper.bytes.size()
                                   ? "the text has no terminator"
-                                  : "the text does not end with its terminator");
+                                  : "the text continues after its terminator");
     // One more character may be more than readers take.
     if (proper.AsText())
         problem.repaired = proper;
@@ -127,7 +127,7 @@ Verdict CheckTermination(const StoredValue& stored) {
 Verdict Check(const SchemaValue& value, const StoredValue& stored) {
     const std::uint32_t type = TypeOf(value.kind);
     if (stored.type != type)
-        return Error("it is a " + TypeName(stored.type) + " and must be a " + TypeName(type));
+        return Error("expected a " + TypeName(type) + ", got a " + TypeName(stored.type));
     const std::optional<Value> content = Decode(value, stored);
     if (!content)
         return Error(WhyUnreadable(value, stored));
@@ -141,9 +141,9 @@ std::string RepairOf(const SchemaValue& value, const Problem& problem) {
     if (!problem.isRepaired)
         return {};
     if (problem.repaired)
-        return "stored properly, with the content that readers see";
+        return "stored again with a proper terminator";
     const std::optional<StoredValue> builtIn = value.Default();
-    return builtIn ? "deleted, so that the default is in force: " + Describe(*builtIn)
+    return builtIn ? "deleted, so that the default is in effect: " + Describe(*builtIn)
                    : "deleted";
 }
 
@@ -170,7 +170,7 @@ void AddUnknown(std::vector<Finding>& findings, StoreAccess& store, KORA4KeySet 
         Finding finding;
         finding.keySet = keySet;
         finding.valueName = name;
-        finding.problem = "no value of this name is known";
+        finding.problem = "unknown value name";
         if (key)
             if (const std::optional<StoredValue> stored = store.Read(keySet, *key))
                 finding.stored = Describe(*stored);
@@ -186,7 +186,7 @@ const char* SeverityName(Severity severity) {
 }
 
 std::string Finding::Line() const {
-    const std::string value = valueName.empty() ? "the value without a name" : valueName;
+    const std::string value = valueName.empty() ? "the unnamed value" : valueName;
     const std::string place =
         name.empty() ? value + " in the " + KeySetName(keySet) + " keys"
                      : (profile ? ProfileName(*profile) + ": " : std::string()) + name;

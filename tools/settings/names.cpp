@@ -41,7 +41,7 @@ std::optional<std::uint32_t> FindProfile(std::string_view word) {
 std::uint32_t ParseProfile(std::string_view word) {
     if (const std::optional<std::uint32_t> profile = FindProfile(word))
         return *profile;
-    throw Failure(ExitCode::eBadInput, "There is no profile '" + std::string(word) + "'.",
+    throw Failure(ExitCode::eBadInput, "Unknown profile '" + std::string(word) + "'.",
                   Suggestion(word, ProfileNames()));
 }
 
@@ -76,7 +76,7 @@ const TechnologyWord& WordOf(Technology technology) {
     for (const TechnologyWord& known : AllTechnologies())
         if (known.technology == technology)
             return known;
-    throw Failure(ExitCode::eFailed, "There is no technology of number " +
+    throw Failure(ExitCode::eFailed, "There is no technology with the number " +
                                          std::to_string(technology.number) + ".");
 }
 

@@ -193,8 +193,8 @@ const SchemaValue* FindInSchema(KORA4KeySet keySet, const PropertyKey& key) {
 SchemaValue SettingValue(const PropertyKey& key) {
     if (const GeneralSetting* const setting = contract::FindGeneralSetting(key))
         return FromGeneral(*setting);
-    throw Failure(ExitCode::eFailed,
-                  "The store has no setting of property id " + std::to_string(key.pid) + ".");
+    throw Failure(ExitCode::eFailed, "The store has no setting with the property id " +
+                                         std::to_string(key.pid) + ".");
 }
 
 SchemaValue SwitchValue(Technology technology, std::uint32_t profile) {
@@ -209,8 +209,8 @@ SchemaValue FieldValue(Technology technology, std::uint32_t profile, std::uint32
         if (value.key.pid == pid)
             return value;
     throw Failure(ExitCode::eFailed, "A " + std::string(WordOf(technology).title) +
-                                         " has no field of property id " + std::to_string(pid) +
-                                         ".");
+                                         " has no field with the property id " +
+                                         std::to_string(pid) + ".");
 }
 
 std::vector<SchemaValue> FieldValues(Technology technology, std::uint32_t profile) {

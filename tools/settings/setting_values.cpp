@@ -21,10 +21,14 @@ std::string NumberText(double number) {
 
 [[noreturn]] void Refuse(const Setting& setting, std::string_view text,
                          const std::string& reason = {}) {
-    throw Failure(ExitCode::eBadInput,
-                  "'" + std::string(text) + "' is not a value for '" + setting.name + "'" +
-                      (reason.empty() ? "." : ": " + reason + "."),
-                  "Allowed: " + setting.Allowed() + ".");
+    throw BadInput("Invalid value '" + std::string(text) + "' for '" + setting.name +
+                   "': " + (reason.empty() ? "" : reason + "; ") + "expected " +
+                   setting.Allowed() + ".");
+}
+
+[[noreturn]] void RefuseAsOutOfRange(const Setting& setting, std::string_view text) {
+    throw BadInput("Invalid value '" + std::string(text) + "' for '" + setting.name +
+                   "': out of range, " + setting.Allowed() + ".");
 }
 
 std::string_view Trimmed(std::string_view text) {
@@ -49,13 +53,13 @@ bool IsWhole(Kind kind) {
 Value FromNumber(const Setting& setting, double number, std::string_view text) {
     if (!IsWhole(setting.kind)) {
         if (std::fabs(number) > std::numeric_limits<float>::max())
-            Refuse(setting, text, "it is too large");
+            Refuse(setting, text, "too large");
         return static_cast<float>(number);
     }
     if (number != std::floor(number))
-        Refuse(setting, text, "only whole numbers can be stored");
+        Refuse(setting, text, "not a whole number");
     if (number < 0 || number > cLargestNumber)
-        Refuse(setting, text, "it is out of range");
+        RefuseAsOutOfRange(setting, text);
     return static_cast<std::uint32_t>(number);
 }
 
@@ -80,14 +84,14 @@ Value ParseRelative(const Setting& setting, std::string_view text,
     if (!step || *step < 0)
         Refuse(setting, text);
     if (isPercent && !setting.highest)
-        Refuse(setting, text, "a percentage is of the range, and it has none");
+        Refuse(setting, text, "percentages need a range");
     if (isPercent)
         *step *= (*setting.highest - *setting.lowest) / 100;
     if (isPercent && IsWhole(setting.kind) && *step > 0)
         *step = std::max(1.0, std::round(*step));
     const std::optional<double> start = current ? NumberOf(*current) : std::nullopt;
     if (!start)
-        Refuse(setting, text, "there is no current value to start from");
+        Refuse(setting, text, "no current value to start from");
     const double wanted = *start + (isMinus ? -*step : *step);
     return FromNumber(setting,
                       std::clamp(wanted, setting.lowest.value_or(0),
@@ -227,7 +231,7 @@ std::string Setting::Allowed() const {
         case Kind::eBlob:
             return "bytes";
         case Kind::eFlagArray:
-            return most + " times on or off";
+            return most + " values, each on or off";
         case Kind::eNumericArray:
             return most + " numbers" + (range.empty() ? "" : " from " + range) +
                    (unit.empty() ? "" : " " + unit);
@@ -272,7 +276,7 @@ bool IsInRange(const Setting& setting, const Value& value) {
 void CheckRange(const Setting& setting, const Value& value) {
     const std::string number = OutOfRange(setting, value);
     if (!number.empty())
-        Refuse(setting, number, "it is out of range");
+        RefuseAsOutOfRange(setting, number);
 }
 
 std::string FormatValue(const Setting& setting, const Value& value, bool withUnit) {

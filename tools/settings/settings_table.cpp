@@ -179,7 +179,7 @@ Setting VersionRow() {
 // Both arrays in one: what `eq` shows and changes.
 Setting GraphicRow(const TechnologyWord& technology) {
     Setting setting =
-        RowOf({}, technology.word, "the bands of the graphic equalizer; changed with 'eq'",
+        RowOf({}, technology.word, "the bands of the graphic equalizer; change them with 'eq'",
               ApiMethods::eBands);
     setting.kind = Kind::eNumericArray;
     setting.unit = "dB";
@@ -266,7 +266,7 @@ std::vector<Setting> MakeTable() {
 
 SchemaValue Setting::Stored(std::uint32_t number) const {
     if (!isStored)
-        throw Failure(ExitCode::eFailed, "'" + name + "' is not one value of the store.");
+        throw Failure(ExitCode::eFailed, "'" + name + "' is not a single stored value.");
     return InProfile(number);
 }
 
@@ -313,7 +313,7 @@ const Setting* FindSetting(std::string_view name) {
 const Setting& SettingNamed(std::string_view name) {
     if (const Setting* const setting = FindSetting(name))
         return *setting;
-    throw Failure(ExitCode::eBadInput, "There is no setting '" + std::string(name) + "'.",
+    throw Failure(ExitCode::eBadInput, "Unknown setting '" + std::string(name) + "'.",
                   Suggestion(name, SettingNames()));
 }
 

@@ -54,7 +54,7 @@ std::string RefuseOverJournal(const JournalFile& file) {
     throw Failure(ExitCode::eFailed,
                   "An earlier change of the settings was interrupted; its journal is " +
                       file.Path() + ". Nothing was changed.",
-                  "Run 'kora4ctl doctor' first: it undoes or finishes that change.");
+                  "Run 'kora4ctl doctor' first; it undoes or finishes that change.");
 }
 
 // Restores every value that has changed and announces it again. Continues after a refusal and
@@ -87,12 +87,12 @@ void Restore(StoreAccess& store, const Journal& journal) {
         Restore(store, journal);
     } catch (const std::exception& failure) {
         throw Failure(ExitCode::eFailed,
-                      reason + " Putting back what was there before failed as well: " +
-                          failure.what() + " The journal stays at " + file.Path() + ".",
-                      "Run 'kora4ctl doctor': it puts the rest back.");
+                      reason + " Restoring the previous values failed, too: " + failure.what() +
+                          " The journal is still " + file.Path() + ".",
+                      "Run 'kora4ctl doctor' to restore the rest.");
     }
     file.Remove();
-    throw Failure(ExitCode::eFailed, reason + " What was there before has been put back.");
+    throw Failure(ExitCode::eFailed, reason + " The previous values were restored.");
 }
 
 void WriteAll(StoreAccess& store, const Journal& journal, const IsInterrupted& isInterrupted) {
@@ -192,14 +192,14 @@ Applied Apply(const Plan& plan, StoreAccess& store, const StoreLock&, const Jour
         keepBackup();
     const Journal journal = JournalOf(InOrderOfWriting(applied.changes));
     applied.announcements = journal.counters.size();
-    Explained("The journal that a change of the settings needs cannot be written. ",
-              " Nothing was changed.", [&] { file.Write(journal); });
+    Explained("The journal cannot be written. ", " Nothing was changed.",
+              [&] { file.Write(journal); });
     try {
         WriteAll(store, journal, isInterrupted);
     } catch (const std::exception& failure) {
         GiveUp(store, journal, file, failure.what());
     }
-    Explained("Everything was written, but the journal cannot be removed. ", "",
+    Explained("All values were written, but the journal cannot be removed. ", "",
               [&] { file.Remove(); });
     return applied;
 }
@@ -231,8 +231,7 @@ std::string Recovered::InWords() const {
         case Recovery::eNothing:
             return "No change of the settings was interrupted.";
         case Recovery::eUnreadable:
-            return "There is a journal of a change of the settings that this program cannot "
-                   "read, or did not make: " +
+            return "There is a journal that this program cannot read, or did not write: " +
                    journal + ". Nothing was restored from it." +
                    (isDone ? " It is now " + movedTo + "." : "");
         case Recovery::eNotBegun:
@@ -247,18 +246,18 @@ std::string Recovered::InWords() const {
                     (isDone ? "was announced to the clients." : "has yet to be announced.");
             break;
         case Recovery::eUndone:
-            words = "A change of the settings was interrupted half-way; " +
+            words = "A change of the settings was interrupted partway; " +
                     Counted(restored.size(), "value", "values") +
-                    (restored.size() == 1 ? isDone ? " was" : " is to be"
-                     : isDone             ? " were"
-                                          : " are to be") +
-                    " put back.";
+                    (!isDone                ? " will be"
+                     : restored.size() == 1 ? " was"
+                                            : " were") +
+                    " restored.";
             break;
     }
     if (!foreign.empty())
         words += " " + Counted(foreign.size(), "value", "values") +
-                 " that somebody else has changed since " +
-                 (foreign.size() == 1 ? "stays as it is." : "stay as they are.");
+                 " changed by another program since then " +
+                 (foreign.size() == 1 ? "is kept." : "are kept.");
     if (!notRestored.empty())
         words += " Application keys are never restored: check " + Join(notRestored, ", ") + ".";
     return words;

@@ -26,8 +26,7 @@ TEST_P(FailingLoad, AtEachWriteLeavesTheOldStore) {
         EXPECT_EQ(cFailed, result.exitCode) << result;
         EXPECT_EQ("", result.out) << result;
         EXPECT_NE(std::string::npos, result.err.find("refused for a trial")) << result;
-        EXPECT_NE(std::string::npos,
-                  result.err.find("What was there before has been put back."))
+        EXPECT_NE(std::string::npos, result.err.find("The previous values were restored."))
             << result;
         EXPECT_FALSE(HasJournal());
         ExpectSettings(m_stores.before);
@@ -65,7 +64,7 @@ TEST_F(InterruptedLoad, ByCtrlCLeavesTheOldStoreAndSaysSo) {
         EXPECT_EQ(cFailed, result.exitCode) << result;
         EXPECT_EQ("", result.out);
         EXPECT_NE(std::string::npos,
-                  result.err.find("Interrupted. What was there before has been put back."))
+                  result.err.find("Interrupted. The previous values were restored."))
             << result;
         EXPECT_FALSE(HasJournal());
         ExpectSettings(m_stores.before);
@@ -94,7 +93,7 @@ TEST_F(InterruptedLoad, WhosePuttingBackFailsKeepsItsJournalAndDoctorDoesTheRest
         ReplaceStoreValues(m_stores.before);
         const ToolResult result = LoadWith(At("fail-from", n));
         EXPECT_EQ(cFailed, result.exitCode) << result;
-        EXPECT_NE(std::string::npos, result.err.find("failed as well")) << result;
+        EXPECT_NE(std::string::npos, result.err.find("failed, too")) << result;
         EXPECT_NE(std::string::npos, result.err.find(JournalPath())) << result;
         EXPECT_NE(std::string::npos, result.err.find("kora4ctl doctor")) << result;
         EXPECT_TRUE(HasJournal());
@@ -150,8 +149,7 @@ TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
     const Json* const finding = FindingOfLoad(told);
     ASSERT_TRUE(finding);
     EXPECT_EQ("warning", (*finding)["severity"]);
-    EXPECT_NE(std::string::npos,
-              (*finding)["what"].get<std::string>().find("are to be put back"))
+    EXPECT_NE(std::string::npos, (*finding)["what"].get<std::string>().find("will be restored"))
         << *finding;
     ExpectStore(half);
     EXPECT_EQ(journal, ContentOf(JournalPath()));
@@ -164,7 +162,7 @@ TEST_F(InterruptedLoad, LeavesTheMutexAbandonedAndTheNextOneSaysSo) {
     EXPECT_EQ(cDied, LoadWith(At("die", 5)).exitCode);
     const ToolResult dump = RunCtl({"dump"});
     EXPECT_EQ(cDone, dump.exitCode) << dump;
-    EXPECT_NE(std::string::npos, dump.err.find("died while holding it")) << dump;
+    EXPECT_NE(std::string::npos, dump.err.find("ended without releasing it")) << dump;
     EXPECT_EQ("", RunCtl({"dump"}).err);
 }
 

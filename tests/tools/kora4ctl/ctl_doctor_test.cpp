@@ -171,8 +171,7 @@ TEST_F(CtlDoctor, NotesAccessListsThatWineHasForgotten) {
     for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
         SetDacl(path, ofNewKeys.c_str());
     const std::string text = Of("access", Examine(cDone));
-    EXPECT_TRUE(Has(text, "note: The access lists that registration set are gone: Wine"))
-        << text;
+    EXPECT_TRUE(Has(text, "note: The access lists set by registration are gone: Wine")) << text;
 }
 
 TEST_F(CtlDoctor, FindsAppKeysThatOthersCanWrite) {
@@ -180,7 +179,7 @@ TEST_F(CtlDoctor, FindsAppKeysThatOthersCanWrite) {
     for (const wchar_t* list : {L"D:(A;;KA;;;BA)(A;;KR;;;WD)(A;;KW;;;BU)", L"D:(A;;KA;;;WD)"}) {
         SetDacl(cAppKeysPath, list);
         EXPECT_TRUE(Has(Of("access", Examine(cFindings)),
-                        "warning: Others than administrators can write "
+                        "warning: Users who are not administrators can write "
                         "HKEY_LOCAL_MACHINE\\SOFTWARE\\Velto\\KORA4\\AppKeys"));
     }
 }

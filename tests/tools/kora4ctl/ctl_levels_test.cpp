@@ -114,7 +114,7 @@ TEST_F(CtlLevels, PeriodIsTheStoresOne) {
 TEST_F(CtlLevels, TimeoutBeforeTheCountIsTold) {
     const ToolResult result = RunCtl({"levels", "--count", "1", "--timeout", "0.2"});
     EXPECT_EQ(cTimedOut, result.exitCode) << result;
-    EXPECT_THAT(result.err, HasSubstr("After 0.2 s there were 0 of 1 pictures."));
+    EXPECT_THAT(result.err, HasSubstr("After 0.2 s, there were only 0 of 1 frames."));
 }
 
 TEST_F(CtlLevels, CtrlCAndAReaderThatGoesAwayEndItAsDone) {

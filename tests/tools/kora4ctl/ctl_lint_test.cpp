@@ -162,27 +162,28 @@ TEST_P(CtlLintOn, IsNamedAndMended) {
 INSTANTIATE_TEST_SUITE_P(
     Damage, CtlLintOn,
     testing::Values(
-        Wrong{"TextForNumber", "volume-leveler", Text(u"7"), "error", "must be a REG_DWORD"},
-        Wrong{"ShortNumber", "volume-leveler", {cDwordType, {7, 0}}, "error", "has 2"},
-        Wrong{"LongNumber", "sampling-period", {cDwordType, {1, 2, 3, 4, 5}}, "error", "has 5"},
-        Wrong{"EmptyNumber", "volume-leveler.on", {cDwordType, {}}, "error", "has 0"},
+        Wrong{"TextForNumber", "volume-leveler", Text(u"7"), "error", "expected a REG_DWORD"},
+        Wrong{"ShortNumber", "volume-leveler", {cDwordType, {7, 0}}, "error", "got 2"},
+        Wrong{"LongNumber", "sampling-period", {cDwordType, {1, 2, 3, 4, 5}}, "error", "got 5"},
+        Wrong{"EmptyNumber", "volume-leveler.on", {cDwordType, {}}, "error", "got 0"},
         Wrong{"NumberForText", "demo-app-command", StoredValue::FromDword(1), "error",
-              "must be a REG_SZ"},
+              "expected a REG_SZ"},
         Wrong{"BytesForSwitch",
               "enable",
               {cBinaryType, {1, 0, 0, 0}},
               "error",
-              "must be a REG_DWORD"},
+              "expected a REG_DWORD"},
         Wrong{"UnknownType", "volume-leveler", {77, {1, 0, 0, 0}}, "error", "type 77"},
         Wrong{"NumberForFloat", "dialog-enhancer", StoredValue::FromDword(1), "error",
-              "must be a REG_SZ"},
+              "expected a REG_SZ"},
         Wrong{"NoNumber", "dialog-enhancer", Text(u"loud"), "error", "not a number"},
         Wrong{"NotANumber", "headphone-virtualizer", Text(u"nan"), "error", "not a number"},
         Wrong{"EmptyFloat", "dialog-enhancer", {cTextType, {}}, "error", "not a number"},
         Wrong{"NoArray", "graphic-eq.gains", Text(u"0100,0002,0000"), "error", "not an array"},
         Wrong{"NoFlags", "audio-regulator.isolated", Text(u"0029"), "error",
               "not an array of flags"},
-        Wrong{"NoCurve", "intelligent-eq", StoredValue::FromDword(6), "error", "6 curves"},
+        Wrong{"NoCurve", "intelligent-eq", StoredValue::FromDword(6), "error",
+              "curves are numbered"},
         Wrong{"TooLong", "demo-app-command",
               StoredValue::FromText(std::u16string(cMaxTextChars + 1, u'x')), "error",
               "too long"},
@@ -194,7 +195,8 @@ INSTANTIATE_TEST_SUITE_P(
               "out of range"},
         Wrong{"GainOutOfRange", "graphic-eq.gains", Text(u"0100,0001,0c01"), "warning",
               "out of range"},
-        Wrong{"NoProfile", "profile", StoredValue::FromDword(9), "warning", "no profile"},
+        Wrong{"NoProfile", "profile", StoredValue::FromDword(9), "warning",
+              "not the number of a profile"},
         Wrong{"Unterminated", "headphone-virtualizer", Unterminated(u"1.500000"), "warning",
               "no terminator"},
         Wrong{"MoreThanATerminator",
@@ -222,7 +224,7 @@ TEST_F(CtlLint, WhatIsNoSettingIsNamedToo) {
     ASSERT_NE(std::string::npos, begin) << words;
     const std::string told = words.err.substr(begin, words.err.find('\n', begin) - begin);
     EXPECT_EQ(2, std::count(told.begin(), told.end(), ';')) << told;
-    EXPECT_NE(std::string::npos, told.find("240 -> not stored")) << told;
+    EXPECT_NE(std::string::npos, told.find("240 -> unset")) << told;
     EXPECT_EQ(Json::array(), Findings(cDone));
     ReplaceStoreValues(before);
     EXPECT_EQ(4u, DoneJson({"lint", "--fix", "--backup", BackupFile()})["fixed"].size());
@@ -355,7 +357,7 @@ TEST_F(CtlDiff, ShowsWhatIsStoredAndWhatTheDocumentHas) {
             "profiles": {"music": {"volume-leveler": 5}, "p1": {"name": "Late"}}})";
     const ToolResult words = RunCtl({"diff", "-"}, text);
     EXPECT_EQ((std::vector<std::string>{"music: volume-leveler: 7 -> 5",
-                                        "p1: name: not stored -> \"Late\""}),
+                                        "p1: name: unset -> \"Late\""}),
               words.Lines());
     const Json differences = ParsedJson(RunCtl({"diff", "-", "--json"}, text).out);
     EXPECT_EQ(differences["differences"][0],
@@ -381,7 +383,7 @@ TEST_F(CtlDiff, MergingPassesOverWhatTheDocumentDoesNotHave) {
 }
 
 TEST_F(CtlDiff, RefusesBadDocuments) {
-    RefusedUnchanged({"diff", "-"}, cBadInput, "not valid JSON", "hello");
+    RefusedUnchanged({"diff", "-"}, cBadInput, "Not valid JSON", "hello");
     RefusedUnchanged({"diff", "-"}, cBadInput, "empty", "");
     RefusedUnchanged({"diff"}, cUsage, "FILE");
 }

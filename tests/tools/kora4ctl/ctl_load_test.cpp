@@ -114,13 +114,16 @@ TEST_F(CtlLoad, TakesWhatOtherProgramsMakeOfADocument) {
     const std::string text = DocumentText(m_stores.after, Scope::eAll);
     const ExpectedLoad load = LoadOf(m_stores.before, m_stores.after, Scope::eAll);
     std::string wide = "\xFF\xFE";
-    for (const wchar_t unit : tools::Widen(text))
+    std::string bigEndian = "\xFE\xFF";
+    for (const wchar_t unit : tools::Widen(text)) {
         wide += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+        bigEndian += {static_cast<char>(unit >> 8), static_cast<char>(unit & 0xFF)};
+    }
     std::string returns;
     for (const char c : text)
         returns += c == '\n' ? std::string("\r\n") : std::string(1, c);
     for (const std::string& form :
-         {"\xEF\xBB\xBF" + text, wide, returns, ParsedJson(text).dump()}) {
+         {"\xEF\xBB\xBF" + text, wide, bigEndian, returns, ParsedJson(text).dump()}) {
         ReplaceStoreValues(m_stores.before);
         Done({"load", "-", "--quiet"}, form);
         ExpectStore(load.after);
@@ -131,12 +134,12 @@ TEST_F(CtlLoad, TakesWhatOtherProgramsMakeOfADocument) {
 
 TEST_F(CtlLoad, RefusesWhatIsNoDocument) {
     ExpectRefusal("", "empty");
-    ExpectRefusal("hello", "not valid JSON");
-    ExpectRefusal("[1, 2]", "not an object");
+    ExpectRefusal("hello", "Not valid JSON");
+    ExpectRefusal("[1, 2]", "expected a JSON object");
     ExpectRefusal("{}", "format");
-    ExpectRefusal(std::string(1000, '\0'), "not valid JSON");
-    ExpectRefusal(std::string("\xFF\xFE\x00\xD8", 4), "not valid JSON");
-    ExpectRefusal(WithBody("") + "x", "not valid JSON");
+    ExpectRefusal(std::string(1000, '\0'), "Not valid JSON");
+    ExpectRefusal(std::string("\xFF\xFE\x00\xD8", 4), "Not valid JSON");
+    ExpectRefusal(WithBody("") + "x", "Not valid JSON");
     ExpectRefusal(std::string(100000, '['), "nested too deeply");
 }
 
@@ -164,7 +167,7 @@ TEST_F(CtlLoad, RefusesADocumentThatIsCutOffAnywhere) {
     ASSERT_LT(3000u, text.size());
     for (std::size_t length = 0; length < text.size() - 2 && !HasFailure(); length += 100)
         ExpectRefusal(text.substr(0, length), length == 0 ? "empty" : "");
-    ExpectRefusal(text.substr(0, text.size() - 2), "cut off");
+    ExpectRefusal(text.substr(0, text.size() - 2), "truncated");
 }
 
 TEST_F(CtlLoad, RefusesUnknownNamesWithTheNearest) {
@@ -217,7 +220,7 @@ TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {
         // Malformed text has no place in a document.
         const bool isText = std::string_view(bad.value).find('\xC3') == std::string::npos;
         ExpectRefusal(text, isText ? std::string("profiles.") + bad.profile + "." + bad.name
-                                   : "not valid JSON");
+                                   : "Not valid JSON");
     }
     ExpectRefusal(WithBody(R"("global": {"audio-regulator.isolated": [1]})"),
                   "global.audio-regulator.isolated");

@@ -54,7 +54,7 @@ TEST_F(CtlProfile, CreateAndRenameSayWhyNot) {
     RefusedUnchanged({"profile", "rename", "p2", "x"}, cFailed, "does not exist");
     RefusedUnchanged({"profile", "create", "music", "x"}, cBadInput, "not a custom profile");
     RefusedUnchanged({"profile", "delete", "games"}, cBadInput, "not a custom profile");
-    RefusedUnchanged({"profile", "create", "p9", "x"}, cBadInput, "no profile 'p9'");
+    RefusedUnchanged({"profile", "create", "p9", "x"}, cBadInput, "Unknown profile 'p9'");
     RefusedUnchanged({"profile", "create", "p2"}, cUsage, "NAME");
 }
 

@@ -240,8 +240,7 @@ TEST_F(CtlRecord, LinesAreInTheFileWhenTheyCome) {
     SetVolume(9);
     WaitForLines(2);
     tool->Kill();
-    RefusedUnchanged({"replay", cFile}, cBadInput,
-                     "its end is missing: the recording was cut short");
+    RefusedUnchanged({"replay", cFile}, cBadInput, "The recording is incomplete");
 }
 
 TEST_F(CtlRecord, StandardOutputCanBeReplayedFromStandardInput) {
@@ -358,38 +357,36 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         std::string text;
         const char* message;
     } cases[] = {
-        {"", "it is empty"},
-        {"nothing\n", "Line 1: The document is not valid JSON"},
-        {"[1]\n", "Line 1: it is not an object with an 'event'"},
-        {"{\"event\": \"start\"}\n", "Line 1: it is not a recording"},
+        {"", "The recording is empty"},
+        {"nothing\n", "Line 1: Not valid JSON: line 1, column"},
+        {"[1]\n", "Line 1: expected an object with an 'event'"},
+        {"{\"event\": \"start\"}\n", "Line 1: not a recording"},
         {with("\"version\":1,\"time\"", "\"version\":2,\"time\""),
-         "Line 1: its version is not"},
-        {start, "its end is missing"},
-        {rest, "Line 1: it is not a recording"},
-        {good.substr(0, good.size() / 2), "The document is cut off"},
+         "Line 1: unsupported version"},
+        {start, "The recording is incomplete"},
+        {rest, "Line 1: not a recording"},
+        {good.substr(0, good.size() / 2), "The document is truncated"},
         {std::string(200000, '[') + "\n", "Line 1: The document is nested too deeply"},
-        {"{\"event\": \"start\", \"event\": \"start\"}\n",
-         "Line 1: event: the name appears twice"},
-        {good + rest, "there is a line after the end"},
+        {"{\"event\": \"start\", \"event\": \"start\"}\n", "Line 1: event: duplicate member"},
+        {good + rest, "unexpected line after the end"},
         {with("\"event\":\"value\"", "\"event\":\"volume\""), "Line 2: unknown event 'volume'"},
-        {with("\"event\":\"value\"", "\"event\":\"switch\""), "Line 2: the value does not fit"},
+        {with("\"event\":\"value\"", "\"event\":\"switch\""), "Line 2: invalid name or value"},
         {with("\"value\":9,\"offset\"", "\"value\":[9],\"offset\""),
-         "Line 2: the value does not fit"},
+         "Line 2: invalid name or value"},
         {with("\"value\":9,\"offset\"", "\"value\":-9,\"offset\""),
-         "Line 2: the value does not fit"},
+         "Line 2: invalid name or value"},
         {with("\"value\":9,\"offset\"", "\"value\":\"loud\",\"offset\""),
-         "Line 2: the value does not fit"},
-        {with("\"offset\":", "\"offset\":-"), "'offset' is not a number"},
+         "Line 2: invalid name or value"},
+        {with("\"offset\":", "\"offset\":-"), "'offset': expected a number"},
         {with("\"changes\":[", "\"changed\":["), "unknown member 'changed'"},
         {with("\"name\":\"volume-leveler\"", "\"name\":\"volume-levler\""), "Line 2"},
-        {with(change, "[{\"section\":\"format\""), "Line 2: 'section' of a change is neither"},
-        {with(change, "[{\"section\":\"profiles\""),
-         "Line 2: 'section' of a change is neither"},
-        {with(change, "[{\"section\":\"\""), "Line 2: 'section' of a change is neither"},
-        {with(change, change + ",\"section\":\"global\""), "Line 2: a change has both"},
-        {with(change, "[{\"profile\":\"film\""),
-         "Line 2: 'profile' of a change is not a profile"},
-        {with(change, "[{\"profile\":\"\""), "Line 2: 'profile' of a change is not a profile"},
+        {with(change, "[{\"section\":\"format\""), "Line 2: a change: 'section' must be"},
+        {with(change, "[{\"section\":\"profiles\""), "Line 2: a change: 'section' must be"},
+        {with(change, "[{\"section\":\"\""), "Line 2: a change: 'section' must be"},
+        {with(change, change + ",\"section\":\"global\""),
+         "Line 2: a change: 'profile' and 'section'"},
+        {with(change, "[{\"profile\":\"film\""), "Line 2: a change: unknown 'profile'"},
+        {with(change, "[{\"profile\":\"\""), "Line 2: a change: unknown 'profile'"},
         {with("\"value\":9,\"offset\"", "\"value\":1e999,\"offset\""), "Line 2: "},
     };
     for (const auto& [text, message] : cases)
@@ -399,7 +396,7 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
 
 TEST_F(CtlRecord, TimeoutEndsItAndTheRecordingIsWhole) {
     Refused({"record", cFile, "--count", "1", "--timeout", "0.2"}, cTimedOut,
-            "After 0.2 s there were 0 of 1 notifications.");
+            "After 0.2 s, there were only 0 of 1 notifications.");
     EXPECT_EQ(2u, Lines(Recorded()).size());
     EXPECT_EQ(cDone, RunCtl({"replay", cFile}).exitCode);
     EXPECT_EQ(cDone, RunCtl({"record", cFile, "--timeout", "0"}).exitCode);

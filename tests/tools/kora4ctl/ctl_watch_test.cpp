@@ -134,7 +134,7 @@ TEST_F(CtlWatch, TimeoutEndsIt) {
 
 TEST_F(CtlWatch, TimeoutBeforeTheCountIsTold) {
     Refused({"watch", "--count", "2", "--timeout", "0.3"}, cTimedOut,
-            "After 0.3 s there were 0 of 2 notifications.");
+            "After 0.3 s, there were only 0 of 2 notifications.");
 }
 
 TEST_F(CtlWatch, QuietSaysNothing) {

@@ -228,17 +228,23 @@ TEST_F(SimCommandLine, BadInputIsRefusedInWordsAndChangesNothing) {
         const char* message;
     };
     const Case cases[] = {
-        {{"musci"}, 5, "There is no scene 'musci'. Did you mean 'music'?"},
+        {{"musci"}, 5, "Unknown scene 'musci'. Did you mean 'music'?"},
         {{"nowhere.json"}, 5, "nowhere.json"},
         {{"--fault", "garbige=nan"}, 5, "Did you mean 'garbage'?"},
         {{"--fault", "garbage=nam"}, 5, "Did you mean 'nan'?"},
         {{"--fault", "hold=0"}, 5, "0.001 to 600 seconds"},
-        {{"--fault", "stop@soon"}, 5, "is not a number of seconds"},
-        {{"--for", "-1"}, 5, "--for takes 0 to 86400 seconds."},
-        {{"--for", "nan"}, 5, "--for takes 0 to 86400 seconds."},
-        {{"--period", "9"}, 5, "--period takes 10 to 10000 milliseconds."},
-        {{"--period", "10001"}, 5, "--period takes 10 to 10000 milliseconds."},
-        {{"--records", "65"}, 5, "--records takes 0 to 64 processing objects."},
+        {{"--fault", "stop@soon"}, 5, "expected a number of seconds"},
+        {{"--for", "-1"}, 5, "Invalid value for --for: expected 0 to 86400 seconds."},
+        {{"--for", "nan"}, 5, "Invalid value for --for: expected 0 to 86400 seconds."},
+        {{"--period", "9"},
+         5,
+         "Invalid value for --period: expected 10 to 10000 milliseconds."},
+        {{"--period", "10001"},
+         5,
+         "Invalid value for --period: expected 10 to 10000 milliseconds."},
+        {{"--records", "65"},
+         5,
+         "Invalid value for --records: expected 0 to 64 processing objects."},
         {{"--recods", "1"}, 2, "Did you mean '--records'?"},
         {{"--seed", "many"}, 5, "--seed takes 0 to 18446744073709551615."},
         {{"--seed", "-1"}, 5, "--seed takes 0 to 18446744073709551615."},
@@ -284,7 +290,7 @@ TEST_F(SimCommandLine, BadSceneFilesAreRefusedWithTheirPlace) {
     WriteFile("broken.json", "{\n\"format\": \"kora4sim-scene\",\n\"version\": 1");
     result = RunSim({"broken.json", "--for", "1"});
     EXPECT_EQ(5u, result.exitCode);
-    EXPECT_THAT(result.err, HasSubstr("broken.json: The document is cut off"));
+    EXPECT_THAT(result.err, HasSubstr("broken.json: The document is truncated"));
     EXPECT_FALSE(RawStore::Number(cStatic, MasterEnablesName()));
 }
 

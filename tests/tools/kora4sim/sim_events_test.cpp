@@ -218,7 +218,7 @@ TEST_F(SimEvents, ChangesOfOneStepAreToldInTheOrderOfClients) {
 TEST_F(SimEvents, InWordsAreOneLineEach) {
     RunningTool sim("kora4sim", {"silence"});
     EXPECT_THAT(sim.NextLine(), HasSubstr(" ready: scene silence, seed 1, engine mask 0x03ff "
-                                          "(full engine), profile music, on, a picture every "
+                                          "(full engine), profile music, on, one frame every "
                                           "50 ms, process "));
     SetValue(m_api.Get(), eVolumeLeveler, 3);
     EXPECT_THAT(sim.NextLine(),

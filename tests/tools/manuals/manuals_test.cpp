@@ -137,13 +137,14 @@ Help HelpOf(const std::string& program, std::vector<std::string> verb) {
     const ToolResult result = RunTool(program, verb);
     EXPECT_EQ(0u, result.exitCode) << result;
     Help help;
-    static const std::regex cOption("^  (-\\w,)?(--[a-z][a-z-]*)");
+    static const std::regex cOption("^  (-\\w, )?(--[a-z][a-z-]*)");
     static const std::regex cVerb("^  ([a-z][a-z-]*)(  .*)?$");
     bool areVerbs = false;
     bool areOptions = false;
     for (const std::string& line : result.Lines()) {
+        EXPECT_GE(80u, tools::Columns(line)) << tools::Join(verb, " ") << ": " << line;
         if (!line.empty() && line[0] != ' ') {
-            areVerbs = line == "Subcommands:";
+            areVerbs = line == "Commands:";
             areOptions = line == "Options:";
         }
         std::smatch match;

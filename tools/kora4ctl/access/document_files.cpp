@@ -12,9 +12,8 @@ namespace kora4::tools {
 void TellIfAbandoned(const Context& context, const StoreLock& lock) {
     if (lock.WasAbandoned())
         context.output.Say(
-            "The program that last held the settings store died while holding it; what it was "
-            "writing "
-            "may be incomplete. Run 'kora4ctl doctor' to check.");
+            "The program that last held the settings store ended without releasing it; what it "
+            "was writing may be incomplete. Run 'kora4ctl doctor' to check.");
 }
 
 Plan ReadPlan(const std::string& path, Completeness completeness) {
@@ -32,9 +31,8 @@ ChangedSettings ApplyPlan(const Context& context, const Plan& plan, const HeldSt
                             isInterrupted, keepBackup);
     if (!applied.movedJournal.empty())
         context.output.Say(
-            "A journal that this program cannot read, or did not make, was in the way. It is "
-            "now " +
-            applied.movedJournal + ".");
+            "A journal that this program cannot read, or did not write, was moved aside: '" +
+            applied.movedJournal + "'.");
     return {std::move(applied.changes), std::move(backup)};
 }
 

@@ -23,8 +23,8 @@ auto ParseFile(const std::string& path, Parse parse) {
     try {
         return parse(text);
     } catch (const Failure& failure) {
-        const std::string name = path == "-" ? "standard input" : path;
-        throw Failure(failure.Code(), name + ": " + failure.what(), failure.Next());
+        throw Failure(failure.Code(), NameOfInput(path) + ": " + failure.what(),
+                      failure.Next());
     }
 }
 

@@ -21,9 +21,9 @@ constexpr char cSeeTable[] = "List the custom profiles: kora4ctl profile table";
 std::wstring StorableName(const std::string& name) {
     std::wstring wide = Widen(name);
     if (wide.size() > KORA4_CUSTOM_NAME_MAX_LENGTH)
-        throw BadInput(
-            "The name has " + std::to_string(wide.size()) + " UTF-16 characters; more than " +
-            std::to_string(KORA4_CUSTOM_NAME_MAX_LENGTH) + " could not be read back.");
+        throw BadInput("The name has " + std::to_string(wide.size()) +
+                       " UTF-16 characters; at most " +
+                       std::to_string(KORA4_CUSTOM_NAME_MAX_LENGTH) + " can be read back.");
     return wide;
 }
 
@@ -48,8 +48,8 @@ ProfileTable ReadProfileNames(const Api& api) {
     const Result<kora4::ProfileTable> names = api.GetProfileTable();
     if (names.Code() == E_FAIL)
         Fail(
-            "The names of the custom profiles cannot be read: a stored one is not "
-            "readable.",
+            "The names of the custom profiles cannot be read: one of them is stored in a wrong "
+            "form.",
             "Find it with 'kora4ctl lint', repair it with 'kora4ctl lint --fix'.");
     ProfileTable table;
     std::ranges::transform(Check(names, "Reading the table of profiles"), table.begin(),
@@ -64,7 +64,7 @@ void CreateProfile(std::uint32_t profile, const std::string& name, Api& api) {
     if (hr == E_FAIL && Exists(profile, api))
         Fail(ProfileName(profile) + " already exists, as '" +
                  ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
-             "Rename it, delete it first, or choose another of " + CustomProfiles() + ".");
+             "Rename it, delete it first, or choose another one of " + CustomProfiles() + ".");
     Check(hr, "Creating " + ProfileName(profile));
 }
 

@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "kora4ctl/notifications/message_wait.h"
+#include "process/help_text.h"
 
 namespace kora4::tools {
 
@@ -18,12 +19,12 @@ class RunLimits {
     void AddTo(CLI::App& verb, const std::string& what) {
         m_what = what;
         verb.add_option("--count", m_count, "end after this many " + what)
-            ->check(CLI::Range(1u, 1000000000u))
+            ->check(Within(1u, 1000000000u))
             ->type_name("N");
         verb.add_option("--timeout", m_seconds,
-                        "end after this many seconds; with --count, exit code 6 if time "
-                        "runs out first")
-            ->check(CLI::Range(0.0, 1e9))
+                        "end after this many seconds; with --count, exit with code 6 if the "
+                        "time is up first")
+            ->check(Within(0.0, 1e9))
             ->type_name("S");
     }
 
@@ -37,7 +38,7 @@ class RunLimits {
         if (m_count == 0)
             return ExitCode::eDone;
         throw Failure(ExitCode::eTimedOut, "After " + Decimal(static_cast<float>(m_seconds)) +
-                                               " s there were " + std::to_string(count) +
+                                               " s, there were only " + std::to_string(count) +
                                                " of " + std::to_string(m_count) + " " + m_what +
                                                ".");
     }

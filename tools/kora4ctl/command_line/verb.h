@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "process/help_text.h"
 #include "process/program.h"
 #include "settings/names.h"
 
@@ -44,7 +45,8 @@ class ProfileOption {
   public:
     void AddTo(CLI::App& verb) {
         verb.add_option("--profile", m_word,
-                        "use this profile (music, p1, ...) instead of the active one");
+                        "use this profile (music, p1, ...) instead of the active one")
+            ->type_name("P");
     }
     // Failure with eBadInput when there is no such profile.
     std::optional<std::uint32_t> Get() const {

@@ -156,17 +156,17 @@ CheckResult CheckAccess(Examination&) {
         LookAtAccess(path, result, seen);
     if (seen.isAnyForgotten)
         result.Note(
-            "The access lists that registration set are gone: Wine does not keep them when its "
-            "server ends. Windows does.",
+            "The access lists set by registration are gone: Wine loses them when its server "
+            "ends. Windows keeps them.",
             "To set them again, as an administrator: kora4ctl register");
     if (!seen.isAnyThere)
         result.Note("Skipped: there are no keys.");
     if (AreAppKeysOpenToOthers())
-        result.Warning("Others than administrators can write HKEY_LOCAL_MACHINE\\" +
+        result.Warning("Users who are not administrators can write HKEY_LOCAL_MACHINE\\" +
                            Narrow(cAppKeysPath) + " (access list: " + ListOf(cAppKeysPath) +
-                           "), and its command lines are started by other people's panels.",
-                       "Check the commands with 'kora4ctl list', delete the key, and run as an "
-                       "administrator: kora4ctl register");
+                           "), and control panels of other users run its command lines.",
+                       "Check the commands with 'kora4ctl list', delete the key and, as an "
+                       "administrator, run: kora4ctl register");
     result.summary = "every user can read and write";
     return result;
 }

@@ -125,7 +125,7 @@ void BeTold(const Examination& examination, Trial& trial) {
     trial.step = "a notification is expected";
     if (HearsOfValue(listener, Deadline(examination.patience / 1000.0)))
         trial.result.summary =
-            "one came after " + std::to_string(GetTickCount64() - begin) + " ms";
+            "a notification arrived after " + std::to_string(GetTickCount64() - begin) + " ms";
     else
         trial.result.Error("A client was not notified of a change within " +
                                Decimal(static_cast<float>(examination.patience) / 1000) + " s.",

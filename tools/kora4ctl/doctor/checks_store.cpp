@@ -75,7 +75,7 @@ CheckResult CheckLoad(Examination& examination) {
             break;
         case Recovery::eUnreadable:
             result.Warning(recovered.InWords(),
-                           "Find out who made it, and remove it: " +
+                           "Find out who created it, and remove it: " +
                                (examination.isDryRun ? journal.Path() : recovered.movedTo));
             break;
         default:

@@ -37,7 +37,7 @@ UniqueHandle OpenToRead(const std::string& path) {
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
         error == ERROR_SHARING_VIOLATION || error == ERROR_DELETE_PENDING)
         return {};
-    throw Win32Failure(error, path + " cannot be read");
+    throw Win32Failure(error, "'" + path + "' cannot be read");
 }
 
 // What is in the file from that place on.

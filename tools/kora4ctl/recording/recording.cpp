@@ -49,32 +49,32 @@ void Demand(bool isRight, const std::string& what) {
 
 void CheckMembers(const Json& object, const std::set<std::string>& allowed,
                   const std::set<std::string>& needed, const std::string& what) {
-    Demand(object.is_object(), what + " is not an object.");
+    Demand(object.is_object(), what + ": expected an object.");
     for (const auto& [name, value] : object.items())
-        Demand(allowed.contains(name), what + " has an unknown member '" + name + "'.");
+        Demand(allowed.contains(name), what + ": unknown member '" + name + "'.");
     for (const std::string& name : needed)
-        Demand(object.contains(name), what + " has no member '" + name + "'.");
+        Demand(object.contains(name), what + ": member '" + name + "' is missing.");
 }
 
 // A document has more members than sections, and a change belongs into one of these.
 void CheckPlace(const Json& change) {
     const bool hasSection = change.contains("section");
     const bool hasProfile = change.contains("profile");
-    Demand(!hasSection || !hasProfile, "a change has both a 'profile' and a 'section'.");
+    Demand(!hasSection || !hasProfile, "a change: 'profile' and 'section' cannot be combined.");
     Demand(!hasSection || change["section"] == "general" || change["section"] == "global",
-           "'section' of a change is neither 'general' nor 'global'.");
+           "a change: 'section' must be 'general' or 'global'.");
     Demand(!hasProfile || FindProfile(change["profile"].get<std::string>()).has_value(),
-           "'profile' of a change is not a profile.");
+           "a change: unknown 'profile'.");
 }
 
 void CheckChanges(const Json& changes) {
-    Demand(changes.is_array(), "'changes' is not an array.");
+    Demand(changes.is_array(), "'changes': expected an array.");
     for (const Json& change : changes) {
         CheckMembers(change, {"profile", "section", "name", "value"}, {"name", "value"},
                      "a change");
         for (const char* name : {"profile", "section", "name"})
             Demand(!change.contains(name) || change[name].is_string(),
-                   std::string("'") + name + "' of a change is not a text.");
+                   std::string("a change: '") + name + "' must be a text.");
         CheckPlace(change);
     }
 }
@@ -145,7 +145,7 @@ void CheckEvent(const Json& line, const std::string& event) {
                  {"offset", "event", "name", "value"}, "the line");
     Demand(line["name"].is_string() &&
                IsRightValue(event, line["name"].get<std::string>(), line["value"]),
-           "the value does not fit the event '" + event + "'.");
+           "invalid name or value for the event '" + event + "'.");
 }
 
 // Reads a recording line by line.
@@ -153,8 +153,8 @@ class Reader {
   public:
     void Take(const Json& line) {
         Demand(line.is_object() && line.contains("event") && line["event"].is_string(),
-               "it is not an object with an 'event'.");
-        Demand(!m_isOver, "there is a line after the end.");
+               "expected an object with an 'event'.");
+        Demand(!m_isOver, "unexpected line after the end.");
         const std::string event = line["event"].get<std::string>();
         if (!m_isBegun)
             TakeStart(line, event);
@@ -165,17 +165,17 @@ class Reader {
     }
 
     Recording Result() {
-        Demand(m_isBegun, "it is empty.");
-        Demand(m_isOver, "its end is missing: the recording was cut short.");
+        Demand(m_isBegun, "The recording is empty.");
+        Demand(m_isOver, "The recording is incomplete: its end is missing.");
         return std::move(m_recording);
     }
 
   private:
     void TakeStart(const Json& line, const std::string& event) {
         Demand(event == "start" && line.value("format", Json()) == cRecordingFormat,
-               "it is not a recording of 'kora4ctl record'.");
+               "not a recording of 'kora4ctl record'.");
         Demand(line.value("version", Json()) == cRecordingVersion,
-               "its version is not " + std::to_string(cRecordingVersion) + ".");
+               "unsupported version; expected " + std::to_string(cRecordingVersion) + ".");
         CheckMembers(line, {"event", "format", "version", "time", "settings"}, {"settings"},
                      "the line");
         m_recording.start = m_state = CheckedSettings(line["settings"]);
@@ -216,9 +216,9 @@ class Reader {
 
     std::uint64_t TakeOffset(const Json& line) {
         Demand(line["offset"].is_number_unsigned(),
-               "'offset' is not a number of milliseconds.");
+               "'offset': expected a number of milliseconds.");
         const auto offset = line["offset"].get<std::uint64_t>();
-        Demand(offset >= m_offset, "its 'offset' is less than the previous line's.");
+        Demand(offset >= m_offset, "'offset' is less than that of the previous line.");
         return m_offset = offset;
     }
 

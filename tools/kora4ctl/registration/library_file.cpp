@@ -91,13 +91,13 @@ std::string FileVersion(const std::string& path) {
 
 RegistrableLibrary::RegistrableLibrary(const std::string& path) {
     if (const FileKind kind = KindOfFile(path); kind != FileKind::eLibrary)
-        throw BadInput(path + " " + WhatIsWrong(kind) + ".",
+        throw BadInput("'" + path + "' " + WhatIsWrong(kind) + ".",
                        "Give the path of QXA64T.dll: kora4ctl register PATH");
     // A full path, and its folder for what it needs itself.
     m_module.Reset(LoadLibraryExW(Widen(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (!m_module)
         throw Win32Failure(
-            GetLastError(), path + " cannot be loaded",
+            GetLastError(), "'" + path + "' cannot be loaded",
             "The file is damaged, or a library that it needs is missing; reinstall it.",
             ExitCode::eBadInput);
     m_register = Find("DllRegisterServer", path);
@@ -109,9 +109,9 @@ RegistrableLibrary::Entry RegistrableLibrary::Find(const char* name,
     const auto found =
         reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module.Get(), name)));
     if (!found)
-        throw BadInput(
-            path + " is not a self-registering library: it does not export " + name + ".",
-            "Give the path of QXA64T.dll: kora4ctl register PATH");
+        throw BadInput("'" + path + "' is not a self-registering library: it does not export " +
+                           name + ".",
+                       "Give the path of QXA64T.dll: kora4ctl register PATH");
     return found;
 }
 

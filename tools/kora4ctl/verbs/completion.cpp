@@ -46,8 +46,8 @@ void AddCompletion(Context& context) {
         ->required()
         ->type_name("SHELL");
     verb.footer(
-        "bash:        source <(kora4ctl completion bash)\n"
-        "PowerShell:  kora4ctl completion powershell | Out-String | Invoke-Expression\n");
+        "  bash        source <(kora4ctl completion bash)\n"
+        "  PowerShell  kora4ctl completion powershell | Out-String | Invoke-Expression\n");
 }
 
 }  // namespace kora4::tools

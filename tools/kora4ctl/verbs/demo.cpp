@@ -34,7 +34,7 @@ ExitCode Tell(const Context& context, const std::string& what, const State& now)
     const std::string name = ProfileName(now.profile);
     return PrintResult(
         context,
-        what + " Active is " + name + ", the master enable is " +
+        what + " The active profile is " + name + "; the master enable is " +
             (now.isEnabled ? "on" : "off") + ".",
         {{"profile", name}, {"demo", IsDemoProfile(now.profile)}, {"enable", now.isEnabled}});
 }
@@ -104,7 +104,7 @@ constexpr char cLeaveHelp[] =
 }  // namespace
 
 void AddDemo(Context& context) {
-    CLI::App& demo = AddGroup(context, "demo", "the demo mode");
+    CLI::App& demo = AddGroup(context, "demo", "enter and leave the demo mode");
     const auto [enter, options] = AddVerb(
         demo, context, "enter", "demonstrate a profile with its built-in values", Enter);
     enter.add_option("P", options.profile, "movie, music or games")->required();

@@ -157,9 +157,9 @@ void AddDoctor(Context& context) {
         ->excludes(dryRun);
     verb.add_option("--wait", options.wait,
                     "how long to wait for the mutex and the library, in seconds")
-        ->type_name("SECONDS")
+        ->type_name("S")
         ->capture_default_str()
-        ->check(CLI::Range(0.1, 60.0));
+        ->check(Within(0.1, 60.0));
     verb.footer(Footer());
 }
 

@@ -18,8 +18,8 @@ constexpr char cFooter[] =
     "names, switches and values of the profiles movie to p6. With --all, also the factory\n"
     "values of the demo profiles, the global technologies, and what the installer and\n"
     "support have set.\n"
-    "A value that is not stored is not in the document. Counters, the state before a demo\n"
-    "and the levels are not settings and never included. 'kora4ctl load' loads the\n"
+    "Unset values are not included. Counters, the state before a demo and the levels are\n"
+    "not settings and are never included. 'kora4ctl load' loads the\n"
     "document.\n";
 
 ExitCode Dump(const Context& context, const Options& options) {
@@ -29,7 +29,7 @@ ExitCode Dump(const Context& context, const Options& options) {
         TellIfAbandoned(context, store.lock);
         document = Dump(*store, options.all ? Scope::eAll : Scope::eUser);
     }
-    if (options.file.empty()) {
+    if (IsStream(options.file)) {
         context.output.PrintJson(document);
         return ExitCode::eDone;
     }
@@ -37,7 +37,7 @@ ExitCode Dump(const Context& context, const Options& options) {
     if (context.output.json)
         context.output.PrintJson(Json{{"file", options.file}, {"scope", document["scope"]}});
     else
-        context.output.Say("The settings were written to " + options.file + ".");
+        context.output.Say("The settings were written to '" + options.file + "'.");
     return ExitCode::eDone;
 }
 
@@ -47,7 +47,7 @@ void AddDump(Context& context) {
     const auto [verb, options] = AddVerb<Options>(
         context.root, context, "dump", "write the settings as one JSON document", Dump);
     verb.add_flag("--all", options.all, "all settings, not only the user's");
-    verb.add_option("FILE", options.file, "the output file; standard output if omitted");
+    verb.add_option("FILE", options.file, "the output file; standard output if omitted or -");
     verb.footer(cFooter);
 }
 

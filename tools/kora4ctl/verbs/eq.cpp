@@ -284,8 +284,7 @@ ExitCode Import(const Context& context, const EqOptions& options) {
         throw Failure(ExitCode::eUsage, "'" + options.bands +
                                             "' is not valid for --bands: use 'stored' or "
                                             "'file'.");
-    const std::string name = options.file == "-" ? "Standard input" : options.file;
-    const Bands curve = BandsOfText(ReadWholeFile(options.file), name);
+    const Bands curve = BandsOfText(ReadWholeFile(options.file), NameOfInput(options.file));
     SettingAccess access(context);
     const Equalizer before = ReadEqualizer(access, options.profile.Get());
     if (options.bands == "file")
@@ -299,16 +298,16 @@ ExitCode Export(const Context& context, const EqOptions& options) {
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
     CheckFrequencies(equalizer.bands, "Equalizer tools could not read them.");
     const std::string text = FormatGraphicEq(equalizer.bands);
-    if (!options.file.empty() && options.file != "-") {
+    if (!IsStream(options.file)) {
         WriteWholeFile(options.file, text + "\n");
         if (!context.output.json)
             context.output.Say(std::to_string(equalizer.bands.size()) + " bands of " +
-                               ProfileName(equalizer.profile) + " are in " + options.file +
-                               ".");
+                               ProfileName(equalizer.profile) + " were written to '" +
+                               options.file + "'.");
     }
     if (context.output.json) {
         context.output.PrintJson(DocumentOf(equalizer));
-    } else if (options.file.empty() || options.file == "-") {
+    } else if (IsStream(options.file)) {
         context.output.Print(text);
     }
     return ExitCode::eDone;
@@ -322,17 +321,17 @@ void AddClip(CLI::App& verb, EqOptions& options) {
 }  // namespace
 
 void AddEq(Context& context) {
-    CLI::App& eq = AddGroup(context, "eq", "the graphic equalizer");
+    CLI::App& eq = AddGroup(context, "eq", "show and change the graphic equalizer");
     const auto add = [&](const char* name, const char* summary, auto run) {
         const auto verb = AddVerb(eq, context, name, summary, run);
         verb.options.profile.AddTo(verb.app);
         return verb;
     };
-    add("show", "the bands as a table and a curve", Show);
+    add("show", "show the bands as a table and a curve", Show);
 
     const auto [set, gains] = add("set", "change gains", Set);
     set.add_option("GAINS", gains.values, "gains in dB, or FREQUENCY=GAIN")->required();
-    set.add_option("--band", gains.band, "one band, counted from 1");
+    set.add_option("--band", gains.band, "one band, counted from 1")->type_name("N");
     AddClip(set, gains);
     set.footer(SetHelp());
 
@@ -340,12 +339,13 @@ void AddEq(Context& context) {
 
     const auto [import, curve] = add("import", "import the curve of a GraphicEQ text", Import);
     import.add_option("FILE", curve.file, "a file, or - for standard input")->required();
-    import.add_option("--bands", curve.bands, "which frequencies to keep: stored or file");
+    import.add_option("--bands", curve.bands, "which frequencies to keep: stored or file")
+        ->type_name("WHICH");
     AddClip(import, curve);
     import.footer(ImportHelp());
 
     const auto [out, text] = add("export", "export the bands as a GraphicEQ text", Export);
-    out.add_option("FILE", text.file, "a file; standard output if omitted");
+    out.add_option("FILE", text.file, "a file; standard output if omitted or -");
 }
 
 }  // namespace kora4::tools

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl explain: a result or a line of the trace in words.
-#include <iostream>
 #include <string>
 #include <vector>
 
@@ -9,6 +8,7 @@
 #include "kora4ctl/explain/explain_text.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
+#include "process/files.h"
 
 namespace kora4::tools {
 
@@ -41,8 +41,9 @@ bool Tell(Output& output, const std::string& text, bool isOneOfMany) {
 bool TellAllOfStandardInput(const Context& context) {
     bool areKnown = true;
     bool isFirst = true;
-    for (std::string line; !context.interrupt.IsRequested() && !context.output.IsBroken() &&
-                           std::getline(std::cin, line);) {
+    InputLines lines;
+    for (std::string line;
+         !context.interrupt.IsRequested() && !context.output.IsBroken() && lines.Next(line);) {
         if (line.find_first_not_of(" \t\r") == std::string::npos)
             continue;
         if (!isFirst && !context.output.json)
@@ -67,7 +68,7 @@ ExitCode Run(const Context& context, const Words& words) {
 void AddExplain(Context& context) {
     const auto [verb, words] =
         AddVerb(context.root, context, "explain", "explain a result or a trace line", Run);
-    verb.add_option("text", words,
+    verb.add_option("TEXT", words,
                     "a result (0x80004005, 40200h, -2147024809, E_INVALIDARG), a trace line "
                     "or its message, or - for the lines of standard input")
         ->required();

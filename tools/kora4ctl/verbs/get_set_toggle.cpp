@@ -113,11 +113,11 @@ std::string TableOfSettings() {
     std::vector<std::vector<std::string>> rows;
     for (const Setting& setting : SettingsTable()) {
         const bool isReadOnly = setting.access == Access::eReadOnly;
-        rows.push_back({setting.name, setting.Allowed() + (isReadOnly ? "; read only" : "")});
+        rows.push_back({setting.name, setting.Allowed() + (isReadOnly ? "; read-only" : "")});
     }
     return "Settings:\n" + Aligned(rows) +
-           "A technology's name alone means its value; 'on' and 'off' set its switch.\n"
-           "Profiles: " +
+           "\nA technology's name alone means its value; 'on' and 'off' set its switch.\n"
+           "\nProfiles: " +
            Join(ProfileNames(), " ") + "\n";
 }
 

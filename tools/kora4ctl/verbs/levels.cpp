@@ -30,11 +30,11 @@ constexpr char cNoLevels[] = "no levels: no engine has published any (start kora
 
 constexpr char cFooter[] =
     "On a terminal, bars for all bands, redrawn in place: gain, and excitation next to it,\n"
-    "in dB. Otherwise, and with --json, one line for each picture that differs from the\n"
-    "previous one; with --json, {\"time\", \"gains\", \"excitations\", \"error\"}: the lists "
-    "are\n"
-    "null while there are no levels, and \"error\" says why existing levels cannot be read.\n"
-    "--count counts pictures that differ from the previous one. Ends on Ctrl-C, when the\n"
+    "in dB. Otherwise, and with --json, one line for each frame that differs from the\n"
+    "previous one; with --json, an object with 'time', 'gains', 'excitations' and 'error': "
+    "the\n"
+    "lists are null while there are no levels, and 'error' says why existing levels cannot be\n"
+    "read. --count counts frames that differ from the previous one. Ends on Ctrl-C, when the\n"
     "output is closed, and as the options say.\n";
 
 // What one look at the levels has shown.
@@ -147,10 +147,10 @@ void AddLevels(Context& context) {
     const auto [verb, options] =
         AddVerb(context.root, context, "levels", "show the engine's levels live", ShowLevels);
     verb.add_option("--fps", options.fps,
-                    "how often to read per second (default: once per sampling period)")
-        ->check(CLI::Range(0.1, 100.0))
+                    "how often to read per second; default: once per sampling period")
+        ->check(Within(0.1, 100.0))
         ->type_name("N");
-    options.limits.AddTo(verb, "pictures");
+    options.limits.AddTo(verb, "frames");
     verb.footer(cFooter);
 }
 

@@ -20,9 +20,10 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "error    cannot be read: the built-in default is in effect\n"
-    "warning  readable, but outside what the API can set\n"
-    "note     worth knowing; needs no repair\n"
+    "Severities:\n"
+    "  error    cannot be read: the built-in default is in effect\n"
+    "  warning  readable, but outside what the API can set\n"
+    "  note     worth knowing; needs no repair\n\n"
     "A value that equals a built-in default passes, whatever the limits of the API.\n"
     "--fix first keeps a backup of all settings (see 'kora4ctl undo'), then deletes invalid "
     "values, so that their\n"
@@ -90,7 +91,7 @@ void Tell(Output& output, const std::vector<Finding>& findings, const Fixed& fix
     }
     Print(output, findings);
     if (!fixed.backup.empty()) {
-        output.Say("The settings as they were are saved in " + fixed.backup + ".");
+        output.Say("The previous settings were saved to '" + fixed.backup + "'.");
         if (const std::vector<std::string> others = OutsideOfDumps(fixed.changes);
             !others.empty())
             output.Say("Also repaired, but not settings and so not saved: " +
@@ -103,6 +104,8 @@ void Tell(Output& output, const std::vector<Finding>& findings, const Fixed& fix
 }
 
 ExitCode Lint(const Context& context, const Options& options) {
+    if (options.backup == "-")
+        throw BadInput("--backup requires a file: standard output is for the findings.");
     std::vector<Finding> findings;
     Fixed fixed;
     {
@@ -122,9 +125,12 @@ void AddLint(Context& context) {
     const auto [verb, options] =
         AddVerb<Options>(context.root, context, "lint",
                          "check each stored value's type, range and encoding", Lint);
-    CLI::Option* const fix =
-        verb.add_flag("--fix", options.fix, "repair what is wrong, after dumping all settings");
-    verb.add_option("--backup", options.backup, "the file for that dump")->needs(fix);
+    CLI::Option* const fix = verb.add_flag(
+        "--fix", options.fix, "repair what is wrong, after a backup of all settings");
+    verb.add_option("--backup", options.backup,
+                    "also dump all settings to this file first (with --fix)")
+        ->needs(fix)
+        ->type_name("FILE");
     verb.footer(cFooter);
 }
 

@@ -187,8 +187,8 @@ ExitCode Record(const Context& context, const Options& options) {
     if (context.output.json)
         context.output.PrintJson({{"file", options.file}, {"notifications", recorder.Count()}});
     else
-        context.output.Say("Recorded " + CountOf(recorder.Count(), "notification") + " in " +
-                           options.file + ".");
+        context.output.Say("Recorded " + CountOf(recorder.Count(), "notification") + " in '" +
+                           options.file + "'.");
     return code;
 }
 

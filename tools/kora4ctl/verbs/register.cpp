@@ -105,7 +105,8 @@ void Expect(HRESULT hr, const std::string& path, const char* what) {
     if (SUCCEEDED(hr))
         return;
     const bool isDenied = hr == E_ACCESSDENIED || !IsElevated();
-    throw Failure(ExitCode::eFailed, path + " could not be " + what + ": " + InWords(hr) + ".",
+    throw Failure(ExitCode::eFailed,
+                  "'" + path + "' could not be " + what + ": " + InWords(hr) + ".",
                   isDenied ? "Run it as an administrator."
                            : "See what is registered: kora4ctl register --check");
 }
@@ -230,8 +231,7 @@ void AddUnregister(Context& context) {
         AddVerb(context.root, context, "unregister", "unregister the library", Unregister);
     verb.add_option("PATH", options.path, "the library")->type_name("PATH");
     verb.footer(
-        "PATH defaults to QXA64T.dll beside this program, or else to the file that is "
-        "registered\n"
+        "PATH defaults to QXA64T.dll beside this program, or else to the file registered\n"
         "for the machine. If neither exists, the entries are removed without it. A file that "
         "only\n"
         "the user has registered is not loaded; its entry is removed, too. The settings remain "

@@ -19,7 +19,7 @@ namespace kora4::tools {
 namespace {
 
 constexpr char cTakesEffect[] =
-    "It takes effect when a client next calls Initialize; restart the program.";
+    "Takes effect when a client next calls Initialize; restart the program.";
 
 using Rows = std::vector<std::vector<std::string>>;
 
@@ -65,9 +65,9 @@ void MakeLogFolder(Output& output) {
         return;
     if (!CreateDirectoryW(Widen(LogFolder()).c_str(), nullptr))
         throw Win32Failure(
-            GetLastError(), "The folder " + LogFolder() + " cannot be created",
+            GetLastError(), "The folder '" + LogFolder() + "' cannot be created",
             "Create it as an administrator; without it, no log files are written.");
-    output.Say("Created the folder " + LogFolder() + ".");
+    output.Say("Created the folder '" + LogFolder() + "'.");
 }
 
 ExitCode On(const Context& context, const OnOptions& options) {
@@ -251,9 +251,9 @@ void AddShow(CLI::App& trace, Context& context) {
     show.add_flag("--follow,-f", options.follow,
                   "print lines as they are written, until Ctrl-C");
     show.add_option("--lines,-n", options.lines, "how many of the last lines to show first")
-        ->type_name("NUMBER")
+        ->type_name("N")
         ->capture_default_str()
-        ->check(CLI::Range(0u, 1000000u));
+        ->check(Within(0u, 1000000u));
     show.add_option("--module", options.module,
                     "the log of this module instead of the shared one")
         ->type_name("MODULE");

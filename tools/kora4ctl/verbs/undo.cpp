@@ -16,11 +16,11 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "'load', 'replay', 'lint --fix', 'profile revert' and 'undo' itself keep a backup of all\n"
-    "settings before they change anything; there are the last ten. Without N, lists them,\n"
-    "the newest first. With N, the settings are those of that backup: each value that differs\n"
-    "is written, or deleted if it was not stored then. Command lines of companion programs\n"
-    "(AppKeys) stay as they are. Times are UTC.\n";
+    "'load', 'replay', 'lint --fix', 'profile revert' and 'undo' itself back up all\n"
+    "settings before they change anything. The last ten backups are kept. Without N, lists\n"
+    "them, the newest first. With N, restores that backup: each value that differs is\n"
+    "written, or deleted if it was unset then. The command lines of companion programs\n"
+    "(AppKeys) are left alone. Times are UTC.\n";
 
 ExitCode List(Output& output, const Backups& backups) {
     const std::vector<Backup> all = backups.List();
@@ -80,7 +80,7 @@ void AddUndo(Context& context) {
         AddVerb(context.root, context, "undo",
                 "list the backups of the settings, or restore one", Undo);
     verb.add_option("N", options.number, "the number of the backup; 1 is the newest")
-        ->check(CLI::Range(1, static_cast<int>(cMostBackups)));
+        ->check(Within(std::size_t{1}, cMostBackups));
     verb.footer(cFooter);
 }
 

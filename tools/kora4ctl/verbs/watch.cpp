@@ -15,9 +15,9 @@ namespace {
 constexpr char cFooter[] =
     "One line for each change: the time, what changed, and its new value. The message\n"
     "'Watching...' says that changes are reported from now on; with --json, so does a first\n"
-    "line with the event \"ready\". Every further line has \"time\", \"event\" (\"enable\",\n"
-    "\"profile\", \"switch\", \"value\", \"graphic-eq\" or \"table\"), \"name\" and "
-    "\"value\".\n"
+    "line with the event 'ready'. Every further line has 'time', 'event' ('enable', "
+    "'profile',\n"
+    "'switch', 'value', 'graphic-eq' or 'table'), 'name' and 'value'.\n"
     "Only the active profile's values are reported; when the profile changes, only the\n"
     "profile.\n"
     "Ends on Ctrl-C, when the output is closed, and as the options say.\n";

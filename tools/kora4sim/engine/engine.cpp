@@ -308,7 +308,7 @@ void Engine::Apply(const Fault& fault) {
     switch (fault.kind) {
         case FaultKind::eStop:
             m_isStopped = true;
-            return TellFault(fault, "nothing more is published");
+            return TellFault(fault, "publishing stops");
         case FaultKind::eGarbage:
             m_spoiling = Find(Garbage(), fault.argument);
             return TellFault(fault, m_spoiling->meaning);
@@ -331,7 +331,7 @@ void Engine::Apply(const Fault& fault) {
             m_hold.reset();
             const std::size_t restored = RestoreValues();
             return TellFault(
-                fault, "back to normal, " + Counted(restored, "value", "values") + " put back",
+                fault, "back to normal, " + Counted(restored, "value", "values") + " restored",
                 {{"restored", restored}});
         }
     }
@@ -414,9 +414,10 @@ void Engine::SpoilFields(const Fault& fault) {
         }
         m_spoilt.Spoil(wrong);
     }
-    TellFault(fault,
-              Counted(wrong.size(), "value", "values") + " of profile " + profile + " spoilt",
-              {{"values", wrong.size()}, {"profile", profile}});
+    TellFault(
+        fault,
+        Counted(wrong.size(), "value", "values") + " of profile " + profile + " corrupted",
+        {{"values", wrong.size()}, {"profile", profile}});
 }
 
 void Engine::SpoilProfile(const Fault& fault) {
@@ -448,7 +449,7 @@ void Engine::TellReady(const std::string& cause) {
                         std::to_string(m_options.seed) + ", engine mask " + mask +
                         (engine != nullptr ? " (" + std::string(engine) + ")" : "") +
                         ", profile " + profile + ", " +
-                        (m_settings.IsEnabled() ? "on" : "off") + ", a picture every " +
+                        (m_settings.IsEnabled() ? "on" : "off") + ", one frame every " +
                         std::to_string(m_period) + " ms, process " + std::to_string(pid),
                     {{"scene", m_scene.name},
                      {"seed", m_options.seed},
@@ -468,7 +469,7 @@ ExitCode Engine::Finish() {
         Attempt([this] { m_store.Delete(eKeySetStatic, cLevelsKey); });
     const std::string cause = m_interrupt.IsRequested() ? "interrupted" : "--for";
     m_reporter.Tell("summary", cause,
-                    "summary: " + Counted(m_published, "picture", "pictures") + " published, " +
+                    "summary: " + Counted(m_published, "frame", "frames") + " published, " +
                         Counted(m_reloads, "reload", "reloads") + ", " +
                         Counted(m_faultsApplied, "fault", "faults") + ", digest " +
                         m_digest.Text(),

@@ -22,7 +22,7 @@ std::vector<FaultArgument> NamesOf(std::span<const Spoiling> spoilings) {
 }
 
 constexpr FaultDef cFaults[] = {
-    {FaultKind::eStop, "stop", "", "publishes nothing more"},
+    {FaultKind::eStop, "stop", "", "stops publishing"},
     {FaultKind::eGarbage, "garbage", "=KIND", "publishes values that are not levels",
      [] { return NamesOf(Garbage()); }},
     {FaultKind::eCounts, "counts", "=KIND", "publishes levels with wrong counts",
@@ -30,20 +30,19 @@ constexpr FaultDef cFaults[] = {
     {FaultKind::eDie, "die", "[=KIND]",
      "ends at once, without a summary, while it holds the store's mutex",
      []() -> std::vector<FaultArgument> {
-         return {{cHalfWay,
-                  "after the value of a change is written, and before what announces it"}};
+         return {{cHalfWay, "after the value of a change is written, before it is announced"}};
      }},
     {FaultKind::eHold, "hold", "=S", "holds the store's mutex for S seconds", nullptr, 0.001,
      600, "seconds"},
     {FaultKind::eBurst, "burst", "=N",
-     "writes settings of the active profile N times, as fast as it can", nullptr, 1, 100000,
+     "writes settings of the active profile N times, as fast as possible", nullptr, 1, 100000,
      "writes"},
     {FaultKind::eWrongTypes, "wrong-types", "[=KIND]",
-     "spoils and announces every field of the active profile", WrongFieldKinds},
+     "corrupts and announces every field of the active profile", WrongFieldKinds},
     {FaultKind::eProfileGarbage, "profile-garbage", "[=KIND]",
-     "spoils what says which profile is active, or a profile's name", WrongProfileKinds},
+     "corrupts the active profile's number, or a profile's name", WrongProfileKinds},
     {FaultKind::eResume, "resume", "",
-     "ends stop, garbage, counts and hold, and puts back what was spoilt"},
+     "ends stop, garbage, counts and hold, and restores corrupted values"},
 };
 
 bool IsOptional(const FaultDef& def) {
@@ -62,15 +61,15 @@ const FaultDef& DefOf(std::string_view name) {
             return def;
         names.push_back(def.name);
     }
-    throw Bad("There is no fault '" + std::string(name) + "'. " + Suggestion(name, names));
+    throw Bad("Unknown fault '" + std::string(name) + "'. " + Suggestion(name, names));
 }
 
 double NumberOf(const FaultDef& def, std::string_view text) {
     const std::optional<double> number = ReadNumber<double>(text);
     if (!number || !(*number >= def.least) || !(*number <= def.most) ||
         (def.kind == FaultKind::eBurst && *number != std::floor(*number)))
-        throw Bad("'" + std::string(text) + "' is not an argument for the fault '" + def.name +
-                  "': it takes a number from " + RangeOf(def) + " " + def.unit + ".");
+        throw Bad("Invalid argument '" + std::string(text) + "' for the fault '" + def.name +
+                  "': expected " + RangeOf(def) + " " + def.unit + ".");
     return *number;
 }
 
@@ -117,7 +116,7 @@ Fault MakeFault(std::string_view name, std::string_view argument, double atSecon
     fault.cause = cause;
     fault.argument = argument;
     if (!(atSeconds >= 0) || !(atSeconds <= cLongestRun))
-        throw Bad("A fault may come after " + Range(0, cLongestRun) + " seconds.");
+        throw Bad("Invalid time of a fault: expected " + Range(0, cLongestRun) + " seconds.");
     fault.atMilliseconds = static_cast<std::uint64_t>(std::llround(atSeconds * 1000));
     if (argument.empty()) {
         if (!IsOptional(def))
@@ -138,8 +137,8 @@ Fault ParseFault(std::string_view text) {
         const std::string_view moment = text.substr(at + 1);
         const std::optional<double> seconds = ReadNumber<double>(moment);
         if (!seconds)
-            throw Bad("'" + std::string(moment) + "' in '" + std::string(whole) +
-                      "' is not a number of seconds.");
+            throw Bad("Invalid time '" + std::string(moment) + "' in '" + std::string(whole) +
+                      "': expected a number of seconds.");
         atSeconds = *seconds;
         text = text.substr(0, at);
     }
@@ -149,7 +148,7 @@ Fault ParseFault(std::string_view text) {
     if (equals != std::string_view::npos) {
         argument = text.substr(equals + 1);
         if (argument.empty())
-            throw Bad("'" + std::string(whole) + "' ends where its argument should begin.");
+            throw Bad("'" + std::string(whole) + "' lacks an argument after '='.");
     }
     return MakeFault(name, argument, atSeconds, FaultCause::eCommandLine);
 }

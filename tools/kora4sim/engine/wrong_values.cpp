@@ -56,7 +56,7 @@ StoredValue Oversized(const SchemaValue& field, const StoredValue& right) {
 std::vector<FaultArgument> WrongFieldKinds() {
     return {
         {cType, "numbers as texts and texts as numbers; the defaults are read"},
-        {cMalformed, "numbers of 2 bytes, texts that are neither; the defaults are read"},
+        {cMalformed, "numbers of 2 bytes, texts that are not numbers; the defaults are read"},
         {cOversized, "numbers of 8 bytes, texts above " + std::to_string(cMaxTextBytes) +
                          " bytes; the defaults are read"},
         {cUnterminated, "texts without their terminator, which read as before; no numbers"},
@@ -66,7 +66,7 @@ std::vector<FaultArgument> WrongFieldKinds() {
 
 std::vector<FaultArgument> WrongProfileKinds() {
     return {
-        {cProfileNumber, "the active profile is 99, which is reported as it is; the default"},
+        {cProfileNumber, "the active profile is 99, which is reported unchanged; the default"},
         {cProfileType, "the active profile is a text, which reads as movie"},
         {cProfileShort, "the active profile has 2 bytes, which read as movie"},
         {cProfileName, "the name of p1 is a number, which cannot be read"},

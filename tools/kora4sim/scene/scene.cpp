@@ -72,8 +72,8 @@ std::uint32_t ReadMask(const CheckedJson& json) {
         mask = ReadNumber<std::uint32_t>(std::string_view(text).substr(2), 16);
     if (mask)
         return *mask;
-    throw json.Bad("this must be a text like \"" + Hex(cEngineTechnologies, 4) +
-                   "\" or a whole number from 0 to " + std::to_string(cLargest) + ".");
+    throw json.Bad("expected a text like '" + Hex(cEngineTechnologies, 4) +
+                   "' or a whole number from 0 to " + std::to_string(cLargest) + ".");
 }
 
 Commands ReadCommands(const CheckedJson& json) {
@@ -88,7 +88,7 @@ Commands ReadCommands(const CheckedJson& json) {
         const std::string text = commands[name] = json[name].Text();
         if (ToUtf16(text).size() > cMaxTextChars || text.find('\0') != std::string::npos)
             throw json[name].Bad("a command line has at most " + std::to_string(cMaxTextChars) +
-                                 " characters, and none is zero.");
+                                 " characters, without null characters.");
     }
     return commands;
 }
@@ -159,11 +159,10 @@ std::vector<Fault> ReadTimeline(const CheckedJson& json) {
 
 void CheckHead(const CheckedJson& json) {
     if (!json.Raw().is_object() || !json.Has("format"))
-        throw json.Bad("this is not a scene: it needs \"format\": \"" +
-                       std::string(cSceneFormat) + "\".");
+        throw json.Bad("not a scene: expected an object with the 'format' '" +
+                       std::string(cSceneFormat) + "'.");
     if (json["format"].Text() != cSceneFormat)
-        throw json["format"].Bad("this is not a scene: '" + std::string(cSceneFormat) +
-                                 "' is expected.");
+        throw json["format"].Bad("not a scene: expected '" + std::string(cSceneFormat) + "'.");
     if (!json.Has("version"))
         json.CheckMembers({"format", "version"});
     const unsigned version = json["version"].Count(0, 1000000);
@@ -246,17 +245,17 @@ std::vector<std::string> SceneFolder::Names() const {
 
 Scene SceneFolder::Load(std::string_view nameOrPath) const {
     const std::string given(nameOrPath);
-    if (IsPath(nameOrPath))
-        return ReadScene(ReadWholeFile(given), given);
+    if (given == "-" || IsPath(nameOrPath))
+        return ReadScene(ReadWholeFile(given), NameOfInput(given));
     const std::vector<std::string> names = Names();
     if (names.empty())
         throw Failure(
             ExitCode::eBadInput, "There are no scenes in '" + m_path + "'.",
-            "The scenes lie beside the program; a scene of your own is named by its path.");
+            "The folder belongs beside the program; name a scene of your own by its path.");
     const auto found = std::find(names.begin(), names.end(), Lower(given));
     if (found == names.end())
         throw Failure(ExitCode::eBadInput,
-                      "There is no scene '" + given + "'. " + Suggestion(given, names),
+                      "Unknown scene '" + given + "'. " + Suggestion(given, names),
                       "All scenes: kora4sim --list");
     const std::string file = *found + cEnding;
     return ReadScene(ReadWholeFile(Joined(m_path, file)), file);

@@ -69,7 +69,7 @@ StoredValue WithLevels(Picture picture, Level level) {
 
 constexpr Spoiling cGarbage[] = {
     {"empty", "an empty value", [](const Moment&) { return StoredValue::FromBlob({}); }},
-    {"short-head", "5 bytes, where the head alone has 8",
+    {"short-head", "5 bytes; the head alone has 8",
      [](const Moment& now) {
          StoredValue value = Published(now.picture);
          value.bytes.resize(vis::cHeadSize - 3);
@@ -97,7 +97,7 @@ constexpr Spoiling cGarbage[] = {
              return band % 2 == 0 ? cInfinity : -cInfinity;
          });
      }},
-    {"huge", "the right levels, followed by junk up to 1 MiB",
+    {"huge", "the correct levels, followed by junk up to 1 MiB",
      [](const Moment& now) {
          StoredValue value = Published(now.picture);
          const auto filling = static_cast<std::uint8_t>(now.noise.Word(now.number));
@@ -119,7 +119,7 @@ constexpr Spoiling cWrongCounts[] = {
      [](const Moment& now) {
          return StatingRecords(now.picture, std::max<std::size_t>(now.picture.size(), 1) - 1);
      }},
-    {"records-none", "no records, though they are there",
+    {"records-none", "no records, although there are some",
      [](const Moment& now) { return StatingRecords(now.picture, 0); }},
     {"records-max", "0xFFFFFFFF records",
      [](const Moment& now) { return StatingRecords(now.picture, 0xFFFFFFFF); }},
@@ -133,7 +133,7 @@ constexpr Spoiling cWrongCounts[] = {
      [](const Moment& now) { return StatingBands(now.picture, 0xFFFFFFFF); }},
     {"bands-none", "records of 0 bands",
      [](const Moment& now) { return Published(Picture(now.picture.size())); }},
-    {"bands-41", "records that really have 41 bands",
+    {"bands-41", "records that actually have 41 bands",
      [](const Moment& now) {
          Picture wide = now.picture;
          for (Record& record : wide)

@@ -51,7 +51,7 @@ TEST(Nearest, SuggestionIsOneSentence) {
     EXPECT_EQ("Did you mean 'music'?", Suggestion("musik", cProfiles));
     EXPECT_EQ("Did you mean 'p1' or 'p2'?", Suggestion("p7", cProfiles));
     EXPECT_EQ("Did you mean 'a1', 'a2' or 'a3'?", Suggestion("a9", {"a1", "a2", "a3"}));
-    EXPECT_EQ("It is one of: on, off.", Suggestion("perhaps", {"on", "off"}));
+    EXPECT_EQ("Expected one of: on, off.", Suggestion("perhaps", {"on", "off"}));
 }
 
 }  // namespace

@@ -127,9 +127,9 @@ TEST(Lint, OtherRepairsDeleteSoThatTheDefaultIsInForce) {
     ASSERT_EQ(1u, findings.size());
     ASSERT_TRUE(findings[0].fix);
     EXPECT_EQ(std::nullopt, findings[0].fix->wanted);
-    EXPECT_EQ("deleted, so that the default is in force: 0", findings[0].repair);
+    EXPECT_EQ("deleted, so that the default is in effect: 0", findings[0].repair);
     EXPECT_EQ(
-        "warning: music: volume-leveler: it is out of range: the API sets 0 to 10 "
+        "warning: music: volume-leveler: out of range, 0 to 10 "
         "(stored: 11)",
         findings[0].Line());
 }

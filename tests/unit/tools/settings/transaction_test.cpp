@@ -156,7 +156,7 @@ TEST_F(Transaction, AFailureAtEachWriteLeavesTheOldStateAndSaysSo) {
             ADD_FAILURE() << At(n) << " did not fail";
         } catch (const Failure& failure) {
             EXPECT_EQ(ExitCode::eFailed, failure.Code());
-            EXPECT_NE(std::string::npos, std::string(failure.what()).find("has been put back"));
+            EXPECT_NE(std::string::npos, std::string(failure.what()).find("were restored"));
         }
         ExpectBefore(At(n));
         EXPECT_FALSE(HasJournal());
@@ -192,8 +192,7 @@ TEST_F(Transaction, WhenPuttingBackFailsTheJournalStaysAndMendsTheRest) {
                 Apply(m_plan, m_store, lock, File());
                 ADD_FAILURE() << At(n) << " did not fail";
             } catch (const Failure& failure) {
-                EXPECT_NE(std::string::npos,
-                          std::string(failure.what()).find("failed as well"));
+                EXPECT_NE(std::string::npos, std::string(failure.what()).find("failed, too"));
                 EXPECT_NE(std::string::npos, failure.Next().find("doctor"));
             }
         }
