@@ -124,6 +124,15 @@ Verdict CheckTermination(const StoredValue& stored) {
     return problem;
 }
 
+Verdict CheckFactory(const SchemaValue& value, const StoredValue& stored) {
+    if (!IsChangedFactoryValue(value, stored))
+        return {};
+    return Problem{Severity::eNote,
+                   "the factory value is not the built-in one, " + Describe(*value.Default()),
+                   {},
+                   false};
+}
+
 Verdict Check(const SchemaValue& value, const StoredValue& stored) {
     const std::uint32_t type = TypeOf(value.kind);
     if (stored.type != type)
@@ -134,7 +143,9 @@ Verdict Check(const SchemaValue& value, const StoredValue& stored) {
     if (!IsDefault(value, stored))
         if (Verdict verdict = CheckContent(value, *content))
             return verdict;
-    return CheckTermination(stored);
+    if (Verdict verdict = CheckTermination(stored))
+        return verdict;
+    return CheckFactory(value, stored);
 }
 
 std::string RepairOf(const SchemaValue& value, const Problem& problem) {
@@ -203,6 +214,13 @@ Json Finding::Document() const {
             {"stored", OrNull(stored)},
             {"problem", problem},
             {"repair", OrNull(repair)}};
+}
+
+bool IsChangedFactoryValue(const SchemaValue& value, const StoredValue& stored) {
+    if (!value.profile || !IsDemoProfile(*value.profile))
+        return false;
+    const std::optional<Value> content = Decode(value, stored);
+    return content && content != Decode(value, *value.Default());
 }
 
 std::vector<Finding> Lint(StoreAccess& store) {

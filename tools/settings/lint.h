@@ -44,6 +44,10 @@ struct Finding {
     Json Document() const;
 };
 
+// Whether the value of a demo profile, from which reverting takes its factory values, is stored
+// and is not the built-in one.
+bool IsChangedFactoryValue(const SchemaValue& value, const StoredValue& stored);
+
 // Checks every stored value. Most severe first, then in the order of the schema. The caller
 // holds the store's mutex.
 std::vector<Finding> Lint(StoreAccess& store);

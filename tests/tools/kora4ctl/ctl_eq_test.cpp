@@ -129,6 +129,28 @@ TEST_F(CtlEq, InADemoNothingIsSet) {
     RefusedUnchanged({"eq", "flat"}, cRefused, "force-leave");
 }
 
+TEST_F(CtlEq, FactoryValuesChangeWithStoredOnly) {
+    for (const Words& arguments :
+         {Words{"eq", "set", "1000=3"}, Words{"eq", "flat"}, Words{"eq", "import", "-"}}) {
+        Words named = arguments;
+        named.insert(named.end(), {"--profile", "demo-movie"});
+        RefusedUnchanged(named, cRefused, "demo-movie holds the factory values of movie.",
+                         "GraphicEQ: 500 -6");
+    }
+    EXPECT_EQ("1000 Hz: 0.0 -> +3.0 dB\n",
+              Done({"eq", "set", "1000=3", "--profile", "demo-movie", "--stored"}));
+    EXPECT_EQ(3, DoneJson({"eq", "show", "--profile", "240"})["bands"][5]["gain"]);
+}
+
+TEST_F(CtlEq, StoredGoesPastTheLimits) {
+    EXPECT_EQ("1000 Hz: 0.0 -> +13.0 dB\n", Done({"eq", "set", "1000=13", "--stored"}));
+    EXPECT_EQ(13.0f, Gains()[5]);
+    EXPECT_EQ("1000 Hz: +13.0 -> +12.0 dB\n",
+              Done({"eq", "set", "1000=14", "--stored", "--clip"}));
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
+    RefusedUnchanged({"eq", "set", "1000=3", "--stored"}, cRefused, "demo-movie");
+}
+
 TEST_F(CtlEq, ImportTakesTheCurveAtTheStoredBands) {
     // An octave down half way is the mean of the ends; beyond them the curve is constant.
     Done({"eq", "import", "-"}, "# made by hand\r\n\r\ngraphiceq: 500 -6; 2000 6; # loud\n");

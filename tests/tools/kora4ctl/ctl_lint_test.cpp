@@ -95,7 +95,8 @@ TEST_F(CtlLint, BuiltInDefaultsPassWhateverTheLimitsAre) {
                 values[{value.keySet, value.Name()}] = rows[std::min(row, rows.size() - 1)];
         }
         ReplaceStoreValues(values);
-        EXPECT_EQ(Json::array(), Findings(cDone)) << row;
+        for (const Json& finding : Findings(cDone))
+            EXPECT_EQ("note", finding["severity"]) << finding;
         const ToolResult fixed = RunCtl({"lint", "--fix", "--backup", BackupFile()});
         EXPECT_EQ(cDone, fixed.exitCode) << fixed;
         EXPECT_FALSE(Exists(BackupFile()));

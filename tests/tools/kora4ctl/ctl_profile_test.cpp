@@ -119,6 +119,22 @@ TEST_F(CtlProfile, RevertGivesTheFactoryValuesOfPresetProfilesOnly) {
     RefusedUnchanged({"profile", "revert"}, cRefused, "KORA4_S_NOT_A_PRESET_PROFILE");
 }
 
+TEST_F(CtlProfile, RevertNamesFactoryValuesThatAreNotBuiltIn) {
+    EXPECT_EQ(Json::array(), DoneJson({"profile", "revert"})["notBuiltIn"]);
+    Done({"set", "volume-leveler", "4", "--profile", "demo-movie", "--stored"});
+    Done({"set", "dialog-enhancer", "0.33", "--profile", "demo-movie", "--stored"});
+    const ToolResult words = RunCtl({"profile", "revert"});
+    EXPECT_EQ(cDone, words.exitCode) << words;
+    EXPECT_NE(std::string::npos,
+              words.err.find("Not the built-in ones, but those stored for demo-movie: "
+                             "volume-leveler.\n"))
+        << words;
+    EXPECT_EQ("4\n", Done({"get", "volume-leveler"}));
+    EXPECT_EQ(Json::array({"volume-leveler"}), DoneJson({"profile", "revert"})["notBuiltIn"]);
+    Done({"profile", "use", "music"});
+    EXPECT_EQ(Json::array(), DoneJson({"profile", "revert"})["notBuiltIn"]);
+}
+
 TEST_F(CtlProfile, SubcommandsAreNamedWhenOneIsMissingOrWrong) {
     Refused({"profile"}, cUsage, "show");
     Refused({"profile", "shwo"}, cUsage, "show");

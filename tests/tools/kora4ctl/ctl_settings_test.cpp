@@ -295,9 +295,21 @@ TEST_F(CtlSettings, InADemoNothingIsSetAndThatIsSaid) {
               Done({"set", "volume-leveler", "4", "--profile", "movie"}));
 }
 
+TEST_F(CtlSettings, FactoryValuesAreNotOverwrittenByAccident) {
+    for (const Words& arguments :
+         {Words{"set", "volume-leveler", "6"}, Words{"set", "volume-leveler.field-6", "1"},
+          Words{"set", "graphic-eq.gains", "1 1 1 1 1 1 1 1 1 1"},
+          Words{"set", "volume-leveler", "off"}, Words{"toggle", "dialog-enhancer"}}) {
+        Words named = arguments;
+        named.insert(named.end(), {"--profile", "demo-music"});
+        RefusedUnchanged(named, cRefused, "demo-music holds the factory values of music.");
+        RefusedUnchanged(named, cRefused, "--stored");
+    }
+}
+
 TEST_F(CtlSettings, FactoryValuesOfADemoProfileAreReadAndWrittenByItsName) {
     EXPECT_EQ("volume-leveler: 0 -> 6\n",
-              Done({"set", "volume-leveler", "6", "--profile", "demo-music"}));
+              Done({"set", "volume-leveler", "6", "--stored", "--profile", "demo-music"}));
     EXPECT_EQ("6\n", Done({"get", "volume-leveler", "--profile", "241"}));
     ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, TRUE));
     // What clients see is built in; what is stored is for going back to it.

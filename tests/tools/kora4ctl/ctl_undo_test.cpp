@@ -101,6 +101,16 @@ TEST_F(CtlUndo, KeepsNoBackupWhenNothingChanges) {
     EXPECT_EQ(Json::array(), DoneJson({"undo"}));
 }
 
+TEST_F(CtlUndo, KeepsNoBackupOfARefusedRevert) {
+    Done({"profile", "create", "p1", "Mine"});
+    Done({"profile", "use", "p1"});
+    Refused({"profile", "revert"}, cRefused, "KORA4_S_NOT_A_PRESET_PROFILE");
+    Done({"profile", "use", "movie"});
+    Done({"demo", "enter", "movie"});
+    Refused({"profile", "revert"}, cRefused, "KORA4_S_NOT_A_PRESET_PROFILE");
+    EXPECT_EQ(Json::array(), DoneJson({"undo"}));
+}
+
 TEST_F(CtlUndo, RefusesWhatIsNoBackup) {
     RefusedUnchanged({"undo", "1"}, cBadInput, "There is no backup 1.");
     RefusedUnchanged({"undo", "0"}, cUsage, "");

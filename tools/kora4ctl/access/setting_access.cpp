@@ -91,6 +91,18 @@ bool IsFrozenInDemo(const Setting& setting) {
     return setting.perProfile && setting.technology.family == Family::ePreset;
 }
 
+void CheckNotFactory(const Setting& setting, std::optional<std::uint32_t> profile,
+                     Limits limits) {
+    if (limits == Limits::eStore || !profile || !IsDemoProfile(*profile) ||
+        !IsFrozenInDemo(setting))
+        return;
+    throw Failure(ExitCode::eRefused,
+                  "Nothing was stored: " + ProfileName(*profile) +
+                      " holds the factory values of " + ProfileName(WithoutDemo(*profile)) +
+                      ".",
+                  "To change them anyway, use 'set' or 'eq' with --stored.");
+}
+
 void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named) {
     CheckSettable(activeProfile);
     if (named && *named != activeProfile)
@@ -179,6 +191,7 @@ void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
 Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,
                           const std::string& text, Limits limits, Detail detail) {
     CheckWritable(setting, limits);
+    CheckNotFactory(setting, profile, limits);
     if (limits == Limits::eStore || WayOf(setting, profile) == Way::eStore)
         return SetThroughStore(setting, profile, text, limits, detail);
     Change change;

@@ -105,4 +105,9 @@ void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named
 // Whether setters leave a demo profile alone: what belongs to a technology.
 bool IsFrozenInDemo(const Setting& setting);
 
+// Failure with eRefused for what a demo profile holds: factory values change with
+// Limits::eStore only.
+void CheckNotFactory(const Setting& setting, std::optional<std::uint32_t> profile,
+                     Limits limits);
+
 }  // namespace kora4::tools

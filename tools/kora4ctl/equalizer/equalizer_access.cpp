@@ -42,7 +42,8 @@ void WriteArray(std::uint32_t pid, std::uint32_t profile, const std::vector<floa
     store.Write(value.keySet, value.key, Encode(value, array));
 }
 
-void WriteStored(const SettingAccess& access, std::uint32_t profile, const Bands& bands) {
+void WriteStored(const SettingAccess& access, std::optional<std::uint32_t> named,
+                 const Bands& bands) {
     std::vector<float> frequencies;
     std::vector<float> gains;
     for (const Band& band : bands) {
@@ -50,6 +51,9 @@ void WriteStored(const SettingAccess& access, std::uint32_t profile, const Bands
         gains.push_back(band.gain);
     }
     const HeldStore store = access.Store(OpenMode::eReadWrite);
+    const std::uint32_t profile = named ? *named : StoredActiveProfile(*store);
+    if (!named)
+        CheckSettable(profile);
     WriteArray(pkey::cStandardEQFreqPid, profile, frequencies, *store);
     WriteArray(pkey::cStandardEQGainPid, profile, gains, *store);
     store->Bump(TriggerValue(cGraphicEq).key);
@@ -73,9 +77,10 @@ Equalizer ReadEqualizer(SettingAccess& access, std::optional<std::uint32_t> prof
 }
 
 void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
-                    const Bands& bands) {
-    if (!IsServedByApi(access, profile)) {
-        WriteStored(access, *profile, bands);
+                    const Bands& bands, Limits limits) {
+    CheckNotFactory(SettingNamed("graphic-eq.on"), profile, limits);
+    if (limits == Limits::eStore || !IsServedByApi(access, profile)) {
+        WriteStored(access, profile, bands);
         return;
     }
     Check(access.Api().SetGraphicEQData(bands), "Setting the graphic equalizer");

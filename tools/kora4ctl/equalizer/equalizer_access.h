@@ -20,9 +20,10 @@ struct Equalizer {
 // No profile: the active one.
 Equalizer ReadEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile);
 
-// Gains are within the limits of the library, frequencies can be stored. Failure with
-// eRefused when nothing was stored because a demo profile is active.
+// Gains are within the limits of the library, frequencies can be stored. Limits::eStore goes
+// past the interface. Failure with eRefused when nothing was stored because a demo profile is
+// active, or is meant without Limits::eStore.
 void WriteEqualizer(SettingAccess& access, std::optional<std::uint32_t> profile,
-                    const Bands& bands);
+                    const Bands& bands, Limits limits);
 
 }  // namespace kora4::tools

@@ -46,6 +46,9 @@ struct EqOptions {
     std::string file;
     std::string bands = "stored";
     bool isClipped = false;
+    bool isStored = false;
+
+    Limits StoredLimits() const { return isStored ? Limits::eStore : Limits::eApi; }
 };
 
 std::string NameOfBand(const Bands& bands, std::size_t index) {
@@ -54,14 +57,14 @@ std::string NameOfBand(const Bands& bands, std::size_t index) {
 }
 
 // The library would limit gains silently.
-Bands Limited(Bands bands, bool isClipped, Output& output) {
+Bands Limited(Bands bands, const EqOptions& options, Output& output) {
     for (std::size_t i = 0; i < bands.size(); ++i) {
         float& gain = bands[i].gain;
-        if (IsAllowedGain(gain))
+        if (IsAllowedGain(gain) || (options.isStored && !options.isClipped))
             continue;
         const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
                                  " dB is outside " + GainRange() + " dB";
-        if (!isClipped)
+        if (!options.isClipped)
             throw BadInput(what + "; nothing was changed.",
                            "Use --clip to take the nearest allowed gain.");
         gain = std::clamp(gain, cGraphicEQGainMin, cGraphicEQGainMax);
@@ -134,7 +137,8 @@ ExitCode Show(const Context& context, const EqOptions& options) {
 ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& access,
                const Equalizer& before, const Bands& wanted) {
     Output& output = context.output;
-    WriteEqualizer(access, options.profile.Get(), Limited(wanted, options.isClipped, output));
+    WriteEqualizer(access, options.profile.Get(), Limited(wanted, options, output),
+                   options.StoredLimits());
     const Equalizer now = ReadEqualizer(access, options.profile.Get());
     if (output.json) {
         output.PrintJson(DocumentOf(now));
@@ -318,6 +322,11 @@ void AddClip(CLI::App& verb, EqOptions& options) {
                   "limit gains to " + GainRange() + " dB instead of rejecting them");
 }
 
+void AddStored(CLI::App& verb, EqOptions& options) {
+    verb.add_flag("--stored", options.isStored,
+                  "write to the store, bypassing the library and its limits");
+}
+
 }  // namespace
 
 void AddEq(Context& context) {
@@ -333,15 +342,18 @@ void AddEq(Context& context) {
     set.add_option("GAINS", gains.values, "gains in dB, or FREQUENCY=GAIN")->required();
     set.add_option("--band", gains.band, "one band, counted from 1")->type_name("N");
     AddClip(set, gains);
+    AddStored(set, gains);
     set.footer(SetHelp());
 
-    add("flat", "set all gains to 0 dB", Flat);
+    const auto [flat, zeros] = add("flat", "set all gains to 0 dB", Flat);
+    AddStored(flat, zeros);
 
     const auto [import, curve] = add("import", "import the curve of a GraphicEQ text", Import);
     import.add_option("FILE", curve.file, "a file, or - for standard input")->required();
     import.add_option("--bands", curve.bands, "which frequencies to keep: stored or file")
         ->type_name("WHICH");
     AddClip(import, curve);
+    AddStored(import, curve);
     import.footer(ImportHelp());
 
     const auto [out, text] = add("export", "export the bands as a GraphicEQ text", Export);

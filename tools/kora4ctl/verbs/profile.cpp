@@ -2,6 +2,7 @@
 // kora4ctl profile: the profiles, one by one and as a table.
 #include "base/failure.h"
 #include "base/results.h"
+#include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
@@ -9,6 +10,7 @@
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 #include "settings/backup.h"
+#include "settings/lint.h"
 
 namespace kora4::tools {
 
@@ -103,28 +105,55 @@ ExitCode Use(const Context& context, const ProfileOptions& options) {
                        {{"profile", now}, {"old", ProfileName(before)}});
 }
 
+// The names of the values to which a preset profile is reverted although they are not the
+// built-in ones.
+std::vector<std::string> ChangedFactoryValues(std::uint32_t profile, StoreAccess& store) {
+    std::vector<std::string> names;
+    for (const SchemaValue& value : Schema()) {
+        if (value.role != Role::eField || value.profile != DemoProfileOf(profile))
+            continue;
+        const std::optional<StoredValue> stored = store.Read(value.keySet, value.key);
+        if (stored && IsChangedFactoryValue(value, *stored))
+            names.push_back(NameOf(value));
+    }
+    return names;
+}
+
 ExitCode Revert(const Context& context, const NoOptions&) {
     SettingAccess access(context);
-    const std::string profile = ProfileName(access.ActiveProfile());
+    const std::uint32_t active = access.ActiveProfile();
+    const std::string profile = ProfileName(active);
     Plan before;
     {
         const HeldStore store = access.Store(OpenMode::eRead);
-        Backups().Keep("revert", *store, store.lock);
+        // Other profiles are refused, and nothing changes.
+        if (IsPresetProfile(active))
+            Backups().Keep("revert", *store, store.lock);
         before = CheckDocument(Dump(*store, Scope::eUser, InDemo::eStored));
     }
     Check(access.Api().RevertActiveProfile(), "Reverting " + profile);
     std::vector<Difference> changes;
+    std::vector<std::string> others;
     {
         const HeldStore store = access.Store(OpenMode::eRead);
         changes = Compare(before, *store);
+        others = ChangedFactoryValues(active, *store);
     }
     // Seen from before: what is stored now was written then.
     for (Difference& change : changes)
         std::swap(change.stored, change.wanted);
     const ChangeCounts counts(changes);
-    return PrintResult(
-        context, profile + " was reset to its factory values: " + counts.InWords() + ".",
-        {{"profile", profile}, {"written", counts.written}, {"deleted", counts.deleted}});
+    PrintResult(context,
+                profile + " was reset to its factory values: " + counts.InWords() + ".",
+                {{"profile", profile},
+                 {"written", counts.written},
+                 {"deleted", counts.deleted},
+                 {"notBuiltIn", others}});
+    if (!others.empty())
+        context.output.Say("Not the built-in ones, but those stored for " +
+                           ProfileName(DemoProfileOf(active)) + ": " + Join(others, ", ") +
+                           ".");
+    return ExitCode::eDone;
 }
 
 ExitCode Create(const Context& context, const ProfileOptions& options) {
