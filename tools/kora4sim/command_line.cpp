@@ -59,29 +59,29 @@ std::string FaultHelp() {
     return help;
 }
 
-Failure OutOfRange(const char* option, const std::string& range) {
-    return Failure(ExitCode::eBadInput,
-                   "Invalid value for " + std::string(option) + ": expected " + range + ".");
+Failure OutOfRange(const CLI::App& root, const std::string& option, const std::string& range) {
+    return Failure(ExitCode::eBadInput, "Invalid value '" + root[option]->results().back() +
+                                            "' for " + option + ": expected " + range + ".");
 }
 
 EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
     EngineOptions options = choices.engine;
     if (root.count("--for") != 0) {
         if (!(choices.seconds >= 0) || !(choices.seconds <= cLongestRun))
-            throw OutOfRange("--for", Range(0, cLongestRun) + " seconds");
+            throw OutOfRange(root, "--for", Range(0, cLongestRun) + " seconds");
         options.runMilliseconds =
             static_cast<std::uint64_t>(std::llround(choices.seconds * 1000));
     }
     if (root.count("--period") != 0) {
         if (choices.period < cShortestPeriod || choices.period > cLongestPeriod)
-            throw OutOfRange("--period",
+            throw OutOfRange(root, "--period",
                              Range(cShortestPeriod, cLongestPeriod) + " milliseconds");
         options.period = static_cast<std::uint32_t>(choices.period);
     }
     if (root.count("--seed") != 0) {
         const auto seed = ReadNumber<std::uint64_t>(choices.seed);
         if (!seed)
-            throw OutOfRange("--seed", "0 to " + std::to_string(cMostSeed));
+            throw OutOfRange(root, "--seed", "0 to " + std::to_string(cMostSeed));
         options.seed = *seed;
     }
     options.publishes = !choices.noPublish;
@@ -95,7 +95,7 @@ void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
     if (root.count("--records") == 0)
         return;
     if (choices.records < 0 || choices.records > cMostRecords)
-        throw OutOfRange("--records", Range(0, cMostRecords) + " processing objects");
+        throw OutOfRange(root, "--records", Range(0, cMostRecords) + " processing objects");
     const RecordShape last = scene.records.empty() ? RecordShape() : scene.records.back();
     scene.records.resize(static_cast<std::size_t>(choices.records), last);
 }
