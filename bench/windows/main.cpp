@@ -25,6 +25,8 @@ void MeasureAll(const Extent& extent, Results& results) {
     const Library library = MeasureMemory(results);
     Say("methods");
     MeasureMethods(library, place, extent, results);
+    Say("kora4.hpp");
+    MeasureWrapper(library, place, extent, results);
     Say("objects that come and go");
     MeasureLife(library, twin, extent, results);
     Say("foreign writes");

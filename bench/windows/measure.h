@@ -3,6 +3,8 @@
 #ifndef KORA4_BENCH_MEASURE_H
 #define KORA4_BENCH_MEASURE_H
 
+#include <functional>
+
 #include "windows/client.h"
 #include "windows/place.h"
 #include "windows/results.h"
@@ -14,6 +16,8 @@ Library MeasureMemory(Results& results);
 
 void MeasureMethods(const Library& library, Place& place, const Extent& extent,
                     Results& results);
+void MeasureWrapper(const Library& library, Place& place, const Extent& extent,
+                    Results& results);
 void MeasureLife(const Library& library, Place& twin, const Extent& extent, Results& results);
 void MeasureTelling(const Library& library, Place& place, Place& twin, const Extent& extent,
                     Results& results);
@@ -22,6 +26,13 @@ void MeasureWatching(const Library& library, Place& place, const Extent& extent,
 void MeasureProcesses(const Extent& extent, Results& results);
 void MeasureIniFile(const Library& library, const Extent& extent, Results& results);
 void MeasureIdling(const Library& library, const Extent& extent, Results& results);
+
+// Samples of a call and of what it is compared with, until there are enough or enough time is
+// spent. Each function gives the ticks of `calls` calls.
+void SampleInTurns(const Extent& extent, std::uint32_t calls,
+                   const std::function<std::uint64_t()>& call,
+                   const std::function<std::uint64_t()>& bare, Samples& callSamples,
+                   Samples& bareSamples);
 
 // The part of another process in MeasureProcesses.
 int RunClientProcess(const wchar_t* name);

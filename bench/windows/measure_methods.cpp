@@ -71,27 +71,35 @@ void Sample(Scene& scene, Measured& measured, bool traced, const Extent& extent)
         ++scene.round;
         return TicksOf(calls, function);
     };
-    const double perTick = MicrosecondsPerTick();
-    const bool isShort = static_cast<double>(std::min(sample(call), sample(call))) * perTick <
-                         cShortMicroseconds;
+    const bool isShort =
+        static_cast<double>(std::min(sample(call), sample(call))) * MicrosecondsPerTick() <
+        cShortMicroseconds;
     if (isShort && !method.prepare)
         calls = cManyCalls;
+    SampleInTurns(
+        extent, calls, [&] { return sample(call); }, [&] { return sample(bare); },
+        measured.call[traced], measured.bare[traced]);
+}
 
+}  // namespace
+
+void SampleInTurns(const Extent& extent, std::uint32_t calls,
+                   const std::function<std::uint64_t()>& call,
+                   const std::function<std::uint64_t()>& bare, Samples& callSamples,
+                   Samples& bareSamples) {
     const double budget = extent.smoke ? 2e3 : 2.5e5;  // microseconds of calls and bare calls
     const std::size_t most = extent.Of(2000, 20);
     double spent = 0;
     for (std::size_t i = 0; i < most && (spent < budget || i < 10); ++i) {
-        // Whoever comes second finds warmer caches: they take turns.
+        // Whoever comes second finds warmer caches.
         std::uint64_t ticks[2];
         for (const std::size_t which : {i % 2, 1 - i % 2})
-            ticks[which] = which == 0 ? sample(call) : sample(bare);
-        measured.call[traced].Add(ticks[0], calls);
-        measured.bare[traced].Add(ticks[1], calls);
-        spent += static_cast<double>(ticks[0] + ticks[1]) * perTick;
+            ticks[which] = which == 0 ? call() : bare();
+        callSamples.Add(ticks[0], calls);
+        bareSamples.Add(ticks[1], calls);
+        spent += static_cast<double>(ticks[0] + ticks[1]) * MicrosecondsPerTick();
     }
 }
-
-}  // namespace
 
 void MeasureMethods(const Library& library, Place& place, const Extent& extent,
                     Results& results) {

@@ -98,7 +98,8 @@
 
 /* What GetTechnologyMasterEnables hands out: the bit of each technology that the installed
  * engine carries, by the engine's own numbers, 1 to 10. They are not the numbers of
- * KORA4APITechnology. */
+ * KORA4APITechnology. Which technology a number stands for is the engine's own matter and no
+ * part of this API, so the bits have no names: recognise whole masks. */
 #define KORA4_ENGINE_TECHNOLOGIES 10
 #define KORA4_ENGINE_TECHNOLOGY_BIT(number) (1u << ((number)-1))
 

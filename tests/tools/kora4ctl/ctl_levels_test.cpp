@@ -59,13 +59,17 @@ TEST_F(CtlLevels, EachPictureIsALine) {
 
 TEST_F(CtlLevels, JsonHasNumbersAndNullForNone) {
     RunningTool tool("kora4ctl", {"levels", "--json", "--fps", "50"});
-    const char* const shape =
-        R"({"time": "string", "gains": "null", "excitations": "null", "error": "null"})";
-    EXPECT_TRUE(HasShape(ParsedJson(tool.NextLine()), shape));
+    EXPECT_TRUE(HasShape(ParsedJson(tool.NextLine()), R"({"time": "string",
+        "frequencies": ["number"], "gains": "null", "excitations": "null", "still": "boolean",
+        "error": "null"})"));
     Publish(-30);
     const Json picture = ParsedJson(tool.NextLine());
-    EXPECT_TRUE(HasShape(picture, R"({"time": "string", "gains": ["number"],
-                                      "excitations": ["number"], "error": "null"})"));
+    EXPECT_TRUE(HasShape(picture, R"({"time": "string", "frequencies": ["number"],
+        "gains": ["number"], "excitations": ["number"], "still": "boolean",
+        "error": "null"})"));
+    EXPECT_EQ(20u, picture["frequencies"].size());
+    EXPECT_EQ(65, picture["frequencies"][0]);
+    EXPECT_EQ(17326, picture["frequencies"][19]);
     EXPECT_EQ(20u, picture["gains"].size());
     EXPECT_EQ(-30, picture["gains"][19]);
     EXPECT_EQ(-14, picture["excitations"][0]);
@@ -86,19 +90,37 @@ TEST_F(CtlLevels, LevelsThatCannotBeReadAreToldInWords) {
     RawStore::SetNumber(cStatic, SettingName(cBlobPid), 7);
     RunningTool tool("kora4ctl", {"levels", "--json"});
     const Json picture = ParsedJson(tool.NextLine());
-    EXPECT_TRUE(HasShape(picture, R"({"time": "string", "gains": "null",
-                                      "excitations": "null", "error": "string"})"));
+    EXPECT_TRUE(HasShape(picture, R"({"time": "string", "frequencies": ["number"],
+        "gains": "null", "excitations": "null", "still": "boolean", "error": "string"})"));
     EXPECT_THAT(picture["error"].get<std::string>(), HasSubstr("E_FAIL"));
     Publish(-6);
     EXPECT_THAT(tool.NextLine(), HasSubstr("\"error\":null"));
 }
 
 TEST_F(CtlLevels, NumbersThatAreNoneAreNull) {
-    Publish(std::numeric_limits<float>::quiet_NaN());
+    Publish(std::numeric_limits<float>::infinity());
     const ToolResult result = RunCtl({"levels", "--json", "--count", "1"});
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_TRUE(HasShape(ParsedJson(result.out), R"({"time": "string",
-        "gains": ["number|null"], "excitations": ["number|null"], "error": "null"})"));
+        "frequencies": ["number"], "gains": ["number|null"], "excitations": ["number|null"],
+        "still": "boolean", "error": "null"})"));
+    EXPECT_TRUE(ParsedJson(result.out)["gains"][0].is_null());
+}
+
+TEST_F(CtlLevels, LevelsThatStandStillAreTold) {
+    Publish(-30);
+    RunningTool words("kora4ctl", {"levels"});
+    RunningTool json("kora4ctl", {"levels", "--json"});
+    EXPECT_EQ("unchanged for 1 s: nothing plays, or the engine has stopped",
+              words.NextErrorLine());
+    EXPECT_FALSE(ParsedJson(json.NextLine())["still"].get<bool>());
+    const Json still = ParsedJson(json.NextLine());
+    EXPECT_TRUE(still["still"].get<bool>());
+    EXPECT_EQ(-30, still["gains"][0]);
+    EXPECT_TRUE(json.IsSilentFor(300)) << "told once";
+    Publish(-20);
+    EXPECT_FALSE(ParsedJson(json.NextLine())["still"].get<bool>());
+    EXPECT_TRUE(ParsedJson(json.NextLine())["still"].get<bool>()) << "and once more";
 }
 
 TEST_F(CtlLevels, PeriodIsTheStoresOne) {

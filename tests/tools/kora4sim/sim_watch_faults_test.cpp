@@ -12,12 +12,15 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr char cPicture[] = R"({"time": "string", "gains": ["number|null"],
-    "excitations": ["number|null"], "error": "null"})";
+constexpr char cPicture[] = R"({"time": "string", "frequencies": ["number"],
+    "gains": ["number|null"], "excitations": ["number|null"], "still": "boolean",
+    "error": "null"})";
 constexpr char cNothing[] =
-    R"({"time": "string", "gains": "null", "excitations": "null", "error": "null"})";
+    R"({"time": "string", "frequencies": ["number"], "gains": "null", "excitations": "null",
+    "still": "boolean", "error": "null"})";
 constexpr char cUnreadable[] =
-    R"({"time": "string", "gains": "null", "excitations": "null", "error": "string"})";
+    R"({"time": "string", "frequencies": ["number"], "gains": "null", "excitations": "null",
+    "still": "boolean", "error": "string"})";
 
 // What the technologies of a profile are told to be, in the order of notifications.
 struct Sliders {

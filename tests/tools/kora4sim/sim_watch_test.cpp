@@ -42,8 +42,9 @@ class SimWatchScenes : public SimWatchTest,
     // A line of levels --json.
     static void CheckPicture(const std::string& line) {
         const Json picture = ParsedJson(line);
-        ASSERT_TRUE(HasShape(picture, R"({"time": "string", "gains": ["number"],
-                                          "excitations": ["number"], "error": "null"})"));
+        ASSERT_TRUE(HasShape(picture, R"({"time": "string", "frequencies": ["number"],
+            "gains": ["number"], "excitations": ["number"], "still": "boolean",
+            "error": "null"})"));
         ASSERT_EQ(std::size_t{KORA4_VISUALIZATION_BANDS}, picture["gains"].size());
         ASSERT_EQ(std::size_t{KORA4_VISUALIZATION_BANDS}, picture["excitations"].size());
         for (std::size_t band = 0; band < KORA4_VISUALIZATION_BANDS; ++band) {

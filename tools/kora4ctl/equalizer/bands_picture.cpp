@@ -22,8 +22,16 @@ double Filling(float gain, double below, double size) {
     return std::clamp((std::abs(static_cast<double>(gain)) - below) / size, 0.0, 1.0);
 }
 
+std::string Scale(double gain) {
+    const std::string text = gain == 0 ? "0" : SignedGain(static_cast<float>(gain));
+    const std::string whole = text.substr(0, text.find(".0"));
+    return std::string(whole.size() < 4 ? 4 - whole.size() : 0, ' ') + whole + " ";
+}
+
+}  // namespace
+
 // Only two characters fill a part of a cell from its top, so bars below zero are coarser.
-const char* CellOf(float gain, bool isAbove, double below, double size) {
+const char* BarCell(float gain, bool isAbove, double below, double size) {
     if (isAbove != (gain > 0) || gain == 0)
         return " ";
     const double filling = Filling(gain, below, size);
@@ -32,25 +40,18 @@ const char* CellOf(float gain, bool isAbove, double below, double size) {
     return filling >= 0.75 ? "█" : filling >= 0.375 ? "▀" : filling > 0 ? "▔" : " ";
 }
 
-std::string Scale(double gain) {
-    const std::string text = gain == 0 ? "0" : SignedGain(static_cast<float>(gain));
-    const std::string whole = text.substr(0, text.find(".0"));
-    return std::string(whole.size() < 4 ? 4 - whole.size() : 0, ' ') + whole + " ";
-}
-
 // As many labels as have room, one blank between them.
-std::string Labels(const Bands& bands, std::size_t margin, std::size_t columns) {
+std::string FrequencyLabels(const std::vector<float>& frequencies, std::size_t margin,
+                            std::size_t columns, std::size_t width) {
     std::string line(margin, ' ');
-    for (std::size_t i = 0; i < bands.size(); ++i) {
+    for (std::size_t i = 0; i < frequencies.size(); ++i) {
         const std::size_t begin = margin + i * columns;
-        if (line.size() > begin)
-            continue;
-        line = Padded(line, begin) + ShortFrequency(bands[i].frequency) + " ";
+        const std::string label = ShortFrequency(frequencies[i]);
+        if (line.size() <= begin && begin + label.size() <= width)
+            line = Padded(line, begin) + label + " ";
     }
-    return line;
+    return line.substr(0, line.find_last_not_of(' ') + 1);
 }
-
-}  // namespace
 
 std::string OneLineCurve(const Bands& bands) {
     const auto span = static_cast<double>(cGraphicEQGainMax - cGraphicEQGainMin);
@@ -76,7 +77,7 @@ std::vector<std::string> CurveGrid(const Bands& bands, std::size_t width, unsign
     const auto add = [&](bool isAbove, double below) {
         std::string line = Scale(isAbove ? below + size : -below - size);
         for (const Band& band : bands)
-            line += Repeated(CellOf(band.gain, isAbove, below, size), bar) + gap;
+            line += Repeated(BarCell(band.gain, isAbove, below, size), bar) + gap;
         lines.push_back(line);
     };
     for (unsigned row = rows; row-- > 0;)
@@ -84,7 +85,10 @@ std::vector<std::string> CurveGrid(const Bands& bands, std::size_t width, unsign
     lines.push_back(Scale(0) + Repeated("─", columns * bands.size()));
     for (unsigned row = 0; row < rows; ++row)
         add(false, row * size);
-    lines.push_back(Labels(bands, cMargin, columns));
+    std::vector<float> frequencies;
+    for (const Band& band : bands)
+        frequencies.push_back(band.frequency);
+    lines.push_back(FrequencyLabels(frequencies, cMargin, columns, std::string::npos));
     for (std::string& line : lines)
         line.erase(line.find_last_not_of(' ') + 1);
     return lines;

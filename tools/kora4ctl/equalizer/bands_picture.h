@@ -16,6 +16,14 @@ std::string OneLineCurve(const Bands& bands);
 // at most `width` columns wide. `rows` is the number of lines above and below the 0 dB.
 std::vector<std::string> CurveGrid(const Bands& bands, std::size_t width, unsigned rows);
 
+// One character of a bar that grows from 0 dB, for the cell that begins `below` dB away from
+// there and is `size` dB high.
+const char* BarCell(float gain, bool isAbove, double below, double size);
+
+// The line of frequencies below bars of that many columns: as many as have room.
+std::string FrequencyLabels(const std::vector<float>& frequencies, std::size_t margin,
+                            std::size_t columns, std::size_t width);
+
 // "32", "1k", "12.5k": about, where there is no room for more
 std::string ShortFrequency(float frequency);
 // "+3.0", "-1.5", "0.0"

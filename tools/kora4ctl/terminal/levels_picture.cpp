@@ -8,13 +8,16 @@
 #include <cstring>
 
 #include "base/text.h"
+#include "kora4ctl/equalizer/bands_picture.h"
 #include "kora4ctl/terminal/text_layout.h"
+#include "settings/display_bands.h"
 
 namespace kora4::tools {
 
 namespace {
 
-// The range of the bars, in dB. Levels outside are drawn at its ends.
+// The range of the bars, in dB, but for what brings 0 dB between two lines. Levels outside are
+// drawn at its ends.
 constexpr float cTop = 24;
 constexpr float cBottom = -84;
 constexpr float cScaleStep = 12;
@@ -26,11 +29,8 @@ constexpr float cOver = cTop;
 constexpr std::size_t cBands = KORA4_VISUALIZATION_BANDS;
 constexpr std::size_t cScaleColumns = 5;  // "-12 |" with a line for the bar
 constexpr std::size_t cMostRows = 36;
-// Beside the bars: the numbers of the bands, and the words.
-constexpr std::size_t cOtherRows = 2;
-
-// From an eighth to a full block.
-constexpr const char* cBlocks[] = {" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+// Beside the bars: the numbers of the bands, their frequencies, and the words.
+constexpr std::size_t cOtherRows = 3;
 
 std::string RightAligned(const std::string& text, std::size_t columns) {
     return std::string(columns > text.size() ? columns - text.size() : 0, ' ') + text;
@@ -60,18 +60,18 @@ struct Layout {
     }
 };
 
-// One line of the bars: what lies between two levels.
+// One line of the bars: what lies between two levels, either above 0 dB or below.
 struct Row {
     float high;
     float low;
 
-    // Eighths of the line that a bar fills.
-    std::size_t Eighths(float level) const {
-        if (std::isnan(level))
-            return 0;
-        const float part = (std::clamp(level, cBottom, cTop) - low) / (high - low);
-        return static_cast<std::size_t>(std::lround(std::clamp(part, 0.0f, 1.0f) * 8));
+    const char* Gain(float level) const {
+        const bool isAbove = low >= 0;
+        if (std::isnan(level) || level <= KORA4_SILENT_GAIN)
+            return " ";
+        return BarCell(level, isAbove, isAbove ? low : -high, high - low);
     }
+    const char* Excitation(float level) const { return level >= (high + low) / 2 ? "░" : " "; }
     // The highest level of the scale in the line, "" when there is none.
     std::string Label() const {
         const float mark = std::floor(high / cScaleStep) * cScaleStep;
@@ -90,9 +90,9 @@ StyledLine DrawRow(const Row& row, const Levels& levels, const Layout& layout) {
                                          (row.Label().empty() ? " │" : " ┤")});
     for (std::size_t band = 0; band < layout.bands; ++band) {
         line.push_back({StyleOfGain(levels.gains[band]),
-                        Repeated(cBlocks[row.Eighths(levels.gains[band])], layout.gain)});
-        const bool isFull = row.Eighths(levels.excitations[band]) >= 4;
-        line.push_back({Style::eDim, Repeated(isFull ? "░" : " ", layout.excitation)});
+                        Repeated(row.Gain(levels.gains[band]), layout.gain)});
+        line.push_back({Style::eDim,
+                        Repeated(row.Excitation(levels.excitations[band]), layout.excitation)});
         line.push_back({Style::ePlain, std::string(layout.gap, ' ')});
     }
     return line;
@@ -114,6 +114,14 @@ std::string Numbers(const Layout& layout, std::size_t width) {
     return line;
 }
 
+std::string Frequencies(const Layout& layout, std::size_t width) {
+    if (!layout.hasScale)
+        return {};
+    const std::string line =
+        FrequencyLabels(DisplayFrequencies(), cScaleColumns, layout.Cell(), width);
+    return RightAligned("Hz", cScaleColumns - 2) + line.substr(cScaleColumns - 2);
+}
+
 std::string Words(const Levels& levels, std::size_t width) {
     const auto loudest = std::max_element(
         levels.gains.begin(), levels.gains.end(),
@@ -130,21 +138,27 @@ bool AreSame(const Levels& a, const Levels& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-std::vector<StyledLine> DrawLevels(const Levels& levels, std::size_t width,
-                                   std::size_t height) {
+std::vector<StyledLine> DrawLevels(const Levels& levels, const std::string& warning,
+                                   std::size_t width, std::size_t height) {
     const Layout layout = Layout::For(width);
     const std::size_t rows =
         std::clamp<std::size_t>(height > cOtherRows ? height - cOtherRows : 1, 1, cMostRows);
     const float step = (cTop - cBottom) / static_cast<float>(rows);
+    const auto rowsAboveZero = static_cast<int>(std::lround(cTop / step));
     std::vector<StyledLine> lines;
     for (std::size_t i = 0; i < rows; ++i) {
-        const float high = cTop - step * static_cast<float>(i);
-        lines.push_back(DrawRow({high, high - step}, levels, layout));
+        const int place = rowsAboveZero - static_cast<int>(i);
+        const float high = step * static_cast<float>(place);
+        const float low = step * static_cast<float>(place - 1);
+        lines.push_back(DrawRow({high, low}, levels, layout));
     }
     if (height > rows)
         lines.push_back({{Style::eDim, Numbers(layout, width)}});
     if (height > rows + 1)
-        lines.push_back({{Style::eDim, Words(levels, width)}});
+        lines.push_back({{Style::eDim, Frequencies(layout, width)}});
+    if (height > rows + 2)
+        lines.push_back({warning.empty() ? Span{Style::eDim, Words(levels, width)}
+                                         : Span{Style::eWarning, Cut(warning, width)}});
     return lines;
 }
 
@@ -166,14 +180,16 @@ std::string LevelsLine(const Levels& levels) {
     return line;
 }
 
-Json LevelsDocument(const Levels& levels) {
+Json LevelsDocument(const std::optional<Levels>& levels) {
     const auto list = [](const auto& numbers) {
         Json array = Json::array();
         for (const float number : numbers)
             array.push_back(std::isfinite(number) ? Json::parse(Decimal(number)) : Json());
         return array;
     };
-    return {{"gains", list(levels.gains)}, {"excitations", list(levels.excitations)}};
+    return {{"frequencies", list(DisplayFrequencies())},
+            {"gains", levels ? list(levels->gains) : Json()},
+            {"excitations", levels ? list(levels->excitations) : Json()}};
 }
 
 }  // namespace kora4::tools

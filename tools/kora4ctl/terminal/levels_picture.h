@@ -5,6 +5,7 @@
 #include <kora4/values.hpp>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,16 +17,19 @@ namespace kora4::tools {
 // No float equals NaN; a picture with one equals itself all the same.
 bool AreSame(const Levels& a, const Levels& b);
 
-// Two bars a band, gain and excitation, over a scale in dB and the numbers of the bands, with
-// a line of words below. At most that many columns and lines; the bars take what there is.
-std::vector<StyledLine> DrawLevels(const Levels& levels, std::size_t width, std::size_t height);
+// Two bars a band over a scale in dB: the gain grows from 0 dB, the excitation from the bottom.
+// Below them the numbers of the bands, their frequencies, and a line of words: the warning, or
+// what the bars are. At most that many columns and lines; the bars take what there is.
+std::vector<StyledLine> DrawLevels(const Levels& levels, const std::string& warning,
+                                   std::size_t width, std::size_t height);
 
 // "-12.5", one decimal; "nan", "inf" and "-inf" as they are.
 std::string LevelText(float level);
 
 // "gain -12.5 ...  excitation -3.0 ..."
 std::string LevelsLine(const Levels& levels);
-// {"gains": [...], "excitations": [...]}; null for NaN and infinities.
-Json LevelsDocument(const Levels& levels);
+// {"frequencies": [...], "gains": [...], "excitations": [...]}; null for a level that is NaN or
+// infinite, and for both lists when there are no levels.
+Json LevelsDocument(const std::optional<Levels>& levels);
 
 }  // namespace kora4::tools

@@ -23,7 +23,8 @@ class TerminalScreen {
     // False when standard output is not a terminal.
     bool IsUsable() const { return m_isUsable; }
 
-    // Room for a picture. The last line stays free for what comes after it.
+    // Room for a picture, at present. The last line stays free for what comes after it. Wine 8
+    // never learns that a Unix terminal has changed its size.
     std::size_t Width() const { return m_output.Width(); }
     std::size_t Height() const { return m_output.Height() - 1; }
 

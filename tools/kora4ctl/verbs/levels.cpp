@@ -2,6 +2,7 @@
 // kora4ctl levels: what the engine measures, live.
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "base/results.h"
 #include "base/utc_time.h"
@@ -26,16 +27,26 @@ struct Options {
 constexpr double cShortestPeriod = 0.01;
 constexpr double cLongestPeriod = 5;
 
+// Levels that stay the same for so long, and for so many looks, stand still.
+constexpr ULONGLONG cStillMilliseconds = 1000;
+constexpr unsigned cStillLooks = 3;
+
+// A terminal may change its size at any time, in seconds between two looks at it.
+constexpr double cResizePeriod = 0.2;
+
 constexpr char cNoLevels[] = "no levels: no engine has published any (start kora4sim)";
 
 constexpr char cFooter[] =
-    "On a terminal, bars for all bands, redrawn in place: gain, and excitation next to it,\n"
-    "in dB. Otherwise, and with --json, one line for each frame that differs from the\n"
-    "previous one; with --json, an object with 'time', 'gains', 'excitations' and 'error': "
-    "the\n"
-    "lists are null while there are no levels, and 'error' says why existing levels cannot be\n"
-    "read. --count counts frames that differ from the previous one. Ends on Ctrl-C, when the\n"
-    "output is closed, and as the options say.\n";
+    "On a terminal, bars for all bands, redrawn in place: gain from 0 dB, and\n"
+    "excitation next to it, in dB. Otherwise, and with --json, one line for each\n"
+    "frame that differs from the previous one; with --json, an object with 'time',\n"
+    "'frequencies', 'gains', 'excitations', 'still' and 'error': the lists are null\n"
+    "while there are no levels, a level is null when it is infinite or not a number,\n"
+    "and 'error' says why existing levels cannot be read. Levels that do not change\n"
+    "for a second are reported: nothing plays, or the engine has stopped. With\n"
+    "--json, a line with 'still' true says so. --count counts frames that differ from\n"
+    "the previous one. Ends on Ctrl-C, when the output is closed, and as the options\n"
+    "say.\n";
 
 // What one look at the levels has shown.
 struct Look {
@@ -74,42 +85,77 @@ class Display {
     void Show(const Look& look) {
         const bool isNew = !m_last || !look.IsSameAs(*m_last);
         m_last = look;
-        if (isNew && look.levels)
-            ++m_count;
-        if (m_screen && m_screen->IsUsable())
-            Draw(look);
-        else if (isNew && m_output.json)
-            m_output.PrintJsonLine(Document(look));
-        else if (isNew && look.levels)
-            m_output.Print(UtcTime::Now().Clock() + "  " + LevelsLine(*look.levels));
-        else if (isNew)
-            m_output.Complain(look.Message());
+        m_looks = isNew ? 1 : m_looks + 1;
+        if (isNew) {
+            m_since = GetTickCount64();
+            m_count += look.levels.has_value();
+        }
+        const bool wasStill = std::exchange(
+            m_isStill, look.levels && m_looks > cStillLooks && SameFor() >= cStillMilliseconds);
+        if (IsDrawn())
+            Draw();
+        else if (isNew || (m_isStill && !wasStill))
+            Print(isNew);
+    }
+
+    bool IsDrawn() const { return m_screen && m_screen->IsUsable(); }
+    // The last look once more: the terminal may have another size.
+    void Draw() {
+        if (m_last->levels)
+            m_screen->Show(DrawLevels(*m_last->levels, m_isStill ? Stillness() : std::string(),
+                                      m_screen->Width(), m_screen->Height()));
+        else
+            m_screen->Show({{{Style::eWarning, m_last->Message()}}});
     }
 
   private:
-    // Also when nothing is new: the terminal may have another size.
-    void Draw(const Look& look) {
-        if (look.levels)
-            m_screen->Show(DrawLevels(*look.levels, m_screen->Width(), m_screen->Height()));
+    void Print(bool isNew) {
+        if (m_output.json)
+            m_output.PrintJsonLine(Document());
+        else if (isNew && m_last->levels)
+            m_output.Print(UtcTime::Now().Clock() + "  " + LevelsLine(*m_last->levels));
         else
-            m_screen->Show({{{Style::eWarning, look.Message()}}});
+            m_output.Complain(isNew ? m_last->Message() : Stillness());
     }
 
-    static Json Document(const Look& look) {
+    ULONGLONG SameFor() const { return GetTickCount64() - m_since; }
+    std::string Stillness() const {
+        return "unchanged for " + std::to_string(SameFor() / 1000) +
+               " s: nothing plays, or the engine has stopped";
+    }
+
+    Json Document() const {
         Json document = {{"time", UtcTime::Now().Iso()}};
-        if (look.levels)
-            document.update(LevelsDocument(*look.levels));
-        else
-            document.update({{"gains", nullptr}, {"excitations", nullptr}});
-        document["error"] = OrNull(look.error);
+        document.update(LevelsDocument(m_last->levels));
+        document["still"] = m_isStill;
+        document["error"] = OrNull(m_last->error);
         return document;
     }
 
     Output& m_output;
     std::optional<TerminalScreen> m_screen;
     std::optional<Look> m_last;
+    ULONGLONG m_since = 0;  // when it was first seen, in milliseconds of uptime
+    unsigned m_looks = 0;   // that have seen it
+    bool m_isStill = false;
     unsigned m_count = 0;
 };
+
+// Until the next look. A terminal is drawn on again meanwhile.
+Wake WaitForNextLook(const Context& context, const Deadline& deadline, Display& display) {
+    const auto wait = [&context](const Deadline& until) {
+        return WaitWithMessages(context.interrupt.Event(), until, [] { return false; });
+    };
+    while (display.IsDrawn()) {
+        const Deadline redraw(cResizePeriod);
+        if (redraw.Left() >= deadline.Left())
+            break;
+        if (wait(redraw) == Wake::eInterrupted)
+            return Wake::eInterrupted;
+        display.Draw();
+    }
+    return wait(deadline);
+}
 
 // The sampling period may be another one each time.
 double SecondsToNextLook(const Options& options, const Api& api) {
@@ -130,10 +176,8 @@ ExitCode ShowLevels(const Context& context, const Options& options) {
         display.Show(TakeLook(*api));
         if (options.limits.IsReached(display.Count()))
             break;
-        const Wake wake =
-            WaitWithMessages(context.interrupt.Event(), next.Left() < end.Left() ? next : end,
-                             [] { return false; });
-        if (wake == Wake::eInterrupted)
+        const Deadline& first = next.Left() < end.Left() ? next : end;
+        if (WaitForNextLook(context, first, display) == Wake::eInterrupted)
             break;
         if (end.IsOver())
             return options.limits.OnTimeout(display.Count());

@@ -9,6 +9,7 @@
 
 #include "contract/defaults.h"
 #include "contract/patch_limits.h"
+#include "settings/display_bands.h"
 #include "settings/texts.h"
 
 namespace kora4::tools::sim {
@@ -32,12 +33,6 @@ constexpr double cSpeechUpTo = 4000;  // Hz
 constexpr double cEnhancementGain = 9;
 
 constexpr double cIntelligentMostGain = 12;
-
-const std::vector<float>& BandFrequencies() {
-    static const std::vector<float> cFrequencies =
-        ParseNumericArray(defaults::DynEQFreqDefault[0]).value();
-    return cFrequencies;
-}
 
 double LevelerGain(unsigned amount, double level) {
     if (level <= cNothingHeard)
@@ -93,7 +88,7 @@ std::vector<float> BuiltInCurve(std::uint32_t index) {
 }
 
 double FrequencyAt(double place) {
-    const std::vector<float>& bands = BandFrequencies();
+    const std::vector<float>& bands = DisplayFrequencies();
     const double position = place * static_cast<double>(bands.size() - 1);
     const auto below = static_cast<std::size_t>(position);
     const std::size_t above = std::min(below + 1, bands.size() - 1);

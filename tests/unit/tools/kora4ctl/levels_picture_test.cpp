@@ -23,7 +23,7 @@ Levels AllAt(float gain, float excitation) {
 
 Lines Draw(const Levels& levels, std::size_t width, std::size_t height) {
     Lines lines;
-    for (const StyledLine& line : DrawLevels(levels, width, height))
+    for (const StyledLine& line : DrawLevels(levels, {}, width, height))
         lines.push_back(PlainText(line));
     return lines;
 }
@@ -54,31 +54,70 @@ TEST(LevelsPicture, FitsIntoEachSize) {
 
 TEST(LevelsPicture, EachBandHasItsNumberOnUsualTerminals) {
     for (const std::size_t width : {79u, 119u}) {
-        const std::string numbers = Draw(AllAt(-20, 0), width, 23)[21];
+        const std::string numbers = Draw(AllAt(-20, 0), width, 23)[20];
         EXPECT_NE(std::string::npos, numbers.find("1  "));
         EXPECT_TRUE(numbers.ends_with(" 20")) << numbers;
     }
 }
 
+TEST(LevelsPicture, BandsHaveFrequenciesAsFarAsThereIsRoom) {
+    EXPECT_EQ(
+        " Hz  65   136  223  332  467  634  841  1.1k 1.4k 1.8k 2.3k 2.9k 3.7k 4.6k 5.8k 7.2k "
+        "9k   11.2k     17.3k",
+        Draw(AllAt(-20, 0), 119, 23)[21]);
+    EXPECT_EQ(" Hz  65 136   332   634   1.1k  1.8k  2.9k  4.6k  7.2k  11.2k 17.3k",
+              Draw(AllAt(-20, 0), 79, 23)[21]);
+}
+
+TEST(LevelsPicture, WarningTakesThePlaceOfTheWords) {
+    const StyledLine last = DrawLevels(AllAt(-20, 0), "Look here", 79, 23).back();
+    EXPECT_EQ("Look here", PlainText(last));
+    EXPECT_EQ(Style::eWarning, last.front().style);
+}
+
 TEST(LevelsPicture, WiderTerminalsHaveWiderBars) {
-    EXPECT_EQ(20u, CountOf({Draw(AllAt(0, -108), 79, 23)[20]}, "█"));
-    EXPECT_EQ(40u, CountOf({Draw(AllAt(0, -108), 119, 23)[20]}, "█"));
+    EXPECT_EQ(20u, CountOf({Draw(AllAt(24, -108), 79, 23)[0]}, "█"));
+    EXPECT_EQ(40u, CountOf({Draw(AllAt(24, -108), 119, 23)[0]}, "█"));
+}
+
+// 18 lines of 6 dB, from 24 dB down: 0 dB is above the fifth.
+constexpr std::size_t cHeight = 21;
+
+TEST(LevelsPicture, GainGrowsFromZeroInBothDirections) {
+    const Lines above = Draw(AllAt(12, -108), 79, cHeight);
+    EXPECT_EQ(2u * 20u, CountOf({above.begin(), above.begin() + 18}, "█"));
+    EXPECT_EQ(2u * 20u, CountOf({above.begin() + 2, above.begin() + 4}, "█"));
+    const Lines below = Draw(AllAt(-24, -108), 79, cHeight);
+    EXPECT_EQ(4u * 20u, CountOf({below.begin(), below.begin() + 18}, "█"));
+    EXPECT_EQ(4u * 20u, CountOf({below.begin() + 4, below.begin() + 8}, "█"));
+    const Lines none = Draw(AllAt(0, -108), 79, cHeight);
+    EXPECT_EQ(0u, CountOf({none.begin(), none.begin() + 18}, "█"));
 }
 
 TEST(LevelsPicture, BarsEndAtTheirLevel) {
-    // 18 lines of 6 dB, from 24 dB down.
-    const Lines lines = Draw(AllAt(-24, -108), 79, 20);
-    EXPECT_EQ(0u, CountOf({lines.begin(), lines.begin() + 8}, "█"));
-    EXPECT_EQ(10u * 20u, CountOf({lines.begin() + 8, lines.begin() + 18}, "█"));
-    EXPECT_EQ(" -24 ┤", " " + lines[8].substr(0, std::string("-24 ┤").size()));
-    EXPECT_EQ(20u, CountOf({Draw(AllAt(-27, -108), 79, 20)[8]}, "▄"));
+    EXPECT_EQ(20u, CountOf({Draw(AllAt(3, -108), 79, cHeight)[3]}, "▄"));
+    EXPECT_EQ(20u, CountOf({Draw(AllAt(-3, -108), 79, cHeight)[4]}, "▀"));
+    const Lines excitation = Draw(AllAt(0, -24), 79, cHeight);
+    EXPECT_EQ(0u, CountOf({excitation.begin(), excitation.begin() + 8}, "░"));
+    EXPECT_EQ(10u * 20u, CountOf({excitation.begin() + 8, excitation.begin() + 18}, "░"));
+}
+
+TEST(LevelsPicture, ZeroIsBetweenTwoLinesInEachSize) {
+    for (std::size_t height = 5; height <= 60; ++height) {
+        const Lines lines = Draw(AllAt(500, -108), 79, height);
+        std::size_t above = 0;
+        while (above < lines.size() && CountOf({lines[above]}, "█") == 20)
+            ++above;
+        ASSERT_LT(above, lines.size());
+        EXPECT_EQ("  0 ┤", lines[above].substr(0, std::string("  0 ┤").size())) << height;
+    }
 }
 
 TEST(LevelsPicture, LoudGainsHaveTheirStyle) {
     Levels levels = AllAt(-30, -108);
     levels.gains[1] = 12;
     levels.gains[2] = 24;
-    const StyledLine lowest = DrawLevels(levels, 79, 20)[17];
+    const StyledLine lowest = DrawLevels(levels, {}, 79, cHeight)[17];
     // The scale, and three spans a band.
     EXPECT_EQ(Style::eGood, lowest[1].style);
     EXPECT_EQ(Style::eWarning, lowest[4].style);
@@ -86,18 +125,19 @@ TEST(LevelsPicture, LoudGainsHaveTheirStyle) {
 }
 
 TEST(LevelsPicture, SilenceIsEmpty) {
-    const Lines lines = Draw(AllAt(-144, -108), 79, 20);
+    const Lines lines = Draw(AllAt(-144, -108), 79, cHeight);
     EXPECT_EQ(0u, CountOf({lines.begin(), lines.begin() + 18}, "█"));
     EXPECT_EQ(0u, CountOf({lines.begin(), lines.begin() + 18}, "░"));
 }
 
 TEST(LevelsPicture, WhatIsOutsideEndsAtTheEdge) {
     const float infinity = std::numeric_limits<float>::infinity();
-    const Lines above = Draw(AllAt(infinity, 500), 79, 20);
-    EXPECT_EQ(18u * 20u, CountOf({above.begin(), above.begin() + 18}, "█"));
+    const Lines above = Draw(AllAt(infinity, 500), 79, cHeight);
+    EXPECT_EQ(4u * 20u, CountOf({above.begin(), above.begin() + 18}, "█"));
     EXPECT_EQ(18u * 20u, CountOf({above.begin(), above.begin() + 18}, "░"));
-    const Lines below = Draw(AllAt(-infinity, -500), 79, 20);
-    EXPECT_EQ(0u, CountOf({below.begin(), below.begin() + 18}, "█"));
+    const Lines below = Draw(AllAt(-143, -500), 79, cHeight);
+    EXPECT_EQ(14u * 20u, CountOf({below.begin(), below.begin() + 18}, "█"));
+    EXPECT_EQ(0u, CountOf({below.begin(), below.begin() + 18}, "░"));
 }
 
 TEST(LevelsPicture, LoudestBandIsNamed) {
