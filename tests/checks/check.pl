@@ -105,7 +105,7 @@ sub files_rule {
         # its folder (verbs/eq.cpp: verbs.h).
         my @words = split(/_/, $name);
         my @names = map { join('_', @words[0 .. $_]) } reverse 0 .. $#words;
-        next if -f "$root/$folder.h" || grep { -f "$root/$folder/$_.h" || -f "$root/$folder/$_.hpp" } @names;
+        next if -f "$root/$folder.h" || -f "$root/" . ($folder =~ s{/[^/]+$}{}r) . ".h" || grep { -f "$root/$folder/$_.h" || -f "$root/$folder/$_.hpp" } @names;
         my $header = $header_of{"$folder/$name"};
         complain($file, 1, 'there is no header with its name or the name of what it is a part of'), next
             unless $header;

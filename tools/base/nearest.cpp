@@ -51,10 +51,10 @@ std::vector<std::string> Nearest(std::string_view word, const std::vector<std::s
     for (const std::string& name : names) {
         const std::string other = Lower(name);
         const std::size_t distance = Distance(lower, other);
-        // A prefix is not a typing error, but less near than one.
+        // The begin or the last part of a name is not a typing error, but less near than one.
         if (!lower.empty() && distance <= Allowed(lower))
             candidates.push_back({2 * distance, &name});
-        else if (!lower.empty() && other.starts_with(lower))
+        else if (!lower.empty() && (other.starts_with(lower) || other.ends_with("-" + lower)))
             candidates.push_back({2 * Allowed(lower) + 1, &name});
     }
     std::stable_sort(

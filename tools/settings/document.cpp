@@ -8,6 +8,8 @@
 
 #include "base/checked_json.h"
 #include "base/strict_json.h"
+#include "base/text.h"
+#include "contract/field_ids.h"
 #include "contract/general_settings.h"
 #include "contract/profiles.h"
 #include "settings/content.h"
@@ -19,6 +21,9 @@ namespace {
 constexpr char cGeneral[] = "general";
 constexpr char cProfiles[] = "profiles";
 constexpr char cGlobal[] = "global";
+// Of a document of one profile: its scope, and the section with its values.
+constexpr char cProfile[] = "profile";
+constexpr char cName[] = "name";
 constexpr char cMadeByDump[] = "Settings documents are made by 'kora4ctl dump'.";
 
 const char* ScopeName(Scope scope) {
@@ -172,7 +177,8 @@ CheckedJson Member(const CheckedJson& document, const char* name, const char* me
     return document[name];
 }
 
-Scope ReadHead(const CheckedJson& document) {
+// The scope of a document of this format and version.
+CheckedJson ReadHead(const CheckedJson& document) {
     if (!document.Raw().is_object())
         throw document.Bad("Not a settings document: expected a JSON object.", cMadeByDump);
     const CheckedJson format = Member(document, "format", "says what it is");
@@ -186,21 +192,26 @@ Scope ReadHead(const CheckedJson& document) {
         throw document.Bad("version " + version.Raw().dump() +
                            " is not supported; the newest supported version is " +
                            std::to_string(cDocumentVersion) + ".");
-    const CheckedJson scope = Member(document, "scope", "says what it covers");
+    return Member(document, "scope", "says what it covers");
+}
+
+Scope ReadScope(const CheckedJson& scope) {
     for (const Scope known : {Scope::eUser, Scope::eAll})
         if (scope.Raw() == ScopeName(known))
             return known;
+    if (scope.Raw() == cProfile)
+        throw scope.Bad("this document has one profile.",
+                        "Load it with 'kora4ctl load FILE --into P'.");
     throw scope.Bad("expected 'user' or 'all'.");
 }
 
 class Reader {
   public:
     Reader(const Json& document, Completeness completeness)
-        : m_document(document), m_completeness(completeness) {
-        m_plan.scope = ReadHead(m_document);
-    }
+        : m_document(document), m_completeness(completeness) {}
 
     Plan Read() {
+        m_plan.scope = ReadScope(ReadHead(m_document));
         m_document.CheckMembers({},
                                 {"format", "version", "scope", cGeneral, cProfiles, cGlobal});
         ReadSection(cGeneral, m_document.Section(cGeneral), {});
@@ -212,6 +223,24 @@ class Reader {
         for (const std::uint32_t profile : ProfilesOf(m_plan.scope))
             ReadSection(cProfiles, profiles.Section(ProfileName(profile)), profile);
         ReadSection(cGlobal, m_document.Section(cGlobal), {});
+        return std::move(m_plan);
+    }
+
+    Plan ReadProfile(std::uint32_t into) {
+        const CheckedJson scope = ReadHead(m_document);
+        if (scope.Raw() != cProfile)
+            throw scope.Bad("only a document of one profile can be loaded into another.",
+                            "Make one: kora4ctl dump --profile P FILE");
+        m_document.CheckMembers({cProfile}, {"format", "version", "scope", cName});
+        ReadSection(cProfiles, m_document.Section(cProfile), into);
+        std::erase_if(m_plan.values, [](const PlannedValue& planned) {
+            return planned.value.role == Role::eName;
+        });
+        if (IsCustomProfile(into) && m_document.Has(cName)) {
+            const CheckedJson name = m_document[cName];
+            m_plan.values.push_back(
+                {NameValue(into), Encoded(NameValue(into), name.Text(), name)});
+        }
         return std::move(m_plan);
     }
 
@@ -310,6 +339,55 @@ std::string Shown(const SchemaValue& value, const std::optional<StoredValue>& st
     return json.is_object() ? Describe(*stored) : json.dump();
 }
 
+// ---- Bands ------------------------------------------------------------------------------
+
+constexpr Technology cGraphicEq = Preset(eStandardEQTech);
+
+bool IsGains(const SchemaValue& value) {
+    return value.role == Role::eField && value.technology == cGraphicEq &&
+           value.key.pid == pkey::cStandardEQGainPid;
+}
+
+// The elements in effect; none when they cannot be told.
+std::vector<float> NumbersOf(const SchemaValue& value,
+                             const std::optional<StoredValue>& stored) {
+    std::optional<Value> content = stored ? Decode(value, *stored) : std::nullopt;
+    if (!content)
+        content = BuiltIn(value);
+    return std::get<std::vector<float>>(*content);
+}
+
+std::vector<float> FrequenciesThatStay(const Plan& plan, const SchemaValue& gains,
+                                       StoreAccess& store) {
+    const SchemaValue value = FieldValue(cGraphicEq, *gains.profile, pkey::cStandardEQFreqPid);
+    const std::optional<StoredValue> before = store.Read(value.keySet, value.key);
+    std::optional<StoredValue> after = before;
+    for (const PlannedValue& planned : plan.values)
+        if (planned.value.key == value.key)
+            after = planned.wanted;
+    std::vector<float> frequencies = NumbersOf(value, after);
+    return frequencies == NumbersOf(value, before) ? frequencies : std::vector<float>();
+}
+
+// Empty when no band tells the difference.
+std::string BandLines(const Difference& difference) {
+    const std::vector<float>& frequencies = difference.frequencies;
+    if (frequencies.empty())
+        return {};
+    std::vector<float> before = NumbersOf(difference.value, difference.stored);
+    std::vector<float> after = NumbersOf(difference.value, difference.wanted);
+    before.resize(frequencies.size());
+    after.resize(frequencies.size());
+    const std::string place = ProfileName(*difference.value.profile) + ": " +
+                              WordOf(difference.value.technology).word + " ";
+    std::string lines;
+    for (std::size_t i = 0; i < frequencies.size(); ++i)
+        if (before[i] != after[i])
+            lines += (lines.empty() ? "" : "\n") + place + Decimal(frequencies[i]) +
+                     " Hz: " + Decimal(before[i]) + " -> " + Decimal(after[i]) + " dB";
+    return lines;
+}
+
 }  // namespace
 
 Json StoredToJson(const Setting& setting, const StoredValue& stored) {
@@ -353,6 +431,33 @@ Json Dump(StoreAccess& store, Scope scope, InDemo inDemo) {
     return document;
 }
 
+Json DumpProfile(StoreAccess& store, std::uint32_t profile) {
+    Json document = {
+        {"format", cDocumentFormat}, {"version", cDocumentVersion}, {"scope", cProfile}};
+    if (IsCustomProfile(profile))
+        if (const std::optional<Value> name = Effective(NameValue(profile), store))
+            document[cName] = std::get<std::string>(*name);
+    Json& values = document[cProfile] = Json::object();
+    for (const Setting* const setting : SettingsOf(cProfiles, Scope::eAll)) {
+        const SchemaValue value = setting->Stored(profile);
+        const std::optional<StoredValue> standIn = value.Default();
+        if (!standIn)
+            continue;
+        const std::optional<StoredValue> stored = store.Read(value.keySet, value.key);
+        values[setting->name] =
+            StoredToJson(*setting, stored && Decode(value, *stored) ? *stored : *standIn);
+    }
+    return document;
+}
+
+Plan ReadProfileDocument(std::string_view text, std::uint32_t into, Completeness completeness) {
+    return CheckProfileDocument(ParseStrictJson(text), into, completeness);
+}
+
+Plan CheckProfileDocument(const Json& document, std::uint32_t into, Completeness completeness) {
+    return Reader(document, completeness).ReadProfile(into);
+}
+
 Plan ReadDocument(std::string_view text, Completeness completeness) {
     return CheckDocument(ParseStrictJson(text), completeness);
 }
@@ -362,6 +467,9 @@ Plan CheckDocument(const Json& document, Completeness completeness) {
 }
 
 std::string Difference::Line() const {
+    const std::string bands = BandLines(*this);
+    if (!bands.empty())
+        return bands;
     return PlaceOf(value) + ": " + Shown(value, stored) + " -> " + Shown(value, wanted);
 }
 
@@ -376,8 +484,11 @@ std::vector<Difference> Compare(const Plan& plan, StoreAccess& store) {
     std::vector<Difference> differences;
     for (const PlannedValue& planned : plan.values) {
         std::optional<StoredValue> stored = store.Read(planned.value.keySet, planned.value.key);
-        if (stored != planned.wanted)
-            differences.push_back({planned.value, std::move(stored), planned.wanted});
+        if (stored == planned.wanted)
+            continue;
+        differences.push_back({planned.value, std::move(stored), planned.wanted});
+        if (IsGains(planned.value))
+            differences.back().frequencies = FrequenciesThatStay(plan, planned.value, store);
     }
     return differences;
 }

@@ -10,6 +10,10 @@
 // absent one is not. A value is true or false, a number, a text or an array when writing it
 // back gives exactly the stored bytes; otherwise {"text": "..."} for a REG_SZ of another
 // wording, and {"type": 4, "data": "02"} for anything else.
+//
+// A document of one profile, to be loaded into any other, has scope "profile", the custom
+// profile's "name" if there is one, and all values under "profile": of a value that is not
+// stored, its default.
 #pragma once
 
 #include <optional>
@@ -68,13 +72,26 @@ enum class Completeness {
 Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact);
 Plan CheckDocument(const Json& document, Completeness completeness = Completeness::eExact);
 
+// What is in force in a profile, as a document of its own. The caller holds the store's mutex.
+Json DumpProfile(StoreAccess& store, std::uint32_t profile);
+
+// The values of such a document for the profile `into`; for a custom one, its name, too, if the
+// document has one. Failure as above.
+Plan ReadProfileDocument(std::string_view text, std::uint32_t into, Completeness completeness);
+Plan CheckProfileDocument(const Json& document, std::uint32_t into,
+                          Completeness completeness = Completeness::eExact);
+
 // One value that differs from what is wanted.
 struct Difference {
     SchemaValue value;
     std::optional<StoredValue> stored;
     std::optional<StoredValue> wanted;
+    // Of gains of the graphic equalizer: its frequencies, if they are the same before and
+    // after.
+    std::vector<float> frequencies = {};
 
-    // "music: volume-leveler: 7 -> 5"
+    // "music: volume-leveler: 7 -> 5"; of gains, where there are frequencies, a line for each
+    // band, "music: graphic-eq 1000 Hz: 0 -> 3 dB".
     std::string Line() const;
     // {"name": ..., "profile": ..., "stored": ..., "wanted": ...}, absent: null.
     Json Document() const;

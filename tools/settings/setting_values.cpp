@@ -99,8 +99,25 @@ Value ParseRelative(const Setting& setting, std::string_view text,
                       text);
 }
 
-bool ParseSwitch(const Setting& setting, std::string_view text) {
+// "50%": of the way from the lowest to the highest value.
+Value ParseShare(const Setting& setting, std::string_view text) {
+    const std::optional<double> share =
+        NumberIn(Trimmed(text.substr(0, text.size() - 1)), false);
+    if (!share)
+        Refuse(setting, text);
+    if (!setting.highest || !setting.words.empty())
+        Refuse(setting, text, "a percentage is of the range, and it has none");
+    if (*share < 0 || *share > 100)
+        Refuse(setting, text, "percentages range from 0 to 100");
+    const double value = *setting.lowest + (*setting.highest - *setting.lowest) * *share / 100;
+    return FromNumber(setting, IsWhole(setting.kind) ? std::round(value) : value, text);
+}
+
+bool ParseSwitch(const Setting& setting, std::string_view text,
+                 const std::optional<Value>& current = {}) {
     const std::string word = Lower(text);
+    if (word == "toggle" && current)
+        return !std::get<bool>(*current);
     for (const char* const on : {"on", "true", "yes", "1"})
         if (word == on)
             return true;
@@ -148,6 +165,8 @@ Value ParseNumber(const Setting& setting, std::string_view text,
     const bool isSigned = text.starts_with('+') || text.starts_with('-');
     if (isSigned && setting.TakesRelative())
         return ParseRelative(setting, text, current);
+    if (text.ends_with('%'))
+        return ParseShare(setting, text);
     if (text.starts_with('+'))
         text.remove_prefix(1);
     const std::optional<double> number = NumberIn(text, IsWhole(setting.kind));
@@ -258,7 +277,7 @@ Value ParseValue(const Setting& setting, std::string_view text,
             Refuse(setting, text);
         value = std::move(*bytes);
     } else if (setting.IsSwitch()) {
-        value = ParseSwitch(setting, Trimmed(text));
+        value = ParseSwitch(setting, Trimmed(text), current);
     } else if (setting.IsArray()) {
         value = ParseArray(setting, text);
     } else {

@@ -18,9 +18,9 @@ enum class Limits {
     eStore,  // whatever can be stored
 };
 
-// What a user typed: `on`, `7`, `0.5`, `open`, `+1`, `-10%`; arrays as numbers between commas
-// or blanks. A relative value starts from `current` and stops at the ends of the range;
-// per cent are of the range. Failure with eBadInput says what is allowed.
+// What a user typed: `on`, `toggle`, `7`, `0.5`, `50%`, `open`, `+1`, `-10%`; arrays as numbers
+// between commas or blanks. A relative value starts from `current` and stops at the ends of the
+// range; per cent are of the range. Failure with eBadInput says what is allowed.
 Value ParseValue(const Setting& setting, std::string_view text,
                  const std::optional<Value>& current = {}, Limits limits = Limits::eApi);
 

@@ -165,6 +165,7 @@ Setting GeneralRow(const contract::GeneralSetting& general) {
     }
     if (setting.name == "sampling-period")
         setting.unit = "ms";
+    setting.isCarried = std::string_view(general.writtenBy) == contract::detail::cNobody;
     return setting;
 }
 
@@ -225,8 +226,11 @@ Setting FieldRow(const TechnologyWord& technology, const SchemaValue& value) {
             setting.words.push_back({CurveNames()[i], i});
         return setting;
     }
-    return RowOf(value, word + ".field-" + id,
-                 "field " + id + " of the " + technology.title + ", carried for the engine");
+    Setting setting =
+        RowOf(value, word + ".field-" + id,
+              "field " + id + " of the " + technology.title + ", carried for the engine");
+    setting.isCarried = true;
+    return setting;
 }
 
 // One row for each field, whatever profile the walk begins with.
@@ -312,6 +316,8 @@ const Setting* FindSetting(std::string_view name) {
 
 const Setting& SettingNamed(std::string_view name) {
     if (const Setting* const setting = FindSetting(name))
+        return *setting;
+    if (const Setting* const setting = FindSetting(std::string(name) + ".on"))
         return *setting;
     throw Failure(ExitCode::eBadInput, "Unknown setting '" + std::string(name) + "'.",
                   Suggestion(name, SettingNames()));

@@ -66,6 +66,8 @@ struct Setting : SchemaValue {
 
     // Not stored: the version, which only the library knows.
     bool isStored = true;
+    // Kept for the engine; nothing else depends on it. Listings leave it out.
+    bool isCarried = false;
 
     // How it is stored. `number`, a profile, matters to per-profile settings only.
     SchemaValue Stored(std::uint32_t number = 0) const;
@@ -84,7 +86,8 @@ const std::vector<Setting>& SettingsTable();
 // By name in any case, by an alias (`volume`, `surround`, "X.switch") and, for the technologies
 // of the API, by number. Null when there is none.
 const Setting* FindSetting(std::string_view name);
-// The same; Failure with eBadInput and the nearest names.
+// The same, and a technology without a value of its own is its switch. Failure with eBadInput
+// and the nearest names.
 const Setting& SettingNamed(std::string_view name);
 // "volume-leveler" and "volume-leveler.on" both give "volume-leveler.on"; null when the
 // setting is not a switch and has none.

@@ -49,7 +49,9 @@ expect_among() {
 expect_among "status get set toggle profile demo eq watch dump doctor lint completion" ""
 expect "profile" pro
 expect "undo unregister" un
-expect "create delete rename revert show table use" profile ""
+expect "A B save" ab ""
+expect "A B save" ab save ""
+expect "copy create delete rename revert show table use" profile ""
 expect "off on show" trace ""
 expect_among "profile volume-leveler volume-leveler.on engine-mask trace-flags" get ""
 expect_among "enable" get profile ena

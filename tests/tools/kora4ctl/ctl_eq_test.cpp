@@ -87,6 +87,28 @@ TEST_F(CtlEq, SetTakesFrequenciesAndFindsTheNearestBand) {
     RefusedUnchanged({"eq", "set", "1000=x"}, cBadInput, "not a gain");
 }
 
+TEST_F(CtlEq, SetTakesKilohertzAndSteps) {
+    EXPECT_EQ("1000 Hz: 0.0 -> +1.0 dB\n", Done({"eq", "set", "1k=+1"}));
+    EXPECT_EQ("1000 Hz: +1.0 -> +2.5 dB\n4000 Hz: 0.0 -> -0.5 dB\n",
+              Done({"eq", "set", "1k+=1.5", "3.9K-=0.5"}));
+    EXPECT_EQ("1000 Hz: +2.5 -> -12.0 dB\n", Done({"eq", "set", "1000-=99"}));
+    EXPECT_EQ("32 Hz: 0.0 -> +2.0 dB\n", Done({"eq", "set", "--band", "1", "+=2"}));
+    for (const char* const bad : {"k=1", "1kk=1", "1k+1", "+=1", "1k+=", "1k+=x", "1k==1"})
+        RefusedUnchanged({"eq", "set", "32=1", bad}, cBadInput, "");
+}
+
+TEST_F(CtlEq, SaysWhenTheEqualizerIsOff) {
+    EXPECT_EQ("", RunCtl({"eq", "set", "1k=1"}).err);
+    Done({"set", "graphic-eq", "off"});
+    constexpr char cOff[] = "kora4ctl set graphic-eq on --profile movie";
+    for (const Words& arguments : {Words{"eq", "set", "1k=2"}, {"eq", "import", "-"}}) {
+        const ToolResult result = RunCtl(arguments, "GraphicEQ: 20 1");
+        EXPECT_NE(std::string::npos, result.err.find(cOff)) << result;
+    }
+    Done({"set", "graphic-eq", "on", "--profile", "movie"});
+    EXPECT_EQ("", RunCtl({"eq", "set", "1k=3"}).err);
+}
+
 TEST_F(CtlEq, SetTakesOneBandByNumber) {
     EXPECT_EQ("125 Hz: 0.0 -> -2.5 dB\n", Done({"eq", "set", "--band", "3", "-2.5"}));
     RefusedUnchanged({"eq", "set", "--band", "11", "1"}, cBadInput, "1 to 10");
@@ -167,6 +189,40 @@ TEST_F(CtlEq, ImportTakesTheFrequenciesOfTheFileWhenAsked) {
     EXPECT_EQ((std::vector<float>{1, -2.5, 3, -12}), Gains());
 }
 
+TEST_F(CtlEq, ImportAppliesFiltersAtTheStoredBands) {
+    const Words import = {"eq", "import", "-"};
+    constexpr char cFilters[] =
+        "Preamp: -2 dB\nFilter 1: ON PK Fc 1000 Hz Gain 6 dB Q 1\n"
+        "Filter 2: ON LSC Fc 200 Hz Gain -20 dB Q 0.7\nFilter 3: OFF PK Fc 9 Hz Gain 1 dB Q 1";
+    const ToolResult result = RunCtl(import, cFilters);
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_NE(
+        std::string::npos,
+        result.err.find("2 filters and the preamp of -2 dB at the frequencies of 10 bands"))
+        << result;
+    EXPECT_NE(std::string::npos, result.err.find("Band 1 (32 Hz): -2")) << result;
+    EXPECT_NE(std::string::npos, result.err.find("it becomes -12.")) << result;
+    const std::vector<float> gains = Gains();
+    EXPECT_EQ(-12.0f, gains[0]);
+    EXPECT_NEAR(3.9, static_cast<double>(gains[5]), 0.2);
+    EXPECT_NEAR(-2, static_cast<double>(gains[9]), 0.1);
+    const Json document = DoneJson(import, cFilters);
+    EXPECT_TRUE(HasShape(document["fit"], R"({"filters": "integer", "preamp": "number|null",
+                                              "largestError": "number", "at": "number"})"));
+    EXPECT_EQ(2, document["fit"]["filters"]);
+    EXPECT_LT(1, document["fit"]["largestError"]);
+    RefusedUnchanged({"eq", "import", "-", "--bands", "file"}, cBadInput,
+                     "filters and no bands", cFilters);
+    EXPECT_EQ(nullptr, DoneJson(import, "GraphicEQ: 20 1")["fit"]);
+}
+
+TEST_F(CtlEq, ImportAddsThePreampToACurve) {
+    const ToolResult result =
+        RunCtl({"eq", "import", "-"}, "Preamp: -2.5 dB\nGraphicEQ: 20 1; 20000 1");
+    EXPECT_NE(std::string::npos, result.err.find("preamp of -2.5 dB")) << result;
+    EXPECT_EQ(std::vector<float>(10, -1.5f), Gains());
+}
+
 TEST_F(CtlEq, ImportSaysWhatItCannotTakeAndWhere) {
     const struct {
         const char* text;
@@ -174,7 +230,9 @@ TEST_F(CtlEq, ImportSaysWhatItCannotTakeAndWhere) {
     } cases[] = {
         {"", "the file is empty"},
         {"# only\n", "the file is empty"},
-        {"Preamp: -6 dB\n", "line 1: 'Preamp:' instead of 'GraphicEQ:'"},
+        {"Preamp: -6 dB\n", "line 1: nothing follows the preamp"},
+        {"Preamp: loud\n", "line 1: expected a preamp"},
+        {"Filter 1: ON PK Fc 100 Hz Gain 3 dB\n", "line 1: a filter needs a Q"},
         {"\n\nGraphicEQ:\n", "no bands"},
         {"GraphicEQ: 20 1; 30\n", "expected a gain"},
         {"GraphicEQ: 20 1,5; 30 2\n", "use a decimal point"},

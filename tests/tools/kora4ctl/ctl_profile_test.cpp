@@ -135,6 +135,56 @@ TEST_F(CtlProfile, RevertNamesFactoryValuesThatAreNotBuiltIn) {
     EXPECT_EQ(Json::array(), DoneJson({"profile", "revert"})["notBuiltIn"]);
 }
 
+TEST_F(CtlProfile, IsFoundByTheNameThatItsOwnerGaveIt) {
+    Done({"profile", "create", "p1", "Sp\xC3\xA4t abends"});
+    EXPECT_EQ("profile: movie -> p1\n", Done({"profile", "use", "SP\xC3\xA4T Abends"}));
+    Done({"set", "dialog-enhancer", "0.75", "--profile", "Sp\xC3\xA4t abends"});
+    EXPECT_EQ("0.75\n", Done({"get", "dialog-enhancer", "--profile", "p1"}));
+    EXPECT_EQ("p1", DoneJson({"profile", "show", "sp\xC3\xA4t abends"})["profile"]);
+    Done({"set", "profile", "music"});
+    EXPECT_EQ("profile: music -> p1\n", Done({"set", "profile", "Sp\xC3\xA4t", "abends"}));
+    Done({"set", "profile", "music"});
+    Done({"profile", "rename", "Sp\xC3\xA4t abends", "Late"});
+    RefusedUnchanged({"profile", "use", "Lote"}, cBadInput, "'Late'");
+    EXPECT_EQ("p1 was deleted.\n", Done({"profile", "delete", "late"}));
+    RefusedUnchanged({"profile", "delete", "late"}, cBadInput, "no profile 'late'");
+}
+
+TEST_F(CtlProfile, ANameThatSeveralHaveMeansNoneOfThem) {
+    Done({"profile", "create", "p1", "Same"});
+    Done({"profile", "create", "p4", "Same"});
+    Done({"profile", "create", "p5", "SAME"});
+    RefusedUnchanged({"profile", "use", "Same"}, cBadInput, "the name of p1 and p4");
+    RefusedUnchanged({"profile", "use", "same"}, cBadInput, "the name of p1 and p4 and p5");
+    EXPECT_EQ("p5", DoneJson({"profile", "use", "SAME"})["profile"]) << "just that one";
+}
+
+TEST_F(CtlProfile, TheWordsAndNumbersOfProfilesMeanThoseProfiles) {
+    const ToolResult created = RunCtl({"profile", "create", "p1", "Music"});
+    EXPECT_NE(std::string::npos, created.err.find("call this one p1")) << created;
+    EXPECT_EQ("music", DoneJson({"profile", "use", "Music"})["profile"]);
+    const ToolResult renamed = RunCtl({"profile", "rename", "p1", "4"});
+    EXPECT_NE(std::string::npos, renamed.err.find("call this one p1")) << renamed;
+    EXPECT_EQ("p2", DoneJson({"profile", "show", "4"})["profile"]);
+    EXPECT_EQ("", RunCtl({"profile", "rename", "p1", "P1"}).err);
+}
+
+TEST_F(CtlProfile, StepsGoThroughTheProfilesThatExist) {
+    Done({"profile", "create", "p3", "x"});
+    EXPECT_EQ("profile: movie -> games\n", Done({"set", "profile", "+2"}));
+    EXPECT_EQ("profile: games -> p3\n", Done({"set", "profile", "+1"}));
+    EXPECT_EQ("profile: p3 -> p3\n", Done({"set", "profile", "+1"}));
+    EXPECT_EQ("profile: p3 -> movie\n", Done({"set", "profile", "-100000"}));
+    RefusedUnchanged({"set", "profile", "+x"}, cBadInput, "'profile'");
+    ASSERT_EQ(S_OK, Client().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, TRUE));
+    RefusedUnchanged({"set", "profile", "+1"}, cRefused, "demo-movie");
+}
+
+TEST_F(CtlProfile, CarriedFieldsAreShownWhenAsked) {
+    EXPECT_EQ(std::string::npos, Done({"profile", "show"}).find("field-"));
+    EXPECT_NE(std::string::npos, Done({"profile", "show", "--all"}).find("field-4"));
+}
+
 TEST_F(CtlProfile, SubcommandsAreNamedWhenOneIsMissingOrWrong) {
     Refused({"profile"}, cUsage, "show");
     Refused({"profile", "shwo"}, cUsage, "show");
@@ -147,14 +197,13 @@ TEST_F(CtlDemo, EnterAndForceLeaveRestoreProfileAndEnable) {
               DoneJson({"demo", "enter", "games", "--off"}));
     EXPECT_EQ(KORA4_PROFILE_DEMO_GAMES, Active());
     RefusedUnchanged({"demo", "enter", "movie"}, cRefused, "demo-games");
-    RefusedUnchanged({"demo", "leave"}, cRefused, "force-leave");
+    RefusedUnchanged({"demo", "leave"}, cUsage, "Did you mean 'force-leave'?");
     EXPECT_EQ(Json({{"profile", "music"}, {"demo", false}, {"enable", true}}),
               DoneJson({"demo", "force-leave"}));
     EXPECT_EQ(1, Active());
 }
 
 TEST_F(CtlDemo, WithoutADemoThereIsNothingToLeave) {
-    RefusedUnchanged({"demo", "leave"}, cRefused, "no demo is active");
     const std::string text = Done({"demo", "force-leave"});
     EXPECT_NE(std::string::npos, text.find("No demo was active")) << text;
 }
@@ -175,7 +224,7 @@ TEST_F(CtlDemo, NothingWorksWithoutTheLibrary) {
                                    {"profile", "use", "music"},
                                    {"profile", "create", "p1", "x"},
                                    {"demo", "enter", "movie"},
-                                   {"demo", "leave"}})
+                                   {"demo", "force-leave"}})
         Refused(arguments, cNotReady, "kora4ctl register");
 }
 

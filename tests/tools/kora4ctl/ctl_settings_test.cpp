@@ -79,7 +79,7 @@ class CtlSettings : public CtlTest {
 };
 
 TEST_F(CtlSettings, ListHasEveryRowInOrderWithItsDefault) {
-    const Json list = DoneJson({"list"});
+    const Json list = DoneJson({"list", "--all"});
     const std::vector<Setting>& table = tools::SettingsTable();
     ASSERT_EQ(table.size(), list.size());
     for (std::size_t i = 0; i < table.size(); ++i) {
@@ -154,7 +154,7 @@ TEST_F(CtlSettings, EverySwitchTogglesBothWays) {
 }
 
 TEST_F(CtlSettings, DescribeTellsEveryRow) {
-    const Json descriptions = DoneJson({"describe"});
+    const Json descriptions = DoneJson({"describe", "--all"});
     const std::vector<Setting>& table = tools::SettingsTable();
     ASSERT_EQ(table.size(), descriptions.size());
     for (std::size_t i = 0; i < table.size(); ++i) {
@@ -190,7 +190,8 @@ TEST_F(CtlSettings, HelpOfGetAndSetHasTheTable) {
     const std::string set =
         std::regex_replace(Done({"set", "--help"}), std::regex("\\n +"), " ");
     for (const Setting& setting : tools::SettingsTable()) {
-        EXPECT_NE(std::string::npos, get.find("  " + setting.name + " ")) << setting.name;
+        const bool isThere = get.find("  " + setting.name + " ") != std::string::npos;
+        EXPECT_EQ(!setting.isCarried, isThere) << setting.name;
         EXPECT_NE(std::string::npos, set.find(setting.Allowed())) << setting.name;
     }
 }
@@ -333,6 +334,29 @@ TEST_F(CtlSettings, WithoutTheKeysTheStoreIsNotReady) {
     RemoveStore();
     Refused({"get", "number-57"}, cNotReady, "register");
     Refused({"get", "enable"}, cNotReady, "doctor");
+}
+
+TEST_F(CtlSettings, CarriedFieldsAreListedWhenAsked) {
+    for (const char* const verb : {"list", "describe"}) {
+        const std::string text = Done({verb});
+        for (const char* const name : {"field-", "switch-5", "number-5", "refresh-"})
+            EXPECT_EQ(std::string::npos, text.find(name)) << verb << " " << name;
+        EXPECT_NE(std::string::npos, text.find("volume-leveler.on")) << verb;
+    }
+    EXPECT_EQ("200\n", Done({"get", "number-57"})) << "by its name";
+    EXPECT_NE(std::string::npos, Done({"describe", "number-57"}).find("carried"));
+    EXPECT_EQ(std::string::npos, Done({"get", "--help"}).find("number-57"));
+}
+
+TEST_F(CtlSettings, ToggleAndSharesAreValues) {
+    EXPECT_EQ("enable: on -> off\n", Done({"set", "enable", "toggle"}));
+    EXPECT_EQ("enable: off -> on\n", Done({"set", "enable", "toggle"}));
+    EXPECT_EQ("dialog-enhancer.on: on -> off\n", Done({"set", "dialog-enhancer", "toggle"}));
+    EXPECT_EQ("next-gen-surround.on: on -> off\n",
+              Done({"set", "next-gen-surround", "toggle"}));
+    EXPECT_EQ("enable: on -> off\n", Done({"set", "enable", "toggle", "--stored"}));
+    EXPECT_EQ("dialog-enhancer: 0.33 -> 0.5\n", Done({"set", "dialog-enhancer", "50%"}));
+    RefusedUnchanged({"set", "sampling-period", "toggle"}, cBadInput, "toggle");
 }
 
 TEST_F(CtlSettings, NamesBelongToCustomProfiles) {

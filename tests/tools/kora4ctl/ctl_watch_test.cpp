@@ -2,6 +2,9 @@
 // kora4ctl watch: every notification of the library, told as it comes.
 #include <gmock/gmock.h>
 
+#include <cstdio>
+#include <fstream>
+
 #include "support/raw_store.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 
@@ -113,6 +116,94 @@ TEST_F(CtlWatch, CurveComesAsAWhole) {
     EXPECT_EQ(ParsedJson(R"({"event": "graphic-eq", "name": "graphic-eq",
                              "value": {"frequencies": [100, 1000], "gains": [1.5, -3]}})"),
               NextEvent(*tool));
+}
+
+TEST_F(CtlWatch, OnlySomeAreReportedAndCounted) {
+    const auto tool =
+        Start({"--only", "volume,profile", "--only", "graphic-eq.gains", "--count", "3"});
+    EXPECT_EQ(S_OK, Client().SetVeltoEnable(FALSE));
+    SetVolume(7);
+    EXPECT_THAT(tool->NextLine(), HasSubstr("volume-leveler  7"));
+    Done({"set", "dialog-enhancer", "0.5"});
+    Done({"eq", "set", "1k=1"});
+    EXPECT_THAT(tool->NextLine(), HasSubstr("graphic-eq  32:0 "));
+    EXPECT_EQ(S_OK, Client().CreateCustomProfile(3, L"x"));
+    EXPECT_EQ(S_OK, Client().SetActiveProfile(1));
+    EXPECT_THAT(tool->NextLine(), HasSubstr("profile  music"));
+    EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
+}
+
+TEST_F(CtlWatch, WhatIsNeverReportedIsNotWaitedFor) {
+    for (const char* const name : {"trace-flags", "peak-limiter", "sampling-period", "version"})
+        Refused({"watch", "--only", name}, cBadInput, "not reported");
+    Refused({"watch", "--only", "volum-leveler"}, cBadInput, "volume-leveler");
+    Refused({"watch", "--only"}, cUsage, "--only");
+    EXPECT_EQ(cDone, RunCtl({"watch", "--timeout", "0", "--only", "name"}).exitCode);
+}
+
+TEST_F(CtlWatch, SnapshotFollowsAChangeOfTheProfile) {
+    Done({"set", "dialog-enhancer", "0.75", "--profile", "music"});
+    const auto tool = Start({"--json", "--snapshot", "--count", "1"});
+    tool->NextLine();
+    EXPECT_EQ(S_OK, Client().SetActiveProfile(1));
+    EXPECT_EQ("profile", NextEvent(*tool)["event"]);
+    Json values;
+    for (const std::string& line : tool->WaitForEnd().Lines()) {
+        const Json event = ParsedJson(line);
+        if (event["event"] != "snapshot")
+            continue;
+        EXPECT_TRUE(HasShape(event, cEventShape));
+        values[event["name"].get<std::string>()] = event["value"];
+    }
+    EXPECT_EQ(12u, values.size()) << values;
+    EXPECT_EQ(0.75, values["dialog-enhancer"]);
+    EXPECT_EQ(false, values["speaker-virtualizer.on"]);
+    EXPECT_EQ(10u, values["graphic-eq"]["gains"].size());
+}
+
+TEST_F(CtlWatch, ProgramIsRunWithTheChangeInItsEnvironment) {
+    const auto tool = Start({"--exec", "cmd /c set KORA4_", "--count", "2"});
+    SetVolume(7);
+    tool->ErrorLineWith("KORA4_EVENT=value");
+    EXPECT_THAT(tool->ErrorLineWith("KORA4_JSON="),
+                HasSubstr(R"("event":"value","name":"volume-leveler","value":7})"));
+    tool->ErrorLineWith("KORA4_NAME=volume-leveler");
+    tool->ErrorLineWith("KORA4_TIME=");
+    tool->ErrorLineWith("KORA4_VALUE=7");
+    // A name that a shell would take for a command.
+    EXPECT_EQ(S_OK, Client().CreateCustomProfile(3, L"x\" & echo planted & \"%PATH%"));
+    EXPECT_THAT(tool->ErrorLineWith("KORA4_VALUE="),
+                HasSubstr(R"(=p1 "x\" & echo planted & \"%PATH%")"));
+    const ToolResult result = tool->WaitForEnd();
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_EQ(2u, result.Lines().size()) << "its output is not a result\n" << result;
+    EXPECT_THAT(result.err, testing::Not(HasSubstr("\nplanted")));
+}
+
+TEST_F(CtlWatch, ProgramThatFailsIsNamedAndTheNextOneRuns) {
+    const auto tool = Start({"--exec", "cmd.exe /c exit 3", "--count", "2"});
+    SetVolume(7);
+    tool->ErrorLineWith("ended with exit code 3.");
+    SetVolume(8);
+    tool->ErrorLineWith("ended with exit code 3.");
+    EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
+}
+
+TEST_F(CtlWatch, CtrlCEndsItWhileTheProgramRuns) {
+    const auto tool = Start({"--exec", "cmd /c pause"});
+    SetVolume(7);
+    tool->NextLine();
+    tool->PressCtrlC();
+    EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
+}
+
+TEST_F(CtlWatch, ProgramsThatThereAreNotAndBatchFilesAreRefused) {
+    Refused({"watch", "--exec", "no-such-program x"}, cBadInput, "'no-such-program'");
+    Refused({"watch", "--exec", "\"no such program\" x"}, cBadInput, "'no such program'");
+    Refused({"watch", "--exec", " "}, cBadInput, "no program ''");
+    std::ofstream("ctl_watch_test.bat") << "@echo off";
+    Refused({"watch", "--exec", ".\\ctl_watch_test.bat"}, cBadInput, "batch file");
+    std::remove("ctl_watch_test.bat");
 }
 
 TEST_F(CtlWatch, CountEndsIt) {

@@ -242,7 +242,7 @@ std::string TextOr(const Json& value, const std::string& other) {
 
 // The table of settings as the program describes them, in the wording of the manual.
 std::vector<std::string> SettingsTable() {
-    const ToolResult result = RunCtl({"describe", "--json"});
+    const ToolResult result = RunCtl({"describe", "--all", "--json"});
     EXPECT_EQ(0u, result.exitCode) << result;
     std::vector<std::string> lines = {
         "| Name | What | Allowed | Unit | Per profile | Methods | Stored in |",

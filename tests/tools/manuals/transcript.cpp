@@ -225,6 +225,11 @@ std::vector<std::string> TranscriptShell::Run(const std::string& command) {
         return {std::to_string(m_exitCode)};
     if (words.front() == "cat")
         return LinesOf(WithPlainFolders(ReadFile(words.back())));
+    if (std::vector<std::string> text, file;
+        words.front() == "echo" && SplitAt(">", words, text, file)) {
+        std::ofstream(std::filesystem::path(tools::Widen(file.front()))) << text.back() << '\n';
+        return {};
+    }
     if (words.front() == "sleep") {
         // What runs in the background has that long.
         Sleep(static_cast<DWORD>(1000 * std::atof(words.back().c_str())));

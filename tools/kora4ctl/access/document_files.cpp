@@ -2,9 +2,13 @@
 // Reading, applying and printing that the verbs of the settings document share.
 #include "kora4ctl/access/document_files.h"
 
+#include <algorithm>
+
 #include "base/shown_text.h"
+#include "contract/profiles.h"
 #include "registry/journal.h"
 #include "settings/backup.h"
+#include "settings/content.h"
 #include "settings/transaction.h"
 
 namespace kora4::tools {
@@ -22,11 +26,35 @@ Plan ReadPlan(const std::string& path, Completeness completeness) {
     });
 }
 
+Plan ReadProfilePlan(const std::string& path, std::uint32_t into, Completeness completeness) {
+    return ParseFile(path, [=](const std::string& text) {
+        return ReadProfileDocument(text, into, completeness);
+    });
+}
+
+void CheckTakesValues(Plan& plan, std::uint32_t into, StoreAccess& store) {
+    const std::string word = ProfileName(into);
+    if (IsDemoProfile(into))
+        throw BadInput(word + " is a demo profile; its values are the factory values.",
+                       "Choose one of movie, music, games, and " + CustomProfiles() + ".");
+    if (!IsCustomProfile(into))
+        return;
+    const auto isName = [](const PlannedValue& one) { return one.value.role == Role::eName; };
+    if (Effective(NameValue(into), store))
+        std::erase_if(plan.values, isName);
+    else if (std::none_of(plan.values.begin(), plan.values.end(), isName))
+        throw Failure(ExitCode::eRefused, word + " does not exist; nothing was changed.",
+                      "Create it: kora4ctl profile create " + word + " NAME");
+}
+
 ChangedSettings ApplyPlan(const Context& context, const Plan& plan, const HeldStore& store,
                           const std::string& verb) {
     const auto isInterrupted = [&context] { return context.interrupt.IsRequested(); };
     std::string backup;
-    const auto keepBackup = [&] { backup = Backups().Keep(verb, *store, store.lock); };
+    const auto keepBackup = [&] {
+        if (!verb.empty())
+            backup = Backups().Keep(verb, *store, store.lock);
+    };
     Applied applied = Apply(plan, *store, store.lock, JournalFile(DefaultJournalPath()),
                             isInterrupted, keepBackup);
     if (!applied.movedJournal.empty())
@@ -50,6 +78,19 @@ Json DocumentOf(const std::vector<Difference>& differences) {
     for (const Difference& difference : differences)
         list.push_back(difference.Document());
     return list;
+}
+
+Json DocumentOf(const ChangedSettings& changed) {
+    const ChangeCounts counts(changed.changes);
+    return {{"changes", DocumentOf(changed.changes)},
+            {"written", counts.written},
+            {"deleted", counts.deleted},
+            {"backup", OrNull(changed.backup)}};
+}
+
+std::string EndOf(const ChangedSettings& changed) {
+    return ": " + ChangeCounts(changed.changes).InWords() + "." +
+           (changed.backup.empty() ? "" : " To undo it: kora4ctl undo 1");
 }
 
 }  // namespace kora4::tools

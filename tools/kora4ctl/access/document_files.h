@@ -28,8 +28,14 @@ auto ParseFile(const std::string& path, Parse parse) {
     }
 }
 
-// The plan of the document in a file.
+// The plan of the document in a file; of one that holds one profile.
 Plan ReadPlan(const std::string& path, Completeness completeness);
+Plan ReadProfilePlan(const std::string& path, std::uint32_t into, Completeness completeness);
+
+// Before the values of one profile go into another, which keeps its name if it has one. Failure
+// with eBadInput for a demo profile, with eRefused for one that does not exist and gets no
+// name.
+void CheckTakesValues(Plan& plan, std::uint32_t into, StoreAccess& store);
 
 // What was changed, and the backup from before; empty when nothing changed.
 struct ChangedSettings {
@@ -37,7 +43,8 @@ struct ChangedSettings {
     std::string backup;
 };
 
-// Makes the store what the plan says, after keeping a backup; Ctrl-C undoes it.
+// Makes the store what the plan says, after keeping a backup unless the verb is empty; Ctrl-C
+// undoes it.
 ChangedSettings ApplyPlan(const Context& context, const Plan& plan, const HeldStore& store,
                           const std::string& verb);
 
@@ -49,5 +56,10 @@ void PrintDifferences(Output& output, const std::vector<Difference>& differences
 
 // One JSON object per difference, as an array.
 Json DocumentOf(const std::vector<Difference>& differences);
+
+// {"changes", "written", "deleted", "backup"}
+Json DocumentOf(const ChangedSettings& changed);
+// The end of a sentence about it: ": 2 written, 1 deleted. To undo it: kora4ctl undo 1"
+std::string EndOf(const ChangedSettings& changed);
 
 }  // namespace kora4::tools

@@ -6,9 +6,12 @@
 #include <algorithm>
 
 #include "base/failure.h"
+#include "base/nearest.h"
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/profiles.h"
+#include "kora4ctl/access/held_store.h"
+#include "settings/content.h"
 #include "settings/names.h"
 
 namespace kora4::tools {
@@ -31,11 +34,72 @@ std::wstring StorableName(const std::string& name) {
     throw Failure(ExitCode::eFailed, what, next);
 }
 
+// The names that are stored and can be read; none without a store.
+ProfileTable StoredNames(const Context& context) {
+    ProfileTable table;
+    try {
+        const HeldStore store(context, OpenMode::eRead);
+        for (std::uint32_t profile = cFirstCustomProfile; IsCustomProfile(profile); ++profile)
+            if (const std::optional<Value> name = Effective(NameValue(profile), *store))
+                table[profile] = std::get<std::string>(*name);
+    } catch (const Failure& failure) {
+        if (failure.Code() != ExitCode::eNotReady)
+            throw;
+    }
+    return table;
+}
+
+template <typename IsMeant>
+std::vector<std::string> ProfilesOfName(const ProfileTable& names, IsMeant isMeant) {
+    std::vector<std::string> words;
+    for (std::uint32_t profile = 0; profile < names.size(); ++profile)
+        if (names[profile] && isMeant(*names[profile]))
+            words.push_back(ProfileName(profile));
+    return words;
+}
+
+std::optional<std::uint32_t> FindIn(const ProfileTable& names, const std::string& word) {
+    const std::string lower = Lower(word);
+    std::vector<std::string> found =
+        ProfilesOfName(names, [&](const std::string& name) { return name == word; });
+    if (found.empty())
+        found = ProfilesOfName(names,
+                               [&](const std::string& name) { return Lower(name) == lower; });
+    if (word.empty() || found.empty())
+        return {};
+    if (found.size() > 1)
+        throw BadInput("'" + word + "' is the name of " + Join(found, " and ") + ".",
+                       "Use one of these words instead.");
+    return FindProfile(found.front());
+}
+
 bool Exists(std::uint32_t profile, const Api& api) {
     return ReadProfileNames(api)[profile].has_value();
 }
 
 }  // namespace
+
+std::optional<std::uint32_t> FindProfileNamed(const Context& context, const std::string& word) {
+    const std::optional<std::uint32_t> profile = FindProfile(word);
+    return profile ? profile : FindIn(StoredNames(context), word);
+}
+
+std::uint32_t ProfileNamed(const Context& context, const std::string& word) {
+    if (const std::optional<std::uint32_t> profile = FindProfileNamed(context, word))
+        return *profile;
+    std::vector<std::string> words = ProfileNames();
+    for (const std::optional<std::string>& name : StoredNames(context))
+        if (name && !name->empty())
+            words.push_back(*name);
+    throw BadInput("There is no profile '" + word + "'.", Suggestion(word, words));
+}
+
+void TellIfHidden(const Context& context, std::uint32_t profile, const std::string& name) {
+    const std::optional<std::uint32_t> other = FindProfile(name);
+    if (other && other != profile)
+        context.output.Say("'" + name + "' always means the profile " + ProfileName(*other) +
+                           "; call this one " + ProfileName(profile) + ".");
+}
 
 void CheckIsCustom(std::uint32_t profile) {
     if (!IsCustomProfile(profile))
@@ -57,14 +121,21 @@ ProfileTable ReadProfileNames(const Api& api) {
     return table;
 }
 
+void CheckIsFree(std::uint32_t profile, const std::string& name, const Api& api) {
+    CheckIsCustom(profile);
+    StorableName(name);
+    if (Exists(profile, api))
+        Fail(ProfileName(profile) + " already exists, as '" +
+                 ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
+             "Rename it, delete it first, or choose another of " + CustomProfiles() + ".");
+}
+
 void CreateProfile(std::uint32_t profile, const std::string& name, Api& api) {
     CheckIsCustom(profile);
     const HRESULT hr =
         api.CreateCustomProfile(static_cast<LONG>(profile), StorableName(name)).Code();
-    if (hr == E_FAIL && Exists(profile, api))
-        Fail(ProfileName(profile) + " already exists, as '" +
-                 ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
-             "Rename it, delete it first, or choose another one of " + CustomProfiles() + ".");
+    if (hr == E_FAIL)
+        CheckIsFree(profile, name, api);
     Check(hr, "Creating " + ProfileName(profile));
 }
 

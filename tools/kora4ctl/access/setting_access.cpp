@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/results.h"
+#include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
@@ -18,6 +19,9 @@ namespace {
 bool IsDemoInForce(const Setting& setting, std::uint32_t profile, bool isNamed) {
     return setting.role == Role::eField && !isNamed && IsDemoProfile(profile);
 }
+
+// The value that is the opposite of a switch's present one.
+constexpr char cToggle[] = "toggle";
 
 const char* NameOfWay(Way way) {
     return way == Way::eApi ? "api" : "store";
@@ -191,6 +195,9 @@ void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
 Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,
                           const std::string& text, Limits limits, Detail detail) {
     CheckWritable(setting, limits);
+    if (setting.methods == ApiMethods::eEnable && limits == Limits::eApi &&
+        Lower(text) == cToggle)
+        return Toggle(setting, profile, detail);
     CheckNotFactory(setting, profile, limits);
     if (limits == Limits::eStore || WayOf(setting, profile) == Way::eStore)
         return SetThroughStore(setting, profile, text, limits, detail);
@@ -238,9 +245,7 @@ Change SettingAccess::Toggle(const Setting& setting, std::optional<std::uint32_t
         const bool isOn = Check(Api().ToggleVeltoEnable(), "Toggling the master enable");
         return {Value(!isOn), Read(setting, profile, detail)};
     }
-    const Reading before = Read(setting, profile, Detail::eValue);
-    const bool isOn = before.value && std::get<bool>(*before.value);
-    return Set(setting, profile, isOn ? "off" : "on", Limits::eApi, detail);
+    return Set(setting, profile, cToggle, Limits::eApi, detail);
 }
 
 }  // namespace kora4::tools

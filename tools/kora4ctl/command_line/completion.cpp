@@ -25,12 +25,20 @@ struct Rule {
 constexpr Rule cRules[] = {
     {"get", "NAME", "settings"},
     {"set", "NAME", "settings"},
+    {"reset", "NAME", "settings"},
+    {"ab", "STATE", "states"},
     {"describe", "NAME", "settings"},
     {"toggle", "NAME", "switches"},
     {"set", "VALUE", cValueWords},
     {"demo enter", "P", "preset-profiles"},
     {"profile use", "P", "selectable-profiles"},
     {"profile create", "P", "custom-profiles"},
+    {nullptr, "--from", "profiles"},
+    {"profile copy", "FROM", "profiles"},
+    {"profile copy", "TO", "selectable-profiles"},
+    {nullptr, "--into", "selectable-profiles"},
+    {"watch", "--only", "settings"},
+    {"watch", "--exec", cFileWords},
     {"profile rename", "P", "custom-profiles"},
     {"profile delete", "P", "custom-profiles"},
     {nullptr, "P", "profiles"},
@@ -150,6 +158,7 @@ Completion CompletionOf(const CLI::App& root) {
         ListOf(
             "modules", contract::cTraceTags, [](const auto&) { return true; },
             [](const contract::TraceTag& one) { return one.tag; }),
+        {"states", {"A", "B", "save"}},
         {"shells", {"bash", "powershell"}},
     };
     completion.values = AllValues();

@@ -9,9 +9,9 @@
 #include <optional>
 #include <string>
 
+#include "kora4ctl/access/profile_names.h"
 #include "process/help_text.h"
 #include "process/program.h"
-#include "settings/names.h"
 
 namespace kora4::tools {
 
@@ -43,14 +43,15 @@ struct NoOptions {};
 // --profile P; not given: the active profile.
 class ProfileOption {
   public:
-    void AddTo(CLI::App& verb) {
-        verb.add_option("--profile", m_word,
-                        "use this profile (music, p1, ...) instead of the active one")
-            ->type_name("P");
+    CLI::Option& AddTo(CLI::App& verb,
+                       const char* help =
+                           "use this profile (music, p1, its name, ...) instead "
+                           "of the active one") {
+        return *verb.add_option("--profile", m_word, help)->type_name("P");
     }
     // Failure with eBadInput when there is no such profile.
-    std::optional<std::uint32_t> Get() const {
-        return m_word.empty() ? std::nullopt : std::optional(ParseProfile(m_word));
+    std::optional<std::uint32_t> Get(const Context& context) const {
+        return m_word.empty() ? std::nullopt : std::optional(ProfileNamed(context, m_word));
     }
 
   private:

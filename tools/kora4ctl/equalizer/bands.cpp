@@ -9,13 +9,14 @@
 
 namespace kora4::tools {
 
-Bands BandsOfText(std::string_view text, const std::string& name) {
-    ParsedEqualizer parsed = ParseGraphicEq(text);
-    if (!parsed)
-        throw BadInput(
-            name + ", line " + std::to_string(parsed.line) + ": " + parsed.problem + ".",
-            "Expected: GraphicEQ: 20 -1.5; 25 0; 31.5 2 ...");
-    return std::move(parsed.bands);
+EqualizerText EqualizerOfFile(std::string_view text, const std::string& name) {
+    EqualizerText read = ReadEqualizerText(text);
+    if (!read.problem.empty())
+        throw BadInput(name + ", line " + std::to_string(read.line) + ": " + read.problem + ".",
+                       read.hasFilters
+                           ? "Expected: Filter 1: ON PK Fc 105 Hz Gain -3.4 dB Q 0.70"
+                           : "Expected: GraphicEQ: 20 -1.5; 25 0; 31.5 2 ...");
+    return read;
 }
 
 std::string FrequencyProblem(const Bands& bands, std::size_t index) {

@@ -3,17 +3,17 @@
 // and their limits.
 #pragma once
 
-#include <kora4/equalizer.hpp>
-
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "kora4ctl/equalizer/equalizer_text.h"
+
 namespace kora4::tools {
 
-// The bands of a file's text; `name` is the file's. Failure with eBadInput says in which line
-// what is wrong.
-Bands BandsOfText(std::string_view text, const std::string& name);
+// What a file's text says; `name` is the file's. Failure with eBadInput says in which line what
+// is wrong.
+EqualizerText EqualizerOfFile(std::string_view text, const std::string& name);
 
 // What is wrong with the frequencies as they are stored, a sentence for each band that cannot
 // be used: not positive, or not above the one before.

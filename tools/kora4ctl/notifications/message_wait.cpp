@@ -37,7 +37,8 @@ DWORD Deadline::Left() const {
 }
 
 Wake WaitWithMessages(HANDLE interrupt, const Deadline& deadline,
-                      const std::function<bool()>& isDone) {
+                      const std::function<bool()>& isDone, HANDLE awaited) {
+    const HANDLE handles[] = {interrupt, awaited};
     for (;;) {
         TakeMessages();
         if (isDone())
@@ -46,8 +47,8 @@ Wake WaitWithMessages(HANDLE interrupt, const Deadline& deadline,
             return Wake::eInterrupted;
         if (deadline.IsOver())
             return Wake::eTimedOut;
-        MsgWaitForMultipleObjectsEx(1, &interrupt, deadline.Left(), QS_ALLINPUT,
-                                    MWMO_INPUTAVAILABLE);
+        MsgWaitForMultipleObjectsEx(awaited != nullptr ? 2 : 1, handles, deadline.Left(),
+                                    QS_ALLINPUT, MWMO_INPUTAVAILABLE);
     }
 }
 

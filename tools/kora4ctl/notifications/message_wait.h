@@ -33,8 +33,8 @@ enum class Wake {
 };
 
 // Lets messages and calls in until `isDone` says so, which is asked at first and after each
-// of them. `interrupt` is an event.
+// of them, and when `awaited`, a handle or null, is signalled. `interrupt` is an event.
 Wake WaitWithMessages(HANDLE interrupt, const Deadline& deadline,
-                      const std::function<bool()>& isDone);
+                      const std::function<bool()>& isDone, HANDLE awaited = nullptr);
 
 }  // namespace kora4::tools

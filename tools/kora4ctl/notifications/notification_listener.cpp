@@ -123,6 +123,26 @@ Json Notification::Document() const {
     return {{"time", time.Iso()}, {"event", event}, {"name", name}, {"value", value}};
 }
 
+std::vector<Notification> SnapshotOf(Api& api) {
+    constexpr char cSnapshot[] = "snapshot";
+    std::vector<Notification> all;
+    for (const Setting& setting : SettingsTable()) {
+        Notification one;
+        one.time = UtcTime::Now();
+        if (setting.methods == ApiMethods::eBands) {
+            FillBands(one, Check(api.GetGraphicEQData(), "Reading " + setting.name));
+            one.event = cSnapshot;
+        } else if (setting.methods == ApiMethods::eSwitch ||
+                   setting.methods == ApiMethods::ePatchValue) {
+            Fill(one, cSnapshot, setting.name, *ReadThroughApi(setting, {}, api));
+        } else {
+            continue;
+        }
+        all.push_back(std::move(one));
+    }
+    return all;
+}
+
 NotificationListener::NotificationListener(Api& api, HANDLE interrupt)
     : m_api(api), m_interrupt(interrupt), m_collector(MakeCallback<Collector>()) {
     Check(api.RegisterChangeNotifications(m_collector.Get()), "Registering for notifications");

@@ -32,6 +32,10 @@ struct Notification {
     Json Document() const;
 };
 
+// The values and switches of the active profile, as if each of them had been told now; the
+// event is "snapshot". Failure when one cannot be read.
+std::vector<Notification> SnapshotOf(Api& api);
+
 // Registered with the object for as long as it lives. Belongs to the thread of the object's
 // apartment, which hears notifications while it is in Wait.
 class NotificationListener {

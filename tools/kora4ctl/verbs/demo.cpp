@@ -40,8 +40,8 @@ ExitCode Tell(const Context& context, const std::string& what, const State& now)
 }
 
 // The preset profile's name says which demo.
-std::uint32_t DemoOf(const std::string& word) {
-    const std::uint32_t profile = ParseProfile(word);
+std::uint32_t DemoOf(const Context& context, const std::string& word) {
+    const std::uint32_t profile = ProfileNamed(context, word);
     if (IsPresetProfile(profile))
         return DemoProfileOf(profile);
     if (!IsDemoProfile(profile))
@@ -51,7 +51,7 @@ std::uint32_t DemoOf(const std::string& word) {
 }
 
 ExitCode Enter(const Context& context, const DemoOptions& options) {
-    const std::uint32_t profile = DemoOf(options.profile);
+    const std::uint32_t profile = DemoOf(context, options.profile);
     SettingAccess access(context);
     const HRESULT hr =
         access.Api().SetDemoProfileAndEnable(static_cast<LONG>(profile), !options.isOff).Code();
@@ -63,24 +63,6 @@ ExitCode Enter(const Context& context, const DemoOptions& options) {
             cForceLeave);
     Check(hr, "Entering " + ProfileName(profile));
     return Tell(context, "Entered the demo.", ReadState(access));
-}
-
-// Only the object that entered a demo knows that it did, and that of an earlier run is gone.
-ExitCode Leave(const Context& context, const NoOptions&) {
-    SettingAccess access(context);
-    const State before = ReadState(access);
-    const HRESULT hr = access.Api().RevertFromDemoMode().Code();
-    if (hr == KORA4_S_DEMO_MODE_ACTIVE && !IsDemoProfile(before.profile))
-        throw Failure(ExitCode::eRefused, "Nothing changed: no demo is active; " +
-                                              ProfileName(before.profile) + " is.");
-    if (hr == KORA4_S_DEMO_MODE_ACTIVE)
-        throw Failure(ExitCode::eRefused,
-                      "Nothing changed: the demo " + ProfileName(before.profile) +
-                          " was entered by another program, or another run of this one, and "
-                          "only the one that entered a demo can leave it this way.",
-                      cForceLeave);
-    Check(hr, "Leaving the demo");
-    return Tell(context, "Left the demo.", ReadState(access));
 }
 
 ExitCode ForceLeave(const Context& context, const NoOptions&) {
@@ -97,10 +79,6 @@ constexpr char cEnterHelp[] =
     "The active profile and the master enable are saved and restored when the demo is left.\n"
     "In a demo, values are built in and cannot be changed.\n";
 
-constexpr char cLeaveHelp[] =
-    "Only the program that entered a demo can leave it. Each run of kora4ctl is a program\n"
-    "of its own, so a demo that 'demo enter' began is left with 'demo force-leave'.\n";
-
 }  // namespace
 
 void AddDemo(Context& context) {
@@ -112,8 +90,6 @@ void AddDemo(Context& context) {
         enter.add_flag("--on", options.isOn, "with the master enable on (the default)");
     enter.add_flag("--off", options.isOff, "with the master enable off")->excludes(on);
     enter.footer(cEnterHelp);
-    AddVerb(demo, context, "leave", "end a demo that this program entered", Leave)
-        .app.footer(cLeaveHelp);
     AddVerb(demo, context, "force-leave", "end a demo, whoever entered it", ForceLeave);
 }
 

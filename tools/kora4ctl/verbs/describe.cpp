@@ -18,7 +18,12 @@ namespace {
 struct DescribeOptions {
     ProfileOption profile;
     std::vector<std::string> names;
+    bool all = false;
 };
+
+void AddAll(CLI::App& verb, DescribeOptions& options) {
+    verb.add_flag("--all", options.all, "also the fields that are only carried");
+}
 
 constexpr const char* cAccesses[] = {"read-write", "read-only", "store-only"};
 
@@ -172,9 +177,10 @@ ExitCode Describe(const Context& context, const DescribeOptions& options) {
         settings.push_back(&SettingNamed(name));
     if (options.names.empty()) {
         for (const Setting& setting : SettingsTable())
-            settings.push_back(&setting);
+            if (options.all || !setting.isCarried)
+                settings.push_back(&setting);
     }
-    const std::optional<std::uint32_t> profile = options.profile.Get();
+    const std::optional<std::uint32_t> profile = options.profile.Get(context);
     SettingAccess access(context);
     Output& output = context.output;
     Json documents = Json::array();
@@ -202,10 +208,10 @@ ExitCode Describe(const Context& context, const DescribeOptions& options) {
 constexpr std::size_t cListMargin = 68;
 
 ExitCode List(const Context& context, const DescribeOptions& options) {
-    const std::optional<std::uint32_t> profile = options.profile.Get();
+    const std::optional<std::uint32_t> profile = options.profile.Get(context);
     std::vector<const Setting*> settings;
     for (const Setting& setting : SettingsTable()) {
-        if (setting.perProfile || !profile)
+        if ((setting.perProfile || !profile) && (options.all || !setting.isCarried))
             settings.push_back(&setting);
     }
     SettingAccess access(context);
@@ -246,12 +252,14 @@ void AddDescribe(Context& context) {
                                          "describe a setting and where it is stored", Describe);
     verb.add_option("NAME", options.names, "settings; all if omitted");
     options.profile.AddTo(verb);
+    AddAll(verb, options);
 }
 
 void AddList(Context& context) {
     const auto [verb, options] =
         AddVerb(context.root, context, "list", "list all settings and their values", List);
     options.profile.AddTo(verb);
+    AddAll(verb, options);
 }
 
 }  // namespace kora4::tools

@@ -10,6 +10,7 @@ namespace {
 
 struct Options {
     bool all = false;
+    ProfileOption profile;
     std::string file;
 };
 
@@ -20,14 +21,18 @@ constexpr char cFooter[] =
     "support have set.\n"
     "Unset values are not included. Counters, the state before a demo and the levels are\n"
     "not settings and are never included. 'kora4ctl load' loads the\n"
-    "document.\n";
+    "document.\n"
+    "With --profile: what is in effect in that profile, to share it; 'kora4ctl load --into'\n"
+    "loads it into any profile.\n";
 
 ExitCode Dump(const Context& context, const Options& options) {
+    const std::optional<std::uint32_t> profile = options.profile.Get(context);
     Json document;
     {
         const HeldStore store(context, OpenMode::eRead);
         TellIfAbandoned(context, store.lock);
-        document = Dump(*store, options.all ? Scope::eAll : Scope::eUser);
+        document = profile ? DumpProfile(*store, *profile)
+                           : Dump(*store, options.all ? Scope::eAll : Scope::eUser);
     }
     if (IsStream(options.file)) {
         context.output.PrintJson(document);
@@ -46,7 +51,8 @@ ExitCode Dump(const Context& context, const Options& options) {
 void AddDump(Context& context) {
     const auto [verb, options] = AddVerb<Options>(
         context.root, context, "dump", "write the settings as one JSON document", Dump);
-    verb.add_flag("--all", options.all, "all settings, not only the user's");
+    auto* const all = verb.add_flag("--all", options.all, "all settings, not only the user's");
+    options.profile.AddTo(verb, "only this profile, as a document to share").excludes(all);
     verb.add_option("FILE", options.file, "the output file; standard output if omitted or -");
     verb.footer(cFooter);
 }

@@ -11,6 +11,7 @@
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/equalizer/bands_picture.h"
 #include "kora4ctl/equalizer/equalizer_access.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 #include "process/files.h"
 
@@ -21,7 +22,8 @@ namespace {
 std::string SetHelp() {
     return "Forms:\n"
            "  eq set 3 2 1 0 -1 ...      a gain for each band, in their order\n"
-           "  eq set 1000=3 4000=-2.5    the stored band nearest to each frequency\n"
+           "  eq set 1000=3 4k=-2.5      the stored band nearest to each frequency\n"
+           "  eq set 1k+=1 4k-=0.5       steps from the present gain, within the range\n"
            "  eq set --band 3 -2.5       one band, counted from 1\n"
            "Gains are in dB, from " +
            GainRange() + ", and are stored in steps of 1/" +
@@ -29,14 +31,19 @@ std::string SetHelp() {
 }
 
 std::string ImportHelp() {
-    return "The text is the one that equalizer tools use: GraphicEQ: 20 -1.5; 25 0; ... with\n"
+    return "The text is one of those that equalizer tools use.\n"
+           "GraphicEQ: 20 -1.5; 25 0; ... with\n"
            "ascending frequencies in Hz, gains in dB, decimal points, and comments from # to\n"
            "the end of the line. Its curve is applied at the stored bands' frequencies: "
            "linear\n"
            "in dB over the logarithm of the frequency, and constant beyond the first and the\n"
            "last frequency of the file. With --bands file, the bands get the frequencies of\n"
            "the file (at most " +
-           std::to_string(cMaxArrayElements) + ").\n";
+           std::to_string(cMaxArrayElements) + ").\n" +
+           "Filter 1: ON PK Fc 105 Hz Gain -3.4 dB Q 0.70 (ParametricEQ), also LS and HS for\n"
+           "shelves: each stored band gets what all filters together do to its frequency, as\n"
+           "far as the range of gains goes; the result says how well that fits in between.\n"
+           "'Preamp: -6.2 dB' before either of them is added to every gain.\n";
 }
 
 struct EqOptions {
@@ -109,7 +116,7 @@ std::vector<std::string> RowOfBand(const Bands& bands, std::size_t index) {
 
 ExitCode Show(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
-    const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
+    const Equalizer equalizer = ReadEqualizer(access, options.profile.Get(context));
     Output& output = context.output;
     if (output.json) {
         output.PrintJson(DocumentOf(equalizer));
@@ -135,19 +142,22 @@ ExitCode Show(const Context& context, const EqOptions& options) {
 
 // Writes the new bands, reads what became of them and tells the difference.
 ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& access,
-               const Equalizer& before, const Bands& wanted) {
+               const Equalizer& before, const Bands& wanted,
+               const Json& more = Json::object()) {
     Output& output = context.output;
-    WriteEqualizer(access, options.profile.Get(), Limited(wanted, options, output),
+    WriteEqualizer(access, options.profile.Get(context), Limited(wanted, options, output),
                    options.StoredLimits());
-    const Equalizer now = ReadEqualizer(access, options.profile.Get());
+    const Equalizer now = ReadEqualizer(access, options.profile.Get(context));
     if (output.json) {
-        output.PrintJson(DocumentOf(now));
+        Json document = DocumentOf(now);
+        document.update(more);
+        output.PrintJson(document);
         return ExitCode::eDone;
     }
     for (std::size_t i = 0; i < now.bands.size(); ++i) {
         const bool isSameBand =
             i < before.bands.size() && before.bands[i].frequency == now.bands[i].frequency;
-        if (isSameBand && before.bands[i].gain == now.bands[i].gain)
+        if (isSameBand && SignedGain(before.bands[i].gain) == SignedGain(now.bands[i].gain))
             continue;
         output.Print(Decimal(now.bands[i].frequency) +
                      " Hz: " + (isSameBand ? SignedGain(before.bands[i].gain) + " -> " : "") +
@@ -155,15 +165,33 @@ ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& 
     }
     if (now.bands == before.bands)
         output.Say("No change: " + ProfileName(now.profile) + " already has these bands.");
+    if (!now.isOn)
+        output.Say("The graphic equalizer of " + ProfileName(now.profile) +
+                   " is off. Switch it on: kora4ctl set graphic-eq on --profile " +
+                   ProfileName(now.profile));
     return ExitCode::eDone;
 }
 
-float GainOf(std::string_view text) {
+// "3", "-2.5"; "+=1" and "-=1" from the present gain, as far as the range goes.
+float GainOf(std::string_view text, float present) {
+    const bool isStep = text.starts_with("+=") || text.starts_with("-=");
     float gain = 0;
-    if (!ParseDecimal(text, gain))
+    if (!ParseDecimal(text.substr(isStep ? 2 : 0), gain))
         throw BadInput("'" + std::string(text) + "' is not a gain: expected a number of dB.",
-                       "For the three forms, see 'kora4ctl eq set --help'.");
+                       "For the forms, see 'kora4ctl eq set --help'.");
+    if (isStep)
+        gain = std::clamp(text[0] == '+' ? present + gain : present - gain, cGraphicEQGainMin,
+                          cGraphicEQGainMax);
     return StorableGain(static_cast<double>(gain));
+}
+
+// "1000", "1k"; none unless it is above 0 Hz.
+std::optional<float> FrequencyOf(std::string_view text) {
+    const bool isKilo = text.ends_with('k') || text.ends_with('K');
+    float frequency = 0;
+    if (!ParseDecimal(text.substr(0, text.size() - isKilo), frequency) || !(frequency > 0))
+        return {};
+    return isKilo ? frequency * 1000 : frequency;
 }
 
 std::size_t NearestBand(const Bands& bands, float frequency) {
@@ -186,21 +214,24 @@ Bands SetByFrequency(Bands bands, const std::vector<std::string>& values, Output
     std::vector<bool> isSet(bands.size());
     for (const std::string& value : values) {
         const std::size_t sign = value.find('=');
-        float frequency = 0;
-        if (sign == std::string::npos ||
-            !ParseDecimal(std::string_view(value).substr(0, sign), frequency) ||
-            !(frequency > 0))
+        const bool isStep = sign != std::string::npos && sign > 0 &&
+                            (value[sign - 1] == '+' || value[sign - 1] == '-');
+        const std::size_t end = isStep ? sign - 1 : sign;
+        const std::optional<float> frequency =
+            FrequencyOf(std::string_view(value).substr(0, end));
+        if (sign == std::string::npos || !frequency)
             throw BadInput("'" + value + "' is not FREQUENCY=GAIN, such as 1000=3.");
-        const std::size_t band = NearestBand(bands, frequency);
+        const std::size_t band = NearestBand(bands, *frequency);
         if (isSet[band])
             throw BadInput(NameOfBand(bands, band) +
                            " is nearest to two of the given "
                            "frequencies; nothing was changed.");
         isSet[band] = true;
-        if (bands[band].frequency != frequency)
-            output.Say("The band nearest to " + Decimal(frequency) + " Hz is at " +
+        if (bands[band].frequency != *frequency)
+            output.Say("The band nearest to " + Decimal(*frequency) + " Hz is at " +
                        Decimal(bands[band].frequency) + " Hz.");
-        bands[band].gain = GainOf(std::string_view(value).substr(sign + 1));
+        float& gain = bands[band].gain;
+        gain = GainOf(std::string_view(value).substr(isStep ? end : sign + 1), gain);
     }
     return bands;
 }
@@ -211,7 +242,7 @@ Bands SetOneBand(Bands bands, unsigned band, const std::vector<std::string>& val
     if (band < 1 || band > bands.size())
         throw BadInput("There is no band " + std::to_string(band) + "; the bands are 1 to " +
                        std::to_string(bands.size()) + ".");
-    bands[band - 1].gain = GainOf(values.front());
+    bands[band - 1].gain = GainOf(values.front(), bands[band - 1].gain);
     return bands;
 }
 
@@ -223,13 +254,13 @@ Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
             "To set single bands, use 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
             "-2.5'.");
     for (std::size_t i = 0; i < bands.size(); ++i)
-        bands[i].gain = GainOf(values[i]);
+        bands[i].gain = GainOf(values[i], bands[i].gain);
     return bands;
 }
 
 ExitCode Set(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
-    const Equalizer before = ReadEqualizer(access, options.profile.Get());
+    const Equalizer before = ReadEqualizer(access, options.profile.Get(context));
     const bool isByFrequency =
         std::any_of(options.values.begin(), options.values.end(),
                     [](const std::string& v) { return v.find('=') != std::string::npos; });
@@ -242,7 +273,7 @@ ExitCode Set(const Context& context, const EqOptions& options) {
 
 ExitCode Flat(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
-    const Equalizer before = ReadEqualizer(access, options.profile.Get());
+    const Equalizer before = ReadEqualizer(access, options.profile.Get(context));
     Bands wanted = before.bands;
     for (Band& band : wanted)
         band.gain = 0;
@@ -283,23 +314,65 @@ Bands BandsOfFile(const Bands& curve, Output& output) {
     return bands;
 }
 
+// With the preamp, for which the equalizer has no place of its own.
+Bands CurveOf(const EqualizerText& text, Output& output) {
+    Bands curve = text.curve;
+    if (!text.preamp)
+        return curve;
+    for (Band& band : curve)
+        band.gain += *text.preamp;
+    output.Say("The preamp of " + Decimal(*text.preamp) + " dB is added to each gain.");
+    return curve;
+}
+
+ExitCode ApplyFilters(const Context& context, EqOptions options, SettingAccess& access,
+                      const Equalizer& before, const EqualizerText& text) {
+    const Fit fit = FitTo(text, before.bands);
+    const auto error = static_cast<float>(std::round(fit.largestError * 10) / 10);
+    const auto place = static_cast<float>(std::round(fit.errorAt));
+    context.output.Say(
+        CountOf(text.filters.size(), "filter") +
+        (text.preamp ? " and the preamp of " + Decimal(*text.preamp) + " dB" : "") +
+        " at the frequencies of " + CountOf(before.bands.size(), "band") +
+        "; between them the bands differ from the filters by at most " + Decimal(error) +
+        " dB" + (error > 0 ? ", at " + Decimal(place) + " Hz." : "."));
+    options.isClipped = true;
+    return Apply(context, options, access, before, fit.bands,
+                 {{"fit",
+                   {{"filters", text.filters.size()},
+                    {"preamp", OrNull(text.preamp)},
+                    {"largestError", error},
+                    {"at", place}}}});
+}
+
 ExitCode Import(const Context& context, const EqOptions& options) {
     if (options.bands != "stored" && options.bands != "file")
         throw Failure(ExitCode::eUsage, "'" + options.bands +
                                             "' is not valid for --bands: use 'stored' or "
                                             "'file'.");
-    const Bands curve = BandsOfText(ReadWholeFile(options.file), NameOfInput(options.file));
+    const EqualizerText text =
+        EqualizerOfFile(ReadWholeFile(options.file), NameOfInput(options.file));
+    const bool isFile = options.bands == "file";
+    if (isFile && text.hasFilters)
+        throw BadInput("A ParametricEQ text has filters and no bands.",
+                       "Without '--bands file', they are applied to the stored bands.");
     SettingAccess access(context);
-    const Equalizer before = ReadEqualizer(access, options.profile.Get());
-    if (options.bands == "file")
-        return Apply(context, options, access, before, BandsOfFile(curve, context.output));
+    const Equalizer before = ReadEqualizer(access, options.profile.Get(context));
+    Output& output = context.output;
+    const Json fitted = {{"fit", nullptr}};
+    if (isFile)
+        return Apply(context, options, access, before,
+                     BandsOfFile(CurveOf(text, output), output), fitted);
     CheckFrequencies(before.bands, "A curve cannot be applied to them.");
-    return Apply(context, options, access, before, Resample(curve, before.bands));
+    if (text.hasFilters)
+        return ApplyFilters(context, options, access, before, text);
+    return Apply(context, options, access, before,
+                 Resample(CurveOf(text, output), before.bands), fitted);
 }
 
 ExitCode Export(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
-    const Equalizer equalizer = ReadEqualizer(access, options.profile.Get());
+    const Equalizer equalizer = ReadEqualizer(access, options.profile.Get(context));
     CheckFrequencies(equalizer.bands, "Equalizer tools could not read them.");
     const std::string text = FormatGraphicEq(equalizer.bands);
     if (!IsStream(options.file)) {
@@ -348,7 +421,8 @@ void AddEq(Context& context) {
     const auto [flat, zeros] = add("flat", "set all gains to 0 dB", Flat);
     AddStored(flat, zeros);
 
-    const auto [import, curve] = add("import", "import the curve of a GraphicEQ text", Import);
+    const auto [import, curve] =
+        add("import", "import a GraphicEQ or ParametricEQ text", Import);
     import.add_option("FILE", curve.file, "a file, or - for standard input")->required();
     import.add_option("--bands", curve.bands, "which frequencies to keep: stored or file")
         ->type_name("WHICH");

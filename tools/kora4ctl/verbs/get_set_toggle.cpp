@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl get, set, toggle: every setting by its name.
+#include <algorithm>
+
 #include "base/failure.h"
 #include "base/nearest.h"
 #include "base/text.h"
+#include "contract/profiles.h"
 #include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/text_layout.h"
@@ -20,26 +23,19 @@ struct SettingOptions {
     bool isStored = false;
 };
 
-// A technology without a value of its own is its switch.
-const Setting& NamedSetting(const std::string& name) {
-    if (const Setting* const setting = FindSetting(name))
-        return *setting;
-    if (const Setting* const setting = FindSetting(name + ".on"))
-        return *setting;
-    return SettingNamed(name);
-}
-
 // "volume-leveler off" means its switch; numbers are its value.
 const Setting& SettingFor(const std::string& name, const std::string& value) {
-    const Setting& setting = NamedSetting(name);
+    const Setting& setting = SettingNamed(name);
     const Setting* const itsSwitch = SwitchOf(setting);
     const std::string word = Lower(value);
-    for (const char* const state : {"on", "off", "true", "false", "yes", "no"}) {
+    for (const char* const state : {"on", "off", "true", "false", "yes", "no", "toggle"}) {
         if (word == state && itsSwitch != nullptr)
             return *itsSwitch;
     }
     return setting;
 }
+
+constexpr int cMostProfiles = KORA4_PROFILE_TABLE_ENTRIES;
 
 Detail DetailFor(const Context& context) {
     return context.output.json ? Detail::eStored : Detail::eValue;
@@ -52,10 +48,10 @@ void CheckTakesProfile(const Setting& setting, std::optional<std::uint32_t> prof
 }
 
 ExitCode Get(const Context& context, const SettingOptions& options) {
-    const std::optional<std::uint32_t> profile = options.profile.Get();
+    const std::optional<std::uint32_t> profile = options.profile.Get(context);
     std::vector<const Setting*> settings;
     for (const std::string& name : options.names) {
-        settings.push_back(&NamedSetting(name));
+        settings.push_back(&SettingNamed(name));
         CheckTakesProfile(*settings.back(), profile);
     }
     SettingAccess access(context);
@@ -85,24 +81,55 @@ ExitCode Tell(const Context& context, const Change& change) {
                        document);
 }
 
+// The next one that exists, and no further than the first or the last.
+std::uint32_t ProfileAtStep(SettingAccess& access, int step) {
+    const std::uint32_t active = access.ActiveProfile();
+    CheckSettable(active);
+    const ProfileTable names = ReadProfileNames(access.Api());
+    std::vector<std::uint32_t> profiles;
+    int place = 0;
+    for (std::uint32_t profile = 0; profile < names.size(); ++profile) {
+        if (profile == active)
+            place = static_cast<int>(profiles.size());
+        if (IsPresetProfile(profile) || names[profile] || profile == active)
+            profiles.push_back(profile);
+    }
+    const int last = static_cast<int>(profiles.size()) - 1;
+    return profiles[static_cast<std::size_t>(std::clamp(place + step, 0, last))];
+}
+
+// Of the active profile: steps and names of custom profiles as the words that everybody knows.
+std::string ProfileWordOf(const Context& context, SettingAccess& access,
+                          const std::string& value) {
+    const bool isStep = value.starts_with('+') || value.starts_with('-');
+    const std::string number = value.substr(value.starts_with('+') ? 1 : 0);
+    if (const std::optional<int> step = ReadNumber<int>(number); step && isStep)
+        return ProfileName(
+            ProfileAtStep(access, std::clamp(*step, -cMostProfiles, cMostProfiles)));
+    const std::optional<std::uint32_t> profile = FindProfileNamed(context, value);
+    return profile ? ProfileName(*profile) : value;
+}
+
 ExitCode Set(const Context& context, const SettingOptions& options) {
-    const std::string value = Join(options.values, " ");
+    std::string value = Join(options.values, " ");
     const Setting& setting = SettingFor(options.name, value);
-    const std::optional<std::uint32_t> profile = options.profile.Get();
+    const std::optional<std::uint32_t> profile = options.profile.Get(context);
     CheckTakesProfile(setting, profile);
     SettingAccess access(context);
+    if (setting.role == Role::eActiveProfile)
+        value = ProfileWordOf(context, access, value);
     return Tell(context, access.Set(setting, profile, value,
                                     options.isStored ? Limits::eStore : Limits::eApi,
                                     DetailFor(context)));
 }
 
 ExitCode Toggle(const Context& context, const SettingOptions& options) {
-    const Setting& named = NamedSetting(options.name);
+    const Setting& named = SettingNamed(options.name);
     const Setting* const setting = SwitchOf(named);
     if (setting == nullptr)
         throw BadInput("'" + named.name + "' is not a switch.",
                        "It takes " + named.Allowed() + ".");
-    const std::optional<std::uint32_t> profile = options.profile.Get();
+    const std::optional<std::uint32_t> profile = options.profile.Get(context);
     CheckTakesProfile(*setting, profile);
     SettingAccess access(context);
     return Tell(context, access.Toggle(*setting, profile, DetailFor(context)));
@@ -112,19 +139,23 @@ ExitCode Toggle(const Context& context, const SettingOptions& options) {
 std::string TableOfSettings() {
     std::vector<std::vector<std::string>> rows;
     for (const Setting& setting : SettingsTable()) {
+        if (setting.isCarried)
+            continue;
         const bool isReadOnly = setting.access == Access::eReadOnly;
         rows.push_back({setting.name, setting.Allowed() + (isReadOnly ? "; read-only" : "")});
     }
     return "Settings:\n" + Aligned(rows) +
-           "\nA technology's name alone means its value; 'on' and 'off' set its switch.\n"
+           "\n'kora4ctl list --all' also lists the fields that are only carried.\n"
+           "A technology's name alone means its value; 'on' and 'off' set its switch.\n"
            "\nProfiles: " +
            Join(ProfileNames(), " ") + "\n";
 }
 
 constexpr char cSetNotes[] =
-    "Values: numbers, on/off/true/false/yes/no, the words in the table, and relative ones: "
-    "+1,\n"
-    "-10% (per cent of the range). Separate the numbers of an array with blanks or commas.\n\n";
+    "Values: numbers, on/off/true/false/yes/no/toggle, the words in the table, 50% (of the\n"
+    "range), and steps: +1, -10% (of the range). Profiles can also be given by the name of a\n"
+    "custom profile, and +1 is the next one that exists. Separate the numbers of an array\n"
+    "with blanks or commas.\n\n";
 
 }  // namespace
 

@@ -14,6 +14,7 @@ struct Options {
     std::string file;
     bool dryRun = false;
     bool merge = false;
+    std::string into;
 };
 
 constexpr char cFooter[] =
@@ -24,7 +25,9 @@ constexpr char cFooter[] =
     "A backup is kept before anything changes; see 'kora4ctl undo'.\n"
     "If a write fails, or on Ctrl-C, the previous settings are restored. If the program is\n"
     "killed, 'kora4ctl doctor' finds the journal that it left and undoes or finishes the\n"
-    "load.\n";
+    "load.\n"
+    "With --into, the profile gets the values of the document. One that does not exist is\n"
+    "created, if the document has a name for it; one that does keeps its name.\n";
 
 void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
     const std::vector<Difference>& changes = changed.changes;
@@ -48,12 +51,18 @@ void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
 }
 
 ExitCode Load(const Context& context, const Options& options) {
-    const Plan plan =
-        ReadPlan(options.file, options.merge ? Completeness::eMerge : Completeness::eExact);
+    const auto completeness = options.merge ? Completeness::eMerge : Completeness::eExact;
+    std::optional<std::uint32_t> into;
+    if (!options.into.empty())
+        into = ProfileNamed(context, options.into);
+    Plan plan = into ? ReadProfilePlan(options.file, *into, completeness)
+                     : ReadPlan(options.file, completeness);
     ChangedSettings changed;
     {
         const HeldStore store(context, options.dryRun ? OpenMode::eRead : OpenMode::eReadWrite);
         TellIfAbandoned(context, store.lock);
+        if (into)
+            CheckTakesValues(plan, *into, *store);
         if (options.dryRun)
             changed.changes = Compare(plan, *store);
         else
@@ -72,6 +81,8 @@ void AddLoad(Context& context) {
         ->required();
     verb.add_flag("--dry-run", options.dryRun, "only print what would change");
     verb.add_flag("--merge", options.merge, "keep settings that the document does not have");
+    verb.add_option("--into", options.into,
+                    "into this profile, from a document of 'dump --profile'");
     verb.footer(cFooter);
 }
 

@@ -4,7 +4,7 @@
 #include "base/results.h"
 #include "base/text.h"
 #include "contract/profiles.h"
-#include "kora4ctl/access/profile_names.h"
+#include "kora4ctl/access/document_files.h"
 #include "kora4ctl/access/setting_access.h"
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/text_layout.h"
@@ -19,6 +19,8 @@ namespace {
 struct ProfileOptions {
     std::string profile;
     std::string name;
+    std::string from;
+    bool all = false;
 };
 
 const char* KindOf(std::uint32_t profile) {
@@ -55,12 +57,13 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
     const std::uint32_t active = access.ActiveProfile();
     std::optional<std::uint32_t> named;
     if (!options.profile.empty())
-        named = ParseProfile(options.profile);
+        named = ProfileNamed(context, options.profile);
     const std::uint32_t profile = named.value_or(active);
     std::vector<const Setting*> settings;
     for (const Setting& setting : SettingsTable()) {
         // The bands stand there as frequencies and gains already.
-        if (setting.perProfile && setting.isStored && setting.role != Role::eName)
+        if (setting.perProfile && setting.isStored && setting.role != Role::eName &&
+            (options.all || !setting.isCarried))
             settings.push_back(&setting);
     }
     const std::vector<Reading> readings = access.Read(settings, named, Detail::eStored);
@@ -92,7 +95,7 @@ ExitCode Show(const Context& context, const ProfileOptions& options) {
 // ---- What changes profiles --------------------------------------------------------------
 
 ExitCode Use(const Context& context, const ProfileOptions& options) {
-    const std::uint32_t profile = ParseProfile(options.profile);
+    const std::uint32_t profile = ProfileNamed(context, options.profile);
     if (!IsSelectableProfile(profile))
         throw BadInput(ProfileName(profile) + " is a demo profile and cannot be selected.",
                        "Enter it with 'kora4ctl demo enter'.");
@@ -156,11 +159,50 @@ ExitCode Revert(const Context& context, const NoOptions&) {
     return ExitCode::eDone;
 }
 
-ExitCode Create(const Context& context, const ProfileOptions& options) {
-    const std::uint32_t profile = ParseProfile(options.profile);
+// What is in effect in one profile, as the values of another.
+ChangedSettings CopyProfile(const Context& context, std::uint32_t from, std::uint32_t to,
+                            const std::optional<std::string>& name, const char* backup) {
+    const HeldStore store(context, OpenMode::eReadWrite);
+    Json document = DumpProfile(*store, from);
+    document.erase("name");
+    if (name)
+        document["name"] = *name;
+    Plan plan = CheckProfileDocument(document, to);
+    CheckTakesValues(plan, to, *store);
+    return ApplyPlan(context, plan, store, backup);
+}
+
+ExitCode Copy(const Context& context, const ProfileOptions& options) {
+    const std::uint32_t from = ProfileNamed(context, options.from);
+    const std::uint32_t to = ProfileNamed(context, options.profile);
+    if (from == to)
+        throw BadInput(ProfileName(to) + " cannot be copied to itself.");
+    const ChangedSettings changed = CopyProfile(context, from, to, {}, "copy");
+    Json document = {{"profile", ProfileName(to)}, {"from", ProfileName(from)}};
+    document.update(DocumentOf(changed));
+    return PrintResult(context,
+                       ProfileName(from) + " was copied to " + ProfileName(to) + EndOf(changed),
+                       document);
+}
+
+// The library copies the active profile and no other.
+std::uint32_t CreateFrom(const Context& context, const ProfileOptions& options,
+                         std::uint32_t profile) {
     SettingAccess access(context);
-    CreateProfile(profile, options.name, access.Api());
-    const std::string from = ProfileName(access.ActiveProfile());
+    if (options.from.empty()) {
+        CreateProfile(profile, options.name, access.Api());
+        return access.ActiveProfile();
+    }
+    const std::uint32_t from = ProfileNamed(context, options.from);
+    CheckIsFree(profile, options.name, access.Api());
+    CopyProfile(context, from, profile, options.name, "");
+    return from;
+}
+
+ExitCode Create(const Context& context, const ProfileOptions& options) {
+    const std::uint32_t profile = ProfileNamed(context, options.profile);
+    const std::string from = ProfileName(CreateFrom(context, options, profile));
+    TellIfHidden(context, profile, options.name);
     return PrintResult(
         context,
         ProfileName(profile) + " '" + options.name + "' was created as a copy of " + from + ".",
@@ -168,12 +210,13 @@ ExitCode Create(const Context& context, const ProfileOptions& options) {
 }
 
 ExitCode Rename(const Context& context, const ProfileOptions& options) {
-    const std::uint32_t profile = ParseProfile(options.profile);
+    const std::uint32_t profile = ProfileNamed(context, options.profile);
     CheckIsCustom(profile);
     SettingAccess access(context);
     Api& api = access.Api();
     const std::optional<std::string> old = ReadProfileNames(api)[profile];
     RenameProfile(profile, options.name, api);
+    TellIfHidden(context, profile, options.name);
     return PrintResult(
         context,
         ProfileName(profile) + ": '" + old.value_or("") + "' -> '" + options.name + "'",
@@ -181,7 +224,7 @@ ExitCode Rename(const Context& context, const ProfileOptions& options) {
 }
 
 ExitCode Delete(const Context& context, const ProfileOptions& options) {
-    const std::uint32_t profile = ParseProfile(options.profile);
+    const std::uint32_t profile = ProfileNamed(context, options.profile);
     SettingAccess access(context);
     DeleteProfile(profile, access.Api());
     return PrintResult(context, ProfileName(profile) + " was deleted.",
@@ -242,13 +285,21 @@ void AddProfile(Context& context) {
     const auto addWithName = [&](const char* name, const char* summary, auto run) {
         const auto verb = addForCustom(name, summary, run);
         verb.app.add_option("NAME", verb.options.name, cNameHelp)->required();
+        return verb;
     };
     const auto [show, shown] = add("show", "show all values of a profile", Show);
     show.add_option("P", shown.profile, "movie, music, ...; the active profile if omitted");
+    show.add_flag("--all", shown.all, "also the fields that are only carried");
     const auto [use, used] = add("use", "select the active profile", Use);
     use.add_option("P", used.profile, "movie, music, games, " + CustomProfiles())->required();
     add("revert", "reset the active preset profile to its factory values", Revert);
-    addWithName("create", "create a custom profile as a copy of the active one", Create);
+    const auto [create, created] =
+        addWithName("create", "create a custom profile as a copy of another one", Create);
+    create.add_option("--from", created.from, "the profile to copy; the active one if omitted");
+    const auto [copy, copied] = add("copy", "give a profile the values of another one", Copy);
+    copy.add_option("FROM", copied.from, "the profile to copy; its values stay")->required();
+    copy.add_option("TO", copied.profile, "the profile that gets them; its name stays")
+        ->required();
     addWithName("rename", "rename a custom profile", Rename);
     addForCustom("delete", "delete a custom profile", Delete);
     add("table", "list the profiles and their names", Table);

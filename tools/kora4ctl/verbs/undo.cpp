@@ -57,19 +57,15 @@ ExitCode Undo(const Context& context, const Options& options) {
         changed = ApplyPlan(context, backups.Read(all[options.number - 1]), store, "undo");
     }
     Output& output = context.output;
-    const ChangeCounts counts(changed.changes);
     if (output.json) {
-        output.PrintJson({{"changes", DocumentOf(changed.changes)},
-                          {"written", counts.written},
-                          {"deleted", counts.deleted},
-                          {"backup", OrNull(changed.backup)}});
+        output.PrintJson(DocumentOf(changed));
         return ExitCode::eDone;
     }
     PrintDifferences(output, changed.changes);
     output.Say(changed.changes.empty()
                    ? "The settings already match the backup; nothing was written."
                    : CountOf(changed.changes.size(), "value") +
-                         " restored: " + counts.InWords() + ".");
+                         " restored: " + ChangeCounts(changed.changes).InWords() + ".");
     return ExitCode::eDone;
 }
 

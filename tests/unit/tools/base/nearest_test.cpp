@@ -29,6 +29,11 @@ TEST(Nearest, BeginningOfANameFindsIt) {
     EXPECT_EQ(Names{"games"}, Nearest("g", cProfiles));
 }
 
+TEST(Nearest, LastPartOfANameFindsIt) {
+    EXPECT_EQ(Names{"force-leave"}, Nearest("leave", {"enter", "force-leave"}));
+    EXPECT_EQ(Names{}, Nearest("eave", {"force-leave"}));
+}
+
 TEST(Nearest, TheNearestComeFirst) {
     EXPECT_EQ((Names{"watch", "match", "watches"}),
               Nearest("watch", {"watches", "match", "watch"}));

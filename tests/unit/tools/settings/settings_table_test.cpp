@@ -100,6 +100,7 @@ TEST(SettingsTable, FindsByNameAliasAndNumberInAnyCase) {
     EXPECT_EQ("volume-leveler.on", SettingNamed("volume-leveler.switch").name);
     EXPECT_EQ("dialog-enhancer", SettingNamed("3").name);
     EXPECT_EQ("speaker-virtualizer.on", SettingNamed("5.on").name);
+    EXPECT_EQ("peak-limiter.on", SettingNamed("peak-limiter").name);
     EXPECT_EQ(nullptr, FindSetting("no-such-thing"));
 }
 
@@ -177,6 +178,35 @@ TEST(SettingsTable, RelativeValuesStopAtTheEndsOfTheRange) {
     EXPECT_NE(std::string::npos, Refusal("sampling-period", "+10%", Number(50)).find("range"));
     EXPECT_FALSE(Refusal("volume-leveler", "+1").empty());
     EXPECT_FALSE(Refusal("volume-leveler", "+", Number(7)).empty());
+}
+
+TEST(SettingsTable, SharesAreOfTheRange) {
+    EXPECT_EQ(Number(5), Parsed("volume-leveler", "50%"));
+    EXPECT_EQ(Number(3), Parsed("volume-leveler", "25 %"));
+    EXPECT_EQ(Number(10), Parsed("volume-leveler", "100%", Number(1)));
+    EXPECT_EQ(Value(3.0f), Parsed("headphone-virtualizer", "50%"));
+    EXPECT_NE(std::string::npos, Refusal("volume-leveler", "101%").find("0 to 10"));
+    EXPECT_FALSE(Refusal("volume-leveler", "x%").empty());
+    EXPECT_FALSE(Refusal("volume-leveler", "%").empty());
+    for (const char* const name : {"sampling-period", "intelligent-eq", "profile"})
+        EXPECT_NE(std::string::npos, Refusal(name, "50%").find("range")) << name;
+}
+
+TEST(SettingsTable, ToggleIsTheOppositeOfASwitch) {
+    EXPECT_EQ(Value(false), Parsed("enable", "toggle", Value(true)));
+    EXPECT_EQ(Value(true), Parsed("enable", "Toggle", Value(false)));
+    EXPECT_FALSE(Refusal("enable", "toggle").empty()) << "of what?";
+    EXPECT_FALSE(Refusal("volume-leveler", "toggle", Number(1)).empty());
+}
+
+TEST(SettingsTable, CarriedAreThoseWithoutAMeaningOfTheirOwn) {
+    for (const Setting& setting : SettingsTable()) {
+        const std::string& name = setting.name;
+        const bool isNumbered = name.find(".field-") != std::string::npos ||
+                                name.starts_with("switch-") || name.starts_with("number-") ||
+                                name.starts_with("refresh-") || name == "dynamic-switch";
+        EXPECT_EQ(isNumbered, setting.isCarried) << name;
+    }
 }
 
 TEST(SettingsTable, FormattedValuesParse) {
