@@ -16,7 +16,7 @@ namespace kora4::tools {
 
 namespace {
 
-// The range of the bars, in dB, but for what brings 0 dB between two lines. Levels outside are
+// The range of the bars, in dB, moved so that 0 dB lies between two lines. Levels outside are
 // drawn at its ends.
 constexpr float cTop = 24;
 constexpr float cBottom = -84;
