@@ -16,9 +16,10 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "'load', 'replay', 'lint --fix', 'profile revert' and 'undo' itself keep a backup of all\n"
-    "settings before they change anything; there are the last ten. Without N, lists them,\n"
-    "the newest first. With N, the settings are those of that backup: each value that differs\n"
+    "'load', 'replay', 'lint --fix', 'reset', 'ab', 'profile revert', 'profile copy' and\n"
+    "'undo' itself keep a backup of all settings before they change anything; there are the\n"
+    "last ten. Without N, lists them, the newest first. With N, the settings are those of that "
+    "backup: each value that differs\n"
     "is written, or deleted if it was not stored then. Command lines of companion programs\n"
     "(AppKeys) stay as they are. Times are UTC.\n";
 
