@@ -229,6 +229,7 @@ TEST_F(CtlCopy, CreatesAProfileFromAnyOther) {
     RefusedUnchanged({"profile", "create", "p3", "x", "--from", "music"}, cFailed,
                      "already exists");
     RefusedUnchanged({"profile", "create", "p5", "x", "--from", "p6x"}, cBadInput, "p6x");
+    RefusedUnchanged({"profile", "create", "p5", "x", "--from", ""}, cBadInput, "profile ''");
     RefusedUnchanged({"profile", "create", "movie", "x", "--from", "music"}, cBadInput,
                      "not a custom profile");
     RefusedUnchanged({"profile", "create", "p5", std::string(2048, 'n'), "--from", "music"},
@@ -292,6 +293,7 @@ TEST_F(CtlShare, EachKindOfDocumentHasItsWay) {
     RefusedUnchanged({"load", "-", "--into", "music"}, cBadInput, "dump --profile P", all);
     RefusedUnchanged({"load", "-", "--into", "demo-music"}, cBadInput, "demo profile", one);
     RefusedUnchanged({"load", "-", "--into", "musc"}, cBadInput, "music", one);
+    RefusedUnchanged({"load", "-", "--into", ""}, cBadInput, "no profile ''", all);
     RefusedUnchanged({"dump", "--all", "--profile", "music"}, cUsage, "");
     constexpr char cHead[] = R"("format": "kora4-settings", "version": 1, "scope": "profile")";
     for (const char* const rest :

@@ -190,17 +190,19 @@ TEST_F(CtlWatch, ProgramThatFailsIsNamedAndTheNextOneRuns) {
 }
 
 TEST_F(CtlWatch, CtrlCEndsItWhileTheProgramRuns) {
-    const auto tool = Start({"--exec", "cmd /c pause"});
+    const auto tool = Start({"--exec", "cmd /c echo begins & pause"});
     SetVolume(7);
     tool->NextLine();
+    tool->ErrorLineWith("begins");
     tool->PressCtrlC();
-    EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
+    EXPECT_EQ(cDone, tool->WaitForEnd(10000).exitCode);
 }
 
 TEST_F(CtlWatch, ProgramsThatThereAreNotAndBatchFilesAreRefused) {
     Refused({"watch", "--exec", "no-such-program x"}, cBadInput, "'no-such-program'");
     Refused({"watch", "--exec", "\"no such program\" x"}, cBadInput, "'no such program'");
-    Refused({"watch", "--exec", " "}, cBadInput, "no program ''");
+    for (const char* const nothing : {"", " "})
+        Refused({"watch", "--exec", nothing}, cBadInput, "no program ''");
     std::ofstream("ctl_watch_test.bat") << "@echo off";
     Refused({"watch", "--exec", ".\\ctl_watch_test.bat"}, cBadInput, "batch file");
     std::remove("ctl_watch_test.bat");

@@ -2,6 +2,9 @@
 // Finds the program once, and starts it without a shell.
 #include "kora4ctl/notifications/hook_program.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include "base/shown_text.h"
 #include "base/text.h"
 #include "process/win32_failure.h"
@@ -23,7 +26,9 @@ std::wstring PathOf(const std::string& program) {
 }
 
 bool IsBatchFile(const std::wstring& path) {
-    const std::string name = Lower(Narrow(path));
+    std::string name = Lower(Narrow(path));
+    // Windows finds the file without them.
+    name.erase(name.find_last_not_of(". ") + 1);
     return name.ends_with(".bat") || name.ends_with(".cmd");
 }
 
@@ -71,8 +76,13 @@ bool HookProgram::Run(const Context& context, const Notification& told) const {
     const UniqueHandle thread(started.hThread);
     const UniqueHandle process(started.hProcess);
     const auto isOver = [&] { return WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0; };
-    if (WaitWithMessages(context.interrupt.Event(), {}, isOver, process.Get()) != Wake::eDone)
+    if (WaitWithMessages(context.interrupt.Event(), {}, isOver, process.Get()) != Wake::eDone) {
+        // It has heard Ctrl-C as well. Left behind, it would hold what this process writes to.
+        constexpr DWORD cPatience = 1000;
+        if (WaitForSingleObject(process.Get(), cPatience) != WAIT_OBJECT_0)
+            TerminateProcess(process.Get(), EXIT_FAILURE);
         return false;
+    }
     DWORD code = 0;
     GetExitCodeProcess(process.Get(), &code);
     if (code != 0)

@@ -20,7 +20,8 @@ class HookProgram {
     // Runs it to its end, with KORA4_TIME, KORA4_EVENT, KORA4_NAME, KORA4_VALUE (as a line
     // shows it) and KORA4_JSON (the whole document) set; a text too long for the environment is
     // absent. Its output goes to standard error. Messages are taken meanwhile. Says when it
-    // fails; false when Ctrl-C came first. Failure with eFailed when it cannot be started.
+    // fails; false when Ctrl-C came first, which ends it. Failure with eFailed when it cannot
+    // be started.
     bool Run(const Context& context, const Notification& told) const;
 
   private:

@@ -14,7 +14,7 @@ struct Options {
     std::string file;
     bool dryRun = false;
     bool merge = false;
-    std::string into;
+    std::optional<std::string> into;
 };
 
 constexpr char cFooter[] =
@@ -53,8 +53,8 @@ void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
 ExitCode Load(const Context& context, const Options& options) {
     const auto completeness = options.merge ? Completeness::eMerge : Completeness::eExact;
     std::optional<std::uint32_t> into;
-    if (!options.into.empty())
-        into = ProfileNamed(context, options.into);
+    if (options.into)
+        into = ProfileNamed(context, *options.into);
     Plan plan = into ? ReadProfilePlan(options.file, *into, completeness)
                      : ReadPlan(options.file, completeness);
     ChangedSettings changed;

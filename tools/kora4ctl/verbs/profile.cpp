@@ -19,7 +19,7 @@ namespace {
 struct ProfileOptions {
     std::string profile;
     std::string name;
-    std::string from;
+    std::optional<std::string> from;
     bool all = false;
 };
 
@@ -173,7 +173,7 @@ ChangedSettings CopyProfile(const Context& context, std::uint32_t from, std::uin
 }
 
 ExitCode Copy(const Context& context, const ProfileOptions& options) {
-    const std::uint32_t from = ProfileNamed(context, options.from);
+    const std::uint32_t from = ProfileNamed(context, *options.from);
     const std::uint32_t to = ProfileNamed(context, options.profile);
     if (from == to)
         throw BadInput(ProfileName(to) + " cannot be copied to itself.");
@@ -189,11 +189,11 @@ ExitCode Copy(const Context& context, const ProfileOptions& options) {
 std::uint32_t CreateFrom(const Context& context, const ProfileOptions& options,
                          std::uint32_t profile) {
     SettingAccess access(context);
-    if (options.from.empty()) {
+    if (!options.from) {
         CreateProfile(profile, options.name, access.Api());
         return access.ActiveProfile();
     }
-    const std::uint32_t from = ProfileNamed(context, options.from);
+    const std::uint32_t from = ProfileNamed(context, *options.from);
     CheckIsFree(profile, options.name, access.Api());
     CopyProfile(context, from, profile, options.name, "");
     return from;

@@ -16,11 +16,11 @@ struct Options {
 };
 
 constexpr char cFooter[] =
-    "'load', 'replay', 'lint --fix', 'profile revert' and 'undo' itself back up all\n"
-    "settings before they change anything. The last ten backups are kept. Without N, lists\n"
-    "them, the newest first. With N, restores that backup: each value that differs is\n"
-    "written, or deleted if it was unset then. The command lines of companion programs\n"
-    "(AppKeys) are left alone. Times are UTC.\n";
+    "'load', 'replay', 'lint --fix', 'reset', 'ab', 'profile revert', 'profile copy' and\n"
+    "'undo' itself back up all settings before they change anything. The last ten\n"
+    "backups are kept. Without N, lists them, the newest first. With N, restores that\n"
+    "backup: each value that differs is written, or deleted if it was unset then. The\n"
+    "command lines of companion programs (AppKeys) are left alone. Times are UTC.\n";
 
 ExitCode List(Output& output, const Backups& backups) {
     const std::vector<Backup> all = backups.List();

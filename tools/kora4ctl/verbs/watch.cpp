@@ -20,7 +20,7 @@ namespace {
 struct Options {
     RunLimits limits;
     std::vector<std::string> only;
-    std::string command;
+    std::optional<std::string> command;
     bool snapshot = false;
 };
 
@@ -70,8 +70,8 @@ class Watcher {
         : m_context(context), m_options(options) {
         for (const std::string& word : options.only)
             m_only.push_back(ReportedName(word));
-        if (!options.command.empty())
-            m_hook.emplace(options.command);
+        if (options.command)
+            m_hook.emplace(*options.command);
     }
 
     ExitCode Run() {

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <complex>
+#include <random>
 
 namespace kora4::tools {
 namespace {
@@ -88,6 +89,29 @@ TEST(EqualizerText, SaysInWhichLineWhatIsWrong) {
     for (const char* const frequency : {"0", "-5", "24000"})
         EXPECT_EQ("1: a filter needs a frequency (Fc) above 0 and below 24000 Hz",
                   Problem(std::string("Filter 1: ON PK Gain 1 Q 1 Fc ") + frequency));
+}
+
+// Whatever a file says: a problem with its line, or something to apply.
+TEST(EqualizerText, AnyTextIsReadOrRefused) {
+    std::mt19937 random(1);
+    const std::string good = std::string(cExport) + "\nFilter 6: ON PEQ Fc 1 Gain -1 Q 9 # x";
+    constexpr char cBytes[] = "0123456789.:;-# \n\tFQkGON\xFF";
+    int refused = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string text = good.substr(0, random() % (good.size() + 1));
+        for (std::size_t edits = random() % 4; edits > 0 && !text.empty(); --edits)
+            text[random() % text.size()] = cBytes[random() % (sizeof cBytes - 1)];
+        const EqualizerText read = ReadEqualizerText(text);
+        refused += read.problem.empty() ? 0 : 1;
+        if (!read.problem.empty()) {
+            EXPECT_LT(0u, read.line) << text;
+            continue;
+        }
+        EXPECT_TRUE(read.hasFilters || !read.curve.empty()) << text;
+        EXPECT_FALSE(std::isnan(GainAt(read, 1000))) << text;
+    }
+    EXPECT_LT(1000, refused);
+    EXPECT_GT(19000, refused);
 }
 
 // ---- What filters do ------------------------------------------------------------------------
