@@ -18,7 +18,8 @@ class StoreAccess {
   public:
     virtual ~StoreAccess() = default;
 
-    // None when the value, or the whole key of an optional key set, is absent.
+    // The value, or its type and size when that is above cMaxReadBytes. None when it, or the
+    // whole key of an optional key set, is absent.
     virtual std::optional<StoredValue> Read(KORA4KeySet keySet, const PropertyKey& key) = 0;
 
     // Stores the value, whatever is there.
@@ -29,7 +30,7 @@ class StoreAccess {
     // The names of all values of a key set, known or not, sorted.
     virtual std::vector<std::string> ValueNames(KORA4KeySet keySet) = 0;
 
-    // Writes the value, or deletes it when there is none.
+    // Writes the value, or deletes it when there is none, or one that was not read.
     void Put(KORA4KeySet keySet, const PropertyKey& key,
              const std::optional<StoredValue>& value);
     // A REG_DWORD of four bytes; otherwise `absent`.

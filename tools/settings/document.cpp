@@ -27,8 +27,6 @@ const char* ScopeName(Scope scope) {
 
 // ---- One value ---------------------------------------------------------------------------
 
-constexpr std::size_t cMaxDataBytes = 1024 * 1024;
-
 std::string Excerpt(const Json& json) {
     std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
     constexpr std::size_t cLongest = 60;
@@ -105,15 +103,22 @@ StoredValue ReadRaw(const CheckedJson& json) {
     if (json.Raw().size() == 1 && json.Has("text")) {
         return Encoded({.kind = Kind::eText}, json["text"].Text(), json);
     }
-    if (json.Raw().size() != 2 || !json.Has("type") || !json.Has("data"))
-        throw json.Bad("an object here has either 'text', or 'type' and 'data'.");
+    if (json.Raw().size() != 2 || !json.Has("type") ||
+        (!json.Has("data") && !json.Has("unread")))
+        throw json.Bad("an object here has either 'text', or 'type' and 'data' or 'unread'.");
     const Json& type = json["type"].Raw();
     if (!IsWhole(type))
         throw json.Bad("'type' must be the number of a registry type.");
+    if (json.Has("unread")) {
+        const Json& unread = json["unread"].Raw();
+        if (!IsWhole(unread) || unread == 0)
+            throw json.Bad("'unread' must be a number of bytes.");
+        return {type.get<std::uint32_t>(), {}, unread.get<std::uint32_t>()};
+    }
     const std::optional<Bytes> bytes = FromHex(json["data"].Text());
     if (!bytes)
         throw json.Bad("'data' must be an even number of hexadecimal digits.");
-    if (bytes->size() > cMaxDataBytes)
+    if (bytes->size() > cMaxReadBytes)
         throw json.Bad("'data' is too large for a value of the registry.");
     return {type.get<std::uint32_t>(), *bytes};
 }
@@ -321,6 +326,8 @@ std::string Shown(const SchemaValue& value, const std::optional<StoredValue>& st
 }  // namespace
 
 Json StoredToJson(const Setting& setting, const StoredValue& stored) {
+    if (stored.unread)
+        return {{"type", stored.type}, {"unread", stored.unread}};
     // Bytes have no form but their own.
     const std::optional<Value> content =
         setting.kind == Kind::eBlob ? std::nullopt : Decode(setting, stored);
@@ -361,8 +368,9 @@ Json Dump(StoreAccess& store, Scope scope) {
     return document;
 }
 
-Plan ReadDocument(std::string_view text, Completeness completeness) {
-    return CheckDocument(ParseStrictJson(WithoutMark(text)), completeness);
+Plan ReadDocument(std::string_view text, Completeness completeness,
+                  const std::function<void()>& poll) {
+    return CheckDocument(ParseStrictJson(WithoutMark(text), poll), completeness);
 }
 
 Plan CheckDocument(const Json& document, Completeness completeness) {
@@ -383,6 +391,8 @@ Json Difference::Document() const {
 std::vector<Difference> Compare(const Plan& plan, StoreAccess& store) {
     std::vector<Difference> differences;
     for (const PlannedValue& planned : plan.values) {
+        if (planned.wanted && planned.wanted->unread)
+            continue;
         std::optional<StoredValue> stored = store.Read(planned.value.keySet, planned.value.key);
         if (stored != planned.wanted)
             differences.push_back({planned.value, std::move(stored), planned.wanted});

@@ -9,9 +9,11 @@
 // Members are the names of the settings table. A stored value is in the document and an
 // absent one is not. A value is true or false, a number, a text or an array when writing it
 // back gives exactly the stored bytes; otherwise {"text": "..."} for a REG_SZ of another
-// wording, and {"type": 4, "data": "02"} for anything else.
+// wording, and {"type": 4, "data": "02"} for anything else. One that is too large to be read is
+// {"type": 3, "unread": 3000000}; loading it leaves that place as it is.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -58,8 +60,10 @@ enum class Completeness {
 };
 
 // Reads and checks a whole document. Failure with eBadInput names the place:
-// "profiles.music.volume-leveler: ...". Nothing else is asked or changed.
-Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact);
+// "profiles.music.volume-leveler: ...". Nothing else is asked or changed. `poll` is that of
+// ParseStrictJson.
+Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact,
+                  const std::function<void()>& poll = {});
 Plan CheckDocument(const Json& document, Completeness completeness = Completeness::eExact);
 
 // One value that differs from what is wanted.

@@ -28,8 +28,11 @@ auto ParseFile(const std::string& path, Parse parse) {
     }
 }
 
+// Throws Failure with eFailed when Ctrl-C has come, as long as nothing was changed.
+void EndIfInterrupted(const Context& context);
+
 // The plan of the document in a file.
-Plan ReadPlan(const std::string& path, Completeness completeness);
+Plan ReadPlan(const Context& context, const std::string& path, Completeness completeness);
 
 // What was changed, and the backup from before; empty when nothing changed.
 struct ChangedSettings {

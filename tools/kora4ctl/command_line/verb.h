@@ -48,11 +48,11 @@ class ProfileOption {
     }
     // Failure with eBadInput when there is no such profile.
     std::optional<std::uint32_t> Get() const {
-        return m_word.empty() ? std::nullopt : std::optional(ParseProfile(m_word));
+        return m_word ? std::optional(ParseProfile(*m_word)) : std::nullopt;
     }
 
   private:
-    std::string m_word;
+    std::optional<std::string> m_word;
 };
 
 // Prints a result: the document with --json, the line without.
