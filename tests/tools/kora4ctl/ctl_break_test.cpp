@@ -137,6 +137,38 @@ TEST_F(InterruptedLoad, WhoseDoctorDiesTooIsMendedByTheNextOne) {
     }
 }
 
+TEST_F(InterruptedLoad, IsToldUntilDoctorHasRepairedIt) {
+    EXPECT_EQ(cDied, LoadWith(At("die", m_load.changes / 2)).exitCode);
+    const char* const words = "was interrupted half-way. Run 'kora4ctl doctor'";
+    for (const Words& arguments :
+         {Words{"get", "enable"}, Words{"status"}, Words{"get", "name", "--profile", "p1"},
+          Words{"set", "audio-optimizer.field-3", "1"}}) {
+        const ToolResult result = RunCtl(arguments);
+        EXPECT_EQ(cDone, result.exitCode) << result;
+        EXPECT_NE(std::string::npos, result.err.find(words)) << result;
+    }
+    EXPECT_EQ(true, DoneJson({"status"})["interrupted"]);
+    DoctorOnLoad();
+    EXPECT_EQ(false, DoneJson({"status"})["interrupted"]);
+    EXPECT_EQ(std::string::npos, RunCtl({"get", "enable"}).err.find(words));
+}
+
+// A journal of a change that still runs is none.
+TEST_F(InterruptedLoad, IsNotToldWhileItRuns) {
+    const Event reached(L"KORA4-reached");
+    const Event goOn(L"KORA4-go-on");
+    RunningTool tool(cFaulty, {"load", "--stored", DocumentFile()},
+                     Faults(At("wait", m_load.changes / 2)));
+    ASSERT_TRUE(reached.Wait());
+    EXPECT_TRUE(HasJournal());
+    RunningTool other("kora4ctl", {"get", "enable"});
+    EXPECT_TRUE(other.IsSilentFor(500));
+    goOn.Set();
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
+    const ToolResult result = other.WaitForEnd();
+    EXPECT_EQ(std::string::npos, result.err.find("interrupted")) << result;
+}
+
 TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
     EXPECT_EQ(cDied, LoadWith(At("die", m_load.changes / 2)).exitCode);
     const StoreValues half = ReadStoreValues();

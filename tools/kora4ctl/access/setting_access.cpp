@@ -145,15 +145,16 @@ Api& SettingAccess::Api() {
 
 // A journal that is there while the mutex is free is that of a program that is gone.
 void SettingAccess::LookAtStore() {
-    const StoreLock lock = LockStore(m_context);
-    if (m_wasInterrupted)
-        return;
-    m_wasInterrupted = JournalFile(DefaultJournalPath()).IsThere();
-    if (*m_wasInterrupted)
+    const bool isKnown = m_wasInterrupted.has_value();
+    {
+        const StoreLock lock = LockStore(m_context);
+        if (!isKnown)
+            m_wasInterrupted = JournalFile(DefaultJournalPath()).IsThere();
+    }
+    if (!isKnown && *m_wasInterrupted)
         m_context.output.Say(
-            "A change of the settings was interrupted half-way. Run 'kora4ctl doctor': it "
-            "undoes "
-            "or finishes that change.");
+            "A change of the settings was interrupted half-way. Run 'kora4ctl doctor' to undo "
+            "or finish it.");
 }
 
 HeldStore SettingAccess::Store(OpenMode mode) {

@@ -111,6 +111,9 @@ TEST(ReadScene, RefusesWhatIsNoJsonAndSaysWhere) {
                 HasSubstr("not valid JSON: parse error at line 3, column "));
     EXPECT_THAT(Refusal(std::string(cWhole).substr(0, 200)), HasSubstr("cut off"));
     EXPECT_THAT(Refusal(std::string(cWhole) + "x"), HasSubstr("not valid JSON"));
+    EXPECT_THAT(Refusal(With("version", "1e400")), HasSubstr("number overflow"));
+    EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1e400}")), HasSubstr("number overflow"));
+    EXPECT_THAT(Refusal(With("engine", std::string(20000, '['))), HasSubstr("too deeply"));
 }
 
 TEST(ReadScene, RefusesMembersThatStandTwice) {
