@@ -48,7 +48,7 @@ expect_among() {
 
 expect_among "status get set toggle profile demo eq watch dump doctor lint completion" ""
 expect "profile" pro
-expect "unregister" un
+expect "undo unregister" un
 expect "create delete rename revert show table use" profile ""
 expect "off on show" trace ""
 expect_among "profile volume-leveler volume-leveler.on engine-mask trace-flags" get ""

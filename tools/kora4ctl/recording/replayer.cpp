@@ -142,7 +142,7 @@ bool Replayer::IsEnabled() {
 
 Json Replayer::Stored() {
     const StoreLock lock = LockStore(m_context, false);
-    return Dump(*m_store, Scope::eUser);
+    return Dump(*m_store, Scope::eUser, InDemo::eStored);
 }
 
 void Replayer::Store(const Json& settings) {

@@ -133,7 +133,7 @@ ExitCode Revert(const Context& context, const NoOptions&) {
         // Other profiles are refused, and nothing changes.
         if (IsPresetProfile(active))
             Backups().Keep("revert", *store, store.lock);
-        before = CheckDocument(Dump(*store, Scope::eUser));
+        before = CheckDocument(Dump(*store, Scope::eUser, InDemo::eStored));
     }
     Check(access.Api().RevertActiveProfile(), "Reverting " + profile);
     std::vector<Difference> changes;

@@ -74,7 +74,7 @@ class Snapshots {
     // Ctrl-C does not interrupt it: the last one is taken after that.
     Json Take() const {
         const StoreLock lock = LockStore(m_context, false);
-        return Dump(*m_store, Scope::eUser);
+        return Dump(*m_store, Scope::eUser, InDemo::eStored);
     }
 
   private:
