@@ -16,10 +16,19 @@ namespace {
 // No file of the tools needs more than a few levels.
 constexpr int cDeepest = 64;
 
+// Nor more members in one object. An object looks up a name by walking over all of them.
+constexpr std::size_t cMostMembers = 1000;
+
+constexpr std::size_t cEventsBetweenPolls = 5000;
+
 // Watches a text being parsed.
 class Guard {
   public:
+    explicit Guard(const std::function<void()>& poll) : m_poll(poll) {}
+
     void Take(int depth, Json::parse_event_t event, const Json& parsed) {
+        if (m_poll && ++m_events % cEventsBetweenPolls == 0)
+            m_poll();
         if (depth > cDeepest)
             throw BadInput("The document is nested too deeply.");
         if (event == Json::parse_event_t::object_start)
@@ -39,23 +48,31 @@ class Guard {
     void Add(const std::string& name) {
         Object& object = m_open.back();
         object.current = name;
-        if (object.names.insert(name).second)
-            return;
+        if (!object.names.insert(name).second)
+            Refuse("duplicate member.");
+        if (object.names.size() > cMostMembers)
+            Refuse("too many members; an object has at most " + std::to_string(cMostMembers) +
+                   ".");
+    }
+
+    [[noreturn]] void Refuse(const std::string& what) const {
         std::vector<std::string> path;
         for (const Object& open : m_open)
             path.push_back(open.current);
-        throw BadInput(Join(path, ".") + ": duplicate member.");
+        throw BadInput(Join(path, ".") + ": " + what);
     }
 
+    const std::function<void()>& m_poll;
+    std::size_t m_events = 0;
     std::vector<Object> m_open;
 };
 
 }  // namespace
 
-Json ParseStrictJson(std::string_view text) {
+Json ParseStrictJson(std::string_view text, const std::function<void()>& poll) {
     if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
         throw BadInput("The document is empty.");
-    Guard guard;
+    Guard guard(poll);
     try {
         return Json::parse(text, [&guard](int depth, Json::parse_event_t event, Json& parsed) {
             guard.Take(depth, event, parsed);

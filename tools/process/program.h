@@ -20,6 +20,8 @@ struct Context {
     CLI::App& root;
     // Set by the parser: what the command line asks for.
     std::function<ExitCode()> run;
+    // Seconds until a verb gives up waiting for the settings store.
+    double wait = 30;
 };
 
 // `run` is what the verb does, after the whole command line has been understood.

@@ -17,6 +17,8 @@ constexpr std::uint32_t cVersion = 1;
 Json ToJson(const std::optional<StoredValue>& value) {
     if (!value)
         return nullptr;
+    if (value->unread)
+        return {{"type", value->type}, {"unread", value->unread}};
     return {{"type", value->type}, {"data", ToHex(value->bytes)}};
 }
 
@@ -30,6 +32,9 @@ std::uint32_t NumberFromJson(const Json& json) {
 std::optional<StoredValue> ValueFromJson(const Json& json) {
     if (json.is_null())
         return {};
+    if (json.contains("unread"))
+        return StoredValue{
+            NumberFromJson(json.at("type")), {}, NumberFromJson(json.at("unread"))};
     std::optional<Bytes> bytes = FromHex(json.at("data").get<std::string>());
     if (!bytes)
         throw std::invalid_argument("data");
@@ -105,6 +110,11 @@ std::string JournalFile::MoveAside() const {
     if (isJournalThere)
         m_folder.Remove(unfinished);
     return moved;
+}
+
+bool JournalFile::IsThere() const {
+    return m_folder.Find(m_name) != Standing::eAbsent ||
+           m_folder.Find(UnfinishedPath(m_name)) != Standing::eAbsent;
 }
 
 JournalFile::State JournalFile::Read(Journal& journal) const {

@@ -52,6 +52,9 @@ class JournalFile {
     // eFailed when the platform refuses.
     std::string MoveAside() const;
 
+    // Whether one is there, whole or not.
+    bool IsThere() const;
+
     // What was found in the place of the journal.
     enum class State {
         eAbsent,

@@ -117,8 +117,13 @@ std::optional<StoredValue> RegistryStore::Read(KORA4KeySet keySet, const Propert
             return {};
         if (status != ERROR_SUCCESS && status != ERROR_MORE_DATA)
             Refuse(status, "Reading " + Place(keySet, key), keySet);
-        value.bytes.resize(size);
         value.type = type;
+        if (size > cMaxReadBytes) {
+            value.bytes.clear();
+            value.unread = size;
+            return value;
+        }
+        value.bytes.resize(size);
         if (status == ERROR_SUCCESS)
             return value;
     }

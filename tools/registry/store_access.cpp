@@ -8,7 +8,7 @@ namespace kora4::tools {
 
 void StoreAccess::Put(KORA4KeySet keySet, const PropertyKey& key,
                       const std::optional<StoredValue>& value) {
-    if (value)
+    if (value && value->unread == 0)
         Write(keySet, key, *value);
     else
         Delete(keySet, key);

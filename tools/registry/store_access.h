@@ -18,7 +18,8 @@ class StoreAccess {
   public:
     virtual ~StoreAccess() = default;
 
-    // None when the value, or the whole key of an optional key set, is absent.
+    // The value, or its type and size when that is above cMaxReadBytes. None when it, or the
+    // whole key of an optional key set, is absent.
     virtual std::optional<StoredValue> Read(KORA4KeySet keySet, const PropertyKey& key) = 0;
 
     // Stores the value, whatever is there.
@@ -33,7 +34,7 @@ class StoreAccess {
     // Failure as from the opening of the store; it stays as it was then.
     virtual void Reopen() {}
 
-    // Writes the value, or deletes it when there is none.
+    // Writes the value, or deletes it when there is none, or one that was not read.
     void Put(KORA4KeySet keySet, const PropertyKey& key,
              const std::optional<StoredValue>& value);
     // A REG_DWORD of four bytes; otherwise `absent`.

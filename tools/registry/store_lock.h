@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <functional>
+
 #include "platform/handles.h"
 
 namespace kora4::tools {
@@ -15,9 +17,11 @@ UniqueHandle OpenStoreMutex();
 // machine's session waits. Belongs to the thread that made it.
 class StoreLock {
   public:
-    // Waits as long as `patience` says, or until `interrupt` is signalled. Failure: eTimedOut
-    // when another program holds the mutex too long, eFailed when interrupted or refused.
-    explicit StoreLock(DWORD patience = INFINITE, HANDLE interrupt = nullptr);
+    // Waits as long as `patience` says, or until `interrupt` is signalled; `tellWaiting` is
+    // called after two seconds. Failure: eTimedOut when another program holds the mutex too
+    // long, eFailed when interrupted or refused.
+    explicit StoreLock(DWORD patience = INFINITE, HANDLE interrupt = nullptr,
+                       const std::function<void()>& tellWaiting = {});
     ~StoreLock();
     StoreLock(const StoreLock&) = delete;
     StoreLock& operator=(const StoreLock&) = delete;

@@ -54,7 +54,7 @@ std::optional<std::uint32_t> StoredValue::AsDword() const {
 }
 
 std::optional<std::u16string> StoredValue::AsText() const {
-    if (type != cTextType || bytes.size() > cMaxTextBytes)
+    if (type != cTextType || bytes.size() > cMaxTextBytes || unread != 0)
         return {};
     std::u16string text = CharactersOf(bytes);
     if (const std::size_t end = text.find(u'\0'); end != std::u16string::npos)
@@ -63,7 +63,7 @@ std::optional<std::u16string> StoredValue::AsText() const {
 }
 
 std::optional<Bytes> StoredValue::AsBlob() const {
-    if (type != cBinaryType)
+    if (type != cBinaryType || unread != 0)
         return {};
     return bytes;
 }
@@ -93,9 +93,9 @@ std::string Describe(const StoredValue& value, std::size_t longest) {
         return std::to_string(*number);
     if (const auto text = value.AsText())
         return "'" + Shortened(ShownText(ToUtf8(*text)), longest) + "'";
-    const std::string size = std::to_string(value.bytes.size());
+    const std::string size = std::to_string(value.bytes.size() + value.unread);
     if (value.bytes.empty())
-        return TypeName(value.type) + " of 0 bytes";
+        return TypeName(value.type) + " of " + size + " bytes";
     return TypeName(value.type) + " of " + size + (size == "1" ? " byte: " : " bytes: ") +
            Shortened(ToHex(value.bytes), longest);
 }

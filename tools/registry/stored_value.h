@@ -15,11 +15,17 @@ namespace kora4::tools {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// More than this of a value is never read: no reader of the store takes nearly as much.
+inline constexpr std::size_t cMaxReadBytes = 1024 * 1024;
+
 // The type is checked by the readers below, not on construction: anything that the registry
 // can hold fits.
 struct StoredValue {
     std::uint32_t type = 0;  // REG_DWORD, REG_SZ, REG_BINARY, or whatever stands there
     Bytes bytes;
+    // The size of a value that was not read, because it has more than cMaxReadBytes; `bytes`
+    // are empty then, and readers take it for absent.
+    std::uint32_t unread = 0;
 
     // REG_DWORD of four bytes.
     static StoredValue FromDword(std::uint32_t number);

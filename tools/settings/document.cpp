@@ -32,8 +32,6 @@ const char* ScopeName(Scope scope) {
 
 // ---- One value ---------------------------------------------------------------------------
 
-constexpr std::size_t cMaxDataBytes = 1024 * 1024;
-
 std::string Excerpt(const Json& json) {
     std::string text = json.dump(-1, ' ', true, Json::error_handler_t::replace);
     constexpr std::size_t cLongest = 60;
@@ -110,15 +108,23 @@ StoredValue ReadRaw(const CheckedJson& json) {
     if (json.Raw().size() == 1 && json.Has("text")) {
         return Encoded({.kind = Kind::eText}, json["text"].Text(), json);
     }
-    if (json.Raw().size() != 2 || !json.Has("type") || !json.Has("data"))
-        throw json.Bad("expected an object with 'text', or with 'type' and 'data'.");
+    if (json.Raw().size() != 2 || !json.Has("type") ||
+        (!json.Has("data") && !json.Has("unread")))
+        throw json.Bad(
+            "expected an object with 'text', or with 'type' and either 'data' or 'unread'.");
     const Json& type = json["type"].Raw();
     if (!IsWhole(type))
         throw json.Bad("invalid 'type': expected the number of a registry type.");
+    if (json.Has("unread")) {
+        const Json& unread = json["unread"].Raw();
+        if (!IsWhole(unread) || unread == 0)
+            throw json.Bad("invalid 'unread': expected a number of bytes.");
+        return {type.get<std::uint32_t>(), {}, unread.get<std::uint32_t>()};
+    }
     const std::optional<Bytes> bytes = FromHex(json["data"].Text());
     if (!bytes)
         throw json.Bad("invalid 'data': expected an even number of hexadecimal digits.");
-    if (bytes->size() > cMaxDataBytes)
+    if (bytes->size() > cMaxReadBytes)
         throw json.Bad("invalid 'data': too large for a registry value.");
     return {type.get<std::uint32_t>(), *bytes};
 }
@@ -391,6 +397,8 @@ std::string BandLines(const Difference& difference) {
 }  // namespace
 
 Json StoredToJson(const Setting& setting, const StoredValue& stored) {
+    if (stored.unread)
+        return {{"type", stored.type}, {"unread", stored.unread}};
     // Bytes have no form but their own.
     const std::optional<Value> content =
         setting.kind == Kind::eBlob ? std::nullopt : Decode(setting, stored);
@@ -450,16 +458,18 @@ Json DumpProfile(StoreAccess& store, std::uint32_t profile) {
     return document;
 }
 
-Plan ReadProfileDocument(std::string_view text, std::uint32_t into, Completeness completeness) {
-    return CheckProfileDocument(ParseStrictJson(text), into, completeness);
+Plan ReadProfileDocument(std::string_view text, std::uint32_t into, Completeness completeness,
+                         const std::function<void()>& poll) {
+    return CheckProfileDocument(ParseStrictJson(text, poll), into, completeness);
 }
 
 Plan CheckProfileDocument(const Json& document, std::uint32_t into, Completeness completeness) {
     return Reader(document, completeness).ReadProfile(into);
 }
 
-Plan ReadDocument(std::string_view text, Completeness completeness) {
-    return CheckDocument(ParseStrictJson(text), completeness);
+Plan ReadDocument(std::string_view text, Completeness completeness,
+                  const std::function<void()>& poll) {
+    return CheckDocument(ParseStrictJson(text, poll), completeness);
 }
 
 Plan CheckDocument(const Json& document, Completeness completeness) {
@@ -483,6 +493,8 @@ Json Difference::Document() const {
 std::vector<Difference> Compare(const Plan& plan, StoreAccess& store) {
     std::vector<Difference> differences;
     for (const PlannedValue& planned : plan.values) {
+        if (planned.wanted && planned.wanted->unread)
+            continue;
         std::optional<StoredValue> stored = store.Read(planned.value.keySet, planned.value.key);
         if (stored == planned.wanted)
             continue;

@@ -9,13 +9,15 @@
 // Members are the names of the settings table. A stored value is in the document and an
 // absent one is not. A value is true or false, a number, a text or an array when writing it
 // back gives exactly the stored bytes; otherwise {"text": "..."} for a REG_SZ of another
-// wording, and {"type": 4, "data": "02"} for anything else.
+// wording, and {"type": 4, "data": "02"} for anything else. One that is too large to be read is
+// {"type": 3, "unread": 3000000}; loading it leaves that place as it is.
 //
 // A document of one profile, to be loaded into any other, has scope "profile", the custom
 // profile's "name" if there is one, and all values under "profile": of a value that is not
 // stored, its default.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -68,8 +70,10 @@ enum class Completeness {
 };
 
 // Reads and checks a whole document. Failure with eBadInput names the place:
-// "profiles.music.volume-leveler: ...". Nothing else is asked or changed.
-Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact);
+// "profiles.music.volume-leveler: ...". Nothing else is asked or changed. `poll` is that of
+// ParseStrictJson.
+Plan ReadDocument(std::string_view text, Completeness completeness = Completeness::eExact,
+                  const std::function<void()>& poll = {});
 Plan CheckDocument(const Json& document, Completeness completeness = Completeness::eExact);
 
 // What is in force in a profile, as a document of its own. The caller holds the store's mutex.
@@ -77,7 +81,8 @@ Json DumpProfile(StoreAccess& store, std::uint32_t profile);
 
 // The values of such a document for the profile `into`; for a custom one, its name, too, if the
 // document has one. Failure as above.
-Plan ReadProfileDocument(std::string_view text, std::uint32_t into, Completeness completeness);
+Plan ReadProfileDocument(std::string_view text, std::uint32_t into, Completeness completeness,
+                         const std::function<void()>& poll = {});
 Plan CheckProfileDocument(const Json& document, std::uint32_t into,
                           Completeness completeness = Completeness::eExact);
 

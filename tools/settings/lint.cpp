@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <bit>
+#include <map>
 
 #include "base/text.h"
 #include "contract/engine_masks.h"
+#include "contract/field_ids.h"
 #include "contract/patch_records.h"
 #include "contract/profiles.h"
 #include "contract/vis_layout.h"
+#include "settings/band_rule.h"
 #include "settings/content.h"
 #include "settings/setting_values.h"
 
@@ -62,8 +65,16 @@ std::string WhyUnreadable(const SchemaValue& value, const StoredValue& stored) {
     }
 }
 
-Verdict CheckProfile(const SchemaValue& value, std::uint32_t profile) {
+bool HasName(std::uint32_t customProfile, StoreAccess& store) {
+    const SchemaValue name = NameValue(customProfile);
+    const std::optional<StoredValue> stored = store.Read(name.keySet, name.key);
+    return stored && stored->AsText();
+}
+
+Verdict CheckProfile(const SchemaValue& value, std::uint32_t profile, StoreAccess& store) {
     const bool isSaved = value.role == Role::eSavedDemoState;
+    if (!isSaved && IsCustomProfile(profile) && !HasName(profile, store))
+        return Warning("the profile " + ProfileName(profile) + " does not exist");
     const bool isRight = isSaved ? IsSelectableProfile(profile) : IsAllowableProfile(profile);
     if (isRight)
         return {};
@@ -93,10 +104,34 @@ Verdict CheckLevels(const Bytes& blob) {
                    std::to_string(records));
 }
 
-Verdict CheckContent(const SchemaValue& value, const Value& content) {
+Verdict CheckBandFrequencies(const Value& content) {
+    const Bands bands = BandsOf(std::get<std::vector<float>>(content));
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        if (std::string problem = FrequencyProblem(bands, i); !problem.empty())
+            return Warning(std::move(problem));
+    return {};
+}
+
+// One for each frequency: readers drop others, and take missing ones as 0.
+Verdict CheckGains(const SchemaValue& value, const Value& content, StoreAccess& store) {
+    const std::vector<float> frequencies =
+        GraphicEqArray(pkey::cStandardEQFreqPid, value.profile.value(), store);
+    std::vector<float> gains = std::get<std::vector<float>>(content);
+    if (CheckBandFrequencies(frequencies))
+        return Warning("the frequencies of their bands are not valid");
+    const std::string problem = CountProblem(frequencies.size(), gains.size(), "gains");
+    if (problem.empty())
+        return {};
+    gains.resize(frequencies.size());
+    Problem found = Warning(problem);
+    found.repaired = Encode(value, gains);
+    return found;
+}
+
+Verdict CheckContent(const SchemaValue& value, const Value& content, StoreAccess& store) {
     if (const auto* const number = std::get_if<std::uint32_t>(&content)) {
         if (value.role == Role::eActiveProfile || value.role == Role::eSavedDemoState)
-            return CheckProfile(value, *number);
+            return CheckProfile(value, *number, store);
         if (value.role == Role::eEngineMask)
             return CheckMask(*number);
     }
@@ -105,6 +140,10 @@ Verdict CheckContent(const SchemaValue& value, const Value& content) {
     const Setting* const setting = value.role == Role::eField ? SettingOf(value) : nullptr;
     if (setting && !IsInRange(*setting, content))
         return Warning("out of range, " + setting->Allowed());
+    if (setting && setting->unit == "Hz")
+        return CheckBandFrequencies(content);
+    if (setting && setting->methods == ApiMethods::eGains)
+        return CheckGains(value, content, store);
     return {};
 }
 
@@ -133,15 +172,18 @@ Verdict CheckFactory(const SchemaValue& value, const StoredValue& stored) {
                    false};
 }
 
-Verdict Check(const SchemaValue& value, const StoredValue& stored) {
+Verdict Check(const SchemaValue& value, const StoredValue& stored, StoreAccess& store) {
     const std::uint32_t type = TypeOf(value.kind);
+    if (stored.unread)
+        return Error("it has " + std::to_string(stored.unread) + " bytes; more than " +
+                     std::to_string(cMaxReadBytes) + " are never read");
     if (stored.type != type)
         return Error("expected a " + TypeName(type) + ", got a " + TypeName(stored.type));
     const std::optional<Value> content = Decode(value, stored);
     if (!content)
         return Error(WhyUnreadable(value, stored));
     if (!IsDefault(value, stored))
-        if (Verdict verdict = CheckContent(value, *content))
+        if (Verdict verdict = CheckContent(value, *content, store))
             return verdict;
     if (Verdict verdict = CheckTermination(stored))
         return verdict;
@@ -173,6 +215,30 @@ Finding FindingOf(const SchemaValue& value, const StoredValue& stored, Problem p
     return finding;
 }
 
+// A store as it will be after a plan.
+class AfterPlan : public StoreAccess {
+  public:
+    AfterPlan(const Plan& plan, StoreAccess& store) : m_store(store) {
+        for (const PlannedValue& planned : plan.values)
+            m_planned[{planned.value.keySet, planned.value.Name()}] = &planned.wanted;
+    }
+
+    std::optional<StoredValue> Read(KORA4KeySet keySet, const PropertyKey& key) override {
+        const auto found = m_planned.find({keySet, ValueName(key)});
+        return found == m_planned.end() ? m_store.Read(keySet, key) : *found->second;
+    }
+    // Nothing checks by writing.
+    void Write(KORA4KeySet, const PropertyKey&, const StoredValue&) override {}
+    void Delete(KORA4KeySet, const PropertyKey&) override {}
+    std::vector<std::string> ValueNames(KORA4KeySet keySet) override {
+        return m_store.ValueNames(keySet);
+    }
+
+  private:
+    StoreAccess& m_store;
+    std::map<std::pair<KORA4KeySet, std::string>, const std::optional<StoredValue>*> m_planned;
+};
+
 void AddUnknown(std::vector<Finding>& findings, StoreAccess& store, KORA4KeySet keySet) {
     for (const std::string& name : store.ValueNames(keySet)) {
         const std::optional<PropertyKey> key = ParseValueName(name);
@@ -196,13 +262,16 @@ const char* SeverityName(Severity severity) {
     return cNames[static_cast<std::size_t>(severity)];
 }
 
-std::string Finding::Line() const {
+std::string Finding::Words() const {
     const std::string value = valueName.empty() ? "the unnamed value" : valueName;
     const std::string place =
         name.empty() ? value + " in the " + KeySetName(keySet) + " keys"
                      : (profile ? ProfileName(*profile) + ": " : std::string()) + name;
-    return std::string(SeverityName(severity)) + ": " + place + ": " + problem +
-           (stored.empty() ? "" : " (stored: " + stored + ")");
+    return place + ": " + problem + (stored.empty() ? "" : " (stored: " + stored + ")");
+}
+
+std::string Finding::Line() const {
+    return std::string(SeverityName(severity)) + ": " + Words();
 }
 
 Json Finding::Document() const {
@@ -227,13 +296,30 @@ std::vector<Finding> Lint(StoreAccess& store) {
     std::vector<Finding> findings;
     for (const SchemaValue& value : Schema())
         if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
-            if (Verdict problem = Check(value, *stored))
+            if (Verdict problem = Check(value, *stored, store))
                 findings.push_back(FindingOf(value, *stored, std::move(*problem)));
     for (const KORA4KeySet keySet : {eKeySetStatic, eKeySetDynamic, eKeySetApp})
         AddUnknown(findings, store, keySet);
     std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
         return a.severity > b.severity;
     });
+    return findings;
+}
+
+std::vector<Finding> LintPlan(const Plan& plan, StoreAccess& store) {
+    AfterPlan after(plan, store);
+    std::vector<Finding> findings;
+    for (const auto& [value, wanted] : plan.values) {
+        if (!wanted)
+            continue;
+        Verdict problem = Check(value, *wanted, after);
+        // Only the library enters a demo so that it can be left again.
+        if (!problem && value.role == Role::eActiveProfile &&
+            IsDemoProfile(wanted->AsDword().value_or(cMovieProfile)))
+            problem = Warning("demo profiles are entered with 'kora4ctl demo enter'");
+        if (problem && problem->severity != Severity::eNote)
+            findings.push_back(FindingOf(value, *wanted, std::move(*problem)));
+    }
     return findings;
 }
 

@@ -15,7 +15,7 @@ namespace kora4::tools {
 // How bad a finding is.
 enum class Severity {
     eNote,     // worth knowing; nothing to repair
-    eWarning,  // read as it is, but nothing that the API would have set
+    eWarning,  // read as it is, but nothing that clients should have set
     eError,    // not readable: the default is in force
 };
 
@@ -36,7 +36,9 @@ struct Finding {
     // built-in default is in force).
     std::optional<PlannedValue> fix;
 
-    // "error: music: volume-leveler: ..."
+    // "music: volume-leveler: ... (stored: ...)"
+    std::string Words() const;
+    // "error: " and the words.
     std::string Line() const;
 
     // {"severity", "name", "profile", "keys", "value", "stored", "problem", "repair"}, absent:
@@ -51,6 +53,9 @@ bool IsChangedFactoryValue(const SchemaValue& value, const StoredValue& stored);
 // Checks every stored value. Most severe first, then in the order of the schema. The caller
 // holds the store's mutex.
 std::vector<Finding> Lint(StoreAccess& store);
+
+// The errors and warnings that the values of a plan would be once they are stored.
+std::vector<Finding> LintPlan(const Plan& plan, StoreAccess& store);
 
 // Errors and warnings: what makes `lint` end with findings. Notes do not.
 bool HasFindings(const std::vector<Finding>& findings);

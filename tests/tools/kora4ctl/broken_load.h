@@ -51,7 +51,7 @@ class BrokenLoad : public StoreTest {
     }
     static Environment Faults(const std::string& steps) { return {{"KORA4_FAULTS", steps}}; }
     ToolResult LoadWith(const std::string& steps) const {
-        return RunTool(cFaulty, {"load", DocumentFile()}, {}, Faults(steps));
+        return RunTool(cFaulty, {"load", "--stored", DocumentFile()}, {}, Faults(steps));
     }
 
     // What doctor says about broken-off loads; null when it says nothing.

@@ -56,7 +56,8 @@ TEST_F(InterruptedLoad, ByCtrlCLeavesTheOldStoreAndSaysSo) {
         SCOPED_TRACE("write " + std::to_string(n));
         ReplaceStoreValues(m_stores.before);
         const Event reached(L"KORA4-reached");
-        RunningTool tool(cFaulty, {"load", DocumentFile()}, Faults(At("ctrl-c", n)));
+        RunningTool tool(cFaulty, {"load", "--stored", DocumentFile()},
+                         Faults(At("ctrl-c", n)));
         ASSERT_TRUE(reached.Wait());
         EXPECT_TRUE(HasJournal());
         tool.PressCtrlC();
@@ -75,7 +76,8 @@ TEST_F(InterruptedLoad, ByCtrlCLeavesTheOldStoreAndSaysSo) {
 TEST_F(InterruptedLoad, IsSeenByNoClientAsLongAsItRuns) {
     const Event reached(L"KORA4-reached");
     const Event goOn(L"KORA4-go-on");
-    RunningTool tool(cFaulty, {"load", DocumentFile()}, Faults(At("wait", m_load.changes / 2)));
+    RunningTool tool(cFaulty, {"load", "--stored", DocumentFile()},
+                     Faults(At("wait", m_load.changes / 2)));
     ASSERT_TRUE(reached.Wait());
     RunningTool other("kora4ctl", {"dump", "--all"});
     EXPECT_TRUE(other.IsSilentFor(1000));
@@ -134,13 +136,45 @@ TEST_F(InterruptedLoad, WhoseDoctorDiesTooIsMendedByTheNextOne) {
     }
 }
 
+TEST_F(InterruptedLoad, IsToldUntilDoctorHasRepairedIt) {
+    EXPECT_EQ(cDied, LoadWith(At("die", m_load.changes / 2)).exitCode);
+    const char* const words = "was interrupted half-way. Run 'kora4ctl doctor'";
+    for (const Words& arguments :
+         {Words{"get", "enable"}, Words{"status"}, Words{"get", "name", "--profile", "p1"},
+          Words{"set", "audio-optimizer.field-3", "1"}}) {
+        const ToolResult result = RunCtl(arguments);
+        EXPECT_EQ(cDone, result.exitCode) << result;
+        EXPECT_NE(std::string::npos, result.err.find(words)) << result;
+    }
+    EXPECT_EQ(true, DoneJson({"status"})["interrupted"]);
+    DoctorOnLoad();
+    EXPECT_EQ(false, DoneJson({"status"})["interrupted"]);
+    EXPECT_EQ(std::string::npos, RunCtl({"get", "enable"}).err.find(words));
+}
+
+// A journal of a change that still runs is none.
+TEST_F(InterruptedLoad, IsNotToldWhileItRuns) {
+    const Event reached(L"KORA4-reached");
+    const Event goOn(L"KORA4-go-on");
+    RunningTool tool(cFaulty, {"load", "--stored", DocumentFile()},
+                     Faults(At("wait", m_load.changes / 2)));
+    ASSERT_TRUE(reached.Wait());
+    EXPECT_TRUE(HasJournal());
+    RunningTool other("kora4ctl", {"get", "enable"});
+    EXPECT_TRUE(other.IsSilentFor(500));
+    goOn.Set();
+    EXPECT_EQ(cDone, tool.WaitForEnd().exitCode);
+    const ToolResult result = other.WaitForEnd();
+    EXPECT_EQ(std::string::npos, result.err.find("interrupted")) << result;
+}
+
 TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
     EXPECT_EQ(cDied, LoadWith(At("die", m_load.changes / 2)).exitCode);
     const StoreValues half = ReadStoreValues();
     const std::string journal = ContentOf(JournalPath());
     for (const Words& arguments :
-         {Words{"load", DocumentFile()}, Words{"load", DocumentFile(), "--merge"},
-          Words{"lint", "--fix"}}) {
+         {Words{"load", "--stored", DocumentFile()},
+          Words{"load", "--stored", DocumentFile(), "--merge"}, Words{"lint", "--fix"}}) {
         Refused(arguments, cFailed, "was interrupted");
         Refused(arguments, cFailed, "kora4ctl doctor");
         ExpectStore(half);
@@ -154,7 +188,7 @@ TEST_F(InterruptedLoad, IsLeftToDoctorByEverythingElseThatWrites) {
     ExpectStore(half);
     EXPECT_EQ(journal, ContentOf(JournalPath()));
     ExpectUndone();
-    EXPECT_EQ(cDone, RunCtl({"load", DocumentFile()}).exitCode);
+    EXPECT_EQ(cDone, RunCtl({"load", "--stored", DocumentFile()}).exitCode);
     ExpectSettings(m_load.after);
 }
 
@@ -174,7 +208,7 @@ TEST_F(InterruptedLoad, WhoseJournalCannotBeMadeChangesNothing) {
         const UniqueHandle open(CreateFileW(tools::Widen(inTheWay).c_str(), GENERIC_READ,
                                             FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                             FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-        const ToolResult result = RunCtl({"load", DocumentFile()});
+        const ToolResult result = RunCtl({"load", "--stored", DocumentFile()});
         EXPECT_EQ(cFailed, result.exitCode) << result;
         EXPECT_NE(std::string::npos, result.err.find("cannot be moved aside")) << result;
         ExpectStore(m_stores.before);
@@ -199,7 +233,7 @@ TEST_F(InterruptedLoad, WithAJournalThatIsNoneIsSaidByDoctorAndMovedAside) {
 
 TEST_F(InterruptedLoad, WithAJournalThatIsNoneIsNotHeldUpByIt) {
     MakeFile(JournalPath(), "{\"format\": \"something else\"}\n");
-    const ToolResult result = RunCtl({"load", DocumentFile()});
+    const ToolResult result = RunCtl({"load", "--stored", DocumentFile()});
     EXPECT_EQ(cDone, result.exitCode) << result;
     const std::size_t begin = result.err.find(JournalPath() + ".moved-");
     ASSERT_NE(std::string::npos, begin) << result;
@@ -214,7 +248,7 @@ TEST_F(InterruptedLoad, OverAPlantedLinkLosesNothingOfItsTarget) {
     for (const std::string& place : {JournalPath() + ".new", JournalPath()}) {
         ASSERT_TRUE(CreateHardLinkW(tools::Widen(place).c_str(), tools::Widen(victim).c_str(),
                                     nullptr));
-        const ToolResult result = RunCtl({"load", DocumentFile()});
+        const ToolResult result = RunCtl({"load", "--stored", DocumentFile()});
         EXPECT_EQ(cDone, result.exitCode) << result;
         EXPECT_EQ("precious", ContentOf(victim));
         EXPECT_FALSE(HasJournal());

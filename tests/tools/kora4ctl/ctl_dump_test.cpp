@@ -64,7 +64,7 @@ class CtlDumpAndLoad : public StoreTest, public testing::WithParamInterface<Scop
 
         const StoreValues other = random.Values(1 + random.Pick(4));
         ReplaceStoreValues(other);
-        Done({"load", "-", "--quiet"}, text);
+        Done({"load", "--stored", "-", "--quiet"}, text);
         ExpectStore(LoadOf(other, source, GetParam()).after);
         EXPECT_FALSE(HasJournal());
     }
@@ -90,7 +90,7 @@ TEST_P(CtlDumpAndLoad, LeaveAnEmptyStoreEmpty) {
     RandomStore random(7);
     const StoreValues other = random.Values(3);
     ReplaceStoreValues(other);
-    Done({"load", "-", "--quiet"}, text);
+    Done({"load", "--stored", "-", "--quiet"}, text);
     const StoreValues now = ReadStoreValues();
     EXPECT_TRUE(tools::Covered(now, GetParam()).empty());
 }
@@ -105,7 +105,7 @@ TEST_P(CtlDumpAndLoad, TakeTheSameWayThroughAFile) {
     EXPECT_EQ("", Done(dump));
     EXPECT_EQ(text, ContentOf(file));
     ReplaceStoreValues(stores.before);
-    Done({"load", file});
+    Done({"load", "--stored", file});
     ExpectStore(LoadOf(stores.before, stores.after, GetParam()).after);
 }
 
@@ -124,7 +124,7 @@ class CtlDump : public StoreTest {
         ReplaceStoreValues(values);
         const std::string text = Done({"dump"});
         ReplaceStoreValues({});
-        Done({"load", "-", "--quiet"}, text);
+        Done({"load", "--stored", "-", "--quiet"}, text);
         ExpectStore(LoadOf({}, values, Scope::eUser).after);
     }
 };
@@ -248,7 +248,7 @@ TEST_F(CtlDump, InADemoHasWhatTheDemoReturnsTo) {
     EXPECT_EQ(before, Done({"dump", "--all"}));
     Client().ForceRevertFromDemoMode();
     Done({"profile", "use", "movie"});
-    Done({"load", "-"}, before);
+    Done({"load", "--stored", "-"}, before);
     EXPECT_EQ("games\n", Done({"get", "profile"}));
     EXPECT_EQ("off\n", Done({"get", "enable"}));
 }

@@ -260,11 +260,13 @@ TEST_F(CtlEq, BandsOfAFileMustFitTheStore) {
     for (int i = 1; i <= 41; ++i)
         many += std::to_string(i * 100) + " 0;";
     const Words import = {"eq", "import", "-", "--bands", "file"};
-    RefusedUnchanged(import, cBadInput, "41 bands", many);
+    RefusedUnchanged(import, cBadInput, "Expected at most 40 bands, got 41.", many);
     Done({"eq", "import", "-"}, many);
-    RefusedUnchanged(import, cBadInput, "32768 Hz cannot be stored", "GraphicEQ: 32768 0");
-    RefusedUnchanged(import, cBadInput, "0.5 Hz cannot be stored", "GraphicEQ: 0.5 0");
-    RefusedUnchanged(import, cBadInput, "coincide", "GraphicEQ: 20.1 0; 20.9 1");
+    RefusedUnchanged(import, cBadInput, "Band 1 is at 32768 Hz; frequencies range",
+                     "GraphicEQ: 32768 0");
+    RefusedUnchanged(import, cBadInput, "Band 1 is at 0.5 Hz", "GraphicEQ: 0.5 0");
+    RefusedUnchanged(import, cBadInput, "not above the previous band",
+                     "GraphicEQ: 20.1 0; 20.9 1");
     const ToolResult result = RunCtl(import, "GraphicEQ: 62.5 3");
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_NE(std::string::npos, result.err.find("62 Hz")) << result;
@@ -295,6 +297,17 @@ TEST_F(CtlEq, ExportWritesAFile) {
     EXPECT_TRUE(HasShape(DoneJson({"eq", "export"}), cShape));
 }
 
+TEST_F(CtlEq, ExportPrintsNothingThatImportRefuses) {
+    StoreArray(4, L"0100,000a,0d00,f300,0000,0000,0000,0000,0000,0000,0000,0000");
+    RefusedUnchanged({"eq", "export"}, cBadInput, "Band 1 (32 Hz): 13 dB is outside");
+    RefusedUnchanged({"eq", "export", cFile}, cBadInput, "--clip");
+    EXPECT_EQ("", Content());
+    const std::string text = Done({"eq", "export", "--clip"});
+    EXPECT_EQ(0u, text.find("GraphicEQ: 32 12; 64 -12; 125 0;")) << text;
+    Done({"eq", "import", "-"}, text);
+    Done({"eq", "import", "-", "--bands", "file"}, text);
+}
+
 TEST_F(CtlEq, BadStoredFrequenciesAreToldAndCanBeReplaced) {
     StoreArray(3, L"0001,0003,03e8,8000,0064");
     StoreArray(4, L"0100,0003,0000,0100,1400");
@@ -302,11 +315,14 @@ TEST_F(CtlEq, BadStoredFrequenciesAreToldAndCanBeReplaced) {
     EXPECT_EQ(1u, shown["problems"].size()) << shown.dump();
     EXPECT_EQ(false, shown["bands"][2]["inRange"]);
     EXPECT_NE(std::string::npos, Done({"eq", "show"}).find("! bad frequency"));
-    RefusedUnchanged({"eq", "export"}, cBadInput, "Band 2 is stored at -32768 Hz");
+    RefusedUnchanged({"eq", "export"}, cBadInput, "Band 2 is at -32768 Hz");
     RefusedUnchanged({"eq", "import", "-"}, cBadInput, "--bands file", "GraphicEQ: 20 1");
+    RefusedUnchanged({"eq", "set", "900=3", "--clip"}, cBadInput, "Band 2 is at -32768 Hz");
+    RefusedUnchanged({"eq", "flat"}, cBadInput, "--bands file");
+    StoreArray(3, L"0001,0003,0010,0020,0064");
     // The third gain is stored past the limits, and the library would limit it.
-    RefusedUnchanged({"eq", "set", "900=3"}, cBadInput, "Band 3 (100 Hz): 20 dB");
-    Done({"eq", "set", "900=3", "--clip"});
+    RefusedUnchanged({"eq", "set", "16=3"}, cBadInput, "Band 3 (100 Hz): 20 dB");
+    Done({"eq", "set", "16=3", "--clip"});
     EXPECT_EQ((std::vector<float>{3, 1, 12}), Gains());
     Done({"eq", "import", "-", "--bands", "file"}, "GraphicEQ: 20 1");
     EXPECT_EQ(std::vector<float>{20}, Frequencies());

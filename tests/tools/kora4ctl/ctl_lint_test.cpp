@@ -156,7 +156,7 @@ TEST_P(CtlLintOn, IsNamedAndMended) {
     EXPECT_EQ(Json::array(), Findings(cDone));
     EXPECT_FALSE(HasJournal());
     // The dump brings back what was there, to the byte.
-    Done({"load", BackupFile(), "--quiet"});
+    Done({"load", "--stored", BackupFile(), "--quiet"});
     ExpectSettings(before);
     EXPECT_EQ(findings, Findings(cFindings));
 }
@@ -262,7 +262,7 @@ TEST_F(CtlLint, MendsAnyStoreAfterADumpOfIt) {
         for (const Json& left : Findings(cDone))
             EXPECT_EQ("note", left["severity"]) << left;
         mended += static_cast<int>(findings.size());
-        Done({"load", BackupFile(), "--quiet"});
+        Done({"load", "--stored", BackupFile(), "--quiet"});
         EXPECT_EQ("", DifferencesOf(tools::Covered(before, Scope::eAll),
                                     tools::Covered(ReadStoreValues(), Scope::eAll)));
     }
@@ -348,7 +348,8 @@ TEST_P(CtlDiff, TellsEachValueThatDiffers) {
     EXPECT_EQ(changes, document["differences"].size());
     ExpectStore(stores.before);
     // A load of it makes just these changes.
-    EXPECT_EQ(DoneJson({"load", "-", "--dry-run"}, text)["changes"], document["differences"]);
+    EXPECT_EQ(DoneJson({"load", "--stored", "-", "--dry-run"}, text)["changes"],
+              document["differences"]);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scopes, CtlDiff, testing::Values(Scope::eUser, Scope::eAll),

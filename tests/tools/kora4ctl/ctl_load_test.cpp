@@ -23,6 +23,14 @@ std::string InMusic(const std::string& members) {
     return WithBody(R"("profiles": {"music": {)" + members + "}}");
 }
 
+constexpr char cRecording[] =
+    R"({"event":"start","format":"kora4-recording","version":1,"settings":)"
+    R"({"format": "kora4-settings", "version": 1, "scope": "user"}})"
+    "\n"
+    R"({"event":"end","offset":0,"settings":)"
+    R"({"format": "kora4-settings", "version": 1, "scope": "user"}})"
+    "\n";
+
 class CtlLoad : public StoreTest {
   protected:
     void SetUp() override {
@@ -45,7 +53,7 @@ class CtlLoad : public StoreTest {
 TEST_F(CtlLoad, SaysEachChange) {
     const std::string text = DocumentText(m_stores.after, Scope::eAll);
     const ExpectedLoad load = LoadOf(m_stores.before, m_stores.after, Scope::eAll);
-    const ToolResult result = RunCtl({"load", "-"}, text);
+    const ToolResult result = RunCtl({"load", "--stored", "-"}, text);
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_EQ(load.changes, result.Lines().size());
     EXPECT_NE(std::string::npos,
@@ -57,7 +65,7 @@ TEST_F(CtlLoad, SaysEachChange) {
 TEST_F(CtlLoad, SaysEachChangeInJson) {
     const std::string text = DocumentText(m_stores.after, Scope::eUser);
     const ExpectedLoad load = LoadOf(m_stores.before, m_stores.after, Scope::eUser);
-    const Json result = DoneJson({"load", "-"}, text);
+    const Json result = DoneJson({"load", "--stored", "-"}, text);
     EXPECT_TRUE(HasShape(result, cResultShape));
     EXPECT_EQ(false, result["dryRun"]);
     EXPECT_EQ(load.changes, result["changes"].size());
@@ -66,7 +74,7 @@ TEST_F(CtlLoad, SaysEachChangeInJson) {
 
 TEST_F(CtlLoad, OfWhatIsThereAlreadyWritesNothing) {
     const std::string text = Done({"dump", "--all"});
-    const ToolResult result = RunCtl({"load", "-"}, text);
+    const ToolResult result = RunCtl({"load", "--stored", "-"}, text);
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_EQ("", result.out);
     EXPECT_NE(std::string::npos, result.err.find("nothing was written")) << result;
@@ -76,17 +84,18 @@ TEST_F(CtlLoad, OfWhatIsThereAlreadyWritesNothing) {
 TEST_F(CtlLoad, AsATrialTellsAndChangesNothing) {
     const std::string text = DocumentText(m_stores.after, Scope::eAll);
     const std::size_t changes = LoadOf(m_stores.before, m_stores.after, Scope::eAll).changes;
-    const ToolResult trial = RunCtl({"load", "-", "--dry-run"}, text);
+    const ToolResult trial = RunCtl({"load", "--stored", "-", "--dry-run"}, text);
     EXPECT_EQ(cDone, trial.exitCode) << trial;
     EXPECT_EQ(changes, trial.Lines().size());
     EXPECT_NE(std::string::npos, trial.err.find("would change")) << trial.err;
-    const Json result = DoneJson({"load", "-", "--dry-run"}, text);
+    const Json result = DoneJson({"load", "--stored", "-", "--dry-run"}, text);
     EXPECT_TRUE(HasShape(result, cResultShape));
     EXPECT_EQ(true, result["dryRun"]);
     EXPECT_EQ(changes, result["changes"].size());
     ExpectStore(m_stores.before);
     EXPECT_FALSE(HasJournal());
-    EXPECT_EQ(WithoutReturns(RunCtl({"load", "-"}, text).out), WithoutReturns(trial.out));
+    EXPECT_EQ(WithoutReturns(RunCtl({"load", "--stored", "-"}, text).out),
+              WithoutReturns(trial.out));
 }
 
 TEST_F(CtlLoad, MergingLeavesAloneWhatTheDocumentDoesNotHave) {
@@ -98,13 +107,13 @@ TEST_F(CtlLoad, MergingLeavesAloneWhatTheDocumentDoesNotHave) {
         const tools::SchemaValue place = tools::SettingNamed(name).Stored(1);
         expected[{place.keySet, place.Name()}] = stored;
     }
-    const Json result = DoneJson({"load", "-", "--merge"}, text);
+    const Json result = DoneJson({"load", "--stored", "-", "--merge"}, text);
     EXPECT_EQ(2u, result["changes"].size());
     ExpectStore(LoadOf(m_stores.before, expected, Scope::eAll).after);
 }
 
 TEST_F(CtlLoad, WithoutMergingDeletesWhatTheDocumentDoesNotHave) {
-    Done({"load", "-"}, InMusic(R"("volume-leveler": 5)"));
+    Done({"load", "--stored", "-"}, InMusic(R"("volume-leveler": 5)"));
     const StoreValues left = tools::Covered(ReadStoreValues(), Scope::eAll);
     ASSERT_EQ(1u, left.size());
     EXPECT_EQ(tools::StoredValue::FromDword(5), left.begin()->second);
@@ -125,7 +134,7 @@ TEST_F(CtlLoad, TakesWhatOtherProgramsMakeOfADocument) {
     for (const std::string& form :
          {"\xEF\xBB\xBF" + text, wide, bigEndian, returns, ParsedJson(text).dump()}) {
         ReplaceStoreValues(m_stores.before);
-        Done({"load", "-", "--quiet"}, form);
+        Done({"load", "--stored", "-", "--quiet"}, form);
         ExpectStore(load.after);
     }
 }
@@ -228,6 +237,84 @@ TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {
                   "general.demo-app-command");
 }
 
+TEST_F(CtlLoad, RefusesWhatLintCallsWrongUnlessStored) {
+    const struct {
+        std::string document;
+        const char* complaint;
+    } cases[] = {
+        {InMusic(R"("volume-leveler": 11)"), "music: volume-leveler: it is out of range"},
+        {InMusic(R"("dialog-enhancer": {"type": 4, "data": "00000000"})"), "must be a REG_SZ"},
+        {InMusic(R"("graphic-eq.gains": [13, 0, 0, 0, 0, 0, 0, 0, 0, 0])"), "out of range"},
+        {InMusic(R"("graphic-eq.gains": [1, 2, 3])"), "expected 10 gains, got 3"},
+        {InMusic(R"("graphic-eq.frequencies": [100, 300, 200])"),
+         "band 3 is at 200 Hz, which is not above the previous band"},
+        {InMusic(R"("graphic-eq.frequencies": [0, 300])"), "band 1 is at 0 Hz"},
+        {WithBody(R"("global": {"audio-optimizer.frequencies": [2, 1]})"), "band 2"},
+        {WithBody(R"("general": {"profile": "p5"})"), "the profile p5 does not exist"},
+        {WithBody(R"("general": {"profile": 77})"), "no profile has this number"},
+        {WithBody(R"("general": {"profile": "demo-music"})"), "kora4ctl demo enter"},
+    };
+    for (const auto& one : cases) {
+        ExpectRefusal(one.document, one.complaint);
+        ExpectRefusal(one.document, "--stored");
+        Refused({"load", "-", "--dry-run"}, cBadInput, one.complaint, one.document);
+        Done({"load", "-", "--stored", "--quiet"}, one.document);
+        ReplaceStoreValues(m_stores.before);
+    }
+}
+
+TEST_F(CtlLoad, TakesWhatIsRightTogetherOrBuiltIn) {
+    ReplaceStoreValues({});
+    for (const std::string& document :
+         {WithBody(R"("general": {"profile": "p5"}, "profiles": {"p5": {"name": "Five"}})"),
+          InMusic(R"("graphic-eq.frequencies": [100, 200], "graphic-eq.gains": [1, -2])"),
+          InMusic(R"("volume-leveler": 262151, "speaker-virtualizer": 10.0)"),
+          WithBody(R"("profiles": {"demo-movie": {"volume-leveler": 4}})")}) {
+        Done({"load", "-", "--quiet"}, document);
+        EXPECT_EQ(cDone, RunCtl({"lint"}).exitCode) << document;
+    }
+    // What the document leaves alone counts, too.
+    Done({"profile", "create", "p2", "Two"});
+    Done({"load", "-", "--merge", "--quiet"}, WithBody(R"("general": {"profile": "p2"})"));
+    EXPECT_EQ("p2\n", Done({"get", "profile"}));
+}
+
+TEST_F(CtlLoad, RefusesHundredsOfThousandsOfUnknownNamesAtOnce) {
+    std::string names;
+    for (int i = 0; i < 500000; ++i)
+        names += (names.empty() ? "\"n" : ",\"n") + std::to_string(i) + "\":1";
+    for (const std::string& document :
+         {WithBody(names), InMusic(names), WithBody(R"("general": {)" + names + "}")}) {
+        const std::string file = m_folder.File("names.json");
+        MakeFile(file, document);
+        for (const char* const verb : {"load", "diff"}) {
+            const ToolResult result = RunCtl({verb, file});
+            EXPECT_EQ(cBadInput, result.exitCode) << result;
+            EXPECT_NE(std::string::npos, result.err.find("at most 1000 members")) << result;
+            EXPECT_GT(5000u, result.elapsed);
+        }
+    }
+    ExpectStore(m_stores.before);
+}
+
+TEST_F(CtlLoad, CtrlCEndsTheReadingOfALargeDocument) {
+    std::string numbers = "[1";
+    while (numbers.size() < 15 * 1024 * 1024)
+        numbers += ",1";
+    const std::string file = m_folder.File("numbers.json");
+    MakeFile(file, WithBody(R"("general": )" + numbers + "]"));
+    RunningTool tool("kora4ctl", {"load", file});
+    Sleep(300);
+    const ULONGLONG pressed = GetTickCount64();
+    tool.PressCtrlC();
+    const ToolResult result = tool.WaitForEnd();
+    EXPECT_GT(1000u, GetTickCount64() - pressed);
+    EXPECT_EQ(cFailed, result.exitCode) << result;
+    EXPECT_NE(std::string::npos, result.err.find("Interrupted; nothing was changed."))
+        << result;
+    ExpectStore(m_stores.before);
+}
+
 TEST_F(CtlLoad, RefusesFilesThatCannotBeRead) {
     const std::string empty = m_folder.File("empty.json");
     MakeFile(empty, "");
@@ -256,7 +343,7 @@ TEST_F(CtlLoad, WithoutAStoreNamesTheCommandThatMendsIt) {
 
 TEST_F(CtlLoad, NeedsNoLibrary) {
     Unregister();
-    Done({"load", "-", "--quiet"}, DocumentText(m_stores.after, Scope::eAll));
+    Done({"load", "--stored", "-", "--quiet"}, DocumentText(m_stores.after, Scope::eAll));
     ExpectStore(LoadOf(m_stores.before, m_stores.after, Scope::eAll).after);
 }
 
@@ -296,7 +383,7 @@ TEST_F(CtlLoadBesideAClient, EachKindOfChangeIsTold) {
 TEST_F(CtlLoadBesideAClient, AWholeDocumentIsToldAtOnce) {
     Merge(R"("general": {"enable": false},
              "profiles": {"movie": {"volume-leveler": 3, "graphic-eq.on": false,
-                                    "graphic-eq.gains": [1, 2]},
+                                    "graphic-eq.gains": [1, 2, 0, 0, 0, 0, 0, 0, 0, 0]},
                           "p1": {"name": "Late"}})");
     for (const char* const line : {"OnEnableStateChange(0)", "OnCustomProfileTableChange()",
                                    "OnTechnologyOnElseOffChange(eGraphicEQ, 0)",
@@ -323,14 +410,31 @@ TEST_F(CtlLoad, WaitsForAProgramThatHoldsTheStore) {
     auto hold = std::make_unique<RawTransaction>();
     const std::string file = m_folder.File("late.json");
     MakeFile(file, DocumentText(m_stores.after, Scope::eAll));
-    RunningTool tool("kora4ctl", {"load", file});
-    EXPECT_TRUE(tool.IsSilentFor(2000));
+    RunningTool tool("kora4ctl", {"load", "--stored", file});
+    EXPECT_TRUE(tool.IsSilentFor(1000));
+    EXPECT_EQ("Waiting for the settings store, held by another program.", tool.NextErrorLine());
     EXPECT_TRUE(tool.IsRunning());
     ExpectStore(m_stores.before);
     hold.reset();
     const ToolResult result = tool.WaitForEnd();
     EXPECT_EQ(cDone, result.exitCode) << result;
     ExpectStore(LoadOf(m_stores.before, m_stores.after, Scope::eAll).after);
+}
+
+TEST_F(CtlLoad, WaitsAsLongAsItIsTold) {
+    const RawTransaction hold;
+    for (const Words& arguments :
+         {Words{"dump", "--wait", "0.1"}, Words{"get", "enable", "--wait", "0"},
+          Words{"status", "--wait", "0"}, Words{"replay", "--wait", "0", "-"}}) {
+        const ToolResult result = RunCtl(arguments, cRecording);
+        EXPECT_EQ(cTimedOut, result.exitCode) << result;
+        EXPECT_NE(std::string::npos, result.err.find("'kora4ctl doctor'")) << result;
+        EXPECT_EQ(std::string::npos, result.err.find("Waiting")) << result;
+    }
+    const ToolResult told = RunCtl({"lint", "--wait", "2.5"});
+    EXPECT_EQ(cTimedOut, told.exitCode) << told;
+    EXPECT_EQ(0u, told.err.find("Waiting for the settings store")) << told;
+    Refused({"dump", "--wait", "-1"}, cUsage, "--wait");
 }
 
 TEST_F(CtlLoad, CtrlCEndsTheWait) {

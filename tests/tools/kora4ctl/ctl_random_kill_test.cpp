@@ -46,7 +46,7 @@ class RandomlyKilledLoad : public BrokenLoad {
         Times times;
         for (const std::string& file : {DocumentFile(), OldFile()}) {
             const double begin = Now();
-            RunningTool tool("kora4ctl", {"load", file});
+            RunningTool tool("kora4ctl", {"load", "--stored", file});
             WaitForJournal(tool);
             const double writes = Now();
             while (Exists(JournalPath()) && tool.IsRunning())
@@ -81,7 +81,8 @@ TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
         const StoreValues& old = isNew ? m_stores.after : m_stores.before;
         const StoreValues& wanted = isNew ? m_stores.before : m_stores.after;
         {
-            RunningTool tool("kora4ctl", {"load", isNew ? OldFile() : DocumentFile()});
+            RunningTool tool("kora4ctl",
+                             {"load", "--stored", isNew ? OldFile() : DocumentFile()});
             // Half of them are hit at any time, the others while they write.
             const bool whileWriting = i % 2 == 1;
             if (whileWriting)

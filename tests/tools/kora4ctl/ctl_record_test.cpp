@@ -388,6 +388,10 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         {with(change, "[{\"profile\":\"film\""), "Line 2: a change: unknown 'profile'"},
         {with(change, "[{\"profile\":\"\""), "Line 2: a change: unknown 'profile'"},
         {with("\"value\":9,\"offset\"", "\"value\":1e999,\"offset\""), "Line 2: "},
+        {with("\"value\":9,\"offset\"",
+              "\"value\":" + std::string(20000, '[') + std::string(20000, ']') + ",\"offset\""),
+         "Line 2: The document is nested too deeply"},
+        {good + std::string(16 * 1024 * 1024, '\n'), "is larger than 16 MB"},
     };
     for (const auto& [text, message] : cases)
         RefusedUnchanged({"replay", "-"}, cBadInput, message, text);

@@ -296,6 +296,70 @@ TEST_F(CtlSettings, InADemoNothingIsSetAndThatIsSaid) {
               Done({"set", "volume-leveler", "4", "--profile", "movie"}));
 }
 
+TEST_F(CtlSettings, BandsKeepToOneRule) {
+    const std::string ten = "10 20 30 40 50 60 70 80 90 100";
+    std::string many;
+    for (int i = 1; i <= 45; ++i)
+        many += std::to_string(i * 100) + " ";
+    for (const Words& profile : {Words{}, Words{"--profile", "games"}}) {
+        const auto set = [&profile](const char* name, const std::string& value) {
+            Words words{"set", name, value};
+            words.insert(words.end(), profile.begin(), profile.end());
+            return words;
+        };
+        const char* const frequencies = "graphic-eq.frequencies";
+        RefusedUnchanged(set(frequencies, many), cBadInput, "Expected 10 frequencies, got 45.");
+        RefusedUnchanged(set(frequencies, "1 2 3"), cBadInput,
+                         "Expected 10 frequencies, got 3.");
+        RefusedUnchanged(set("graphic-eq.gains", "1 2 3"), cBadInput,
+                         "Expected 10 gains, got 3.");
+        RefusedUnchanged(set(frequencies, "10 20 30 40 50 60 70 80 100 90"), cBadInput,
+                         "Band 10 is at 90 Hz, which is not above the previous band.");
+        RefusedUnchanged(set(frequencies, "10.1 10.9 30 40 50 60 70 80 90 100"), cBadInput,
+                         "Band 2 is at 10.9 Hz");
+        RefusedUnchanged(set(frequencies, "0 20 30 40 50 60 70 80 90 100"), cBadInput,
+                         "frequencies range from 1 to 32767 Hz");
+        Done(set(frequencies, ten));
+        EXPECT_EQ(cDone, RunCtl({"lint"}).exitCode);
+    }
+    RefusedUnchanged({"set", "audio-optimizer.frequencies", "20 10"}, cBadInput, "Band 2");
+    Done({"set", "graphic-eq.frequencies", "300 200", "--stored", "--profile", "games"});
+    RefusedUnchanged({"eq", "set", "--band", "1", "3", "--profile", "games"}, cBadInput,
+                     "Band 2 is at 200 Hz");
+    RefusedUnchanged({"set", "graphic-eq.gains", "1 1", "--profile", "games"}, cBadInput,
+                     "Band 2 is at 200 Hz");
+}
+
+TEST_F(CtlSettings, AnEmptyProfileIsNone) {
+    for (const Words& arguments :
+         {Words{"set", "volume-leveler", "3", "--profile", ""},
+          Words{"eq", "flat", "--profile", ""}, Words{"get", "volume-leveler", "--profile", ""},
+          Words{"list", "--profile", ""}, Words{"describe", "volume-leveler", "--profile", ""},
+          Words{"toggle", "volume-leveler", "--profile", ""}, Words{"profile", "show", ""},
+          Words{"profile", "use", ""}, Words{"profile", "create", "", "x"},
+          Words{"demo", "enter", ""}})
+        RefusedUnchanged(arguments, cBadInput, "There is no profile ''.");
+}
+
+TEST_F(CtlSettings, SaysWhatCannotBeRead) {
+    WriteStoredText(eKeySetStatic, tools::SettingNamed("volume-leveler").Stored(0).key, L"7");
+    const char* const words = "'volume-leveler' is stored but cannot be read";
+    const ToolResult got = RunCtl({"get", "volume-leveler", "enable"});
+    EXPECT_EQ((Words{"262151", "on"}), got.Lines()) << got;
+    EXPECT_NE(std::string::npos, got.err.find(words)) << got;
+    EXPECT_EQ("", RunCtl({"get", "volume-leveler", "--profile", "music"}).err);
+    EXPECT_EQ("", RunCtl({"get", "volume-leveler", "--quiet"}).err);
+    const Json status = DoneJson({"status"});
+    EXPECT_EQ(1, status["unreadable"]);
+    EXPECT_EQ(false, status["interrupted"]);
+    EXPECT_NE(std::string::npos, Done({"status"}).find("1 cannot be read")) << status;
+    const ToolResult set = RunCtl({"set", "volume-leveler", "3"});
+    EXPECT_EQ(Words{"volume-leveler: 262151 -> 3"}, set.Lines()) << set;
+    EXPECT_NE(std::string::npos, set.err.find(words)) << set;
+    EXPECT_EQ("", RunCtl({"get", "volume-leveler"}).err);
+    EXPECT_EQ(0, DoneJson({"status"})["unreadable"]);
+}
+
 TEST_F(CtlSettings, FactoryValuesAreNotOverwrittenByAccident) {
     for (const Words& arguments :
          {Words{"set", "volume-leveler", "6"}, Words{"set", "volume-leveler.field-6", "1"},

@@ -17,6 +17,7 @@ constexpr char cShape[] =
         "customProfiles": "any",
         "engine": {"mask": "integer", "name": "string|null"},
         "samplingPeriod": "integer", "levels": "string",
+        "unreadable": "integer", "interrupted": "boolean",
         "library": {"version": "string", "path": "string", "fileVersion": "string"},
         "tool": {"version": "string"}})";
 

@@ -2,7 +2,9 @@
 // kora4ctl undo: every change of many values can be taken back, to the byte.
 #include <filesystem>
 
+#include "contract/value_kind.h"
 #include "settings/backup.h"
+#include "settings/settings_table.h"
 #include "tools/kora4ctl/store_fixture.h"
 
 namespace kora4::test {
@@ -109,6 +111,34 @@ TEST_F(CtlUndo, KeepsNoBackupOfARefusedRevert) {
     Done({"demo", "enter", "movie"});
     Refused({"profile", "revert"}, cRefused, "KORA4_S_NOT_A_PRESET_PROFILE");
     EXPECT_EQ(Json::array(), DoneJson({"undo"}));
+}
+
+// More than the 16 MB that a document in a file may have.
+TEST_F(CtlUndo, RestoresABackupHoweverLargeItIs) {
+    StoreValues values;
+    std::size_t bytes = 0;
+    for (const tools::Setting& setting : tools::SettingsTable()) {
+        if (!setting.perProfile || !setting.isStored || bytes > 9 * 1024 * 1024)
+            continue;
+        const tools::SchemaValue place = setting.Stored(4);
+        values[{place.keySet, place.Name()}] = {cBinaryType, tools::Bytes(900000, 0xA5)};
+        bytes += 900000;
+    }
+    StoreValues larger = values;
+    const tools::SchemaValue place = tools::SettingNamed("volume-leveler").Stored(1);
+    larger[{place.keySet, place.Name()}] = {cBinaryType, tools::Bytes(2000000, 0xA5)};
+    ReplaceStoreValues(larger);
+    const ToolResult found = RunCtl({"lint"});
+    EXPECT_EQ(cFindings, found.exitCode);
+    EXPECT_NE(std::string::npos,
+              found.out.find("music: volume-leveler: it has 2000000 bytes; more than 1048576 "
+                             "are never read (stored: REG_BINARY of 2000000 bytes)"));
+    EXPECT_GT(5000u, found.out.size());
+    Done({"lint", "--fix", "--quiet"});
+    EXPECT_EQ(cDone, RunCtl({"lint"}).exitCode);
+    EXPECT_EQ(values.size(), DoneJson({"undo", "1"})["written"]);
+    // What is larger than is ever read counts as absent from then on.
+    ExpectUndone(values);
 }
 
 TEST_F(CtlUndo, RefusesWhatIsNoBackup) {

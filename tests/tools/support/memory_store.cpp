@@ -86,6 +86,8 @@ std::uint32_t RandomStore::Number(const SchemaValue& value, const Setting* setti
                                   bool beyond) {
     if (value.role == Role::eSavedDemoState)
         return Pick(cSelectableProfileBound);
+    if (value.role == Role::eActiveProfile && !beyond)
+        return Pick(cDefaultedProfileBound);
     if (value.role == Role::eEngineMask)
         return Pick(0x400);
     if (value.kind == Kind::eCurveIndex)
@@ -109,9 +111,14 @@ StoredValue RandomStore::Right(const SchemaValue& value, bool beyond) {
         case Kind::eFlagArray:
             return Encode(value, std::vector<bool>(Pick(41), Pick(2) == 0));
         case Kind::eNumericArray: {
-            std::vector<float> elements(Pick(41));
+            // Of the graphic equalizer as many as there are when one of its arrays is absent.
+            const bool isGraphic = setting && setting->methods != ApiMethods::eNone;
+            std::vector<float> elements(isGraphic && !beyond ? 10 : Pick(41));
             for (float& element : elements)
                 element = Float(beyond ? nullptr : setting);
+            for (std::size_t i = 0;
+                 setting && setting->unit == "Hz" && !beyond && i < elements.size(); ++i)
+                elements[i] = static_cast<float>(1 + i * 700 + Pick(700));
             return Encode(value, elements);
         }
         default:

@@ -9,8 +9,8 @@
 #include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/profile_names.h"
-#include "kora4ctl/equalizer/bands.h"
 #include "kora4ctl/registration/library_file.h"
+#include "settings/band_rule.h"
 
 namespace kora4::tools {
 
@@ -71,30 +71,16 @@ Answer ReadBands(const Setting& setting, Profile, Api& api) {
     return numbers;
 }
 
-void WriteFrequencies(const Setting& setting, Profile, const Value& value, Api& api) {
-    const auto& wanted = std::get<std::vector<float>>(value);
-    // The library would store other frequencies as something else.
-    for (const float frequency : wanted) {
-        if (frequency < 1 || frequency > KORA4_GRAPHIC_EQ_MAX_FREQUENCY)
-            throw BadInput("Invalid value '" + Decimal(frequency) + "' for '" + setting.name +
-                           "': frequencies range from " + FrequencyRange() + ".");
-    }
-    Bands bands = Check(api.GetGraphicEQData(), "Reading " + setting.name);
-    bands.resize(std::min<std::size_t>(wanted.size(), KORA4_GRAPHIC_EQ_MAX_BANDS));
-    for (std::size_t i = 0; i < bands.size(); ++i)
-        bands[i].frequency = wanted[i];
-    Check(api.SetGraphicEQData(bands), "Setting " + setting.name);
-}
-
-void WriteGains(const Setting& setting, Profile, const Value& value, Api& api) {
+// One of the two arrays; the other one stays.
+template <auto member>
+void WriteBands(const Setting& setting, Profile, const Value& value, Api& api) {
     const auto& wanted = std::get<std::vector<float>>(value);
     Bands bands = Check(api.GetGraphicEQData(), "Reading " + setting.name);
-    if (wanted.size() != bands.size())
-        throw BadInput("Expected " + std::to_string(bands.size()) + " gains, got " +
-                           std::to_string(wanted.size()) + ".",
-                       "Change the frequencies first, or use 'kora4ctl eq import'.");
+    CheckCount(bands.size(), wanted.size(),
+               setting.methods == ApiMethods::eGains ? "gains" : "frequencies");
     for (std::size_t i = 0; i < bands.size(); ++i)
-        bands[i].gain = wanted[i];
+        bands[i].*member = wanted[i];
+    CheckFrequencies(bands);
     Check(api.SetGraphicEQData(bands), "Setting " + setting.name);
 }
 
@@ -140,8 +126,8 @@ constexpr Row cRows[] = {
     {ApiMethods::eProfileName, ReadName, WriteName},
     {ApiMethods::eSwitch, ReadSwitch, WriteSwitch},
     {ApiMethods::ePatchValue, ReadPatch, WritePatch},
-    {ApiMethods::eFrequencies, ReadBands<&Band::frequency>, WriteFrequencies},
-    {ApiMethods::eGains, ReadBands<&Band::gain>, WriteGains},
+    {ApiMethods::eFrequencies, ReadBands<&Band::frequency>, WriteBands<&Band::frequency>},
+    {ApiMethods::eGains, ReadBands<&Band::gain>, WriteBands<&Band::gain>},
     {ApiMethods::eBands, ReadBands<&Band::gain>},
 };
 

@@ -20,15 +20,22 @@ void TellIfAbandoned(const Context& context, const StoreLock& lock) {
             "was writing may be incomplete. Run 'kora4ctl doctor' to check.");
 }
 
-Plan ReadPlan(const std::string& path, Completeness completeness) {
-    return ParseFile(path, [completeness](const std::string& text) {
-        return ReadDocument(text, completeness);
+void EndIfInterrupted(const Context& context) {
+    if (context.interrupt.IsRequested())
+        throw Failure(ExitCode::eFailed, "Interrupted; nothing was changed.");
+}
+
+Plan ReadPlan(const Context& context, const std::string& path, Completeness completeness) {
+    return ParseFile(path, [&](const std::string& text) {
+        return ReadDocument(text, completeness, [&context] { EndIfInterrupted(context); });
     });
 }
 
-Plan ReadProfilePlan(const std::string& path, std::uint32_t into, Completeness completeness) {
-    return ParseFile(path, [=](const std::string& text) {
-        return ReadProfileDocument(text, into, completeness);
+Plan ReadProfilePlan(const Context& context, const std::string& path, std::uint32_t into,
+                     Completeness completeness) {
+    return ParseFile(path, [&](const std::string& text) {
+        return ReadProfileDocument(text, into, completeness,
+                                   [&context] { EndIfInterrupted(context); });
     });
 }
 

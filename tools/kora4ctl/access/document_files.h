@@ -28,9 +28,13 @@ auto ParseFile(const std::string& path, Parse parse) {
     }
 }
 
+// Throws Failure with eFailed when Ctrl-C has come, as long as nothing was changed.
+void EndIfInterrupted(const Context& context);
+
 // The plan of the document in a file; of one that holds one profile.
-Plan ReadPlan(const std::string& path, Completeness completeness);
-Plan ReadProfilePlan(const std::string& path, std::uint32_t into, Completeness completeness);
+Plan ReadPlan(const Context& context, const std::string& path, Completeness completeness);
+Plan ReadProfilePlan(const Context& context, const std::string& path, std::uint32_t into,
+                     Completeness completeness);
 
 // Before the values of one profile go into another, which keeps its name if it has one. Failure
 // with eBadInput for a demo profile, with eRefused for one that does not exist and gets no

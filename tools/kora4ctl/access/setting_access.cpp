@@ -6,9 +6,12 @@
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
+#include "contract/field_ids.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/api_settings.h"
 #include "kora4ctl/access/profile_names.h"
+#include "registry/journal.h"
+#include "settings/band_rule.h"
 #include "settings/document.h"
 
 namespace kora4::tools {
@@ -38,6 +41,24 @@ void CheckWritable(const Setting& setting, Limits limits) {
         throw BadInput("The library has no method that sets '" + setting.name + "'.",
                        "Write it to the store with --stored; programs read it when they "
                        "start.");
+}
+
+// The rule for bands: frequencies ascend, and the graphic equalizer keeps their number.
+void CheckBandRule(const Setting& setting, std::uint32_t profile, const Value& wanted,
+                   StoreAccess& store) {
+    const auto* const array = std::get_if<std::vector<float>>(&wanted);
+    if (array == nullptr)
+        return;
+    std::vector<float> frequencies = setting.unit == "Hz" ? *array : std::vector<float>();
+    if (setting.methods == ApiMethods::eFrequencies || setting.methods == ApiMethods::eGains) {
+        const bool isGains = setting.methods == ApiMethods::eGains;
+        const std::vector<float> stored =
+            GraphicEqArray(pkey::cStandardEQFreqPid, profile, store);
+        CheckCount(stored.size(), array->size(), isGains ? "gains" : "frequencies");
+        if (isGains)
+            frequencies = stored;
+    }
+    CheckFrequencies(BandsOf(frequencies));
 }
 
 // Where a setting is stored; for the bands as a whole, where their gains are.
@@ -120,10 +141,47 @@ void CheckWasSet(std::uint32_t activeProfile, std::optional<std::uint32_t> named
 
 Api& SettingAccess::Api() {
     if (!m_api) {
-        WaitForStore(m_context);
+        LookAtStore();
         m_api.emplace();
     }
     return **m_api;
+}
+
+// A journal that is there while the mutex is free is that of a program that is gone.
+void SettingAccess::LookAtStore() {
+    const bool isKnown = m_wasInterrupted.has_value();
+    {
+        const StoreLock lock = LockStore(m_context);
+        if (!isKnown)
+            m_wasInterrupted = JournalFile(DefaultJournalPath()).IsThere();
+    }
+    if (!isKnown && *m_wasInterrupted)
+        m_context.output.Say(
+            "A change of the settings was interrupted half-way. Run 'kora4ctl doctor' to undo "
+            "or finish it.");
+}
+
+HeldStore SettingAccess::Store(OpenMode mode) {
+    if (!m_wasInterrupted)
+        LookAtStore();
+    return HeldStore(m_context, mode);
+}
+
+std::vector<const Setting*> SettingAccess::Unreadable(
+    const std::vector<const Setting*>& settings, std::optional<std::uint32_t> profile) {
+    const HeldStore store = Store(OpenMode::eRead);
+    const std::uint32_t number = profile ? *profile : StoredActiveProfile(*store);
+    std::vector<const Setting*> unreadable;
+    for (const Setting* const setting : settings) {
+        const Setting* const place = PlaceOf(*setting);
+        if (place == nullptr || (place->role == Role::eName && !IsCustomProfile(number)))
+            continue;
+        const SchemaValue value = place->Stored(number);
+        const std::optional<StoredValue> stored = store->Read(value.keySet, value.key);
+        if (stored && !Decode(value, *stored))
+            unreadable.push_back(setting);
+    }
+    return unreadable;
 }
 
 std::uint32_t SettingAccess::ActiveProfile() {
@@ -226,6 +284,8 @@ Change SettingAccess::SetThroughStore(const Setting& setting,
     const SchemaValue value = setting.Stored(target);
     change.old = Effective(value, *store);
     const Value wanted = ParseValue(setting, text, change.old, limits);
+    if (limits == Limits::eApi)
+        CheckBandRule(setting, target, wanted, *store);
     store->Write(value.keySet, value.key, Encode(value, wanted));
     // Also for a profile that is not active: a writer in another session, which the mutex
     // does not hold back, may be making it active at this moment.

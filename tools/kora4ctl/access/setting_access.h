@@ -81,14 +81,27 @@ class SettingAccess {
     kora4::Api& Api();
     // Asked of the library; any number that is stored.
     std::uint32_t ActiveProfile();
-    HeldStore Store(OpenMode mode) const { return HeldStore(m_context, mode); }
+    HeldStore Store(OpenMode mode);
+
+    // The settings that are stored, but not so that anybody can read them: their defaults are
+    // in force.
+    std::vector<const Setting*> Unreadable(const std::vector<const Setting*>& settings,
+                                           std::optional<std::uint32_t> profile);
+
+    // Whether a change of many settings was broken off. Known, and told, when the library or
+    // the store was first opened.
+    bool WasInterrupted() const { return m_wasInterrupted.value_or(false); }
 
   private:
     Change SetThroughStore(const Setting& setting, std::optional<std::uint32_t> profile,
                            const std::string& text, Limits limits, Detail detail);
     void ReadFromStore(Reading& reading, bool isNamed, Detail detail, StoreAccess& store) const;
 
+    // Returns when nobody holds the store.
+    void LookAtStore();
+
     const Context& m_context;
+    std::optional<bool> m_wasInterrupted;
     std::optional<ApiSession> m_api;
 };
 

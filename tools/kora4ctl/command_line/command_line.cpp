@@ -20,6 +20,11 @@ constexpr char cFooter[] =
 void AddVerbs(Context& context) {
     context.root.require_subcommand(1);
     context.root.footer(cFooter);
+    context.root
+        .add_option("--wait", context.wait,
+                    "seconds to wait while another program holds the store; default 30")
+        ->check(CLI::Range(0.0, 4e6))
+        ->type_name("S");
     for (VerbAdder* add : cVerbs)
         add(context);
 }

@@ -51,11 +51,11 @@ class ProfileOption {
     }
     // Failure with eBadInput when there is no such profile.
     std::optional<std::uint32_t> Get(const Context& context) const {
-        return m_word.empty() ? std::nullopt : std::optional(ProfileNamed(context, m_word));
+        return m_word ? std::optional(ProfileNamed(context, *m_word)) : std::nullopt;
     }
 
   private:
-    std::string m_word;
+    std::optional<std::string> m_word;
 };
 
 // Prints a result: the document with --json, the line without.

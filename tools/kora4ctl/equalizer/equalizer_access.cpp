@@ -14,25 +14,14 @@ namespace {
 
 constexpr Technology cGraphicEq{Family::ePreset, eStandardEQTech};
 
-std::vector<float> EffectiveArray(std::uint32_t pid, std::uint32_t profile,
-                                  StoreAccess& store) {
-    const std::optional<Value> value = Effective(FieldValue(cGraphicEq, profile, pid), store);
-    return value ? std::get<std::vector<float>>(*value) : std::vector<float>();
-}
-
-// There are as many bands as frequencies, as in the library.
-Equalizer ReadStored(const SettingAccess& access, std::uint32_t profile) {
+Equalizer ReadStored(SettingAccess& access, std::uint32_t profile) {
     const HeldStore store = access.Store(OpenMode::eRead);
     Equalizer equalizer;
     equalizer.profile = profile;
     const std::optional<Value> isOn = Effective(SwitchValue(cGraphicEq, profile), *store);
     equalizer.isOn = isOn && std::get<bool>(*isOn);
-    const std::vector<float> frequencies =
-        EffectiveArray(pkey::cStandardEQFreqPid, profile, *store);
-    std::vector<float> gains = EffectiveArray(pkey::cStandardEQGainPid, profile, *store);
-    gains.resize(frequencies.size());
-    for (std::size_t i = 0; i < frequencies.size(); ++i)
-        equalizer.bands.push_back({frequencies[i], gains[i]});
+    equalizer.bands = BandsOf(GraphicEqArray(pkey::cStandardEQFreqPid, profile, *store),
+                              GraphicEqArray(pkey::cStandardEQGainPid, profile, *store));
     return equalizer;
 }
 
@@ -42,7 +31,7 @@ void WriteArray(std::uint32_t pid, std::uint32_t profile, const std::vector<floa
     store.Write(value.keySet, value.key, Encode(value, array));
 }
 
-void WriteStored(const SettingAccess& access, std::optional<std::uint32_t> named,
+void WriteStored(SettingAccess& access, std::optional<std::uint32_t> named,
                  const Bands& bands) {
     std::vector<float> frequencies;
     std::vector<float> gains;

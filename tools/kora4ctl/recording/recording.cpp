@@ -285,7 +285,7 @@ Json MemberOf(const Json& document, const std::string& section, const std::strin
     return document.value(Json::json_pointer("/" + section) / name, Json());
 }
 
-Recording ReadRecording(std::string_view text) {
+Recording ReadRecording(std::string_view text, const std::function<void()>& poll) {
     Reader reader;
     std::size_t number = 0;
     while (!text.empty()) {
@@ -296,7 +296,9 @@ Recording ReadRecording(std::string_view text) {
         if (line.find_first_not_of(" \t\r") == std::string_view::npos)
             continue;
         try {
-            reader.Take(ParseStrictJson(line));
+            if (poll)
+                poll();
+            reader.Take(ParseStrictJson(line, poll));
         } catch (const Failure& failure) {
             throw Failure(failure.Code(),
                           "Line " + std::to_string(number) + ": " + failure.what(),

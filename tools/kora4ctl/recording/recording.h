@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,7 +52,7 @@ Json WithChanges(Json document, const Json& changes);
 Json MemberOf(const Json& document, const std::string& section, const std::string& name);
 
 // Reads and checks a whole recording: each line, and that the settings are a valid document
-// at each moment. Failure with eBadInput names the line.
-Recording ReadRecording(std::string_view text);
+// at each moment. Failure with eBadInput names the line. `poll` is that of ParseStrictJson.
+Recording ReadRecording(std::string_view text, const std::function<void()>& poll = {});
 
 }  // namespace kora4::tools

@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/api_settings.h"
+#include "kora4ctl/access/held_store.h"
 #include "kora4ctl/access/profile_names.h"
 #include "kora4ctl/access/setting_access.h"
 #include "registry/journal.h"
@@ -44,7 +45,8 @@ void Ignore(const Status&) {}
 
 }  // namespace
 
-Replayer::Replayer() : m_store(OpenStore(OpenMode::eReadWrite)) {}
+Replayer::Replayer(const Context& context)
+    : m_context(context), m_store(OpenStore(OpenMode::eReadWrite)) {}
 
 void Replayer::Restore(const Json& settings) {
     Ignore(m_api->ForceRevertFromDemoMode());
@@ -139,18 +141,18 @@ bool Replayer::IsEnabled() {
 }
 
 Json Replayer::Stored() {
-    const StoreLock lock(cLockPatience);
+    const StoreLock lock = LockStore(m_context, false);
     return Dump(*m_store, Scope::eUser, InDemo::eStored);
 }
 
 void Replayer::Store(const Json& settings) {
     const Plan plan = CheckDocument(settings);
-    const StoreLock lock(cLockPatience);
+    const StoreLock lock = LockStore(m_context, false);
     Apply(plan, *m_store, lock, JournalFile(DefaultJournalPath()));
 }
 
 std::vector<Difference> Replayer::DifferencesFrom(const Plan& settings) {
-    const StoreLock lock(cLockPatience);
+    const StoreLock lock = LockStore(m_context, false);
     return Compare(settings, *m_store);
 }
 

@@ -8,6 +8,7 @@
 
 #include "kora4ctl/recording/recording.h"
 #include "process/api_session.h"
+#include "process/program.h"
 #include "registry/store_access.h"
 #include "settings/document.h"
 #include "settings/setting_values.h"
@@ -20,7 +21,7 @@ namespace kora4::tools {
 class Replayer {
   public:
     // Failure when the library or the store cannot be used.
-    Replayer();
+    explicit Replayer(const Context& context);
 
     // The settings as they were when the recording began.
     void Restore(const Json& settings);
@@ -45,6 +46,7 @@ class Replayer {
     Json Stored();
     void Store(const Json& settings);
 
+    const Context& m_context;
     ApiSession m_api;
     const std::unique_ptr<StoreAccess> m_store;
 };

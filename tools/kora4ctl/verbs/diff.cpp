@@ -17,8 +17,8 @@ constexpr char cFooter[] =
     "Each line shows the stored value and the document's. Exit code 7: they differ.\n";
 
 ExitCode Diff(const Context& context, const Options& options) {
-    const Plan plan =
-        ReadPlan(options.file, options.merge ? Completeness::eMerge : Completeness::eExact);
+    const Plan plan = ReadPlan(context, options.file,
+                               options.merge ? Completeness::eMerge : Completeness::eExact);
     std::vector<Difference> differences;
     {
         const HeldStore store(context, OpenMode::eRead);

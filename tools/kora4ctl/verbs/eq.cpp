@@ -72,8 +72,7 @@ Bands Limited(Bands bands, const EqOptions& options, Output& output) {
         const std::string what = NameOfBand(bands, i) + ": " + Decimal(gain) +
                                  " dB is outside " + GainRange() + " dB";
         if (!options.isClipped)
-            throw BadInput(what + "; nothing was changed.",
-                           "Use --clip to take the nearest allowed gain.");
+            throw BadInput(what + ".", "Use --clip to take the nearest allowed gain.");
         gain = std::clamp(gain, cGraphicEQGainMin, cGraphicEQGainMax);
         output.Say(what + "; it becomes " + Decimal(gain) + ".");
     }
@@ -145,6 +144,8 @@ ExitCode Apply(const Context& context, const EqOptions& options, SettingAccess& 
                const Equalizer& before, const Bands& wanted,
                const Json& more = Json::object()) {
     Output& output = context.output;
+    if (!options.isStored)
+        CheckFrequencies(wanted);
     WriteEqualizer(access, options.profile.Get(context), Limited(wanted, options, output),
                    options.StoredLimits());
     const Equalizer now = ReadEqualizer(access, options.profile.Get(context));
@@ -247,12 +248,9 @@ Bands SetOneBand(Bands bands, unsigned band, const std::vector<std::string>& val
 }
 
 Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
-    if (values.size() != bands.size())
-        throw BadInput(
-            "Expected " + std::to_string(bands.size()) + " gains, got " +
-                std::to_string(values.size()) + ".",
-            "To set single bands, use 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band 3 "
-            "-2.5'.");
+    CheckCount(bands.size(), values.size(), "gains",
+               "To set single bands, use 'kora4ctl eq set 1000=3' or 'kora4ctl eq set --band "
+               "3 -2.5'.");
     for (std::size_t i = 0; i < bands.size(); ++i)
         bands[i].gain = GainOf(values[i], bands[i].gain);
     return bands;
@@ -282,7 +280,7 @@ ExitCode Flat(const Context& context, const EqOptions& options) {
 
 // ---- Files ------------------------------------------------------------------------------
 
-void CheckFrequencies(const Bands& bands, const std::string& wish) {
+void DemandBands(const Bands& bands, const std::string& wish) {
     const std::vector<std::string> problems = FrequencyProblems(bands);
     if (!problems.empty())
         throw BadInput(Join(problems, " ") + " " + wish,
@@ -294,23 +292,19 @@ void CheckFrequencies(const Bands& bands, const std::string& wish) {
 
 // The bands of a file as the store can hold them: whole hertz.
 Bands BandsOfFile(const Bands& curve, Output& output) {
-    if (curve.size() > cMaxArrayElements)
-        throw BadInput("The file has " + std::to_string(curve.size()) + " bands; at most " +
-                           std::to_string(cMaxArrayElements) + " can be stored.",
-                       "Without '--bands file', its curve is applied to the stored bands.");
     Bands bands = curve;
     for (Band& band : bands) {
         const float stored = std::trunc(band.frequency);
-        if (stored < 1 || stored > KORA4_GRAPHIC_EQ_MAX_FREQUENCY)
-            throw BadInput(Decimal(band.frequency) +
-                           " Hz cannot be stored: frequencies range from " + FrequencyRange() +
-                           ".");
-        if (stored != band.frequency)
+        if (stored >= 1 && stored != band.frequency) {
             output.Say(Decimal(band.frequency) + " Hz is stored as " + Decimal(stored) +
                        " Hz: frequencies are whole numbers.");
-        band = {stored, StorableGain(static_cast<double>(band.gain))};
+            band.frequency = stored;
+        }
+        band.gain = StorableGain(static_cast<double>(band.gain));
     }
-    CheckFrequencies(bands, "In whole hertz, bands of the file coincide.");
+    if (const std::vector<std::string> problems = FrequencyProblems(bands); !problems.empty())
+        throw BadInput(Join(problems, " ") + " Nothing was changed.",
+                       "Without '--bands file', the curve is applied to the stored bands.");
     return bands;
 }
 
@@ -363,7 +357,7 @@ ExitCode Import(const Context& context, const EqOptions& options) {
     if (isFile)
         return Apply(context, options, access, before,
                      BandsOfFile(CurveOf(text, output), output), fitted);
-    CheckFrequencies(before.bands, "A curve cannot be applied to them.");
+    DemandBands(before.bands, "A curve cannot be applied to them.");
     if (text.hasFilters)
         return ApplyFilters(context, options, access, before, text);
     return Apply(context, options, access, before,
@@ -373,8 +367,8 @@ ExitCode Import(const Context& context, const EqOptions& options) {
 ExitCode Export(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
     const Equalizer equalizer = ReadEqualizer(access, options.profile.Get(context));
-    CheckFrequencies(equalizer.bands, "Equalizer tools could not read them.");
-    const std::string text = FormatGraphicEq(equalizer.bands);
+    DemandBands(equalizer.bands, "Equalizer tools could not read them.");
+    const std::string text = FormatGraphicEq(Limited(equalizer.bands, options, context.output));
     if (!IsStream(options.file)) {
         WriteWholeFile(options.file, text + "\n");
         if (!context.output.json)
@@ -432,6 +426,7 @@ void AddEq(Context& context) {
 
     const auto [out, text] = add("export", "export the bands as a GraphicEQ text", Export);
     out.add_option("FILE", text.file, "a file; standard output if omitted or -");
+    AddClip(out, text);
 }
 
 }  // namespace kora4::tools

@@ -47,6 +47,15 @@ void CheckTakesProfile(const Setting& setting, std::optional<std::uint32_t> prof
                        "Omit --profile.");
 }
 
+void TellUnreadable(const Context& context, SettingAccess& access,
+                    const std::vector<const Setting*>& settings,
+                    std::optional<std::uint32_t> profile) {
+    for (const Setting* const setting : access.Unreadable(settings, profile))
+        context.output.Say("'" + setting->name +
+                           "' is stored but cannot be read: its default is in effect. List "
+                           "such values: kora4ctl lint");
+}
+
 ExitCode Get(const Context& context, const SettingOptions& options) {
     const std::optional<std::uint32_t> profile = options.profile.Get(context);
     std::vector<const Setting*> settings;
@@ -56,6 +65,7 @@ ExitCode Get(const Context& context, const SettingOptions& options) {
     }
     SettingAccess access(context);
     const std::vector<Reading> readings = access.Read(settings, profile, DetailFor(context));
+    TellUnreadable(context, access, settings, profile);
     Output& output = context.output;
     if (output.json) {
         Json documents = Json::array();
@@ -118,6 +128,7 @@ ExitCode Set(const Context& context, const SettingOptions& options) {
     SettingAccess access(context);
     if (setting.role == Role::eActiveProfile)
         value = ProfileWordOf(context, access, value);
+    TellUnreadable(context, access, {&setting}, profile);
     return Tell(context, access.Set(setting, profile, value,
                                     options.isStored ? Limits::eStore : Limits::eApi,
                                     DetailFor(context)));

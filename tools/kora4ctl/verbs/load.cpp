@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl load: the settings of a document into the store, all of them or none.
+#include "base/text.h"
 #include "kora4ctl/access/document_files.h"
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
 #include "settings/backup.h"
+#include "settings/lint.h"
 
 namespace kora4::tools {
 
@@ -15,10 +17,12 @@ struct Options {
     bool dryRun = false;
     bool merge = false;
     std::optional<std::string> into;
+    bool isStored = false;
 };
 
 constexpr char cFooter[] =
-    "The whole document is checked first; if one value is bad, nothing is written.\n"
+    "The whole document is checked first; if one value is bad, nothing is written. Values\n"
+    "that 'lint' would call errors or warnings are bad, unless --stored is given.\n"
     "Afterwards the settings in the document's scope are those of the document: a setting\n"
     "that it does not have is deleted, so that its default is in effect; with --merge it is\n"
     "kept.\n"
@@ -50,19 +54,37 @@ void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
                        : " changed: " + counts.InWords() + ". To undo it: kora4ctl undo 1"));
 }
 
+// What `lint` would call wrong.
+void CheckValid(const Plan& plan, StoreAccess& store) {
+    const std::vector<Finding> findings = LintPlan(plan, store);
+    if (findings.empty())
+        return;
+    constexpr std::size_t cMost = 5;
+    std::vector<std::string> words;
+    for (std::size_t i = 0; i < findings.size() && i < cMost; ++i)
+        words.push_back(findings[i].Words());
+    if (findings.size() > cMost)
+        words.push_back("...");
+    throw BadInput(Counted(findings.size(), "value is", "values are") +
+                       " not valid; nothing was changed: " + Join(words, "; ") + ".",
+                   "Correct the document, or load it as it is with --stored.");
+}
+
 ExitCode Load(const Context& context, const Options& options) {
     const auto completeness = options.merge ? Completeness::eMerge : Completeness::eExact;
     std::optional<std::uint32_t> into;
     if (options.into)
         into = ProfileNamed(context, *options.into);
-    Plan plan = into ? ReadProfilePlan(options.file, *into, completeness)
-                     : ReadPlan(options.file, completeness);
+    Plan plan = into ? ReadProfilePlan(context, options.file, *into, completeness)
+                     : ReadPlan(context, options.file, completeness);
     ChangedSettings changed;
     {
         const HeldStore store(context, options.dryRun ? OpenMode::eRead : OpenMode::eReadWrite);
         TellIfAbandoned(context, store.lock);
         if (into)
             CheckTakesValues(plan, *into, *store);
+        if (!options.isStored)
+            CheckValid(plan, *store);
         if (options.dryRun)
             changed.changes = Compare(plan, *store);
         else
@@ -83,6 +105,8 @@ void AddLoad(Context& context) {
     verb.add_flag("--merge", options.merge, "keep settings that the document does not have");
     verb.add_option("--into", options.into,
                     "into this profile, from a document of 'dump --profile'");
+    verb.add_flag("--stored", options.isStored,
+                  "also load values that 'lint' calls errors or warnings");
     verb.footer(cFooter);
 }
 

@@ -16,6 +16,10 @@ namespace kora4::tools {
 
 namespace {
 
+struct ShowOptions {
+    std::optional<std::string> profile;
+};
+
 struct ProfileOptions {
     std::string profile;
     std::string name;
@@ -52,12 +56,12 @@ void PrintReadings(const std::vector<Reading>& readings, Output& output) {
         output.Print("! outside what programs can set");
 }
 
-ExitCode Show(const Context& context, const ProfileOptions& options) {
+ExitCode Show(const Context& context, const ShowOptions& options) {
     SettingAccess access(context);
     const std::uint32_t active = access.ActiveProfile();
     std::optional<std::uint32_t> named;
-    if (!options.profile.empty())
-        named = ProfileNamed(context, options.profile);
+    if (options.profile)
+        named = ProfileNamed(context, *options.profile);
     const std::uint32_t profile = named.value_or(active);
     std::vector<const Setting*> settings;
     for (const Setting& setting : SettingsTable()) {

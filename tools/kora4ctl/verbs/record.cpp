@@ -69,15 +69,17 @@ class Lines {
 // The settings of the user, as they are stored now.
 class Snapshots {
   public:
-    Snapshots() : m_store(OpenStore(OpenMode::eRead)) {}
+    explicit Snapshots(const Context& context)
+        : m_context(context), m_store(OpenStore(OpenMode::eRead)) {}
 
     // Ctrl-C does not interrupt it: the last one is taken after that.
     Json Take() const {
-        const StoreLock lock(cLockPatience);
+        const StoreLock lock = LockStore(m_context, false);
         return Dump(*m_store, Scope::eUser, InDemo::eStored);
     }
 
   private:
+    const Context& m_context;
     const std::unique_ptr<StoreAccess> m_store;
 };
 
@@ -102,6 +104,7 @@ class Recorder {
         : m_limits(options.limits),
           m_lines(options.file, context.output),
           m_listener(*m_api, context.interrupt.Event()),
+          m_snapshots(context),
           m_begin(GetTickCount64()),
           m_last(m_snapshots.Take()) {
         m_lines.Add({{"event", "start"},

@@ -69,9 +69,11 @@ ExitCode Tell(Output& output, const Recording& recording, const ChangeCounts& co
 }
 
 ExitCode Replay(const Context& context, const Options& options) {
-    const Recording recording = ParseFile(options.file, ReadRecording);
+    const Recording recording = ParseFile(options.file, [&context](const std::string& text) {
+        return ReadRecording(text, [&context] { EndIfInterrupted(context); });
+    });
     const Plan before = KeepBefore(context);
-    Replayer replayer;
+    Replayer replayer(context);
     if (!options.noStart)
         replayer.Restore(recording.start);
     const ULONGLONG begin = GetTickCount64();

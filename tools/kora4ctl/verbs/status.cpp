@@ -17,6 +17,7 @@
 #include "kora4ctl/registration/registration.h"
 #include "kora4ctl/terminal/text_layout.h"
 #include "kora4ctl/verbs.h"
+#include "settings/lint.h"
 
 namespace kora4::tools {
 
@@ -40,6 +41,8 @@ struct State {
     HRESULT levels = S_FALSE;
     std::string version;
     Registration registration;
+    std::size_t unreadable = 0;  // stored values, of all profiles
+    bool wasInterrupted = false;
 };
 
 template <typename Content>
@@ -76,6 +79,10 @@ State ReadState(SettingAccess& access) {
     state.levels = access.Api().GetVisualizationData().Code();
     state.version = ValueOf<std::string>(access, "version");
     state.registration = ReadRegistration();
+    const HeldStore store = access.Store(OpenMode::eRead);
+    state.unreadable = static_cast<std::size_t>(
+        std::ranges::count(Lint(*store), Severity::eError, &Finding::severity));
+    state.wasInterrupted = access.WasInterrupted();
     return state;
 }
 
@@ -134,6 +141,8 @@ Json DocumentOf(const State& state) {
     json["engine"] = {{"mask", state.engineMask}, {"name", engine ? Json(engine) : Json()}};
     json["samplingPeriod"] = state.samplingPeriod;
     json["levels"] = LevelsWord(state.levels);
+    json["unreadable"] = state.unreadable;
+    json["interrupted"] = state.wasInterrupted;
     json["library"] = {{"version", state.version},
                        {"path", state.registration.path},
                        {"fileVersion", state.registration.fileVersion}};
@@ -287,6 +296,9 @@ void Print(const State& state, Output& output) {
     line("custom profiles", CustomNames(state));
     line("engine", EngineText(state.engineMask));
     line("levels", LevelsText(state));
+    if (state.unreadable)
+        line("stored values", Counted(state.unreadable, "cannot be read", "cannot be read") +
+                                  ": defaults are in effect; see 'kora4ctl lint'");
     line("library", output.IsTerminal() ? LibraryText(state, width - cMargin - 1)
                                         : LibraryText(state, std::string::npos));
     line("tool", "kora4ctl " KORA4_VERSION_TEXT);

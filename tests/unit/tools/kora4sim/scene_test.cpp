@@ -111,6 +111,9 @@ TEST(ReadScene, RefusesWhatIsNoJsonAndSaysWhere) {
                 HasSubstr("Not valid JSON: line 3, column "));
     EXPECT_THAT(Refusal(std::string(cWhole).substr(0, 200)), HasSubstr("truncated"));
     EXPECT_THAT(Refusal(std::string(cWhole) + "x"), HasSubstr("Not valid JSON"));
+    EXPECT_THAT(Refusal(With("version", "1e400")), HasSubstr("number overflow"));
+    EXPECT_THAT(Refusal(With("engine", "{\"mask\": 1e400}")), HasSubstr("number overflow"));
+    EXPECT_THAT(Refusal(With("engine", std::string(20000, '['))), HasSubstr("too deeply"));
 }
 
 TEST(ReadScene, RefusesMembersThatStandTwice) {

@@ -59,6 +59,26 @@ TEST(RegistryStore, GivesBackWhatWasWrittenToTheByte) {
     EXPECT_EQ(std::nullopt, store.Read(eKeySetStatic, cBlob));
 }
 
+TEST(RegistryStore, MeasuresLargeValuesAndDoesNotReadThem) {
+    const test::RawStore keys;
+    RegistryStore store(OpenMode::eReadWrite);
+    const StoredValue most{cBinaryType, Bytes(cMaxReadBytes, 7)};
+    store.Write(eKeySetStatic, cBlob, most);
+    EXPECT_EQ(most, store.Read(eKeySetStatic, cBlob));
+    for (const std::uint32_t type : {cBinaryType, cTextType, cDwordType}) {
+        store.Write(eKeySetStatic, cBlob, {type, Bytes(cMaxReadBytes + 1, 7)});
+        const std::optional<StoredValue> large = store.Read(eKeySetStatic, cBlob);
+        ASSERT_TRUE(large);
+        EXPECT_EQ((StoredValue{type, {}, cMaxReadBytes + 1}), *large);
+        EXPECT_FALSE(large->AsBlob());
+        EXPECT_FALSE(large->AsText());
+        EXPECT_FALSE(large->AsDword());
+        EXPECT_EQ(TypeName(type) + " of 1048577 bytes", Describe(*large));
+        store.Put(eKeySetStatic, cBlob, large);
+        EXPECT_EQ(std::nullopt, store.Read(eKeySetStatic, cBlob));
+    }
+}
+
 TEST(RegistryStore, WritesWhereTheLibraryReads) {
     const test::RawStore keys;
     RegistryStore store(OpenMode::eReadWrite);
@@ -180,6 +200,16 @@ class Holder {
 TEST(StoreLock, WaitsAsLongAsItsPatience) {
     const Holder holder;
     EXPECT_EQ(ExitCode::eTimedOut, CodeOf([] { StoreLock lock(50); }));
+}
+
+TEST(StoreLock, TellsOnceThatItWaits) {
+    const Holder holder;
+    int told = 0;
+    const auto tell = [&told] { ++told; };
+    EXPECT_EQ(ExitCode::eTimedOut, CodeOf([&] { StoreLock lock(1900, nullptr, tell); }));
+    EXPECT_EQ(0, told);
+    EXPECT_EQ(ExitCode::eTimedOut, CodeOf([&] { StoreLock lock(2200, nullptr, tell); }));
+    EXPECT_EQ(1, told);
 }
 
 TEST(StoreLock, AnInterruptEndsTheWait) {

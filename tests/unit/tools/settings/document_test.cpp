@@ -218,6 +218,57 @@ TEST(Document, RefusesWhatIsNestedWithoutEnd) {
     }
 }
 
+TEST(Document, RefusesNumbersThatNothingHolds) {
+    EXPECT_NE(std::string::npos,
+              Refusal(InMusic(R"("dialog-enhancer": 1e400)")).find("number overflow"));
+}
+
+TEST(Document, RefusesObjectsWithThousandsOfMembers) {
+    std::string names = R"("a": 1)";
+    for (int i = 1; i < 1000; ++i)
+        names += ", \"n" + std::to_string(i) + "\": 1";
+    ExpectRefusal(InMusic(names), {"profiles.music.a: no such member is known here."});
+    ExpectRefusal(InMusic(names + R"(, "last": 1)"),
+                  {"profiles.music.last: an object has at most 1000 members."});
+}
+
+TEST(Document, ReadingCanBeInterrupted) {
+    const auto interrupt = [] { throw Failure(ExitCode::eFailed, "Interrupted."); };
+    const std::string few = InMusic(R"("volume-leveler": 5)");
+    EXPECT_NO_THROW(ReadDocument(few, Completeness::eExact, interrupt));
+    std::string numbers = "[1";
+    for (int i = 0; i < 10000; ++i)
+        numbers += ",1";
+    try {
+        ReadDocument(InMusic("\"graphic-eq.gains\": " + numbers + "]"), Completeness::eExact,
+                     interrupt);
+        ADD_FAILURE() << "was not interrupted";
+    } catch (const Failure& failure) {
+        EXPECT_STREQ("Interrupted.", failure.what());
+    }
+}
+
+TEST(Document, LargeValuesHaveTheirSizeOnlyAndLoadingLeavesThem) {
+    const SchemaValue value = SettingNamed("volume-leveler").Stored(1);
+    MemoryStore store;
+    store.Write(value.keySet, value.key, {cBinaryType, {}, 3000000});
+    MemoryStore empty;
+    const Json dumped = Dump(store, Scope::eUser);
+    EXPECT_EQ(Json({{"type", cBinaryType}, {"unread", 3000000}}),
+              dumped["profiles"]["music"]["volume-leveler"]);
+    const Plan plan = CheckDocument(dumped);
+    EXPECT_TRUE(Compare(plan, store).empty());
+    store.values.clear();
+    EXPECT_TRUE(Compare(plan, store).empty());
+    store.Write(value.keySet, value.key, StoredValue::FromDword(5));
+    EXPECT_TRUE(Compare(plan, store).empty());
+    EXPECT_EQ(1u, Compare(CheckDocument(Dump(empty, Scope::eUser)), store).size());
+    for (const char* const unread : {"0", "-1", "1.5", "\"x\"", "4294967296"})
+        ExpectRefusal(
+            InMusic(R"("volume-leveler": {"type": 3, "unread": )" + std::string(unread) + "}"),
+            {"profiles.music.volume-leveler: 'unread'"});
+}
+
 TEST(Document, RefusesBadRawValues) {
     for (const char* const raw :
          {R"({})", R"({"text": 5})", R"({"type": 4})", R"({"type": 4, "data": "0"})",

@@ -7,6 +7,7 @@
 #include "contract/engine_masks.h"
 #include "contract/profiles.h"
 #include "contract/value_kind.h"
+#include "settings/content.h"
 #include "tools/support/memory_store.h"
 
 namespace kora4::tools {
@@ -122,6 +123,11 @@ TEST(Lint, AnotherTypeAndUnreadableContentAreErrors) {
         SeverityOf("demo-app-command", Text(std::u16string(cMaxTextChars + 1, u'x').c_str())));
 }
 
+StoredValue TenGains(const std::u16string& first) {
+    return Text(
+        (u"0100,000a," + first + u",0000,0000,0000,0000,0000,0000,0000,0000,0000").c_str());
+}
+
 TEST(Lint, ValuesBeyondTheLimitsOfTheApiAreWarnings) {
     EXPECT_EQ(Severity::eWarning, SeverityOf("volume-leveler", StoredValue::FromDword(11)));
     EXPECT_EQ(std::nullopt, SeverityOf("volume-leveler", StoredValue::FromDword(10)));
@@ -129,8 +135,8 @@ TEST(Lint, ValuesBeyondTheLimitsOfTheApiAreWarnings) {
     EXPECT_EQ(std::nullopt, SeverityOf("dialog-enhancer", Text(u"1.000000")));
     EXPECT_EQ(std::nullopt, SeverityOf("speaker-virtualizer", Text(u"10.000000")));
     EXPECT_EQ(Severity::eWarning, SeverityOf("headphone-virtualizer", Text(u"10.000000")));
-    EXPECT_EQ(Severity::eWarning, SeverityOf("graphic-eq.gains", Text(u"0100,0001,0c01")));
-    EXPECT_EQ(std::nullopt, SeverityOf("graphic-eq.gains", Text(u"0100,0001,0c00")));
+    EXPECT_EQ(Severity::eWarning, SeverityOf("graphic-eq.gains", TenGains(u"0c01")));
+    EXPECT_EQ(std::nullopt, SeverityOf("graphic-eq.gains", TenGains(u"0c00")));
     EXPECT_EQ(Severity::eWarning, SeverityOf("profile", StoredValue::FromDword(9)));
     EXPECT_EQ(std::nullopt, SeverityOf("profile", StoredValue::FromDword(cDemoGamesProfile)));
     EXPECT_EQ(std::nullopt, SeverityOf("volume-leveler.on", StoredValue::FromDword(2)));
@@ -156,6 +162,86 @@ TEST(Lint, OtherRepairsDeleteSoThatTheDefaultIsInForce) {
         "warning: music: volume-leveler: out of range, 0 to 10 "
         "(stored: 11)",
         findings[0].Line());
+}
+
+// The bands of the music profile, as they are and as --fix leaves them.
+MemoryStore Bands(const std::vector<float>& frequencies, const std::vector<float>& gains) {
+    MemoryStore store;
+    for (const auto& [name, array] : {std::pair("graphic-eq.frequencies", frequencies),
+                                      std::pair("graphic-eq.gains", gains)}) {
+        const SchemaValue value = SettingNamed(name).Stored(1);
+        if (!array.empty())
+            store.Write(value.keySet, value.key, Encode(value, array));
+    }
+    return store;
+}
+
+TEST(Lint, BandsAscendAndHaveOneGainEach) {
+    struct Case {
+        std::vector<float> frequencies;
+        std::vector<float> gains;
+        std::vector<std::string> problems;
+    };
+    const std::string foreign = "the frequencies of their bands are not valid";
+    for (const Case& one : std::vector<Case>{
+             {{100, 200}, {1, 2}, {}},
+             {{}, std::vector<float>(10, 1), {}},
+             {{100, 200}, {}, {}},
+             {{100, 200}, {1, 2, 3}, {"expected 2 gains, got 3"}},
+             {{100, 200}, {1}, {"expected 2 gains, got 1"}},
+             {{}, {1}, {"expected 10 gains, got 1"}},
+             {{200, 100},
+              {1, 2},
+              {"band 2 is at 100 Hz, which is not above the previous band", foreign}},
+             {{100, 100}, {}, {"band 2 is at 100 Hz, which is not above the previous band"}},
+             {{0, 100}, {}, {"band 1 is at 0 Hz; frequencies range from 1 to 32767 Hz"}},
+         }) {
+        MemoryStore store = Bands(one.frequencies, one.gains);
+        std::vector<std::string> problems;
+        const std::vector<Finding> findings = Lint(store);
+        for (const Finding& finding : findings) {
+            EXPECT_EQ(Severity::eWarning, finding.severity);
+            problems.push_back(finding.problem);
+        }
+        EXPECT_EQ(one.problems, problems);
+        Put(store, FixPlan(findings));
+        EXPECT_TRUE(Lint(store).empty());
+    }
+}
+
+TEST(Lint, TheRepairOfGainsKeepsWhatReadersSee) {
+    const SchemaValue gains = SettingNamed("graphic-eq.gains").Stored(1);
+    for (const auto& [stored, repaired] :
+         {std::pair(std::vector<float>{1, 2, 3}, std::vector<float>{1, 2}),
+          std::pair(std::vector<float>{1}, std::vector<float>{1, 0})}) {
+        MemoryStore store = Bands({100, 200}, stored);
+        const std::vector<Finding> findings = Lint(store);
+        ASSERT_EQ(1u, findings.size());
+        EXPECT_EQ(Encode(gains, repaired), findings[0].fix->wanted);
+    }
+}
+
+TEST(Lint, TheActiveProfileExists) {
+    MemoryStore store;
+    const SchemaValue active = SettingNamed("profile").Stored();
+    const SchemaValue name = NameValue(4);
+    store.Write(active.keySet, active.key, StoredValue::FromDword(4));
+    ASSERT_EQ(1u, Lint(store).size());
+    EXPECT_EQ("the profile p2 does not exist", Lint(store)[0].problem);
+    store.Write(name.keySet, name.key, Text(u""));
+    EXPECT_TRUE(Lint(store).empty());
+}
+
+TEST(Lint, LargeValuesAreErrorsThatNobodyRead) {
+    const StoredValue large{cBinaryType, {}, 3000000};
+    for (const char* const name : {"demo-app-command", "volume-leveler", "enable"}) {
+        const std::vector<Finding> findings = Of(name, large);
+        ASSERT_EQ(1u, findings.size()) << name;
+        EXPECT_EQ(Severity::eError, findings[0].severity);
+        EXPECT_EQ("it has 3000000 bytes; more than 1048576 are never read",
+                  findings[0].problem);
+        EXPECT_EQ("REG_BINARY of 3000000 bytes", findings[0].stored);
+    }
 }
 
 TEST(Lint, LevelsMustHoldWhatTheySay) {

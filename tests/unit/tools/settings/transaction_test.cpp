@@ -336,6 +336,26 @@ TEST_F(Transaction, AJournalThatWasCutShortMeansThatNothingWasWritten) {
     EXPECT_FALSE(HasJournal());
 }
 
+TEST_F(Transaction, ALargeValueIsNotPutBackAndIsAbsentInstead) {
+    const SchemaValue large = SettingNamed("volume-leveler").Stored(1);
+    const SchemaValue other = SettingNamed("dialog-enhancer").Stored(1);
+    m_store.Write(large.keySet, large.key, {cBinaryType, {}, 2000000});
+    m_plan.values = {{large, StoredValue::FromDword(5)}, {other, StoredValue::FromDword(1)}};
+    // Before the second value is written.
+    m_store.writesToFailure = 1;
+    const StoreLock lock;
+    EXPECT_THROW(Apply(m_plan, m_store, lock, File()), Failure);
+    EXPECT_FALSE(HasJournal());
+    EXPECT_EQ(std::nullopt, m_store.Read(large.keySet, large.key));
+    Journal journal;
+    journal.entries.push_back({large.keySet, large.key, StoredValue{cBinaryType, {}, 2000000},
+                               StoredValue::FromDword(5)});
+    File().Write(journal);
+    Journal read;
+    ASSERT_EQ(JournalFile::State::eWhole, File().Read(read));
+    EXPECT_EQ(journal.entries[0].before, read.entries[0].before);
+}
+
 // What can stand in the place of a journal without being one.
 std::vector<std::string> TextsThatAreNoJournal(const JournalFile& file) {
     Journal strange;
