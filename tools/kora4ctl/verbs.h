@@ -11,13 +11,13 @@ using VerbAdder = void(Context& context);
 
 VerbAdder AddStatus, AddGet, AddSet, AddToggle, AddDescribe, AddList, AddProfile, AddDemo,
     AddEq, AddLevels, AddWatch, AddRecord, AddReplay, AddRegister, AddUnregister, AddExplain,
-    AddTrace, AddDoctor, AddDump, AddLoad, AddDiff, AddLint, AddUndo, AddCompletion;
+    AddTrace, AddDoctor, AddDump, AddLoad, AddDiff, AddLint, AddUndo, AddCompletion, AddHelp;
 
 // All of them, in the order of --help.
 inline constexpr VerbAdder* cVerbs[] = {
-    AddStatus,  AddGet,      AddSet,        AddToggle,  AddDescribe, AddList,
-    AddProfile, AddDemo,     AddEq,         AddLevels,  AddWatch,    AddRecord,
-    AddReplay,  AddRegister, AddUnregister, AddExplain, AddTrace,    AddDoctor,
-    AddDump,    AddLoad,     AddDiff,       AddLint,    AddUndo,     AddCompletion};
+    AddStatus,     AddGet,     AddSet,        AddToggle, AddDescribe, AddList,   AddProfile,
+    AddDemo,       AddEq,      AddLevels,     AddWatch,  AddRecord,   AddReplay, AddRegister,
+    AddUnregister, AddExplain, AddTrace,      AddDoctor, AddDump,     AddLoad,   AddDiff,
+    AddLint,       AddUndo,    AddCompletion, AddHelp};
 
 }  // namespace kora4::tools

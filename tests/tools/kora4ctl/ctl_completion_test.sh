@@ -48,8 +48,8 @@ expect_among() {
 
 expect_among "status get set toggle profile demo eq watch dump doctor lint completion" ""
 expect "profile" pro
-expect "unregister" un
-expect "create delete rename revert show table use" profile ""
+expect "undo unregister" un
+expect "create delete list rename revert show use" profile ""
 expect "off on show" trace ""
 expect_among "profile volume-leveler volume-leveler.on engine-mask trace-flags" get ""
 expect_among "enable" get profile ena
@@ -72,7 +72,8 @@ expect_among "KORA4ASL RegKeyMonitor" trace show --module ""
 expect "--follow" trace show --fo
 expect_among "--json --quiet --help --dry-run --deep --wait" doctor --
 expect "" doctor --wait ""
-expect "bash powershell" completion ""
+expect "bash fish powershell zsh" completion ""
+expect_among "status profile doctor" help ""
 expect "" status ""
 expect "" nonsense ""
 
