@@ -43,6 +43,7 @@ install(DIRECTORY sdk/samples DESTINATION . COMPONENT samples)
 # The folders are named differently in the archive, and some things are only in the project.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME documentation)
 install(FILES CHANGELOG.md sdk/package/README.md DESTINATION .)
+install(FILES docs/man/kora4ctl.1 docs/man/kora4sim.1 DESTINATION share/man/man1)
 install(CODE "
   file(GLOB pages \"${PROJECT_SOURCE_DIR}/docs/*.md\")
   foreach(page IN LISTS pages)

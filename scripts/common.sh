@@ -50,6 +50,8 @@ test_needs=(
   "/usr/bin/rustc|rustc"
   "/usr/lib/rustlib/x86_64-pc-windows-gnu|libstd-rust-dev-windows"
   "mcs|mono-mcs"
+  "fish|fish"
+  "zsh|zsh"
 )
 
 # missing_packages NEED...: the packages of the needs that are not met, one a line.

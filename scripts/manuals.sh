@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # manuals.sh [DOCUMENT...]: builds the tools, runs every console transcript in the manuals and
-# writes what the programs print now into the documents. Review the difference before you commit
+# writes what the programs print now into the documents, and their pages for man into docs/man. Review the difference before you commit
 # it: the tests only compare.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"

@@ -20,11 +20,49 @@ bool IsConsole(HANDLE file) {
     return GetConsoleMode(file, &mode) != 0;
 }
 
+// An empty NO_COLOR counts as none.
+bool WantsPlainText() {
+    const char* const plain = std::getenv("NO_COLOR");
+    const char* const terminal = std::getenv("TERM");
+    return (plain && *plain) || (terminal && std::string_view(terminal) == "dumb");
+}
+
+CONSOLE_SCREEN_BUFFER_INFO ScreenOf(HANDLE console) {
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!GetConsoleScreenBufferInfo(console, &info))
+        info.srWindow = {0, 0, 79, 23};
+    return info;
+}
+
+// Whether the cursor moves with a sequence that shows nothing. Such a console breaks lines in
+// the middle of words; Wine's is one, although it says that it interprets sequences.
+bool CountsSequences(HANDLE console) {
+    constexpr std::wstring_view cNothing = L"\x1b[0m";
+    const COORD before = ScreenOf(console).dwCursorPosition;
+    DWORD written = 0;
+    WriteConsoleW(console, cNothing.data(), static_cast<DWORD>(cNothing.size()), &written,
+                  nullptr);
+    const COORD after = ScreenOf(console).dwCursorPosition;
+    if (before.X == after.X && before.Y == after.Y)
+        return false;
+    FillConsoleOutputCharacterW(console, L' ', written, before, &written);
+    SetConsoleCursorPosition(console, before);
+    return true;
+}
+
 // Switches the interpretation of colour sequences on; false when there is none.
 bool TakesColours(HANDLE console) {
     DWORD mode = 0;
-    return std::getenv("NO_COLOR") == nullptr && GetConsoleMode(console, &mode) != 0 &&
-           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+    return GetConsoleMode(console, &mode) && !WantsPlainText() &&
+           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) &&
+           !CountsSequences(console);
+}
+
+// Whether a write failed because nobody reads any more. A Unix pipe without a reader is "not
+// connected" under Wine.
+bool IsReaderGone(DWORD error) {
+    return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA ||
+           error == ERROR_PIPE_NOT_CONNECTED;
 }
 
 // A console takes UTF-16, everything else UTF-8 bytes. False: nobody reads any more.
@@ -51,13 +89,6 @@ bool WriteAll(HANDLE file, bool isConsole, std::string_view text) {
         text.remove_prefix(written);
     }
     return true;
-}
-
-CONSOLE_SCREEN_BUFFER_INFO ScreenOf(HANDLE console) {
-    CONSOLE_SCREEN_BUFFER_INFO info = {};
-    if (!GetConsoleScreenBufferInfo(console, &info))
-        info.srWindow = {0, 0, 79, 23};
-    return info;
 }
 
 constexpr const char* cSequences[] = {"",         "\x1b[1m",  "\x1b[90m",
@@ -105,7 +136,7 @@ void Output::Write(std::string_view text) {
         return;
     const DWORD error = GetLastError();
     m_isBroken = true;
-    m_isIncomplete = error != ERROR_BROKEN_PIPE && error != ERROR_NO_DATA;
+    m_isIncomplete = !IsReaderGone(error);
 }
 
 void Output::PrintJson(const Json& document) {

@@ -12,13 +12,13 @@ using VerbAdder = void(Context& context);
 VerbAdder AddStatus, AddGet, AddSet, AddToggle, AddDescribe, AddList, AddProfile, AddDemo,
     AddEq, AddLevels, AddWatch, AddRecord, AddReplay, AddRegister, AddUnregister, AddExplain,
     AddTrace, AddDoctor, AddDump, AddLoad, AddDiff, AddLint, AddUndo, AddReset, AddAb,
-    AddCompletion;
+    AddCompletion, AddHelp;
 
 // All of them, in the order of --help.
 inline constexpr VerbAdder* cVerbs[] = {
-    AddStatus,     AddGet,     AddSet,    AddToggle, AddDescribe,  AddList,   AddProfile,
-    AddDemo,       AddEq,      AddLevels, AddWatch,  AddRecord,    AddReplay, AddRegister,
-    AddUnregister, AddExplain, AddTrace,  AddDoctor, AddDump,      AddLoad,   AddDiff,
-    AddLint,       AddUndo,    AddReset,  AddAb,     AddCompletion};
+    AddStatus,     AddGet,     AddSet,    AddToggle, AddDescribe,   AddList,   AddProfile,
+    AddDemo,       AddEq,      AddLevels, AddWatch,  AddRecord,     AddReplay, AddRegister,
+    AddUnregister, AddExplain, AddTrace,  AddDoctor, AddDump,       AddLoad,   AddDiff,
+    AddLint,       AddUndo,    AddReset,  AddAb,     AddCompletion, AddHelp};
 
 }  // namespace kora4::tools

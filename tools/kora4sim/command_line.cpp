@@ -14,6 +14,7 @@
 #include "kora4sim/engine/engine.h"
 #include "kora4sim/scene/scene.h"
 #include "platform/handles.h"
+#include "process/completion/shell_scripts.h"
 #include "process/program.h"
 #include "registry/registry_store.h"
 
@@ -37,6 +38,7 @@ constexpr std::uint64_t cMostSeed = std::numeric_limits<std::uint64_t>::max();
 struct Choices {
     std::string scene = cDefaultScene;
     bool list = false;
+    std::string shell;  // whose completion is asked for
     double seconds = -1;
     std::string seed;
     long long period = -1;
@@ -130,6 +132,28 @@ UniqueHandle TellThatItRuns(Output& output) {
     return sign;
 }
 
+// Faults are offered with each of their kinds.
+Vocabulary KnownWords() {
+    WordList faults{"faults", {}};
+    for (const FaultDef& def : Faults()) {
+        if (def.shape[0] != '=')
+            faults.words.emplace_back(def.name);
+        for (const FaultArgument& argument : ArgumentsOf(def.kind))
+            faults.words.push_back(std::string(def.name) + "=" + argument.name);
+    }
+    return {{{nullptr, "SCENE", "scenes"},
+             {nullptr, "--fault", "faults"},
+             {nullptr, "--completion", "shells"}},
+            {{"scenes", SceneFolder().Names()}, std::move(faults), {"shells", ShellNames()}},
+            {}};
+}
+
+ExitCode PrintCompletion(const Choices& choices, Context& context) {
+    context.output.Write(ShellScript(
+        choices.shell, CompletionOf(context.root, "kora4sim --completion", KnownWords())));
+    return ExitCode::eDone;
+}
+
 ExitCode RunEngine(const Choices& choices, Context& context) {
     EngineOptions options = CheckedOptions(choices, context.root);
     Scene scene = SceneFolder().Load(choices.scene);
@@ -175,9 +199,15 @@ void AddOptions(Context& context) {
     root.add_flag(
         "--clean", choices->engine.removesLevels,
         "remove the levels from the store at the end; otherwise the last ones remain");
+    root.add_option("--completion", choices->shell,
+                    "print a script that completes the command line in a shell: bash, fish, "
+                    "powershell or zsh")
+        ->type_name("SHELL");
     root.footer(FaultHelp() + "\n" + cExitCodes);
     OnRun(root, context, [choices, &context] {
-        return choices->list ? ListScenes(context.output) : RunEngine(*choices, context);
+        return context.root.count("--completion") ? PrintCompletion(*choices, context)
+               : choices->list                    ? ListScenes(context.output)
+                                                  : RunEngine(*choices, context);
     });
 }
 

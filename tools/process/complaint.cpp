@@ -46,22 +46,21 @@ class Complaint {
         for (const std::string& argument : arguments) {
             if (IsOption(argument))
                 continue;
-            const std::vector<std::string> names = CommandNames(*m_app);
-            if (names.empty())
+            if (CommandNames(*m_app).empty())
                 break;
-            if (std::find(names.begin(), names.end(), argument) == names.end()) {
+            const CLI::App* const command = FindCommand(*m_app, argument);
+            if (command == nullptr) {
                 m_unknown = argument;
                 break;
             }
-            m_app = m_app->get_subcommand(argument);
+            m_app = command;
         }
     }
 
     Failure Of(const CLI::ParseError& error) const {
         const std::vector<std::string> commands = CommandNames(*m_app);
         if (!m_unknown.empty())
-            return Usage("Unknown command " + Quoted(CommandLine() + m_unknown) + ". " +
-                         Suggestion(m_unknown, commands));
+            return Usage(UnknownCommand(*m_app, CommandLine(), m_unknown));
         if (const std::string option = UnknownOption(); !option.empty())
             return OfUnknownOption(option);
         if (!commands.empty() && m_app->get_require_subcommand_min() > 0)
@@ -192,6 +191,20 @@ class Complaint {
 Failure ComplaintOf(const CLI::ParseError& error, const CLI::App& root,
                     const std::vector<std::string>& arguments) {
     return Complaint(root, arguments).Of(error);
+}
+
+const CLI::App* FindCommand(const CLI::App& app, const std::string& name) {
+    const std::vector<const CLI::App*> commands = app.get_subcommands({});
+    const auto found = std::ranges::find_if(
+        commands, [&](const CLI::App* one) { return one->check_name(name); });
+    return found == commands.end() ? nullptr : *found;
+}
+
+std::string UnknownCommand(const CLI::App& app, const std::string& path,
+                           const std::string& name) {
+    const std::vector<std::string> names = CommandNames(app);
+    return "Unknown command " + Quoted(path + name) + "." +
+           (names.empty() ? "" : " " + Suggestion(name, names));
 }
 
 }  // namespace kora4::tools

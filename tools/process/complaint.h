@@ -14,4 +14,11 @@ namespace kora4::tools {
 Failure ComplaintOf(const CLI::ParseError& error, const CLI::App& root,
                     const std::vector<std::string>& arguments);
 
+// The command below this one by its name or an alias; null when there is none.
+const CLI::App* FindCommand(const CLI::App& app, const std::string& name);
+
+// "Unknown command '<path><name>'", and which may be meant. path: "profile " below profile.
+std::string UnknownCommand(const CLI::App& app, const std::string& path,
+                           const std::string& name);
+
 }  // namespace kora4::tools

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/text.h"
+#include "process/help_parts.h"
 
 namespace kora4::tools {
 namespace {
@@ -35,16 +36,6 @@ std::size_t IndentOf(std::string_view line) {
     const std::size_t gap = line.rfind("  ");
     return gap == std::string_view::npos || gap < begin || gap > cHelpColumns / 2 ? begin + 2
                                                                                   : gap + 2;
-}
-
-std::vector<std::string> LinesOf(std::string_view text) {
-    std::vector<std::string> lines;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        lines.emplace_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return lines;
 }
 
 std::string Row(const std::string& name, const std::string& explanation) {
@@ -79,7 +70,7 @@ std::string NameOf(const CLI::Option& option, const std::string& type) {
            (option.get_items_expected_max() == 0 ? "" : " " + ValueName(type));
 }
 
-std::string OptionRow(const CLI::Option& option) {
+HelpRow RowOf(const CLI::Option& option) {
     // "N:0 to 10": the name of the value, and what checks it.
     const std::string type = option.get_type_name();
     const std::size_t colon = std::min(type.find(':'), type.size());
@@ -88,16 +79,21 @@ std::string OptionRow(const CLI::Option& option) {
         limits.push_back(type.substr(colon + 1));
     if (!option.get_default_str().empty())
         limits.push_back("default " + option.get_default_str());
-    return Row(
-        NameOf(option, type.substr(0, colon)),
-        option.get_description() + (limits.empty() ? "" : " (" + Join(limits, "; ") + ")"));
-}
-
-std::string Group(const char* title, const std::string& rows) {
-    return rows.empty() ? "" : std::string("\n") + title + ":\n" + rows;
+    return {NameOf(option, type.substr(0, colon)),
+            option.get_description() + (limits.empty() ? "" : " (" + Join(limits, "; ") + ")")};
 }
 
 }  // namespace
+
+std::vector<std::string> LinesOf(std::string_view text) {
+    std::vector<std::string> lines;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        lines.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return lines;
+}
 
 std::string Filled(std::string_view text) {
     std::string filled;
@@ -124,27 +120,44 @@ std::string Filled(std::string_view text) {
     return filled;
 }
 
-std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
-                                     CLI::AppFormatMode) const {
-    std::string usage = "Usage: " + name + " [OPTIONS]";
-    std::string arguments;
-    std::string options;
-    for (const CLI::Option* const option : app->get_options()) {
-        (option->get_positional() ? arguments : options) += OptionRow(*option);
+std::string ReplacedAll(std::string text, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+CommandHelp HelpOf(const CLI::App& app, const std::string& name) {
+    CommandHelp help{app.get_description(), name + " [OPTIONS]", {}, app.get_footer()};
+    HelpGroup arguments{"Arguments", {}};
+    HelpGroup options{"Options", {}};
+    HelpGroup commands{"Commands", {}};
+    for (const CLI::Option* const option : app.get_options()) {
+        (option->get_positional() ? arguments : options).rows.push_back(RowOf(*option));
         if (option->get_positional()) {
-            const std::string argument = NameOf(*option, "");
-            usage += option->get_required() ? " " + argument : " [" + argument + "]";
+            const std::string argument = arguments.rows.back().name;
+            help.usage += option->get_required() ? " " + argument : " [" + argument + "]";
         }
     }
-    std::string commands;
-    for (const CLI::App* const command : app->get_subcommands({}))
-        commands += Row(command->get_name(), command->get_description());
-    if (!commands.empty())
-        usage += app->get_require_subcommand_min() == 0 ? " [COMMAND]" : " COMMAND";
-    const std::string footer = Filled(app->get_footer());
-    return Filled(app->get_description()) + Broken(usage, 4) + Group("Arguments", arguments) +
-           Group("Options", options) + Group("Commands", commands) +
-           (footer.empty() ? "" : "\n") + footer;
+    for (const CLI::App* const command : app.get_subcommands({}))
+        commands.rows.push_back({command->get_name(), command->get_description()});
+    if (!commands.rows.empty())
+        help.usage += app.get_require_subcommand_min() == 0 ? " [COMMAND]" : " COMMAND";
+    for (HelpGroup* const group : {&arguments, &options, &commands})
+        if (!group->rows.empty())
+            help.groups.push_back(std::move(*group));
+    return help;
+}
+
+std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
+                                     CLI::AppFormatMode) const {
+    const CommandHelp help = HelpOf(*app, name);
+    std::string text = Filled(help.description) + Broken("Usage: " + help.usage, 4);
+    for (const HelpGroup& group : help.groups) {
+        text += std::string("\n") + group.title + ":\n";
+        for (const HelpRow& row : group.rows)
+            text += Row(row.name, row.explanation);
+    }
+    return text + (help.footer.empty() ? "" : "\n" + Filled(help.footer));
 }
 
 }  // namespace kora4::tools

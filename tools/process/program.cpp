@@ -9,16 +9,31 @@
 #include "contract/version.h"
 #include "process/complaint.h"
 #include "process/help_text.h"
+#include "process/man_page.h"
 
 namespace kora4::tools {
 
 namespace {
 
+// With --json a failure is one line of JSON, too, also of a command line that is not
+// understood.
 ExitCode Tell(Output& output, const char* name, const Failure& failure) {
+    if (output.json) {
+        const Json document = {{"error", failure.what()},
+                               {"next", OrNull(failure.Next())},
+                               {"exitCode", static_cast<int>(failure.Code())}};
+        output.Complain(document.dump(-1, ' ', false, Json::error_handler_t::replace));
+        return failure.Code();
+    }
     output.Complain(std::string(name) + ": " + failure.what());
     if (!failure.Next().empty())
         output.Complain(failure.Next());
     return failure.Code();
+}
+
+bool AsksForJson(const std::vector<std::string>& arguments) {
+    const auto end = std::find(arguments.begin(), arguments.end(), "--");
+    return std::find(arguments.begin(), end, "--json") != end;
 }
 
 void AddCommonOptions(CLI::App& root, Output& output) {
@@ -26,6 +41,10 @@ void AddCommonOptions(CLI::App& root, Output& output) {
     root.add_flag("--quiet,-q", output.quiet, "print results and errors only, no messages");
     root.set_version_flag("--version", KORA4_VERSION_TEXT, "print the version and exit");
     root.set_help_flag("--help,-h", "print this help and exit");
+    // As the flag for the version, before anything is missed on the command line.
+    root.add_flag_callback(
+        "--man", [&root] { throw CLI::CallForVersion(ManPage(root), 0); },
+        "print the manual page, in the format of man, and exit");
 }
 
 ExitCode ParseAndRun(Context& context, const std::vector<std::string>& arguments) {
@@ -35,9 +54,11 @@ ExitCode ParseAndRun(Context& context, const std::vector<std::string>& arguments
         context.output.Write(context.root.help());
         return ExitCode::eDone;
     } catch (const CLI::CallForVersion& version) {
-        context.output.Print(version.what());
+        const std::string text = version.what();
+        context.output.Write(text + (text.ends_with('\n') ? "" : "\n"));
         return ExitCode::eDone;
     } catch (const CLI::ParseError& error) {
+        context.output.json = AsksForJson(arguments);
         throw ComplaintOf(error, context.root, arguments);
     }
     return context.run();
@@ -73,9 +94,10 @@ int RunProgram(const char* name, const char* summary, const std::vector<std::str
     } catch (const Failure& failure) {
         code = Tell(output, name, failure);
     } catch (const std::bad_alloc&) {
-        output.Complain(std::string(name) + ": Out of memory.");
+        Tell(output, name, Failure(ExitCode::eFailed, "Out of memory."));
     } catch (const std::exception& error) {
-        output.Complain(std::string(name) + ": Internal error: " + error.what());
+        Tell(output, name,
+             Failure(ExitCode::eFailed, std::string("Internal error: ") + error.what() + "."));
     }
     return static_cast<int>(code);
 }

@@ -50,6 +50,7 @@ bool IsWhole(Kind kind) {
     return kind == Kind::eNumber || kind == Kind::eCurveIndex;
 }
 
+// text: as it was typed, for the complaint.
 Value FromNumber(const Setting& setting, double number, std::string_view text) {
     if (!IsWhole(setting.kind)) {
         if (std::fabs(number) > std::numeric_limits<float>::max())
@@ -155,8 +156,9 @@ Value ParseArray(const Setting& setting, std::string_view text) {
     return setting.kind == Kind::eFlagArray ? Value(flags) : Value(numbers);
 }
 
-Value ParseNumber(const Setting& setting, std::string_view text,
+Value ParseNumber(const Setting& setting, const std::string_view typed,
                   const std::optional<Value>& current) {
+    std::string_view text = typed;
     for (const ValueWord& word : setting.words)
         if (Lower(text) == word.word)
             return word.number;
@@ -167,12 +169,15 @@ Value ParseNumber(const Setting& setting, std::string_view text,
         return ParseRelative(setting, text, current);
     if (text.ends_with('%'))
         return ParseShare(setting, text);
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
+    if (isSigned && setting.role == Role::eActiveProfile)
+        Refuse(setting, typed, "there are no steps between profiles");
+    // "=-5" is the number itself, where "-5" alone is a step.
+    if (text.starts_with('+') || text.starts_with('='))
+        text = Trimmed(text.substr(1));
     const std::optional<double> number = NumberIn(text, IsWhole(setting.kind));
     if (!number)
-        Refuse(setting, text);
-    return FromNumber(setting, *number, text);
+        Refuse(setting, typed);
+    return FromNumber(setting, *number, typed);
 }
 
 // Says what lies outside the limits; empty when everything is inside.
@@ -189,6 +194,13 @@ std::string OutOfRange(const Setting& setting, const Value& value) {
             if (isOut(element))
                 return NumberText(element);
     return {};
+}
+
+// typed: for the complaint, which names the element of an array.
+void CheckRange(const Setting& setting, const Value& value, std::string_view typed) {
+    const std::string number = OutOfRange(setting, value);
+    if (!number.empty())
+        RefuseAsOutOfRange(setting, setting.IsArray() ? number : Trimmed(typed));
 }
 
 const ValueWord* WordFor(const Setting& setting, std::uint32_t number) {
@@ -284,18 +296,12 @@ Value ParseValue(const Setting& setting, std::string_view text,
         value = ParseNumber(setting, Trimmed(text), current);
     }
     if (limits == Limits::eApi)
-        CheckRange(setting, value);
+        CheckRange(setting, value, text);
     return value;
 }
 
 bool IsInRange(const Setting& setting, const Value& value) {
     return OutOfRange(setting, value).empty();
-}
-
-void CheckRange(const Setting& setting, const Value& value) {
-    const std::string number = OutOfRange(setting, value);
-    if (!number.empty())
-        RefuseAsOutOfRange(setting, number);
 }
 
 std::string FormatValue(const Setting& setting, const Value& value, bool withUnit) {

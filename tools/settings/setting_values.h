@@ -18,14 +18,12 @@ enum class Limits {
     eStore,  // whatever can be stored
 };
 
-// What a user typed: `on`, `toggle`, `7`, `0.5`, `50%`, `open`, `+1`, `-10%`; arrays as numbers
-// between commas or blanks. A relative value starts from `current` and stops at the ends of the
-// range; per cent are of the range. Failure with eBadInput says what is allowed.
+// What a user typed: `on`, `toggle`, `7`, `0.5`, `50%`, `open`, `+1`, `-10%`, `=-5`; arrays as
+// numbers between commas or blanks. A relative value starts from `current` and stops at the
+// ends of the range; per cent are of the range. Behind `=` a number is never relative. Failure
+// with eBadInput says what is allowed.
 Value ParseValue(const Setting& setting, std::string_view text,
                  const std::optional<Value>& current = {}, Limits limits = Limits::eApi);
-
-// Failure with eBadInput unless the value is within the limits of the API.
-void CheckRange(const Setting& setting, const Value& value);
 
 // Whether the value is within the limits of the API.
 bool IsInRange(const Setting& setting, const Value& value);

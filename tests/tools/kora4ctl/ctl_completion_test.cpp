@@ -21,6 +21,11 @@ std::string Script(const char* shell) {
     return result.out;
 }
 
+// How a script names a long option.
+std::string Dashes(const std::string& shell) {
+    return shell == "fish" ? "-l " : "--";
+}
+
 // Looks at every command of the real command line.
 void ForEachCommand(const CLI::App& app, const std::string& path,
                     const std::function<void(const CLI::App&, const std::string&)>& look) {
@@ -30,7 +35,8 @@ void ForEachCommand(const CLI::App& app, const std::string& path,
 }
 
 class CompletionScript : public testing::TestWithParam<const char*> {};
-INSTANTIATE_TEST_SUITE_P(Shells, CompletionScript, testing::Values("bash", "powershell"),
+INSTANTIATE_TEST_SUITE_P(Shells, CompletionScript,
+                         testing::Values("bash", "fish", "powershell", "zsh"),
                          [](const auto& shell) { return std::string(shell.param); });
 
 TEST_P(CompletionScript, HasEachVerbAndEachOption) {
@@ -46,7 +52,7 @@ TEST_P(CompletionScript, HasEachVerbAndEachOption) {
         EXPECT_TRUE(Has(script, "'" + path + "'")) << path;
         for (const CLI::Option* option : app.get_options())
             for (const std::string& name : option->get_lnames())
-                EXPECT_TRUE(Has(script, "--" + name)) << path << " --" << name;
+                EXPECT_TRUE(Has(script, Dashes(GetParam()) + name)) << path << " --" << name;
     });
     EXPECT_LT(25, commands);
 }
@@ -89,6 +95,14 @@ TEST(PowerShellScript, ClosesWhatItOpens) {
         }
     }
     EXPECT_EQ("", open);
+}
+
+TEST_P(CompletionScript, IsThereForKora4simToo) {
+    const ToolResult result = RunTool("kora4sim", {"--completion", GetParam()});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    for (const char* word : {"kora4sim.exe", "engine-basic", "garbage=nan", "no-publish"})
+        EXPECT_TRUE(Has(result.out, word)) << word;
+    EXPECT_FALSE(Has(result.out, "kora4ctl"));
 }
 
 TEST(CompletionVerb, RefusesOtherShells) {

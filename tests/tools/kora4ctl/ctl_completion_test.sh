@@ -51,7 +51,7 @@ expect "profile" pro
 expect "undo unregister" un
 expect "A B save" ab ""
 expect "A B save" ab save ""
-expect "copy create delete rename revert show table use" profile ""
+expect "copy create delete list rename revert show use" profile ""
 expect "off on show" trace ""
 expect_among "profile volume-leveler volume-leveler.on engine-mask trace-flags" get ""
 expect_among "enable" get profile ena
@@ -74,7 +74,8 @@ expect_among "KORA4ASL RegKeyMonitor" trace show --module ""
 expect "--follow" trace show --fo
 expect_among "--json --quiet --help --dry-run --deep --wait" doctor --
 expect "" doctor --wait ""
-expect "bash powershell" completion ""
+expect "bash fish powershell zsh" completion ""
+expect_among "status profile doctor" help ""
 expect "" status ""
 expect "" nonsense ""
 

@@ -98,6 +98,19 @@ TEST(CtlExplain, TakesWordsOfALineWithoutQuotes) {
     EXPECT_NE(std::string::npos, result.out.find("volume leveler")) << result;
 }
 
+TEST(CtlExplain, TakesSeveralResults) {
+    const ToolResult result = RunCtl({"explain", "E_FAIL", "0x00040200", "E_INVALDARG"});
+    EXPECT_EQ(cBadInput, result.exitCode) << result;
+    for (const char* const name : {"E_FAIL", "KORA4_S_DEMO_MODE_ACTIVE", "E_INVALIDARG"})
+        EXPECT_NE(std::string::npos, result.out.find(name)) << result;
+    const ToolResult json = RunCtl({"explain", "E_FAIL", "S_OK", "--json"});
+    EXPECT_EQ(cDone, json.exitCode) << json;
+    const Json documents = ParsedJson(json.out);
+    ASSERT_EQ(2u, documents.size());
+    for (const Json& document : documents)
+        EXPECT_TRUE(HasShape(document, cResultShape));
+}
+
 TEST(CtlExplain, SaysOfAnUnknownOneWhatComesNear) {
     const ToolResult name = RunCtl({"explain", "E_INVALDARG"});
     EXPECT_EQ(cBadInput, name.exitCode) << name;

@@ -159,7 +159,7 @@ TEST_F(CtlLoad, RefusesDocumentsOfOtherVersionsAndScopes) {
         document[name] = value;
         return document.dump();
     };
-    ExpectRefusal(with("version", 2), "version 2 is newer");
+    ExpectRefusal(with("version", 2), "version 2 is not supported");
     ExpectRefusal(with("version", 0), "version");
     ExpectRefusal(with("version", 1.5), "version");
     ExpectRefusal(with("version", "1"), "version");
@@ -189,8 +189,8 @@ TEST_F(CtlLoad, RefusesUnknownNamesWithTheNearest) {
 }
 
 TEST_F(CtlLoad, RefusesNamesThatAreThereTwice) {
-    ExpectRefusal(InMusic(R"("volume-leveler": 1, "volume-leveler": 1)"), "twice");
-    ExpectRefusal(WithBody(R"("profiles": {"music": {}, "music": {}})"), "twice");
+    ExpectRefusal(InMusic(R"("volume-leveler": 1, "volume-leveler": 1)"), "duplicate");
+    ExpectRefusal(WithBody(R"("profiles": {"music": {}, "music": {}})"), "duplicate");
 }
 
 TEST_F(CtlLoad, RefusesOneBadValueOfEachKindAmongGoodOnes) {

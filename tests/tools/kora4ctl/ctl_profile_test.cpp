@@ -42,7 +42,7 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
         CoTaskMemFree(text);
     EXPECT_EQ("p1: '" + name + "' -> 'Two'\n", Done({"profile", "rename", "3", "Two"}));
     EXPECT_EQ("profile: movie -> p1\n", Done({"profile", "use", "p1"}));
-    RefusedUnchanged({"profile", "delete", "p1"}, cFailed, "active");
+    RefusedUnchanged({"profile", "delete", "p1"}, cRefused, "active");
     Done({"profile", "use", "movie"});
     EXPECT_EQ("p1 was deleted.\n", Done({"profile", "delete", "p1"}));
     RefusedUnchanged({"profile", "delete", "p1"}, cRefused, "does not exist");
@@ -50,12 +50,24 @@ TEST_F(CtlProfile, CreateRenameUseAndDeleteACustomProfile) {
 
 TEST_F(CtlProfile, CreateAndRenameSayWhyNot) {
     Done({"profile", "create", "p1", ""});
-    RefusedUnchanged({"profile", "create", "p1", "x"}, cFailed, "already exists");
-    RefusedUnchanged({"profile", "rename", "p2", "x"}, cFailed, "does not exist");
+    RefusedUnchanged({"profile", "create", "p1", "x"}, cRefused, "already exists");
+    RefusedUnchanged({"profile", "rename", "p2", "x"}, cRefused, "does not exist");
     RefusedUnchanged({"profile", "create", "music", "x"}, cBadInput, "not a custom profile");
     RefusedUnchanged({"profile", "delete", "games"}, cBadInput, "not a custom profile");
     RefusedUnchanged({"profile", "create", "p9", "x"}, cBadInput, "Unknown profile 'p9'");
     RefusedUnchanged({"profile", "create", "p2"}, cUsage, "NAME");
+}
+
+TEST_F(CtlProfile, ANameThatBeginsLikeAnOptionComesBehindTwoDashes) {
+    Done({"profile", "create", "p1", "x"});
+    RefusedUnchanged({"profile", "rename", "p1", "-x"}, cUsage,
+                     "Unknown option '-x'. If it is a value, put '--' before it.");
+    RefusedUnchanged({"profile", "rename", "p1", "-V"}, cUsage, "Unknown option '-V'.");
+    EXPECT_EQ("p1: 'x' -> '-x'\n", Done({"profile", "rename", "p1", "--", "-x"}));
+}
+
+TEST_F(CtlProfile, TheListHasAnOlderName) {
+    EXPECT_EQ(Done({"profile", "list"}), Done({"profile", "table"}));
 }
 
 TEST_F(CtlProfile, NamesAreAsLongAsCanBeReadAgain) {
@@ -69,14 +81,14 @@ TEST_F(CtlProfile, NamesAreAsLongAsCanBeReadAgain) {
 
 TEST_F(CtlProfile, AnUnreadableNameIsExplained) {
     WriteStoredUINT(eKeySetStatic, pkey::ProfileName(5), 1);
-    Refused({"profile", "table"}, cFailed, "lint");
+    Refused({"profile", "list"}, cFailed, "lint");
     EXPECT_EQ("p3 was deleted.\n", Done({"profile", "delete", "p3"}));
-    Done({"profile", "table"});
+    Done({"profile", "list"});
 }
 
 TEST_F(CtlProfile, TableHasNineRows) {
     Done({"profile", "create", "p2", "Second"});
-    const Json table = DoneJson({"profile", "table"});
+    const Json table = DoneJson({"profile", "list"});
     ASSERT_EQ(9u, table.size());
     EXPECT_TRUE(HasShape(table, R"([{"profile": "string", "number": "integer",
         "kind": "string", "exists": "boolean", "name": "string|null",
@@ -84,7 +96,7 @@ TEST_F(CtlProfile, TableHasNineRows) {
     EXPECT_EQ(true, table[0]["active"]);
     EXPECT_EQ("Second", table[4]["name"]);
     EXPECT_EQ(false, table[5]["exists"]);
-    const std::string text = Done({"profile", "table"});
+    const std::string text = Done({"profile", "list"});
     EXPECT_NE(std::string::npos, text.find("'Second'")) << text;
 }
 
@@ -219,7 +231,7 @@ TEST_F(CtlDemo, EnterTakesTheThreeDemosByAnyOfTheirNames) {
 
 TEST_F(CtlDemo, NothingWorksWithoutTheLibrary) {
     Unregister();
-    for (const Words& arguments : {Words{"profile", "table"},
+    for (const Words& arguments : {Words{"profile", "list"},
                                    {"profile", "show"},
                                    {"profile", "use", "music"},
                                    {"profile", "create", "p1", "x"},

@@ -428,7 +428,7 @@ TEST_F(CtlSettings, NamesBelongToCustomProfiles) {
     EXPECT_EQ("One\n", Done({"get", "name", "--profile", "p2"}));
     EXPECT_EQ("name: One -> Two\n", Done({"set", "name", "Two", "--profile", "p2"}));
     EXPECT_EQ(nullptr, DoneJson({"get", "name", "--profile", "p1"})["value"]);
-    Refused({"set", "name", "x", "--profile", "p1"}, cFailed, "does not exist");
+    Refused({"set", "name", "x", "--profile", "p1"}, cRefused, "does not exist");
     Refused({"set", "name", "x"}, cBadInput, "movie");
 }
 

@@ -232,6 +232,27 @@ TEST(Manual, OfKora4simHasEveryOptionAndNoOther) {
     EXPECT_EQ(CommonOptions("kora4sim"), OptionsIn(document));
 }
 
+// --- pages for man ---------------------------------------------------------------------------
+
+std::wstring PathOfPage(const std::string& program) {
+    return PathOf("docs/man/" + program + ".1");
+}
+
+// What the program prints, line by line.
+std::vector<std::string> PageOf(const std::string& program) {
+    const ToolResult result = RunTool(program, {"--man"});
+    EXPECT_EQ(0u, result.exitCode) << result;
+    return result.Lines();
+}
+
+TEST(Manual, PagesForManAreWhatTheProgramsPrint) {
+    for (const std::string program : {"kora4ctl", "kora4sim"}) {
+        const std::vector<std::string> page = PageOf(program);
+        ASSERT_LT(50u, page.size());
+        EXPECT_EQ(page, ReadLines(PathOfPage(program))) << "run scripts/manuals.sh";
+    }
+}
+
 // --- settings ----------------------------------------------------------------------------
 
 constexpr char cSettingsMark[] = "<!-- compared: settings -->";
@@ -319,6 +340,8 @@ int main(int count, char** arguments) {
             std::printf("%s: %u outputs replaced\n", arguments[i],
                         static_cast<unsigned>(outputs.size()));
         }
+        for (const char* const program : {"kora4ctl", "kora4sim"})
+            WriteLines(PathOfPage(program), PageOf(program));
         return 0;
     }
     testing::InitGoogleTest(&count, arguments);

@@ -18,7 +18,7 @@ namespace kora4::tools {
 
 namespace {
 
-constexpr char cSeeTable[] = "List the custom profiles: kora4ctl profile table";
+constexpr char cSeeTable[] = "List the custom profiles: kora4ctl profile list";
 
 // A longer name could be stored but not read back.
 std::wstring StorableName(const std::string& name) {
@@ -30,8 +30,9 @@ std::wstring StorableName(const std::string& name) {
     return wide;
 }
 
-[[noreturn]] void Fail(const std::string& what, const std::string& next = cSeeTable) {
-    throw Failure(ExitCode::eFailed, what, next);
+// Understood, and nothing was changed.
+[[noreturn]] void Refuse(const std::string& what, const std::string& next = cSeeTable) {
+    throw Failure(ExitCode::eRefused, what, next);
 }
 
 // The names that are stored and can be read; none without a store.
@@ -111,7 +112,8 @@ void CheckIsCustom(std::uint32_t profile) {
 ProfileTable ReadProfileNames(const Api& api) {
     const Result<kora4::ProfileTable> names = api.GetProfileTable();
     if (names.Code() == E_FAIL)
-        Fail(
+        throw Failure(
+            ExitCode::eFailed,
             "The names of the custom profiles cannot be read: one of them is stored in a wrong "
             "form.",
             "Find it with 'kora4ctl lint', repair it with 'kora4ctl lint --fix'.");
@@ -125,9 +127,9 @@ void CheckIsFree(std::uint32_t profile, const std::string& name, const Api& api)
     CheckIsCustom(profile);
     StorableName(name);
     if (Exists(profile, api))
-        Fail(ProfileName(profile) + " already exists, as '" +
-                 ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
-             "Rename it, delete it first, or choose another of " + CustomProfiles() + ".");
+        Refuse(ProfileName(profile) + " already exists, as '" +
+                   ReadProfileNames(api)[profile].value_or("") + "'; nothing was changed.",
+               "Rename it, delete it first, or choose another of " + CustomProfiles() + ".");
 }
 
 void CreateProfile(std::uint32_t profile, const std::string& name, Api& api) {
@@ -144,8 +146,8 @@ void RenameProfile(std::uint32_t profile, const std::string& name, Api& api) {
     const HRESULT hr =
         api.SetCustomProfileName(static_cast<LONG>(profile), StorableName(name)).Code();
     if (hr == E_FAIL && !Exists(profile, api))
-        Fail(ProfileName(profile) + " does not exist; nothing was changed.",
-             "Create it: kora4ctl profile create " + ProfileName(profile) + " NAME");
+        Refuse(ProfileName(profile) + " does not exist; nothing was changed.",
+               "Create it: kora4ctl profile create " + ProfileName(profile) + " NAME");
     Check(hr, "Renaming " + ProfileName(profile));
 }
 
@@ -153,12 +155,10 @@ void DeleteProfile(std::uint32_t profile, Api& api) {
     CheckIsCustom(profile);
     const HRESULT hr = api.DeleteCustomProfile(static_cast<LONG>(profile)).Code();
     if (hr == S_FALSE)
-        throw Failure(ExitCode::eRefused,
-                      ProfileName(profile) + " does not exist; nothing was changed.",
-                      cSeeTable);
+        Refuse(ProfileName(profile) + " does not exist; nothing was changed.");
     if (hr == E_FAIL && api.GetActiveProfile().ValueOr(-1) == static_cast<LONG>(profile))
-        Fail(ProfileName(profile) + " is the active profile and cannot be deleted.",
-             "Select another first: kora4ctl profile use music");
+        Refuse(ProfileName(profile) + " is the active profile and cannot be deleted.",
+               "Select another first: kora4ctl profile use music");
     Check(hr, "Deleting " + ProfileName(profile));
 }
 

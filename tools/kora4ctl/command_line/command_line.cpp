@@ -12,7 +12,7 @@ constexpr char cSummary[] =
     "Reads, changes and watches the settings of the KORA4 audio engine.";
 
 constexpr char cFooter[] =
-    "Exit codes: 0 done, 1 failed, 2 bad command line, 3 refused and nothing changed,\n"
+    "Exit codes: 0 done, 1 failed, 2 bad command line, 3 refused,\n"
     "4 library not registered or unusable, 5 bad value or file, 6 timed out, 7 findings.\n";
 
 }  // namespace

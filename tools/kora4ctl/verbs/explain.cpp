@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl explain: a result or a line of the trace in words.
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -26,17 +27,6 @@ void PrintParts(Output& output, const Explanation& explanation) {
                     part.text);
 }
 
-bool Tell(Output& output, const std::string& text, bool isOneOfMany) {
-    const Explanation explanation = Explain(text);
-    if (output.json && isOneOfMany)
-        output.PrintJsonLine(DocumentOf(explanation));
-    else if (output.json)
-        output.PrintJson(DocumentOf(explanation));
-    else
-        PrintParts(output, explanation);
-    return explanation.isKnown;
-}
-
 // Line by line, so that the log of a running program can be explained, too.
 bool TellAllOfStandardInput(const Context& context) {
     bool areKnown = true;
@@ -46,20 +36,54 @@ bool TellAllOfStandardInput(const Context& context) {
          !context.interrupt.IsRequested() && !context.output.IsBroken() && lines.Next(line);) {
         if (line.find_first_not_of(" \t\r") == std::string::npos)
             continue;
-        if (!isFirst && !context.output.json)
+        const Explanation explanation = Explain(line);
+        areKnown = areKnown && explanation.isKnown;
+        if (context.output.json) {
+            context.output.PrintJsonLine(DocumentOf(explanation));
+            continue;
+        }
+        if (!isFirst)
             context.output.Print();
         isFirst = false;
-        areKnown = Tell(context.output, line, true) && areKnown;
+        PrintParts(context.output, explanation);
     }
     return areKnown;
 }
 
 using Words = std::vector<std::string>;
 
+// The words of a line of the trace need no quotation marks. A result at the beginning, which no
+// line has, or blanks in an argument say that there are several.
+Words InputsOf(const Words& words) {
+    const bool areSeveral = Explain(words.front()).kind == Explanation::Kind::eResult ||
+                            std::ranges::any_of(words, [](const std::string& word) {
+                                return word.find(' ') != std::string::npos;
+                            });
+    return areSeveral ? words : Words{Join(words, " ")};
+}
+
+bool TellAll(Output& output, const Words& inputs) {
+    Json documents = Json::array();
+    bool areKnown = true;
+    for (const std::string& input : inputs) {
+        const Explanation explanation = Explain(input);
+        areKnown = areKnown && explanation.isKnown;
+        documents.push_back(DocumentOf(explanation));
+        if (output.json)
+            continue;
+        if (documents.size() > 1)
+            output.Print();
+        PrintParts(output, explanation);
+    }
+    if (output.json)
+        output.PrintJson(inputs.size() == 1 ? documents.front() : documents);
+    return areKnown;
+}
+
 ExitCode Run(const Context& context, const Words& words) {
-    const std::string text = Join(words, " ");
-    const bool areKnown = text == cStandardInput ? TellAllOfStandardInput(context)
-                                                 : Tell(context.output, text, false);
+    const bool areKnown = words == Words{cStandardInput}
+                              ? TellAllOfStandardInput(context)
+                              : TellAll(context.output, InputsOf(words));
     return areKnown ? ExitCode::eDone : ExitCode::eBadInput;
 }
 
@@ -67,10 +91,10 @@ ExitCode Run(const Context& context, const Words& words) {
 
 void AddExplain(Context& context) {
     const auto [verb, words] =
-        AddVerb(context.root, context, "explain", "explain a result or a trace line", Run);
+        AddVerb(context.root, context, "explain", "explain results or a trace line", Run);
     verb.add_option("TEXT", words,
-                    "a result (0x80004005, 40200h, -2147024809, E_INVALIDARG), a trace line "
-                    "or its message, or - for the lines of standard input")
+                    "results (0x80004005, 40200h, -2147024809, E_INVALIDARG), a trace line or "
+                    "its message, or - for the lines of standard input")
         ->required();
     verb.footer("Exit code 5: an input is unknown; the nearest known ones are shown.");
 }

@@ -235,12 +235,12 @@ ExitCode Delete(const Context& context, const ProfileOptions& options) {
                        {{"profile", ProfileName(profile)}});
 }
 
-// ---- table ------------------------------------------------------------------------------
+// ---- list -------------------------------------------------------------------------------
 
 // Columns in front of the names.
 constexpr std::size_t cTableMargin = 36;
 
-ExitCode Table(const Context& context, const NoOptions&) {
+ExitCode List(const Context& context, const NoOptions&) {
     SettingAccess access(context);
     const std::uint32_t active = access.ActiveProfile();
     const ProfileTable names = ReadProfileNames(access.Api());
@@ -306,7 +306,8 @@ void AddProfile(Context& context) {
         ->required();
     addWithName("rename", "rename a custom profile", Rename);
     addForCustom("delete", "delete a custom profile", Delete);
-    add("table", "list the profiles and their names", Table);
+    // Its name before there was a list of anything else.
+    add("list", "list the profiles and their names", List).app.alias("table");
 }
 
 }  // namespace kora4::tools

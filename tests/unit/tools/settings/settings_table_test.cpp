@@ -2,7 +2,7 @@
 // The table of settings: names, what is allowed, and values parsed and formatted.
 #include "settings/settings_table.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <set>
 
@@ -13,6 +13,8 @@
 
 namespace kora4::tools {
 namespace {
+
+using testing::HasSubstr;
 
 Value Parsed(const char* name, const char* text, std::optional<Value> current = {}) {
     return ParseValue(SettingNamed(name), text, current);
@@ -154,6 +156,28 @@ TEST(SettingsTable, RefusesWithWhatIsAllowed) {
     EXPECT_FALSE(Refusal("dialog-enhancer", "").empty());
     EXPECT_FALSE(Refusal("sampling-period", "4294967296").empty());
     EXPECT_FALSE(Refusal("trace-flags", "0x").empty());
+}
+
+TEST(SettingsTable, RefusesInTheWordsThatWereTyped) {
+    EXPECT_THAT(Refusal("volume-leveler", "0x1F"),
+                HasSubstr("Invalid value '0x1F' for 'volume-leveler': out of range, 0 to 10."));
+    EXPECT_THAT(Refusal("dialog-enhancer", " 7 "), HasSubstr("Invalid value '7' for"));
+    EXPECT_THAT(Refusal("sampling-period", "x ms"), HasSubstr("'x ms'"));
+    EXPECT_THAT(Refusal("graphic-eq.gains", "1, 13"), HasSubstr("'13'"));
+}
+
+TEST(SettingsTable, ProfilesHaveNoSteps) {
+    for (const char* const step : {"+1", "-1"})
+        EXPECT_THAT(Refusal("profile", step), HasSubstr("there are no steps")) << step;
+    EXPECT_EQ(Number(1), Parsed("profile", "1"));
+}
+
+TEST(SettingsTable, NumbersBehindAnEqualsSignAreNeverSteps) {
+    const Setting& boost = SettingNamed("speaker-virtualizer");
+    EXPECT_EQ(Value(-5.0f), ParseValue(boost, "=-5", Value(3.0f), Limits::eStore));
+    EXPECT_EQ(Value(5.0f), ParseValue(boost, "= 5", Value(3.0f), Limits::eStore));
+    EXPECT_EQ(Value(-5.0f), ParseValue(SettingNamed("volume-leveler.field-6"), "-5", {}));
+    EXPECT_FALSE(Refusal("volume-leveler", "=").empty());
 }
 
 TEST(SettingsTable, TheStoreTakesWhatTheApiDoesNot) {

@@ -20,6 +20,20 @@ inline constexpr char cValueWords[] = "values";
 // Behind the name of a list: of an argument that can be given several times.
 inline constexpr char cRepeats[] = "...";
 
+// Which list an argument or the value of an option takes.
+struct CompletionRule {
+    const char* path;  // "profile use"; null: of any command
+    const char* name;  // "NAME", "--profile"
+    const char* words;
+};
+
+// What a program knows beyond its command line.
+struct Vocabulary {
+    std::vector<CompletionRule> rules;  // the first one that fits counts
+    std::vector<WordList> lists;
+    std::vector<WordList> values;  // of each setting that has words
+};
+
 // A verb as the command above it offers it.
 struct CompletedVerb {
     std::string name;
@@ -44,12 +58,12 @@ struct CompletedCommand {
 // Everything that a script needs.
 struct Completion {
     std::string program;
+    std::string request;  // the command line that prints the script, up to the shell's name
     std::vector<CompletedCommand> commands;
-    std::vector<WordList> lists;
-    std::vector<WordList> values;  // of each setting that has words
+    Vocabulary words;
 };
 
-// From the command line as it is, the settings table and the names.
-Completion CompletionOf(const CLI::App& root);
+// From the command line as it is. request: "kora4ctl completion".
+Completion CompletionOf(const CLI::App& root, std::string request, Vocabulary words);
 
 }  // namespace kora4::tools
