@@ -18,13 +18,13 @@ namespace {
 
 struct ShowOptions {
     std::optional<std::string> profile;
+    bool all = false;
 };
 
 struct ProfileOptions {
     std::string profile;
     std::string name;
     std::optional<std::string> from;
-    bool all = false;
 };
 
 const char* KindOf(std::uint32_t profile) {
