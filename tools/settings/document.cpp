@@ -279,13 +279,16 @@ std::optional<StoredValue> ReadLasting(const SchemaValue& value, StoreAccess& st
 }
 
 Json DumpSection(StoreAccess& store, const std::vector<const Setting*>& settings,
-                 std::uint32_t profile) {
+                 std::uint32_t profile, InDemo inDemo) {
     Json section = Json::object();
     for (const Setting* const setting : settings) {
         if (setting->perProfile && !Has(*setting, profile))
             continue;
         const SchemaValue value = setting->Stored(profile);
-        if (const std::optional<StoredValue> stored = ReadLasting(value, store))
+        const std::optional<StoredValue> stored = inDemo == InDemo::eReturn
+                                                      ? ReadLasting(value, store)
+                                                      : store.Read(value.keySet, value.key);
+        if (stored)
             section[setting->name] = StoredToJson(*setting, *stored);
     }
     return section;
@@ -333,20 +336,20 @@ StoredValue StoredFromJson(const Setting& setting, const CheckedJson& json) {
                                   : Encoded(setting, ReadContent(setting, json), json);
 }
 
-Json Dump(StoreAccess& store, Scope scope) {
+Json Dump(StoreAccess& store, Scope scope, InDemo inDemo) {
     Json document = {{"format", cDocumentFormat},
                      {"version", cDocumentVersion},
                      {"scope", ScopeName(scope)}};
-    document[cGeneral] = DumpSection(store, SettingsOf(cGeneral, scope), 0);
+    document[cGeneral] = DumpSection(store, SettingsOf(cGeneral, scope), 0, inDemo);
     const std::vector<const Setting*> ofProfiles = SettingsOf(cProfiles, scope);
     Json& profiles = document[cProfiles] = Json::object();
     for (const std::uint32_t profile : ProfilesOf(scope)) {
-        Json section = DumpSection(store, ofProfiles, profile);
+        Json section = DumpSection(store, ofProfiles, profile, inDemo);
         if (!section.empty())
             profiles[ProfileName(profile)] = std::move(section);
     }
     if (scope == Scope::eAll)
-        document[cGlobal] = DumpSection(store, SettingsOf(cGlobal, scope), 0);
+        document[cGlobal] = DumpSection(store, SettingsOf(cGlobal, scope), 0, inDemo);
     return document;
 }
 

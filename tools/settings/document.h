@@ -48,8 +48,14 @@ struct Plan {
     std::vector<PlannedValue> values;
 };
 
+// What a document made in a demo holds of the profile and the enable.
+enum class InDemo {
+    eReturn,  // what the demo returns to, so that loading the document enters no demo
+    eStored,  // the demo
+};
+
 // The document of what is stored now. The caller holds the store's mutex.
-Json Dump(StoreAccess& store, Scope scope);
+Json Dump(StoreAccess& store, Scope scope, InDemo inDemo = InDemo::eReturn);
 
 // What becomes of values that the document does not have.
 enum class Completeness {

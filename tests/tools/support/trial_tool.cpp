@@ -22,12 +22,15 @@ namespace {
 
 using namespace kora4::tools;
 
-void PrintInput(Output& output) {
+// Byte by byte: an Output would escape what a terminal acts on.
+void PrintInput() {
     char text[4096];
     DWORD size = 0;
+    DWORD written = 0;
     while (ReadFile(GetStdHandle(STD_INPUT_HANDLE), text, sizeof text, &size, nullptr) &&
-           size != 0)
-        output.Write({text, size});
+           size != 0 &&
+           WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), text, size, &written, nullptr)) {
+    }
 }
 
 std::string Variable(const std::string& name) {
@@ -56,7 +59,7 @@ int wmain(int count, wchar_t** values) {
         for (std::size_t i = 1; i < arguments.size(); ++i)
             output.Print("[" + arguments[i] + "]");
     } else if (verb == "input") {
-        PrintInput(output);
+        PrintInput();
     } else if (verb == "variable") {
         output.Print("[" + Variable(arguments.at(1)) + "]");
     } else if (verb == "both") {

@@ -140,7 +140,7 @@ bool Replayer::IsEnabled() {
 
 Json Replayer::Stored() {
     const StoreLock lock(cLockPatience);
-    return Dump(*m_store, Scope::eUser);
+    return Dump(*m_store, Scope::eUser, InDemo::eStored);
 }
 
 void Replayer::Store(const Json& settings) {

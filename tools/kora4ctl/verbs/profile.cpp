@@ -110,7 +110,7 @@ ExitCode Revert(const Context& context, const NoOptions&) {
     {
         const HeldStore store = access.Store(OpenMode::eRead);
         Backups().Keep("revert", *store, store.lock);
-        before = CheckDocument(Dump(*store, Scope::eUser));
+        before = CheckDocument(Dump(*store, Scope::eUser, InDemo::eStored));
     }
     Check(access.Api().RevertActiveProfile(), "Reverting " + profile);
     std::vector<Difference> changes;

@@ -73,7 +73,7 @@ class Snapshots {
     // Ctrl-C does not interrupt it: the last one is taken after that.
     Json Take() const {
         const StoreLock lock(cLockPatience);
-        return Dump(*m_store, Scope::eUser);
+        return Dump(*m_store, Scope::eUser, InDemo::eStored);
     }
 
   private:

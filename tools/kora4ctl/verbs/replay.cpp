@@ -46,7 +46,7 @@ void WaitForMoment(const Context& context, const Options& options, ULONGLONG beg
 Plan KeepBefore(const Context& context) {
     const HeldStore store(context, OpenMode::eRead);
     Backups().Keep("replay", *store, store.lock);
-    return CheckDocument(Dump(*store, Scope::eUser));
+    return CheckDocument(Dump(*store, Scope::eUser, InDemo::eStored));
 }
 
 ExitCode Tell(Output& output, const Recording& recording, const ChangeCounts& counts,
