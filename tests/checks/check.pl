@@ -60,9 +60,9 @@ sub headers {
         my $first = @lines && $lines[0] =~ /^#!/ ? 1 : 0;
         my ($head, $purpose) = map { $lines[$_] // '' } $first, $first + 1;
         complain($file, $first + 1, "does not begin with '$licence'"), next
-            unless $head =~ m{^(//|#|;|<!--|/\*) \Q$licence\E( -->)?$};
+            unless $head =~ m{^(//|#|;|<!--|/\*|\.\\") \Q$licence\E( -->)?$};
         complain($file, $first + 2, 'no comment that says its purpose follows the licence')
-            unless $purpose =~ m{^(//|#|;|<!--|/\*| \*) .*\w};
+            unless $purpose =~ m{^(//|#|;|<!--|/\*| \*|\.\\") .*\w};
     }
 }
 
@@ -83,6 +83,8 @@ my %header_of = (
     'sdk/proxies/kora4_proxies'             => 'kora4_proxies.h',
     'tools/kora4ctl/access/api_settings'    => 'kora4ctl/access/setting_access.h',
     'tools/kora4ctl/registration/library_file' => 'kora4ctl/registration/registration.h',
+    (map { ("tools/process/completion/${_}_script" => 'process/completion/script_texts.h') }
+        qw(bash fish powershell zsh)),
     'tools/settings/content'                => 'settings/schema.h',
     'tools/settings/setting_values'         => 'settings/settings_table.h',
 );
@@ -105,7 +107,7 @@ sub files_rule {
         # its folder (verbs/eq.cpp: verbs.h).
         my @words = split(/_/, $name);
         my @names = map { join('_', @words[0 .. $_]) } reverse 0 .. $#words;
-        next if -f "$root/$folder.h" || grep { -f "$root/$folder/$_.h" || -f "$root/$folder/$_.hpp" } @names;
+        next if -f "$root/$folder.h" || -f "$root/" . ($folder =~ s{/[^/]+$}{}r) . ".h" || grep { -f "$root/$folder/$_.h" || -f "$root/$folder/$_.hpp" } @names;
         my $header = $header_of{"$folder/$name"};
         complain($file, 1, 'there is no header with its name or the name of what it is a part of'), next
             unless $header;
