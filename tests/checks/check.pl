@@ -60,9 +60,9 @@ sub headers {
         my $first = @lines && $lines[0] =~ /^#!/ ? 1 : 0;
         my ($head, $purpose) = map { $lines[$_] // '' } $first, $first + 1;
         complain($file, $first + 1, "does not begin with '$licence'"), next
-            unless $head =~ m{^(//|#|;|<!--|/\*) \Q$licence\E( -->)?$};
+            unless $head =~ m{^(//|#|;|<!--|/\*|\.\\") \Q$licence\E( -->)?$};
         complain($file, $first + 2, 'no comment that says its purpose follows the licence')
-            unless $purpose =~ m{^(//|#|;|<!--|/\*| \*) .*\w};
+            unless $purpose =~ m{^(//|#|;|<!--|/\*| \*|\.\\") .*\w};
     }
 }
 
@@ -83,6 +83,8 @@ my %header_of = (
     'sdk/proxies/kora4_proxies'             => 'kora4_proxies.h',
     'tools/kora4ctl/access/api_settings'    => 'kora4ctl/access/setting_access.h',
     'tools/kora4ctl/registration/library_file' => 'kora4ctl/registration/registration.h',
+    (map { ("tools/process/completion/${_}_script" => 'process/completion/script_texts.h') }
+        qw(bash fish powershell zsh)),
     'tools/settings/content'                => 'settings/schema.h',
     'tools/settings/setting_values'         => 'settings/settings_table.h',
 );
