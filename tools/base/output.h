@@ -60,8 +60,8 @@ class Output {
     unsigned Width() const;
     unsigned Height() const;
 
-    // The text in a style, when standard output is a terminal that can and NO_COLOR is not
-    // set; otherwise as it is.
+    // The text in a style, when standard output is a terminal that takes colours and neither
+    // NO_COLOR nor TERM=dumb forbids them; otherwise as it is.
     std::string Paint(Style style, std::string_view text) const;
 
     // Standard output cannot be written to any more.

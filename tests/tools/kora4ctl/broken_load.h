@@ -80,7 +80,7 @@ class BrokenLoad : public StoreTest {
     void ExpectUndone() {
         const StoreValues broken = ReadStoreValues();
         const std::string words = DoctorOnLoad();
-        EXPECT_NE(std::string::npos, words.find("interrupted half-way")) << words;
+        EXPECT_NE(std::string::npos, words.find("interrupted partway")) << words;
         ExpectRecovered(m_stores.before);
         ExpectMoved(m_load.counters, broken);
         EXPECT_FALSE(HasJournal());

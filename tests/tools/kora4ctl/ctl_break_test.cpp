@@ -237,7 +237,7 @@ TEST_F(InterruptedLoad, WithAJournalThatIsNoneIsNotHeldUpByIt) {
     EXPECT_EQ(cDone, result.exitCode) << result;
     const std::size_t begin = result.err.find(JournalPath() + ".moved-");
     ASSERT_NE(std::string::npos, begin) << result;
-    const std::size_t end = result.err.find(".\n", begin);
+    const std::size_t end = result.err.find("'.\n", begin);
     EXPECT_TRUE(DeleteFileW(tools::Widen(result.err.substr(begin, end - begin)).c_str()));
     ExpectStore(m_load.after);
 }

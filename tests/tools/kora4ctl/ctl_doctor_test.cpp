@@ -468,7 +468,7 @@ TEST_F(CtlDoctor, IsContentWithAnEngineAtWork) {
 TEST_F(CtlDoctor, DeepSeesANotificationArriveAndChangesNoSetting) {
     const Json before = DoneJson({"dump", "--all"});
     const Json document = Examine(cDone, {"--deep"});
-    EXPECT_TRUE(Has(Of("notifications", document), "ok: one came after "));
+    EXPECT_TRUE(Has(Of("notifications", document), "ok: a notification arrived after "));
     EXPECT_EQ(13, document["summary"]["checks"]);
     EXPECT_EQ(before, DoneJson({"dump", "--all"}));
 }

@@ -104,7 +104,7 @@ TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
             EXPECT_EQ("", DifferencesOf(settings(old), settings(ReadStoreValues()))) << words;
         }
         RestoreAppKeys(isDone ? wanted : old);
-        undone += words.find("half-way") != std::string::npos;
+        undone += words.find("partway") != std::string::npos;
         finished += words.find("announced") != std::string::npos;
         isNew = isNew != isDone;
     }

@@ -85,7 +85,7 @@ TEST_F(CtlTrace, FilesMakesTheFolderThatTheLibraryNeeds) {
     EXPECT_EQ(cDone, result.exitCode) << result;
     EXPECT_EQ(trace::eMessages | trace::eLogFiles, Stored());
     EXPECT_TRUE(std::filesystem::is_directory(Folder()));
-    EXPECT_TRUE(Has(result.err, "Created the folder C:\\KalLogs.")) << result;
+    EXPECT_TRUE(Has(result.err, "Created the folder 'C:\\KalLogs'.")) << result;
     EXPECT_FALSE(Has(RunCtl({"trace", "on", "--files"}).err, "Created"));
 }
 

@@ -288,6 +288,22 @@ TEST_F(SimCommandLine, SceneFileWithATimelineIsPlayed) {
     EXPECT_EQ(2, summary["faults"]);
 }
 
+TEST_F(SimCommandLine, ASceneComesFromStandardInputInAnyEncoding) {
+    const std::string scene = R"({"format": "kora4sim-scene", "version": 1,
+        "engine": {"mask": 2}, "records": [{"bands": 5}], "spectrum": {"kind": "silence"}})";
+    std::string wide = "\xFF\xFE";
+    for (const char c : scene)
+        wide += {c, '\0'};
+    for (const std::string& form : {scene, "\xEF\xBB\xBF" + scene, wide}) {
+        const ToolResult result = RunSim({"-", "--for", "0.1", "--json"}, form);
+        EXPECT_EQ(0u, result.exitCode) << result;
+        EXPECT_EQ("standard input", EventOf(result, "ready")["scene"]);
+    }
+    const ToolResult result = RunSim({"-", "--for", "0.1"}, "{");
+    EXPECT_EQ(5u, result.exitCode) << result;
+    EXPECT_THAT(result.err, HasSubstr("standard input: The document is truncated"));
+}
+
 TEST_F(SimCommandLine, BadSceneFilesAreRefusedWithTheirPlace) {
     WriteFile("newer.json", R"({"format": "kora4sim-scene", "version": 2})");
     ToolResult result = RunSim({"newer.json", "--for", "1"});
