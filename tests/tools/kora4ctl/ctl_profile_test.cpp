@@ -159,7 +159,7 @@ TEST_F(CtlProfile, IsFoundByTheNameThatItsOwnerGaveIt) {
     Done({"profile", "rename", "Sp\xC3\xA4t abends", "Late"});
     RefusedUnchanged({"profile", "use", "Lote"}, cBadInput, "'Late'");
     EXPECT_EQ("p1 was deleted.\n", Done({"profile", "delete", "late"}));
-    RefusedUnchanged({"profile", "delete", "late"}, cBadInput, "no profile 'late'");
+    RefusedUnchanged({"profile", "delete", "late"}, cBadInput, "Unknown profile 'late'");
 }
 
 TEST_F(CtlProfile, ANameThatSeveralHaveMeansNoneOfThem) {

@@ -338,7 +338,7 @@ TEST_F(CtlSettings, AnEmptyProfileIsNone) {
           Words{"toggle", "volume-leveler", "--profile", ""}, Words{"profile", "show", ""},
           Words{"profile", "use", ""}, Words{"profile", "create", "", "x"},
           Words{"demo", "enter", ""}})
-        RefusedUnchanged(arguments, cBadInput, "There is no profile ''.");
+        RefusedUnchanged(arguments, cBadInput, "Unknown profile ''.");
 }
 
 TEST_F(CtlSettings, SaysWhatCannotBeRead) {

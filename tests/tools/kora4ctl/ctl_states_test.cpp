@@ -226,7 +226,7 @@ TEST_F(CtlCopy, CreatesAProfileFromAnyOther) {
     EXPECT_STREQ(L"", names[6]);
     for (LPWSTR text : names)
         CoTaskMemFree(text);
-    RefusedUnchanged({"profile", "create", "p3", "x", "--from", "music"}, cFailed,
+    RefusedUnchanged({"profile", "create", "p3", "x", "--from", "music"}, cRefused,
                      "already exists");
     RefusedUnchanged({"profile", "create", "p5", "x", "--from", "p6x"}, cBadInput, "p6x");
     RefusedUnchanged({"profile", "create", "p5", "x", "--from", ""}, cBadInput, "profile ''");
@@ -293,7 +293,7 @@ TEST_F(CtlShare, EachKindOfDocumentHasItsWay) {
     RefusedUnchanged({"load", "-", "--into", "music"}, cBadInput, "dump --profile P", all);
     RefusedUnchanged({"load", "-", "--into", "demo-music"}, cBadInput, "demo profile", one);
     RefusedUnchanged({"load", "-", "--into", "musc"}, cBadInput, "music", one);
-    RefusedUnchanged({"load", "-", "--into", ""}, cBadInput, "no profile ''", all);
+    RefusedUnchanged({"load", "-", "--into", ""}, cBadInput, "Unknown profile ''", all);
     RefusedUnchanged({"dump", "--all", "--profile", "music"}, cUsage, "");
     constexpr char cHead[] = R"("format": "kora4-settings", "version": 1, "scope": "profile")";
     for (const char* const rest :

@@ -92,7 +92,7 @@ std::uint32_t ProfileNamed(const Context& context, const std::string& word) {
     for (const std::optional<std::string>& name : StoredNames(context))
         if (name && !name->empty())
             words.push_back(*name);
-    throw BadInput("There is no profile '" + word + "'.", Suggestion(word, words));
+    throw BadInput("Unknown profile '" + word + "'.", Suggestion(word, words));
 }
 
 void TellIfHidden(const Context& context, std::uint32_t profile, const std::string& name) {
