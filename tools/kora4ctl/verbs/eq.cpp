@@ -31,8 +31,7 @@ std::string SetHelp() {
 }
 
 std::string ImportHelp() {
-    return "The text is one of those that equalizer tools use.\n"
-           "GraphicEQ: 20 -1.5; 25 0; ... with\n"
+    return "GraphicEQ texts: GraphicEQ: 20 -1.5; 25 0; ... with\n"
            "ascending frequencies in Hz, gains in dB, decimal points, and comments from # to\n"
            "the end of the line. Its curve is applied at the stored bands' frequencies: "
            "linear\n"
@@ -40,10 +39,10 @@ std::string ImportHelp() {
            "last frequency of the file. With --bands file, the bands get the frequencies of\n"
            "the file (at most " +
            std::to_string(cMaxArrayElements) + ").\n" +
-           "Filter 1: ON PK Fc 105 Hz Gain -3.4 dB Q 0.70 (ParametricEQ), also LS and HS for\n"
-           "shelves: each stored band gets what all filters together do to its frequency, as\n"
-           "far as the range of gains goes; the result says how well that fits in between.\n"
-           "'Preamp: -6.2 dB' before either of them is added to every gain.\n";
+           "\nParametricEQ texts: Filter 1: ON PK Fc 105 Hz Gain -3.4 dB Q 0.70, and LS or HS\n"
+           "for shelves. Each stored band gets what all filters together do to its frequency,\n"
+           "limited to the range; the result says how well that fits between the bands.\n"
+           "\nA line such as 'Preamp: -6.2 dB' before either is added to every gain.\n";
 }
 
 struct EqOptions {

@@ -30,7 +30,7 @@ constexpr char cFooter[] =
     "If a write fails, or on Ctrl-C, the previous settings are restored. If the program is\n"
     "killed, 'kora4ctl doctor' finds the journal that it left and undoes or finishes the\n"
     "load.\n"
-    "With --into, the profile gets the values of the document. One that does not exist is\n"
+    "\nWith --into, the profile gets the values of the document. One that does not exist is\n"
     "created, if the document has a name for it; one that does keeps its name.\n";
 
 void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
@@ -104,7 +104,8 @@ void AddLoad(Context& context) {
     verb.add_flag("--dry-run", options.dryRun, "only print what would change");
     verb.add_flag("--merge", options.merge, "keep settings that the document does not have");
     verb.add_option("--into", options.into,
-                    "into this profile, from a document of 'dump --profile'");
+                    "into this profile, from a document of 'dump --profile'")
+        ->type_name("P");
     verb.add_flag("--stored", options.isStored,
                   "also load values that 'lint' calls errors or warnings");
     verb.footer(cFooter);

@@ -299,7 +299,8 @@ void AddProfile(Context& context) {
     add("revert", "reset the active preset profile to its factory values", Revert);
     const auto [create, created] =
         addWithName("create", "create a custom profile as a copy of another one", Create);
-    create.add_option("--from", created.from, "the profile to copy; the active one if omitted");
+    create.add_option("--from", created.from, "the profile to copy; the active one if omitted")
+        ->type_name("P");
     const auto [copy, copied] = add("copy", "give a profile the values of another one", Copy);
     copy.add_option("FROM", copied.from, "the profile to copy; its values stay")->required();
     copy.add_option("TO", copied.profile, "the profile that gets them; its name stays")
