@@ -242,8 +242,8 @@ TEST_F(CtlLoad, RefusesWhatLintCallsWrongUnlessStored) {
         std::string document;
         const char* complaint;
     } cases[] = {
-        {InMusic(R"("volume-leveler": 11)"), "music: volume-leveler: it is out of range"},
-        {InMusic(R"("dialog-enhancer": {"type": 4, "data": "00000000"})"), "must be a REG_SZ"},
+        {InMusic(R"("volume-leveler": 11)"), "music: volume-leveler: out of range"},
+        {InMusic(R"("dialog-enhancer": {"type": 4, "data": "00000000"})"), "expected a REG_SZ"},
         {InMusic(R"("graphic-eq.gains": [13, 0, 0, 0, 0, 0, 0, 0, 0, 0])"), "out of range"},
         {InMusic(R"("graphic-eq.gains": [1, 2, 3])"), "expected 10 gains, got 3"},
         {InMusic(R"("graphic-eq.frequencies": [100, 300, 200])"),
@@ -251,7 +251,7 @@ TEST_F(CtlLoad, RefusesWhatLintCallsWrongUnlessStored) {
         {InMusic(R"("graphic-eq.frequencies": [0, 300])"), "band 1 is at 0 Hz"},
         {WithBody(R"("global": {"audio-optimizer.frequencies": [2, 1]})"), "band 2"},
         {WithBody(R"("general": {"profile": "p5"})"), "the profile p5 does not exist"},
-        {WithBody(R"("general": {"profile": 77})"), "no profile has this number"},
+        {WithBody(R"("general": {"profile": 77})"), "not the number of a profile"},
         {WithBody(R"("general": {"profile": "demo-music"})"), "kora4ctl demo enter"},
     };
     for (const auto& one : cases) {
@@ -290,7 +290,7 @@ TEST_F(CtlLoad, RefusesHundredsOfThousandsOfUnknownNamesAtOnce) {
         for (const char* const verb : {"load", "diff"}) {
             const ToolResult result = RunCtl({verb, file});
             EXPECT_EQ(cBadInput, result.exitCode) << result;
-            EXPECT_NE(std::string::npos, result.err.find("at most 1000 members")) << result;
+            EXPECT_NE(std::string::npos, result.err.find("at most 1000.")) << result;
             EXPECT_GT(5000u, result.elapsed);
         }
     }

@@ -82,7 +82,8 @@ void CheckEvents(const ToolResult& result) {
     }
 }
 
-// In the help, faults are indented by two columns and their kinds by four.
+// In the help, faults are indented by two columns, their kinds by four, and lines that go on
+// by more.
 Words OfferedFaults() {
     const ToolResult help = RunSim({"--help"});
     EXPECT_EQ(0u, help.exitCode) << help;
@@ -95,6 +96,8 @@ Words OfferedFaults() {
             continue;
         if (!line.starts_with("  "))
             break;
+        if (line.starts_with("     "))
+            continue;
         std::string word;
         std::istringstream(line) >> word;
         if (line.starts_with("    ")) {

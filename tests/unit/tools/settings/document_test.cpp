@@ -227,9 +227,9 @@ TEST(Document, RefusesObjectsWithThousandsOfMembers) {
     std::string names = R"("a": 1)";
     for (int i = 1; i < 1000; ++i)
         names += ", \"n" + std::to_string(i) + "\": 1";
-    ExpectRefusal(InMusic(names), {"profiles.music.a: no such member is known here."});
+    ExpectRefusal(InMusic(names), {"profiles.music.a: unknown member."});
     ExpectRefusal(InMusic(names + R"(, "last": 1)"),
-                  {"profiles.music.last: an object has at most 1000 members."});
+                  {"profiles.music.last: too many members; an object has at most 1000."});
 }
 
 TEST(Document, ReadingCanBeInterrupted) {
@@ -266,7 +266,7 @@ TEST(Document, LargeValuesHaveTheirSizeOnlyAndLoadingLeavesThem) {
     for (const char* const unread : {"0", "-1", "1.5", "\"x\"", "4294967296"})
         ExpectRefusal(
             InMusic(R"("volume-leveler": {"type": 3, "unread": )" + std::string(unread) + "}"),
-            {"profiles.music.volume-leveler: 'unread'"});
+            {"profiles.music.volume-leveler: invalid 'unread'"});
 }
 
 TEST(Document, RefusesBadRawValues) {
