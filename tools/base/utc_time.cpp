@@ -31,4 +31,27 @@ std::string UtcTime::FileStamp() const {
     return stamp;
 }
 
+std::optional<UtcTime> UtcTime::FromFileStamp(const std::string& stamp) {
+    UtcTime time;
+    FILETIME ignored{};
+    if (std::sscanf(stamp.c_str(), "%4hu%2hu%2huT%2hu%2hu%2hu%3huZ", &time.m_time.wYear,
+                    &time.m_time.wMonth, &time.m_time.wDay, &time.m_time.wHour,
+                    &time.m_time.wMinute, &time.m_time.wSecond,
+                    &time.m_time.wMilliseconds) != 7 ||
+        time.FileStamp() != stamp || !SystemTimeToFileTime(&time.m_time, &ignored))
+        return {};
+    return time;
+}
+
+UtcTime UtcTime::Next() const {
+    constexpr ULONGLONG cMillisecond = 10000;  // in units of 100 ns
+    FILETIME time{};
+    SystemTimeToFileTime(&m_time, &time);
+    ULARGE_INTEGER ticks{};
+    ticks.LowPart = time.dwLowDateTime;
+    ticks.HighPart = time.dwHighDateTime;
+    ticks.QuadPart += cMillisecond;
+    return UtcTime(FILETIME{ticks.LowPart, ticks.HighPart});
+}
+
 }  // namespace kora4::tools

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 
 namespace kora4::tools {
@@ -21,6 +22,10 @@ class UtcTime {
     std::string Iso() const;
     std::string Clock() const;      // "14:03:22.123Z"
     std::string FileStamp() const;  // "20310501T140322123Z", for names of files
+
+    // None when there is no such time.
+    static std::optional<UtcTime> FromFileStamp(const std::string& stamp);
+    UtcTime Next() const;  // a millisecond later
 
   private:
     SYSTEMTIME m_time{};

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "base/failure.h"
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "contract/version.h"
 #include "process/complaint.h"
@@ -25,9 +26,10 @@ ExitCode Tell(Output& output, const char* name, const Failure& failure) {
         output.Complain(document.dump(-1, ' ', false, Json::error_handler_t::replace));
         return failure.Code();
     }
-    output.Complain(std::string(name) + ": " + failure.what());
+    // Each is one line, whatever names are in it.
+    output.Complain(std::string(name) + ": " + ShownText(failure.what()));
     if (!failure.Next().empty())
-        output.Complain(failure.Next());
+        output.Complain(ShownText(failure.Next()));
     return failure.Code();
 }
 

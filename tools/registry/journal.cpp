@@ -85,6 +85,16 @@ Journal FromText(const std::string& text) {
 
 }  // namespace
 
+namespace {
+
+bool BeginsLikeJournal(std::string_view text) {
+    const std::string begin = ToText({});
+    const std::size_t common = std::min(text.size(), begin.find(','));
+    return text.substr(0, common) == std::string_view(begin).substr(0, common);
+}
+
+}  // namespace
+
 std::string DefaultJournalPath() {
     return GuardedFolder(DataFolder()).PathOf("load.journal");
 }
@@ -135,7 +145,7 @@ JournalFile::State JournalFile::Read(Journal& journal) const {
     }
     const std::string text = m_folder.Read(m_name);
     // The only newline is the last thing that is written.
-    if (text.empty() || text.back() != '\n')
+    if (text.empty() || (text.back() != '\n' && BeginsLikeJournal(text)))
         return State::eCutShort;
     try {
         journal = FromText(text);

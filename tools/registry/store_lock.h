@@ -13,8 +13,9 @@ namespace kora4::tools {
 // A handle to it, made or opened as the library does. Failure: eFailed.
 UniqueHandle OpenStoreMutex();
 
-// Hold it for one step only, and ask no user and call no API meanwhile: every client of the
-// machine's session waits. Belongs to the thread that made it.
+// Hold it for one step only, and ask no user meanwhile: every client of the machine's session
+// waits. The library may be called from the same thread, unless it waits for another one (to
+// start, to unregister). Belongs to the thread that made it.
 class StoreLock {
   public:
     // Waits as long as `patience` says, or until `interrupt` is signalled; `tellWaiting` is

@@ -18,28 +18,25 @@ constexpr char cBegin[] = "backup-";
 constexpr char cEnd[] = ".json";
 constexpr std::size_t cStampChars = 19;
 
-std::string TimeOf(const std::string& stamp) {
-    const auto part = [&stamp](std::size_t begin, std::size_t count) {
-        return stamp.substr(begin, count);
-    };
-    return part(0, 4) + "-" + part(4, 2) + "-" + part(6, 2) + "T" + part(9, 2) + ":" +
-           part(11, 2) + ":" + part(13, 2) + "." + part(15, 3) + "Z";
-}
-
-std::string NewName(const GuardedFolder& folder, const std::string& verb) {
-    for (;; Sleep(1)) {
-        std::string name = cBegin + UtcTime::Now().FileStamp() + "-" + verb + cEnd;
-        if (folder.Find(name) == Standing::eAbsent)
-            return name;
-    }
+std::string StampOf(const std::string& name) {
+    return name.substr(sizeof cBegin - 1, cStampChars);
 }
 
 }  // namespace
 
+// Later than all that are there, whose clock may have been ahead of this one.
+std::string Backups::NewName(const std::string& verb) const {
+    UtcTime time = UtcTime::Now();
+    const std::vector<Backup> all = List();
+    if (!all.empty() && StampOf(all.front().name) >= time.FileStamp())
+        time = UtcTime::FromFileStamp(StampOf(all.front().name))->Next();
+    return cBegin + time.FileStamp() + "-" + verb + cEnd;
+}
+
 std::string Backups::Keep(const std::string& verb, StoreAccess& store, const StoreLock&) const {
     try {
         m_folder.Prepare();
-        const std::string name = NewName(m_folder, verb);
+        const std::string name = NewName(verb);
         m_folder.Write(name, ShownLines(Dump(store, Scope::eAll).dump(2)) + "\n");
         const std::vector<Backup> all = List();
         for (std::size_t i = cMostBackups; i < all.size(); ++i)
@@ -60,8 +57,11 @@ std::vector<Backup> Backups::List() const {
         const std::size_t verb = cPrefix + cStampChars + 1;
         if (!name.ends_with(cEnd) || name.size() <= verb + sizeof cEnd - 1)
             continue;
-        backups.push_back({name, TimeOf(name.substr(cPrefix, cStampChars)),
-                           name.substr(verb, name.size() - verb - (sizeof cEnd - 1))});
+        const std::optional<UtcTime> time = UtcTime::FromFileStamp(StampOf(name));
+        if (!time)
+            continue;
+        backups.push_back(
+            {name, time->Iso(), name.substr(verb, name.size() - verb - (sizeof cEnd - 1))});
     }
     std::reverse(backups.begin(), backups.end());
     return backups;

@@ -40,6 +40,8 @@ class Backups {
     Plan Read(const Backup& backup) const;
 
   private:
+    std::string NewName(const std::string& verb) const;
+
     GuardedFolder m_folder;
 };
 

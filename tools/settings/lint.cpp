@@ -6,6 +6,7 @@
 #include <bit>
 #include <map>
 
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "contract/engine_masks.h"
 #include "contract/field_ids.h"
@@ -263,7 +264,7 @@ const char* SeverityName(Severity severity) {
 }
 
 std::string Finding::Words() const {
-    const std::string value = valueName.empty() ? "the unnamed value" : valueName;
+    const std::string value = valueName.empty() ? "the unnamed value" : ShownText(valueName);
     const std::string place =
         name.empty() ? value + " in the " + KeySetName(keySet) + " keys"
                      : (profile ? ProfileName(*profile) + ": " : std::string()) + name;

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "base/failure.h"
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "contract/patch_records.h"
 
@@ -242,7 +243,7 @@ std::string TextOf(const Setting& setting, const Json& json) {
     if (json.is_boolean())
         return json.get<bool>() ? "on" : "off";
     if (json.is_string())
-        return json.get<std::string>();
+        return ShownText(json.get<std::string>());
     if (!json.is_number_unsigned())
         return Decimal(json.get<float>());
     const bool isMask = setting.role == Role::eEngineMask || setting.role == Role::eTraceWord;

@@ -54,6 +54,20 @@ void CheckTakesValues(Plan& plan, std::uint32_t into, StoreAccess& store) {
                       "Create it: kora4ctl profile create " + word + " NAME");
 }
 
+namespace {
+
+// The demo that the changes have ended, if any.
+std::optional<std::uint32_t> DemoLeftBy(const std::vector<Difference>& changes) {
+    for (const Difference& change : changes)
+        if (change.value.role == Role::eActiveProfile && change.stored)
+            if (const auto profile = change.stored->AsDword();
+                profile && IsDemoProfile(*profile))
+                return profile;
+    return {};
+}
+
+}  // namespace
+
 ChangedSettings ApplyPlan(const Context& context, const Plan& plan, const HeldStore& store,
                           const std::string& verb) {
     const auto isInterrupted = [&context] { return context.interrupt.IsRequested(); };
@@ -68,6 +82,13 @@ ChangedSettings ApplyPlan(const Context& context, const Plan& plan, const HeldSt
         context.output.Say(
             "A journal that this program cannot read, or did not write, was moved aside: '" +
             applied.movedJournal + "'.");
+    if (const std::optional<std::uint32_t> demo = DemoLeftBy(applied.changes))
+        context.output.Say(ProfileName(*demo) + " was left.");
+    if (std::ranges::any_of(applied.changes, [](const Difference& change) {
+            return change.value.keySet == eKeySetApp;
+        }))
+        context.output.Say(
+            "Command lines of companion programs were changed, which 'undo' does not restore.");
     return {std::move(applied.changes), std::move(backup)};
 }
 

@@ -11,6 +11,7 @@
 #include "base/text.h"
 #include "contract/profiles.h"
 #include "kora4ctl/access/held_store.h"
+#include "kora4ctl/terminal/text_layout.h"
 #include "settings/content.h"
 #include "settings/names.h"
 
@@ -98,7 +99,7 @@ std::uint32_t ProfileNamed(const Context& context, const std::string& word) {
 void TellIfHidden(const Context& context, std::uint32_t profile, const std::string& name) {
     const std::optional<std::uint32_t> other = FindProfile(name);
     if (other && other != profile)
-        context.output.Say("'" + name + "' always means the profile " + ProfileName(*other) +
+        context.output.Say(Quoted(name) + " always means the profile " + ProfileName(*other) +
                            "; call this one " + ProfileName(profile) + ".");
 }
 

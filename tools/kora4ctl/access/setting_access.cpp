@@ -250,6 +250,12 @@ void SettingAccess::ReadFromStore(Reading& reading, bool isNamed, Detail detail,
         reading.stored = StoredToJson(*place, *stored);
 }
 
+StoreLock SettingAccess::Hold() {
+    // Its start waits for a thread that may want the mutex.
+    Api();
+    return LockStore(m_context);
+}
+
 Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> profile,
                           const std::string& text, Limits limits, Detail detail) {
     CheckWritable(setting, limits);
@@ -260,6 +266,7 @@ Change SettingAccess::Set(const Setting& setting, std::optional<std::uint32_t> p
     if (limits == Limits::eStore || WayOf(setting, profile) == Way::eStore)
         return SetThroughStore(setting, profile, text, limits, detail);
     Change change;
+    const StoreLock lock = Hold();
     change.old = ReadThroughApi(setting, profile, Api());
     WriteThroughApi(setting, profile, ParseValue(setting, text, change.old, limits), Api());
     if (IsFrozenInDemo(setting))

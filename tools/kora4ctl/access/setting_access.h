@@ -66,12 +66,15 @@ class SettingAccess {
                               std::optional<std::uint32_t> profile, Detail detail);
     Reading Read(const Setting& setting, std::optional<std::uint32_t> profile, Detail detail);
 
+    // As long as it lives, no other program changes a setting, so that what is written depends
+    // on what was read. The library's own calls from this thread go on.
+    StoreLock Hold();
+
     // The value as it was typed. Limits::eStore goes past the interface. Failure with eRefused
     // when nothing was stored because a demo profile is active.
     Change Set(const Setting& setting, std::optional<std::uint32_t> profile,
                const std::string& text, Limits limits, Detail detail);
-    // Sets a switch to its opposite. The library toggles the master enable in one step; any
-    // other switch is read and then set, and another client may come in between.
+    // Sets a switch to its opposite, in one step.
     Change Toggle(const Setting& setting, std::optional<std::uint32_t> profile, Detail detail);
 
     // Whether the interface serves this setting of this profile.

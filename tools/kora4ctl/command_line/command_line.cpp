@@ -3,6 +3,7 @@
 #include "kora4ctl/command_line/command_line.h"
 
 #include "kora4ctl/verbs.h"
+#include "process/help_text.h"
 
 namespace kora4::tools {
 
@@ -23,7 +24,7 @@ void AddVerbs(Context& context) {
     context.root
         .add_option("--wait", context.wait,
                     "seconds to wait while another program holds the store; default 30")
-        ->check(CLI::Range(0.0, 4e6))
+        ->check(Within(0.0, 86400.0))
         ->type_name("S");
     for (VerbAdder* add : cVerbs)
         add(context);

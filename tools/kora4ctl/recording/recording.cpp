@@ -223,7 +223,8 @@ class Reader {
     }
 
     static const Json& CheckedSettings(const Json& settings) {
-        CheckDocument(settings);
+        Demand(CheckDocument(settings).scope == Scope::eUser,
+               "a recording has the settings of the scope 'user'.");
         return settings;
     }
 

@@ -257,6 +257,7 @@ Bands SetAllBands(Bands bands, const std::vector<std::string>& values) {
 
 ExitCode Set(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
+    const StoreLock lock = access.Hold();
     const Equalizer before = ReadEqualizer(access, options.profile.Get(context));
     const bool isByFrequency =
         std::any_of(options.values.begin(), options.values.end(),
@@ -270,6 +271,7 @@ ExitCode Set(const Context& context, const EqOptions& options) {
 
 ExitCode Flat(const Context& context, const EqOptions& options) {
     SettingAccess access(context);
+    const StoreLock lock = access.Hold();
     const Equalizer before = ReadEqualizer(access, options.profile.Get(context));
     Bands wanted = before.bands;
     for (Band& band : wanted)
@@ -350,6 +352,7 @@ ExitCode Import(const Context& context, const EqOptions& options) {
         throw BadInput("A ParametricEQ text has filters and no bands.",
                        "Without '--bands file', they are applied to the stored bands.");
     SettingAccess access(context);
+    const StoreLock lock = access.Hold();
     const Equalizer before = ReadEqualizer(access, options.profile.Get(context));
     Output& output = context.output;
     const Json fitted = {{"fit", nullptr}};

@@ -62,13 +62,19 @@ struct Look {
     std::string Message() const { return error.empty() ? cNoLevels : error; }
 };
 
+// Of the general meanings of E_FAIL, those that reading levels can have.
+std::string WhyUnreadable(HRESULT hr) {
+    return hr == E_FAIL ? "what is stored is not valid, or the store's keys are gone"
+                        : InWords(hr);
+}
+
 Look TakeLook(const Api& api) {
     const Result<Levels> levels = api.GetVisualizationData();
     Look look;
     if (levels)
         look.levels = *levels;
     else if (levels.HasFailed())
-        look.error = "the levels cannot be read: " + InWords(levels.Code());
+        look.error = "the levels cannot be read: " + WhyUnreadable(levels.Code());
     return look;
 }
 

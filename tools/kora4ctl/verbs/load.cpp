@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl load: the settings of a document into the store, all of them or none.
+#include <algorithm>
+
 #include "base/text.h"
+#include "contract/profiles.h"
 #include "kora4ctl/access/document_files.h"
 #include "kora4ctl/command_line/verb.h"
 #include "kora4ctl/terminal/text_layout.h"
@@ -54,6 +57,20 @@ void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
                        : " changed: " + counts.InWords() + ". To undo it: kora4ctl undo 1"));
 }
 
+// `lint` only notes them: somebody has wanted them.
+void CheckNoFactoryValues(const Plan& plan, StoreAccess& store) {
+    const std::vector<Difference> changes = Compare(plan, store);
+    const auto found = std::ranges::find_if(changes, [](const Difference& change) {
+        return change.value.profile && IsDemoProfile(*change.value.profile);
+    });
+    if (found != changes.end())
+        throw Failure(ExitCode::eRefused,
+                      "The document changes factory values, such as " + NameOf(found->value) +
+                          " of " + ProfileName(*found->value.profile) +
+                          "; nothing was changed.",
+                      "Change them with --stored.");
+}
+
 // What `lint` would call wrong.
 void CheckValid(const Plan& plan, StoreAccess& store) {
     const std::vector<Finding> findings = LintPlan(plan, store);
@@ -83,8 +100,10 @@ ExitCode Load(const Context& context, const Options& options) {
         TellIfAbandoned(context, store.lock);
         if (into)
             CheckTakesValues(plan, *into, *store);
-        if (!options.isStored)
+        if (!options.isStored) {
             CheckValid(plan, *store);
+            CheckNoFactoryValues(plan, *store);
+        }
         if (options.dryRun)
             changed.changes = Compare(plan, *store);
         else

@@ -209,7 +209,8 @@ ExitCode Create(const Context& context, const ProfileOptions& options) {
     TellIfHidden(context, profile, options.name);
     return PrintResult(
         context,
-        ProfileName(profile) + " '" + options.name + "' was created as a copy of " + from + ".",
+        ProfileName(profile) + " " + Quoted(options.name) + " was created as a copy of " +
+            from + ".",
         {{"profile", ProfileName(profile)}, {"name", options.name}, {"from", from}});
 }
 
@@ -223,7 +224,7 @@ ExitCode Rename(const Context& context, const ProfileOptions& options) {
     TellIfHidden(context, profile, options.name);
     return PrintResult(
         context,
-        ProfileName(profile) + ": '" + old.value_or("") + "' -> '" + options.name + "'",
+        ProfileName(profile) + ": " + Quoted(old.value_or("")) + " -> " + Quoted(options.name),
         {{"profile", ProfileName(profile)}, {"name", options.name}, {"old", OrNull(old)}});
 }
 

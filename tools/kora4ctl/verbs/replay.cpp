@@ -60,7 +60,9 @@ ExitCode Tell(Output& output, const Recording& recording, const ChangeCounts& co
                           {"deleted", counts.deleted}});
     } else {
         PrintDifferences(output, differences);
-        output.Say("Values changed: " + counts.InWords() + ". To undo it: kora4ctl undo 1");
+        const bool isAnyChanged = counts.written + counts.deleted != 0;
+        output.Say("Values changed: " + counts.InWords() +
+                   (isAnyChanged ? ". To undo it: kora4ctl undo 1" : "."));
         output.Say(isSame ? "The settings match the end of the recording."
                           : CountOf(differences.size(), "value") +
                                 " differ from the end of the recording (stored -> recorded).");

@@ -17,7 +17,6 @@ _PROGRAM_offer() {
 }
 
 _PROGRAM() {
-    emulate -L zsh
     local command= awaited= word entry list= verbs flags valued arguments
     local -a given places
     local -i i
