@@ -280,7 +280,12 @@ TEST(TraceFiles, GetWholeLinesFromManyProcessesAndLoseNoMoreThanThePlatform) {
 
 TEST(TraceFiles, ThatAreAppendedToInTwoStepsAreFoundToLoseMore) {
     constexpr int cLines = 100;
-    EXPECT_TRUE(RunWriters("careless", cLines).IsWorseThanRival(2 * cProcesses * cLines));
+    // Whether two writers meet is up to the scheduler.
+    constexpr int cMostRounds = 20;
+    bool isFound = false;
+    for (int round = 0; round < cMostRounds && !isFound; ++round)
+        isFound = RunWriters("careless", cLines).IsWorseThanRival(2 * cProcesses * cLines);
+    EXPECT_TRUE(isFound);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // kora4ctl eq.
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <sstream>
 
 #include "settings/schema.h"
@@ -326,6 +327,22 @@ TEST_F(CtlEq, BadStoredFrequenciesAreToldAndCanBeReplaced) {
     EXPECT_EQ((std::vector<float>{3, 1, 12}), Gains());
     Done({"eq", "import", "-", "--bands", "file"}, "GraphicEQ: 20 1");
     EXPECT_EQ(std::vector<float>{20}, Frequencies());
+}
+
+// What each of them writes depends on what it has read.
+TEST_F(CtlEq, ManyAtATimeLoseNoChange) {
+    Done({"set", "volume-leveler", "0"});
+    std::vector<std::unique_ptr<RunningTool>> tools;
+    for (int i = 1; i <= 5; ++i) {
+        tools.push_back(std::make_unique<RunningTool>(
+            "kora4ctl", Words{"eq", "set", "--band", std::to_string(i), "1"}));
+        tools.push_back(
+            std::make_unique<RunningTool>("kora4ctl", Words{"set", "volume-leveler", "+1"}));
+    }
+    for (const auto& tool : tools)
+        EXPECT_EQ(cDone, tool->WaitForEnd().exitCode);
+    EXPECT_EQ((std::vector<float>{1, 1, 1, 1, 1, 0, 0, 0, 0, 0}), Gains());
+    EXPECT_EQ("5\n", Done({"get", "volume-leveler"}));
 }
 
 TEST_F(CtlEq, NoBandsAreNoCurve) {

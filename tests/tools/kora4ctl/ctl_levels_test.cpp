@@ -92,7 +92,7 @@ TEST_F(CtlLevels, LevelsThatCannotBeReadAreToldInWords) {
     const Json picture = ParsedJson(tool.NextLine());
     EXPECT_TRUE(HasShape(picture, R"({"time": "string", "frequencies": ["number"],
         "gains": "null", "excitations": "null", "still": "boolean", "error": "string"})"));
-    EXPECT_THAT(picture["error"].get<std::string>(), HasSubstr("E_FAIL"));
+    EXPECT_THAT(picture["error"].get<std::string>(), HasSubstr("what is stored is not valid"));
     Publish(-6);
     EXPECT_THAT(tool.NextLine(), HasSubstr("\"error\":null"));
 }

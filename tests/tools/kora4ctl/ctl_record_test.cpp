@@ -367,6 +367,8 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         {rest, "Line 1: not a recording"},
         {good.substr(0, good.size() / 2), "The document is truncated"},
         {std::string(200000, '[') + "\n", "Line 1: The document is nested too deeply"},
+        {with("\"scope\":\"user\"", "\"scope\":\"all\""),
+         "Line 1: a recording has the settings"},
         {"{\"event\": \"start\", \"event\": \"start\"}\n", "Line 1: event: duplicate member"},
         {good + rest, "unexpected line after the end"},
         {with("\"event\":\"value\"", "\"event\":\"volume\""), "Line 2: unknown event 'volume'"},

@@ -72,6 +72,25 @@ TEST_F(CtlShown, IsALineOfTheTrace) {
     EXPECT_NE(std::string::npos, text.find("\\u001b[2J")) << text;
 }
 
+// A line feed would make two lines of one, and the second could say anything.
+TEST_F(CtlShown, IsNotALineOfItsOwn) {
+    constexpr wchar_t cForged[] = L"a\nerror: forged";
+    ASSERT_EQ(S_OK, Client().SetCustomProfileName(3, cForged));
+    WriteValue(HKEY_LOCAL_MACHINE, KeySetPath(eKeySetStatic), cForged, REG_SZ, L"", 2);
+    for (const Words& arguments :
+         {Words{"get", "name", "--profile", "p1"}, Words{"describe", "name", "--profile", "p1"},
+          Words{"profile", "table"}, Words{"profile", "use", "no such one"}, Words{"lint"},
+          Words{"lin\nerror: forged"}, Words{"get", "a\nerror: forged"},
+          Words{"profile", "rename", "p1", "b\nerror: forged"},
+          Words{"profile", "create", "p2", "c\nerror: forged"}}) {
+        const ToolResult result = RunCtl(arguments);
+        EXPECT_EQ(std::string::npos, ("\n" + result.out + result.err).find("\nerror: forged"))
+            << result;
+        EXPECT_NE(std::string::npos, (result.out + result.err).find("\\u000aerror: forged"))
+            << result;
+    }
+}
+
 TEST_F(CtlShown, IsWhatWasTyped) {
     const ToolResult result = RunCtl({"get", "\x1b[2J"});
     EXPECT_EQ(cBadInput, result.exitCode) << result;

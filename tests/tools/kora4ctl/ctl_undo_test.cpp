@@ -37,10 +37,26 @@ class CtlUndo : public StoreTest {
 constexpr char cEmptyDocument[] =
     R"({"format": "kora4-settings", "version": 1, "scope": "all"})";
 
+TEST_F(CtlUndo, TheNewestIsTheFirstThoughTheClockRanAhead) {
+    const tools::GuardedFolder folder{tools::DataFolder()};
+    for (const char* const time : {"29990101T000000000", "29990101T000000001"})
+        folder.Write(std::string("backup-") + time + "Z-load.json", "{}\n");
+    // No such time: not one of this program's.
+    folder.Write("backup-99999999T999999999Z-load.json", "{}\n");
+    EXPECT_EQ(2u, DoneJson({"undo"}).size());
+    Done({"set", "volume-leveler", "7"});
+    Done({"reset", "volume-leveler"});
+    const Json all = DoneJson({"undo"});
+    ASSERT_EQ(3u, all.size());
+    EXPECT_EQ("reset", all[0]["verb"]);
+    Done({"undo", "1"});
+    EXPECT_EQ("7\n", Done({"get", "volume-leveler"}));
+}
+
 TEST_F(CtlUndo, RestoresWhatALoadOfNothingDeleted) {
     const TwoStores stores = DifferentStores(5);
     ReplaceStoreValues(stores.before);
-    const Json loaded = DoneJson({"load", "-"}, cEmptyDocument);
+    const Json loaded = DoneJson({"load", "-", "--stored"}, cEmptyDocument);
     EXPECT_EQ(0, loaded["written"]);
     EXPECT_EQ(loaded["changes"].size(), loaded["deleted"]);
     EXPECT_LT(100, loaded["deleted"]);

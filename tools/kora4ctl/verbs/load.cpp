@@ -25,7 +25,8 @@ struct Options {
 
 constexpr char cFooter[] =
     "The whole document is checked first; if one value is bad, nothing is written. Values\n"
-    "that 'lint' would call errors or warnings are bad, unless --stored is given.\n"
+    "that 'lint' would call errors or warnings are bad, and so are changes of what demo\n"
+    "profiles hold (factory values), unless --stored is given.\n"
     "Afterwards the settings in the document's scope are those of the document: a setting\n"
     "that it does not have is deleted, so that its default is in effect; with --merge it is\n"
     "kept.\n"

@@ -336,6 +336,20 @@ TEST_F(Transaction, AJournalThatWasCutShortMeansThatNothingWasWritten) {
     EXPECT_FALSE(HasJournal());
 }
 
+TEST_F(Transaction, WhatIsNoJournalIsMovedAside) {
+    Prepare(12);
+    for (const std::string& text : {std::string(300, '\x9d'), std::string(32768, '\0'),
+                                    std::string("{\"format\":\"x\"}")}) {
+        WriteWholeFile(File().Path(), text);
+        const StoreLock lock;
+        const Recovered found = Recover(m_store, lock, File());
+        EXPECT_EQ(Recovery::eUnreadable, found.outcome);
+        EXPECT_EQ(text, ReadWholeFile(found.movedTo));
+        EXPECT_FALSE(HasJournal());
+        DeleteFileW(Widen(found.movedTo).c_str());
+    }
+}
+
 TEST_F(Transaction, ALargeValueIsNotPutBackAndIsAbsentInstead) {
     const SchemaValue large = SettingNamed("volume-leveler").Stored(1);
     const SchemaValue other = SettingNamed("dialog-enhancer").Stored(1);
