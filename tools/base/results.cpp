@@ -13,7 +13,10 @@ std::string Sentence(std::string_view doing, const char* outcome, HRESULT hr) {
     std::string sentence(doing);
     if (!sentence.empty() && sentence[0] >= 'a' && sentence[0] <= 'z')
         sentence[0] = static_cast<char>(sentence[0] - 'a' + 'A');
-    return sentence + outcome + InWords(hr) + ".";
+    // Of the meanings of E_FAIL, the one that is left: the verbs look for all others first.
+    const std::string cause =
+        hr == E_FAIL ? "the settings store cannot be read or written (E_FAIL)" : InWords(hr);
+    return sentence + outcome + cause + ".";
 }
 
 ExitCode ExitCodeOf(HRESULT hr) {
@@ -37,9 +40,9 @@ std::string InWords(HRESULT hr) {
 
 Failure RefusalOf(HRESULT hr, std::string_view doing) {
     const ResultCode* const pResult = FindResult(CodeOf(hr));
-    return Failure(ExitCodeOf(hr),
-                   Sentence(doing, SUCCEEDED(hr) ? " was refused: " : " failed: ", hr),
-                   pResult ? pResult->next : "Run 'kora4ctl doctor' to find out why.");
+    return Failure(
+        ExitCodeOf(hr), Sentence(doing, SUCCEEDED(hr) ? " was refused: " : " failed: ", hr),
+        pResult && hr != E_FAIL ? pResult->next : "Run 'kora4ctl doctor' to find out why.");
 }
 
 HRESULT Check(HRESULT hr, std::string_view doing) {

@@ -68,7 +68,13 @@ std::vector<Backup> Backups::List() const {
 }
 
 Plan Backups::Read(const Backup& backup) const {
-    Plan plan = ReadDocument(m_folder.Read(backup.name));
+    Plan plan;
+    try {
+        plan = ReadDocument(m_folder.Read(backup.name));
+    } catch (const Failure& failure) {
+        throw Failure(failure.Code(), "'" + PathOf(backup) + "': " + failure.what(),
+                      "See which other backups there are: kora4ctl undo");
+    }
     std::erase_if(plan.values, [](const PlannedValue& planned) {
         return planned.value.keySet == eKeySetApp;
     });

@@ -51,6 +51,8 @@ TEST_F(CtlUndo, TheNewestIsTheFirstThoughTheClockRanAhead) {
     EXPECT_EQ("reset", all[0]["verb"]);
     Done({"undo", "1"});
     EXPECT_EQ("7\n", Done({"get", "volume-leveler"}));
+    // The others are none, and named.
+    RefusedUnchanged({"undo", "3"}, cBadInput, "backup-2999");
 }
 
 TEST_F(CtlUndo, RestoresWhatALoadOfNothingDeleted) {

@@ -139,6 +139,8 @@ TEST(Check, GivesEachKindItsExitCode) {
     EXPECT_EQ(ExitCode::eNotReady, Thrown(APOERR_NOT_INITIALIZED).Code());
     EXPECT_EQ(ExitCode::eBadInput, Thrown(E_INVALIDARG).Code());
     EXPECT_EQ(ExitCode::eFailed, Thrown(E_FAIL).Code());
+    EXPECT_NE(std::string::npos, std::string(Thrown(E_FAIL).what())
+                                     .find("the settings store cannot be read or written"));
     EXPECT_EQ(ExitCode::eFailed, Thrown(static_cast<HRESULT>(0xA1234567)).Code());
     EXPECT_FALSE(Thrown(static_cast<HRESULT>(0xA1234567)).Next().empty());
 }

@@ -41,7 +41,14 @@ class States {
             throw BadInput(
                 "Nothing was saved as " + state + ".",
                 "Save the present settings as " + state + ": kora4ctl ab save " + state);
-        return ReadDocument(m_folder.Read(FileOf(state)));
+        try {
+            return ReadDocument(m_folder.Read(FileOf(state)));
+        } catch (const Failure& failure) {
+            throw Failure(
+                failure.Code(),
+                "What was saved as " + state + " cannot be read: " + failure.what(),
+                "Save the present settings as " + state + ": kora4ctl ab save " + state);
+        }
     }
 
     // Whether the settings are just those; one that cannot be read is none.
