@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // first_client: the least that a client does. It prints the number of the active profile and
-// makes Music the active one. README.md shows it. One line builds it here:
+// makes Music the active one. One line builds it here:
 //
 //   x86_64-w64-mingw32-g++ -static -I../include first_client.cpp -o first_client.exe -L../lib -lkora4_sdk_guids -lole32 -luuid
 #include <kora4api.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What both samples need: the API object in this thread's apartment, and settings as words.
+// What several samples need: the API object in this thread's apartment, and settings as words.
 #ifndef KORA4_SAMPLES_SAMPLE_CLIENT_H
 #define KORA4_SAMPLES_SAMPLE_CLIENT_H
 
