@@ -30,7 +30,10 @@ bool PumpUntil(const std::function<bool()>& done, HANDLE hint, DWORD millisecond
         MsgWaitForMultipleObjectsEx(hint ? 1 : 0, hint ? &hint : nullptr, wait, QS_ALLINPUT,
                                     MWMO_INPUTAVAILABLE);
         MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        // Calls that cause each other never leave the queue empty.
+        constexpr int cMostAtATime = 100;
+        for (int i = 0; i < cMostAtATime && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
+             ++i) {
             TranslateMessage(&message);
             DispatchMessageW(&message);
         }
