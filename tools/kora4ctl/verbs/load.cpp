@@ -41,11 +41,9 @@ void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
     const std::vector<Difference>& changes = changed.changes;
     const ChangeCounts counts(changes);
     if (output.json) {
-        output.PrintJson(Json{{"dryRun", dryRun},
-                              {"changes", DocumentOf(changes)},
-                              {"written", counts.written},
-                              {"deleted", counts.deleted},
-                              {"backup", OrNull(changed.backup)}});
+        Json document = {{"dryRun", dryRun}};
+        document.update(DocumentOf(changed));
+        output.PrintJson(document);
         return;
     }
     if (changes.empty()) {
@@ -58,7 +56,7 @@ void Tell(Output& output, const ChangedSettings& changed, bool dryRun) {
                        : " changed: " + counts.InWords() + ". To undo it: kora4ctl undo 1"));
 }
 
-// `lint` only notes them: somebody has wanted them.
+// `lint` only notes them, because they may have been stored on purpose.
 void CheckNoFactoryValues(const Plan& plan, StoreAccess& store) {
     const std::vector<Difference> changes = Compare(plan, store);
     const auto found = std::ranges::find_if(changes, [](const Difference& change) {
