@@ -246,6 +246,8 @@ bool Engine::IsOver() const {
 }
 
 void Engine::WaitForNextPicture() {
+    // A writer that still holds the mutex when its change is told holds it for a moment only.
+    constexpr DWORD cUntilFree = 2;  // milliseconds
     const Clock::time_point due = m_start + std::chrono::milliseconds(m_milliseconds);
     do {
         const auto left =
@@ -259,11 +261,13 @@ void Engine::WaitForNextPicture() {
         Attempt([&] {
             if (m_hasToLook)
                 LookAtStore();
-            wake = m_watch.Wait(patience, m_interrupt.Event());
+            wake = m_watch.Wait(m_hasToLook ? std::min(patience, cUntilFree) : patience,
+                                m_interrupt.Event());
             if (wake == ChangeWatch::Wake::eChanged)
                 LookAtStore();
         });
-        if (wake != ChangeWatch::Wake::eChanged)
+        if (wake == ChangeWatch::Wake::eInterrupted ||
+            (wake == ChangeWatch::Wake::eTimedOut && !m_hasToLook))
             return;
         // A program that writes without pause must not delay the pictures.
     } while (Clock::now() < due);
