@@ -110,6 +110,13 @@ void Mirror::Did(const OwnCall& call, const Baseline& known) {
         m_shown.table = after.table;
 }
 
+// A profile that was shown without having a name gets other values while another one is
+// stored. Nobody is told: the values that are announced are those of the active profile.
+void Mirror::Created(std::uint32_t profile, const View& stored) {
+    if (m_shown.profile == profile && stored.profile != profile)
+        m_doubts.profile = true;
+}
+
 unsigned Mirror::Certain() const {
     const auto doubted = std::count(m_doubts.switches.begin(), m_doubts.switches.end(), true);
     return m_doubts.profile ? 2 : static_cast<unsigned>(15 - doubted - m_doubts.enable);

@@ -23,6 +23,8 @@ class Mirror {
     // Told while the store was as `view`.
     void Hear(const Told& told, const View& view, const Baseline& known);
     void Did(const OwnCall& call, const Baseline& known);
+    // Somebody has created `profile`, as a copy of the one that was stored.
+    void Created(std::uint32_t profile, const View& stored);
 
     // Each item that is shown otherwise than stored; empty when none is.
     std::string Difference(const View& view) const;

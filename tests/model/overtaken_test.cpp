@@ -232,7 +232,12 @@ void OvertakenTest::CheckMirror() {
     const auto follow = [&](std::size_t end) {
         for (; step < end; ++step) {
             const PlannedStep& planned = m_round.steps[step];
-            if (planned.step.seat != m_round.seat || planned.step.hr != S_OK)
+            if (!planned.step.seat || planned.step.hr != S_OK)
+                continue;
+            if (planned.step.command.action == Action::eCreateCustomProfile)
+                mirror.Created(static_cast<std::uint32_t>(planned.step.command.number),
+                               m_round.views[step]);
+            if (planned.step.seat != m_round.seat)
                 continue;
             opened = opened || planned.step.command.action == Action::eOpen;
             mirror.Did({planned.step.command, m_round.views[step], m_round.views[step + 1]},
