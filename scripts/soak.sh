@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# soak.sh [NAME...]: installs what is missing, builds, and runs the long runs with these names
+# (default: all), one after the other. Prints the seed and the time of each; exits 0 only if
+# all of them pass.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+# A long run: its name, the test program under Wine, and what the program is told.
+runs=(
+  "model|model_test|200000"
+  "overtaken|overtaken_test|200000"
+)
+
+names() { printf '%s\n' "${runs[@]%%|*}" | paste -sd' '; }
+
+chosen=("${runs[@]}")
+if [ "$#" -gt 0 ]; then
+  chosen=()
+  for name in "$@"; do
+    found=0
+    for run in "${runs[@]}"; do
+      [ "${run%%|*}" = "$name" ] || continue
+      chosen+=("$run")
+      found=1
+    done
+    [ "$found" = 1 ] || die "there is no long run '$name'; use: $(names)."
+  done
+fi
+
+require "${build_needs[@]}" "${wine_needs[@]}" "${test_needs[@]}"
+mapfile -t programs < <(printf '%s\n' "${chosen[@]}" | cut -d'|' -f2 | sort -u)
+build release QXA64T "${programs[@]}"
+
+pool=$root/build/soak
+trap '"$root/scripts/wine-pool.sh" end "$pool" >/dev/null 2>&1' EXIT
+failed=()
+for run in "${chosen[@]}"; do
+  IFS='|' read -r name program arguments <<<"$run"
+  say "$name: $program $arguments"
+  start=$SECONDS
+  # shellcheck disable=SC2086 # the arguments are several words
+  "$root/scripts/wine-pool.sh" run "$pool" "$root/build/release/bin/$program.exe" $arguments ||
+    failed+=("$name")
+  say "$name: $((SECONDS - start)) s"
+done
+[ "${#failed[@]}" = 0 ] || die "these long runs failed: ${failed[*]}; what they printed is above."
+say "all long runs passed"
