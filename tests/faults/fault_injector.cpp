@@ -1,205 +1,71 @@
 // SPDX-License-Identifier: MIT
-// Replaces entries of an import table by functions that fail on demand and otherwise go on to
-// the platform.
+// What is to fail and what was called, and the entries of the import table.
 #include "faults/fault_injector.h"
 
-#include <objbase.h>
-
 #include <atomic>
-#include <cstdlib>
+#include <cstdio>
 #include <string_view>
-#include <type_traits>
 #include <utility>
+
+#include "faults/failing_functions.h"
 
 namespace kora4::test {
 namespace {
 
-enum class Failing {
-    eResult,  // the code is the result: LSTATUS and HRESULT
-    eFalse,   // the result is zero or null, the code is the last error
-    eWait,    // WAIT_FAILED, and the last error
-};
-
-struct Function {
-    const char* name;
-    Failing failing;
-    std::vector<std::uint32_t> codes;
-    void* replacement;
-    void** original;  // where the replacement finds the platform's
-    const Function** self;
-};
-
-// ---- What is to fail -----------------------------------------------------------------------
-
 constexpr std::size_t cMostCalls = 16384;
 
-const Function* s_calls[cMostCalls];
+const ImportedFunction* s_calls[cMostCalls];
 std::atomic<std::size_t> s_count{0};
+std::atomic<std::size_t> s_writes{0};
 std::atomic<std::size_t> s_injected{0};
-std::atomic<const Function*> s_failing{nullptr};  // from then on
+std::atomic<long> s_blocks{0};
+std::atomic<const ImportedFunction*> s_failing{nullptr};  // from then on
 std::atomic<bool> s_isNoting{false};
 std::atomic<bool> s_isArmed{false};
+std::atomic<bool> s_isDeadly{false};
 std::size_t s_call = 0;
 std::size_t s_code = 0;
 Repeat s_repeat = Repeat::eOnce;
+Death s_death = Death::eBefore;
 
-std::uint32_t CodeOf(const Function& function) {
+bool IsToFail(const ImportedFunction& function, std::size_t call) {
+    if (!s_isArmed)
+        return false;
+    if (call == s_call) {
+        if (s_repeat == Repeat::eFromThenOn && !function.isOnceOnly)
+            s_failing = &function;
+        return true;
+    }
+    return s_failing == &function;
+}
+
+}  // namespace
+
+Fate FateOf(const ImportedFunction& function) {
+    if (!s_isNoting || function.codes.empty())
+        return Fate::eGoOn;
+    const std::size_t call = s_count.fetch_add(1);
+    if (call < cMostCalls)
+        s_calls[call] = &function;
+    if (function.role == Role::eWrites && s_writes.fetch_add(1) == s_call && s_isDeadly)
+        return s_death == Death::eBefore ? Fate::eDieBefore : Fate::eDieAfter;
+    if (!IsToFail(function, call))
+        return Fate::eGoOn;
+    ++s_injected;
+    return Fate::eFail;
+}
+
+std::uint32_t CodeOf(const ImportedFunction& function) {
     return function.codes[std::min(s_code, function.codes.size() - 1)];
 }
 
-// Whether this call is to fail.
-bool Fails(const Function& function) {
-    if (!s_isNoting)
-        return false;
-    const std::size_t index = s_count.fetch_add(1);
-    if (index < cMostCalls)
-        s_calls[index] = &function;
-    if (!s_isArmed)
-        return false;
-    if (index == s_call) {
-        if (s_repeat == Repeat::eFromThenOn)
-            s_failing = &function;
-    } else if (s_failing != &function) {
-        return false;
-    }
-    ++s_injected;
-    return true;
-}
-
-// ---- The replacements ----------------------------------------------------------------------
-
-// What a failing call leaves behind besides its result.
-template <typename... A>
-void BeforeFailing(const Function&, A...) {}
-
-// The value has grown since its size was asked.
-void BeforeFailing(const Function& function, HKEY, LPCWSTR, LPDWORD, LPDWORD, LPBYTE,
-                   LPDWORD pSize) {
-    if (CodeOf(function) == ERROR_MORE_DATA && pSize)
-        *pSize = *pSize * 2 + 1;
-}
-
-// The stream is released in any case.
-void BeforeFailing(const Function&, LPSTREAM pStream, REFIID, LPVOID*) {
-    CoReleaseMarshalData(pStream);
-    pStream->Release();
-}
-
-template <typename F, typename Unique>
-struct Replacement;
-
-// `Unique` keeps functions of the same signature apart.
-template <typename R, typename... A, typename Unique>
-struct Replacement<R (*)(A...), Unique> {
-    static R Call(A... arguments) {
-        if (!Fails(*s_self))
-            return reinterpret_cast<R (*)(A...)>(s_original)(arguments...);
-        BeforeFailing(*s_self, arguments...);
-        const std::uint32_t code = CodeOf(*s_self);
-        if constexpr (std::is_pointer_v<R>) {
-            SetLastError(code);
-            return nullptr;
-        } else {
-            if (s_self->failing == Failing::eResult)
-                return static_cast<R>(code);
-            SetLastError(code);
-            return static_cast<R>(s_self->failing == Failing::eWait ? WAIT_FAILED : 0);
-        }
-    }
-
-    static inline void* s_original = nullptr;
-    static inline const Function* s_self = nullptr;
-};
-
-// On x64 there is one calling convention.
-template <typename F, typename Unique = decltype([] {})>
-Function Row(const char* name, Failing failing, std::vector<std::uint32_t> codes) {
-    using Replaced = Replacement<F, Unique>;
-    return {name,
-            failing,
-            std::move(codes),
-            reinterpret_cast<void*>(&Replaced::Call),
-            &Replaced::s_original,
-            &Replaced::s_self};
-}
-
-constexpr std::uint32_t cOutOfMemory = ERROR_NOT_ENOUGH_MEMORY;
-constexpr auto cNoMemory = static_cast<std::uint32_t>(E_OUTOFMEMORY);
-
-std::vector<Function>& Functions() {
-    using enum Failing;
-    static std::vector<Function> functions = {
-        Row<decltype(&RegOpenKeyExW)>("RegOpenKeyExW", eResult,
-                                      {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, cOutOfMemory,
-                                       ERROR_KEY_DELETED}),
-        Row<decltype(&RegCreateKeyExW)>(
-            "RegCreateKeyExW", eResult,
-            {ERROR_ACCESS_DENIED, cOutOfMemory, ERROR_KEY_DELETED}),
-        Row<decltype(&RegQueryValueExW)>("RegQueryValueExW", eResult,
-                                         {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED,
-                                          ERROR_INVALID_HANDLE, cOutOfMemory, ERROR_MORE_DATA,
-                                          ERROR_KEY_DELETED}),
-        Row<decltype(&RegQueryInfoKeyW)>(
-            "RegQueryInfoKeyW", eResult,
-            {ERROR_ACCESS_DENIED, ERROR_INVALID_HANDLE, cOutOfMemory, ERROR_KEY_DELETED}),
-        Row<decltype(&RegSetKeyValueW)>(
-            "RegSetKeyValueW", eResult,
-            {ERROR_ACCESS_DENIED, ERROR_INVALID_HANDLE, cOutOfMemory, ERROR_KEY_DELETED}),
-        Row<decltype(&RegSetValueExW)>(
-            "RegSetValueExW", eResult,
-            {ERROR_ACCESS_DENIED, ERROR_INVALID_HANDLE, cOutOfMemory, ERROR_KEY_DELETED}),
-        Row<decltype(&RegDeleteValueW)>("RegDeleteValueW", eResult,
-                                        {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED,
-                                         ERROR_INVALID_HANDLE, ERROR_KEY_DELETED}),
-        Row<decltype(&RegDeleteKeyW)>(
-            "RegDeleteKeyW", eResult,
-            {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_KEY_DELETED}),
-        Row<decltype(&RegDeleteTreeW)>(
-            "RegDeleteTreeW", eResult,
-            {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_KEY_DELETED}),
-        Row<decltype(&RegNotifyChangeKeyValue)>(
-            "RegNotifyChangeKeyValue", eResult,
-            {ERROR_ACCESS_DENIED, ERROR_INVALID_HANDLE, cOutOfMemory, ERROR_KEY_DELETED}),
-        Row<decltype(&RegSetKeySecurity)>("RegSetKeySecurity", eResult,
-                                          {ERROR_ACCESS_DENIED, ERROR_INVALID_HANDLE}),
-        Row<decltype(&CreateEventW)>("CreateEventW", eFalse, {cOutOfMemory}),
-        Row<decltype(&CreateMutexW)>(
-            "CreateMutexW", eFalse, {ERROR_ACCESS_DENIED, ERROR_INVALID_HANDLE, cOutOfMemory}),
-        Row<decltype(&OpenMutexW)>(
-            "OpenMutexW", eFalse, {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, cOutOfMemory}),
-        Row<decltype(&CreateThread)>("CreateThread", eFalse, {cOutOfMemory}),
-        Row<decltype(&DuplicateHandle)>("DuplicateHandle", eFalse, {cOutOfMemory}),
-        Row<decltype(&GetModuleHandleExW)>("GetModuleHandleExW", eFalse, {cOutOfMemory}),
-        Row<decltype(&GetModuleFileNameW)>("GetModuleFileNameW", eFalse, {cOutOfMemory}),
-        Row<decltype(&malloc)>("malloc", eFalse, {cOutOfMemory}),
-        Row<decltype(&calloc)>("calloc", eFalse, {cOutOfMemory}),
-        Row<decltype(&realloc)>("realloc", eFalse, {cOutOfMemory}),
-        Row<decltype(&CoTaskMemAlloc)>("CoTaskMemAlloc", eFalse, {cOutOfMemory}),
-        Row<decltype(&CoGetApartmentType)>(
-            "CoGetApartmentType", eResult,
-            {cNoMemory, static_cast<std::uint32_t>(CO_E_NOTINITIALIZED)}),
-        Row<decltype(&CoInitializeEx)>(
-            "CoInitializeEx", eResult,
-            {cNoMemory, static_cast<std::uint32_t>(RPC_E_CHANGED_MODE)}),
-        Row<decltype(&CoIncrementMTAUsage)>("CoIncrementMTAUsage", eResult, {cNoMemory}),
-        Row<decltype(&CoRegisterInitializeSpy)>("CoRegisterInitializeSpy", eResult,
-                                                {cNoMemory}),
-        Row<decltype(&CoRegisterClassObject)>("CoRegisterClassObject", eResult, {cNoMemory}),
-        Row<decltype(&CoRegisterPSClsid)>("CoRegisterPSClsid", eResult, {cNoMemory}),
-        Row<decltype(&CoMarshalInterThreadInterfaceInStream)>(
-            "CoMarshalInterThreadInterfaceInStream", eResult,
-            {cNoMemory, static_cast<std::uint32_t>(E_NOINTERFACE)}),
-        Row<decltype(&CoGetInterfaceAndReleaseStream)>(
-            "CoGetInterfaceAndReleaseStream", eResult,
-            {cNoMemory, static_cast<std::uint32_t>(RPC_E_DISCONNECTED)}),
-        Row<decltype(&CoDisableCallCancellation)>("CoDisableCallCancellation", eResult,
-                                                  {cNoMemory}),
-        Row<decltype(&CoDisconnectObject)>("CoDisconnectObject", eResult, {cNoMemory}),
-    };
-    return functions;
+void CountBlocks(int change) {
+    s_blocks += change;
 }
 
 // ---- The import table ----------------------------------------------------------------------
+
+namespace {
 
 template <typename T>
 T* At(HMODULE module, DWORD offset) {
@@ -235,17 +101,24 @@ void Put(void** pSlot, void* function) {
 
 std::vector<std::pair<void**, void*>> s_patched;
 
+void Lead(HMODULE module, const ImportedFunction& function) {
+    void** const pSlot = FindImport(module, function.name);
+    if (!pSlot)
+        return;
+    *function.original = *pSlot;
+    *function.self = &function;
+    s_patched.emplace_back(pSlot, *pSlot);
+    Put(pSlot, function.replacement);
+}
+
 }  // namespace
 
 FaultInjector::FaultInjector(HMODULE module) {
-    for (const Function& function : Functions()) {
-        void** const pSlot = FindImport(module, function.name);
-        if (!pSlot)
-            continue;
-        *function.original = *pSlot;
-        *function.self = &function;
-        s_patched.emplace_back(pSlot, *pSlot);
-        Put(pSlot, function.replacement);
+    for (const ImportedFunction& function : ImportedFunctions()) {
+        Lead(module, function);
+        // What the module hands out is freed by the program.
+        if (std::string_view(function.name) == "CoTaskMemFree")
+            Lead(GetModuleHandleW(nullptr), function);
     }
 }
 
@@ -259,6 +132,7 @@ FaultInjector::~FaultInjector() {
 void FaultInjector::Count() {
     Disarm();
     s_count = 0;
+    s_writes = 0;
     s_isNoting = true;
 }
 
@@ -273,30 +147,57 @@ void FaultInjector::Arm(std::size_t call, std::size_t code, Repeat repeat) {
     s_isNoting = true;
 }
 
+void FaultInjector::KillAt(std::size_t write, Death death) {
+    Disarm();
+    s_count = 0;
+    s_writes = 0;
+    s_call = write;
+    s_death = death;
+    s_isDeadly = true;
+    s_isNoting = true;
+}
+
 void FaultInjector::Disarm() {
     s_isNoting = false;
     s_isArmed = false;
+    s_isDeadly = false;
     s_failing = nullptr;
 }
 
 std::vector<FailingCall> FaultInjector::Calls() const {
     std::vector<FailingCall> calls;
     for (std::size_t i = 0; i < std::min(s_count.load(), cMostCalls); ++i)
-        calls.push_back({s_calls[i]->name, s_calls[i]->codes});
+        calls.push_back({s_calls[i]->name, s_calls[i]->codes, s_calls[i]->isOnceOnly});
     return calls;
+}
+
+std::size_t FaultInjector::Writes() const {
+    return s_writes;
 }
 
 std::size_t FaultInjector::Injected() const {
     return s_injected;
 }
 
-std::string FaultInjector::Description() const {
-    if (s_injected == 0 || s_call >= cMostCalls)
-        return {};
-    const Function& function = *s_calls[s_call];
-    return "call " + std::to_string(s_call) + ", " + function.name + " fails with " +
-           std::to_string(CodeOf(function)) +
-           (s_repeat == Repeat::eOnce ? " once" : " from then on");
+Fault FaultInjector::First() const {
+    const ImportedFunction& function = *s_calls[s_call];
+    return {function.name, CodeOf(function), s_repeat};
+}
+
+long FaultInjector::Blocks() const {
+    return s_blocks;
+}
+
+std::string CodeText(std::uint32_t code) {
+    char text[16];
+    std::snprintf(text, sizeof text, code < 0x10000 ? "%u" : "0x%08X",
+                  static_cast<unsigned>(code));
+    return text;
+}
+
+std::string Text(const Fault& fault) {
+    return fault.function + " fails with " + CodeText(fault.code) +
+           (fault.repeat == Repeat::eOnce ? " once" : " from then on");
 }
 
 }  // namespace kora4::test
