@@ -7,11 +7,13 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <string>
 #include <thread>
 
+#include "multiprocess/program_arguments.h"
 #include "multiprocess/roles.h"
 #include "multiprocess/watchdog.h"
 #include "platform/handles.h"
@@ -76,6 +78,8 @@ class Watchdog : public testing::EmptyTestEventListener {
 };
 
 Watchdog* s_pWatchdog = nullptr;
+int s_argumentCount = 0;
+char** s_arguments = nullptr;
 
 // Children do not outlive the program, however it ends.
 void TieChildrenToThisProcess() {
@@ -93,6 +97,12 @@ void AllowSeconds(DWORD seconds) {
     s_pWatchdog->Allow(seconds);
 }
 
+unsigned ProgramArgument(int place, unsigned fallback) {
+    return place < s_argumentCount
+               ? static_cast<unsigned>(std::strtoul(s_arguments[place], nullptr, 10))
+               : fallback;
+}
+
 }  // namespace kora4::test
 
 int main(int argc, char** argv) {
@@ -101,6 +111,8 @@ int main(int argc, char** argv) {
     if (argc > 1 && std::strncmp(argv[1], cRoleArgument, length) == 0)
         return RunRole(argv[1] + length);
     testing::InitGoogleMock(&argc, argv);
+    s_argumentCount = argc;
+    s_arguments = argv;
     TieChildrenToThisProcess();
     const DesktopHold desktop;
     // The framework owns its listeners.
