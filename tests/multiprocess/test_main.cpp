@@ -7,13 +7,11 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <string>
 #include <thread>
 
-#include "multiprocess/program_arguments.h"
 #include "multiprocess/roles.h"
 #include "multiprocess/watchdog.h"
 #include "platform/handles.h"
@@ -78,8 +76,6 @@ class Watchdog : public testing::EmptyTestEventListener {
 };
 
 Watchdog* s_pWatchdog = nullptr;
-int s_argumentCount = 0;
-char** s_arguments = nullptr;
 
 // Children do not outlive the program, however it ends.
 void TieChildrenToThisProcess() {
@@ -97,12 +93,6 @@ void AllowSeconds(DWORD seconds) {
     s_pWatchdog->Allow(seconds);
 }
 
-unsigned ProgramArgument(int place, unsigned fallback) {
-    return place < s_argumentCount
-               ? static_cast<unsigned>(std::strtoul(s_arguments[place], nullptr, 10))
-               : fallback;
-}
-
 }  // namespace kora4::test
 
 int main(int argc, char** argv) {
@@ -111,8 +101,6 @@ int main(int argc, char** argv) {
     if (argc > 1 && std::strncmp(argv[1], cRoleArgument, length) == 0)
         return RunRole(argv[1] + length);
     testing::InitGoogleMock(&argc, argv);
-    s_argumentCount = argc;
-    s_arguments = argv;
     TieChildrenToThisProcess();
     const DesktopHold desktop;
     // The framework owns its listeners.
