@@ -11,6 +11,7 @@
 
 #include "multiprocess/apartment_thread.h"
 #include "multiprocess/api_commands.h"
+#include "multiprocess/teardown.h"
 
 namespace kora4::test {
 namespace {
@@ -144,6 +145,8 @@ int RunRole(const std::string& role) {
         return RunPeer();
     if (role == cRestlessRole)
         return RunRestless();
+    if (role == cTeardownRole)
+        return RunTeardown();
     std::cerr << "there is no role " << role << "\n";
     return 2;
 }
