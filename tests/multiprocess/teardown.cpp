@@ -120,6 +120,7 @@ class Teardown {
     void Start();
     void Reach();
     void AwaitCall();
+    void ReleaseDuringCall();
     void RunCallback();
     void AwaitCallback(HRESULT hr);
     void BeBusy();
@@ -158,6 +159,19 @@ void Teardown::AwaitCall() {
     Write();
     m_result.reached = WaitPlainly([before] { return s_armed > before; });
     Sleep(20);
+}
+
+// Nothing gets into a single-threaded apartment meanwhile. In the multithreaded one the call is
+// in the midst of the analysis until the store's mutex is free.
+void Teardown::ReleaseDuringCall() {
+    {
+        const RawTransaction hold;
+        AwaitCall();
+        if (m_cell.released)
+            Release();
+    }
+    if (IsMta())
+        m_since = Now();
 }
 
 // The callback returns that once, and what comes of it is over.
@@ -227,12 +241,7 @@ void Teardown::Reach() {
         case MonitorState::eIdle:
             break;
         case MonitorState::eCallPending:
-            // Nothing gets into a single-threaded apartment meanwhile.
-            m_owner.Run([this] {
-                AwaitCall();
-                if (m_cell.released)
-                    Release();
-            });
+            m_owner.Run([this] { ReleaseDuringCall(); });
             break;
         case MonitorState::eCallbackRuns:
             RunCallback();
