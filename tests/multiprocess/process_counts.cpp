@@ -91,4 +91,20 @@ ProcessCounts ProcessCounts::AtMost(const ProcessCounts& expected) {
     return counts;
 }
 
+std::size_t HeapBytes() {
+    HANDLE heaps[64];
+    const DWORD count = GetProcessHeaps(ARRAYSIZE(heaps), heaps);
+    std::size_t bytes = 0;
+    for (DWORD i = 0; i < count && i < ARRAYSIZE(heaps); ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        HeapLock(heaps[i]);
+        while (HeapWalk(heaps[i], &entry)) {
+            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY)
+                bytes += entry.cbData;
+        }
+        HeapUnlock(heaps[i]);
+    }
+    return bytes;
+}
+
 }  // namespace kora4::test

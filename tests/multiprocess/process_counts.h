@@ -26,6 +26,9 @@ struct ProcessCounts {
     }
 };
 
+// The bytes in use in all heaps of this process: what grows when memory leaks, to the byte.
+std::size_t HeapBytes();
+
 }  // namespace kora4::test
 
 #endif  // KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H
