@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The library's own allocation functions. Those of the C++ runtime throw when there is no memory,
-// also behind `new (std::nothrow)`; a throw needs memory itself, and without any it exhausts the
-// stack of the host. The throwing ones are missing here on purpose: nothing may use them.
+// The library's own allocation functions. Those of the C++ runtime throw when there is no
+// memory, also behind `new (std::nothrow)`; a throw needs memory itself, and without any it
+// exhausts the stack of the host. The throwing ones are missing here on purpose: nothing may
+// use them.
 #include <cstdlib>
 #include <new>
 

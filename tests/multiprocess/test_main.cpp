@@ -111,8 +111,8 @@ int main(int argc, char** argv) {
     testing::InitGoogleMock(&argc, argv);
     const std::size_t timesLength = std::strlen(cTimesArgument);
     if (argc > 1 && std::strncmp(argv[1], cTimesArgument, timesLength) == 0)
-        s_times = std::max(1u, static_cast<unsigned>(
-                                   std::strtoul(argv[1] + timesLength, nullptr, 10)));
+        s_times = std::max(
+            1u, static_cast<unsigned>(std::strtoul(argv[1] + timesLength, nullptr, 10)));
     TieChildrenToThisProcess();
     const DesktopHold desktop;
     // The framework owns its listeners.
