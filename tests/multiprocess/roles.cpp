@@ -11,6 +11,7 @@
 
 #include "multiprocess/apartment_thread.h"
 #include "multiprocess/api_commands.h"
+#include "multiprocess/burst_writer.h"
 #include "multiprocess/teardown.h"
 
 namespace kora4::test {
@@ -118,6 +119,8 @@ int RunRole(const std::string& role) {
         return RunRestless();
     if (role == cTeardownRole)
         return RunTeardown();
+    if (role == cBurstWriterRole)
+        return RunBurstWriter();
     std::cerr << "there is no role " << role << "\n";
     return 2;
 }
