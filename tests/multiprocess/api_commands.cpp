@@ -125,6 +125,34 @@ void WriteRawValue(std::uint32_t technology, std::uint32_t profile, std::uint32_
 
 }  // namespace
 
+std::string RandomCommand(std::mt19937& random) {
+    const auto below = [&](unsigned bound) { return std::to_string(random() % bound); };
+    switch (random() % 11) {
+        case 0:
+            return "SetActiveProfile " + below(9);
+        case 1:
+            return "SetDemoProfileAndEnable 24" + below(3) + " " + below(2);
+        case 2:
+            return "RevertFromDemoMode";
+        case 3:
+            return "RevertActiveProfile";
+        case 4:
+            return "CreateCustomProfile " + std::to_string(3 + random() % 6) + " new";
+        case 5:
+            return "SetCustomProfileName " + std::to_string(3 + random() % 6) + " other";
+        case 6:
+            return "DeleteCustomProfile " + std::to_string(3 + random() % 6);
+        case 7:
+            return "SetGraphicEQData " + std::to_string(1 + random() % 40) + " " + below(12);
+        case 8:
+            return "SetSimplePatchValue " + below(6) + " " + below(2);
+        case 9:
+            return "SetTechnologyOnElseOff " + below(6) + " " + below(2);
+        default:
+            return "SetVeltoEnable " + below(2);
+    }
+}
+
 HRESULT RunApiCommand(IVeltoKORA4API& api, const std::string& line) {
     Words words(line);
     const auto found = ApiCommands().find(Next<std::string>(words));

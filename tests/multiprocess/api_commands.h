@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <random>
 #include <string>
 
 #include "support/com_client.h"
@@ -16,6 +17,9 @@ namespace kora4::test {
 // "SetSimplePatchValue <technology> <value>", "SetGraphicEQData <bands> <first gain>".
 // E_NOTIMPL: there is no such command.
 HRESULT RunApiCommand(IVeltoKORA4API& api, const std::string& line);
+
+// Every kind of change, with a random choice of its arguments.
+std::string RandomCommand(std::mt19937& random);
 
 // A writer that does not use the library. Technologies are numbered as in the API; a value
 // is a small whole number, for the equalizer the gain of its only band.

@@ -15,6 +15,7 @@ namespace {
 constexpr int cWarmUp = 10;
 constexpr int cRounds = 3;
 constexpr std::size_t cPlatformHandles = 2;
+constexpr std::size_t cPlatformBytes = 4096;
 constexpr int cObjectCycles = 500;
 constexpr int cPendingCycles = 100;
 constexpr int cLoadCycles = 2000;
@@ -24,11 +25,13 @@ class Cycles : public testing::TestWithParam<OwnerKind> {
   protected:
     // Runs the cycle on the owner's thread.
     void ExpectNothingLeft(int cycles, const std::function<void(int)>& cycle) {
+        cycles *= static_cast<int>(Times());
         const auto run = [&](int count) {
             for (int i = 0; i < count && !HasFailure(); ++i)
                 m_owner.Run([&] { cycle(i); });
         };
         run(cWarmUp);
+        const std::size_t bytes = HeapBytes();
         const ProcessCounts before = ProcessCounts::Now();
         ASSERT_NE(0u, before.handles);
         ASSERT_NE(0u, before.threads);
@@ -45,6 +48,8 @@ class Cycles : public testing::TestWithParam<OwnerKind> {
         EXPECT_LE(after.handles, before.handles + cPlatformHandles);
         EXPECT_LE(after.threads, before.threads);
         EXPECT_EQ(after.nextTlsIndex, before.nextTlsIndex);
+        // A byte in each cycle shows in a long run, sixteen of them in a short one.
+        EXPECT_LE(HeapBytes(), bytes + cPlatformBytes);
     }
 
     RawStore m_store;

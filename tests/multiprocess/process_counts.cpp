@@ -37,7 +37,7 @@ using QuerySystem = NTSTATUS(NTAPI*)(ULONG kind, void* pData, ULONG size, ULONG*
 constexpr ULONG cExtendedHandles = 64;
 constexpr NTSTATUS cTooSmall = static_cast<NTSTATUS>(0xC0000004);
 
-std::size_t CountHandles() {
+std::size_t CountHandles(DWORD processId) {
     const auto query = std::bit_cast<QuerySystem>(
         GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation"));
     std::vector<ULONG_PTR> memory(0x4000);
@@ -53,18 +53,18 @@ std::size_t CountHandles() {
     const auto* const pTable = reinterpret_cast<const HandleTable*>(memory.data());
     std::size_t handles = 0;
     for (ULONG_PTR i = 0; i < pTable->count; ++i)
-        handles += pTable->entries[i].processId == GetCurrentProcessId();
+        handles += pTable->entries[i].processId == processId;
     return handles;
 }
 
-std::size_t CountThreads() {
+std::size_t CountThreads(DWORD processId) {
     const UniqueHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
     THREADENTRY32 entry{};
     entry.dwSize = sizeof entry;
     std::size_t threads = 0;
     for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
          more = Thread32Next(snapshot.Get(), &entry))
-        threads += entry.th32OwnerProcessID == GetCurrentProcessId();
+        threads += entry.th32OwnerProcessID == processId;
     return threads;
 }
 
@@ -77,7 +77,12 @@ DWORD NextTlsIndex() {
 }  // namespace
 
 ProcessCounts ProcessCounts::Now() {
-    return {CountHandles(), CountThreads(), NextTlsIndex()};
+    const DWORD processId = GetCurrentProcessId();
+    return {CountHandles(processId), CountThreads(processId), NextTlsIndex()};
+}
+
+ProcessCounts ProcessCounts::Of(DWORD processId) {
+    return {CountHandles(processId), CountThreads(processId), 0};
 }
 
 ProcessCounts ProcessCounts::AtMost(const ProcessCounts& expected) {
@@ -89,6 +94,22 @@ ProcessCounts ProcessCounts::AtMost(const ProcessCounts& expected) {
         },
         nullptr, 3000);
     return counts;
+}
+
+std::size_t HeapBytes() {
+    HANDLE heaps[64];
+    const DWORD count = GetProcessHeaps(ARRAYSIZE(heaps), heaps);
+    std::size_t bytes = 0;
+    for (DWORD i = 0; i < count && i < ARRAYSIZE(heaps); ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        HeapLock(heaps[i]);
+        while (HeapWalk(heaps[i], &entry)) {
+            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY)
+                bytes += entry.cbData;
+        }
+        HeapUnlock(heaps[i]);
+    }
+    return bytes;
 }
 
 }  // namespace kora4::test

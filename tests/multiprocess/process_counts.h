@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What this process has open.
+// What a process has open.
 #ifndef KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H
 #define KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H
 
@@ -9,13 +9,14 @@
 
 namespace kora4::test {
 
-// What of this process grows when something leaks.
+// What of a process grows when something leaks.
 struct ProcessCounts {
     std::size_t handles;
     std::size_t threads;
     DWORD nextTlsIndex;  // indices are given out lowest first
 
-    static ProcessCounts Now();
+    static ProcessCounts Now();                // this process
+    static ProcessCounts Of(DWORD processId);  // another one, whose TLS index is not seen
     // Waits a bounded while for threads that are about to end; gives what is left then.
     static ProcessCounts AtMost(const ProcessCounts& expected);
 
@@ -25,6 +26,9 @@ struct ProcessCounts {
                       << " threads, next TLS index " << counts.nextTlsIndex;
     }
 };
+
+// The bytes in use in all heaps of this process: what grows when memory leaks, to the byte.
+std::size_t HeapBytes();
 
 }  // namespace kora4::test
 

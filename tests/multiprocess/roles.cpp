@@ -12,6 +12,8 @@
 #include "faults/fault_injector.h"
 #include "multiprocess/apartment_thread.h"
 #include "multiprocess/api_commands.h"
+#include "multiprocess/burst_writer.h"
+#include "multiprocess/teardown.h"
 
 namespace kora4::test {
 namespace {
@@ -92,35 +94,6 @@ int RunPeer() {
     return 0;
 }
 
-// Every kind of change, with a random choice of its arguments.
-std::string RandomCommand(std::mt19937& random) {
-    const auto below = [&](unsigned bound) { return std::to_string(random() % bound); };
-    switch (random() % 11) {
-        case 0:
-            return "SetActiveProfile " + below(9);
-        case 1:
-            return "SetDemoProfileAndEnable 24" + below(3) + " " + below(2);
-        case 2:
-            return "RevertFromDemoMode";
-        case 3:
-            return "RevertActiveProfile";
-        case 4:
-            return "CreateCustomProfile " + std::to_string(3 + random() % 6) + " new";
-        case 5:
-            return "SetCustomProfileName " + std::to_string(3 + random() % 6) + " other";
-        case 6:
-            return "DeleteCustomProfile " + std::to_string(3 + random() % 6);
-        case 7:
-            return "SetGraphicEQData " + std::to_string(1 + random() % 40) + " " + below(12);
-        case 8:
-            return "SetSimplePatchValue " + below(6) + " " + below(2);
-        case 9:
-            return "SetTechnologyOnElseOff " + below(6) + " " + below(2);
-        default:
-            return "SetVeltoEnable " + below(2);
-    }
-}
-
 int RunRestless() {
     const Apartment apartment(COINIT_MULTITHREADED);
     const ApiLibrary library;
@@ -174,6 +147,10 @@ int RunRole(const std::string& role) {
         return RunPeer();
     if (role == cRestlessRole)
         return RunRestless();
+    if (role == cTeardownRole)
+        return RunTeardown();
+    if (role == cBurstWriterRole)
+        return RunBurstWriter();
     if (role == cDoomedRole)
         return RunDoomed();
     std::cerr << "there is no role " << role << "\n";

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The main program of the multi-process tests: roles of children, a watchdog for tests that
-// hang, and children that end with it.
+// hang, children that end with it, and --times=N for a longer run.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -21,6 +23,7 @@ namespace kora4::test {
 namespace {
 
 constexpr UINT cHungExitCode = 124;
+constexpr char cTimesArgument[] = "--times=";
 
 // Watches one test at a time; lives as long as the program.
 class Watchdog : public testing::EmptyTestEventListener {
@@ -76,6 +79,7 @@ class Watchdog : public testing::EmptyTestEventListener {
 };
 
 Watchdog* s_pWatchdog = nullptr;
+unsigned s_times = 1;
 
 // Children do not outlive the program, however it ends.
 void TieChildrenToThisProcess() {
@@ -90,7 +94,11 @@ void TieChildrenToThisProcess() {
 }  // namespace
 
 void AllowSeconds(DWORD seconds) {
-    s_pWatchdog->Allow(seconds);
+    s_pWatchdog->Allow(seconds * s_times);
+}
+
+unsigned Times() {
+    return s_times;
 }
 
 }  // namespace kora4::test
@@ -101,6 +109,10 @@ int main(int argc, char** argv) {
     if (argc > 1 && std::strncmp(argv[1], cRoleArgument, length) == 0)
         return RunRole(argv[1] + length);
     testing::InitGoogleMock(&argc, argv);
+    const std::size_t timesLength = std::strlen(cTimesArgument);
+    if (argc > 1 && std::strncmp(argv[1], cTimesArgument, timesLength) == 0)
+        s_times = std::max(
+            1u, static_cast<unsigned>(std::strtoul(argv[1] + timesLength, nullptr, 10)));
     TieChildrenToThisProcess();
     const DesktopHold desktop;
     // The framework owns its listeners.
