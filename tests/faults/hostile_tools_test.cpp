@@ -29,9 +29,9 @@ namespace {
 using tools::ExitCode;
 using Words = std::vector<std::string>;
 
-constexpr std::uint32_t cStores = 60;
-constexpr std::uint32_t cFreshEvery = 50;    // a store forgets its damage then
-constexpr std::uint32_t cProcessEvery = 20;  // with a tool in a process of its own
+constexpr std::uint32_t cStores = 20;
+constexpr std::uint32_t cFreshEvery = 10;    // a store forgets its damage then
+constexpr std::uint32_t cProcessEvery = 10;  // with a tool in a process of its own
 constexpr std::size_t cReadingsOfAStore = 6;
 constexpr int cWritesOfAStore = 3;
 constexpr ULONGLONG cInTime = 20000;  // milliseconds, a busy machine's included
