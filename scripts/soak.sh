@@ -10,6 +10,11 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 runs=(
   "model|model_test|200000"
   "overtaken|overtaken_test|200000"
+  "stores|random_store_test|10000"
+  "tool-stores|hostile_tools_test|10000"
+  "bursts|process_burst_test|--times=100"
+  "cycles|process_cycles_test|--times=20"
+  "everything|process_everything_test|--times=720"
 )
 
 names() { printf '%s\n' "${runs[@]%%|*}" | paste -sd' '; }

@@ -69,7 +69,7 @@ sub headers {
 # --- files: a file is named after what it holds, and a folder stays small enough to take in --
 
 # Programs and the library begin in these.
-my $entry_point = qr{(^|/)(main|hot_paths|exports|allocation)\.cpp$|(^|/)proxy_dll\.c$|^sdk/samples/};
+my $entry_point = qr{(^|/)(main|hot_paths|exports|module_allocation)\.cpp$|(^|/)proxy_dll\.c$|^sdk/samples/};
 
 # Files that implement a header of another name.
 my %header_of = (

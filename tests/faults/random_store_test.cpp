@@ -14,7 +14,7 @@
 namespace kora4::test {
 namespace {
 
-constexpr std::uint32_t cStores = 2000;
+constexpr std::uint32_t cStores = 1000;
 constexpr std::uint32_t cNotifiedEvery = 8;
 // A store forgets its damage after so many rounds: values that are absent come back.
 constexpr std::uint32_t cFreshEvery = 100;
