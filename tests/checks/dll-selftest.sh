@@ -29,11 +29,15 @@ echo '__declspec(dllexport) int One(void) { return 1; }' >one.c
 "$gcc" -shared -s -o foreign.dll foreign.c -L. -lother
 "$gcc" -shared -s -o one.dll one.c
 "$gcc" -shared -g -o symbols.dll one.c
+echo '#include <windows.h>
+__declspec(dllexport) void One(void) { RaiseException(1, 0, 0, 0); }' >throwing.c
+"$gcc" -shared -s -o throwing.dll throwing.c
 echo One >exports.txt
 
 expect 0 '0 findings' one.dll exports.txt 100000
 expect 1 'exports Other instead of One' other.dll exports.txt 100000
 expect 1 'imports other.dll' foreign.dll exports.txt 100000
+expect 1 'imports RaiseException' throwing.dll exports.txt 100000
 expect 1 '1000 are allowed' one.dll exports.txt 1000
 expect 1 'debug information' symbols.dll exports.txt 1000000
 expect 0 '0 findings' symbols.dll exports.txt 0

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# dll.sh LIBRARY EXPORTS MAX_BYTES: checks the exports, imports and size of the built library.
+# dll.sh LIBRARY EXPORTS MAX_BYTES: checks the exports, imports and size of the built library, and
+# that nothing in it can throw.
 # EXPORTS is a file with one name per line. MAX_BYTES 0 allows any size.
 set -euo pipefail
 library=$1 exports=$2 max=$3
@@ -27,6 +28,13 @@ imports=$(sed -n 's/^.*DLL Name: *//p' <<<"$table" | tr 'A-Z' 'a-z')
 [ -n "$imports" ] || complain "has no import table"
 for import in $imports; do
   [[ $system == *" $import "* ]] || complain "imports $import, which is not part of the system"
+done
+
+# What throws where there is no memory ends the host.
+for function in RaiseException RtlUnwindEx; do
+  if grep -qE "[[:space:]]$function\$" <<<"$table"; then
+    complain "imports $function: something in it can throw"
+  fi
 done
 
 bytes=$(stat -c %s "$library")

@@ -52,6 +52,7 @@ using ApiCommand = std::function<HRESULT(IVeltoKORA4API&, Words&)>;
 
 const std::map<std::string, ApiCommand>& ApiCommands() {
     static const std::map<std::string, ApiCommand> commands = {
+        {"Initialize", [](auto& api, auto&) { return api.Initialize(); }},
         {"SetActiveProfile",
          [](auto& api, auto& words) { return api.SetActiveProfile(Next<LONG>(words)); }},
         {"RevertActiveProfile", [](auto& api, auto&) { return api.RevertActiveProfile(); }},
@@ -65,6 +66,15 @@ const std::map<std::string, ApiCommand>& ApiCommands() {
          [](auto& api, auto&) { return api.ForceRevertFromDemoMode(); }},
         {"SetVeltoEnable",
          [](auto& api, auto& words) { return api.SetVeltoEnable(Next<BOOL>(words)); }},
+        {"ToggleVeltoEnable",
+         [](auto& api, auto&) {
+             BOOL enable = FALSE;
+             return api.ToggleVeltoEnable(&enable);
+         }},
+        {"SetVisualizationSamplingPeriod",
+         [](auto& api, auto& words) {
+             return api.SetVisualizationSamplingPeriod(Next<ULONG>(words));
+         }},
         {"SetTechnologyOnElseOff",
          [](auto& api, auto& words) {
              const KORA4APITechnology technology = NextTechnology(words);

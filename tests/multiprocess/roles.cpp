@@ -9,6 +9,7 @@
 #include <random>
 #include <sstream>
 
+#include "faults/fault_injector.h"
 #include "multiprocess/apartment_thread.h"
 #include "multiprocess/api_commands.h"
 #include "multiprocess/burst_writer.h"
@@ -110,6 +111,35 @@ int RunRestless() {
     return 0;
 }
 
+int RunDoomed() {
+    const Apartment apartment(COINIT_MULTITHREADED);
+    const ApiLibrary library;
+    const Microsoft::WRL::ComPtr<IVeltoKORA4API> spApi = library.Create();
+    FaultInjector injector(GetModuleHandleW(L"QXA64T.dll"));
+    Answer("ready");
+    for (std::string line; std::getline(std::cin, line);) {
+        std::istringstream words(line);
+        std::string first;
+        words >> first;
+        if (first == "die") {
+            std::string when;
+            std::size_t write = 0;
+            words >> when >> write;
+            injector.KillAt(write, when == "before" ? Death::eBefore : Death::eAfter);
+        } else if (first == "count") {
+            injector.Count();
+        } else {
+            words.seekg(0);
+        }
+        std::string command;
+        std::getline(words >> std::ws, command);
+        const HRESULT hr = RunApiCommand(*spApi.Get(), command);
+        Answer(first == "count" ? std::to_string(injector.Writes()) : ResultText(hr));
+        injector.Disarm();
+    }
+    return 0;
+}
+
 }  // namespace
 
 int RunRole(const std::string& role) {
@@ -121,6 +151,8 @@ int RunRole(const std::string& role) {
         return RunTeardown();
     if (role == cBurstWriterRole)
         return RunBurstWriter();
+    if (role == cDoomedRole)
+        return RunDoomed();
     std::cerr << "there is no role " << role << "\n";
     return 2;
 }

@@ -23,6 +23,13 @@ inline constexpr char cPeerRole[] = "peer";
 // Says "ready", waits for a line with the seed of its random choices, and goes on.
 inline constexpr char cRestlessRole[] = "restless";
 
+// A client with one object, that is not initialised yet. Says "ready"; then, line by line:
+//   NAME ...                   see RunApiCommand; the result
+//   count NAME ...             the same; how many registry writes it made
+//   die before|after N NAME ...   ends without any goodbye, with the code cKilled, before or
+//                              after registry write N, the first is 0
+inline constexpr char cDoomedRole[] = "doomed";
+
 // The exit code of the role.
 int RunRole(const std::string& role);
 
