@@ -14,6 +14,11 @@ runs=(
   "killed-writers|process_kill_test|10000 1"
   "killed-loads|ctl_kill_test|1"
   "killed-loads-at-random|ctl_random_kill_test|10000"
+  "stores|random_store_test|10000"
+  "tool-stores|hostile_tools_test|10000"
+  "bursts|process_burst_test|--times=100"
+  "cycles|process_cycles_test|--times=20"
+  "everything|process_everything_test|--times=720"
 )
 
 names() { printf '%s\n' "${runs[@]%%|*}" | paste -sd' '; }

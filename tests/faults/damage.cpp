@@ -144,6 +144,13 @@ DWORD Damage::OtherType() {
     return cTypes[Pick(std::size(cTypes))];
 }
 
+std::size_t Damage::NextLength() {
+    constexpr std::uint32_t cLengths = 65537;  // a prime: every step goes through all
+    constexpr std::uint32_t cStep = 40503;
+    m_length = (m_length + cStep) % cLengths;
+    return m_length;
+}
+
 Bytes Damage::RandomBytes(std::size_t size) {
     Bytes bytes(size);
     for (std::uint8_t& byte : bytes)
@@ -252,7 +259,7 @@ void Damage::Apply(StoreKeys& keys, const SchemaValue& value) {
     constexpr std::size_t cSizes[] = {0, 1, 3, 5, 8};
     DWORD type = REG_NONE;
     Bytes data = RightBytes(value.kind, &type);
-    switch (Pick(12)) {
+    switch (Pick(14)) {
         case 0:
             keys.Delete(value.key, value.name);
             return;
@@ -278,6 +285,14 @@ void Damage::Apply(StoreKeys& keys, const SchemaValue& value) {
         case 6:
             type = OtherType();
             data = RandomBytes(Pick(64));
+            break;
+        case 7:  // of the right type or another
+            if (OneIn(2))
+                type = OtherType();
+            data = RandomBytes(NextLength());
+            break;
+        case 8:  // a beginning that is right
+            data.resize(NextLength(), 0x30);
             break;
         default:
             break;

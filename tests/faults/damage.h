@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any value of the store, damaged in any way: absent, of another type or size, without a
-// terminator, too long, empty, garbage, lying about its own size - or right.
+// Any value of the store, damaged in any way: absent, of another type, of any length up to
+// 65,536 bytes, without a terminator, empty, garbage, lying about its own size - or right.
 #ifndef KORA4_TESTS_FAULTS_DAMAGE_H
 #define KORA4_TESTS_FAULTS_DAMAGE_H
 
@@ -56,7 +56,11 @@ class Damage {
     std::wstring ArrayText(bool flags);
     Bytes Blob();
 
+    // Each from 0 to 65,536, once before any comes again.
+    std::size_t NextLength();
+
     std::mt19937 m_random;
+    std::uint32_t m_length = 0;
 };
 
 }  // namespace kora4::test

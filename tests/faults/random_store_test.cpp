@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Thousands of damaged stores under the built library.
-//
-// KORA4_SEED and KORA4_STORES in the environment repeat a run or make a longer one.
+// Thousands of damaged stores under the built library: random_store_test [STORES [SEED]].
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -16,16 +14,13 @@
 namespace kora4::test {
 namespace {
 
-constexpr std::uint32_t cStores = 2000;
+constexpr std::uint32_t cStores = 1000;
 constexpr std::uint32_t cNotifiedEvery = 8;
 // A store forgets its damage after so many rounds: values that are absent come back.
 constexpr std::uint32_t cFreshEvery = 100;
 
-std::uint32_t FromEnvironment(const char* name, std::uint32_t fallback) {
-    const char* const text = std::getenv(name);
-    return text && *text ? static_cast<std::uint32_t>(std::strtoul(text, nullptr, 0))
-                         : fallback;
-}
+std::uint32_t s_stores = cStores;
+std::uint32_t s_seed = std::random_device{}();
 
 // No line leaves the library, except now and then through every category. The word itself
 // may be damaged, but never asks for files.
@@ -43,10 +38,10 @@ void SetTraceWord(StoreKeys& keys, Damage& damage) {
 }
 
 TEST(RandomStore, EveryMethodCopesWithAnyStore) {
-    const std::uint32_t seed = FromEnvironment("KORA4_SEED", std::random_device{}());
-    const std::uint32_t stores = FromEnvironment("KORA4_STORES", cStores);
-    std::printf("KORA4_SEED=%u KORA4_STORES=%u\n", static_cast<unsigned>(seed),
-                static_cast<unsigned>(stores));
+    const std::uint32_t seed = s_seed;
+    const std::uint32_t stores = s_stores;
+    std::printf("%u stores, seed %u\n", static_cast<unsigned>(stores),
+                static_cast<unsigned>(seed));
     std::fflush(stdout);
 
     const Apartment apartment(COINIT_APARTMENTTHREADED);
@@ -77,3 +72,12 @@ TEST(RandomStore, EveryMethodCopesWithAnyStore) {
 
 }  // namespace
 }  // namespace kora4::test
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (argc > 1)
+        kora4::test::s_stores = std::strtoul(argv[1], nullptr, 10);
+    if (argc > 2)
+        kora4::test::s_seed = std::strtoul(argv[2], nullptr, 10);
+    return RUN_ALL_TESTS();
+}

@@ -142,7 +142,7 @@ std::optional<StoredValue> StoreKeys::Read(Key key, const std::wstring& name) co
 
 std::map<std::wstring, StoredValue> StoreKeys::Everything() const {
     std::map<std::wstring, StoredValue> values;
-    std::vector<std::uint8_t> data(16384);
+    std::vector<std::uint8_t> data(0x20000);
     for (std::size_t i = 0; i < m_keys.size(); ++i) {
         for (DWORD index = 0;; ++index) {
             wchar_t name[256];

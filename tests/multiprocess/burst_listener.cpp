@@ -22,10 +22,10 @@ HRESULT BurstListener::Complain(const std::string& what) {
     return S_OK;
 }
 
-// A group is told without anything in between.
-void BurstListener::BeginCall(int isOfGroup) {
+// Of anything but a group, which is told without that in between.
+void BurstListener::BeginCall() {
     ++m_shown.calls;
-    if (!isOfGroup && m_groupAt != 0) {
+    if (m_groupAt != 0) {
         Complain("a group was told in part");
         m_groupAt = 0;
     }
@@ -55,20 +55,20 @@ std::string BurstListener::Complaint() const {
 
 STDMETHODIMP BurstListener::OnActiveProfileChange(LONG) {
     const Hold hold(m_mutex);
-    BeginCall(false);
+    BeginCall();
     return Complain("told a profile that nobody has changed");
 }
 
 STDMETHODIMP BurstListener::OnEnableStateChange(BOOL onElseOff) {
     const Hold hold(m_mutex);
-    BeginCall(false);
+    BeginCall();
     const bool before = std::exchange(m_shown.writers.enable, onElseOff != FALSE);
     return Check(before != m_shown.writers.enable, "told the same enable twice");
 }
 
 STDMETHODIMP BurstListener::OnCustomProfileTableChange() {
     const Hold hold(m_mutex);
-    BeginCall(false);
+    BeginCall();
     ++m_shown.tables;
     return S_OK;
 }
@@ -76,7 +76,7 @@ STDMETHODIMP BurstListener::OnCustomProfileTableChange() {
 STDMETHODIMP BurstListener::OnTechnologyOnElseOffChange(KORA4APITechnology technology,
                                                         BOOL onElseOff) {
     const Hold hold(m_mutex);
-    BeginCall(false);
+    BeginCall();
     if (technology != cGroup[0])
         return Complain("told the switch of technology " + std::to_string(technology) +
                         ", which only the client itself has changed");
@@ -106,7 +106,7 @@ STDMETHODIMP BurstListener::OnSimplePatchValueChange(KORA4PatchValueUnion* pPatc
     const bool isShared = pPatchValue->m_technology == cShared;
     // The shared one has its place in the midst of a group.
     if (isSingle)
-        BeginCall(false);
+        BeginCall();
     else
         ++m_shown.calls;
     if (isShared) {
@@ -124,7 +124,7 @@ STDMETHODIMP BurstListener::OnSimplePatchValueChange(KORA4PatchValueUnion* pPatc
 
 STDMETHODIMP BurstListener::OnGraphicEQChange(GraphicEQData*) {
     const Hold hold(m_mutex);
-    BeginCall(false);
+    BeginCall();
     return Complain("told an equalizer that only the client itself has changed");
 }
 

@@ -52,14 +52,13 @@ class BurstListener final : public Counted<IVeltoKORA4APICallback> {
     HRESULT Complain(const std::string& what);
     HRESULT Check(bool holds, const std::string& what) { return holds ? S_OK : Complain(what); }
     HRESULT HearGroup(KORA4APITechnology technology, std::uint32_t stamp);
-    void BeginCall(int place);
+    void BeginCall();
 
     const bool m_onOneThread;
     mutable std::mutex m_mutex;
     Shown m_shown;
     std::uint32_t m_read = 0;
     std::size_t m_groupAt = 0;  // of the group, what must be told next
-    int m_place = 0;            // of the last call, in the order of a pass
     std::string m_complaint;
 };
 
