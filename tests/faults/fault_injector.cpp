@@ -5,9 +5,6 @@
 #include <atomic>
 #include <cstdio>
 #include <string_view>
-#include <utility>
-
-#include "faults/failing_functions.h"
 
 namespace kora4::test {
 namespace {
@@ -65,53 +62,15 @@ void CountBlocks(int change) {
 
 // ---- The import table ----------------------------------------------------------------------
 
-namespace {
-
-template <typename T>
-T* At(HMODULE module, DWORD offset) {
-    return reinterpret_cast<T*>(reinterpret_cast<std::uint8_t*>(module) + offset);
-}
-
-// The entry of the import table for a function; null when the module does not import it.
-void** FindImport(HMODULE module, std::string_view function) {
-    const auto* const pDos = At<const IMAGE_DOS_HEADER>(module, 0);
-    const auto* const pHeaders =
-        At<const IMAGE_NT_HEADERS64>(module, static_cast<DWORD>(pDos->e_lfanew));
-    const DWORD imports =
-        pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    for (const auto* pDll = At<const IMAGE_IMPORT_DESCRIPTOR>(module, imports);
-         pDll->OriginalFirstThunk != 0; ++pDll) {
-        const auto* pName = At<const std::uint64_t>(module, pDll->OriginalFirstThunk);
-        auto* pSlot = At<void*>(module, pDll->FirstThunk);
-        for (; *pName != 0; ++pName, ++pSlot)
-            if (!(*pName & IMAGE_ORDINAL_FLAG64) &&
-                At<const IMAGE_IMPORT_BY_NAME>(module, static_cast<DWORD>(*pName))->Name ==
-                    function)
-                return pSlot;
-    }
-    return nullptr;
-}
-
-void Put(void** pSlot, void* function) {
-    DWORD before = 0;
-    VirtualProtect(pSlot, sizeof function, PAGE_READWRITE, &before);
-    *pSlot = function;
-    VirtualProtect(pSlot, sizeof function, before, &before);
-}
-
-std::vector<std::pair<void**, void*>> s_patched;
-
-void Lead(HMODULE module, const ImportedFunction& function) {
-    void** const pSlot = FindImport(module, function.name);
+void FaultInjector::Lead(HMODULE module, const ImportedFunction& function) {
+    const std::uintptr_t* const pSlot = FindImport(module, function.name);
     if (!pSlot)
         return;
-    *function.original = *pSlot;
+    *function.original = reinterpret_cast<void*>(*pSlot);
     *function.self = &function;
-    s_patched.emplace_back(pSlot, *pSlot);
-    Put(pSlot, function.replacement);
+    m_redirections.emplace_back(module, function.name,
+                                reinterpret_cast<void (*)()>(function.replacement));
 }
-
-}  // namespace
 
 FaultInjector::FaultInjector(HMODULE module) {
     for (const ImportedFunction& function : ImportedFunctions()) {
@@ -124,9 +83,6 @@ FaultInjector::FaultInjector(HMODULE module) {
 
 FaultInjector::~FaultInjector() {
     Disarm();
-    for (const auto& [pSlot, original] : s_patched)
-        Put(pSlot, original);
-    s_patched.clear();
 }
 
 void FaultInjector::Count() {

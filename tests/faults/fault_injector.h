@@ -8,8 +8,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <string>
 #include <vector>
+
+#include "faults/failing_functions.h"
+#include "support/import_redirection.h"
 
 namespace kora4::test {
 
@@ -67,6 +71,11 @@ class FaultInjector {
     // The blocks of memory that the module has allocated and neither it nor the program, which
     // gets some handed out, has freed since the import table was changed.
     long Blocks() const;
+
+  private:
+    void Lead(HMODULE module, const ImportedFunction& function);
+
+    std::list<ImportRedirection> m_redirections;
 };
 
 // For example "RegSetKeyValueW fails with 5 once".

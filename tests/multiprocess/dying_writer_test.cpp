@@ -3,17 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <random>
 #include <string>
 
 #include "multiprocess/child_process.h"
 #include "multiprocess/owner_parameter.h"
-#include "multiprocess/program_arguments.h"
 #include "multiprocess/roles.h"
 #include "multiprocess/watchdog.h"
 #include "multiprocess/working_store.h"
+#include "support/program_arguments.h"
 
 namespace kora4::test {
 namespace {
@@ -49,7 +48,7 @@ class DyingWriters : public testing::Test {
     }
 
     const unsigned m_kills = ProgramArgument(1, 200);
-    const unsigned m_seed = ProgramArgument(3, static_cast<unsigned>(std::time(nullptr)));
+    const unsigned m_seed = SeedArgument(3);
     RawStore m_store;
     ApiLibrary m_library;
     ApartmentThread m_owner{OwnerKind::eStaPumping};

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <random>
 #include <string>
@@ -15,10 +14,10 @@
 #include "multiprocess/api_commands.h"
 #include "multiprocess/child_process.h"
 #include "multiprocess/owner_parameter.h"
-#include "multiprocess/program_arguments.h"
 #include "multiprocess/roles.h"
 #include "multiprocess/watchdog.h"
 #include "multiprocess/working_store.h"
+#include "support/program_arguments.h"
 
 namespace kora4::test {
 namespace {
@@ -168,7 +167,7 @@ class KilledWriters : public testing::Test {
     }
 
     const unsigned m_each = ProgramArgument(2, 1);
-    const unsigned m_seed = ProgramArgument(3, static_cast<unsigned>(std::time(nullptr)));
+    const unsigned m_seed = SeedArgument(3);
     unsigned m_considered = std::mt19937(m_seed)() % m_each;
     RawStore m_store;
     StoreKeys m_keys;

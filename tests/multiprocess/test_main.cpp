@@ -14,7 +14,6 @@
 #include <string>
 #include <thread>
 
-#include "multiprocess/program_arguments.h"
 #include "multiprocess/roles.h"
 #include "multiprocess/watchdog.h"
 #include "platform/handles.h"
@@ -81,8 +80,6 @@ class Watchdog : public testing::EmptyTestEventListener {
 
 Watchdog* s_pWatchdog = nullptr;
 unsigned s_times = 1;
-int s_argumentCount = 0;
-char** s_arguments = nullptr;
 
 // Children do not outlive the program, however it ends.
 void TieChildrenToThisProcess() {
@@ -104,12 +101,6 @@ unsigned Times() {
     return s_times;
 }
 
-unsigned ProgramArgument(int place, unsigned fallback) {
-    return place < s_argumentCount
-               ? static_cast<unsigned>(std::strtoul(s_arguments[place], nullptr, 10))
-               : fallback;
-}
-
 }  // namespace kora4::test
 
 int main(int argc, char** argv) {
@@ -122,8 +113,6 @@ int main(int argc, char** argv) {
     if (argc > 1 && std::strncmp(argv[1], cTimesArgument, timesLength) == 0)
         s_times = std::max(
             1u, static_cast<unsigned>(std::strtoul(argv[1] + timesLength, nullptr, 10)));
-    s_argumentCount = argc;
-    s_arguments = argv;
     TieChildrenToThisProcess();
     const DesktopHold desktop;
     // The framework owns its listeners.

@@ -85,6 +85,12 @@ class BrokenLoad : public StoreTest {
         ExpectMoved(m_load.counters, broken);
         EXPECT_FALSE(HasJournal());
     }
+    // The same, when part of it was there already, by which counters had moved or had not.
+    void ExpectPutBack() {
+        DoctorOnLoad();
+        ExpectRecovered(m_stores.before);
+        EXPECT_FALSE(HasJournal());
+    }
     // After a break among the counters: everything is there, and is announced.
     void ExpectFinished() {
         const StoreValues broken = ReadStoreValues();

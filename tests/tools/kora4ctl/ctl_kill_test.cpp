@@ -1,5 +1,12 @@
 // SPDX-License-Identifier: MIT
-// kora4ctl load that dies at each place in turn.
+// kora4ctl load, and doctor after it, that die at each place in turn.
+//
+// ctl_kill_test [EACH [SEED]]: of the places where values are put back every EACH-th
+// (default: 40), the first of them chosen at random.
+#include <cstdio>
+#include <random>
+
+#include "support/program_arguments.h"
 #include "tools/kora4ctl/broken_load.h"
 
 namespace kora4::test {
@@ -10,6 +17,17 @@ class KilledLoad : public BrokenLoad, public testing::WithParamInterface<Scope> 
     void SetUp() override {
         BrokenLoad::SetUp();
         Prepare(GetParam());
+    }
+
+    // The places from `first` to `last` that are looked at.
+    static std::vector<std::size_t> Some(std::size_t first, std::size_t last) {
+        const unsigned each = ProgramArgument(1, 40);
+        const unsigned seed = SeedArgument(2);
+        std::vector<std::size_t> places;
+        for (std::size_t n = first + std::mt19937(seed)() % each; n <= last; n += each)
+            places.push_back(n);
+        std::printf("%zu of %zu places, seed %u\n", places.size(), last + 1 - first, seed);
+        return places;
     }
 
     // How many values are those of the document already.
@@ -47,6 +65,33 @@ TEST_P(KilledLoad, BehindTheLastWriteIsFinishedByDoctor) {
     EXPECT_TRUE(HasJournal());
     ExpectStore(m_load.after);
     ExpectFinished();
+}
+
+// The last value is refused, and all others are put back; then what moves counters.
+TEST_P(KilledLoad, WhilePuttingBackIsMendedByDoctor) {
+    for (const std::size_t n : Some(1, m_load.changes - 1)) {
+        if (HasFailure())
+            break;
+        SCOPED_TRACE("dies before it puts back number " + std::to_string(n));
+        const ToolResult result =
+            LoadWith(At("fail", m_load.changes) + " " + At("die", m_load.changes + n));
+        EXPECT_EQ(cDied, result.exitCode) << result;
+        EXPECT_TRUE(HasJournal());
+        ExpectPutBack();
+    }
+}
+
+TEST_P(KilledLoad, WhoseDoctorDiesTooIsMendedByTheNext) {
+    for (const std::size_t n : Some(1, m_load.changes - 1)) {
+        if (HasFailure())
+            break;
+        SCOPED_TRACE("doctor dies before write " + std::to_string(n));
+        EXPECT_EQ(cDied, LoadWith(At("die", m_load.changes)).exitCode);
+        const ToolResult result = RunTool(cFaulty, {"doctor"}, {}, Faults(At("die", n)));
+        EXPECT_EQ(cDied, result.exitCode) << result;
+        EXPECT_TRUE(HasJournal());
+        ExpectPutBack();
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Scopes, KilledLoad, testing::Values(Scope::eUser, Scope::eAll),

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl load that is killed at any moment.
 //
-// KORA4_SEED in the environment repeats a run.
+// ctl_random_kill_test [KILLS [SEED]]
 #include <cstdio>
-#include <cstdlib>
 #include <random>
 
+#include "support/program_arguments.h"
 #include "tools/kora4ctl/broken_load.h"
 
 namespace kora4::test {
@@ -64,20 +64,18 @@ class RandomlyKilledLoad : public BrokenLoad {
 };
 
 TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
-    constexpr int cKills = 200;
-    const char* const given = std::getenv("KORA4_SEED");
-    const auto seed = given ? static_cast<std::uint32_t>(std::strtoul(given, nullptr, 0))
-                            : std::random_device{}();
+    const unsigned kills = ProgramArgument(1, 200);
+    const unsigned seed = SeedArgument(2);
     std::mt19937 random(seed);
     const Times times = Measure();
-    std::printf("KORA4_SEED=%u, a load takes %.0f ms and writes for %.0f ms\n",
-                static_cast<unsigned>(seed), times.whole, times.writing);
+    std::printf("%u kills, seed %u, a load takes %.0f ms and writes for %.0f ms\n", kills, seed,
+                times.whole, times.writing);
     bool isNew = false;
-    int journals = 0;
-    int undone = 0;
-    int finished = 0;
-    for (int i = 0; i < cKills && !HasFailure(); ++i) {
-        SCOPED_TRACE("KORA4_SEED=" + std::to_string(seed) + ", kill " + std::to_string(i));
+    unsigned journals = 0;
+    unsigned undone = 0;
+    unsigned finished = 0;
+    for (unsigned i = 0; i < kills && !HasFailure(); ++i) {
+        SCOPED_TRACE("seed " + std::to_string(seed) + ", kill " + std::to_string(i));
         const StoreValues& old = isNew ? m_stores.after : m_stores.before;
         const StoreValues& wanted = isNew ? m_stores.before : m_stores.after;
         {
@@ -108,9 +106,9 @@ TEST_F(RandomlyKilledLoad, IsMendedByDoctorWheneverItHappens) {
         finished += words.find("announced") != std::string::npos;
         isNew = isNew != isDone;
     }
-    std::printf("%d left a journal: %d undone, %d finished\n", journals, undone, finished);
+    std::printf("%u left a journal: %u undone, %u finished\n", journals, undone, finished);
     // Otherwise nothing was tried.
-    EXPECT_LT(cKills / 10, undone);
+    EXPECT_LT(kills / 10, undone);
 }
 
 }  // namespace
