@@ -56,11 +56,21 @@ function(kora4_add_test_program name)
   endif()
 endfunction()
 
-# kora4_add_test(NAME SOURCES ... [LINK ...] [TIMEOUT s] [LABELS ...] [ARGS ...]): a program
+# kora4_add_to_kit(NAME SECONDS ARGUMENTS): a program that the self-test kit runs.
+function(kora4_add_to_kit name seconds arguments)
+  set_property(GLOBAL APPEND PROPERTY KORA4_KIT_TARGETS ${name})
+  set_property(GLOBAL APPEND_STRING PROPERTY KORA4_KIT_LINES
+    "${name}|${seconds}|${arguments}\n")
+endfunction()
+
+# kora4_add_test(NAME SOURCES ... [LINK ...] [TIMEOUT s] [LABELS ...] [ARGS ...]
+#                [KIT_ARGS ...] [NOT_IN_KIT reason]): a program
 # that CTest runs as native.NAME or, for Windows builds, as wine.NAME in a Wine prefix that
 # no other test uses at that time. Under Wine the working directory is a folder of its own.
+# It is part of the self-test kit (tests/selftest), with the arguments for there, unless there
+# is a reason.
 function(kora4_add_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;LABELS;ARGS" ${ARGN})
+  cmake_parse_arguments(TEST "" "TIMEOUT;NOT_IN_KIT" "SOURCES;LINK;LABELS;ARGS;KIT_ARGS" ${ARGN})
   kora4_add_test_program(${name} SOURCES ${TEST_SOURCES} LINK ${TEST_LINK})
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 900)
@@ -72,6 +82,12 @@ function(kora4_add_test name)
     add_test(NAME ${test} WORKING_DIRECTORY ${folder}
       COMMAND ${KORA4_POOL} run ${KORA4_POOL_FOLDER} $<TARGET_FILE:${name}> ${TEST_ARGS})
     set_tests_properties(${test} PROPERTIES FIXTURES_REQUIRED wine-prefixes)
+    if(TEST_NOT_IN_KIT)
+      set_property(GLOBAL APPEND PROPERTY KORA4_KIT_LEFT_OUT "${name}: ${TEST_NOT_IN_KIT}")
+    else()
+      list(JOIN TEST_KIT_ARGS " " arguments)
+      kora4_add_to_kit(${name} ${TEST_TIMEOUT} "${arguments}")
+    endif()
   else()
     set(test native.${name})
     add_test(NAME ${test} COMMAND ${name} ${TEST_ARGS})

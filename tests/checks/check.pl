@@ -61,9 +61,9 @@ sub headers {
         my $first = @lines && $lines[0] =~ /^#!/ ? 1 : 0;
         my ($head, $purpose) = map { $lines[$_] // '' } $first, $first + 1;
         complain($file, $first + 1, "does not begin with '$licence'"), next
-            unless $head =~ m{^(//|#|;|<!--|/\*|\.\\") \Q$licence\E( -->)?$};
+            unless $head =~ m{^(//|#|;|<!--|/\*|\.\\"|\@rem) \Q$licence\E( -->)?$};
         complain($file, $first + 2, 'no comment that says its purpose follows the licence')
-            unless $purpose =~ m{^(//|#|;|<!--|/\*| \*|\.\\") .*\w};
+            unless $purpose =~ m{^(//|#|;|<!--|/\*| \*|\.\\"|\@rem) .*\w};
     }
 }
 

@@ -245,6 +245,54 @@ TEST(DocumentTexts, AreFoundOutWithStatementsThatNothingShows) {
     EXPECT_EQ(1u, StatementsThatNothingShows(words, untested).size());
 }
 
+// Every file below `tests` of that kind, by its path, with its text.
+std::vector<std::pair<std::filesystem::path, std::string>> TestFiles(const char* suffix) {
+    std::vector<std::pair<std::filesystem::path, std::string>> files;
+    const std::filesystem::path root = KORA4_ROOT;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root / "tests")) {
+        const std::string path = entry.path().lexically_relative(root).generic_string();
+        if (path.ends_with(suffix))
+            files.emplace_back(path, ReadProjectFile(path));
+    }
+    return files;
+}
+
+// Whether a test of that name is in a source of the program.
+bool HasTest(const std::string& program, const std::string& name) {
+    static const auto sources = TestFiles("_test.cpp");
+    static const auto lists = TestFiles("CMakeLists.txt");
+    const std::size_t dot = name.find('.');
+    const std::string definition = name.substr(0, dot) + ", " + name.substr(dot + 1) + ")";
+    for (const auto& [path, text] : sources) {
+        if (Joined(text).find("(" + definition) == std::string::npos)
+            continue;
+        if (path.stem() == program)
+            return true;
+        for (const auto& [list, words] : lists)
+            if (words.find(program) != std::string::npos &&
+                words.find(path.filename().string()) != std::string::npos)
+                return true;
+    }
+    return false;
+}
+
+TEST(DocumentTexts, NameTheTestOfEachClaimOfSecurity) {
+    const Document page = ParseDocument(ReadProjectFile("docs/security.md"));
+    const MarkedTable* const pTable = page.Find("security tests");
+    ASSERT_TRUE(pTable);
+    EXPECT_LT(30u, pTable->rows.size());
+    for (const Row& row : pTable->rows) {
+        std::istringstream names(row[2]);
+        for (std::string name; names >> name;) {
+            if (name.ends_with(","))
+                name.pop_back();
+            EXPECT_TRUE(HasTest(row[1], name)) << row[1] << " has no test " << name;
+        }
+    }
+    EXPECT_FALSE(HasTest("security_test", "AccessLists.None"));
+    EXPECT_FALSE(HasTest("codec_test", "AccessLists.ThatAreNarrowLetEveryMethodWork"));
+}
+
 TEST(DocumentTexts, AreFoundOutWithCodeThatIsNotBuilt) {
     const std::string file = "tests/checks/documents_text_test.cpp";
     const auto block = [](const std::string& mark, const std::string& code) {

@@ -105,17 +105,19 @@ class Registration : public ::testing::Test {
     LoadedLibrary m_library;
 };
 
-std::string Narrow(const std::wstring& ascii) {
-    std::string narrow;
-    for (const wchar_t c : ascii)
-        narrow += static_cast<char>(c);
+// As the dumps have it.
+std::string Utf8(const std::wstring& text) {
+    std::string narrow(4 * text.size(), '\0');
+    narrow.resize(static_cast<std::size_t>(
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()),
+                            narrow.data(), static_cast<int>(narrow.size()), nullptr, nullptr)));
     return narrow;
 }
 
 TEST_F(Registration, WritesTheClassWithItsServerAndThreadingModel) {
     EXPECT_EQ(S_OK, m_library.RegisterServer());
     EXPECT_EQ("[]\n REG_SZ KORA4 ASL Test COM Class\n[InprocServer32]\n REG_SZ " +
-                  Narrow(LibraryPath()) + "\nThreadingModel REG_SZ Both\n",
+                  Utf8(LibraryPath()) + "\nThreadingModel REG_SZ Both\n",
               DumpKey(HKEY_CLASSES_ROOT, cClass));
 }
 
@@ -207,7 +209,7 @@ TEST_F(Registration, UnregistrationRemovesTheClassTheAppIdAndTheTypeLibrary) {
     ASSERT_EQ(S_OK, m_library.RegisterServer());
     EXPECT_EQ(S_OK, m_library.UnregisterServer());
     for (const wchar_t* const path : {cClass, cAppId, cAppIdOfLibrary, cTypeLib})
-        EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, path)) << Narrow(path);
+        EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, path)) << Utf8(path);
 }
 
 TEST_F(Registration, UnregistrationKeepsTheParentsOfItsKeys) {

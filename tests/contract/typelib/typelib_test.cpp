@@ -288,7 +288,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: typelib_test FILE: a type library or a module with one\n");
         return 2;
     }
-    for (const char* c = argv[1]; *c; ++c)
-        kora4::test::g_path += static_cast<wchar_t>(*c);
+    wchar_t path[MAX_PATH] = L"";
+    MultiByteToWideChar(CP_ACP, 0, argv[1], -1, path, MAX_PATH);
+    kora4::test::g_path = path;
     return RUN_ALL_TESTS();
 }

@@ -161,6 +161,15 @@ TEST_F(CtlDoctor, FindsAnAccessListWithoutEverybody) {
     EXPECT_TRUE(Has(Of("access", Examine(cFindings)), "DynamicKeys grants everyone no rights"));
 }
 
+// What a careful installation sets, see docs/security.md.
+TEST_F(CtlDoctor, IsContentWithListsThatGrantWhatClientsNeed) {
+    SetDacl(cBaseKeyPath, L"D:P(A;;KA;;;SY)(A;;KA;;;BA)(A;;KR;;;WD)");
+    for (const wchar_t* path : {cStaticKeysPath, cDynamicKeysPath})
+        SetDacl(path, L"D:P(A;;KA;;;SY)(A;;KA;;;BA)(A;;KRKW;;;WD)");
+    const std::string text = Of("access", Examine(cDone));
+    EXPECT_FALSE(Has(text, "does not let everyone")) << text;
+}
+
 TEST_F(CtlDoctor, FindsAnAccessListThatDenies) {
     SetDacl(cBaseKeyPath, L"D:(D;;KW;;;BG)(A;;KA;;;WD)");
     EXPECT_TRUE(Has(Of("access", Examine(cFindings)), "contains entries that deny access"));

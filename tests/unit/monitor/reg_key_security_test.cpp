@@ -155,8 +155,10 @@ TEST_F(RegKeySecurityTest, ALinkIsRefusedAndItsTargetLeftAlone) {
 TEST_F(RegKeySecurityTest, ALinkToNowhereIsRefusedAndCreatesNothing) {
     CreateKey(HKEY_LOCAL_MACHINE, cRoot);
     const RegistryLink link(cFirst, cThird);
+    const std::wstring before = DaclOf(cFirst);
     EXPECT_EQ(E_FAIL, MakeAccessible({cFirst}));
     EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cThird));
+    EXPECT_EQ(before, DaclOf(cFirst));
 }
 
 TEST_F(RegKeySecurityTest, ALinkThatDeniesIsRefusedAndLeftAsItIs) {

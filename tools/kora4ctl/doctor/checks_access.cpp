@@ -22,13 +22,22 @@ struct Right {
     const char* words;
 };
 
-// In the order of what a client misses most.
+// In the order of what a client misses most. Registering grants more; no client asks for it.
 constexpr Right cRights[] = {
     {KEY_QUERY_VALUE, "read values"},       {KEY_SET_VALUE, "write values"},
     {KEY_NOTIFY, "be notified of changes"}, {KEY_ENUMERATE_SUB_KEYS, "list subkeys"},
-    {KEY_CREATE_SUB_KEY, "create subkeys"}, {KEY_CREATE_LINK, "create links"},
-    {READ_CONTROL, "read the access list"}, {DELETE, "delete the key"},
-    {WRITE_DAC, "change the access list"},  {WRITE_OWNER, "change the owner"},
+    {KEY_CREATE_SUB_KEY, "create subkeys"}, {READ_CONTROL, "read the access list"},
+};
+
+// What clients ask for when they open a key. The one above the others they only pass.
+struct Needed {
+    const wchar_t* path;
+    ACCESS_MASK rights;
+};
+constexpr Needed cNeeded[] = {
+    {cBaseKeyPath, KEY_READ},
+    {cStaticKeysPath, KEY_READ | KEY_WRITE},
+    {cDynamicKeysPath, KEY_READ | KEY_WRITE},
 };
 
 ACCESS_MASK Specific(ACCESS_MASK mask) {
@@ -95,14 +104,14 @@ struct Seen {
     bool isAnyForgotten = false;
 };
 
-void LookAtAccess(const wchar_t* path, CheckResult& result, Seen& seen) {
+void LookAtAccess(const Needed& needed, CheckResult& result, Seen& seen) {
     constexpr char again[] =
         "Run as an administrator: kora4ctl register (it resets the access lists; for a key "
         "that denies even this, its owner must run it)";
-    const std::string name = "HKEY_LOCAL_MACHINE\\" + Narrow(path);
+    const std::string name = "HKEY_LOCAL_MACHINE\\" + Narrow(needed.path);
     UniqueRegKey key;
-    const LSTATUS opening =
-        RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, READ_CONTROL | KEY_WOW64_64KEY, key.Put());
+    const LSTATUS opening = RegOpenKeyExW(HKEY_LOCAL_MACHINE, needed.path, 0,
+                                          READ_CONTROL | KEY_WOW64_64KEY, key.Put());
     // A missing key is a finding of another check.
     if (opening == ERROR_FILE_NOT_FOUND)
         return;
@@ -130,11 +139,11 @@ void LookAtAccess(const wchar_t* path, CheckResult& result, Seen& seen) {
     const Granted granted = Read(dacl);
     std::vector<std::string> missing;
     for (const Right& right : cRights) {
-        if ((granted.toEverybody & right.bits) != right.bits)
+        if ((needed.rights & ~granted.toEverybody & right.bits) != 0)
             missing.emplace_back(right.words);
     }
     const std::string list = " (access list: " + AsText(descriptor.Get()) + ")";
-    if (missing.size() == std::size(cRights))
+    if ((granted.toEverybody & needed.rights) == 0)
         result.Warning(name +
                            " grants everyone no rights: other users' programs cannot "
                            "use the settings" +
@@ -152,8 +161,8 @@ void LookAtAccess(const wchar_t* path, CheckResult& result, Seen& seen) {
 CheckResult CheckAccess(Examination&) {
     CheckResult result;
     Seen seen;
-    for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
-        LookAtAccess(path, result, seen);
+    for (const Needed& needed : cNeeded)
+        LookAtAccess(needed, result, seen);
     if (seen.isAnyForgotten)
         result.Note(
             "The access lists set by registration are gone: Wine loses them when its server "
