@@ -26,11 +26,9 @@ if(WIN32)
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX COBJMACROS
     WINVER=0x0A00 _WIN32_WINNT=0x0A00)
 elseif(KORA4_SANITIZE)
-  # `undefined` does not cover floats that are out of range of the integer type.
-  set(sanitizers -fsanitize=address,undefined,float-cast-overflow)
   target_compile_options(kora4_platform_settings INTERFACE
-    ${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(kora4_platform_settings INTERFACE ${sanitizers})
+    -fsanitize=${KORA4_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kora4_platform_settings INTERFACE -fsanitize=${KORA4_SANITIZE})
 endif()
 
 # Instrumented code counts atomically, because several threads run it. Each process writes its

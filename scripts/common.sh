@@ -39,9 +39,18 @@ clang_needs=(
   "clang++-16|clang-16"
   "ld.lld-16|lld-16"
 )
+fuzz_needs=(
+  "${clang_needs[@]}"
+  "/usr/lib/llvm-16/lib/clang/16/lib/linux/libclang_rt.fuzzer-x86_64.a|libclang-rt-16-dev"
+)
+analysis_needs=(
+  "${clang_needs[@]}"
+  "clang-tidy-16|clang-tidy-16"
+  "cppcheck|cppcheck"
+)
 bench_needs=("/usr/include/benchmark/benchmark.h|libbenchmark-dev")
 test_needs=(
-  "${clang_needs[@]}"
+  "${fuzz_needs[@]}"
   "${bench_needs[@]}"
   "${package_needs[@]}"
   "clang-format-14|clang-format-14"

@@ -8,14 +8,15 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 require "${build_needs[@]}" "${wine_needs[@]}" "${test_needs[@]}"
 build native all tests/all
 build release all tests/all
+build fuzz all
 # Clang compiles the library and the tools once more and checks the locks.
 build clang all
 
 # One run over all trees, so that there is one summary.
 all=$root/build/all-tests
 mkdir -p "$all"
-printf 'subdirs("%s" "%s" "%s")\n' "$root/build/native" "$root/build/release" \
-  "$root/build/clang" >"$all/CTestTestfile.cmake"
+printf 'subdirs("%s" "%s" "%s" "%s")\n' "$root/build/native" "$root/build/release" \
+  "$root/build/fuzz" "$root/build/clang" >"$all/CTestTestfile.cmake"
 
 trap '"$root/scripts/wine-pool.sh" end "$root/build/release/wine-pool" >/dev/null 2>&1' EXIT
 # No more tests at a time than there are prefixes: a test that waits for one would time out.

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "support/heap_check.h"
+
 namespace kora4::test {
 
 using Microsoft::WRL::ComPtr;
@@ -47,6 +49,8 @@ ApiLibrary::ApiLibrary() {
     std::wstring file(path);
     file.replace(file.find_last_of(L'\\') + 1, std::wstring::npos, L"QXA64T.dll");
     m_module = LoadLibraryW(file.c_str());
+    if (m_module)
+        CheckHeapOf(m_module);
 }
 
 ApiLibrary::~ApiLibrary() {

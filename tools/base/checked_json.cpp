@@ -87,7 +87,7 @@ std::string CheckedJson::Text() const {
 }
 
 std::string CheckedJson::Word(const std::vector<std::string>& words) const {
-    const std::string word = Text();
+    std::string word = Text();
     if (std::find(words.begin(), words.end(), word) == words.end())
         throw Bad("unknown value '" + word + "'. " + Suggestion(word, words));
     return word;

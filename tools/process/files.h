@@ -16,7 +16,7 @@
 namespace kora4::tools {
 
 // Far more than any file that a tool reads has.
-inline constexpr std::size_t cMaxFileBytes = 16 * 1024 * 1024;
+inline constexpr std::size_t cMaxFileBytes = 16u << 20;
 
 // Whoever has the file open may do anything with it.
 inline constexpr DWORD cShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;

@@ -41,6 +41,14 @@ std::optional<StoredValue> ValueFromJson(const Json& json) {
     return StoredValue{NumberFromJson(json.at("type")), std::move(*bytes)};
 }
 
+// A walk over anything but an array would not fail.
+const Json& ArrayIn(const Json& document, const char* member) {
+    const Json& array = document.at(member);
+    if (!array.is_array())
+        throw std::invalid_argument(member);
+    return array;
+}
+
 PropertyKey KeyFromJson(const Json& json) {
     const std::optional<PropertyKey> key = ParseValueName(json.get<std::string>());
     if (!key)
@@ -70,7 +78,7 @@ Journal FromText(const std::string& text) {
     if (document.at("format") != cFormat || NumberFromJson(document.at("version")) != cVersion)
         throw std::invalid_argument("format");
     Journal journal;
-    for (const Json& entry : document.at("entries")) {
+    for (const Json& entry : ArrayIn(document, "entries")) {
         const std::uint32_t keySet = NumberFromJson(entry.at("keys"));
         if (keySet < eKeySetStatic || keySet > eKeySetApp)
             throw std::invalid_argument("keys");
@@ -78,7 +86,7 @@ Journal FromText(const std::string& text) {
             {static_cast<KORA4KeySet>(keySet), KeyFromJson(entry.at("value")),
              ValueFromJson(entry.at("before")), ValueFromJson(entry.at("after"))});
     }
-    for (const Json& counter : document.at("counters"))
+    for (const Json& counter : ArrayIn(document, "counters"))
         journal.counters.push_back(KeyFromJson(counter));
     return journal;
 }

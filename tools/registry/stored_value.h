@@ -16,7 +16,7 @@ namespace kora4::tools {
 using Bytes = std::vector<std::uint8_t>;
 
 // More than this of a value is never read: no reader of the store takes nearly as much.
-inline constexpr std::size_t cMaxReadBytes = 1024 * 1024;
+inline constexpr std::size_t cMaxReadBytes = 1u << 20;
 
 // The type is checked by the readers below, not on construction: anything that the registry
 // can hold fits.

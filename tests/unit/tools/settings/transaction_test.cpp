@@ -386,6 +386,8 @@ std::vector<std::string> TextsThatAreNoJournal(const JournalFile& file) {
             entry + "{\"type\":4.5,\"data\":\"00\"},\"after\":null}],\"counters\":[]}\n",
             entry + "{\"type\":-4,\"data\":\"00\"},\"after\":null}],\"counters\":[]}\n",
             "{\"format\":\"kora4-journal\",\"version\":1.5,\"entries\":[],\"counters\":[]}\n",
+            "{\"format\":\"kora4-journal\",\"version\":1,\"entries\":null,\"counters\":[]}\n",
+            "{\"format\":\"kora4-journal\",\"version\":1,\"entries\":[],\"counters\":{}}\n",
             std::string(20000, '[') + std::string(20000, ']') + "\n"};
 }
 

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# analyze.sh [FOLDER...]: installs what is missing, configures the preset `clang` and has
+# clang-tidy (.clang-tidy says what it looks for) and cppcheck (tests/checks/cppcheck.txt says what
+# it may report) look at the sources below these folders of the project (default: src tools
+# sdk/include). Exits 1 at a finding.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+folders=("$@")
+[ "${#folders[@]}" -gt 0 ] || folders=(src tools sdk/include)
+cd "$root"
+for folder in "${folders[@]}"; do
+  [ -d "$folder" ] || die "there is no folder '$folder' in the project."
+done
+
+require "${build_needs[@]}" "${analysis_needs[@]}"
+build clang idl/kora4_idl_files
+mapfile -t files < <(find "${folders[@]}" -name '*.cpp' | sort)
+
+say "cppcheck: ${folders[*]}"
+# Without the statements of the trace, whose macros it cannot read.
+mapfile -t macros < <(sed -nE 's/^#define (KAL[A-Z_]+).*/-U\1/p' src/trace/trace.h)
+cppcheck --quiet --error-exitcode=1 --enable=warning,performance,portability \
+  --std=c++20 --language=c++ --library=windows --platform=win64 -D_WIN32 -DUNICODE "${macros[@]}" \
+  -I src -I tools -I sdk/include -I build/clang/idl/generated \
+  --suppress=missingInclude --suppress=missingIncludeSystem --suppress=unmatchedSuppression \
+  --suppressions-list=tests/checks/cppcheck.txt "${folders[@]}" ||
+  die "cppcheck has found something; see above."
+
+say "clang-tidy: ${#files[@]} sources in ${folders[*]}"
+[ "${#files[@]}" = 0 ] || printf '%s\0' "${files[@]}" |
+  xargs -0 -P "$(nproc)" -n 1 clang-tidy-16 -p build/clang --quiet 2>/dev/null ||
+  die "clang-tidy has found something; see above."
+say "no finding"
