@@ -30,6 +30,11 @@ struct ProcessCounts {
 // The bytes in use in all heaps of this process: what grows when memory leaks, to the byte.
 std::size_t HeapBytes();
 
+// Whether the bytes must be as many as before once the library is unloaded. Unoptimised, it
+// links the C++ runtime's exceptions, whose reserve stays in the host; then the function says
+// so.
+bool MustGiveMemoryBack();
+
 }  // namespace kora4::test
 
 #endif  // KORA4_TESTS_MULTIPROCESS_PROCESS_COUNTS_H
