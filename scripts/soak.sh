@@ -10,7 +10,6 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 runs=(
   "model|model_test|200000"
   "overtaken|overtaken_test|200000"
-  "faults|fault_matrix_test|1"
   "killed-writers|process_kill_test|10000 1"
   "killed-loads|ctl_kill_test|1"
   "killed-loads-at-random|ctl_random_kill_test|10000"
