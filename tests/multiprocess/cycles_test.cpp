@@ -49,8 +49,9 @@ class Cycles : public testing::TestWithParam<OwnerKind> {
         EXPECT_LE(after.threads, before.threads);
         EXPECT_EQ(after.nextTlsIndex, before.nextTlsIndex);
         // A byte in each cycle shows in a long run, sixteen of them in a short one.
-        if (MustGiveMemoryBack())
+        if (MustGiveMemoryBack()) {
             EXPECT_LE(HeapBytes(), bytes + cPlatformBytes);
+        }
     }
 
     RawStore m_store;

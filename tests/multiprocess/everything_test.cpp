@@ -202,8 +202,9 @@ TEST_F(Everything, AtOnceLeavesNothingBehind) {
     EXPECT_GE(before.handles + cPlatformHandles, after.handles);
     EXPECT_GE(before.threads, after.threads);
     EXPECT_EQ(before.nextTlsIndex, after.nextTlsIndex);
-    if (MustGiveMemoryBack())
+    if (MustGiveMemoryBack()) {
         EXPECT_GE(bytes + cPlatformBytes, HeapBytes());
+    }
     const ProcessCounts simAfter = ProcessCounts::Of(sim.ProcessId());
     EXPECT_TRUE(sim.IsRunning());
     EXPECT_GE(simBefore.handles, simAfter.handles);
