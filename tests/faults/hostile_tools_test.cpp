@@ -6,10 +6,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -19,6 +17,7 @@
 #include "kora4ctl/command_line/command_line.h"
 #include "kora4sim/command_line.h"
 #include "support/desktop_hold.h"
+#include "support/program_arguments.h"
 #include "support/raw_store.h"
 #include "support/registry_fixture.h"
 #include "tools/support/tool_process.h"
@@ -36,8 +35,8 @@ constexpr std::size_t cReadingsOfAStore = 6;
 constexpr int cWritesOfAStore = 3;
 constexpr ULONGLONG cInTime = 20000;  // milliseconds, a busy machine's included
 
-std::uint32_t s_stores = cStores;
-std::uint32_t s_seed = std::random_device{}();
+const std::uint32_t s_stores = ProgramArgument(1, cStores);
+const std::uint32_t s_seed = SeedArgument(2);
 
 // Changes nothing; --json is added to every second call.
 const Words cReading[] = {
@@ -294,12 +293,3 @@ TEST_F(HostileStore, HarmsNoTool) {
 
 }  // namespace
 }  // namespace kora4::test
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (argc > 1)
-        kora4::test::s_stores = std::strtoul(argv[1], nullptr, 10);
-    if (argc > 2)
-        kora4::test::s_seed = std::strtoul(argv[2], nullptr, 10);
-    return RUN_ALL_TESTS();
-}

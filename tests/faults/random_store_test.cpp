@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <random>
 
 #include "faults/damage.h"
 #include "faults/store_trial.h"
 #include "support/com_client.h"
+#include "support/program_arguments.h"
 #include "support/raw_store.h"
 
 namespace kora4::test {
@@ -19,8 +18,8 @@ constexpr std::uint32_t cNotifiedEvery = 8;
 // A store forgets its damage after so many rounds: values that are absent come back.
 constexpr std::uint32_t cFreshEvery = 100;
 
-std::uint32_t s_stores = cStores;
-std::uint32_t s_seed = std::random_device{}();
+const std::uint32_t s_stores = ProgramArgument(1, cStores);
+const std::uint32_t s_seed = SeedArgument(2);
 
 // No line leaves the library, except now and then through every category. The word itself
 // may be damaged, but never asks for files.
@@ -72,12 +71,3 @@ TEST(RandomStore, EveryMethodCopesWithAnyStore) {
 
 }  // namespace
 }  // namespace kora4::test
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (argc > 1)
-        kora4::test::s_stores = std::strtoul(argv[1], nullptr, 10);
-    if (argc > 2)
-        kora4::test::s_seed = std::strtoul(argv[2], nullptr, 10);
-    return RUN_ALL_TESTS();
-}
