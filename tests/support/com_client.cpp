@@ -53,8 +53,10 @@ ApiLibrary::ApiLibrary() {
         CheckHeapOf(m_module);
 }
 
+// A pass that is on its way releases the object on its own thread.
 ApiLibrary::~ApiLibrary() {
-    if (m_module && CanUnloadNow() == S_OK)
+    constexpr DWORD cMilliseconds = 1000;
+    if (m_module && PumpUntil([&] { return CanUnloadNow() == S_OK; }, nullptr, cMilliseconds))
         FreeLibrary(m_module);
 }
 
