@@ -288,8 +288,8 @@ void CheckHeapOf(HMODULE module) {
     if (FAILED(hr))
         Complain("COM cannot be watched", nullptr, 0);
     // A run that checked nothing must not look like one that found nothing.
-    static const int isReported = std::atexit(
-        [] { std::fprintf(stderr, "heap check: %zu blocks\n", CheckedBlocks()); });
+    static const int isReported =
+        std::atexit([] { std::fprintf(stderr, "heap check: %zu blocks\n", CheckedBlocks()); });
     static_cast<void>(isReported);
     Replace(module, "malloc", reinterpret_cast<void*>(&CheckedMalloc));
     Replace(module, "calloc", reinterpret_cast<void*>(&CheckedCalloc));
