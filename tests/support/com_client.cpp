@@ -55,8 +55,7 @@ ApiLibrary::ApiLibrary() {
 
 // A pass that is on its way releases the object on its own thread.
 ApiLibrary::~ApiLibrary() {
-    constexpr DWORD cMilliseconds = 1000;
-    if (m_module && PumpUntil([&] { return CanUnloadNow() == S_OK; }, nullptr, cMilliseconds))
+    if (m_module && PumpUntil([&] { return CanUnloadNow() == S_OK; }))
         FreeLibrary(m_module);
 }
 
