@@ -61,8 +61,8 @@ std::string FaultHelp() {
     return help;
 }
 
-// The number that an option was given; none without the option. Failure with eBadInput for what is
-// no number in the range.
+// The number that an option was given; none without the option. Failure with eBadInput for what
+// is no number in the range.
 template <typename Number>
 std::optional<Number> NumberOf(const CLI::App& root, const std::string& option,
                                const std::string& text, Number least, Number most,

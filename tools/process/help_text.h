@@ -28,9 +28,9 @@ class HelpFormatter : public CLI::Formatter {
                           CLI::AppFormatMode mode) const override;
 };
 
-// For CLI::Option::transform: checks a number that an option takes, and hands it on in the one form
-// that the parser reads as it is meant; "010" would be octal. The help and the complaint name the
-// range.
+// For CLI::Option::transform: checks a number that an option takes, and hands it on in the one
+// form that the parser reads as it is meant; "010" would be octal. The help and the complaint
+// name the range.
 template <typename Number>
 CLI::Validator Within(Number least, Number most) {
     const std::string range = Range(static_cast<double>(least), static_cast<double>(most));
