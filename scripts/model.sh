@@ -21,6 +21,6 @@ make_prefix "$prefix"
 export WINEPREFIX=$prefix
 trap 'end_prefix "$prefix"' EXIT
 for test in model_test overtaken_test; do
-  "$wine64" "$root/build/release/bin/$test.exe" "${1:-20000}" "${@:2}" ||
+  "$wine64" "$root/build/release/bin/$test.exe" "${1:-20000}" "${2:-$SRANDOM}" ||
     die "the library and the model differ, or $test could not run; see above."
 done

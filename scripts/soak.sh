@@ -6,15 +6,16 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-# A long run: its name, the test program under Wine, and what the program is told.
+# A long run: its name, the test program under Wine, and what the program is told; SEED is a new
+# random number.
 runs=(
-  "model|model_test|200000"
-  "overtaken|overtaken_test|200000"
-  "killed-writers|process_kill_test|10000 1"
-  "killed-loads|ctl_kill_test|1"
-  "killed-loads-at-random|ctl_random_kill_test|10000"
-  "stores|random_store_test|10000"
-  "tool-stores|hostile_tools_test|10000"
+  "model|model_test|200000 SEED"
+  "overtaken|overtaken_test|200000 SEED"
+  "killed-writers|process_kill_test|10000 1 SEED"
+  "killed-loads|ctl_kill_test|1 SEED"
+  "killed-loads-at-random|ctl_random_kill_test|10000 SEED"
+  "stores|random_store_test|10000 SEED"
+  "tool-stores|hostile_tools_test|10000 SEED"
   "bursts|process_burst_test|--times=100"
   "cycles|process_cycles_test|--times=20"
   "everything|process_everything_test|--times=720"
@@ -44,7 +45,7 @@ pool=$root/build/soak
 trap '"$root/scripts/wine-pool.sh" end "$pool" >/dev/null 2>&1' EXIT
 failed=()
 for run in "${chosen[@]}"; do
-  IFS='|' read -r name program arguments <<<"$run"
+  IFS='|' read -r name program arguments <<<"${run/SEED/$SRANDOM}"
   say "$name: $program $arguments"
   start=$SECONDS
   # shellcheck disable=SC2086 # the arguments are several words

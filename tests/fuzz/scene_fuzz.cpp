@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "base/failure.h"
+#include "fuzz/fault_oracle.h"
 #include "fuzz/frame.h"
 #include "fuzz/json_oracle.h"
 
@@ -91,52 +92,6 @@ void ReadSpectrum(const Node& node, Spectrum& spectrum) {
     Demand(!spectrum.levels.empty() && spectrum.levels.size() <= 128);
 }
 
-struct FaultRow {
-    const char* name;
-    bool needsArgument;
-    std::vector<std::string> kinds;
-    double least = 0;
-    double most = 0;
-};
-
-const std::vector<FaultRow>& FaultRows() {
-    static const std::vector<FaultRow> rows = {
-        {"stop", false, {}},
-        {"garbage",
-         true,
-         {"empty", "short-head", "random", "text", "dword", "nan", "infinite", "huge",
-          "truncated"}},
-        {"counts",
-         true,
-         {"records-more", "records-fewer", "records-none", "records-max", "bands-more",
-          "bands-max", "bands-none", "bands-41"}},
-        {"die", false, {"half-way"}},
-        {"hold", true, {}, 0.001, 600},
-        {"burst", true, {}, 1, 100000},
-        {"wrong-types", false, {"type", "malformed", "oversized", "unterminated", "mixed"}},
-        {"profile-garbage", false, {"number", "type", "short", "name"}},
-        {"resume", false, {}},
-    };
-    return rows;
-}
-
-// A number as the whole of a text, with an exponent or not.
-double NumberOf(const std::string& text) {
-    Demand(text.find_first_not_of("0123456789.eE+-") == std::string::npos);
-    Demand(!text.empty() && text[0] != '+');
-    char* end = nullptr;
-    const double number = std::strtod(text.c_str(), &end);
-    Demand(*end == '\0');
-    return number;
-}
-
-struct FaultSeen {
-    std::string name;
-    std::string argument;
-    std::uint64_t at;
-    double number;
-};
-
 FaultSeen ReadFault(const Node& node) {
     node.CheckMembers({"at", "fault"}, {"argument"});
     FaultSeen fault{node.At("fault").Text(), "", 0, 0};
@@ -151,23 +106,11 @@ FaultSeen ReadFault(const Node& node) {
         if (isNumber)
             fault.number = argument.Number();
     }
-    for (const FaultRow& row : FaultRows()) {
-        if (fault.name != row.name)
-            continue;
-        if (fault.argument.empty()) {
-            Demand(!row.needsArgument);
-        } else if (row.most > 0) {
-            if (!isNumber)
-                fault.number = NumberOf(fault.argument);
-            Demand(fault.number >= row.least && fault.number <= row.most);
-            Demand(fault.name == "hold" || fault.number == std::floor(fault.number));
-        } else {
-            Demand(std::count(row.kinds.begin(), row.kinds.end(), fault.argument) == 1);
-            fault.number = 0;
-        }
-        return fault;
-    }
-    throw Refused();
+    if (!isNumber)
+        fault.number = NumberOfFault(fault.name, fault.argument);
+    else
+        CheckNumberOfFault(fault.name, fault.number);
+    return fault;
 }
 
 struct Expected {
@@ -228,20 +171,6 @@ std::string NumbersOf(const Scene& scene) {
     numbers.push_back(4711);
     numbers.insert(numbers.end(), s.levels.begin(), s.levels.end());
     return Shown(numbers);
-}
-
-void ExpectSameFaults(const std::vector<FaultSeen>& expected,
-                      const std::vector<tools::sim::Fault>& seen) {
-    ExpectSame("faults", expected.size(), seen.size());
-    for (std::size_t i = 0; i < seen.size(); ++i) {
-        const std::string name = tools::sim::DefOf(seen[i].kind).name;
-        ExpectSame("fault", expected[i].name, name);
-        ExpectSame("moment of a fault", expected[i].at, seen[i].atMilliseconds);
-        if (seen[i].number != 0 || expected[i].number != 0)
-            ExpectSame("number of a fault", Shown(expected[i].number), Shown(seen[i].number));
-        else
-            ExpectSame("kind of a fault", expected[i].argument, seen[i].argument);
-    }
 }
 
 }  // namespace

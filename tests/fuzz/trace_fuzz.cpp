@@ -2,7 +2,6 @@
 // Trace lines: head, message and values as `explain` takes a line apart. The oracle tries every
 // way in which a message can be made from a row of the catalogue, piece by piece.
 #include <algorithm>
-#include <map>
 #include <optional>
 
 #include "contract/messages/trace_messages.h"
@@ -113,6 +112,15 @@ std::size_t NumberAt(const Piece& piece, const std::string& text, std::size_t at
     return 0;
 }
 
+// Whether the text may go on so after a value: a look that saves most of the tries.
+bool CanGoOn(const std::vector<Piece>& pieces, std::size_t piece, const std::string& text,
+             std::size_t at) {
+    if (piece == pieces.size())
+        return at == text.size();
+    const std::string& literal = pieces[piece].literal;
+    return text.compare(at, literal.size(), literal) == 0;
+}
+
 // Matches from a piece and a place on; texts take as little as they can.
 bool Match(const std::vector<Piece>& pieces, std::size_t piece, const std::string& text,
            std::size_t at, const TraceKind* pKinds, Texts& values) {
@@ -129,6 +137,8 @@ bool Match(const std::vector<Piece>& pieces, std::size_t piece, const std::strin
     if (!isText && number == 0)
         return false;
     for (std::size_t end = at + number; end <= text.size(); ++end) {
+        if (isText && !CanGoOn(pieces, piece + 1, text, end))
+            continue;
         values.push_back(Trimmed(text.substr(at, end - at)));
         if (CanBe(pKinds[values.size() - 1], values.back()) &&
             Match(pieces, piece + 1, text, end, pKinds, values))
@@ -145,38 +155,51 @@ struct Found {
     Texts values;
 };
 
-std::optional<Found> MatchOne(const std::string& pattern, const std::string& text,
-                              const TraceKind* pKinds) {
-    static std::map<std::string, std::vector<Piece>> known;
-    const std::vector<Piece>& pieces =
-        known
-            .try_emplace(pattern,
-                         known.count(pattern) ? std::vector<Piece>() : PiecesOf(pattern))
-            .first->second;
-    Found found;
-    for (const Piece& piece : pieces)
-        found.exact += piece.literal.size();
-    if (!Match(pieces, 0, text, 0, pKinds, found.values))
-        return {};
-    return found;
+// A row of the catalogue cut beforehand: the whole message, then, if it has several, each line.
+struct Pattern {
+    std::vector<Piece> pieces;
+    std::size_t exact = 0;
+    const TraceKind* pKinds;
+};
+
+struct Row {
+    const TraceMessage* pMessage;
+    std::vector<Pattern> patterns;
+};
+
+Pattern PatternOf(const std::string& text, const TraceKind* pKinds) {
+    Pattern pattern{PiecesOf(text), 0, pKinds};
+    for (const Piece& piece : pattern.pieces)
+        pattern.exact += piece.literal.size();
+    return pattern;
+}
+
+std::vector<Row> CutRows() {
+    std::vector<Row> rows;
+    for (const TraceMessage& message : msg::cTraceMessages) {
+        std::string text = Trimmed(message.text);
+        const TraceKind* pKinds = message.kinds.data();
+        Row row{&message, {PatternOf(text, pKinds)}};
+        const bool hasLines = text.find('\n') != std::string::npos;
+        text += '\n';
+        for (std::size_t begin = 0; hasLines && begin < text.size();) {
+            const std::size_t end = text.find('\n', begin);
+            const std::string line = Trimmed(text.substr(begin, end - begin));
+            row.patterns.push_back(PatternOf(line, pKinds));
+            pKinds += std::count(line.begin(), line.end(), '%');
+            begin = end + 1;
+        }
+        rows.push_back(row);
+    }
+    return rows;
 }
 
 // A message as a whole, or a line of it.
-std::optional<Found> MatchRow(const TraceMessage& row, const std::string& text) {
-    std::string pattern = Trimmed(row.text);
-    const TraceKind* pKinds = row.kinds.data();
-    if (auto found = MatchOne(pattern, text, pKinds))
-        return found;
-    if (pattern.find('\n') == std::string::npos)
-        return {};
-    pattern += '\n';
-    for (std::size_t begin = 0; begin < pattern.size();) {
-        const std::size_t end = pattern.find('\n', begin);
-        const std::string line = Trimmed(pattern.substr(begin, end - begin));
-        if (auto found = MatchOne(line, text, pKinds))
+std::optional<Found> MatchRow(const Row& row, const std::string& text) {
+    for (const Pattern& pattern : row.patterns) {
+        Found found{pattern.exact, {}};
+        if (Match(pattern.pieces, 0, text, 0, pattern.pKinds, found.values))
             return found;
-        pKinds += std::count(line.begin(), line.end(), '%');
-        begin = end + 1;
     }
     return {};
 }
@@ -234,15 +257,17 @@ Texts ValuesOf(const contract::TraceValues& values) {
     return texts;
 }
 
-void CheckMessage(const std::string& function, const std::string& message) {
-    const std::string text = Trimmed(message);
+void CheckMessage(const std::string& function, const std::string& whole) {
+    const std::string text = Trimmed(whole);
     std::size_t best = 0;
     std::size_t equals = 0;
     const TraceMessage* pExpected = nullptr;
     Found expected;
-    for (const TraceMessage& row : msg::cTraceMessages) {
-        const bool isOfFunction = row.function != nullptr && function == row.function;
-        if (row.function != nullptr && !function.empty() && !isOfFunction)
+    static const std::vector<Row> rows = CutRows();
+    for (const Row& row : rows) {
+        const TraceMessage& message = *row.pMessage;
+        const bool isOfFunction = message.function != nullptr && function == message.function;
+        if (message.function != nullptr && !function.empty() && !isOfFunction)
             continue;
         const auto found = MatchRow(row, text);
         if (!found || found->exact == 0)
@@ -251,11 +276,11 @@ void CheckMessage(const std::string& function, const std::string& message) {
         equals = score > best ? 1 : score == best ? equals + 1 : equals;
         if (score > best) {
             best = score;
-            pExpected = &row;
+            pExpected = row.pMessage;
             expected = *found;
         }
     }
-    const std::vector<char> exact(message.begin(), message.end());
+    const std::vector<char> exact(whole.begin(), whole.end());
     const contract::TraceMatch seen =
         contract::FindTraceMessage(function, {exact.data(), exact.size()});
     ExpectSame("message", std::string(pExpected ? pExpected->text : "none"),

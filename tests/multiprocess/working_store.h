@@ -12,8 +12,9 @@
 
 namespace kora4::test {
 
-// Nothing that waits for a dead process takes nearly as long.
-inline constexpr DWORD cAtOnce = 1000;  // milliseconds
+// The mutex of a dead process is either given at once or never. A machine that does much else
+// can still keep a thread from running for seconds.
+inline constexpr DWORD cAtOnce = 10000;  // milliseconds
 
 // Calls each method, by turns with other custom profiles; what is set is what is got. Leaves
 // Music active and the enable on.

@@ -72,6 +72,9 @@ class Guard {
 Json ParseStrictJson(std::string_view text, const std::function<void()>& poll) {
     if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
         throw BadInput("The document is empty.");
+    // The parser takes a null character for the end of the text and ignores what follows.
+    if (text.find('\0') != std::string_view::npos)
+        throw BadInput("Not valid JSON: it contains a null character.");
     Guard guard(poll);
     try {
         return Json::parse(text, [&guard](int depth, Json::parse_event_t event, Json& parsed) {

@@ -39,10 +39,10 @@ struct Choices {
     std::string scene = cDefaultScene;
     bool list = false;
     std::string shell;  // whose completion is asked for
-    double seconds = -1;
+    std::string seconds;
     std::string seed;
-    long long period = -1;
-    long long records = -1;
+    std::string period;
+    std::string records;
     bool noPublish = false;
     std::vector<std::string> faults;
     EngineOptions engine;  // what needs no check
@@ -61,31 +61,33 @@ std::string FaultHelp() {
     return help;
 }
 
-Failure OutOfRange(const CLI::App& root, const std::string& option, const std::string& range) {
-    return Failure(ExitCode::eBadInput, "Invalid value '" + root[option]->results().back() +
-                                            "' for " + option + ": expected " + range + ".");
+// The number that an option was given; none without the option. Failure with eBadInput for what
+// is no number in the range.
+template <typename Number>
+std::optional<Number> NumberOf(const CLI::App& root, const std::string& option,
+                               const std::string& text, Number least, Number most,
+                               const std::string& range) {
+    if (root.count(option) == 0)
+        return {};
+    const std::optional<Number> number = ReadNumber<Number>(text);
+    if (!number || !(*number >= least && *number <= most))
+        throw BadInput("Invalid value '" + text + "' for " + option + ": expected " + range +
+                       ".");
+    return number;
 }
 
 EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
     EngineOptions options = choices.engine;
-    if (root.count("--for") != 0) {
-        if (!(choices.seconds >= 0) || !(choices.seconds <= cLongestRun))
-            throw OutOfRange(root, "--for", Range(0, cLongestRun) + " seconds");
-        options.runMilliseconds =
-            static_cast<std::uint64_t>(std::llround(choices.seconds * 1000));
-    }
-    if (root.count("--period") != 0) {
-        if (choices.period < cShortestPeriod || choices.period > cLongestPeriod)
-            throw OutOfRange(root, "--period",
-                             Range(cShortestPeriod, cLongestPeriod) + " milliseconds");
-        options.period = static_cast<std::uint32_t>(choices.period);
-    }
-    if (root.count("--seed") != 0) {
-        const auto seed = ReadNumber<std::uint64_t>(choices.seed);
-        if (!seed)
-            throw OutOfRange(root, "--seed", "0 to " + std::to_string(cMostSeed));
-        options.seed = *seed;
-    }
+    const auto seconds = NumberOf<double>(root, "--for", choices.seconds, 0, cLongestRun,
+                                          Range(0, cLongestRun) + " seconds");
+    if (seconds)
+        options.runMilliseconds = static_cast<std::uint64_t>(std::llround(*seconds * 1000));
+    options.period = NumberOf<std::uint32_t>(
+        root, "--period", choices.period, cShortestPeriod, cLongestPeriod,
+        Range(cShortestPeriod, cLongestPeriod) + " milliseconds");
+    options.seed = NumberOf<std::uint64_t>(root, "--seed", choices.seed, 0, cMostSeed,
+                                           "0 to " + std::to_string(cMostSeed))
+                       .value_or(options.seed);
     options.publishes = !choices.noPublish;
     for (const std::string& fault : choices.faults)
         options.faults.push_back(ParseFault(fault));
@@ -94,12 +96,11 @@ EngineOptions CheckedOptions(const Choices& choices, const CLI::App& root) {
 
 // As many processing objects as asked for: the scene's own, the last one repeated.
 void TakeRecords(const Choices& choices, const CLI::App& root, Scene& scene) {
-    if (root.count("--records") == 0)
-        return;
-    if (choices.records < 0 || choices.records > cMostRecords)
-        throw OutOfRange(root, "--records", Range(0, cMostRecords) + " processing objects");
+    const auto records =
+        NumberOf<std::size_t>(root, "--records", choices.records, 0, cMostRecords,
+                              Range(0, cMostRecords) + " processing objects");
     const RecordShape last = scene.records.empty() ? RecordShape() : scene.records.back();
-    scene.records.resize(static_cast<std::size_t>(choices.records), last);
+    scene.records.resize(records.value_or(scene.records.size()), last);
 }
 
 ExitCode ListScenes(Output& output) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,17 +28,21 @@ class HelpFormatter : public CLI::Formatter {
                           CLI::AppFormatMode mode) const override;
 };
 
-// Checks a number that an option takes. The help and the complaint name the range.
+// For CLI::Option::transform: checks a number that an option takes, and hands it on in the one
+// form that the parser reads as it is meant; "010" would be octal. The help and the complaint
+// name the range.
 template <typename Number>
 CLI::Validator Within(Number least, Number most) {
     const std::string range = Range(static_cast<double>(least), static_cast<double>(most));
     const std::string kind =
         std::is_floating_point_v<Number> ? "a number from " : "a whole number from ";
     return CLI::Validator(
-        [=](const std::string& text) {
+        [=](std::string& text) {
             const std::optional<Number> number = ReadNumber<Number>(text);
-            return number && *number >= least && *number <= most ? std::string()
-                                                                 : "expected " + kind + range;
+            if (!number || !(*number >= least && *number <= most))
+                return "expected " + kind + range;
+            text = nlohmann::json(*number).dump();
+            return std::string();
         },
         range);
 }

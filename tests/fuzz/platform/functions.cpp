@@ -91,3 +91,12 @@ extern "C" DWORD WINAPI FormatMessageW(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWO
                                        __ms_va_list*) {
     return 0;
 }
+
+// Nobody else has the object.
+extern "C" HANDLE WINAPI CreateEventW(SECURITY_ATTRIBUTES*, BOOL, BOOL, LPCWSTR) {
+    return nullptr;
+}
+
+extern "C" DWORD WINAPI GetLastError() {
+    return ERROR_SUCCESS;
+}

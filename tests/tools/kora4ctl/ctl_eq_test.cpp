@@ -112,6 +112,8 @@ TEST_F(CtlEq, SaysWhenTheEqualizerIsOff) {
 
 TEST_F(CtlEq, SetTakesOneBandByNumber) {
     EXPECT_EQ("125 Hz: 0.0 -> -2.5 dB\n", Done({"eq", "set", "--band", "3", "-2.5"}));
+    EXPECT_EQ("16000 Hz: 0.0 -> +1.0 dB\n", Done({"eq", "set", "--band", "010", "1"}));
+    RefusedUnchanged({"eq", "set", "--band", "0x3", "1"}, cUsage, "'0x3' for --band");
     RefusedUnchanged({"eq", "set", "--band", "11", "1"}, cBadInput, "1 to 10");
     RefusedUnchanged({"eq", "set", "--band", "0", "1"}, cBadInput, "1 to 10");
     RefusedUnchanged({"eq", "set", "--band", "1", "1", "2"}, cUsage, "one gain");

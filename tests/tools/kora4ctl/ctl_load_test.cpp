@@ -168,6 +168,7 @@ TEST_F(CtlLoad, RefusesWhatIsNoDocument) {
     ExpectRefusal(std::string(1000, '\0'), "Not valid JSON");
     ExpectRefusal(std::string("\xFF\xFE\x00\xD8", 4), "Not valid JSON");
     ExpectRefusal(WithBody("") + "x", "Not valid JSON");
+    ExpectRefusal(WithBody("") + std::string("\0x", 2), "null character");
     ExpectRefusal(std::string(100000, '['), "nested too deeply");
 }
 

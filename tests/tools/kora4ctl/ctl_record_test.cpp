@@ -366,6 +366,8 @@ TEST_F(CtlRecord, BadFilesChangeNothing) {
         {start, "The recording is incomplete"},
         {rest, "Line 1: not a recording"},
         {good.substr(0, good.size() / 2), "The document is truncated"},
+        {good.substr(0, good.find('\n')) + std::string(1, '\0') + "[\n",
+         "Line 1: Not valid JSON: it contains a null character"},
         {std::string(200000, '[') + "\n", "Line 1: The document is nested too deeply"},
         {with("\"scope\":\"user\"", "\"scope\":\"all\""),
          "Line 1: a recording has the settings"},

@@ -24,7 +24,7 @@ void AddVerbs(Context& context) {
     context.root
         .add_option("--wait", context.wait,
                     "seconds to wait while another program holds the store; default 30")
-        ->check(Within(0.0, 86400.0))
+        ->transform(Within(0.0, 86400.0))
         ->type_name("S");
     for (VerbAdder* add : cVerbs)
         add(context);

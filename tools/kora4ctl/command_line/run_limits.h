@@ -19,12 +19,12 @@ class RunLimits {
     void AddTo(CLI::App& verb, const std::string& what) {
         m_what = what;
         verb.add_option("--count", m_count, "end after this many " + what)
-            ->check(Within(1u, 1000000000u))
+            ->transform(Within(1u, 1000000000u))
             ->type_name("N");
         verb.add_option("--timeout", m_seconds,
                         "end after this many seconds; with --count, exit with code 6 if the "
                         "time is up first")
-            ->check(Within(0.0, 1e9))
+            ->transform(Within(0.0, 1e9))
             ->type_name("S");
     }
 

@@ -159,7 +159,7 @@ void AddDoctor(Context& context) {
                     "how long to wait for the mutex and the library, in seconds")
         ->type_name("S")
         ->capture_default_str()
-        ->check(Within(0.1, 60.0));
+        ->transform(Within(0.1, 60.0));
     verb.footer(Footer());
 }
 

@@ -3,6 +3,7 @@
 // exchanged with other equalizer tools.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -409,7 +410,9 @@ void AddEq(Context& context) {
 
     const auto [set, gains] = add("set", "change gains", Set);
     set.add_option("GAINS", gains.values, "gains in dB, or FREQUENCY=GAIN")->required();
-    set.add_option("--band", gains.band, "one band, counted from 1")->type_name("N");
+    set.add_option("--band", gains.band, "one band, counted from 1")
+        ->transform(Within(0u, std::numeric_limits<unsigned>::max()).description(""))
+        ->type_name("N");
     AddClip(set, gains);
     AddStored(set, gains);
     set.footer(SetHelp());

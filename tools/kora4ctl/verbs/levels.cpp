@@ -198,7 +198,7 @@ void AddLevels(Context& context) {
         AddVerb(context.root, context, "levels", "show the engine's levels live", ShowLevels);
     verb.add_option("--fps", options.fps,
                     "how often to read per second; default: once per sampling period")
-        ->check(Within(0.1, 100.0))
+        ->transform(Within(0.1, 100.0))
         ->type_name("N");
     options.limits.AddTo(verb, "frames");
     verb.footer(cFooter);

@@ -100,7 +100,7 @@ void AddReplay(Context& context) {
         ->required();
     verb.add_option("--speed", options.speed,
                     "how many times as fast as recorded (default 1); 0 is as fast as possible")
-        ->check(Within(0.0, 1e6))
+        ->transform(Within(0.0, 1e6))
         ->type_name("X");
     verb.add_flag("--no-start", options.noStart,
                   "start from the current settings, not the recorded ones");

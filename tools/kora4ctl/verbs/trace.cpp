@@ -253,7 +253,7 @@ void AddShow(CLI::App& trace, Context& context) {
     show.add_option("--lines,-n", options.lines, "how many of the last lines to show first")
         ->type_name("N")
         ->capture_default_str()
-        ->check(Within(0u, 1000000u));
+        ->transform(Within(0u, 1000000u));
     show.add_option("--module", options.module,
                     "the log of this module instead of the shared one")
         ->type_name("MODULE");

@@ -76,7 +76,7 @@ void AddUndo(Context& context) {
         AddVerb(context.root, context, "undo",
                 "list the backups of the settings, or restore one", Undo);
     verb.add_option("N", options.number, "the number of the backup; 1 is the newest")
-        ->check(Within(std::size_t{1}, cMostBackups));
+        ->transform(Within(std::size_t{1}, cMostBackups));
     verb.footer(cFooter);
 }
 
