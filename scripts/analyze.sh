@@ -19,13 +19,7 @@ build clang idl/kora4_idl_files
 mapfile -t files < <(find "${folders[@]}" -name '*.cpp' | sort)
 
 say "cppcheck: ${folders[*]}"
-# Without the statements of the trace, whose macros it cannot read.
-mapfile -t macros < <(sed -nE 's/^#define (KAL[A-Z_]+).*/-U\1/p' src/trace/trace.h)
-cppcheck --quiet --error-exitcode=1 --enable=warning,performance,portability \
-  --std=c++20 --language=c++ --library=windows --platform=win64 -D_WIN32 -DUNICODE "${macros[@]}" \
-  -I src -I tools -I sdk/include -I build/clang/idl/generated \
-  --suppress=missingInclude --suppress=missingIncludeSystem --suppress=unmatchedSuppression \
-  --suppressions-list=tests/checks/cppcheck.txt "${folders[@]}" ||
+bash tests/checks/cppcheck.sh . "${folders[@]}" ||
   die "cppcheck has found something; see above."
 
 say "clang-tidy: ${#files[@]} sources in ${folders[*]}"

@@ -54,6 +54,7 @@ test_needs=(
   "${bench_needs[@]}"
   "${package_needs[@]}"
   "clang-format-14|clang-format-14"
+  "cppcheck|cppcheck"
   "codespell|codespell"
   "pkg-config|pkgconf"
   "/usr/bin/rustc|rustc"

@@ -85,6 +85,7 @@ report() {
 
 run() {
   case $1 in
+    cppcheck) bash "$checks/cppcheck.sh" "$work/tree" src ;;
     format | spelling) bash "$checks/$1.sh" "$work/tree" ;;
     blocks) perl "$checks/blocks.pl" "$work/tree" ;;
     *) perl "$checks/check.pl" "$1" "$work/tree" ;;
@@ -126,7 +127,7 @@ lines() {
   for ((i = 0; i < $1; i++)); do printf '%s\n' "$2"; done
 }
 
-for rule in arrows blocks comments files functions headers lines literals pure words format spelling; do
+for rule in arrows blocks comments files functions headers lines literals pure words cppcheck format spelling; do
   fresh
   result=0
   run "$rule" || result=1
@@ -293,6 +294,7 @@ allows blocks docs/page.md '\n<!-- code: src/api/api.h -->\n```cpp\nint a;\n```'
 allows blocks docs/page.md '\n<!-- compiled -->\n```c\nint a;\n```'
 allows blocks docs/page.md '\n```cmake\ninclude(FetchContent)\nFetchContent_MakeAvailable(x)\n```'
 allows blocks docs/page.md '\n```sh\nls --all | sort --reverse  # --upside-down\n```'
+finds cppcheck arrayIndexOutOfBounds src/api/api.cpp 'int f() { int a[1]; a[1] = 0; return a[1]; }'
 finds spelling "Teh ==> The" docs/page.md 'Teh end.'
 finds spelling "recieve ==> receive" src/api/api.h '// To recieve it.'
 allows spelling docs/page.md 'unknwn.idl'

@@ -32,6 +32,16 @@ inline std::string PointerText(const void* pointer) {
     return text;
 }
 
+// Each test leaves the library so that it can be unloaded. What stayed loaded would keep its
+// trace word, and a test that writes without pause would fill the log files.
+class UnloadCheck {
+  public:
+    UnloadCheck() = default;
+    ~UnloadCheck() { EXPECT_EQ(nullptr, GetModuleHandleW(L"QXA64T.dll")); }
+    UnloadCheck(const UnloadCheck&) = delete;
+    UnloadCheck& operator=(const UnloadCheck&) = delete;
+};
+
 // An empty store, an apartment and the library.
 class ApiTest : public testing::Test {
   protected:
@@ -53,6 +63,7 @@ class ApiTest : public testing::Test {
 
     RawStore m_store;
     Apartment m_apartment;
+    UnloadCheck m_unloadCheck;
     ApiLibrary m_library;
 };
 

@@ -53,8 +53,9 @@ ApiLibrary::ApiLibrary() {
         CheckHeapOf(m_module);
 }
 
+// A pass that is on its way releases the object on its own thread.
 ApiLibrary::~ApiLibrary() {
-    if (m_module && CanUnloadNow() == S_OK)
+    if (m_module && PumpUntil([&] { return CanUnloadNow() == S_OK; }))
         FreeLibrary(m_module);
 }
 

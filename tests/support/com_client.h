@@ -37,7 +37,8 @@ class Apartment {
 bool PumpUntil(const std::function<bool()>& done, HANDLE hint = nullptr,
                DWORD milliseconds = cBoundedWait);
 
-// The DLL, loaded for the length of a scope. It stays loaded when it says that it must.
+// The DLL, loaded for the length of a scope. It stays loaded when it still says that it must
+// after a bounded wait.
 class ApiLibrary {
   public:
     ApiLibrary();

@@ -1,12 +1,23 @@
 // SPDX-License-Identifier: MIT
-// A NamedMutex that counts what is done to it and never waits.
+// A NamedMutex that counts what is done to it, and keeps threads apart.
 #include "support/native_named_mutex.h"
 
 #include <algorithm>
+#include <mutex>
 
 #include "store/access/named_mutex.h"
 
 namespace kora4 {
+
+namespace {
+
+// As the platform's: its owner may acquire it again.
+std::recursive_mutex& Lock() {
+    static std::recursive_mutex lock;
+    return lock;
+}
+
+}  // namespace
 
 namespace test {
 
@@ -38,6 +49,7 @@ HRESULT NamedMutex::Create(const char16_t* pwName) {
 }
 
 void NamedMutex::Acquire() {
+    Lock().lock();
     test::NamedMutexRecord& record = test::StoreMutex();
     ++record.acquired;
     ++record.heldNow;
@@ -48,10 +60,13 @@ void NamedMutex::Acquire() {
 HRESULT NamedMutex::Release() {
     test::NamedMutexRecord& record = test::StoreMutex();
     ++record.released;
-    if (record.heldNow != 0)
-        --record.heldNow;
     m_acquired = false;
-    return record.failRelease ? result::cFail : result::cOk;
+    const HRESULT hr = record.failRelease ? result::cFail : result::cOk;
+    if (record.heldNow != 0) {
+        --record.heldNow;
+        Lock().unlock();
+    }
+    return hr;
 }
 
 void NamedMutex::FreeMutex() {

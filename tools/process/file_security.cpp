@@ -118,7 +118,7 @@ FileFacts FileSecurity::FactsOf(HANDLE file, const std::string& path) const {
 }
 
 std::wstring FileSecurity::ListForNew() const {
-    const std::wstring common = L"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
+    std::wstring common = L"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
     if (IsForMachine())
         return L"O:BA" + common + L"(A;OICI;FRFX;;;WD)";
     wchar_t* text = nullptr;

@@ -34,7 +34,7 @@ std::string KnownFolder(REFKNOWNFOLDERID id, const char* usual) {
               : nullptr;
     wchar_t* path = nullptr;
     const bool isKnown = ask && SUCCEEDED(ask(id, 0, nullptr, &path));
-    const std::string folder = isKnown ? Narrow(path) : std::string(usual);
+    std::string folder = isKnown ? Narrow(path) : std::string(usual);
     CoTaskMemFree(path);
     return folder;
 }
@@ -64,7 +64,7 @@ std::string MoveAway(const std::string& path, const FileSecurity& security) {
         if (itself && security.FactsOf(itself.Get(), path).isElsewhere)
             throw Failure(ExitCode::eFailed, "'" + path + "' is a link.", cNext);
     }
-    const std::string target = path + ".moved-" + UtcTime::Now().FileStamp();
+    std::string target = path + ".moved-" + UtcTime::Now().FileStamp();
     if (!MoveFileExW(Widen(path).c_str(), Widen(target).c_str(), 0))
         throw Win32Failure(
             GetLastError(),

@@ -82,7 +82,7 @@ std::string Upper(std::string text) {
 }  // namespace
 
 std::string ManPage(const CLI::App& root) {
-    const std::string name = root.get_name();
+    const std::string& name = root.get_name();
     const CommandHelp help = HelpOf(root, name);
     std::string page = ".\\\" SPDX-License-Identifier: MIT\n.\\\" Printed by '" + name +
                        " --man'.\n.TH " + Upper(name) +

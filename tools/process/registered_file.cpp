@@ -5,6 +5,8 @@
 #include <kora4api.h>
 #include <windows.h>
 
+#include <cwchar>
+
 #include "base/text.h"
 
 namespace kora4::tools {
@@ -34,7 +36,8 @@ std::string RegisteredFile() {
     if (RegGetValueW(HKEY_CLASSES_ROOT, ServerKey().c_str(), nullptr, RRF_RT_REG_SZ, nullptr,
                      path.data(), &size) != ERROR_SUCCESS)
         return {};
-    return Narrow(path.c_str());
+    path.resize(std::wcslen(path.c_str()));
+    return Narrow(path);
 }
 
 bool IsRegisteredFileMissing() {

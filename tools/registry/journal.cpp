@@ -124,7 +124,7 @@ void JournalFile::Remove() const {
 std::string JournalFile::MoveAside() const {
     const std::string unfinished = UnfinishedPath(m_name);
     const bool isJournalThere = m_folder.Find(m_name) != Standing::eAbsent;
-    const std::string moved = m_folder.MoveAside(isJournalThere ? m_name : unfinished);
+    std::string moved = m_folder.MoveAside(isJournalThere ? m_name : unfinished);
     if (isJournalThere)
         m_folder.Remove(unfinished);
     return moved;

@@ -77,7 +77,7 @@ std::string KeySetPath(KORA4KeySet keySet) {
 
 RegistryStore::RegistryStore(OpenMode mode)
     : m_access(mode == OpenMode::eRead ? KEY_READ : KEY_READ | KEY_WRITE) {
-    Reopen();
+    RegistryStore::Reopen();
 }
 
 void RegistryStore::Reopen() {

@@ -477,7 +477,7 @@ Plan CheckDocument(const Json& document, Completeness completeness) {
 }
 
 std::string Difference::Line() const {
-    const std::string bands = BandLines(*this);
+    std::string bands = BandLines(*this);
     if (!bands.empty())
         return bands;
     return PlaceOf(value) + ": " + Shown(value, stored) + " -> " + Shown(value, wanted);

@@ -201,7 +201,7 @@ std::string RepairOf(const SchemaValue& value, const Problem& problem) {
                    : "deleted";
 }
 
-Finding FindingOf(const SchemaValue& value, const StoredValue& stored, Problem problem) {
+Finding FindingOf(const SchemaValue& value, const StoredValue& stored, const Problem& problem) {
     Finding finding;
     finding.severity = problem.severity;
     finding.keySet = value.keySet;
@@ -298,7 +298,7 @@ std::vector<Finding> Lint(StoreAccess& store) {
     for (const SchemaValue& value : Schema())
         if (const std::optional<StoredValue> stored = store.Read(value.keySet, value.key))
             if (Verdict problem = Check(value, *stored, store))
-                findings.push_back(FindingOf(value, *stored, std::move(*problem)));
+                findings.push_back(FindingOf(value, *stored, *problem));
     for (const KORA4KeySet keySet : {eKeySetStatic, eKeySetDynamic, eKeySetApp})
         AddUnknown(findings, store, keySet);
     std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
@@ -319,7 +319,7 @@ std::vector<Finding> LintPlan(const Plan& plan, StoreAccess& store) {
             IsDemoProfile(wanted->AsDword().value_or(cMovieProfile)))
             problem = Warning("demo profiles are entered with 'kora4ctl demo enter'");
         if (problem && problem->severity != Severity::eNote)
-            findings.push_back(FindingOf(value, *wanted, std::move(*problem)));
+            findings.push_back(FindingOf(value, *wanted, *problem));
     }
     return findings;
 }

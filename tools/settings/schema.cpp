@@ -98,8 +98,8 @@ SchemaValue OfTechnology(KORA4KeySet keySet, Technology technology, std::uint32_
 void AddTechnology(std::vector<SchemaValue>& values, Technology technology,
                    std::uint32_t profile) {
     values.push_back(SwitchValue(technology, profile));
-    for (SchemaValue& value : FieldValues(technology, profile))
-        values.push_back(std::move(value));
+    for (const SchemaValue& value : FieldValues(technology, profile))
+        values.push_back(value);
 }
 
 std::vector<SchemaValue> Walk() {

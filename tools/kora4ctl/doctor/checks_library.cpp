@@ -51,7 +51,7 @@ void Run(const std::shared_ptr<Trial>& trial, const TrialBody& body) {
 // None when the trial hangs or was interrupted; the result then has a finding that says so.
 std::shared_ptr<Trial> Await(Examination& examination, CheckResult& result,
                              const TrialBody& body) {
-    const auto trial = std::make_shared<Trial>();
+    auto trial = std::make_shared<Trial>();
     std::thread thread([trial, body] { Run(trial, body); });
     // Allows for the waits of the trial itself.
     const DWORD patience = 3 * examination.patience;

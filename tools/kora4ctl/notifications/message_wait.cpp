@@ -10,7 +10,7 @@ namespace kora4::tools {
 namespace {
 
 // Longer waits are made of several.
-constexpr ULONGLONG cLongestWait = 24 * 60 * 60 * 1000;
+constexpr ULONGLONG cLongestWait = 24ULL * 60 * 60 * 1000;
 
 void TakeMessages() {
     MSG message;

@@ -5,6 +5,7 @@
 
 #include <kora4.hpp>
 
+#include <cwchar>
 #include <filesystem>
 #include <vector>
 
@@ -32,7 +33,8 @@ std::string TextOf(HKEY root, const std::wstring& path, const wchar_t* name = nu
     if (RegGetValueW(root, path.c_str(), name, types, nullptr, text.data(), &size) !=
         ERROR_SUCCESS)
         return {};
-    return Narrow(text.c_str());
+    text.resize(std::wcslen(text.c_str()));
+    return Narrow(text);
 }
 
 std::vector<std::wstring> SubkeysOf(HKEY root, const std::wstring& path) {
@@ -57,8 +59,7 @@ std::string TypeLibraryPath() {
     for (const std::wstring& version : SubkeysOf(HKEY_CLASSES_ROOT, library)) {
         const std::wstring below = library + L"\\" + version;
         for (const std::wstring& language : SubkeysOf(HKEY_CLASSES_ROOT, below)) {
-            const std::string path =
-                TextOf(HKEY_CLASSES_ROOT, below + L"\\" + language + L"\\win64");
+            std::string path = TextOf(HKEY_CLASSES_ROOT, below + L"\\" + language + L"\\win64");
             if (!path.empty())
                 return path;
         }

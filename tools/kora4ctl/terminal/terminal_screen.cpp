@@ -74,8 +74,10 @@ void TerminalScreen::Show(const std::vector<StyledLine>& lines) {
     if (!GetConsoleScreenBufferInfo(m_console, &screen))
         return;
     const SMALL_RECT& window = screen.srWindow;
-    const auto width = static_cast<std::size_t>(window.Right - window.Left + 1);
-    const auto height = static_cast<std::size_t>(window.Bottom - window.Top + 1);
+    const int columns = window.Right - window.Left + 1;
+    const int rows = window.Bottom - window.Top + 1;
+    const auto width = static_cast<std::size_t>(columns);
+    const auto height = static_cast<std::size_t>(rows);
     CHAR_INFO blank{};
     blank.Char.UnicodeChar = L' ';
     blank.Attributes = m_plain;

@@ -181,7 +181,8 @@ std::string Position(const Reading& reading, std::size_t columns) {
                              : static_cast<double>(std::get<float>(*reading.value));
     const double share =
         std::clamp((value - *setting.lowest) / (*setting.highest - *setting.lowest), 0.0, 1.0);
-    const auto filled = static_cast<std::size_t>(share * static_cast<double>(columns) + 0.5);
+    const auto filled =
+        static_cast<std::size_t>(std::lround(share * static_cast<double>(columns)));
     return Repeated("█", filled) + Repeated("░", columns - filled) + " " + setting.Allowed();
 }
 

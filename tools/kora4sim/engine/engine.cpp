@@ -341,7 +341,7 @@ void Engine::Apply(const Fault& fault) {
     }
 }
 
-void Engine::TellFault(const Fault& fault, const std::string& effect, Json details) {
+void Engine::TellFault(const Fault& fault, const std::string& effect, const Json& details) {
     Json document = {{"fault", DefOf(fault.kind).name},
                      {"argument", fault.argument.empty() ? Json() : Json(fault.argument)}};
     document.update(details);

@@ -89,7 +89,7 @@ class Engine {
     void ApplyDueFaults();
     void Apply(const Fault& fault);
     void TellFault(const Fault& fault, const std::string& effect,
-                   Json details = Json::object());
+                   const Json& details = Json::object());
 
     // One function for each kind of fault.
     void Die(const Fault& fault);
