@@ -33,6 +33,9 @@ build_needs=(
 package_needs=(
   "git|git"
   "zip|zip"
+  "makensis|nsis"
+  "msibuild|msitools"
+  "wixl|wixl"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
 clang_needs=(
