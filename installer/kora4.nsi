@@ -7,6 +7,9 @@ SetCompressor /SOLID lzma
 ManifestDPIAware true
 ManifestSupportedOS Win10
 RequestExecutionLevel admin
+!ifdef SIGN
+!uninstfinalize '"${SIGN}" "%1"' = 0
+!endif
 AllowSkipFiles off
 ; A file that cannot be written sets the error flag instead of asking.
 SetOverwrite try

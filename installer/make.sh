@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# make.sh ROOT TREE VERSION OUT: makes the installers of TREE, which CMake has installed, in the folder
-# OUT, with the version VERSION. The same TREE gives the same installers: the time of everything
-# in them is SOURCE_DATE_EPOCH.
+# make.sh ROOT TREE VERSION OUT: makes the installers of TREE, which CMake has installed, and the bill of
+# materials in the folder OUT, with the version VERSION. The same TREE gives the same setup and bill,
+# byte for byte, and the same contents of the MSI: the time of everything in them is SOURCE_DATE_EPOCH.
 #
 # KORA4_SIGN names a program that signs: it is called with the name of each file that is to be signed,
 # the programs and libraries of TREE first, the installers last. Without it, nothing is signed.
@@ -34,9 +34,10 @@ while IFS= read -r file; do
 done < <(find "$tree" -name '*.exe' -o -name '*.dll' | sort)
 find "$tree" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
 
+perl "$here/bill_of_materials.pl" "$tree" "$version" >"$out/kora4asl-$version.spdx.json"
 perl "$here/lists.pl" "$tree" nsh >"$work/files.nsh"
 setup=$out/kora4asl-$version-setup.exe
-(cd "$here" && makensis -V2 -WX -NOCONFIG "-DVERSION=$version" "-DTREE=$tree" "-DOUT=$setup" "-DLISTS=$work/files.nsh" \
+(cd "$here" && makensis -V2 -WX -NOCONFIG ${KORA4_SIGN:+"-DSIGN=$KORA4_SIGN"} "-DVERSION=$version" "-DTREE=$tree" "-DOUT=$setup" "-DLISTS=$work/files.nsh" \
   "-DSERVER_KEY=SOFTWARE\\Classes\\CLSID\\$class\\InprocServer32" "-DSTORE_KEY=$store" \
   "-DUPGRADE_CODE=$upgrade_code" kora4.nsi)
 sign "$setup"
@@ -64,7 +65,15 @@ action Unregister $run 1720 'REMOVE="ALL" AND (NOT REMOVESETTINGS OR UPGRADINGPR
 action UnregisterAll $run 1730 'REMOVE="ALL" AND REMOVESETTINGS AND NOT UPGRADINGPRODUCTCODE'
 action UndoRegister $undo 4010 'NOT Installed'
 action Register $run 4020 'NOT REMOVE="ALL"'
+# The library is the one file with a version in it. Windows Installer replaces such a file only by one
+# of which the package says a version, and then asks for no hash.
+queries+=("UPDATE File SET Version = '$version', Language = '1033' WHERE FileName = 'QXA64T.dll'"
+  "DELETE FROM MsiFileHash WHERE File_ = '$(msiinfo export "$msi" File | awk -F'\t' '$3 == "QXA64T.dll" { print $1 }')'")
+# Both ends of the range of versions belong to it (256 + 512), which the compiler does not write.
 msibuild "$msi" -q "${queries[@]}" \
   "UPDATE InstallExecuteSequence SET Sequence = 1510 WHERE Action = 'RemoveExistingProducts'" \
+  "DELETE FROM Upgrade WHERE ActionProperty = 'OLDERVERSION'" \
+  "INSERT INTO Upgrade (UpgradeCode, VersionMin, VersionMax, Attributes, ActionProperty)
+   VALUES ('$upgrade_code', '0.0.0', '$version', 768, 'OLDERVERSION')" \
   "UPDATE Property SET Value = 'NEWERVERSION;OLDERVERSION;REMOVESETTINGS' WHERE Property = 'SecureCustomProperties'"
 sign "$msi"

@@ -2,10 +2,12 @@
 # SPDX-License-Identifier: MIT
 # package.sh: installs what is missing, builds the library and the tools, and leaves in build/package
 #   kora4asl-sdk-VERSION-win64.zip, .tar.gz   the SDK
-#   kora4asl-VERSION-setup.exe                the installer
+#   kora4asl-VERSION-setup.exe, -x64.msi      the installers
+#   kora4asl-VERSION.spdx.json                the bill of materials
+#   SHA256SUMS                                the sums of all of them
 #   kora4-selftest.zip                        the test programs, for a Windows machine
 # From one commit they are the same, byte for byte, wherever and whenever they are made with the
-# packages of Debian 12. KORA4_SIGN names a program that signs (installer/make.sh).
+# packages of Debian 12; of the MSI, only the contents are. KORA4_SIGN names a program that signs (installer/make.sh).
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -32,4 +34,5 @@ rm -rf "$root/build/package/tree"
 cmake --install "$root/build/release" --prefix "$root/build/package/tree" >>"$root/build/package.log"
 "$root/installer/make.sh" "$root" "$root/build/package/tree" "$version" "$root/build/package"
 cd "$root/build/package"
-sha256sum ./*.zip ./*.tar.gz ./*.exe
+rm -rf tree installer-work
+sha256sum -- *.zip *.tar.gz *.exe *.msi *.json | tee SHA256SUMS

@@ -77,7 +77,7 @@ TEST_F(Setups, RepairWhatWasDeletedAndWhatOthersMayWrite) {
     Ctl(L"register --check", 7);
     const Outcome run = RunSetup(cNew);
     EXPECT_EQ(cInstalled, run.code) << run;
-    EXPECT_EQ(installed, FilesOf());
+    EXPECT_TRUE(installed == FilesOf());
     EXPECT_EQ(cAdministratorsOnly, DaclOf(cAppKeysPath));
     Ctl(L"register --check");
 }
@@ -96,7 +96,7 @@ TEST_F(Setups, UpgradeWhileAClientRunsAndKeepItsSettings) {
         EXPECT_EQ(cRestart, run.code) << run;
         EXPECT_TRUE(run.Says("setup_test.exe")) << run;
         EXPECT_EQ(store, StoreSnapshot());
-        EXPECT_NE(old, BytesOf(cLibrary));
+        EXPECT_TRUE(old != BytesOf(cLibrary));
         EXPECT_EQ(cNew, ProductValue(L"DisplayVersion"));
         // One registration, and a new client beside the old one.
         Ctl(L"register --check");
@@ -116,7 +116,7 @@ TEST_F(Setups, UpgradeWhileAClientRunsAndKeepItsSettings) {
     EXPECT_EQ(2u, count());
     RunToEnd(L"wineboot.exe -r", L"none");
     EXPECT_EQ(1u, count());
-    EXPECT_NE(old, BytesOf(cLibrary));
+    EXPECT_TRUE(old != BytesOf(cLibrary));
     Ctl(L"register --check");
 }
 
@@ -139,7 +139,7 @@ TEST_F(Setups, PutEverythingBackWhenAFileCannotBeReplaced) {
         EXPECT_EQ(cFailed, run.code) << run;
         EXPECT_TRUE(run.Says("Nothing was changed.")) << run;
     }
-    EXPECT_EQ(files, FilesOf());
+    EXPECT_TRUE(files == FilesOf());
     EXPECT_EQ(registration, Registration());
     EXPECT_EQ(store, StoreSnapshot());
     EXPECT_EQ(product, DumpKey(HKEY_LOCAL_MACHINE, cProduct));
@@ -192,7 +192,7 @@ TEST_F(Setups, RefuseAnOlderVersionAndASecondFolder) {
     run = RunSetup(cNew, L"/D=C:\\Elsewhere");
     EXPECT_EQ(cOtherProduct, run.code) << run;
     EXPECT_FALSE(fs::exists(L"C:\\Elsewhere"));
-    EXPECT_EQ(files, FilesOf());
+    EXPECT_TRUE(files == FilesOf());
 }
 
 TEST_F(Setups, InstallInAnotherFolderThatOnlyAdministratorsWrite) {
