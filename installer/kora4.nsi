@@ -373,7 +373,7 @@ SectionEnd
 Section /o "un.Settings of all users" SecSettings
 SectionEnd
 
-Section "un.-Remove"
+Section "-un.Remove"
   ${If} ${SectionIsSelected} ${SecSettings}
     StrCpy $settings 1
   ${EndIf}

@@ -27,7 +27,10 @@ make() {
              s/\Q$new\E/$old/g == 2 && s/\x02\0\x07\0\K\x04(?=\0\x58\x1B)/\x03/g == 2 || die "no version\n"' \
     "$version" "$before" \
     "$work/tree/bin/QXA64T.dll" >"$work/before/bin/QXA64T.dll"
-  bash "$root/installer/make.sh" "$root" "$work/before" "$before" "$work/out"
+  # Signed by a program that only writes down for what it is called.
+  printf '#!/bin/sh\nprintf "%%s\\n" "$1" >>"%s"\n' "$work/signed.txt" >"$work/sign"
+  chmod +x "$work/sign"
+  KORA4_SIGN=$work/sign bash "$root/installer/make.sh" "$root" "$work/before" "$before" "$work/out"
   ls -l "$work/out"
 }
 
@@ -61,16 +64,11 @@ again() {
   diff -r "$work/tree" "$work/msi/one/files/Velto/KORA4" || fail "the package lacks a file"
 }
 
-# The program that signs is asked for each program and library before something is made of it, for the
-# program that removes, and for both installers. Here it only writes down for what.
+# The program that signs was asked for each program and library before something was made of it, for the
+# program that removes, and for both installers.
 signing() {
-  local signed=$work/signed.txt
-  rm -f "$signed"
-  printf '#!/bin/sh\nprintf "%%s\\n" "$1" >>"%s"\n' "$signed" >"$work/sign"
-  chmod +x "$work/sign"
-  KORA4_SIGN=$work/sign bash "$root/installer/make.sh" "$root" "$work/before" "$before" "$work/signed"
-  cat "$signed"
-  diff <(sed -E 's,.*/,,; s,^makensis.*,uninstaller,' "$signed") - <<END || fail "others were signed"
+  cat "$work/signed.txt"
+  diff <(sed -E 's,.*/,,; s,^makensis.*,uninstaller,' "$work/signed.txt") - <<END || fail "others were signed"
 QXA64T.dll
 kora4ctl.exe
 uninstaller
@@ -99,19 +97,134 @@ bill() {
   ' "$work/tree" <"$work/out/kora4asl-$version.spdx.json" || fail "the bill is wrong"
 }
 
-# run PROGRAM: a test program on these installers, as Windows 10 in a prefix of its own.
-run() {
-  local pool=$build/installer-pool program=$1
-  shift
-  "$root/scripts/wine-pool.sh" start "$pool" 1
+prefix=$build/installer-pool/1
+folder="$prefix/drive_c/Program Files/Velto/KORA4"
+
+# A prefix of its own, as Windows 10.
+start() {
+  "$root/scripts/wine-pool.sh" start "$build/installer-pool" 1
   wine_settings
-  [ -f "$pool/1/.ten" ] || {
-    WINEPREFIX=$pool/1 "$wine64" winecfg -v win10
-    touch "$pool/1/.ten"
+  export WINEPREFIX=$prefix
+  [ -f "$prefix/.ten" ] || {
+    "$wine64" winecfg -v win10
+    touch "$prefix/.ten"
   }
   mkdir -p "$work/run"
   cd "$work/run"
-  KORA4_INSTALLERS="Z:${work//\//\\}\\out" "$root/scripts/wine-pool.sh" run "$pool" "$program" "$@"
+}
+
+# run PROGRAM: a test program on these installers.
+run() {
+  start
+  unset WINEPREFIX
+  KORA4_INSTALLERS="Z:${work//\//\\}\\out" \
+    "$root/scripts/wine-pool.sh" run "$build/installer-pool" "$@"
+}
+
+# The window on a display that nobody sees, by the keyboard alone; the pictures stay for a person to
+# look at.
+pictures=$work/pictures
+
+picture() { import -window root "$1"; }
+
+# Two pictures that differ at most by a blinking line.
+is_same() { [ "$(compare -metric AE "$1" "$2" null: 2>&1)" -lt 60 ]; }
+
+# press NAME KEY...: presses the keys and waits until the window shows something else, with more than the
+# few colours of one that is not drawn yet, and stays so for a second and a half.
+press() {
+  local name=$1 before=$work/before.png now=$work/now.png next=$work/next.png same=0
+  shift
+  picture "$before"
+  cp "$before" "$now"
+  [ $# = 0 ] || xdotool key --delay 100 "$@"
+  for _ in $(seq 1 150); do
+    sleep 0.3
+    picture "$next"
+    same=$((same + 1))
+    is_same "$now" "$next" || same=0
+    mv "$next" "$now"
+    if [ "$same" -ge 4 ] && ! is_same "$before" "$now" && [ "$(identify -format %k "$now")" -gt 20 ]; then
+      mv "$now" "$pictures/$name.png"
+      return
+    fi
+  done
+  fail "$name: the window does not change after '$*'"
+}
+
+# ends NUMBER CODE: the program of that number ends by itself, with that code.
+ends() {
+  local result=0
+  timeout 60 bash -c "while kill -0 $1 2>/dev/null; do sleep 0.2; done" || fail "the program does not end"
+  wait "$1" || result=$?
+  [ "$result" = "$2" ] || fail "the exit code is $result, not $2"
+}
+
+ctl() { "$wine64" "$folder/bin/kora4ctl.exe" "$@"; }
+
+window() {
+  local setup="$work/out/kora4asl-$version-setup.exe" display numbers=$work/display.txt
+  start
+  rm -rf "$pictures"
+  # What a test before it may have left.
+  "$wine64" "$setup" /S /UNINSTALL /REMOVESETTINGS || true
+  end_prefix "$prefix"
+  mkdir -p "$pictures"
+  : >"$numbers"
+  Xvfb -displayfd 8 -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 8>"$numbers" &
+  display=$!
+  # shellcheck disable=SC2064 # as they are now
+  trap "'$wine64' reg add 'HKCU\\Software\\Wine\\Drivers' /v Graphics /d null /f >/dev/null 2>&1; end_prefix '$prefix'; kill $display || true" EXIT
+  timeout 20 bash -c "until [ -s '$numbers' ]; do sleep 0.1; done" || fail "Xvfb does not start"
+  DISPLAY=:$(tr -d '\n' <"$numbers")
+  export DISPLAY
+  "$wine64" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11 /f >/dev/null
+  end_prefix "$prefix"
+
+  "$wine64" "$setup" >/dev/null 2>&1 &
+  press install-welcome
+  press install-features Return
+  press install-folder Return
+  press install-finish Return
+  xdotool key Return
+  ends $! 0
+  ctl register --check || fail "nothing is registered"
+  ctl set profile games
+
+  # Repair, with a library that is missing, while a program holds what is there.
+  rm "$folder/bin/KORA4Proxies.dll"
+  ctl watch >/dev/null 2>&1 &
+  local watch=$!
+  timeout 30 bash -c "until '$wine64' '$folder/bin/kora4ctl.exe' register --in-use 2>/dev/null | grep -q .; do sleep 0.2; done"
+  "$wine64" "$setup" >/dev/null 2>&1 &
+  local repair=$!
+  press repair-welcome
+  press repair-features Return
+  press repair-finish Return
+  xdotool key Return
+  # 3010 in the eight bits that Unix has.
+  ends $repair $((3010 % 256))
+  [ -s "$folder/bin/KORA4Proxies.dll" ] || fail "KORA4Proxies.dll is still missing"
+  kill "$watch"
+
+  # Cancelled: asked, and nothing is changed.
+  "$wine64" "$setup" >/dev/null 2>&1 &
+  local cancelled=$!
+  press cancel-welcome
+  press cancel-question Escape
+  xdotool key y
+  ends $cancelled $((1602 % 256))
+  [ "$(ctl get profile | tr -d '\r')" = games ] || fail "the settings are not what they were"
+
+  # Removal, with the settings: the second line of the list.
+  "$wine64" "$folder/uninstall.exe" >/dev/null 2>&1
+  press remove-features
+  press remove-settings Down space
+  press remove-finish Return
+  xdotool key Return
+  timeout 60 bash -c "while [ -e '$folder/bin' ]; do sleep 0.2; done" || fail "it is still there"
+  "$wine64" reg query 'HKLM\SOFTWARE\Velto\KORA4' >/dev/null 2>&1 && fail "the settings are still there"
+  ls "$pictures"
 }
 
 "$verb" "$@"
