@@ -41,6 +41,7 @@ VIAddVersionKey LegalCopyright "MIT licence"
 
 Var before    ; the version that is installed; empty: none
 Var features  ; what is selected, as /FEATURES takes it
+Var removes   ; not empty: with /UNINSTALL
 Var words     ; for the first and the last page
 
 ; --- pages ------------------------------------------------------------------------------------
@@ -84,7 +85,11 @@ Var words     ; for the first and the last page
 Section "-Begin" SecBegin
   Call ProtectFolder
   Call Begin
-  Push "Setup ${VERSION} to $INSTDIR: $features (before: $before)"
+  ${If} $before == ""
+    Push "Installing ${VERSION} in $INSTDIR"
+  ${Else}
+    Push "Installing ${VERSION} in $INSTDIR, over $before ($features)"
+  ${EndIf}
   Call Log
   StrCpy $features "library"
   ClearErrors
@@ -224,14 +229,18 @@ FunctionEnd
 ; --- before it begins -------------------------------------------------------------------------
 
 Function .onInit
+  Push "/UNINSTALL"
+  Call HasSwitch
+  StrCpy $removes $0
+  ${If} $removes != ""
+    SetSilent silent
+  ${EndIf}
   Call CheckMachine
   System::Call 'msi::MsiEnumRelatedProductsW(w "${UPGRADE_CODE}", i 0, i 0, w .r1) i .r0'
   ${If} $0 = 0
     !insertmacro Refuse ${EXIT_OTHER_PRODUCT} "${PRODUCT} is installed from an MSI package: use that for it, or remove it first (msiexec /x $1)."
   ${EndIf}
-  Push "/UNINSTALL"
-  Call HasSwitch
-  ${If} $0 == ""
+  ${If} $removes == ""
     Call FindInstallation
     Call ReadFeatures
   ${Else}
@@ -245,7 +254,6 @@ Function PrepareRemoval
     !insertmacro Refuse ${EXIT_NOT_INSTALLED} "${PRODUCT} is not installed."
   ${EndIf}
   StrCpy $INSTDIR $0
-  SetSilent silent
   Push "/REMOVESETTINGS"
   Call HasSwitch
   StrCpy $settings $0

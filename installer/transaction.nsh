@@ -297,7 +297,7 @@ FunctionEnd
 ; Removal as a whole; $settings not empty: with the settings.
 Function ${un}RemoveProduct
   Call ${un}Begin
-  Push "Removal of ${VERSION} from $INSTDIR"
+  Push "Removing what is installed in $INSTDIR"
   Call ${un}Log
   ${If} $failure == ""
     Call ${un}Exchange
@@ -321,7 +321,7 @@ Function ${un}RemoveProduct
     Call ${un}Log
   ${EndIf}
   Call ${un}RemoveRoot
-  Push "${PRODUCT} ${VERSION} is removed."
+  Push "${PRODUCT} is removed."
   Call ${un}Log
 FunctionEnd
 

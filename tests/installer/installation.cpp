@@ -109,7 +109,10 @@ Outcome RunSetup(const std::wstring& version, const std::wstring& arguments, HAN
 }
 
 Outcome RunRemoval(const std::wstring& arguments) {
-    return RunSetup(cNew, L"/UNINSTALL " + arguments);
+    const fs::path program = Installer(L"kora4asl-" + std::wstring(cNew) + L"-setup.exe");
+    return RunToEnd(L"\"" + program.wstring() + L"\" /LOG=" + LogPath().wstring() +
+                        L" /UNINSTALL " + arguments,
+                    LogPath());
 }
 
 Outcome RunMsi(const std::wstring& arguments) {
