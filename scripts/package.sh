@@ -35,4 +35,4 @@ cmake --install "$root/build/release" --prefix "$root/build/package/tree" >>"$ro
 "$root/installer/make.sh" "$root" "$root/build/package/tree" "$version" "$root/build/package"
 cd "$root/build/package"
 rm -rf tree installer-work
-sha256sum -- *.zip *.tar.gz *.exe *.msi *.json | tee SHA256SUMS
+sha256sum -- *.zip *.tar.gz *.exe *.msi *.spdx.json | tee SHA256SUMS

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Looks at the modules of each process. The Restart Manager of Windows knows who has a file
-// open, but not who has loaded one that was renamed since; Wine 8 has neither.
+// open, but not who has loaded one that was renamed since, and not every system has it.
 #include "process/module_users.h"
 
 #include <psapi.h>
