@@ -9,6 +9,7 @@ install(TARGETS QXA64T KORA4Proxies kora4ctl kora4sim
   RUNTIME DESTINATION bin LIBRARY DESTINATION bin)
 install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/Velto.KORA4.manifest DESTINATION bin)
 install(DIRECTORY tools/kora4sim/scenes DESTINATION bin)
+install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/KORA4Panel.exe DESTINATION bin OPTIONAL)
 install(FILES LICENSE DESTINATION .)
 
 # What a client is built with.

@@ -33,8 +33,16 @@ build_needs=(
 package_needs=(
   "git|git"
   "zip|zip"
+  "makensis|nsis"
+  "msibuild|msitools"
+  "wixl|wixl"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
+display_needs=(
+  "Xvfb|xvfb"
+  "xdotool|xdotool"
+  "import|imagemagick"
+)
 clang_needs=(
   "clang++-16|clang-16"
   "ld.lld-16|lld-16"
@@ -62,6 +70,7 @@ test_needs=(
   "mcs|mono-mcs"
   "fish|fish"
   "zsh|zsh"
+  "${display_needs[@]}"
 )
 
 # missing_packages NEED...: the packages of the needs that are not met, one a line.

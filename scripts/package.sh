@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# package.sh: installs what is missing, builds the library and the tools, and packs the SDK as
-# build/package/kora4asl-sdk-VERSION-win64.zip and .tar.gz; then the test programs, packed as
-# build/package/kora4-selftest.zip, which tests the library on a Windows machine. From one commit
-# the archives are the same, byte for byte, wherever and whenever they are made with the packages
-# of Debian 12.
+# package.sh: installs what is missing, builds the library and the tools, and leaves in build/package
+#   kora4asl-sdk-VERSION-win64.zip, .tar.gz   the SDK
+#   kora4asl-VERSION-setup.exe, -x64.msi      the installers
+#   kora4asl-VERSION.spdx.json                the bill of materials
+#   SHA256SUMS                                the sums of all of them
+#   kora4-selftest.zip                        the test programs, for a Windows machine
+# From one commit they are the same, byte for byte, wherever and whenever they are made with the
+# packages of Debian 12; of the MSI, only the contents are. KORA4_SIGN names a program that signs (installer/make.sh).
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -25,5 +28,11 @@ cpack --config "$root/build/release/CPackConfig.cmake" -B "$root/build/package" 
   die "the SDK cannot be packed; the messages above say why."
 }
 cp "$root/build/release/selftest/kora4-selftest.zip" "$root/build/package/"
+say "making the installers"
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$root/build/release/CMakeCache.txt")
+rm -rf "$root/build/package/tree"
+cmake --install "$root/build/release" --prefix "$root/build/package/tree" >>"$root/build/package.log"
+"$root/installer/make.sh" "$root" "$root/build/package/tree" "$version" "$root/build/package"
 cd "$root/build/package"
-sha256sum ./*.zip ./*.tar.gz
+rm -rf tree installer-work
+sha256sum -- *.zip *.tar.gz *.exe *.msi *.spdx.json | tee SHA256SUMS

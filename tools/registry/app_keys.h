@@ -14,6 +14,10 @@ namespace kora4::tools {
 // elevated: a key that another user made would be that user's.
 LSTATUS CreateAppKeys(REGSAM access, UniqueRegKey& key);
 
+// Gives keys that are there their owner and list again. The values stay. ERROR_ACCESS_DENIED
+// for a registry link, and as above.
+LSTATUS ResetAppKeys();
+
 // Whether somebody besides administrators and the system may write the key, or owns it. False
 // when it is absent; what cannot be asked counts as open.
 bool AreAppKeysOpenToOthers();

@@ -6,7 +6,9 @@
 #include <fstream>
 
 #include "base/text.h"
+#include "contract/registry_paths.h"
 #include "process/guarded_folder.h"
+#include "support/key_security.h"
 #include "tools/kora4ctl/ctl_fixture.h"
 
 namespace kora4::test {
@@ -290,6 +292,77 @@ TEST_F(CtlRegister, UnregistersALibraryThatWasMoved) {
     EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL"));
     EXPECT_EQ("error: The library is not registered on this machine.\n",
               Findings(Check(cNotReady)));
+}
+
+TEST_F(CtlRegister, NamesTheProgramsThatHaveLoadedTheLibrary) {
+    const OwnFile copy("loaded.dll");
+    copy.CopyFrom(LibraryPath());
+    const ToolResult nobody = RunCtl({"register", "--in-use", copy.Name()});
+    EXPECT_EQ("", nobody.out) << nobody;
+    EXPECT_TRUE(Has(nobody.err, "No program has loaded " + copy.Name())) << nobody;
+    const Words ask = {"register", "--in-use", copy.Name()};
+    EXPECT_EQ(Json::array(), DoneJson(ask)["usedBy"]);
+    const HMODULE loaded = LoadLibraryW(tools::Widen(copy.Name()).c_str());
+    const Json users = DoneJson(ask)["usedBy"];
+    FreeLibrary(loaded);
+    ASSERT_EQ(1u, users.size()) << users;
+    EXPECT_EQ(GetCurrentProcessId(), users[0]["process"]);
+    EXPECT_TRUE(Has(users[0]["program"], "ctl_register_test.exe")) << users;
+    // The registered one without a name: the fixture has it.
+    EXPECT_EQ(users, DoneJson({"register", "--in-use"})["usedBy"]);
+}
+
+TEST_F(CtlRegister, LetsOnlyAdministratorsWriteAppKeysThatAreThereWhenToldSo) {
+    CreateKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    WriteValue(HKEY_LOCAL_MACHINE, cAppKeysPath, L"command", REG_DWORD, &cDone, sizeof cDone);
+    const std::string values = DumpKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    SetDacl(cAppKeysPath, cWorldAccess);
+    const ToolResult result = RunCtl({"register", "--app-keys"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_TRUE(Has(result.err, "could write AppKeys until now")) << result;
+    EXPECT_EQ(L"D:P(A;CI;KA;;;BA)(A;CI;KA;;;SY)(A;CI;KR;;;WD)", DaclOf(cAppKeysPath));
+    EXPECT_EQ(values, DumpKey(HKEY_LOCAL_MACHINE, cAppKeysPath));
+    RemoveKey(HKEY_LOCAL_MACHINE, cAppKeysPath);
+    Done({"register", "--app-keys"});
+    EXPECT_EQ(L"D:P(A;CI;KA;;;BA)(A;CI;KA;;;SY)(A;CI;KR;;;WD)", DaclOf(cAppKeysPath));
+}
+
+TEST_F(CtlRegister, GivesNoListToWhatALinkInPlaceOfAppKeysLeadsTo) {
+    constexpr wchar_t cTarget[] = L"SOFTWARE\\KORA4 link target";
+    CreateKey(HKEY_LOCAL_MACHINE, cTarget);
+    SetDacl(cTarget, cWorldAccess);
+    {
+        const RegistryLink link(cAppKeysPath, cTarget);
+        Refused({"register", "--app-keys"}, cFailed, "the application keys cannot be created");
+    }
+    EXPECT_EQ(cWorldAccess, DaclOf(cTarget));
+    RemoveKey(HKEY_LOCAL_MACHINE, cTarget);
+}
+
+TEST_F(CtlRegister, UnregistersAndRemovesTheSettingsWhenToldSo) {
+    WriteStoredUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), 2);
+    CreateKey(HKEY_LOCAL_MACHINE, std::wstring(cAppKeysPath) + L"\\below");
+    Done({"reset", "--all"});
+    const std::filesystem::path folder = tools::Widen(tools::DataFolder());
+    EXPECT_FALSE(std::filesystem::is_empty(folder));
+    const ToolResult result = RunCtl({"unregister", "--settings"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_TRUE(Has(result.err, "The settings are removed.")) << result;
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cBaseKeyPath));
+    EXPECT_FALSE(std::filesystem::exists(folder));
+    Done({"unregister", "--settings"});
+}
+
+TEST_F(CtlRegister, RemovesALinkAmongTheSettingsAndNotWhatItLeadsTo) {
+    constexpr wchar_t cTarget[] = L"SOFTWARE\\KORA4 link target";
+    CreateKey(HKEY_LOCAL_MACHINE, std::wstring(cTarget) + L"\\below");
+    const std::wstring planted = std::wstring(cBaseKeyPath) + L"\\Planted";
+    const RegistryLink link(planted, cTarget);
+    Done({"unregister", "--settings"});
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cBaseKeyPath));
+    CreateKey(HKEY_LOCAL_MACHINE, planted);  // which the end of the link deletes
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, std::wstring(cTarget) + L"\\below"));
+    RemoveKey(HKEY_LOCAL_MACHINE, cTarget);
 }
 
 // ---- A registration of the user -----------------------------------------------------------

@@ -1,16 +1,27 @@
 // SPDX-License-Identifier: MIT
-// Deletes the keys of a registration one by one.
+// Deletes keys one by one.
 #include "kora4ctl/registration/removal.h"
 
 #include <vector>
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "contract/registry_paths.h"
+#include "platform/handles.h"
+#include "process/guarded_folder.h"
 #include "process/registered_file.h"
 #include "process/win32_failure.h"
 
+// Of ntdll.dll, which mingw-w64 declares for drivers only. Unlike RegDeleteKeyExW, it deletes
+// what was opened, whatever has taken its name since.
+extern "C" LONG NTAPI NtDeleteKey(HANDLE key);
+
 namespace kora4::tools {
 namespace {
+
+std::string Denied(LSTATUS status) {
+    return status == ERROR_ACCESS_DENIED ? "Run it as an administrator." : "";
+}
 
 // With its subkeys, and the key itself.
 void Remove(HKEY root, const char* rootName, const std::wstring& key) {
@@ -21,10 +32,43 @@ void Remove(HKEY root, const char* rootName, const std::wstring& key) {
         return;
     throw Win32Failure(static_cast<DWORD>(status),
                        std::string(rootName) + "\\" + Narrow(path) + " cannot be removed",
-                       status == ERROR_ACCESS_DENIED ? "Run it as an administrator." : "");
+                       Denied(status));
+}
+
+// With its subkeys. A link has none: opened as itself, it shows nothing of what it leads to.
+LSTATUS RemoveKey(HKEY parent, const wchar_t* name) {
+    UniqueRegKey key;
+    LSTATUS status =
+        RegOpenKeyExW(parent, name, REG_OPTION_OPEN_LINK,
+                      KEY_ENUMERATE_SUB_KEYS | DELETE | KEY_WOW64_64KEY, key.Put());
+    if (status != ERROR_SUCCESS)
+        return status;
+    constexpr DWORD cLongestName = 255;
+    wchar_t subkey[cLongestName + 1];
+    DWORD length = cLongestName + 1;
+    while (RegEnumKeyExW(key.Get(), 0, subkey, &length, nullptr, nullptr, nullptr, nullptr) ==
+           ERROR_SUCCESS) {
+        if (status = RemoveKey(key.Get(), subkey); status != ERROR_SUCCESS)
+            return status;
+        length = cLongestName + 1;
+    }
+    return NtDeleteKey(key.Get()) == 0 ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
 }
 
 }  // namespace
+
+void RemoveSettings() {
+    const LSTATUS status = RemoveKey(HKEY_LOCAL_MACHINE, cBaseKeyPath);
+    if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND)
+        throw Win32Failure(static_cast<DWORD>(status),
+                           "HKEY_LOCAL_MACHINE\\" + Narrow(cBaseKeyPath) + " cannot be removed",
+                           Denied(status));
+    const GuardedFolder folder(DataFolder());
+    for (const std::string& name : folder.Names(""))
+        folder.Remove(name);
+    // Stays while it holds what is not of these programs.
+    RemoveDirectoryW(Widen(DataFolder()).c_str());
+}
 
 void RemoveEntries(const Registration& registration) {
     const std::wstring apps = cAppIdKey;

@@ -12,7 +12,9 @@
 #include "kora4ctl/registration/removal.h"
 #include "kora4ctl/verbs.h"
 #include "process/guarded_folder.h"
+#include "process/module_users.h"
 #include "process/privileges.h"
+#include "process/registered_file.h"
 #include "process/win32_failure.h"
 #include "registry/app_keys.h"
 #include "registry/registry_store.h"
@@ -24,6 +26,9 @@ namespace {
 struct Options {
     std::string path;
     bool check = false;
+    bool inUse = false;
+    bool appKeys = false;
+    bool settings = false;
 };
 
 const char* WordOf(RegisteredFor where) {
@@ -100,6 +105,29 @@ ExitCode Check(const Context& context, const Options& options) {
     return diagnosis.NeedsRepair() ? ExitCode::eFindings : ExitCode::eDone;
 }
 
+// The programs that have to be restarted before they use another file in its place.
+ExitCode ShowUsers(const Context& context, const Options& options) {
+    std::string path = options.path.empty() ? RegisteredFile() : FullPath(options.path);
+    if (path.empty())
+        path = LibraryBesideTool();
+    const std::vector<ModuleUser> users = UsersOfModule(path);
+    Output& output = context.output;
+    if (output.json) {
+        Json list = Json::array();
+        for (const ModuleUser& user : users)
+            list.push_back({{"process", user.process}, {"program", user.program}});
+        output.PrintJson({{"path", path}, {"usedBy", list}});
+        return ExitCode::eDone;
+    }
+    Rows rows;
+    for (const ModuleUser& user : users)
+        rows.push_back({std::to_string(user.process), user.program});
+    output.Table({}, rows);
+    if (users.empty())
+        output.Say("No program has loaded " + path);
+    return ExitCode::eDone;
+}
+
 // What the library's own registration answered.
 void Expect(HRESULT hr, const std::string& path, const char* what) {
     if (SUCCEEDED(hr))
@@ -112,10 +140,20 @@ void Expect(HRESULT hr, const std::string& path, const char* what) {
 }
 
 // What later runs need, and what others would otherwise be the first to make.
-void PrepareMachine() {
+void PrepareMachine(Output& output, bool resetAppKeys) {
     GuardedFolder(DataFolder()).Prepare();
     UniqueRegKey key;
-    if (const LSTATUS status = CreateAppKeys(KEY_READ, key); status != ERROR_SUCCESS)
+    LSTATUS status = ERROR_FILE_NOT_FOUND;
+    if (resetAppKeys) {
+        if (AreAppKeysOpenToOthers())
+            output.Complain(
+                "note: Users who are not administrators could write AppKeys until now. Check "
+                "the commands: kora4ctl list");
+        status = ResetAppKeys();
+    }
+    if (status == ERROR_FILE_NOT_FOUND)
+        status = CreateAppKeys(KEY_READ, key);
+    if (status != ERROR_SUCCESS)
         throw Win32Failure(static_cast<DWORD>(status),
                            "The library is registered, but the application keys cannot be "
                            "created",
@@ -125,6 +163,8 @@ void PrepareMachine() {
 ExitCode Register(const Context& context, const Options& options) {
     if (options.check)
         return Check(context, options);
+    if (options.inUse)
+        return ShowUsers(context, options);
     Output& output = context.output;
     const std::string path =
         FullPath(options.path.empty() ? LibraryBesideTool() : options.path);
@@ -135,7 +175,7 @@ ExitCode Register(const Context& context, const Options& options) {
         Expect(library.Register(), path, "registered");
     }
     if (IsElevated())
-        PrepareMachine();
+        PrepareMachine(output, options.appKeys);
     const Registration now = ReadRegistration();
     const Diagnosis diagnosis = Examine(now, path);
     if (output.json) {
@@ -184,6 +224,8 @@ ExitCode Unregister(const Context& context, const Options& options) {
         RemoveEntries(before);
     }
     const Registration now = ReadRegistration();
+    if (options.settings && !now.IsThere())
+        RemoveSettings();
     if (output.json) {
         output.PrintJson({{"registered", now.IsThere()},
                           {"before", OrNull(before.ofMachine)},
@@ -195,8 +237,11 @@ ExitCode Unregister(const Context& context, const Options& options) {
                    (before.ofMachine.empty() ? std::string(".") : ": " + before.ofMachine));
         if (!before.ofUser.empty())
             output.Say("The user's own registration was removed: " + before.ofUser);
-        output.Say("The settings remain in the store.");
+        if (!options.settings)
+            output.Say("The settings remain in the store.");
     }
+    if (options.settings && !output.json && !now.IsThere())
+        output.Say("The settings are removed.");
     if (now.IsThere())
         throw Failure(ExitCode::eFailed, "The library is still registered: " + now.path,
                       "See what is registered: kora4ctl register --check");
@@ -208,11 +253,15 @@ constexpr char cRegisterFooter[] =
     "application and the type library to the registry, creates the keys of the settings store\n"
     "and lets every user write to them. It also creates, unless they exist, the keys with the\n"
     "command lines of companion programs (AppKeys) and the folder for journals and backups,\n"
-    "which only administrators can write. It requires an administrator.\n"
+    "which only administrators can write; --app-keys gives keys that exist their access list\n"
+    "again. It requires an administrator.\n"
     "\n"
     "--check changes nothing. The exit code is 0 when the registration is valid, 4 when the\n"
     "library is not registered, and 7 when something is wrong: the file is missing, cannot be\n"
-    "loaded or is of another version than this program, or the threading model is wrong.\n";
+    "loaded or is of another version than this program, or the threading model is wrong.\n"
+    "\n"
+    "--in-use changes nothing either. Programs keep a library that is replaced until they "
+    "end.\n";
 
 }  // namespace
 
@@ -223,6 +272,11 @@ void AddRegister(Context& context) {
     verb.add_option("PATH", options.path, "the library")->type_name("PATH");
     verb.add_flag("--check", options.check,
                   "only show what is registered, where, and whether it works");
+    verb.add_flag("--in-use", options.inUse,
+                  "only show the programs that have loaded the library")
+        ->excludes("--check");
+    verb.add_flag("--app-keys", options.appKeys,
+                  "let only administrators write AppKeys that are there, too");
     verb.footer(cRegisterFooter);
 }
 
@@ -230,13 +284,15 @@ void AddUnregister(Context& context) {
     const auto [verb, options] =
         AddVerb(context.root, context, "unregister", "unregister the library", Unregister);
     verb.add_option("PATH", options.path, "the library")->type_name("PATH");
+    verb.add_flag("--settings", options.settings,
+                  "remove all settings, too, with their backups");
     verb.footer(
         "PATH defaults to QXA64T.dll beside this program, or else to the file registered\n"
         "for the machine. If neither exists, the entries are removed without it. A file that "
         "only\n"
         "the user has registered is not loaded; its entry is removed, too. The settings remain "
         "in\n"
-        "the store.\n");
+        "the store, unless --settings is given: end all programs that use them before.\n");
 }
 
 }  // namespace kora4::tools

@@ -1,0 +1,364 @@
+; SPDX-License-Identifier: MIT
+; What setup and removal share: log, refusals, the tool that registers, and files that are exchanged
+; all or not at all. Included once for each, because the compiler keeps their functions apart by
+; the prefix "un.".
+;
+; Files are moved, never overwritten: Windows lets a library that programs have loaded be renamed,
+; but not be written or deleted. A run works in the folder $work beside the installed files:
+;   $work\new          what is to come, complete before anything changes
+;   $work\old          what was there
+;   $work\new.txt      what is to come, in each line a path that begins with a backslash
+;   $work\before.txt   the same of the installation that was there
+; Where a file is says whether it has been moved, so going back needs no other journal. The name of
+; the folder is used once: a deletion that waits for the restart never meets what came later.
+
+!include LogicLib.nsh
+!include FileFunc.nsh
+!include WinVer.nsh
+
+; Exit codes: where Windows has a number for it, it is that one, so that deployment tools know it.
+!define EXIT_NOT_ADMIN 740
+!define EXIT_OLD_SYSTEM 1150
+!define EXIT_CANCELLED 1602
+!define EXIT_FAILED 1603
+!define EXIT_NOT_INSTALLED 1605
+!define EXIT_BUSY 1618
+!define EXIT_OTHER_PRODUCT 1638
+!define EXIT_COMMAND_LINE 1639
+!define EXIT_RESTART 3010
+
+!define LOCALE_INVARIANT 0x7F
+!define FILE_ATTRIBUTE_HIDDEN 2
+!define ERROR_ALREADY_EXISTS 183
+
+Var log         ; its handle; empty: there is none
+Var logFile
+Var failure     ; why it fails, in sentences; empty: it does not
+Var reason
+Var work
+Var registered  ; the library that was registered before; empty: none
+Var hadStore    ; 1: there was one before
+Var settings    ; not empty: the settings go, too
+Var users       ; the programs that keep the old library until they end, a line each
+Var list
+Var from
+Var to
+
+; The function of setup or of removal.
+!macro CallOwn name
+!ifdef __UNINSTALL__
+  Call un.${name}
+!else
+  Call ${name}
+!endif
+!macroend
+
+; Ends, before anything is changed, with a reason in one sentence.
+!macro Refuse code text
+  Push "${text}"
+  !insertmacro CallOwn Log
+  SetErrorLevel ${code}
+  MessageBox MB_OK|MB_ICONSTOP "${text}" /SD IDOK
+  Quit
+!macroend
+
+!macro Move list from to
+  StrCpy $list "${list}"
+  StrCpy $from "${from}"
+  StrCpy $to "${to}"
+  !insertmacro CallOwn MoveFiles
+!macroend
+
+!macro TRANSACTION un
+
+; Push TEXT: into the log and the window.
+Function ${un}Log
+  Exch $0
+  Push $1
+  Push $2
+  DetailPrint $0
+  ${If} $log != ""
+    System::Call 'kernel32::GetSystemTime(@ r1)'
+    System::Call 'kernel32::GetDateFormatW(i ${LOCALE_INVARIANT}, i 0, p r1, w "yyyy-MM-dd", w .r2, i 16)'
+    FileWriteUTF16LE $log "$2T"
+    System::Call 'kernel32::GetTimeFormatW(i ${LOCALE_INVARIANT}, i 0, p r1, w "HH:mm:ss", w .r2, i 16)'
+    FileWriteUTF16LE $log "$2Z  $0$\r$\n"
+  ${EndIf}
+  Pop $2
+  Pop $1
+  Pop $0
+FunctionEnd
+
+; The log is appended to. Only administrators write in its folder.
+Function ${un}OpenLog
+  Push $0
+  ${GetParameters} $0
+  ClearErrors
+  ${GetOptions} $0 "/LOG=" $logFile
+  ${If} ${Errors}
+    StrCpy $logFile "$WINDIR\Logs\KORA4\setup.log"
+    CreateDirectory "$WINDIR\Logs\KORA4"
+  ${EndIf}
+  ClearErrors
+  FileOpen $log $logFile a
+  ${If} ${Errors}
+    StrCpy $log ""
+  ${Else}
+    FileSeek $log 0 END $0
+    ${If} $0 = 0
+      FileWriteWord $log 0xFEFF
+    ${EndIf}
+  ${EndIf}
+  Pop $0
+FunctionEnd
+
+; What must hold before anything is done; the same for both.
+Function ${un}CheckMachine
+  ${IfNot} ${AtLeastWin10}
+    !insertmacro Refuse ${EXIT_OLD_SYSTEM} "KORA4 ASL needs 64-bit Windows 10 or Windows Server 2016, or later."
+  ${EndIf}
+  UserInfo::GetAccountType
+  Pop $0
+  ${If} $0 != "Admin"
+    !insertmacro Refuse ${EXIT_NOT_ADMIN} "KORA4 ASL is installed and removed by administrators: start this program as an administrator."
+  ${EndIf}
+  Call ${un}OpenLog
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "Global\Velto.KORA4.Setup") p.r0 ?e'
+  Pop $0
+  ${If} $0 = ${ERROR_ALREADY_EXISTS}
+    !insertmacro Refuse ${EXIT_BUSY} "KORA4 ASL is being installed or removed by another program: wait for its end."
+  ${EndIf}
+FunctionEnd
+
+; A folder for this run, and the tool that registers.
+Function ${un}Begin
+  InitPluginsDir
+  SetOutPath $PLUGINSDIR
+  File "${TREE}/bin/kora4ctl.exe"
+  System::Call 'kernel32::GetTickCount() i.r0'
+  IntFmt $0 "%08x" $0
+  StrCpy $work "$INSTDIR\.setup-$0"
+  ClearErrors
+  CreateDirectory "$work\old"
+  ${If} ${Errors}
+    StrCpy $failure "The folder $work cannot be created."
+    Return
+  ${EndIf}
+  System::Call 'kernel32::SetFileAttributesW(w "$work", i ${FILE_ATTRIBUTE_HIDDEN})'
+  ${If} ${FileExists} "$INSTDIR\files.txt"
+    CopyFiles /SILENT "$INSTDIR\files.txt" "$work\before.txt"
+  ${EndIf}
+  ReadRegStr $registered HKLM "${SERVER_KEY}" ""
+  StrCpy $hadStore ""
+  ClearErrors
+  EnumRegKey $0 HKLM "${STORE_KEY}" 0
+  ${IfNot} ${Errors}
+    StrCpy $hadStore 1
+  ${EndIf}
+FunctionEnd
+
+; Push ARGUMENTS: runs kora4ctl; $0 is its exit code, $1 what it printed. Both are in the log.
+Function ${un}RunTool
+  Pop $1
+  Push "kora4ctl $1"
+  Call ${un}Log
+  nsExec::ExecToStack '"$PLUGINSDIR\kora4ctl.exe" $1'
+  Pop $0
+  Pop $1
+  Push "$1(exit code $0)"
+  Call ${un}Log
+FunctionEnd
+
+; Moves each file of $list from the folder $from to the folder $to. What is not there is left out,
+; and so is what the other folder has. Sets $failure if one cannot be moved; the others are.
+Function ${un}MoveFiles
+  ClearErrors
+  FileOpen $0 $list r
+  ${If} ${Errors}
+    Return
+  ${EndIf}
+  ${Do}
+    FileRead $0 $1
+    ${If} ${Errors}
+      ${Break}
+    ${EndIf}
+    StrCpy $1 $1 -2
+    ${If} ${FileExists} "$from$1"
+    ${AndIfNot} ${FileExists} "$to$1"
+      ${GetParent} "$to$1" $2
+      CreateDirectory $2
+      System::Call 'kernel32::MoveFileExW(w "$from$1", w "$to$1", i 0) i.r2 ?e'
+      Pop $3
+      ${If} $2 = 0
+        System::Call 'kernel32::FormatMessageW(i 0x12FF, p 0, i r3, i 0, w .r4, i 512, p 0)'
+        StrCpy $failure "$from$1 cannot be moved to $to: $4(error $3)"
+      ${EndIf}
+    ${EndIf}
+    ClearErrors
+  ${Loop}
+  FileClose $0
+  ClearErrors
+FunctionEnd
+
+; Removes the folders of the files of $list that are empty.
+Function ${un}RemoveEmptyFolders
+  ClearErrors
+  FileOpen $0 $list r
+  ${If} ${Errors}
+    Return
+  ${EndIf}
+  ${Do}
+    FileRead $0 $1
+    ${If} ${Errors}
+      ${Break}
+    ${EndIf}
+    StrCpy $1 $1 -2
+    ${GetParent} "$INSTDIR$1" $2
+    ${DoWhile} $2 != $INSTDIR
+      ; Refused while something is in it.
+      RMDir $2
+      ${GetParent} $2 $2
+    ${Loop}
+    ClearErrors
+  ${Loop}
+  FileClose $0
+  ClearErrors
+FunctionEnd
+
+; Puts the new files in place of the old ones.
+Function ${un}Exchange
+  !insertmacro Move "$work\before.txt" "$INSTDIR" "$work\old"
+  ; What lies there and belongs to no installation.
+  !insertmacro Move "$work\new.txt" "$INSTDIR" "$work\old"
+  ${If} $failure == ""
+    !insertmacro Move "$work\new.txt" "$work\new" "$INSTDIR"
+  ${EndIf}
+FunctionEnd
+
+; Puts everything back: files, registration, and the store if there was none.
+Function ${un}RollBack
+  Push "Failed: $failure"
+  Call ${un}Log
+  StrCpy $reason $failure
+  SetOutPath $PLUGINSDIR
+  ${If} $registered == ""
+    ${If} $hadStore == ""
+      Push "unregister --settings"
+    ${Else}
+      Push "unregister"
+    ${EndIf}
+    Call ${un}RunTool
+  ${EndIf}
+  StrCpy $failure ""
+  !insertmacro Move "$work\new.txt" "$INSTDIR" "$work\new"
+  !insertmacro Move "$work\before.txt" "$work\old" "$INSTDIR"
+  !insertmacro Move "$work\new.txt" "$work\old" "$INSTDIR"
+  ${If} $registered != ""
+    Push 'register "$registered"'
+    Call ${un}RunTool
+  ${EndIf}
+  StrCpy $list "$work\new.txt"
+  Call ${un}RemoveEmptyFolders
+  ${If} $failure == ""
+    RMDir /r $work
+    StrCpy $failure "$reason Nothing was changed."
+  ${Else}
+    StrCpy $failure "$reason Not everything could be put back, and is in $work\old: $failure"
+  ${EndIf}
+  Call ${un}RemoveRoot
+  Push $failure
+  Call ${un}Log
+  SetErrorLevel ${EXIT_FAILED}
+  MessageBox MB_OK|MB_ICONSTOP "$failure$\n$\nThe log is $logFile" /SD IDOK
+FunctionEnd
+
+Function ${un}RemoveRoot
+  RMDir $INSTDIR
+  ; Of this vendor, and of nobody else while it is empty.
+  RMDir "$PROGRAMFILES64\Velto"
+  ClearErrors
+FunctionEnd
+
+; Deletes the old files, those in use at the next restart, and the folders that are empty now.
+Function ${un}Commit
+  SetOutPath $PLUGINSDIR
+  Delete "$work\old\bin\QXA64T.dll"
+  ${If} ${FileExists} "$work\old\bin\QXA64T.dll"
+    Push 'register --in-use "$INSTDIR\bin\QXA64T.dll"'
+    Call ${un}RunTool
+    StrCpy $users $1
+  ${EndIf}
+  StrCpy $list "$work\before.txt"
+  Call ${un}RemoveEmptyFolders
+  RMDir /r /REBOOTOK $work
+  ClearErrors
+FunctionEnd
+
+; Removal as a whole; $settings not empty: with the settings.
+Function ${un}RemoveProduct
+  Call ${un}Begin
+  Push "Removing what is installed in $INSTDIR"
+  Call ${un}Log
+  ${If} $failure == ""
+    Call ${un}Exchange
+  ${EndIf}
+  ${If} $failure == ""
+    Call ${un}Unregister
+  ${EndIf}
+  ${If} $failure != ""
+    Call ${un}RollBack
+    Abort
+  ${EndIf}
+  DeleteRegKey HKLM "${PRODUCT_KEY}"
+  SetShellVarContext all
+  Delete "${SHORTCUT}"
+  Call ${un}Commit
+  SetErrorLevel 0
+  ${If} ${RebootFlag}
+    RMDir /REBOOTOK $INSTDIR
+    SetErrorLevel ${EXIT_RESTART}
+    Push "Programs still have files open that were removed; these go at the next restart. $users"
+    Call ${un}Log
+  ${EndIf}
+  Call ${un}RemoveRoot
+  Push "${PRODUCT} is removed."
+  Call ${un}Log
+FunctionEnd
+
+; Leaves a registration alone that leads elsewhere by now.
+Function ${un}Unregister
+  ${If} $registered != "$INSTDIR\bin\QXA64T.dll"
+  ${AndIf} $registered != ""
+    Push "Another library is registered, and stays so, with its settings: $registered"
+    Call ${un}Log
+    Return
+  ${EndIf}
+  StrCpy $0 ""
+  ${If} $settings != ""
+    StrCpy $0 " --settings"
+  ${EndIf}
+  ; Without its file the tool removes the entries itself.
+  ${If} ${FileExists} "$work\old\bin\QXA64T.dll"
+    StrCpy $0 ' "$work\old\bin\QXA64T.dll"$0'
+  ${EndIf}
+  Push "unregister$0"
+  Call ${un}RunTool
+  ${If} $0 != 0
+    StrCpy $failure "The registration or the settings cannot be removed: $1"
+  ${EndIf}
+FunctionEnd
+
+; Whether a switch is in the command line: $0 is 1 or empty.
+Function ${un}HasSwitch
+  Exch $1
+  ${GetParameters} $0
+  ClearErrors
+  ${GetOptions} $0 $1 $0
+  StrCpy $0 1
+  ${If} ${Errors}
+    StrCpy $0 ""
+  ${EndIf}
+  Pop $1
+FunctionEnd
+
+!macroend

@@ -1,0 +1,299 @@
+// SPDX-License-Identifier: MIT
+// The installer for people and deployment tools, run silently: what it installs, replaces, puts
+// back after a failure, refuses and removes. installers.sh starts this program.
+#include <kora4.hpp>
+
+#include <fstream>
+
+#include "contract/registry_paths.h"
+#include "installer/installation.h"
+#include "platform/handles.h"
+#include "support/key_security.h"
+#include "support/registry_fixture.h"
+#include "tools/support/tool_process.h"
+
+namespace kora4::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr wchar_t cAdministratorsOnly[] = L"D:P(A;CI;KA;;;BA)(A;CI;KA;;;SY)(A;CI;KR;;;WD)";
+
+// A client of the registered library, as a program keeps one.
+class Client {
+  public:
+    Client() : m_api(*Api::Open()) {}
+    Api* operator->() { return &m_api; }
+
+  private:
+    ApartmentGuard m_apartment{ApartmentKind::eMultithreaded};
+    Api m_api;
+};
+
+// A file that no other program may open, as backup programs and scanners keep one for a while.
+class LockedFile {
+  public:
+    explicit LockedFile(const fs::path& path)
+        : m_file(
+              CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {
+        EXPECT_NE(INVALID_HANDLE_VALUE, m_file.Get());
+    }
+
+  private:
+    const UniqueHandle m_file;
+};
+
+class Setups : public Installation {};
+
+std::optional<std::wstring> ProductValue(const wchar_t* name) {
+    return ReadString(HKEY_LOCAL_MACHINE, cProduct, name);
+}
+
+TEST_F(Setups, InstallRegisterAndLetAClientWork) {
+    const Outcome run = RunSetup(cNew);
+    EXPECT_EQ(cInstalled, run.code) << run;
+    EXPECT_TRUE(run.Says("is installed and registered")) << run;
+    EXPECT_NE(std::string::npos, Ctl(L"register --check").find("The registration is valid."));
+    EXPECT_EQ(cWorldAccess, DaclOf(cBaseKeyPath));
+    EXPECT_EQ(cWorldAccess, DaclOf(cStaticKeysPath));
+    EXPECT_EQ(cWorldAccess, DaclOf(cDynamicKeysPath));
+    EXPECT_EQ(cAdministratorsOnly, DaclOf(cAppKeysPath));
+    EXPECT_EQ(L"library,tools", ProductValue(L"Features"));
+    EXPECT_EQ(cNew, ProductValue(L"DisplayVersion"));
+    const ToolResult first = RunTool("kora4_first_client", {});
+    EXPECT_EQ(0u, first.exitCode) << first;
+    EXPECT_EQ("music\n", Ctl(L"get profile"));
+    // Nothing is left of the run itself.
+    for (const auto& entry : fs::directory_iterator(cFolder))
+        EXPECT_NE(0u, entry.path().filename().wstring().find(L".setup")) << entry.path();
+}
+
+TEST_F(Setups, RepairWhatWasDeletedAndWhatOthersMayWrite) {
+    EXPECT_EQ(cInstalled, RunSetup(cNew).code);
+    const Files installed = FilesOf();
+    fs::remove(cLibrary);
+    std::ofstream(fs::path(cFolder) / L"bin\\kora4sim.exe") << "damaged";
+    SetDacl(cAppKeysPath, cWorldAccess);
+    Ctl(L"register --check", 7);
+    const Outcome run = RunSetup(cNew);
+    EXPECT_EQ(cInstalled, run.code) << run;
+    EXPECT_TRUE(installed == FilesOf());
+    EXPECT_EQ(cAdministratorsOnly, DaclOf(cAppKeysPath));
+    Ctl(L"register --check");
+}
+
+TEST_F(Setups, UpgradeWhileAClientRunsAndKeepItsSettings) {
+    EXPECT_EQ(cInstalled, RunSetup(cOld).code);
+    const std::string old = BytesOf(cLibrary);
+    EXPECT_TRUE(fs::exists(fs::path(cFolder) / L"bin\\gone.txt"));
+    std::string store;
+    {
+        Client client;
+        EXPECT_TRUE(client->SetActiveProfile(KORA4_PROFILE_GAMES));
+        EXPECT_TRUE(client->SetVolumeLeveler(3));
+        store = StoreSnapshot();
+        const Outcome run = RunSetup(cNew);
+        EXPECT_EQ(cRestart, run.code) << run;
+        EXPECT_TRUE(run.Says("setup_test.exe")) << run;
+        EXPECT_EQ(store, StoreSnapshot());
+        EXPECT_TRUE(old != BytesOf(cLibrary));
+        EXPECT_EQ(cNew, ProductValue(L"DisplayVersion"));
+        // One registration, and a new client beside the old one.
+        Ctl(L"register --check");
+        EXPECT_EQ("games\n", Ctl(L"get profile"));
+        EXPECT_EQ(KORA4_PROFILE_GAMES, *client->GetActiveProfile());
+        EXPECT_TRUE(client->SetActiveProfile(KORA4_PROFILE_MUSIC));
+        EXPECT_EQ("music\n", Ctl(L"get profile"));
+    }
+    // What belongs to the old version only is gone; its library goes when the machine restarts.
+    EXPECT_FALSE(fs::exists(fs::path(cFolder) / L"bin\\gone.txt"));
+    const auto count = [] {
+        std::size_t libraries = 0;
+        for (const auto& [path, bytes] : FilesOf())
+            libraries += path.ends_with(L"QXA64T.dll");
+        return libraries;
+    };
+    EXPECT_EQ(2u, count());
+    RunToEnd(L"wineboot.exe -r", L"none");
+    EXPECT_EQ(1u, count());
+    EXPECT_TRUE(old != BytesOf(cLibrary));
+    Ctl(L"register --check");
+}
+
+TEST_F(Setups, PutEverythingBackWhenAFileCannotBeReplaced) {
+    EXPECT_EQ(cInstalled, RunSetup(cOld).code);
+    Ctl(L"set profile games");
+    const Files files = FilesOf();
+    const std::string registration = Registration();
+    const std::string store = StoreSnapshot();
+    const std::string product = DumpKey(HKEY_LOCAL_MACHINE, cProduct);
+    {
+        const LockedFile locked(fs::path(cFolder) / L"bin\\kora4ctl.exe");
+        for (const wchar_t* features : {L"", L"/FEATURES=library"}) {
+            const Outcome run = RunSetup(cNew, features);
+            EXPECT_EQ(cFailed, run.code) << run;
+            EXPECT_TRUE(run.Says("kora4ctl.exe cannot be moved to ")) << run;
+            EXPECT_TRUE(run.Says("Nothing was changed.")) << run;
+        }
+        const Outcome run = RunRemoval();
+        EXPECT_EQ(cFailed, run.code) << run;
+        EXPECT_TRUE(run.Says("Nothing was changed.")) << run;
+    }
+    EXPECT_TRUE(files == FilesOf());
+    EXPECT_EQ(registration, Registration());
+    EXPECT_EQ(store, StoreSnapshot());
+    EXPECT_EQ(product, DumpKey(HKEY_LOCAL_MACHINE, cProduct));
+    Ctl(L"get profile");
+}
+
+TEST_F(Setups, LeaveNothingWhenRegisteringFails) {
+    CreateKey(HKEY_LOCAL_MACHINE, cBaseKeyPath);
+    const RegistryLink link(cStaticKeysPath, L"SOFTWARE\\nowhere");
+    const Outcome run = RunSetup(cNew);
+    EXPECT_EQ(cFailed, run.code) << run;
+    EXPECT_TRUE(run.Says("The library cannot be registered: ")) << run;
+    EXPECT_FALSE(fs::exists(cFolder));
+    EXPECT_EQ("", Registration());
+    EXPECT_EQ("", DumpKey(HKEY_LOCAL_MACHINE, cProduct));
+}
+
+TEST_F(Setups, RegisterAgainWhatWasRegisteredWhenRegisteringFails) {
+    const RegisteredLibrary registered;
+    const std::string before = Registration();
+    RemoveKey(HKEY_LOCAL_MACHINE, cStaticKeysPath);
+    const RegistryLink link(cStaticKeysPath, L"SOFTWARE\\nowhere");
+    EXPECT_EQ(cFailed, RunSetup(cOld).code);
+    EXPECT_FALSE(fs::exists(cFolder));
+    EXPECT_EQ(before, Registration());
+}
+
+TEST_F(Setups, AddAndRemoveFeatures) {
+    EXPECT_EQ(cInstalled, RunSetup(cNew, L"/FEATURES=library").code);
+    EXPECT_FALSE(fs::exists(fs::path(cFolder) / L"bin\\kora4ctl.exe"));
+    EXPECT_EQ(cInstalled, RunSetup(cNew, L"/FEATURES=tools,sdk").code);
+    EXPECT_TRUE(fs::exists(fs::path(cFolder) / L"include\\kora4.hpp"));
+    EXPECT_EQ(L"library,tools,sdk", ProductValue(L"Features"));
+    // Without a word, what is installed stays.
+    EXPECT_EQ(cInstalled, RunSetup(cNew).code);
+    EXPECT_EQ(L"library,tools,sdk", ProductValue(L"Features"));
+    EXPECT_EQ(cInstalled, RunSetup(cNew, L"/FEATURES=tools").code);
+    EXPECT_FALSE(fs::exists(fs::path(cFolder) / L"include"));
+    const Outcome run = RunSetup(cNew, L"/FEATURES=tools,sdks");
+    EXPECT_EQ(cCommandLine, run.code) << run;
+    EXPECT_TRUE(run.Says("There is no feature 'sdks'")) << run;
+}
+
+TEST_F(Setups, RefuseAnOlderVersionAndASecondFolder) {
+    EXPECT_EQ(cInstalled, RunSetup(cNew).code);
+    const Files files = FilesOf();
+    Outcome run = RunSetup(cOld);
+    EXPECT_EQ(cOtherProduct, run.code) << run;
+    EXPECT_TRUE(run.Says("KORA4 ASL 7.2.7000.4 is installed, which is newer")) << run;
+    run = RunSetup(cNew, L"/D=C:\\Elsewhere");
+    EXPECT_EQ(cOtherProduct, run.code) << run;
+    EXPECT_FALSE(fs::exists(L"C:\\Elsewhere"));
+    EXPECT_TRUE(files == FilesOf());
+}
+
+TEST_F(Setups, InstallInAnotherFolderThatOnlyAdministratorsWrite) {
+    EXPECT_EQ(cInstalled, RunSetup(cOld, L"/D=C:\\Töne & mehr\\KORA4").code);
+    EXPECT_FALSE(fs::exists(cFolder));
+    EXPECT_EQ(L"C:\\Töne & mehr\\KORA4", ProductValue(L"InstallLocation"));
+    EXPECT_NE(std::string::npos, Registration().find("mehr\\KORA4\\bin\\QXA64T.dll"));
+    EXPECT_EQ(cInstalled, RunSetup(cNew).code);
+    EXPECT_FALSE(fs::exists(cFolder));
+    EXPECT_EQ(cInstalled, RunRemoval().code);
+    EXPECT_EQ("", Registration());
+    EXPECT_FALSE(fs::exists(L"C:\\Töne & mehr\\KORA4"));
+    fs::remove(L"C:\\Töne & mehr");
+}
+
+TEST_F(Setups, RefuseAnOldWindowsUsersAndASecondSetup) {
+    const std::wstring versions = L"Software\\Wine\\AppDefaults\\kora4asl-7.2.7000.4-setup.exe";
+    const wchar_t cSeven[] = L"win7";
+    CreateKey(HKEY_CURRENT_USER, versions);
+    WriteValue(HKEY_CURRENT_USER, versions, L"Version", REG_SZ, cSeven, sizeof cSeven);
+    EXPECT_EQ(cOldSystem, RunSetup(cNew).code);
+    RemoveKey(HKEY_CURRENT_USER, versions);
+
+    UniqueHandle own;
+    UniqueHandle restricted;
+    BYTE sid[SECURITY_MAX_SID_SIZE] = {};
+    DWORD size = sizeof sid;
+    EXPECT_TRUE(CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, sid, &size));
+    SID_AND_ATTRIBUTES administrators{sid, 0};
+    EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_ALL_ACCESS, own.Put()));
+    EXPECT_TRUE(CreateRestrictedToken(own.Get(), DISABLE_MAX_PRIVILEGE, 1, &administrators, 0,
+                                      nullptr, 0, nullptr, restricted.Put()));
+    EXPECT_EQ(cNotAdmin, RunSetup(cNew, {}, restricted.Get()).code);
+
+    const UniqueHandle other(CreateMutexW(nullptr, FALSE, L"Global\\Velto.KORA4.Setup"));
+    EXPECT_EQ(cBusy, RunSetup(cNew).code);
+    EXPECT_FALSE(fs::exists(cFolder));
+    EXPECT_EQ("", Registration());
+}
+
+TEST_F(Setups, RemoveAndKeepTheSettings) {
+    EXPECT_EQ(cInstalled, RunSetup(cNew, L"/FEATURES=all").code);
+    Ctl(L"set profile games");
+    const std::string store = StoreSnapshot();
+    const Outcome run = RunRemoval();
+    EXPECT_EQ(cInstalled, run.code) << run;
+    EXPECT_EQ("", Registration());
+    EXPECT_EQ("", DumpKey(HKEY_LOCAL_MACHINE, cProduct));
+    EXPECT_EQ(store, StoreSnapshot());
+    EXPECT_FALSE(fs::exists(fs::path(cFolder).parent_path()));
+    EXPECT_EQ(cNotInstalled, RunRemoval().code);
+    EXPECT_EQ(cInstalled, RunSetup(cNew).code);
+    EXPECT_EQ("games\n", Ctl(L"get profile"));
+}
+
+TEST_F(Setups, RemoveThroughTheProgramThatIsInstalled) {
+    EXPECT_EQ(cInstalled, RunSetup(cOld).code);
+    const std::wstring folder = cFolder;
+    EXPECT_EQ(L"\"" + folder + L"\\uninstall.exe\" /S", ProductValue(L"QuietUninstallString"));
+    const std::wstring command = *ProductValue(L"QuietUninstallString");
+    EXPECT_EQ(cCommandLine, RunToEnd(command + L" _?=" + folder, L"none").code);
+    EXPECT_NE("", Registration());
+    // A copy of it does the work, for which nobody can wait.
+    EXPECT_EQ(cInstalled, RunToEnd(command, L"none").code);
+    for (int i = 0; i < 600 && fs::exists(cFolder); ++i)
+        Sleep(100);
+    EXPECT_FALSE(fs::exists(cFolder));
+    EXPECT_EQ("", Registration());
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, cStaticKeysPath));
+}
+
+TEST_F(Setups, RemoveTheSettingsWhenToldSo) {
+    EXPECT_EQ(cInstalled, RunSetup(cOld).code);
+    Ctl(L"set profile games");
+    Ctl(L"reset --all");
+    EXPECT_TRUE(fs::exists(L"C:\\ProgramData\\KORA4"));
+    const Outcome run = RunRemoval(L"/REMOVESETTINGS");
+    EXPECT_EQ(cInstalled, run.code) << run;
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, cBaseKeyPath));
+    EXPECT_FALSE(fs::exists(L"C:\\ProgramData\\KORA4"));
+}
+
+TEST_F(Setups, RemoveWhileAClientRunsOrTheLibraryIsGone) {
+    EXPECT_EQ(cInstalled, RunSetup(cOld).code);
+    {
+        Client client;
+        const Outcome run = RunRemoval();
+        EXPECT_EQ(cRestart, run.code) << run;
+        EXPECT_TRUE(run.Says("setup_test.exe")) << run;
+        EXPECT_EQ("", Registration());
+        EXPECT_FALSE(fs::exists(cLibrary));
+        EXPECT_TRUE(client->SetActiveProfile(KORA4_PROFILE_MUSIC));
+        // What waits for the restart does not touch what is installed before it.
+        EXPECT_EQ(cInstalled, RunSetup(cOld).code);
+    }
+    RunToEnd(L"wineboot.exe -r", L"none");
+    Ctl(L"get profile");
+    fs::remove(cLibrary);
+    EXPECT_EQ(cInstalled, RunRemoval().code);
+    EXPECT_EQ("", Registration());
+}
+
+}  // namespace
+}  // namespace kora4::test
