@@ -35,7 +35,7 @@ endif()
 # counts to a folder of its own when it ends or unloads the library, because gcov does not lock
 # the files that it writes. scripts/coverage.sh adds them up.
 set(coverage
-  --coverage -fprofile-update=atomic
+  -O0 --coverage -fprofile-update=atomic
   "-fprofile-dir=${CMAKE_BINARY_DIR}/counts/%q{KORA4_TEST_PREFIX}-%p"
   -fprofile-prefix-path=${CMAKE_BINARY_DIR})
 

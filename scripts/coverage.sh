@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 # coverage.sh [CTEST-OPTION...]: installs what is missing, builds the library instrumented,
 # runs the tests under Wine, and prints which lines and branches of src/ they do not reach,
-# file by file, and the totals. Exits 0 only if every test passes and the limits below are met.
+# file by file, each such line with the reason (tests/coverage/unreached.txt), and the totals. Exits 0
+# only if every test passes, every line has its reason and the limits below are met.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -65,10 +66,15 @@ gcovr --root "$root" --object-directory "$tree" --gcov-executable "$gcov" \
   die "gcovr cannot read the counts; its messages are above (if the compiler has changed, remove build/coverage and try again)."
 say "lines, and those that no test reaches"
 gcovr --root "$root" --add-tracefile "$report" --txt
+say "the lines that no test reaches, and why"
+explained=1
+perl "$root/tests/coverage/unreached.pl" "$root" "$report" "$root/tests/coverage/unreached.txt" ||
+  explained=0
 say "branches, and the lines with some that no test takes"
 gcovr --root "$root" --add-tracefile "$report" --branches --txt
 say "totals; required are $least_lines % of the lines and $least_branches % of the branches"
 gcovr --root "$root" --add-tracefile "$report" --print-summary --output /dev/null \
   --fail-under-line "$least_lines" --fail-under-branch "$least_branches" ||
   die "too little of src/ is reached; the tables above say what is missing."
+[ "$explained" = 1 ] || die "tests/coverage/unreached.txt does not give the reasons; see above."
 [ "$failed" = 0 ] || die "some tests failed; see above."

@@ -6,8 +6,8 @@
 
 namespace kora4 {
 
-// Creates a CKORA4ASL in the calling apartment and queries it for `iid`. E_POINTER for a
-// null `ppv`, which is otherwise null on failure; E_NOINTERFACE, E_OUTOFMEMORY.
+// Creates a CKORA4ASL in the calling apartment and queries it for `iid`. `*ppv` must be null,
+// and stays so on failure; E_NOINTERFACE, E_OUTOFMEMORY.
 HRESULT CreateApiObject(REFIID iid, void** ppv);
 
 }  // namespace kora4

@@ -46,9 +46,6 @@ STDMETHODIMP CKORA4ASL::GetVeltoKORA4Version(ULONG* kora4Version_3, ULONG* kora4
 }
 
 HRESULT CreateApiObject(REFIID iid, void** ppv) {
-    if (!ppv)
-        return E_POINTER;
-    *ppv = nullptr;
     Microsoft::WRL::ComPtr<ComObject<CKORA4ASL>> spObject;
     const HRESULT hr = ComObject<CKORA4ASL>::Create(spObject.GetAddressOf());
     if (FAILED(hr))

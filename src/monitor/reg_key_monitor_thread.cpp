@@ -47,8 +47,6 @@ HRESULT RegKeyMonitor::RunRegMonitor(MonitorSession* pSession) {
 }
 
 HRESULT RegKeyMonitor::WatchKey(MonitorSession& session) {
-    if (!session.RootKey() || !session.Subkey())
-        return E_FAIL;
     UniqueRegKey& key = session.WatchedKey();
     HRESULT hr = ResultOfKeyLookup(
         RegOpenKeyExW(session.RootKey(), session.Subkey(), 0, KEY_NOTIFY, key.Put()));

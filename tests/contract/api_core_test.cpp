@@ -21,6 +21,7 @@ TEST_F(ApiCore, AnswersForItsInterfaceAndForIUnknownOnly) {
     void* pOther = this;
     EXPECT_EQ(E_NOINTERFACE, spApi->QueryInterface(__uuidof(IVeltoKORA4APICallback), &pOther));
     EXPECT_EQ(nullptr, pOther);
+    EXPECT_EQ(E_POINTER, spApi->QueryInterface(__uuidof(IUnknown), nullptr));
 }
 
 TEST_F(ApiCore, TellsItsVersionBeforeInitialize) {

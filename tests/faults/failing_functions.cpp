@@ -177,6 +177,7 @@ Functions KernelFunctions() {
         KORA4_ROW(WaitForMultipleObjects, eWait, {cBadHandle}),
         KORA4_ROW(GetModuleHandleExW, eFalse, {ERROR_MOD_NOT_FOUND}),
         KORA4_ROW(GetModuleFileNameW, eFalse, {cOutOfMemory}),
+        KORA4_ROW(GetProcessHandleCount, eFalse, {cDenied}),
         KORA4_ROW(FindResourceW, eFalse, {ERROR_RESOURCE_NAME_NOT_FOUND}),
         KORA4_ROW(LoadResource, eFalse, {cOutOfMemory}),
         KORA4_ROW(

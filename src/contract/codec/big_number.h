@@ -15,10 +15,8 @@ class BigNumber {
   public:
     explicit BigNumber(std::uint32_t value) { MultiplyAdd(1, value); }
 
-    // The number of bits without leading zeros; 0 for zero.
+    // The number of bits without leading zeros. The number is not zero.
     int BitLength() const {
-        if (m_used == 0)
-            return 0;
         const auto width = static_cast<std::size_t>(std::bit_width(m_limbs[m_used - 1]));
         return static_cast<int>(32 * (m_used - 1) + width);
     }

@@ -79,8 +79,8 @@ HRESULT KORA4UIKeysClient::GetPatchValue(ApiTechnology technology, std::uint32_t
 HRESULT KORA4UIKeysClient::SetPatchValue(ApiTechnology technology, std::uint32_t size,
                                          const void* pValue) {
     const KORA4PresetTechnology presetTech = PresetTechOf(technology);
-    const bool argumentsGood = presetTech != ePresetNoTech && pValue && size != 0 &&
-                               size >= ASLPatchSizeOf(technology);
+    const bool argumentsGood =
+        presetTech != ePresetNoTech && pValue && size >= ASLPatchSizeOf(technology);
     KALTRACE_RESULT(hr, result::cOk, "KORA4UIKeysClient::SetPatchValue");
     if (!argumentsGood)
         return hr = result::cInvalidArg;

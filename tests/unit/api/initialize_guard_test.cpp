@@ -10,6 +10,7 @@
 
 #include "monitor/apartment.h"
 #include "support/com_client.h"
+#include "support/import_redirection.h"
 #include "support/message_filter.h"
 
 namespace kora4::test {
@@ -59,6 +60,22 @@ class BusyCaller {
     const UniqueHandle m_goOn{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::jthread m_thread;
 };
+
+HANDLE WINAPI NoEvent(SECURITY_ATTRIBUTES*, BOOL, BOOL, const wchar_t*) {
+    return nullptr;
+}
+
+TEST(InitializeGuard, ACallerThatHasNothingToWaitOnIsToldSo) {
+    InitializeGuard guard;
+    BusyCaller busy(guard, S_OK);
+    ASSERT_TRUE(busy.IsInside());
+    {
+        const ImportRedirection events(GetModuleHandleW(nullptr), "CreateEventW", &NoEvent);
+        ASSERT_TRUE(events.IsInPlace());
+        EXPECT_EQ(E_OUTOFMEMORY, guard.Run([] { return S_OK; }));
+    }
+    busy.GoOn();
+}
 
 // A caller in an apartment of its own. Its thread takes messages nowhere but in the guard's
 // wait: when a message that was sent to it has been answered, it waits.

@@ -14,6 +14,7 @@ struct Platform {
     APTTYPEQUALIFIER qualifier;
     std::vector<HRESULT> answers;  // of the first waits; the others find the first handle set
     std::vector<DWORD> flags;      // of each wait
+    bool takesMessage = false;     // as a wait may that dispatches messages
 };
 
 // The platform of the calling thread's test.
@@ -36,6 +37,9 @@ class PlatformInPlace {
     static HRESULT WINAPI Wait(DWORD flags, DWORD, ULONG, HANDLE*, DWORD* pIndex) {
         const std::size_t wait = s_pPlatform->flags.size();
         s_pPlatform->flags.push_back(flags);
+        MSG message;
+        if (s_pPlatform->takesMessage)
+            PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
         if (wait < s_pPlatform->answers.size())
             return s_pPlatform->answers[wait];
         *pIndex = 0;
@@ -84,6 +88,31 @@ TEST(WaitInApartment, IsTriedAgainWhenItFails) {
         APTTYPE_STA, APTTYPEQUALIFIER_NONE, {E_UNEXPECTED, RPC_E_CALL_CANCELED, E_FAIL}, {}};
     EXPECT_EQ(WAIT_OBJECT_0, WaitOn(platform, 1000));
     EXPECT_EQ(4u, platform.flags.size());
+}
+
+TEST(WaitInApartment, IsTriedAgainWithoutALimitToo) {
+    Platform platform{APTTYPE_STA, APTTYPEQUALIFIER_NONE, {E_UNEXPECTED, E_FAIL}, {}};
+    EXPECT_EQ(WAIT_OBJECT_0, WaitOn(platform, INFINITE));
+    EXPECT_EQ(3u, platform.flags.size());
+}
+
+TEST(WaitInApartment, IsOverInTimeWhenItAlwaysFails) {
+    Platform platform{
+        APTTYPE_STA, APTTYPEQUALIFIER_NONE, std::vector<HRESULT>(1000, E_UNEXPECTED), {}};
+    const ULONGLONG begin = GetTickCount64();
+    EXPECT_EQ(WAIT_TIMEOUT, WaitOn(platform, 60));
+    EXPECT_LE(60u - 16, GetTickCount64() - begin);  // less the step of the clock
+    EXPECT_LT(1u, platform.flags.size());
+}
+
+TEST(WaitInApartment, LeavesTheMessageThatEndsTheHostsLoop) {
+    Platform platform{APTTYPE_STA, APTTYPEQUALIFIER_NONE, {}, {}, true};
+    PostQuitMessage(7);
+    EXPECT_EQ(WAIT_OBJECT_0, WaitOn(platform, 1000));
+    MSG message{};
+    ASSERT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+    EXPECT_EQ(UINT{WM_QUIT}, message.message);
+    EXPECT_EQ(WPARAM{7}, message.wParam);
 }
 
 TEST(WaitInApartment, IsAPlainOneWhereNoCallsComeIn) {

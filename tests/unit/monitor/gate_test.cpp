@@ -3,8 +3,10 @@
 #include <objbase.h>
 
 #include <functional>
+#include <vector>
 
 #include "proxy/proxy_factory.h"
+#include "support/import_redirection.h"
 #include "unit/monitor/monitor_fixture.h"
 
 namespace kora4::test {
@@ -100,6 +102,85 @@ TEST_P(GateInApartment, TheRegistrationLastsAsLongAsItsLastShare) {
         second.Revoke();
         EXPECT_TRUE(IsFactoryFound());
         third.Revoke();
+        EXPECT_FALSE(IsFactoryFound());
+    });
+}
+
+// A platform that keeps several registrations of one class, as Windows does: each has a cookie
+// of its own. Of the tests' platforms none does.
+struct SeveralRegistrations {
+    std::vector<DWORD> revoked;
+    DWORD lastCookie = 0;
+    HRESULT revokeResult = S_OK;
+    const ImportRedirection registering{GetModuleHandleW(nullptr), "CoRegisterClassObject",
+                                        &Register};
+    const ImportRedirection revoking{GetModuleHandleW(nullptr), "CoRevokeClassObject", &Revoke};
+
+    SeveralRegistrations() { s_pThis = this; }
+
+    static HRESULT WINAPI Register(REFCLSID, IUnknown*, DWORD, DWORD, DWORD* pCookie) {
+        *pCookie = ++s_pThis->lastCookie;
+        return S_OK;
+    }
+    static HRESULT WINAPI Revoke(DWORD cookie) {
+        s_pThis->revoked.push_back(cookie);
+        return s_pThis->revokeResult;
+    }
+
+    static inline SeveralRegistrations* s_pThis = nullptr;
+};
+
+TEST_P(GateInApartment, TheNewestRegistrationServesAllSharesWhereThePlatformKeepsSeveral) {
+    Run([] {
+        SeveralRegistrations platform;
+        ASSERT_TRUE(platform.registering.IsInPlace() && platform.revoking.IsInPlace());
+        GateFactoryRegistration first;
+        GateFactoryRegistration second;
+        ASSERT_EQ(S_OK, first.Register());
+        ASSERT_EQ(S_OK, second.Register());
+        EXPECT_EQ(std::vector<DWORD>{1}, platform.revoked);
+        first.Revoke();
+        EXPECT_EQ(std::vector<DWORD>{1}, platform.revoked);
+        second.Revoke();
+        EXPECT_EQ((std::vector<DWORD>{1, 2}), platform.revoked);
+    });
+}
+
+// The host has left the apartment and entered it again: COM has forgotten the registration.
+TEST_P(GateInApartment, SharesOfARegistrationThatIsGoneCountNoMore) {
+    Run([] {
+        SeveralRegistrations platform;
+        GateFactoryRegistration first;
+        GateFactoryRegistration second;
+        ASSERT_EQ(S_OK, first.Register());
+        platform.revokeResult = E_INVALIDARG;
+        ASSERT_EQ(S_OK, second.Register());
+        platform.revoked.clear();
+        second.Revoke();
+        EXPECT_EQ(std::vector<DWORD>{2}, platform.revoked);
+        first.Revoke();
+        EXPECT_EQ(std::vector<DWORD>{2}, platform.revoked);
+    });
+}
+
+HRESULT WINAPI IsRegisteredAlready(REFCLSID, IUnknown*, DWORD, DWORD, DWORD*) {
+    return CO_E_OBJISREG;
+}
+
+TEST_P(GateInApartment, ARegistrationThatThePlatformHasAlreadyIsShared) {
+    Run([] {
+        GateFactoryRegistration first;
+        GateFactoryRegistration second;
+        ASSERT_EQ(S_OK, first.Register());
+        {
+            const ImportRedirection registering(GetModuleHandleW(nullptr),
+                                                "CoRegisterClassObject", &IsRegisteredAlready);
+            ASSERT_TRUE(registering.IsInPlace());
+            ASSERT_EQ(S_OK, second.Register());
+        }
+        first.Revoke();
+        EXPECT_TRUE(IsFactoryFound());
+        second.Revoke();
         EXPECT_FALSE(IsFactoryFound());
     });
 }

@@ -120,5 +120,56 @@ TEST_P(MonitorStopByForce, GivesBackWhatTheThreadHeld) {
 KORA4_IN_APARTMENTS(MonitorStopByForce, Apartment::eSingle, Apartment::eMulti,
                     Apartment::eNone);
 
+// A session without a thread of its own, whose holdings the tests watch.
+class EndedSession : public testing::Test {
+  protected:
+    EndedSession() {
+        *m_spSession.GetAddressOf() = new MonitorSession(HKEY_CURRENT_USER, L"");
+        EXPECT_EQ(S_OK, m_spSession->MakeControls());
+        m_spSession->ChangeEvent() = MakeManualEvent();
+    }
+
+    void ExpectNoReturnFrom(LPTHREAD_START_ROUTINE procedure) {
+        const UniqueHandle thread(
+            CreateThread(nullptr, 0, procedure, m_spSession.Get(), 0, nullptr));
+        EXPECT_FALSE(IsSignalledWithin(thread.Get(), 50));
+        EXPECT_TRUE(HoldsItsEvent());
+        EXPECT_TRUE(TerminateThread(thread.Get(), 0));
+        EXPECT_TRUE(IsSignalledWithin(thread.Get()));
+    }
+
+    bool HoldsItsEvent() { return IsOpen(m_spSession->ChangeEvent().Get()); }
+
+    MonitorSessionPtr m_spSession;
+};
+
+TEST_F(EndedSession, IsNotEndedByForceOnceItGivesBack) {
+    m_spSession->GiveBack();
+    EXPECT_FALSE(HoldsItsEvent());
+    EXPECT_FALSE(m_spSession->TerminateMonitorThread(1));
+}
+
+TEST_F(EndedSession, KeepsWhatItHoldsWhenEvenForceDoesNotEndTheThread) {
+    EXPECT_TRUE(m_spSession->TerminateMonitorThread(1));
+    EXPECT_TRUE(HoldsItsEvent());
+    EXPECT_TRUE(m_spSession->HasWatchEnded());
+}
+
+// The thread reaches its end in the moment before it is terminated.
+TEST_F(EndedSession, LeavesWhatItHeldToWhoeverTerminatesTheThread) {
+    EXPECT_TRUE(m_spSession->TerminateMonitorThread(1));
+    ExpectNoReturnFrom([](void* pSession) -> DWORD {
+        static_cast<MonitorSession*>(pSession)->GiveBack();
+        return 0;
+    });
+}
+
+TEST_F(EndedSession, LeavesItsEndToWhoeverTerminatesTheThread) {
+    EXPECT_TRUE(m_spSession->TerminateMonitorThread(1));
+    ExpectNoReturnFrom([](void* pSession) -> DWORD {
+        static_cast<MonitorSession*>(pSession)->EndThread(0, false);
+    });
+}
+
 }  // namespace
 }  // namespace kora4::test

@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Starting a monitor, and what it tells about itself.
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <utility>
+
+#include "support/import_redirection.h"
 #include "unit/monitor/monitor_fixture.h"
 
 namespace kora4::test {
@@ -184,6 +190,108 @@ TEST(MonitorObject, CallbackIgnoresItsArgumentAndReturnsTheClientsResult) {
         client.result = E_ACCESSDENIED;
         EXPECT_EQ(E_ACCESSDENIED, monitor->Callback(0));
         EXPECT_EQ(2, client.calls);
+    });
+}
+
+TEST(MonitorObject, CallbacksMayEndInAnyOrder) {
+    RunIn(Apartment::eMulti, [] {
+        TestKey key;
+        RecordingClient client;
+        const UniqueHandle inside[] = {MakeManualEvent(), MakeManualEvent()};
+        const UniqueHandle goOn[] = {MakeManualEvent(), MakeManualEvent()};
+        std::atomic<int> next{0};
+        client.hook = [&] {
+            const int number = next++;
+            SetEvent(inside[number].Get());
+            EXPECT_TRUE(IsSignalledWithin(goOn[number].Get()));
+        };
+        MonitorOwner monitor;
+        ASSERT_EQ(S_OK, monitor.Spawn(key, client));
+        std::jthread callers[2];
+        for (int i = 0; i < 2; ++i) {
+            callers[i] = std::jthread([&] { EXPECT_EQ(S_OK, monitor->Callback(0)); });
+            ASSERT_TRUE(IsSignalledWithin(inside[i].Get()));
+        }
+        for (int i = 0; i < 2; ++i) {
+            SetEvent(goOn[i].Get());
+            callers[i].join();
+        }
+        EXPECT_EQ(2, client.calls);
+        // No frame is left that a stop would take for a running callback.
+        EXPECT_GT(cStopLimit, Measure([&] { monitor->TerminateRegMonitor(); }));
+    });
+}
+
+// The owner's first waits fail: the platform's own, and the plain one after it.
+thread_local int s_waitsToFail = 0;
+
+HRESULT WINAPI FailingComWait(DWORD flags, DWORD milliseconds, ULONG count, HANDLE* handles,
+                              DWORD* pIndex) {
+    return s_waitsToFail > 0
+               ? E_OUTOFMEMORY
+               : CoWaitForMultipleHandles(flags, milliseconds, count, handles, pIndex);
+}
+
+DWORD WINAPI FailingWait(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
+    if (s_waitsToFail > 0) {
+        --s_waitsToFail;
+        return WAIT_FAILED;
+    }
+    return WaitForMultipleObjectsEx(count, handles, all, milliseconds, FALSE);
+}
+
+TEST(MonitorObject, DoesNotStartWhenTheWaitForItsThreadFails) {
+    RunIn(Apartment::eMulti, [] {
+        TestKey key;
+        RecordingClient client;
+        MonitorOwner monitor;
+        const ApartmentCalls calls{&CoGetApartmentType, &FailingComWait};
+        {
+            const ImportRedirection waits(GetModuleHandleW(nullptr), "WaitForMultipleObjects",
+                                          &FailingWait);
+            ASSERT_TRUE(waits.IsInPlace());
+            SetApartmentCalls(&calls);
+            s_waitsToFail = 1;
+            EXPECT_EQ(E_FAIL, monitor.Spawn(key, client));
+            EXPECT_EQ(0, s_waitsToFail);
+            SetApartmentCalls(nullptr);
+        }
+        EXPECT_FALSE(monitor->IsMonitoring());
+        EXPECT_EQ(S_OK, monitor.Spawn(key, client));
+    });
+}
+
+// What happens in the owner's first wait, which then reports that the thread has ended.
+std::function<void()> s_duringWait;
+
+HRESULT WINAPI InterruptedComWait(DWORD flags, DWORD milliseconds, ULONG count, HANDLE* handles,
+                                  DWORD* pIndex) {
+    const auto interruption = std::exchange(s_duringWait, nullptr);
+    if (!interruption)
+        return CoWaitForMultipleHandles(flags, milliseconds, count, handles, pIndex);
+    interruption();
+    *pIndex = 1;
+    return S_OK;
+}
+
+TEST(MonitorObject, ReplacedWhileItStartsLeavesItsSuccessorAlone) {
+    RunIn(Apartment::eMulti, [] {
+        TestKey key;
+        RecordingClient client;
+        RecordingClient successor;
+        MonitorOwner monitor;
+        s_duringWait = [&] {
+            monitor->TerminateRegMonitor();
+            EXPECT_EQ(S_OK, monitor.Spawn(key, successor));
+        };
+        const ApartmentCalls calls{&CoGetApartmentType, &InterruptedComWait};
+        SetApartmentCalls(&calls);
+        EXPECT_EQ(E_FAIL, monitor.Spawn(key, client));
+        SetApartmentCalls(nullptr);
+        EXPECT_TRUE(monitor->IsMonitoring());
+        key.Write();
+        EXPECT_TRUE(successor.AwaitCall(Apartment::eMulti));
+        EXPECT_EQ(0, client.calls);
     });
 }
 

@@ -4,8 +4,10 @@
 #include "monitor/reg_key_security.h"
 
 #include <aclapi.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <functional>
 #include <optional>
 #include <sstream>
@@ -14,6 +16,7 @@
 
 #include "monitor/security_types.h"
 #include "platform/handles.h"
+#include "support/import_redirection.h"
 #include "support/key_security.h"
 #include "support/registry_fixture.h"
 #include "support/trace_capture.h"
@@ -305,6 +308,23 @@ TEST_F(RegKeySecurityTest, ADescriptorWithoutAnAccessListHasNone) {
     EXPECT_EQ(nullptr, descriptor.Dacl());
 }
 
+BOOL WINAPI NoDescriptor(const wchar_t*, DWORD, PSECURITY_DESCRIPTOR*, ULONG*) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return FALSE;
+}
+
+TEST_F(RegKeySecurityTest, AKeyThatDeniesStaysAsItIsWithoutAListForIt) {
+    CreateKey(HKEY_LOCAL_MACHINE, cFirst);
+    const DeniedKey denied(cFirst);
+    const auto before = DaclOf(cFirst);
+    const ImportRedirection descriptors(GetModuleHandleW(nullptr),
+                                        "ConvertStringSecurityDescriptorToSecurityDescriptorW",
+                                        &NoDescriptor);
+    ASSERT_TRUE(descriptors.IsInPlace());
+    EXPECT_EQ(E_FAIL, MakeAccessible({cFirst}));
+    EXPECT_EQ(before, DaclOf(cFirst));
+}
+
 // ---- Trace
 // ------------------------------------------------------------------------------------
 
@@ -414,6 +434,40 @@ TEST_F(RegKeySecurityTrace, TheDescriptorIsListedBeforeAndAfterTheChange) {
                         "descriptor 5")
             << listed;
     }
+}
+
+// Wine 8 refuses a descriptor with its audit part to everybody; Windows gives it to an
+// administrator.
+DWORD WINAPI WithoutAuditPart(HANDLE handle, SE_OBJECT_TYPE type, SECURITY_INFORMATION parts,
+                              PSID* ppOwner, PSID* ppGroup, PACL* ppDacl, PACL* ppSacl,
+                              PSECURITY_DESCRIPTOR* ppDescriptor) {
+    const auto original = GetProcAddress(GetModuleHandleW(L"advapi32"), "GetSecurityInfo");
+    return std::bit_cast<decltype(&GetSecurityInfo)>(original)(
+        handle, type, parts & ~DWORD{SACL_SECURITY_INFORMATION}, ppOwner, ppGroup, ppDacl,
+        ppSacl, ppDescriptor);
+}
+
+BOOL WINAPI NoText(PSECURITY_DESCRIPTOR, DWORD, SECURITY_INFORMATION, wchar_t**, ULONG*) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return FALSE;
+}
+
+TEST_F(RegKeySecurityTrace, ADescriptorThatIsGivenIsListed) {
+    const ImportRedirection given(GetModuleHandleW(nullptr), "GetSecurityInfo",
+                                  &WithoutAuditPart);
+    ASSERT_TRUE(given.IsInPlace());
+    const auto texts = Run({cFirst}, trace::eSecurity);
+    ASSERT_EQ(6u, texts.size());
+    EXPECT_THAT(texts[4], testing::MatchesRegex(
+                              "RegKeySecurity::ListSecurityString securityString: .*D:.*WD.*"));
+    UniqueRegKey key;
+    ASSERT_EQ(S_OK, RegKeySecurity::CreateRegKey(cFirst, key.Put()));
+    EXPECT_EQ(S_OK, RegKeySecurity::ListSecurityString(key.Get()));
+    const ImportRedirection wordless(GetModuleHandleW(nullptr),
+                                     "ConvertSecurityDescriptorToStringSecurityDescriptorW",
+                                     &NoText);
+    ASSERT_TRUE(wordless.IsInPlace());
+    EXPECT_EQ(E_FAIL, RegKeySecurity::ListSecurityString(key.Get()));
 }
 
 }  // namespace

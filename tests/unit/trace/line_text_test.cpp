@@ -124,6 +124,10 @@ TEST(LineTexts, OfTheLibraryKeepTheirTabsAndAreOneLineToo) {
                                    "d"));
 }
 
+TEST(LineTexts, AreWrittenInCodePagesThatAcceptNoFlagsToo) {
+    EXPECT_EQ("a+AOk-b", In(CP_UTF7, "%S", L"a\u00E9b"));
+}
+
 TEST(LineTexts, ThatTheCodePageLacksGoOnBehindAQuestionMark) {
     EXPECT_EQ("Kino ??, \xE4\x80!", Formatted("%S!", L"Kino \x416\x4E2D, \xE4\x20AC"));
     EXPECT_EQ("Kino \xC6?", In(1251, "%S", L"Kino \x416\x4E2D"));

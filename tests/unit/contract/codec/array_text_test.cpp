@@ -381,6 +381,33 @@ TEST(ArrayFieldWriter, RefusesAnUnknownFormat) {
     EXPECT_EQ(63u, charsAvail);
 }
 
+// Refuses the piece that is reached when this is 0.
+int g_piecesUntilRefusal;
+
+HRESULT RefuseLater(char16_t** ppCursor, std::size_t* pCharsAvail, ArrayField field,
+                    std::uint32_t value) {
+    return g_piecesUntilRefusal-- == 0 ? result::cFalse
+                                       : PutArrayField(ppCursor, pCharsAvail, field, value);
+}
+
+TEST(ArrayFieldWriter, IsAskedNoMoreOnceItHasRefused) {
+    const float elements[] = {1, 2};
+    const std::uint32_t flags[] = {1, 0};
+    char16_t text[cArrayTextChars];
+    for (int pieces = 0; pieces < 4; ++pieces) {
+        g_piecesUntilRefusal = pieces;
+        EXPECT_EQ(result::cFalse, EncodeNumericArray(1, 2, elements, text, RefuseLater));
+        EXPECT_EQ(-1, g_piecesUntilRefusal);
+        EXPECT_EQ(u'\0', text[0]);
+    }
+    for (int pieces = 0; pieces < 3; ++pieces) {
+        g_piecesUntilRefusal = pieces;
+        EXPECT_EQ(result::cFalse, EncodeFlagArray(2, flags, text, RefuseLater));
+        EXPECT_EQ(-1, g_piecesUntilRefusal);
+        EXPECT_EQ(u'\0', text[0]);
+    }
+}
+
 class ArrayRoundTrip : public testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(ArrayRoundTrip, KeepsEveryElementValue) {

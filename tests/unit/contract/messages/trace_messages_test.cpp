@@ -167,5 +167,129 @@ TEST(WrittenTraceLines, ThatNobodyWroteAreNotFound) {
     }
 }
 
+TEST(WrittenTraceLines, HaveHeadsOfNamesNumbersAndFunctions) {
+    // What stands right before the tag is no part of it: the neighbours of the letters and
+    // digits.
+    for (const std::string before : {"", "`", "{", "@", "[", "/", "-", "}"}) {
+        for (const std::string tag : {"azAZ09_~", "a", "9"}) {
+            contract::TraceHead head;
+            const std::string whole = before + tag + ": 0189 a::~Z_9::z:";
+            ASSERT_TRUE(contract::ParseTraceHead(whole, &head)) << whole;
+            EXPECT_EQ(tag, head.tag) << whole;
+            EXPECT_EQ("0189", head.line) << whole;
+            EXPECT_EQ("a::~Z_9::z", head.function) << whole;
+            EXPECT_EQ("", head.message) << whole;
+        }
+    }
+    contract::TraceHead head;
+    ASSERT_TRUE(contract::ParseTraceHead("x: y: \t\r\n 7 f:m: 8 g:n", &head));
+    EXPECT_EQ("y", head.tag);
+    EXPECT_EQ("m: 8 g:n", head.message);
+}
+
+struct ValueCase {
+    const char* conversion;
+    contract::TraceKind kind;
+    std::vector<std::string> good;
+    std::vector<std::string> bad;
+};
+
+TEST(TraceValues, HaveTheFormOfTheirConversionAndKind) {
+    using enum contract::TraceKind;
+    const ValueCase cases[] = {
+        {"%d", eIndex, {"0", "9", "-1", "0123456789"}, {"", "-", "/", ":", "1-", "--1", "a"}},
+        {"%u", eIndex, {"0", "9", "0123456789"}, {"", "-1", "/", ":", "a"}},
+        {"%4d", eIndex, {"7", "   7", "\t7", "   -7", "12345"}, {"", "    "}},
+        {"%04d", eIndex, {"0007", "-007", "7"}, {""}},
+        {"%x",
+         eMask,
+         {"0", "af09AF", "12345678"},
+         {"", "123456789", "g", "G", "`", "@", "/", ":"}},
+        {"%08X", eMask, {"0123ABcd"}, {"", "1234567", "123456789", "0x12345678"}},
+        {"%lx", eMask, {"0", "af09AF"}, {""}},
+        {"%p",
+         ePointer,
+         {"12345678", "0x12345678", "0123456789abcdEF", "0x0123456789abcdef"},
+         {"", "0x", "1234567", "0x1234567", "0123456789abcdef0", "0x0123456789abcdef0"}},
+        {"%f",
+         eGain,
+         {"0.5", "-9.25", "nan", "-inf", "NAN", "INF", "1.#INF", "1.a", "1.z", "1.A", "1.Z"},
+         {"", "1", "1.", ".5", "-", "n", "none", "x", "1.`", "1.{", "1.@", "1.[", "1.,"}},
+        {"%s",
+         eSwitch,
+         {"0", "9", "1 (On)", "Off", "On", "Disabled", "Enabled"},
+         {"", "/", ":", "off", "x"}},
+        {"%s",
+         eProfileName,
+         {"Movie", "Games (2) Profile", "P1:", "P6:   (8)"},
+         {"", "P7:", "movie"}},
+        {"%s", eDemoProfileName, {"Demo Music (0xF1) Profile"}, {"", "Movie", "demo"}},
+        {"%s",
+         eTechnologyName,
+         {"eGraphicEQ", "eVirtualizerSpkr", "KORA4APITechnology bad index"},
+         {"", "eNone"}},
+        {"%s", eValueName, {"{", "{5C2E8A47},2"}, {"", "5C2E8A47"}},
+        {"%S", eName, {"", "anything at all"}, {}},
+    };
+    for (const ValueCase& valueCase : cases) {
+        const std::string pattern = std::string("<") + valueCase.conversion + ">";
+        const TraceMessage row = {nullptr, pattern.c_str(), 0, {valueCase.kind}, ""};
+        for (const std::string& text : valueCase.good) {
+            const std::string message = "\n <" + text + "> \r";
+            contract::TraceValues values;
+            EXPECT_EQ(2u, contract::MatchTraceText(row, message, &values)) << pattern << text;
+            EXPECT_EQ(1u, values.count) << pattern << text;
+            EXPECT_EQ(valueCase.kind, values.kinds[0]) << pattern << text;
+            EXPECT_TRUE(std::string_view(text).ends_with(values.texts[0])) << pattern << text;
+        }
+        for (const std::string& text : valueCase.bad) {
+            contract::TraceValues values;
+            EXPECT_EQ(0u, contract::MatchTraceText(row, "<" + text + ">", &values))
+                << pattern << text;
+        }
+    }
+}
+
+TEST(TraceValues, EndWithTheMessage) {
+    const std::string_view whole = "<12345";
+    contract::TraceValues values;
+    EXPECT_EQ(1u,
+              contract::MatchTraceText({nullptr, "<%u", 0, {contract::TraceKind::eIndex}, ""},
+                                       whole.substr(0, 3), &values));
+    EXPECT_EQ("12", values.texts[0]);
+}
+
+TEST(TraceValues, AreAtMostFourInTheOrderOfTheConversions) {
+    using enum contract::TraceKind;
+    const contract::TraceKinds kinds = {eIndex, eMask, eBand, eCount};
+    contract::TraceValues values;
+    EXPECT_EQ(4u, contract::MatchTraceText({nullptr, "%u,%x,%u,%u.", 0, kinds, ""}, "1,a,3,4.",
+                                           &values));
+    ASSERT_EQ(4u, values.count);
+    EXPECT_EQ(kinds, values.kinds);
+    const std::vector<std::string_view> texts(values.texts, values.texts + values.count);
+    EXPECT_EQ((std::vector<std::string_view>{"1", "a", "3", "4"}), texts);
+    EXPECT_EQ(0u, contract::MatchTraceText({nullptr, "%u,%u,%u,%u,%u", 0, kinds, ""},
+                                           "1,2,3,4,5", &values));
+}
+
+TEST(TraceValues, OfOneOfSeveralLinesHaveTheKindsOfThatLine) {
+    using enum contract::TraceKind;
+    const TraceMessage row = {
+        nullptr, " a%u\n  bb%ub%u \nccc\ndddd%u", 0, {eIndex, eMask, eBand, eCount}, ""};
+    contract::TraceValues values;
+    EXPECT_EQ(1u, contract::MatchTraceText(row, "a1", &values));
+    EXPECT_EQ(eIndex, values.kinds[0]);
+    EXPECT_EQ(3u, contract::MatchTraceText(row, "bb2b3", &values));
+    EXPECT_EQ(2u, values.count);
+    EXPECT_EQ(eMask, values.kinds[0]);
+    EXPECT_EQ(eBand, values.kinds[1]);
+    EXPECT_EQ(3u, contract::MatchTraceText(row, "ccc", &values));
+    EXPECT_EQ(0u, values.count);
+    EXPECT_EQ(4u, contract::MatchTraceText(row, "dddd4", &values));
+    EXPECT_EQ(eCount, values.kinds[0]);
+    EXPECT_EQ(0u, contract::MatchTraceText(row, "ddd4", &values));
+}
+
 }  // namespace
 }  // namespace kora4::test

@@ -10,6 +10,7 @@
 
 #include "store/access/reg_prop_keys_access.h"
 #include "store/access/task_memory.h"
+#include "support/import_redirection.h"
 #include "support/registry_fixture.h"
 #include "support/trace_capture.h"
 #include "support/trace_flags.h"
@@ -47,6 +48,20 @@ class RegAccessPropertyStore : public ::testing::Test {
     std::uint32_t m_value = 77;
     TaskPtr<char16_t> m_text;
 };
+
+void* WINAPI NoMemory(SIZE_T) {
+    return nullptr;
+}
+
+TEST_F(RegAccessPropertyStore, ATextThatCannotBeCopiedIsNotStored) {
+    UseStore();
+    {
+        const ImportRedirection memory(GetModuleHandleW(nullptr), "CoTaskMemAlloc", &NoMemory);
+        ASSERT_TRUE(memory.IsInPlace());
+        EXPECT_EQ(E_OUTOFMEMORY, m_access.WriteText(eKeySetPropertyStore, cKey, u"text"));
+    }
+    EXPECT_EQ(S_FALSE, ReadText());
+}
 
 TEST_F(RegAccessPropertyStore, NumbersReadBack) {
     UseStore();

@@ -96,7 +96,7 @@ TEST(ApiConversion, EachWritesItsEntryAndItsExit) {
     void* pField = nullptr;
     PresetTechOf(ApiTechnology::eVolumeLeveler);
     APITechOf(eVolumeTech);
-    ASLPatchSizeOf(cNoApiTechnology);
+    EXPECT_EQ(0u, ASLPatchSizeOf(cNoApiTechnology));
     GetASLPatchUnionField(ApiTechnology::eGraphicEQ, &value, &size, &pField);
     ToASLPatch(records, ApiTechnology::eVolumeLeveler, 0, &value);
     FromASLPatch(records, ApiTechnology::eVolumeLeveler, 4, &value.m_values);
