@@ -35,6 +35,7 @@ package_needs=(
   "zip|zip"
 )
 wine_needs=("/usr/lib/wine/wine64|wine64")
+display_needs=("Xvfb|xvfb")
 clang_needs=(
   "clang++-16|clang-16"
   "ld.lld-16|lld-16"
@@ -61,6 +62,7 @@ test_needs=(
   "mcs|mono-mcs"
   "fish|fish"
   "zsh|zsh"
+  "${display_needs[@]}"
 )
 
 # missing_packages NEED...: the packages of the needs that are not met, one a line.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "panel/model/session.h"
+#include "panel/window/control_ids.h"
 #include "panel/window/dark_button.h"
 #include "panel/window/equalizer_view.h"
 #include "panel/window/level_view.h"
@@ -20,42 +21,6 @@
 #include "panel/worker/worker.h"
 
 namespace panel {
-
-inline constexpr wchar_t cPanelClass[] = L"KORA4PanelWindow";
-
-// The controls, in the order of the keyboard. Those of technologies are counted on from the
-// first one by the technology's number; the graphic equalizer has no slider and no value.
-enum ControlId : int {
-    eEnableBox = 1000,
-    eProfileLabel,
-    eProfileList,
-    eNewButton,
-    eRenameButton,
-    eDeleteButton,
-    eRevertButton,
-    eBannerText,
-    eBannerButton,
-    eSwitchBox = 1010,
-    eSlider = 1020,
-    eCurveList = 1028,
-    eValueText = 1030,
-    eLevelBox = 1040,
-    eLevels,
-    eBandLabel,
-    eBandList,
-    eGainLabel,
-    eGainField,
-    eGainUnit,
-    eEqualizer,
-    eFlatButton,
-    eImportButton,
-    eExportButton,
-    eStatusText,
-    eUndoOwnButton,
-    eUndoForeignButton,
-    eCompareButton,
-    eMoreButton
-};
 
 struct PanelOptions {
     Language language = Strings::OfUser();

@@ -139,6 +139,8 @@ void MainWindow::MakeControls() {
     make(cEqualizerHead);
     m_equalizer.Create(m_window, eEqualizer);
     make(cFoot);
+    ShowWindow(Control(eBannerText), SW_HIDE);
+    ShowWindow(Control(eBannerButton), SW_HIDE);
     NameForReaders();
     UseFont();
     UseColors();
@@ -338,7 +340,9 @@ void MainWindow::Arrange() {
                  right - margin - WidthOf(FootRow()) + m_scale(cLeastStatus), foot,
                  SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOMOVE);
 
-    const int split = margin + LeftWidth() + (right - margin - LeftWidth()) / 8;
+    // Of what is to spare, the curve gets the most.
+    const int spare = right - margin - LeftWidth() - 2 * margin - WidthOf(BandRow());
+    const int split = margin + LeftWidth() + std::max(spare, 0) / 4;
     int y = top;
     for (const Technology technology : cListed) {
         PlaceRow(TechnologyRow(technology), margin, split, y, row);

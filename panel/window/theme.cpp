@@ -38,18 +38,12 @@ Palette SystemPalette(bool isHighContrast) {
     const COLORREF text = GetSysColor(COLOR_BTNTEXT);
     const COLORREF field = GetSysColor(COLOR_WINDOW);
     const COLORREF accent = GetSysColor(COLOR_HIGHLIGHT);
+    const COLORREF line = GetSysColor(isHighContrast ? COLOR_WINDOWTEXT : COLOR_BTNSHADOW);
     if (isHighContrast)
-        return {window, text,   text,  field, GetSysColor(COLOR_WINDOWTEXT),
-                accent, accent, window};
-    return {window,
-            text,
-            Mixed(window, text),
-            field,
-            line,
-            Mixed(line, field),
-            accent,
-            RGB(0xB0, 0x30, 0x00),
-            window};
+        return {window, text, text, field, line, line, accent, accent, window};
+    const COLORREF warning = RGB(0xB0, 0x30, 0x00);
+    const COLORREF muted = Mixed(window, text);
+    return {window, text, muted, field, line, Mixed(line, field), accent, warning, window};
 }
 
 constexpr Palette cDark = {RGB(0x20, 0x20, 0x20), RGB(0xF0, 0xF0, 0xF0), RGB(0xA8, 0xA8, 0xA8),

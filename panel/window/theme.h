@@ -16,7 +16,8 @@ struct Palette {
     COLORREF text;
     COLORREF muted;  // of text and lines that matter less
     COLORREF field;  // behind what is entered, and of pictures
-    COLORREF line;   // of borders and grids
+    COLORREF line;   // of borders
+    COLORREF grid;
     COLORREF accent;
     COLORREF warning;
     COLORREF button;
