@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The panel shows what others change, at once, and takes nothing out of its user's hands.
+#include <windows.h>
+
 #include <commctrl.h>
 
 #include <algorithm>

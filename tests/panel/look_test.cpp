@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What stands on the display: nothing cut off, nothing on top of something else, nothing blank,
 // at each resolution and in both languages. The pictures are kept in the working folder.
+#include <windows.h>
+
 #include <commctrl.h>
 
 #include <algorithm>
@@ -138,9 +140,11 @@ Picture StillPicture(HWND window) {
 
 void ExpectNothingIsBlank(const PanelProcess& panel) {
     EXPECT_LT(10u, StillPicture(panel.Window()).Colors());
-    for (const HWND control : VisibleControls(panel.Window()))
-        if (!WindowText(control).empty() || ClassOf(control).starts_with(L"KORA4"))
+    for (const HWND control : VisibleControls(panel.Window())) {
+        if (!WindowText(control).empty() || ClassOf(control).starts_with(L"KORA4")) {
             EXPECT_LT(1u, TakePicture(control).Colors()) << GetDlgCtrlID(control);
+        }
+    }
 }
 
 class PanelLook : public PanelTest {
