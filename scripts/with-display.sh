@@ -34,17 +34,7 @@ done
 DISPLAY=:$(tr -d '\n' <"$numbers")
 export DISPLAY
 
-if [ ! -f "$prefix/.display" ]; then
-  desktop='HKCU\Software\Wine\Explorer'
-  for value in "HKCU\\Software\\Wine\\Drivers /v Graphics /d x11" "$desktop /v Desktop /d panel" \
-    "$desktop\\Desktops /v panel /d $size"; do
-    # shellcheck disable=SC2086 # the value is several words
-    "$wine64" reg add $value /f >/dev/null 2>&1 9>&-
-  done
-  # The driver counts from the start of the desktop.
-  end_prefix "$prefix" 9>&-
-  touch "$prefix/.display"
-fi
+give_windows "$prefix" "$size" 9>&-
 # A desktop that is there before its first window.
 "$wine64" cmd /c exit >/dev/null 2>&1 9>&- </dev/null
 "$wine64" "$@" 9>&-

@@ -76,6 +76,7 @@ class MainWindow {
     int WidthOf(const Row& row) const;
     int ButtonWidth(UINT text) const;
     int BoxWidth(UINT text) const;
+    int LabelWidth(UINT text) const;
     int LeftWidth() const;
     int BannerHeight(int width) const;
     int RowHeight() const;

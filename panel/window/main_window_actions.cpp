@@ -295,11 +295,11 @@ void MainWindow::CompareStates() {
 
 // Leaves the demo, or tries again what did not work.
 void MainWindow::PressBanner() {
-    if (!IsConnected())
-        return m_worker->Ask(Make(Action::eTryAgain));
-    if (!m_refused)
+    if (IsConnected() && !m_refused)
         return m_worker->Ask(Make(Action::eLeaveDemo));
-    m_worker->Ask(*m_refused);
+    m_worker->Ask(Make(Action::eTryAgain));
+    if (m_refused)
+        m_worker->Ask(*m_refused);
 }
 
 // ---- The menu ---------------------------------------------------------------------------

@@ -195,20 +195,22 @@ int MainWindow::BoxWidth(UINT text) const {
     return m_scale.WidthOf(m_strings.Text(text)) + m_scale(cBoxSign);
 }
 
+// Mirrored text begins a little farther in.
+int MainWindow::LabelWidth(UINT text) const {
+    constexpr int cSlack = 3;
+    return m_scale.WidthOf(m_strings.Text(text)) + m_scale(cSlack);
+}
+
 int MainWindow::RowHeight() const {
     return m_scale.LineHeight() + m_scale(12);
 }
 
 MainWindow::Row MainWindow::HeadRow() const {
     constexpr int cLeastList = 150;
-    return {{eEnableBox, BoxWidth(IDS_ENABLE)},
-            {0, m_scale(cMargin)},
-            {eProfileLabel, m_scale.WidthOf(m_strings.Text(IDS_PROFILE))},
-            {eProfileList, m_scale(cLeastList), true},
-            {eNewButton, ButtonWidth(IDS_NEW)},
-            {eRenameButton, ButtonWidth(IDS_RENAME)},
-            {eDeleteButton, ButtonWidth(IDS_DELETE)},
-            {eRevertButton, ButtonWidth(IDS_REVERT)}};
+    return {{eEnableBox, BoxWidth(IDS_ENABLE)},       {0, m_scale(cMargin)},
+            {eProfileLabel, LabelWidth(IDS_PROFILE)}, {eProfileList, m_scale(cLeastList), true},
+            {eNewButton, ButtonWidth(IDS_NEW)},       {eRenameButton, ButtonWidth(IDS_RENAME)},
+            {eDeleteButton, ButtonWidth(IDS_DELETE)}, {eRevertButton, ButtonWidth(IDS_REVERT)}};
 }
 
 MainWindow::Row MainWindow::TechnologyRow(Technology technology) const {
@@ -229,11 +231,11 @@ MainWindow::Row MainWindow::BandRow() const {
     constexpr int cGainField = 60;
     return {{IdOf(eSwitchBox, Technology::eGraphicEq), BoxWidth(IDS_GRAPHIC_EQ)},
             {0, 0, true},
-            {eBandLabel, m_scale.WidthOf(m_strings.Text(IDS_BAND))},
+            {eBandLabel, LabelWidth(IDS_BAND)},
             {eBandList, m_scale.WidthOf(L"20000 Hz") + m_scale(cArrow)},
-            {eGainLabel, m_scale.WidthOf(m_strings.Text(IDS_GAIN))},
+            {eGainLabel, LabelWidth(IDS_GAIN)},
             {eGainField, m_scale(cGainField)},
-            {eGainUnit, m_scale.WidthOf(m_strings.Text(IDS_DB))}};
+            {eGainUnit, LabelWidth(IDS_DB)}};
 }
 
 MainWindow::Row MainWindow::CurveRow() const {
@@ -307,6 +309,12 @@ void MainWindow::PlaceRow(const Row& row, int left, int right, int top, int heig
                          : isOneLine ? own
                                      : height,
                          SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+            RECT placed{};
+            GetWindowRect(control, &placed);
+            if (isList)
+                SetWindowPos(control, nullptr, left,
+                             top + (height - (placed.bottom - placed.top)) / 2, 0, 0,
+                             SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOSIZE);
         }
         left += width + m_scale(cGap);
     }

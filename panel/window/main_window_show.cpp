@@ -175,14 +175,18 @@ void MainWindow::ShowEnabled(const Settings& shown) {
     const bool hasBands = canSet && !shown.bands.empty();
     const std::pair<int, bool> states[] = {
         {eEnableBox, isConnected},
+        {eProfileLabel, isConnected},
         {eProfileList, isConnected},
         {eNewButton, canSet},
         {eRenameButton, canSet && IsCustom(shown.profile)},
         {eDeleteButton, canSet && IsCustom(shown.profile)},
         {eRevertButton, canSet && IsPreset(shown.profile)},
         {eCurveList, canSet},
+        {eBandLabel, hasBands},
         {eBandList, hasBands},
+        {eGainLabel, hasBands},
         {eGainField, hasBands},
+        {eGainUnit, hasBands},
         {eEqualizer, hasBands},
         {eFlatButton, hasBands},
         {eImportButton, canSet},

@@ -26,7 +26,7 @@ enum class Action {
     eLeaveDemo,  // whoever entered it
     eImport,     // the equalizer from the file `text`
     eExport,     // the equalizer to the file `text`
-    eTryAgain    // to connect, at once
+    eTryAgain    // to connect, at once and anew
 };
 
 struct Command {

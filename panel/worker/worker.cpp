@@ -100,10 +100,10 @@ class Loop {
         report.gesture = command.gesture;
         report.answer = Answer{command.action, command.items, S_OK, {}, command.text};
         if (command.action == Action::eTryAgain) {
+            // An object holds the keys that it has opened: only a new one sees a store that was
+            // made again.
+            m_link.reset();
             m_nextTry = Clock::now();
-            // A store that came back is another one.
-            if (m_link && !m_link->ReadAll())
-                Lose();
             return;
         }
         if (!m_link)

@@ -52,7 +52,7 @@ sub line_at {
 # --- headers: the licence of a file and its purpose -------------------------------------
 
 # Files that cannot contain a comment, are compared line for line, or are the licence itself.
-my $without_header = qr{(^|/)LICENSE$|\.json$|\.rgs(\.in)?$|(^|/)(proxy_)?exports\.txt$};
+my $without_header = qr{(^|/)LICENSE$|\.json$|\.png$|\.rgs(\.in)?$|(^|/)(proxy_)?exports\.txt$};
 my $licence = 'SPDX-License-Identifier: MIT';
 
 sub headers {

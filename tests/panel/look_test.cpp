@@ -88,6 +88,14 @@ LONG EdgeOf(HWND control) {
     return (GetWindowLongW(control, GWL_STYLE) & BS_TYPEMASK) == BS_AUTOCHECKBOX ? 17 : 8;
 }
 
+// The height of a button is that of a line of its text and 12 pixels at 96 dpi.
+void ExpectResolution(const PanelProcess& panel, UINT dpi) {
+    const RECT button = PlaceOf(panel.Control(eNewButton));
+    const LONG line = PanelFont(dpi).Measure(L"Wg", 0, DT_SINGLELINE).cy;
+    EXPECT_EQ(line + MulDiv(12, static_cast<int>(dpi), USER_DEFAULT_SCREEN_DPI),
+              button.bottom - button.top);
+}
+
 void ExpectTextsFit(const PanelProcess& panel, UINT dpi) {
     const PanelFont font(dpi);
     for (const HWND control : VisibleControls(panel.Window())) {
@@ -172,7 +180,7 @@ TEST_F(PanelLook, CutsNothingOffAtAnyResolutionAndInEitherLanguage) {
             SCOPED_TRACE(name);
             ASSERT_TRUE(Others().ForceRevertFromDemoMode());
             ASSERT_NO_FATAL_FAILURE(Start({"--language", language}));
-            ASSERT_EQ(dpi, GetDpiForWindow(Panel().Window()));
+            ExpectResolution(Panel(), dpi);
             MakeSmall();
             LookClosely(dpi);
             ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, true));
@@ -214,6 +222,7 @@ TEST_F(PanelLook, FollowsTheResolutionOfTheMonitorItIsMovedTo) {
     SendMessageW(Panel().Window(), WM_DPICHANGED, MAKEWPARAM(cDouble, cDouble),
                  reinterpret_cast<LPARAM>(pPlace));
     CloseHandle(process);
+    ExpectResolution(Panel(), cDouble);
     ExpectTextsFit(Panel(), cDouble);
     ExpectNothingOverlaps(Panel());
 }
@@ -238,6 +247,16 @@ TEST_F(PanelLook, MovesTheCurveAndDrawsNothingWhenItIsMinimised) {
 }
 
 TEST_F(PanelLook, ShowsLevelsAsTheyCome) {
+    // A profile that somebody has made their own: this is the picture of the manual.
+    ASSERT_TRUE(Others().CreateCustomProfile(KORA4_PROFILE_P1, L"Evening"));
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_P1));
+    ASSERT_TRUE(Others().SetVolumeLeveler(4));
+    ASSERT_TRUE(Others().SetHeadphoneVirtualizer(2.5f));
+    Bands bands = *Others().GetGraphicEQData();
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i].gain = static_cast<float>((i < 5 ? 4 - static_cast<int>(i)
+                                                  : static_cast<int>(i) - 6));
+    ASSERT_TRUE(Others().SetGraphicEQData(bands));
     ASSERT_NO_FATAL_FAILURE(Start());
     const HWND levels = Panel().Control(eLevels);
     const Picture silent = StillPicture(levels);

@@ -20,7 +20,7 @@ TEST_F(PanelTest, ShowsADemoAndTheWayOut) {
     Press(VK_SPACE);
     EXPECT_TRUE(Becomes([&] { return *Others().GetActiveProfile() == KORA4_PROFILE_MOVIE; }));
     EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerButton); }));
-    EXPECT_TRUE(Panel().IsEnabled(eSlider));
+    EXPECT_TRUE(Becomes([&] { return Panel().IsEnabled(eSlider); }));
     EXPECT_TRUE(Panel().StatusBecomes(L"demo: done."));
 }
 
@@ -94,7 +94,7 @@ TEST_F(PanelTest, ShowsWhateverIsStored) {
             RawStore::SetNumber(cStatic, PatchName(RawTechnology::eVolume, profile, pid),
                                 0xFFFFFFFF);
         }
-    RawStore::SetNumber(cStatic, SettingName(cProfilePid), 77);
+    RawStore::SetNumber(cDynamic, SettingName(cProfilePid), 77);
     ASSERT_NO_FATAL_FAILURE(Start());
     EXPECT_EQ(L"Profile number 77", Panel().Chosen(eProfileList));
     ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MOVIE));
