@@ -165,6 +165,32 @@ std::optional<LRESULT> MainWindow::HandleFrame(UINT message, WPARAM wParam, LPAR
             FillRect(reinterpret_cast<HDC>(wParam), &client, m_theme.WindowBrush());
             return 1;
         }
+        case WM_SETFOCUS:
+            SetFocus(Control(eEnableBox));
+            return 0;
+        case WM_CLOSE:
+            m_memory.SavePlace(m_window);
+            if (m_tray.IsShown())
+                ShowWindow(m_window, SW_HIDE);
+            else
+                DestroyWindow(m_window);
+            return 0;
+        case WM_QUERYENDSESSION:
+            m_memory.SavePlace(m_window);
+            return TRUE;
+        case WM_DESTROY:
+            m_tray.Remove();
+            m_worker.reset();
+            PostQuitMessage(0);
+            return 0;
+        default:
+            return HandlePlace(message, wParam, lParam);
+    }
+}
+
+// What changes its size, its resolution or its colours.
+std::optional<LRESULT> MainWindow::HandlePlace(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
         case WM_SIZE:
             Arrange();
             UpdateLevels();
@@ -196,26 +222,8 @@ std::optional<LRESULT> MainWindow::HandleFrame(UINT message, WPARAM wParam, LPAR
             UseColors();
             Arrange();
             return std::nullopt;
-        case WM_SETFOCUS:
-            SetFocus(Control(eEnableBox));
-            return 0;
         case WM_EXITSIZEMOVE:
             m_memory.SavePlace(m_window);
-            return 0;
-        case WM_CLOSE:
-            m_memory.SavePlace(m_window);
-            if (m_tray.IsShown())
-                ShowWindow(m_window, SW_HIDE);
-            else
-                DestroyWindow(m_window);
-            return 0;
-        case WM_QUERYENDSESSION:
-            m_memory.SavePlace(m_window);
-            return TRUE;
-        case WM_DESTROY:
-            m_tray.Remove();
-            m_worker.reset();
-            PostQuitMessage(0);
             return 0;
         default:
             return std::nullopt;

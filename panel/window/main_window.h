@@ -52,6 +52,7 @@ class MainWindow {
     static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
     std::optional<LRESULT> HandleFrame(UINT message, WPARAM wParam, LPARAM lParam);
+    std::optional<LRESULT> HandlePlace(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT OnColor(HDC dc, HWND control, bool isField) const;
     void OnReport(std::unique_ptr<Report> pReport);
     void OnBusy(bool isBusy);

@@ -254,8 +254,8 @@ TEST_F(PanelLook, ShowsLevelsAsTheyCome) {
     ASSERT_TRUE(Others().SetHeadphoneVirtualizer(2.5f));
     Bands bands = *Others().GetGraphicEQData();
     for (std::size_t i = 0; i < bands.size(); ++i)
-        bands[i].gain = static_cast<float>((i < 5 ? 4 - static_cast<int>(i)
-                                                  : static_cast<int>(i) - 6));
+        bands[i].gain =
+            static_cast<float>((i < 5 ? 4 - static_cast<int>(i) : static_cast<int>(i) - 6));
     ASSERT_TRUE(Others().SetGraphicEQData(bands));
     ASSERT_NO_FATAL_FAILURE(Start());
     const HWND levels = Panel().Control(eLevels);

@@ -16,7 +16,7 @@ namespace {
 using namespace ::panel;
 
 // How many foreign changes, and how many seconds of idling.
-const unsigned g_changes = ProgramArgument(1, 500);
+const unsigned g_changes = ProgramArgument(1, 300);
 const unsigned g_idleSeconds = ProgramArgument(2, 3);
 
 class Process {
