@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "panel/panel_fixture.h"
+#include "panel/pictures.h"
 
 namespace kora4::test {
 namespace {
@@ -184,6 +185,7 @@ TEST_F(PanelTest, GoesOnWhileAnotherProgramHoldsTheStoreAndSaysThatItWaits) {
         Press(VK_LEFT);
         EXPECT_TRUE(Panel().StatusBecomes(L"Waiting"));
         EXPECT_EQ(L"5.9 \u2026", Panel().Text(IdFor(eValueText, eVirtualizerHP)));
+        SavePicture(TakePicture(Panel().Window()), L"panel-waiting.bmp");
         // The window answers meanwhile, and takes further wishes.
         for (int i = 0; i < 5; ++i) {
             const ULONGLONG begin = GetTickCount64();

@@ -134,18 +134,6 @@ void ExpectNothingOverlaps(const PanelProcess& panel) {
     }
 }
 
-// Waits until everything has been drawn: two pictures with a pause between them are equal.
-Picture StillPicture(HWND window) {
-    Picture last;
-    Picture now = TakePicture(window);
-    for (int i = 0; i < 50 && !(now == last); ++i) {
-        Sleep(100);
-        last = std::move(now);
-        now = TakePicture(window);
-    }
-    return now;
-}
-
 void ExpectNothingIsBlank(const PanelProcess& panel) {
     EXPECT_LT(10u, StillPicture(panel.Window()).Colors());
     for (const HWND control : VisibleControls(panel.Window())) {

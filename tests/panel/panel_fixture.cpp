@@ -144,6 +144,10 @@ bool PanelProcess::ForegroundBecomes(HWND window) const {
     return Becomes([&] { return GetForegroundWindow() == window; });
 }
 
+bool PanelProcess::HasMenu() const {
+    return (ThreadOf(m_window).flags & GUI_INMENUMODE) != 0;
+}
+
 void PanelTest::SetUp() {
     ASSERT_TRUE(m_api) << m_api.Text();
     ASSERT_TRUE(m_desktop.IsHeld());

@@ -76,6 +76,8 @@ class PanelProcess {
     // A dialog of this panel, once it is there.
     HWND Dialog() const;
     bool ForegroundBecomes(HWND window) const;
+    // A menu is open.
+    bool HasMenu() const;
 
   private:
     std::unique_ptr<RunningTool> m_program;

@@ -49,6 +49,17 @@ Picture TakePicture(HWND window) {
     return TakePicture(place);
 }
 
+Picture StillPicture(HWND window) {
+    Picture last;
+    Picture now = TakePicture(window);
+    for (int i = 0; i < 50 && !(now == last); ++i) {
+        Sleep(100);
+        last = std::move(now);
+        now = TakePicture(window);
+    }
+    return now;
+}
+
 void SavePicture(const Picture& picture, const std::wstring& path) {
     const auto size = static_cast<DWORD>(picture.pixels.size() * sizeof picture.pixels[0]);
     BITMAPFILEHEADER file{};

@@ -25,6 +25,8 @@ struct Picture {
 Picture TakePicture(const RECT& place);
 // A window of any process, as it stands on the display.
 Picture TakePicture(HWND window);
+// Waits until everything has been drawn: two pictures with a pause between them are equal.
+Picture StillPicture(HWND window);
 // As a file of the kind .bmp.
 void SavePicture(const Picture& picture, const std::wstring& path);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the panel says and does when something is not as it should be.
 #include "panel/panel_fixture.h"
+#include "panel/pictures.h"
 #include "support/key_security.h"
 
 namespace kora4::test {
@@ -32,6 +33,7 @@ TEST_F(PanelTest, SaysThatNothingIsRegisteredAndGoesOnByItself) {
     EXPECT_NE(std::wstring::npos, Panel().Text(eBannerText).find(L"kora4ctl register"));
     EXPECT_FALSE(Panel().IsEnabled(eEnableBox));
     EXPECT_TRUE(Panel().IsEnabled(eMoreButton));
+    SavePicture(StillPicture(Panel().Window()), L"panel-not-registered.bmp");
     ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
     EXPECT_TRUE(Becomes([&] { return Panel().IsReady(); }));
     EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText); }));
@@ -57,6 +59,7 @@ TEST_F(PanelTest, SaysThatTheStoreRefusesAndTriesAgain) {
     Press(VK_LEFT);
     EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerText); }));
     EXPECT_NE(std::wstring::npos, Panel().Text(eBannerText).find(L"kora4ctl doctor"));
+    SavePicture(StillPicture(Panel().Window()), L"panel-refused.bmp");
     ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
     Panel().TabTo(eBannerButton);
     Press(VK_SPACE);
@@ -70,6 +73,43 @@ TEST_F(PanelTest, ComesToTheFrontInsteadOfStartingTwice) {
     EXPECT_TRUE(Becomes([&] { return IsIconic(Panel().Window()) != FALSE; }));
     EXPECT_EQ(0u, RunTool("KORA4Panel", {}).exitCode);
     EXPECT_TRUE(Becomes([&] { return !IsIconic(Panel().Window()); }));
+}
+
+TEST_F(PanelTest, StaysInTheNotificationAreaAndChoosesProfilesThere) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const auto chooseInMenu = [&](int downs) {
+        EXPECT_TRUE(Becomes([&] { return Panel().HasMenu(); }));
+        for (int i = 0; i < downs; ++i)
+            Press(VK_DOWN);
+        Press(VK_RETURN);
+        EXPECT_TRUE(Becomes([&] { return !Panel().HasMenu(); }));
+    };
+    Panel().TabTo(eMoreButton);
+    Press(VK_SPACE);
+    chooseInMenu(1);
+    PostMessageW(Panel().Window(), WM_CLOSE, 0, 0);
+    EXPECT_TRUE(Becomes([&] { return !IsWindowVisible(Panel().Window()); }));
+    // A click on the icon with the other mouse button; the second profile is Music.
+    constexpr UINT cTrayMessage = WM_APP + 2;
+    PostMessageW(Panel().Window(), cTrayMessage, 0, WM_RBUTTONUP);
+    chooseInMenu(2);
+    EXPECT_TRUE(Becomes([&] { return *Others().GetActiveProfile() == KORA4_PROFILE_MUSIC; }));
+    PostMessageW(Panel().Window(), cTrayMessage, 0, WM_LBUTTONUP);
+    EXPECT_TRUE(Becomes([&] { return IsWindowVisible(Panel().Window()) != FALSE; }));
+    EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
+    Panel().TabTo(eMoreButton);
+    Press(VK_SPACE);
+    chooseInMenu(1);
+}
+
+TEST_F(PanelTest, LeavesADemoWhenAnotherProfileIsChosen) {
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Panel().TabTo(eProfileList);
+    Press(VK_HOME);
+    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eProfileList) == L"Movie"; }));
+    EXPECT_TRUE(Becomes([&] { return *Others().GetActiveProfile() == KORA4_PROFILE_MOVIE; }));
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText); }));
 }
 
 TEST_F(PanelTest, ComesBackWhereItWas) {
