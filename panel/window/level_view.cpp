@@ -32,6 +32,8 @@ void LevelView::Show(const std::optional<LevelsRead>& levels) {
 }
 
 std::wstring LevelView::Sentence() const {
+    if (!IsWindowEnabled(Window()))
+        return {};
     if (!m_levels)
         return m_strings.Text(IDS_LEVELS_OFF);
     if (m_levels->code == S_FALSE)

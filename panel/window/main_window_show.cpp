@@ -103,7 +103,7 @@ void MainWindow::ShowProfiles(const Settings& shown) {
     const LRESULT count = SendMessageW(list, CB_GETCOUNT, 0, 0);
     for (WPARAM i = 0; i < static_cast<WPARAM>(count); ++i)
         if (SendMessageW(list, CB_GETITEMDATA, i, 0) == shown.profile)
-            ChooseInList(list, i);
+            ChooseInList(list, IsConnected() ? i : static_cast<WPARAM>(-1));
 }
 
 void MainWindow::ShowTechnology(const Settings& shown, Technology technology) {
@@ -114,7 +114,7 @@ void MainWindow::ShowTechnology(const Settings& shown, Technology technology) {
     const double value = shown.values[index];
     std::wstring text = Widen(FormatValue(technology, value));
     if (technology == Technology::eIntelligentEq) {
-        const WPARAM curve = ListIndex(value, KORA4_INTELLIGENT_EQ_CURVES);
+        const WPARAM curve = ListIndex(IsConnected() ? value : -1, KORA4_INTELLIGENT_EQ_CURVES);
         ChooseInList(Control(eCurveList), curve);
         // The list says it.
         text = curve == static_cast<WPARAM>(-1) ? m_strings.Format(IDS_NO_CURVE, text) : L"";
@@ -192,6 +192,7 @@ void MainWindow::ShowEnabled(const Settings& shown) {
         {eImportButton, canSet},
         {eExportButton, isConnected && !shown.bands.empty()},
         {eLevelBox, isConnected},
+        {eLevels, isConnected},
         {eUndoOwnButton, canSet && m_session.Changes().Has(Origin::eOwn, shown)},
         {eUndoForeignButton, canSet && m_session.Changes().Has(Origin::eForeign, shown)},
         {eCompareButton, canSet}};

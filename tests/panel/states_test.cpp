@@ -33,6 +33,7 @@ TEST_F(PanelTest, SaysThatNothingIsRegisteredAndGoesOnByItself) {
     EXPECT_NE(std::wstring::npos, Panel().Text(eBannerText).find(L"kora4ctl register"));
     EXPECT_FALSE(Panel().IsEnabled(eEnableBox));
     EXPECT_TRUE(Panel().IsEnabled(eMoreButton));
+    EXPECT_EQ(L"", Panel().Chosen(eProfileList)) << "nothing is made up";
     SavePicture(StillPicture(Panel().Window()), L"panel-not-registered.bmp");
     ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
     EXPECT_TRUE(Becomes([&] { return Panel().IsReady(); }));

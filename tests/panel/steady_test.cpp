@@ -97,6 +97,26 @@ TEST_F(PanelSteady, UsesNoProcessorTimeWhileNothingHappens) {
     EXPECT_EQ(handles, process.Handles());
 }
 
+TEST_F(PanelSteady, ReadsAndDrawsNoLevelsWhileItIsMinimised) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    RunningTool engine("kora4sim", {"--for", "60", "--quiet", "--seed", "1"});
+    const Process process(Panel().ProcessId());
+    const double before = process.ProcessorTime();
+    // It shows them.
+    EXPECT_TRUE(Becomes([&] { return process.ProcessorTime() > before + 30; }));
+    ShowWindow(Panel().Window(), SW_MINIMIZE);
+    ASSERT_TRUE(Becomes([&] { return IsIconic(Panel().Window()) != FALSE; }));
+    Sleep(500);
+    const double minimised = process.ProcessorTime();
+    Sleep(1500);
+    std::printf("minimised for 1.5 s while the engine plays: %.0f ms of processor time\n",
+                process.ProcessorTime() - minimised);
+    EXPECT_GE(20, process.ProcessorTime() - minimised);
+    ShowWindow(Panel().Window(), SW_RESTORE);
+    EXPECT_TRUE(Becomes([&] { return !IsIconic(Panel().Window()); }));
+    engine.Kill();
+}
+
 TEST_F(PanelSteady, DoesNotGrowWithForeignChanges) {
     ASSERT_NO_FATAL_FAILURE(StartWithoutLevels());
     // What is made once is there then, the history is full.
