@@ -198,6 +198,9 @@ void MainWindow::ShowEnabled(const Settings& shown) {
         {eCompareButton, canSet}};
     for (const auto& [id, isEnabled] : states)
         Enable(id, isEnabled);
+    // While there was no connection, nothing could take the keyboard.
+    if (isConnected && GetFocus() == m_window)
+        SetFocus(Control(eEnableBox));
     for (const Technology technology : cTechnologies) {
         Enable(IdOf(eSwitchBox, technology), canSet);
         if (technology != Technology::eGraphicEq && technology != Technology::eIntelligentEq)

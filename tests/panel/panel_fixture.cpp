@@ -114,7 +114,7 @@ LRESULT PanelProcess::Position(int id) const {
 void PanelProcess::TabTo(int id) const {
     constexpr int cMost = 60;
     // A dialog that has just closed may not have given the keyboard back yet.
-    Becomes([&] { return Focused() != 0; });
+    Becomes([&] { return Focused() != 0; }, 1000);
     for (int i = 0; i < cMost; ++i) {
         // A key that was pressed before may still be on its way.
         if (Focused() == id)
