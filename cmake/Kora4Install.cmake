@@ -5,11 +5,10 @@ include(CMakePackageConfigHelpers)
 
 # What may be run alone, or put beside a client.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME runtime)
-install(TARGETS QXA64T KORA4Proxies kora4ctl kora4sim
+install(TARGETS QXA64T KORA4Proxies KORA4Panel kora4ctl kora4sim
   RUNTIME DESTINATION bin LIBRARY DESTINATION bin)
 install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/Velto.KORA4.manifest DESTINATION bin)
 install(DIRECTORY tools/kora4sim/scenes DESTINATION bin)
-install(PROGRAMS ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/KORA4Panel.exe DESTINATION bin OPTIONAL)
 install(FILES LICENSE DESTINATION .)
 
 # What a client is built with.

@@ -169,6 +169,22 @@ make_prefix() {
   ) 9>"$1.lock" || die "no Wine prefix can be made in $1; is there enough space on the disk?"
 }
 
+# give_windows FOLDER [SIZE]: windows of that prefix need a display from now on, and are on it; with
+# a size such as 2000x1400, on a desktop that is one window of that size.
+give_windows() {
+  local stamp=$1/.windows${2:+-$2} explorer='HKCU\Software\Wine\Explorer'
+  local -x WINEPREFIX=$1
+  [ -f "$stamp" ] && return 0
+  "$wine64" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11 /f >/dev/null 2>&1 || return 1
+  if [ -n "${2:-}" ]; then
+    "$wine64" reg add "$explorer" /v Desktop /d kora4 /f >/dev/null 2>&1 || return 1
+    "$wine64" reg add "$explorer\Desktops" /v kora4 /d "$2" /f >/dev/null 2>&1 || return 1
+  fi
+  # The driver counts from the start of the desktop.
+  end_prefix "$1"
+  touch "$stamp"
+}
+
 # end_prefix FOLDER: ends every process of that prefix, and its server.
 end_prefix() {
   [ -d "$1" ] || return 0

@@ -4,9 +4,20 @@
 # runs three programs on one store: one changes settings, one publishes levels as the audio engine
 # does, and one is notified of the changes, reads the levels and shows both. Exits 0 only if every
 # change and all levels arrive.
+#
+# demo.sh --panel: opens the panel next to the simulator instead, where a display is there, and ends
+# when the panel is closed.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
+panel=0
+case "${1:-}" in
+  '') ;;
+  --panel) panel=1 ;;
+  *) die "there is no '$1'; use --panel or nothing." ;;
+esac
+[ "$panel" = 0 ] || [ -n "${DISPLAY:-}" ] ||
+  die "there is no display (DISPLAY is empty); run this in a desktop session, or scripts/screenshots.sh for pictures of the panel."
 require "${build_needs[@]}" "${wine_needs[@]}"
 build release all
 
@@ -36,6 +47,14 @@ trap 'exec 3>&- 4<&- 5>&- 6<&- 7>&- 8<&-; end_prefix "$prefix"' EXIT
 say "registering QXA64T.dll"
 "$wine64" regsvr32 /s "Z:${bin//\//\\}\\QXA64T.dll" ||
   die "regsvr32 cannot register $bin/QXA64T.dll; build it again with scripts/build.sh."
+
+if [ "$panel" = 1 ]; then
+  give_windows "$prefix" || die "Wine cannot show windows here; is $DISPLAY a display of yours?"
+  say "kora4sim publishes levels; change settings in the panel, and close it to end"
+  "$wine64" "$bin/kora4sim.exe" --quiet &
+  "$wine64" "$bin/KORA4Panel.exe"
+  exit 0
+fi
 
 # talk PROGRAM [ARGUMENT...]: starts a program between two pipes, PROGRAM.in and PROGRAM.out.
 talk() {

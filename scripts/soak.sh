@@ -19,6 +19,7 @@ runs=(
   "bursts|process_burst_test|--times=100"
   "cycles|process_cycles_test|--times=20"
   "everything|process_everything_test|--times=720"
+  "panel|panel_test|--gtest_filter=PanelSteady.* 3400 1800"
 )
 
 names() { printf '%s\n' "${runs[@]%%|*}" | paste -sd' '; }
@@ -48,8 +49,12 @@ for run in "${chosen[@]}"; do
   IFS='|' read -r name program arguments <<<"${run/SEED/$SRANDOM}"
   say "$name: $program $arguments"
   start=$SECONDS
+  case $program in
+    panel_*) place=("$root/scripts/with-display.sh" "$root/build/soak-panel") ;;
+    *) place=("$root/scripts/wine-pool.sh" run "$pool") ;;
+  esac
   # shellcheck disable=SC2086 # the arguments are several words
-  "$root/scripts/wine-pool.sh" run "$pool" "$root/build/release/bin/$program.exe" $arguments ||
+  "${place[@]}" "$root/build/release/bin/$program.exe" $arguments ||
     failed+=("$name")
   say "$name: $((SECONDS - start)) s"
 done

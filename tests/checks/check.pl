@@ -5,6 +5,7 @@
 use strict;
 use warnings;
 use utf8;
+use FindBin;
 
 my ($rule, $root) = @ARGV;
 my $broken = 0;
@@ -52,7 +53,7 @@ sub line_at {
 # --- headers: the licence of a file and its purpose -------------------------------------
 
 # Files that cannot contain a comment, are compared line for line, or are the licence itself.
-my $without_header = qr{(^|/)LICENSE$|\.json$|\.rgs(\.in)?$|(^|/)(proxy_)?exports\.txt$};
+my $without_header = qr{(^|/)LICENSE$|\.json$|\.png$|\.rgs(\.in)?$|(^|/)(proxy_)?exports\.txt$};
 my $licence = 'SPDX-License-Identifier: MIT';
 
 sub headers {
@@ -97,10 +98,10 @@ sub files_rule {
     for my $gone (grep { $is_project && !-f "$root/$_.cpp" && !-f "$root/$_.c" } sort keys %header_of) {
         complain('tests/checks/check.pl', 1, "there is no $gone any longer, for which it names a header");
     }
-    for my $file (files('^(src|tools|sdk|bench|tests|idl)/.*\.(h|hpp|c|cpp|idl)$')) {
+    for my $file (files('^(src|tools|panel|sdk|bench|tests|idl)/.*\.(h|hpp|c|cpp|idl)$')) {
         complain($file, 1, 'a file name has lower-case words and underscores only')
             unless $file =~ m{(^|/)[a-z][a-z0-9]*(_[a-z0-9]+)*\.\w+$};
-        next unless $file =~ m{^((?:src|tools|sdk|bench)(?:/.*)?)/([^/]+)\.(h|hpp|c|cpp)$};
+        next unless $file =~ m{^((?:src|tools|panel|sdk|bench)(?:/.*)?)/([^/]+)\.(h|hpp|c|cpp)$};
         my ($folder, $name, $kind) = ($1, $2, $3);
         $files_in{$folder}{$name} = 1;
         next if $kind =~ /^h/ || $file =~ $entry_point;
@@ -166,6 +167,8 @@ sub tool_module_of {
     return $path =~ m{^([^/]+)/} && exists $below_of_tools{$1} ? $1 : undef;
 }
 
+require "$FindBin::Bin/panel_arrows.pl";
+
 my %used;    # "FROM TO" for the arrows that an include follows
 
 sub arrows {
@@ -189,6 +192,7 @@ sub arrows {
         }
     }
     arrows_of_tools(\%contract);
+    arrows_of_panel();
     arrows_of_document();
     for my $table (\%below, \%below_of_tools) {
         for my $module (sort keys %$table) {
@@ -490,7 +494,7 @@ sub kind_of_brace {
 # The functions of a file that is formatted by clang-format, outermost ones only: a lambda is a
 # part of the function around it.
 sub functions {
-    for my $file (files('^(src|tools|sdk|bench)/.*\.(h|hpp|c|cpp)$')) {
+    for my $file (files('^(src|tools|panel|sdk|bench)/.*\.(h|hpp|c|cpp)$')) {
         my $text = code_of($file) =~ s{R"(\w*)\((.*?)\)\1"}{'""' . ($2 =~ tr/\n//cdr)}gser;
         $text =~ s/'(?:[^'\\\n]|\\.)'/' '/g;
         $text = without_texts($text) =~ s/^[ \t]*#(?:.*\\\n)*.*$/$& =~ tr{\n}{}cdr/germ;
@@ -528,7 +532,7 @@ my $least_share = 25;    # per cent of the lines that are not blank
 
 sub comments {
     my ($comments, $all) = (0, 0);
-    for my $file (files('^(src|tools|sdk/include)(/.*)?/[^/]+\.(h|hpp)$')) {
+    for my $file (files('^(src|tools|panel|sdk/include)(/.*)?/[^/]+\.(h|hpp)$')) {
         my $lines = join('', lines_of($file));
         $comments += () = $lines =~ m{//|(?<=\n)[ \t]*/?\*}g;
         $all += () = $lines =~ /\S[^\n]*\n/g;

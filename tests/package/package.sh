@@ -34,7 +34,7 @@ contents() {
   local file folder findings=0
   cd "$(sdk)"
   for file in bin/QXA64T.dll bin/KORA4Proxies.dll bin/Velto.KORA4.manifest bin/kora4ctl.exe \
-    bin/kora4sim.exe bin/scenes/music.json include/kora4.hpp include/kora4/result.hpp \
+    bin/KORA4Panel.exe bin/kora4sim.exe bin/scenes/music.json include/kora4.hpp include/kora4/result.hpp \
     include/kora4api.h include/kora4api_codes.h include/kora4api_constants.h \
     include/kora4_proxies.h include/veltokora4api.h lib/libkora4_sdk_guids.a \
     lib/libkora4_sdk_proxies.a lib/src/veltokora4api_i.c lib/src/kora4_proxies.c \

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+// The list of changes and the two states to compare.
+#include "panel/model/history.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "panel/model/limits.h"
+
+namespace panel {
+
+namespace {
+
+bool BelongsToProfile(const Item& item) {
+    return item.subject == Subject::eSwitch || item.subject == Subject::eValue ||
+           item.subject == Subject::eBands;
+}
+
+bool IsOfActiveProfile(const Change& change, const Settings& now) {
+    return change.profile == now.profile ||
+           std::none_of(change.before.begin(), change.before.end(), BelongsToProfile);
+}
+
+bool CanBeSet(const Item& item) {
+    if (item.subject == Subject::eValue)
+        return IsInside(static_cast<Technology>(item.index), item.number);
+    if (item.subject == Subject::eProfile)
+        return !IsDemo(static_cast<long>(item.number));
+    return true;
+}
+
+// A deleted profile is not brought back: only its name is known. Nor is one that was created
+// deleted: what was set in it meanwhile would be lost.
+bool CanBeTakenBack(const Item& before, const Item& after) {
+    return CanBeSet(before) &&
+           (before.subject != Subject::eName || (before.name && after.name));
+}
+
+}  // namespace
+
+void History::Note(Origin origin, const Settings& from, const Settings& to, unsigned gesture,
+                   std::uint64_t time) {
+    Change change{origin, to.profile, {}, {}, gesture, time};
+    for (Item& item : Difference(from, to)) {
+        if (from.profile != to.profile && BelongsToProfile(item))
+            continue;
+        change.before.push_back(Get(from, item.subject, item.index));
+        change.after.push_back(std::move(item));
+    }
+    if (change.after.empty())
+        return;
+    if (Merges(change)) {
+        m_changes.back().after = std::move(change.after);
+        m_changes.back().time = time;
+        return;
+    }
+    m_changes.push_back(std::move(change));
+    if (m_changes.size() > cMost)
+        m_changes.pop_front();
+}
+
+bool History::Merges(const Change& change) const {
+    if (m_changes.empty())
+        return false;
+    const Change& last = m_changes.back();
+    const bool isOneMove = change.origin == Origin::eOwn
+                               ? change.gesture != 0 && change.gesture == last.gesture
+                               : change.time - last.time < cBurst;
+    return isOneMove && last.origin == change.origin && last.profile == change.profile &&
+           std::equal(last.after.begin(), last.after.end(), change.after.begin(),
+                      change.after.end(),
+                      [](const Item& a, const Item& b) { return a.IsAboutSame(b); });
+}
+
+std::deque<Change>::const_iterator History::Newest(Origin origin, const Settings& now) const {
+    const auto found =
+        std::find_if(m_changes.rbegin(), m_changes.rend(), [&](const Change& change) {
+            return change.origin == origin && IsOfActiveProfile(change, now);
+        });
+    return found == m_changes.rend() ? m_changes.end() : std::prev(found.base());
+}
+
+bool History::Has(Origin origin, const Settings& now) const {
+    return Newest(origin, now) != m_changes.end();
+}
+
+History::Undo History::TakeBack(Origin origin, const Settings& now) {
+    const auto newest = Newest(origin, now);
+    if (newest == m_changes.end())
+        return {};
+    const Change change = *newest;
+    m_changes.erase(newest);
+    Undo undo{Verdict::eItems, {}};
+    for (std::size_t i = 0; i < change.after.size(); ++i) {
+        const Item& after = change.after[i];
+        if (Get(now, after.subject, after.index) != after)
+            return {Verdict::eOvertaken, {}};
+        if (CanBeTakenBack(change.before[i], after))
+            undo.items.push_back(change.before[i]);
+    }
+    // Of several values that came at once those are taken back that can be.
+    return undo.items.empty() ? Undo{Verdict::eImpossible, {}} : undo;
+}
+
+std::optional<Settings> Comparison::Toggle(const Settings& now) {
+    m_isB = !m_isB;
+    return std::exchange(m_other, now);
+}
+
+Items Steps(const Settings& from, const Settings& to) {
+    Items items = Difference(from, to);
+    if (from.profile != to.profile) {
+        // What the other profile holds is not known before it is active.
+        items = All(to);
+    }
+    std::erase_if(items, [](const Item& item) {
+        return item.subject == Subject::eName || !CanBeSet(item);
+    });
+    return items;
+}
+
+}  // namespace panel

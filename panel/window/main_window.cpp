@@ -1,0 +1,347 @@
+// SPDX-License-Identifier: MIT
+// Life of the window, and its messages.
+#include "panel/window/main_window.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "panel/model/limits.h"
+
+namespace panel {
+
+namespace {
+
+// Milliseconds after which work that is not done is shown as waiting.
+constexpr UINT cPatience = 100;
+constexpr UINT_PTR cPatienceTimer = 1;
+constexpr DWORD cStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
+
+const ACCEL cAccelerators[] = {
+    {FVIRTKEY | FCONTROL, 'Z', eUndoOwnButton},
+    {FVIRTKEY | FCONTROL | FSHIFT, 'Z', eUndoForeignButton},
+    {FVIRTKEY, VK_F9, eCompareButton},
+    {FVIRTKEY, VK_F2, eRenameButton},
+    {FVIRTKEY | FCONTROL, 'N', eNewButton},
+    {FVIRTKEY | FCONTROL, 'O', eImportButton},
+    {FVIRTKEY | FCONTROL, 'S', eExportButton},
+};
+
+}  // namespace
+
+MainWindow::MainWindow(const PanelOptions& options)
+    : m_strings(options.language), m_isRightToLeft(options.isRightToLeft) {
+    const DWORD remembered = m_memory.Number(L"Colors", 0);
+    m_theme.Choose(options.colors.value_or(remembered <= static_cast<DWORD>(ColorChoice::eDark)
+                                               ? static_cast<ColorChoice>(remembered)
+                                               : ColorChoice::eSystem));
+    m_equalizer.onSelect = [this] { ShowGain(); };
+    m_equalizer.onMove = [this](std::size_t band, double gain, bool isDrag) {
+        MoveBand(band, gain, isDrag);
+    };
+    m_equalizer.onRelease = [this] {
+        ++m_gesture;
+        ShowAll();
+    };
+    Create();
+}
+
+MainWindow::~MainWindow() {
+    m_worker.reset();
+    DestroyIcon(m_icon);
+}
+
+void MainWindow::Create() {
+    m_trayMade = RegisterWindowMessageW(L"TaskbarCreated");
+    m_icon = DrawIcon(GetSystemMetrics(SM_CXICON));
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = OnMessage;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.hIcon = m_icon;
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.lpszClassName = cPanelClass;
+    RegisterClassW(&windowClass);
+    const RECT place = m_memory.Place([this](int dpi) { return Least(dpi); },
+                                      [this](int dpi) {
+                                          constexpr SIZE cUsual{880, 540};
+                                          m_scale.Use(dpi);
+                                          return SIZE{m_scale(cUsual.cx), m_scale(cUsual.cy)};
+                                      });
+    CreateWindowExW(WS_EX_CONTROLPARENT | (m_isRightToLeft ? WS_EX_LAYOUTRTL : 0u), cPanelClass,
+                    m_strings.Text(IDS_TITLE).c_str(), cStyle, place.left, place.top,
+                    place.right - place.left, place.bottom - place.top, nullptr, nullptr,
+                    windowClass.hInstance, this);
+}
+
+int MainWindow::Run(int show) {
+    if (!m_window)
+        return 1;
+    ShowWindow(m_window, show);
+    const HACCEL accelerators =
+        CreateAcceleratorTableW(const_cast<ACCEL*>(cAccelerators), std::size(cAccelerators));
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        // A field takes back its own typing.
+        const bool isTyping = GetFocus() == Control(eGainField);
+        if (!(isTyping && message.wParam == 'Z') &&
+            TranslateAcceleratorW(m_window, accelerators, &message))
+            continue;
+        if (IsDialogMessageW(m_window, &message))
+            continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    DestroyAcceleratorTable(accelerators);
+    return 0;
+}
+
+LRESULT CALLBACK MainWindow::OnMessage(HWND window, UINT message, WPARAM wParam,
+                                       LPARAM lParam) {
+    if (message == WM_NCCREATE) {
+        auto* const pThis =
+            static_cast<MainWindow*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
+        pThis->m_window = window;
+        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(pThis));
+    }
+    auto* const pThis = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    return pThis ? pThis->Handle(message, wParam, lParam)
+                 : DefWindowProcW(window, message, wParam, lParam);
+}
+
+LRESULT MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case cReportMessage:
+            OnReport(std::unique_ptr<Report>(reinterpret_cast<Report*>(lParam)));
+            return 0;
+        case cBusyMessage:
+            OnBusy(wParam != 0);
+            return 0;
+        case cTrayMessage:
+            OnTray(LOWORD(lParam));
+            return 0;
+        case WM_TIMER:
+            KillTimer(m_window, cPatienceTimer);
+            m_isWaiting = true;
+            ShowAll();
+            return 0;
+        case WM_COMMAND:
+            OnCommand(LOWORD(wParam), HIWORD(wParam));
+            return 0;
+        case WM_HSCROLL:
+            OnScroll(reinterpret_cast<HWND>(lParam), LOWORD(wParam));
+            return 0;
+        case WM_CTLCOLORSTATIC:
+        case WM_CTLCOLORBTN:
+            return OnColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam),
+                           false);
+        case WM_CTLCOLOREDIT:
+        case WM_CTLCOLORLISTBOX:
+            return OnColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam), true);
+        default:
+            break;
+    }
+    if (message == m_trayMade && m_tray.IsShown())
+        m_tray.Show(m_window, m_strings.Text(IDS_TITLE));
+    if (const auto answer = HandleFrame(message, wParam, lParam))
+        return *answer;
+    return DefWindowProcW(m_window, message, wParam, lParam);
+}
+
+// What concerns the window as a whole.
+std::optional<LRESULT> MainWindow::HandleFrame(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_CREATE:
+            m_scale.Use(static_cast<int>(GetDpiForWindow(m_window)));
+            MakeControls();
+            m_worker = std::make_unique<Worker>(m_window);
+            if (m_memory.Number(L"Tray", 0) != 0)
+                m_tray.Show(m_window, m_strings.Text(IDS_TITLE));
+            ShowAll();
+            return 0;
+        case WM_ERASEBKGND: {
+            RECT client{};
+            GetClientRect(m_window, &client);
+            FillRect(reinterpret_cast<HDC>(wParam), &client, m_theme.WindowBrush());
+            return 1;
+        }
+        case WM_SETFOCUS:
+            SetFocus(Control(eEnableBox));
+            return 0;
+        case WM_CLOSE:
+            m_memory.SavePlace(m_window);
+            if (m_tray.IsShown())
+                ShowWindow(m_window, SW_HIDE);
+            else
+                DestroyWindow(m_window);
+            return 0;
+        case WM_QUERYENDSESSION:
+            m_memory.SavePlace(m_window);
+            return TRUE;
+        case WM_DESTROY:
+            m_tray.Remove();
+            m_worker.reset();
+            PostQuitMessage(0);
+            return 0;
+        default:
+            return HandlePlace(message, wParam, lParam);
+    }
+}
+
+// What changes its size, its resolution or its colours.
+std::optional<LRESULT> MainWindow::HandlePlace(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_SIZE:
+            Arrange();
+            UpdateLevels();
+            return 0;
+        case WM_WINDOWPOSCHANGED:
+            // Hidden and shown; the platform's handling sends WM_SIZE.
+            UpdateLevels();
+            return std::nullopt;
+        case WM_GETMINMAXINFO: {
+            const SIZE least = Least(m_scale.Dpi());
+            reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {least.cx, least.cy};
+            return 0;
+        }
+        case WM_DPICHANGED: {
+            m_scale.Use(LOWORD(wParam));
+            UseFont();
+            const RECT& place = *reinterpret_cast<const RECT*>(lParam);
+            SetWindowPos(m_window, nullptr, place.left, place.top, place.right - place.left,
+                         place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+            Arrange();
+            return 0;
+        }
+        case WM_SETTINGCHANGE:
+        case WM_SYSCOLORCHANGE:
+        case WM_THEMECHANGED:
+            m_scale.Use(m_scale.Dpi());
+            UseFont();
+            m_theme.Choose(m_theme.Choice());
+            UseColors();
+            Arrange();
+            return std::nullopt;
+        case WM_EXITSIZEMOVE:
+            m_memory.SavePlace(m_window);
+            return 0;
+        default:
+            return std::nullopt;
+    }
+}
+
+LRESULT MainWindow::OnColor(HDC dc, HWND control, bool isField) const {
+    const Palette& colors = m_theme.Colors();
+    const int id = GetDlgCtrlID(control);
+    COLORREF text = colors.text;
+    const auto technology = static_cast<std::size_t>(id - eValueText);
+    if (technology < KORA4_TECHNOLOGIES) {
+        const double value = m_session.Shown().values[technology];
+        if (!IsInside(static_cast<Technology>(technology), value))
+            text = colors.warning;
+    } else if (id == eBannerText) {
+        text = colors.warning;
+    }
+    SetTextColor(dc, text);
+    SetBkColor(dc, isField ? colors.field : colors.window);
+    return reinterpret_cast<LRESULT>(isField ? m_theme.FieldBrush() : m_theme.WindowBrush());
+}
+
+void MainWindow::OnReport(std::unique_ptr<Report> pReport) {
+    if (pReport->levels) {
+        m_levels = pReport->levels;
+        if (m_worker && SendMessageW(Control(eLevelBox), BM_GETCHECK, 0, 0) == BST_CHECKED)
+            m_levelView.Show(m_levels);
+        return;
+    }
+    if (pReport->answer) {
+        const Answer& answer = *pReport->answer;
+        m_session.Answered(answer.items);
+        const bool isSet = answer.action == Action::eSet || answer.action == Action::eUndo ||
+                           answer.action == Action::eCompare;
+        if (isSet && FAILED(answer.code) && answer.code != E_INVALIDARG)
+            m_refused = Command{answer.action, answer.items, {}, 0, 0, 0};
+        else if (answer.code == S_OK)
+            m_refused.reset();
+        m_status = AnswerText(answer);
+    }
+    if (pReport->connection) {
+        m_connection = pReport->connection;
+        m_levels.reset();
+        m_refused.reset();
+        m_session.Disconnected();
+        m_status = IsConnected() ? m_strings.Text(IDS_READY) : std::wstring();
+    }
+    if (pReport->settings) {
+        if (pReport->connection)
+            m_session.Connected(*pReport->settings);
+        else
+            m_session.Became(*pReport->settings, pReport->origin, pReport->isNoted,
+                             pReport->gesture, GetTickCount64());
+        if (pReport->origin == Origin::eForeign && pReport->isNoted)
+            m_status = m_strings.Text(IDS_FOREIGN);
+    }
+    ShowAll();
+}
+
+void MainWindow::OnBusy(bool isBusy) {
+    if (isBusy) {
+        SetTimer(m_window, cPatienceTimer, cPatience, nullptr);
+        return;
+    }
+    KillTimer(m_window, cPatienceTimer);
+    if (std::exchange(m_isWaiting, false))
+        ShowAll();
+}
+
+void MainWindow::OnTray(UINT message) {
+    if (message == WM_LBUTTONUP)
+        Activate();
+    if (message != WM_RBUTTONUP && message != WM_CONTEXTMENU)
+        return;
+    const HMENU menu = CreatePopupMenu();
+    const LRESULT count = SendMessageW(Control(eProfileList), CB_GETCOUNT, 0, 0);
+    const Settings shown = m_session.Shown();
+    constexpr UINT cFirst = 1;
+    for (WPARAM i = 0; IsConnected() && i < static_cast<WPARAM>(count); ++i) {
+        const auto profile =
+            static_cast<long>(SendMessageW(Control(eProfileList), CB_GETITEMDATA, i, 0));
+        if (!IsDemo(profile))
+            AppendMenuW(menu, profile == shown.profile ? MF_CHECKED : 0,
+                        cFirst + static_cast<UINT>(profile),
+                        ProfileName(shown, profile).c_str());
+    }
+    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+    AppendMenuW(menu, 0, IDS_MENU_OPEN, m_strings.Text(IDS_MENU_OPEN).c_str());
+    AppendMenuW(menu, 0, IDS_MENU_EXIT, m_strings.Text(IDS_MENU_EXIT).c_str());
+    POINT point{};
+    GetCursorPos(&point);
+    // Without being in front, a menu would not close when another window is clicked.
+    SetForegroundWindow(m_window);
+    const UINT chosen = static_cast<UINT>(TrackPopupMenu(
+        menu, TPM_RETURNCMD | TPM_RIGHTBUTTON, point.x, point.y, 0, m_window, nullptr));
+    DestroyMenu(menu);
+    if (chosen == IDS_MENU_OPEN) {
+        Activate();
+    } else if (chosen == IDS_MENU_EXIT) {
+        DestroyWindow(m_window);
+    } else if (chosen >= cFirst) {
+        Item item;
+        item.number = chosen - cFirst;
+        Want(item);
+    }
+}
+
+void MainWindow::Activate() {
+    ShowWindow(m_window, IsIconic(m_window) ? SW_RESTORE : SW_SHOW);
+    SetForegroundWindow(m_window);
+}
+
+void MainWindow::UpdateLevels() {
+    if (!m_worker)
+        return;
+    const bool isWanted = SendMessageW(Control(eLevelBox), BM_GETCHECK, 0, 0) == BST_CHECKED;
+    m_worker->ShowLevels(isWanted && IsWindowVisible(m_window) && !IsIconic(m_window));
+}
+
+}  // namespace panel

@@ -1,0 +1,355 @@
+// SPDX-License-Identifier: MIT
+// What the user does, as commands for the worker.
+#include <windows.h>
+
+#include <commctrl.h>
+#include <commdlg.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "panel/model/curve.h"
+#include "panel/model/limits.h"
+#include "panel/window/main_window.h"
+#include "panel/window/name_dialog.h"
+
+namespace panel {
+
+namespace {
+
+bool IsIn(int id, int first) {
+    return id >= first && id < first + KORA4_TECHNOLOGIES;
+}
+
+Item About(Subject subject, std::size_t index, double number) {
+    Item item;
+    item.subject = subject;
+    item.index = index;
+    item.number = number;
+    return item;
+}
+
+}  // namespace
+
+Command MainWindow::Make(Action action) const {
+    Command command;
+    command.action = action;
+    command.profile = m_session.Stored().profile;
+    command.fallback = m_session.LastPreset();
+    return command;
+}
+
+void MainWindow::Say(std::wstring status) {
+    m_status = std::move(status);
+    ShowAll();
+}
+
+void MainWindow::Want(Item item, unsigned gesture) {
+    m_session.Want(item);
+    Command command = Make(Action::eSet);
+    command.items = {std::move(item)};
+    command.gesture = gesture;
+    m_worker->Ask(std::move(command));
+    ShowAll();
+}
+
+void MainWindow::OnCommand(int id, int event) {
+    if (id == IDOK)
+        return OnEnter();
+    const bool isChecked = SendMessageW(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
+    if (IsIn(id, eSwitchBox))
+        return Want(About(Subject::eSwitch, static_cast<std::size_t>(id - eSwitchBox),
+                          isChecked ? 1 : 0));
+    // A disabled button sends nothing, but its key does.
+    if (event <= 1 && !IsWindowEnabled(Control(id)))
+        return;
+    switch (id) {
+        case eEnableBox:
+            return Want(About(Subject::eEnable, 0, isChecked ? 1 : 0));
+        case eProfileList:
+        case eCurveList:
+        case eBandList:
+            if (event == CBN_SELCHANGE || event == CBN_CLOSEUP)
+                OnList(id);
+            return;
+        case eGainField:
+            if (event == EN_KILLFOCUS)
+                CommitGain();
+            return;
+        case eLevelBox:
+            m_memory.SetNumber(L"Levels", isChecked);
+            m_levels.reset();
+            UpdateLevels();
+            return ShowAll();
+        case eMoreButton:
+            return ShowMoreMenu();
+        case eBannerButton:
+            return PressBanner();
+        default:
+            return OnButton(id);
+    }
+}
+
+void MainWindow::OnButton(int id) {
+    switch (id) {
+        case eNewButton:
+            return NewProfile();
+        case eRenameButton:
+            return RenameProfile();
+        case eDeleteButton:
+            return DeleteProfile();
+        case eRevertButton:
+            return m_worker->Ask(Make(Action::eRevert));
+        case eFlatButton: {
+            Item item = Get(m_session.Shown(), Subject::eBands);
+            item.bands = Flat(std::move(item.bands));
+            return Want(std::move(item));
+        }
+        case eImportButton:
+        case eExportButton:
+            return TransferFile(id == eImportButton);
+        case eUndoOwnButton:
+            return UndoLast(Origin::eOwn);
+        case eUndoForeignButton:
+            return UndoLast(Origin::eForeign);
+        case eCompareButton:
+            return CompareStates();
+        default:
+            return;
+    }
+}
+
+// A list that is open is only being looked through.
+void MainWindow::OnList(int id) {
+    const HWND list = Control(id);
+    const LRESULT chosen = SendMessageW(list, CB_GETCURSEL, 0, 0);
+    if (SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0) || chosen < 0)
+        return;
+    const Settings shown = m_session.Shown();
+    constexpr std::size_t cCurve = IndexOf(Technology::eIntelligentEq);
+    if (id == eProfileList)
+        ChooseProfile();
+    else if (id == eBandList)
+        m_equalizer.SelectBand(static_cast<std::size_t>(chosen));
+    else if (shown.values[cCurve] < static_cast<double>(chosen) ||
+             shown.values[cCurve] > static_cast<double>(chosen))
+        Want(About(Subject::eValue, cCurve, static_cast<double>(chosen)));
+}
+
+void MainWindow::OnScroll(HWND slider, int event) {
+    const int id = GetDlgCtrlID(slider);
+    if (!IsIn(id, eSlider))
+        return;
+    if (event == TB_THUMBTRACK && std::exchange(m_heldSlider, id) != id)
+        ++m_gesture;
+    if (event == TB_ENDTRACK) {
+        if (std::exchange(m_heldSlider, 0) == id)
+            ShowAll();
+        return;
+    }
+    const auto technology = static_cast<Technology>(id - eSlider);
+    const int position = static_cast<int>(SendMessageW(slider, TBM_GETPOS, 0, 0));
+    // A value that is not on the scale stays unless the slider moves.
+    const double shown = m_session.Shown().values[IndexOf(technology)];
+    if (event != TB_THUMBTRACK && IsInside(technology, shown) &&
+        position == SliderPosition(technology, shown))
+        return;
+    Want(About(Subject::eValue, IndexOf(technology), SliderValue(technology, position)),
+         m_heldSlider == id ? m_gesture : 0);
+}
+
+void MainWindow::OnEnter() {
+    const HWND focus = GetFocus();
+    if (focus == Control(eGainField)) {
+        CommitGain();
+        SendMessageW(focus, EM_SETSEL, 0, -1);
+    } else if (SendMessageW(focus, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON) {
+        SendMessageW(focus, BM_CLICK, 0, 0);
+    }
+}
+
+// ---- Profiles ---------------------------------------------------------------------------
+
+void MainWindow::ChooseProfile() {
+    const HWND list = Control(eProfileList);
+    const auto index = static_cast<WPARAM>(SendMessageW(list, CB_GETCURSEL, 0, 0));
+    const auto profile = static_cast<long>(SendMessageW(list, CB_GETITEMDATA, index, 0));
+    const long active = m_session.Shown().profile;
+    if (profile == active)
+        return;
+    // From a demo, no other profile can be chosen before it is left.
+    if (IsDemo(active) && !IsDemo(profile))
+        m_worker->Ask(Make(Action::eLeaveDemo));
+    Want(About(Subject::eProfile, 0, static_cast<double>(profile)));
+}
+
+void MainWindow::NewProfile() {
+    const auto profile = FreeCustomProfile(m_session.Stored());
+    if (!profile)
+        return Say(m_strings.Text(IDS_NO_FREE_PROFILE));
+    const auto name =
+        AskName(m_window, m_strings, m_look, IDS_ASK_NEW, m_strings.Text(IDS_NAME_PROPOSAL));
+    if (!name)
+        return;
+    Command command = Make(Action::eCreate);
+    // Another one may have been made while the dialog was open.
+    command.profile = FreeCustomProfile(m_session.Stored()).value_or(*profile);
+    command.text = *name;
+    m_worker->Ask(std::move(command));
+}
+
+void MainWindow::RenameProfile() {
+    Command command = Make(Action::eRename);
+    const auto name = AskName(m_window, m_strings, m_look, IDS_ASK_RENAME,
+                              ProfileName(m_session.Stored(), command.profile));
+    if (!name)
+        return;
+    command.text = *name;
+    m_worker->Ask(std::move(command));
+}
+
+void MainWindow::DeleteProfile() {
+    Command command = Make(Action::eDelete);
+    const Settings& stored = m_session.Stored();
+    const std::wstring question =
+        m_strings.Format(IDS_ASK_DELETE, ProfileName(stored, command.profile),
+                         ProfileName(stored, command.fallback));
+    if (MessageBoxW(m_window, question.c_str(), m_strings.Text(IDS_TITLE).c_str(),
+                    MB_OKCANCEL | MB_ICONWARNING | MB_DEFBUTTON2) == IDOK)
+        m_worker->Ask(std::move(command));
+}
+
+// ---- The equalizer ----------------------------------------------------------------------
+
+void MainWindow::CommitGain() {
+    const HWND field = Control(eGainField);
+    if (!SendMessageW(field, EM_GETMODIFY, 0, 0))
+        return;
+    wchar_t text[64];
+    GetWindowTextW(field, text, std::size(text));
+    const auto gain = ParseGain(Narrow(text));
+    SendMessageW(field, EM_SETMODIFY, FALSE, 0);
+    if (gain)
+        MoveBand(m_equalizer.Selected(), *gain, false);
+    else
+        Say(m_strings.Text(IDS_BAD_GAIN));
+}
+
+void MainWindow::MoveBand(std::size_t band, double gain, bool isDrag) {
+    Item item = Get(m_session.Shown(), Subject::eBands);
+    item.bands = WithGain(std::move(item.bands), band, gain);
+    if (item.bands == m_session.Shown().bands)
+        return ShowAll();
+    Want(std::move(item), isDrag ? m_gesture : 0);
+}
+
+void MainWindow::TransferFile(bool isImport) {
+    std::wstring filter = m_strings.Text(IDS_FILE_FILTER);
+    std::replace(filter.begin(), filter.end(), L'|', L'\0');
+    const std::wstring title = m_strings.Plain(isImport ? UINT{IDS_IMPORT} : UINT{IDS_EXPORT});
+    wchar_t path[MAX_PATH] = L"";
+    OPENFILENAMEW dialog{};
+    dialog.lStructSize = sizeof dialog;
+    dialog.hwndOwner = m_window;
+    dialog.lpstrFilter = filter.c_str();
+    dialog.lpstrFile = path;
+    dialog.nMaxFile = std::size(path);
+    dialog.lpstrTitle = title.c_str();
+    dialog.lpstrDefExt = L"txt";
+    dialog.Flags = OFN_NOCHANGEDIR | OFN_HIDEREADONLY |
+                   (isImport ? OFN_FILEMUSTEXIST : OFN_OVERWRITEPROMPT);
+    if (!(isImport ? GetOpenFileNameW(&dialog) : GetSaveFileNameW(&dialog)))
+        return;
+    Command command = Make(isImport ? Action::eImport : Action::eExport);
+    command.text = path;
+    m_worker->Ask(std::move(command));
+}
+
+// ---- Undo, compare, demo ----------------------------------------------------------------
+
+void MainWindow::UndoLast(Origin origin) {
+    History::Undo undo = m_session.Changes().TakeBack(origin, m_session.Stored());
+    switch (undo.verdict) {
+        case History::Verdict::eOvertaken:
+            return Say(m_strings.Text(IDS_UNDO_OVERTAKEN));
+        case History::Verdict::eImpossible:
+            return Say(m_strings.Text(IDS_UNDO_IMPOSSIBLE));
+        case History::Verdict::eNothing:
+            return;
+        case History::Verdict::eItems:
+            break;
+    }
+    Command command = Make(Action::eUndo);
+    command.items = std::move(undo.items);
+    m_worker->Ask(std::move(command));
+}
+
+void MainWindow::CompareStates() {
+    std::optional<Items> items = m_session.Compare();
+    if (!items)
+        return Say(m_strings.Text(IDS_COMPARE_NEW));
+    Command command = Make(Action::eCompare);
+    command.items = std::move(*items);
+    m_worker->Ask(std::move(command));
+}
+
+// Leaves the demo, or tries again what did not work.
+void MainWindow::PressBanner() {
+    if (IsConnected() && !m_refused)
+        return m_worker->Ask(Make(Action::eLeaveDemo));
+    m_worker->Ask(Make(Action::eTryAgain));
+    if (m_refused)
+        m_worker->Ask(*m_refused);
+}
+
+// ---- The menu ---------------------------------------------------------------------------
+
+void MainWindow::ShowMoreMenu() {
+    const HMENU menu = CreatePopupMenu();
+    const auto add = [&](UINT id, bool isChecked) {
+        AppendMenuW(menu, isChecked ? MF_CHECKED : 0, id, m_strings.Text(id).c_str());
+    };
+    add(IDS_MENU_TRAY, m_tray.IsShown());
+    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+    add(IDS_MENU_SYSTEM, m_theme.Choice() == ColorChoice::eSystem);
+    add(IDS_MENU_LIGHT, m_theme.Choice() == ColorChoice::eLight);
+    add(IDS_MENU_DARK, m_theme.Choice() == ColorChoice::eDark);
+    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+    add(IDS_MENU_EXIT, false);
+    RECT button{};
+    GetWindowRect(Control(eMoreButton), &button);
+    const UINT align = m_isRightToLeft ? TPM_LEFTALIGN : TPM_RIGHTALIGN;
+    const int chosen = TrackPopupMenu(menu, TPM_RETURNCMD | TPM_BOTTOMALIGN | align,
+                                      m_isRightToLeft ? button.left : button.right, button.top,
+                                      0, m_window, nullptr);
+    DestroyMenu(menu);
+    OnMenu(chosen);
+}
+
+void MainWindow::OnMenu(int id) {
+    switch (id) {
+        case IDS_MENU_TRAY:
+            if (m_tray.IsShown())
+                m_tray.Remove();
+            else
+                m_tray.Show(m_window, m_strings.Text(IDS_TITLE));
+            m_memory.SetNumber(L"Tray", m_tray.IsShown());
+            return;
+        case IDS_MENU_SYSTEM:
+        case IDS_MENU_LIGHT:
+        case IDS_MENU_DARK: {
+            const auto choice = static_cast<ColorChoice>(id - IDS_MENU_SYSTEM);
+            m_memory.SetNumber(L"Colors", static_cast<DWORD>(choice));
+            m_theme.Choose(choice);
+            return UseColors();
+        }
+        case IDS_MENU_EXIT:
+            m_memory.SavePlace(m_window);
+            DestroyWindow(m_window);
+            return;
+        default:
+            return;
+    }
+}
+
+}  // namespace panel

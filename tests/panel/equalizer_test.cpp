@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+// The curve of the equalizer by mouse, keys, numbers and files.
+#include <cmath>
+#include <fstream>
+
+#include "panel/panel_fixture.h"
+
+namespace kora4::test {
+namespace {
+
+using namespace ::panel;
+
+class PanelEqualizer : public PanelTest {
+  protected:
+    double Gain(std::size_t band) {
+        const auto bands = Others().GetGraphicEQData();
+        return bands && band < bands->size() ? static_cast<double>((*bands)[band].gain) : 99;
+    }
+    bool GainBecomes(std::size_t band, double gain) {
+        return Becomes([&] { return std::abs(Gain(band) - gain) < 0.01; });
+    }
+    // What a mouse does there; the shares are of the control's width and height.
+    void Mouse(UINT message, double x, double y) {
+        RECT client{};
+        GetClientRect(Panel().Control(eEqualizer), &client);
+        PostMessageW(Panel().Control(eEqualizer), message, MK_LBUTTON,
+                     MAKELPARAM(static_cast<int>(x * client.right),
+                                static_cast<int>(y * client.bottom)));
+    }
+};
+
+TEST_F(PanelEqualizer, MovesBandsWithTheKeys) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Panel().TabTo(eEqualizer);
+    Press(VK_UP);
+    EXPECT_TRUE(GainBecomes(0, 0.5));
+    Press(VK_RIGHT);
+    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eBandList) == L"64 Hz"; }));
+    Press(VK_NEXT);
+    EXPECT_TRUE(GainBecomes(1, -3));
+    Press(VK_UP, {VK_CONTROL});
+    EXPECT_TRUE(GainBecomes(1, -2.9));
+    Press(VK_DELETE);
+    EXPECT_TRUE(GainBecomes(1, 0));
+    Press(VK_END);
+    for (int i = 0; i < 6; ++i)
+        Press(VK_PRIOR);
+    EXPECT_TRUE(GainBecomes(9, 12)) << "it stops at the limit";
+    Press(VK_HOME);
+    EXPECT_TRUE(Becomes([&] { return Panel().Text(eGainField) == L"+0.5"; }));
+    Panel().TabTo(eFlatButton);
+    Press(VK_SPACE);
+    EXPECT_TRUE(GainBecomes(9, 0));
+    EXPECT_TRUE(GainBecomes(0, 0));
+}
+
+TEST_F(PanelEqualizer, TakesNumbers) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Panel().TabTo(eBandList);
+    Press(VK_DOWN);
+    Panel().TabTo(eGainField);
+    Press('A', {VK_CONTROL});
+    Type(L"-4,5 dB");
+    Press(VK_RETURN);
+    EXPECT_TRUE(GainBecomes(1, -4.5));
+    EXPECT_TRUE(Becomes([&] { return Panel().Text(eGainField) == L"-4.5"; }));
+    Press('A', {VK_CONTROL});
+    Type(L"13");
+    Press(VK_RETURN);
+    EXPECT_TRUE(Panel().StatusBecomes(L"from -12 to +12"));
+    EXPECT_TRUE(GainBecomes(1, -4.5));
+}
+
+TEST_F(PanelEqualizer, FollowsTheMouseAndKeepsADragWhenOthersChangeTheCurve) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Mouse(WM_LBUTTONDOWN, 0.99, 0.3);
+    EXPECT_TRUE(Becomes([&] { return Gain(9) > 3; }));
+    // The API sets whole curves: two sets at the same moment would be a race that one loses.
+    EXPECT_TRUE(Panel().StatusBecomes(L"Graphic equalizer: done."));
+    Sleep(300);
+    const double held = Gain(9);
+    Bands bands = *Others().GetGraphicEQData();
+    bands[0].gain = 5;
+    bands[9].gain = -7;
+    ASSERT_TRUE(Others().SetGraphicEQData(bands));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Another program"));
+    Mouse(WM_MOUSEMOVE, 0.99, 0.2);
+    EXPECT_TRUE(Becomes([&] { return Gain(9) > held + 1; }));
+    EXPECT_EQ(5, Gain(0)) << "what the other program has set stays";
+    Mouse(WM_LBUTTONUP, 0.99, 0.2);
+    Press('Z', {VK_CONTROL});
+    EXPECT_TRUE(Becomes([&] { return Gain(9) < 0; })) << "a drag is taken back as one change";
+}
+
+TEST_F(PanelEqualizer, WritesAndReadsTheTextOfTheCommandLine) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Panel().TabTo(eEqualizer);
+    Press(VK_PRIOR);
+    EXPECT_TRUE(GainBecomes(0, 3));
+    const std::wstring path = ProgramFolder() + L"\\panel_curve.txt";
+    DeleteFileW(path.c_str());
+    const auto choose = [&] {
+        ASSERT_NE(nullptr, Panel().Dialog());
+        Type(path);
+        Press(VK_RETURN);
+        EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
+    };
+    Press('S', {VK_CONTROL});
+    choose();
+    EXPECT_TRUE(Panel().StatusBecomes(L"Export: done."));
+    std::string text;
+    std::getline(std::ifstream(path.c_str()), text);
+    EXPECT_EQ(FormatGraphicEq(*Others().GetGraphicEQData()), text);
+    EXPECT_EQ(RunCtl({"eq", "export"}).Lines().front(), text);
+
+    std::ofstream(path.c_str()) << "GraphicEQ: 20 -6; 20000 -6\n";
+    Press('O', {VK_CONTROL});
+    choose();
+    EXPECT_TRUE(GainBecomes(0, -6));
+    EXPECT_TRUE(GainBecomes(9, -6));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Import: done."));
+
+    std::ofstream(path.c_str()) << "GraphicEQ: 20 -6; five\n";
+    Press('O', {VK_CONTROL});
+    choose();
+    EXPECT_TRUE(Panel().StatusBecomes(L"line 1: 'five' is not a frequency"));
+    EXPECT_EQ(-6, Gain(0));
+    DeleteFileW(path.c_str());
+}
+
+}  // namespace
+}  // namespace kora4::test

@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: MIT
+// What stands on the display: nothing cut off, nothing on top of something else, nothing blank,
+// at each resolution and in both languages. The pictures are kept in the working folder.
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+
+#include "panel/panel_fixture.h"
+#include "panel/pictures.h"
+
+namespace kora4::test {
+namespace {
+
+using namespace ::panel;
+
+// The resolution of the display, for programs that start in the scope.
+class Resolution {
+  public:
+    explicit Resolution(DWORD dpi) { Set(dpi); }
+    ~Resolution() { Set(USER_DEFAULT_SCREEN_DPI); }
+    Resolution(const Resolution&) = delete;
+    Resolution& operator=(const Resolution&) = delete;
+
+  private:
+    static void Set(DWORD dpi) {
+        RegSetKeyValueW(HKEY_CURRENT_USER, L"Control Panel\\Desktop", L"LogPixels", REG_DWORD,
+                        &dpi, sizeof dpi);
+    }
+};
+
+// The font of the panel at a resolution.
+class PanelFont {
+  public:
+    explicit PanelFont(UINT dpi) {
+        NONCLIENTMETRICSW metrics{};
+        metrics.cbSize = sizeof metrics;
+        SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0, dpi);
+        m_font = CreateFontIndirectW(&metrics.lfMessageFont);
+        SelectObject(m_dc, m_font);
+    }
+    ~PanelFont() {
+        DeleteDC(m_dc);
+        DeleteObject(m_font);
+    }
+    PanelFont(const PanelFont&) = delete;
+    PanelFont& operator=(const PanelFont&) = delete;
+
+    SIZE Measure(const std::wstring& text, LONG width, UINT flags) const {
+        RECT box{0, 0, width, 0};
+        DrawTextW(m_dc, text.c_str(), -1, &box, DT_CALCRECT | flags);
+        return {box.right, box.bottom};
+    }
+
+  private:
+    const HDC m_dc = CreateCompatibleDC(nullptr);
+    HFONT m_font = nullptr;
+};
+
+RECT PlaceOf(HWND window) {
+    RECT place{};
+    GetWindowRect(window, &place);
+    return place;
+}
+
+std::vector<HWND> VisibleControls(HWND window) {
+    std::vector<HWND> controls;
+    for (HWND control = GetWindow(window, GW_CHILD); control;
+         control = GetWindow(control, GW_HWNDNEXT))
+        if (IsWindowVisible(control))
+            controls.push_back(control);
+    return controls;
+}
+
+std::wstring ClassOf(HWND window) {
+    wchar_t name[64] = L"";
+    GetClassNameW(window, name, std::size(name));
+    return name;
+}
+
+// What a check box needs beside its text, and a button, at 96 dpi.
+LONG EdgeOf(HWND control) {
+    if (ClassOf(control) != L"Button")
+        return 0;
+    return (GetWindowLongW(control, GWL_STYLE) & BS_TYPEMASK) == BS_AUTOCHECKBOX ? 17 : 8;
+}
+
+// The height of a button is that of a line of its text and 12 pixels at 96 dpi.
+void ExpectResolution(const PanelProcess& panel, UINT dpi) {
+    const RECT button = PlaceOf(panel.Control(eNewButton));
+    const LONG line = PanelFont(dpi).Measure(L"Wg", 0, DT_SINGLELINE).cy;
+    EXPECT_EQ(line + MulDiv(12, static_cast<int>(dpi), USER_DEFAULT_SCREEN_DPI),
+              button.bottom - button.top);
+}
+
+void ExpectTextsFit(const PanelProcess& panel, UINT dpi) {
+    const PanelFont font(dpi);
+    for (const HWND control : VisibleControls(panel.Window())) {
+        const std::wstring name = ClassOf(control);
+        if (name != L"Button" && name != L"Static")
+            continue;
+        const std::wstring text = WindowText(control);
+        const RECT place = PlaceOf(control);
+        const LONG width = place.right - place.left;
+        const int id = GetDlgCtrlID(control);
+        const bool isLines = id == eStatusText || id == eBannerText;
+        const SIZE need =
+            font.Measure(text, width, isLines ? DT_WORDBREAK | DT_NOPREFIX : DT_SINGLELINE);
+        const LONG edge = EdgeOf(control) * static_cast<LONG>(dpi) / USER_DEFAULT_SCREEN_DPI;
+        EXPECT_LE(need.cx + edge, width) << id;
+        EXPECT_LE(need.cy, place.bottom - place.top) << id;
+    }
+}
+
+void ExpectNothingOverlaps(const PanelProcess& panel) {
+    RECT client{};
+    GetClientRect(panel.Window(), &client);
+    MapWindowPoints(panel.Window(), nullptr, reinterpret_cast<POINT*>(&client), 2);
+    const std::vector<HWND> controls = VisibleControls(panel.Window());
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        const RECT place = PlaceOf(controls[i]);
+        EXPECT_FALSE(IsRectEmpty(&place)) << GetDlgCtrlID(controls[i]);
+        RECT common{};
+        IntersectRect(&common, &place, &client);
+        EXPECT_TRUE(EqualRect(&common, &place)) << GetDlgCtrlID(controls[i]) << " sticks out";
+        for (std::size_t j = 0; j < i; ++j) {
+            const RECT other = PlaceOf(controls[j]);
+            EXPECT_FALSE(IntersectRect(&common, &place, &other))
+                << GetDlgCtrlID(controls[i]) << " and " << GetDlgCtrlID(controls[j]);
+        }
+    }
+}
+
+void ExpectNothingIsBlank(const PanelProcess& panel) {
+    EXPECT_LT(10u, StillPicture(panel.Window()).Colors());
+    for (const HWND control : VisibleControls(panel.Window())) {
+        if (!WindowText(control).empty() || ClassOf(control).starts_with(L"KORA4")) {
+            EXPECT_LT(1u, TakePicture(control).Colors()) << GetDlgCtrlID(control);
+        }
+    }
+}
+
+class PanelLook : public PanelTest {
+  protected:
+    void SetUp() override {
+        SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+        PanelTest::SetUp();
+    }
+    void LookClosely(UINT dpi) {
+        ExpectTextsFit(Panel(), dpi);
+        ExpectNothingOverlaps(Panel());
+        ExpectNothingIsBlank(Panel());
+    }
+    // At the smallest size, where it is tightest.
+    void MakeSmall() {
+        SetWindowPos(Panel().Window(), nullptr, 10, 10, 100, 100, SWP_NOZORDER);
+    }
+};
+
+TEST_F(PanelLook, CutsNothingOffAtAnyResolutionAndInEitherLanguage) {
+    for (const UINT dpi : {96u, 144u, 192u}) {
+        const Resolution resolution(dpi);
+        for (const char* language : {"en", "de"}) {
+            const std::string name = std::to_string(dpi) + "-" + language;
+            SCOPED_TRACE(name);
+            ASSERT_TRUE(Others().ForceRevertFromDemoMode());
+            ASSERT_NO_FATAL_FAILURE(Start({"--language", language}));
+            ExpectResolution(Panel(), dpi);
+            MakeSmall();
+            LookClosely(dpi);
+            ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, true));
+            EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerButton); }));
+            MakeSmall();
+            LookClosely(dpi);
+            SavePicture(TakePicture(Panel().Window()),
+                        L"panel-" + std::wstring(name.begin(), name.end()) + L".bmp");
+            m_panel.reset();
+        }
+    }
+}
+
+TEST_F(PanelLook, IsCompleteInDarkColorsAndFromRightToLeft) {
+    ASSERT_NO_FATAL_FAILURE(Start({"--language", "en", "--colors", "dark"}));
+    LookClosely(96);
+    const Picture dark = TakePicture(Panel().Control(eNewButton));
+    EXPECT_LT(dark.pixels[static_cast<std::size_t>(dark.width * 3 + 5)] & 0xFF, 0x80u);
+    SavePicture(TakePicture(Panel().Window()), L"panel-dark.bmp");
+    m_panel.reset();
+    ASSERT_NO_FATAL_FAILURE(Start({"--language", "en", "--layout", "rtl"}));
+    LookClosely(96);
+    const RECT enable = PlaceOf(Panel().Control(eEnableBox));
+    const RECT revert = PlaceOf(Panel().Control(eRevertButton));
+    EXPECT_GT(enable.left, revert.right);
+    SavePicture(TakePicture(Panel().Window()), L"panel-rtl.bmp");
+}
+
+TEST_F(PanelLook, FollowsTheResolutionOfTheMonitorItIsMovedTo) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    // What the platform sends; its rectangle has to be in the panel's memory.
+    const HANDLE process =
+        OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_WRITE, FALSE, Panel().ProcessId());
+    void* const pPlace = VirtualAllocEx(process, nullptr, sizeof(RECT),
+                                        MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+    const RECT place{20, 20, 1820, 1220};
+    ASSERT_TRUE(WriteProcessMemory(process, pPlace, &place, sizeof place, nullptr));
+    constexpr UINT cDouble = 2 * USER_DEFAULT_SCREEN_DPI;
+    SendMessageW(Panel().Window(), WM_DPICHANGED, MAKEWPARAM(cDouble, cDouble),
+                 reinterpret_cast<LPARAM>(pPlace));
+    CloseHandle(process);
+    ExpectResolution(Panel(), cDouble);
+    ExpectTextsFit(Panel(), cDouble);
+    ExpectNothingOverlaps(Panel());
+}
+
+TEST_F(PanelLook, MovesTheCurveAndDrawsNothingWhenItIsMinimised) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const Picture flat = StillPicture(Panel().Control(eEqualizer));
+    Bands bands = *Others().GetGraphicEQData();
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i].gain = i % 2 ? 8.0f : -8.0f;
+    ASSERT_TRUE(Others().SetGraphicEQData(bands));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Another program"));
+    const Picture bent = StillPicture(Panel().Control(eEqualizer));
+    EXPECT_FALSE(flat == bent);
+    ShowWindow(Panel().Window(), SW_MINIMIZE);
+    EXPECT_TRUE(Becomes([&] { return IsIconic(Panel().Window()) != FALSE; }));
+    EXPECT_TRUE(Others().SetVeltoEnable(false));
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsChecked(eEnableBox); }));
+    ShowWindow(Panel().Window(), SW_RESTORE);
+    EXPECT_TRUE(Becomes([&] { return !IsIconic(Panel().Window()); }));
+    SetForegroundWindow(Panel().Window());
+}
+
+TEST_F(PanelLook, ShowsLevelsAsTheyCome) {
+    // A profile that somebody has made their own: this is the picture of the manual.
+    ASSERT_TRUE(Others().CreateCustomProfile(KORA4_PROFILE_P1, L"Evening"));
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_P1));
+    ASSERT_TRUE(Others().SetVolumeLeveler(4));
+    ASSERT_TRUE(Others().SetHeadphoneVirtualizer(2.5f));
+    Bands bands = *Others().GetGraphicEQData();
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i].gain =
+            static_cast<float>((i < 5 ? 4 - static_cast<int>(i) : static_cast<int>(i) - 6));
+    ASSERT_TRUE(Others().SetGraphicEQData(bands));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const HWND levels = Panel().Control(eLevels);
+    const Picture silent = StillPicture(levels);
+    RunningTool engine("kora4sim", {"--for", "60", "--quiet", "--seed", "1"});
+    std::set<std::vector<std::uint32_t>> pictures;
+    EXPECT_TRUE(Becomes([&] {
+        Picture now = TakePicture(levels);
+        if (!(now == silent))
+            pictures.insert(std::move(now.pixels));
+        return pictures.size() >= 5;
+    })) << pictures.size();
+    // A small square of the middle that is blank in between would be a flicker: what is behind
+    // the bars is never seen alone.
+    for (const auto& pixels : pictures)
+        EXPECT_LT(2u, (Picture{1, static_cast<int>(pixels.size()), pixels}.Colors()));
+    SavePicture(TakePicture(Panel().Window()), L"panel-levels.bmp");
+    engine.Kill();
+}
+
+}  // namespace
+}  // namespace kora4::test
