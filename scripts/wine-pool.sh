@@ -31,7 +31,10 @@ start() {
     end_prefix "$pool/1"
   fi
   for number in $(seq 1 "$1"); do
-    [ -f "$pool/$number/.prepared" ] || cp -a --reflink=auto "$pool/1" "$pool/$number"
+    if [ ! -f "$pool/$number/.prepared" ]; then
+      rm -rf "${pool:?}/$number" # what an interrupted copy has left
+      cp -a --reflink=auto "$pool/1" "$pool/$number"
+    fi
     export WINEPREFIX=$pool/$number
     pinned "$WINEPREFIX" "$wineserver" "-p$linger" 2>/dev/null || true
     # The first program of a prefix starts its services.
