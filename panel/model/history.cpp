@@ -55,8 +55,10 @@ void History::Note(Origin origin, const Settings& from, const Settings& to, unsi
         return;
     }
     m_changes.push_back(std::move(change));
-    if (m_changes.size() > cMost)
-        m_changes.pop_front();
+    // Those of others leave one's own alone.
+    const auto isOfOrigin = [origin](const Change& one) { return one.origin == origin; };
+    if (std::count_if(m_changes.begin(), m_changes.end(), isOfOrigin) > cMost)
+        m_changes.erase(std::find_if(m_changes.begin(), m_changes.end(), isOfOrigin));
 }
 
 bool History::Merges(const Change& change) const {

@@ -24,7 +24,7 @@ struct Change {
 
 class History {
   public:
-    static constexpr std::size_t cMost = 50;
+    static constexpr std::ptrdiff_t cMost = 50;  // of each origin
     // Changes of the same item by other programs within this time (ms) are one: a slider that
     // is dragged there.
     static constexpr std::uint64_t cBurst = 1000;

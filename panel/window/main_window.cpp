@@ -131,6 +131,12 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_HSCROLL:
             OnScroll(reinterpret_cast<HWND>(lParam), LOWORD(wParam));
             return 0;
+        case WM_NEXTDLGCTL:
+            // Alt with the letter of a label: the control behind it, as in a dialog.
+            SetFocus(LOWORD(lParam) != 0
+                         ? reinterpret_cast<HWND>(wParam)
+                         : GetNextDlgTabItem(m_window, GetFocus(), wParam != 0));
+            return 0;
         case WM_CTLCOLORSTATIC:
         case WM_CTLCOLORBTN:
             return OnColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam),

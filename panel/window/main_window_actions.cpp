@@ -78,7 +78,6 @@ void MainWindow::OnCommand(int id, int event) {
             return;
         case eLevelBox:
             m_memory.SetNumber(L"Levels", isChecked);
-            m_levels.reset();
             UpdateLevels();
             return ShowAll();
         case eMoreButton:
@@ -151,8 +150,7 @@ void MainWindow::OnScroll(HWND slider, int event) {
     const int position = static_cast<int>(SendMessageW(slider, TBM_GETPOS, 0, 0));
     // A value that is not on the scale stays unless the slider moves.
     const double shown = m_session.Shown().values[IndexOf(technology)];
-    if (event != TB_THUMBTRACK && IsInside(technology, shown) &&
-        position == SliderPosition(technology, shown))
+    if (event != TB_THUMBTRACK && position == SliderPosition(technology, shown))
         return;
     Want(About(Subject::eValue, IndexOf(technology), SliderValue(technology, position)),
          m_heldSlider == id ? m_gesture : 0);

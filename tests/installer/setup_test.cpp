@@ -58,7 +58,7 @@ TEST_F(Setups, InstallRegisterAndLetAClientWork) {
     EXPECT_EQ(cWorldAccess, DaclOf(cStaticKeysPath));
     EXPECT_EQ(cWorldAccess, DaclOf(cDynamicKeysPath));
     EXPECT_EQ(cAdministratorsOnly, DaclOf(cAppKeysPath));
-    EXPECT_EQ(L"library,tools", ProductValue(L"Features"));
+    EXPECT_EQ(L"library,tools,panel", ProductValue(L"Features"));
     EXPECT_EQ(cNew, ProductValue(L"DisplayVersion"));
     const ToolResult first = RunTool("kora4_first_client", {});
     EXPECT_EQ(0u, first.exitCode) << first;

@@ -19,13 +19,19 @@ class PanelEqualizer : public PanelTest {
     bool GainBecomes(std::size_t band, double gain) {
         return Becomes([&] { return std::abs(Gain(band) - gain) < 0.01; });
     }
-    // What a mouse does there; the shares are of the control's width and height.
-    void Mouse(UINT message, double x, double y) {
-        RECT client{};
-        GetClientRect(Panel().Control(eEqualizer), &client);
-        PostMessageW(Panel().Control(eEqualizer), message, MK_LBUTTON,
-                     MAKELPARAM(static_cast<int>(x * client.right),
-                                static_cast<int>(y * client.bottom)));
+    // Moves the mouse there, and presses or releases a button; the shares are of the control's
+    // width and height.
+    void Mouse(double x, double y, DWORD button = 0) {
+        RECT place{};
+        GetWindowRect(Panel().Control(eEqualizer), &place);
+        const double left = place.left + x * (place.right - place.left);
+        const double top = place.top + y * (place.bottom - place.top);
+        INPUT input{};
+        input.type = INPUT_MOUSE;
+        input.mi.dx = std::lround(left * 65536 / GetSystemMetrics(SM_CXSCREEN));
+        input.mi.dy = std::lround(top * 65536 / GetSystemMetrics(SM_CYSCREEN));
+        input.mi.dwFlags = MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE | button;
+        EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
     }
 };
 
@@ -73,7 +79,7 @@ TEST_F(PanelEqualizer, TakesNumbers) {
 
 TEST_F(PanelEqualizer, FollowsTheMouseAndKeepsADragWhenOthersChangeTheCurve) {
     ASSERT_NO_FATAL_FAILURE(Start());
-    Mouse(WM_LBUTTONDOWN, 0.99, 0.3);
+    Mouse(0.98, 0.3, MOUSEEVENTF_LEFTDOWN);
     EXPECT_TRUE(Becomes([&] { return Gain(9) > 3; }));
     // The API sets whole curves: two sets at the same moment would be a race that one loses.
     EXPECT_TRUE(Panel().StatusBecomes(L"Graphic equalizer: done."));
@@ -84,10 +90,10 @@ TEST_F(PanelEqualizer, FollowsTheMouseAndKeepsADragWhenOthersChangeTheCurve) {
     bands[9].gain = -7;
     ASSERT_TRUE(Others().SetGraphicEQData(bands));
     EXPECT_TRUE(Panel().StatusBecomes(L"Another program"));
-    Mouse(WM_MOUSEMOVE, 0.99, 0.2);
+    Mouse(0.98, 0.2);
     EXPECT_TRUE(Becomes([&] { return Gain(9) > held + 1; }));
     EXPECT_EQ(5, Gain(0)) << "what the other program has set stays";
-    Mouse(WM_LBUTTONUP, 0.99, 0.2);
+    Mouse(0.98, 0.2, MOUSEEVENTF_LEFTUP);
     Press('Z', {VK_CONTROL});
     EXPECT_TRUE(Becomes([&] { return Gain(9) < 0; })) << "a drag is taken back as one change";
 }

@@ -167,7 +167,10 @@ TEST_F(PanelTest, ShowsWhatIsOutsideTheLimitsAndLeavesItAlone) {
     EXPECT_EQ(L"262151 (off scale)", Panel().Text(IdFor(eValueText, eVolumeLeveler)));
     EXPECT_EQ(L"10.0 (off scale)", Panel().Text(IdFor(eValueText, eVirtualizerSpkr)));
     EXPECT_EQ(KORA4_VOLUME_LEVELER_MAX, Panel().Position(IdFor(eSlider, eVolumeLeveler)));
-    // Neither visiting every control nor changing another setting writes it back.
+    // Neither visiting every control nor changing another setting writes it back, nor a key
+    // that does not move its slider.
+    Panel().TabTo(IdFor(eSlider, eVirtualizerSpkr));
+    Press(VK_END);
     Panel().TabTo(eMoreButton);
     Panel().TabTo(eEnableBox);
     Press(VK_SPACE);

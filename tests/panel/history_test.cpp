@@ -85,8 +85,17 @@ TEST_F(HistoryTest, CountsADragAsOneChangeAndABurstOfOthersToo) {
 TEST_F(HistoryTest, KeepsFiftyChanges) {
     for (int i = 0; i < 60; ++i)
         SetLeveler(Origin::eOwn, 1 + i % 2);
-    EXPECT_EQ(50u, History::cMost);
-    EXPECT_EQ(History::cMost, m_history.Changes().size());
+    EXPECT_EQ(50, History::cMost);
+    EXPECT_EQ(50u, m_history.Changes().size());
+}
+
+TEST_F(HistoryTest, KeepsOnesOwnHoweverManyChangesOthersMake) {
+    SetLeveler(Origin::eOwn, 3);
+    for (int i = 0; i < 60; ++i)
+        Change(Origin::eForeign, [i](Settings& now) { now.isEnabled = i % 2 == 0; });
+    EXPECT_TRUE(m_history.Has(Origin::eOwn, m_now));
+    Undo(Origin::eOwn);
+    EXPECT_EQ(0, m_now.values[cLeveler]);
 }
 
 TEST_F(HistoryTest, PassesOverWhatBelongsToAnotherProfile) {

@@ -33,6 +33,16 @@ TEST_F(PanelTest, ReachesEveryControlWithTabInTheOrderOfTheWindow) {
     EXPECT_TRUE(Panel().FocusBecomes(visited.back()));
 }
 
+TEST_F(PanelTest, GoesToAListOrFieldWithTheLetterOfItsLabel) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    EXPECT_TRUE(Panel().FocusBecomes(eEnableBox));
+    for (const auto& [letter, id] :
+         {std::pair<WORD, int>('B', eBandList), {'G', eGainField}, {'P', eProfileList}}) {
+        Press(letter, {VK_MENU});
+        EXPECT_TRUE(Panel().FocusBecomes(id)) << static_cast<char>(letter);
+    }
+}
+
 TEST_F(PanelTest, SwitchesWithTheSpaceBar) {
     ASSERT_NO_FATAL_FAILURE(Start());
     Panel().TabTo(eEnableBox);
