@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
+#include <future>
+#include <memory>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -14,6 +17,9 @@
 namespace kora4::probe {
 
 namespace {
+
+// No answer takes nearly as long.
+constexpr std::chrono::seconds cPatience{15};
 
 struct NamedCode {
     LONG code;
@@ -90,9 +96,10 @@ void ProbeFile::Write(const std::string& bytes) const {
 std::string Answer(const Question& question) {
     if (!question.ask)
         return cCannotTell;
-    std::string answer;
-    std::thread([&] { answer = question.ask(); }).join();
-    return answer;
+    const auto answer = std::make_shared<std::promise<std::string>>();
+    std::future<std::string> given = answer->get_future();
+    std::thread([ask = question.ask, answer] { answer->set_value(ask()); }).detach();
+    return given.wait_for(cPatience) == std::future_status::ready ? given.get() : cNoAnswer;
 }
 
 const char* Verdict(const Question& question, const std::string& answer) {

@@ -57,7 +57,9 @@ TEST(PlatformsDocument, HasTheAnswersOfWine) {
     ASSERT_EQ(InOrder().size(), RowsOfDocument().size());
     for (std::size_t i = 0; const Question* question : InOrder()) {
         const std::string documented = RowsOfDocument()[i++][cUnderWine];
-        const std::string answer = Answer(*question);
+        std::string answer = Answer(*question);
+        for (int again = 0; answer == cNoAnswer && again < 3; ++again)
+            answer = Answer(*question);
         if (answer.starts_with(cCannotTell) && documented.starts_with("by hand: "))
             continue;
         EXPECT_NE(std::string::npos,

@@ -30,9 +30,11 @@ std::span<const Question> ProcessQuestions();
 std::span<const Question> ComQuestions();
 
 inline constexpr char cCannotTell[] = "a program cannot tell";
+// Under Wine 8, one run in ten or so waits for ever in a call between apartments.
+inline constexpr char cNoAnswer[] = "a program cannot tell: the call has not come back";
 
 // Asks on a thread of its own, which is in no apartment. `cCannotTell`, with a reason or not,
-// begins an answer that is none.
+// begins an answer that is none. A thread that gets `cNoAnswer` is left behind.
 std::string Answer(const Question& question);
 
 // "same", "different" or "not known".
