@@ -66,6 +66,14 @@ kora4::Bands WithGain(kora4::Bands bands, std::size_t band, double gain) {
     return bands;
 }
 
+bool IsSameBand(const kora4::Band& a, const kora4::Band& b) {
+    return !(a.frequency < b.frequency || b.frequency < a.frequency);
+}
+
+bool AreSameBands(const kora4::Bands& a, const kora4::Bands& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), IsSameBand);
+}
+
 kora4::Bands Flat(kora4::Bands bands) {
     for (kora4::Band& band : bands)
         band.gain = 0;

@@ -49,6 +49,9 @@ class CurvePicture {
 
 // The bands with a gain of one of them replaced by what can be stored of the new one.
 kora4::Bands WithGain(kora4::Bands bands, std::size_t band, double gain);
+// Whether a band of the one is a band of the other, whatever their gains.
+bool IsSameBand(const kora4::Band& a, const kora4::Band& b);
+bool AreSameBands(const kora4::Bands& a, const kora4::Bands& b);
 // All gains 0.
 kora4::Bands Flat(kora4::Bands bands);
 // Whether a gain is no number or outside of what may be set.

@@ -5,6 +5,7 @@
 #include <windowsx.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 #include "panel/model/limits.h"
@@ -19,14 +20,20 @@ constexpr double cFineStep = 0.1;
 constexpr double cPage = 3;
 // dB between two lines of the grid.
 constexpr int cGrid = 6;
+// Of a dot, at 96 dpi; the pointer holds it up to a little farther from its middle.
+constexpr int cRadius = 4;
+constexpr int cSelectedRadius = 6;
+constexpr int cGripRadius = 8;
 
 }  // namespace
 
 void EqualizerView::Show(const kora4::Bands& bands, bool isOn) {
+    if (!AreSameBands(m_bands, bands))
+        EndDrag();
     const kora4::Bands before = m_bands;
     const bool wasOn = std::exchange(m_isOn, isOn);
     m_bands = bands;
-    if (m_isDragging && m_selected < bands.size() && bands.size() == before.size())
+    if (m_isDragging && m_selected < bands.size())
         m_bands[m_selected].gain = before[m_selected].gain;
     if (m_selected >= m_bands.size())
         m_selected = 0;
@@ -48,6 +55,12 @@ void EqualizerView::SelectBand(std::size_t band) {
     if (GetFocus() == Window())
         Tell(EVENT_OBJECT_FOCUS, FocusedPart());
     onSelect();
+}
+
+void EqualizerView::EndDrag() {
+    // Answered by WM_CAPTURECHANGED.
+    if (m_isDragging)
+        ReleaseCapture();
 }
 
 // ---- Drawing ----------------------------------------------------------------------------
@@ -121,7 +134,7 @@ void EqualizerView::DrawCurve(Canvas& canvas, const CurvePicture& picture) const
     for (std::size_t i = 0; i < m_bands.size(); ++i) {
         const Point point = picture.At(i);
         const bool isSelected = i == m_selected && IsWindowEnabled(Window());
-        canvas.Dot(point, m_scale(isSelected ? 6 : 4),
+        canvas.Dot(point, m_scale(isSelected ? cSelectedRadius : cRadius),
                    IsOutside(m_bands[i]) ? colors.warning : color);
         if (isSelected)
             canvas.Dot(point, m_scale(3), colors.field);
@@ -206,9 +219,16 @@ void EqualizerView::OnMouse(UINT message, Point point) {
         SelectBand(*band);
         SetCapture(Window());
         m_isDragging = true;
+        const Point dot = picture.At(*band);
+        const int radius = m_scale(cGripRadius);
+        m_isClick = std::abs(point.x - dot.x) <= radius && std::abs(point.y - dot.y) <= radius;
+        m_begin = point.y;
+        m_grip = m_isClick ? point.y - dot.y : 0;
     }
-    if (m_isDragging && m_selected < m_bands.size())
-        Move(picture.GainAt(point.y), true);
+    if (std::abs(point.y - m_begin) >= GetSystemMetrics(SM_CYDRAG))
+        m_isClick = false;
+    if (m_isDragging && !m_isClick && m_selected < m_bands.size())
+        Move(picture.GainAt(point.y - m_grip), true);
 }
 
 void EqualizerView::Move(double gain, bool isDrag) {
@@ -268,7 +288,7 @@ Area EqualizerView::Place(long part) const {
     if (part == CHILDID_SELF)
         return Client();
     const Point point = CurvePicture(m_bands, Plot()).At(static_cast<std::size_t>(part - 1));
-    const int radius = m_scale(6);
+    const int radius = m_scale(cSelectedRadius);
     return {point.x - radius, point.y - radius, point.x + radius, point.y + radius};
 }
 

@@ -16,10 +16,12 @@ class EqualizerView final : public View {
     using View::View;
     void Create(HWND parent, int id) { Make(parent, cEqualizerClass, id, WS_TABSTOP); }
 
-    // What to show; a band that is being dragged keeps the gain that the user gives it.
+    // What to show; a band that is being dragged keeps the gain that the user gives it. When
+    // there are other bands now, a drag ends: what the user holds is not there any more.
     void Show(const kora4::Bands& bands, bool isOn);
     std::size_t Selected() const { return m_selected; }
     void SelectBand(std::size_t band);
+    void EndDrag();
 
     // The user chose another band; the user moved a band, and has the mouse still on it.
     std::function<void()> onSelect;
@@ -52,6 +54,11 @@ class EqualizerView final : public View {
     bool m_isOn = true;
     std::size_t m_selected = 0;
     bool m_isDragging = false;
+    // Of a drag: where it began, from where on its dot the pointer holds it, and whether it is a
+    // click so far, which chooses the band and moves nothing.
+    int m_begin = 0;
+    int m_grip = 0;
+    bool m_isClick = false;
 };
 
 }  // namespace panel

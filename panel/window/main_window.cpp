@@ -83,7 +83,8 @@ int MainWindow::Run(int show) {
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         // A field takes back its own typing.
-        const bool isTyping = GetFocus() == Control(eGainField);
+        const HWND field = Control(eGainField);
+        const bool isTyping = GetFocus() == field && SendMessageW(field, EM_GETMODIFY, 0, 0);
         if (!(isTyping && message.wParam == 'Z') &&
             TranslateAcceleratorW(m_window, accelerators, &message))
             continue;
@@ -171,8 +172,18 @@ std::optional<LRESULT> MainWindow::HandleFrame(UINT message, WPARAM wParam, LPAR
             FillRect(reinterpret_cast<HDC>(wParam), &client, m_theme.WindowBrush());
             return 1;
         }
+        case WM_ACTIVATE:
+            // Answered by the platform, which gives the window the keyboard.
+            if (LOWORD(wParam) == WA_INACTIVE)
+                KeepFocus();
+            return std::nullopt;
+        case WM_ENABLE:
+            // A dialog disables the window before it is active itself.
+            if (wParam == FALSE)
+                KeepFocus();
+            return std::nullopt;
         case WM_SETFOCUS:
-            SetFocus(Control(eEnableBox));
+            TakeFocus();
             return 0;
         case WM_CLOSE:
             m_memory.SavePlace(m_window);
@@ -332,10 +343,20 @@ void MainWindow::OnTray(UINT message) {
     } else if (chosen == IDS_MENU_EXIT) {
         DestroyWindow(m_window);
     } else if (chosen >= cFirst) {
-        Item item;
-        item.number = chosen - cFirst;
-        Want(item);
+        ChooseProfile(static_cast<long>(chosen - cFirst));
     }
+}
+
+// What has the keyboard, for when the window is active again.
+void MainWindow::KeepFocus() {
+    if (const HWND focus = GetFocus(); IsChild(m_window, focus))
+        m_lastFocus = focus;
+}
+
+void MainWindow::TakeFocus() {
+    const bool canTake = IsChild(m_window, m_lastFocus) && IsWindowVisible(m_lastFocus) &&
+                         IsWindowEnabled(m_lastFocus);
+    SetFocus(canTake ? m_lastFocus : Control(eEnableBox));
 }
 
 void MainWindow::Activate() {

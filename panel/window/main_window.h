@@ -59,6 +59,8 @@ class MainWindow {
     void OnTray(UINT message);
     void Activate();
     void UpdateLevels();
+    void KeepFocus();
+    void TakeFocus();
     HWND Control(int id) const { return GetDlgItem(m_window, id); }
 
     // ---- main_window_layout.cpp: controls and their places
@@ -106,11 +108,13 @@ class MainWindow {
     // ---- main_window_actions.cpp: what the user does
     void OnCommand(int id, int event);
     void OnButton(int id);
-    void OnList(int id);
+    void OnList(int id, int event);
     void OnScroll(HWND slider, int event);
+    void ChooseOf(int id, std::size_t chosen, bool isPicked);
     void OnEnter();
+    void OnEscape();
     void Want(Item item, unsigned gesture = 0);
-    void ChooseProfile();
+    void ChooseProfile(long profile);
     void NewProfile();
     void RenameProfile();
     void DeleteProfile();
@@ -146,7 +150,14 @@ class MainWindow {
     bool m_isWaiting = false;  // for another program
     int m_heldSlider = 0;
     unsigned m_gesture = 1;
-    std::optional<Settings> m_listed;  // that the lists were filled for
+    // What the lists were filled for; an open one keeps its content.
+    std::optional<Settings> m_listedProfiles;
+    std::optional<kora4::Bands> m_listedBands;
+    bool m_isPicked = false;  // a line of the list that was opened last
+    // Whose gain the field shows.
+    long m_gainProfile = 0;
+    kora4::Band m_gainBand;
+    HWND m_lastFocus = nullptr;  // that had the keyboard when the window lost it
 
     std::unique_ptr<Worker> m_worker;
 };

@@ -56,6 +56,8 @@ void MainWindow::Want(Item item, unsigned gesture) {
 void MainWindow::OnCommand(int id, int event) {
     if (id == IDOK)
         return OnEnter();
+    if (id == IDCANCEL)
+        return OnEscape();
     const bool isChecked = SendMessageW(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
     if (IsIn(id, eSwitchBox))
         return Want(About(Subject::eSwitch, static_cast<std::size_t>(id - eSwitchBox),
@@ -69,9 +71,7 @@ void MainWindow::OnCommand(int id, int event) {
         case eProfileList:
         case eCurveList:
         case eBandList:
-            if (event == CBN_SELCHANGE || event == CBN_CLOSEUP)
-                OnList(id);
-            return;
+            return OnList(id, event);
         case eGainField:
             if (event == EN_KILLFOCUS)
                 CommitGain();
@@ -118,21 +118,43 @@ void MainWindow::OnButton(int id) {
     }
 }
 
-// A list that is open is only being looked through.
-void MainWindow::OnList(int id) {
+// A list that is open is only being looked through: what counts is what is picked of it, and
+// what the keys choose of a closed one.
+void MainWindow::OnList(int id, int event) {
     const HWND list = Control(id);
-    const LRESULT chosen = SendMessageW(list, CB_GETCURSEL, 0, 0);
-    if (SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0) || chosen < 0)
+    if (event == CBN_DROPDOWN || event == CBN_SELENDOK)
+        m_isPicked = event == CBN_SELENDOK;
+    if ((event != CBN_SELCHANGE && event != CBN_CLOSEUP) ||
+        SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0))
         return;
+    const LRESULT chosen = SendMessageW(list, CB_GETCURSEL, 0, 0);
+    if (chosen >= 0 && (m_isPicked || event == CBN_SELCHANGE))
+        ChooseOf(id, static_cast<std::size_t>(chosen), event == CBN_CLOSEUP);
+    // What has changed while it was open.
+    ShowAll();
+}
+
+void MainWindow::ChooseOf(int id, std::size_t chosen, bool isPicked) {
     const Settings shown = m_session.Shown();
     constexpr std::size_t cCurve = IndexOf(Technology::eIntelligentEq);
-    if (id == eProfileList)
-        ChooseProfile();
-    else if (id == eBandList)
-        m_equalizer.SelectBand(static_cast<std::size_t>(chosen));
-    else if (shown.values[cCurve] < static_cast<double>(chosen) ||
-             shown.values[cCurve] > static_cast<double>(chosen))
+    if (id == eProfileList) {
+        const auto profile = static_cast<long>(
+            SendMessageW(Control(id), CB_GETITEMDATA, static_cast<WPARAM>(chosen), 0));
+        // An arrow too many does not begin a demo, which disables nearly everything.
+        if (IsDemo(profile) && !IsDemo(shown.profile) && !isPicked)
+            m_status = m_strings.Text(IDS_DEMO_FROM_LIST);
+        else
+            ChooseProfile(profile);
+    } else if (id == eBandList) {
+        const auto isSame = [&](const kora4::Band& band) {
+            return chosen < m_listedBands->size() && IsSameBand(band, (*m_listedBands)[chosen]);
+        };
+        const auto band = std::find_if(shown.bands.begin(), shown.bands.end(), isSame);
+        m_equalizer.SelectBand(static_cast<std::size_t>(band - shown.bands.begin()));
+    } else if (shown.values[cCurve] < static_cast<double>(chosen) ||
+               shown.values[cCurve] > static_cast<double>(chosen)) {
         Want(About(Subject::eValue, cCurve, static_cast<double>(chosen)));
+    }
 }
 
 void MainWindow::OnScroll(HWND slider, int event) {
@@ -166,12 +188,19 @@ void MainWindow::OnEnter() {
     }
 }
 
+// What is typed is dropped.
+void MainWindow::OnEscape() {
+    const HWND field = Control(eGainField);
+    if (GetFocus() != field)
+        return;
+    SendMessageW(field, EM_SETMODIFY, FALSE, 0);
+    ShowGain();
+    SendMessageW(field, EM_SETSEL, 0, -1);
+}
+
 // ---- Profiles ---------------------------------------------------------------------------
 
-void MainWindow::ChooseProfile() {
-    const HWND list = Control(eProfileList);
-    const auto index = static_cast<WPARAM>(SendMessageW(list, CB_GETCURSEL, 0, 0));
-    const auto profile = static_cast<long>(SendMessageW(list, CB_GETITEMDATA, index, 0));
+void MainWindow::ChooseProfile(long profile) {
     const long active = m_session.Shown().profile;
     if (profile == active)
         return;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "panel/model/curve.h"
 #include "panel/model/limits.h"
 #include "panel/window/main_window.h"
 
@@ -32,9 +33,12 @@ WPARAM ListIndex(double number, std::size_t count) {
                                                               : static_cast<WPARAM>(-1);
 }
 
+bool IsOpen(HWND list) {
+    return SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0) != 0;
+}
+
 void ChooseInList(HWND list, WPARAM index) {
-    const bool isOpen = SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0) != 0;
-    if (!isOpen && static_cast<WPARAM>(SendMessageW(list, CB_GETCURSEL, 0, 0)) != index)
+    if (!IsOpen(list) && static_cast<WPARAM>(SendMessageW(list, CB_GETCURSEL, 0, 0)) != index)
         SendMessageW(list, CB_SETCURSEL, index, 0);
 }
 
@@ -74,12 +78,14 @@ void MainWindow::ShowAll() {
     ShowStatus();
     const bool wantsLevels = SendMessageW(Control(eLevelBox), BM_GETCHECK, 0, 0) == BST_CHECKED;
     m_levelView.Show(wantsLevels && IsConnected() ? m_levels : std::nullopt);
-    m_listed = shown;
 }
 
 void MainWindow::ShowProfiles(const Settings& shown) {
     const HWND list = Control(eProfileList);
-    if (!m_listed || m_listed->names != shown.names || m_listed->profile != shown.profile) {
+    const bool isOther = !m_listedProfiles || m_listedProfiles->names != shown.names ||
+                         m_listedProfiles->profile != shown.profile;
+    if (isOther && !IsOpen(list)) {
+        m_listedProfiles = shown;
         std::vector<long> profiles;
         for (long profile = 0; profile < KORA4_PROFILE_TABLE_ENTRIES; ++profile)
             if (IsPreset(profile) || profile == shown.profile ||
@@ -135,6 +141,8 @@ void MainWindow::ShowTechnology(const Settings& shown, Technology technology) {
 }
 
 void MainWindow::ShowEqualizer(const Settings& shown) {
+    if (m_gainProfile != shown.profile)
+        m_equalizer.EndDrag();
     m_equalizer.Show(shown.bands,
                      shown.isEnabled && shown.switches[IndexOf(Technology::eGraphicEq)]);
     ShowBands(shown);
@@ -142,13 +150,10 @@ void MainWindow::ShowEqualizer(const Settings& shown) {
 }
 
 void MainWindow::ShowBands(const Settings& shown) {
-    const auto isSameBand = [](const kora4::Band& a, const kora4::Band& b) {
-        return !(a.frequency < b.frequency || b.frequency < a.frequency);
-    };
-    if (m_listed && std::equal(m_listed->bands.begin(), m_listed->bands.end(),
-                               shown.bands.begin(), shown.bands.end(), isSameBand))
-        return;
     const HWND list = Control(eBandList);
+    if ((m_listedBands && AreSameBands(*m_listedBands, shown.bands)) || IsOpen(list))
+        return;
+    m_listedBands = shown.bands;
     SendMessageW(list, CB_RESETCONTENT, 0, 0);
     for (const kora4::Band& band : shown.bands)
         SendMessageW(list, CB_ADDSTRING, 0,
@@ -157,15 +162,22 @@ void MainWindow::ShowBands(const Settings& shown) {
 }
 
 void MainWindow::ShowGain() {
-    const kora4::Bands bands = m_session.Shown().bands;
-    const std::size_t band = m_equalizer.Selected();
-    ChooseInList(Control(eBandList), ListIndex(static_cast<double>(band), bands.size()));
+    const Settings shown = m_session.Shown();
+    const std::size_t selected = m_equalizer.Selected();
+    ChooseInList(Control(eBandList),
+                 ListIndex(static_cast<double>(selected), shown.bands.size()));
+    const kora4::Band band =
+        selected < shown.bands.size() ? shown.bands[selected] : kora4::Band{};
     const HWND field = Control(eGainField);
-    // What is being typed stays.
-    if (GetFocus() == field && SendMessageW(field, EM_GETMODIFY, 0, 0))
+    // What is being typed stays, as long as it is about the same thing.
+    if (GetFocus() == field && SendMessageW(field, EM_GETMODIFY, 0, 0) &&
+        m_gainProfile == shown.profile && IsSameBand(m_gainBand, band))
         return;
-    ShowText(eGainField, band < bands.size()
-                             ? Widen(FormatGain(static_cast<double>(bands[band].gain)))
+    m_gainProfile = shown.profile;
+    m_gainBand = band;
+    SendMessageW(field, EM_SETMODIFY, FALSE, 0);
+    ShowText(eGainField, selected < shown.bands.size()
+                             ? Widen(FormatGain(static_cast<double>(band.gain)))
                              : std::wstring());
 }
 

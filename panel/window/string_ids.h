@@ -102,7 +102,7 @@
 #define IDS_COMPARE_NEW 238
 #define IDS_NO_FREE_PROFILE 239
 #define IDS_BAD_GAIN 240
-#define IDS_VALUE_IS 241
+#define IDS_DEMO_FROM_LIST 241
 #define IDS_CODE_NO_LIBRARY 242
 
 /* Dialogs. */

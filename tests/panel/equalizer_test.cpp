@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The curve of the equalizer by mouse, keys, numbers and files.
+#include <windows.h>
+
+#include <oleacc.h>
+#include <wrl/client.h>
+
 #include <cmath>
 #include <fstream>
 
@@ -24,14 +29,63 @@ class PanelEqualizer : public PanelTest {
     void Mouse(double x, double y, DWORD button = 0) {
         RECT place{};
         GetWindowRect(Panel().Control(eEqualizer), &place);
-        const double left = place.left + x * (place.right - place.left);
-        const double top = place.top + y * (place.bottom - place.top);
+        MouseAt(place.left + x * (place.right - place.left),
+                place.top + y * (place.bottom - place.top), button);
+    }
+    // The same in pixels of the display.
+    static void MouseAt(double left, double top, DWORD button = 0) {
+        // The middle of the pixel.
         INPUT input{};
         input.type = INPUT_MOUSE;
-        input.mi.dx = std::lround(left * 65536 / GetSystemMetrics(SM_CXSCREEN));
-        input.mi.dy = std::lround(top * 65536 / GetSystemMetrics(SM_CYSCREEN));
-        input.mi.dwFlags = MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE | button;
-        EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
+        input.mi.dx = std::lround((left + 0.5) * 65536 / GetSystemMetrics(SM_CXSCREEN));
+        input.mi.dy = std::lround((top + 0.5) * 65536 / GetSystemMetrics(SM_CYSCREEN));
+        input.mi.dwFlags = MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE;
+        // The display under Wine may tell once more where the mouse was before, and puts it back
+        // there: that must not come when the button is down already.
+        constexpr DWORD cSettled = 100;
+        EXPECT_TRUE(Becomes([&] {
+            EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
+            Sleep(cSettled);
+            POINT place{};
+            GetCursorPos(&place);
+            return place.x == std::lround(left) && place.y == std::lround(top);
+        }));
+        input.mi = {};
+        input.mi.dwFlags = button;
+        if (button != 0) {
+            EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
+        }
+    }
+    // Middle of the dot of a band, counted from 1, on the display.
+    POINT Dot(long band) {
+        Microsoft::WRL::ComPtr<IAccessible> curve;
+        EXPECT_EQ(S_OK, AccessibleObjectFromWindow(
+                            Panel().Control(eEqualizer), static_cast<DWORD>(OBJID_CLIENT),
+                            __uuidof(IAccessible),
+                            reinterpret_cast<void**>(curve.GetAddressOf())));
+        VARIANT part{};
+        part.vt = VT_I4;
+        part.lVal = band;
+        long left = 0, top = 0, width = 0, height = 0;
+        EXPECT_EQ(S_OK, curve->accLocation(&left, &top, &width, &height, part));
+        return {left + width / 2, top + height / 2};
+    }
+    // Takes the last band into the hand; what others do then is up to the test.
+    void BeginDrag() {
+        Mouse(0.98, 0.3, MOUSEEVENTF_LEFTDOWN);
+        EXPECT_TRUE(Becomes([&] { return Gain(9) > 3; }));
+        EXPECT_TRUE(Panel().StatusBecomes(L"Graphic equalizer: done."));
+    }
+    // Goes on with it, and lets go: no band may move by that.
+    void ExpectThatTheDragIsOver() {
+        const Bands before = *Others().GetGraphicEQData();
+        Mouse(0.98, 0.2);
+        Mouse(0.98, 0.1);
+        Sleep(300);
+        EXPECT_EQ(before, *Others().GetGraphicEQData());
+        Mouse(0.98, 0.1, MOUSEEVENTF_LEFTUP);
+        Sleep(100);
+        EXPECT_EQ(before, *Others().GetGraphicEQData());
     }
 };
 
@@ -96,6 +150,59 @@ TEST_F(PanelEqualizer, FollowsTheMouseAndKeepsADragWhenOthersChangeTheCurve) {
     Mouse(0.98, 0.2, MOUSEEVENTF_LEFTUP);
     Press('Z', {VK_CONTROL});
     EXPECT_TRUE(Becomes([&] { return Gain(9) < 0; })) << "a drag is taken back as one change";
+}
+
+TEST_F(PanelEqualizer, EndsADragWhenThereAreOtherBands) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    BeginDrag();
+    ASSERT_TRUE(Others().SetGraphicEQData({{100, 0}, {1000, 0}, {10000, 0}}));
+    EXPECT_TRUE(Becomes([&] {
+        return SendMessageW(Panel().Control(eBandList), CB_GETCOUNT, 0, 0) == 3;
+    }));
+    ExpectThatTheDragIsOver();
+    Mouse(0.9, 0.3, MOUSEEVENTF_LEFTDOWN);
+    EXPECT_TRUE(Becomes([&] { return Gain(2) > 3; })) << "the next one goes as ever";
+    Mouse(0.9, 0.3, MOUSEEVENTF_LEFTUP);
+}
+
+TEST_F(PanelEqualizer, EndsADragWhenAnotherProfileIsActive) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    BeginDrag();
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MUSIC));
+    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eProfileList) == L"Music"; }));
+    ExpectThatTheDragIsOver();
+}
+
+TEST_F(PanelEqualizer, EndsADragWhenADemoBegins) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    BeginDrag();
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, true));
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsEnabled(eEqualizer); }));
+    ASSERT_TRUE(Others().ForceRevertFromDemoMode());
+    EXPECT_TRUE(Becomes([&] { return Panel().IsEnabled(eEqualizer); }));
+    ExpectThatTheDragIsOver();
+}
+
+TEST_F(PanelEqualizer, ChoosesABandWithAClickOnItsDotAndDoesNotMoveIt) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Bands bands = *Others().GetGraphicEQData();
+    bands[7].gain = 5.25f;
+    ASSERT_TRUE(Others().SetGraphicEQData(bands));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Another program"));
+    const POINT dot = Dot(8);
+    MouseAt(dot.x - 3, dot.y - 3, MOUSEEVENTF_LEFTDOWN);
+    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eBandList) == L"4000 Hz"; }));
+    MouseAt(dot.x - 3, dot.y - 2, MOUSEEVENTF_LEFTUP);
+    Sleep(300);
+    EXPECT_EQ(bands, *Others().GetGraphicEQData());
+    // A drag keeps the distance to where the dot was taken.
+    MouseAt(dot.x, dot.y + 5, MOUSEEVENTF_LEFTDOWN);
+    MouseAt(dot.x, dot.y + 45);
+    EXPECT_TRUE(Becomes([&] { return Gain(7) < 4; }));
+    // A step of the gain can be more than a pixel.
+    EXPECT_TRUE(Becomes([&] { return std::abs(Dot(8).y - dot.y - 40) <= 1; }))
+        << Dot(8).y - dot.y;
+    MouseAt(dot.x, dot.y + 45, MOUSEEVENTF_LEFTUP);
 }
 
 TEST_F(PanelEqualizer, WritesAndReadsTheTextOfTheCommandLine) {
