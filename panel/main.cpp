@@ -38,11 +38,14 @@ panel::PanelOptions ReadOptions() {
 // False when there is a panel already; that comes to the front.
 bool IsFirst() {
     // Not closed: it stands as long as the process.
-    CreateMutexW(nullptr, FALSE, L"Local\\KORA4Panel");
-    if (GetLastError() != ERROR_ALREADY_EXISTS)
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, L"Local\\KORA4Panel");
+    // Access is denied when the first one runs with higher rights.
+    const DWORD error = GetLastError();
+    if (error != (mutex ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED))
         return true;
     if (const HWND window = FindWindowW(panel::cPanelClass, nullptr)) {
-        ShowWindow(window, IsIconic(window) ? SW_RESTORE : SW_SHOW);
+        // Not waiting: that one may hang.
+        ShowWindowAsync(window, IsIconic(window) ? SW_RESTORE : SW_SHOW);
         SetForegroundWindow(window);
     }
     return false;

@@ -148,8 +148,8 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
         default:
             break;
     }
-    if (message == m_trayMade && m_tray.IsShown())
-        m_tray.Show(m_window, m_strings.Text(IDS_TITLE));
+    if (message == m_trayMade && m_tray.IsWanted())
+        ShowTray();
     if (const auto answer = HandleFrame(message, wParam, lParam))
         return *answer;
     return DefWindowProcW(m_window, message, wParam, lParam);
@@ -163,7 +163,7 @@ std::optional<LRESULT> MainWindow::HandleFrame(UINT message, WPARAM wParam, LPAR
             MakeControls();
             m_worker = std::make_unique<Worker>(m_window);
             if (m_memory.Number(L"Tray", 0) != 0)
-                m_tray.Show(m_window, m_strings.Text(IDS_TITLE));
+                ShowTray();
             ShowAll();
             return 0;
         case WM_ERASEBKGND: {
@@ -247,6 +247,36 @@ std::optional<LRESULT> MainWindow::HandlePlace(UINT message, WPARAM wParam, LPAR
     }
 }
 
+namespace {
+
+// Whether the store does not take changes; not, whether there was something else in the way.
+bool IsRefusal(const Report& report) {
+    const Answer& answer = *report.answer;
+    switch (answer.action) {
+        case Action::eSet:
+        case Action::eUndo:
+        case Action::eCompare:
+            return FAILED(answer.code) && answer.code != E_INVALIDARG;
+        case Action::eRename:
+            // Somebody has deleted it.
+            return answer.code == E_FAIL && report.settings &&
+                   report.settings->names[static_cast<std::size_t>(answer.profile)];
+        case Action::eCreate:
+        case Action::eDelete:
+        case Action::eRevert:
+        case Action::eLeaveDemo:
+        case Action::eImport:
+            // Files fail with codes of their own.
+            return answer.code == E_FAIL;
+        case Action::eExport:
+        case Action::eTryAgain:
+            break;
+    }
+    return false;
+}
+
+}  // namespace
+
 LRESULT MainWindow::OnColor(HDC dc, HWND control, bool isField) const {
     const Palette& colors = m_theme.Colors();
     const int id = GetDlgCtrlID(control);
@@ -274,10 +304,9 @@ void MainWindow::OnReport(std::unique_ptr<Report> pReport) {
     if (pReport->answer) {
         const Answer& answer = *pReport->answer;
         m_session.Answered(answer.items);
-        const bool isSet = answer.action == Action::eSet || answer.action == Action::eUndo ||
-                           answer.action == Action::eCompare;
-        if (isSet && FAILED(answer.code) && answer.code != E_INVALIDARG)
-            m_refused = Command{answer.action, answer.items, {}, 0, 0, 0};
+        if (IsRefusal(*pReport))
+            m_refused = Command{answer.action,  answer.items,    answer.text,
+                                answer.profile, answer.fallback, 0};
         else if (answer.code == S_OK)
             m_refused.reset();
         m_status = AnswerText(answer);
@@ -326,7 +355,7 @@ void MainWindow::OnTray(UINT message) {
         if (!IsDemo(profile))
             AppendMenuW(menu, profile == shown.profile ? MF_CHECKED : 0,
                         cFirst + static_cast<UINT>(profile),
-                        ProfileName(shown, profile).c_str());
+                        Strings::Marked(ProfileName(shown, profile)).c_str());
     }
     AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(menu, 0, IDS_MENU_OPEN, m_strings.Text(IDS_MENU_OPEN).c_str());
@@ -357,6 +386,13 @@ void MainWindow::TakeFocus() {
     const bool canTake = IsChild(m_window, m_lastFocus) && IsWindowVisible(m_lastFocus) &&
                          IsWindowEnabled(m_lastFocus);
     SetFocus(canTake ? m_lastFocus : Control(eEnableBox));
+}
+
+void MainWindow::ShowTray() {
+    m_tray.Show(m_window, m_strings.Text(IDS_TITLE));
+    // A window that was closed to an icon which is not there could not be found again.
+    if (!m_tray.IsShown() && m_worker && !IsWindowVisible(m_window))
+        Activate();
 }
 
 void MainWindow::Activate() {

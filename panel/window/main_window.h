@@ -57,6 +57,7 @@ class MainWindow {
     void OnReport(std::unique_ptr<Report> pReport);
     void OnBusy(bool isBusy);
     void OnTray(UINT message);
+    void ShowTray();
     void Activate();
     void UpdateLevels();
     void KeepFocus();

@@ -322,10 +322,12 @@ void MainWindow::CompareStates() {
 
 // Leaves the demo, or tries again what did not work.
 void MainWindow::PressBanner() {
-    if (IsConnected() && !m_refused)
-        return m_worker->Ask(Make(Action::eLeaveDemo));
-    m_worker->Ask(Make(Action::eTryAgain));
-    if (m_refused)
+    const bool isDemo = IsConnected() && IsDemo(m_session.Stored().profile);
+    if (m_refused || !isDemo)
+        m_worker->Ask(Make(Action::eTryAgain));
+    if (isDemo)
+        m_worker->Ask(Make(Action::eLeaveDemo));
+    else if (m_refused)
         m_worker->Ask(*m_refused);
 }
 
@@ -336,7 +338,7 @@ void MainWindow::ShowMoreMenu() {
     const auto add = [&](UINT id, bool isChecked) {
         AppendMenuW(menu, isChecked ? MF_CHECKED : 0, id, m_strings.Text(id).c_str());
     };
-    add(IDS_MENU_TRAY, m_tray.IsShown());
+    add(IDS_MENU_TRAY, m_tray.IsWanted());
     AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
     add(IDS_MENU_SYSTEM, m_theme.Choice() == ColorChoice::eSystem);
     add(IDS_MENU_LIGHT, m_theme.Choice() == ColorChoice::eLight);
@@ -356,12 +358,13 @@ void MainWindow::ShowMoreMenu() {
 void MainWindow::OnMenu(int id) {
     switch (id) {
         case IDS_MENU_TRAY:
-            if (m_tray.IsShown())
+            if (m_tray.IsWanted())
                 m_tray.Remove();
             else
-                m_tray.Show(m_window, m_strings.Text(IDS_TITLE));
-            m_memory.SetNumber(L"Tray", m_tray.IsShown());
-            return;
+                ShowTray();
+            m_memory.SetNumber(L"Tray", m_tray.IsWanted());
+            return m_tray.IsWanted() && !m_tray.IsShown() ? Say(m_strings.Text(IDS_NO_TRAY))
+                                                          : void();
         case IDS_MENU_SYSTEM:
         case IDS_MENU_LIGHT:
         case IDS_MENU_DARK: {

@@ -254,17 +254,19 @@ std::wstring MainWindow::BannerText() const {
                                                         ? m_strings.Text(IDS_CODE_NO_LIBRARY)
                                                         : CodeText(code));
     }
-    if (m_refused)
-        return m_strings.Text(IDS_BANNER_READ_ONLY);
     const Settings& stored = m_session.Stored();
-    return IsDemo(stored.profile)
-               ? m_strings.Format(IDS_BANNER_DEMO, ProfileName(stored, stored.profile))
-               : std::wstring();
+    std::wstring text;
+    if (IsDemo(stored.profile))
+        text = m_strings.Format(IDS_BANNER_DEMO, ProfileName(stored, stored.profile));
+    if (m_refused)
+        text += (text.empty() ? L"" : L" ") + m_strings.Text(IDS_BANNER_READ_ONLY);
+    return text;
 }
 
 void MainWindow::ShowBanner() {
     const std::wstring text = BannerText();
-    const bool isDemo = IsConnected() && !m_refused;
+    // The way out of a demo is always there.
+    const bool isDemo = IsConnected() && (IsDemo(m_session.Stored().profile) || !m_refused);
     ShowText(eBannerButton, m_strings.Text(isDemo ? IDS_LEAVE_DEMO : IDS_TRY_AGAIN));
     const bool isOther = TextOf(Control(eBannerText)) != text;
     ShowText(eBannerText, text);

@@ -19,7 +19,10 @@ class NameDialog {
   public:
     NameDialog(const Strings& strings, const ButtonLook& look, UINT question,
                std::wstring proposal)
-        : m_strings(strings), m_look(look), m_question(question), m_name(std::move(proposal)) {}
+        : m_strings(strings), m_theme(look.theme), m_question(question),
+          m_name(std::move(proposal)) {
+        m_scale.Use(look.scale.Dpi());
+    }
 
     std::optional<std::wstring> Ask(HWND owner) {
         // A dialog without controls: they are made when it is known how large their texts are.
@@ -49,7 +52,7 @@ class NameDialog {
     }
 
     INT_PTR Handle(HWND dialog, UINT message, WPARAM wParam) {
-        const Palette& colors = m_look.theme.Colors();
+        const Palette& colors = m_theme.Colors();
         switch (message) {
             case WM_CTLCOLORDLG:
             case WM_CTLCOLORSTATIC:
@@ -58,8 +61,8 @@ class NameDialog {
                 SetTextColor(reinterpret_cast<HDC>(wParam), colors.text);
                 SetBkColor(reinterpret_cast<HDC>(wParam),
                            isField ? colors.field : colors.window);
-                return reinterpret_cast<INT_PTR>(isField ? m_look.theme.FieldBrush()
-                                                         : m_look.theme.WindowBrush());
+                return reinterpret_cast<INT_PTR>(isField ? m_theme.FieldBrush()
+                                                         : m_theme.WindowBrush());
             }
             case WM_COMMAND:
                 break;
@@ -94,13 +97,13 @@ class NameDialog {
             edge, windowClass, text.c_str(), WS_CHILD | WS_VISIBLE | style, place.left,
             place.top, place.right - place.left, place.bottom - place.top, dialog,
             reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
-        SetWindowFont(control, m_look.scale.Font(), FALSE);
-        m_look.theme.Dress(control);
+        SetWindowFont(control, m_scale.Font(), FALSE);
+        m_theme.Dress(control);
         return control;
     }
 
     void Make(HWND dialog) {
-        const Scale& scale = m_look.scale;
+        const Scale& scale = m_scale;
         const std::wstring question = m_strings.Text(m_question);
         const std::wstring buttons[] = {m_strings.Text(IDS_OK), m_strings.Text(IDS_CANCEL)};
         const int gap = scale(11);
@@ -126,7 +129,7 @@ class NameDialog {
         }
         Place(dialog, 2 * gap + width, y + height + gap);
         SetWindowTextW(dialog, m_strings.Text(IDS_TITLE).c_str());
-        m_look.theme.DressFrame(dialog);
+        m_theme.DressFrame(dialog);
         SendMessageW(field, EM_SETSEL, 0, -1);
         SetFocus(field);
     }
@@ -136,7 +139,7 @@ class NameDialog {
         RECT frame{0, 0, width, height};
         AdjustWindowRectExForDpi(&frame, static_cast<DWORD>(GetWindowLongW(dialog, GWL_STYLE)),
                                  FALSE, static_cast<DWORD>(GetWindowLongW(dialog, GWL_EXSTYLE)),
-                                 static_cast<UINT>(m_look.scale.Dpi()));
+                                 static_cast<UINT>(m_scale.Dpi()));
         RECT owner{};
         GetWindowRect(GetWindow(dialog, GW_OWNER), &owner);
         const int outerWidth = frame.right - frame.left;
@@ -147,7 +150,10 @@ class NameDialog {
     }
 
     const Strings& m_strings;
-    const ButtonLook& m_look;
+    const Theme& m_theme;
+    // Of its own: the window's font changes with the settings and with the monitor.
+    Scale m_scale;
+    const ButtonLook m_look{m_theme, m_scale};
     const UINT m_question;
     std::wstring m_name;
 };

@@ -104,6 +104,7 @@
 #define IDS_BAD_GAIN 240
 #define IDS_DEMO_FROM_LIST 241
 #define IDS_CODE_NO_LIBRARY 242
+#define IDS_NO_TRAY 243
 
 /* Dialogs. */
 #define IDS_ASK_NEW 250

@@ -60,6 +60,13 @@ std::wstring Strings::Plain(UINT id) const {
     return text;
 }
 
+std::wstring Strings::Marked(std::wstring_view name) {
+    std::wstring text;
+    for (const wchar_t letter : name)
+        text.append(letter == L'&' ? 2 : 1, letter);
+    return text;
+}
+
 std::wstring Widen(std::string_view utf8) {
     const int size = static_cast<int>(utf8.size());
     std::wstring text(utf8.size(), L'\0');

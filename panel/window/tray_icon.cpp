@@ -51,7 +51,7 @@ void TrayIcon::Show(HWND window, const std::wstring& tip) {
     data.uCallbackMessage = cTrayMessage;
     data.hIcon = m_icon;
     std::wcsncpy(data.szTip, tip.c_str(), std::size(data.szTip) - 1);
-    Shell_NotifyIconW(NIM_ADD, &data);
+    m_isShown = Shell_NotifyIconW(NIM_ADD, &data) != FALSE;
 }
 
 void TrayIcon::Remove() {
@@ -64,6 +64,7 @@ void TrayIcon::Remove() {
     Shell_NotifyIconW(NIM_DELETE, &data);
     DestroyIcon(m_icon);
     m_icon = nullptr;
+    m_isShown = false;
 }
 
 }  // namespace panel

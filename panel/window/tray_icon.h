@@ -23,14 +23,17 @@ class TrayIcon {
     TrayIcon(const TrayIcon&) = delete;
     TrayIcon& operator=(const TrayIcon&) = delete;
 
-    // Also when the notification area was made anew.
+    // Also when the notification area was made anew. There may be none, or not yet: then the icon
+    // is wanted, and not shown.
     void Show(HWND window, const std::wstring& tip);
     void Remove();
-    bool IsShown() const { return m_icon != nullptr; }
+    bool IsWanted() const { return m_icon != nullptr; }
+    bool IsShown() const { return m_isShown; }
 
   private:
     HWND m_window = nullptr;
     HICON m_icon = nullptr;
+    bool m_isShown = false;
 };
 
 }  // namespace panel

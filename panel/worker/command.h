@@ -45,6 +45,8 @@ struct Answer {
     HRESULT code = S_OK;
     std::string detail;  // what is wrong with a file, in UTF-8; or empty
     std::wstring text;   // of the command
+    long profile = 0;    // of the command
+    long fallback = 0;   // of the command
 };
 
 struct Connection {

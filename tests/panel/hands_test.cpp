@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include "panel/panel_fixture.h"
+#include "panel/pictures.h"
 
 namespace kora4::test {
 namespace {
@@ -165,6 +166,23 @@ TEST_F(PanelHands, GivesTheKeyboardBackAfterADialog) {
     EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
     EXPECT_TRUE(Becomes([&] { return Panel().Focused() != 0; }));
     EXPECT_EQ(eEqualizer, Panel().Focused());
+}
+
+TEST_F(PanelHands, KeepsTheFontOfADialogWhenThatOfTheWindowChanges) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Press('N', {VK_CONTROL});
+    const HWND dialog = Panel().Dialog();
+    ASSERT_NE(nullptr, dialog);
+    const HWND question = GetWindow(dialog, GW_CHILD);
+    const Picture before = StillPicture(question);
+    EXPECT_LT(1u, before.Colors());
+    SendMessageW(Panel().Window(), WM_SETTINGCHANGE, 0, 0);
+    SendMessageW(Panel().Window(), WM_SETTINGCHANGE, 0, 0);
+    RedrawWindow(question, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE);
+    Sleep(200);
+    EXPECT_EQ(before, StillPicture(question));
+    Press(VK_ESCAPE);
+    EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
 }
 
 TEST_F(PanelHands, GivesTheKeyboardBackWhenItIsActiveAgain) {

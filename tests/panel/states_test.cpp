@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the panel says and does when something is not as it should be.
+#include <atomic>
+#include <thread>
+
 #include "panel/panel_fixture.h"
 #include "panel/pictures.h"
 #include "support/key_security.h"
@@ -68,12 +71,171 @@ TEST_F(PanelTest, SaysThatTheStoreRefusesAndTriesAgain) {
         << WindowText(Panel().Control(eBannerText));
 }
 
+TEST_F(PanelTest, SaysThatTheStoreRefusesWhateverWasAsked) {
+    const std::wstring refuses = L"The store refuses changes";
+    const auto isSaid = [&] { return Panel().Text(eBannerText).starts_with(refuses); };
+    const std::pair<int, const wchar_t*> buttons[] = {{eRevertButton, L"Factory values"},
+                                                      {eNewButton, L"New profile"}};
+    for (const auto& [button, what] : buttons) {
+        SCOPED_TRACE(button);
+        ASSERT_NO_FATAL_FAILURE(Start());
+        RawStore::DeleteKeys();
+        Panel().TabTo(button);
+        Press(VK_SPACE);
+        if (button == eNewButton) {
+            ASSERT_NE(nullptr, Panel().Dialog());
+            Press(VK_RETURN);
+            EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
+        }
+        EXPECT_TRUE(Panel().StatusBecomes(what));
+        EXPECT_TRUE(Becomes(isSaid)) << Panel().Text(eBannerText).size();
+        ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
+        Panel().TabTo(eBannerButton);
+        Press(VK_SPACE);
+        EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText); }));
+        EXPECT_TRUE(Panel().StatusBecomes(L"done.")) << "it was done again";
+        m_panel.reset();
+    }
+}
+
+TEST_F(PanelTest, KeepsTheWayOutOfADemoWhenTheStoreRefuses) {
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerButton); }));
+    RawStore::DeleteKeys();
+    Panel().TabTo(eEnableBox);
+    Press(VK_SPACE);
+    EXPECT_TRUE(Becomes([&] {
+        const std::wstring text = Panel().Text(eBannerText);
+        return text.starts_with(L"Demo of Games is active.") &&
+               text.find(L"The store refuses changes") != std::wstring::npos;
+    }));
+    EXPECT_EQ(L"Bac&k from the demo", Panel().Text(eBannerButton));
+    ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
+    Panel().TabTo(eBannerButton);
+    Press(VK_SPACE);
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText) && Panel().IsReady(); }));
+}
+
+// ---- One panel, and its icon ------------------------------------------------------------
+
 TEST_F(PanelTest, ComesToTheFrontInsteadOfStartingTwice) {
     ASSERT_NO_FATAL_FAILURE(Start());
     ShowWindow(Panel().Window(), SW_MINIMIZE);
     EXPECT_TRUE(Becomes([&] { return IsIconic(Panel().Window()) != FALSE; }));
     EXPECT_EQ(0u, RunTool("KORA4Panel", {}).exitCode);
     EXPECT_TRUE(Becomes([&] { return !IsIconic(Panel().Window()); }));
+}
+
+// Milliseconds in which a second start ends, on a busy machine.
+constexpr DWORD cSecondStart = 10000;
+
+TEST_F(PanelTest, DoesNotWaitForAFirstOneThatHangs) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const HANDLE thread =
+        OpenThread(THREAD_SUSPEND_RESUME, FALSE,
+                   GetWindowThreadProcessId(Panel().Window(), nullptr));
+    ASSERT_NE(nullptr, thread);
+    SuspendThread(thread);
+    RunningTool second("KORA4Panel", {});
+    EXPECT_TRUE(Becomes([&] { return !second.IsRunning(); }, cSecondStart));
+    ResumeThread(thread);
+    CloseHandle(thread);
+    EXPECT_EQ(0u, second.WaitForEnd().exitCode);
+}
+
+TEST_F(PanelTest, SeesAFirstOneThatHasHigherRights) {
+    // As that one's mutex is to others: nobody may open it.
+    SECURITY_DESCRIPTOR descriptor;
+    ASSERT_TRUE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
+    ACL nobody;
+    ASSERT_TRUE(InitializeAcl(&nobody, sizeof nobody, ACL_REVISION));
+    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE));
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, &descriptor, FALSE};
+    const HANDLE mutex = CreateMutexW(&attributes, FALSE, L"Local\\KORA4Panel");
+    ASSERT_NE(nullptr, mutex);
+    RunningTool second("KORA4Panel", {});
+    EXPECT_TRUE(Becomes([&] { return !second.IsRunning(); }, cSecondStart));
+    CloseHandle(mutex);
+}
+
+TEST_F(PanelTest, ChoosesAProfileInTheNotificationAreaDuringADemo) {
+    ASSERT_TRUE(Others().CreateCustomProfile(KORA4_PROFILE_P1, L"Late &Zero"));
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    PostMessageW(Panel().Window(), WM_APP + 2, 0, WM_RBUTTONUP);
+    EXPECT_TRUE(Becomes([&] { return Panel().HasMenu(); }));
+    Press('Z');
+    Sleep(300);
+    EXPECT_TRUE(Panel().HasMenu()) << "'&' in a name marks no letter";
+    Press(VK_DOWN);
+    Press(VK_DOWN);
+    Press(VK_RETURN);
+    EXPECT_TRUE(Becomes([&] { return *Others().GetActiveProfile() == KORA4_PROFILE_MUSIC; }));
+}
+
+// A notification area in place of the desktop's, which takes icons or does not.
+class NotificationArea {
+  public:
+    NotificationArea() {
+        EXPECT_TRUE(Becomes([this] { return m_window.load() != nullptr; }));
+        EXPECT_EQ(m_window.load(), FindWindowW(cClass, nullptr));
+    }
+    ~NotificationArea() {
+        PostMessageW(m_window, WM_CLOSE, 0, 0);
+        m_thread.join();
+    }
+    NotificationArea(const NotificationArea&) = delete;
+    NotificationArea& operator=(const NotificationArea&) = delete;
+
+    void TakeIcons(bool isSo) { s_takes = isSo; }
+
+  private:
+    static constexpr wchar_t cClass[] = L"Shell_TrayWnd";
+
+    void Run() {
+        WNDCLASSW windowClass{};
+        windowClass.lpszClassName = cClass;
+        windowClass.lpfnWndProc = [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+            if (message == WM_COPYDATA)
+                return static_cast<LRESULT>(s_takes.load());
+            if (message == WM_DESTROY)
+                PostQuitMessage(0);
+            return DefWindowProcW(window, message, wParam, lParam);
+        };
+        RegisterClassW(&windowClass);
+        m_window = CreateWindowExW(WS_EX_TOPMOST, cClass, L"", WS_POPUP, 0, 0, 0, 0, nullptr,
+                                   nullptr, nullptr, nullptr);
+        MSG message;
+        while (GetMessageW(&message, nullptr, 0, 0) > 0)
+            DispatchMessageW(&message);
+        UnregisterClassW(cClass, nullptr);
+    }
+
+    static inline std::atomic<bool> s_takes{false};
+    std::atomic<HWND> m_window{nullptr};
+    std::thread m_thread{[this] { Run(); }};
+};
+
+TEST_F(PanelTest, IsNotHiddenWithoutAnIcon) {
+    NotificationArea area;
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const auto comeBack = [&] {
+        SendMessageW(Panel().Window(), RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+    };
+    Panel().TabTo(eMoreButton);
+    Press(VK_SPACE);
+    EXPECT_TRUE(Becomes([&] { return Panel().HasMenu(); }));
+    Press(VK_DOWN);
+    Press(VK_RETURN);
+    EXPECT_TRUE(Panel().StatusBecomes(L"The notification area takes no icon now"));
+    area.TakeIcons(true);
+    comeBack();
+    PostMessageW(Panel().Window(), WM_CLOSE, 0, 0);
+    EXPECT_TRUE(Becomes([&] { return !IsWindowVisible(Panel().Window()); }));
+    area.TakeIcons(false);
+    comeBack();
+    EXPECT_TRUE(Becomes([&] { return IsWindowVisible(Panel().Window()) != FALSE; }));
 }
 
 TEST_F(PanelTest, StaysInTheNotificationAreaAndChoosesProfilesThere) {
