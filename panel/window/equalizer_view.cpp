@@ -108,7 +108,7 @@ void EqualizerView::DrawGrid(Canvas& canvas, const CurvePicture& picture) const 
     int free = 0;
     for (std::size_t i = 0; i < m_bands.size(); ++i) {
         const std::wstring name =
-            Widen(FormatFrequency(static_cast<double>(m_bands[i].frequency)));
+            m_strings.Number(FormatFrequency(static_cast<double>(m_bands[i].frequency)));
         const int width = m_scale.WidthOf(name);
         const int x = picture.At(i).x;
         if (x - width / 2 < free)
@@ -254,14 +254,15 @@ std::wstring EqualizerView::Name(long part) const {
         return m_strings.Text(IDS_CURVE_NAME);
     const kora4::Band& band = m_bands[static_cast<std::size_t>(part - 1)];
     return m_strings.Format(IDS_BAND_NAME, std::to_wstring(part),
-                            Widen(kora4::FormatDecimal(band.frequency)));
+                            m_strings.Number(kora4::FormatDecimal(band.frequency)));
 }
 
 std::wstring EqualizerView::Value(long part) const {
     if (part == CHILDID_SELF)
         return {};
     const kora4::Band& band = m_bands[static_cast<std::size_t>(part - 1)];
-    return m_strings.Format(IDS_GAIN_VALUE, Widen(FormatGain(static_cast<double>(band.gain))));
+    return m_strings.Format(IDS_GAIN_VALUE,
+                            m_strings.Number(FormatGain(static_cast<double>(band.gain))));
 }
 
 std::wstring EqualizerView::Help(long part) const {

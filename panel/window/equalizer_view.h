@@ -54,8 +54,8 @@ class EqualizerView final : public View {
     bool m_isOn = true;
     std::size_t m_selected = 0;
     bool m_isDragging = false;
-    // Of a drag: where it began, from where on its dot the pointer holds it, and whether it is a
-    // click so far, which chooses the band and moves nothing.
+    // Of a drag: where it began, from where on its dot the pointer holds it, and whether it is
+    // a click so far, which chooses the band and moves nothing.
     int m_begin = 0;
     int m_grip = 0;
     bool m_isClick = false;

@@ -45,27 +45,72 @@ void LevelView::Draw(Canvas& canvas) {
     const Palette& colors = m_theme.Colors();
     const Area& whole = canvas.Whole();
     const int gap = m_scale(6);
-    const Area plot{whole.left + gap, whole.top + gap, whole.right - gap, whole.bottom - gap};
     if (HasLevels()) {
-        for (int level = static_cast<int>(cLow); level <= cHigh; level += cGrid) {
-            const int y = HeightOf(level, plot);
-            canvas.Line({plot.left, y}, {plot.right, y},
-                        level == 0 ? colors.muted : colors.grid);
-        }
-        const int bands = static_cast<int>(m_levels->gains.size());
-        for (int i = 0; i < bands; ++i) {
-            const auto band = static_cast<std::size_t>(i);
-            const int left = plot.left + plot.Width() * i / bands + m_scale(1);
-            const int right = plot.left + plot.Width() * (i + 1) / bands - m_scale(1);
-            const int top = HeightOf(static_cast<double>(m_levels->excitations[band]), plot);
-            canvas.Fill({left, top, right, plot.bottom}, colors.accent);
-            const int mark = HeightOf(static_cast<double>(m_levels->gains[band]), plot);
-            canvas.Fill({left, mark - m_scale(1), right, mark + m_scale(1)}, colors.warning);
-        }
+        const int line = m_scale.LineHeight();
+        const Area plot{whole.left + m_scale.WidthOf(L"-48") + 2 * gap,
+                        whole.top + gap + line + line / 2, whole.right - gap,
+                        whole.bottom - gap / 2 - line / 2};
+        DrawLegend(canvas, {plot.left, whole.top + gap / 2, plot.right, whole.top + line});
+        DrawScale(canvas, plot);
+        DrawBands(canvas, plot);
     } else {
-        canvas.Write(Sentence(), plot, colors.muted, DT_WORDBREAK | DT_CENTER);
+        canvas.Write(Sentence(),
+                     {whole.left + gap, whole.top + gap, whole.right - gap, whole.bottom - gap},
+                     colors.muted, DT_WORDBREAK | DT_CENTER);
     }
     canvas.Frame(whole, colors.line);
+}
+
+// What bars and marks are, each beside a piece of its color.
+void LevelView::DrawLegend(Canvas& canvas, const Area& area) const {
+    const Palette& colors = m_theme.Colors();
+    const int gap = m_scale(6);
+    const int middle = (area.top + area.bottom) / 2;
+    const int side = m_scale(4);
+    const auto write = [&](int left, UINT id) {
+        const std::wstring text = m_strings.Text(id);
+        const int right = left + m_scale.WidthOf(text);
+        canvas.Write(text, {left, area.top, right, area.bottom}, colors.muted,
+                     DT_SINGLELINE | DT_VCENTER | DT_NOCLIP);
+        return right + 2 * gap;
+    };
+    int left = area.left;
+    canvas.Fill({left, middle - side, left + 2 * side, middle + side}, colors.accent);
+    left = write(left + 2 * side + gap, IDS_LEVELS_BARS);
+    canvas.Fill({left, middle - m_scale(1), left + 2 * side, middle + m_scale(1)},
+                colors.warning);
+    write(left + 2 * side + gap, IDS_LEVELS_MARKS);
+}
+
+void LevelView::DrawScale(Canvas& canvas, const Area& plot) const {
+    const Palette& colors = m_theme.Colors();
+    const int half = m_scale.LineHeight() / 2;
+    // Numbers that would touch are left out, 0 never.
+    int step = cGrid;
+    while (HeightOf(0, plot) - HeightOf(step, plot) < m_scale.LineHeight() && step < cHigh)
+        step += cGrid;
+    for (int level = static_cast<int>(cLow); level <= cHigh; level += cGrid) {
+        const int y = HeightOf(level, plot);
+        canvas.Line({plot.left, y}, {plot.right, y}, level == 0 ? colors.muted : colors.grid);
+        if (level % step == 0)
+            canvas.Write(std::to_wstring(level),
+                         {0, y - half, plot.left - m_scale(6), y + half + m_scale(1)},
+                         colors.muted, DT_SINGLELINE | DT_VCENTER | DT_RIGHT | DT_NOCLIP);
+    }
+}
+
+void LevelView::DrawBands(Canvas& canvas, const Area& plot) const {
+    const Palette& colors = m_theme.Colors();
+    const int bands = static_cast<int>(m_levels->gains.size());
+    for (int i = 0; i < bands; ++i) {
+        const auto band = static_cast<std::size_t>(i);
+        const int left = plot.left + plot.Width() * i / bands + m_scale(1);
+        const int right = plot.left + plot.Width() * (i + 1) / bands - m_scale(1);
+        const int top = HeightOf(static_cast<double>(m_levels->excitations[band]), plot);
+        canvas.Fill({left, top, right, plot.bottom}, colors.accent);
+        const int mark = HeightOf(static_cast<double>(m_levels->gains[band]), plot);
+        canvas.Fill({left, mark - m_scale(1), right, mark + m_scale(1)}, colors.warning);
+    }
 }
 
 std::optional<LRESULT> LevelView::On(UINT, WPARAM, LPARAM) {
@@ -82,7 +127,7 @@ std::wstring LevelView::Value(long) const {
     const auto& levels = m_levels->excitations;
     const auto loudest = std::max_element(levels.begin(), levels.end());
     return m_strings.Format(IDS_LEVELS_VALUE, std::to_wstring(loudest - levels.begin() + 1),
-                            Widen(FormatGain(static_cast<double>(*loudest))));
+                            m_strings.Number(FormatGain(static_cast<double>(*loudest))));
 }
 
 std::wstring LevelView::Help(long) const {

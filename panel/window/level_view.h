@@ -32,6 +32,9 @@ class LevelView final : public View {
 
   private:
     void Draw(Canvas& canvas) override;
+    void DrawLegend(Canvas& canvas, const Area& area) const;
+    void DrawScale(Canvas& canvas, const Area& plot) const;
+    void DrawBands(Canvas& canvas, const Area& plot) const;
     std::optional<LRESULT> On(UINT message, WPARAM wParam, LPARAM lParam) override;
     // In place of the bars; empty when there are levels.
     std::wstring Sentence() const;

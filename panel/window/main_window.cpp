@@ -400,6 +400,15 @@ void MainWindow::Activate() {
     SetForegroundWindow(m_window);
 }
 
+HWND MainWindow::Control(int id) const {
+    const auto index = static_cast<std::size_t>(id - eEnableBox);
+    if (index >= m_controls.size())
+        return nullptr;
+    if (!m_controls[index])
+        m_controls[index] = GetDlgItem(m_window, id);
+    return m_controls[index];
+}
+
 void MainWindow::UpdateLevels() {
     if (!m_worker)
         return;

@@ -4,6 +4,7 @@
 #ifndef KORA4_PANEL_WINDOW_MAIN_WINDOW_H
 #define KORA4_PANEL_WINDOW_MAIN_WINDOW_H
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -62,7 +63,7 @@ class MainWindow {
     void UpdateLevels();
     void KeepFocus();
     void TakeFocus();
-    HWND Control(int id) const { return GetDlgItem(m_window, id); }
+    HWND Control(int id) const;
 
     // ---- main_window_layout.cpp: controls and their places
     void MakeControls();
@@ -84,6 +85,9 @@ class MainWindow {
     int LeftWidth() const;
     int BannerHeight(int width) const;
     int RowHeight() const;
+    void Place(HWND control, const RECT& place) const;
+    void PlaceList(HWND list, const RECT& place) const;
+    RECT PlaceOf(HWND control) const;  // in the window
     void PlaceRow(const Row& row, int left, int right, int top, int height);
 
     // ---- main_window_show.cpp: the session in the controls
@@ -139,6 +143,8 @@ class MainWindow {
     EqualizerView m_equalizer{m_theme, m_scale, m_strings};
     LevelView m_levelView{m_theme, m_scale, m_strings};
     HWND m_window = nullptr;
+    // By their ids; looked for once, because everything that is shown begins with it.
+    mutable std::array<HWND, eMoreButton - eEnableBox + 1> m_controls{};
     HICON m_icon = nullptr;
     TrayIcon m_tray;
     UINT m_trayMade = 0;  // the message that the notification area is new

@@ -78,9 +78,12 @@ constexpr int cArrow = 30;  // of a list
 constexpr int cLeastSlider = 120;
 constexpr int cLeastStatus = 180;
 constexpr int cLeastCurve = 110;
-constexpr int cLeastLevels = 60;
+constexpr int cLeastLevels = 90;
 constexpr int cDropHeight = 320;
 constexpr int cStatusLines = 2;
+
+// All is drawn at once when everything has its place.
+constexpr UINT cPlacing = SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS | SWP_NOREDRAW;
 
 UINT NameId(Technology technology) {
     return IDS_VOLUME_LEVELER + static_cast<UINT>(technology);
@@ -293,6 +296,41 @@ SIZE MainWindow::Least(int dpi) {
 
 // ---- Placing ----------------------------------------------------------------------------
 
+// A control that is there already is left alone: moving it costs more than all measuring, and
+// it would flicker.
+void MainWindow::Place(HWND control, const RECT& place) const {
+    const RECT now = PlaceOf(control);
+    if (!EqualRect(&now, &place))
+        SetWindowPos(control, nullptr, place.left, place.top, place.right - place.left,
+                     place.bottom - place.top, cPlacing);
+}
+
+// In the middle of the height. The height that is set is that of what a list drops down; its
+// own, it knows itself.
+void MainWindow::PlaceList(HWND list, const RECT& place) const {
+    const auto height = [&] {
+        const RECT now = PlaceOf(list);
+        return now.bottom - now.top;
+    };
+    const RECT now = PlaceOf(list);
+    if (now.left == place.left && now.right == place.right &&
+        now.top == place.top + (place.bottom - place.top - height()) / 2)
+        return;
+    SetWindowPos(list, nullptr, place.left, place.top, place.right - place.left,
+                 m_scale(cDropHeight), cPlacing);
+    SetWindowPos(list, nullptr, place.left,
+                 place.top + (place.bottom - place.top - height()) / 2, 0, 0,
+                 cPlacing | SWP_NOSIZE);
+}
+
+RECT MainWindow::PlaceOf(HWND control) const {
+    RECT place{};
+    GetWindowRect(control, &place);
+    // Mirrored where the window is.
+    MapWindowPoints(nullptr, m_window, reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
 void MainWindow::PlaceRow(const Row& row, int left, int right, int top, int height) {
     const int rest = std::max(right - left - WidthOf(row), 0);
     for (const Cell& cell : row) {
@@ -302,19 +340,13 @@ void MainWindow::PlaceRow(const Row& row, int left, int right, int top, int heig
             const bool isList = IsOfClass(control, cCombo);
             const int own = m_scale.LineHeight() + m_scale(8);
             const bool isOneLine = isList || IsOfClass(control, cEdit);
-            // The height of a list is that of what it drops down; of itself, it knows it.
-            SetWindowPos(control, nullptr, left, top + (isOneLine ? (height - own) / 2 : 0),
-                         width,
-                         isList      ? m_scale(cDropHeight)
-                         : isOneLine ? own
-                                     : height,
-                         SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
-            RECT placed{};
-            GetWindowRect(control, &placed);
             if (isList)
-                SetWindowPos(control, nullptr, left,
-                             top + (height - (placed.bottom - placed.top)) / 2, 0, 0,
-                             SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOSIZE);
+                PlaceList(control, {left, top, left + width, top + height});
+            else if (isOneLine)
+                Place(control, {left, top + (height - own) / 2, left + width,
+                                top + (height - own) / 2 + own});
+            else
+                Place(control, {left, top, left + width, top + height});
         }
         left += width + m_scale(cGap);
     }
@@ -343,10 +375,10 @@ void MainWindow::Arrange() {
 
     const int foot = std::max(row, cStatusLines * m_scale.LineHeight());
     const int bottom = client.bottom - margin - foot;
-    PlaceRow(FootRow(), margin, right, bottom, row);
-    SetWindowPos(Control(eStatusText), nullptr, 0, 0,
-                 right - margin - WidthOf(FootRow()) + m_scale(cLeastStatus), foot,
-                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOMOVE);
+    const Row footRow = FootRow();
+    const int status = right - margin - WidthOf(footRow) + m_scale(cLeastStatus);
+    PlaceRow({footRow.begin() + 1, footRow.end()}, margin + status + gap, right, bottom, row);
+    Place(Control(eStatusText), {margin, bottom, margin + status, bottom + foot});
 
     // Of what is to spare, the curve gets the most.
     const int spare = right - margin - LeftWidth() - 2 * margin - WidthOf(BandRow());
@@ -364,7 +396,7 @@ void MainWindow::Arrange() {
     PlaceRow({{eEqualizer, 0, true}}, second, right, top + row + gap,
              bottom - top - 2 * (row + gap) - gap);
     PlaceRow(CurveRow(), second, right, bottom - row - gap, row);
-    InvalidateRect(m_window, nullptr, TRUE);
+    RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 }  // namespace panel

@@ -118,7 +118,7 @@ void MainWindow::ShowTechnology(const Settings& shown, Technology technology) {
     if (technology == Technology::eGraphicEq)
         return;
     const double value = shown.values[index];
-    std::wstring text = Widen(FormatValue(technology, value));
+    std::wstring text = m_strings.Number(FormatValue(technology, value));
     if (technology == Technology::eIntelligentEq) {
         const WPARAM curve = ListIndex(IsConnected() ? value : -1, KORA4_INTELLIGENT_EQ_CURVES);
         ChooseInList(Control(eCurveList), curve);
@@ -156,9 +156,10 @@ void MainWindow::ShowBands(const Settings& shown) {
     m_listedBands = shown.bands;
     SendMessageW(list, CB_RESETCONTENT, 0, 0);
     for (const kora4::Band& band : shown.bands)
-        SendMessageW(list, CB_ADDSTRING, 0,
-                     reinterpret_cast<LPARAM>(
-                         (Widen(kora4::FormatDecimal(band.frequency)) + L" Hz").c_str()));
+        SendMessageW(
+            list, CB_ADDSTRING, 0,
+            reinterpret_cast<LPARAM>(
+                (m_strings.Number(kora4::FormatDecimal(band.frequency)) + L" Hz").c_str()));
 }
 
 void MainWindow::ShowGain() {
@@ -177,7 +178,7 @@ void MainWindow::ShowGain() {
     m_gainBand = band;
     SendMessageW(field, EM_SETMODIFY, FALSE, 0);
     ShowText(eGainField, selected < shown.bands.size()
-                             ? Widen(FormatGain(static_cast<double>(band.gain)))
+                             ? m_strings.Number(FormatGain(static_cast<double>(band.gain)))
                              : std::wstring());
 }
 

@@ -19,7 +19,9 @@ class NameDialog {
   public:
     NameDialog(const Strings& strings, const ButtonLook& look, UINT question,
                std::wstring proposal)
-        : m_strings(strings), m_theme(look.theme), m_question(question),
+        : m_strings(strings),
+          m_theme(look.theme),
+          m_question(question),
           m_name(std::move(proposal)) {
         m_scale.Use(look.scale.Dpi());
     }

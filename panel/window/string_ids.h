@@ -61,6 +61,9 @@
 #define IDS_CURVE_HELP 180
 #define IDS_WAITING_MARK 181
 #define IDS_NO_CURVE 182
+#define IDS_DECIMAL_SIGN 183
+#define IDS_LEVELS_BARS 184
+#define IDS_LEVELS_MARKS 185
 
 /* Banners. */
 #define IDS_BANNER_DEMO 190

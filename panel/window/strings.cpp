@@ -60,6 +60,14 @@ std::wstring Strings::Plain(UINT id) const {
     return text;
 }
 
+std::wstring Strings::Number(std::string_view number) const {
+    std::wstring text = Widen(number);
+    const std::wstring sign = Text(IDS_DECIMAL_SIGN);
+    if (const std::size_t point = text.find(L'.'); point != std::wstring::npos)
+        text.replace(point, 1, sign);
+    return text;
+}
+
 std::wstring Strings::Marked(std::wstring_view name) {
     std::wstring text;
     for (const wchar_t letter : name)

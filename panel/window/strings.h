@@ -29,6 +29,8 @@ class Strings {
     // Without the mark of the letter that Alt takes, and without what follows a name in a
     // label.
     std::wstring Plain(UINT id) const;
+    // A number with the decimal sign of the language.
+    std::wstring Number(std::string_view number) const;
     // A name as a text of a menu, which takes '&' for the mark of a letter.
     static std::wstring Marked(std::wstring_view name);
     Language Which() const { return m_language; }

@@ -81,6 +81,7 @@ void Theme::DressFrame(HWND window) const {
 }
 
 Scale::~Scale() {
+    DeleteDC(m_dc);
     DeleteObject(m_font);
 }
 
@@ -91,31 +92,25 @@ void Scale::Use(int dpi) {
     // The font of message boxes, with the size of texts that the user has chosen.
     SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
                                static_cast<UINT>(dpi));
+    const HFONT font = CreateFontIndirectW(&metrics.lfMessageFont);
+    SelectObject(m_dc, font);
     DeleteObject(m_font);
-    m_font = CreateFontIndirectW(&metrics.lfMessageFont);
+    m_font = font;
     m_lineHeight = HeightOf(L"Wg", MAXSHORT);
 }
 
-namespace {
-
-SIZE Measured(HFONT font, const std::wstring& text, int width, UINT flags) {
-    const HDC dc = GetDC(nullptr);
-    const HGDIOBJ before = SelectObject(dc, font);
+SIZE Scale::Measured(const std::wstring& text, int width, UINT flags) const {
     RECT box{0, 0, width, 0};
-    DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &box, DT_CALCRECT | flags);
-    SelectObject(dc, before);
-    ReleaseDC(nullptr, dc);
+    DrawTextW(m_dc, text.c_str(), static_cast<int>(text.size()), &box, DT_CALCRECT | flags);
     return {box.right, box.bottom};
 }
 
-}  // namespace
-
 int Scale::WidthOf(const std::wstring& text) const {
-    return static_cast<int>(Measured(m_font, text, 0, DT_SINGLELINE).cx);
+    return static_cast<int>(Measured(text, 0, DT_SINGLELINE).cx);
 }
 
 int Scale::HeightOf(const std::wstring& text, int width) const {
-    return static_cast<int>(Measured(m_font, text, width, DT_WORDBREAK).cy);
+    return static_cast<int>(Measured(text, width, DT_WORDBREAK).cy);
 }
 
 }  // namespace panel

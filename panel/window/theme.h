@@ -73,7 +73,12 @@ class Scale {
     int HeightOf(const std::wstring& text, int width) const;
 
   private:
+    SIZE Measured(const std::wstring& text, int width, UINT flags) const;
+
     int m_dpi = USER_DEFAULT_SCREEN_DPI;
+    // Holds the font: texts are measured often, and a device context of the display costs more
+    // than the measuring.
+    const HDC m_dc = CreateCompatibleDC(nullptr);
     HFONT m_font = nullptr;
     int m_lineHeight = 0;
 };

@@ -23,8 +23,8 @@ class TrayIcon {
     TrayIcon(const TrayIcon&) = delete;
     TrayIcon& operator=(const TrayIcon&) = delete;
 
-    // Also when the notification area was made anew. There may be none, or not yet: then the icon
-    // is wanted, and not shown.
+    // Also when the notification area was made anew. There may be none, or not yet: then the
+    // icon is wanted, and not shown.
     void Show(HWND window, const std::wstring& tip);
     void Remove();
     bool IsWanted() const { return m_icon != nullptr; }

@@ -98,8 +98,8 @@ class Loop {
         report.origin = Origin::eOwn;
         report.isNoted = command.action != Action::eUndo;
         report.gesture = command.gesture;
-        report.answer = Answer{command.action, command.items,   S_OK,            {},
-                               command.text,   command.profile, command.fallback};
+        report.answer = Answer{command.action,  command.items,   S_OK, {}, command.text,
+                               command.profile, command.fallback};
         if (command.action == Action::eTryAgain) {
             // An object holds the keys that it has opened: only a new one sees a store that was
             // made again.

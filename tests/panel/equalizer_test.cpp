@@ -40,8 +40,8 @@ class PanelEqualizer : public PanelTest {
         input.mi.dx = std::lround((left + 0.5) * 65536 / GetSystemMetrics(SM_CXSCREEN));
         input.mi.dy = std::lround((top + 0.5) * 65536 / GetSystemMetrics(SM_CYSCREEN));
         input.mi.dwFlags = MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE;
-        // The display under Wine may tell once more where the mouse was before, and puts it back
-        // there: that must not come when the button is down already.
+        // The display under Wine may tell once more where the mouse was before, and puts it
+        // back there: that must not come when the button is down already.
         constexpr DWORD cSettled = 100;
         EXPECT_TRUE(Becomes([&] {
             EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
@@ -59,10 +59,10 @@ class PanelEqualizer : public PanelTest {
     // Middle of the dot of a band, counted from 1, on the display.
     POINT Dot(long band) {
         Microsoft::WRL::ComPtr<IAccessible> curve;
-        EXPECT_EQ(S_OK, AccessibleObjectFromWindow(
-                            Panel().Control(eEqualizer), static_cast<DWORD>(OBJID_CLIENT),
-                            __uuidof(IAccessible),
-                            reinterpret_cast<void**>(curve.GetAddressOf())));
+        EXPECT_EQ(S_OK,
+                  AccessibleObjectFromWindow(
+                      Panel().Control(eEqualizer), static_cast<DWORD>(OBJID_CLIENT),
+                      __uuidof(IAccessible), reinterpret_cast<void**>(curve.GetAddressOf())));
         VARIANT part{};
         part.vt = VT_I4;
         part.lVal = band;
@@ -131,6 +131,20 @@ TEST_F(PanelEqualizer, TakesNumbers) {
     EXPECT_TRUE(GainBecomes(1, -4.5));
 }
 
+TEST_F(PanelEqualizer, WritesAndTakesADecimalCommaInGerman) {
+    ASSERT_TRUE(Others().SetGraphicEQData({{32, 1.5f}, {2500, 0}}));
+    ASSERT_TRUE(Others().SetDialogEnhancer(0.25f));
+    ASSERT_NO_FATAL_FAILURE(Start({"--language", "de"}));
+    EXPECT_EQ(L"+1,5", Panel().Text(eGainField));
+    EXPECT_EQ(L"0,25", Panel().Text(IdFor(eValueText, eDialogEnhancer)));
+    Panel().TabTo(eGainField);
+    Press('A', {VK_CONTROL});
+    Type(L"-4,5");
+    Press(VK_RETURN);
+    EXPECT_TRUE(GainBecomes(0, -4.5));
+    EXPECT_TRUE(Becomes([&] { return Panel().Text(eGainField) == L"-4,5"; }));
+}
+
 TEST_F(PanelEqualizer, FollowsTheMouseAndKeepsADragWhenOthersChangeTheCurve) {
     ASSERT_NO_FATAL_FAILURE(Start());
     Mouse(0.98, 0.3, MOUSEEVENTF_LEFTDOWN);
@@ -156,9 +170,8 @@ TEST_F(PanelEqualizer, EndsADragWhenThereAreOtherBands) {
     ASSERT_NO_FATAL_FAILURE(Start());
     BeginDrag();
     ASSERT_TRUE(Others().SetGraphicEQData({{100, 0}, {1000, 0}, {10000, 0}}));
-    EXPECT_TRUE(Becomes([&] {
-        return SendMessageW(Panel().Control(eBandList), CB_GETCOUNT, 0, 0) == 3;
-    }));
+    EXPECT_TRUE(Becomes(
+        [&] { return SendMessageW(Panel().Control(eBandList), CB_GETCOUNT, 0, 0) == 3; }));
     ExpectThatTheDragIsOver();
     Mouse(0.9, 0.3, MOUSEEVENTF_LEFTDOWN);
     EXPECT_TRUE(Becomes([&] { return Gain(2) > 3; })) << "the next one goes as ever";

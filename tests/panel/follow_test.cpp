@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "panel/panel_fixture.h"
 #include "panel/pictures.h"
@@ -18,7 +19,44 @@ using namespace ::panel;
 struct ForeignChange {
     const char* what;
     std::function<bool(Api&)> make;
+    std::function<bool(Api&)> takeBack;
     std::function<bool(const PanelProcess&)> isShown;
+};
+
+double Milliseconds(LONGLONG ticks) {
+    LARGE_INTEGER frequency{};
+    QueryPerformanceFrequency(&frequency);
+    return 1000.0 * static_cast<double>(ticks) / static_cast<double>(frequency.QuadPart);
+}
+
+LONGLONG Now() {
+    LARGE_INTEGER now{};
+    QueryPerformanceCounter(&now);
+    return now.QuadPart;
+}
+
+// How much of a time no processor had anything to do, of all processors together. The panel
+// needs one at a time: of two, it leaves half.
+class IdleTime {
+  public:
+    double Share() const {
+        const auto [idle, all] = Read();
+        return all == m_begin.second ? 0
+                                     : static_cast<double>(idle - m_begin.first) /
+                                           static_cast<double>(all - m_begin.second);
+    }
+
+  private:
+    static ULONGLONG Ticks(const FILETIME& time) {
+        return ULARGE_INTEGER{{time.dwLowDateTime, time.dwHighDateTime}}.QuadPart;
+    }
+    static std::pair<ULONGLONG, ULONGLONG> Read() {
+        FILETIME idle{}, kernel{}, user{};
+        EXPECT_TRUE(GetSystemTimes(&idle, &kernel, &user));
+        // The time in the kernel has that of idling in it.
+        return {Ticks(idle), Ticks(kernel) + Ticks(user)};
+    }
+    const std::pair<ULONGLONG, ULONGLONG> m_begin = Read();
 };
 
 Bands WithFirst(const Api& api, float gain) {
@@ -29,8 +67,8 @@ Bands WithFirst(const Api& api, float gain) {
 
 std::vector<ForeignChange> Changes() {
     std::vector<ForeignChange> changes;
-    const auto add = [&](const char* what, auto make, auto isShown) {
-        changes.push_back({what, make, isShown});
+    const auto add = [&](const char* what, auto make, auto takeBack, auto isShown) {
+        changes.push_back({what, make, takeBack, isShown});
     };
     const auto addSwitch = [&](const char* what, KORA4APITechnology technology) {
         for (const bool isOn : {false, true})
@@ -38,6 +76,9 @@ std::vector<ForeignChange> Changes() {
                 what,
                 [=](Api& api) {
                     return static_cast<bool>(api.SetTechnologyOnElseOff(technology, isOn));
+                },
+                [=](Api& api) {
+                    return static_cast<bool>(api.SetTechnologyOnElseOff(technology, !isOn));
                 },
                 [=](const PanelProcess& panel) {
                     return panel.IsChecked(IdFor(eSwitchBox, technology)) == isOn;
@@ -50,6 +91,9 @@ std::vector<ForeignChange> Changes() {
             [=](Api& api) {
                 return static_cast<bool>(api.SetSimplePatchValue({technology, value}));
             },
+            [=](Api& api) {
+                return static_cast<bool>(api.SetSimplePatchValue({technology, 0}));
+            },
             [=](const PanelProcess& panel) {
                 return panel.Position(IdFor(eSlider, technology)) == position &&
                        panel.Text(IdFor(eValueText, technology)) == text;
@@ -57,6 +101,7 @@ std::vector<ForeignChange> Changes() {
     };
     add(
         "enable", [](Api& api) { return static_cast<bool>(api.SetVeltoEnable(false)); },
+        [](Api& api) { return static_cast<bool>(api.SetVeltoEnable(true)); },
         [](const PanelProcess& panel) { return !panel.IsChecked(eEnableBox); });
     addSwitch("switch of the leveler", eVolumeLeveler);
     addSwitch("switch of the graphic EQ", eGraphicEQ);
@@ -67,27 +112,34 @@ std::vector<ForeignChange> Changes() {
     addValue("speakers", eVirtualizerSpkr, 4, 40, L"4.0");
     add(
         "curve", [](Api& api) { return static_cast<bool>(api.SetIntelligentEq(Curve::eRich)); },
+        [](Api& api) { return static_cast<bool>(api.SetIntelligentEq(Curve::eOpen)); },
         [](const PanelProcess& panel) { return panel.Chosen(eCurveList) == L"Rich"; });
     add(
         "bands",
         [](Api& api) { return static_cast<bool>(api.SetGraphicEQData(WithFirst(api, 3))); },
+        [](Api& api) { return static_cast<bool>(api.SetGraphicEQData(WithFirst(api, 0))); },
         [](const PanelProcess& panel) { return panel.Text(eGainField) == L"+3.0"; });
     add(
         "new custom profile",
         [](Api& api) {
             return static_cast<bool>(api.CreateCustomProfile(KORA4_PROFILE_P1, L"Evening"));
         },
+        [](Api& api) { return static_cast<bool>(api.DeleteCustomProfile(KORA4_PROFILE_P1)); },
         [](const PanelProcess& panel) {
             return SendMessageW(panel.Control(eProfileList), CB_GETCOUNT, 0, 0) == 7;
         });
     add(
         "profile",
         [](Api& api) { return static_cast<bool>(api.SetActiveProfile(KORA4_PROFILE_P1)); },
+        [](Api& api) { return static_cast<bool>(api.SetActiveProfile(KORA4_PROFILE_MOVIE)); },
         [](const PanelProcess& panel) { return panel.Chosen(eProfileList) == L"Evening"; });
     add(
         "new name",
         [](Api& api) {
             return static_cast<bool>(api.SetCustomProfileName(KORA4_PROFILE_P1, L"Night"));
+        },
+        [](Api& api) {
+            return static_cast<bool>(api.SetCustomProfileName(KORA4_PROFILE_P1, L"Evening"));
         },
         [](const PanelProcess& panel) { return panel.Chosen(eProfileList) == L"Night"; });
     add(
@@ -96,6 +148,7 @@ std::vector<ForeignChange> Changes() {
             return static_cast<bool>(
                 api.SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, true));
         },
+        [](Api& api) { return static_cast<bool>(api.ForceRevertFromDemoMode()); },
         [](const PanelProcess& panel) {
             return panel.IsVisible(eBannerButton) &&
                    panel.Chosen(eProfileList) == L"Demo of Music";
@@ -103,28 +156,43 @@ std::vector<ForeignChange> Changes() {
     return changes;
 }
 
+// Milliseconds in which a change is shown. A change that is late while the processors had
+// nothing to spare for the panel is made once more, a little later; it is never let off
+// altogether.
+constexpr double cAtOnce = 100;
+constexpr double cIdle = 0.2;
+constexpr int cTries = 20;
+constexpr DWORD cPause = 500;
+
 TEST_F(PanelTest, ShowsEveryForeignChangeWithin100Milliseconds) {
     ASSERT_NO_FATAL_FAILURE(Start());
     std::vector<double> times;
-    LARGE_INTEGER frequency{};
-    QueryPerformanceFrequency(&frequency);
     for (const ForeignChange& change : Changes()) {
-        LARGE_INTEGER begin{};
-        LARGE_INTEGER end{};
-        EXPECT_FALSE(change.isShown(Panel())) << change.what;
-        QueryPerformanceCounter(&begin);
-        EXPECT_TRUE(change.make(Others())) << change.what;
-        EXPECT_TRUE(Becomes([&] { return change.isShown(Panel()); })) << change.what;
-        QueryPerformanceCounter(&end);
-        times.push_back(1000.0 * static_cast<double>(end.QuadPart - begin.QuadPart) /
-                        static_cast<double>(frequency.QuadPart));
-        std::printf("%-26s %6.1f ms\n", change.what, times.back());
+        double took = 0;
+        double idle = 0;
+        for (int i = 0; i < cTries && (i == 0 || (took >= cAtOnce && idle < cIdle)); ++i) {
+            if (i != 0) {
+                EXPECT_TRUE(change.takeBack(Others())) << change.what;
+                EXPECT_TRUE(Becomes([&] { return !change.isShown(Panel()); })) << change.what;
+                Sleep(cPause);
+            }
+            EXPECT_FALSE(change.isShown(Panel())) << change.what;
+            const IdleTime idling;
+            const LONGLONG begin = Now();
+            EXPECT_TRUE(change.make(Others())) << change.what;
+            EXPECT_TRUE(Becomes([&] { return change.isShown(Panel()); })) << change.what;
+            took = Milliseconds(Now() - begin);
+            idle = idling.Share();
+            std::printf("%-26s %6.1f ms\n", change.what, took);
+            if (took >= cAtOnce)
+                std::printf("  late; of the processors, %.0f%% were idle\n", 100 * idle);
+        }
+        EXPECT_GT(cAtOnce, took) << change.what;
+        times.push_back(took);
     }
     std::sort(times.begin(), times.end());
     std::printf("%zu foreign changes: median %.1f ms, longest %.1f ms\n", times.size(),
                 times[times.size() / 2], times.back());
-    // A machine that is busy with something else can hold up one of them, but not most.
-    EXPECT_GT(100, times[times.size() * 3 / 4]);
 }
 
 TEST_F(PanelTest, SetsNothingThatItWasTold) {

@@ -16,9 +16,7 @@ class PanelHands : public PanelTest {
     bool IsOpen(int id) {
         return SendMessageW(Panel().Control(id), CB_GETDROPPEDSTATE, 0, 0) != 0;
     }
-    LRESULT CountOf(int id) {
-        return SendMessageW(Panel().Control(id), CB_GETCOUNT, 0, 0);
-    }
+    LRESULT CountOf(int id) { return SendMessageW(Panel().Control(id), CB_GETCOUNT, 0, 0); }
     void Open(int id) {
         Panel().TabTo(id);
         Press(VK_DOWN, {VK_MENU});
@@ -188,9 +186,9 @@ TEST_F(PanelHands, KeepsTheFontOfADialogWhenThatOfTheWindowChanges) {
 TEST_F(PanelHands, GivesTheKeyboardBackWhenItIsActiveAgain) {
     ASSERT_NO_FATAL_FAILURE(Start());
     Panel().TabTo(eFlatButton);
-    const HWND other = CreateWindowExW(0, L"STATIC", L"Another program",
-                                       WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200, 100,
-                                       nullptr, nullptr, nullptr, nullptr);
+    const HWND other =
+        CreateWindowExW(0, L"STATIC", L"Another program", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0,
+                        0, 200, 100, nullptr, nullptr, nullptr, nullptr);
     const auto activate = [](HWND window) {
         SetForegroundWindow(window);
         EXPECT_TRUE(Becomes([&] {

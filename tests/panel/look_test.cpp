@@ -182,6 +182,75 @@ TEST_F(PanelLook, CutsNothingOffAtAnyResolutionAndInEitherLanguage) {
     }
 }
 
+// Rows, from the first to behind the last, in which something stands out from the background
+// between two columns.
+std::vector<std::pair<int, int>> RowsBetween(const Picture& picture, int left, int right) {
+    const std::uint32_t background = picture.At(1, 1);
+    std::vector<std::pair<int, int>> runs;
+    for (int y = 1; y < picture.height - 1; ++y) {
+        bool stands = false;
+        for (int x = left; x < right; ++x)
+            stands = stands || picture.At(x, y) != background;
+        if (stands && !runs.empty() && runs.back().second == y)
+            ++runs.back().second;
+        else if (stands)
+            runs.push_back({y, y + 1});
+    }
+    return runs;
+}
+
+TEST_F(PanelLook, WritesAtTheLevelsWhatTheyAre) {
+    struct {
+        const char* language;
+        const wchar_t* bars;
+        const wchar_t* marks;
+    } const texts[] = {{"en", L"Level, dB", L"Gain, dB"},
+                       {"de", L"Pegel, dB", L"Verst\u00E4rkung, dB"}};
+    RunningTool engine("kora4sim", {"--for", "120", "--quiet", "--seed", "1"});
+    for (const int dpi : {96, 144, 192}) {
+        const Resolution resolution(static_cast<DWORD>(dpi));
+        const auto scaled = [&](int length) {
+            return MulDiv(length, dpi, USER_DEFAULT_SCREEN_DPI);
+        };
+        const PanelFont font(static_cast<UINT>(dpi));
+        const auto widthOf = [&](const wchar_t* text) {
+            return static_cast<int>(font.Measure(text, 0, DT_SINGLELINE).cx);
+        };
+        for (const auto& [language, bars, marks] : texts) {
+            const std::string name = std::to_string(dpi) + "-" + language;
+            SCOPED_TRACE(name);
+            ASSERT_NO_FATAL_FAILURE(Start({"--language", language}));
+            MakeSmall();
+            const int legend = widthOf(L"-48") + scaled(12);
+            // Behind the last word of the legend.
+            const int end = legend + scaled(40) + widthOf(bars) + widthOf(marks);
+            Picture picture;
+            EXPECT_TRUE(Becomes([&] {
+                picture = TakePicture(Panel().Control(eLevels));
+                return !RowsBetween(picture, end - scaled(8), end).empty();
+            }));
+            SavePicture(picture, L"levels-" + std::wstring(name.begin(), name.end()) + L".bmp");
+            EXPECT_LT(end, picture.width);
+            EXPECT_TRUE(RowsBetween(picture, 1, scaled(3)).empty()) << "cut off at the left";
+            // Numbers of one height, none cut off and none touching another.
+            const auto numbers = RowsBetween(picture, scaled(3), legend - scaled(7));
+            EXPECT_LE(3u, numbers.size());
+            for (const auto& [top, bottom] : numbers) {
+                EXPECT_NEAR(numbers[0].second - numbers[0].first, bottom - top, 1);
+                EXPECT_LT(scaled(6), bottom - top);
+                EXPECT_LT(1, top);
+                EXPECT_GT(picture.height - 1, bottom);
+            }
+            // The words, above the upper edge of the scale.
+            const auto words = RowsBetween(picture, end - scaled(8), end);
+            ASSERT_FALSE(words.empty());
+            EXPECT_GE(numbers[0].first + scaled(4), words[0].second);
+            m_panel.reset();
+        }
+    }
+    engine.Kill();
+}
+
 TEST_F(PanelLook, IsCompleteInDarkColorsAndFromRightToLeft) {
     ASSERT_NO_FATAL_FAILURE(Start({"--language", "en", "--colors", "dark"}));
     LookClosely(96);

@@ -16,6 +16,9 @@ struct Picture {
     int height = 0;
     std::vector<std::uint32_t> pixels;  // 0x00RRGGBB, the upper row first
 
+    std::uint32_t At(int x, int y) const {
+        return pixels[static_cast<std::size_t>(y * width + x)];
+    }
     // How many different colours there are, counted up to 100.
     std::size_t Colors() const;
     friend bool operator==(const Picture&, const Picture&) = default;

@@ -132,9 +132,8 @@ constexpr DWORD cSecondStart = 10000;
 
 TEST_F(PanelTest, DoesNotWaitForAFirstOneThatHangs) {
     ASSERT_NO_FATAL_FAILURE(Start());
-    const HANDLE thread =
-        OpenThread(THREAD_SUSPEND_RESUME, FALSE,
-                   GetWindowThreadProcessId(Panel().Window(), nullptr));
+    const HANDLE thread = OpenThread(THREAD_SUSPEND_RESUME, FALSE,
+                                     GetWindowThreadProcessId(Panel().Window(), nullptr));
     ASSERT_NE(nullptr, thread);
     SuspendThread(thread);
     RunningTool second("KORA4Panel", {});
