@@ -21,7 +21,6 @@ class EqualizerView final : public View {
     void Show(const kora4::Bands& bands, bool isOn);
     std::size_t Selected() const { return m_selected; }
     void SelectBand(std::size_t band);
-    void EndDrag();
 
     // The user chose another band; the user moved a band, and has the mouse still on it.
     std::function<void()> onSelect;
@@ -46,6 +45,7 @@ class EqualizerView final : public View {
     bool OnKey(WPARAM key);
     void OnMouse(UINT message, Point point);
     void Move(double gain, bool isDrag);
+    void EndDrag();
     Area Plot() const;
     void DrawGrid(Canvas& canvas, const CurvePicture& picture) const;
     void DrawCurve(Canvas& canvas, const CurvePicture& picture) const;

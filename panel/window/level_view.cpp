@@ -50,7 +50,8 @@ void LevelView::Draw(Canvas& canvas) {
         const Area plot{whole.left + m_scale.WidthOf(L"-48") + 2 * gap,
                         whole.top + gap + line + line / 2, whole.right - gap,
                         whole.bottom - gap / 2 - line / 2};
-        DrawLegend(canvas, {plot.left, whole.top + gap / 2, plot.right, whole.top + line});
+        DrawLegend(canvas,
+                   {plot.left, whole.top + gap / 2, plot.right, whole.top + gap / 2 + line});
         DrawScale(canvas, plot);
         DrawBands(canvas, plot);
     } else {

@@ -141,8 +141,6 @@ void MainWindow::ShowTechnology(const Settings& shown, Technology technology) {
 }
 
 void MainWindow::ShowEqualizer(const Settings& shown) {
-    if (m_gainProfile != shown.profile)
-        m_equalizer.EndDrag();
     m_equalizer.Show(shown.bands,
                      shown.isEnabled && shown.switches[IndexOf(Technology::eGraphicEq)]);
     ShowBands(shown);

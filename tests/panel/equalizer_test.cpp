@@ -178,14 +178,6 @@ TEST_F(PanelEqualizer, EndsADragWhenThereAreOtherBands) {
     Mouse(0.9, 0.3, MOUSEEVENTF_LEFTUP);
 }
 
-TEST_F(PanelEqualizer, EndsADragWhenAnotherProfileIsActive) {
-    ASSERT_NO_FATAL_FAILURE(Start());
-    BeginDrag();
-    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MUSIC));
-    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eProfileList) == L"Music"; }));
-    ExpectThatTheDragIsOver();
-}
-
 TEST_F(PanelEqualizer, EndsADragWhenADemoBegins) {
     ASSERT_NO_FATAL_FAILURE(Start());
     BeginDrag();
