@@ -198,6 +198,9 @@ void MainWindow::ShowEnabled(const Settings& shown) {
         {eCompareButton, canSet}};
     for (const auto& [id, isEnabled] : states)
         Enable(id, isEnabled);
+    // A disabled slider is in nobody's hand; it may not say so.
+    if (!canSet)
+        m_heldSlider = 0;
     // While there was no connection, nothing could take the keyboard.
     if (isConnected && GetFocus() == m_window)
         SetFocus(Control(eEnableBox));

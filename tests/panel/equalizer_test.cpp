@@ -98,6 +98,37 @@ TEST_F(PanelEqualizer, FollowsTheMouseAndKeepsADragWhenOthersChangeTheCurve) {
     EXPECT_TRUE(Becomes([&] { return Gain(9) < 0; })) << "a drag is taken back as one change";
 }
 
+TEST_F(PanelEqualizer, GoesOnWithADragInTheProfileThatOthersChoseAndEndsItInADemo) {
+    constexpr std::size_t cLast = 9;
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Mouse(0.98, 0.3, MOUSEEVENTF_LEFTDOWN);
+    EXPECT_TRUE(Becomes([&] { return Gain(cLast) > 3; }));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Graphic equalizer: done."));
+    const double ofMovie = Gain(cLast);
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MUSIC));
+    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eProfileList) == L"Music"; }));
+    Mouse(0.98, 0.2);
+    EXPECT_TRUE(Becomes([&] { return Gain(cLast) > ofMovie + 1; }));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Graphic equalizer: done."));
+    const double ofMusic = Gain(cLast);
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, true));
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsEnabled(eEqualizer); }));
+    for (const double y : {0.7, 0.8, 0.9})
+        Mouse(0.98, y);
+    ASSERT_TRUE(Others().RevertFromDemoMode());
+    EXPECT_TRUE(Becomes([&] { return Panel().IsEnabled(eEqualizer); }));
+    // Nobody holds it any more, although the button is still down.
+    Mouse(0.98, 0.6);
+    Mouse(0.98, 0.6, MOUSEEVENTF_LEFTUP);
+    Sleep(300);
+    EXPECT_EQ(ofMusic, Gain(cLast));
+    // Each change was noted for the profile that it was made in.
+    Press('Z', {VK_CONTROL});
+    EXPECT_TRUE(GainBecomes(cLast, 0));
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MOVIE));
+    EXPECT_EQ(ofMovie, Gain(cLast));
+}
+
 TEST_F(PanelEqualizer, WritesAndReadsTheTextOfTheCommandLine) {
     ASSERT_NO_FATAL_FAILURE(Start());
     Panel().TabTo(eEqualizer);
