@@ -27,8 +27,8 @@ class Journal {
     // The same, by taking back a change, which is none itself.
     void WentBack(const Settings& settings);
 
-    // Whether the profile is the one that was shown when its user wanted to go back. One that
-    // came by going back itself was wanted.
+    // Whether who wanted to go back while `shown` was shown still means what is active now:
+    // a profile that came by the user's own doing, such as another step back, does not matter.
     bool IsMeant(long shown) const { return shown == m_now.profile || m_wasOwnProfile; }
     // What takes back the newest change; as that of History.
     History::Undo TakeBack(Origin origin);

@@ -113,10 +113,12 @@ void MainWindow::OnButton(int id) {
         case eRevertButton:
             return Ask(Make(Action::eRevert));
         case eFlatButton: {
-            const Settings shown = m_session.Shown();
-            Settings flat = shown;
+            Settings flat = m_session.Shown();
             flat.bands = Flat(std::move(flat.bands));
-            return Want(Difference(shown, flat));
+            Items items;
+            for (std::size_t band = 0; band < flat.bands.size(); ++band)
+                items.push_back(Get(flat, Subject::eBand, band));
+            return Want(std::move(items));
         }
         case eImportButton:
         case eExportButton:

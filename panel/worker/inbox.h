@@ -40,7 +40,7 @@ class Inbox {
     // Is told when there begins and ends to be something to do, and of each thing anew.
     explicit Inbox(HWND window) : m_window(window) {}
 
-    // Of commands that set the same item of a profile and are still waiting, the last one counts.
+    // Of commands that set the same item and are still waiting, the last one counts.
     void Push(Command command);
     // `how` marks what was announced.
     template <typename How>

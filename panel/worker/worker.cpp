@@ -131,8 +131,8 @@ class Loop {
             report.answer->code = E_FAIL;
             return Tell(std::move(report));
         }
-        // While it waited, others may have changed the same, and what differs afterwards must be
-        // its doing alone. Whether the store is still there the call itself says.
+        // While it waited, others may have changed the same, and what differs afterwards must
+        // be its doing alone. Whether the store is still there the call itself says.
         static_cast<void>(Follow(Around(command)));
         report.answer->code = Call(command, report.answer->detail);
         if (command.action == Action::eUndo)
@@ -239,9 +239,9 @@ class Loop {
     }
 
     HRESULT Revert(const Command& command) {
-        HRESULT code = CheckProfile(command.profile);
-        if (code == S_OK)
-            code = m_link->Api().RevertActiveProfile().Code();
+        if (const HRESULT code = CheckProfile(command.profile); code != S_OK)
+            return code;
+        const HRESULT code = m_link->Api().RevertActiveProfile().Code();
         m_link->ReadAll();
         return code;
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What waits while another program holds the store, or was meant for something that is not there
-// any more, does what its user saw, or nothing.
+// What waits while another program holds the store, or was meant for something that is not
+// there any more, does what its user saw, or nothing.
 #include <array>
 #include <cmath>
 #include <limits>
@@ -22,8 +22,7 @@ class PanelWaiting : public PanelTest {
         return Becomes([&] { return Leveler() == value; });
     }
     bool ShowsLeveler(const wchar_t* text) {
-        return Becomes(
-            [&] { return Panel().Text(IdFor(eValueText, eVolumeLeveler)) == text; });
+        return Becomes([&] { return Panel().Text(IdFor(eValueText, eVolumeLeveler)) == text; });
     }
     std::optional<std::wstring> Name(long profile) {
         return (*Others().GetProfileTable())[static_cast<std::size_t>(profile)];
@@ -212,7 +211,8 @@ TEST_F(PanelWaiting, SetsWhatWaitsBeforeItEnds) {
     }
     EXPECT_TRUE(LevelerBecomes(4));
     for (const KORA4APITechnology technology : cSwitched)
-        EXPECT_TRUE(Becomes([&] { return !*Others().GetTechnologyOnElseOff(technology); }, 3000))
+        EXPECT_TRUE(
+            Becomes([&] { return !*Others().GetTechnologyOnElseOff(technology); }, 3000))
             << technology;
 }
 
