@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-#include "panel/model/journal.h"
+#include "panel/model/timeline.h"
 
 namespace panel {
 

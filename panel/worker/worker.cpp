@@ -67,7 +67,7 @@ class Loop {
         Report report;
         report.connection = Connection{code};
         if (m_link)
-            m_journal.Opened(m_link->Current());
+            m_timeline.Opened(m_link->Current());
         Tell(std::move(report));
         m_inbox.Done();
     }
@@ -83,8 +83,8 @@ class Loop {
 
     void Tell(Report report) {
         if (m_link) {
-            report.settings = m_journal.Now();
-            report.past = m_journal.Shown();
+            report.settings = m_timeline.Now();
+            report.past = m_timeline.Shown();
         }
         Send(m_window, std::move(report));
     }
@@ -93,8 +93,8 @@ class Loop {
     bool Follow(const Announced& announced) {
         if (!m_link->Read(announced))
             return false;
-        if (m_link->Current() != m_journal.Now()) {
-            m_journal.Became(m_link->Current(), Origin::eForeign, 0, GetTickCount64());
+        if (m_link->Current() != m_timeline.Now()) {
+            m_timeline.Became(m_link->Current(), Origin::eForeign, 0, GetTickCount64());
             Tell({});
         }
         return true;
@@ -136,10 +136,10 @@ class Loop {
         static_cast<void>(Follow(Around(command)));
         report.answer->code = Call(command, report.answer->detail);
         if (command.action == Action::eUndo)
-            m_journal.WentBack(m_link->Current());
+            m_timeline.WentBack(m_link->Current());
         else
-            m_journal.Became(m_link->Current(), Origin::eOwn, command.gesture,
-                             GetTickCount64());
+            m_timeline.Became(m_link->Current(), Origin::eOwn, command.gesture,
+                              GetTickCount64());
         Tell(std::move(report));
     }
 
@@ -208,9 +208,9 @@ class Loop {
     }
 
     HRESULT Undo(const Command& command) {
-        if (!m_journal.IsMeant(command.profile))
-            return Elsewhere(m_journal.Now().profile);
-        const History::Undo undo = m_journal.TakeBack(command.origin);
+        if (!m_timeline.IsMeant(command.profile))
+            return Elsewhere(m_timeline.Now().profile);
+        const History::Undo undo = m_timeline.TakeBack(command.origin);
         switch (undo.verdict) {
             case History::Verdict::eNothing:
                 return cUndoNothing;
@@ -225,16 +225,16 @@ class Loop {
     }
 
     HRESULT Compare(const Command& command) {
-        if (!m_journal.IsMeant(command.profile))
-            return Elsewhere(m_journal.Now().profile);
-        const std::optional<Items> items = m_journal.Compare();
+        if (!m_timeline.IsMeant(command.profile))
+            return Elsewhere(m_timeline.Now().profile);
+        const std::optional<Items> items = m_timeline.Compare();
         return items ? GoBack(*items) : cCompareNew;
     }
 
     HRESULT GoBack(const Items& items) {
-        const HRESULT code = Set(items, m_journal.Now().profile);
+        const HRESULT code = Set(items, m_timeline.Now().profile);
         if (code != S_OK)
-            m_journal.Restore();
+            m_timeline.Restore();
         return code;
     }
 
@@ -307,7 +307,7 @@ class Loop {
     const HWND m_window;
     Inbox& m_inbox;
     std::unique_ptr<ApiLink> m_link;
-    Journal m_journal;
+    Timeline m_timeline;
     Inbox::Time m_nextTry{};
     Inbox::Time m_nextLevels{};
     Inbox::Time m_nextPeriodRead{};

@@ -2,8 +2,8 @@
 // Who made the settings what they are, and the way back: the list of changes and the two states
 // to compare. Belongs to the worker, which alone knows what was stored before and after each
 // change, so that every command is done with what is stored when its turn comes.
-#ifndef KORA4_PANEL_MODEL_JOURNAL_H
-#define KORA4_PANEL_MODEL_JOURNAL_H
+#ifndef KORA4_PANEL_MODEL_TIMELINE_H
+#define KORA4_PANEL_MODEL_TIMELINE_H
 
 #include "panel/model/history.h"
 
@@ -16,7 +16,7 @@ struct Past {
     bool isB = false;
 };
 
-class Journal {
+class Timeline {
   public:
     // The settings as they were noted last.
     const Settings& Now() const { return m_now; }
@@ -53,4 +53,4 @@ class Journal {
 
 }  // namespace panel
 
-#endif  // KORA4_PANEL_MODEL_JOURNAL_H
+#endif  // KORA4_PANEL_MODEL_TIMELINE_H

@@ -1,51 +1,51 @@
 // SPDX-License-Identifier: MIT
 // Noting changes and going back.
-#include "panel/model/journal.h"
+#include "panel/model/timeline.h"
 
 namespace panel {
 
-void Journal::Opened(const Settings& settings) {
+void Timeline::Opened(const Settings& settings) {
     Take(settings, Origin::eForeign);
 }
 
-void Journal::Became(const Settings& settings, Origin origin, unsigned gesture,
-                     std::uint64_t time) {
+void Timeline::Became(const Settings& settings, Origin origin, unsigned gesture,
+                      std::uint64_t time) {
     m_history.Note(origin, m_now, settings, gesture, time);
     Take(settings, origin);
 }
 
-void Journal::WentBack(const Settings& settings) {
+void Timeline::WentBack(const Settings& settings) {
     Take(settings, Origin::eOwn);
 }
 
-void Journal::Take(const Settings& settings, Origin origin) {
+void Timeline::Take(const Settings& settings, Origin origin) {
     if (m_now.profile != settings.profile)
         m_wasOwnProfile = origin == Origin::eOwn;
     m_now = settings;
 }
 
-void Journal::Keep() {
+void Timeline::Keep() {
     m_keptHistory = m_history;
     m_keptComparison = m_comparison;
 }
 
-void Journal::Restore() {
+void Timeline::Restore() {
     m_history = m_keptHistory;
     m_comparison = m_keptComparison;
 }
 
-History::Undo Journal::TakeBack(Origin origin) {
+History::Undo Timeline::TakeBack(Origin origin) {
     Keep();
     return m_history.TakeBack(origin, m_now);
 }
 
-std::optional<Items> Journal::Compare() {
+std::optional<Items> Timeline::Compare() {
     Keep();
     const std::optional<Settings> other = m_comparison.Toggle(m_now);
     return other ? std::optional(Steps(m_now, *other)) : std::nullopt;
 }
 
-Past Journal::Shown() const {
+Past Timeline::Shown() const {
     return {m_history.Has(Origin::eOwn, m_now), m_history.Has(Origin::eForeign, m_now),
             m_comparison.IsB()};
 }
