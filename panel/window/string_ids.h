@@ -104,6 +104,9 @@
 #define IDS_BAD_GAIN 240
 #define IDS_VALUE_IS 241
 #define IDS_CODE_NO_LIBRARY 242
+#define IDS_CODE_OTHER_PLACE 246
+#define IDS_UNDO_NOTHING 247
+#define IDS_WAITING_WITH 248
 
 /* Dialogs. */
 #define IDS_ASK_NEW 250
