@@ -89,7 +89,8 @@ History::Undo History::TakeBack(Origin origin, const Settings& now) {
     const auto newest = Newest(origin, now);
     if (newest == m_changes.end())
         return {};
-    const Change change = *newest;
+    const Change change =
+        std::move(m_changes[static_cast<std::size_t>(newest - m_changes.begin())]);
     m_changes.erase(newest);
     Undo undo{Verdict::eItems, {}};
     for (std::size_t i = 0; i < change.after.size(); ++i) {

@@ -27,6 +27,7 @@ void Send(HWND window, Report report) {
     auto pReport = std::make_unique<Report>(std::move(report));
     if (PostMessageW(window, cReportMessage, 0, reinterpret_cast<LPARAM>(pReport.get())))
         static_cast<void>(pReport.release());
+    // The window deletes it. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 // Everything on the worker's thread.
