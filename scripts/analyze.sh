@@ -3,12 +3,12 @@
 # analyze.sh [FOLDER...]: installs what is missing, configures the preset `clang` and has
 # clang-tidy (.clang-tidy says what it looks for) and cppcheck (tests/checks/cppcheck.txt says what
 # it may report) look at the sources below these folders of the project (default: src tools
-# sdk/include). Exits 1 at a finding.
+# panel sdk/include). Exits 1 at a finding.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 folders=("$@")
-[ "${#folders[@]}" -gt 0 ] || folders=(src tools sdk/include)
+[ "${#folders[@]}" -gt 0 ] || folders=(src tools panel sdk/include)
 cd "$root"
 for folder in "${folders[@]}"; do
   [ -d "$folder" ] || die "there is no folder '$folder' in the project."

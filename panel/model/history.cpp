@@ -11,14 +11,10 @@ namespace panel {
 
 namespace {
 
-bool BelongsToProfile(const Item& item) {
-    return item.subject == Subject::eSwitch || item.subject == Subject::eValue ||
-           item.subject == Subject::eBands;
-}
-
 bool IsOfActiveProfile(const Change& change, const Settings& now) {
     return change.profile == now.profile ||
-           std::none_of(change.before.begin(), change.before.end(), BelongsToProfile);
+           std::none_of(change.before.begin(), change.before.end(),
+                        [](const Item& item) { return BelongsToProfile(item.subject); });
 }
 
 bool CanBeSet(const Item& item) {
@@ -41,8 +37,11 @@ bool CanBeTakenBack(const Item& before, const Item& after) {
 void History::Note(Origin origin, const Settings& from, const Settings& to, unsigned gesture,
                    std::uint64_t time) {
     Change change{origin, to.profile, {}, {}, gesture, time};
+    const bool isDemo = IsDemo(from.profile) || IsDemo(to.profile);
     for (Item& item : Difference(from, to)) {
-        if (from.profile != to.profile && BelongsToProfile(item))
+        if (from.profile != to.profile && BelongsToProfile(item.subject))
+            continue;
+        if (isDemo && item.subject != Subject::eName)
             continue;
         change.before.push_back(Get(from, item.subject, item.index));
         change.after.push_back(std::move(item));
@@ -90,7 +89,8 @@ History::Undo History::TakeBack(Origin origin, const Settings& now) {
     const auto newest = Newest(origin, now);
     if (newest == m_changes.end())
         return {};
-    const Change change = *newest;
+    const Change change =
+        std::move(m_changes[static_cast<std::size_t>(newest - m_changes.begin())]);
     m_changes.erase(newest);
     Undo undo{Verdict::eItems, {}};
     for (std::size_t i = 0; i < change.after.size(); ++i) {

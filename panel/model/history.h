@@ -30,7 +30,8 @@ class History {
     static constexpr std::uint64_t cBurst = 1000;
 
     // Notes that the settings became `to`; nothing when they are equal. With another profile
-    // its values come along: the change is that of the profile alone.
+    // its values come along: the change is that of the profile alone. Nothing of a demo is
+    // noted but the names of profiles: leaving it brings back what was there before.
     void Note(Origin origin, const Settings& from, const Settings& to, unsigned gesture,
               std::uint64_t time);
 

@@ -8,50 +8,35 @@ namespace panel {
 
 Settings Session::Shown() const {
     Settings shown = m_stored;
-    for (const Item& wish : m_wishes)
-        Put(shown, wish);
+    for (const Wish& wish : m_wishes)
+        if (wish.profile == shown.profile || !BelongsToProfile(wish.item.subject))
+            Put(shown, wish.item);
     return shown;
 }
 
-void Session::Want(const Item& item) {
-    std::erase_if(m_wishes, [&](const Item& wish) { return wish.IsAboutSame(item); });
-    m_wishes.push_back(item);
+void Session::Want(const Item& item, unsigned command) {
+    const long profile = Shown().profile;
+    std::erase_if(m_wishes, [&](const Wish& wish) {
+        return wish.item.IsAboutSame(item) &&
+               (wish.profile == profile || !BelongsToProfile(item.subject));
+    });
+    m_wishes.push_back({command, profile, item});
 }
 
 bool Session::Wants(Subject subject, std::size_t index) const {
-    return std::any_of(m_wishes.begin(), m_wishes.end(), [=](const Item& wish) {
-        return wish.subject == subject && wish.index == index;
+    return std::any_of(m_wishes.begin(), m_wishes.end(), [=](const Wish& wish) {
+        return wish.item.subject == subject && wish.item.index == index;
     });
 }
 
-void Session::Answered(const Items& items) {
-    std::erase_if(m_wishes, [&](const Item& wish) {
-        return std::find(items.begin(), items.end(), wish) != items.end();
-    });
+void Session::Answered(unsigned command) {
+    std::erase_if(m_wishes, [=](const Wish& wish) { return wish.command <= command; });
 }
 
-void Session::Became(const Settings& settings, Origin origin, bool isNoted, unsigned gesture,
-                     std::uint64_t time) {
-    if (isNoted)
-        m_history.Note(origin, m_stored, settings, gesture, time);
-    Take(settings);
-}
-
-void Session::Connected(const Settings& settings) {
-    m_wishes.clear();
-    Take(settings);
-}
-
-void Session::Take(const Settings& settings) {
+void Session::Became(const Settings& settings) {
     m_stored = settings;
     if (IsPreset(settings.profile))
         m_lastPreset = settings.profile;
-}
-
-std::optional<Items> Session::Compare() {
-    const Settings now = Shown();
-    const std::optional<Settings> other = m_comparison.Toggle(now);
-    return other ? std::optional(Steps(now, *other)) : std::nullopt;
 }
 
 }  // namespace panel

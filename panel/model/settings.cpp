@@ -2,7 +2,18 @@
 // Items of the settings: taking, putting, comparing.
 #include "panel/model/settings.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace panel {
+
+namespace {
+
+bool IsSamePlace(const kora4::Band& a, const kora4::Band& b) {
+    return !(a.frequency < b.frequency || b.frequency < a.frequency);
+}
+
+}  // namespace
 
 Item Get(const Settings& settings, Subject subject, std::size_t index) {
     Item item;
@@ -24,11 +35,20 @@ Item Get(const Settings& settings, Subject subject, std::size_t index) {
         case Subject::eBands:
             item.bands = settings.bands;
             break;
+        case Subject::eBand:
+            if (index < settings.bands.size())
+                item.bands = {settings.bands[index]};
+            break;
         case Subject::eName:
             item.name = settings.names[index];
             break;
     }
     return item;
+}
+
+bool Fits(const Item& band, const kora4::Bands& bands) {
+    return band.index < bands.size() && !band.bands.empty() &&
+           IsSamePlace(band.bands[0], bands[band.index]);
 }
 
 void Put(Settings& settings, const Item& item) {
@@ -47,6 +67,10 @@ void Put(Settings& settings, const Item& item) {
             break;
         case Subject::eBands:
             settings.bands = item.bands;
+            break;
+        case Subject::eBand:
+            if (Fits(item, settings.bands))
+                settings.bands[item.index] = item.bands[0];
             break;
         case Subject::eName:
             settings.names[item.index] = item.name;
@@ -71,10 +95,29 @@ Items All(const Settings& settings) {
 
 Items Difference(const Settings& from, const Settings& to) {
     Items items;
-    for (const Item& item : All(to))
+    const bool areSamePlaces = std::equal(from.bands.begin(), from.bands.end(),
+                                          to.bands.begin(), to.bands.end(), IsSamePlace);
+    const auto add = [&](const Item& item) {
         if (item != Get(from, item.subject, item.index))
             items.push_back(item);
+    };
+    for (const Item& item : All(to))
+        if (item.subject != Subject::eBands || !areSamePlaces)
+            add(item);
+    for (std::size_t band = 0; areSamePlaces && band < to.bands.size(); ++band)
+        add(Get(to, Subject::eBand, band));
     return items;
+}
+
+std::optional<kora4::Bands> Together(const Items& items, kora4::Bands bands) {
+    for (const Item& item : items) {
+        if (item.subject != Subject::eBand)
+            continue;
+        if (!Fits(item, bands))
+            return std::nullopt;
+        bands[item.index] = item.bands[0];
+    }
+    return bands;
 }
 
 std::optional<long> FreeCustomProfile(const Settings& settings) {

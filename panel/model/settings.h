@@ -49,13 +49,14 @@ enum class Subject {
     eSwitch,   // of a technology
     eValue,    // of a technology other than the graphic equalizer
     eBands,    // the graphic equalizer
+    eBand,     // the gain of one of its bands, in `bands`; none when that band does not exist
     eName      // of a custom profile; none when it does not exist
 };
 
 // One item with a content; which of its members counts depends on the subject.
 struct Item {
     Subject subject = Subject::eProfile;
-    std::size_t index = 0;  // the technology, or for eName the profile
+    std::size_t index = 0;  // the technology, for eName the profile, for eBand the band
     double number = 0;      // profile, value; 0 or 1 for enable and switches
     kora4::Bands bands;
     std::optional<std::wstring> name;
@@ -67,6 +68,12 @@ struct Item {
     }
 };
 using Items = std::vector<Item>;
+
+// Whether each profile has an item of its own of that subject.
+constexpr bool BelongsToProfile(Subject subject) {
+    return subject == Subject::eSwitch || subject == Subject::eValue ||
+           subject == Subject::eBands || subject == Subject::eBand;
+}
 
 // Everything that is announced when it changes.
 struct Settings {
@@ -82,13 +89,19 @@ struct Settings {
 
 // The item of that subject as it is in the settings.
 Item Get(const Settings& settings, Subject subject, std::size_t index = 0);
-// Puts the item into the settings.
+// Whether the bands have that one: the same frequency in the same place.
+bool Fits(const Item& band, const kora4::Bands& bands);
+// Puts the item into the settings; a band that they do not have changes nothing.
 void Put(Settings& settings, const Item& item);
 
 // Every item there is, in an order in which they can be set: the profile before its values.
 Items All(const Settings& settings);
-// The items of `to` that are other ones in `from`.
+// The items of `to` that are other ones in `from`; single bands where only gains differ.
 Items Difference(const Settings& from, const Settings& to);
+
+// The bands with the gains of single ones among the items: the API sets bands together only.
+// None when there is one that they do not have.
+std::optional<kora4::Bands> Together(const Items& items, kora4::Bands bands);
 
 // The first custom profile that does not exist, or none.
 std::optional<long> FreeCustomProfile(const Settings& settings);

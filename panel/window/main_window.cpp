@@ -123,8 +123,9 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
             return 0;
         case WM_TIMER:
             KillTimer(m_window, cPatienceTimer);
-            m_isWaiting = true;
-            ShowAll();
+            // One that was on its way when the work was done.
+            if (m_isBusy && !std::exchange(m_isWaiting, true))
+                ShowAll();
             return 0;
         case WM_COMMAND:
             OnCommand(LOWORD(wParam), HIWORD(wParam));
@@ -197,6 +198,8 @@ std::optional<LRESULT> MainWindow::HandleFrame(UINT message, WPARAM wParam, LPAR
             return TRUE;
         case WM_DESTROY:
             m_tray.Remove();
+            // What is in the field counts as when it is left.
+            CommitGain();
             m_worker.reset();
             PostQuitMessage(0);
             return 0;
@@ -303,10 +306,11 @@ void MainWindow::OnReport(std::unique_ptr<Report> pReport) {
     }
     if (pReport->answer) {
         const Answer& answer = *pReport->answer;
-        m_session.Answered(answer.items);
+        m_session.Answered(answer.number);
+        if (m_pending && m_pending->number <= answer.number)
+            m_pending.reset();
         if (IsRefusal(*pReport))
-            m_refused = Command{answer.action,  answer.items,    answer.text,
-                                answer.profile, answer.fallback, 0};
+            m_refused = static_cast<const Command&>(answer);
         else if (answer.code == S_OK)
             m_refused.reset();
         m_status = AnswerText(answer);
@@ -319,23 +323,21 @@ void MainWindow::OnReport(std::unique_ptr<Report> pReport) {
         m_status = IsConnected() ? m_strings.Text(IDS_READY) : std::wstring();
     }
     if (pReport->settings) {
-        if (pReport->connection)
-            m_session.Connected(*pReport->settings);
-        else
-            m_session.Became(*pReport->settings, pReport->origin, pReport->isNoted,
-                             pReport->gesture, GetTickCount64());
-        if (pReport->origin == Origin::eForeign && pReport->isNoted)
+        m_session.Became(*pReport->settings);
+        m_past = pReport->past;
+        if (!pReport->connection && !pReport->answer)
             m_status = m_strings.Text(IDS_FOREIGN);
     }
     ShowAll();
 }
 
+// Whatever the worker begins has its own time.
 void MainWindow::OnBusy(bool isBusy) {
-    if (isBusy) {
+    m_isBusy = isBusy;
+    if (isBusy)
         SetTimer(m_window, cPatienceTimer, cPatience, nullptr);
-        return;
-    }
-    KillTimer(m_window, cPatienceTimer);
+    else
+        KillTimer(m_window, cPatienceTimer);
     if (std::exchange(m_isWaiting, false))
         ShowAll();
 }

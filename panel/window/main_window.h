@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "panel/model/session.h"
@@ -105,6 +106,7 @@ class MainWindow {
     void Enable(int id, bool isEnabled) const;
     std::wstring ProfileName(const Settings& settings, long profile) const;
     std::wstring BannerText() const;
+    std::wstring ActionText(const Command& command) const;
     std::wstring AnswerText(const Answer& answer) const;
     std::wstring CodeText(HRESULT code) const;
     std::wstring SubjectName(const Item& item) const;
@@ -118,7 +120,9 @@ class MainWindow {
     void ChooseOf(int id, std::size_t chosen, bool isPicked);
     void OnEnter();
     void OnEscape();
-    void Want(Item item, unsigned gesture = 0);
+    void Want(Items items, unsigned gesture = 0);
+    void Want(Item item, unsigned gesture = 0) { Want(Items{std::move(item)}, gesture); }
+    void Ask(Command command);
     void ChooseProfile(long profile);
     void NewProfile();
     void RenameProfile();
@@ -127,7 +131,6 @@ class MainWindow {
     void MoveBand(std::size_t band, double gain, bool isDrag);
     void TransferFile(bool isImport);
     void UndoLast(Origin origin);
-    void CompareStates();
     void PressBanner();
     void ShowMoreMenu();
     void OnMenu(int id);
@@ -154,7 +157,11 @@ class MainWindow {
     std::optional<LevelsRead> m_levels;
     std::optional<Command> m_refused;  // by the store; done again when the user says so
     std::wstring m_status;
-    bool m_isWaiting = false;  // for another program
+    Past m_past;
+    unsigned m_asked = 0;              // the number of the last command
+    std::optional<Command> m_pending;  // the last one that shows in no control, unanswered
+    bool m_isBusy = false;             // the worker
+    bool m_isWaiting = false;          // for another program
     int m_heldSlider = 0;
     unsigned m_gesture = 1;
     // What the lists were filled for; an open one keeps its content.

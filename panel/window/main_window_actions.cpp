@@ -34,7 +34,7 @@ Item About(Subject subject, std::size_t index, double number) {
 Command MainWindow::Make(Action action) const {
     Command command;
     command.action = action;
-    command.profile = m_session.Stored().profile;
+    command.profile = m_session.Shown().profile;
     command.fallback = m_session.LastPreset();
     return command;
 }
@@ -44,13 +44,26 @@ void MainWindow::Say(std::wstring status) {
     ShowAll();
 }
 
-void MainWindow::Want(Item item, unsigned gesture) {
-    m_session.Want(item);
+void MainWindow::Want(Items items, unsigned gesture) {
     Command command = Make(Action::eSet);
-    command.items = {std::move(item)};
+    for (const Item& item : items)
+        m_session.Want(item, m_asked + 1);
+    command.items = std::move(items);
     command.gesture = gesture;
-    m_worker->Ask(std::move(command));
+    Ask(std::move(command));
     ShowAll();
+}
+
+void MainWindow::Ask(Command command) {
+    command.number = ++m_asked;
+    // The controls show the wishes, the status line the others.
+    if (command.action != Action::eSet && command.action != Action::eTryAgain) {
+        m_pending = command;
+        ShowStatus();
+    }
+    // Not any more when the window is being destroyed.
+    if (m_worker)
+        m_worker->Ask(std::move(command));
 }
 
 void MainWindow::OnCommand(int id, int event) {
@@ -98,11 +111,14 @@ void MainWindow::OnButton(int id) {
         case eDeleteButton:
             return DeleteProfile();
         case eRevertButton:
-            return m_worker->Ask(Make(Action::eRevert));
+            return Ask(Make(Action::eRevert));
         case eFlatButton: {
-            Item item = Get(m_session.Shown(), Subject::eBands);
-            item.bands = Flat(std::move(item.bands));
-            return Want(std::move(item));
+            Settings flat = m_session.Shown();
+            flat.bands = Flat(std::move(flat.bands));
+            Items items;
+            for (std::size_t band = 0; band < flat.bands.size(); ++band)
+                items.push_back(Get(flat, Subject::eBand, band));
+            return Want(std::move(items));
         }
         case eImportButton:
         case eExportButton:
@@ -112,7 +128,7 @@ void MainWindow::OnButton(int id) {
         case eUndoForeignButton:
             return UndoLast(Origin::eForeign);
         case eCompareButton:
-            return CompareStates();
+            return Ask(Make(Action::eCompare));
         default:
             return;
     }
@@ -206,23 +222,20 @@ void MainWindow::ChooseProfile(long profile) {
         return;
     // From a demo, no other profile can be chosen before it is left.
     if (IsDemo(active) && !IsDemo(profile))
-        m_worker->Ask(Make(Action::eLeaveDemo));
+        Ask(Make(Action::eLeaveDemo));
     Want(About(Subject::eProfile, 0, static_cast<double>(profile)));
 }
 
 void MainWindow::NewProfile() {
-    const auto profile = FreeCustomProfile(m_session.Stored());
-    if (!profile)
+    if (!FreeCustomProfile(m_session.Stored()))
         return Say(m_strings.Text(IDS_NO_FREE_PROFILE));
     const auto name =
         AskName(m_window, m_strings, m_look, IDS_ASK_NEW, m_strings.Text(IDS_NAME_PROPOSAL));
     if (!name)
         return;
     Command command = Make(Action::eCreate);
-    // Another one may have been made while the dialog was open.
-    command.profile = FreeCustomProfile(m_session.Stored()).value_or(*profile);
     command.text = *name;
-    m_worker->Ask(std::move(command));
+    Ask(std::move(command));
 }
 
 void MainWindow::RenameProfile() {
@@ -232,7 +245,7 @@ void MainWindow::RenameProfile() {
     if (!name)
         return;
     command.text = *name;
-    m_worker->Ask(std::move(command));
+    Ask(std::move(command));
 }
 
 void MainWindow::DeleteProfile() {
@@ -243,7 +256,7 @@ void MainWindow::DeleteProfile() {
                          ProfileName(stored, command.fallback));
     if (MessageBoxW(m_window, question.c_str(), m_strings.Text(IDS_TITLE).c_str(),
                     MB_OKCANCEL | MB_ICONWARNING | MB_DEFBUTTON2) == IDOK)
-        m_worker->Ask(std::move(command));
+        Ask(std::move(command));
 }
 
 // ---- The equalizer ----------------------------------------------------------------------
@@ -263,11 +276,12 @@ void MainWindow::CommitGain() {
 }
 
 void MainWindow::MoveBand(std::size_t band, double gain, bool isDrag) {
-    Item item = Get(m_session.Shown(), Subject::eBands);
-    item.bands = WithGain(std::move(item.bands), band, gain);
-    if (item.bands == m_session.Shown().bands)
+    const Settings shown = m_session.Shown();
+    Settings moved = shown;
+    moved.bands = WithGain(std::move(moved.bands), band, gain);
+    if (moved.bands == shown.bands)
         return ShowAll();
-    Want(std::move(item), isDrag ? m_gesture : 0);
+    Want(Get(moved, Subject::eBand, band), isDrag ? m_gesture : 0);
 }
 
 void MainWindow::TransferFile(bool isImport) {
@@ -289,46 +303,26 @@ void MainWindow::TransferFile(bool isImport) {
         return;
     Command command = Make(isImport ? Action::eImport : Action::eExport);
     command.text = path;
-    m_worker->Ask(std::move(command));
+    Ask(std::move(command));
 }
 
 // ---- Undo, compare, demo ----------------------------------------------------------------
 
 void MainWindow::UndoLast(Origin origin) {
-    History::Undo undo = m_session.Changes().TakeBack(origin, m_session.Stored());
-    switch (undo.verdict) {
-        case History::Verdict::eOvertaken:
-            return Say(m_strings.Text(IDS_UNDO_OVERTAKEN));
-        case History::Verdict::eImpossible:
-            return Say(m_strings.Text(IDS_UNDO_IMPOSSIBLE));
-        case History::Verdict::eNothing:
-            return;
-        case History::Verdict::eItems:
-            break;
-    }
     Command command = Make(Action::eUndo);
-    command.items = std::move(undo.items);
-    m_worker->Ask(std::move(command));
-}
-
-void MainWindow::CompareStates() {
-    std::optional<Items> items = m_session.Compare();
-    if (!items)
-        return Say(m_strings.Text(IDS_COMPARE_NEW));
-    Command command = Make(Action::eCompare);
-    command.items = std::move(*items);
-    m_worker->Ask(std::move(command));
+    command.origin = origin;
+    Ask(std::move(command));
 }
 
 // Leaves the demo, or tries again what did not work.
 void MainWindow::PressBanner() {
     const bool isDemo = IsConnected() && IsDemo(m_session.Stored().profile);
     if (m_refused || !isDemo)
-        m_worker->Ask(Make(Action::eTryAgain));
+        Ask(Make(Action::eTryAgain));
     if (isDemo)
-        m_worker->Ask(Make(Action::eLeaveDemo));
+        Ask(Make(Action::eLeaveDemo));
     else if (m_refused)
-        m_worker->Ask(*m_refused);
+        Ask(*m_refused);
 }
 
 // ---- The menu ---------------------------------------------------------------------------

@@ -74,7 +74,7 @@ void MainWindow::ShowAll() {
     ShowEqualizer(shown);
     ShowBanner();
     ShowEnabled(shown);
-    ShowText(eCompareButton, m_strings.Text(m_session.IsB() ? IDS_COMPARE_B : IDS_COMPARE_A));
+    ShowText(eCompareButton, m_strings.Text(m_past.isB ? IDS_COMPARE_B : IDS_COMPARE_A));
     ShowStatus();
     const bool wantsLevels = SendMessageW(Control(eLevelBox), BM_GETCHECK, 0, 0) == BST_CHECKED;
     m_levelView.Show(wantsLevels && IsConnected() ? m_levels : std::nullopt);
@@ -204,11 +204,14 @@ void MainWindow::ShowEnabled(const Settings& shown) {
         {eExportButton, isConnected && !shown.bands.empty()},
         {eLevelBox, isConnected},
         {eLevels, isConnected},
-        {eUndoOwnButton, canSet && m_session.Changes().Has(Origin::eOwn, shown)},
-        {eUndoForeignButton, canSet && m_session.Changes().Has(Origin::eForeign, shown)},
+        {eUndoOwnButton, canSet && (m_past.hasOwn || m_session.HasWishes())},
+        {eUndoForeignButton, canSet && m_past.hasForeign},
         {eCompareButton, canSet}};
     for (const auto& [id, isEnabled] : states)
         Enable(id, isEnabled);
+    // A disabled slider is in nobody's hand; it may not say so.
+    if (!canSet)
+        m_heldSlider = 0;
     // While there was no connection, nothing could take the keyboard.
     if (isConnected && GetFocus() == m_window)
         SetFocus(Control(eEnableBox));
@@ -280,7 +283,11 @@ void MainWindow::ShowBanner() {
 }
 
 void MainWindow::ShowStatus() {
-    ShowText(eStatusText, m_isWaiting ? m_strings.Text(IDS_WAITING) : m_status);
+    std::wstring text = m_status;
+    if (m_isWaiting && IsConnected())
+        text = m_pending ? m_strings.Format(IDS_WAITING_WITH, ActionText(*m_pending))
+                         : m_strings.Text(IDS_WAITING);
+    ShowText(eStatusText, text);
 }
 
 std::wstring MainWindow::CodeText(HRESULT code) const {
@@ -299,6 +306,12 @@ std::wstring MainWindow::CodeText(HRESULT code) const {
         {E_ACCESSDENIED, IDS_CODE_DENIED},
         {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), IDS_CODE_NO_FILE},
         {HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND), IDS_CODE_NO_FILE},
+        {cOtherPlace, IDS_CODE_OTHER_PLACE},
+        {cNoFreeProfile, IDS_NO_FREE_PROFILE},
+        {cUndoNothing, IDS_UNDO_NOTHING},
+        {cUndoOvertaken, IDS_UNDO_OVERTAKEN},
+        {cUndoImpossible, IDS_UNDO_IMPOSSIBLE},
+        {cCompareNew, IDS_COMPARE_NEW},
     };
     for (const Known& known : cKnown)
         if (known.code == code)
@@ -317,6 +330,7 @@ std::wstring MainWindow::SubjectName(const Item& item) const {
         case Subject::eValue:
             return m_strings.Plain(IDS_VOLUME_LEVELER + static_cast<UINT>(item.index));
         case Subject::eBands:
+        case Subject::eBand:
             return m_strings.Plain(IDS_GRAPHIC_EQ);
         case Subject::eName:
             return m_strings.Plain(IDS_PROFILE);
@@ -324,16 +338,20 @@ std::wstring MainWindow::SubjectName(const Item& item) const {
     return {};
 }
 
-std::wstring MainWindow::AnswerText(const Answer& answer) const {
+std::wstring MainWindow::ActionText(const Command& command) const {
     // By action.
     constexpr UINT cDid[] = {
         IDS_DID_SET,    IDS_DID_UNDO,   IDS_DID_COMPARE,    IDS_DID_CREATE, IDS_DID_RENAME,
         IDS_DID_DELETE, IDS_DID_REVERT, IDS_DID_LEAVE_DEMO, IDS_DID_IMPORT, IDS_DID_EXPORT};
-    const auto action = static_cast<std::size_t>(answer.action);
-    std::wstring did =
-        action < std::size(cDid) ? m_strings.Format(cDid[action], answer.text) : std::wstring();
-    if (answer.action == Action::eSet && !answer.items.empty())
-        did = SubjectName(answer.items.front());
+    const auto action = static_cast<std::size_t>(command.action);
+    if (command.action == Action::eSet && !command.items.empty())
+        return SubjectName(command.items.front());
+    return action < std::size(cDid) ? m_strings.Format(cDid[action], command.text)
+                                    : std::wstring();
+}
+
+std::wstring MainWindow::AnswerText(const Answer& answer) const {
+    const std::wstring did = ActionText(answer);
     if (answer.code == S_OK)
         return m_strings.Format(IDS_DONE, did);
     if (!answer.detail.empty())

@@ -6,21 +6,21 @@
 #include <kora4.hpp>
 
 #include <array>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "panel/model/history.h"
-#include "panel/model/settings.h"
+#include "panel/model/timeline.h"
 
 namespace panel {
 
 enum class Action {
     eSet,        // `items`, one after the other, until one is not done
-    eUndo,       // the same; not noted as a change
-    eCompare,    // the same, for the other one of two states
-    eCreate,     // custom profile `profile` with the name `text`; then it is the active one
-    eRename,     // the same profile's name
+    eUndo,       // the last change of `origin`; not noted as one itself
+    eCompare,    // to the other one of two states
+    eCreate,     // a custom profile with the name `text`; then it is the active one
+    eRename,     // `profile` gets the name `text`
     eDelete,     // `profile`; `fallback` becomes active first if need be
     eRevert,     // the active profile to its factory values
     eLeaveDemo,  // whoever entered it
@@ -33,48 +33,57 @@ struct Command {
     Action action = Action::eSet;
     Items items;
     std::wstring text;
-    long profile = 0;
+    long profile = 0;  // that was shown: what belongs to a profile is set in no other one
     long fallback = 0;
     unsigned gesture = 0;  // of History
+    Origin origin = Origin::eOwn;
+    unsigned number = 0;  // ascending
 };
 
+// Answers of the panel's own. None is a failure: the store has not refused anything.
+constexpr HRESULT OwnCode(HRESULT number) {
+    return KORA4_S_DEMO_MODE_ACTIVE + 0x1000 + number;
+}
+inline constexpr HRESULT cOtherPlace = OwnCode(0);  // meant for what is not there any more
+inline constexpr HRESULT cNoFreeProfile = OwnCode(1);
+inline constexpr HRESULT cUndoNothing = OwnCode(2);  // as the verdicts of History
+inline constexpr HRESULT cUndoOvertaken = OwnCode(3);
+inline constexpr HRESULT cUndoImpossible = OwnCode(4);
+inline constexpr HRESULT cCompareNew = OwnCode(5);  // there is no other state yet
+
 // What a command came to.
-struct Answer {
-    Action action = Action::eSet;
-    Items items;  // of the command
+struct Answer : Command {
     HRESULT code = S_OK;
     std::string detail;  // what is wrong with a file, in UTF-8; or empty
-    std::wstring text;   // of the command
-    long profile = 0;    // of the command
-    long fallback = 0;   // of the command
 };
 
 struct Connection {
     HRESULT code = S_OK;  // S_OK: there is an object; otherwise why there is none
-    ULONG engineMask = 0;
 };
 
 struct LevelsRead {
     HRESULT code = S_OK;  // S_FALSE: nothing is published
     std::array<float, KORA4_VISUALIZATION_BANDS> gains{};
     std::array<float, KORA4_VISUALIZATION_BANDS> excitations{};
-    friend bool operator==(const LevelsRead&, const LevelsRead&) = default;
+    // By their bits: what is no number is the same as before, too.
+    friend bool operator==(const LevelsRead& a, const LevelsRead& b) {
+        return a.code == b.code && std::memcmp(&a.gains, &b.gains, sizeof a.gains) == 0 &&
+               std::memcmp(&a.excitations, &b.excitations, sizeof a.excitations) == 0;
+    }
 };
 
 // One message to the window; any of these may be in it.
 struct Report {
     std::optional<Connection> connection;
     std::optional<Settings> settings;  // all of them, as they are now
-    Origin origin = Origin::eForeign;  // whose change made them so
-    bool isNoted = true;               // in the history
-    unsigned gesture = 0;
+    Past past;
     std::optional<Answer> answer;
     std::optional<LevelsRead> levels;
 };
 
 // Posted to the window: lParam is a Report, which the window owns then.
 inline constexpr UINT cReportMessage = WM_APP;
-// Posted when the worker begins and ends to have something to do (wParam).
+// Posted when the worker begins something (wParam), and when there is nothing more to do.
 inline constexpr UINT cBusyMessage = WM_APP + 1;
 
 }  // namespace panel

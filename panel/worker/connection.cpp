@@ -170,6 +170,8 @@ HRESULT ApiLink::Set(const Item& item) {
             return code;
         case Subject::eName:
             return SetName(item);
+        case Subject::eBand:
+            break;
     }
     return E_INVALIDARG;
 }
@@ -181,15 +183,28 @@ HRESULT ApiLink::SetProfile(long profile) {
     return status.Code();
 }
 
-// With a name, a profile that exists is renamed and another one created.
+// A profile without a name does not exist.
 HRESULT ApiLink::SetName(const Item& item) {
     const auto profile = static_cast<long>(item.index);
-    const kora4::Status status = !item.name ? m_api.DeleteCustomProfile(profile)
-                                 : m_settings.names[item.index]
-                                     ? m_api.SetCustomProfileName(profile, *item.name)
-                                     : m_api.CreateCustomProfile(profile, *item.name);
+    const kora4::Status status = item.name ? m_api.SetCustomProfileName(profile, *item.name)
+                                           : m_api.DeleteCustomProfile(profile);
     ReadTable();
-    return status.Code();
+    const bool isGone = item.name && !m_settings.names[item.index];
+    return isGone && FAILED(status.Code()) ? KORA4_S_NO_SUCH_CUSTOM_PROFILE : status.Code();
+}
+
+HRESULT ApiLink::Create(const std::wstring& name) {
+    ReadTable();
+    while (const auto profile = FreeCustomProfile(m_settings)) {
+        const HRESULT code = m_api.CreateCustomProfile(*profile, name).Code();
+        ReadTable();
+        if (code == S_OK)
+            return SetProfile(*profile);
+        // Unless somebody was faster, the next place is no better.
+        if (!m_settings.names[static_cast<std::size_t>(*profile)])
+            return code;
+    }
+    return cNoFreeProfile;
 }
 
 HRESULT ApiLink::LeaveDemo() {

@@ -32,8 +32,11 @@ class ApiLink {
     bool ReadAll();
     bool Read(const Announced& announced);
 
-    // Makes the call that sets the item, and reads again what it may have changed.
+    // Makes the call that sets the item, which is no single band, and reads again what it may
+    // have changed.
     HRESULT Set(const Item& item);
+    // Creates it where none is, and makes it the active one.
+    HRESULT Create(const std::wstring& name);
     // Enters no demo and leaves it, whoever entered it.
     HRESULT LeaveDemo();
 

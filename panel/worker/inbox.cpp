@@ -10,8 +10,8 @@ namespace {
 
 bool Replaces(const Command& later, const Command& earlier) {
     return later.action == Action::eSet && earlier.action == Action::eSet &&
-           later.items.size() == 1 && earlier.items.size() == 1 &&
-           later.items[0].IsAboutSame(earlier.items[0]);
+           later.profile == earlier.profile && later.items.size() == 1 &&
+           earlier.items.size() == 1 && later.items[0].IsAboutSame(earlier.items[0]);
 }
 
 }  // namespace
@@ -57,11 +57,13 @@ Work Inbox::Take(std::optional<Time> until) {
     else
         m_wake.wait(hold, hasWork);
     Work work;
-    work.isNothing = !HasWork();
-    work.isEnd = m_isEnd;
+    // What its user wanted before the end is done.
+    work.isEnd = m_isEnd && m_commands.empty();
+    if (m_isBusy)
+        PostMessageW(m_window, cBusyMessage, TRUE, 0);
     m_levelsChanged = false;
     work.announced = std::exchange(m_announced, {});
-    if (work.announced == Announced{} && !m_commands.empty()) {
+    if ((m_isEnd || work.announced == Announced{}) && !m_commands.empty()) {
         work.command = std::move(m_commands.front());
         m_commands.pop_front();
     }
@@ -77,6 +79,11 @@ void Inbox::Done() {
 void Inbox::Begin() {
     const std::lock_guard<std::mutex> hold(m_mutex);
     SetBusy(true);
+}
+
+void Inbox::Pause() {
+    const std::lock_guard<std::mutex> hold(m_mutex);
+    SetBusy(false);
 }
 
 bool Inbox::ShowsLevels() const {

@@ -31,14 +31,13 @@ struct Work {
     Announced announced;
     std::optional<Command> command;
     bool isEnd = false;
-    bool isNothing = true;  // the time was up
 };
 
 class Inbox {
   public:
     using Time = std::chrono::steady_clock::time_point;
 
-    // Is told when there begins and ends to be something to do.
+    // Is told when there begins and ends to be something to do, and of each thing anew.
     explicit Inbox(HWND window) : m_window(window) {}
 
     // Of commands that set the same item and are still waiting, the last one counts.
@@ -54,6 +53,7 @@ class Inbox {
         m_wake.notify_one();
     }
     void ShowLevels(bool isShown);
+    // What is in it by now is still done.
     void End();
 
     // What there is to do; waits for it, until that time if one is given.
@@ -62,6 +62,8 @@ class Inbox {
     void Done();
     // Something is done that nobody asked for.
     void Begin();
+    // What is done until Begin makes no call of the library: it waits for nobody.
+    void Pause();
     bool ShowsLevels() const;
 
   private:

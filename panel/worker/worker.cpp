@@ -27,6 +27,7 @@ void Send(HWND window, Report report) {
     auto pReport = std::make_unique<Report>(std::move(report));
     if (PostMessageW(window, cReportMessage, 0, reinterpret_cast<LPARAM>(pReport.get())))
         static_cast<void>(pReport.release());
+    // The window deletes it. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 // Everything on the worker's thread.
@@ -40,8 +41,8 @@ class Loop {
                 Connect();
             const Work work = m_inbox.Take(NextTime());
             m_isEnd = work.isEnd;
-            if (!m_isEnd && m_link && work.announced != Announced{})
-                Follow(work.announced);
+            if (!m_isEnd && m_link && work.announced != Announced{} && !Follow(work.announced))
+                Lose();
             if (!m_isEnd && work.command)
                 Do(*work.command);
             if (!m_isEnd && m_link && m_inbox.ShowsLevels() && Clock::now() >= m_nextLevels)
@@ -65,14 +66,10 @@ class Loop {
         m_nextPeriodRead = {};
         m_lastLevels.reset();
         Report report;
-        report.connection = Connection{code, 0};
-        if (m_link) {
-            report.connection->engineMask =
-                m_link->Api().GetTechnologyMasterEnables().ValueOr(0);
-            report.settings = m_link->Current();
-            report.isNoted = false;
-        }
-        Send(m_window, std::move(report));
+        report.connection = Connection{code};
+        if (m_link)
+            m_timeline.Opened(m_link->Current());
+        Tell(std::move(report));
         m_inbox.Done();
     }
 
@@ -81,25 +78,49 @@ class Loop {
         m_link.reset();
         m_nextTry = Clock::now() + cRetry;
         Report report;
-        report.connection = Connection{E_FAIL, 0};
+        report.connection = Connection{E_FAIL};
+        Tell(std::move(report));
+    }
+
+    void Tell(Report report) {
+        if (m_link) {
+            report.settings = m_timeline.Now();
+            report.past = m_timeline.Shown();
+        }
         Send(m_window, std::move(report));
     }
 
-    void Follow(const Announced& announced) {
+    // Reads what others may have changed. False: the store is not there any more.
+    bool Follow(const Announced& announced) {
         if (!m_link->Read(announced))
-            return Lose();
-        Report report;
-        report.settings = m_link->Current();
-        Send(m_window, std::move(report));
+            return false;
+        if (m_link->Current() != m_timeline.Now()) {
+            m_timeline.Became(m_link->Current(), Origin::eForeign, 0, GetTickCount64());
+            Tell({});
+        }
+        return true;
+    }
+
+    // What the command is about.
+    static Announced Around(const Command& command) {
+        Announced around;
+        around.isAll = command.action != Action::eSet;
+        for (const Item& item : command.items) {
+            around.isTable = around.isTable || item.subject == Subject::eName;
+            around.isEnable = around.isEnable || item.subject == Subject::eEnable;
+            around.isBands = around.isBands || item.subject == Subject::eBands ||
+                             item.subject == Subject::eBand;
+            if (item.subject == Subject::eSwitch)
+                around.switches[item.index] = true;
+            if (item.subject == Subject::eValue)
+                around.values[item.index] = true;
+        }
+        return around;
     }
 
     void Do(const Command& command) {
         Report report;
-        report.origin = Origin::eOwn;
-        report.isNoted = command.action != Action::eUndo;
-        report.gesture = command.gesture;
-        report.answer = Answer{command.action,  command.items,   S_OK, {}, command.text,
-                               command.profile, command.fallback};
+        report.answer = Answer{command, S_OK, {}};
         if (command.action == Action::eTryAgain) {
             // An object holds the keys that it has opened: only a new one sees a store that was
             // made again.
@@ -107,54 +128,122 @@ class Loop {
             m_nextTry = Clock::now();
             return;
         }
-        if (!m_link)
+        if (!m_link) {
             report.answer->code = E_FAIL;
+            return Tell(std::move(report));
+        }
+        // While it waited, others may have changed the same, and what differs afterwards must
+        // be its doing alone. Whether the store is still there the call itself says.
+        static_cast<void>(Follow(Around(command)));
+        report.answer->code = Call(command, report.answer->detail);
+        if (command.action == Action::eUndo)
+            m_timeline.WentBack(m_link->Current());
         else
-            report.answer->code = Call(command, report.answer->detail);
-        if (m_link)
-            report.settings = m_link->Current();
-        Send(m_window, std::move(report));
+            m_timeline.Became(m_link->Current(), Origin::eOwn, command.gesture,
+                              GetTickCount64());
+        Tell(std::move(report));
     }
 
     HRESULT Call(const Command& command, std::string& detail) {
         switch (command.action) {
             case Action::eSet:
+                return Set(command.items, command.profile);
             case Action::eUndo:
+                return Undo(command);
             case Action::eCompare:
-                return Set(command.items);
+                return Compare(command);
             case Action::eCreate:
-                return Set({Name(command, true), Use(command.profile)});
+                return m_link->Create(command.text);
             case Action::eRename:
-                return Set({Name(command, true)});
+                return m_link->Set(Name(command, true));
             case Action::eDelete:
                 return Delete(command);
-            case Action::eRevert: {
-                const HRESULT code = m_link->Api().RevertActiveProfile().Code();
-                m_link->ReadAll();
-                return code;
-            }
+            case Action::eRevert:
+                return Revert(command);
             case Action::eLeaveDemo:
                 return m_link->LeaveDemo();
             case Action::eImport:
-                return Import(command.text, detail);
-            case Action::eExport: {
-                FileResult result = ExportEqualizer(command.text, m_link->Current().bands);
-                detail = std::move(result.problem);
-                return result.code;
-            }
+            case Action::eExport:
+                return Transfer(command, detail);
             case Action::eTryAgain:
                 break;
         }
         return S_OK;
     }
 
-    HRESULT Set(const Items& items) {
-        HRESULT code = S_OK;
+    // One after the other; what belongs to a profile only while that one is active.
+    HRESULT Set(const Items& items, long profile) {
         for (const Item& item : items) {
-            code = m_link->Set(item);
+            HRESULT code = BelongsToProfile(item.subject) ? CheckProfile(profile) : S_OK;
+            if (code == S_OK)
+                code = item.subject == Subject::eBand ? SetBands(items) : m_link->Set(item);
             if (code != S_OK)
+                return code;
+            if (item.subject == Subject::eProfile)
+                profile = static_cast<long>(item.number);
+        }
+        return S_OK;
+    }
+
+    // All that are among the items at once, with the first of them.
+    HRESULT SetBands(const Items& items) {
+        Item item = Get(m_link->Current(), Subject::eBands);
+        std::optional<kora4::Bands> bands = Together(items, item.bands);
+        if (!bands)
+            return cOtherPlace;
+        if (*bands == item.bands)
+            return S_OK;
+        item.bands = *std::move(bands);
+        return m_link->Set(item);
+    }
+
+    static HRESULT Elsewhere(long profile) {
+        return IsDemo(profile) ? KORA4_S_DEMO_MODE_ACTIVE : cOtherPlace;
+    }
+
+    // Asks the store itself: what others have announced may not have come yet. When it gives no
+    // answer, the call that follows says why.
+    HRESULT CheckProfile(long profile) {
+        const long active = m_link->Api().GetActiveProfile().ValueOr(profile);
+        return active == profile ? S_OK : Elsewhere(active);
+    }
+
+    HRESULT Undo(const Command& command) {
+        if (!m_timeline.IsMeant(command.profile))
+            return Elsewhere(m_timeline.Now().profile);
+        const History::Undo undo = m_timeline.TakeBack(command.origin);
+        switch (undo.verdict) {
+            case History::Verdict::eNothing:
+                return cUndoNothing;
+            case History::Verdict::eOvertaken:
+                return cUndoOvertaken;
+            case History::Verdict::eImpossible:
+                return cUndoImpossible;
+            case History::Verdict::eItems:
                 break;
         }
+        return GoBack(undo.items);
+    }
+
+    HRESULT Compare(const Command& command) {
+        if (!m_timeline.IsMeant(command.profile))
+            return Elsewhere(m_timeline.Now().profile);
+        const std::optional<Items> items = m_timeline.Compare();
+        return items ? GoBack(*items) : cCompareNew;
+    }
+
+    HRESULT GoBack(const Items& items) {
+        const HRESULT code = Set(items, m_timeline.Now().profile);
+        if (code != S_OK)
+            m_timeline.Restore();
+        return code;
+    }
+
+    HRESULT Revert(const Command& command) {
+        if (const HRESULT code = CheckProfile(command.profile); code != S_OK)
+            return code;
+        const HRESULT code = m_link->Api().RevertActiveProfile().Code();
+        m_link->ReadAll();
         return code;
     }
 
@@ -177,14 +266,20 @@ class Loop {
         if (m_link->Current().profile == command.profile)
             items.push_back(Use(command.fallback));
         items.push_back(Name(command, false));
-        return Set(items);
+        return Set(items, command.profile);
     }
 
-    HRESULT Import(const std::wstring& path, std::string& detail) {
+    HRESULT Transfer(const Command& command, std::string& detail) {
+        if (const HRESULT code = CheckProfile(command.profile); code != S_OK)
+            return code;
+        const bool isImport = command.action == Action::eImport;
         Item item = Get(m_link->Current(), Subject::eBands);
-        FileResult result = ImportEqualizer(path, item.bands);
+        m_inbox.Pause();
+        FileResult result = isImport ? ImportEqualizer(command.text, item.bands)
+                                     : ExportEqualizer(command.text, item.bands);
+        m_inbox.Begin();
         detail = std::move(result.problem);
-        return result.code == S_OK ? m_link->Set(item) : result.code;
+        return isImport && result.code == S_OK ? Set({item}, command.profile) : result.code;
     }
 
     void ReadLevels() {
@@ -213,6 +308,7 @@ class Loop {
     const HWND m_window;
     Inbox& m_inbox;
     std::unique_ptr<ApiLink> m_link;
+    Timeline m_timeline;
     Inbox::Time m_nextTry{};
     Inbox::Time m_nextLevels{};
     Inbox::Time m_nextPeriodRead{};

@@ -210,6 +210,42 @@ TEST_F(PanelEqualizer, ChoosesABandWithAClickOnItsDotAndDoesNotMoveIt) {
     MouseAt(dot.x, dot.y + 45, MOUSEEVENTF_LEFTUP);
 }
 
+TEST_F(PanelEqualizer, GoesOnWithADragInTheProfileThatOthersChoseAndEndsItInADemo) {
+    constexpr std::size_t cLast = 9;
+    // Between what is dragged in Movie and in Music.
+    constexpr double cBorder = 8;
+    // A display may put the pointer elsewhere in between.
+    const auto dragUntil = [&](double height, double gain) {
+        return Becomes([&] {
+            Mouse(0.98, height);
+            return Gain(cLast) > gain;
+        });
+    };
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Mouse(0.98, 0.3, MOUSEEVENTF_LEFTDOWN);
+    EXPECT_TRUE(dragUntil(0.3, 3));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Graphic equalizer: done."));
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MUSIC));
+    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eProfileList) == L"Music"; }));
+    EXPECT_TRUE(dragUntil(0.05, cBorder));
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MUSIC, true));
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsEnabled(eEqualizer); }));
+    Mouse(0.98, 0.9);
+    ASSERT_TRUE(Others().RevertFromDemoMode());
+    EXPECT_TRUE(Becomes([&] { return Panel().IsEnabled(eEqualizer); }));
+    // Nobody holds it any more, although the button is still down.
+    Mouse(0.98, 0.8);
+    Mouse(0.98, 0.8, MOUSEEVENTF_LEFTUP);
+    Sleep(300);
+    EXPECT_LT(-1, Gain(cLast));
+    // Each profile has what was dragged in it.
+    Press('Z', {VK_CONTROL});
+    EXPECT_TRUE(GainBecomes(cLast, 0));
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MOVIE));
+    EXPECT_NE(0, Gain(cLast));
+    EXPECT_GT(cBorder, Gain(cLast));
+}
+
 TEST_F(PanelEqualizer, WritesAndReadsTheTextOfTheCommandLine) {
     ASSERT_NO_FATAL_FAILURE(Start());
     Panel().TabTo(eEqualizer);

@@ -230,6 +230,41 @@ TEST_F(PanelTest, KeepsASliderInItsUsersHand) {
     EXPECT_EQ(4, Panel().Position(IdFor(eSlider, eVolumeLeveler)));
 }
 
+TEST_F(PanelTest, KeepsASliderInItsUsersHandAcrossProfilesUntilADemo) {
+    const auto choose = [&](long profile, ULONG leveler) {
+        ASSERT_TRUE(Others().SetActiveProfile(profile));
+        ASSERT_TRUE(Others().SetVolumeLeveler(leveler));
+    };
+    ASSERT_NO_FATAL_FAILURE(choose(KORA4_PROFILE_MUSIC, 6));
+    ASSERT_NO_FATAL_FAILURE(choose(KORA4_PROFILE_MOVIE, 1));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const int id = IdFor(eSlider, eVolumeLeveler);
+    const auto drag = [&](int position) {
+        SendMessageW(Panel().Control(id), TBM_SETPOS, TRUE, position);
+        SendMessageW(Panel().Window(), WM_HSCROLL,
+                     MAKEWPARAM(TB_THUMBTRACK, static_cast<WORD>(position)),
+                     reinterpret_cast<LPARAM>(Panel().Control(id)));
+    };
+    drag(2);
+    EXPECT_TRUE(Becomes([&] { return *Others().GetVolumeLeveler() == 2; }));
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MUSIC));
+    EXPECT_TRUE(Becomes([&] { return Panel().Chosen(eProfileList) == L"Music"; }));
+    EXPECT_EQ(2, Panel().Position(id)) << "it does not jump away from the pointer";
+    EXPECT_EQ(L"6", Panel().Text(IdFor(eValueText, eVolumeLeveler)));
+    EXPECT_EQ(6u, *Others().GetVolumeLeveler());
+    drag(3);
+    EXPECT_TRUE(Becomes([&] { return *Others().GetVolumeLeveler() == 3; }));
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsEnabled(id); }));
+    ASSERT_TRUE(Others().RevertFromDemoMode());
+    EXPECT_TRUE(Becomes([&] { return Panel().IsEnabled(id); }));
+    EXPECT_EQ(3u, *Others().GetVolumeLeveler());
+    ASSERT_TRUE(Others().SetVolumeLeveler(9));
+    EXPECT_TRUE(Becomes([&] { return Panel().Position(id) == 9; })) << "nobody holds it now";
+    ASSERT_TRUE(Others().SetActiveProfile(KORA4_PROFILE_MOVIE));
+    EXPECT_EQ(2u, *Others().GetVolumeLeveler());
+}
+
 TEST_F(PanelTest, ShowsWhatIsOutsideTheLimitsAndLeavesItAlone) {
     ASSERT_NO_FATAL_FAILURE(Start());
     EXPECT_EQ(L"262151 (off scale)", Panel().Text(IdFor(eValueText, eVolumeLeveler)));

@@ -133,6 +133,32 @@ TEST_F(HistoryTest, CannotSetAgainWhatIsOutsideTheLimits) {
     EXPECT_EQ(Verdict::eImpossible, m_history.TakeBack(Origin::eOwn, m_now).verdict);
 }
 
+TEST_F(HistoryTest, NotesNothingOfADemo) {
+    SetLeveler(Origin::eOwn, 3);
+    const Settings before = m_now;
+    Change(Origin::eOwn, [](Settings& now) {
+        now.profile = KORA4_PROFILE_DEMO_MUSIC;
+        now.isEnabled = true;
+        now.values[cLeveler] = 9;
+    });
+    Change(Origin::eForeign, [](Settings& now) { now.isEnabled = false; });
+    Change(Origin::eForeign, [&](Settings& now) { now = before; });
+    EXPECT_FALSE(m_history.Has(Origin::eForeign, m_now));
+    Undo(Origin::eOwn);
+    EXPECT_EQ(0, m_now.values[cLeveler]);
+}
+
+TEST_F(HistoryTest, TakesBackOneBandWhenOthersMovedAnother) {
+    m_now.bands = {{100, 0}, {1000, 0}};
+    for (int i = 1; i <= 3; ++i) {
+        Change(
+            Origin::eOwn, [](Settings& now) { now.bands[1].gain += 1; }, 7, 10);
+        Change(Origin::eForeign, [](Settings& now) { now.bands[0].gain -= 1; });
+    }
+    Undo(Origin::eOwn);
+    EXPECT_EQ((kora4::Bands{{100, -3}, {1000, 2}}), m_now.bands);
+}
+
 TEST_F(HistoryTest, NotesNothingWhenNothingChanged) {
     SetLeveler(Origin::eForeign, 0);
     EXPECT_TRUE(m_history.Changes().empty());

@@ -99,12 +99,14 @@ TEST_F(PanelTest, SaysThatTheStoreRefusesWhateverWasAsked) {
 }
 
 TEST_F(PanelTest, KeepsTheWayOutOfADemoWhenTheStoreRefuses) {
-    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
     ASSERT_NO_FATAL_FAILURE(Start());
-    EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerButton); }));
-    RawStore::DeleteKeys();
-    Panel().TabTo(eEnableBox);
-    Press(VK_SPACE);
+    // Values cannot be set any more; which profile is active still can.
+    RemoveKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velto\\KORA4\\StaticKeys");
+    Panel().TabTo(IdFor(eSlider, eVirtualizerHP));
+    Press(VK_LEFT);
+    EXPECT_TRUE(
+        Becomes([&] { return Panel().Text(eBannerText).starts_with(L"The store refuses"); }));
+    ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
     EXPECT_TRUE(Becomes([&] {
         const std::wstring text = Panel().Text(eBannerText);
         return text.starts_with(L"Demo of Games is active.") &&
@@ -115,6 +117,7 @@ TEST_F(PanelTest, KeepsTheWayOutOfADemoWhenTheStoreRefuses) {
     Panel().TabTo(eBannerButton);
     Press(VK_SPACE);
     EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText) && Panel().IsReady(); }));
+    EXPECT_EQ(KORA4_PROFILE_MOVIE, *Others().GetActiveProfile());
 }
 
 // ---- One panel, and its icon ------------------------------------------------------------

@@ -35,6 +35,8 @@ std::vector<const CLI::Option*> OptionsOf(const CLI::App* app) {
 }
 
 bool IsOption(const std::string& argument) {
+    if (argument == cEndOfCommand)
+        return true;
     return argument.size() > 1 && argument[0] == '-' &&
            !(argument[1] >= '0' && argument[1] <= '9');
 }

@@ -10,6 +10,9 @@
 
 namespace kora4::tools {
 
+// What the parser takes for the end of a command's arguments, as if it were an option.
+inline constexpr char cEndOfCommand[] = "++";
+
 // The Failure with eUsage for what the parser refused. arguments: as they were given.
 Failure ComplaintOf(const CLI::ParseError& error, const CLI::App& root,
                     const std::vector<std::string>& arguments);

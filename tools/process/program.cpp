@@ -16,6 +16,8 @@ namespace kora4::tools {
 
 namespace {
 
+constexpr std::size_t cMostBrackets = 100;
+
 // With --json a failure is one line of JSON, too, also of a command line that is not
 // understood.
 ExitCode Tell(Output& output, const char* name, const Failure& failure) {
@@ -38,7 +40,13 @@ bool AsksForJson(const std::vector<std::string>& arguments) {
     return std::find(arguments.begin(), end, "--json") != end;
 }
 
-void AddCommonOptions(CLI::App& root, Output& output) {
+}  // namespace
+
+void PrepareCommandLine(CLI::App& root, Output& output) {
+    root.formatter(std::make_shared<HelpFormatter>());
+    root.fallthrough();
+    // "/folder/file" is a file.
+    root.allow_windows_style_options(false);
     root.add_flag("--json", output.json, "print the result as JSON");
     root.add_flag("--quiet,-q", output.quiet, "print results and errors only, no messages");
     root.set_version_flag("--version", KORA4_VERSION_TEXT, "print the version and exit");
@@ -49,9 +57,11 @@ void AddCommonOptions(CLI::App& root, Output& output) {
         "print the manual page, in the format of man, and exit");
 }
 
+namespace {
+
 ExitCode ParseAndRun(Context& context, const std::vector<std::string>& arguments) {
     try {
-        context.root.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        ParseArguments(context.root, arguments);
     } catch (const CLI::CallForHelp&) {
         context.output.Write(context.root.help());
         return ExitCode::eDone;
@@ -59,14 +69,34 @@ ExitCode ParseAndRun(Context& context, const std::vector<std::string>& arguments
         const std::string text = version.what();
         context.output.Write(text + (text.ends_with('\n') ? "" : "\n"));
         return ExitCode::eDone;
-    } catch (const CLI::ParseError& error) {
+    } catch (const Failure&) {
         context.output.json = AsksForJson(arguments);
-        throw ComplaintOf(error, context.root, arguments);
+        throw;
     }
     return context.run();
 }
 
 }  // namespace
+
+void ParseArguments(CLI::App& root, const std::vector<std::string>& arguments) {
+    // The parser also takes "[a,b]" for two arguments, and lists in lists until the stack is
+    // full.
+    if (std::ranges::any_of(arguments, [](const std::string& argument) {
+            return argument.starts_with(std::string(cMostBrackets + 1, '['));
+        }))
+        throw Failure(ExitCode::eUsage, "An argument begins with too many brackets.");
+    const auto end = std::find(arguments.begin(), arguments.end(), "--");
+    // It would end the arguments of a command, without a word.
+    if (std::find(arguments.begin(), end, cEndOfCommand) != end)
+        throw ComplaintOf(CLI::ExtrasError({cEndOfCommand}), root, arguments);
+    try {
+        root.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::Success&) {
+        throw;
+    } catch (const CLI::ParseError& error) {
+        throw ComplaintOf(error, root, arguments);
+    }
+}
 
 std::vector<std::string> Arguments(int count, wchar_t** arguments) {
     std::vector<std::string> texts;
@@ -82,12 +112,8 @@ int RunProgram(const char* name, const char* summary, const std::vector<std::str
     ExitCode code = ExitCode::eFailed;
     try {
         CLI::App root(summary, name);
-        root.formatter(std::make_shared<HelpFormatter>());
-        root.fallthrough();
-        // "/folder/file" is a file.
-        root.allow_windows_style_options(false);
+        PrepareCommandLine(root, output);
         Context context{output, interrupt, root, {}};
-        AddCommonOptions(root, output);
         add(context);
         code = ParseAndRun(context, arguments);
         if (output.IsIncomplete())

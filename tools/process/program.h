@@ -33,6 +33,13 @@ void OnRun(CLI::App& verb, Context& context, Run run) {
 // The arguments of the process in UTF-8, without the program's name.
 std::vector<std::string> Arguments(int count, wchar_t** arguments);
 
+// What the command lines of all tools have in common: the form of the help, and options.
+void PrepareCommandLine(CLI::App& root, Output& output);
+
+// Understands the arguments of a command line. Throws Failure with eUsage when they are none,
+// and CLI::Success when they ask for the help or the version.
+void ParseArguments(CLI::App& root, const std::vector<std::string>& arguments);
+
 // Parses the arguments with what `add` puts on the command line, runs what they ask for and
 // gives the exit code. Everything that is thrown ends here, in words on standard error.
 int RunProgram(const char* name, const char* summary, const std::vector<std::string>& arguments,

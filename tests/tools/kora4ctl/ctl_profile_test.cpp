@@ -64,6 +64,9 @@ TEST_F(CtlProfile, ANameThatBeginsLikeAnOptionComesBehindTwoDashes) {
                      "Unknown option '-x'. If it is a value, put '--' before it.");
     RefusedUnchanged({"profile", "rename", "p1", "-V"}, cUsage, "Unknown option '-V'.");
     EXPECT_EQ("p1: 'x' -> '-x'\n", Done({"profile", "rename", "p1", "--", "-x"}));
+    RefusedUnchanged({"profile", "rename", "p1", "++"}, cUsage,
+                     "Unknown option '++'. If it is a value, put '--' before it.");
+    EXPECT_EQ("p1: '-x' -> '++'\n", Done({"profile", "rename", "p1", "--", "++"}));
 }
 
 TEST_F(CtlProfile, TheListHasAnOlderName) {

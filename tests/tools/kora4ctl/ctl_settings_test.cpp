@@ -215,6 +215,13 @@ TEST_F(CtlSettings, GetHasAnObjectForOneNameAndAnArrayForSeveral) {
     EXPECT_EQ("store", two[1]["source"]);
 }
 
+TEST_F(CtlSettings, AnArgumentWithThousandsOfBracketsIsRefused) {
+    constexpr std::size_t cFullStack = 15000;
+    const std::string brackets(cFullStack, '[');
+    RefusedUnchanged({"get", brackets + "enable" + std::string(cFullStack, ']')}, cUsage,
+                     "too many brackets");
+}
+
 TEST_F(CtlSettings, SetTellsOldAndNewAndOtherClientsSeeIt) {
     EXPECT_EQ("volume-leveler: 262151 -> 4\n", Done({"set", "volume-leveler", "4"}));
     KORA4PatchValueUnion value = {};
