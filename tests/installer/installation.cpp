@@ -4,6 +4,7 @@
 
 #include <kora4api.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -66,6 +67,11 @@ Files FilesOf(const fs::path& folder) {
         if (entry.is_regular_file())
             files[fs::relative(entry.path(), folder).wstring()] = BytesOf(entry.path());
     return files;
+}
+
+std::ptrdiff_t LibraryCount() {
+    return std::ranges::count_if(
+        FilesOf(), [](const auto& file) { return file.first.ends_with(L"QXA64T.dll"); });
 }
 
 Outcome RunToEnd(const std::wstring& commandLine, const fs::path& log, HANDLE token) {

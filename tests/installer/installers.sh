@@ -48,6 +48,14 @@ contents() {
   msiextract -C "$2/files" "$1" >/dev/null
 }
 
+# What the package says to Windows Installer, where that of Wine does not listen: nobody restarts the
+# machine, and an upgrade takes the features over (1).
+says() {
+  grep -q $'^REBOOT\tReallySuppress' "$1/Property.txt" || fail "an unattended upgrade could restart the machine"
+  awk -F'\t' '$7 ~ /^OLDERVERSION/ { found = $5 % 2 } END { exit !found }' "$1/Upgrade.txt" ||
+    fail "an upgrade would choose the features anew"
+}
+
 # Made elsewhere, at another time, by another user and from a copy.
 again() {
   local file other="$work/else where/by another"
@@ -60,6 +68,7 @@ again() {
   done
   contents "$work/out/kora4asl-$version-x64.msi" "$work/msi/one"
   contents "$other/out/kora4asl-$version-x64.msi" "$work/msi/other"
+  says "$work/msi/one/tables"
   diff -r "$work/msi/one" "$work/msi/other" || fail "the contents of the packages differ"
   diff -r "$work/tree" "$work/msi/one/files/Velto/KORA4" || fail "the package lacks a file"
 }
