@@ -265,6 +265,13 @@ FunctionEnd
 Function FindInstallation
   ReadRegStr $before HKLM "${PRODUCT_KEY}" DisplayVersion
   ReadRegStr $0 HKLM "${PRODUCT_KEY}" InstallLocation
+  ; What follows /D, blanks included, is the folder.
+  ClearErrors
+  ${WordFind} $INSTDIR "/" "E+1" $1
+  ${IfNot} ${Errors}
+    SetSilent silent
+    !insertmacro Refuse ${EXIT_COMMAND_LINE} "'$INSTDIR' is no folder: /D is the last switch."
+  ${EndIf}
   ${If} $before == ""
     StrCpy $words "This installs the settings library of the KORA4 audio engine and registers it for all users of this computer."
     Return

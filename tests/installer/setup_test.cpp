@@ -174,6 +174,9 @@ TEST_F(Setups, RefuseSwitchesThatDoNotExist) {
     Outcome run = RunSetup(cNew, L"/REMOVESETTINGS");
     EXPECT_EQ(cCommandLine, run.code) << run;
     EXPECT_TRUE(run.Says("belongs to /UNINSTALL")) << run;
+    run = RunSetup(cNew, L"/D=C:\\Elsewhere /FEATURES=tools");
+    EXPECT_EQ(cCommandLine, run.code) << run;
+    EXPECT_TRUE(run.Says("/D is the last switch")) << run;
     EXPECT_EQ(cNoLog, RunSetup(cNew, L"/LOG=C:\\Elsewhere\\setup.log").code);
     EXPECT_FALSE(fs::exists(cFolder));
 }
