@@ -238,6 +238,7 @@ Function .onInit
     ${If} $settings != ""
       !insertmacro Refuse ${EXIT_COMMAND_LINE} "/REMOVESETTINGS belongs to /UNINSTALL."
     ${EndIf}
+    Call CheckFolder
     Call FindInstallation
     Call ReadFeatures
   ${Else}
@@ -262,16 +263,21 @@ Function PrepareRemoval
   !insertmacro SelectSection ${SecRemove}
 FunctionEnd
 
+; What follows /D, blanks included, is the folder. The platform takes what no folder can have out of it.
+Function CheckFolder
+  System::Call 'kernel32::GetCommandLineW() w.r0'
+  ClearErrors
+  ${WordFind} $0 " /D=" "E+1}" $0
+  ${WordFind} $0 "/" "E+1" $1
+  ${IfNot} ${Errors}
+    SetSilent silent
+    !insertmacro Refuse ${EXIT_COMMAND_LINE} "'$0' is no folder: /D is the last switch."
+  ${EndIf}
+FunctionEnd
+
 Function FindInstallation
   ReadRegStr $before HKLM "${PRODUCT_KEY}" DisplayVersion
   ReadRegStr $0 HKLM "${PRODUCT_KEY}" InstallLocation
-  ; What follows /D, blanks included, is the folder.
-  ClearErrors
-  ${WordFind} $INSTDIR "/" "E+1" $1
-  ${IfNot} ${Errors}
-    SetSilent silent
-    !insertmacro Refuse ${EXIT_COMMAND_LINE} "'$INSTDIR' is no folder: /D is the last switch."
-  ${EndIf}
   ${If} $before == ""
     StrCpy $words "This installs the settings library of the KORA4 audio engine and registers it for all users of this computer."
     Return
