@@ -41,7 +41,6 @@ VIAddVersionKey LegalCopyright "MIT licence"
 
 Var before    ; the version that is installed; empty: none
 Var features  ; what is selected, as /FEATURES takes it
-Var removes   ; not empty: with /UNINSTALL
 Var words     ; for the first and the last page
 
 ; --- pages ------------------------------------------------------------------------------------
@@ -229,18 +228,17 @@ FunctionEnd
 ; --- before it begins -------------------------------------------------------------------------
 
 Function .onInit
-  Push "/UNINSTALL"
-  Call HasSwitch
-  StrCpy $removes $0
-  ${If} $removes != ""
-    SetSilent silent
-  ${EndIf}
+  Call ReadCommandLine
   Call CheckMachine
   System::Call 'msi::MsiEnumRelatedProductsW(w "${UPGRADE_CODE}", i 0, i 0, w .r1) i .r0'
   ${If} $0 = 0
     !insertmacro Refuse ${EXIT_OTHER_PRODUCT} "${PRODUCT} is installed from an MSI package: use that for it, or remove it first (msiexec /x $1)."
   ${EndIf}
   ${If} $removes == ""
+    ${If} $settings != ""
+      !insertmacro Refuse ${EXIT_COMMAND_LINE} "/REMOVESETTINGS belongs to /UNINSTALL."
+    ${EndIf}
+    Call CheckFolder
     Call FindInstallation
     Call ReadFeatures
   ${Else}
@@ -254,9 +252,6 @@ Function PrepareRemoval
     !insertmacro Refuse ${EXIT_NOT_INSTALLED} "${PRODUCT} is not installed."
   ${EndIf}
   StrCpy $INSTDIR $0
-  Push "/REMOVESETTINGS"
-  Call HasSwitch
-  StrCpy $settings $0
   !insertmacro UnselectSection ${SecBegin}
   !insertmacro UnselectSection ${SecLibrary}
   !insertmacro UnselectSection ${SecTools}
@@ -266,6 +261,18 @@ Function PrepareRemoval
   !insertmacro UnselectSection ${SecSdk}
   !insertmacro UnselectSection ${SecFinish}
   !insertmacro SelectSection ${SecRemove}
+FunctionEnd
+
+; What follows /D, blanks included, is the folder. The platform takes what no folder can have out of it.
+Function CheckFolder
+  System::Call 'kernel32::GetCommandLineW() w.r0'
+  ClearErrors
+  ${WordFind} $0 " /D=" "E+1}" $0
+  ${WordFind} $0 "/" "E+1" $1
+  ${IfNot} ${Errors}
+    SetSilent silent
+    !insertmacro Refuse ${EXIT_COMMAND_LINE} "'$0' is no folder: /D is the last switch."
+  ${EndIf}
 FunctionEnd
 
 Function FindInstallation
@@ -294,11 +301,8 @@ FunctionEnd
 
 ; /FEATURES=WORD,WORD..., or what is installed, or what the sections say.
 Function ReadFeatures
-  ${GetParameters} $0
-  ClearErrors
-  ${GetOptions} $0 "/FEATURES=" $1
-  ${IfNot} ${Errors}
-    StrCpy $features $1
+  ${If} $wanted != ""
+    StrCpy $features $wanted
   ${EndIf}
   ${If} $features == ""
     Return
@@ -389,13 +393,12 @@ Section "-un.Remove"
 SectionEnd
 
 Function un.onInit
+  Call un.ReadCommandLine
   Call un.CheckMachine
   ${If} $EXEPATH == "$INSTDIR\uninstall.exe"
     !insertmacro Refuse ${EXIT_COMMAND_LINE} "With _?= this program cannot remove itself: to wait for the removal, run the setup with /UNINSTALL."
   ${EndIf}
-  Push "/REMOVESETTINGS"
-  Call un.HasSwitch
-  ${If} $0 != ""
+  ${If} $settings != ""
     !insertmacro SelectSection ${SecSettings}
   ${EndIf}
   ${IfNot} ${FileExists} "$INSTDIR\files.txt"

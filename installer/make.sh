@@ -60,20 +60,24 @@ action() {
 # service runs when a later step fails (256), whatever its result is (64).
 run=3074 undo=3394
 # Between InstallInitialize, RemoveFiles and InstallFiles.
-action UndoUnregister $undo 1710 'REMOVE="ALL"'
-action Unregister $run 1720 'REMOVE="ALL" AND (NOT REMOVESETTINGS OR UPGRADINGPRODUCTCODE)'
-action UnregisterAll $run 1730 'REMOVE="ALL" AND REMOVESETTINGS AND NOT UPGRADINGPRODUCTCODE'
+action UndoUnregister $undo 1710 'Installed AND REMOVE="ALL"'
+action Unregister $run 1720 'Installed AND REMOVE="ALL" AND (NOT REMOVESETTINGS OR UPGRADINGPRODUCTCODE)'
+action UnregisterAll $run 1730 'Installed AND REMOVE="ALL" AND REMOVESETTINGS AND NOT UPGRADINGPRODUCTCODE'
 action UndoRegister $undo 4010 'NOT Installed'
 action Register $run 4020 'NOT REMOVE="ALL"'
 # The library is the one file with a version in it. Windows Installer replaces such a file only by one
 # of which the package says a version, and then asks for no hash.
 queries+=("UPDATE File SET Version = '$version', Language = '1033' WHERE FileName = 'QXA64T.dll'"
   "DELETE FROM MsiFileHash WHERE File_ = '$(msiinfo export "$msi" File | awk -F'\t' '$3 == "QXA64T.dll" { print $1 }')'")
-# Both ends of the range of versions belong to it (256 + 512), which the compiler does not write.
+# The folder, as a value of this installation (51), after the folders are known.
+queries+=("INSERT INTO CustomAction (Action, Type, Source, Target) VALUES ('SetLocation', 51, 'ARPINSTALLLOCATION', '[INSTALLDIR]')"
+  "INSERT INTO InstallExecuteSequence (Action, Sequence) VALUES ('SetLocation', 1010)")
+# Both ends of the range of versions belong to it (256 + 512), which the compiler does not write, and
+# its features stay (1).
 msibuild "$msi" -q "${queries[@]}" \
-  "UPDATE InstallExecuteSequence SET Sequence = 1510 WHERE Action = 'RemoveExistingProducts'" \
+  "UPDATE InstallExecuteSequence SET Sequence = 1510, Condition = 'NOT REMOVE=\"ALL\"' WHERE Action = 'RemoveExistingProducts'" \
   "DELETE FROM Upgrade WHERE ActionProperty = 'OLDERVERSION'" \
   "INSERT INTO Upgrade (UpgradeCode, VersionMin, VersionMax, Attributes, ActionProperty)
-   VALUES ('$upgrade_code', '0.0.0', '$version', 768, 'OLDERVERSION')" \
-  "UPDATE Property SET Value = 'NEWERVERSION;OLDERVERSION;REMOVESETTINGS' WHERE Property = 'SecureCustomProperties'"
+   VALUES ('$upgrade_code', '0.0.0', '$version', 769, 'OLDERVERSION')" \
+  "UPDATE Property SET Value = 'INSTALLDIR;NEWERVERSION;OLDERVERSION;REMOVESETTINGS' WHERE Property = 'SecureCustomProperties'"
 sign "$msi"

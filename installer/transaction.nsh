@@ -23,6 +23,7 @@
 !define EXIT_FAILED 1603
 !define EXIT_NOT_INSTALLED 1605
 !define EXIT_BUSY 1618
+!define EXIT_LOG 1622
 !define EXIT_OTHER_PRODUCT 1638
 !define EXIT_COMMAND_LINE 1639
 !define EXIT_RESTART 3010
@@ -33,6 +34,9 @@
 
 Var log         ; its handle; empty: there is none
 Var logFile
+Var wanted      ; what /FEATURES says
+Var removes     ; not empty: with /UNINSTALL
+Var unknown     ; not empty: no switch
 Var failure     ; why it fails, in sentences; empty: it does not
 Var reason
 Var work
@@ -89,13 +93,39 @@ Function ${un}Log
   Pop $0
 FunctionEnd
 
+; The switches, in any case. The platform has taken /D and _?= off the end.
+Function ${un}ReadCommandLine
+  StrCpy $0 $CMDLINE
+  System::Call 'shell32::CommandLineToArgvW(w r0, *i .r1) p.r2'
+  IntOp $1 $1 - 1
+  ${For} $3 1 $1
+    IntOp $4 $3 * 8
+    IntPtrOp $4 $2 + $4
+    System::Call '*$4(w .r0)'
+    StrCpy $4 $0 5
+    StrCpy $5 $0 10
+    ${If} $0 == "/S"
+      SetSilent silent
+    ${ElseIf} $0 == "/UNINSTALL"
+      SetSilent silent
+      StrCpy $removes 1
+    ${ElseIf} $0 == "/REMOVESETTINGS"
+      StrCpy $settings 1
+    ${ElseIf} $4 == "/LOG="
+      StrCpy $logFile $0 "" 5
+    ${ElseIf} $5 == "/FEATURES="
+      StrCpy $wanted $0 "" 10
+    ${ElseIf} $0 != "/NCRC"
+      StrCpy $unknown $0
+    ${EndIf}
+  ${Next}
+  System::Call 'kernel32::LocalFree(p r2)'
+FunctionEnd
+
 ; The log is appended to. Only administrators write in its folder.
 Function ${un}OpenLog
-  Push $0
-  ${GetParameters} $0
-  ClearErrors
-  ${GetOptions} $0 "/LOG=" $logFile
-  ${If} ${Errors}
+  StrCpy $0 $logFile
+  ${If} $logFile == ""
     StrCpy $logFile "$WINDIR\Logs\KORA4\setup.log"
     CreateDirectory "$WINDIR\Logs\KORA4"
   ${EndIf}
@@ -103,13 +133,15 @@ Function ${un}OpenLog
   FileOpen $log $logFile a
   ${If} ${Errors}
     StrCpy $log ""
+    ${If} $0 != ""
+      !insertmacro Refuse ${EXIT_LOG} "The log $logFile cannot be written: name a file in a folder that exists."
+    ${EndIf}
   ${Else}
     FileSeek $log 0 END $0
     ${If} $0 = 0
       FileWriteWord $log 0xFEFF
     ${EndIf}
   ${EndIf}
-  Pop $0
 FunctionEnd
 
 ; What must hold before anything is done; the same for both.
@@ -123,6 +155,9 @@ Function ${un}CheckMachine
     !insertmacro Refuse ${EXIT_NOT_ADMIN} "KORA4 ASL is installed and removed by administrators: start this program as an administrator."
   ${EndIf}
   Call ${un}OpenLog
+  ${If} $unknown != ""
+    !insertmacro Refuse ${EXIT_COMMAND_LINE} "There is no switch '$unknown': /S, /FEATURES=, /LOG=, /UNINSTALL, /REMOVESETTINGS, and last /D=."
+  ${EndIf}
   System::Call 'kernel32::CreateMutexW(p 0, i 0, w "Global\Velto.KORA4.Setup") p.r0 ?e'
   Pop $0
   ${If} $0 = ${ERROR_ALREADY_EXISTS}
@@ -346,19 +381,6 @@ Function ${un}Unregister
   ${If} $0 != 0
     StrCpy $failure "The registration or the settings cannot be removed: $1"
   ${EndIf}
-FunctionEnd
-
-; Whether a switch is in the command line: $0 is 1 or empty.
-Function ${un}HasSwitch
-  Exch $1
-  ${GetParameters} $0
-  ClearErrors
-  ${GetOptions} $0 $1 $0
-  StrCpy $0 1
-  ${If} ${Errors}
-    StrCpy $0 ""
-  ${EndIf}
-  Pop $1
 FunctionEnd
 
 !macroend

@@ -4,6 +4,7 @@
 
 #include <kora4api.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -43,6 +44,39 @@ std::wstring GuidKey(const wchar_t* parent, REFGUID guid) {
     return parent + std::wstring(text);
 }
 
+// The exit code of a process, whose output goes to the file `out`, unless that is null.
+DWORD RunProcess(const std::wstring& commandLine, HANDLE out, HANDLE token) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    if (out) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = out;
+        startup.hStdError = out;
+    }
+    const BOOL inherits = out != nullptr;
+    PROCESS_INFORMATION started{};
+    std::wstring line = commandLine;
+    if (!StartProcess([&] {
+            return token
+                       ? CreateProcessAsUserW(token, nullptr, line.data(), nullptr, nullptr,
+                                              inherits, 0, nullptr, nullptr, &startup, &started)
+                       : CreateProcessW(nullptr, line.data(), nullptr, nullptr, inherits, 0,
+                                        nullptr, nullptr, &startup, &started);
+        })) {
+        ADD_FAILURE() << Narrowed(commandLine) << ": error " << GetLastError();
+        return {};
+    }
+    const UniqueHandle process(started.hProcess);
+    const UniqueHandle thread(started.hThread);
+    if (WaitForSingleObject(process.Get(), cWait) != WAIT_OBJECT_0) {
+        ADD_FAILURE() << Narrowed(commandLine) << " does not end";
+        TerminateProcess(process.Get(), 1);
+    }
+    DWORD code = 0;
+    GetExitCodeProcess(process.Get(), &code);
+    return code;
+}
+
 fs::path LogPath() {
     return fs::absolute(L"setup.log");
 }
@@ -68,30 +102,15 @@ Files FilesOf(const fs::path& folder) {
     return files;
 }
 
+std::ptrdiff_t LibraryCount() {
+    return std::ranges::count_if(
+        FilesOf(), [](const auto& file) { return file.first.ends_with(L"QXA64T.dll"); });
+}
+
 Outcome RunToEnd(const std::wstring& commandLine, const fs::path& log, HANDLE token) {
     std::error_code isAbsent;
     fs::remove(log, isAbsent);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION started{};
-    std::wstring line = commandLine;
-    if (!StartProcess([&] {
-            return token ? CreateProcessAsUserW(token, nullptr, line.data(), nullptr, nullptr,
-                                                FALSE, 0, nullptr, nullptr, &startup, &started)
-                         : CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0,
-                                          nullptr, nullptr, &startup, &started);
-        })) {
-        ADD_FAILURE() << Narrowed(commandLine) << ": error " << GetLastError();
-        return {};
-    }
-    const UniqueHandle process(started.hProcess);
-    const UniqueHandle thread(started.hThread);
-    if (WaitForSingleObject(process.Get(), cWait) != WAIT_OBJECT_0) {
-        ADD_FAILURE() << Narrowed(commandLine) << " does not end";
-        TerminateProcess(process.Get(), 1);
-    }
-    Outcome run{};
-    GetExitCodeProcess(process.Get(), &run.code);
+    Outcome run{RunProcess(commandLine, nullptr, token), {}};
     run.log = TextOf(log);
     return run;
 }
@@ -121,11 +140,17 @@ Outcome RunMsi(const std::wstring& arguments) {
 }
 
 std::string Ctl(const std::wstring& arguments, DWORD code) {
-    const fs::path out = fs::absolute(L"ctl.out");
-    const Outcome run =
-        RunToEnd(L"cmd.exe /c \"\"" + std::wstring(cFolder) + L"\\bin\\kora4ctl.exe\" " +
-                     arguments + L" >" + out.wstring() + L" 2>&1\"",
-                 out);
+    const fs::path path = fs::absolute(L"ctl.out");
+    Outcome run{};
+    {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        const UniqueHandle out(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                           &inherited, CREATE_ALWAYS, 0, nullptr));
+        run.code =
+            RunProcess(L"\"" + std::wstring(cFolder) + L"\\bin\\kora4ctl.exe\" " + arguments,
+                       out.Get(), nullptr);
+    }
+    run.log = TextOf(path);
     EXPECT_EQ(code, run.code) << run;
     return run.log;
 }

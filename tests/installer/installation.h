@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <windows.h>
+#include <kora4.hpp>
 
 #include <filesystem>
 #include <map>
@@ -28,6 +29,7 @@ inline constexpr DWORD cOldSystem = 1150;
 inline constexpr DWORD cFailed = 1603;
 inline constexpr DWORD cNotInstalled = 1605;
 inline constexpr DWORD cBusy = 1618;
+inline constexpr DWORD cNoLog = 1622;
 inline constexpr DWORD cOtherProduct = 1638;
 inline constexpr DWORD cCommandLine = 1639;
 inline constexpr DWORD cRestart = 3010;
@@ -56,12 +58,25 @@ Outcome RunMsi(const std::wstring& arguments);
 using Files = std::map<std::wstring, std::string>;
 Files FilesOf(const std::filesystem::path& folder = cFolder);
 std::string BytesOf(const std::filesystem::path& file);
+// Of the library, in whatever folder of the installation.
+std::ptrdiff_t LibraryCount();
 
 // What kora4ctl of the installation prints; the test fails unless it ends with that code.
 std::string Ctl(const std::wstring& arguments, DWORD code = 0);
 
 // Everything of the class, the application and the type library.
 std::string Registration();
+
+// A client of the registered library, as a program keeps one.
+class Client {
+  public:
+    Client() : m_api(*Api::Open()) {}
+    Api* operator->() { return &m_api; }
+
+  private:
+    ApartmentGuard m_apartment{ApartmentKind::eMultithreaded};
+    Api m_api;
+};
 
 // Nothing is installed, registered or stored when a test begins, and when it has ended.
 class Installation : public testing::Test {

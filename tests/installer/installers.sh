@@ -48,6 +48,16 @@ contents() {
   msiextract -C "$2/files" "$1" >/dev/null
 }
 
+# What the package says to Windows Installer, where that of Wine does not listen: nobody restarts the
+# machine, and an upgrade takes the features over (1).
+tables_say() {
+  grep -q $'^REBOOT\tReallySuppress' "$1/Property.txt" || fail "an unattended upgrade could restart the machine"
+  awk -F'\t' '$7 ~ /^OLDERVERSION/ { found = $5 % 2 } END { exit !found }' "$1/Upgrade.txt" ||
+    fail "an upgrade would choose the features anew"
+  grep -qF "$(sed -n 's/^UpgradeCode\t\([^\r]*\).*/\1/p' "$1/Property.txt")" "$root/docs/deployment.md" ||
+    fail "docs/deployment.md has another upgrade code"
+}
+
 # Made elsewhere, at another time, by another user and from a copy.
 again() {
   local file other="$work/else where/by another"
@@ -60,6 +70,7 @@ again() {
   done
   contents "$work/out/kora4asl-$version-x64.msi" "$work/msi/one"
   contents "$other/out/kora4asl-$version-x64.msi" "$work/msi/other"
+  tables_say "$work/msi/one/tables"
   diff -r "$work/msi/one" "$work/msi/other" || fail "the contents of the packages differ"
   diff -r "$work/tree" "$work/msi/one/files/Velto/KORA4" || fail "the package lacks a file"
 }
@@ -123,29 +134,33 @@ run() {
 
 # The window on a display that nobody sees, by the keyboard alone; the pictures stay for a person to
 # look at.
-pictures=$work/pictures
+pictures=$work/pictures log=$work/window.log
 
 picture() { import -window root "$1"; }
 
 # Two pictures that differ at most by a blinking line.
-is_same() { [ "$(compare -metric AE "$1" "$2" null: 2>&1)" -lt 60 ]; }
+is_same() { cmp -s "$1" "$2" || [ "$(compare -metric AE "$1" "$2" null: 2>&1)" -lt 60 ]; }
 
 # press NAME KEY...: presses the keys and waits until the window shows something else, with more than the
-# few colours of one that is not drawn yet, and stays so for a second and a half.
+# few colours of one that is not drawn yet, and stands still. With `says` set, the keys start work, and
+# the log has that text before the last page comes.
 press() {
-  local name=$1 before=$work/before.png now=$work/now.png next=$work/next.png same=0
+  local name=$1 before=$work/before.ppm now=$work/now.ppm next=$work/next.ppm same=0
   shift
   picture "$before"
   cp "$before" "$now"
   [ $# = 0 ] || xdotool key --delay 100 "$@"
-  for _ in $(seq 1 150); do
-    sleep 0.3
+  [ -z "${says:-}" ] ||
+    timeout 90 bash -c "until tr -d '\\0' <'$log' 2>/dev/null | grep -q '$says'; do sleep 0.1; done" ||
+    fail "$name: the log does not say '$says'"
+  for _ in $(seq 1 200); do
+    sleep 0.2
     picture "$next"
     same=$((same + 1))
     is_same "$now" "$next" || same=0
     mv "$next" "$now"
-    if [ "$same" -ge 4 ] && ! is_same "$before" "$now" && [ "$(identify -format %k "$now")" -gt 20 ]; then
-      mv "$now" "$pictures/$name.png"
+    if [ "$same" -ge 2 ] && ! is_same "$before" "$now" && [ "$(identify -format %k "$now")" -gt 20 ]; then
+      convert "$now" "$pictures/$name.png"
       return
     fi
   done
@@ -160,6 +175,12 @@ ends() {
   [ "$result" = "$2" ] || fail "the exit code is $result, not $2"
 }
 
+# The setup with its window, and a log of its own.
+run_setup() {
+  rm -f "$log"
+  exec "$wine64" "$work/out/kora4asl-$version-setup.exe" "/LOG=Z:${log//\//\\}" >/dev/null 2>&1
+}
+
 ctl() { "$wine64" "$folder/bin/kora4ctl.exe" "$@"; }
 
 window() {
@@ -167,25 +188,24 @@ window() {
   start
   rm -rf "$pictures"
   # What a test before it may have left.
-  "$wine64" "$setup" /S /UNINSTALL /REMOVESETTINGS || true
+  "$wine64" "$setup" /UNINSTALL /REMOVESETTINGS || true
+  "$wine64" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11 /f >/dev/null
   end_prefix "$prefix"
   mkdir -p "$pictures"
   : >"$numbers"
-  Xvfb -displayfd 8 -screen 0 1024x768x24 -nolisten tcp >/dev/null 2>&1 8>"$numbers" &
+  Xvfb -displayfd 8 -screen 0 640x480x24 -nolisten tcp >/dev/null 2>&1 8>"$numbers" &
   display=$!
   # shellcheck disable=SC2064 # as they are now
   trap "'$wine64' reg add 'HKCU\\Software\\Wine\\Drivers' /v Graphics /d null /f >/dev/null 2>&1; end_prefix '$prefix'; kill $display || true" EXIT
   timeout 20 bash -c "until [ -s '$numbers' ]; do sleep 0.1; done" || fail "Xvfb does not start"
   DISPLAY=:$(tr -d '\n' <"$numbers")
   export DISPLAY
-  "$wine64" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11 /f >/dev/null
-  end_prefix "$prefix"
 
-  "$wine64" "$setup" >/dev/null 2>&1 &
+  run_setup &
   press install-welcome
   press install-features Return
   press install-folder Return
-  press install-finish Return
+  says="is installed and registered" press install-finish Return
   xdotool key Return
   ends $! 0
   ctl register --check || fail "nothing is registered"
@@ -196,11 +216,11 @@ window() {
   ctl watch >/dev/null 2>&1 &
   local watch=$!
   timeout 30 bash -c "until '$wine64' '$folder/bin/kora4ctl.exe' register --in-use 2>/dev/null | grep -q .; do sleep 0.2; done"
-  "$wine64" "$setup" >/dev/null 2>&1 &
+  run_setup &
   local repair=$!
   press repair-welcome
   press repair-features Return
-  press repair-finish Return
+  says="is installed and registered" press repair-finish Return
   xdotool key Return
   # 3010 in the eight bits that Unix has.
   ends $repair $((3010 % 256))
@@ -208,7 +228,7 @@ window() {
   kill "$watch"
 
   # Cancelled: asked, and nothing is changed.
-  "$wine64" "$setup" >/dev/null 2>&1 &
+  run_setup &
   local cancelled=$!
   press cancel-welcome
   press cancel-question Escape
@@ -217,10 +237,11 @@ window() {
   [ "$(ctl get profile | tr -d '\r')" = games ] || fail "the settings are not what they were"
 
   # Removal, with the settings: the second line of the list.
-  "$wine64" "$folder/uninstall.exe" >/dev/null 2>&1
+  rm "$log"
+  "$wine64" "$folder/uninstall.exe" "/LOG=Z:${log//\//\\}" >/dev/null 2>&1
   press remove-features
   press remove-settings Down space
-  press remove-finish Return
+  says="is removed" press remove-finish Return
   xdotool key Return
   timeout 60 bash -c "while [ -e '$folder/bin' ]; do sleep 0.2; done" || fail "it is still there"
   "$wine64" reg query 'HKLM\SOFTWARE\Velto\KORA4' >/dev/null 2>&1 && fail "the settings are still there"

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The installer for people and deployment tools, run silently: what it installs, replaces, puts
 // back after a failure, refuses and removes. installers.sh starts this program.
-#include <kora4.hpp>
-
 #include <fstream>
 
 #include "contract/registry_paths.h"
@@ -18,17 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr wchar_t cAdministratorsOnly[] = L"D:P(A;CI;KA;;;BA)(A;CI;KA;;;SY)(A;CI;KR;;;WD)";
-
-// A client of the registered library, as a program keeps one.
-class Client {
-  public:
-    Client() : m_api(*Api::Open()) {}
-    Api* operator->() { return &m_api; }
-
-  private:
-    ApartmentGuard m_apartment{ApartmentKind::eMultithreaded};
-    Api m_api;
-};
 
 // A file that no other program may open, as backup programs and scanners keep one for a while.
 class LockedFile {
@@ -107,15 +94,9 @@ TEST_F(Setups, UpgradeWhileAClientRunsAndKeepItsSettings) {
     }
     // What belongs to the old version only is gone; its library goes when the machine restarts.
     EXPECT_FALSE(fs::exists(fs::path(cFolder) / L"bin\\gone.txt"));
-    const auto count = [] {
-        std::size_t libraries = 0;
-        for (const auto& [path, bytes] : FilesOf())
-            libraries += path.ends_with(L"QXA64T.dll");
-        return libraries;
-    };
-    EXPECT_EQ(2u, count());
+    EXPECT_EQ(2, LibraryCount());
     RunToEnd(L"wineboot.exe -r", L"none");
-    EXPECT_EQ(1u, count());
+    EXPECT_EQ(1, LibraryCount());
     EXPECT_TRUE(old != BytesOf(cLibrary));
     Ctl(L"register --check");
 }
@@ -181,6 +162,37 @@ TEST_F(Setups, AddAndRemoveFeatures) {
     const Outcome run = RunSetup(cNew, L"/FEATURES=tools,sdks");
     EXPECT_EQ(cCommandLine, run.code) << run;
     EXPECT_TRUE(run.Says("There is no feature 'sdks'")) << run;
+}
+
+TEST_F(Setups, RefuseSwitchesThatDoNotExist) {
+    for (const wchar_t* wrong :
+         {L"/FEATURE=tools", L"/FEATURES=tools, sdk", L"/SILENT", L"tools"}) {
+        const Outcome run = RunSetup(cNew, wrong);
+        EXPECT_EQ(cCommandLine, run.code) << run;
+        EXPECT_TRUE(run.Says("There is no switch '")) << run;
+    }
+    Outcome run = RunSetup(cNew, L"/REMOVESETTINGS");
+    EXPECT_EQ(cCommandLine, run.code) << run;
+    EXPECT_TRUE(run.Says("belongs to /UNINSTALL")) << run;
+    run = RunSetup(cNew, L"/D=C:\\Elsewhere /FEATURES=tools");
+    EXPECT_EQ(cCommandLine, run.code) << run;
+    EXPECT_TRUE(run.Says("/D is the last switch")) << run;
+    EXPECT_EQ(cNoLog, RunSetup(cNew, L"/LOG=C:\\Elsewhere\\setup.log").code);
+    EXPECT_FALSE(fs::exists(cFolder));
+}
+
+TEST_F(Setups, TakeSwitchesInAnyCaseAndAnyNameOfALog) {
+    const fs::path log = fs::absolute(L"log of a setup.log");
+    const std::wstring setup =
+        Installer(L"kora4asl-" + std::wstring(cOld) + L"-setup.exe").wstring();
+    for (const std::wstring& argument :
+         {L"\"/log=" + log.wstring() + L"\"", L"/LOG=\"" + log.wstring() + L"\""}) {
+        const Outcome run =
+            RunToEnd(L"\"" + setup + L"\" /s /features=Library " + argument, log);
+        EXPECT_EQ(cInstalled, run.code) << run;
+        EXPECT_TRUE(run.Says("is installed and registered")) << run;
+    }
+    EXPECT_EQ(L"library", ProductValue(L"Features"));
 }
 
 TEST_F(Setups, RefuseAnOlderVersionAndASecondFolder) {
