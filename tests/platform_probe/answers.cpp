@@ -1,25 +1,24 @@
 // SPDX-License-Identifier: MIT
-// Names of errors, the probe's own keys and files, and the thread on which a question is asked.
+// Names of errors, the probe's own keys and files, and the process in which a question is
+// asked.
 #include "platform_probe/answers.h"
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
-#include <future>
-#include <memory>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 #include "platform_probe/question.h"
+#include "platform_probe/roles.h"
+#include "platform_probe/table.h"
 
 namespace kora4::probe {
 
 namespace {
 
-// No answer takes nearly as long.
-constexpr std::chrono::seconds cPatience{15};
+// Milliseconds; no answer takes nearly as long.
+constexpr DWORD cPatience = 15000;
 
 struct NamedCode {
     LONG code;
@@ -96,10 +95,44 @@ void ProbeFile::Write(const std::string& bytes) const {
 std::string Answer(const Question& question) {
     if (!question.ask)
         return cCannotTell;
-    const auto answer = std::make_shared<std::promise<std::string>>();
-    std::future<std::string> given = answer->get_future();
-    std::thread([ask = question.ask, answer] { answer->set_value(ask()); }).detach();
-    return given.wait_for(cPatience) == std::future_status::ready ? given.get() : cNoAnswer;
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    UniqueHandle reader;
+    UniqueHandle writer;
+    CreatePipe(reader.Put(), writer.Put(), &inherited, 0);
+    wchar_t path[MAX_PATH * 4];
+    GetModuleFileNameW(nullptr, path, static_cast<DWORD>(std::size(path)));
+    std::wstring line =
+        L"\"" + std::wstring(path) + L"\" " + Wide(cAnswerRole) + L" " + Wide(question.name);
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = writer.Get();
+    PROCESS_INFORMATION made{};
+    if (!CreateProcessW(path, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                        &made))
+        return std::string(cCannotTell) + ": no process started";
+    CloseHandle(made.hThread);
+    const UniqueHandle process(made.hProcess);
+    WaitForSingleObject(process.Get(), cPatience);
+    TerminateProcess(process.Get(), 1);
+    char answer[1024];
+    DWORD length = 0;
+    PeekNamedPipe(reader.Get(), answer, sizeof answer, &length, nullptr, nullptr);
+    return length > 0 ? std::string(answer, length) : cNoAnswer;
+}
+
+std::optional<int> GiveAnswer(const std::string& name) {
+    for (const auto& questions : AllQuestions()) {
+        for (const Question& question : questions) {
+            if (name != question.name || !question.ask)
+                continue;
+            std::printf("%s", question.ask().c_str());
+            std::fflush(stdout);
+            // Threads that may never end are left behind.
+            TerminateProcess(GetCurrentProcess(), 0);
+        }
+    }
+    return std::nullopt;
 }
 
 const char* Verdict(const Question& question, const std::string& answer) {

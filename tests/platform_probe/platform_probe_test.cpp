@@ -2,7 +2,6 @@
 // docs/platforms.md has the probe's questions and expectations, and what Wine answers to them;
 // and whatever code names Wine is behind a question.
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -118,8 +117,5 @@ int main(int count, char** arguments) {
     if (const auto code = kora4::probe::PlayRole(count, arguments))
         return *code;
     testing::InitGoogleTest(&count, arguments);
-    const int result = RUN_ALL_TESTS();
-    std::fflush(stdout);
-    // Threads that may never end are left behind.
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(result));
+    return RUN_ALL_TESTS();
 }

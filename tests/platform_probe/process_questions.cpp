@@ -2,6 +2,7 @@
 // Questions about processes: the console, Ctrl-C, pipes, the clock, and which system it is.
 #include <array>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform_probe/answers.h"
 #include "platform_probe/question.h"
@@ -171,6 +172,8 @@ std::optional<int> PlayRole(int count, char** arguments) {
         return ShowSequence();
     if (role == cPress && count > 2)
         return PressCtrlC(std::strtoul(arguments[2], nullptr, 10));
+    if (count > 2 && std::strcmp(arguments[1], cAnswerRole) == 0)
+        return GiveAnswer(arguments[2]);
     return std::nullopt;
 }
 

@@ -22,7 +22,7 @@ struct Question {
     std::string (*ask)();
 };
 
-// Subject by subject. The last of `ComQuestions` leaves a thread behind that may never end.
+// Subject by subject.
 std::span<const Question> RegistryQuestions();
 std::span<const Question> ObjectQuestions();
 std::span<const Question> FileQuestions();
@@ -30,11 +30,13 @@ std::span<const Question> ProcessQuestions();
 std::span<const Question> ComQuestions();
 
 inline constexpr char cCannotTell[] = "a program cannot tell";
-// Under Wine 8, one run in ten or so waits for ever in a call between apartments.
+// Under Wine 8, one run in ten or so waits for ever in a call between apartments, or at the
+// end of a thread that watches a key.
 inline constexpr char cNoAnswer[] = "a program cannot tell: the call has not come back";
 
-// Asks on a thread of its own, which is in no apartment. `cCannotTell`, with a reason or not,
-// begins an answer that is none. A thread that gets `cNoAnswer` is left behind.
+// Asks in a process of its own, on a thread that is in no apartment: a call that does not come
+// back may keep what others need. `cCannotTell`, with a reason or not, begins an answer that is
+// none.
 std::string Answer(const Question& question);
 
 // "same", "different" or "not known".

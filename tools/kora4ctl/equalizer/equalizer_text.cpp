@@ -9,6 +9,7 @@
 namespace kora4::tools {
 namespace {
 
+constexpr std::string_view cByteOrderMark = "\xEF\xBB\xBF";
 constexpr double cPi = 3.14159265358979323846;
 constexpr double cShelfQ = 0.70710678118654752440;
 
@@ -57,7 +58,6 @@ constexpr Parameter cParameters[] = {
 class Parser {
   public:
     explicit Parser(std::string_view text) : m_text(text) {
-        constexpr std::string_view cByteOrderMark = "\xEF\xBB\xBF";
         if (m_text.starts_with(cByteOrderMark))
             m_text.remove_prefix(cByteOrderMark.size());
     }
@@ -147,6 +147,9 @@ class Parser {
     void ReadCurve(const std::string& word) {
         if (m_read.hasFilters)
             return Refuse("'" + word + "' instead of 'Filter'");
+        // Which a curve may begin with, but only where the whole text begins.
+        if (m_text.starts_with(cByteOrderMark))
+            return Refuse("'" + word + "' instead of 'GraphicEQ:'");
         ParsedEqualizer parsed = ParseGraphicEq(m_text);
         m_read.curve = std::move(parsed.bands);
         m_read.problem = std::move(parsed.problem);

@@ -68,6 +68,8 @@ TEST(EqualizerText, SaysInWhichLineWhatIsWrong) {
     EXPECT_EQ("2: there is a second preamp", Problem("Preamp: 1 dB\nPreamp: 2 dB"));
     for (const char* const preamp : {"Preamp:", "Preamp: x dB", "Preamp: 1 Hz", "Preamp: 1,5"})
         EXPECT_EQ("1: expected a preamp such as 'Preamp: -6.2 dB'", Problem(preamp)) << preamp;
+    for (const char* before : {"\n", "\xEF\xBB\xBF", "Preamp: 1\n"})
+        EXPECT_NE("", Problem(std::string(before) + "\xEF\xBB\xBFGraphicEQ: 20 1"));
     EXPECT_EQ("1: 'Include:' instead of 'GraphicEQ:'", Problem("Include: other.txt"));
     EXPECT_EQ("3: the frequency 20 is not above 20, the previous one",
               Problem("Preamp: 1\nGraphicEQ: 20 1;\n20 2"));
