@@ -32,30 +32,6 @@ class PanelEqualizer : public PanelTest {
         MouseAt(place.left + x * (place.right - place.left),
                 place.top + y * (place.bottom - place.top), button);
     }
-    // The same in pixels of the display.
-    static void MouseAt(double left, double top, DWORD button = 0) {
-        // The middle of the pixel.
-        INPUT input{};
-        input.type = INPUT_MOUSE;
-        input.mi.dx = std::lround((left + 0.5) * 65536 / GetSystemMetrics(SM_CXSCREEN));
-        input.mi.dy = std::lround((top + 0.5) * 65536 / GetSystemMetrics(SM_CYSCREEN));
-        input.mi.dwFlags = MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE;
-        // The display under Wine may tell once more where the mouse was before, and puts it
-        // back there: that must not come when the button is down already.
-        constexpr DWORD cSettled = 100;
-        EXPECT_TRUE(Becomes([&] {
-            EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
-            Sleep(cSettled);
-            POINT place{};
-            GetCursorPos(&place);
-            return place.x == std::lround(left) && place.y == std::lround(top);
-        }));
-        input.mi = {};
-        input.mi.dwFlags = button;
-        if (button != 0) {
-            EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
-        }
-    }
     // Middle of the dot of a band, counted from 1, on the display.
     POINT Dot(long band) {
         Microsoft::WRL::ComPtr<IAccessible> curve;

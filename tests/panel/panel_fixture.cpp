@@ -4,6 +4,8 @@
 
 #include <commctrl.h>
 
+#include <cmath>
+
 namespace kora4::test {
 
 namespace {
@@ -153,6 +155,30 @@ bool PanelProcess::ForegroundBecomes(HWND window) const {
 
 bool PanelProcess::HasMenu() const {
     return (ThreadOf(m_window).flags & GUI_INMENUMODE) != 0;
+}
+
+void PanelTest::MouseAt(double left, double top, DWORD button) {
+    // The middle of the pixel.
+    INPUT input{};
+    input.type = INPUT_MOUSE;
+    input.mi.dx = std::lround((left + 0.5) * 65536 / GetSystemMetrics(SM_CXSCREEN));
+    input.mi.dy = std::lround((top + 0.5) * 65536 / GetSystemMetrics(SM_CYSCREEN));
+    input.mi.dwFlags = MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE;
+    // The display under Wine may tell once more where the mouse was before, and puts it
+    // back there: that must not come when the button is down already.
+    constexpr DWORD cSettled = 100;
+    EXPECT_TRUE(Becomes([&] {
+        EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
+        Sleep(cSettled);
+        POINT place{};
+        GetCursorPos(&place);
+        return place.x == std::lround(left) && place.y == std::lround(top);
+    }));
+    input.mi = {};
+    input.mi.dwFlags = button;
+    if (button != 0) {
+        EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
+    }
 }
 
 void PanelTest::SetUp() {

@@ -89,6 +89,9 @@ class PanelTest : public testing::Test {
     void SetUp() override;
     void Start(const std::vector<std::string>& options = {"--language", "en"});
 
+    // The pointer, in pixels of the display, and then the button.
+    static void MouseAt(double left, double top, DWORD button = 0);
+
     kora4::Api& Others() { return *m_api; }
     PanelProcess& Panel() { return *m_panel; }
 

@@ -165,6 +165,7 @@ TEST_F(PanelTest, ChoosesAProfileInTheNotificationAreaDuringADemo) {
     ASSERT_TRUE(Others().CreateCustomProfile(KORA4_PROFILE_P1, L"Late &Zero"));
     ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
     ASSERT_NO_FATAL_FAILURE(Start());
+    MouseAt(2, 2);
     PostMessageW(Panel().Window(), WM_APP + 2, 0, WM_RBUTTONUP);
     EXPECT_TRUE(Becomes([&] { return Panel().HasMenu(); }));
     Press('Z');
@@ -242,6 +243,8 @@ TEST_F(PanelTest, IsNotHiddenWithoutAnIcon) {
 
 TEST_F(PanelTest, StaysInTheNotificationAreaAndChoosesProfilesThere) {
     ASSERT_NO_FATAL_FAILURE(Start());
+    // Beside every menu, in which it would choose as well.
+    MouseAt(2, 2);
     const auto chooseInMenu = [&](int downs) {
         EXPECT_TRUE(Becomes([&] { return Panel().HasMenu(); }));
         for (int i = 0; i < downs; ++i)
