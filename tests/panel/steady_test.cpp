@@ -133,8 +133,11 @@ TEST_F(PanelSteady, DoesNotGrowWithForeignChanges) {
         "%lu, memory %zu -> %zu KB\n",
         3 * g_changes, handles, process.Handles(), drawing, process.DrawingObjects(), windows,
         process.Windows(), memory / 1024, process.Memory() / 1024);
-    // A call that is not over yet has handles of its own.
-    EXPECT_TRUE(Becomes([&] { return process.Handles() <= handles; })) << process.Handles();
+    // The platform makes one when two threads first meet at a lock, and a call that is not over
+    // yet has its own.
+    constexpr std::size_t cOnce = 3;
+    EXPECT_TRUE(Becomes([&] { return process.Handles() <= handles + cOnce; }))
+        << process.Handles();
     EXPECT_GE(drawing, process.DrawingObjects());
     EXPECT_GE(windows, process.Windows());
     // The heaps' own reserve goes up and down.
