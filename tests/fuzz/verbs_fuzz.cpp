@@ -151,6 +151,11 @@ const OptionRow* OptionNamed(const CommandRow& row, const std::string& name) {
     return name == cWait.name ? &cWait : nullptr;
 }
 
+// The parser gives an option the next argument as well when a list has nothing but commas.
+bool IsEmptyList(const std::string& name, const std::string& value) {
+    return name == cList && !value.empty() && value.find_first_not_of(',') == std::string::npos;
+}
+
 void Add(const std::string& text, CommandLine& line) {
     const std::size_t cut = std::min(text.find_first_of(" ="), text.size());
     const std::string name = text.substr(0, cut);
@@ -163,7 +168,7 @@ void Add(const std::string& text, CommandLine& line) {
         line.all.push_back(text);
         line.flags.push_back(text);
     } else if (OptionNamed(*line.row, name) && cut < text.size() && value != "--" &&
-               (text[cut] == ' ' || !value.empty())) {
+               !IsEmptyList(name, value) && (text[cut] == ' ' || !value.empty())) {
         line.options[name].push_back(value);
         if (text[cut] == ' ')
             line.all.insert(line.all.end(), {name, value});
@@ -254,7 +259,7 @@ void Judge(const CommandLine& line) {
     for (const std::string& argument : arguments)
         CheckValue(row.range, argument);
     for (const auto& [name, values] : line.options) {
-        Demand(name == cList ? !PartsOf(name, values).empty() : values.size() == 1);
+        Demand(name == cList || values.size() == 1);
         for (const std::string& value : values)
             CheckValue(OptionNamed(row, name)->range, value);
     }
