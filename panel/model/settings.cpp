@@ -2,18 +2,11 @@
 // Items of the settings: taking, putting, comparing.
 #include "panel/model/settings.h"
 
-#include <algorithm>
 #include <utility>
 
+#include "panel/model/curve.h"
+
 namespace panel {
-
-namespace {
-
-bool IsSamePlace(const kora4::Band& a, const kora4::Band& b) {
-    return !(a.frequency < b.frequency || b.frequency < a.frequency);
-}
-
-}  // namespace
 
 Item Get(const Settings& settings, Subject subject, std::size_t index) {
     Item item;
@@ -48,7 +41,7 @@ Item Get(const Settings& settings, Subject subject, std::size_t index) {
 
 bool Fits(const Item& band, const kora4::Bands& bands) {
     return band.index < bands.size() && !band.bands.empty() &&
-           IsSamePlace(band.bands[0], bands[band.index]);
+           IsSameBand(band.bands[0], bands[band.index]);
 }
 
 void Put(Settings& settings, const Item& item) {
@@ -95,16 +88,15 @@ Items All(const Settings& settings) {
 
 Items Difference(const Settings& from, const Settings& to) {
     Items items;
-    const bool areSamePlaces = std::equal(from.bands.begin(), from.bands.end(),
-                                          to.bands.begin(), to.bands.end(), IsSamePlace);
+    const bool areSameBands = AreSameBands(from.bands, to.bands);
     const auto add = [&](const Item& item) {
         if (item != Get(from, item.subject, item.index))
             items.push_back(item);
     };
     for (const Item& item : All(to))
-        if (item.subject != Subject::eBands || !areSamePlaces)
+        if (item.subject != Subject::eBands || !areSameBands)
             add(item);
-    for (std::size_t band = 0; areSamePlaces && band < to.bands.size(); ++band)
+    for (std::size_t band = 0; areSameBands && band < to.bands.size(); ++band)
         add(Get(to, Subject::eBand, band));
     return items;
 }
