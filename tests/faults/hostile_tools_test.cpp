@@ -117,6 +117,11 @@ std::size_t Decode(const std::string& text, std::size_t at, std::uint32_t* pChar
 // Text that a terminal shows and does not obey.
 testing::AssertionResult IsShowable(const std::string& text) {
     for (std::size_t at = 0; at < text.size();) {
+        // Dumps have millions of these.
+        if (text[at] >= ' ' && text[at] <= '~') {
+            ++at;
+            continue;
+        }
         std::uint32_t character = 0;
         const std::size_t length = Decode(text, at, &character);
         if (length == 0)
@@ -171,6 +176,7 @@ class HostileStore : public testing::Test {
     Damage m_damage{s_seed};
     const std::vector<SchemaValue> m_schema = WholeSchema();
     StandardStreams m_streams;
+    std::string m_checked;  // JSON that has been checked
     std::map<std::string, unsigned> m_outcomes;
     unsigned m_runs = 0;
     unsigned m_identities = 0;
@@ -195,15 +201,18 @@ std::string HostileStore::Ran(const std::string& tool, const Words& arguments, b
     SCOPED_TRACE(line + "\n" + err.substr(0, 1000));
     EXPECT_TRUE(code >= 0 && code <= static_cast<int>(ExitCode::eFindings)) << code;
     EXPECT_NE(static_cast<int>(ExitCode::eUsage), code);
-    EXPECT_TRUE(IsShowable(out));
     EXPECT_TRUE(IsShowable(err));
     EXPECT_EQ(std::string::npos, err.find("Internal error"));
     EXPECT_EQ(
         code == 0 || code == static_cast<int>(ExitCode::eFindings) || isJson || !err.empty(),
         true)
         << "a failure without a word";
-    if (isJson) {
-        EXPECT_TRUE(IsJson(out)) << out.substr(0, 2000);
+    // A dump has megabytes, and most are equal to the one before.
+    if (out != m_checked) {
+        EXPECT_TRUE(IsShowable(out));
+        EXPECT_TRUE(!isJson || IsJson(out)) << out.substr(0, 2000);
+        if (isJson)
+            m_checked = out;
     }
     ++m_outcomes[line.substr(0, 28) + " -> " + std::to_string(code)];
     ++m_runs;

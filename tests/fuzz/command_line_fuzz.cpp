@@ -197,6 +197,11 @@ constexpr int cDone = 0;
 constexpr int cUsage = 2;
 constexpr int cBadInput = 5;
 
+// Both tools refuse such arguments, whatever else is on the command line.
+bool IsNeverTaken(const std::string& argument) {
+    return argument == "++" || argument.starts_with(std::string(101, '['));
+}
+
 // What has to become of a command line.
 struct Expected {
     int exitCode = cDone;
@@ -209,11 +214,13 @@ struct Expected {
 
 Expected Judge(const CommandLine& line) {
     Expected expected;
-    for (const auto& [name, values] : line.values) {
-        if (name != "--fault" && values.size() > 1) {
-            expected.exitCode = cUsage;
-            return expected;
-        }
+    const bool isTwice =
+        std::any_of(line.values.begin(), line.values.end(), [](const auto& option) {
+            return option.first != "--fault" && option.second.size() > 1;
+        });
+    if (isTwice || std::any_of(line.arguments.begin(), line.arguments.end(), IsNeverTaken)) {
+        expected.exitCode = cUsage;
+        return expected;
     }
     const auto value = [&line](const char* name) { return line.values.at(name)[0]; };
     try {
