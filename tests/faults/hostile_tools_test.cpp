@@ -58,7 +58,8 @@ const Words cReading[] = {
     {"dump", "--all"},
     {"dump", "--profile", "music"},
     {"lint"},
-    {"doctor", "--dry-run", "--wait", "1"},
+    // The Wine server stops for a second or two while it saves a registry of many megabytes.
+    {"doctor", "--dry-run", "--wait", "5"},
     {"trace", "show"},
     {"undo"},
     {"explain", "0x80004005"},
