@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Matches a written line with a format by its literal parts and by the look of its values.
+#include <algorithm>
 #include <cctype>
 #include <string_view>
 
@@ -57,8 +58,8 @@ bool TakePlaceholder(std::string_view& text, char kind) {
             return TakeValueName(text);
         case 'd':
             return Take(text, IsDecimal, 1, 10);
-        case '*':
-            text = {};
+        case 's':
+            text.remove_prefix(std::min(text.find('\n'), text.size()));
             return true;
         default:
             return false;

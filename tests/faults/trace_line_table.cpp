@@ -397,8 +397,9 @@ const struct {
      "ProcessTrack::ProcessTrack",
      0x210,
      {"Process ID: %d\n",
-      "Process startup info:\n       processID: %x\n    handle count: %d\n       lpDesktop: No "
-      "DT\n         lpTitle: %*"}},
+      "Process startup info:\n       processID: %x\n    handle count: %d\n       lpDesktop: "
+      "%s\n"
+      "         lpTitle: %s"}},
     {"KORA4ASLDLL", "DllGetClassObject", 0x901, {"<< hr: %x *ppv: %p"}},
     {"KORA4ASLDLL",
      "DllGetClassObject",

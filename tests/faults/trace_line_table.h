@@ -12,7 +12,7 @@ namespace kora4::test {
 // `text` is exact but for what differs from run to run:
 //   %p a pointer, 16 digits   %x "0x" and 8 digits: a result, a thread, a handle
 //   %h 1 to 8 hexadecimal digits   %k the name of a value   %d a decimal number
-//   %* the rest, whatever it is
+//   %s the rest of the line, whatever it is
 struct TableLine {
     std::string tag;
     std::string function;

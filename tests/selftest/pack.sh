@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # pack.sh LIST STRIP ZIP: packs the files of the list (path|folder) in one folder, programs
 # without their symbols and texts with the line ends of the platform, which batch files need. The
-# same files give the same bytes.
+# same files give the same bytes. Fails if a program names a document that is not among them.
 set -euo pipefail
 list=$1 strip=$2 zip=$3
 stage=$(mktemp -d)
@@ -19,6 +19,9 @@ while IFS='|' read -r file folder; do
     *) cp -r "$file" "$kit/$folder/" ;;
   esac
 done <"$list"
+grep -aohE 'docs/[a-z0-9/-]+\.md' "$kit"/*.exe | sort -u | while read -r document; do
+  [ -e "$kit/$document" ] || { echo "pack.sh: a program reads $document, which is not packed" >&2; exit 1; }
+done
 chmod -R u=rwX,go=rX "$kit"
 find "$kit" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
 rm -f "$zip"

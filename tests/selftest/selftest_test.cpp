@@ -108,12 +108,12 @@ void FillStore() {
 
 TEST_F(SelfTest, RunsTheChosenProgramsAndReports) {
     const std::string before = EverythingSaved();
-    const Kit kit(L"codec_test typelib_test c_client_test platform_probe");
+    const Kit kit(L"codec_test typelib_test c_client_test trace_lines_test platform_probe");
     EXPECT_EQ(0u, kit.ExitCode()) << Kit::Said() << Kit::Report();
     const std::string said = Kit::Said();
     EXPECT_TRUE(Has(said, "] codec_test ... passed, ")) << said;
-    EXPECT_TRUE(Has(said, "[4/4] ")) << said;
-    EXPECT_TRUE(Has(said, "0 of 4 programs failed")) << said;
+    EXPECT_TRUE(Has(said, "[5/5] ")) << said;
+    EXPECT_TRUE(Has(said, "0 of 5 programs failed")) << said;
     const std::string report = Kit::Report();
     EXPECT_TRUE(Has(report, "Microsoft Windows")) << report;
     EXPECT_TRUE(Has(report, "QXA64T.dll 7.")) << report;
@@ -121,7 +121,7 @@ TEST_F(SelfTest, RunsTheChosenProgramsAndReports) {
     EXPECT_TRUE(Has(report, "c_client_test: passed, ")) << report;
     EXPECT_TRUE(Has(report, "identical-write: ")) << report;
     EXPECT_TRUE(Has(report, "left out: manuals_test: ")) << report;
-    EXPECT_TRUE(Has(report, "result: 0 of 4 programs failed\r\n")) << report;
+    EXPECT_TRUE(Has(report, "result: 0 of 5 programs failed\r\n")) << report;
     EXPECT_EQ(before, EverythingSaved());
     EXPECT_FALSE(std::filesystem::exists(g_kit / "saved.state"));
 }
