@@ -31,6 +31,7 @@ using Words = std::vector<std::string>;
 constexpr std::uint32_t cStores = 20;
 constexpr std::uint32_t cFreshEvery = 10;    // a store forgets its damage then
 constexpr std::uint32_t cProcessEvery = 10;  // with a tool in a process of its own
+constexpr std::uint32_t cLoadEvery = 3;      // is dumped, damaged and loaded
 constexpr std::size_t cReadingsOfAStore = 6;
 constexpr int cWritesOfAStore = 3;
 constexpr ULONGLONG cInTime = 20000;  // milliseconds, a busy machine's included
@@ -290,7 +291,8 @@ TEST_F(HostileStore, HarmsNoTool) {
             Run(cReading[(i * cReadingsOfAStore + verb) % std::size(cReading)]);
         if (m_damage.OneIn(2))
             RunSimulator();
-        ExpectDumpIsIdentity();
+        if (i % cLoadEvery == 0)
+            ExpectDumpIsIdentity();
         for (int writes = 0; writes < cWritesOfAStore; ++writes)
             Run(cWriting[m_damage.Pick(std::size(cWriting))]);
         if (i % cProcessEvery == 0)

@@ -55,6 +55,10 @@ struct Piece {
     std::size_t width = 0;
 };
 
+bool IsText(const Piece& piece) {
+    return piece.conversion == 's' || piece.conversion == 'S';
+}
+
 std::vector<Piece> PiecesOf(const std::string& pattern) {
     std::vector<Piece> pieces;
     for (std::size_t i = 0; i < pattern.size();) {
@@ -112,13 +116,20 @@ std::size_t NumberAt(const Piece& piece, const std::string& text, std::size_t at
     return 0;
 }
 
+// Whether the literal text of a piece stands there. At the end of a line the blank between it
+// and an empty text may be missing.
+bool HasLiteral(const std::vector<Piece>& pieces, std::size_t piece, const std::string& text,
+                std::size_t at) {
+    const std::string& literal = pieces[piece].literal;
+    return text.compare(at, literal.size(), literal) == 0 ||
+           (piece + 1 < pieces.size() && IsText(pieces[piece + 1]) &&
+            text.substr(at) + " " == literal);
+}
+
 // Whether the text may go on so after a value: a look that saves most of the tries.
 bool CanGoOn(const std::vector<Piece>& pieces, std::size_t piece, const std::string& text,
              std::size_t at) {
-    if (piece == pieces.size())
-        return at == text.size();
-    const std::string& literal = pieces[piece].literal;
-    return text.compare(at, literal.size(), literal) == 0;
+    return piece == pieces.size() ? at == text.size() : HasLiteral(pieces, piece, text, at);
 }
 
 // Matches from a piece and a place on; texts take as little as they can.
@@ -128,11 +139,12 @@ bool Match(const std::vector<Piece>& pieces, std::size_t piece, const std::strin
         return at == text.size();
     const Piece& current = pieces[piece];
     if (current.conversion == '\0')
-        return text.compare(at, current.literal.size(), current.literal) == 0 &&
-               Match(pieces, piece + 1, text, at + current.literal.size(), pKinds, values);
-    if (current.isPadded && current.conversion != 's' && current.conversion != 'S')
+        return HasLiteral(pieces, piece, text, at) &&
+               Match(pieces, piece + 1, text,
+                     std::min(at + current.literal.size(), text.size()), pKinds, values);
+    if (current.isPadded && !IsText(current))
         at += Run(text, at, cBlanks);
-    const bool isText = current.conversion == 's' || current.conversion == 'S';
+    const bool isText = IsText(current);
     const std::size_t number = isText ? 0 : NumberAt(current, text, at);
     if (!isText && number == 0)
         return false;

@@ -17,6 +17,7 @@ struct Conversion {
     char kind = '\0';
 
     constexpr bool IsPadded() const { return width != 0 && !hasZeros; }  // with blanks
+    constexpr bool IsText() const { return kind == 's' || kind == 'S'; }
     constexpr bool IsWide() const { return kind == 'S' || (kind == 's' && isLong); }
 };
 

@@ -136,6 +136,10 @@ constexpr std::size_t LengthOfNumber(const Conversion& conversion, std::string_v
     }
 }
 
+constexpr bool IsBlankBeforeText(std::string_view pattern) {
+    return pattern.starts_with(" %") && ConversionAt(pattern.substr(1)).IsText();
+}
+
 constexpr bool Match(std::string_view pattern, std::string_view text, TraceValues* pValues,
                      const TraceKind* pKinds);
 
@@ -162,6 +166,11 @@ constexpr bool MatchValue(std::string_view pattern, std::string_view text,
 constexpr bool Match(std::string_view pattern, std::string_view text, TraceValues* pValues,
                      const TraceKind* pKinds) {
     while (!pattern.empty() && pattern.front() != '%') {
+        // The blank in front of an empty text at the end went with the line's end.
+        if (text.empty() && IsBlankBeforeText(pattern)) {
+            pattern.remove_prefix(1);
+            break;
+        }
         if (text.empty() || text.front() != pattern.front())
             return false;
         pattern.remove_prefix(1);
@@ -171,7 +180,7 @@ constexpr bool Match(std::string_view pattern, std::string_view text, TraceValue
         return text.empty();
     const Conversion conversion = ConversionAt(pattern);
     const TraceValues before = *pValues;
-    if (conversion.kind == 's' || conversion.kind == 'S') {
+    if (conversion.IsText()) {
         for (std::size_t length = 0; length <= text.size(); ++length)
             if (MatchValue(pattern, text, conversion, length, before, pValues, pKinds))
                 return true;

@@ -151,6 +151,14 @@ TEST(WrittenTraceLines, OfSeveralLinesAreFoundByEachOfThem) {
         ASSERT_NE(nullptr, match.pMessage) << line;
         EXPECT_STREQ("ProcessTrack::ProcessTrack", match.pMessage->function) << line;
     }
+    // The desktop of a process may have an empty name, and copies lose the blank at the end.
+    for (const char* line : {"       lpDesktop: ", "lpDesktop:"}) {
+        const TraceMatch match = contract::FindTraceMessage("", line);
+        ASSERT_NE(nullptr, match.pMessage) << line;
+        ASSERT_EQ(1u, match.values.count);
+        EXPECT_EQ("", match.values.texts[0]);
+    }
+    EXPECT_EQ(nullptr, contract::FindTraceMessage("", "lpDesktop").pMessage);
     const TraceMatch match = contract::FindTraceMessage("", "    handle count: 41");
     ASSERT_EQ(1u, match.values.count);
     EXPECT_EQ(contract::TraceKind::eCount, match.values.kinds[0]);
