@@ -292,8 +292,7 @@ TEST_F(PanelLook, MovesTheCurveAndDrawsNothingWhenItIsMinimised) {
         bands[i].gain = i % 2 ? 8.0f : -8.0f;
     ASSERT_TRUE(Others().SetGraphicEQData(bands));
     EXPECT_TRUE(Panel().StatusBecomes(L"Another program"));
-    const Picture bent = StillPicture(Panel().Control(eEqualizer));
-    EXPECT_FALSE(flat == bent);
+    EXPECT_TRUE(Becomes([&] { return !(flat == StillPicture(Panel().Control(eEqualizer))); }));
     ShowWindow(Panel().Window(), SW_MINIMIZE);
     EXPECT_TRUE(Becomes([&] { return IsIconic(Panel().Window()) != FALSE; }));
     EXPECT_TRUE(Others().SetVeltoEnable(false));

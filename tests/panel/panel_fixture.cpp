@@ -174,8 +174,8 @@ void PanelTest::MouseAt(double left, double top, DWORD button) {
         GetCursorPos(&place);
         return place.x == std::lround(left) && place.y == std::lround(top);
     }));
-    input.mi = {};
-    input.mi.dwFlags = button;
+    // With the place, in case that comes all the same.
+    input.mi.dwFlags |= button;
     if (button != 0) {
         EXPECT_EQ(1u, SendInput(1, &input, sizeof input));
     }

@@ -181,7 +181,7 @@ TEST_F(PanelWaiting, TakesBackWhatItsUserDidBeforeADemo) {
     EXPECT_TRUE(Becomes([&] { return Panel().IsEnabled(eUndoOwnButton); }));
     EXPECT_FALSE(Panel().IsEnabled(eUndoForeignButton));
     Press('Z', {VK_CONTROL});
-    EXPECT_TRUE(Panel().StatusBecomes(L"Undo: "));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Undo: done."));
     EXPECT_EQ(3u, Leveler());
 }
 
