@@ -13,6 +13,8 @@
 
 #include "contract/api_fixture.h"
 #include "contract/registry_paths.h"
+#include "multiprocess/working_store.h"
+#include "support/import_redirection.h"
 #include "support/key_security.h"
 #include "support/registry_fixture.h"
 
@@ -33,11 +35,13 @@ class AccessLists : public ApiTest {
   protected:
     // The store is removed at the end, which takes the right to.
     ~AccessLists() override {
-        for (const wchar_t* path : {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath})
+        for (const wchar_t* path :
+             {cBaseKeyPath, cStaticKeysPath, cDynamicKeysPath, cAppKeysPath})
             SetDacl(path, cWorldAccess);
     }
 
     static void Narrow() {
+        SetDacl(cAppKeysPath, cReading);
         SetDacl(cBaseKeyPath, cReading);
         SetDacl(cStaticKeysPath, cReadingAndWriting);
         SetDacl(cDynamicKeysPath, cReadingAndWriting);
@@ -73,7 +77,8 @@ bool Grants(const wchar_t* list, DWORD access) {
 }
 
 TEST_F(AccessLists, ThatAreNarrowRefuseWhatNoClientNeeds) {
-    for (const DWORD access : {DWORD{DELETE}, DWORD{WRITE_DAC}, DWORD{KEY_CREATE_LINK}}) {
+    for (const DWORD access :
+         {DWORD{DELETE}, DWORD{WRITE_DAC}, DWORD{WRITE_OWNER}, DWORD{KEY_CREATE_LINK}}) {
         EXPECT_TRUE(Grants(cWorldAccess, access)) << std::hex << access;
         EXPECT_FALSE(Grants(cReadingAndWriting, access)) << std::hex << access;
         EXPECT_FALSE(Grants(cReading, access)) << std::hex << access;
@@ -90,21 +95,7 @@ TEST_F(AccessLists, ThatAreNarrowLetEveryMethodWork) {
     const ComPtr<IVeltoKORA4API> api = Initialized();
     const auto recorder = CallbackRecorder::Create();
     EXPECT_EQ(S_OK, api->RegisterChangeNotifications(recorder.Get()));
-    EXPECT_EQ(S_OK, api->SetActiveProfile(1));
-    EXPECT_EQ(S_OK, api->SetVeltoEnable(TRUE));
-    EXPECT_EQ(S_OK, api->SetTechnologyOnElseOff(eDialogEnhancer, TRUE));
-    KORA4PatchValueUnion value{};
-    value.m_technology = eVolumeLeveler;
-    value.m_values.m_volumeSlider = 5;
-    EXPECT_EQ(S_OK, api->SetSimplePatchValue(&value));
-    EXPECT_EQ(S_OK, api->GetSimplePatchValue(&value));
-    EXPECT_EQ(S_OK, api->SetVisualizationSamplingPeriod(50));
-    EXPECT_EQ(S_OK, api->CreateCustomProfile(4, L"name"));
-    EXPECT_EQ(S_OK, api->SetCustomProfileName(4, L"other"));
-    EXPECT_EQ(S_OK, api->DeleteCustomProfile(4));
-    EXPECT_EQ(S_OK, api->SetDemoProfileAndEnable(241, TRUE));
-    EXPECT_EQ(S_OK, api->RevertFromDemoMode());
-    EXPECT_EQ(S_OK, api->RevertActiveProfile());
+    ExpectEveryMethodToWork(*api.Get(), 0);
     // The watch of the other one.
     EXPECT_EQ(S_OK, Initialized()->SetActiveProfile(2));
     EXPECT_TRUE(recorder->WaitForLine("OnActiveProfileChange(2)"));
@@ -118,10 +109,12 @@ TEST_F(AccessLists, ThatLackOneOfTheRightsLetNoClientStart) {
                                         std::pair{"create subkeys", L"D:P(A;;0x2001b;;;WD)"},
                                         std::pair{"list subkeys", L"D:P(A;;0x20017;;;WD)"},
                                         std::pair{"be notified", L"D:P(A;;0x2000f;;;WD)"}}) {
-        SetDacl(cDynamicKeysPath, sddl);
-        EXPECT_EQ(E_FAIL, Created()->Initialize()) << missing;
+        for (const wchar_t* path : {cStaticKeysPath, cDynamicKeysPath}) {
+            SetDacl(path, sddl);
+            EXPECT_EQ(E_FAIL, Created()->Initialize()) << missing;
+            SetDacl(path, cReadingAndWriting);
+        }
     }
-    SetDacl(cDynamicKeysPath, cReadingAndWriting);
     EXPECT_EQ(S_OK, Created()->Initialize());
 }
 
@@ -129,6 +122,8 @@ TEST_F(AccessLists, ThatLackOneOfTheRightsLetNoClientStart) {
 // peace.
 TEST_F(AccessLists, OfRegisteringLetOthersDeleteTheKeysOfAClient) {
     ComPtr<IVeltoKORA4API> api = Initialized();
+    const auto recorder = CallbackRecorder::Create();
+    EXPECT_EQ(S_OK, api->RegisterChangeNotifications(recorder.Get()));
     RawStore::DeleteKeys();
     LONG profile = 0;
     EXPECT_EQ(E_FAIL, api->SetActiveProfile(1));
@@ -136,31 +131,15 @@ TEST_F(AccessLists, OfRegisteringLetOthersDeleteTheKeysOfAClient) {
     EXPECT_EQ(E_FAIL, Created()->Initialize());
     RawStore::CreateKeys();
     EXPECT_EQ(E_FAIL, api->SetActiveProfile(1));
+    ComPtr<IVeltoKORA4API> other = Initialized();
+    const auto others = CallbackRecorder::Create();
+    EXPECT_EQ(S_OK, other->RegisterChangeNotifications(others.Get()));
     EXPECT_EQ(S_OK, Initialized()->SetActiveProfile(1));
+    EXPECT_TRUE(others->WaitForLine("OnActiveProfileChange(1)"));
+    EXPECT_EQ(std::vector<std::string>(), recorder->Log());
+    other.Reset();
     api.Reset();
     EXPECT_EQ(S_OK, m_library.CanUnloadNow());
-}
-
-// Every name that the module takes from another one, and the other one's name.
-std::vector<std::string> Imports(HMODULE module) {
-    const auto* const base = reinterpret_cast<const BYTE*>(module);
-    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* const headers =
-        reinterpret_cast<const IMAGE_NT_HEADERS64*>(base + dos->e_lfanew);
-    const auto& place = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    std::vector<std::string> names;
-    for (const auto* from =
-             reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + place.VirtualAddress);
-         from->Name; ++from) {
-        names.emplace_back(reinterpret_cast<const char*>(base + from->Name));
-        for (const auto* thunk =
-                 reinterpret_cast<const IMAGE_THUNK_DATA64*>(base + from->OriginalFirstThunk);
-             thunk->u1.AddressOfData; ++thunk)
-            names.emplace_back(
-                reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + thunk->u1.AddressOfData)
-                    ->Name);
-    }
-    return names;
 }
 
 TEST(HostProcess, IsGivenNoProgramsAndNoConnections) {

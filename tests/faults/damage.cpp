@@ -131,9 +131,12 @@ float Damage::SomeFloat() {
 }
 
 std::wstring Damage::SomeText(std::size_t longest) {
+    // They turn the text behind them round.
+    constexpr wchar_t cDirections[] = {0x061C, 0x200F, 0x2028, 0x202E, 0x2066};
     std::wstring text(Pick(static_cast<std::uint32_t>(longest) + 1), L' ');
     for (wchar_t& c : text)
-        c = static_cast<wchar_t>(OneIn(8) ? 1 + Pick(0xFFFF) : 0x20 + Pick(0x5F));
+        c = OneIn(32) ? cDirections[Pick(std::size(cDirections))]
+                      : static_cast<wchar_t>(OneIn(8) ? 1 + Pick(0xFFFF) : 0x20 + Pick(0x5F));
     return text;
 }
 

@@ -134,15 +134,14 @@ Functions RegistryFunctions() {
     constexpr std::uint32_t cDenied = ERROR_ACCESS_DENIED;
     constexpr std::uint32_t cBadHandle = ERROR_INVALID_HANDLE;
     constexpr std::uint32_t cDeleted = ERROR_KEY_DELETED;
-    const std::vector<std::uint32_t> write = {cDenied, cBadHandle, cOutOfMemory, cDeleted};
     return {
         KORA4_ROW(RegOpenKeyExW, eResult, {cAbsent, cDenied, cOutOfMemory, cDeleted}),
         KORA4_ROW(RegCreateKeyExW, eResult, {cDenied, cOutOfMemory, cDeleted}, Role::eWrites),
         KORA4_ROW(RegQueryValueExW, eResult,
                   {cAbsent, cDenied, cBadHandle, cOutOfMemory, ERROR_MORE_DATA, cDeleted}),
         KORA4_ROW(RegQueryInfoKeyW, eResult, {cDenied, cBadHandle, cOutOfMemory, cDeleted}),
-        KORA4_ROW(RegSetKeyValueW, eResult, write, Role::eWrites),
-        KORA4_ROW(RegSetValueExW, eResult, write, Role::eWrites),
+        KORA4_ROW(RegSetKeyValueW, eResult, {cDenied, cBadHandle, cOutOfMemory, cDeleted},
+                  Role::eWrites),
         KORA4_ROW(RegDeleteValueW, eResult, {cAbsent, cDenied, cBadHandle, cDeleted},
                   Role::eWrites),
         KORA4_ROW(RegDeleteKeyW, eResult, {cAbsent, cDenied, cDeleted}, Role::eWrites),
@@ -192,7 +191,6 @@ Functions KernelFunctions() {
     };
 }
 
-// Without CoGetApartmentType, which fails on a thread without an apartment only.
 Functions ComFunctions() {
     using enum Failing;
     constexpr std::uint32_t cNotInitialized = Code(CO_E_NOTINITIALIZED);

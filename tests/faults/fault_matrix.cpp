@@ -59,6 +59,8 @@ void FaultMatrix::Run(const Trial& trial) {
     EXPECT_EQ(trial.expected, trial.call());
     m_injector.Disarm();
     const std::vector<FailingCall> calls = m_injector.Calls();
+    EXPECT_LT(0u, before.handles);
+    EXPECT_LT(0u, before.threads);
     trial.end();
     FailAll(trial, calls, Look::eAtMemory);
     if (!HasFailure() && IsMore(ProcessCounts::AtMost(before), before, 1))
@@ -187,18 +189,23 @@ void SelectFaults(unsigned each, unsigned first) {
     s_untilNext = first;
 }
 
-std::string InjectedFaults() {
-    std::string lines;
+std::size_t InjectedFaults() {
     std::size_t all = 0;
+    for (const auto& [function, codes] : s_injected)
+        for (const auto& [code, faults] : codes)
+            all += faults;
+    return all;
+}
+
+std::string InjectedFaultsText() {
+    std::string lines;
     for (const auto& [function, codes] : s_injected) {
         lines += "  " + function + ":";
-        for (const auto& [code, faults] : codes) {
+        for (const auto& [code, faults] : codes)
             lines += " " + std::to_string(faults) + " x " + CodeText(code);
-            all += faults;
-        }
         lines += "\n";
     }
-    return lines + "  " + std::to_string(all) + " faults in all\n";
+    return lines + "  " + std::to_string(InjectedFaults()) + " faults in all\n";
 }
 
 }  // namespace kora4::test

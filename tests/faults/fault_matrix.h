@@ -113,8 +113,9 @@ class FaultMatrix : public testing::Test {
 // Only every `each`-th fault is injected, beginning with number `first`.
 void SelectFaults(unsigned each, unsigned first);
 
-// What was injected so far, by function and code, in lines; and how much in all.
-std::string InjectedFaults();
+// How many faults were injected so far; and which, by function and code, in lines.
+std::size_t InjectedFaults();
+std::string InjectedFaultsText();
 
 }  // namespace kora4::test
 

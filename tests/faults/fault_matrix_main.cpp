@@ -8,6 +8,9 @@
 
 #include "faults/fault_matrix.h"
 
+// Of all tests together; fewer mean that calls were not seen.
+constexpr std::size_t cFewestFaults = 12000;
+
 int main(int argc, char** argv) {
     using namespace kora4::test;
     testing::InitGoogleTest(&argc, argv);
@@ -22,6 +25,10 @@ int main(int argc, char** argv) {
     std::printf("every fault of %u, seed %u\n", each, seed);
     SelectFaults(each, std::mt19937(seed)() % each);
     const int result = RUN_ALL_TESTS();
-    std::printf("injected:\n%s", InjectedFaults().c_str());
+    std::printf("injected:\n%s", InjectedFaultsText().c_str());
+    if (GTEST_FLAG_GET(filter) == "*" && InjectedFaults() < cFewestFaults / each) {
+        std::printf("FAILED: at least %zu are expected\n", cFewestFaults / each);
+        return 1;
+    }
     return result;
 }

@@ -116,6 +116,12 @@ std::size_t Decode(const std::string& text, std::size_t at, std::uint32_t* pChar
     return character < cLeast[length] || character > 0x10FFFF || isSurrogate ? 0 : length;
 }
 
+bool ChangesDirection(std::uint32_t character) {
+    return character == 0x061C || character == 0x200E || character == 0x200F ||
+           (character >= 0x2028 && character <= 0x202E) ||
+           (character >= 0x2066 && character <= 0x2069);
+}
+
 // Text that a terminal shows and does not obey.
 testing::AssertionResult IsShowable(const std::string& text) {
     for (std::size_t at = 0; at < text.size();) {
@@ -129,7 +135,8 @@ testing::AssertionResult IsShowable(const std::string& text) {
         if (length == 0)
             return testing::AssertionFailure() << "no UTF-8 at byte " << at;
         const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
-        if (isControl && character != '\n' && character != '\r' && character != '\t')
+        if ((isControl && character != '\n' && character != '\r' && character != '\t') ||
+            ChangesDirection(character))
             return testing::AssertionFailure()
                    << "the control character " << character << " at byte " << at;
         at += length;
@@ -276,6 +283,7 @@ void HostileStore::RunProcess() {
     const Words& arguments = cReading[m_damage.Pick(std::size(cReading))];
     const ToolResult result = RunCtl(arguments);
     EXPECT_GE(static_cast<DWORD>(ExitCode::eFindings), result.exitCode) << result;
+    EXPECT_NE(static_cast<DWORD>(ExitCode::eUsage), result.exitCode) << result;
     EXPECT_TRUE(IsShowable(result.out + result.err));
     EXPECT_EQ(0u, RunSim({"--for", "0.03", "--json"}).exitCode);
 }

@@ -33,6 +33,7 @@ class Cycles : public testing::TestWithParam<OwnerKind> {
         run(cWarmUp);
         const std::size_t bytes = HeapBytes();
         const ProcessCounts before = ProcessCounts::Now();
+        ASSERT_NE(0u, bytes);
         ASSERT_NE(0u, before.handles);
         ASSERT_NE(0u, before.threads);
         // The platform keeps a handle or two for calls that are on their way and gives them

@@ -189,6 +189,9 @@ TEST_F(Everything, AtOnceLeavesNothingBehind) {
             before = ProcessCounts::Now();
             simBefore = ProcessCounts::Of(sim.ProcessId());
             bytes = HeapBytes();
+            for (const std::size_t seen :
+                 {before.handles, before.threads, simBefore.handles, simBefore.threads, bytes})
+                EXPECT_LT(0u, seen) << "counting does not work";
         }
         Round();
         EXPECT_EQ(nullptr, GetModuleHandleW(L"QXA64T.dll"));

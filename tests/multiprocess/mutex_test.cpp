@@ -177,6 +177,10 @@ TEST(StoreMutexOfAnotherToken, IsNoMutexWhenTheNameMeansSomethingElse) {
     const ApiLibrary library;
     const Microsoft::WRL::ComPtr<IVeltoKORA4API> spApi = library.Create();
     EXPECT_EQ(E_FAIL, spApi->Initialize());
+    for (const wchar_t* key : {cStatic, cDynamic}) {
+        EXPECT_TRUE(RawStore::KeyExists(key));
+        EXPECT_EQ(0u, RawStore::Count(key)) << "something is written";
+    }
 }
 
 }  // namespace

@@ -112,6 +112,10 @@ if not defined CHOSEN exit /b 0
 set /a NUMBER+=1
 "%GUARD%" run "%NUMBER%/%TOTAL%" "%~1" "%~2" %~3
 set RESULT=%errorlevel%
+if "%RESULT%"=="0" exit /b 0
 if "%RESULT%"=="3" set STOPPED=1
-if "%RESULT%"=="1" set /a FAILED+=1
+if "%RESULT%"=="3" exit /b 0
+set /a FAILED+=1
+rem The guard reports what it has run.
+if not "%RESULT%"=="1" >> "%REPORT%" echo %~1: FAILED, not run: the guard ended with %RESULT%
 exit /b 0

@@ -174,6 +174,15 @@ TEST_F(SelfTest, NamesTheTestsThatFail) {
     EXPECT_TRUE(Has(report, "codec_test: passed, ")) << report;
 }
 
+TEST_F(SelfTest, CountsAProgramThatCannotBeRunAsFailed) {
+    std::filesystem::rename(g_kit / "kora4_selftest.exe", g_kit / "away.exe");
+    const Kit kit(L":run codec_test");
+    EXPECT_EQ(1u, kit.ExitCode());
+    std::filesystem::rename(g_kit / "away.exe", g_kit / "kora4_selftest.exe");
+    EXPECT_TRUE(Has(Kit::Said(), "1 of 1 programs failed")) << Kit::Said();
+    EXPECT_TRUE(Has(Kit::Report(), "codec_test: FAILED, not run: ")) << Kit::Report();
+}
+
 TEST_F(SelfTest, SaysThatItNeedsAnAdministrator) {
     constexpr wchar_t cTrial[] = L"SOFTWARE\\Kora4SelfTest";
     CreateKey(HKEY_LOCAL_MACHINE, cTrial);

@@ -4,12 +4,15 @@
 
 #include <objbase.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <map>
+
+#include "support/import_redirection.h"
 
 namespace kora4::test {
 
@@ -207,35 +210,9 @@ class Spy final : public IMallocSpy {
     void* m_pOld = nullptr;
 };
 
-// ---- The import table
-// ------------------------------------------------------------------------
-
-template <typename T>
-T* At(HMODULE module, std::uint64_t offset) {
-    return reinterpret_cast<T*>(reinterpret_cast<std::uint8_t*>(module) + offset);
-}
-
 void Replace(HMODULE module, const char* function, void* pReplacement) {
-    const auto* const pDos = At<const IMAGE_DOS_HEADER>(module, 0);
-    const auto* const pHeaders =
-        At<const IMAGE_NT_HEADERS64>(module, static_cast<std::uint32_t>(pDos->e_lfanew));
-    const DWORD imports =
-        pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    for (const auto* pDll = At<const IMAGE_IMPORT_DESCRIPTOR>(module, imports);
-         pDll->OriginalFirstThunk != 0; ++pDll) {
-        const auto* pName = At<const std::uint64_t>(module, pDll->OriginalFirstThunk);
-        auto* pSlot = At<void*>(module, pDll->FirstThunk);
-        for (; *pName != 0; ++pName, ++pSlot) {
-            if (*pName & IMAGE_ORDINAL_FLAG64 ||
-                std::strcmp(At<const IMAGE_IMPORT_BY_NAME>(module, *pName)->Name, function) !=
-                    0)
-                continue;
-            DWORD before = 0;
-            VirtualProtect(pSlot, sizeof *pSlot, PAGE_READWRITE, &before);
-            *pSlot = pReplacement;
-            VirtualProtect(pSlot, sizeof *pSlot, before, &before);
-        }
-    }
+    if (std::uintptr_t* const pSlot = FindImport(module, function))
+        WriteImport(pSlot, std::bit_cast<std::uintptr_t>(pReplacement));
 }
 
 }  // namespace

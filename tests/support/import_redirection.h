@@ -7,12 +7,20 @@
 
 #include <bit>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace kora4::test {
+
+// Every name that a module takes from another one, and the other one's name.
+std::vector<std::string> Imports(HMODULE module);
 
 // The place in a module's import table that leads to `function`; null when it imports none of
 // that name.
 std::uintptr_t* FindImport(HMODULE module, const char* function);
+
+// Changes that place, which is write-protected.
+void WriteImport(std::uintptr_t* pSlot, std::uintptr_t value);
 
 // As long as it lives, the module's calls of `function` go to `replacement`, which has the same
 // type. The module must stay loaded, and no thread may call meanwhile that expects the old one.
@@ -23,12 +31,12 @@ class ImportRedirection {
         : m_pSlot(FindImport(module, function)) {
         if (m_pSlot) {
             m_original = *m_pSlot;
-            Write(std::bit_cast<std::uintptr_t>(replacement));
+            WriteImport(m_pSlot, std::bit_cast<std::uintptr_t>(replacement));
         }
     }
     ~ImportRedirection() {
         if (m_pSlot)
-            Write(m_original);
+            WriteImport(m_pSlot, m_original);
     }
     ImportRedirection(const ImportRedirection&) = delete;
     ImportRedirection& operator=(const ImportRedirection&) = delete;
@@ -37,8 +45,6 @@ class ImportRedirection {
     bool IsInPlace() const { return m_pSlot != nullptr; }
 
   private:
-    void Write(std::uintptr_t value) const;
-
     std::uintptr_t* const m_pSlot;
     std::uintptr_t m_original = 0;
 };

@@ -116,6 +116,15 @@ std::optional<std::wstring> RawStore::Text(const wchar_t* key, const std::wstrin
     return std::wstring(text);
 }
 
+DWORD RawStore::Count(const wchar_t* key) {
+    DWORD count = 0;
+    UniqueRegKey opened;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, Path(key).c_str(), 0, KEY_READ, opened.Put());
+    RegQueryInfoKeyW(opened.Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count,
+                     nullptr, nullptr, nullptr, nullptr);
+    return count;
+}
+
 void RawStore::Bump(const std::wstring& name) {
     SetNumber(cDynamic, name, Number(cDynamic, name).value_or(0) + 1);
 }

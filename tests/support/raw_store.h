@@ -92,6 +92,7 @@ class RawStore {
                          const std::vector<std::uint8_t>& bytes);
     static std::optional<DWORD> Number(const wchar_t* key, const std::wstring& name);
     static std::optional<std::wstring> Text(const wchar_t* key, const std::wstring& name);
+    static DWORD Count(const wchar_t* key);  // of its values, 0 without the key
 
     // Number plus one, as writers announce a change of values.
     static void Bump(const std::wstring& name);
