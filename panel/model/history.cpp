@@ -5,31 +5,37 @@
 #include <algorithm>
 #include <utility>
 
+#include "panel/model/curve.h"
 #include "panel/model/limits.h"
 
 namespace panel {
 
 namespace {
 
-bool IsOfActiveProfile(const Change& change, const Settings& now) {
-    return change.profile == now.profile ||
-           std::none_of(change.before.begin(), change.before.end(),
-                        [](const Item& item) { return BelongsToProfile(item.subject); });
+bool HasValues(const Change& change) {
+    return std::any_of(change.before.begin(), change.before.end(),
+                       [](const Item& item) { return BelongsToProfile(item.subject); });
 }
 
+bool IsOfActiveProfile(const Change& change, const Settings& now) {
+    return change.profile == now.profile || !HasValues(change);
+}
+
+// The API refuses a value off scale, and puts a gain to the nearest limit.
 bool CanBeSet(const Item& item) {
     if (item.subject == Subject::eValue)
         return IsInside(static_cast<Technology>(item.index), item.number);
-    if (item.subject == Subject::eProfile)
-        return !IsDemo(static_cast<long>(item.number));
-    return true;
+    return std::none_of(item.bands.begin(), item.bands.end(), IsOutside);
 }
 
 // A deleted profile is not brought back: only its name is known. Nor is one that was created
 // deleted: what was set in it meanwhile would be lost.
-bool CanBeTakenBack(const Item& before, const Item& after) {
-    return CanBeSet(before) &&
-           (before.subject != Subject::eName || (before.name && after.name));
+bool CanBeTakenBack(const Item& before, const Item& after, const Settings& now) {
+    if (before.subject == Subject::eName)
+        return before.name && after.name;
+    if (before.subject == Subject::eProfile)
+        return Exists(static_cast<long>(before.number), now);
+    return CanBeSet(before);
 }
 
 }  // namespace
@@ -97,24 +103,33 @@ History::Undo History::TakeBack(Origin origin, const Settings& now) {
         const Item& after = change.after[i];
         if (Get(now, after.subject, after.index) != after)
             return {Verdict::eOvertaken, {}};
-        if (CanBeTakenBack(change.before[i], after))
+        if (CanBeTakenBack(change.before[i], after, now))
             undo.items.push_back(change.before[i]);
     }
     // Of several values that came at once those are taken back that can be.
     return undo.items.empty() ? Undo{Verdict::eImpossible, {}} : undo;
 }
 
-std::optional<Settings> Comparison::Toggle(const Settings& now) {
+void History::Forget(long profile) {
+    std::erase_if(m_changes, [profile](const Change& change) {
+        return change.profile == profile && HasValues(change);
+    });
+}
+
+void Comparison::Exchange(const Settings& left) {
     m_isB = !m_isB;
-    return std::exchange(m_other, now);
+    m_isLost = false;
+    m_other = left;
+}
+
+void Comparison::Lose() {
+    m_isB = false;
+    m_isLost = true;
+    m_other.reset();
 }
 
 Items Steps(const Settings& from, const Settings& to) {
     Items items = Difference(from, to);
-    if (from.profile != to.profile) {
-        // What the other profile holds is not known before it is active.
-        items = All(to);
-    }
     std::erase_if(items, [](const Item& item) {
         return item.subject == Subject::eName || !CanBeSet(item);
     });

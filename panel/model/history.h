@@ -39,7 +39,7 @@ class History {
         eNothing,    // there is no such change, or none of the active profile
         eItems,      // to be set
         eOvertaken,  // somebody has changed it again since
-        eImpossible  // a profile that was deleted, or a value that cannot be set
+        eImpossible  // a profile that does not exist, or a value that cannot be set
     };
     struct Undo {
         Verdict verdict = Verdict::eNothing;
@@ -51,8 +51,10 @@ class History {
     // Whether TakeBack would find one.
     bool Has(Origin origin, const Settings& now) const;
 
+    // The profile is gone: a new one in its place has nothing to do with its values.
+    void Forget(long profile);
+
     const std::deque<Change>& Changes() const { return m_changes; }
-    void Clear() { m_changes.clear(); }
 
   private:
     bool Merges(const Change& change) const;
@@ -61,20 +63,25 @@ class History {
     std::deque<Change> m_changes;  // the newest last
 };
 
-// A/B: two states that one key goes to and fro between.
+// A/B: two states that one key goes to and fro between. What is active is the one in use.
 class Comparison {
   public:
-    // What is active goes into the slot in use, and the other slot is used from now on. Its
-    // state, to be set; none the first time, when both are the same.
-    std::optional<Settings> Toggle(const Settings& now);
+    // The state that is not in use; none at first, when both are the same.
+    const std::optional<Settings>& Other() const { return m_other; }
+    // The other one is in use from now on, and `left` is what was active.
+    void Exchange(const Settings& left);
+    // There is no way to the other state any more: what is active becomes A again.
+    void Lose();
     bool IsB() const { return m_isB; }
+    bool IsLost() const { return m_isLost; }
 
   private:
     bool m_isB = false;
+    bool m_isLost = false;
     std::optional<Settings> m_other;
 };
 
-// What has to be set so that `from` becomes `to`: the profile before its values, no value that
+// What has to be set so that `from` becomes `to`, which is of the same profile: no value that
 // cannot be set, and no names.
 Items Steps(const Settings& from, const Settings& to);
 

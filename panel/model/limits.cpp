@@ -86,7 +86,15 @@ std::string FormatValue(Technology technology, double value) {
     constexpr int cStoredDecimals = 6;
     if (!std::isfinite(value))
         return std::isnan(value) ? "?" : value > 0 ? "\u221E" : "-\u221E";
-    return Decimal(value, LimitsOf(technology).decimals, cStoredDecimals);
+    const int least = LimitsOf(technology).decimals;
+    for (int most = cStoredDecimals; most >= least; --most)
+        if (std::string text = Decimal(value, least, most); text.size() <= cLongestValue)
+            return text;
+    constexpr int cDigits = 4;
+    char buffer[32];
+    const std::to_chars_result result = std::to_chars(buffer, buffer + sizeof buffer, value,
+                                                      std::chars_format::general, cDigits);
+    return std::string(buffer, result.ptr);
 }
 
 std::string FormatGain(double gain) {

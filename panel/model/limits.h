@@ -28,7 +28,9 @@ int SliderSteps(Technology technology);
 int SliderPosition(Technology technology, double value);
 double SliderValue(Technology technology, int position);
 
-// "4", "0.50", "10"; with as many decimals as it needs, at least those of the scale.
+// "4", "0.50", "10"; with as many decimals as it needs, at least those of the scale, unless
+// that is longer than cLongestValue: then rounded, "3.403e+38".
+inline constexpr std::size_t cLongestValue = 10;  // that of any 32 bits without a sign
 std::string FormatValue(Technology technology, double value);
 // "+3.5", "0.0", "-12.0": a gain in dB with at most two decimals.
 std::string FormatGain(double gain);

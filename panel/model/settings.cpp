@@ -2,8 +2,6 @@
 // Items of the settings: taking, putting, comparing.
 #include "panel/model/settings.h"
 
-#include <utility>
-
 #include "panel/model/curve.h"
 
 namespace panel {
@@ -112,10 +110,15 @@ std::optional<kora4::Bands> Together(const Items& items, kora4::Bands bands) {
     return bands;
 }
 
+bool Exists(long profile, const Settings& settings) {
+    return IsPreset(profile) ||
+           (IsCustom(profile) && settings.names[static_cast<std::size_t>(profile)]);
+}
+
 std::optional<long> FreeCustomProfile(const Settings& settings) {
     for (long profile = KORA4_PROFILE_FIRST_CUSTOM; profile <= KORA4_PROFILE_LAST_CUSTOM;
          ++profile)
-        if (!settings.names[static_cast<std::size_t>(profile)])
+        if (!Exists(profile, settings))
             return profile;
     return std::nullopt;
 }

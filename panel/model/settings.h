@@ -103,6 +103,8 @@ Items Difference(const Settings& from, const Settings& to);
 // None when there is one that they do not have.
 std::optional<kora4::Bands> Together(const Items& items, kora4::Bands bands);
 
+// Whether the profile can be made the active one outside of a demo.
+bool Exists(long profile, const Settings& settings);
 // The first custom profile that does not exist, or none.
 std::optional<long> FreeCustomProfile(const Settings& settings);
 

@@ -21,28 +21,23 @@ void Timeline::WentBack(const Settings& settings) {
 void Timeline::Take(const Settings& settings, Origin origin) {
     if (m_now.profile != settings.profile)
         m_wasOwnProfile = origin == Origin::eOwn;
+    Forget(settings);
     m_now = settings;
 }
 
-void Timeline::Keep() {
-    m_keptHistory = m_history;
-    m_keptComparison = m_comparison;
-}
-
-void Timeline::Restore() {
-    m_history = m_keptHistory;
-    m_comparison = m_keptComparison;
+// What is left of profiles that are gone.
+void Timeline::Forget(const Settings& settings) {
+    for (long profile = 0; profile < KORA4_PROFILE_TABLE_ENTRIES; ++profile)
+        if (Exists(profile, m_now) && !Exists(profile, settings))
+            m_history.Forget(profile);
+    const std::optional<Settings>& other = m_comparison.Other();
+    if (other && other->profile != settings.profile && !Exists(other->profile, settings))
+        m_comparison.Lose();
 }
 
 History::Undo Timeline::TakeBack(Origin origin) {
-    Keep();
+    m_keptHistory = m_history;
     return m_history.TakeBack(origin, m_now);
-}
-
-std::optional<Items> Timeline::Compare() {
-    Keep();
-    const std::optional<Settings> other = m_comparison.Toggle(m_now);
-    return other ? std::optional(Steps(m_now, *other)) : std::nullopt;
 }
 
 Past Timeline::Shown() const {

@@ -32,23 +32,24 @@ class Timeline {
     bool IsMeant(long shown) const { return shown == m_now.profile || m_wasOwnProfile; }
     // What takes back the newest change; as that of History.
     History::Undo TakeBack(Origin origin);
-    // What to set for the other one of two states; none the first time.
-    std::optional<Items> Compare();
-    // What the last one of these two gave was refused: as if nobody had asked.
-    void Restore();
+    // That was refused: as if nobody had asked.
+    void Restore() { m_history = m_keptHistory; }
+
+    // The two states to compare. One of a profile that is gone is lost.
+    const Comparison& Compared() const { return m_comparison; }
+    void Exchange(const Settings& left) { m_comparison.Exchange(left); }
 
     Past Shown() const;
 
   private:
     void Take(const Settings& settings, Origin origin);
-    void Keep();
+    void Forget(const Settings& settings);
 
     Settings m_now;
     bool m_wasOwnProfile = false;  // the last change of the active profile
     History m_history;
     Comparison m_comparison;
     History m_keptHistory;
-    Comparison m_keptComparison;
 };
 
 }  // namespace panel

@@ -134,8 +134,15 @@ void EqualizerView::DrawCurve(Canvas& canvas, const CurvePicture& picture) const
     for (std::size_t i = 0; i < m_bands.size(); ++i) {
         const Point point = picture.At(i);
         const bool isSelected = i == m_selected && IsWindowEnabled(Window());
-        canvas.Dot(point, m_scale(isSelected ? cSelectedRadius : cRadius),
-                   IsOutside(m_bands[i]) ? colors.warning : color);
+        const int radius = m_scale(isSelected ? cSelectedRadius : cRadius);
+        // Another form, too: colours alone do not tell everybody, and those of high contrast
+        // are few.
+        if (IsOutside(m_bands[i]))
+            canvas.Fill({point.x - radius, point.y - radius, point.x + radius + 1,
+                         point.y + radius + 1},
+                        colors.warning);
+        else
+            canvas.Dot(point, radius, color);
         if (isSelected)
             canvas.Dot(point, m_scale(3), colors.field);
     }
@@ -261,8 +268,9 @@ std::wstring EqualizerView::Value(long part) const {
     if (part == CHILDID_SELF)
         return {};
     const kora4::Band& band = m_bands[static_cast<std::size_t>(part - 1)];
-    return m_strings.Format(IDS_GAIN_VALUE,
-                            m_strings.Number(FormatGain(static_cast<double>(band.gain))));
+    const std::wstring value = m_strings.Format(
+        IDS_GAIN_VALUE, m_strings.Number(FormatGain(static_cast<double>(band.gain))));
+    return IsOutside(band) ? m_strings.Format(IDS_OUTSIDE, value) : value;
 }
 
 std::wstring EqualizerView::Help(long part) const {

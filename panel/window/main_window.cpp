@@ -4,7 +4,6 @@
 
 #include <commctrl.h>
 
-#include <algorithm>
 #include <utility>
 
 #include "panel/model/limits.h"
@@ -64,7 +63,7 @@ void MainWindow::Create() {
     RegisterClassW(&windowClass);
     const RECT place = m_memory.Place([this](int dpi) { return Least(dpi); },
                                       [this](int dpi) {
-                                          constexpr SIZE cUsual{880, 540};
+                                          constexpr SIZE cUsual{920, 540};
                                           m_scale.Use(dpi);
                                           return SIZE{m_scale(cUsual.cx), m_scale(cUsual.cy)};
                                       });
@@ -85,6 +84,8 @@ int MainWindow::Run(int show) {
         // A field takes back its own typing.
         const HWND field = Control(eGainField);
         const bool isTyping = GetFocus() == field && SendMessageW(field, EM_GETMODIFY, 0, 0);
+        m_isKeyHeld =
+            message.message == WM_KEYDOWN && (HIWORD(message.lParam) & KF_REPEAT) != 0;
         if (!(isTyping && message.wParam == 'Z') &&
             TranslateAcceleratorW(m_window, accelerators, &message))
             continue;
@@ -128,6 +129,10 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
                 ShowAll();
             return 0;
         case WM_COMMAND:
+            // A key that is held asks again when it has its answer: else what it asks for would
+            // go on long after it was let go.
+            if (lParam == 0 && HIWORD(wParam) == 1 && m_isKeyHeld && m_pending)
+                return 0;
             OnCommand(LOWORD(wParam), HIWORD(wParam));
             return 0;
         case WM_HSCROLL:
@@ -240,6 +245,7 @@ std::optional<LRESULT> MainWindow::HandlePlace(UINT message, WPARAM wParam, LPAR
             UseFont();
             m_theme.Choose(m_theme.Choice());
             UseColors();
+            KeepLeast();
             Arrange();
             return std::nullopt;
         case WM_EXITSIZEMOVE:
@@ -248,6 +254,16 @@ std::optional<LRESULT> MainWindow::HandlePlace(UINT message, WPARAM wParam, LPAR
         default:
             return std::nullopt;
     }
+}
+
+// Larger texts may need more than there is: the platform asks for the least size when one is
+// set.
+void MainWindow::KeepLeast() const {
+    RECT place{};
+    GetWindowRect(m_window, &place);
+    if (!IsIconic(m_window))
+        SetWindowPos(m_window, nullptr, 0, 0, place.right - place.left,
+                     place.bottom - place.top, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 namespace {
@@ -309,16 +325,13 @@ void MainWindow::OnReport(std::unique_ptr<Report> pReport) {
         m_session.Answered(answer.number);
         if (m_pending && m_pending->number <= answer.number)
             m_pending.reset();
-        if (IsRefusal(*pReport))
-            m_refused = static_cast<const Command&>(answer);
-        else if (answer.code == S_OK)
-            m_refused.reset();
+        NoteRefusal(answer, IsRefusal(*pReport));
         m_status = AnswerText(answer);
     }
     if (pReport->connection) {
         m_connection = pReport->connection;
         m_levels.reset();
-        m_refused.reset();
+        m_refused.clear();
         m_session.Disconnected();
         m_status = IsConnected() ? m_strings.Text(IDS_READY) : std::wstring();
     }
@@ -329,6 +342,12 @@ void MainWindow::OnReport(std::unique_ptr<Report> pReport) {
             m_status = m_strings.Text(IDS_FOREIGN);
     }
     ShowAll();
+}
+
+void MainWindow::NoteRefusal(const Command& command, bool isRefused) {
+    std::erase_if(m_refused, [&](const Command& refused) { return Covers(command, refused); });
+    if (isRefused)
+        m_refused.push_back(command);
 }
 
 // Whatever the worker begins has its own time.

@@ -55,8 +55,10 @@ class MainWindow {
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
     std::optional<LRESULT> HandleFrame(UINT message, WPARAM wParam, LPARAM lParam);
     std::optional<LRESULT> HandlePlace(UINT message, WPARAM wParam, LPARAM lParam);
+    void KeepLeast() const;
     LRESULT OnColor(HDC dc, HWND control, bool isField) const;
     void OnReport(std::unique_ptr<Report> pReport);
+    void NoteRefusal(const Command& command, bool isRefused);
     void OnBusy(bool isBusy);
     void OnTray(UINT message);
     void ShowTray();
@@ -155,11 +157,12 @@ class MainWindow {
     Session m_session;
     std::optional<Connection> m_connection;  // none before the first answer
     std::optional<LevelsRead> m_levels;
-    std::optional<Command> m_refused;  // by the store; done again when the user says so
+    std::vector<Command> m_refused;  // by the store; done again when the user says so
     std::wstring m_status;
     Past m_past;
     unsigned m_asked = 0;              // the number of the last command
     std::optional<Command> m_pending;  // the last one that shows in no control, unanswered
+    bool m_isKeyHeld = false;          // the one whose message is handled
     bool m_isBusy = false;             // the worker
     bool m_isWaiting = false;          // for another program
     int m_heldSlider = 0;

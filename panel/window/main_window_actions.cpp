@@ -186,9 +186,10 @@ void MainWindow::OnScroll(HWND slider, int event) {
     }
     const auto technology = static_cast<Technology>(id - eSlider);
     const int position = static_cast<int>(SendMessageW(slider, TBM_GETPOS, 0, 0));
-    // A value that is not on the scale stays unless the slider moves.
+    // A value that is not on the scale stays unless the slider moves, which it need not when it
+    // is only touched.
     const double shown = m_session.Shown().values[IndexOf(technology)];
-    if (event != TB_THUMBTRACK && position == SliderPosition(technology, shown))
+    if (position == SliderPosition(technology, shown))
         return;
     Want(About(Subject::eValue, IndexOf(technology), SliderValue(technology, position)),
          m_heldSlider == id ? m_gesture : 0);
@@ -317,12 +318,12 @@ void MainWindow::UndoLast(Origin origin) {
 // Leaves the demo, or tries again what did not work.
 void MainWindow::PressBanner() {
     const bool isDemo = IsConnected() && IsDemo(m_session.Stored().profile);
-    if (m_refused || !isDemo)
+    if (!m_refused.empty() || !isDemo)
         Ask(Make(Action::eTryAgain));
     if (isDemo)
-        Ask(Make(Action::eLeaveDemo));
-    else if (m_refused)
-        Ask(*m_refused);
+        return Ask(Make(Action::eLeaveDemo));
+    for (const Command& refused : m_refused)
+        Ask(refused);
 }
 
 // ---- The menu ---------------------------------------------------------------------------

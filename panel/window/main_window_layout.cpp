@@ -221,10 +221,8 @@ MainWindow::Row MainWindow::TechnologyRow(Technology technology) const {
     for (const Technology listed : cListed)
         box = std::max(box, BoxWidth(NameId(listed)));
     const bool isList = technology == Technology::eIntelligentEq;
-    // The longest value that is stored without anybody's doing.
     const int value = m_scale.WidthOf(m_strings.Format(
-        IDS_WAITING_MARK,
-        m_strings.Format(IDS_OUTSIDE, std::to_wstring(KORA4_VOLUME_LEVELER_MOVIE_DEFAULT))));
+        IDS_WAITING_MARK, m_strings.Format(IDS_OUTSIDE, std::wstring(cLongestValue, L'8'))));
     return {{IdOf(eSwitchBox, technology), box},
             {isList ? eCurveList : IdOf(eSlider, technology), m_scale(cLeastSlider), true},
             {IdOf(eValueText, technology), value}};

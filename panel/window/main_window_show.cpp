@@ -198,7 +198,8 @@ void MainWindow::ShowEnabled(const Settings& shown) {
         {eGainLabel, hasBands},
         {eGainField, hasBands},
         {eGainUnit, hasBands},
-        {eEqualizer, hasBands},
+        // Without bands it says so.
+        {eEqualizer, canSet},
         {eFlatButton, hasBands},
         {eImportButton, canSet},
         {eExportButton, isConnected && !shown.bands.empty()},
@@ -260,7 +261,7 @@ std::wstring MainWindow::BannerText() const {
     std::wstring text;
     if (IsDemo(stored.profile))
         text = m_strings.Format(IDS_BANNER_DEMO, ProfileName(stored, stored.profile));
-    if (m_refused)
+    if (!m_refused.empty())
         text += (text.empty() ? L"" : L" ") + m_strings.Text(IDS_BANNER_READ_ONLY);
     return text;
 }
@@ -268,7 +269,8 @@ std::wstring MainWindow::BannerText() const {
 void MainWindow::ShowBanner() {
     const std::wstring text = BannerText();
     // The way out of a demo is always there.
-    const bool isDemo = IsConnected() && (IsDemo(m_session.Stored().profile) || !m_refused);
+    const bool isDemo =
+        IsConnected() && (IsDemo(m_session.Stored().profile) || m_refused.empty());
     ShowText(eBannerButton, m_strings.Text(isDemo ? IDS_LEAVE_DEMO : IDS_TRY_AGAIN));
     const bool isOther = TextOf(Control(eBannerText)) != text;
     ShowText(eBannerText, text);
@@ -312,6 +314,9 @@ std::wstring MainWindow::CodeText(HRESULT code) const {
         {cUndoOvertaken, IDS_UNDO_OVERTAKEN},
         {cUndoImpossible, IDS_UNDO_IMPOSSIBLE},
         {cCompareNew, IDS_COMPARE_NEW},
+        {cCompareLost, IDS_COMPARE_LOST},
+        {cNoText, IDS_CODE_NO_TEXT},
+        {cTooLong, IDS_CODE_TOO_LONG},
     };
     for (const Known& known : cKnown)
         if (known.code == code)

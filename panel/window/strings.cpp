@@ -2,8 +2,6 @@
 // Texts from the resources.
 #include "panel/window/strings.h"
 
-#include <algorithm>
-
 namespace panel {
 
 Language Strings::OfUser() {

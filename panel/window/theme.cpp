@@ -2,11 +2,8 @@
 // Colours and lengths.
 #include "panel/window/theme.h"
 
-#include <commctrl.h>
 #include <dwmapi.h>
 #include <uxtheme.h>
-
-#include <algorithm>
 
 namespace panel {
 

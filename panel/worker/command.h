@@ -5,6 +5,7 @@
 
 #include <kora4.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -40,6 +41,16 @@ struct Command {
     unsigned number = 0;  // ascending
 };
 
+// Whether there is nothing left of the earlier one when the later one is done.
+inline bool Covers(const Command& later, const Command& earlier) {
+    return later.action == earlier.action && later.profile == earlier.profile &&
+           later.text == earlier.text && later.origin == earlier.origin &&
+           std::all_of(earlier.items.begin(), earlier.items.end(), [&](const Item& item) {
+               return std::any_of(later.items.begin(), later.items.end(),
+                                  [&](const Item& other) { return other.IsAboutSame(item); });
+           });
+}
+
 // Answers of the panel's own. None is a failure: the store has not refused anything.
 constexpr HRESULT OwnCode(HRESULT number) {
     return KORA4_S_DEMO_MODE_ACTIVE + 0x1000 + number;
@@ -49,7 +60,10 @@ inline constexpr HRESULT cNoFreeProfile = OwnCode(1);
 inline constexpr HRESULT cUndoNothing = OwnCode(2);  // as the verdicts of History
 inline constexpr HRESULT cUndoOvertaken = OwnCode(3);
 inline constexpr HRESULT cUndoImpossible = OwnCode(4);
-inline constexpr HRESULT cCompareNew = OwnCode(5);  // there is no other state yet
+inline constexpr HRESULT cCompareNew = OwnCode(5);   // there is no other state yet
+inline constexpr HRESULT cCompareLost = OwnCode(6);  // nor any more
+inline constexpr HRESULT cNoText = OwnCode(7);       // a file
+inline constexpr HRESULT cTooLong = OwnCode(8);      // a file
 
 // What a command came to.
 struct Answer : Command {

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "panel/model/plain_text.h"
+#include "panel/worker/command.h"
+
 namespace panel {
 
 namespace {
@@ -36,19 +39,21 @@ FileResult LastFailure() {
 }
 
 FileResult Refused(const kora4::ParsedEqualizer& parsed) {
-    return {E_INVALIDARG, std::to_string(parsed.line) + ": " + parsed.problem};
+    return {E_INVALIDARG, std::to_string(parsed.line) + ": " + Excerpt(parsed.problem)};
 }
 
 FileResult ReadText(const std::wstring& path, std::string& text) {
     const File file(path, GENERIC_READ, OPEN_EXISTING);
     if (!file)
         return LastFailure();
-    text.resize(cMost);
+    text.resize(cMost + 1);
     DWORD read = 0;
-    if (!ReadFile(file.Get(), text.data(), cMost, &read, nullptr))
+    if (!ReadFile(file.Get(), text.data(), cMost + 1, &read, nullptr))
         return LastFailure();
     text.resize(read);
-    return {};
+    if (!IsPlainText(text))
+        return {cNoText, {}};
+    return {read > cMost ? cTooLong : S_OK, {}};
 }
 
 bool HaveFrequencies(const kora4::Bands& bands) {

@@ -9,7 +9,8 @@
 
 namespace panel {
 
-// What came of a file: S_OK, or a failure; with `problem` in UTF-8 when it is about the text.
+// What came of a file: S_OK, or why it was not to be; with `problem` in UTF-8, short and in one
+// line, when it is about what the text says.
 struct FileResult {
     HRESULT code = S_OK;
     std::string problem;

@@ -6,20 +6,11 @@
 
 namespace panel {
 
-namespace {
-
-bool Replaces(const Command& later, const Command& earlier) {
-    return later.action == Action::eSet && earlier.action == Action::eSet &&
-           later.profile == earlier.profile && later.items.size() == 1 &&
-           earlier.items.size() == 1 && later.items[0].IsAboutSame(earlier.items[0]);
-}
-
-}  // namespace
-
 void Inbox::Push(Command command) {
     {
         const std::lock_guard<std::mutex> hold(m_mutex);
-        if (!m_commands.empty() && Replaces(command, m_commands.back()))
+        if (command.action == Action::eSet && !m_commands.empty() &&
+            Covers(command, m_commands.back()))
             m_commands.back() = std::move(command);
         else
             m_commands.push_back(std::move(command));
@@ -63,7 +54,7 @@ Work Inbox::Take(std::optional<Time> until) {
         PostMessageW(m_window, cBusyMessage, TRUE, 0);
     m_levelsChanged = false;
     work.announced = std::exchange(m_announced, {});
-    if ((m_isEnd || work.announced == Announced{}) && !m_commands.empty()) {
+    if (!m_commands.empty()) {
         work.command = std::move(m_commands.front());
         m_commands.pop_front();
     }

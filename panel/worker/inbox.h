@@ -26,7 +26,8 @@ struct Announced {
     friend bool operator==(const Announced&, const Announced&) = default;
 };
 
-// What the worker takes out at a time; what others have changed comes first.
+// What the worker takes out at a time. What others have changed is read first; but a command
+// does not wait until they have done with changing.
 struct Work {
     Announced announced;
     std::optional<Command> command;
@@ -40,7 +41,7 @@ class Inbox {
     // Is told when there begins and ends to be something to do, and of each thing anew.
     explicit Inbox(HWND window) : m_window(window) {}
 
-    // Of commands that set the same item and are still waiting, the last one counts.
+    // One that sets what the last one sets, which still waits, takes its place.
     void Push(Command command);
     // `how` marks what was announced.
     template <typename How>

@@ -222,21 +222,38 @@ class Loop {
             case History::Verdict::eItems:
                 break;
         }
-        return GoBack(undo.items);
+        const HRESULT code = Set(undo.items, m_timeline.Now().profile);
+        if (code != S_OK)
+            m_timeline.Restore();
+        return code;
     }
 
     HRESULT Compare(const Command& command) {
         if (!m_timeline.IsMeant(command.profile))
             return Elsewhere(m_timeline.Now().profile);
-        const std::optional<Items> items = m_timeline.Compare();
-        return items ? GoBack(*items) : cCompareNew;
+        const Settings left = m_timeline.Now();
+        // A copy: on the way, its profile may go.
+        const std::optional<Settings> other = m_timeline.Compared().Other();
+        if (!other) {
+            const bool isLost = m_timeline.Compared().IsLost();
+            m_timeline.Exchange(left);
+            return isLost ? cCompareLost : cCompareNew;
+        }
+        const HRESULT code = GoTo(*other);
+        if (code == S_OK)
+            m_timeline.Exchange(left);
+        return code;
     }
 
-    HRESULT GoBack(const Items& items) {
-        const HRESULT code = Set(items, m_timeline.Now().profile);
-        if (code != S_OK)
-            m_timeline.Restore();
-        return code;
+    // The profile first: what is set in it then is a change of its own, because only when it is
+    // active is it known what that overwrites.
+    HRESULT GoTo(const Settings& state) {
+        if (state.profile != m_link->Current().profile) {
+            if (const HRESULT code = m_link->Set(Use(state.profile)); code != S_OK)
+                return code;
+            m_timeline.Became(m_link->Current(), Origin::eOwn, 0, GetTickCount64());
+        }
+        return Set(Steps(m_link->Current(), state), state.profile);
     }
 
     HRESULT Revert(const Command& command) {

@@ -5,8 +5,6 @@
 #include <oleacc.h>
 #include <wrl/client.h>
 
-#include <memory>
-
 #include "panel/panel_fixture.h"
 
 namespace kora4::test {

@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "panel/panel_fixture.h"
+#include "panel/pictures.h"
 
 namespace kora4::test {
 namespace {
@@ -32,19 +33,34 @@ class PanelEqualizer : public PanelTest {
         MouseAt(place.left + x * (place.right - place.left),
                 place.top + y * (place.bottom - place.top), button);
     }
-    // Middle of the dot of a band, counted from 1, on the display.
-    POINT Dot(long band) {
+    Microsoft::WRL::ComPtr<IAccessible> Curve() {
         Microsoft::WRL::ComPtr<IAccessible> curve;
         EXPECT_EQ(S_OK,
                   AccessibleObjectFromWindow(
                       Panel().Control(eEqualizer), static_cast<DWORD>(OBJID_CLIENT),
                       __uuidof(IAccessible), reinterpret_cast<void**>(curve.GetAddressOf())));
+        return curve;
+    }
+    // Of a band, counted from 1.
+    static VARIANT Part(long band) {
         VARIANT part{};
         part.vt = VT_I4;
         part.lVal = band;
+        return part;
+    }
+    // Middle of the dot of a band, on the display.
+    POINT Dot(long band) {
         long left = 0, top = 0, width = 0, height = 0;
-        EXPECT_EQ(S_OK, curve->accLocation(&left, &top, &width, &height, part));
+        EXPECT_EQ(S_OK, Curve()->accLocation(&left, &top, &width, &height, Part(band)));
         return {left + width / 2, top + height / 2};
+    }
+    // What a screen reader says of its gain.
+    std::wstring ValueOf(long band) {
+        BSTR text = nullptr;
+        EXPECT_EQ(S_OK, Curve()->get_accValue(Part(band), &text));
+        const std::wstring value(text ? text : L"");
+        SysFreeString(text);
+        return value;
     }
     // Takes the last band into the hand; what others do then is up to the test.
     void BeginDrag() {
@@ -222,40 +238,100 @@ TEST_F(PanelEqualizer, GoesOnWithADragInTheProfileThatOthersChoseAndEndsItInADem
     EXPECT_GT(cBorder, Gain(cLast));
 }
 
-TEST_F(PanelEqualizer, WritesAndReadsTheTextOfTheCommandLine) {
+class PanelEqualizerFile : public PanelEqualizer {
+  protected:
+    void SetUp() override {
+        DeleteFileW(m_path.c_str());
+        PanelEqualizer::SetUp();
+    }
+    void TearDown() override { DeleteFileW(m_path.c_str()); }
+    void Transfer(WORD key) {
+        Press(key, {VK_CONTROL});
+        ASSERT_NE(nullptr, Panel().Dialog());
+        Type(m_path);
+        Press(VK_RETURN);
+        EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
+    }
+    void Import(std::string_view text) {
+        std::ofstream(m_path.c_str(), std::ios::binary) << text;
+        Transfer('O');
+    }
+
+    const std::wstring m_path = ProgramFolder() + L"\\panel_curve.txt";
+};
+
+TEST_F(PanelEqualizerFile, IsTheTextOfTheCommandLine) {
     ASSERT_NO_FATAL_FAILURE(Start());
     Panel().TabTo(eEqualizer);
     Press(VK_PRIOR);
     EXPECT_TRUE(GainBecomes(0, 3));
-    const std::wstring path = ProgramFolder() + L"\\panel_curve.txt";
-    DeleteFileW(path.c_str());
-    const auto choose = [&] {
-        ASSERT_NE(nullptr, Panel().Dialog());
-        Type(path);
-        Press(VK_RETURN);
-        EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
-    };
-    Press('S', {VK_CONTROL});
-    choose();
+    ASSERT_NO_FATAL_FAILURE(Transfer('S'));
     EXPECT_TRUE(Panel().StatusBecomes(L"Export: done."));
     std::string text;
-    std::getline(std::ifstream(path.c_str()), text);
+    std::getline(std::ifstream(m_path.c_str()), text);
     EXPECT_EQ(FormatGraphicEq(*Others().GetGraphicEQData()), text);
     EXPECT_EQ(RunCtl({"eq", "export"}).Lines().front(), text);
 
-    std::ofstream(path.c_str()) << "GraphicEQ: 20 -6; 20000 -6\n";
-    Press('O', {VK_CONTROL});
-    choose();
+    ASSERT_NO_FATAL_FAILURE(Import("GraphicEQ: 20 -6; 20000 -6\n"));
     EXPECT_TRUE(GainBecomes(0, -6));
     EXPECT_TRUE(GainBecomes(9, -6));
     EXPECT_TRUE(Panel().StatusBecomes(L"Import: done."));
 
-    std::ofstream(path.c_str()) << "GraphicEQ: 20 -6; five\n";
-    Press('O', {VK_CONTROL});
-    choose();
+    ASSERT_NO_FATAL_FAILURE(Import("GraphicEQ: 20 -6; five\n"));
     EXPECT_TRUE(Panel().StatusBecomes(L"line 1: 'five' is not a frequency"));
     EXPECT_EQ(-6, Gain(0));
-    DeleteFileW(path.c_str());
+}
+
+TEST_F(PanelEqualizerFile, IsRefusedInASentenceWhateverItHolds) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const std::string plain = "GraphicEQ: 20 -6\n";
+    std::string wide = "\xFF\xFE";
+    for (const char letter : plain)
+        wide += {letter, '\0'};
+    ASSERT_NO_FATAL_FAILURE(Import(wide));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Import: the file is no plain text; save it as UTF-8."));
+    ASSERT_NO_FATAL_FAILURE(Import(std::string(9999, '\a')));
+    EXPECT_TRUE(Panel().StatusBecomes(L"line 1: '????"));
+    EXPECT_GT(120u, Panel().Status().size());
+    ASSERT_NO_FATAL_FAILURE(Import(plain + std::string(1 << 20, ' ')));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Import: the file is too long for an equalizer."));
+    EXPECT_EQ(0, Gain(0));
+}
+
+TEST_F(PanelEqualizerFile, GivesBandsToAProfileThatHasNone) {
+    ASSERT_TRUE(Others().SetGraphicEQData({}));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    EXPECT_EQ(L"", Panel().Text(eGainField));
+    EXPECT_LT(2u, StillPicture(Panel().Control(eEqualizer)).Colors()) << "it says so in words";
+    SavePicture(StillPicture(Panel().Window()), L"panel-no-bands.bmp");
+    Panel().TabTo(eEqualizer);
+    Press(VK_UP);
+    ASSERT_NO_FATAL_FAILURE(Import("GraphicEQ: 100 1; 1000 2\n"));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Import: done."));
+    EXPECT_EQ((Bands{{100, 1}, {1000, 2}}), *Others().GetGraphicEQData());
+}
+
+TEST_F(PanelEqualizer, MarksAGainThatIsOffScaleAndDoesNotBringItBack) {
+    const std::wstring field = PatchName(RawTechnology::eStandardEQ, KORA4_PROFILE_MOVIE, 4);
+    Bands bands = *Others().GetGraphicEQData();
+    bands[0].gain = 12;
+    ASSERT_TRUE(Others().SetGraphicEQData(bands));
+    // As another program stores it, which writes into the store itself.
+    std::wstring gains = RawStore::Text(cStatic, field).value_or(L"");
+    const std::size_t twelve = gains.find(L"0c00");
+    ASSERT_NE(std::wstring::npos, twelve) << gains.size();
+    RawStore::SetText(cStatic, field, gains.replace(twelve, 4, L"1400"));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    EXPECT_EQ(L"+20.0", Panel().Text(eGainField));
+    EXPECT_EQ(L"+20.0 dB (off scale)", ValueOf(1));
+    EXPECT_EQ(L"0.0 dB", ValueOf(2));
+    Panel().TabTo(eEqualizer);
+    Press(VK_NEXT);
+    EXPECT_TRUE(GainBecomes(0, 12));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Graphic equalizer: done."));
+    Press('Z', {VK_CONTROL});
+    EXPECT_TRUE(Panel().StatusBecomes(L"Undo: what was there before cannot be set again."));
+    EXPECT_EQ(12, Gain(0));
 }
 
 }  // namespace

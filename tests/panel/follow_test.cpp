@@ -282,6 +282,23 @@ TEST_F(PanelTest, ShowsWhatIsOutsideTheLimitsAndLeavesItAlone) {
     EXPECT_EQ(KORA4_SPEAKER_VIRTUALIZER_DEFAULT, *Others().GetSpeakerVirtualizer());
 }
 
+TEST_F(PanelTest, LeavesAValueAloneThatIsNotOnTheScaleWhenItsSliderIsOnlyTouched) {
+    constexpr float cBetween = 0.333f;
+    ASSERT_TRUE(Others().SetDialogEnhancer(cBetween));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    const std::pair<KORA4APITechnology, WORD> touched[] = {
+        {eVolumeLeveler, WORD{KORA4_VOLUME_LEVELER_MAX}}, {eDialogEnhancer, WORD{33}}};
+    for (const auto& [technology, position] : touched)
+        for (const WORD what : {WORD{TB_THUMBTRACK}, WORD{TB_THUMBPOSITION}, WORD{TB_ENDTRACK}})
+            SendMessageW(Panel().Window(), WM_HSCROLL, MAKEWPARAM(what, position),
+                         reinterpret_cast<LPARAM>(Panel().Control(IdFor(eSlider, technology))));
+    // What comes after it in the same row.
+    Panel().Click(eEnableBox);
+    EXPECT_TRUE(Becomes([&] { return !*Others().GetVeltoEnable(); }));
+    EXPECT_EQ(ULONG{KORA4_VOLUME_LEVELER_MOVIE_DEFAULT}, *Others().GetVolumeLeveler());
+    EXPECT_EQ(cBetween, *Others().GetDialogEnhancer());
+}
+
 TEST_F(PanelTest, GoesOnWhileAnotherProgramHoldsTheStoreAndSaysThatItWaits) {
     ASSERT_NO_FATAL_FAILURE(Start());
     const int id = IdFor(eSlider, eVirtualizerHP);

@@ -3,6 +3,8 @@
 // is being typed.
 #include <windows.h>
 
+#include <cmath>
+
 #include "panel/panel_fixture.h"
 #include "panel/pictures.h"
 

@@ -131,6 +131,37 @@ TEST_F(HistoryTest, CannotSetAgainWhatIsOutsideTheLimits) {
     m_now.values[cLeveler] = KORA4_VOLUME_LEVELER_MOVIE_DEFAULT;
     SetLeveler(Origin::eOwn, 3);
     EXPECT_EQ(Verdict::eImpossible, m_history.TakeBack(Origin::eOwn, m_now).verdict);
+    m_now.bands = {{100, 20}, {1000, 0}};
+    Change(Origin::eOwn, [](Settings& now) { now.bands[0].gain = 5; });
+    EXPECT_EQ(Verdict::eImpossible, m_history.TakeBack(Origin::eOwn, m_now).verdict);
+    m_now.bands[0].gain = 20;
+    Change(Origin::eOwn, [](Settings& now) { now.bands = {{64, 1}}; });
+    EXPECT_EQ(Verdict::eImpossible, m_history.TakeBack(Origin::eOwn, m_now).verdict);
+}
+
+TEST_F(HistoryTest, GoesOnBehindADeletedProfile) {
+    Change(Origin::eOwn, [](Settings& now) { now.isEnabled = true; });
+    Change(Origin::eOwn, [](Settings& now) {
+        now.profile = KORA4_PROFILE_P1;
+        now.names[KORA4_PROFILE_P1] = L"Evening";
+    });
+    Change(Origin::eOwn, [](Settings& now) {
+        now.profile = KORA4_PROFILE_MOVIE;
+        now.names[KORA4_PROFILE_P1].reset();
+    });
+    EXPECT_EQ(Verdict::eImpossible, m_history.TakeBack(Origin::eOwn, m_now).verdict);
+    EXPECT_EQ(Verdict::eOvertaken, m_history.TakeBack(Origin::eOwn, m_now).verdict);
+    Undo(Origin::eOwn);
+    EXPECT_EQ(Settings{}, m_now);
+}
+
+TEST_F(HistoryTest, ChoosesNoProfileThatDoesNotExist) {
+    for (const long profile : {long{KORA4_PROFILE_P2}, 77L}) {
+        m_now.profile = profile;
+        Change(Origin::eForeign, [](Settings& now) { now.profile = KORA4_PROFILE_MUSIC; });
+        EXPECT_EQ(Verdict::eImpossible, m_history.TakeBack(Origin::eForeign, m_now).verdict)
+            << profile;
+    }
 }
 
 TEST_F(HistoryTest, NotesNothingOfADemo) {
@@ -171,32 +202,27 @@ TEST(Comparison, GoesToAndFro) {
     Settings b = a;
     b.values[cLeveler] = 8;
     EXPECT_FALSE(comparison.IsB());
-    EXPECT_FALSE(comparison.Toggle(a)) << "both are the same at first";
+    EXPECT_FALSE(comparison.Other()) << "both are the same at first";
+    comparison.Exchange(a);
     EXPECT_TRUE(comparison.IsB());
-    EXPECT_EQ(a, comparison.Toggle(b));
-    EXPECT_EQ(b, comparison.Toggle(a));
+    EXPECT_EQ(a, comparison.Other());
+    comparison.Exchange(b);
+    EXPECT_FALSE(comparison.IsB());
+    EXPECT_EQ(b, comparison.Other());
 }
 
 TEST(Steps, SetWhatDiffersAndNothingThatCannotBeSet) {
     Settings from;
+    from.bands = {{100, 0}, {1000, 0}};
     Settings to = from;
     to.switches[cHeadphone] = true;
     to.values[cLeveler] = KORA4_VOLUME_LEVELER_MOVIE_DEFAULT;
     to.names[4] = L"Other";
+    to.bands[0].gain = 20;
     const Items items = Steps(from, to);
     ASSERT_EQ(1u, items.size());
     EXPECT_EQ(Subject::eSwitch, items[0].subject);
     EXPECT_TRUE(Steps(from, from).empty());
-}
-
-TEST(Steps, ChooseTheProfileBeforeItsValues) {
-    Settings from;
-    Settings to = from;
-    to.profile = KORA4_PROFILE_GAMES;
-    const Items items = Steps(from, to);
-    ASSERT_FALSE(items.empty());
-    EXPECT_EQ(Subject::eProfile, items[0].subject);
-    EXPECT_EQ(14u, items.size()) << "profile, enable, six switches, five values, the bands";
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Everything that the panel can do, with the keyboard alone.
 #include <algorithm>
+#include <cmath>
 #include <cwctype>
 #include <set>
 

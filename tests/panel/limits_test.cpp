@@ -43,7 +43,15 @@ TEST(Limits, WriteValuesAsTheyAre) {
     EXPECT_EQ("0.0", FormatValue(Technology::eSpeakerVirtualizer, -0.0));
     EXPECT_EQ("?", FormatValue(Technology::eSpeakerVirtualizer,
                                std::numeric_limits<double>::quiet_NaN()));
-    EXPECT_LT(300u, FormatValue(Technology::eSpeakerVirtualizer, 1e300).size());
+}
+
+TEST(Limits, RoundValuesThatAreTooLong) {
+    EXPECT_EQ("4294967295", FormatValue(Technology::eVolumeLeveler, 4294967295));
+    EXPECT_EQ("12345.6787", FormatValue(Technology::eSpeakerVirtualizer, 12345.678711));
+    constexpr float cMost = std::numeric_limits<float>::max();
+    EXPECT_EQ("3.403e+38", FormatValue(Technology::eSpeakerVirtualizer, double{cMost}));
+    EXPECT_EQ("-3.403e+38", FormatValue(Technology::eDialogEnhancer, double{-cMost}));
+    EXPECT_EQ(cLongestValue, FormatValue(Technology::eDialogEnhancer, double{-cMost}).size());
 }
 
 TEST(Limits, WriteGainsAndFrequencies) {

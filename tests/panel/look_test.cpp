@@ -3,10 +3,6 @@
 // at each resolution and in both languages. The pictures are kept in the working folder.
 #include <windows.h>
 
-#include <commctrl.h>
-
-#include <algorithm>
-#include <cstdio>
 #include <set>
 
 #include "panel/panel_fixture.h"

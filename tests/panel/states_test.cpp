@@ -12,6 +12,21 @@ namespace {
 
 using namespace ::panel;
 
+// Everybody may read the store, and nobody may change it, for the length of a scope.
+class ReadOnlyStore {
+  public:
+    ReadOnlyStore() { Set(L"D:(A;;KR;;;WD)"); }
+    ~ReadOnlyStore() { Set(cWorldAccess); }
+    ReadOnlyStore(const ReadOnlyStore&) = delete;
+    ReadOnlyStore& operator=(const ReadOnlyStore&) = delete;
+
+  private:
+    static void Set(const wchar_t* sddl) {
+        for (const wchar_t* key : {L"StaticKeys", L"DynamicKeys"})
+            SetDacl(std::wstring(L"SOFTWARE\\Velto\\KORA4\\") + key, sddl);
+    }
+};
+
 TEST_F(PanelTest, ShowsADemoAndTheWayOut) {
     ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
     ASSERT_NO_FATAL_FAILURE(Start());
@@ -55,6 +70,19 @@ TEST_F(PanelTest, SaysThatThereIsNoStoreAndGoesOnByItself) {
     EXPECT_TRUE(Becomes([&] { return Panel().IsReady(); }));
 }
 
+TEST_F(PanelTest, SaysThatTheStoreMayOnlyBeReadAndGoesOnByItself) {
+    m_api = Result<Api>(Status(E_FAIL));
+    {
+        const ReadOnlyStore readOnly;
+        m_panel = std::make_unique<PanelProcess>();
+        EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerText); }));
+        EXPECT_NE(std::wstring::npos, Panel().Text(eBannerText).find(L"kora4ctl doctor"));
+        EXPECT_FALSE(Panel().IsEnabled(eEnableBox));
+    }
+    EXPECT_TRUE(Becomes([&] { return Panel().IsReady(); }));
+    EXPECT_FALSE(Panel().IsVisible(eBannerText));
+}
+
 TEST_F(PanelTest, SaysThatTheStoreRefusesAndTriesAgain) {
     ASSERT_NO_FATAL_FAILURE(Start());
     // The keys vanish under the panel: every write fails from now on.
@@ -72,7 +100,7 @@ TEST_F(PanelTest, SaysThatTheStoreRefusesAndTriesAgain) {
 }
 
 TEST_F(PanelTest, SaysThatTheStoreRefusesWhateverWasAsked) {
-    const std::wstring refuses = L"The store refuses changes";
+    const std::wstring refuses = L"The store refused changes";
     const auto isSaid = [&] { return Panel().Text(eBannerText).starts_with(refuses); };
     const std::pair<int, const wchar_t*> buttons[] = {{eRevertButton, L"Factory values"},
                                                       {eNewButton, L"New profile"}};
@@ -98,6 +126,38 @@ TEST_F(PanelTest, SaysThatTheStoreRefusesWhateverWasAsked) {
     }
 }
 
+TEST_F(PanelTest, DoesAllAgainThatWasRefused) {
+    const auto isRefused = [&] {
+        return Panel().Text(eBannerText).starts_with(L"The store refused");
+    };
+    ASSERT_TRUE(Others().SetHeadphoneVirtualizer(2));
+    ASSERT_TRUE(Others().SetSpeakerVirtualizer(3));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    RemoveKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velto\\KORA4\\StaticKeys");
+    for (const KORA4APITechnology technology : {eVirtualizerHP, eVirtualizerSpkr}) {
+        Panel().TabTo(IdFor(eSlider, technology));
+        Press(VK_LEFT);
+        EXPECT_TRUE(Panel().StatusBecomes(L"the store refused (E_FAIL)."));
+        EXPECT_TRUE(Becomes(isRefused));
+        // What the store takes meanwhile does not let it be forgotten.
+        const bool wasEnabled = Panel().IsChecked(eEnableBox);
+        Panel().Click(eEnableBox);
+        EXPECT_TRUE(Becomes([&] { return *Others().GetVeltoEnable() != wasEnabled; }));
+        EXPECT_TRUE(Panel().StatusBecomes(L"Audio processing: done."));
+        EXPECT_TRUE(isRefused());
+    }
+    ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
+    Panel().TabTo(eBannerButton);
+    Press(VK_SPACE);
+    EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText) && Panel().IsReady(); }));
+    EXPECT_TRUE(Becomes([&] {
+        const Result<Api> anew = Api::Open();
+        return anew && *anew->GetSpeakerVirtualizer() == 2.9f &&
+               *anew->GetHeadphoneVirtualizer() == 1.9f;
+    }));
+    EXPECT_FALSE(Panel().IsVisible(eBannerText)) << "nothing is left to be done again";
+}
+
 TEST_F(PanelTest, KeepsTheWayOutOfADemoWhenTheStoreRefuses) {
     ASSERT_NO_FATAL_FAILURE(Start());
     // Values cannot be set any more; which profile is active still can.
@@ -105,12 +165,12 @@ TEST_F(PanelTest, KeepsTheWayOutOfADemoWhenTheStoreRefuses) {
     Panel().TabTo(IdFor(eSlider, eVirtualizerHP));
     Press(VK_LEFT);
     EXPECT_TRUE(
-        Becomes([&] { return Panel().Text(eBannerText).starts_with(L"The store refuses"); }));
+        Becomes([&] { return Panel().Text(eBannerText).starts_with(L"The store refused"); }));
     ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_GAMES, true));
     EXPECT_TRUE(Becomes([&] {
         const std::wstring text = Panel().Text(eBannerText);
         return text.starts_with(L"Demo of Games is active.") &&
-               text.find(L"The store refuses changes") != std::wstring::npos;
+               text.find(L"The store refused changes") != std::wstring::npos;
     }));
     EXPECT_EQ(L"Bac&k from the demo", Panel().Text(eBannerButton));
     ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());

@@ -47,19 +47,44 @@ TEST_F(TimelineTest, KeepsWhatCouldNotBeTakenBack) {
     EXPECT_EQ(Verdict::eItems, m_timeline.TakeBack(Origin::eOwn).verdict);
 }
 
-TEST_F(TimelineTest, StaysInTheStateInUseWhenTheOtherOneIsRefused) {
-    m_timeline.Opened(WithLeveler(2));
-    EXPECT_FALSE(m_timeline.Compare());
-    EXPECT_TRUE(m_timeline.Shown().isB);
+Settings Custom(double leveler, const wchar_t* name) {
+    Settings settings = WithLeveler(leveler, KORA4_PROFILE_P1);
+    settings.names[KORA4_PROFILE_P1] = name;
+    return settings;
+}
+
+TEST_F(TimelineTest, LosesAStateWhoseProfileIsDeletedAlsoWhenThereIsANewOne) {
+    m_timeline.Opened(Custom(2, L"Evening"));
+    m_timeline.Exchange(m_timeline.Now());
+    EXPECT_TRUE(m_timeline.Compared().Other());
+    EXPECT_FALSE(m_timeline.Compared().IsLost());
     Own(WithLeveler(5));
-    for (int i = 0; i < 2; ++i) {
-        const auto items = m_timeline.Compare();
-        ASSERT_TRUE(items);
-        ASSERT_EQ(1u, items->size());
-        EXPECT_EQ(2, items->front().number);
-        m_timeline.Restore();
-        EXPECT_TRUE(m_timeline.Shown().isB);
-    }
+    EXPECT_FALSE(m_timeline.Compared().Other());
+    EXPECT_TRUE(m_timeline.Compared().IsLost());
+    EXPECT_FALSE(m_timeline.Shown().isB);
+    Own(Custom(2, L"Morning"));
+    EXPECT_FALSE(m_timeline.Compared().Other());
+    m_timeline.Exchange(m_timeline.Now());
+    EXPECT_FALSE(m_timeline.Compared().IsLost());
+    EXPECT_TRUE(m_timeline.Compared().Other());
+}
+
+TEST_F(TimelineTest, KeepsAStateThatHasNoNameWhileItIsActive) {
+    constexpr long cNoProfile = 77;
+    m_timeline.Opened(WithLeveler(2, cNoProfile));
+    m_timeline.Exchange(m_timeline.Now());
+    Foreign(WithLeveler(3, cNoProfile));
+    EXPECT_TRUE(m_timeline.Compared().Other());
+    Foreign(WithLeveler(3));
+    EXPECT_TRUE(m_timeline.Compared().IsLost()) << "it cannot be chosen again";
+}
+
+TEST_F(TimelineTest, TakesBackNothingOfADeletedProfileInANewOne) {
+    m_timeline.Opened(Custom(2, L"Evening"));
+    Own(Custom(3, L"Evening"));
+    Foreign(WithLeveler(5));
+    Foreign(Custom(3, L"Morning"));
+    EXPECT_FALSE(m_timeline.Shown().hasOwn);
 }
 
 TEST_F(TimelineTest, GoesBackInTheProfileThatWasShown) {

@@ -2,8 +2,8 @@
 // What waits while another program holds the store, or was meant for something that is not
 // there any more, does what its user saw, or nothing.
 #include <array>
-#include <cmath>
 #include <limits>
+#include <optional>
 
 #include "panel/panel_fixture.h"
 #include "panel/worker/command.h"
@@ -88,6 +88,29 @@ TEST_F(PanelWaiting, GoesToAndFroAsOftenAsTheKeyIsPressed) {
     EXPECT_TRUE(Panel().StatusBecomes(L"Compare: done."));
     EXPECT_TRUE(LevelerBecomes(5));
     EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == L"&Compare: B"; }));
+}
+
+TEST_F(PanelWaiting, DoesNotAskAgainForAKeyThatIsHeld) {
+    ASSERT_NO_FATAL_FAILURE(StartAtLeveler(2));
+    Press(VK_F9);
+    EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == L"&Compare: B"; }));
+    Press(VK_RIGHT);
+    EXPECT_TRUE(LevelerBecomes(3));
+    {
+        const RawTransaction hold;
+        Press(VK_F9);
+        EXPECT_TRUE(Panel().StatusBecomes(L"Compare: waiting"));
+        constexpr LPARAM cRepeat = LPARAM{KF_REPEAT} << 16;
+        for (int i = 0; i < 3; ++i)
+            PostMessageW(Panel().Control(cLeveler), WM_KEYDOWN, VK_F9, cRepeat);
+        // A key that comes after them.
+        Press(VK_HOME);
+        EXPECT_TRUE(ShowsLeveler(L"0 \u2026"));
+    }
+    EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == L"&Compare: A"; }));
+    EXPECT_TRUE(LevelerBecomes(0));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Volume leveler: done."));
+    EXPECT_EQ(L"&Compare: A", Panel().Text(eCompareButton));
 }
 
 TEST_F(PanelWaiting, SetsNoValueInAnotherProfile) {
