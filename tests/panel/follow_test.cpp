@@ -70,8 +70,9 @@ std::vector<ForeignChange> Changes() {
     const auto add = [&](const char* what, auto make, auto takeBack, auto isShown) {
         changes.push_back({what, make, takeBack, isShown});
     };
-    const auto addSwitch = [&](const char* what, KORA4APITechnology technology) {
-        for (const bool isOn : {false, true})
+    const auto addSwitch = [&](const char* what, KORA4APITechnology technology,
+                               bool wasOn = true) {
+        for (const bool isOn : {!wasOn, wasOn})
             add(
                 what,
                 [=](Api& api) {
@@ -105,7 +106,10 @@ std::vector<ForeignChange> Changes() {
         [](const PanelProcess& panel) { return !panel.IsChecked(eEnableBox); });
     addSwitch("switch of the leveler", eVolumeLeveler);
     addSwitch("switch of the graphic EQ", eGraphicEQ);
+    addSwitch("switch of the curve", eIntelligentEQ, false);
+    addSwitch("switch of the dialog", eDialogEnhancer);
     addSwitch("switch of the headphones", eVirtualizerHP);
+    addSwitch("switch of the speakers", eVirtualizerSpkr);
     addValue("leveler", eVolumeLeveler, 7, 7, L"7");
     addValue("dialog", eDialogEnhancer, 0.25, 25, L"0.25");
     addValue("headphones", eVirtualizerHP, 1.5, 15, L"1.5");
@@ -142,6 +146,26 @@ std::vector<ForeignChange> Changes() {
             return static_cast<bool>(api.SetCustomProfileName(KORA4_PROFILE_P1, L"Evening"));
         },
         [](const PanelProcess& panel) { return panel.Chosen(eProfileList) == L"Night"; });
+    add(
+        "profile of the factory",
+        [](Api& api) { return static_cast<bool>(api.SetActiveProfile(KORA4_PROFILE_MOVIE)); },
+        [](Api& api) { return static_cast<bool>(api.SetActiveProfile(KORA4_PROFILE_P1)); },
+        [](const PanelProcess& panel) { return panel.Chosen(eProfileList) == L"Movie"; });
+    add(
+        "deleted profile",
+        [](Api& api) { return static_cast<bool>(api.DeleteCustomProfile(KORA4_PROFILE_P1)); },
+        [](Api& api) {
+            return static_cast<bool>(api.CreateCustomProfile(KORA4_PROFILE_P1, L"Night"));
+        },
+        [](const PanelProcess& panel) {
+            return SendMessageW(panel.Control(eProfileList), CB_GETCOUNT, 0, 0) == 6;
+        });
+    add(
+        "factory values", [](Api& api) { return static_cast<bool>(api.RevertActiveProfile()); },
+        [](Api& api) { return static_cast<bool>(api.SetVolumeLeveler(7)); },
+        [](const PanelProcess& panel) {
+            return panel.Text(IdFor(eValueText, eVolumeLeveler)) == L"262151 (off scale)";
+        });
     add(
         "demo",
         [](Api& api) {

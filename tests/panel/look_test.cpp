@@ -248,18 +248,26 @@ TEST_F(PanelLook, WritesAtTheLevelsWhatTheyAre) {
 }
 
 TEST_F(PanelLook, IsCompleteInDarkColorsAndFromRightToLeft) {
-    ASSERT_NO_FATAL_FAILURE(Start({"--language", "en", "--colors", "dark"}));
-    LookClosely(96);
-    const Picture dark = TakePicture(Panel().Control(eNewButton));
-    EXPECT_LT(dark.pixels[static_cast<std::size_t>(dark.width * 3 + 5)] & 0xFF, 0x80u);
-    SavePicture(TakePicture(Panel().Window()), L"panel-dark.bmp");
-    m_panel.reset();
-    ASSERT_NO_FATAL_FAILURE(Start({"--language", "en", "--layout", "rtl"}));
-    LookClosely(96);
-    const RECT enable = PlaceOf(Panel().Control(eEnableBox));
-    const RECT revert = PlaceOf(Panel().Control(eRevertButton));
-    EXPECT_GT(enable.left, revert.right);
-    SavePicture(TakePicture(Panel().Window()), L"panel-rtl.bmp");
+    struct {
+        const char* colors;
+        const char* layout;
+        const wchar_t* picture;
+    } const looks[] = {{"dark", "ltr", L"panel-dark.bmp"},
+                       {"light", "rtl", L"panel-rtl.bmp"},
+                       {"dark", "rtl", L"panel-dark-rtl.bmp"}};
+    for (const auto& [colors, layout, picture] : looks) {
+        SCOPED_TRACE(std::string(colors) + " " + layout);
+        ASSERT_NO_FATAL_FAILURE(
+            Start({"--language", "en", "--colors", colors, "--layout", layout}));
+        LookClosely(96);
+        const bool isDark = (TakePicture(Panel().Control(eNewButton)).At(5, 3) & 0xFF) < 0x80;
+        EXPECT_EQ(colors == std::string("dark"), isDark);
+        const RECT enable = PlaceOf(Panel().Control(eEnableBox));
+        const RECT revert = PlaceOf(Panel().Control(eRevertButton));
+        EXPECT_EQ(layout == std::string("rtl"), enable.left > revert.right);
+        SavePicture(TakePicture(Panel().Window()), picture);
+        m_panel.reset();
+    }
 }
 
 TEST_F(PanelLook, FollowsTheResolutionOfTheMonitorItIsMovedTo) {
@@ -280,7 +288,7 @@ TEST_F(PanelLook, FollowsTheResolutionOfTheMonitorItIsMovedTo) {
     ExpectNothingOverlaps(Panel());
 }
 
-TEST_F(PanelLook, MovesTheCurveAndDrawsNothingWhenItIsMinimised) {
+TEST_F(PanelLook, MovesTheCurveAndFollowsAlsoWhileItIsMinimised) {
     ASSERT_NO_FATAL_FAILURE(Start());
     const Picture flat = StillPicture(Panel().Control(eEqualizer));
     Bands bands = *Others().GetGraphicEQData();

@@ -239,6 +239,17 @@ TEST_F(PanelWaiting, SetsWhatWaitsBeforeItEnds) {
             << technology;
 }
 
+TEST_F(PanelWaiting, EndsAlsoWhileAnotherProgramHoldsTheStoreForLong) {
+    ASSERT_NO_FATAL_FAILURE(StartAtLeveler(3));
+    {
+        const RawTransaction hold;
+        Press(VK_RIGHT);
+        EXPECT_TRUE(ShowsLeveler(L"4 \u2026"));
+        m_panel.reset();
+    }
+    EXPECT_EQ(3u, Leveler());
+}
+
 TEST(PanelLevels, AreTheSameAlsoWhenTheyAreNoNumbers) {
     LevelsRead levels;
     levels.gains.fill(std::numeric_limits<float>::quiet_NaN());
