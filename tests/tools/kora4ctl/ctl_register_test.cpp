@@ -294,6 +294,19 @@ TEST_F(CtlRegister, UnregistersALibraryThatWasMoved) {
               Findings(Check(cNotReady)));
 }
 
+TEST_F(CtlRegister, UnregistersALibraryThatIsDamaged) {
+    // Its head is whole, so only loading it shows the damage.
+    const OwnFile damaged("damaged.dll");
+    damaged.CopyFrom(LibraryPath());
+    std::filesystem::resize_file(tools::Widen(damaged.Name()), 4096);
+    WriteText(HKEY_CLASSES_ROOT, ServerKey(), L"", tools::Widen(damaged.Name()));
+    Refused({"unregister", damaged.Name()}, cBadInput, "cannot be loaded");
+    const LoneTool tool;
+    const ToolResult result = tool.Run({"unregister"});
+    EXPECT_EQ(cDone, result.exitCode) << result;
+    EXPECT_FALSE(KeyExists(HKEY_CLASSES_ROOT, ClassKey()));
+}
+
 TEST_F(CtlRegister, NamesTheProgramsThatHaveLoadedTheLibrary) {
     const OwnFile copy("loaded.dll");
     copy.CopyFrom(LibraryPath());
@@ -353,6 +366,23 @@ TEST_F(CtlRegister, UnregistersAndRemovesTheSettingsWhenToldSo) {
     Done({"unregister", "--settings"});
 }
 
+TEST_F(CtlRegister, SaysWhichBackupsStayBecauseTheyAreOpen) {
+    WriteStoredUINT(eKeySetDynamic, pkey::Setting(pkey::cActivePresetPid), 2);
+    Done({"reset", "--all"});
+    const std::filesystem::path folder = tools::Widen(tools::DataFolder());
+    ASSERT_FALSE(std::filesystem::is_empty(folder));
+    {
+        const UniqueHandle open(
+            CreateFileW(std::filesystem::directory_iterator(folder)->path().c_str(),
+                        GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        const ToolResult result = RunCtl({"unregister", "--settings"});
+        EXPECT_EQ(cDone, result.exitCode) << result;
+        EXPECT_TRUE(Has(result.err, "holds files that are open in another program")) << result;
+    }
+    EXPECT_FALSE(Has(RunCtl({"unregister", "--settings"}).err, "note: "));
+    EXPECT_FALSE(std::filesystem::exists(folder));
+}
+
 TEST_F(CtlRegister, RemovesALinkAmongTheSettingsAndNotWhatItLeadsTo) {
     constexpr wchar_t cTarget[] = L"SOFTWARE\\KORA4 link target";
     CreateKey(HKEY_LOCAL_MACHINE, std::wstring(cTarget) + L"\\below");
@@ -385,6 +415,25 @@ TEST_F(CtlRegister, NeverLoadsWhatOnlyAUserHasRegistered) {
     EXPECT_EQ(nullptr, document["before"]);
     EXPECT_EQ(document["beforeUser"], users.Name());
     EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, L"Software\\Classes\\" + ClassKey()));
+}
+
+TEST_F(CtlRegister, UnregistersOnlyOneLibraryOfTheMachineWhenToldSo) {
+    WriteText(HKEY_CURRENT_USER, L"Software\\Classes\\" + ServerKey(), L"",
+              L"C:\\users\\own.dll");
+    const std::string store = StoreSnapshot();
+    const ToolResult other =
+        RunCtl({"unregister", "--settings", "--only", "C:\\elsewhere\\QXA64T.dll"});
+    EXPECT_EQ(cDone, other.exitCode) << other;
+    EXPECT_TRUE(Has(other.err, "Another library is registered, and stays so")) << other;
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" + ServerKey()));
+    EXPECT_EQ(store, StoreSnapshot());
+
+    // The same file by another path.
+    const std::string folder = tools::Narrow(ProgramFolder());
+    const ToolResult own = RunCtl({"unregister", "--only", folder + "\\..\\bin\\qxa64t.dll"});
+    EXPECT_EQ(cDone, own.exitCode) << own;
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" + ClassKey()));
+    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, L"Software\\Classes\\" + ServerKey()));
 }
 
 TEST_F(CtlRegister, TellsTheRegistrationsOfMachineAndUserApart) {

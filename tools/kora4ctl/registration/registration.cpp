@@ -67,15 +67,6 @@ std::string TypeLibraryPath() {
     return {};
 }
 
-bool IsSamePath(const std::string& one, const std::string& other) {
-    const auto canonical = [](const std::string& path) {
-        std::error_code error;
-        const auto whole = std::filesystem::weakly_canonical(Widen(path), error);
-        return Lower(error ? path : Narrow(whole.wstring()));
-    };
-    return canonical(one) == canonical(other);
-}
-
 // Asks an object, which needs neither the store nor its initialisation for that.
 void AskForVersion(Registration& registration) {
     registration.isTried = true;
@@ -131,6 +122,15 @@ std::string FullPath(const std::string& path) {
     std::error_code error;
     const auto whole = std::filesystem::absolute(Widen(path), error);
     return error ? path : Narrow(whole.lexically_normal().wstring());
+}
+
+bool IsSamePath(const std::string& one, const std::string& other) {
+    const auto canonical = [](const std::string& path) {
+        std::error_code error;
+        const auto whole = std::filesystem::weakly_canonical(Widen(path), error);
+        return Lower(error ? path : Narrow(whole.wstring()));
+    };
+    return canonical(one) == canonical(other);
 }
 
 std::string ServedClass() {

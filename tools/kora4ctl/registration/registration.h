@@ -17,6 +17,9 @@ std::string LibraryBesideTool();
 // The path made absolute; as it is when that fails.
 std::string FullPath(const std::string& path);
 
+// Whether both name the same file, which need not exist.
+bool IsSamePath(const std::string& one, const std::string& other);
+
 // For whom the class is registered.
 enum class RegisteredFor { eNobody, eMachine, eUser };
 

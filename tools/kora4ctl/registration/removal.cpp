@@ -57,7 +57,7 @@ LSTATUS RemoveKey(HKEY parent, const wchar_t* name) {
 
 }  // namespace
 
-void RemoveSettings() {
+bool RemoveSettings() {
     const LSTATUS status = RemoveKey(HKEY_LOCAL_MACHINE, cBaseKeyPath);
     if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND)
         throw Win32Failure(static_cast<DWORD>(status),
@@ -66,11 +66,11 @@ void RemoveSettings() {
     const GuardedFolder folder(DataFolder());
     for (const std::string& name : folder.Names(""))
         folder.Remove(name);
-    // Stays while it holds what is not of these programs.
-    RemoveDirectoryW(Widen(DataFolder()).c_str());
+    return RemoveDirectoryW(Widen(DataFolder()).c_str()) ||
+           GetLastError() != ERROR_DIR_NOT_EMPTY;
 }
 
-void RemoveEntries(const Registration& registration) {
+void RemoveEntries(const Registration& registration, EntriesOf whose) {
     const std::wstring apps = cAppIdKey;
     std::vector<std::wstring> keys = {ClassKey(), TypeLibraryKey(), apps + L"QXA64T.DLL"};
     // A GUID, or the entry leads to a key that is none of ours.
@@ -79,7 +79,8 @@ void RemoveEntries(const Registration& registration) {
         keys.push_back(apps + GuidText(appId));
     for (const std::wstring& key : keys) {
         Remove(HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE", key);
-        Remove(HKEY_CURRENT_USER, "HKEY_CURRENT_USER", key);
+        if (whose == EntriesOf::eMachineAndUser)
+            Remove(HKEY_CURRENT_USER, "HKEY_CURRENT_USER", key);
     }
 }
 

@@ -7,13 +7,16 @@
 
 namespace kora4::tools {
 
-// Class, application and type library, of the machine and of this user. What is absent is not
-// an error. Failure with eFailed when an entry cannot be removed.
-void RemoveEntries(const Registration& registration);
+enum class EntriesOf { eMachine, eMachineAndUser };
+
+// Class, application and type library. What is absent is not an error. Failure with eFailed
+// when an entry cannot be removed.
+void RemoveEntries(const Registration& registration, EntriesOf whose);
 
 // The store with everything in it, and the tools' own backups and journals. A registry link is
-// removed itself, never what it leads to. What is absent is not an error. Failure with eFailed
-// when something cannot be removed.
-void RemoveSettings();
+// removed itself, never what it leads to. What is absent is not an error. False when the folder
+// of the backups stays, because it holds what is not of these programs, or is open in another
+// one. Failure with eFailed when something else cannot be removed.
+bool RemoveSettings();
 
 }  // namespace kora4::tools

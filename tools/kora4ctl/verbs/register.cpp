@@ -2,6 +2,8 @@
 // kora4ctl register, unregister: the library in the machine's registration.
 #include <kora4/activation.hpp>
 
+#include <optional>
+
 #include "base/failure.h"
 #include "base/results.h"
 #include "base/text.h"
@@ -29,6 +31,7 @@ struct Options {
     bool inUse = false;
     bool appKeys = false;
     bool settings = false;
+    std::string only;
 };
 
 const char* WordOf(RegisteredFor where) {
@@ -196,38 +199,62 @@ ExitCode Register(const Context& context, const Options& options) {
     return ExitCode::eDone;
 }
 
-// The file that removes its own entries: the one beside this program, or the one that the
-// machine has registered. Empty when there is none. Never one that only a user has registered:
-// an administrator would run that user's code.
-std::string UnregisteringLibrary(const Registration& registration) {
-    for (const std::string& path : {LibraryBesideTool(), registration.ofMachine})
-        if (!path.empty() && KindOfFile(path) == FileKind::eLibrary)
-            return FullPath(path);
+// The library that removes its own entries: the one beside this program, or the one that the
+// machine has registered. None when neither can be loaded. Never one that only a user has
+// registered: an administrator would run that user's code.
+std::optional<RegistrableLibrary> UnregisteringLibrary(const Registration& registration) {
+    for (const std::string& path : {LibraryBesideTool(), registration.ofMachine}) {
+        try {
+            return RegistrableLibrary(FullPath(path));
+        } catch (const Failure&) {
+            // Missing or damaged: its entries are removed without it.
+        }
+    }
     return {};
+}
+
+void UnregisterByLibrary(const Options& options, const Registration& before) {
+    const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
+    const std::optional<RegistrableLibrary> library =
+        options.path.empty() ? UnregisteringLibrary(before)
+                             : RegistrableLibrary(FullPath(options.path));
+    if (!library)
+        return;
+    if (const HRESULT hr = library->Unregister(); hr == E_ACCESSDENIED)
+        Expect(hr, options.path.empty() ? before.path : options.path, "unregistered");
 }
 
 ExitCode Unregister(const Context& context, const Options& options) {
     Output& output = context.output;
     const Registration before = ReadRegistration();
-    const std::string path =
-        options.path.empty() ? UnregisteringLibrary(before) : FullPath(options.path);
+    const bool isOfMachineOnly = !options.only.empty();
+    if (isOfMachineOnly && !before.ofMachine.empty() &&
+        !IsSamePath(options.only, before.ofMachine)) {
+        if (output.json)
+            output.PrintJson({{"registered", true},
+                              {"before", OrNull(before.ofMachine)},
+                              {"beforeUser", OrNull(before.ofUser)}});
+        else
+            output.Say("Another library is registered, and stays so, with its settings: " +
+                       before.ofMachine);
+        return ExitCode::eDone;
+    }
     if (before.IsAnythingThere()) {
-        HRESULT hr = S_OK;
-        if (!path.empty()) {
-            const ApartmentGuard apartment(ApartmentKind::eSingleThreaded);
-            const RegistrableLibrary library(path);
-            hr = library.Unregister();
-        }
-        if (hr == E_ACCESSDENIED)
-            Expect(hr, path, "unregistered");
+        // The library would remove the user's entries first.
+        if (!isOfMachineOnly || before.ofUser.empty())
+            UnregisterByLibrary(options, before);
         // Also what another file, or the user, has registered.
-        RemoveEntries(before);
+        RemoveEntries(before,
+                      isOfMachineOnly ? EntriesOf::eMachine : EntriesOf::eMachineAndUser);
     }
     const Registration now = ReadRegistration();
-    if (options.settings && !now.IsThere())
-        RemoveSettings();
+    const std::string& left = isOfMachineOnly ? now.ofMachine : now.path;
+    if (options.settings && left.empty() && !RemoveSettings())
+        output.Complain("note: " + DataFolder() +
+                        " holds files that are open in another program, or not of this one; "
+                        "they stay.");
     if (output.json) {
-        output.PrintJson({{"registered", now.IsThere()},
+        output.PrintJson({{"registered", !left.empty()},
                           {"before", OrNull(before.ofMachine)},
                           {"beforeUser", OrNull(before.ofUser)}});
     } else if (!before.IsAnythingThere()) {
@@ -235,15 +262,15 @@ ExitCode Unregister(const Context& context, const Options& options) {
     } else {
         output.Say("The library is no longer registered" +
                    (before.ofMachine.empty() ? std::string(".") : ": " + before.ofMachine));
-        if (!before.ofUser.empty())
+        if (!before.ofUser.empty() && !isOfMachineOnly)
             output.Say("The user's own registration was removed: " + before.ofUser);
         if (!options.settings)
             output.Say("The settings remain in the store.");
     }
-    if (options.settings && !output.json && !now.IsThere())
+    if (options.settings && !output.json && left.empty())
         output.Say("The settings are removed.");
-    if (now.IsThere())
-        throw Failure(ExitCode::eFailed, "The library is still registered: " + now.path,
+    if (!left.empty())
+        throw Failure(ExitCode::eFailed, "The library is still registered: " + left,
                       "See what is registered: kora4ctl register --check");
     return ExitCode::eDone;
 }
@@ -286,13 +313,18 @@ void AddUnregister(Context& context) {
     verb.add_option("PATH", options.path, "the library")->type_name("PATH");
     verb.add_flag("--settings", options.settings,
                   "remove all settings, too, with their backups");
+    verb.add_option("--only", options.only,
+                    "for installers: leave another library and the user's entries alone")
+        ->type_name("LIBRARY");
     verb.footer(
         "PATH defaults to QXA64T.dll beside this program, or else to the file registered\n"
-        "for the machine. If neither exists, the entries are removed without it. A file that "
-        "only\n"
-        "the user has registered is not loaded; its entry is removed, too. The settings remain "
-        "in\n"
-        "the store, unless --settings is given: end all programs that use them before.\n");
+        "for the machine. If neither can be loaded, the entries are removed without it. A\n"
+        "file that only the user has registered is not loaded; its entry is removed, too. The\n"
+        "settings remain in the store, unless --settings is given: end all programs that use\n"
+        "them before.\n"
+        "\n"
+        "With --only, nothing is changed if the machine has registered another file than\n"
+        "LIBRARY, and what the user has registered stays.\n");
 }
 
 }  // namespace kora4::tools
