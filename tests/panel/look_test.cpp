@@ -157,6 +157,9 @@ class PanelLook : public PanelTest {
 };
 
 TEST_F(PanelLook, CutsNothingOffAtAnyResolutionAndInEitherLanguage) {
+    // The longest value that can be shown.
+    RawStore::SetNumber(cStatic, PatchName(RawTechnology::eVolume, KORA4_PROFILE_MOVIE, 3),
+                        0xFFFFFFFF);
     for (const UINT dpi : {96u, 144u, 192u}) {
         const Resolution resolution(dpi);
         for (const char* language : {"en", "de"}) {
@@ -166,6 +169,8 @@ TEST_F(PanelLook, CutsNothingOffAtAnyResolutionAndInEitherLanguage) {
             ASSERT_NO_FATAL_FAILURE(Start({"--language", language}));
             ExpectResolution(Panel(), dpi);
             MakeSmall();
+            EXPECT_TRUE(
+                Panel().Text(IdFor(eValueText, eVolumeLeveler)).starts_with(L"4294967295 ("));
             LookClosely(dpi);
             ASSERT_TRUE(Others().SetDemoProfileAndEnable(KORA4_PROFILE_DEMO_MOVIE, true));
             EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerButton); }));
