@@ -82,12 +82,15 @@ Var words     ; for the first and the last page
 !macroend
 
 Section "-Begin" SecBegin
-  Call ProtectFolder
   Call Begin
   ${If} $before == ""
     Push "Installing ${VERSION} in $INSTDIR"
   ${Else}
     Push "Installing ${VERSION} in $INSTDIR, over $before ($features)"
+    ${IfNot} ${FileExists} "$INSTDIR\files.txt"
+      Push "files.txt is missing: files of $before that ${VERSION} lacks stay."
+      Call Log
+    ${EndIf}
   ${EndIf}
   Call Log
   StrCpy $features "library"
@@ -140,6 +143,7 @@ Section "-Finish" SecFinish
     Call Exchange
   ${EndIf}
   ${If} $failure == ""
+    StrCpy $touched "registration"
     Push 'register --app-keys "$INSTDIR\bin\QXA64T.dll"'
     Call RunTool
     ${If} $0 != 0
@@ -163,21 +167,6 @@ SectionEnd
 Section /o "-Remove" SecRemove
   Call RemoveProduct
 SectionEnd
-
-; A folder outside Program Files would let every user replace the library.
-Function ProtectFolder
-  ${If} ${FileExists} "$INSTDIR\*.*"
-    Return
-  ${EndIf}
-  ${GetParent} $INSTDIR $0
-  CreateDirectory $0
-  System::Call 'advapi32::ConvertStringSecurityDescriptorToSecurityDescriptorW(w "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200A9;;;S-1-5-32-545)", i 1, *p .r0, p 0)'
-  ; nLength, padding, the descriptor, bInheritHandle, padding
-  System::Call '*(i 24, i 0, p r0, i 0, i 0) p .r1'
-  System::Call 'kernel32::CreateDirectoryW(w "$INSTDIR", p r1)'
-  System::Free $1
-  System::Call 'kernel32::LocalFree(p r0)'
-FunctionEnd
 
 ; The entry in the list of installed programs, by which this installation is found again.
 Function WriteProduct
@@ -252,6 +241,7 @@ Function PrepareRemoval
     !insertmacro Refuse ${EXIT_NOT_INSTALLED} "${PRODUCT} is not installed."
   ${EndIf}
   StrCpy $INSTDIR $0
+  Call RequireList
   !insertmacro UnselectSection ${SecBegin}
   !insertmacro UnselectSection ${SecLibrary}
   !insertmacro UnselectSection ${SecTools}
@@ -263,15 +253,22 @@ Function PrepareRemoval
   !insertmacro SelectSection ${SecRemove}
 FunctionEnd
 
-; What follows /D, blanks included, is the folder. The platform takes what no folder can have out of it.
+; What follows /D, blanks included, is the folder. The platform takes what no folder can have out of it,
+; and another folder if it can be none.
 Function CheckFolder
   System::Call 'kernel32::GetCommandLineW() w.r0'
   ClearErrors
   ${WordFind} $0 " /D=" "E+1}" $0
-  ${WordFind} $0 "/" "E+1" $1
-  ${IfNot} ${Errors}
+  ${If} ${Errors}
+    Return
+  ${EndIf}
+  StrCpy $1 $0 1 -1
+  ${If} $1 == "\"
+    StrCpy $0 $0 -1
+  ${EndIf}
+  ${If} $0 != $INSTDIR
     SetSilent silent
-    !insertmacro Refuse ${EXIT_COMMAND_LINE} "'$0' is no folder: /D is the last switch."
+    !insertmacro Refuse ${EXIT_COMMAND_LINE} "'$0' cannot be the folder: /D is the last switch, and takes a full path on a drive that is there."
   ${EndIf}
 FunctionEnd
 
@@ -335,7 +332,10 @@ Function ReadFeatures
         !insertmacro SelectSection ${SecPanel}
 !endif
       ${CaseElse}
-        !insertmacro Refuse ${EXIT_COMMAND_LINE} "There is no feature '$1': ${FEATURES}, all."
+        ; What is installed may have a feature that this setup lacks.
+        ${If} $wanted != ""
+          !insertmacro Refuse ${EXIT_COMMAND_LINE} "There is no feature '$1': ${FEATURES}, all."
+        ${EndIf}
     ${EndSelect}
   ${Loop}
 FunctionEnd
@@ -352,14 +352,16 @@ FunctionEnd
 
 ; Also after a failure of the unpacking itself, before anything was changed.
 Function .onInstFailed
-  SetErrorLevel ${EXIT_FAILED}
   ${If} $failure == ""
+    SetErrorLevel ${EXIT_FAILED}
     Push "Failed: a file cannot be unpacked, or there is no space. Nothing was changed."
     Call Log
     SetOutPath $TEMP
     FileClose $list
     RMDir /r $work
-    RMDir $INSTDIR
+    Call RemoveRoot
+  ${Else}
+    SetErrorLevel $code
   ${EndIf}
 FunctionEnd
 
@@ -401,7 +403,5 @@ Function un.onInit
   ${If} $settings != ""
     !insertmacro SelectSection ${SecSettings}
   ${EndIf}
-  ${IfNot} ${FileExists} "$INSTDIR\files.txt"
-    !insertmacro Refuse ${EXIT_FAILED} "$INSTDIR has no files.txt, which says what was installed: run the setup again, then remove."
-  ${EndIf}
+  Call un.RequireList
 FunctionEnd

@@ -164,7 +164,8 @@ std::string Registration() {
 void Installation::Clean() {
     std::error_code isAbsent;
     fs::remove_all(fs::path(cFolder).parent_path(), isAbsent);
-    fs::remove_all(L"C:\\ProgramData\\KORA4", isAbsent);
+    for (const wchar_t* folder : {L"C:\\ProgramData\\KORA4", L"C:\\Elsewhere", L"C:\\Moved"})
+        fs::remove_all(folder, isAbsent);
     RemoveKey(HKEY_LOCAL_MACHINE, cProduct);
     RemoveKey(HKEY_CLASSES_ROOT, GuidKey(L"CLSID\\", CLSID_VeltoKORA4APITestCoclass));
     RemoveKey(HKEY_CLASSES_ROOT, L"AppID\\QXA64T.DLL");

@@ -30,6 +30,7 @@ inline constexpr DWORD cFailed = 1603;
 inline constexpr DWORD cNotInstalled = 1605;
 inline constexpr DWORD cBusy = 1618;
 inline constexpr DWORD cNoLog = 1622;
+inline constexpr DWORD cHalfWay = 1627;
 inline constexpr DWORD cOtherProduct = 1638;
 inline constexpr DWORD cCommandLine = 1639;
 inline constexpr DWORD cRestart = 3010;
