@@ -69,9 +69,17 @@ action Register $run 4020 'NOT REMOVE="ALL"'
 # of which the package says a version, and then asks for no hash.
 queries+=("UPDATE File SET Version = '$version', Language = '1033' WHERE FileName = 'QXA64T.dll'"
   "DELETE FROM MsiFileHash WHERE File_ = '$(msiinfo export "$msi" File | awk -F'\t' '$3 == "QXA64T.dll" { print $1 }')'")
+# The registered library, if it is of a later version: one of which only the fourth number is higher, which
+# Windows Installer does not compare. A file (1), in the registry of 64-bit programs (16).
+queries+=("INSERT INTO AppSearch (Property, Signature_) VALUES ('NEWERLIBRARY', 'NewerLibrary')"
+  "INSERT INTO RegLocator (Signature_, Root, \`Key\`, Type) VALUES ('NewerLibrary', 2, 'SOFTWARE\\Classes\\CLSID\\$class\\InprocServer32', 17)"
+  "INSERT INTO Signature (Signature, FileName, MinVersion) VALUES ('NewerLibrary', 'QXA64T.dll', '${version%.*}.$((${version##*.} + 1))')")
 # The folder, as a value of this installation (51), after the folders are known.
 queries+=("INSERT INTO CustomAction (Action, Type, Source, Target) VALUES ('SetLocation', 51, 'ARPINSTALLLOCATION', '[INSTALLDIR]')"
   "INSERT INTO InstallExecuteSequence (Action, Sequence) VALUES ('SetLocation', 1010)")
+# What a client finds has to reach the service, which does not search again.
+secure=$(printf '%s\n' NEWERVERSION OLDERVERSION NEWERLIBRARY REMOVESETTINGS \
+  "$(msiinfo export "$msi" AppSearch | tail -n +4 | cut -f1)" | sort -u | paste -sd ';')
 # Both ends of the range of versions belong to it (256 + 512), which the compiler does not write, and
 # its features stay (1).
 msibuild "$msi" -q "${queries[@]}" \
@@ -79,5 +87,5 @@ msibuild "$msi" -q "${queries[@]}" \
   "DELETE FROM Upgrade WHERE ActionProperty = 'OLDERVERSION'" \
   "INSERT INTO Upgrade (UpgradeCode, VersionMin, VersionMax, Attributes, ActionProperty)
    VALUES ('$upgrade_code', '0.0.0', '$version', 769, 'OLDERVERSION')" \
-  "UPDATE Property SET Value = 'INSTALLDIR;NEWERVERSION;OLDERVERSION;REMOVESETTINGS' WHERE Property = 'SecureCustomProperties'"
+  "UPDATE Property SET Value = '$secure' WHERE Property = 'SecureCustomProperties'"
 sign "$msi"

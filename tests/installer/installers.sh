@@ -49,11 +49,17 @@ contents() {
 }
 
 # What the package says to Windows Installer, where that of Wine does not listen: nobody restarts the
-# machine, and an upgrade takes the features over (1).
+# machine, an upgrade takes the features over (1), and what the conditions of the start ask for reaches the
+# service, which does not search for it.
 tables_say() {
   grep -q $'^REBOOT\tReallySuppress' "$1/Property.txt" || fail "an unattended upgrade could restart the machine"
   awk -F'\t' '$7 ~ /^OLDERVERSION/ { found = $5 % 2 } END { exit !found }' "$1/Upgrade.txt" ||
     fail "an upgrade would choose the features anew"
+  local property secure
+  secure=$(sed -n 's/^SecureCustomProperties\t\([^\r]*\).*/\1/p' "$1/Property.txt")
+  for property in REMOVESETTINGS $(tail -n +4 "$1/AppSearch.txt" | cut -f1) $(tail -n +4 "$1/Upgrade.txt" | tr -d '\r' | cut -f7); do
+    [[ ";$secure;" == *";$property;"* ]] || fail "the service does not get $property"
+  done
   grep -qF "$(sed -n 's/^UpgradeCode\t\([^\r]*\).*/\1/p' "$1/Property.txt")" "$root/docs/deployment.md" ||
     fail "docs/deployment.md has another upgrade code"
 }
@@ -128,6 +134,8 @@ start() {
 run() {
   start
   unset WINEPREFIX
+  # The batch file that the document gives.
+  sed -n '/^set TMP=/,/^```/{/^```/d; s/VERSION/'"$version"'/; s/$/\r/; p}' "$root/docs/deployment.md" >"$work/out/deploy.cmd"
   KORA4_INSTALLERS="Z:${work//\//\\}\\out" \
     "$root/scripts/wine-pool.sh" run "$build/installer-pool" "$@"
 }

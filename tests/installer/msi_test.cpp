@@ -142,6 +142,34 @@ TEST_F(Packages, LeaveAFeatureOut) {
     Ctl(L"register --check");
 }
 
+TEST_F(Packages, RefuseAVersionWhoseFourthNumberIsLower) {
+    EXPECT_EQ(cInstalled, RunMsi(L"/i " + Package(cNew)).code);
+    const Files files = FilesOf();
+    const Outcome run = RunMsi(L"/i " + Package(cOld));
+    EXPECT_EQ(cFailed, run.code) << run;
+    EXPECT_TRUE(files == FilesOf());
+    EXPECT_EQ(std::vector<std::string>{"DisplayVersion REG_SZ 7.2.7000.4"}, ListedVersions());
+    Ctl(L"register --check");
+}
+
+TEST_F(Packages, RemoveADamagedLibraryAndLeaveAnother) {
+    EXPECT_EQ(cInstalled, RunMsi(L"/i " + Package(cNew)).code);
+    fs::resize_file(cLibrary, 4096);
+    Outcome run = RunMsi(L"/x " + Package(cNew));
+    EXPECT_EQ(cInstalled, run.code) << run;
+    EXPECT_EQ("", Registration());
+
+    EXPECT_EQ(cInstalled, RunMsi(L"/i " + Package(cNew)).code);
+    const RegisteredLibrary other;
+    const std::string registration = Registration();
+    const std::string store = StoreSnapshot();
+    run = RunMsi(L"/x " + Package(cNew) + L" REMOVESETTINGS=1");
+    EXPECT_EQ(cInstalled, run.code) << run;
+    EXPECT_EQ(registration, Registration());
+    EXPECT_EQ(store, StoreSnapshot());
+    EXPECT_TRUE(FilesOf().empty());
+}
+
 // Windows refuses with 1605 before anything runs; Wine goes through the package.
 TEST_F(Packages, LeaveAnotherVersionAlone) {
     EXPECT_EQ(cInstalled, RunMsi(L"/i " + Package(cNew)).code);
