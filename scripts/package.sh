@@ -21,6 +21,8 @@ fi
 export SOURCE_DATE_EPOCH
 
 build release all kora4_selftest_kit
+# Nothing of an older version.
+rm -rf "$root/build/package"
 say "packing in build/package"
 cpack --config "$root/build/release/CPackConfig.cmake" -B "$root/build/package" \
   >"$root/build/package.log" 2>&1 || {
@@ -30,7 +32,6 @@ cpack --config "$root/build/release/CPackConfig.cmake" -B "$root/build/package" 
 cp "$root/build/release/selftest/kora4-selftest.zip" "$root/build/package/"
 say "making the installers"
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$root/build/release/CMakeCache.txt")
-rm -rf "$root/build/package/tree"
 cmake --install "$root/build/release" --prefix "$root/build/package/tree" >>"$root/build/package.log"
 "$root/installer/make.sh" "$root" "$root/build/package/tree" "$version" "$root/build/package"
 cd "$root/build/package"
