@@ -89,6 +89,21 @@ TEST_F(PanelBack, TakesBackWhatComparingOverwroteInAnotherProfile) {
     EXPECT_TRUE(ActiveBecomes(KORA4_PROFILE_MUSIC));
 }
 
+TEST_F(PanelBack, StaysInTheStateInUseWhenTheOtherOneIsRefused) {
+    ASSERT_TRUE(Others().SetVolumeLeveler(3));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Compare(L"this state is kept", cB);
+    MoveLeveler(VK_RIGHT, 4);
+    RemoveKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velto\\KORA4\\StaticKeys");
+    Compare(L"Compare: the store refused", cB);
+    ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
+    Panel().TabTo(eBannerButton);
+    Press(VK_SPACE);
+    EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == cA; }));
+    m_api = Api::Open();
+    EXPECT_TRUE(LevelerBecomes(3));
+}
+
 TEST_F(PanelBack, ComparesAnewWhenTheProfileOfTheOtherStateIsDeleted) {
     ASSERT_TRUE(Others().SetVolumeLeveler(3));
     ASSERT_NO_FATAL_FAILURE(Start());
