@@ -2,6 +2,7 @@
 // What docs/security.md says of access lists and of what other users can do to a client: which
 // rights the library needs, what the list of registering grants besides, keys that disappear.
 #include <aclapi.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sddl.h>
 #include <windows.h>
@@ -151,6 +152,17 @@ TEST(HostProcess, IsGivenNoProgramsAndNoConnections) {
         for (const char* unwanted : {"CreateProcess", "ShellExecute", "WinExec", "WS2_32",
                                      "WINHTTP", "WININET", "ws2_32", "winhttp", "wininet"})
             EXPECT_EQ(std::string::npos, name.find(unwanted)) << name;
+    }
+}
+
+TEST(HostProcess, IsGivenLibrariesOfTheSystemOnly) {
+    const LoadedLibrary library;
+    for (const std::string& name : Imports(library.Module())) {
+        if (!name.ends_with(".dll"))
+            continue;
+        EXPECT_THAT(name,
+                    testing::AnyOf("ADVAPI32.dll", "KERNEL32.dll", "OLEAUT32.dll", "RPCRT4.dll",
+                                   "USER32.dll", "msvcrt.dll", "ole32.dll"));
     }
 }
 
