@@ -70,10 +70,11 @@ action Register $run 4020 'NOT REMOVE="ALL"'
 queries+=("UPDATE File SET Version = '$version', Language = '1033' WHERE FileName = 'QXA64T.dll'"
   "DELETE FROM MsiFileHash WHERE File_ = '$(msiinfo export "$msi" File | awk -F'\t' '$3 == "QXA64T.dll" { print $1 }')'")
 # The registered library, if it is of a later version: one of which only the fourth number is higher, which
-# Windows Installer does not compare. A file (1), in the registry of 64-bit programs (16).
+# Windows Installer does not compare. A file (1), in the registry of 64-bit programs (16). Of the very version
+# it is found in its own language only.
 queries+=("INSERT INTO AppSearch (Property, Signature_) VALUES ('NEWERLIBRARY', 'NewerLibrary')"
   "INSERT INTO RegLocator (Signature_, Root, \`Key\`, Type) VALUES ('NewerLibrary', 2, 'SOFTWARE\\Classes\\CLSID\\$class\\InprocServer32', 17)"
-  "INSERT INTO Signature (Signature, FileName, MinVersion) VALUES ('NewerLibrary', 'QXA64T.dll', '${version%.*}.$((${version##*.} + 1))')")
+  "INSERT INTO Signature (Signature, FileName, MinVersion, Languages) VALUES ('NewerLibrary', 'QXA64T.dll', '${version%.*}.$((${version##*.} + 1))', '1033')")
 # The folder, as a value of this installation (51), after the folders are known.
 queries+=("INSERT INTO CustomAction (Action, Type, Source, Target) VALUES ('SetLocation', 51, 'ARPINSTALLLOCATION', '[INSTALLDIR]')"
   "INSERT INTO InstallExecuteSequence (Action, Sequence) VALUES ('SetLocation', 1010)")

@@ -35,6 +35,7 @@
 !define GENERIC_WRITE 0x40000000
 !define CREATE_ALWAYS 2
 !define INVALID_HANDLE_VALUE -1
+!define ERROR_SHARING_VIOLATION 32
 !define INVALID_FILE_ATTRIBUTES -1
 !define ERROR_FILE_NOT_FOUND 2
 !define HKEY_LOCAL_MACHINE 0x80000002
@@ -67,6 +68,16 @@ Var to
 !else
   Call ${name}
 !endif
+!macroend
+
+; The folders of this run and of those that were killed.
+!macro RemoveWorkFolders flags
+  FindFirst $0 $1 "$INSTDIR\.setup-*"
+  ${DoWhile} $1 != ""
+    RMDir /r ${flags} "$INSTDIR\$1"
+    FindNext $0 $1
+  ${Loop}
+  FindClose $0
 !macroend
 
 ; Ends, before anything is changed, with a reason in one sentence.
@@ -171,15 +182,19 @@ Function ${un}CheckMachine
   ${If} $0 != "Admin"
     !insertmacro Refuse ${EXIT_NOT_ADMIN} "KORA4 ASL is installed and removed by administrators: start this program as an administrator."
   ${EndIf}
+  ; A mutex could be held by any user. Before the log, which the other one may hold.
+  CreateDirectory "$WINDIR\Logs\KORA4"
+  System::Call 'kernel32::CreateFileW(w "$WINDIR\Logs\KORA4\setup.lock", i ${GENERIC_WRITE}, i 0, p 0, i ${CREATE_ALWAYS}, i ${FILE_FLAG_DELETE_ON_CLOSE}, p 0) p.r0 ?e'
+  Pop $1
+  ${If} $0 = ${INVALID_HANDLE_VALUE}
+    ${If} $1 = ${ERROR_SHARING_VIOLATION}
+      !insertmacro Refuse ${EXIT_BUSY} "KORA4 ASL is being installed or removed by another program, which holds $WINDIR\Logs\KORA4\setup.lock: wait for its end."
+    ${EndIf}
+    !insertmacro Refuse ${EXIT_LOG} "$WINDIR\Logs\KORA4\setup.lock cannot be written (error $1)."
+  ${EndIf}
   Call ${un}OpenLog
   ${If} $unknown != ""
     !insertmacro Refuse ${EXIT_COMMAND_LINE} "There is no switch '$unknown': /S, /FEATURES=, /LOG=, /UNINSTALL, /REMOVESETTINGS, and last /D=."
-  ${EndIf}
-  ; A mutex could be held by any user.
-  CreateDirectory "$WINDIR\Logs\KORA4"
-  System::Call 'kernel32::CreateFileW(w "$WINDIR\Logs\KORA4\setup.lock", i ${GENERIC_WRITE}, i 0, p 0, i ${CREATE_ALWAYS}, i ${FILE_FLAG_DELETE_ON_CLOSE}, p 0) p.r0'
-  ${If} $0 = ${INVALID_HANDLE_VALUE}
-    !insertmacro Refuse ${EXIT_BUSY} "KORA4 ASL is being installed or removed by another program, which holds $WINDIR\Logs\KORA4\setup.lock: wait for its end."
   ${EndIf}
 FunctionEnd
 
@@ -444,13 +459,8 @@ Function ${un}Commit
   StrCpy $list "$work\before.txt"
   Call ${un}RemoveEmptyFolders
   RMDir /r /REBOOTOK $work
-  ; Of runs that were killed. What is in use there waits for the restart already, or for the next run.
-  FindFirst $0 $1 "$INSTDIR\.setup-*"
-  ${DoWhile} $1 != ""
-    RMDir /r "$INSTDIR\$1"
-    FindNext $0 $1
-  ${Loop}
-  FindClose $0
+  ; What is in use there waits for the restart already, or for the next run.
+  !insertmacro RemoveWorkFolders ""
   ClearErrors
 FunctionEnd
 
@@ -479,6 +489,8 @@ Function ${un}RemoveProduct
   Call ${un}Commit
   SetErrorLevel 0
   ${If} ${FileExists} "$INSTDIR\.setup-*"
+    ; There is no next run.
+    !insertmacro RemoveWorkFolders /REBOOTOK
     SetRebootFlag true
   ${EndIf}
   ${If} ${RebootFlag}

@@ -77,11 +77,11 @@ DWORD RunProcess(const std::wstring& commandLine, HANDLE out, HANDLE token) {
     return code;
 }
 
+}  // namespace
+
 fs::path LogPath() {
     return fs::absolute(L"setup.log");
 }
-
-}  // namespace
 
 std::ostream& operator<<(std::ostream& stream, const Outcome& run) {
     return stream << "exit code " << run.code << ", log:\n" << run.log;

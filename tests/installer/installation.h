@@ -49,7 +49,8 @@ Outcome RunToEnd(const std::wstring& commandLine, const std::filesystem::path& l
                  HANDLE token = nullptr);
 
 std::filesystem::path Installer(const std::wstring& name);
-// The setup of a version, and its removal, silently.
+// The setup of a version, and its removal, silently; and their log.
+std::filesystem::path LogPath();
 Outcome RunSetup(const std::wstring& version, const std::wstring& arguments = {},
                  HANDLE token = nullptr);
 Outcome RunRemoval(const std::wstring& arguments = {});

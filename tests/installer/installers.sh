@@ -60,6 +60,9 @@ tables_say() {
   for property in REMOVESETTINGS $(tail -n +4 "$1/AppSearch.txt" | cut -f1) $(tail -n +4 "$1/Upgrade.txt" | tr -d '\r' | cut -f7); do
     [[ ";$secure;" == *";$property;"* ]] || fail "the service does not get $property"
   done
+  # Wine finds the library in any language.
+  awk -F'\t' '{ sub(/\r$/, "") } $2 == "QXA64T.dll" { found = $9 == "1033" } END { exit !found }' "$1/Signature.txt" ||
+    fail "the next version of the library would not be found"
   grep -qF "$(sed -n 's/^UpgradeCode\t\([^\r]*\).*/\1/p' "$1/Property.txt")" "$root/docs/deployment.md" ||
     fail "docs/deployment.md has another upgrade code"
 }

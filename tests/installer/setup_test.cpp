@@ -281,8 +281,14 @@ TEST_F(Setups, FinishWhatAKilledRunHasLeft) {
     EXPECT_EQ(cInstalled, run.code) << run;
     EXPECT_TRUE(installed == FilesOf());
     EXPECT_FALSE(fs::exists(left));
+    // What is still in use has no next run.
     fs::create_directories(left / L"old");
-    EXPECT_EQ(cInstalled, RunRemoval().code);
+    fs::copy_file(cLibrary, left / L"old\\QXA64T.dll");
+    const HMODULE used = LoadLibraryW((left / L"old\\QXA64T.dll").c_str());
+    EXPECT_NE(nullptr, used);
+    EXPECT_EQ(cRestart, RunRemoval().code);
+    FreeLibrary(used);
+    RunToEnd(L"wineboot.exe -r", L"none");
     EXPECT_FALSE(fs::exists(cFolder));
 }
 
@@ -440,6 +446,10 @@ TEST_F(Setups, RefuseAnOldWindowsUsersAndASecondSetup) {
         const UniqueHandle other(CreateFileW(lock.c_str(), GENERIC_WRITE, 0, nullptr,
                                              CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE,
                                              nullptr));
+        // Which writes the same log.
+        const UniqueHandle log(CreateFileW(LogPath().c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                           nullptr, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE,
+                                           nullptr));
         EXPECT_EQ(cBusy, RunSetup(cNew).code);
     }
     EXPECT_FALSE(fs::exists(lock));

@@ -371,10 +371,10 @@ TEST_F(CtlRegister, SaysWhichBackupsStayBecauseTheyAreOpen) {
     Done({"reset", "--all"});
     const std::filesystem::path folder = tools::Widen(tools::DataFolder());
     ASSERT_FALSE(std::filesystem::is_empty(folder));
-    {
+    for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
         const UniqueHandle open(
             CreateFileW(std::filesystem::directory_iterator(folder)->path().c_str(),
-                        GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+                        GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
         const ToolResult result = RunCtl({"unregister", "--settings"});
         EXPECT_EQ(cDone, result.exitCode) << result;
         EXPECT_TRUE(Has(result.err, "holds files that are open in another program")) << result;
@@ -434,6 +434,27 @@ TEST_F(CtlRegister, UnregistersOnlyOneLibraryOfTheMachineWhenToldSo) {
     EXPECT_EQ(cDone, own.exitCode) << own;
     EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" + ClassKey()));
     EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, L"Software\\Classes\\" + ServerKey()));
+}
+
+TEST_F(CtlRegister, KnowsALibraryByTheShortNameOfItsFolderAndInAnyCase) {
+    const std::filesystem::path folder =
+        std::filesystem::absolute(L"T\u00F6ne in a long folder");
+    std::filesystem::create_directory(folder);
+    std::filesystem::copy_file(LibraryPath(), folder / L"QXA64T.dll",
+                               std::filesystem::copy_options::overwrite_existing);
+    wchar_t brief[MAX_PATH];
+    ASSERT_NE(0u, GetShortPathNameW(folder.c_str(), brief, MAX_PATH));
+    std::wstring capitals = folder.wstring();
+    capitals.replace(capitals.find(L'\u00F6'), 1, L"\u00D6");
+    for (const std::wstring& name : {std::wstring(brief), capitals}) {
+        Done({"register", tools::Narrow((folder / L"QXA64T.dll").wstring())});
+        const ToolResult result =
+            RunCtl({"unregister", "--only", tools::Narrow(name + L"\\QXA64T.dll")});
+        EXPECT_EQ(cDone, result.exitCode) << result;
+        EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" + ClassKey()))
+            << result;
+    }
+    std::filesystem::remove_all(folder);
 }
 
 TEST_F(CtlRegister, TellsTheRegistrationsOfMachineAndUserApart) {

@@ -127,10 +127,20 @@ std::string FullPath(const std::string& path) {
 bool IsSamePath(const std::string& one, const std::string& other) {
     const auto canonical = [](const std::string& path) {
         std::error_code error;
-        const auto whole = std::filesystem::weakly_canonical(Widen(path), error);
-        return Lower(error ? path : Narrow(whole.wstring()));
+        std::filesystem::path whole = std::filesystem::weakly_canonical(Widen(path), error);
+        if (error)
+            whole = Widen(path);
+        // Of the folder: the file may be gone by now.
+        std::wstring folder(32768, L'\0');
+        const DWORD length = GetLongPathNameW(whole.parent_path().c_str(), folder.data(),
+                                              static_cast<DWORD>(folder.size()));
+        if (length == 0 || length >= folder.size())
+            return whole.wstring();
+        folder.resize(length);
+        return (folder / whole.filename()).wstring();
     };
-    return canonical(one) == canonical(other);
+    return CompareStringOrdinal(canonical(one).c_str(), -1, canonical(other).c_str(), -1,
+                                TRUE) == CSTR_EQUAL;
 }
 
 std::string ServedClass() {

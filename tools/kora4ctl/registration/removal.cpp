@@ -65,7 +65,11 @@ bool RemoveSettings() {
                            Denied(status));
     const GuardedFolder folder(DataFolder());
     for (const std::string& name : folder.Names(""))
-        folder.Remove(name);
+        try {
+            folder.Remove(name);
+        } catch (const Failure&) {
+            // Another program has it open, or the folder is not empty for that reason.
+        }
     return RemoveDirectoryW(Widen(DataFolder()).c_str()) ||
            GetLastError() != ERROR_DIR_NOT_EMPTY;
 }
