@@ -99,13 +99,21 @@ History::Undo History::TakeBack(Origin origin, const Settings& now) {
         std::move(m_changes[static_cast<std::size_t>(newest - m_changes.begin())]);
     m_changes.erase(newest);
     Undo undo{Verdict::eItems, {}};
+    bool isAllBack = true;
     for (std::size_t i = 0; i < change.after.size(); ++i) {
         const Item& after = change.after[i];
-        if (Get(now, after.subject, after.index) != after)
+        const Item present = Get(now, after.subject, after.index);
+        // An attempt that was refused halfway has brought this one back.
+        if (present == change.before[i])
+            continue;
+        isAllBack = false;
+        if (present != after)
             return {Verdict::eOvertaken, {}};
         if (CanBeTakenBack(change.before[i], after, now))
             undo.items.push_back(change.before[i]);
     }
+    if (isAllBack)
+        return {Verdict::eOvertaken, {}};
     // Of several values that came at once those are taken back that can be.
     return undo.items.empty() ? Undo{Verdict::eImpossible, {}} : undo;
 }

@@ -27,6 +27,19 @@ const ACCEL cAccelerators[] = {
     {FVIRTKEY | FCONTROL, 'S', eExportButton},
 };
 
+// Of a key that is held.
+bool IsRepeat(const MSG& message) {
+    switch (message.message) {
+        case WM_KEYDOWN:
+        case WM_SYSKEYDOWN:
+        case WM_CHAR:
+        case WM_SYSCHAR:
+            return (HIWORD(message.lParam) & KF_REPEAT) != 0;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 MainWindow::MainWindow(const PanelOptions& options)
@@ -84,8 +97,7 @@ int MainWindow::Run(int show) {
         // A field takes back its own typing.
         const HWND field = Control(eGainField);
         const bool isTyping = GetFocus() == field && SendMessageW(field, EM_GETMODIFY, 0, 0);
-        m_isKeyHeld =
-            message.message == WM_KEYDOWN && (HIWORD(message.lParam) & KF_REPEAT) != 0;
+        m_isKeyHeld = IsRepeat(message);
         if (!(isTyping && message.wParam == 'Z') &&
             TranslateAcceleratorW(m_window, accelerators, &message))
             continue;
@@ -129,10 +141,6 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
                 ShowAll();
             return 0;
         case WM_COMMAND:
-            // A key that is held asks again when it has its answer: else what it asks for would
-            // go on long after it was let go.
-            if (lParam == 0 && HIWORD(wParam) == 1 && m_isKeyHeld && m_pending)
-                return 0;
             OnCommand(LOWORD(wParam), HIWORD(wParam));
             return 0;
         case WM_HSCROLL:

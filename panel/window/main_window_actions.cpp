@@ -96,13 +96,18 @@ void MainWindow::OnCommand(int id, int event) {
         case eMoreButton:
             return ShowMoreMenu();
         case eBannerButton:
-            return PressBanner();
+            // Once, however long the key is held: whether it helps shows only later.
+            return m_isKeyHeld ? void() : PressBanner();
         default:
             return OnButton(id);
     }
 }
 
 void MainWindow::OnButton(int id) {
+    // A key that is held asks again when it has its answer: else what it asks for would go on
+    // long after it was let go.
+    if (m_isKeyHeld && m_pending)
+        return;
     switch (id) {
         case eNewButton:
             return NewProfile();
@@ -309,21 +314,46 @@ void MainWindow::TransferFile(bool isImport) {
 
 // ---- Undo, compare, demo ----------------------------------------------------------------
 
+namespace {
+
+// Whether a refused command, when it is done again, is what its user wanted.
+bool MeansTheSame(const Command& refused, bool isLast) {
+    switch (refused.action) {
+        case Action::eUndo:
+            // The newest change may be another one by now; this one is still in its list.
+            return false;
+        case Action::eLeaveDemo:
+            // Done anyway while there is a demo.
+            return false;
+        case Action::eCompare:
+            // What was wanted after it was meant for the state in use.
+            return isLast;
+        default:
+            return true;
+    }
+}
+
+}  // namespace
+
 void MainWindow::UndoLast(Origin origin) {
     Command command = Make(Action::eUndo);
     command.origin = origin;
     Ask(std::move(command));
 }
 
-// Leaves the demo, or tries again what did not work.
+// Leaves the demo, and tries again what did not work.
 void MainWindow::PressBanner() {
     const bool isDemo = IsConnected() && IsDemo(m_session.Stored().profile);
-    if (!m_refused.empty() || !isDemo)
+    // What is refused once more comes back with its answer.
+    std::vector<Command> refused = std::exchange(m_refused, {});
+    if (!refused.empty() || !isDemo)
         Ask(Make(Action::eTryAgain));
     if (isDemo)
-        return Ask(Make(Action::eLeaveDemo));
-    for (const Command& refused : m_refused)
-        Ask(refused);
+        Ask(Make(Action::eLeaveDemo));
+    for (Command& command : refused)
+        if (MeansTheSame(command, &command == &refused.back()))
+            Ask(std::move(command));
+    ShowAll();
 }
 
 // ---- The menu ---------------------------------------------------------------------------

@@ -43,8 +43,11 @@ struct Command {
 
 // Whether there is nothing left of the earlier one when the later one is done.
 inline bool Covers(const Command& later, const Command& earlier) {
-    return later.action == earlier.action && later.profile == earlier.profile &&
-           later.text == earlier.text && later.origin == earlier.origin &&
+    // There are only two states, whatever profile was active.
+    const bool isSamePlace =
+        later.profile == earlier.profile || later.action == Action::eCompare;
+    return later.action == earlier.action && isSamePlace && later.text == earlier.text &&
+           later.origin == earlier.origin &&
            std::all_of(earlier.items.begin(), earlier.items.end(), [&](const Item& item) {
                return std::any_of(later.items.begin(), later.items.end(),
                                   [&](const Item& other) { return other.IsAboutSame(item); });

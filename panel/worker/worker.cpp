@@ -246,14 +246,26 @@ class Loop {
     }
 
     // The profile first: what is set in it then is a change of its own, because only when it is
-    // active is it known what that overwrites.
+    // active is it known what that overwrites. What is refused halfway is taken back as far as
+    // it can be: the state in use is still the one that was to be left.
     HRESULT GoTo(const Settings& state) {
-        if (state.profile != m_link->Current().profile) {
+        const long left = m_link->Current().profile;
+        const bool isOther = state.profile != left;
+        if (isOther)
             if (const HRESULT code = m_link->Set(Use(state.profile)); code != S_OK)
                 return code;
-            m_timeline.Became(m_link->Current(), Origin::eOwn, 0, GetTickCount64());
+        const Settings there = m_link->Current();
+        const HRESULT code = Set(Steps(there, state), state.profile);
+        if (FAILED(code)) {
+            Items back = Steps(m_link->Current(), there);
+            if (isOther)
+                back.push_back(Use(left));
+            if (Set(back, there.profile) == S_OK)
+                return code;
         }
-        return Set(Steps(m_link->Current(), state), state.profile);
+        if (isOther)
+            m_timeline.Became(there, Origin::eOwn, 0, GetTickCount64());
+        return code;
     }
 
     HRESULT Revert(const Command& command) {

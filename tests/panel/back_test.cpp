@@ -30,6 +30,18 @@ class PanelBack : public PanelTest {
         Press(key);
         EXPECT_TRUE(ActiveBecomes(profile));
     }
+    void RefuseValues() {
+        RemoveKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velto\\KORA4\\StaticKeys");
+    }
+    void TryAgain() {
+        EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerButton); }));
+        ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
+        Panel().TabTo(eBannerButton);
+        Press(VK_SPACE);
+        EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText); }));
+        m_api = Api::Open();
+        ASSERT_TRUE(m_api);
+    }
     void MakeProfile() {
         Press('N', {VK_CONTROL});
         ASSERT_NE(nullptr, Panel().Dialog());
@@ -94,14 +106,49 @@ TEST_F(PanelBack, StaysInTheStateInUseWhenTheOtherOneIsRefused) {
     ASSERT_NO_FATAL_FAILURE(Start());
     Compare(L"this state is kept", cB);
     MoveLeveler(VK_RIGHT, 4);
-    RemoveKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velto\\KORA4\\StaticKeys");
+    RefuseValues();
     Compare(L"Compare: the store refused", cB);
-    ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
-    Panel().TabTo(eBannerButton);
-    Press(VK_SPACE);
+    ASSERT_NO_FATAL_FAILURE(TryAgain());
     EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == cA; }));
-    m_api = Api::Open();
     EXPECT_TRUE(LevelerBecomes(3));
+}
+
+TEST_F(PanelBack, StaysInTheProfileInUseWhenTheOtherStateIsRefused) {
+    ASSERT_TRUE(Others().SetVolumeLeveler(3));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    Compare(L"this state is kept", cB);
+    MoveLeveler(VK_RIGHT, 4);
+    Choose(VK_DOWN, KORA4_PROFILE_MUSIC);
+    RefuseValues();
+    Compare(L"Compare: the store refused", cB);
+    EXPECT_EQ(KORA4_PROFILE_MUSIC, *Others().GetActiveProfile());
+    EXPECT_EQ(L"Music", Panel().Chosen(eProfileList));
+    ASSERT_NO_FATAL_FAILURE(TryAgain());
+    EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == cA; }));
+    EXPECT_EQ(KORA4_PROFILE_MOVIE, *Others().GetActiveProfile());
+    EXPECT_TRUE(LevelerBecomes(3));
+    Compare(L"Compare: done.", cB);
+    EXPECT_EQ(KORA4_PROFILE_MUSIC, *Others().GetActiveProfile());
+}
+
+TEST_F(PanelBack, TakesNothingElseBackWhenItTriesAgain) {
+    ASSERT_TRUE(Others().SetVolumeLeveler(3));
+    ASSERT_NO_FATAL_FAILURE(Start());
+    // Without the key, values are those at first: the change is still the last word.
+    Panel().Click(eRevertButton);
+    EXPECT_TRUE(Panel().StatusBecomes(L"Factory values: done."));
+    RefuseValues();
+    Press('Z', {VK_CONTROL});
+    EXPECT_TRUE(Panel().StatusBecomes(L"Undo: the store refused"));
+    const bool isEnabled = !*Others().GetVeltoEnable();
+    Panel().Click(eEnableBox);
+    EXPECT_TRUE(Panel().StatusBecomes(L"Audio processing: done."));
+    EXPECT_EQ(isEnabled, *Others().GetVeltoEnable());
+    ASSERT_NO_FATAL_FAILURE(TryAgain());
+    // Whatever was asked before this is done by then.
+    Panel().Click(IdFor(eSwitchBox, eVirtualizerHP));
+    EXPECT_TRUE(Panel().StatusBecomes(L"Headphone virtualizer: done."));
+    EXPECT_EQ(isEnabled, *Others().GetVeltoEnable());
 }
 
 TEST_F(PanelBack, ComparesAnewWhenTheProfileOfTheOtherStateIsDeleted) {

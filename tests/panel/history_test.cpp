@@ -69,6 +69,23 @@ TEST_F(HistoryTest, DoesNotUndoWhatSomebodyHasChangedAgain) {
     EXPECT_EQ(Verdict::eNothing, m_history.TakeBack(Origin::eOwn, m_now).verdict);
 }
 
+TEST_F(HistoryTest, TakesBackTheRestOfWhatWasRefusedHalfway) {
+    Change(Origin::eOwn, [](Settings& now) {
+        now.isEnabled = true;
+        now.values[cLeveler] = 3;
+    });
+    m_now.isEnabled = false;
+    const History::Undo undo = m_history.TakeBack(Origin::eOwn, m_now);
+    ASSERT_EQ(Verdict::eItems, undo.verdict);
+    EXPECT_EQ(Items{Get({}, Subject::eValue, cLeveler)}, undo.items);
+}
+
+TEST_F(HistoryTest, TakesNothingBackThatIsBackAlready) {
+    SetLeveler(Origin::eOwn, 3);
+    SetLeveler(Origin::eForeign, 0);
+    EXPECT_EQ(Verdict::eOvertaken, m_history.TakeBack(Origin::eOwn, m_now).verdict);
+}
+
 TEST_F(HistoryTest, CountsADragAsOneChangeAndABurstOfOthersToo) {
     for (int i = 1; i <= 9; ++i)
         SetLeveler(Origin::eOwn, i, 4, 10);

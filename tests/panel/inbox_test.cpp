@@ -69,5 +69,16 @@ TEST_F(PanelInbox, DoesEachStepThatWasAskedFor) {
         EXPECT_EQ(number, Next());
 }
 
+TEST(PanelCommand, CoversOneOfTheSameProfileAndAComparisonOfAny) {
+    Command compare;
+    compare.action = Action::eCompare;
+    Command other = compare;
+    other.profile = KORA4_PROFILE_MUSIC;
+    EXPECT_TRUE(Covers(other, compare));
+    compare.action = other.action = Action::eRevert;
+    EXPECT_FALSE(Covers(other, compare));
+    EXPECT_TRUE(Covers(compare, compare));
+}
+
 }  // namespace
 }  // namespace kora4::test

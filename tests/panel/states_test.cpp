@@ -158,7 +158,28 @@ TEST_F(PanelTest, DoesAllAgainThatWasRefused) {
     EXPECT_FALSE(Panel().IsVisible(eBannerText)) << "nothing is left to be done again";
 }
 
+TEST_F(PanelTest, DoesAgainOnceHoweverOftenItIsTold) {
+    ASSERT_NO_FATAL_FAILURE(Start());
+    RawStore::DeleteKeys();
+    Press('N', {VK_CONTROL});
+    ASSERT_NE(nullptr, Panel().Dialog());
+    Press(VK_RETURN);
+    EXPECT_TRUE(Panel().ForegroundBecomes(Panel().Window()));
+    EXPECT_TRUE(Becomes([&] { return Panel().IsVisible(eBannerButton); }));
+    ASSERT_EQ(S_OK, m_registered.Library().RegisterServer());
+    Panel().Click(eBannerButton);
+    Panel().Click(eBannerButton);
+    // Whatever was asked before this is done by then.
+    Panel().Click(eEnableBox);
+    EXPECT_TRUE(Panel().StatusBecomes(L"Audio processing: done."));
+    m_api = Api::Open();
+    const auto table = *Others().GetProfileTable();
+    EXPECT_TRUE(table[KORA4_PROFILE_P1]);
+    EXPECT_FALSE(table[KORA4_PROFILE_P2]);
+}
+
 TEST_F(PanelTest, KeepsTheWayOutOfADemoWhenTheStoreRefuses) {
+    ASSERT_TRUE(Others().SetHeadphoneVirtualizer(2));
     ASSERT_NO_FATAL_FAILURE(Start());
     // Values cannot be set any more; which profile is active still can.
     RemoveKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velto\\KORA4\\StaticKeys");
@@ -178,6 +199,10 @@ TEST_F(PanelTest, KeepsTheWayOutOfADemoWhenTheStoreRefuses) {
     Press(VK_SPACE);
     EXPECT_TRUE(Becomes([&] { return !Panel().IsVisible(eBannerText) && Panel().IsReady(); }));
     EXPECT_EQ(KORA4_PROFILE_MOVIE, *Others().GetActiveProfile());
+    EXPECT_TRUE(Becomes([&] {
+        const Result<Api> anew = Api::Open();
+        return anew && *anew->GetHeadphoneVirtualizer() == 1.9f;
+    })) << "what was refused is done again";
 }
 
 // ---- One panel, and its icon ------------------------------------------------------------

@@ -96,21 +96,36 @@ TEST_F(PanelWaiting, DoesNotAskAgainForAKeyThatIsHeld) {
     EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == L"&Compare: B"; }));
     Press(VK_RIGHT);
     EXPECT_TRUE(LevelerBecomes(3));
-    {
-        const RawTransaction hold;
-        Press(VK_F9);
-        EXPECT_TRUE(Panel().StatusBecomes(L"Compare: waiting"));
-        constexpr LPARAM cRepeat = LPARAM{KF_REPEAT} << 16;
-        for (int i = 0; i < 3; ++i)
-            PostMessageW(Panel().Control(cLeveler), WM_KEYDOWN, VK_F9, cRepeat);
-        // A key that comes after them.
-        Press(VK_HOME);
-        EXPECT_TRUE(ShowsLeveler(L"0 \u2026"));
+    constexpr LPARAM cRepeat = LPARAM{KF_REPEAT} << 16;
+    constexpr LPARAM cRepeatWithAlt = LPARAM{KF_REPEAT | KF_ALTDOWN} << 16;
+    struct {
+        UINT message;
+        WPARAM key;
+        LPARAM state;
+        const wchar_t* becomes;
+        KORA4APITechnology last;
+        const wchar_t* done;
+    } const held[] = {{WM_KEYDOWN, VK_F9, cRepeat, L"&Compare: A", eDialogEnhancer,
+                       L"Dialog enhancer: done."},
+                      {WM_KEYDOWN, VK_RETURN, cRepeat, L"&Compare: B", eVirtualizerHP,
+                       L"Headphone virtualizer: done."},
+                      {WM_SYSCHAR, 'c', cRepeatWithAlt, L"&Compare: A", eVirtualizerSpkr,
+                       L"Speaker virtualizer: done."}};
+    for (const auto& [message, key, state, becomes, last, done] : held) {
+        SCOPED_TRACE(key);
+        Panel().TabTo(eCompareButton);
+        {
+            const RawTransaction hold;
+            Press(VK_F9);
+            EXPECT_TRUE(Panel().StatusBecomes(L"Compare: waiting"));
+            for (int i = 0; i < 3; ++i)
+                PostMessageW(Panel().Control(eCompareButton), message, key, state);
+            // Whatever was asked before this is done by then.
+            Panel().Click(IdFor(eSwitchBox, last));
+        }
+        EXPECT_TRUE(Panel().StatusBecomes(done));
+        EXPECT_EQ(becomes, Panel().Text(eCompareButton));
     }
-    EXPECT_TRUE(Becomes([&] { return Panel().Text(eCompareButton) == L"&Compare: A"; }));
-    EXPECT_TRUE(LevelerBecomes(0));
-    EXPECT_TRUE(Panel().StatusBecomes(L"Volume leveler: done."));
-    EXPECT_EQ(L"&Compare: A", Panel().Text(eCompareButton));
 }
 
 TEST_F(PanelWaiting, SetsNoValueInAnotherProfile) {
