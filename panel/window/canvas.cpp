@@ -20,6 +20,8 @@ Canvas::Canvas(HWND window, const Theme& theme, HFONT font) : m_window(window) {
     m_dc = CreateCompatibleDC(m_paint.hdc);
     m_bitmap = CreateCompatibleBitmap(m_paint.hdc, client.right, client.bottom);
     m_oldBitmap = SelectObject(m_dc, m_bitmap);
+    // Between two layouts, copying would turn the letters round.
+    SetLayout(m_dc, GetLayout(m_paint.hdc));
     m_oldFont = SelectObject(m_dc, font);
     SetBkMode(m_dc, TRANSPARENT);
     Fill(m_whole, theme.Colors().field);

@@ -319,11 +319,9 @@ namespace {
 // Whether a refused command, when it is done again, is what its user wanted.
 bool MeansTheSame(const Command& refused, bool isLast) {
     switch (refused.action) {
-        case Action::eUndo:
-            // The newest change may be another one by now; this one is still in its list.
-            return false;
-        case Action::eLeaveDemo:
-            // Done anyway while there is a demo.
+        case Action::eUndo:       // the newest change may be another one by now; this one stays
+                                  // listed
+        case Action::eLeaveDemo:  // done anyway while there is a demo
             return false;
         case Action::eCompare:
             // What was wanted after it was meant for the state in use.
