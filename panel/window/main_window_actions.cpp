@@ -319,8 +319,7 @@ namespace {
 // Whether a refused command, when it is done again, is what its user wanted.
 bool MeansTheSame(const Command& refused, bool isLast) {
     switch (refused.action) {
-        case Action::eUndo:       // the newest change may be another one by now; this one stays
-                                  // listed
+        case Action::eUndo:       // the newest change may be another one by now
         case Action::eLeaveDemo:  // done anyway while there is a demo
             return false;
         case Action::eCompare:

@@ -68,7 +68,7 @@ bool RemoveSettings() {
         try {
             folder.Remove(name);
         } catch (const Failure&) {
-            // Another program has it open, or the folder is not empty for that reason.
+            // Another program has it open: the folder stays, which the result says.
         }
     return RemoveDirectoryW(Widen(DataFolder()).c_str()) ||
            GetLastError() != ERROR_DIR_NOT_EMPTY;
