@@ -128,7 +128,7 @@ build() {
     die "'$preset' does not build; the compiler's messages are above."
 }
 
-wine64=/usr/lib/wine/wine64
+wine64=$root/scripts/wine64.sh
 wineserver=/usr/lib/wine/wineserver64
 
 # Every Windows program of this project runs with these settings: no messages from Wine itself, no

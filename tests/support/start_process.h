@@ -7,9 +7,9 @@
 
 namespace kora4::test {
 
-// `create` calls CreateProcess and gives its result. Wine answers about one in two thousand
-// of these calls with an internal error that has nothing to do with the caller: then the
-// call is made again. Every other failure is the result at once.
+// `create` calls CreateProcess and gives its result. Where Wine does not run at fixed addresses
+// (scripts/wine64.sh), it answers about one in two thousand of these calls with an internal
+// error: then the call is made again. Every other failure is the result at once.
 template <typename Create>
 bool StartProcess(Create&& create) {
     constexpr int cTries = 5;

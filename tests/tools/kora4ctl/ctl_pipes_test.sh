@@ -42,7 +42,7 @@ grep -q "cannot be written" "$errors" || expect "a message" "" "a full disk"
 
 # coloured ENVIRONMENT...: whether a terminal gets colours.
 coloured() {
-  env TERM=xterm "$@" script -qec "$wine64 '$ctl' status" /dev/null </dev/null 2>/dev/null |
+  env TERM=xterm "$@" script -qec "'$wine64' '$ctl' status" /dev/null </dev/null 2>/dev/null |
     grep -q $'\x1b\[3[1-3]m' && echo yes || echo no
 }
 expect no "$(coloured NO_COLOR=1)" "colours with NO_COLOR"

@@ -178,6 +178,11 @@ class RandomChanges {
 
 class CtlRecordRandom : public CtlRecord, public testing::WithParamInterface<unsigned> {};
 
+// How these settings differ, in few words. A whole document would hide the rest of a message.
+std::string Differences(const Json& a, const Json& b) {
+    return Json::diff(a, b).dump();
+}
+
 // With the demo, which a dump leaves out.
 Json SettingsNow() {
     tools::RegistryStore store(tools::OpenMode::eRead);
@@ -199,13 +204,13 @@ TEST_P(CtlRecordRandom, ReplayEndsInTheSameSettings) {
     End(*tool);
     const Json end = SettingsNow();
     const std::vector<Json> lines = Lines(Recorded());
-    EXPECT_EQ(end, lines.back()["settings"]);
+    EXPECT_EQ("[]", Differences(end, lines.back().value("settings", Json())));
     EXPECT_LT(20u, lines.size());
     for (int i = 0; i < 20; ++i)
         changes.Make();
     const ToolResult replay = RunCtl({"replay", cFile, "--speed", "0"});
     EXPECT_EQ(cDone, replay.exitCode) << replay;
-    EXPECT_EQ(end, SettingsNow());
+    EXPECT_EQ("[]", Differences(end, SettingsNow()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, CtlRecordRandom, testing::Range(1u, 7u));
