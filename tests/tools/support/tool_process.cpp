@@ -181,8 +181,9 @@ class RunningTool::Process {
                 return false;
             if (IsRunning())
                 handles.push_back(m_process.Get());
+            // Nothing comes any more; it may have ended just now.
             if (handles.empty())
-                return false;
+                return isDone();
             WaitForMultipleObjects(static_cast<DWORD>(handles.size()), handles.data(), FALSE,
                                    left);
         }
