@@ -8,7 +8,6 @@
 #include <kora4api.h>
 #include <wrl/client.h>
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,11 +34,13 @@ class CtlTest : public testing::Test {
   protected:
     void SetUp() override {
         RemoveStore();
-        m_registered = std::make_unique<RegisteredLibrary>();
+        ASSERT_EQ(S_OK, m_registrar.RegisterServer());
     }
     void TearDown() override {
         m_client.Reset();
-        m_registered.reset();
+        // Whatever a test has made of the registration: whole again, so that all of it goes.
+        EXPECT_EQ(S_OK, m_registrar.RegisterServer());
+        Unregister();
         RemoveStore();
     }
 
@@ -53,7 +54,7 @@ class CtlTest : public testing::Test {
         return *m_client.Get();
     }
 
-    void Unregister() { m_registered.reset(); }
+    void Unregister() { EXPECT_EQ(S_OK, m_registrar.UnregisterServer()); }
 
     // Runs it to its end; the test fails unless it is done. What it printed.
     static std::string Done(const Words& arguments, std::string_view input = {}) {
@@ -89,7 +90,7 @@ class CtlTest : public testing::Test {
 
   private:
     Apartment m_apartment{COINIT_APARTMENTTHREADED};
-    std::unique_ptr<RegisteredLibrary> m_registered;
+    LoadedLibrary m_registrar;
     ApiLibrary m_library;
     Microsoft::WRL::ComPtr<IVeltoKORA4API> m_client;
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // kora4ctl load as a person uses it: good and bad documents, and the clients beside it.
+#include <memory>
 #include <sstream>
 
 #include "contract/value_kind.h"

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <memory>
 
 #include "support/raw_store.h"
 #include "tools/kora4ctl/ctl_fixture.h"
