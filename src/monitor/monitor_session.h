@@ -39,8 +39,8 @@ class MonitorSession : NonCopyable {
     // until the thread has ended.
     MonitorSession(HKEY root, const wchar_t* subkey) : m_rootKey(root), m_pwSubkey(subkey) {}
 
-    // Reference counting; any thread.
-    ULONG AddRef() { return static_cast<ULONG>(m_references.fetch_add(1) + 1); }
+    // Reference counting, for ComPtr; any thread.
+    void AddRef() { m_references.fetch_add(1); }
     ULONG Release();
 
     // The three events, the module reference and the apartment. E_FAIL without an event.
