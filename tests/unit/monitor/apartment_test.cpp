@@ -121,6 +121,16 @@ TEST(WaitInApartment, IsAPlainOneWhereNoCallsComeIn) {
     EXPECT_EQ(1u, platform.flags.size());
 }
 
+TEST(WaitInApartment, EndsWithAnyOfTheHandlesWhenItIsAPlainOneToo) {
+    Platform platform{APTTYPE_MTA, APTTYPEQUALIFIER_NONE, {CO_E_NOTINITIALIZED}, {}};
+    const PlatformInPlace inPlace(platform);
+    const UniqueHandle never = MakeManualEvent();
+    const UniqueHandle set = MakeManualEvent();
+    ASSERT_TRUE(SetEvent(set.Get()));
+    const HANDLE handles[] = {never.Get(), set.Get()};
+    EXPECT_EQ(WAIT_OBJECT_0 + 1, WaitLettingCallsIn(handles, ARRAYSIZE(handles), 1000));
+}
+
 TEST(WaitInApartment, FailsWithABadHandle) {
     const HANDLE closed = MakeManualEvent().Get();
     EXPECT_EQ(WAIT_FAILED, WaitLettingCallsIn(&closed, 1, 1000));
