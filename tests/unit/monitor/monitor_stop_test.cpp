@@ -323,7 +323,12 @@ TEST(MonitorStopInSingleThreadedApartment, ThreadLetGoEndsWithTheApartment) {
         MonitorOwner monitor;
         const UniqueHandle leave = MakeManualEvent();
         client.hook = [&] {
+            const HANDLE sessions = monitor->Session()->Thread();
             monitor.TearDown();
+            // Still open and with all its rights: the session lives as long as its thread.
+            DWORD exitCode = 0;
+            EXPECT_TRUE(GetExitCodeThread(sessions, &exitCode));
+            EXPECT_EQ(DWORD{STILL_ACTIVE}, exitCode);
             SetEvent(leave.Get());
         };
         ASSERT_EQ(S_OK, monitor.Spawn(key, client));
